@@ -1,0 +1,36 @@
+# Flags of every target of this project, as usage requirements of one interface target, so that nothing leaks
+# into a project that includes this one.
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+  set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
+endif()
+
+# The build tree mirrors the installed one, so that the program finds its parts by the same relative paths.
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/${CMAKE_INSTALL_BINDIR}")
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/${CMAKE_INSTALL_LIBDIR}")
+set(NOXINFO_PLUGIN_DIR "${CMAKE_INSTALL_LIBDIR}/noxinfo/plugins")
+file(RELATIVE_PATH NOXINFO_LIB_FROM_BIN "/prefix/${CMAKE_INSTALL_BINDIR}" "/prefix/${CMAKE_INSTALL_LIBDIR}")
+file(RELATIVE_PATH NOXINFO_PLUGIN_FROM_BIN "/prefix/${CMAKE_INSTALL_BINDIR}" "/prefix/${NOXINFO_PLUGIN_DIR}")
+file(RELATIVE_PATH NOXINFO_LIB_FROM_PLUGIN "/prefix/${NOXINFO_PLUGIN_DIR}" "/prefix/${CMAKE_INSTALL_LIBDIR}")
+
+add_library(noxinfo_flags INTERFACE)
+target_compile_options(noxinfo_flags INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion
+  -fstack-protector-strong
+  $<$<CONFIG:Release,RelWithDebInfo>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>)
+target_link_options(noxinfo_flags INTERFACE LINKER:-z,relro,-z,now,-z,noexecstack LINKER:--as-needed)
+
+if(NOXINFO_SANITIZE)
+  add_compile_options(-fsanitize=${NOXINFO_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${NOXINFO_SANITIZE})
+endif()
+if(NOXINFO_COVERAGE)
+  add_compile_options(--coverage -fprofile-update=atomic)
+  add_link_options(--coverage)
+endif()

@@ -1,0 +1,28 @@
+# One target per folder. A folder's headers are reachable as "folder/name.h" only through its target, so an
+# include of a folder that is not among a target's USES does not build.
+
+# noxinfo_folder(TARGET FOLDER)
+# Publishes the headers of FOLDER (a path from the project's root) as usage requirement of TARGET.
+function(noxinfo_folder target folder)
+  set(root "${PROJECT_BINARY_DIR}/include/${target}")
+  cmake_path(GET folder PARENT_PATH parent)
+  file(MAKE_DIRECTORY "${root}/${parent}")
+  file(CREATE_LINK "${PROJECT_SOURCE_DIR}/${folder}" "${root}/${folder}" SYMBOLIC)
+  get_target_property(type ${target} TYPE)
+  if(type STREQUAL "INTERFACE_LIBRARY")
+    target_include_directories(${target} INTERFACE "$<BUILD_INTERFACE:${root}>")
+  else()
+    target_include_directories(${target} PUBLIC "$<BUILD_INTERFACE:${root}>")
+  endif()
+  set_property(GLOBAL APPEND PROPERTY NOXINFO_FOLDER_TARGETS ${target})
+  set_property(TARGET ${target} PROPERTY NOXINFO_FOLDER ${folder})
+endfunction()
+
+# noxinfo_library(TARGET FOLDER SOURCES ... [USES ...] [PRIVATE_USES ...])
+# A static, position-independent library of the sources of one folder.
+function(noxinfo_library target folder)
+  cmake_parse_arguments(PARSE_ARGV 2 arg "" "" "SOURCES;USES;PRIVATE_USES")
+  add_library(${target} STATIC ${arg_SOURCES})
+  noxinfo_folder(${target} ${folder})
+  target_link_libraries(${target} PUBLIC ${arg_USES} PRIVATE ${arg_PRIVATE_USES} noxinfo_flags)
+endfunction()

@@ -1,0 +1,74 @@
+// The CIM date-time as the host hands it to plug-ins: a point in time with its UTC offset, or an interval.
+//
+// Binary contract: no virtual operations; 24 bytes, trivially copyable, copied by value between modules.
+#pragma once
+
+#include "host/export.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <type_traits>
+
+namespace NKELVOR20 {
+
+/// A CIM date-time (DSP0004, 5.2.4): proleptic calendar fields as written, never normalised.
+/// Shape:   fields hold what the text said, so month 0 and second 60 are kept; an insignificant field ("*")
+/// is 0. Interval: `GetDay` is the whole day count (0 to 99999999); year, month and UTC offset are 0.
+class NKELVOR20_API TCIMDateTime {
+  public:
+    /// Digits of "yyyymmddhhmmss.mmmmmm" (or "ddddddddhhmmss.mmmmmm") when every one of them is significant.
+    static constexpr std::uint8_t allDigits = 20;
+
+    /// The fields in the order of the text form; a plain aggregate so that hosts can fill it by name.
+    struct TFields {
+        std::uint32_t day = 0;          ///< 1 to 31; of an interval the day count
+        std::uint32_t microsecond = 0;  ///< 0 to 999999
+        std::uint16_t year = 0;
+        std::uint16_t month = 0;
+        std::uint16_t hour = 0;
+        std::uint16_t minute = 0;
+        std::uint16_t second = 0;
+        std::int16_t utcOffset = 0;  ///< minutes east of UTC; 0 in an interval
+        bool isInterval = false;
+        std::uint8_t significantDigits = allDigits;  ///< leading digits that are not "*"
+    };
+
+    /// The all-zero point in time, offset 0.
+    TCIMDateTime() = default;
+
+    /// Takes the fields as they are; nothing is checked.
+    explicit TCIMDateTime(const TFields& fields) : fields_(fields) {}
+
+    /// Reads the 25-character form "yyyymmddhhmmss.mmmmmmsutc" or "ddddddddhhmmss.mmmmmm:000".
+    /// Absent: nullopt for any other length, a non-digit where a digit is due, a sign other than + - :, a
+    /// month
+    ///         above 12, a day above 31, an hour above 23, a minute above 59, a second above 60, or asterisks
+    ///         that do not cover the least significant fields whole (microseconds digit by digit).
+    /// Source: DSP0004 2.8, 5.2.4.
+    static std::optional<TCIMDateTime> FromText(std::string_view text);
+
+    /// The 25-character form; reads back as the same value.
+    std::string ToString() const;
+
+    std::uint16_t GetYear() const { return fields_.year; }
+    std::uint16_t GetMonth() const { return fields_.month; }
+    std::uint32_t GetDay() const { return fields_.day; }
+    std::uint16_t GetHour() const { return fields_.hour; }
+    std::uint16_t GetMinute() const { return fields_.minute; }
+    std::uint16_t GetSecond() const { return fields_.second; }
+    std::uint32_t GetMicrosecond() const { return fields_.microsecond; }
+    /// Minutes east of UTC, negative to the west.
+    std::int16_t GetUTCOffset() const { return fields_.utcOffset; }
+    bool IsInterval() const { return fields_.isInterval; }
+
+    bool operator==(const TCIMDateTime& other) const { return ToString() == other.ToString(); }
+
+  private:
+    TFields fields_;
+};
+
+static_assert(sizeof(TCIMDateTime) == 24 && std::is_trivially_copyable_v<TCIMDateTime>);
+
+}  // namespace NKELVOR20

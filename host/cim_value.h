@@ -1,0 +1,138 @@
+// The typed CIM value that crosses the line between host and plug-in.
+//
+// Binary contract: no virtual operations; the type code comes first, then the payload. Plug-ins copy values
+// and call the exported members; they never look into the payload.
+#pragma once
+
+#include "host/cim_date_time.h"
+#include "host/export.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <type_traits>
+#include <variant>
+#include <vector>
+
+namespace NKELVOR20 {
+
+/// A CIM value: a scalar or an array of one intrinsic type, possibly null (DSP0004, 5.2).
+/// Null against empty: a null value has a type and nothing else; an empty string or array is a value.
+/// Errors: a conversion to a type that the value does not have, null included, throws
+///         `TVORException(TVORStatusCode::typeMismatch)`.
+class NKELVOR20_API TCIMValue {
+  public:
+    /// The type of a value; for an array the type of its elements.
+    class NKELVOR20_API TCIMType {
+      public:
+        /// Type codes. The numbers are part of the contract: plug-ins test for 14, the date-time.
+        enum ECIMType : int {
+            eBoolean = 1,
+            eChar16 = 2,
+            eUint8 = 3,
+            eSint8 = 4,
+            eUint16 = 5,
+            eSint16 = 6,
+            eUint32 = 7,
+            eSint32 = 8,
+            eUint64 = 9,
+            eSint64 = 10,
+            eReal32 = 11,
+            eReal64 = 12,
+            eString = 13,
+            eDateTime = 14,
+            eReference = 15,
+        };
+
+        // Implicit in both directions on purpose: the class is the enumeration with a name.
+        TCIMType(ECIMType code) : code_(code) {}     // NOLINT(google-explicit-constructor)
+        operator ECIMType() const { return code_; }  // NOLINT(google-explicit-constructor)
+
+        /// The CIM name: "boolean", "char16", "uint8" ... "real64", "string", "datetime", "reference".
+        std::string ToString() const;
+
+      private:
+        ECIMType code_;
+    };
+
+    using TElements = std::vector<TCIMValue>;
+
+    /// A string value. A null pointer gives a null string value.
+    TCIMValue(const char* text);         // NOLINT(google-explicit-constructor)
+    TCIMValue(const std::string& text);  // NOLINT(google-explicit-constructor)
+
+    /// A null scalar of a type.
+    explicit TCIMValue(TCIMType type) : type_(type) {}
+
+    explicit TCIMValue(bool value) : type_(TCIMType::eBoolean), payload_(value) {}
+    explicit TCIMValue(char16_t value) : type_(TCIMType::eChar16), payload_(value) {}
+    explicit TCIMValue(std::uint8_t value);
+    explicit TCIMValue(std::int8_t value);
+    explicit TCIMValue(std::uint16_t value);
+    explicit TCIMValue(std::int16_t value);
+    explicit TCIMValue(std::uint32_t value);
+    explicit TCIMValue(std::int32_t value);
+    explicit TCIMValue(std::uint64_t value);
+    explicit TCIMValue(std::int64_t value);
+    explicit TCIMValue(float value);
+    explicit TCIMValue(double value);
+    explicit TCIMValue(const TCIMDateTime& value) : type_(TCIMType::eDateTime), payload_(value) {}
+
+    /// A reference value; `objectPath` is its text and is handed out unchanged.
+    static TCIMValue Reference(const std::string& objectPath);
+    /// An array value. Every element must have the element type `type`; null elements are allowed.
+    /// Errors: throws `TVORException(TVORStatusCode::typeMismatch)` for an element of another type or an
+    /// array.
+    static TCIMValue Array(TCIMType type, TElements elements);
+    /// A null array.
+    static TCIMValue NullArray(TCIMType type);
+
+    TCIMValue(const TCIMValue&);
+    TCIMValue(TCIMValue&&) noexcept;
+    TCIMValue& operator=(const TCIMValue&);
+    TCIMValue& operator=(TCIMValue&&) noexcept;
+    ~TCIMValue();
+
+    TCIMType GetType() const { return type_; }
+    bool IsNull() const { return std::holds_alternative<std::monostate>(payload_); }
+    bool IsArray() const { return isArray_; }
+
+    /// Text form. Integers in `radix` (2 to 36, lower-case digits, "-" before negatives; another radix throws
+    /// `TVORException(TVORStatusCode::invalidParameter)`); booleans "true"/"false"; reals the shortest
+    /// decimal that reads back the same; strings and references unchanged; char16 as UTF-8 (an unpaired
+    /// surrogate as U+FFFD); date-times in the 25-character form; arrays "{a, b}"; null is empty.
+    std::string ToString(unsigned char radix) const;
+
+    /// The text of a string or reference value.
+    operator std::string() const;   // NOLINT(google-explicit-constructor)
+    operator TCIMDateTime() const;  // NOLINT(google-explicit-constructor)
+    /// The elements of an array; valid as long as this value is neither changed nor destroyed.
+    operator const TElements&() const;  // NOLINT(google-explicit-constructor)
+
+    bool GetBoolean() const;
+    char16_t GetChar16() const;
+    /// The value of any unsigned integer type.
+    std::uint64_t GetUnsigned() const;
+    /// The value of any signed integer type.
+    std::int64_t GetSigned() const;
+    /// The value of either real type.
+    double GetReal() const;
+
+    /// Same type, same shape, same payload; null equals null of the same type. Reals compare by their bits.
+    bool operator==(const TCIMValue& other) const;
+
+  private:
+    using TPayload = std::variant<std::monostate, bool, char16_t, std::uint64_t, std::int64_t, float, double,
+                                  std::string, TCIMDateTime, TElements>;
+
+    TCIMValue(TCIMType type, bool isArray, TPayload payload);
+
+    TCIMType type_;
+    bool isArray_ = false;
+    TPayload payload_;
+};
+
+static_assert(TCIMValue::TCIMType::eDateTime == 14, "plug-ins know the date-time by this code");
+static_assert(std::is_nothrow_move_constructible_v<TCIMValue>);
+
+}  // namespace NKELVOR20
