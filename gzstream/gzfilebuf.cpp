@@ -1,0 +1,237 @@
+// The gzip stream buffer: zlib's mode texts, the buffer's life, and the transfers between it and zlib.
+#include "gzstream/gzfilebuf.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <iterator>
+#include <limits>
+#include <new>
+
+namespace {
+
+struct mode_row {
+    std::ios_base::openmode mode;
+    char letter;
+};
+
+// clang-format off
+constexpr mode_row modeRows[] = {
+    {std::ios_base::out,                        'w'},
+    {std::ios_base::out | std::ios_base::app,   'a'},
+    {std::ios_base::out | std::ios_base::trunc, 'w'},
+    {std::ios_base::in,                         'r'},
+};
+// clang-format on
+
+constexpr std::size_t modeTextSize = 6;
+
+// zlib counts in unsigned but answers in int, and refuses what the answer could not hold.
+constexpr std::streamsize zlibMaxTransfer = std::numeric_limits<int>::max();
+
+}  // namespace
+
+gzfilebuf::gzfilebuf() {
+    disable_buffer();
+}
+
+gzfilebuf::~gzfilebuf() {
+    (void)gzfilebuf::sync();  // There is nobody left to tell.
+    if (own_fd_) {
+        (void)close();
+    }
+    disable_buffer();
+}
+
+gzfilebuf* gzfilebuf::open(const char* name, std::ios_base::openmode mode) {
+    char modeText[modeTextSize] = {};
+    if (is_open() || !open_mode(mode, modeText)) {
+        return nullptr;
+    }
+    return adopt(gzopen(name, modeText), mode, /*own_fd=*/true);
+}
+
+gzfilebuf* gzfilebuf::attach(int fd, std::ios_base::openmode mode) {
+    char modeText[modeTextSize] = {};
+    if (is_open() || !open_mode(mode, modeText)) {
+        return nullptr;
+    }
+    return adopt(gzdopen(fd, modeText), mode, /*own_fd=*/false);
+}
+
+gzfilebuf* gzfilebuf::adopt(gzFile opened, std::ios_base::openmode mode, bool own_fd) {
+    if (opened == nullptr) {
+        return nullptr;
+    }
+    enable_buffer();
+    if (buffer_ == nullptr) {
+        (void)gzclose(opened);  // Nothing was written; the missing memory is the failure that counts.
+        return nullptr;
+    }
+    file_ = opened;
+    io_mode_ = mode;
+    own_fd_ = own_fd;
+    return this;
+}
+
+gzfilebuf* gzfilebuf::close() {
+    if (!is_open()) {
+        return nullptr;
+    }
+    const bool flushed = sync() != -1;
+    const bool closed = gzclose(file_) >= 0;
+    file_ = nullptr;
+    own_fd_ = false;
+    disable_buffer();
+    return flushed && closed ? this : nullptr;
+}
+
+int gzfilebuf::setcompression(int level, int strategy) {
+    return gzsetparams(file_, level, strategy);
+}
+
+bool gzfilebuf::open_mode(std::ios_base::openmode mode, char* out) const {
+    const auto deciding =
+        mode & (std::ios_base::in | std::ios_base::out | std::ios_base::trunc | std::ios_base::app);
+    const auto* row =
+        std::find_if(std::begin(modeRows), std::end(modeRows),
+                     [deciding](const mode_row& candidate) { return candidate.mode == deciding; });
+    if (row == std::end(modeRows)) {
+        return false;
+    }
+    *out++ = row->letter;
+    if ((mode & std::ios_base::binary) != 0) {
+        *out = 'b';
+    }
+    return true;
+}
+
+void gzfilebuf::enable_buffer() {
+    if (!own_buffer_ || buffer_ != nullptr) {
+        empty_get_area();
+        empty_put_area();
+        return;
+    }
+    const bool buffered = buffer_size_ > 0;
+    if (!buffered) {
+        buffer_size_ = 1;
+    }
+    buffer_ = new (std::nothrow) char[static_cast<std::size_t>(buffer_size_)];
+    empty_get_area();
+    if (buffered) {
+        empty_put_area();
+    }
+}
+
+void gzfilebuf::disable_buffer() {
+    if (own_buffer_ && buffer_ != nullptr) {
+        if (pbase() == nullptr) {
+            // Only a size of zero makes the next enable_buffer unbuffered again.
+            buffer_size_ = 0;
+        }
+        delete[] buffer_;
+        buffer_ = nullptr;
+    }
+    empty_get_area();
+    empty_put_area();
+}
+
+void gzfilebuf::empty_get_area() {
+    setg(buffer_, buffer_, buffer_);
+}
+
+void gzfilebuf::empty_put_area() {
+    setp(buffer_, buffer_ == nullptr ? nullptr : buffer_ + (buffer_size_ - 1));
+}
+
+std::streambuf* gzfilebuf::setbuf(char* p, std::streamsize n) {
+    if (sync() == -1) {
+        return nullptr;
+    }
+    const bool given = p != nullptr && n != 0;
+    disable_buffer();
+    buffer_ = given ? p : nullptr;
+    buffer_size_ = given ? n : 0;
+    own_buffer_ = !given;
+    enable_buffer();
+    return this;
+}
+
+int gzfilebuf::sync() {
+    return traits_type::eq_int_type(overflow(traits_type::eof()), traits_type::eof()) ? -1 : 0;
+}
+
+std::streamsize gzfilebuf::showmanyc() {
+    return is_open_for(std::ios_base::in) ? egptr() - gptr() : -1;
+}
+
+gzfilebuf::int_type gzfilebuf::underflow() {
+    if (gptr() != nullptr && gptr() < egptr()) {
+        return traits_type::to_int_type(*gptr());
+    }
+    // An open file lacks a buffer only when there was no memory to become unbuffered.
+    if (!is_open_for(std::ios_base::in) || buffer_ == nullptr) {
+        return traits_type::eof();
+    }
+    // A negative size, which setbuf does not refuse, asks zlib for nothing.
+    const auto wanted = std::clamp<std::streamsize>(buffer_size_, 0, zlibMaxTransfer);
+    const int got = gzread(file_, buffer_, static_cast<unsigned>(wanted));
+    if (got <= 0) {
+        empty_get_area();
+        return traits_type::eof();
+    }
+    setg(buffer_, buffer_, buffer_ + got);
+    return traits_type::to_int_type(*gptr());
+}
+
+gzfilebuf::int_type gzfilebuf::overflow(int_type c) {
+    const bool given = !traits_type::eq_int_type(c, traits_type::eof());
+    const int_type success = given ? c : 0;
+    const char character = traits_type::to_char_type(c);
+    if (pbase() == nullptr) {
+        return !given || write(&character, 1) ? success : traits_type::eof();
+    }
+    if (!is_put_pointer_valid()) {
+        return traits_type::eof();
+    }
+    if (given) {
+        *pptr() = character;
+        pbump(1);
+    }
+    const std::streamsize pending = pptr() - pbase();
+    if (pending > 0) {
+        if (!write(pbase(), pending)) {
+            return traits_type::eof();
+        }
+        empty_put_area();
+    }
+    return success;
+}
+
+std::streamsize gzfilebuf::xsputn(const char* s, std::streamsize n) {
+    // The base copies as much as fits between put pointer and put end, which it takes to be in that order.
+    // After an overflow that stored its character and could not write, they are not.
+    return is_put_pointer_valid() ? std::streambuf::xsputn(s, n) : 0;
+}
+
+bool gzfilebuf::is_open_for(std::ios_base::openmode direction) const {
+    return is_open() && (io_mode_ & direction) != 0;
+}
+
+bool gzfilebuf::is_put_pointer_valid() const {
+    return pbase() <= pptr() && pptr() <= epptr();
+}
+
+bool gzfilebuf::write(const char* s, std::streamsize n) {
+    if (!is_open_for(std::ios_base::out)) {
+        return false;
+    }
+    while (n > 0) {
+        const auto part = std::min(n, zlibMaxTransfer);
+        if (gzwrite(file_, s, static_cast<unsigned>(part)) != part) {
+            return false;
+        }
+        s += part;
+        n -= part;
+    }
+    return true;
+}
