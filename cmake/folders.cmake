@@ -26,3 +26,31 @@ function(noxinfo_library target folder)
   noxinfo_folder(${target} ${folder})
   target_link_libraries(${target} PUBLIC ${arg_USES} PRIVATE ${arg_PRIVATE_USES} noxinfo_flags)
 endfunction()
+
+# noxinfo_part(TARGET FOLDER LIBRARY SHARED_LIBRARY SOURCES ... [USES ...] [PRIVATE_USES ...])
+# The sources of one folder as part of a shared library. TARGET stands for the folder's headers and, to link
+# against, that library; TARGET_objects is what the library itself is linked from. USES are folder targets.
+function(noxinfo_part target folder)
+  cmake_parse_arguments(PARSE_ARGV 2 arg "" "LIBRARY" "SOURCES;USES;PRIVATE_USES")
+  add_library(${target} INTERFACE)
+  noxinfo_folder(${target} ${folder})
+  target_link_libraries(${target} INTERFACE ${arg_USES} ${arg_LIBRARY})
+  add_library(${target}_objects OBJECT ${arg_SOURCES})
+  # Headers by expression, not by linking: the objects must not depend on the library that they end up in.
+  foreach(use ${target} ${arg_USES})
+    target_include_directories(${target}_objects PRIVATE $<TARGET_PROPERTY:${use},INTERFACE_INCLUDE_DIRECTORIES>)
+  endforeach()
+  target_link_libraries(${target}_objects PRIVATE noxinfo_host ${arg_PRIVATE_USES} noxinfo_flags)
+endfunction()
+
+# noxinfo_limit_exports(TARGET)
+# Exports only what belongs to the host's namespaces and is marked for it; template instances of the standard
+# library that come along with the sources stay inside.
+function(noxinfo_limit_exports target)
+  set(script "${PROJECT_SOURCE_DIR}/cmake/exports.map")
+  target_link_options(${target} PRIVATE "LINKER:--version-script=${script}")
+  set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS "${script}")
+  if(NOT NOXINFO_SANITIZE)
+    target_link_options(${target} PRIVATE LINKER:-z,defs)
+  endif()
+endfunction()

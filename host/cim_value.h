@@ -63,6 +63,8 @@ class NKELVOR20_API TCIMValue {
 
     /// A null scalar of a type.
     explicit TCIMValue(TCIMType type) : type_(type) {}
+    /// As above; without it a bare type code would promote to an sint32 value.
+    explicit TCIMValue(TCIMType::ECIMType type) : type_(type) {}
 
     explicit TCIMValue(bool value) : type_(TCIMType::eBoolean), payload_(value) {}
     explicit TCIMValue(char16_t value) : type_(TCIMType::eChar16), payload_(value) {}

@@ -1,0 +1,167 @@
+// The text form of CIM date-times (DSP0004, 5.2.4), both ways.
+#include "host/cim_date_time.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <span>
+
+namespace NKELVOR20 {
+namespace {
+
+using TFields = TCIMDateTime::TFields;
+
+constexpr std::size_t textLength = 25;
+constexpr std::size_t dotAt = 14;   // "yyyymmddhhmmss" or "ddddddddhhmmss" ends here
+constexpr std::size_t signAt = 21;  // '+', '-', or ':' of an interval
+constexpr std::size_t utcAt = 22;
+constexpr std::size_t utcDigits = 3;
+
+using TDigits = std::array<char, TCIMDateTime::allDigits>;
+
+// One field of the digits in front of the sign: where it ends, how large it may be, how it is read and
+// written.
+struct TFieldRow {
+    std::size_t begin;
+    std::size_t digits;
+    std::uint32_t maximum;
+    std::uint32_t (*get)(const TFields& fields);
+    void (*set)(TFields& fields, std::uint32_t value);
+};
+
+template <auto member>
+constexpr TFieldRow Row(std::size_t begin, std::size_t digits, std::uint32_t maximum) {
+    return {begin, digits, maximum, [](const TFields& fields) { return std::uint32_t{fields.*member}; },
+            [](TFields& fields, std::uint32_t value) {
+                auto& field = fields.*member;
+                field = static_cast<std::remove_reference_t<decltype(field)>>(value);
+            }};
+}
+
+constexpr TFieldRow hourRow = Row<&TFields::hour>(8, 2, 23);
+constexpr TFieldRow minuteRow = Row<&TFields::minute>(10, 2, 59);
+constexpr TFieldRow secondRow = Row<&TFields::second>(12, 2, 60);
+constexpr TFieldRow microsecondRow = Row<&TFields::microsecond>(14, 6, 999999);
+
+constexpr TFieldRow timestampRows[] = {
+    Row<&TFields::year>(0, 4, 9999),
+    Row<&TFields::month>(4, 2, 12),
+    Row<&TFields::day>(6, 2, 31),
+    hourRow,
+    minuteRow,
+    secondRow,
+    microsecondRow,
+};
+constexpr TFieldRow intervalRows[] = {
+    Row<&TFields::day>(0, 8, 99999999), hourRow, minuteRow, secondRow, microsecondRow,
+};
+
+std::span<const TFieldRow> RowsOf(bool isInterval) {
+    if (isInterval) {
+        return intervalRows;
+    }
+    return timestampRows;
+}
+
+bool IsDigit(char byte) {
+    return byte >= '0' && byte <= '9';
+}
+
+// All of `digits` must be digits.
+std::uint32_t ReadNumber(std::string_view digits) {
+    std::uint32_t value = 0;
+    for (const char digit : digits) {
+        value = value * 10 + static_cast<std::uint32_t>(digit - '0');
+    }
+    return value;
+}
+
+// The lowest digits of `value`, as many as `out` has room for.
+void WriteNumber(std::uint32_t value, std::span<char> out) {
+    for (auto place = out.rbegin(); place != out.rend(); ++place, value /= 10) {
+        *place = static_cast<char>('0' + value % 10);
+    }
+}
+
+// Fields are cut off whole; only microseconds may lose some of their digits.
+bool MayEndAt(std::size_t significant, std::span<const TFieldRow> rows) {
+    return significant >= microsecondRow.begin ||
+           std::ranges::any_of(rows, [&](const TFieldRow& row) { return row.begin == significant; });
+}
+
+// Fills the fields in front of the sign; false when the digits do not make up valid ones.
+bool ReadFields(std::string_view digits, TFields& fields) {
+    const std::size_t significant = std::min(digits.find('*'), digits.size());
+    const std::string_view kept = digits.substr(0, significant);
+    const auto rows = RowsOf(fields.isInterval);
+    if (!std::ranges::all_of(kept, IsDigit) || !MayEndAt(significant, rows) ||
+        digits.find_first_not_of('*', significant) != std::string_view::npos) {
+        return false;
+    }
+    std::string filled(kept);
+    filled.append(digits.size() - significant, '0');
+    for (const auto& row : rows) {
+        const std::uint32_t value = ReadNumber(std::string_view(filled).substr(row.begin, row.digits));
+        if (value > row.maximum) {
+            return false;
+        }
+        row.set(fields, value);
+    }
+    fields.significantDigits = static_cast<std::uint8_t>(significant);
+    return true;
+}
+
+// Reads sign and offset; false when they are neither an offset nor an interval's ":000".
+bool ReadZone(std::string_view zone, TFields& fields) {
+    const char sign = zone.front();
+    const std::string_view offset = zone.substr(1);
+    if (!std::ranges::all_of(offset, IsDigit)) {
+        return false;
+    }
+    const auto minutes = static_cast<std::int16_t>(ReadNumber(offset));
+    fields.isInterval = sign == ':';
+    fields.utcOffset = static_cast<std::int16_t>(sign == '-' ? -minutes : minutes);
+    return sign == '+' || sign == '-' || (fields.isInterval && minutes == 0);
+}
+
+char SignOf(const TFields& fields) {
+    if (fields.isInterval) {
+        return ':';
+    }
+    return fields.utcOffset < 0 ? '-' : '+';
+}
+
+}  // namespace
+
+std::optional<TCIMDateTime> TCIMDateTime::FromText(std::string_view text) {
+    if (text.size() != textLength || text[dotAt] != '.') {
+        return std::nullopt;
+    }
+    std::string digits(text.substr(0, dotAt));
+    digits += text.substr(dotAt + 1, signAt - dotAt - 1);
+    TFields fields;
+    if (!ReadZone(text.substr(signAt), fields) || !ReadFields(digits, fields)) {
+        return std::nullopt;
+    }
+    return TCIMDateTime(fields);
+}
+
+std::string TCIMDateTime::ToString() const {
+    TDigits digits{};
+    for (const auto& row : RowsOf(fields_.isInterval)) {
+        WriteNumber(row.get(fields_), std::span(digits).subspan(row.begin, row.digits));
+    }
+    const std::size_t significant = std::min<std::size_t>(fields_.significantDigits, digits.size());
+    std::fill(digits.begin() + static_cast<std::ptrdiff_t>(significant), digits.end(), '*');
+
+    std::string text(textLength, '.');
+    std::copy_n(digits.begin(), dotAt, text.begin());
+    std::copy(digits.begin() + dotAt, digits.end(), text.begin() + dotAt + 1);
+    text[signAt] = SignOf(fields_);
+    const int minutes = fields_.isInterval ? 0 : fields_.utcOffset;
+    WriteNumber(static_cast<std::uint32_t>(minutes < 0 ? -minutes : minutes),
+                std::span(text).subspan(utcAt, utcDigits));
+    return text;
+}
+
+}  // namespace NKELVOR20

@@ -1,0 +1,202 @@
+// The in-memory namespace. Plug-ins read each property of each instance by name, and ask for many that are
+// not there, so GetProperty does no more than one lookup in the class and a scan of small entries, and throws
+// from its own frame with nothing to unwind.
+#include "vorhost/model/memory_namespace.h"
+
+#include "host/vor_exception.h"
+#include "vorhost/model/class_names.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace NVORHOST {
+
+using NKELVOR20::TVORException;
+using NKELVOR20::TVORStatusCode;
+
+TMemoryProperty::TMemoryProperty(TCIMValue value) : value_(std::move(value)) {}
+TMemoryProperty::~TMemoryProperty() = default;
+
+TCIMValue::TCIMType TMemoryProperty::GetType(TOptionsMap /*options*/) {
+    return value_.GetType();
+}
+
+const TCIMValue& TMemoryProperty::GetValue(TOptionsMap /*options*/) {
+    return value_;
+}
+
+bool TMemoryProperty::IsNull(TOptionsMap /*options*/) {
+    return value_.IsNull();
+}
+
+TMemoryInstance::TMemoryInstance(boost::weak_ptr<TMemoryClass> owner, boost::shared_ptr<TClassNames> names)
+    : owner_(std::move(owner)), names_(std::move(names)) {}
+TMemoryInstance::~TMemoryInstance() = default;
+
+void TMemoryInstance::CommitInstance(TOptionsMap /*options*/) {
+    if (committed_) {
+        return;
+    }
+    const auto owner = owner_.lock();
+    if (owner == nullptr) {
+        throw TVORException(TVORStatusCode::classNotFound);
+    }
+    entries_.shrink_to_fit();  // namespaces hold very many committed instances
+    owner->instances_.push_back(shared_from_this());
+    committed_ = true;
+}
+
+boost::shared_ptr<ICIMProperty> TMemoryInstance::GetProperty(const std::string& name,
+                                                             TOptionsMap /*options*/) {
+    const boost::shared_ptr<TMemoryProperty>* property = nullptr;
+    const std::uint32_t nameId = names_->Find(name);
+    if (nameId != TClassNames::notFound) {
+        const TEntry* entry = FindEntry(nameId);
+        property = entry != nullptr ? &entry->property : &names_->Get(nameId).unset;
+    }
+    if (property == nullptr || *property == nullptr) {
+        throw TVORException(TVORStatusCode::propertyNotFound);
+    }
+    return *property;
+}
+
+void TMemoryInstance::SetProperty(const std::string& name, const TCIMValue& value, TOptionsMap /*options*/) {
+    Set(name, value);
+}
+
+void TMemoryInstance::Set(std::string_view name, TCIMValue value) {
+    const std::uint32_t nameId = names_->Intern(name);
+    const auto& declared = names_->Get(nameId).unset;
+    if (declared != nullptr) {
+        const TCIMValue& null = declared->GetValue({});
+        if (null.GetType() != value.GetType() || null.IsArray() != value.IsArray()) {
+            throw TVORException(TVORStatusCode::typeMismatch);
+        }
+    }
+    auto property = boost::make_shared<TMemoryProperty>(std::move(value));
+    if (TEntry* entry = FindEntry(nameId)) {
+        entry->property = std::move(property);
+    } else {
+        entries_.push_back({nameId, std::move(property)});
+    }
+}
+
+const TCIMValue* TMemoryInstance::Find(std::string_view name) const {
+    const std::uint32_t nameId = names_->Find(name);
+    const TEntry* entry = nameId == TClassNames::notFound ? nullptr : FindEntry(nameId);
+    return entry == nullptr ? nullptr : &entry->property->GetValue({});
+}
+
+std::vector<TPropertyView> TMemoryInstance::GetProperties() const {
+    std::vector<TPropertyView> properties;
+    properties.reserve(entries_.size());
+    for (const auto& entry : entries_) {
+        properties.push_back({names_->Get(entry.nameId).spelling, entry.property->GetValue({})});
+    }
+    return properties;
+}
+
+const TMemoryInstance::TEntry* TMemoryInstance::FindEntry(std::uint32_t nameId) const {
+    // Instances of one class are mostly filled in one order, some leaving out what others have: an entry
+    // stands at the number of its name or a little in front of it.
+    const auto expected =
+        entries_.begin() + std::min<std::ptrdiff_t>(nameId + std::ptrdiff_t{1}, std::ssize(entries_));
+    for (auto entry = expected; entry != entries_.begin();) {
+        if ((--entry)->nameId == nameId) {
+            return &*entry;
+        }
+    }
+    const auto entry = std::find_if(expected, entries_.end(),
+                                    [nameId](const auto& candidate) { return candidate.nameId == nameId; });
+    return entry == entries_.end() ? nullptr : &*entry;
+}
+
+TMemoryInstance::TEntry* TMemoryInstance::FindEntry(std::uint32_t nameId) {
+    return const_cast<TEntry*>(std::as_const(*this).FindEntry(nameId));  // NOLINT(*-const-cast): own member
+}
+
+TMemoryClass::TMemoryClass(std::string name, std::vector<TPropertyDeclaration> declarations)
+    : name_(std::move(name)), names_(boost::make_shared<TClassNames>()) {
+    for (auto& declaration : declarations) {
+        names_->Declare(std::move(declaration));
+    }
+}
+TMemoryClass::~TMemoryClass() = default;
+
+const std::string& TMemoryClass::GetClassName(TOptionsMap /*options*/) {
+    return name_;
+}
+
+boost::shared_ptr<ICIMInstance> TMemoryClass::CreateInstance(TOptionsMap /*options*/) {
+    return NewInstance();
+}
+
+void TMemoryClass::EnumerateInstances(TInstanceCallback callback, bool /*flag*/, TOptionsMap /*options*/) {
+    if (callback.empty()) {
+        throw TVORException(TVORStatusCode::invalidParameter);
+    }
+    // By index and up to the present end: the callback may commit further instances.
+    const std::size_t count = instances_.size();
+    for (std::size_t at = 0; at < count && callback(instances_[at]); ++at) {
+    }
+}
+
+const std::vector<TPropertyDeclaration>& TMemoryClass::GetDeclarations() const {
+    return names_->GetDeclarations();
+}
+
+void TMemoryClass::Declare(TPropertyDeclaration declaration) {
+    names_->Declare(std::move(declaration));
+}
+
+boost::shared_ptr<TMemoryInstance> TMemoryClass::NewInstance() {
+    return boost::make_shared<TMemoryInstance>(weak_from_this(), names_);
+}
+
+namespace {
+
+boost::shared_ptr<TMemoryClass> MakeClass(const std::string& name,
+                                          std::vector<TPropertyDeclaration> declarations) {
+    try {
+        return boost::make_shared<TMemoryClass>(name, std::move(declarations));
+    } catch (const TVORException&) {
+        // The class is new, so the name that "already exists" was declared twice in this very call.
+        throw TVORException(TVORStatusCode::invalidParameter);
+    }
+}
+
+}  // namespace
+
+TMemoryNamespace::TMemoryNamespace() = default;
+TMemoryNamespace::~TMemoryNamespace() = default;
+
+boost::shared_ptr<ICIMClass> TMemoryNamespace::GetClass(const std::string& className,
+                                                        TOptionsMap /*options*/) {
+    const auto found = byName_.find(className);
+    if (found == byName_.end()) {
+        throw TVORException(TVORStatusCode::classNotFound);
+    }
+    return found->second;
+}
+
+boost::shared_ptr<TMemoryClass> TMemoryNamespace::AddClass(std::string name,
+                                                           std::vector<TPropertyDeclaration> declarations) {
+    if (name.empty()) {
+        throw TVORException(TVORStatusCode::invalidParameter);
+    }
+    if (byName_.contains(name)) {
+        throw TVORException(TVORStatusCode::alreadyExists);
+    }
+    auto added = MakeClass(name, std::move(declarations));
+    classes_.reserve(classes_.size() + 1);
+    byName_.emplace(std::move(name), added);
+    classes_.push_back(added);
+    return added;
+}
+
+boost::shared_ptr<TMemoryClass> TMemoryNamespace::FindClass(std::string_view name) const {
+    const auto found = byName_.find(name);
+    return found == byName_.end() ? nullptr : found->second;
+}
+
+}  // namespace NVORHOST

@@ -94,6 +94,9 @@ class NKELVOR20_API TMemoryInstance final : public ICIMInstance,
         boost::shared_ptr<TMemoryProperty> property;
     };
 
+    const TEntry* FindEntry(std::uint32_t nameId) const;
+    TEntry* FindEntry(std::uint32_t nameId);
+
     boost::weak_ptr<TMemoryClass> owner_;
     boost::shared_ptr<TClassNames> names_;
     std::vector<TEntry> entries_;

@@ -1,0 +1,69 @@
+// Lookup of property names, on the path of every property read.
+#include "vorhost/model/class_names.h"
+
+#include "host/vor_exception.h"
+
+#include <utility>
+
+namespace NVORHOST {
+
+using NKELVOR20::TVORException;
+using NKELVOR20::TVORStatusCode;
+
+std::uint32_t TClassNames::Find(std::string_view name) const noexcept {
+    return FindHashed(name, static_cast<std::uint32_t>(TCimNameHash{}(name)));
+}
+
+std::uint32_t TClassNames::FindHashed(std::string_view name, std::uint32_t hash) const noexcept {
+    const std::size_t mask = slots_.size() - 1;
+    for (std::size_t at = hash & mask;; at = (at + 1) & mask) {
+        const TSlot& slot = slots_[at];
+        if (slot.nameId == notFound ||
+            (slot.hash == hash && EqualCimNames(names_[slot.nameId]->spelling, name))) {
+            return slot.nameId;
+        }
+    }
+}
+
+std::uint32_t TClassNames::Intern(std::string_view name) {
+    const auto hash = static_cast<std::uint32_t>(TCimNameHash{}(name));
+    if (const std::uint32_t known = FindHashed(name, hash); known != notFound) {
+        return known;
+    }
+    if (slots_.size() < 2 * (names_.size() + 1)) {
+        Grow();
+    }
+    const auto nameId = static_cast<std::uint32_t>(names_.size());
+    names_.push_back(std::make_unique<TName>(TName{std::string(name), hash, nullptr}));
+    Insert({hash, nameId});
+    return nameId;
+}
+
+void TClassNames::Declare(TPropertyDeclaration declaration) {
+    TName& name = *names_[Intern(declaration.name)];
+    if (name.unset != nullptr) {
+        throw TVORException(TVORStatusCode::alreadyExists);
+    }
+    auto unset = boost::make_shared<TMemoryProperty>(
+        declaration.isArray ? TCIMValue::NullArray(declaration.type) : TCIMValue(declaration.type));
+    declarations_.push_back(std::move(declaration));
+    name.unset = std::move(unset);
+}
+
+void TClassNames::Insert(TSlot slot) noexcept {
+    const std::size_t mask = slots_.size() - 1;
+    std::size_t at = slot.hash & mask;
+    while (slots_[at].nameId != notFound) {
+        at = (at + 1) & mask;
+    }
+    slots_[at] = slot;
+}
+
+void TClassNames::Grow() {
+    slots_.assign(2 * slots_.size(), TSlot{});
+    for (std::size_t at = 0; at < names_.size(); ++at) {
+        Insert({names_[at]->hash, static_cast<std::uint32_t>(at)});
+    }
+}
+
+}  // namespace NVORHOST
