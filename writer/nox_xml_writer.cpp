@@ -1,0 +1,142 @@
+// The frame that both documents share, and the hardware-inventory document, whose lists come from one table.
+#include "writer/nox_xml_writer.h"
+
+#include "host/plugin_callbacks.h"
+
+using NKELVOR20::logicalDevice;
+using NKELVOR20::noxSystemInfo;
+using NKELVOR20::physicalElement;
+
+namespace {
+
+constexpr std::string_view namespaceUri = NOXINFO_NAMESPACE_URI;
+
+// Types of their own, so that a row with swapped cells does not compile.
+struct TListedType {
+    std::string_view name;
+};
+struct TSourceClass {
+    std::string_view name;
+};
+
+/// The instances of `source`, listed as `type` in the resource list named `list`.
+struct TListRow {
+    const std::string* list;
+    TListedType type;
+    TSourceClass source;
+    bool flag;
+};
+
+// Row order is document order. DVD drives are listed as diskette drives: readers of the documents expect it.
+// clang-format off
+constexpr TListRow listRows[] = {
+    {&physicalElement, {"Slot"},              {"KELSG_SystemSlot"},            false},
+    {&physicalElement, {"PhysicalMemory"},    {"KELSG_SPDData"},               false},
+    {&physicalElement, {"Card"},              {"KELSG_Card"},                  false},
+    {&logicalDevice,   {"Processor"},         {"KELSG_Processor"},             true},
+    {&logicalDevice,   {"DiskDrive"},         {"KELSG_DiskDrive"},             false},
+    {&logicalDevice,   {"DiskDrive"},         {"CIM_DiskDrive"},               true},
+    {&logicalDevice,   {"DisketteDrive"},     {"KELSG_DisketteDrive"},         false},
+    {&logicalDevice,   {"TapeDrive"},         {"KELSG_TapeDrive"},             false},
+    {&logicalDevice,   {"OpticalDrive"},      {"KELSG_CDROMDrive"},            false},
+    {&logicalDevice,   {"DisketteDrive"},     {"KELSG_DVDDrive"},              false},
+    {&logicalDevice,   {"DiskPartition"},     {"CIM_DiskPartition"},           true},
+    {&logicalDevice,   {"Memory"},            {"KELSG_ACPI"},                  true},
+    {&logicalDevice,   {"Memory"},            {"KELSG_MAS"},                   false},
+    {&logicalDevice,   {"LogicalVolume"},     {"KELSG_LSILogicalDisk"},        false},
+    {&logicalDevice,   {"LogicalVolume"},     {"KELSG_LSIIDELogicalDisk"},     false},
+    {&logicalDevice,   {"LogicalVolume"},     {"KELSG_srLogicalDisk"},         false},
+    {&logicalDevice,   {"LogicalVolume"},     {"KELSG_LogicalDisk"},           false},
+    {&logicalDevice,   {"IDEController"},     {"KELSG_IDEProtocolController"}, true},
+    {&logicalDevice,   {"USBPort"},           {"KELSG_USBPort"},               false},
+    {&logicalDevice,   {"DisplayController"}, {"KELSG_VideoController"},       false},
+    {&logicalDevice,   {"PCIDevice"},         {"KELSG_PCIDevice"},             false},
+    {&logicalDevice,   {"PCIBridge"},         {"KELSG_PCIBridge"},             false},
+    {&logicalDevice,   {"USBController"},     {"KELSG_USBController"},         false},
+};
+// clang-format on
+
+}  // namespace
+
+TNOXXMLWriterImpl::TNOXXMLWriterImpl(std::ostream& out) : out_(out) {
+    InitMap();
+}
+
+TNOXXMLWriterImpl::~TNOXXMLWriterImpl() {
+    DeInitMap();
+}
+
+void TNOXXMLWriterImpl::InitMap() {}
+
+void TNOXXMLWriterImpl::DeInitMap() {}
+
+bool TNOXXMLWriterImpl::WriteNamespace(TNamespacePtr collected) {
+    // The blank in the attribute is part of the format, here and not in the other document.
+    WriteDocumentStart(" timestamp= \"");
+    WriteResourceCollectionCriteria("test", "test", collected);
+    WriteResourceCollectionContext("HardwareInventory", collected);
+    WriteResourceCollectionStatus(collected);
+    WriteResourceList(physicalElement, collected);
+    WriteResourceList(logicalDevice, collected);
+    WriteLine("</ResourceCollection>");
+    return true;
+}
+
+bool TNOXXMLWriterImpl::WriteResourceCollectionCriteria(std::string criteriaName, std::string criteriaId,
+                                                        TNamespacePtr /*collected*/) {
+    if (criteriaName != noxSystemInfo) {
+        return true;
+    }
+    WriteLine(R"(<ResourceCollectionCriteria criteriaName=")", criteriaName, R"(" criteriaId=")", criteriaId,
+              R"(">)");
+    WriteLine(R"(<ResourceListCriteria resourceType="NOXSystemInfo" />)");
+    WriteLine("</ResourceCollectionCriteria>");
+    return true;
+}
+
+bool TNOXXMLWriterImpl::WriteResourceCollectionContext(std::string contextName, TNamespacePtr collected) {
+    WriteLine("<ResourceCollectionContext>");
+    if (contextName == "HardwareInventory") {
+        WriteResourceInstance("KELSG_ComputerSystem", "Server", collected, /*flag=*/false);
+        WriteResourceInstance("KELSG_OperatingSystem", "OperatingSystem", collected, /*flag=*/false);
+    } else if (contextName == "SystemInfo") {
+        WriteLine(R"(<ResourceInstance resourceName="NOXSystemInfo_ContextName")"
+                  R"( resourceId="NOXSystemInfo_Context_ID_1" resourceType="NOXSystemInfo_Type">)");
+        WriteTextProperty("NOXSystemInfo_Name", "SystemInfo");
+        WriteLine("</ResourceInstance>");
+    }
+    WriteLine("</ResourceCollectionContext>");
+    return true;
+}
+
+bool TNOXXMLWriterImpl::WriteResourceCollectionStatus(TNamespacePtr /*collected*/) {
+    return true;
+}
+
+bool TNOXXMLWriterImpl::WriteResourceList(std::string resourceType, TNamespacePtr collected) {
+    WriteLine(R"(<ResourceList resourceType=")", resourceType, R"(">)");
+    for (const TListRow& row : listRows) {
+        if (*row.list == resourceType) {
+            WriteResourceInstance(std::string(row.source.name), std::string(row.type.name), collected,
+                                  row.flag);
+        }
+    }
+    WriteLine("</ResourceList>");
+    return true;
+}
+
+void TNOXXMLWriterImpl::WriteDocumentStart(std::string_view timestampAttribute) {
+    const std::string timestamp = GetRCFTime();
+    WriteLine(R"(<?xml version="1.0" encoding="UTF-8"?>)");
+    WriteLine(R"(<ResourceCollection xmlns=")", namespaceUri, R"(")", timestampAttribute, timestamp, R"(">)");
+}
+
+void TNOXXMLWriterImpl::EndLine() {
+    line_.push_back('\n');
+    WritePiece(line_);
+    out_.flush();
+}
+
+void TNOXXMLWriterImpl::WritePiece(std::string_view text) {
+    out_.write(text.data(), static_cast<std::streamsize>(text.size()));
+}
