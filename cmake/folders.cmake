@@ -54,3 +54,13 @@ function(noxinfo_limit_exports target)
     target_link_options(${target} PRIVATE LINKER:-z,defs)
   endif()
 endfunction()
+
+# noxinfo_host_library(TARGET)
+# Makes TARGET one of the host's shared libraries: versioned, its exports limited, installed next to the others.
+function(noxinfo_host_library target)
+  set_target_properties(${target} PROPERTIES
+    VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
+    INSTALL_RPATH "$ORIGIN")
+  noxinfo_limit_exports(${target})
+  install(TARGETS ${target} LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}")
+endfunction()

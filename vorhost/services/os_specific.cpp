@@ -1,0 +1,137 @@
+// The host's view of the system around it. A namespace that was collected elsewhere answers for its own
+// machine; the running system answers for the rest.
+#include "host/os_specific.h"
+
+#include "host/vor_exception.h"
+#include "vorhost/services/connection_probe.h"
+#include "vorhost/services/host_settings.h"
+#include "vorhost/services/os_release.h"
+
+#include <sys/utsname.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <ctime>
+#include <exception>
+#include <fstream>
+#include <iterator>
+#include <optional>
+
+namespace NKELVOR20 {
+namespace {
+
+using NVORHOST::EReachability;
+using NVORHOST::GetHostSettings;
+
+constexpr int available = 0;
+constexpr int notAvailable = 1;
+
+boost::shared_ptr<ICIMInstance> GetFirstOperatingSystem(ICIMNamespace& collected) {
+    boost::shared_ptr<ICIMInstance> first;
+    const auto keepFirst = [&first](const boost::shared_ptr<ICIMInstance>& instance) {
+        first = instance;
+        return false;
+    };
+    collected.GetClass("KELSG_OperatingSystem", {})->EnumerateInstances(keepFirst, /*flag=*/true, {});
+    return first;
+}
+
+// The text that the collected namespace has for the running system's own answer.
+std::optional<std::string> FindCollected(const std::string& propertyName) {
+    const auto& collected = GetHostSettings().collected;
+    if (collected == nullptr) {
+        return std::nullopt;
+    }
+    try {
+        const auto instance = GetFirstOperatingSystem(*collected);
+        const auto property = instance == nullptr ? nullptr : instance->GetProperty(propertyName, {});
+        if (property == nullptr || property->IsNull({})) {
+            return std::nullopt;
+        }
+        return property->GetValue({});
+    } catch (const TVORException&) {
+        return std::nullopt;  // no such class, no such property, or no text: the running system knows
+    }
+}
+
+utsname GetUname() {
+    utsname names{};
+    (void)::uname(&names);  // fails for a bad address only; empty names are the answer then
+    return names;
+}
+
+std::optional<std::string> ReadPrettyName() {
+    for (const char* path : {"/etc/os-release", "/usr/lib/os-release"}) {
+        std::ifstream file(path, std::ios::binary);
+        const std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+        if (auto name = NVORHOST::ParsePrettyName(text)) {
+            return name;
+        }
+    }
+    return std::nullopt;
+}
+
+TCIMDateTime ReadLocalClock() {
+    timespec now{};
+    (void)::clock_gettime(CLOCK_REALTIME, &now);  // cannot fail for this clock and a good address
+    tm local{};
+    (void)::localtime_r(&now.tv_sec, &local);
+    TCIMDateTime::TFields fields;
+    fields.year = static_cast<std::uint16_t>(local.tm_year + 1900);
+    fields.month = static_cast<std::uint16_t>(local.tm_mon + 1);
+    fields.day = static_cast<std::uint32_t>(local.tm_mday);
+    fields.hour = static_cast<std::uint16_t>(local.tm_hour);
+    fields.minute = static_cast<std::uint16_t>(local.tm_min);
+    fields.second = static_cast<std::uint16_t>(local.tm_sec);
+    fields.microsecond = static_cast<std::uint32_t>(now.tv_nsec / 1000);
+    fields.utcOffset = static_cast<std::int16_t>(local.tm_gmtoff / 60);
+    return TCIMDateTime(fields);
+}
+
+int Probe(const std::string& hostName, const std::string& port) {
+    using namespace std::chrono_literals;
+    try {
+        return NVORHOST::AcceptsConnection(hostName, port, 3s) ? available : notAvailable;
+    } catch (const std::exception&) {
+        return notAvailable;  // no memory or no thread for a probe: whether it would answer stays unknown
+    }
+}
+
+}  // namespace
+
+std::string TOSSpecific::GetEnvironment(std::string variable) {
+    const char* value = std::getenv(variable.c_str());
+    return value == nullptr ? std::string() : std::string(value);
+}
+
+int TOSSpecific::DetectHostnameAvailable(std::string hostName, std::string port) {
+    switch (GetHostSettings().reachability) {
+        case EReachability::yes:
+            return available;
+        case EReachability::no:
+            return notAvailable;
+        case EReachability::network:
+            break;
+    }
+    return Probe(hostName, port);
+}
+
+TCIMDateTime TOSSpecific::GetLocalTime() {
+    const auto& fixed = GetHostSettings().localTime;
+    return fixed ? *fixed : ReadLocalClock();
+}
+
+std::string TOSSpecific::GetMachineName() {
+    const auto collected = FindCollected("CSName");
+    return collected ? *collected : std::string(GetUname().nodename);
+}
+
+std::string TOSSpecific::GetOperatingSystemName() {
+    if (const auto collected = FindCollected("ElementName")) {
+        return *collected;
+    }
+    const auto prettyName = ReadPrettyName();
+    return prettyName ? *prettyName : std::string(GetUname().sysname);
+}
+
+}  // namespace NKELVOR20
