@@ -1,0 +1,164 @@
+// The host's result class and instance at their worst: each call of them throws in turn, or hands out
+// nothing.
+#include "host/vor_exception.h"
+#include "tests/plugin/allocation_faults.h"
+#include "tests/plugin/request_fixture.h"
+
+#include <gmock/gmock.h>
+
+#include <functional>
+#include <stdexcept>
+
+namespace {
+
+using NKELVOR20::ICIMInstance;
+using NKELVOR20::ICIMProperty;
+using NKELVOR20::TCIMValue;
+using NKELVOR20::TOptionsMap;
+using NKELVOR20::TVORException;
+using testing::ElementsAre;
+
+/// What the plug-in did to result objects, in order, and which of it goes wrong.
+struct TScript {
+    std::vector<std::string> calls;
+    std::vector<std::size_t> optionCounts;
+    std::string failingCall;
+    std::function<void()> fail = [] {};
+    bool handsOutNull = false;
+
+    void Enter(const std::string& call, const TOptionsMap& options) {
+        calls.push_back(call);
+        optionCounts.push_back(options.size());
+        if (call == failingCall) {
+            fail();
+        }
+    }
+};
+
+class TScriptedInstance final : public ICIMInstance {
+  public:
+    explicit TScriptedInstance(TScript& script) : script_(script) {}
+
+    void CommitInstance(TOptionsMap options) override { script_.Enter("CommitInstance", options); }
+    boost::shared_ptr<ICIMProperty> GetProperty(const std::string&, TOptionsMap options) override {
+        script_.Enter("GetProperty", options);
+        return nullptr;
+    }
+    void SetProperty(const std::string& name, const TCIMValue&, TOptionsMap options) override {
+        script_.Enter("SetProperty " + name, options);
+    }
+
+  private:
+    TScript& script_;
+};
+
+class TScriptedClass final : public NKELVOR20::ICIMClass {
+  public:
+    explicit TScriptedClass(TScript& script) : script_(script) {}
+
+    const std::string& GetClassName(TOptionsMap options) override {
+        script_.Enter("GetClassName", options);
+        return name_;
+    }
+    boost::shared_ptr<ICIMInstance> CreateInstance(TOptionsMap options) override {
+        script_.Enter("CreateInstance", options);
+        if (script_.handsOutNull) {
+            return nullptr;
+        }
+        return boost::make_shared<TScriptedInstance>(script_);
+    }
+    void EnumerateInstances(NKELVOR20::TInstanceCallback, bool, TOptionsMap options) override {
+        script_.Enter("EnumerateInstances", options);
+    }
+
+  private:
+    TScript& script_;
+    std::string name_ = "KELSG_CADAT";
+};
+
+class TResultInstance : public NTEST::TRequestFixture {
+  protected:
+    TResultInstance() {
+        resultClasses_.push_back(boost::make_shared<TScriptedClass>(script_));
+        host_.hostnameAvailable = [this](const std::string&, const std::string&) {
+            script_.Enter("probe", {});
+            return 1;
+        };
+    }
+
+    TScript script_;
+};
+
+TEST_F(TResultInstance, IsMadeFilledAndCommittedInThisOrder) {
+    Request();
+    EXPECT_THAT(script_.calls,
+                ElementsAre("GetClassName", "CreateInstance", "SetProperty InventoryRCF", "SetProperty KELID",
+                            "SetProperty MachineType", "probe", "SetProperty Credential", "CommitInstance"));
+}
+
+TEST_F(TResultInstance, IsMadeWithEmptyOptions) {
+    Request();
+    EXPECT_THAT(script_.optionCounts, testing::Each(0U));
+}
+
+TEST_F(TResultInstance, FailsTheCheckOfANullInstance) {
+    script_.handsOutNull = true;
+    try {
+        Request();
+        FAIL() << "nothing was thrown";
+    } catch (const NDOUBLES::TAssertionFailed& failed) {
+        EXPECT_STREQ(failed.what(), "px != 0");
+    }
+}
+
+// Each call, failing in each way that a host may choose.
+struct TFailure {
+    std::string name;
+    std::function<void()> fail;
+};
+
+class TFailingResult : public TResultInstance,
+                       public testing::WithParamInterface<std::tuple<std::string, TFailure>> {};
+
+TEST_P(TFailingResult, EndsTheRequestAndLeavesNothingBehind) {
+    const auto& [call, failure] = GetParam();
+    Request();  // whatever is made once is made by now
+    script_.calls.clear();
+    script_.failingCall = call;
+    script_.fail = failure.fail;
+
+    const std::size_t logged = host_.log.size();
+    host_.log.reserve(logged + 10);
+    std::string thrown = "nothing";
+    try {
+        Request();
+    } catch (const TVORException&) {
+        thrown = "host exception";
+    } catch (const std::runtime_error&) {
+        thrown = "standard exception";
+    } catch (int) {
+        thrown = "number";
+    }
+    EXPECT_EQ(thrown, failure.name);
+    EXPECT_EQ(script_.calls.back(), call) << "nothing may follow the failing call";
+    EXPECT_EQ(resultClasses_.size(), 1U);
+    EXPECT_EQ(resultClasses_.front().use_count(), 1);
+    EXPECT_EQ(collected_.use_count(), 1);
+    EXPECT_TRUE(std::filesystem::exists(NTEST::hardwareFile));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    EveryCall, TFailingResult,
+    testing::Combine(
+        testing::Values("GetClassName", "CreateInstance", "SetProperty InventoryRCF", "SetProperty KELID",
+                        "SetProperty MachineType", "probe", "SetProperty Credential", "CommitInstance"),
+        testing::Values(TFailure{"host exception", [] { throw TVORException(1); }},
+                        TFailure{"standard exception", [] { throw std::runtime_error("broken"); }},
+                        TFailure{"number", [] { throw 42; }})),
+    [](const auto& parameters) {
+        std::string name = std::get<0>(parameters.param) + " " + std::get<1>(parameters.param).name;
+        std::erase(name, ' ');
+        return name;
+    });
+
+}  // namespace
