@@ -177,7 +177,11 @@ TCIMValue TCIMValue::NullArray(TCIMType type) {
     return {type, /*isArray=*/true, std::monostate{}};
 }
 
-TCIMValue::TCIMValue(const TCIMValue&) = default;
+// Assigned rather than copy-constructed: when there is no memory for the copy of a string, the variant of
+// libstdc++ 12 ends its half-made copy as if it held a value.
+TCIMValue::TCIMValue(const TCIMValue& other) : type_(other.type_), isArray_(other.isArray_) {
+    payload_ = other.payload_;
+}
 TCIMValue::TCIMValue(TCIMValue&&) noexcept = default;
 TCIMValue& TCIMValue::operator=(const TCIMValue&) = default;
 TCIMValue& TCIMValue::operator=(TCIMValue&&) noexcept = default;
