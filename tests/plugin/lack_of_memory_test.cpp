@@ -192,7 +192,7 @@ TEST_F(TRequestShortOfMemory, LeavesNothingBehindWhereverMemoryEnds) {
         StartAfresh();
         ASSERT_EQ(LiveAllocations(), liveBefore) << "allocation " << number;
     }
-    EXPECT_GT(number, 100U);
+    EXPECT_GT(number, 20U) << "hardly a request";
 }
 
 }  // namespace
