@@ -149,6 +149,7 @@ TEST_F(GzFileBuf, CloseGivesTheBufferBack) {
 
 TEST_F(GzFileBuf, CloseOfAClosedBufferFails) {
     EXPECT_EQ(buffer_.close(), nullptr);
+    EXPECT_THAT(ZlibCalls().closed, IsEmpty());
 }
 
 TEST_F(GzFileBuf, CanBeOpenedAgainAfterClose) {
@@ -245,16 +246,26 @@ TEST_F(GzFileBuf, DestructionFlushesToAnAttachedDescriptorButLeavesItOpenAndInco
     EXPECT_EQ(Unzip(Path()), "text");
 }
 
-TEST_F(GzFileBuf, AfterCloseAnOpenedFileIsOwnedAgain) {
-    ASSERT_NE(buffer_.attach(creat(Path("attached.gz").c_str(), 0600), out), nullptr);
-    ASSERT_NE(buffer_.close(), nullptr);
+TEST_F(GzFileBuf, DestructionClosesAFileOpenedByNameAfterAnAttachedOne) {
     {
-        gzfilebuf opened;
-        ASSERT_NE(opened.attach(creat(Path("attached.gz").c_str(), 0600), out), nullptr);
-        ASSERT_NE(opened.close(), nullptr);
-        ASSERT_NE(opened.open(Path().c_str(), out), nullptr);
+        gzfilebuf reopened;
+        ASSERT_NE(reopened.attach(creat(Path("attached.gz").c_str(), 0600), out), nullptr);
+        ASSERT_NE(reopened.close(), nullptr);
+        ASSERT_NE(reopened.open(Path().c_str(), out), nullptr);
     }
     EXPECT_EQ(ZlibCalls().closed, ZlibCalls().opened);
+}
+
+TEST_F(GzFileBuf, DestructionLeavesAnAttachedDescriptorOpenAfterAFileOpenedByName) {
+    const int fd = creat(Path("attached.gz").c_str(), 0600);
+    {
+        gzfilebuf reopened;
+        ASSERT_NE(reopened.open(Path().c_str(), out), nullptr);
+        ASSERT_NE(reopened.close(), nullptr);
+        ASSERT_NE(reopened.attach(fd, out), nullptr);
+    }
+    EXPECT_TRUE(IsOpenDescriptor(fd));
+    EXPECT_EQ(gzclose(ZlibCalls().opened.back()), Z_OK);
 }
 
 TEST_F(GzFileBuf, DestructionFlushesAndClosesAFileOpenedByName) {
