@@ -1,0 +1,185 @@
+#include "vorhost/system/rooted_files.h"
+
+#include "vorhost/system/path_resolver.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <cstring>
+#include <memory>
+#include <utility>
+
+namespace NVORHOST {
+
+namespace {
+
+// A link of /proc that leads to nothing a path can name is refused by the resolver with ELOOP: `failed`.
+EReadStatus StatusOf(int error) {
+    switch (error) {
+        case ENOENT:
+        case ENOTDIR:
+            return EReadStatus::notFound;
+        case EACCES:
+        case EPERM:
+            return EReadStatus::denied;
+        default:
+            return EReadStatus::failed;
+    }
+}
+
+template <typename T>
+TReadResult<T> Failure(std::string_view path, int error) {
+    return {StatusOf(error), T{}, std::string(path) + ": " + std::strerror(error)};
+}
+
+template <typename T>
+TReadResult<T> Refusal(std::string_view path, const char* reason) {
+    return {EReadStatus::failed, T{}, std::string(path) + ": " + reason};
+}
+
+// Grows `bytes` until the end of the file or `limit`. False with errno set when a read fails.
+bool ReadUpTo(const TFileDescriptor& file, std::size_t limit, std::string& bytes) {
+    // Attributes of sysfs are at most a page; longer files double the step.
+    std::size_t step = 4096;
+    while (bytes.size() < limit) {
+        const std::size_t filled = bytes.size();
+        const std::size_t wanted = std::min(step, limit - filled);
+        bytes.resize(filled + wanted);
+        const ssize_t got = read(file.Get(), bytes.data() + filled, wanted);
+        bytes.resize(filled + static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
+        if (got == 0) {
+            return true;
+        }
+        if (got < 0 && errno != EINTR) {
+            return false;
+        }
+        step = std::min<std::size_t>(step * 2, std::size_t{1} << 20);
+    }
+    return true;
+}
+
+struct TCloseDir {
+    void operator()(DIR* folder) const { (void)closedir(folder); }
+};
+using TFolder = std::unique_ptr<DIR, TCloseDir>;
+
+bool IsDotEntry(std::string_view name) {
+    return name == "." || name == "..";
+}
+
+}  // namespace
+
+TRootedFiles::TRootedFiles(std::string root, EPathResolution resolution)
+    : root_(std::move(root)),
+      resolution_(resolution),
+      rootFolder_(open(root_.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)),
+      rootError_(rootFolder_.IsOpen() ? 0 : errno) {}
+
+TFileDescriptor TRootedFiles::Open(std::string_view path, int flags) const {
+    if (!rootFolder_.IsOpen()) {
+        errno = rootError_;
+        return {};
+    }
+    if (resolution_ == EPathResolution::walk) {
+        return OpenInRootByWalk(rootFolder_.Get(), path, flags);
+    }
+    if (root_ == "/") {
+        return TFileDescriptor(open(std::string(path).c_str(), flags | O_CLOEXEC));
+    }
+    TFileDescriptor opened = OpenInRootByKernel(rootFolder_.Get(), path, flags);
+    // EPERM: filters of system calls answer so for calls they do not know.
+    if (!opened.IsOpen() && (errno == ENOSYS || errno == EPERM)) {
+        return OpenInRootByWalk(rootFolder_.Get(), path, flags);
+    }
+    return opened;
+}
+
+TReadResult<TFileDescriptor> TRootedFiles::OpenRegularFile(std::string_view path) const {
+    // Opening a device node or a fifo can already act on it, so the kind is looked at through a descriptor
+    // that only names the file, and that very file is then opened.
+    const TFileDescriptor named = Open(path, O_PATH);
+    if (!named.IsOpen()) {
+        return Failure<TFileDescriptor>(path, errno);
+    }
+    struct stat status {};
+    if (fstat(named.Get(), &status) != 0) {
+        return Failure<TFileDescriptor>(path, errno);
+    }
+    if (!S_ISREG(status.st_mode)) {
+        return Refusal<TFileDescriptor>(path, "not a regular file");
+    }
+    const std::string byDescriptor = "/proc/self/fd/" + std::to_string(named.Get());
+    TFileDescriptor file(open(byDescriptor.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!file.IsOpen()) {
+        return Failure<TFileDescriptor>(path, errno);
+    }
+    return {EReadStatus::ok, std::move(file), {}};
+}
+
+TReadResult<std::string> TRootedFiles::ReadText(std::string_view path) const {
+    auto text = ReadBytes(path, maxFileBytes + 1);
+    if (text.value.size() > maxFileBytes) {
+        return Refusal<std::string>(path, "larger than any file worth reading");
+    }
+    return text;
+}
+
+TReadResult<std::string> TRootedFiles::ReadBytes(std::string_view path, std::size_t maxBytes) const {
+    const auto file = OpenRegularFile(path);
+    if (!file.IsOk()) {
+        return {file.status, {}, file.error};
+    }
+    TReadResult<std::string> result{EReadStatus::ok, {}, {}};
+    if (!ReadUpTo(file.value, maxBytes, result.value)) {
+        return Failure<std::string>(path, errno);
+    }
+    return result;
+}
+
+TReadResult<std::vector<std::string>> TRootedFiles::List(std::string_view path) const {
+    using TNames = std::vector<std::string>;
+    TFileDescriptor opened = Open(path, O_RDONLY | O_DIRECTORY);
+    const TFolder folder(opened.IsOpen() ? fdopendir(opened.Get()) : nullptr);
+    if (!folder) {
+        return Failure<TNames>(path, errno);
+    }
+    (void)opened.Release();  // closedir closes it
+    TNames names;
+    errno = 0;
+    while (const dirent* entry = readdir(folder.get())) {
+        if (!IsDotEntry(entry->d_name)) {
+            names.emplace_back(entry->d_name);
+        }
+    }
+    if (errno != 0) {
+        return Failure<TNames>(path, errno);
+    }
+    std::sort(names.begin(), names.end());
+    return {EReadStatus::ok, std::move(names), {}};
+}
+
+TReadResult<std::string> TRootedFiles::ReadLink(std::string_view path) const {
+    const TFileDescriptor link = Open(path, O_PATH | O_NOFOLLOW);
+    if (!link.IsOpen()) {
+        return Failure<std::string>(path, errno);
+    }
+    std::array<char, PATH_MAX> target{};
+    const ssize_t length = readlinkat(link.Get(), "", target.data(), target.size());
+    if (length < 0) {
+        // ENOENT is what an empty path answers for a descriptor that is no link.
+        return Refusal<std::string>(path, "not a symbolic link");
+    }
+    return {EReadStatus::ok, std::string(target.data(), static_cast<std::size_t>(length)), {}};
+}
+
+bool TRootedFiles::Exists(std::string_view path) const {
+    return Open(path, O_PATH).IsOpen();
+}
+
+}  // namespace NVORHOST
