@@ -1,0 +1,28 @@
+// /proc/cpuinfo: what the kernel says of each logical processor.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace NVORHOST {
+
+struct TLogicalProcessor {
+    std::uint32_t number = 0;                ///< "processor", the N of cpuN
+    std::optional<std::uint32_t> packageId;  ///< "physical id"
+    std::optional<std::uint32_t> clockMHz;   ///< "cpu MHz", rounded
+    std::string vendor;                      ///< "vendor_id"
+    std::string model;                       ///< "model name"
+    std::string family;                      ///< "cpu family", decimal text
+    std::string modelNumber;                 ///< "model", decimal text
+    std::string stepping;                    ///< "stepping", decimal text
+    std::optional<bool> isLongModeCapable;   ///< "flags" hold "lm"; absent without that line
+};
+
+/// Shape:  blocks of "name : value" lines; a block starts at its "processor" line.
+/// Absent: lines before the first such block are skipped; texts that are missing are empty.
+std::vector<TLogicalProcessor> ParseCpuInfo(std::string_view text);
+
+}  // namespace NVORHOST
