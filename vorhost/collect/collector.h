@@ -1,13 +1,20 @@
 // The collectors: each reads one aspect of the machine through the system door and fills classes of a
 // namespace.
+//
+// Failure language: what cannot be read is a property that is not set. A collector throws only when the
+// namespace or the memory does, and that is reported here, not passed on.
 #pragma once
 
 #include "host/cim_date_time.h"
+#include "vorhost/collect/class_shape.h"
+#include "vorhost/collect/device_names.h"
 #include "vorhost/model/memory_namespace.h"
 #include "vorhost/system/system_calls.h"
 #include "vorhost/system/system_files.h"
 
 #include <chrono>
+#include <cstddef>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -15,34 +22,48 @@
 
 namespace NVORHOST {
 
-/// What collectors work with. All references outlive the collection.
+class TCollection;
+
+/// What a collection works with. All that is referred to outlives the collection.
 struct TCollectContext {
     const ISystemFiles& files;
     const ISystemCalls& calls;
     TMemoryNamespace& target;
-    /// The moment of the collection with the zone that local times are given in.
-    TCIMDateTime localTime;
+    /// The moment of the collection with the zone that local times are given in; absent when it is unknown,
+    /// as on a captured tree.
+    std::optional<TCIMDateTime> localTime;
+    /// Null: devices are named by their class and numbers.
+    const IDeviceNames* deviceNames = nullptr;
 };
 
 /// One row of the collector table.
 struct TCollector {
-    std::string_view name;         ///< as in listings and options, for example "processor"
-    std::string_view description;  ///< one line for people
-    void (*collect)(TCollectContext& context);
+    std::string_view name;               ///< as in listings and options, for example "processor"
+    std::string_view description;        ///< one line for people
+    std::span<const TClassShape> fills;  ///< the classes whose instances it commits; declared before it runs
+    void (*collect)(TCollection& collection);
 };
 
 /// Every collector in the order in which they run and in which their classes enter the namespace.
 std::span<const TCollector> GetCollectors();
 
-/// How one collector fared.
+/// How one collector fared. Paths are in the order of the first access, each one once; what an earlier
+/// collector of the same run read for all of them is reported with that one.
 struct TCollectReport {
     std::string_view collector;
-    std::string failure;  ///< empty when it went well, else one line
+    std::string failure;                     ///< empty when it went well, else one line
+    std::vector<std::string> deniedSources;  ///< files and folders that are not for this user
+    std::vector<std::string> failedSources;  ///< those that could not be read for another reason
+    std::vector<std::string> notes;          ///< lines for the log: keys that collided, unsound tables
+    std::size_t instances = 0;               ///< committed to the classes it fills
+    std::size_t replacedBytes = 0;           ///< bytes of the machine's texts that are no characters
     std::chrono::nanoseconds duration{};
 };
 
-/// Runs every collector. One that throws is reported and logged; the others run all the same, and what the
-/// failed one had committed stays.
-std::vector<TCollectReport> CollectAll(TCollectContext& context);
+/// Declares the classes of every collector that are not in the namespace yet, then runs the collectors in
+/// order. One that throws is reported; the others run all the same, and what the failed one had committed
+/// stays.
+std::vector<TCollectReport> CollectAll(const TCollectContext& context,
+                                       std::span<const TCollector> collectors = GetCollectors());
 
 }  // namespace NVORHOST

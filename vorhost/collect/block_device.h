@@ -1,0 +1,40 @@
+// The disks among the kernel's block devices: what each is, where it sits and what it says of itself.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace NVORHOST {
+
+class TCollection;
+
+/// What stands behind a disk.
+enum class EDiskBacking {
+    physical,    ///< one device of its own
+    simulated,   ///< a hypervisor's or an emulator's
+    raidVolume,  ///< made by an adapter from disks behind it
+};
+
+struct TDisk {
+    std::string kernelName;  ///< "sda"
+    std::string key;         ///< unique among the machine's disks
+    std::string position;    ///< as of device_position.h; the kernel's name when nothing else tells
+    std::string transport;   ///< "ATA", "SCSI", "SAS", "USB", "NVMe", "MMC", "virtio", "Xen"
+    EDiskBacking backing = EDiskBacking::physical;
+    /// Vendor and model as people know the disk; absent when it does not say.
+    std::optional<std::string> model;
+    std::optional<std::uint64_t> sizeBytes;       ///< absent for a drive without medium
+    std::optional<std::uint64_t> blockSizeBytes;  ///< logical block; absent with the size
+    std::optional<bool> isRemovable;
+    /// CIM operational status; absent where the kernel keeps no state.
+    std::optional<std::vector<std::uint16_t>> operationalStatus;
+};
+
+/// Every disk in the order of the kernel's names, drives for removable disks included. Not among them: loop,
+/// RAM and zram devices, md and dm devices, optical drives, floppy drives, hardware partitions of MMC,
+/// hidden paths of multipath NVMe.
+std::vector<TDisk> ReadDisks(TCollection& collection);
+
+}  // namespace NVORHOST

@@ -1,0 +1,45 @@
+#include "vorhost/collect/collection.h"
+
+#include "vorhost/collect/cim_time.h"
+#include "vorhost/parse/printable_text.h"
+
+namespace NVORHOST {
+
+TCIMDateTime TCollection::ToDateTime(std::int64_t secondsSinceEpoch) const {
+    // A captured tree does not know its zone's history; the zone of the collection's moment is next best.
+    const int atCollection = context_.localTime ? context_.localTime->GetUTCOffset() : 0;
+    const int offset = context_.calls.UtcOffsetMinutes(secondsSinceEpoch).value_or(atCollection);
+    return MakeCimTime(secondsSinceEpoch, offset);
+}
+
+const TSmbiosSource& TCollection::GetSmbios() {
+    if (!smbios_) {
+        smbios_.emplace(files_);
+    }
+    return *smbios_;
+}
+
+const std::vector<TLogicalProcessor>& TCollection::GetLogicalProcessors() {
+    if (!logicalProcessors_) {
+        logicalProcessors_ = ParseCpuInfo(files_.ReadText("/proc/cpuinfo").value);
+    }
+    return *logicalProcessors_;
+}
+
+const std::vector<TDisk>& TCollection::GetDisks() {
+    if (!disks_) {
+        disks_ = ReadDisks(*this);
+    }
+    return *disks_;
+}
+
+std::optional<TCIMValue> TCollection::ToCimValue(const std::string& text) {
+    auto printable = ToPrintableText(text);
+    replacedBytes_ += printable.replacements;
+    if (printable.text.empty()) {
+        return std::nullopt;
+    }
+    return TCIMValue(printable.text);
+}
+
+}  // namespace NVORHOST

@@ -1,0 +1,104 @@
+// One run of the collectors, as they see it: the machine, the namespace they fill, and what several of them
+// need and one of them reads.
+#pragma once
+
+#include "vorhost/collect/block_device.h"
+#include "vorhost/collect/class_shape.h"
+#include "vorhost/collect/collector.h"
+#include "vorhost/collect/smbios_source.h"
+#include "vorhost/parse/cpuinfo.h"
+#include "vorhost/parse/numbers.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace NVORHOST {
+
+class TCollection {
+  public:
+    /// `files` is read instead of the context's, so that a run can be recorded.
+    TCollection(const TCollectContext& context, const ISystemFiles& files)
+        : context_(context), files_(files) {}
+    TCollection(const TCollection&) = delete;
+    TCollection& operator=(const TCollection&) = delete;
+    ~TCollection() = default;
+
+    const ISystemFiles& GetFiles() const { return files_; }
+    const ISystemCalls& GetCalls() const { return context_.calls; }
+    const std::optional<TCIMDateTime>& GetLocalTime() const { return context_.localTime; }
+    /// Null when the run has no database of names.
+    const IDeviceNames* GetDeviceNames() const { return context_.deviceNames; }
+
+    /// The moment, given in seconds since 1970-01-01 UTC, in local time where its zone is known, else in UTC.
+    TCIMDateTime ToDateTime(std::int64_t secondsSinceEpoch) const;
+
+    /// Sources that several collectors share; each is read once, when it is first asked for.
+    const TSmbiosSource& GetSmbios();
+    const std::vector<TLogicalProcessor>& GetLogicalProcessors();
+    const std::vector<TDisk>& GetDisks();
+
+    /// Commits one instance with every property of `record` that is not absent. Texts pass the gate of
+    /// printable_text.h; one that is empty behind it counts as absent.
+    template <typename TRecord>
+    void Commit(const TClassShape& shape, std::span<const TPropertyRow<TRecord>> rows, const TRecord& record);
+
+    /// A line for the log.
+    void Note(std::string line) { notes_.push_back(std::move(line)); }
+
+    std::vector<std::string> TakeNotes() { return std::exchange(notes_, {}); }
+    std::size_t TakeReplacedBytes() { return std::exchange(replacedBytes_, 0); }
+
+  private:
+    std::optional<TCIMValue> ToCimValue(const std::string& text);
+
+    template <typename TValue>
+    std::optional<TCIMValue> ToCimValue(const TValue& value) {
+        return TCIMValue(value);
+    }
+
+    template <typename TElement>
+    std::optional<TCIMValue> ToCimValue(const std::vector<TElement>& elements) {
+        TCIMValue::TElements values;
+        values.reserve(elements.size());
+        for (const TElement element : elements) {
+            values.emplace_back(element);
+        }
+        return TCIMValue::Array(cimTypeOf<TElement>, std::move(values));
+    }
+
+    const TCollectContext& context_;
+    const ISystemFiles& files_;
+    std::optional<TSmbiosSource> smbios_;
+    std::optional<std::vector<TLogicalProcessor>> logicalProcessors_;
+    std::optional<std::vector<TDisk>> disks_;
+    std::vector<std::string> notes_;
+    std::size_t replacedBytes_ = 0;
+};
+
+template <typename TRecord>
+void TCollection::Commit(const TClassShape& shape, std::span<const TPropertyRow<TRecord>> rows,
+                         const TRecord& record) {
+    const auto instance = context_.target.FindClass(shape.name)->NewInstance();
+    const auto set = [&](std::string_view name, const auto& member) {
+        if (!member) {
+            return;
+        }
+        if (auto value = ToCimValue(*member)) {
+            instance->Set(name, std::move(*value));
+        }
+    };
+    for (const TPropertyRow<TRecord>& row : rows) {
+        std::visit(
+            [&](const auto& member) {
+                if constexpr (!std::is_same_v<std::decay_t<decltype(member)>, TNeverKnown>) {
+                    set(row.name, record.*member);
+                }
+            },
+            row.member);
+    }
+    instance->CommitInstance({});
+}
+
+}  // namespace NVORHOST

@@ -1,0 +1,106 @@
+#include "vorhost/collect/collector.h"
+
+#include "host/vor_exception.h"
+#include "vorhost/collect/collection.h"
+#include "vorhost/collect/computer_system.h"
+#include "vorhost/collect/data_source.h"
+#include "vorhost/collect/disk_drive.h"
+#include "vorhost/collect/disk_partition.h"
+#include "vorhost/collect/operating_system.h"
+#include "vorhost/collect/pci_function.h"
+#include "vorhost/collect/processor.h"
+#include "vorhost/collect/result_class.h"
+#include "vorhost/system/recording_files.h"
+
+#include <exception>
+#include <unordered_set>
+
+namespace NVORHOST {
+
+namespace {
+
+void DeclareClasses(TMemoryNamespace& target, std::span<const TCollector> collectors) {
+    for (const TCollector& collector : collectors) {
+        for (const TClassShape& shape : collector.fills) {
+            if (!target.FindClass(shape.name)) {
+                target.AddClass(std::string(shape.name), shape.declare());
+            }
+        }
+    }
+}
+
+std::size_t CountInstances(const TMemoryNamespace& target, const TCollector& collector) {
+    std::size_t count = 0;
+    for (const TClassShape& shape : collector.fills) {
+        count += target.FindClass(shape.name)->GetInstances().size();
+    }
+    return count;
+}
+
+// One line from whatever a collector threw; empty when it threw nothing.
+std::string RunCollector(const TCollector& collector, TCollection& collection) {
+    try {
+        collector.collect(collection);
+        return {};
+    } catch (const NKELVOR20::TVORException& error) {
+        return "host status " + std::to_string(error.GetStatusCode().GetCode()) + ": " + error.what();
+    } catch (const std::exception& error) {
+        return error.what();
+    }
+}
+
+std::vector<std::string> PathsThatEnded(const std::vector<TRecordingFiles::TAccess>& accesses,
+                                        EReadStatus status) {
+    std::vector<std::string> paths;
+    std::unordered_set<std::string_view> seen;
+    for (const TRecordingFiles::TAccess& access : accesses) {
+        if (access.status == status && seen.insert(access.path).second) {
+            paths.push_back(access.path);
+        }
+    }
+    return paths;
+}
+
+}  // namespace
+
+std::span<const TCollector> GetCollectors() {
+    // Row order is the order of running, of the classes in the namespace and of listings.
+    static const TCollector collectors[] = {
+        {"computer-system", "The machine: maker, product, serial number, identity",
+         GetComputerSystemClasses(), CollectComputerSystem},
+        {"operating-system", "The running system: name, kernel, memory, times", GetOperatingSystemClasses(),
+         CollectOperatingSystem},
+        {"processor", "Processors in their sockets", GetProcessorClasses(), CollectProcessors},
+        {"disk", "Disks, physical and virtual", GetDiskDriveClasses(), CollectDiskDrives},
+        {"partition", "Partitions of the disks", GetDiskPartitionClasses(), CollectDiskPartitions},
+        {"pci", "Functions and bridges on the PCI buses", GetPciFunctionClasses(), CollectPciFunctions},
+        {"data-source", "This program and its version", GetDataSourceClasses(), CollectDataSource},
+        {"result", "The class that plug-ins put their results into", GetResultClasses(), CollectResultClass},
+    };
+    return collectors;
+}
+
+std::vector<TCollectReport> CollectAll(const TCollectContext& context,
+                                       std::span<const TCollector> collectors) {
+    TRecordingFiles files(context.files);
+    TCollection collection(context, files);
+    DeclareClasses(context.target, collectors);
+    std::vector<TCollectReport> reports;
+    for (const TCollector& collector : collectors) {
+        const auto start = std::chrono::steady_clock::now();
+        const std::size_t instancesBefore = CountInstances(context.target, collector);
+        TCollectReport& report = reports.emplace_back();
+        report.collector = collector.name;
+        report.failure = RunCollector(collector, collection);
+        const auto accesses = files.TakeAccesses();
+        report.deniedSources = PathsThatEnded(accesses, EReadStatus::denied);
+        report.failedSources = PathsThatEnded(accesses, EReadStatus::failed);
+        report.notes = collection.TakeNotes();
+        report.instances = CountInstances(context.target, collector) - instancesBefore;
+        report.replacedBytes = collection.TakeReplacedBytes();
+        report.duration = std::chrono::steady_clock::now() - start;
+    }
+    return reports;
+}
+
+}  // namespace NVORHOST

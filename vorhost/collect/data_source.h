@@ -1,0 +1,16 @@
+// KELSG_DataSource: the program that collected.
+#pragma once
+
+#include "vorhost/collect/class_shape.h"
+
+#include <span>
+
+namespace NVORHOST {
+
+class TCollection;
+
+/// One instance, whose Version is this project's.
+void CollectDataSource(TCollection& collection);
+std::span<const TClassShape> GetDataSourceClasses();
+
+}  // namespace NVORHOST

@@ -1,0 +1,17 @@
+// KELSG_DiskDrive and CIM_DiskDrive: the machine's disks.
+#pragma once
+
+#include "vorhost/collect/class_shape.h"
+
+#include <span>
+
+namespace NVORHOST {
+
+class TCollection;
+
+/// One instance for each disk: a physical one as KELSG_DiskDrive, one that a hypervisor, an emulator or a
+/// RAID adapter presents as CIM_DiskDrive.
+void CollectDiskDrives(TCollection& collection);
+std::span<const TClassShape> GetDiskDriveClasses();
+
+}  // namespace NVORHOST

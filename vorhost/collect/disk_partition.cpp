@@ -1,0 +1,272 @@
+#include "vorhost/collect/disk_partition.h"
+
+#include "vorhost/collect/attribute.h"
+#include "vorhost/collect/collection.h"
+#include "vorhost/collect/device_key.h"
+#include "vorhost/collect/operational_status.h"
+#include "vorhost/parse/udev_record.h"
+#include "vorhost/parse/uevent.h"
+
+#include <algorithm>
+
+namespace NVORHOST {
+
+namespace {
+
+struct TPartition {
+    std::optional<std::string> elementName, description, deviceId;
+    std::optional<TOperationalStatus> operationalStatus;
+    std::optional<std::uint64_t> consumableBlocks, numberOfBlocks, sizeBytes;
+    std::optional<std::uint16_t> dataOrganization, dataRedundancy, packageRedundancy, subtype, type;
+    std::optional<bool> sequentialAccess, bootable, isPrimary;
+};
+
+constexpr TPropertyRow<TPartition> partitionRows[] = {
+    {"ElementName", &TPartition::elementName},
+    {"Description", &TPartition::description},
+    {"DeviceID", &TPartition::deviceId},
+    {"OperationalStatus", &TPartition::operationalStatus},
+    {"ConsumableBlocks", &TPartition::consumableBlocks},
+    {"DataOrganization", &TPartition::dataOrganization},
+    {"DataRedundancy", &TPartition::dataRedundancy},
+    {"DeltaReservation", TNeverKnown{ECimType::eUint8}},
+    {"NumberOfBlocks", &TPartition::numberOfBlocks},
+    {"PackageRedundancy", &TPartition::packageRedundancy},
+    {"SequentialAccess", &TPartition::sequentialAccess},
+    {"Bootable", &TPartition::bootable},
+    {"Size", &TPartition::sizeBytes},
+    {"PartitionSubtype", &TPartition::subtype},
+    {"PartitionType", &TPartition::type},
+    {"PrimaryPartition", &TPartition::isPrimary},
+};
+
+constexpr TClassShape classes[] = {
+    MakeShape<TPartition, partitionRows>("CIM_DiskPartition"),
+};
+
+// CIM_DiskPartition.PartitionType.
+constexpr std::uint16_t primaryType = 1;
+constexpr std::uint16_t extendedType = 2;
+constexpr std::uint16_t logicalType = 3;
+
+// What the kernel and, where it runs, udev say of one partition.
+struct TPartitionSource {
+    const TDisk* disk;  // never null
+    std::string kernelName;
+    std::string folder;
+    std::uint32_t number;
+    std::string uevent;
+    std::string udevRecord;
+
+    std::optional<std::string_view> FindUdev(std::string_view key) const {
+        return FindUdevProperty(udevRecord, key);
+    }
+    // A flag word that a rule left out is zero.
+    std::optional<std::uint64_t> FindFlags() const {
+        const auto text = FindUdev("ID_PART_ENTRY_FLAGS");
+        return text ? ParseHexNumber<std::uint64_t>(*text) : std::optional<std::uint64_t>(0);
+    }
+};
+
+// ---- what the partition table's scheme decides
+
+std::uint16_t FindDosType(std::uint32_t number, std::uint8_t entryType) {
+    constexpr std::uint32_t firstLogicalNumber = 5;
+    constexpr std::uint8_t extendedEntryTypes[] = {0x05, 0x0F, 0x85};
+    if (number >= firstLogicalNumber) {
+        return logicalType;
+    }
+    const bool isExtended = std::find(std::begin(extendedEntryTypes), std::end(extendedEntryTypes),
+                                      entryType) != std::end(extendedEntryTypes);
+    return isExtended ? extendedType : primaryType;
+}
+
+void SetFromDos(const TPartitionSource& source, TPartition& partition) {
+    constexpr std::uint64_t activeFlag = 0x80;
+    if (const auto flags = source.FindFlags()) {
+        partition.bootable = (*flags & activeFlag) != 0;
+    }
+    const auto entryType = ParseHexNumber<std::uint8_t>(source.FindUdev("ID_PART_ENTRY_TYPE").value_or(""));
+    if (entryType) {
+        partition.subtype = std::uint16_t{*entryType};
+        partition.type = FindDosType(source.number, *entryType);
+        partition.isPrimary = partition.type == primaryType;
+    }
+}
+
+void SetFromGpt(const TPartitionSource& source, TPartition& partition) {
+    constexpr std::string_view efiSystem = "c12a7328-f81f-11d2-ba4b-00a0c93ec93b";
+    constexpr std::uint64_t legacyBootableFlag = 0x04;
+    const auto flags = source.FindFlags();
+    if (flags) {
+        partition.bootable =
+            source.FindUdev("ID_PART_ENTRY_TYPE") == efiSystem || (*flags & legacyBootableFlag) != 0;
+    }
+}
+
+struct TScheme {
+    std::string_view udevName;
+    std::string_view word;
+    void (*set)(const TPartitionSource& source, TPartition& partition);
+};
+
+constexpr TScheme schemes[] = {
+    {"dos", "DOS", SetFromDos},
+    {"gpt", "GPT", SetFromGpt},
+};
+
+// ---- sizes
+
+std::optional<std::uint64_t> FindSectors(const ISystemFiles& files, const TPartitionSource& source) {
+    // The kernel shows two sectors of the container of logical partitions, whatever its size.
+    constexpr std::uint64_t shownOfContainer = 2;
+    const auto sectors = ReadNumber<std::uint64_t>(files, source.folder + "/size");
+    if (sectors && *sectors > shownOfContainer) {
+        return sectors;
+    }
+    return ParseNumber<std::uint64_t>(source.FindUdev("ID_PART_ENTRY_SIZE").value_or(""));
+}
+
+void SetSizes(std::optional<std::uint64_t> sectors, TPartition& partition, const TDisk& disk) {
+    if (!sectors) {
+        return;
+    }
+    partition.sizeBytes = *sectors * 512;
+    if (disk.blockSizeBytes && *disk.blockSizeBytes != 0) {
+        partition.numberOfBlocks = *partition.sizeBytes / *disk.blockSizeBytes;
+        if (partition.type != extendedType) {
+            partition.consumableBlocks = partition.numberOfBlocks;
+        }
+    }
+}
+
+// ---- names
+
+std::string FindIdentity(const TPartitionSource& source) {
+    if (const auto uuid = FindUeventValue(source.uevent, "PARTUUID")) {
+        return std::string(*uuid);
+    }
+    return std::string(source.FindUdev("ID_PART_ENTRY_UUID").value_or(""));
+}
+
+std::string FindLabel(const TPartitionSource& source) {
+    if (const auto name = FindUeventValue(source.uevent, "PARTNAME")) {
+        return std::string(*name);
+    }
+    return DecodeUdevEscapes(source.FindUdev("ID_PART_ENTRY_NAME").value_or(""));
+}
+
+std::string NumberSuffix(const TPartitionSource& source) {
+    return "-part" + std::to_string(source.number);
+}
+
+std::string Describe(const TPartitionSource& source, const TScheme* scheme) {
+    std::string description = scheme == nullptr ? "Partition " : std::string(scheme->word) + " partition ";
+    return description + std::to_string(source.number) + " of " +
+           source.disk->model.value_or(source.disk->key);
+}
+
+std::string MakeElementName(const TPartitionSource& source) {
+    const std::string label = FindLabel(source);
+    return label.empty() ? source.kernelName : source.kernelName + " (" + label + ")";
+}
+
+const TScheme* FindScheme(const TPartitionSource& source) {
+    const auto name = source.FindUdev("ID_PART_ENTRY_SCHEME");
+    for (const TScheme& scheme : schemes) {
+        if (scheme.udevName == name) {
+            return &scheme;
+        }
+    }
+    return nullptr;
+}
+
+// ---- one partition, all partitions
+
+TPartition MakePartition(const ISystemFiles& files, const TPartitionSource& source) {
+    constexpr std::uint16_t fixedBlock = 2;
+    const TScheme* scheme = FindScheme(source);
+    TPartition partition;
+    partition.elementName = MakeElementName(source);
+    partition.description = Describe(source, scheme);
+    partition.operationalStatus = source.disk->operationalStatus;
+    partition.dataOrganization = fixedBlock;
+    partition.sequentialAccess = false;
+    // What a hypervisor or an adapter keeps behind its disks cannot be seen.
+    if (source.disk->backing == EDiskBacking::physical) {
+        partition.dataRedundancy = std::uint16_t{1};
+        partition.packageRedundancy = std::uint16_t{0};
+    }
+    if (scheme != nullptr) {
+        scheme->set(source, partition);
+    }
+    SetSizes(FindSectors(files, source), partition, *source.disk);
+    return partition;
+}
+
+std::optional<TPartitionSource> ReadSource(const ISystemFiles& files, const TDisk& disk,
+                                           const std::string& kernelName) {
+    const std::string folder = "/sys/block/" + disk.kernelName + "/" + kernelName;
+    const auto number = ReadNumber<std::uint32_t>(files, folder + "/partition");
+    if (!number) {
+        return std::nullopt;
+    }
+    TPartitionSource source{&disk, kernelName, folder, *number, files.ReadText(folder + "/uevent").value, {}};
+    if (const auto deviceNumber = ReadAttribute(files, folder + "/dev")) {
+        source.udevRecord = files.ReadText("/run/udev/data/b" + *deviceNumber).value;
+    }
+    return source;
+}
+
+struct TFoundPartitions {
+    std::vector<TPartition> partitions;
+    std::vector<TKeySource> keySources;
+};
+
+std::vector<TPartitionSource> ReadSources(const ISystemFiles& files, const TDisk& disk) {
+    std::vector<TPartitionSource> sources;
+    for (const std::string& name : files.List("/sys/block/" + disk.kernelName).value) {
+        if (!name.starts_with(disk.kernelName)) {
+            continue;  // one of the disk's attributes
+        }
+        if (auto source = ReadSource(files, disk, name)) {
+            sources.push_back(std::move(*source));
+        }
+    }
+    std::sort(sources.begin(), sources.end(),
+              [](const auto& a, const auto& b) { return a.number < b.number; });
+    return sources;
+}
+
+TKeySource MakeKeySource(const TPartitionSource& source) {
+    const std::string identity = FindIdentity(source);
+    const std::string suffix = NumberSuffix(source);
+    return {identity.empty() ? source.disk->key + suffix : identity, source.disk->position + suffix};
+}
+
+}  // namespace
+
+std::span<const TClassShape> GetDiskPartitionClasses() {
+    return classes;
+}
+
+void CollectDiskPartitions(TCollection& collection) {
+    TFoundPartitions found;
+    for (const TDisk& disk : collection.GetDisks()) {
+        for (const TPartitionSource& source : ReadSources(collection.GetFiles(), disk)) {
+            found.partitions.push_back(MakePartition(collection.GetFiles(), source));
+            found.keySources.push_back(MakeKeySource(source));
+        }
+    }
+    std::vector<std::string> notes;
+    const auto keys = MakeUniqueKeys(found.keySources, "partition", notes);
+    for (std::string& note : notes) {
+        collection.Note(std::move(note));
+    }
+    for (std::size_t i = 0; i < keys.size(); ++i) {
+        found.partitions[i].deviceId = keys[i];
+        collection.Commit<TPartition>(classes[0], partitionRows, found.partitions[i]);
+    }
+}
+
+}  // namespace NVORHOST

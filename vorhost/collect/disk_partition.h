@@ -1,0 +1,16 @@
+// CIM_DiskPartition: the partitions of the machine's disks.
+#pragma once
+
+#include "vorhost/collect/class_shape.h"
+
+#include <span>
+
+namespace NVORHOST {
+
+class TCollection;
+
+/// One instance for each partition of a disk, disk by disk in the order of their numbers.
+void CollectDiskPartitions(TCollection& collection);
+std::span<const TClassShape> GetDiskPartitionClasses();
+
+}  // namespace NVORHOST

@@ -1,0 +1,93 @@
+#include "vorhost/collect/operational_status.h"
+
+#include <iterator>
+
+namespace NVORHOST {
+
+namespace {
+
+struct TStateWord {
+    std::string_view word;
+    std::uint16_t status;
+};
+
+// 2 OK, 4 stressed, 7 non-recoverable error, 8 starting, 9 stopping, 13 lost communication, 15 dormant.
+constexpr TStateWord diskStates[] = {
+    // SCSI
+    {"running", statusOk},
+    {"offline", 13},
+    {"transport-offline", 13},
+    {"created", 8},
+    {"quiesce", 15},
+    {"blocked", 4},
+    {"created-blocked", 4},
+    {"cancel", 9},
+    {"deleted", 9},
+    // NVMe
+    {"live", statusOk},
+    {"new", 8},
+    {"resetting", 8},
+    {"connecting", 8},
+    {"deleting", 9},
+    {"deleting (no IO)", 9},
+    {"dead", 7},
+};
+
+struct TStateCode {
+    std::uint8_t code;
+    std::uint16_t status;
+};
+
+// DSP0134, 7.5: status of the processor, bits 2:0.
+constexpr TStateCode processorStates[] = {
+    {0, 0},         // unknown
+    {1, statusOk},  // enabled
+    {2, 10},        // disabled by the user: stopped
+    {3, 6},         // disabled by firmware after an error
+    {4, 15},        // idle: dormant
+    {7, 1},         // other
+};
+
+// DSP0134, 7.4.2, from the best to the worst; "unknown" counts for less than any answer.
+constexpr TStateCode chassisStates[] = {
+    {2, 0},         // unknown
+    {3, statusOk},  // safe
+    {1, 1},         // other
+    {4, 3},         // warning: degraded
+    {5, 6},         // critical: error
+    {6, 7},         // non-recoverable
+};
+
+}  // namespace
+
+std::optional<TOperationalStatus> FindDiskStatus(std::string_view state) {
+    for (const TStateWord& row : diskStates) {
+        if (row.word == state) {
+            return TOperationalStatus{row.status};
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<TOperationalStatus> FindProcessorStatus(std::uint8_t status) {
+    for (const TStateCode& row : processorStates) {
+        if (row.code == (status & 0x07)) {
+            return TOperationalStatus{row.status};
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<TOperationalStatus> FindChassisStatus(const std::vector<std::optional<std::uint8_t>>& states) {
+    const TStateCode* worst = nullptr;
+    for (const auto& state : states) {
+        for (const TStateCode& row : chassisStates) {
+            if (state == row.code && (worst == nullptr || worst < &row)) {
+                worst = &row;
+            }
+        }
+    }
+    return worst == nullptr ? std::nullopt : std::optional(TOperationalStatus{worst->status});
+}
+
+}  // namespace NVORHOST

@@ -1,0 +1,26 @@
+// The kernel's and the firmware's words for the state of a device as CIM operational status.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+namespace NVORHOST {
+
+/// Always an array; its first element is the primary status.
+using TOperationalStatus = std::vector<std::uint16_t>;
+
+inline constexpr std::uint16_t statusOk = 2;
+
+/// Of the state of a SCSI disk or an NVMe controller. Absent for a word that neither driver has.
+std::optional<TOperationalStatus> FindDiskStatus(std::string_view state);
+
+/// Of the status of an SMBIOS processor structure (bits 2:0). Absent for reserved codes.
+std::optional<TOperationalStatus> FindProcessorStatus(std::uint8_t status);
+
+/// The worst of the states that an SMBIOS chassis structure gives; "unknown" only when no other answers, and
+/// nothing when none does.
+std::optional<TOperationalStatus> FindChassisStatus(const std::vector<std::optional<std::uint8_t>>& states);
+
+}  // namespace NVORHOST

@@ -1,0 +1,361 @@
+#include "vorhost/collect/pci_function.h"
+
+#include "vorhost/collect/attribute.h"
+#include "vorhost/collect/collection.h"
+#include "vorhost/collect/pci_class_name.h"
+#include "vorhost/parse/pci_config.h"
+
+#include <algorithm>
+
+namespace NVORHOST {
+
+namespace {
+
+struct TFunction {
+    std::optional<std::string> elementName, description, deviceId;
+    std::optional<std::uint16_t> protocolSupported, deviceSelectTiming, interruptPin, subsystemId,
+        subsystemVendorId, bridgeType, memoryBase, memoryLimit;
+    std::optional<std::uint8_t> cacheLineSize, classCode, latencyTimer, maxLatency, minGrantTime, ioBase,
+        ioLimit, primaryBus, secondaryBus, subordinateBus;
+    std::optional<std::uint32_t> expansionRom;
+    std::optional<bool> selfTestEnabled;
+    std::optional<std::vector<std::uint32_t>> baseAddress;
+};
+
+constexpr TPropertyRow<TFunction> deviceRows[] = {
+    {"ElementName", &TFunction::elementName},
+    {"Description", &TFunction::description},
+    {"DeviceID", &TFunction::deviceId},
+    {"OperationalStatus", TNeverKnown{ECimType::eUint16, /*isArray=*/true}},
+    {"MaxNumberControlled", TNeverKnown{ECimType::eUint32}},
+    {"ProtocolSupported", &TFunction::protocolSupported},
+    {"TimeOfLastReset", TNeverKnown{ECimType::eDateTime}},
+    {"CacheLineSize", &TFunction::cacheLineSize},
+    {"ClassCode", &TFunction::classCode},
+    {"DeviceSelectTiming", &TFunction::deviceSelectTiming},
+    {"ExpansionROMBaseAddress", &TFunction::expansionRom},
+    {"InterruptPin", &TFunction::interruptPin},
+    {"LatencyTimer", &TFunction::latencyTimer},
+    {"SelfTestEnabled", &TFunction::selfTestEnabled},
+    {"BaseAddress", &TFunction::baseAddress},
+    {"MaxLatency", &TFunction::maxLatency},
+    {"MinGrantTime", &TFunction::minGrantTime},
+    {"SubsystemID", &TFunction::subsystemId},
+    {"SubsystemVendorID", &TFunction::subsystemVendorId},
+};
+
+constexpr TPropertyRow<TFunction> bridgeRows[] = {
+    {"ElementName", &TFunction::elementName},
+    {"Description", &TFunction::description},
+    {"DeviceID", &TFunction::deviceId},
+    {"OperationalStatus", TNeverKnown{ECimType::eUint16, /*isArray=*/true}},
+    {"MaxNumberControlled", TNeverKnown{ECimType::eUint32}},
+    {"ProtocolSupported", &TFunction::protocolSupported},
+    {"TimeOfLastReset", TNeverKnown{ECimType::eDateTime}},
+    {"CacheLineSize", &TFunction::cacheLineSize},
+    {"ClassCode", &TFunction::classCode},
+    {"DeviceSelectTiming", &TFunction::deviceSelectTiming},
+    {"ExpansionROMBaseAddress", &TFunction::expansionRom},
+    {"InterruptPin", &TFunction::interruptPin},
+    {"LatencyTimer", &TFunction::latencyTimer},
+    {"SelfTestEnabled", &TFunction::selfTestEnabled},
+    {"BaseAddress", &TFunction::baseAddress},
+    {"BridgeType", &TFunction::bridgeType},
+    {"IOBase", &TFunction::ioBase},
+    {"IOLimit", &TFunction::ioLimit},
+    {"MemoryBase", &TFunction::memoryBase},
+    {"MemoryLimit", &TFunction::memoryLimit},
+    {"PrimaryBusNumber", &TFunction::primaryBus},
+    {"SecondaryBusNumber", &TFunction::secondaryBus},
+    {"SubordinateBusNumber", &TFunction::subordinateBus},
+};
+
+constexpr TClassShape classes[] = {
+    MakeShape<TFunction, deviceRows>("KELSG_PCIDevice"),
+    MakeShape<TFunction, bridgeRows>("KELSG_PCIBridge"),
+};
+
+// ---- value maps
+
+struct TClassValue {
+    std::uint8_t baseClass;
+    std::uint8_t subclass;
+    std::uint16_t value;
+};
+
+// CIM_Controller.ProtocolSupported, towards what the function controls.
+constexpr TClassValue protocols[] = {
+    {0x01, 0x01, 37},  // IDE
+    {0x01, 0x05, 6},   // ATA
+    {0x01, 0x06, 48},  // Serial ATA
+    {0x01, 0x07, 1},   // SAS: other
+    {0x01, 0x08, 1},   // NVMe: other
+    {0x06, 0x01, 4},   // ISA
+    {0x06, 0x02, 3},   // EISA
+    {0x06, 0x03, 35},  // MCA
+    {0x06, 0x04, 5},   // PCI
+    {0x06, 0x05, 15},  // PCMCIA
+    {0x06, 0x07, 15},  // CardBus
+    {0x07, 0x00, 27},  // RS232
+    {0x07, 0x01, 17},  // parallel
+    {0x0C, 0x00, 12},  // SBP-2 over 1394
+    {0x0C, 0x03, 16},  // USB
+    {0x0C, 0x04, 10},  // Fibre Channel
+};
+
+// Class 0100h also has adapters of other transports; these drivers are for parallel ones alone.
+constexpr std::string_view parallelScsiDrivers[] = {
+    "sym53c8xx", "aic7xxx", "aic79xx", "am53c974", "tmscsim", "dc395x",    "BusLogic", "mptspi",
+    "qla1280",   "initio",  "atp870u", "advansys", "a100u2w", "ncr53c8xx", "nsp32",
+};
+
+// CIM_PCIBridge.BridgeType, of subclasses with a number of their own; the others are "other".
+std::uint16_t FindBridgeType(std::uint8_t subclass, std::optional<std::uint8_t> expressPortType) {
+    constexpr std::uint8_t pciSubclass = 0x04;
+    constexpr std::uint8_t lastSameNumber = 0x08;
+    constexpr std::uint16_t other = 128;
+    constexpr std::uint16_t express = 10;
+    constexpr std::uint16_t expressToPci = 11;
+    constexpr std::uint8_t expressPortTypes[] = {4, 5, 6, 8};  // root, upstream, downstream, from PCI
+    constexpr std::uint8_t toPciPortType = 7;
+    if (subclass == pciSubclass && expressPortType) {
+        if (*expressPortType == toPciPortType) {
+            return expressToPci;
+        }
+        if (std::find(std::begin(expressPortTypes), std::end(expressPortTypes), *expressPortType) !=
+            std::end(expressPortTypes)) {
+            return express;
+        }
+    }
+    return subclass <= lastSameNumber ? subclass : other;
+}
+
+// Status bits 10:9 as CIM_PCIController.DeviceSelectTiming.
+std::uint16_t FindSelectTiming(std::uint16_t status) {
+    constexpr std::uint16_t fast = 2;
+    return static_cast<std::uint16_t>(fast + ((status >> 9) & 0x03));
+}
+
+// ---- one function
+
+// What is read of a function before it becomes an instance.
+struct TPciSource {
+    std::string address;
+    std::string folder;
+    std::optional<TPciConfig> config;
+    std::uint16_t vendorId = 0;
+    std::uint16_t deviceId = 0;
+    std::uint8_t baseClass = 0;
+    std::uint8_t subclass = 0;
+};
+
+bool IsBridgeHeader(const TPciConfig& config) {
+    return config.header != EPciHeader::device;
+}
+
+// The header is enough for functions without capabilities. Of others more is asked when what it can tell is
+// wanted: the kind of a bridge, or whether a function that shows no timing is PCI Express.
+bool WantsCapabilities(const TPciConfig& config) {
+    return config.HasCapabilities() && IsBridgeHeader(config);
+}
+
+std::optional<TPciConfig> ReadConfig(const ISystemFiles& files, const std::string& folder) {
+    const std::string path = folder + "/config";
+    auto config = ParsePciConfig(files.ReadBytes(path, pciHeaderBytes).value);
+    if (config && WantsCapabilities(*config)) {
+        config = ParsePciConfig(files.ReadBytes(path, pciConfigBytes).value);
+    }
+    return config;
+}
+
+std::optional<TPciSource> ReadSource(const ISystemFiles& files, const std::string& address) {
+    TPciSource source;
+    source.address = address;
+    source.folder = "/sys/bus/pci/devices/" + address;
+    source.config = ReadConfig(files, source.folder);
+    if (source.config) {
+        source.vendorId = source.config->vendorId;
+        source.deviceId = source.config->deviceId;
+        source.baseClass = source.config->baseClass;
+        source.subclass = source.config->subclass;
+        return source;
+    }
+    // A sleeping function answers with ones, and captured trees may lack the registers; the kernel has kept
+    // what identified it.
+    const auto vendor = ReadHexNumber<std::uint16_t>(files, source.folder + "/vendor");
+    const auto device = ReadHexNumber<std::uint16_t>(files, source.folder + "/device");
+    const auto classCode = ReadHexNumber<std::uint32_t>(files, source.folder + "/class");
+    if (!vendor || !device || !classCode) {
+        return std::nullopt;
+    }
+    source.vendorId = *vendor;
+    source.deviceId = *device;
+    source.baseClass = static_cast<std::uint8_t>(*classCode >> 16);
+    source.subclass = static_cast<std::uint8_t>(*classCode >> 8);
+    return source;
+}
+
+bool IsBridge(const TPciSource& source) {
+    constexpr std::uint8_t bridgeClass = 0x06;
+    constexpr std::uint8_t bridgeSubclasses[] = {0x04, 0x07, 0x09};  // those with bridge headers
+    if (source.config) {
+        return IsBridgeHeader(*source.config);
+    }
+    return source.baseClass == bridgeClass &&
+           std::find(std::begin(bridgeSubclasses), std::end(bridgeSubclasses), source.subclass) !=
+               std::end(bridgeSubclasses);
+}
+
+std::optional<std::uint16_t> FindProtocol(const ISystemFiles& files, const TPciSource& source) {
+    constexpr std::uint16_t parallelScsi = 9;
+    for (const TClassValue& row : protocols) {
+        if (row.baseClass == source.baseClass && row.subclass == source.subclass) {
+            return row.value;
+        }
+    }
+    if (source.baseClass != 0x01 || source.subclass != 0x00) {
+        return std::nullopt;
+    }
+    const auto driver = ReadLinkedName(files, source.folder + "/driver");
+    const bool isParallel =
+        driver && std::find(std::begin(parallelScsiDrivers), std::end(parallelScsiDrivers), *driver) !=
+                      std::end(parallelScsiDrivers);
+    return isParallel ? std::optional(parallelScsi) : std::nullopt;
+}
+
+// PCI Express functions show zeros where PCI ones tell their timing. The kernel marks them with a link speed;
+// kernels too old for that leave only the capability to tell, which not every user may read.
+bool MayBeExpress(const ISystemFiles& files, const TPciSource& source) {
+    constexpr std::uint16_t timingBits = 0x0600;
+    if ((source.config->status & timingBits) != 0) {
+        return false;
+    }
+    if (files.Exists(source.folder + "/max_link_speed")) {
+        return true;
+    }
+    if (!source.config->HasCapabilities()) {
+        return false;
+    }
+    const auto bytes = files.ReadBytes(source.folder + "/config", pciConfigBytes);
+    const auto config = ParsePciConfig(bytes.value);
+    return bytes.value.size() < pciConfigBytes || !config || config->expressPortType.has_value();
+}
+
+std::optional<std::uint32_t> FindRomAddress(const TPciConfig& config) {
+    constexpr std::uint32_t addressBits = 0xFFFFF800;  // bit 0 enables, the others are reserved
+    const std::uint32_t address = config.expansionRom.value_or(0) & addressBits;
+    return address == 0 ? std::nullopt : std::optional(address);
+}
+
+std::optional<std::vector<std::uint32_t>> FindBaseAddresses(const TPciConfig& config) {
+    std::vector<std::uint32_t> addresses;
+    std::copy_if(config.baseAddresses.begin(), config.baseAddresses.end(), std::back_inserter(addresses),
+                 [](std::uint32_t address) { return address != 0; });
+    return addresses.empty() ? std::nullopt : std::optional(std::move(addresses));
+}
+
+std::uint16_t FindInterruptPin(std::uint8_t pin) {
+    constexpr std::uint8_t lastPin = 4;
+    constexpr std::uint16_t unknown = 5;
+    return pin <= lastPin ? pin : unknown;
+}
+
+void SetSubsystem(std::optional<std::uint16_t> vendor, std::optional<std::uint16_t> subsystem,
+                  TFunction& function) {
+    if (vendor && *vendor != 0 && *vendor != 0xFFFF) {
+        function.subsystemVendorId = vendor;
+        function.subsystemId = subsystem;
+    }
+}
+
+void SetFromConfig(const ISystemFiles& files, const TPciSource& source, TFunction& function) {
+    const TPciConfig& config = *source.config;
+    function.cacheLineSize = config.cacheLineSize;
+    function.latencyTimer = config.latencyTimer;
+    if (!MayBeExpress(files, source)) {
+        function.deviceSelectTiming = FindSelectTiming(config.status);
+    }
+    function.expansionRom = FindRomAddress(config);
+    function.interruptPin = FindInterruptPin(config.interruptPin);
+    function.selfTestEnabled = (config.selfTest & 0x80) != 0;
+    function.baseAddress = FindBaseAddresses(config);
+    function.maxLatency = config.maxLatency;
+    function.minGrantTime = config.minGrant;
+    SetSubsystem(config.subsystemVendorId, config.subsystemId, function);
+    function.ioBase = config.ioBase;
+    function.ioLimit = config.ioLimit;
+    function.memoryBase = config.memoryBase;
+    function.memoryLimit = config.memoryLimit;
+    function.primaryBus = config.primaryBus;
+    function.secondaryBus = config.secondaryBus;
+    function.subordinateBus = config.subordinateBus;
+}
+
+void SetFromAttributes(const ISystemFiles& files, const TPciSource& source, TFunction& function) {
+    SetSubsystem(ReadHexNumber<std::uint16_t>(files, source.folder + "/subsystem_vendor"),
+                 ReadHexNumber<std::uint16_t>(files, source.folder + "/subsystem_device"), function);
+}
+
+std::string Hex4(std::uint16_t number) {
+    constexpr std::string_view digits = "0123456789abcdef";
+    std::string text;
+    for (int shift = 12; shift >= 0; shift -= 4) {
+        text += digits[(number >> shift) & 0x0F];
+    }
+    return text;
+}
+
+std::string MakeElementName(const TPciSource& source, const IDeviceNames* names) {
+    const auto vendor = names ? names->FindPciVendor(source.vendorId) : std::nullopt;
+    const auto device = names ? names->FindPciDevice(source.vendorId, source.deviceId) : std::nullopt;
+    if (vendor && device) {
+        return *vendor + " " + *device;
+    }
+    const std::string name(GetPciClassName(source.baseClass, source.subclass));
+    return (vendor ? *vendor + " " : "") + name + " " + Hex4(source.vendorId) + ":" + Hex4(source.deviceId);
+}
+
+TFunction MakeFunction(TCollection& collection, const TPciSource& source) {
+    const ISystemFiles& files = collection.GetFiles();
+    TFunction function;
+    function.elementName = MakeElementName(source, collection.GetDeviceNames());
+    function.description = GetPciClassName(source.baseClass, source.subclass);
+    function.deviceId = source.address;
+    function.protocolSupported = FindProtocol(files, source);
+    function.classCode = source.baseClass;
+    if (source.config) {
+        SetFromConfig(files, source, function);
+    } else {
+        SetFromAttributes(files, source, function);
+    }
+    if (IsBridge(source)) {
+        const auto portType = source.config ? source.config->expressPortType : std::nullopt;
+        function.bridgeType = FindBridgeType(source.subclass, portType);
+    }
+    return function;
+}
+
+}  // namespace
+
+std::span<const TClassShape> GetPciFunctionClasses() {
+    return classes;
+}
+
+void CollectPciFunctions(TCollection& collection) {
+    const TClassShape& deviceClass = classes[0];
+    const TClassShape& bridgeClass = classes[1];
+    for (const std::string& address : collection.GetFiles().List("/sys/bus/pci/devices").value) {
+        const auto source = ReadSource(collection.GetFiles(), address);
+        if (!source) {
+            continue;
+        }
+        const TFunction function = MakeFunction(collection, *source);
+        if (IsBridge(*source)) {
+            collection.Commit<TFunction>(bridgeClass, bridgeRows, function);
+        } else {
+            collection.Commit<TFunction>(deviceClass, deviceRows, function);
+        }
+    }
+}
+
+}  // namespace NVORHOST

@@ -1,0 +1,211 @@
+#include "vorhost/collect/processor.h"
+
+#include "vorhost/collect/collection.h"
+#include "vorhost/collect/device_key.h"
+#include "vorhost/collect/operational_status.h"
+#include "vorhost/collect/processor_family.h"
+#include "vorhost/collect/processor_package.h"
+#include "vorhost/parse/placeholders.h"
+#include "vorhost/parse/smbios_processor.h"
+
+#include <algorithm>
+
+namespace NVORHOST {
+
+namespace {
+
+struct TProcessor {
+    std::optional<std::string> elementName, description, deviceId, uniqueId;
+    std::optional<TOperationalStatus> operationalStatus;
+    std::optional<std::uint16_t> addressWidthBits, dataWidthBits, family;
+    std::optional<std::uint32_t> currentClockMHz, maxClockMHz;
+};
+
+constexpr TPropertyRow<TProcessor> processorRows[] = {
+    {"ElementName", &TProcessor::elementName},
+    {"Description", &TProcessor::description},
+    {"DeviceID", &TProcessor::deviceId},
+    {"OperationalStatus", &TProcessor::operationalStatus},
+    {"AddressWidth", &TProcessor::addressWidthBits},
+    {"CurrentClockSpeed", &TProcessor::currentClockMHz},
+    {"DataWidth", &TProcessor::dataWidthBits},
+    {"Family", &TProcessor::family},
+    {"MaxClockSpeed", &TProcessor::maxClockMHz},
+    {"UniqueID", &TProcessor::uniqueId},
+};
+
+constexpr TClassShape classes[] = {
+    MakeShape<TProcessor, processorRows>("KELSG_Processor"),
+};
+
+// Model names carry runs of blanks: "Intel(R) Xeon(R) CPU           E5540  @ 2.53GHz".
+std::string SqueezeBlanks(std::string_view text) {
+    std::string squeezed;
+    for (const char c : TrimBlanks(text)) {
+        if (c != ' ' || squeezed.back() != ' ') {
+            squeezed += c;
+        }
+    }
+    return squeezed;
+}
+
+std::vector<TSmbiosProcessor> ReadSockets(TCollection& collection) {
+    std::vector<TSmbiosProcessor> sockets;
+    for (const TSmbiosStructure& structure : collection.GetSmbios().GetStructures()) {
+        if (structure.GetType() != 4) {
+            continue;
+        }
+        TSmbiosProcessor processor = ParseSmbiosProcessor(structure);
+        if (processor.IsCentral() && processor.IsPopulated()) {
+            sockets.push_back(std::move(processor));
+        }
+    }
+    return sockets;
+}
+
+std::string DescribeModel(const TLogicalProcessor& info) {
+    std::string description = "Central processor";
+    if (!info.vendor.empty() && !info.family.empty()) {
+        description += ", " + info.vendor + " family " + info.family + " model " + info.modelNumber +
+                       " stepping " + info.stepping;
+    }
+    return description;
+}
+
+void SetFromPackage(const TProcessorPackage& package, TProcessor& processor) {
+    processor.currentClockMHz = package.currentClockMHz;
+    processor.maxClockMHz = package.maxClockMHz;
+    processor.uniqueId = package.inventoryNumber;
+}
+
+void SetFromInfo(const TLogicalProcessor& info, TProcessor& processor) {
+    if (!info.model.empty()) {
+        processor.elementName = SqueezeBlanks(info.model);
+    }
+    processor.description = DescribeModel(info);
+}
+
+template <typename T, typename TSource>
+void FillIn(std::optional<T>& member, const std::optional<TSource>& found) {
+    if (!member && found) {
+        member = *found;
+    }
+}
+
+void SetFromSocket(const TSmbiosProcessor& socket, TSmbiosVersion version, TProcessor& processor) {
+    // The firmware's speed is that of the start; cpufreq's is of this moment and differs at every look.
+    if (socket.currentSpeedMHz) {
+        processor.currentClockMHz = *socket.currentSpeedMHz;
+    }
+    FillIn(processor.maxClockMHz, socket.maxSpeedMHz);
+    FillIn(processor.uniqueId, WithoutPlaceholder(socket.serial));
+    FillIn(processor.elementName, WithoutPlaceholder(socket.version));
+    processor.family = FindProcessorFamily(socket, version);
+    if (socket.status) {
+        processor.operationalStatus = FindProcessorStatus(*socket.status);
+    }
+}
+
+void SetWidths(std::optional<bool> is64Bit, TProcessor& processor) {
+    if (is64Bit) {
+        processor.addressWidthBits = *is64Bit ? std::uint16_t{64} : std::uint16_t{32};
+        processor.dataWidthBits = processor.addressWidthBits;
+    }
+}
+
+// The processor's own flags, else those that all of the machine's processors share; the firmware's word
+// counts where it says more.
+std::optional<bool> Is64Bit(const std::vector<TLogicalProcessor>& processors, const TLogicalProcessor* own,
+                            const TSmbiosProcessor& socket) {
+    if (socket.Is64BitCapable()) {
+        return true;
+    }
+    if (own != nullptr) {
+        return own->isLongModeCapable;
+    }
+    return processors.empty() ? std::nullopt : processors.front().isLongModeCapable;
+}
+
+TProcessor MakeFromSocket(TCollection& collection, const TSmbiosProcessor& socket,
+                          const TProcessorPackage* package) {
+    TProcessor processor;
+    if (package != nullptr) {
+        SetFromPackage(*package, processor);
+    }
+    const TLogicalProcessor* info = package != nullptr && package->info ? &*package->info : nullptr;
+    if (info != nullptr) {
+        SetFromInfo(*info, processor);
+    }
+    SetFromSocket(socket, collection.GetSmbios().GetVersion(), processor);
+    FillIn(processor.description, std::optional<std::string>("Central processor"));
+    SetWidths(Is64Bit(collection.GetLogicalProcessors(), info, socket), processor);
+    return processor;
+}
+
+TProcessor MakeFromPackage(const TProcessorPackage& package) {
+    TProcessor processor;
+    SetFromPackage(package, processor);
+    if (package.info) {
+        SetFromInfo(*package.info, processor);
+        SetWidths(package.info->isLongModeCapable, processor);
+    }
+    FillIn(processor.description, std::optional<std::string>("Central processor"));
+    return processor;
+}
+
+std::string PackageName(std::uint32_t id) {
+    return "package " + std::to_string(id);
+}
+
+struct TFoundProcessors {
+    std::vector<TProcessor> processors;
+    std::vector<TKeySource> keySources;
+};
+
+TFoundProcessors JoinSockets(TCollection& collection, const std::vector<TSmbiosProcessor>& sockets,
+                             const std::vector<TProcessorPackage>& packages) {
+    TFoundProcessors found;
+    const bool areJoined = sockets.size() == packages.size();
+    for (std::size_t i = 0; i < sockets.size(); ++i) {
+        found.processors.push_back(
+            MakeFromSocket(collection, sockets[i], areJoined ? &packages[i] : nullptr));
+        const std::string position = areJoined ? PackageName(packages[i].id) : "socket " + std::to_string(i);
+        const auto name = WithoutPlaceholder(sockets[i].socket);
+        found.keySources.push_back({name ? SqueezeBlanks(*name) : "", position});
+    }
+    return found;
+}
+
+TFoundProcessors TakePackages(const std::vector<TProcessorPackage>& packages) {
+    TFoundProcessors found;
+    for (const TProcessorPackage& package : packages) {
+        found.processors.push_back(MakeFromPackage(package));
+        found.keySources.push_back({"", PackageName(package.id)});
+    }
+    return found;
+}
+
+}  // namespace
+
+std::span<const TClassShape> GetProcessorClasses() {
+    return classes;
+}
+
+void CollectProcessors(TCollection& collection) {
+    const auto sockets = ReadSockets(collection);
+    const auto packages = ReadProcessorPackages(collection);
+    TFoundProcessors found =
+        sockets.empty() ? TakePackages(packages) : JoinSockets(collection, sockets, packages);
+    std::vector<std::string> notes;
+    const auto keys = MakeUniqueKeys(found.keySources, "processor", notes);
+    for (std::string& note : notes) {
+        collection.Note(std::move(note));
+    }
+    for (std::size_t i = 0; i < keys.size(); ++i) {
+        found.processors[i].deviceId = keys[i];
+        FillIn(found.processors[i].elementName, found.processors[i].deviceId);
+        collection.Commit<TProcessor>(classes[0], processorRows, found.processors[i]);
+    }
+}
+
+}  // namespace NVORHOST

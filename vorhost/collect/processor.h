@@ -1,0 +1,17 @@
+// KELSG_Processor: the processors in the machine's sockets.
+#pragma once
+
+#include "vorhost/collect/class_shape.h"
+
+#include <span>
+
+namespace NVORHOST {
+
+class TCollection;
+
+/// One instance for each populated socket of the SMBIOS table, joined in order with the kernel's packages
+/// when there are as many of one as of the other; without such a table one for each package.
+void CollectProcessors(TCollection& collection);
+std::span<const TClassShape> GetProcessorClasses();
+
+}  // namespace NVORHOST

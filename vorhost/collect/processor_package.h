@@ -1,0 +1,27 @@
+// The processor packages as the kernel knows them.
+#pragma once
+
+#include "vorhost/parse/cpuinfo.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace NVORHOST {
+
+class TCollection;
+
+struct TProcessorPackage {
+    std::uint32_t id = 0;                          ///< physical_package_id
+    std::uint32_t firstCpu = 0;                    ///< its lowest processor that is online
+    std::optional<TLogicalProcessor> info;         ///< of that one; absent when /proc/cpuinfo lacks it
+    std::optional<std::uint32_t> maxClockMHz;      ///< of the package's fastest kind of core, as cpufreq says
+    std::optional<std::uint32_t> currentClockMHz;  ///< of its first processor, cpufreq before cpuinfo
+    std::optional<std::string> inventoryNumber;    ///< ppin: the package's own number, which root may read
+};
+
+/// In the order of their ids. Processors that are offline have no package.
+std::vector<TProcessorPackage> ReadProcessorPackages(TCollection& collection);
+
+}  // namespace NVORHOST

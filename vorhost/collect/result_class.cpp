@@ -1,0 +1,30 @@
+#include "vorhost/collect/result_class.h"
+
+namespace NVORHOST {
+
+namespace {
+
+struct TResult {
+    std::optional<std::string> inventory, kelId, machineType, credential;
+};
+
+constexpr TPropertyRow<TResult> resultRows[] = {
+    {"InventoryRCF", &TResult::inventory},
+    {"KELID", &TResult::kelId},
+    {"MachineType", &TResult::machineType},
+    {"Credential", &TResult::credential},
+};
+
+constexpr TClassShape classes[] = {
+    MakeShape<TResult, resultRows>("KELSG_CADAT"),
+};
+
+}  // namespace
+
+std::span<const TClassShape> GetResultClasses() {
+    return classes;
+}
+
+void CollectResultClass(TCollection&) {}
+
+}  // namespace NVORHOST

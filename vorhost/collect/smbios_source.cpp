@@ -1,0 +1,21 @@
+#include "vorhost/collect/smbios_source.h"
+
+#include <algorithm>
+
+namespace NVORHOST {
+
+TSmbiosSource::TSmbiosSource(const ISystemFiles& files)
+    : bytes_(files.ReadText("/sys/firmware/dmi/tables/DMI").value), structures_(ParseSmbiosTable(bytes_)) {
+    if (!structures_.empty()) {
+        const auto entryPoint = files.ReadText("/sys/firmware/dmi/tables/smbios_entry_point");
+        version_ = ParseSmbiosEntryPoint(entryPoint.value).value_or(TSmbiosVersion{2, 0});
+    }
+}
+
+const TSmbiosStructure* TSmbiosSource::FindFirst(std::uint8_t type) const {
+    const auto found = std::find_if(structures_.begin(), structures_.end(),
+                                    [&](const TSmbiosStructure& row) { return row.GetType() == type; });
+    return found == structures_.end() ? nullptr : &*found;
+}
+
+}  // namespace NVORHOST

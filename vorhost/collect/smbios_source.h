@@ -1,0 +1,33 @@
+// The machine's SMBIOS table, read once for all collectors.
+#pragma once
+
+#include "vorhost/parse/smbios_table.h"
+#include "vorhost/system/system_files.h"
+
+#include <string>
+#include <vector>
+
+namespace NVORHOST {
+
+class TSmbiosSource {
+  public:
+    /// Reads /sys/firmware/dmi/tables; without it, or when it is denied, there are no structures.
+    explicit TSmbiosSource(const ISystemFiles& files);
+    // The structures are views into the bytes.
+    TSmbiosSource(const TSmbiosSource&) = delete;
+    TSmbiosSource& operator=(const TSmbiosSource&) = delete;
+    ~TSmbiosSource() = default;
+
+    /// The oldest version when the entry point says none.
+    TSmbiosVersion GetVersion() const { return version_; }
+    const std::vector<TSmbiosStructure>& GetStructures() const { return structures_; }
+    /// The first structure of a type, or null.
+    const TSmbiosStructure* FindFirst(std::uint8_t type) const;
+
+  private:
+    std::string bytes_;
+    TSmbiosVersion version_;
+    std::vector<TSmbiosStructure> structures_;
+};
+
+}  // namespace NVORHOST
