@@ -1,0 +1,96 @@
+// The built library as the loader sees it.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <regex>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace {
+
+using testing::Each;
+using testing::ElementsAre;
+using testing::IsSupersetOf;
+using testing::MatchesRegex;
+using testing::Not;
+
+std::vector<std::string> OutputLines(const std::string& command) {
+    const auto close = [](std::FILE* pipe) { pclose(pipe); };
+    const std::unique_ptr<std::FILE, decltype(close)> pipe(popen(command.c_str(), "r"), close);
+    if (!pipe) {
+        throw std::runtime_error("cannot run " + command);
+    }
+    std::vector<std::string> lines(1);
+    for (int character = 0; (character = std::fgetc(pipe.get())) != EOF;) {
+        if (character == '\n') {
+            lines.emplace_back();
+        } else {
+            lines.back() += static_cast<char>(character);
+        }
+    }
+    lines.pop_back();
+    return lines;
+}
+
+// The values of one kind of entry of the dynamic section, in order.
+std::vector<std::string> DynamicEntries(const std::string& tag) {
+    const std::regex entry("\\(" + tag + "\\).*\\[(.*)\\]");
+    std::vector<std::string> values;
+    for (const std::string& line : OutputLines(NOXINFO_READELF " -dW '" NOXINFO_PLUGIN_FILE "'")) {
+        if (std::smatch match; std::regex_search(line, match, entry)) {
+            values.push_back(match[1]);
+        }
+    }
+    return values;
+}
+
+// Lines of the dynamic symbol table: "address type name", without the address for undefined symbols.
+std::vector<std::string> DynamicSymbols(const std::string& which) {
+    return OutputLines(NOXINFO_NM " -D " + which + " '" NOXINFO_PLUGIN_FILE "'");
+}
+
+TEST(PluginFile, HasTheNameThatHostsLookFor) {
+    EXPECT_EQ(std::filesystem::path(NOXINFO_PLUGIN_FILE).filename(), "libnoxinfo.pi.so");
+}
+
+TEST(PluginFile, HasItsFileNameAsSoname) {
+    EXPECT_THAT(DynamicEntries("SONAME"), ElementsAre("libnoxinfo.pi.so"));
+}
+
+TEST(PluginFile, NeedsTheHostsTwoLibraries) {
+    EXPECT_THAT(DynamicEntries("NEEDED"), IsSupersetOf({"libnkelvor20.so.1", "libzetupload.so.1"}));
+}
+
+TEST(PluginFile, NeedsNothingElseButZlibAndTheRuntimes) {
+    EXPECT_THAT(
+        DynamicEntries("NEEDED"),
+        Each(MatchesRegex("lib(nkelvor20|zetupload|z|stdc\\+\\+|gcc_s|c|m|asan|ubsan)\\.so\\.[0-9]+")));
+}
+
+TEST(PluginFile, FindsTheHostsLibrariesRelativeToItself) {
+    EXPECT_THAT(DynamicEntries("RUNPATH"), ElementsAre(MatchesRegex("\\$ORIGIN/[./]+")));
+}
+
+TEST(PluginFile, ExportsOnlyTypesOfTheHost) {
+    const std::vector<std::string> symbols = DynamicSymbols("--defined-only");
+    ASSERT_FALSE(symbols.empty());
+    // Type information, its names and vtables; weak objects, so that those of the host take their place.
+    EXPECT_THAT(symbols, Each(MatchesRegex("[0-9a-f]+ V _ZT[ISV]N9NKELVOR20[0-9]+[A-Za-z]+E")));
+}
+
+TEST(PluginFile, ExportsWhatMatchesTheExceptionOfTheHost) {
+    EXPECT_THAT(DynamicSymbols("--defined-only"),
+                testing::Contains(MatchesRegex(".* _ZTIN9NKELVOR2013TVORExceptionE")));
+}
+
+TEST(PluginFile, LeavesTheAssertionHandlerToTheHost) {
+    EXPECT_THAT(DynamicSymbols("--undefined-only"),
+                testing::Contains(MatchesRegex(" +U _ZN5boost16assertion_failedEPKcS1_S1_l")));
+}
+
+}  // namespace
