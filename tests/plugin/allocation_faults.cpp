@@ -24,15 +24,19 @@ bool FaultIsDue(std::size_t size) {
            allocationsToFault.fetch_sub(1) == 1;
 }
 
-void* Allocate(std::size_t size) {
-    if (FaultIsDue(size)) {
-        throw std::bad_alloc();
+void* TryToAllocate(std::size_t size) noexcept {
+    void* const memory = FaultIsDue(size) ? nullptr : std::malloc(size == 0 ? 1 : size);
+    if (memory != nullptr) {
+        ++liveAllocations;
     }
-    void* const memory = std::malloc(size == 0 ? 1 : size);
+    return memory;
+}
+
+void* Allocate(std::size_t size) {
+    void* const memory = TryToAllocate(size);
     if (memory == nullptr) {
         throw std::bad_alloc();
     }
-    ++liveAllocations;
     return memory;
 }
 
@@ -54,6 +58,14 @@ void* operator new[](std::size_t size) {
         ++arrayAllocations[size];
     }
     return Allocate(size);
+}
+
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return TryToAllocate(size);
+}
+
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+    return TryToAllocate(size);
 }
 
 void operator delete(void* memory) noexcept {

@@ -202,14 +202,14 @@ TEST_F(TLoadedPlugin, EndsInPlaceThroughTheCompleteDestructorOfTheFirstPart) {
     const TLoadedLibrary library;
     void* const whole = Object();
     CallSlot<void>(completeDestructor, whole);
-    ::operator delete(whole, 2 * sizeof(void*));
+    ::operator delete(whole);
 }
 
 TEST_F(TLoadedPlugin, EndsInPlaceThroughTheCompleteDestructorOfTheSecondPart) {
     const TLoadedLibrary library;
     void* const whole = Object();
     CallSlot<void>(secondaryCompleteDestructor, QueryPart());
-    ::operator delete(whole, 2 * sizeof(void*));
+    ::operator delete(whole);
 }
 
 TEST_F(TLoadedPlugin, FreesItselfThroughTheDeletingDestructorOfTheFirstPart) {

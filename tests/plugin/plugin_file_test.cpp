@@ -2,11 +2,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
-#include <regex>
-#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -17,7 +16,6 @@ using testing::Each;
 using testing::ElementsAre;
 using testing::IsSupersetOf;
 using testing::MatchesRegex;
-using testing::Not;
 
 std::vector<std::string> OutputLines(const std::string& command) {
     const auto close = [](std::FILE* pipe) { pclose(pipe); };
@@ -37,13 +35,13 @@ std::vector<std::string> OutputLines(const std::string& command) {
     return lines;
 }
 
-// The values of one kind of entry of the dynamic section, in order.
+// The values of one kind of entry of the dynamic section, in order: "... (TAG) what it is: [value]".
 std::vector<std::string> DynamicEntries(const std::string& tag) {
-    const std::regex entry("\\(" + tag + "\\).*\\[(.*)\\]");
     std::vector<std::string> values;
     for (const std::string& line : OutputLines(NOXINFO_READELF " -dW '" NOXINFO_PLUGIN_FILE "'")) {
-        if (std::smatch match; std::regex_search(line, match, entry)) {
-            values.push_back(match[1]);
+        const std::size_t open = line.find('[');
+        if (line.find("(" + tag + ")") != std::string::npos && open != std::string::npos) {
+            values.push_back(line.substr(open + 1, line.rfind(']') - open - 1));
         }
     }
     return values;
