@@ -29,7 +29,8 @@ class gzfilebuf : public std::streambuf {
     /// `open_mode`, or the file cannot be opened; the buffer is then as it was.
     gzfilebuf* open(const char* name, std::ios_base::openmode mode);
 
-    /// As `open`, on a descriptor, which `close` closes and the destructor does not.
+    /// As `open`, on a descriptor, which `close` closes and the destructor does not. Failure leaves it open,
+    /// unless it was memory for the buffer that lacked.
     gzfilebuf* attach(int fd, std::ios_base::openmode mode);
 
     /// Flushes, completes and closes the file. Returns null when none was open or a step failed, but nothing
@@ -42,8 +43,8 @@ class gzfilebuf : public std::streambuf {
     int setcompression(int level, int strategy);
 
     /// Writes zlib's mode text of `mode` to `out`: 6 zeroed characters, left empty when there is none.
-    /// Modes:  out "w", out|trunc "w", out|app "a", in "r", each with "b" behind it for `binary`; `ate` is
-    /// ignored. Errors: false for every other combination.
+    /// Modes:  out "w", out|trunc "w", out|app "a", in "r", each with "b" added for `binary`; `ate` counts
+    /// not. Errors: false for every other combination.
     bool open_mode(std::ios_base::openmode mode, char* out) const;
 
   protected:
