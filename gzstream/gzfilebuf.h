@@ -43,8 +43,9 @@ class gzfilebuf : public std::streambuf {
     int setcompression(int level, int strategy);
 
     /// Writes zlib's mode text of `mode` to `out`: 6 zeroed characters, left empty when there is none.
-    /// Modes:  out "w", out|trunc "w", out|app "a", in "r", each with "b" added for `binary`; `ate` counts
-    /// not. Errors: false for every other combination.
+    /// Modes:  out "w", out|trunc "w", out|app "a", in "r", each with "b" added for `binary`.
+    ///         `ate` is ignored.
+    /// Errors: false for every other combination.
     bool open_mode(std::ios_base::openmode mode, char* out) const;
 
   protected:
