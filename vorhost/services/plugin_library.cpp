@@ -81,6 +81,13 @@ void CloseAbandoned(const std::string& filePath) {
     }
 }
 
+// <dlfcn.h> declares dlopen as never throwing, and the compiler would drop handlers around it. It does throw
+// when a load-time constructor of the library does, so it is called in a way that hides the declaration.
+void* OpenLibrary(const std::string& filePath) {
+    void* (*volatile open)(const char*, int) = &::dlopen;
+    return open(filePath.c_str(), RTLD_NOW | RTLD_LOCAL);
+}
+
 class TLoadedLibrary {
   public:
     explicit TLoadedLibrary(const std::string& path) : handle_(Load(path)) {}
@@ -93,8 +100,7 @@ class TLoadedLibrary {
         const std::string filePath = ToFilePath(path);
         const std::size_t registeredBefore = GetPluginRegistry().GetPlugins().size();
         void* handle = nullptr;
-        const std::string failure =
-            CatchFailure([&] { handle = ::dlopen(filePath.c_str(), RTLD_NOW | RTLD_LOCAL); });
+        const std::string failure = CatchFailure([&] { handle = OpenLibrary(filePath); });
         if (handle != nullptr) {
             return handle;
         }

@@ -1,0 +1,28 @@
+// Takes what is logged during a test away from standard error and keeps it.
+#pragma once
+
+#include "vorhost/services/core_logger.h"
+
+#include <string>
+#include <vector>
+
+namespace NVORHOST {
+
+class TCapturedLog {
+  public:
+    TCapturedLog() {
+        TCoreLogger::Get().AddSink([this](int level, const std::string& message) {
+            lines_.push_back(FormatLogLine(level, message));
+        });
+    }
+    ~TCapturedLog() { TCoreLogger::Get().ClearSinks(); }
+    TCapturedLog(const TCapturedLog&) = delete;
+    TCapturedLog& operator=(const TCapturedLog&) = delete;
+
+    const std::vector<std::string>& GetLines() const { return lines_; }
+
+  private:
+    std::vector<std::string> lines_;
+};
+
+}  // namespace NVORHOST

@@ -1,0 +1,141 @@
+// Identifiers that a service issues over HTTP.
+#include "vorhost/upload/entity_service.h"
+
+#include "host/vor_exception.h"
+#include "host/zet_upload.h"
+#include "local_http_server.h"
+#include "vorhost/services/core_logger.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+namespace {
+
+using NKELVOR20::TVORException;
+using NKELVOR20::TZETUpload;
+using NVORHOST::SetEntityService;
+using NVORHOST::TCoreLogger;
+
+std::string Response(const std::string& status, const std::string& body) {
+    return "HTTP/1.1 " + status + "\r\nContent-Length: " + std::to_string(body.size()) +
+           "\r\nConnection: close\r\n\r\n" + body;
+}
+
+class EntityService : public testing::Test {
+  protected:
+    EntityService() {
+        ::setenv("no_proxy", "127.0.0.1", 1);  // the test's server is on this machine, whatever its proxy
+        TCoreLogger::Get().AddSink([this](int level, const std::string& message) {
+            lines_.push_back(NVORHOST::FormatLogLine(level, message));
+        });
+    }
+    ~EntityService() override {
+        SetEntityService("");
+        TCoreLogger::Get().ClearSinks();
+    }
+
+    static std::string Ask(const std::string& url) {
+        SetEntityService(url);
+        return TZETUpload::ZETGetEntityId("kind", "type/x", "id 1&2=\xC3\xA4", "/end", "/inv\n");
+    }
+
+    // The log line of a failure, without the URL; everything about the failure is checked on the way.
+    std::string FailureOf(const std::string& url) {
+        try {
+            ADD_FAILURE() << "answered " << Ask(url);
+            return {};
+        } catch (const TVORException& exception) {
+            EXPECT_EQ(exception.GetStatusCode().GetCode(), NKELVOR20::TVORStatusCode::serviceUnavailable);
+        }
+        const std::string start = "3 zetupload: " + url + ": ";
+        EXPECT_EQ(lines_.size(), 1U);
+        const std::string line = lines_.empty() ? start : lines_.front();
+        EXPECT_EQ(line.substr(0, start.size()), start);
+        return line.substr(std::min(start.size(), line.size()));
+    }
+
+    std::vector<std::string> lines_;
+};
+
+TEST_F(EntityService, AnswersTheTrimmedBody) {
+    TLocalHttpServer server(Response("200 OK", " \r\n\tENTITY-1 a\n\n"));
+    EXPECT_EQ(Ask(server.GetUrl()), "ENTITY-1 a");
+    EXPECT_TRUE(lines_.empty());
+}
+
+TEST_F(EntityService, ReceivesTheArgumentsAsFormFields) {
+    TLocalHttpServer server(Response("201 Created", "x"));
+    (void)Ask(server.GetUrl());
+    const std::string request = server.TakeRequest();
+    EXPECT_EQ(request.substr(0, request.find("\r\n")), "POST /entity HTTP/1.1");
+    EXPECT_NE(request.find("\r\nContent-Type: application/x-www-form-urlencoded\r\n"), std::string::npos);
+    EXPECT_EQ(request.substr(request.find("\r\n\r\n") + 4),
+              "dataKind=kind&contentType=type%2Fx&identity=id%201%262%3D%C3%A4&endpointPath=%2Fend&"
+              "inventoryPath=%2Finv%0A");
+}
+
+TEST_F(EntityService, MayAnswerAnEmptyIdentifier) {
+    TLocalHttpServer server(Response("200 OK", "\n"));
+    EXPECT_EQ(Ask(server.GetUrl()), "");
+}
+
+TEST_F(EntityService, IsAskedAnewEachTime) {
+    TLocalHttpServer first(Response("200 OK", "1"));
+    TLocalHttpServer second(Response("200 OK", "2"));
+    EXPECT_EQ(Ask(first.GetUrl()), "1");
+    EXPECT_EQ(Ask(second.GetUrl()), "2");
+}
+
+TEST_F(EntityService, IsNotAskedOnceItIsUnset) {
+    TLocalHttpServer server(Response("200 OK", "1"));
+    EXPECT_EQ(Ask(server.GetUrl()), "1");
+    SetEntityService("");
+    EXPECT_EQ(TZETUpload::ZETGetEntityId("a", "b", "c", "d", "e").size(), 36U);
+}
+
+TEST_F(EntityService, FailsWithTheStatusOfARefusal) {
+    TLocalHttpServer server(Response("500 Internal Server Error", "ENTITY-1"));
+    EXPECT_EQ(FailureOf(server.GetUrl()), "HTTP status 500");
+}
+
+TEST_F(EntityService, FailsOnARedirectInsteadOfPassingTheFieldsOn) {
+    TLocalHttpServer other(Response("200 OK", "ENTITY-1"));
+    TLocalHttpServer server("HTTP/1.1 307 Temporary Redirect\r\nLocation: " + other.GetUrl() +
+                            "\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
+    EXPECT_EQ(FailureOf(server.GetUrl()), "HTTP status 307");
+    EXPECT_EQ(other.TakeRequest(), "");
+}
+
+TEST_F(EntityService, FailsWhenNobodyListens) {
+    TLocalHttpServer server("");
+    server.Stop();
+    EXPECT_NE(FailureOf(server.GetUrl()), "");
+}
+
+TEST_F(EntityService, FailsWhenTheServerHangsUp) {
+    TLocalHttpServer server("");
+    EXPECT_NE(FailureOf(server.GetUrl()), "");
+}
+
+TEST_F(EntityService, FailsOnABodyThatIsNoIdentifierAnyMore) {
+    TLocalHttpServer server(Response("200 OK", std::string(64 * 1024 + 1, 'x')));
+    EXPECT_EQ(FailureOf(server.GetUrl()), "the response is larger than 65536 bytes");
+}
+
+TEST_F(EntityService, TakesABodyUpToTheLimit) {
+    TLocalHttpServer server(Response("200 OK", std::string(64 * 1024, 'x')));
+    EXPECT_EQ(Ask(server.GetUrl()), std::string(64 * 1024, 'x'));
+}
+
+TEST_F(EntityService, FailsOnAnythingButHttp) {
+    EXPECT_NE(FailureOf("file:///etc/hostname"), "");
+}
+
+TEST_F(EntityService, FailsOnWhatIsNoUrl) {
+    EXPECT_NE(FailureOf("http://"), "");
+}
+
+}  // namespace
