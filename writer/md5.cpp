@@ -44,7 +44,6 @@ constexpr std::array<TRound, 4> rounds = {{
 }};
 
 using TChain = std::array<std::uint32_t, 4>;
-using TWords = std::array<std::uint32_t, wordsPerBlock>;
 
 /// The auxiliary function of a round, added to `sum`. In each the part that does not need `b`, the newest
 /// word, comes first, so that it runs while `b` is still being computed.
@@ -61,8 +60,17 @@ constexpr std::uint32_t AddMixed(std::uint32_t sum, std::uint32_t b, std::uint32
     }
 }
 
+/// A message word, read where it is needed: a copy of the whole block would wait for the padding just
+/// written.
+[[gnu::always_inline]] inline std::uint32_t Word(const unsigned char* block, std::size_t index) {
+    static_assert(std::endian::native == std::endian::little, "message words are little-endian");
+    std::uint32_t word = 0;
+    std::memcpy(&word, block + sizeof word * index, sizeof word);
+    return word;
+}
+
 template <std::size_t step>
-[[gnu::always_inline]] inline void Step(TChain& chain, const TWords& words) {
+[[gnu::always_inline]] inline void Step(TChain& chain, const unsigned char* block) {
     constexpr std::size_t roundIndex = step / stepsPerRound;
     constexpr TRound round = rounds[roundIndex];
     constexpr std::size_t word =
@@ -73,21 +81,14 @@ template <std::size_t step>
     const std::uint32_t b = chain[(first + 1) % 4];
     const std::uint32_t c = chain[(first + 2) % 4];
     const std::uint32_t d = chain[(first + 3) % 4];
-    a = b +
-        std::rotl(AddMixed<roundIndex>(a + words[word] + additive[step], b, c, d), round.rotations[step % 4]);
+    a = b + std::rotl(AddMixed<roundIndex>(a + Word(block, word) + additive[step], b, c, d),
+                      round.rotations[step % 4]);
 }
 
 template <std::size_t... steps>
-[[gnu::always_inline]] inline void RunSteps(TChain& chain, const TWords& words,
+[[gnu::always_inline]] inline void RunSteps(TChain& chain, const unsigned char* block,
                                             std::index_sequence<steps...> /*order*/) {
-    (Step<steps>(chain, words), ...);
-}
-
-TWords LoadWords(const unsigned char* block) {
-    static_assert(std::endian::native == std::endian::little, "message words are little-endian");
-    TWords words;
-    std::memcpy(words.data(), block, blockSize);
-    return words;
+    (Step<steps>(chain, block), ...);
 }
 
 }  // namespace
@@ -95,7 +96,7 @@ TWords LoadWords(const unsigned char* block) {
 void TNOXXMLWriterImpl::transform(const unsigned char* block, std::uint32_t& a, std::uint32_t& b,
                                   std::uint32_t& c, std::uint32_t& d) {
     TChain chain = {a, b, c, d};
-    RunSteps(chain, LoadWords(block), std::make_index_sequence<stepCount>());
+    RunSteps(chain, block, std::make_index_sequence<stepCount>());
     a += chain[0];
     b += chain[1];
     c += chain[2];

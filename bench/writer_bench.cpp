@@ -1,0 +1,210 @@
+// Rendering a hardware document of 50 MB, against compressing that text and against two XML libraries that
+// write the same document. All figures are ratios: below 1 the writer is the faster side.
+#include "bench/inventory_workload.h"
+#include "bench/ratio.h"
+#include "writer/nox_xml_writer.h"
+
+#include <benchmark/benchmark.h>
+#include <libxml/parser.h>
+#include <libxml/xmlsave.h>
+#include <libxml/xmlwriter.h>
+#include <pugixml.hpp>
+#include <zlib.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <sstream>
+#include <string>
+
+namespace {
+
+constexpr std::size_t documentSize = 50'000'000;
+
+template <auto release>
+struct TRelease {
+    template <typename T>
+    void operator()(T* held) const {
+        release(held);
+    }
+};
+using TXmlDocPtr = std::unique_ptr<xmlDoc, TRelease<xmlFreeDoc>>;
+using TXmlBufferPtr = std::unique_ptr<xmlBuffer, TRelease<xmlBufferFree>>;
+using TXmlTextWriterPtr = std::unique_ptr<xmlTextWriter, TRelease<xmlFreeTextWriter>>;
+
+std::string Render(const boost::shared_ptr<NVORHOST::TMemoryNamespace>& inventory) {
+    std::ostringstream out;
+    TNOXXMLWriterImpl(out).WriteNamespace(inventory);
+    return std::move(out).str();
+}
+
+/// The namespace and its finished document, made once.
+struct TWorkload {
+    boost::shared_ptr<NVORHOST::TMemoryNamespace> inventory = MakeInventory(UnitsForDocument(documentSize));
+    std::string text = Render(inventory);
+};
+
+const TWorkload& Workload() {
+    static const TWorkload workload;
+    return workload;
+}
+
+void RenderDocument() {
+    std::ostringstream out;
+    TNOXXMLWriterImpl(out).WriteNamespace(Workload().inventory);
+    benchmark::DoNotOptimize(out.rdbuf());
+}
+
+/// One gzwrite of the finished text at the default level.
+void CompressDocument() {
+    const std::string& text = Workload().text;
+    gzFile file = gzopen("writer_bench.xml.gz", "wb");
+    gzwrite(file, text.data(), static_cast<unsigned int>(text.size()));
+    gzclose(file);
+    std::remove("writer_bench.xml.gz");
+}
+
+/// Measures rendering and `other` in turn; what follows says what the ratio is called.
+template <typename TOther>
+void Compare(benchmark::State& state, TOther other, const char* ratioName) {
+    const double bytes = static_cast<double>(Workload().text.size());
+    TBestTime rendering;
+    TBestTime comparison;
+    for (auto iteration : state) {
+        const double seconds = CpuSeconds(RenderDocument);
+        rendering.Add(seconds);
+        comparison.Add(CpuSeconds(other));
+        state.SetIterationTime(seconds);
+    }
+    constexpr double nanosecond = 1e-9;
+    state.counters["document_MB"] = bytes / 1e6;
+    state.counters["render_ns_per_byte"] = rendering.GetSeconds() / bytes / nanosecond;
+    state.counters["other_ns_per_byte"] = comparison.GetSeconds() / bytes / nanosecond;
+    state.counters[ratioName] = rendering.GetSeconds() / comparison.GetSeconds();
+}
+
+// ---- pugixml
+
+constexpr unsigned int keepEverything = pugi::parse_full | pugi::parse_ws_pcdata;
+constexpr unsigned int asItStands = pugi::format_raw | pugi::format_no_empty_element_tags;
+
+const pugi::xml_document& PugixmlTree() {
+    static pugi::xml_document tree;
+    if (tree.empty()) {
+        tree.load_buffer(Workload().text.data(), Workload().text.size(), keepEverything);
+    }
+    return tree;
+}
+
+void SaveWithPugixml(const pugi::xml_document& tree) {
+    std::ostringstream out;
+    tree.save(out, "", asItStands);
+    const auto size = static_cast<std::size_t>(out.tellp());
+    // Differences of a few bytes are the line end of the declaration and a blank in the root element.
+    if (size + 8 < Workload().text.size()) {
+        std::abort();
+    }
+}
+
+void CopyWithPugixml(pugi::xml_node from, pugi::xml_node to) {
+    for (const pugi::xml_node child : from) {
+        pugi::xml_node copy = to.append_child(child.type());
+        copy.set_name(child.name());
+        copy.set_value(child.value());
+        for (const pugi::xml_attribute attribute : child.attributes()) {
+            copy.append_attribute(attribute.name()).set_value(attribute.value());
+        }
+        CopyWithPugixml(child, copy);
+    }
+}
+
+void BuildAndSaveWithPugixml() {
+    pugi::xml_document tree;
+    CopyWithPugixml(PugixmlTree(), tree);
+    SaveWithPugixml(tree);
+}
+
+// ---- libxml2
+
+xmlDoc* Libxml2Tree() {
+    static const TXmlDocPtr tree(xmlReadMemory(
+        Workload().text.data(), static_cast<int>(Workload().text.size()), nullptr, nullptr, XML_PARSE_HUGE));
+    return tree.get();
+}
+
+void SaveWithLibxml2() {
+    const TXmlBufferPtr out(xmlBufferCreate());
+    xmlSaveCtxt* const context = xmlSaveToBuffer(out.get(), "UTF-8", XML_SAVE_NO_EMPTY);
+    xmlSaveDoc(context, Libxml2Tree());
+    xmlSaveClose(context);
+    if (static_cast<std::size_t>(xmlBufferLength(out.get())) + 8 < Workload().text.size()) {
+        std::abort();
+    }
+}
+
+void WriteChildren(xmlTextWriter* out, const xmlNode* parent) {
+    for (const xmlNode* node = parent->children; node != nullptr; node = node->next) {
+        if (node->type == XML_TEXT_NODE) {
+            xmlTextWriterWriteString(out, node->content);
+            continue;
+        }
+        xmlTextWriterStartElement(out, node->name);
+        for (const xmlAttr* attribute = node->properties; attribute != nullptr; attribute = attribute->next) {
+            xmlTextWriterWriteAttribute(out, attribute->name, attribute->children->content);
+        }
+        WriteChildren(out, node);
+        xmlTextWriterFullEndElement(out);
+    }
+}
+
+/// libxml2's writer without a tree of its own: the ready tree is only where its strings come from.
+void StreamWithLibxml2() {
+    const TXmlBufferPtr buffer(xmlBufferCreate());
+    {
+        const TXmlTextWriterPtr out(xmlNewTextWriterMemory(buffer.get(), 0));
+        xmlTextWriterStartDocument(out.get(), nullptr, "UTF-8", nullptr);
+        xmlDoc* const tree = Libxml2Tree();
+        WriteChildren(out.get(), reinterpret_cast<const xmlNode*>(tree));
+        xmlTextWriterEndDocument(out.get());
+    }
+    benchmark::DoNotOptimize(buffer.get());
+}
+
+void RenderAgainstGzip(benchmark::State& state) {
+    Compare(state, CompressDocument, "render/gzip");
+}
+
+/// The library only writes; its tree was built before.
+void RenderAgainstPugixmlSave(benchmark::State& state) {
+    PugixmlTree();
+    Compare(
+        state, [] { SaveWithPugixml(PugixmlTree()); }, "render/save");
+}
+
+/// The library builds its tree from ready strings, then writes it.
+void RenderAgainstPugixmlBuildAndSave(benchmark::State& state) {
+    PugixmlTree();
+    Compare(state, BuildAndSaveWithPugixml, "render/build+save");
+}
+
+void RenderAgainstLibxml2Save(benchmark::State& state) {
+    Libxml2Tree();
+    Compare(state, SaveWithLibxml2, "render/save");
+}
+
+void RenderAgainstLibxml2TextWriter(benchmark::State& state) {
+    Libxml2Tree();
+    Compare(state, StreamWithLibxml2, "render/textwriter");
+}
+
+constexpr int rounds = 5;
+BENCHMARK(RenderAgainstGzip)->UseManualTime()->Iterations(rounds)->Unit(benchmark::kMillisecond);
+BENCHMARK(RenderAgainstPugixmlSave)->UseManualTime()->Iterations(rounds)->Unit(benchmark::kMillisecond);
+BENCHMARK(RenderAgainstPugixmlBuildAndSave)
+    ->UseManualTime()
+    ->Iterations(rounds)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(RenderAgainstLibxml2Save)->UseManualTime()->Iterations(rounds)->Unit(benchmark::kMillisecond);
+BENCHMARK(RenderAgainstLibxml2TextWriter)->UseManualTime()->Iterations(rounds)->Unit(benchmark::kMillisecond);
+
+}  // namespace
