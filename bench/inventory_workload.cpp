@@ -97,6 +97,28 @@ constexpr TTypeOf types[] = {
     {"FormFactor", TType::eUint16, false},
 };
 
+struct TTextOf {
+    std::string_view property;
+    std::string_view pattern;
+};
+
+// What such properties hold on real machines, in length and in variety.
+constexpr TTextOf texts[] = {
+    {"ElementName", R"(Intel(R) C62# series chipset function ## [%%%%])"},
+    {"Description", "Kessel Technologies <%%%%> controller & bridge, revision %%"},
+    {"DeviceID", R"(PCI\VEN_%%%%&DEV_%%%%&SUBSYS_%%%%%%%%&REV_%%\3&%%%%%%%&0&%%)"},
+    {"UniqueID", "%%%%%%%%-%%%%-%%%%-%%%%-%%%%%%%%%%%%"},
+    {"SerialNumber", "S#%%######%%"},
+    {"PartNumber", "M3##A4K40DB#-C%%"},
+    {"Model", "KT-#%##"},
+    {"Manufacturer", "Kessel Technologies, Inc."},
+    {"Tag", "Slot ### (%%:%%.#)"},
+    {"ClassCode", "0x%%%%%%"},
+    {"ExpansionROMBaseAddress", "0x%%%%%%%%"},
+    {"USBVersion", "#.#"},
+    {"BankLabel", "P#_Node#_Channel#_Dimm#"},
+};
+
 using TRandom = std::mt19937;  // the same sequence everywhere
 
 TTypeOf TypeOf(std::string_view property) {
@@ -118,31 +140,38 @@ TCIMValue Number(TType::ECIMType type, TRandom& random) {
     }
 }
 
-TCIMValue Scalar(const TTypeOf& type, std::size_t serial, TRandom& random) {
+/// The pattern with a random decimal digit for each '#' and a random hexadecimal one for each '%'.
+std::string FillIn(std::string_view pattern, TRandom& random) {
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    constexpr unsigned int decimal = 10;
+    std::string text(pattern);
+    for (char& c : text) {
+        if (c == '#' || c == '%') {
+            c = digits[random() % (c == '#' ? decimal : digits.size())];
+        }
+    }
+    return text;
+}
+
+TCIMValue Scalar(const TTypeOf& type, TRandom& random) {
     if (type.type == TType::eBoolean) {
         return TCIMValue(random() % 2 == 0);
     }
     if (type.type == TType::eDateTime) {
-        return TCIMValue(*TCIMDateTime::FromText("20260307140509.000000+060"));
+        return TCIMValue(*TCIMDateTime::FromText(FillIn("20260#1#1#4#5#.######+060", random)));
     }
     if (type.type != TType::eString) {
         return Number(type.type, random);
     }
-    if (type.property == "Description") {
-        return "Integrated <device> of the second generation & its controller";
-    }
-    std::string text(type.property.substr(0, 4));
-    return text.append(" ")
-        .append(std::to_string(serial))
-        .append("-")
-        .append(std::to_string(random() % 1000));
+    const auto* const row = std::ranges::find(texts, type.property, &TTextOf::property);
+    return TCIMValue(FillIn(row == std::end(texts) ? "Not specified" : row->pattern, random));
 }
 
-TCIMValue Value(const TTypeOf& type, std::size_t serial, TRandom& random) {
+TCIMValue Value(const TTypeOf& type, TRandom& random) {
     if (!type.isArray) {
-        return Scalar(type, serial, random);
+        return Scalar(type, random);
     }
-    return TCIMValue::Array(type.type, {Scalar(type, serial, random), Scalar(type, serial, random)});
+    return TCIMValue::Array(type.type, {Scalar(type, random), Scalar(type, random)});
 }
 
 std::vector<TTypeOf> SourcesOf(const TResourceClass& resourceClass) {
@@ -179,7 +208,7 @@ void AddInstances(TMemoryNamespace& inventory, const TShare& share, std::size_t 
             const bool isAlwaysSet =
                 source.property == resourceClass.keyProperty || source.property == "ElementName";
             if (isAlwaysSet || random() % 4 != 0) {
-                instance->Set(source.property, Value(source, serial, random));
+                instance->Set(source.property, Value(source, random));
             }
         }
         instance->CommitInstance({});

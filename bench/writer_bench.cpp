@@ -90,7 +90,7 @@ constexpr unsigned int asItStands = pugi::format_raw | pugi::format_no_empty_ele
 
 const pugi::xml_document& PugixmlTree() {
     static pugi::xml_document tree;
-    if (tree.empty()) {
+    if (!tree.first_child()) {
         tree.load_buffer(Workload().text.data(), Workload().text.size(), keepEverything);
     }
     return tree;

@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr std::size_t blockSize = 64;
+constexpr std::uint32_t blockSize = 64;
 constexpr std::size_t wordsPerBlock = 16;
 constexpr std::size_t lengthFieldSize = 8;
 constexpr std::size_t stepCount = 64;
@@ -60,6 +60,16 @@ constexpr std::uint32_t AddMixed(std::uint32_t sum, std::uint32_t b, std::uint32
     }
 }
 
+/// Each byte in upper-case hexadecimal.
+constexpr auto hexPairs = [] {
+    constexpr char digits[] = "0123456789ABCDEF";
+    std::array<std::array<char, 2>, 256> pairs{};
+    for (std::size_t byte = 0; byte < pairs.size(); ++byte) {
+        pairs[byte] = {digits[byte / 16], digits[byte % 16]};
+    }
+    return pairs;
+}();
+
 /// A message word, read where it is needed: a copy of the whole block would wait for the padding just
 /// written.
 [[gnu::always_inline]] inline std::uint32_t Word(const unsigned char* block, std::size_t index) {
@@ -104,36 +114,39 @@ void TNOXXMLWriterImpl::transform(const unsigned char* block, std::uint32_t& a, 
 }
 
 void TNOXXMLWriterImpl::toString(const std::uint32_t* digestWords, unsigned char* out) {
-    constexpr char digits[] = "0123456789ABCDEF";
-    for (std::size_t i = 0; i < digestLength / 2; ++i) {
-        const unsigned int byte = digestWords[i / 4] >> (i % 4 * 8) & 0xFFU;
-        out[2 * i] = static_cast<unsigned char>(digits[byte >> 4U]);
-        out[2 * i + 1] = static_cast<unsigned char>(digits[byte & 0xFU]);
+    for (std::size_t byteIndex = 0; byteIndex < digestLength / 2; ++byteIndex) {
+        const std::uint32_t byte = digestWords[byteIndex / 4] >> (byteIndex % 4 * 8) & 0xFFU;
+        std::memcpy(out + 2 * byteIndex, hexPairs[byte].data(), 2);
     }
 }
 
 void TNOXXMLWriterImpl::MD5(const char* data, unsigned int length, unsigned char* out) {
     const std::uint32_t remainder = length % blockSize;
     // 56 would need another block for the length field. Existing identifiers were made without it.
-    const std::uint32_t padding = (remainder <= 56 ? 64U : 128U) - remainder;
+    const std::uint32_t padding = (remainder <= 56 ? blockSize : 2 * blockSize) - remainder;
     const std::uint32_t paddedSize = length + padding;
     if (paddedSize < length) {
         throw std::length_error("MD5: padded length does not fit 32 bits");
     }
 
     const auto message = std::make_unique_for_overwrite<unsigned char[]>(paddedSize);
+    unsigned char* const end = message.get() + paddedSize;
+    // Whole blocks, cleared before the data goes in, as a size known in advance is cleared in a few stores.
+    std::memset(end - blockSize, 0, blockSize);
+    if (padding > blockSize) {
+        std::memset(end - 2 * blockSize, 0, blockSize);
+    }
     if (length != 0) {  // no data may come with a null pointer
         std::memcpy(message.get(), data, length);
     }
     message[length] = 0x80;
-    std::memset(message.get() + length + 1, 0, padding - 1);
     // Only the low half of the length field is ever used; it may overwrite the marker.
     const std::uint32_t bitCount = length * 8U;
-    std::memcpy(message.get() + paddedSize - lengthFieldSize, &bitCount, sizeof bitCount);
+    std::memcpy(end - lengthFieldSize, &bitCount, sizeof bitCount);
 
     std::uint32_t chain[] = {0x67452301, 0xefcdab89, 0x98badcfe, 0x10325476};
-    for (std::uint32_t at = 0; at < paddedSize; at += blockSize) {
-        transform(message.get() + at, chain[0], chain[1], chain[2], chain[3]);
+    for (const unsigned char* block = message.get(); block != end; block += blockSize) {
+        transform(block, chain[0], chain[1], chain[2], chain[3]);
     }
     toString(chain, out);
 }

@@ -131,10 +131,27 @@ void TNOXXMLWriterImpl::WriteDocumentStart(std::string_view timestampAttribute) 
     WriteLine(R"(<ResourceCollection xmlns=")", namespaceUri, R"(")", timestampAttribute, timestamp, R"(">)");
 }
 
-void TNOXXMLWriterImpl::EndLine() {
-    line_.push_back('\n');
-    WritePiece(line_);
-    out_.flush();
+void TNOXXMLWriterImpl::FinishLine(const char* end) {
+    // What out_.write and out_.flush do, asking once instead of twice whether the stream is fit: there is a
+    // line for every tag, so that is a tenth of the time of a document.
+    const std::ostream::sentry isFit(out_);
+    if (isFit && !WriteAndSync({line_.data(), end})) {
+        out_.setstate(std::ios_base::badbit);
+    }
+}
+
+bool TNOXXMLWriterImpl::WriteAndSync(std::string_view text) {
+    const auto size = static_cast<std::streamsize>(text.size());
+    std::streambuf& buffer = *out_.rdbuf();
+    try {
+        return buffer.sputn(text.data(), size) == size && buffer.pubsync() != -1;
+    } catch (...) {
+        // As with the stream's own operations: the exception comes out only of a stream that asks for it.
+        if ((out_.exceptions() & std::ios_base::badbit) != 0) {
+            throw;
+        }
+        return false;
+    }
 }
 
 void TNOXXMLWriterImpl::WritePiece(std::string_view text) {

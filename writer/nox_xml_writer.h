@@ -143,8 +143,19 @@ class TNOXXMLWriterImpl {
     static std::string GetRCFTime();
 
   private:
+    /// A property of the document as one class has it.
+    struct TBoundProperty {
+        std::string_view outputName;
+        std::string sourceName;
+        bool isResourceId;  // the source is the identifier of each instance instead
+    };
+    struct TBoundClass {
+        std::string keyProperty;
+        std::vector<TBoundProperty> properties;
+    };
+
     void WriteDocumentStart(std::string_view timestampAttribute);
-    void WriteInstance(const TResourceClass& resourceClass, const std::string& resourceType,
+    void WriteInstance(const TBoundClass& boundClass, const std::string& resourceType,
                        const TInstancePtr& instance);
     bool WriteProperty(std::string_view outputName, const std::string& sourceName,
                        const TInstancePtr& instance);
@@ -156,17 +167,24 @@ class TNOXXMLWriterImpl {
     void WriteTextProperty(std::string_view name, std::string_view text);
     void WriteEscapedLine(std::string_view startTag, std::string_view text, std::string_view endTag);
 
-    /// Writes the pieces as one line: one write, one flush.
+    /// Writes the pieces, each convertible to std::string_view, as one line: one write, one flush.
     template <typename... TPieces>
     void WriteLine(const TPieces&... pieces) {
-        line_.clear();
-        (line_.append(std::string_view(pieces)), ...);
-        EndLine();
+        const std::size_t size = (std::string_view(pieces).size() + ... + 1);
+        if (line_.size() < size) {
+            line_.resize(2 * size);
+        }
+        char* to = line_.data();
+        ((to += std::string_view(pieces).copy(to, std::string_view::npos)), ...);
+        *to++ = '\n';
+        FinishLine(to);
     }
-    void EndLine();
+    void FinishLine(const char* end);
+    bool WriteAndSync(std::string_view text);
     /// Writes the text at once, without ending the line.
     void WritePiece(std::string_view text);
 
+    static TBoundClass BindClass(const TResourceClass& resourceClass, const std::string& resourceType);
     static std::vector<TInstancePtr> ListInstances(NKELVOR20::ICIMClass& cimClass);
     static std::string MakeResourceID(const std::string& resourceType, const TInstancePtr& instance,
                                       const std::string& keyProperty1, const std::string& keyProperty2);
@@ -177,7 +195,7 @@ class TNOXXMLWriterImpl {
     std::ostream& out_;
     TNamespacePtr namespace_;                   // nothing fills it
     std::map<std::string, std::string> texts_;  // nothing fills it
-    // Kept from line to line and from property to property, so that neither costs an allocation.
-    std::string line_;
-    std::string sourceName_;
+    // Kept from line to line, so that a line costs no allocation.
+    std::vector<char> line_;
+    std::string escaped_;
 };

@@ -11,6 +11,7 @@ using NKELVOR20::ICIMProperty;
 using NKELVOR20::TCIMDateTime;
 using NKELVOR20::TCIMValue;
 using NKELVOR20::TOSSpecific;
+using ECIMType = TCIMValue::TCIMType::ECIMType;
 using NKELVOR20::TVORException;
 
 namespace {
@@ -32,6 +33,23 @@ constexpr TTypeRow typeRows[] = {
 std::string_view XmlType(std::string_view cimType) {
     const auto* const row = std::ranges::find(typeRows, cimType, &TTypeRow::cimType);
     return row == std::end(typeRows) ? "string" : row->xmlType;
+}
+
+/// The same by type code; the host is asked for the name of each code once.
+std::string_view XmlType(TCIMValue::TCIMType type) {
+    constexpr int firstCode = TCIMValue::TCIMType::eBoolean;
+    constexpr int lastCode = TCIMValue::TCIMType::eReference;
+    static const std::array<std::string_view, lastCode + 1> byCode = [] {
+        std::array<std::string_view, lastCode + 1> table;
+        for (int code = firstCode; code <= lastCode; ++code) {
+            table[static_cast<std::size_t>(code)] =
+                XmlType(TCIMValue::TCIMType(static_cast<ECIMType>(code)).ToString());
+        }
+        return table;
+    }();
+    const int code = static_cast<ECIMType>(type);
+    return code >= firstCode && code <= lastCode ? byCode[static_cast<std::size_t>(code)]
+                                                 : XmlType(type.ToString());
 }
 
 /// What becomes of a byte of character data.
@@ -85,7 +103,8 @@ std::string CutProductName(const std::string& productName, std::size_t offset, s
 
 /// Looks a property up; false when the instance has none. Nothing but the lookup stands here, as a missing
 /// property is an exception and every instance misses at least one.
-bool FindProperty(ICIMInstance& instance, const std::string& name, boost::shared_ptr<ICIMProperty>& found) {
+[[gnu::noinline]] bool FindProperty(ICIMInstance& instance, const std::string& name,
+                                    boost::shared_ptr<ICIMProperty>& found) {
     try {
         found = instance.GetProperty(name, {});
         return true;
@@ -116,7 +135,7 @@ bool TNOXXMLWriterImpl::WriteProperty(std::string_view outputName, const std::st
         return true;
     }
     const TCIMValue::TCIMType type = property->GetType({});
-    WriteLine(R"(<Property name=")", outputName, R"(" type=")", XmlType(type.ToString()), R"(">)");
+    WriteLine(R"(<Property name=")", outputName, R"(" type=")", XmlType(type), R"(">)");
     WriteValueLines(outputName, sourceName, *property, type, value);
     WriteLine("</Property>");
     return true;
@@ -172,10 +191,13 @@ void TNOXXMLWriterImpl::WriteValue(const TCIMValue& value) {
 
 void TNOXXMLWriterImpl::WriteEscapedLine(std::string_view startTag, std::string_view text,
                                          std::string_view endTag) {
-    line_ = startTag;
-    AppendEscaped(line_, text);
-    line_.append(endTag);
-    EndLine();
+    if (std::ranges::none_of(text, IsChanged)) {
+        WriteLine(startTag, text, endTag);
+        return;
+    }
+    escaped_.clear();
+    AppendEscaped(escaped_, text);
+    WriteLine(startTag, escaped_, endTag);
 }
 
 std::string TNOXXMLWriterImpl::QuoteString(std::string text) {

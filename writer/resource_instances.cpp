@@ -4,6 +4,8 @@
 #include "writer/nox_xml_writer.h"
 #include "writer/resource_catalogue.h"
 
+#include <algorithm>
+
 using NKELVOR20::ICIMClass;
 using NKELVOR20::ICIMInstance;
 using NKELVOR20::ICIMNamespace;
@@ -41,35 +43,35 @@ void TNOXXMLWriterImpl::WriteResourceInstance(std::string className, std::string
     if (resourceClass == nullptr) {
         return;
     }
+    const TBoundClass boundClass = BindClass(*resourceClass, resourceType);
     for (const TInstancePtr& instance : instances) {
-        WriteInstance(*resourceClass, resourceType, instance);
+        WriteInstance(boundClass, resourceType, instance);
     }
 }
 
-void TNOXXMLWriterImpl::WriteInstance(const TResourceClass& resourceClass, const std::string& resourceType,
+TNOXXMLWriterImpl::TBoundClass TNOXXMLWriterImpl::BindClass(const TResourceClass& resourceClass,
+                                                            const std::string& resourceType) {
+    TBoundClass bound{std::string(resourceClass.keyProperty), {}};
+    const auto bind = [&](const TPropertyRow& row) {
+        bound.properties.push_back(
+            {row.outputName,
+             row.origin == EValueOrigin::resourceType ? resourceType : std::string(row.sourceName),
+             row.origin == EValueOrigin::resourceId});
+    };
+    std::ranges::for_each(resourceClass.head, bind);
+    std::ranges::for_each(resourceClass.properties, bind);
+    return bound;
+}
+
+void TNOXXMLWriterImpl::WriteInstance(const TBoundClass& boundClass, const std::string& resourceType,
                                       const TInstancePtr& instance) {
     // On the stream before the identifier is computed: what is thrown there leaves it standing.
     WritePiece(R"(<ResourceInstance resourceId=")");
-    sourceName_ = resourceClass.keyProperty;
-    const std::string resourceId = MakeResourceID(resourceType, instance, sourceName_, {});
+    const std::string resourceId = MakeResourceID(resourceType, instance, boundClass.keyProperty, {});
     WriteLine(resourceId, R"(" resourceType=")", resourceType, R"(">)");
-
-    const auto sourceOf = [&](const TPropertyRow& row) -> const std::string& {
-        switch (row.origin) {
-            case EValueOrigin::resourceType:
-                return resourceType;
-            case EValueOrigin::resourceId:
-                return resourceId;
-            case EValueOrigin::instance:
-                break;
-        }
-        return sourceName_ = row.sourceName;
-    };
-    for (const TPropertyRow& row : resourceClass.head) {
-        WriteProperty(row.outputName, sourceOf(row), instance);
-    }
-    for (const TPropertyRow& row : resourceClass.properties) {
-        WriteProperty(row.outputName, sourceOf(row), instance);
+    for (const TBoundProperty& property : boundClass.properties) {
+        WriteProperty(property.outputName, property.isResourceId ? resourceId : property.sourceName,
+                      instance);
     }
     WriteLine("</ResourceInstance>");
 }
