@@ -10,6 +10,21 @@ namespace NVORHOST {
 using NKELVOR20::TVORException;
 using NKELVOR20::TVORStatusCode;
 
+namespace {
+
+TCIMValue UnsetValue(const TPropertyDeclaration& declaration) {
+    if (!declaration.defaultValue) {
+        return declaration.isArray ? TCIMValue::NullArray(declaration.type) : TCIMValue(declaration.type);
+    }
+    const TCIMValue& value = *declaration.defaultValue;
+    if (value.GetType() != declaration.type || value.IsArray() != declaration.isArray) {
+        throw TVORException(TVORStatusCode::typeMismatch);
+    }
+    return value;
+}
+
+}  // namespace
+
 std::uint32_t TClassNames::Find(std::string_view name) const noexcept {
     return FindHashed(name, static_cast<std::uint32_t>(TCimNameHash{}(name)));
 }
@@ -44,8 +59,7 @@ void TClassNames::Declare(TPropertyDeclaration declaration) {
     if (name.unset != nullptr) {
         throw TVORException(TVORStatusCode::alreadyExists);
     }
-    auto unset = boost::make_shared<TMemoryProperty>(
-        declaration.isArray ? TCIMValue::NullArray(declaration.type) : TCIMValue(declaration.type));
+    auto unset = boost::make_shared<TMemoryProperty>(UnsetValue(declaration));
     declarations_.push_back(std::move(declaration));
     name.unset = std::move(unset);
 }

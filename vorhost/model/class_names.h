@@ -23,7 +23,7 @@ class TClassNames {
     struct TName {
         std::string spelling;  ///< as first used
         std::uint32_t hash = 0;
-        /// The null that instances without a value answer; a null pointer when the name is not declared.
+        /// What instances without a value answer; a null pointer when the name is not declared.
         boost::shared_ptr<TMemoryProperty> unset;
     };
 
@@ -31,7 +31,7 @@ class TClassNames {
     std::uint32_t Find(std::string_view name) const noexcept;
     /// The number of a name, giving it one when it has none yet.
     std::uint32_t Intern(std::string_view name);
-    /// Throws `alreadyExists` when the name is declared.
+    /// As `TMemoryClass::Declare`.
     void Declare(TPropertyDeclaration declaration);
 
     const TName& Get(std::uint32_t nameId) const { return *names_[nameId]; }

@@ -68,8 +68,8 @@ void TMemoryInstance::Set(std::string_view name, TCIMValue value) {
     const std::uint32_t nameId = names_->Intern(name);
     const auto& declared = names_->Get(nameId).unset;
     if (declared != nullptr) {
-        const TCIMValue& null = declared->GetValue({});
-        if (null.GetType() != value.GetType() || null.IsArray() != value.IsArray()) {
+        const TCIMValue& unset = declared->GetValue({});
+        if (unset.GetType() != value.GetType() || unset.IsArray() != value.IsArray()) {
             throw TVORException(TVORStatusCode::typeMismatch);
         }
     }
@@ -160,7 +160,8 @@ boost::shared_ptr<TMemoryClass> MakeClass(const std::string& name,
     try {
         return boost::make_shared<TMemoryClass>(name, std::move(declarations));
     } catch (const TVORException&) {
-        // The class is new, so the name that "already exists" was declared twice in this very call.
+        // The class is new, so the name that "already exists" was declared twice in this very call. Whatever
+        // else is wrong with a declaration came with the call as well.
         throw TVORException(TVORStatusCode::invalidParameter);
     }
 }
@@ -192,6 +193,22 @@ boost::shared_ptr<TMemoryClass> TMemoryNamespace::AddClass(std::string name,
     byName_.emplace(std::move(name), added);
     classes_.push_back(added);
     return added;
+}
+
+void TMemoryNamespace::TakeClasses(TMemoryNamespace&& other) {
+    // What can throw comes first, on copies of the pointers.
+    auto classes = classes_;
+    auto byName = byName_;
+    classes.insert(classes.end(), other.classes_.begin(), other.classes_.end());
+    for (const auto& each : other.classes_) {
+        if (!byName.emplace(each->GetName(), each).second) {
+            throw TVORException(TVORStatusCode::alreadyExists);
+        }
+    }
+    classes_.swap(classes);
+    byName_.swap(byName);
+    other.classes_.clear();
+    other.byName_.clear();
 }
 
 boost::shared_ptr<TMemoryClass> TMemoryNamespace::FindClass(std::string_view name) const {

@@ -15,6 +15,7 @@
 #include <boost/weak_ptr.hpp>
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -35,11 +36,13 @@ class TMemoryInstance;
 class TMemoryClass;
 class TClassNames;
 
-/// A property that a class declares: instances that do not set it answer with a null of this type.
+/// A property that a class declares: instances that do not set it answer with its default value, or with a
+/// null of its type.
 struct TPropertyDeclaration {
     std::string name;
     TCIMValue::TCIMType type;
     bool isArray = false;
+    std::optional<TCIMValue> defaultValue{};
 };
 
 /// One property of one instance: a value, possibly null.
@@ -74,7 +77,7 @@ class NKELVOR20_API TMemoryInstance final : public ICIMInstance,
     /// class object is gone.
     void CommitInstance(TOptionsMap options) override;
     /// Throws `propertyNotFound` when the property is neither set nor declared by the class; a declared one
-    /// that was not set is a null of its type.
+    /// that was not set has its default value, or is a null of its type.
     boost::shared_ptr<ICIMProperty> GetProperty(const std::string& name, TOptionsMap options) override;
     /// As `Set`.
     void SetProperty(const std::string& name, const TCIMValue& value, TOptionsMap options) override;
@@ -118,7 +121,8 @@ class NKELVOR20_API TMemoryClass final : public ICIMClass,
     const std::string& GetName() const { return name_; }
     /// In the order of declaration.
     const std::vector<TPropertyDeclaration>& GetDeclarations() const;
-    /// Declares one more property; throws `alreadyExists` when the name is declared.
+    /// Declares one more property; throws `alreadyExists` when the name is declared, `typeMismatch` when its
+    /// default value has another type or shape.
     void Declare(TPropertyDeclaration declaration);
     boost::shared_ptr<TMemoryInstance> NewInstance();
     /// Committed instances in the order of their commit.
@@ -141,9 +145,12 @@ class NKELVOR20_API TMemoryNamespace final : public ICIMNamespace {
     boost::shared_ptr<ICIMClass> GetClass(const std::string& className, TOptionsMap options) override;
 
     /// Adds a class. Throws `alreadyExists` when a class of that name is there, `invalidParameter` for an
-    /// empty name or two declarations of one name.
+    /// empty name, two declarations of one name or a default value of another type than its property.
     boost::shared_ptr<TMemoryClass> AddClass(std::string name,
                                              std::vector<TPropertyDeclaration> declarations = {});
+    /// Moves the classes of `other`, with their instances, behind the classes of this namespace. Throws
+    /// `alreadyExists` when both have a class of one name; then neither has changed.
+    void TakeClasses(TMemoryNamespace&& other);
     /// The class, or a null pointer.
     boost::shared_ptr<TMemoryClass> FindClass(std::string_view name) const;
     const std::vector<boost::shared_ptr<TMemoryClass>>& GetClasses() const { return classes_; }

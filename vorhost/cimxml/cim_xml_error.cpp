@@ -1,0 +1,47 @@
+#include "vorhost/cimxml/cim_xml_error.h"
+
+#include <algorithm>
+
+namespace NVORHOST {
+namespace {
+
+bool IsControl(char byte) {
+    const auto code = static_cast<unsigned char>(byte);
+    return code < 0x20 || code == 0x7F;
+}
+
+std::string DescribePlace(const TCimXmlPlace& place) {
+    std::string text = place.file;
+    if (place.line > 0) {
+        text += ':' + std::to_string(place.line);
+    }
+    text += text.empty() ? "" : ": ";
+    if (!place.className.empty()) {
+        text += "class " + place.className;
+        text += place.propertyName.empty() ? "" : ", property " + place.propertyName;
+        text += ": ";
+    }
+    return text;
+}
+
+}  // namespace
+
+void ThrowAt(const TCimXmlPlace& place, std::string_view cause) {
+    std::string text = DescribePlace(place).append(cause);
+    std::ranges::replace_if(text, IsControl, '?');
+    throw TCimXmlError(text);
+}
+
+std::string Quote(std::string_view text) {
+    constexpr std::size_t longest = 40;
+    if (text.size() <= longest) {
+        return '"' + std::string(text) + '"';
+    }
+    std::size_t end = longest;
+    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80) {
+        --end;  // not in the middle of a character
+    }
+    return '"' + std::string(text.substr(0, end)) + "...\"";
+}
+
+}  // namespace NVORHOST

@@ -1,0 +1,154 @@
+#include "vorhost/cimxml/elements.h"
+
+#include <algorithm>
+#include <array>
+#include <span>
+
+namespace NVORHOST {
+namespace {
+
+struct TElementRow {
+    EElement parent;
+    std::string_view tag;
+    EElement element;
+};
+
+using enum EElement;
+
+// Rows of one parent stand together, in the order of the parents; frequent tags come first.
+// Source: DSP0203 2.4 (the DTD), with VALUE.OBJECTWITHLOCALPATH and MULTIRSP of DSP0201 2.x.
+constexpr auto elementRows = std::to_array<TElementRow>({
+    {document, "CIM", cim},
+
+    {cim, "DECLARATION", declaration},
+    {cim, "MESSAGE", message},
+
+    {declaration, "DECLGROUP", declarationGroup},
+    {declaration, "DECLGROUP.WITHNAME", declarationGroup},
+    {declaration, "DECLGROUP.WITHPATH", declarationGroup},
+
+    {declarationGroup, "VALUE.OBJECT", object},
+    {declarationGroup, "VALUE.NAMEDOBJECT", object},
+    {declarationGroup, "VALUE.OBJECTWITHPATH", object},
+    {declarationGroup, "VALUE.OBJECTWITHLOCALPATH", object},
+    {declarationGroup, "NAMESPACEPATH", ignored},
+    {declarationGroup, "LOCALNAMESPACEPATH", ignored},
+    {declarationGroup, "QUALIFIER.DECLARATION", ignored},
+
+    {message, "SIMPLERSP", response},
+    {message, "MULTIRSP", message},
+
+    {response, "IMETHODRESPONSE", methodResponse},
+
+    {methodResponse, "IRETURNVALUE", returnValue},
+    {methodResponse, "ERROR", responseError},
+    {methodResponse, "PARAMVALUE", ignored},
+
+    {responseError, "INSTANCE", ignored},
+
+    {returnValue, "VALUE.NAMEDINSTANCE", object},
+    {returnValue, "VALUE.INSTANCEWITHPATH", object},
+    {returnValue, "INSTANCE", instance},
+    {returnValue, "CLASS", classDeclaration},
+    {returnValue, "VALUE.OBJECTWITHPATH", object},
+    {returnValue, "VALUE.OBJECTWITHLOCALPATH", object},
+    {returnValue, "VALUE.NAMEDOBJECT", object},
+    {returnValue, "VALUE.OBJECT", object},
+
+    {object, "INSTANCE", instance},
+    {object, "CLASS", classDeclaration},
+    {object, "INSTANCENAME", ignored},
+    {object, "INSTANCEPATH", ignored},
+    {object, "LOCALINSTANCEPATH", ignored},
+    {object, "CLASSPATH", ignored},
+    {object, "LOCALCLASSPATH", ignored},
+
+    {classDeclaration, "PROPERTY", property},
+    {classDeclaration, "PROPERTY.ARRAY", arrayProperty},
+    {classDeclaration, "PROPERTY.REFERENCE", referenceProperty},
+    {classDeclaration, "QUALIFIER", ignored},
+    {classDeclaration, "METHOD", ignored},
+
+    {instance, "PROPERTY", property},
+    {instance, "PROPERTY.ARRAY", arrayProperty},
+    {instance, "PROPERTY.REFERENCE", referenceProperty},
+    {instance, "QUALIFIER", ignored},
+
+    {property, "VALUE", scalarValue},
+    {property, "QUALIFIER", qualifier},
+
+    {arrayProperty, "VALUE.ARRAY", array},
+    {arrayProperty, "QUALIFIER", qualifier},
+
+    {referenceProperty, "VALUE.REFERENCE", reference},
+    {referenceProperty, "QUALIFIER", qualifier},
+
+    {qualifier, "VALUE", qualifierValue},
+    {qualifier, "VALUE.ARRAY", ignored},
+
+    {array, "VALUE", elementValue},
+    {array, "VALUE.NULL", elementNull},
+
+    {reference, "INSTANCENAME", instanceName},
+    {reference, "INSTANCEPATH", instancePath},
+    {reference, "LOCALINSTANCEPATH", localInstancePath},
+    {reference, "CLASSNAME", className},
+    {reference, "CLASSPATH", classPath},
+    {reference, "LOCALCLASSPATH", localClassPath},
+
+    {classPath, "NAMESPACEPATH", namespacePath},
+    {classPath, "CLASSNAME", className},
+
+    {localClassPath, "LOCALNAMESPACEPATH", localNamespacePath},
+    {localClassPath, "CLASSNAME", className},
+
+    {instancePath, "NAMESPACEPATH", namespacePath},
+    {instancePath, "INSTANCENAME", instanceName},
+
+    {localInstancePath, "LOCALNAMESPACEPATH", localNamespacePath},
+    {localInstancePath, "INSTANCENAME", instanceName},
+
+    {namespacePath, "HOST", host},
+    {namespacePath, "LOCALNAMESPACEPATH", localNamespacePath},
+
+    {localNamespacePath, "NAMESPACE", namespaceStep},
+
+    {instanceName, "KEYBINDING", keyBinding},
+    {instanceName, "KEYVALUE", keyValue},
+    {instanceName, "VALUE.REFERENCE", reference},
+
+    {keyBinding, "KEYVALUE", keyValue},
+    {keyBinding, "VALUE.REFERENCE", reference},
+});
+
+static_assert(std::ranges::is_sorted(elementRows, {}, &TElementRow::parent));
+
+// Where the rows of each parent begin; one more entry for the end of the last.
+constexpr auto firstRows = [] {
+    std::array<std::size_t, elementCount + 1> first{};
+    for (const TElementRow& row : elementRows) {
+        ++first[static_cast<std::size_t>(row.parent) + 1];
+    }
+    for (std::size_t at = 1; at < first.size(); ++at) {
+        first[at] += first[at - 1];
+    }
+    return first;
+}();
+
+std::span<const TElementRow> RowsOf(EElement parent) {
+    const auto at = static_cast<std::size_t>(parent);
+    return std::span(elementRows).subspan(firstRows.at(at), firstRows.at(at + 1) - firstRows.at(at));
+}
+
+}  // namespace
+
+std::optional<EElement> FindElement(EElement parent, std::string_view tag) {
+    if (parent == ignored) {
+        return ignored;
+    }
+    const auto rows = RowsOf(parent);
+    const auto row = std::ranges::find(rows, tag, &TElementRow::tag);
+    return row == rows.end() ? std::nullopt : std::optional(row->element);
+}
+
+}  // namespace NVORHOST

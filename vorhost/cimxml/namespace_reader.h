@@ -1,0 +1,96 @@
+// Turns the elements of a CIM-XML document into classes and instances.
+#pragma once
+
+#include "vorhost/cimxml/cim_xml_error.h"
+#include "vorhost/cimxml/elements.h"
+#include "vorhost/cimxml/property_builder.h"
+#include "vorhost/cimxml/reference_builder.h"
+#include "vorhost/cimxml/xml_parser.h"
+#include "vorhost/model/cim_name.h"
+#include "vorhost/model/memory_namespace.h"
+
+#include <boost/shared_ptr.hpp>
+
+#include <string>
+#include <string_view>
+#include <unordered_set>
+#include <vector>
+
+namespace NVORHOST {
+
+/// Errors: the events throw TCimXmlCause; `GetPlace` then tells class and property.
+class TNamespaceReader final : public IXmlEvents {
+  public:
+    /// Fills `target`, which must be empty and outlive this object.
+    explicit TNamespaceReader(TMemoryNamespace& target);
+
+    void StartElement(std::string_view name, const TXmlAttributes& attributes) override;
+    void EndElement() override;
+    void Text(std::string_view piece) override;
+
+    /// The class and property that are being read, as far as any are.
+    const TCimXmlPlace& GetPlace() const { return place_; }
+
+  private:
+    using TNameSet = std::unordered_set<std::string, TCimNameHash, TCimNameEqual>;
+    using TStart = void (TNamespaceReader::*)(const TXmlAttributes& attributes);
+    using TEnd = void (TNamespaceReader::*)();
+    struct TElementRow;
+
+    static const TElementRow elementRows[];
+    static const TElementRow& RowOf(EElement element);
+
+    void Pass(const TXmlAttributes& /*attributes*/) {}
+    void Pass() {}
+
+    void StartError(const TXmlAttributes& attributes);
+    void StartClass(const TXmlAttributes& attributes);
+    void EndClass();
+    void StartInstance(const TXmlAttributes& attributes);
+    void EndInstance();
+    void StartProperty(const TXmlAttributes& attributes);
+    void StartArrayProperty(const TXmlAttributes& attributes);
+    void StartReferenceProperty(const TXmlAttributes& attributes);
+    void EndProperty();
+    void StartQualifier(const TXmlAttributes& attributes);
+    void EndQualifierValue();
+    void EndScalarValue();
+    void StartArray(const TXmlAttributes& attributes);
+    void EndElementValue();
+    void EndElementNull();
+    void StartReference(const TXmlAttributes& attributes);
+    void EndReference();
+    void EndFullPath();
+    void EndLocalPath();
+    void EndHost();
+    void StartNamespaceStep(const TXmlAttributes& attributes);
+    void StartClassName(const TXmlAttributes& attributes);
+    void StartInstanceName(const TXmlAttributes& attributes);
+    void StartKeyBinding(const TXmlAttributes& attributes);
+    void EndKeyBinding();
+    void StartKeyValue(const TXmlAttributes& attributes);
+    void EndKeyValue();
+
+    void BeginProperty(const TXmlAttributes& attributes, TCIMValue::TCIMType type, bool isArray);
+    void BeginTypedProperty(const TXmlAttributes& attributes, bool isArray);
+    void AddDeclaration(TCIMValue value);
+    void SetProperty(TCIMValue value);
+    void AddToKnownClass(TMemoryClass& known);
+
+    TMemoryNamespace& target_;
+    std::vector<EElement> open_{EElement::document};
+    TCimXmlPlace place_;
+    std::string text_;  ///< of the innermost element
+
+    TNameSet declaredClasses_;
+    std::vector<TPropertyDeclaration> declarations_;
+    TNameSet declaredNames_;
+    boost::shared_ptr<TMemoryClass> class_;  ///< of the instance that is being read
+    boost::shared_ptr<TMemoryInstance> instance_;
+    std::size_t propertyCount_ = 0;
+    TPropertyBuilder property_;
+    bool isEncodingQualifier_ = false;
+    TReferenceBuilder reference_;
+};
+
+}  // namespace NVORHOST

@@ -1,0 +1,210 @@
+#include "vorhost/cimxml/reference_builder.h"
+
+#include "vorhost/cimxml/cim_xml_error.h"
+#include "vorhost/cimxml/value_text.h"
+#include "vorhost/cimxml/xml_text.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace NVORHOST {
+namespace {
+
+using EType = TPathKey::EType;
+using TCIMType = TCIMValue::TCIMType;
+
+struct TKeyTypeRow {
+    std::string_view valueType;
+    EType type;
+};
+
+constexpr TKeyTypeRow keyTypeRows[] = {
+    {"string", EType::text},
+    {"numeric", EType::number},
+    {"boolean", EType::boolean},
+};
+
+EType FindKeyType(std::string_view valueType) {
+    const auto* const row = std::ranges::find(keyTypeRows, valueType, &TKeyTypeRow::valueType);
+    if (row == std::end(keyTypeRows)) {
+        throw TCimXmlCause("unknown VALUETYPE " + Quote(valueType));
+    }
+    return row->type;
+}
+
+EType KeyTypeOf(TCIMType type) {
+    if (type == TCIMType::eBoolean) {
+        return EType::boolean;
+    }
+    const bool isNumber = type >= TCIMType::eUint8 && type <= TCIMType::eReal64;
+    return isNumber ? EType::number : EType::text;
+}
+
+void RequireCimName(std::string_view name) {
+    if (!IsCimName(name)) {
+        throw TCimXmlCause(Quote(name) + " is no CIM name");
+    }
+}
+
+std::string BooleanKeyText(const std::string& text) {
+    return ParseValueText(TCIMType::eBoolean, text).GetBoolean() ? "TRUE" : "FALSE";
+}
+
+std::string NumberKeyText(const std::string& text) {
+    const std::string_view number = TrimXmlSpace(text);
+    if (!IsNumberText(number)) {
+        throw TCimXmlCause("the key " + Quote(number) + " is no number");
+    }
+    return std::string(number);
+}
+
+std::string KeyText(EType type, const std::string& text) {
+    switch (type) {
+        case EType::boolean:
+            return BooleanKeyText(text);
+        case EType::number:
+            return NumberKeyText(text);
+        default:
+            return text;
+    }
+}
+
+}  // namespace
+
+void TReferenceBuilder::Open() {
+    if (open_.size() == maxReferenceNesting) {
+        throw TCimXmlCause("references stand deeper than " + std::to_string(maxReferenceNesting) +
+                           " levels in each other");
+    }
+    open_.emplace_back();
+}
+
+void TReferenceBuilder::SetHost(std::string_view host) {
+    Innermost().path.host = TrimXmlSpace(host);
+    if (!IsHostName(Innermost().path.host)) {
+        throw TCimXmlCause(Quote(host) + " is no host");
+    }
+}
+
+void TReferenceBuilder::AddNamespace(std::string_view steps) {
+    for (std::size_t begin = 0; begin <= steps.size();) {
+        const std::size_t end = std::min(steps.find('/', begin), steps.size());
+        const std::string_view step = steps.substr(begin, end - begin);
+        if (!IsNamespaceStep(step)) {
+            throw TCimXmlCause(Quote(steps) + " is no namespace");
+        }
+        Innermost().path.namespaces.emplace_back(step);
+        begin = end + 1;
+    }
+}
+
+void TReferenceBuilder::BeginObject(bool isInstance) {
+    if (Innermost().hasObject) {
+        throw TCimXmlCause("a reference to more than one object");
+    }
+    Innermost().hasObject = true;
+    Innermost().path.isInstance = isInstance;
+}
+
+void TReferenceBuilder::SetClass(std::string_view className) {
+    BeginObject(/*isInstance=*/false);
+    RequireCimName(className);
+    Innermost().path.className = className;
+}
+
+void TReferenceBuilder::SetInstance(std::string_view className) {
+    BeginObject(/*isInstance=*/true);
+    if (!className.empty()) {
+        RequireCimName(className);
+    }
+    Innermost().path.className = className;
+}
+
+void TReferenceBuilder::BeginKey(std::string_view name) {
+    RequireCimName(name);
+    Innermost().key.name = name;
+    Innermost().awaitsValue = true;
+}
+
+void TReferenceBuilder::EndKey() {
+    if (Innermost().awaitsValue) {
+        throw TCimXmlCause("the key " + Quote(Innermost().key.name) + " has no value");
+    }
+    Innermost().key.name.clear();
+}
+
+void TReferenceBuilder::SetKeyType(std::optional<std::string_view> valueType,
+                                   std::optional<std::string_view> type) {
+    EType& keyType = Innermost().key.type;
+    keyType = EType::text;
+    if (valueType) {
+        keyType = FindKeyType(*valueType);
+    } else if (type) {
+        const auto cimType = FindCimType(*type);
+        if (!cimType) {
+            throw TCimXmlCause("unknown TYPE " + Quote(*type));
+        }
+        keyType = KeyTypeOf(*cimType);
+    }
+}
+
+void TReferenceBuilder::AddKeyValue(const std::string& text) {
+    const EType type = Innermost().key.type;
+    AddKey(type, KeyText(type, text));
+}
+
+void TReferenceBuilder::AddKey(EType type, std::string value) {
+    TOpenPath& open = Innermost();
+    auto& keys = open.path.keys;
+    const bool isNamed = !open.key.name.empty();
+    const bool followsUnnamed = !keys.empty() && keys.front().name.empty();
+    if (isNamed ? !open.awaitsValue || followsUnnamed : !keys.empty()) {
+        throw TCimXmlCause("more than one value for one key");
+    }
+    keys.push_back({open.key.name, type, std::move(value)});
+    open.awaitsValue = false;
+}
+
+void TReferenceBuilder::RequireNamespace() {
+    if (Innermost().path.namespaces.empty()) {
+        throw TCimXmlCause("an object path without its namespace");
+    }
+}
+
+void TReferenceBuilder::RequireHost() {
+    if (Innermost().path.host.empty()) {
+        throw TCimXmlCause("an object path without its host");
+    }
+}
+
+std::string TReferenceBuilder::TakeOpaque(TObjectPath& path) {
+    const bool isText = path.namespaces.empty() && path.keys.size() == 1 && path.keys.front().name.empty() &&
+                        path.keys.front().type == EType::text;
+    if (!isText) {
+        throw TCimXmlCause("an object path without its class");
+    }
+    return std::move(path.keys.front().value);
+}
+
+std::optional<std::string> TReferenceBuilder::Close() {
+    if (!Innermost().hasObject) {
+        throw TCimXmlCause("a reference to no object");
+    }
+    TObjectPath path = std::move(Innermost().path);
+    open_.pop_back();
+    isOpaque_ = path.className.empty();
+    if (open_.empty()) {
+        return isOpaque_ ? TakeOpaque(path) : ToText(path);
+    }
+    if (isOpaque_) {
+        throw TCimXmlCause("an object path without its class");
+    }
+    AddKey(EType::reference, ToText(path));
+    return std::nullopt;
+}
+
+void TReferenceBuilder::Clear() {
+    open_.clear();
+}
+
+}  // namespace NVORHOST

@@ -1,0 +1,353 @@
+// One table with a row for each intrinsic type; everything else serves a cell of it.
+#include "vorhost/cimxml/value_text.h"
+
+#include "vorhost/cimxml/cim_xml_error.h"
+#include "vorhost/cimxml/xml_text.h"
+#include "vorhost/model/cim_name.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <charconv>
+#include <cmath>
+#include <concepts>
+#include <cstdint>
+#include <limits>
+#include <type_traits>
+
+namespace NVORHOST {
+namespace {
+
+using TCIMType = TCIMValue::TCIMType;
+using TOptionalText = std::optional<std::string>;
+
+constexpr std::string_view trueText = "TRUE";
+constexpr std::string_view falseText = "FALSE";
+constexpr std::string_view infinityText = "INF";
+constexpr std::string_view minusInfinityText = "-INF";
+constexpr std::string_view notANumberText = "NaN";
+
+[[noreturn]] void ThrowMalformed(std::string_view text, TCIMType type) {
+    throw TCimXmlCause(Quote(text) + " is no " + type.ToString());
+}
+
+[[noreturn]] void ThrowOutOfRange(std::string_view text, TCIMType type) {
+    throw TCimXmlCause(Quote(text) + " is out of range for " + type.ToString());
+}
+
+bool IsDigit(char byte) {
+    return byte >= '0' && byte <= '9';
+}
+
+// Takes a leading sign off the text; true for "-".
+bool TakeSign(std::string_view& text) {
+    const char sign = text.empty() ? '\0' : text.front();
+    if (sign == '-' || sign == '+') {
+        text.remove_prefix(1);
+    }
+    return sign == '-';
+}
+
+// Takes "0x" off the text when it is there.
+int TakeRadix(std::string_view& text) {
+    if (text.starts_with("0x") || text.starts_with("0X")) {
+        text.remove_prefix(2);
+        return 16;
+    }
+    return 10;
+}
+
+// An integer as the text gives it, before the type narrows it.
+struct TMagnitude {
+    bool isNegative = false;
+    std::uint64_t value = 0;
+};
+
+TMagnitude ParseMagnitude(std::string_view whole, TCIMType type) {
+    std::string_view digits = whole;
+    TMagnitude magnitude;
+    magnitude.isNegative = TakeSign(digits);
+    const int radix = TakeRadix(digits);
+    const bool isOctal = radix == 10 && digits.size() > 1 && digits.front() == '0';
+    const char* const end = digits.data() + digits.size();
+    const auto read = std::from_chars(digits.data(), end, magnitude.value, radix);
+    if (read.ptr != end || read.ec == std::errc::invalid_argument || isOctal) {
+        ThrowMalformed(whole, type);
+    }
+    if (read.ec == std::errc::result_out_of_range) {
+        ThrowOutOfRange(whole, type);
+    }
+    return magnitude;
+}
+
+template <std::integral T>
+TCIMValue ParseInteger(TCIMType type, const std::string& text) {
+    const std::string_view whole = TrimXmlSpace(text);
+    const TMagnitude magnitude = ParseMagnitude(whole, type);
+    const std::uint64_t highest = static_cast<std::uint64_t>(std::numeric_limits<T>::max());
+    const std::uint64_t lowest = std::is_signed_v<T> ? highest + 1 : 0;  // without its sign
+    if (magnitude.value > (magnitude.isNegative ? lowest : highest)) {
+        ThrowOutOfRange(whole, type);
+    }
+    return TCIMValue(static_cast<T>(magnitude.isNegative ? 0 - magnitude.value : magnitude.value));
+}
+
+TOptionalText IntegerText(const TCIMValue& value) {
+    return value.ToString(10);
+}
+
+// Only the quiet NaN that "NaN" reads back as; others differ in their bits.
+template <std::floating_point T>
+bool IsPlainNan(T number) {
+    using TBits = std::conditional_t<sizeof(T) == 4, std::uint32_t, std::uint64_t>;
+    return std::bit_cast<TBits>(number) == std::bit_cast<TBits>(std::numeric_limits<T>::quiet_NaN());
+}
+
+template <std::floating_point T>
+std::optional<T> FindSpecialReal(std::string_view text) {
+    using TLimits = std::numeric_limits<T>;
+    constexpr struct {
+        std::string_view text;
+        T value;
+    } rows[] = {{infinityText, TLimits::infinity()},
+                {minusInfinityText, -TLimits::infinity()},
+                {notANumberText, TLimits::quiet_NaN()}};
+    const auto* const row = std::ranges::find(rows, text, [](const auto& each) { return each.text; });
+    return row == std::end(rows) ? std::nullopt : std::optional(row->value);
+}
+
+template <std::floating_point T>
+TCIMValue ParseReal(TCIMType type, const std::string& text) {
+    const std::string_view whole = TrimXmlSpace(text);
+    if (const auto special = FindSpecialReal<T>(whole)) {
+        return TCIMValue(*special);
+    }
+    std::string_view digits = whole;
+    const bool isNegative = TakeSign(digits);
+    const char* const end = digits.data() + digits.size();
+    T number = 0;
+    // from_chars knows "inf", "nan" and a second sign, all of which begin with no digit and no point.
+    const bool startsNumber = !digits.empty() && (IsDigit(digits.front()) || digits.front() == '.');
+    const auto read = std::from_chars(digits.data(), end, number);
+    if (!startsNumber || read.ptr != end || read.ec == std::errc::invalid_argument) {
+        ThrowMalformed(whole, type);
+    }
+    if (read.ec == std::errc::result_out_of_range || std::isinf(number)) {
+        ThrowOutOfRange(whole, type);
+    }
+    return TCIMValue(isNegative ? -number : number);
+}
+
+template <std::floating_point T>
+TOptionalText RealText(const TCIMValue& value) {
+    const auto number = static_cast<T>(value.GetReal());
+    if (std::isnan(number)) {
+        return IsPlainNan(number) ? TOptionalText(notANumberText) : std::nullopt;
+    }
+    if (std::isinf(number)) {
+        return std::string(number < 0 ? minusInfinityText : infinityText);
+    }
+    std::string text = value.ToString(10);
+    if (text.find('.') == std::string::npos) {  // the standard's form has a fraction
+        text.insert(std::min(text.find('e'), text.size()), ".0");
+    }
+    return text;
+}
+
+TCIMValue ParseBoolean(TCIMType type, const std::string& text) {
+    const std::string_view whole = TrimXmlSpace(text);
+    const bool isTrue = EqualCimNames(whole, trueText);
+    if (!isTrue && !EqualCimNames(whole, falseText)) {
+        ThrowMalformed(whole, type);
+    }
+    return TCIMValue(isTrue);
+}
+
+TOptionalText BooleanText(const TCIMValue& value) {
+    return std::string(value.GetBoolean() ? trueText : falseText);
+}
+
+// The code of a text that is one character of up to three UTF-8 bytes, which are those of one UTF-16 unit.
+// What XML delivers is valid UTF-8, so the length of the text tells the form.
+TCIMValue ParseChar16(TCIMType type, const std::string& text) {
+    constexpr std::array<unsigned, 4> leadBits{0, 0x7F, 0x1F, 0x0F};
+    constexpr std::array<unsigned, 4> lowestLead{0, 0, 0xC0, 0xE0};
+    const std::size_t length = text.size();
+    const unsigned lead = text.empty() ? 0 : static_cast<unsigned char>(text.front());
+    if (length == 0 || length > 3 || (lead & ~leadBits.at(length)) != lowestLead.at(length)) {
+        ThrowMalformed(text, type);
+    }
+    unsigned code = lead & leadBits.at(length);
+    for (const char byte : std::string_view(text).substr(1)) {
+        code = code << 6U | (static_cast<unsigned char>(byte) & 0x3FU);
+    }
+    return TCIMValue(static_cast<char16_t>(code));
+}
+
+TOptionalText Char16Text(const TCIMValue& value) {
+    const char16_t unit = value.GetChar16();
+    const std::string text = value.ToString(10);
+    const bool isSurrogate = unit >= 0xD800 && unit <= 0xDFFF;
+    return isSurrogate || !IsXmlText(text) ? std::nullopt : TOptionalText(text);
+}
+
+TCIMValue ParseString(TCIMType /*type*/, const std::string& text) {
+    return {text};
+}
+
+TCIMValue ParseReference(TCIMType /*type*/, const std::string& text) {
+    return TCIMValue::Reference(text);
+}
+
+TOptionalText StringText(const TCIMValue& value) {
+    std::string text = value;
+    return IsXmlText(text) ? TOptionalText(std::move(text)) : std::nullopt;
+}
+
+TCIMValue ParseDateTime(TCIMType type, const std::string& text) {
+    const std::string_view whole = TrimXmlSpace(text);
+    const auto dateTime = TCIMDateTime::FromText(whole);
+    if (!dateTime) {
+        ThrowMalformed(whole, type);
+    }
+    return TCIMValue(*dateTime);
+}
+
+// Date-times take any fields; only valid ones have a text form that reads back the same.
+TOptionalText DateTimeText(const TCIMValue& value) {
+    std::string text = value.ToString(10);
+    const auto readBack = TCIMDateTime::FromText(text);
+    const TCIMDateTime dateTime = value;
+    const auto fields = [](const TCIMDateTime& of) {
+        return std::array<std::int64_t, 8>{of.GetYear(),        of.GetMonth(),    of.GetDay(),
+                                           of.GetHour(),        of.GetMinute(),   of.GetSecond(),
+                                           of.GetMicrosecond(), of.GetUTCOffset()};
+    };
+    const bool isSame = readBack && *readBack == dateTime && fields(*readBack) == fields(dateTime);
+    return isSame ? TOptionalText(std::move(text)) : std::nullopt;
+}
+
+// Most significant byte first.
+template <std::unsigned_integral T>
+std::string ToBytes(T bits) {
+    std::string bytes;
+    for (std::size_t at = sizeof(T); at-- > 0;) {
+        bytes += static_cast<char>(bits >> (8 * at) & 0xFFU);
+    }
+    return bytes;
+}
+
+template <std::unsigned_integral T>
+T FromBytes(TCIMType type, const std::string& bytes) {
+    if (bytes.size() != sizeof(T)) {
+        throw TCimXmlCause(std::to_string(bytes.size()) + " bytes are no " + type.ToString());
+    }
+    T bits = 0;
+    for (const char byte : bytes) {
+        bits = static_cast<T>(bits << 8U | static_cast<unsigned char>(byte));
+    }
+    return bits;
+}
+
+template <typename T, std::unsigned_integral TBits>
+TCIMValue ParseBytes(TCIMType type, const std::string& bytes) {
+    return TCIMValue(std::bit_cast<T>(FromBytes<TBits>(type, bytes)));
+}
+
+std::string Char16Bytes(const TCIMValue& value) {
+    return ToBytes(static_cast<std::uint16_t>(value.GetChar16()));
+}
+
+template <std::floating_point T, std::unsigned_integral TBits>
+std::string RealBytes(const TCIMValue& value) {
+    return ToBytes(std::bit_cast<TBits>(static_cast<T>(value.GetReal())));
+}
+
+std::string StringBytes(const TCIMValue& value) {
+    return value;
+}
+
+TCIMValue RefuseBytes(TCIMType type, const std::string& /*bytes*/) {
+    throw TCimXmlCause("a " + type.ToString() + " is not written in base64");
+}
+
+std::string HaveNoBytes(const TCIMValue& value) {
+    throw TCimXmlCause("the " + value.GetType().ToString() + " \"" + value.ToString(10) + "\" is not valid");
+}
+
+// How one type is written. Rows in the order of the type codes, from 1 on: the code finds the row.
+struct TTypeRow {
+    TCIMType::ECIMType type;
+    TCIMValue (*parseText)(TCIMType type, const std::string& text);
+    TOptionalText (*text)(const TCIMValue& value);
+    TCIMValue (*parseBytes)(TCIMType type, const std::string& bytes);
+    std::string (*bytes)(const TCIMValue& value);
+};
+
+template <std::integral T>
+constexpr TTypeRow IntegerRow(TCIMType::ECIMType type) {
+    return {type, ParseInteger<T>, IntegerText, RefuseBytes, HaveNoBytes};
+}
+
+template <std::floating_point T, std::unsigned_integral TBits>
+constexpr TTypeRow RealRow(TCIMType::ECIMType type) {
+    return {type, ParseReal<T>, RealText<T>, ParseBytes<T, TBits>, RealBytes<T, TBits>};
+}
+
+constexpr std::array typeRows{
+    TTypeRow{TCIMType::eBoolean, ParseBoolean, BooleanText, RefuseBytes, HaveNoBytes},
+    TTypeRow{TCIMType::eChar16, ParseChar16, Char16Text, ParseBytes<char16_t, std::uint16_t>, Char16Bytes},
+    IntegerRow<std::uint8_t>(TCIMType::eUint8),
+    IntegerRow<std::int8_t>(TCIMType::eSint8),
+    IntegerRow<std::uint16_t>(TCIMType::eUint16),
+    IntegerRow<std::int16_t>(TCIMType::eSint16),
+    IntegerRow<std::uint32_t>(TCIMType::eUint32),
+    IntegerRow<std::int32_t>(TCIMType::eSint32),
+    IntegerRow<std::uint64_t>(TCIMType::eUint64),
+    IntegerRow<std::int64_t>(TCIMType::eSint64),
+    RealRow<float, std::uint32_t>(TCIMType::eReal32),
+    RealRow<double, std::uint64_t>(TCIMType::eReal64),
+    TTypeRow{TCIMType::eString, ParseString, StringText, ParseString, StringBytes},
+    TTypeRow{TCIMType::eDateTime, ParseDateTime, DateTimeText, RefuseBytes, HaveNoBytes},
+    TTypeRow{TCIMType::eReference, ParseReference, StringText, ParseReference, StringBytes},
+};
+
+const TTypeRow& RowOf(TCIMType type) {
+    return typeRows.at(static_cast<std::size_t>(type) - 1);
+}
+
+constexpr bool RowsFollowCodes() {
+    for (std::size_t at = 0; at < typeRows.size(); ++at) {
+        if (typeRows[at].type != static_cast<int>(at) + 1) {
+            return false;
+        }
+    }
+    return true;
+}
+static_assert(RowsFollowCodes());
+
+}  // namespace
+
+std::optional<TCIMType> FindCimType(std::string_view name) {
+    const auto* const row = std::ranges::find_if(
+        typeRows, [name](const auto& each) { return TCIMType(each.type).ToString() == name; });
+    return row == typeRows.end() ? std::nullopt : std::optional<TCIMType>(row->type);
+}
+
+TCIMValue ParseValueText(TCIMType type, const std::string& text) {
+    return RowOf(type).parseText(type, text);
+}
+
+std::optional<std::string> ValueText(const TCIMValue& value) {
+    return RowOf(value.GetType()).text(value);
+}
+
+TCIMValue ParseValueBytes(TCIMType type, const std::string& bytes) {
+    return RowOf(type).parseBytes(type, bytes);
+}
+
+std::string ValueBytes(const TCIMValue& value) {
+    return RowOf(value.GetType()).bytes(value);
+}
+
+}  // namespace NVORHOST
