@@ -10,15 +10,28 @@ bool IsControl(char byte) {
     return code < 0x20 || code == 0x7F;
 }
 
+// A text, or its beginning when it is longer than `longest`, not cut in the middle of a character.
+std::string Shorten(std::string_view text, std::size_t longest) {
+    if (text.size() <= longest) {
+        return std::string(text);
+    }
+    std::size_t end = longest;
+    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80) {
+        --end;
+    }
+    return std::string(text.substr(0, end)) + "...";
+}
+
 std::string DescribePlace(const TCimXmlPlace& place) {
+    constexpr std::size_t longestName = 200;
     std::string text = place.file;
     if (place.line > 0) {
         text += ':' + std::to_string(place.line);
     }
     text += text.empty() ? "" : ": ";
     if (!place.className.empty()) {
-        text += "class " + place.className;
-        text += place.propertyName.empty() ? "" : ", property " + place.propertyName;
+        text += "class " + Shorten(place.className, longestName);
+        text += place.propertyName.empty() ? "" : ", property " + Shorten(place.propertyName, longestName);
         text += ": ";
     }
     return text;
@@ -34,14 +47,7 @@ void ThrowAt(const TCimXmlPlace& place, std::string_view cause) {
 
 std::string Quote(std::string_view text) {
     constexpr std::size_t longest = 40;
-    if (text.size() <= longest) {
-        return '"' + std::string(text) + '"';
-    }
-    std::size_t end = longest;
-    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80) {
-        --end;  // not in the middle of a character
-    }
-    return '"' + std::string(text.substr(0, end)) + "...\"";
+    return '"' + Shorten(text, longest) + '"';
 }
 
 }  // namespace NVORHOST
