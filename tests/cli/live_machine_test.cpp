@@ -1,0 +1,55 @@
+// The whole program on the machine the tests run on: whatever it is, there is a complete inventory of it.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "program_run.h"
+#include "temporary_directory.h"
+
+namespace NVORHOST {
+namespace {
+
+using ::testing::ContainsRegex;
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+
+TEST(LiveMachine, HasAnInventoryWithServerOperatingSystemAndProcessor) {
+    const TTemporaryDirectory directory;
+    const auto result =
+        RunVorhost({{"collect", "--reachability", "no", "--kel-id", "K1"}, directory.GetPath(), {}});
+    ASSERT_EQ(result.status, 0) << result.standardError;
+    EXPECT_THAT(result.standardOutput, HasSubstr("Source      this machine\n"));
+    const std::string document = ReadCompressedFile(directory / "hardwareinventory.xml.gz");
+    EXPECT_THAT(document, StartsWith("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<ResourceCollection xmlns="));
+    EXPECT_THAT(document, EndsWith("</ResourceList>\n</ResourceCollection>\n"));
+    for (const char* type : {"Server", "OperatingSystem", "Processor"}) {
+        EXPECT_THAT(document, ContainsRegex("<ResourceInstance resourceId=\"[0-9A-F]+\" resourceType=\"" +
+                                            std::string(type) + "\">\n"));
+    }
+    EXPECT_THAT(document, ContainsRegex("<Property name=\"MachineType\" type=\"string\">\n<Value>[^<]+</Value>"));
+    EXPECT_THAT(document, HasSubstr("<Property name=\"OSType\" type=\"unsignedShort\">\n<Value>36</Value>"));
+}
+
+TEST(LiveMachine, CollectingTwiceAtOneTimeNamesTheSameResources) {
+    const TTemporaryDirectory first;
+    const TTemporaryDirectory second;
+    const auto identifiers = [](const TTemporaryDirectory& directory) {
+        const auto result = RunVorhost({{"collect", "--reachability", "no"}, directory.GetPath(), {}});
+        EXPECT_EQ(result.status, 0) << result.standardError;
+        std::istringstream document(ReadCompressedFile(directory / "hardwareinventory.xml.gz"));
+        std::string starts;
+        for (std::string line; std::getline(document, line);) {
+            starts += line.starts_with("<ResourceInstance ") ? line + "\n" : "";
+        }
+        return starts;
+    };
+    const std::string once = identifiers(first);
+    EXPECT_NE(once, "");
+    EXPECT_EQ(identifiers(second), once);
+}
+
+}  // namespace
+}  // namespace NVORHOST

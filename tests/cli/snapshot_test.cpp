@@ -1,0 +1,73 @@
+// `vorhost snapshot`: what it saves is the namespace that collect would have used.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <string>
+
+#include "program_run.h"
+#include "temporary_directory.h"
+
+namespace NVORHOST {
+namespace {
+
+using ::testing::HasSubstr;
+
+constexpr char time[] = "20240229134500.000000+060";
+const std::string smallServer = VORHOST_TEST_DATA "/small-server.xml";
+
+TEST(Snapshot, ASavedMachineGivesTheSameDocumentsAsTheMachine) {
+    const TTemporaryDirectory live;
+    const TTemporaryDirectory replayed;
+    // The machine goes on living between two collections; its saved namespace does not.
+    ASSERT_EQ(RunVorhost({{"snapshot", "machine.xml", "--local-time", time}, live.GetPath(), {}}).status, 0);
+    for (const TTemporaryDirectory* directory : {&live, &replayed}) {
+        const auto result = RunVorhost({{"collect", "--namespace", live / "machine.xml", "--local-time", time,
+                                         "--reachability", "no", "--kel-id", "K1"},
+                                        directory->GetPath(),
+                                        {}});
+        ASSERT_EQ(result.status, 0) << result.standardError;
+    }
+    ASSERT_EQ(RunVorhost({{"snapshot", "again.xml", "--namespace", live / "machine.xml"}, replayed.GetPath(), {}}).status, 0);
+    EXPECT_EQ(ReadFile(replayed / "again.xml"), ReadFile(live / "machine.xml"));
+    for (const char* file : {"hardwareinventory.xml.gz", "systeminformation.xml.gz"}) {
+        EXPECT_EQ(ReadCompressedFile(live / file), ReadCompressedFile(replayed / file));
+    }
+}
+
+TEST(Snapshot, ADashWritesToStandardOutput) {
+    const TTemporaryDirectory directory;
+    const auto result = RunVorhost({{"snapshot", "-", "--namespace", smallServer}, directory.GetPath(), {}});
+    EXPECT_EQ(result.status, 0) << result.standardError;
+    EXPECT_THAT(result.standardOutput, HasSubstr("<VALUE>EX4200042</VALUE>"));
+    EXPECT_TRUE(directory.IsEmpty());
+}
+
+TEST(Snapshot, IsReadableByItsOwnerAlone) {
+    const TTemporaryDirectory directory;
+    ASSERT_EQ(RunVorhost({{"snapshot", "s.xml", "--namespace", smallServer}, directory.GetPath(), {}}).status, 0);
+    struct stat status {};
+    ASSERT_EQ(::stat((directory / "s.xml").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777U, 0600U);
+}
+
+TEST(Snapshot, AFailedWriteLeavesTheEarlierFile) {
+    const TTemporaryDirectory directory;
+    WriteFile(directory / "bad.xml", "<CIM>");
+    WriteFile(directory / "s.xml", "earlier");
+    EXPECT_EQ(RunVorhost({{"snapshot", "s.xml", "--namespace", "bad.xml"}, directory.GetPath(), {}}).status, 1);
+    EXPECT_EQ(ReadFile(directory / "s.xml"), "earlier");
+}
+
+TEST(Snapshot, AFullDeviceIsAFailure) {
+    const auto result = RunProgram(
+        "sh", {{"-c", std::string(VORHOST_PROGRAM) + " snapshot - --namespace " + smallServer + " >/dev/full"}, "", {}});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.standardError, "vorhost: cannot write standard output\n");
+}
+
+}  // namespace
+}  // namespace NVORHOST

@@ -1,0 +1,65 @@
+// A directory of a test's own, removed with all it holds.
+#pragma once
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+
+#include "gzstream/gzstreams.h"
+
+namespace NVORHOST {
+
+class TTemporaryDirectory {
+  public:
+    TTemporaryDirectory() : path_((std::filesystem::temp_directory_path() / "vorhost-dir-XXXXXX").string()) {
+        if (::mkdtemp(path_.data()) == nullptr) {
+            throw std::runtime_error("cannot make a temporary directory");
+        }
+    }
+    ~TTemporaryDirectory() {
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
+    }
+    TTemporaryDirectory(const TTemporaryDirectory&) = delete;
+    TTemporaryDirectory& operator=(const TTemporaryDirectory&) = delete;
+
+    const std::string& GetPath() const { return path_; }
+    std::string operator/(const std::string& name) const { return path_ + "/" + name; }
+    bool IsEmpty() const { return std::filesystem::is_empty(path_); }
+
+  private:
+    std::string path_;
+};
+
+inline std::string ReadFile(const std::string& path) {
+    std::ifstream stream(path, std::ios::binary);
+    if (!stream) {
+        throw std::runtime_error("cannot read " + path);
+    }
+    std::ostringstream text;
+    text << stream.rdbuf();
+    return text.str();
+}
+
+inline std::string ReadCompressedFile(const std::string& path) {
+    gzifstream stream(path.c_str(), std::ios::in | std::ios::binary);
+    if (!stream) {
+        throw std::runtime_error("cannot read " + path);
+    }
+    std::ostringstream text;
+    text << stream.rdbuf();
+    return text.str();
+}
+
+inline void WriteFile(const std::string& path, const std::string& text) {
+    std::ofstream stream(path, std::ios::binary);
+    stream << text;
+    if (!stream.flush()) {
+        throw std::runtime_error("cannot write " + path);
+    }
+}
+
+}  // namespace NVORHOST

@@ -1,0 +1,213 @@
+#include "vorhost/cli/collect_command.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <cstdlib>
+#include <cstring>
+#include <exception>
+#include <filesystem>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include <boost/shared_ptr.hpp>
+
+#include "host/vor_exception.h"
+#include "vorhost/cimxml/save.h"
+#include "vorhost/cli/log_sinks.h"
+#include "vorhost/cli/namespace_source.h"
+#include "vorhost/cli/output_file.h"
+#include "vorhost/cli/program_paths.h"
+#include "vorhost/cli/run_failure.h"
+#include "vorhost/cli/summary.h"
+#include "vorhost/services/host_settings.h"
+#include "vorhost/services/plugin_library.h"
+#include "vorhost/upload/entity_service.h"
+
+namespace NVORHOST {
+namespace {
+
+constexpr char identityVariable[] = "ZETKELID";
+constexpr char resultClassName[] = "KELSG_CADAT";
+constexpr char hardwareFileName[] = "hardwareinventory.xml.gz";
+constexpr char systemFileName[] = "systeminformation.xml.gz";
+
+using TInstances = std::vector<boost::shared_ptr<TMemoryInstance>>;
+
+// Measures the steps of a run one after the other.
+class TStepClock {
+  public:
+    void Finish(std::string step) {
+        const auto now = std::chrono::steady_clock::now();
+        times_.push_back({std::move(step), now - last_});
+        last_ = now;
+    }
+    std::vector<TStepTime> TakeTimes() {
+        times_.push_back({"total", last_ - start_});
+        return std::move(times_);
+    }
+
+  private:
+    std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+    std::chrono::steady_clock::time_point last_ = start_;
+    std::vector<TStepTime> times_;
+};
+
+// The plug-in writes to the current directory, and paths of the command line mean the one the user stands in: so
+// the change is made around the request alone.
+class TWorkingDirectory {
+  public:
+    explicit TWorkingDirectory(const std::string& path) : previous_(std::filesystem::current_path()) {
+        if (::chdir(path.c_str()) != 0) {
+            throw TRunFailure("cannot enter directory " + path + ": " + std::strerror(errno));
+        }
+    }
+    ~TWorkingDirectory() {
+        std::error_code ignored;  // the way back may be gone; nothing relative is opened afterwards
+        std::filesystem::current_path(previous_, ignored);
+    }
+    TWorkingDirectory(const TWorkingDirectory&) = delete;
+    TWorkingDirectory& operator=(const TWorkingDirectory&) = delete;
+
+  private:
+    std::filesystem::path previous_;
+};
+
+void CheckDirectory(const std::string& path) {
+    std::error_code error;
+    if (!std::filesystem::is_directory(path, error)) {
+        throw TRunFailure("cannot write to directory " + path + ": " +
+                          (error ? error.message() : "not a directory"));
+    }
+    if (::access(path.c_str(), W_OK | X_OK) != 0) {
+        throw TRunFailure("cannot write to directory " + path + ": " + std::strerror(errno));
+    }
+}
+
+void SetIdentity(const std::optional<std::string>& kelId) {
+    if (kelId) {
+        ::setenv(identityVariable, kelId->c_str(), /*overwrite=*/1);
+    }
+}
+
+bool HasIdentity() {
+    const char* identity = std::getenv(identityVariable);
+    return identity != nullptr && *identity != '\0';
+}
+
+void ApplySettings(const TCollectOptions& options, const boost::shared_ptr<TMemoryNamespace>& collected) {
+    THostSettings settings;
+    settings.localTime = options.source.localTime;
+    settings.reachability = options.reachability;
+    settings.collected = collected;
+    SetHostSettings(settings);
+    SetEntityService(options.entityService);
+    SetIdentity(options.kelId);
+}
+
+// A saved namespace need not have the class that results go to.
+boost::shared_ptr<TMemoryClass> ResultClass(TMemoryNamespace& collected) {
+    const auto found = collected.FindClass(resultClassName);
+    return found ? found : collected.AddClass(resultClassName);
+}
+
+void Request(TPluginLibrary& plugin, const boost::shared_ptr<TMemoryNamespace>& collected,
+             const boost::shared_ptr<TMemoryClass>& resultClass, const std::string& directory) {
+    const TWorkingDirectory inDirectory(directory);
+    std::vector<boost::shared_ptr<ICIMClass>> resultClasses{resultClass};
+    try {
+        plugin.GetData(collected, resultClasses);
+    } catch (const NKELVOR20::TVORException& error) {
+        throw TRunFailure("the request failed in " + directory + ": " + error.what() + " (host status " +
+                          std::to_string(error.GetStatusCode().GetCode()) + ")");
+    } catch (const std::exception& error) {
+        throw TRunFailure(std::string("the request failed: ") + error.what());
+    }
+}
+
+// Instances that a loaded namespace had already are no results of this run.
+TInstances NewResults(const TMemoryClass& resultClass, std::size_t countBefore) {
+    const TInstances& all = resultClass.GetInstances();
+    return {all.begin() + static_cast<std::ptrdiff_t>(countBefore), all.end()};
+}
+
+std::string TextOf(const TMemoryInstance& instance, std::string_view property) {
+    const TCIMValue* value = instance.Find(property);
+    return value == nullptr ? std::string() : value->ToString(10);
+}
+
+void RequireResult(const TInstances& results, const TLogSinks& sinks) {
+    if (!results.empty()) {
+        return;
+    }
+    const auto& failures = sinks.GetHardFailures();
+    throw TRunFailure("the plug-in made no result" + (failures.empty() ? "" : ": " + failures.back()));
+}
+
+std::string DescribeMachine(const TMemoryNamespace& collected, const TMemoryInstance& result) {
+    std::string text = "type " + TextOf(result, "MachineType");
+    const auto systems = collected.FindClass("KELSG_ComputerSystem");
+    if (systems == nullptr || systems->GetInstances().empty()) {
+        return text;
+    }
+    const TMemoryInstance& system = *systems->GetInstances().front();
+    std::string name = TextOf(system, "Manufacturer");
+    name += (name.empty() ? "" : " ") + TextOf(system, "ProductName");
+    const std::string serial = TextOf(system, "SerialNumber");
+    return name + ", " + text + (serial.empty() ? "" : ", serial number " + serial);
+}
+
+std::string DescribeCredential(const TMemoryInstance& result) {
+    if (!TextOf(result, "Credential").empty()) {
+        return "obtained";
+    }
+    return HasIdentity() ? "none: the web server cannot be reached" : "none: no customer identity";
+}
+
+}  // namespace
+
+void RunCollect(const TCollectOptions& options, std::ostream& out) {
+    TStepClock clock;
+    CheckDirectory(options.directory);
+    const TLogSinks sinks(options.source);
+    SetHostSettings({options.source.localTime, options.reachability, nullptr});
+    const TNamespaceSource source = ObtainNamespace(options.source);
+    clock.Finish("collect");
+
+    ApplySettings(options, source.collected);
+    TPluginLibrary plugin(options.pluginFile.empty() ? FindOwnPlugin() : options.pluginFile);
+    clock.Finish("load plug-in");
+
+    const auto resultClass = ResultClass(*source.collected);
+    const std::size_t countBefore = resultClass->GetInstances().size();
+    Request(plugin, source.collected, resultClass, options.directory);
+    clock.Finish("request");
+
+    const TInstances results = NewResults(*resultClass, countBefore);
+    RequireResult(results, sinks);
+    if (!options.resultFile.empty()) {
+        WriteOutputFile(options.resultFile,
+                        [&](std::ostream& file) { SaveInstances(resultClass->GetName(), results, file); });
+    }
+
+    TRunSummary summary;
+    summary.origin = source.origin;
+    summary.machine = DescribeMachine(*source.collected, *results.front());
+    const std::filesystem::path directory(options.directory);
+    summary.hardware = ReadInventoryDocument((directory / hardwareFileName).lexically_normal().string());
+    if (HasIdentity()) {
+        summary.others.push_back(ReadInventoryDocument((directory / systemFileName).lexically_normal().string()));
+    }
+    summary.credential = DescribeCredential(*results.front());
+    summary.collectorFailures = source.failures;
+    clock.Finish("report");
+    summary.times = clock.TakeTimes();
+    PrintSummary(summary, out);
+}
+
+}  // namespace NVORHOST

@@ -1,0 +1,13 @@
+// `vorhost collect`: fills a namespace, runs the plug-in on it and reports.
+#pragma once
+
+#include <iosfwd>
+
+#include "vorhost/cli/command_line.h"
+
+namespace NVORHOST {
+
+/// Runs the request and prints the summary to `out`. Throws TRunFailure.
+void RunCollect(const TCollectOptions& options, std::ostream& out);
+
+}  // namespace NVORHOST

@@ -1,0 +1,121 @@
+#include "vorhost/cli/command_line.h"
+
+#include <iostream>
+#include <map>
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+namespace NVORHOST {
+namespace {
+
+using NKELVOR20::TCIMDateTime;
+
+const std::map<std::string, EReachability>& ReachabilityNames() {
+    static const std::map<std::string, EReachability> names = {
+        {"network", EReachability::network},
+        {"yes", EReachability::yes},
+        {"no", EReachability::no},
+    };
+    return names;
+}
+
+TCIMDateTime ReadLocalTime(const std::string& text) {
+    const auto time = TCIMDateTime::FromText(text);
+    if (!time || time->IsInterval()) {
+        throw CLI::ValidationError("--local-time", "'" + text +
+                                                       "' is no CIM date-time such as "
+                                                       "20240229134500.000000+060");
+    }
+    return *time;
+}
+
+void AddSourceOptions(CLI::App& command, TSourceOptions& options) {
+    auto* file = command
+                     .add_option("--namespace", options.namespaceFile,
+                                 "Take the namespace from this CIM-XML file instead of the machine")
+                     ->type_name("FILE");
+    command.add_option("--sysroot", options.sysroot, "Collect from the tree below this directory instead of /")
+        ->type_name("DIR")
+        ->excludes(file);
+    command
+        .add_option_function<std::string>(
+            "--local-time", [&options](const std::string& text) { options.localTime = ReadLocalTime(text); },
+            "Use this local time instead of the clock: yyyymmddhhmmss.mmmmmm and the offset from UTC in "
+            "minutes, as +060")
+        ->type_name("CIMDATETIME");
+    command
+        .add_option("--log-file", options.logFile, "Append every log line, as LEVEL MESSAGE, to this file")
+        ->type_name("FILE");
+    command.add_flag("--verbose", options.verbose, "Print debug and warning lines to standard error");
+}
+
+void AddCollectCommand(CLI::App& program, TCollectOptions& options) {
+    CLI::App& command = *program.add_subcommand("collect", "Write the inventory files of this machine");
+    AddSourceOptions(command, options.source);
+    command
+        .add_option("--directory", options.directory,
+                    "Directory that receives the inventory files (default: the current one)")
+        ->type_name("DIR");
+    command
+        .add_option("--kel-id", options.kelId,
+                    "Customer identity of this run (default: the environment variable ZETKELID)")
+        ->type_name("ID");
+    command
+        .add_option("--reachability", options.reachability,
+                    "Whether the maker's web server counts as reachable: network (really tried, the default), "
+                    "yes, no")
+        ->type_name("network|yes|no")
+        ->transform(CLI::Transformer(ReachabilityNames()).description(""));
+    command
+        .add_option("--entity-service", options.entityService,
+                    "Ask this service for the credential instead of deriving it")
+        ->type_name("URL");
+    command
+        .add_option("--plugin", options.pluginFile, "Plug-in to run (default: the one installed with this program)")
+        ->type_name("FILE");
+    command
+        .add_option("--result", options.resultFile, "Write the result instances to this file, as CIM-XML")
+        ->type_name("FILE");
+}
+
+void AddSnapshotCommand(CLI::App& program, TSnapshotOptions& options) {
+    CLI::App& command = *program.add_subcommand("snapshot", "Save the whole namespace as CIM-XML");
+    AddSourceOptions(command, options.source);
+    command.add_option("file", options.file, "File to write; - is standard output")->type_name("FILE")->required();
+}
+
+std::string HelpCommandFor(const CLI::App& program) {
+    const auto chosen = program.get_subcommands();
+    return chosen.empty() ? "vorhost --help" : "vorhost " + chosen.front()->get_name() + " --help";
+}
+
+}  // namespace
+
+TCommand ParseCommandLine(int argc, const char* const* argv) {
+    TCollectOptions collect;
+    TSnapshotOptions snapshot;
+    CLI::App program("Hardware inventory of a Linux machine.", "vorhost");
+    program.require_subcommand(1);
+    program.set_version_flag("--version", "vorhost " NOXINFO_VERSION);
+    program.failure_message(
+        [](const CLI::App*, const CLI::Error& error) { return "vorhost: " + std::string(error.what()) + "\n"; });
+    AddCollectCommand(program, collect);
+    AddSnapshotCommand(program, snapshot);
+    try {
+        program.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        const int status = program.exit(error);
+        if (status == eExitDone) {
+            return TEarlyExit{eExitDone};
+        }
+        std::cerr << "Try '" << HelpCommandFor(program) << "'.\n";
+        return TEarlyExit{eExitUsage};
+    }
+    if (program.got_subcommand("collect")) {
+        return collect;
+    }
+    return snapshot;
+}
+
+}  // namespace NVORHOST

@@ -1,0 +1,55 @@
+// The command line of vorhost: what a user may ask for, read into plain structures.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <variant>
+
+#include "host/cim_date_time.h"
+#include "vorhost/services/host_settings.h"
+
+namespace NVORHOST {
+
+/// Exit statuses of the program.
+enum EExitStatus : int {
+    eExitDone = 0,
+    eExitFailed = 1,  ///< the request failed; one line on standard error says why
+    eExitUsage = 2,   ///< the command line cannot be understood
+};
+
+/// Where the namespace comes from and where log lines go: common to all commands.
+struct TSourceOptions {
+    std::string namespaceFile;  ///< CIM-XML file instead of the machine; empty: not given
+    std::string sysroot = "/";
+    std::optional<NKELVOR20::TCIMDateTime> localTime;
+    std::string logFile;  ///< empty: not given
+    bool verbose = false;
+};
+
+struct TCollectOptions {
+    TSourceOptions source;
+    std::string directory = ".";
+    std::optional<std::string> kelId;  ///< absent: what the environment says
+    EReachability reachability = EReachability::network;
+    std::string entityService;  ///< URL; empty: none
+    std::string pluginFile;     ///< empty: the one that belongs to this program
+    std::string resultFile;     ///< empty: not given
+};
+
+struct TSnapshotOptions {
+    TSourceOptions source;
+    std::string file;  ///< "-" is standard output
+};
+
+/// The program is to end at once, without running a command.
+struct TEarlyExit {
+    int status = eExitDone;
+};
+
+using TCommand = std::variant<TCollectOptions, TSnapshotOptions, TEarlyExit>;
+
+/// Reads the command line. Prints help and version to standard output, and what is wrong, with a hint, to standard
+/// error; both come back as TEarlyExit.
+TCommand ParseCommandLine(int argc, const char* const* argv);
+
+}  // namespace NVORHOST

@@ -1,0 +1,53 @@
+#include "vorhost/cli/inventory_document.h"
+
+#include <filesystem>
+#include <optional>
+#include <string_view>
+
+#include "gzstream/gzstreams.h"
+#include "vorhost/cli/run_failure.h"
+
+namespace NVORHOST {
+namespace {
+
+// Every element of a document is a line of its own, and no value holds a line end.
+constexpr std::string_view instanceStart = "<ResourceInstance ";
+constexpr std::string_view typeAttribute = "resourceType=\"";
+constexpr std::string_view documentEnd = "</ResourceCollection>";
+
+std::optional<std::string> FindResourceType(std::string_view line) {
+    if (!line.starts_with(instanceStart)) {
+        return std::nullopt;
+    }
+    // The last one: values in front of it are not escaped and may hold anything.
+    const std::size_t attribute = line.rfind(typeAttribute);
+    if (attribute == std::string_view::npos) {
+        return std::nullopt;
+    }
+    const std::string_view value = line.substr(attribute + typeAttribute.size());
+    return std::string(value.substr(0, value.find('"')));
+}
+
+}  // namespace
+
+TInventoryDocument ReadInventoryDocument(const std::string& path) {
+    TInventoryDocument document;
+    document.path = path;
+    gzifstream stream(path.c_str(), std::ios::in | std::ios::binary);
+    std::string line;
+    std::string last;
+    while (std::getline(stream, line)) {
+        if (const auto type = FindResourceType(line)) {
+            ++document.resources[*type];
+        }
+        last.swap(line);
+    }
+    if (last != documentEnd) {
+        throw TRunFailure("the plug-in left no complete document in " + path);
+    }
+    std::error_code ignored;
+    document.sizeBytes = std::filesystem::file_size(path, ignored);
+    return document;
+}
+
+}  // namespace NVORHOST

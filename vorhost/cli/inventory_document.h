@@ -1,0 +1,21 @@
+// Looks into a finished inventory document, so that the summary tells what was really written.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+
+namespace NVORHOST {
+
+/// What one compressed document holds.
+struct TInventoryDocument {
+    std::string path;
+    std::uintmax_t sizeBytes = 0;                 ///< of the compressed file
+    std::map<std::string, std::uint64_t> resources;  ///< resource type to number of instances
+};
+
+/// Reads a document through to its end tag.
+/// Errors: throws TRunFailure for a file that is missing, damaged or cut short.
+TInventoryDocument ReadInventoryDocument(const std::string& path);
+
+}  // namespace NVORHOST

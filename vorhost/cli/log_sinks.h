@@ -1,0 +1,31 @@
+// Chooses where the core logger's lines go in one run.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "vorhost/cli/command_line.h"
+
+namespace NVORHOST {
+
+/// Sends log lines where the options say, for as long as it lives, and keeps the hard failures for the final
+/// message.
+class TLogSinks {
+  public:
+    /// Throws TRunFailure when the log file cannot be opened for appending.
+    explicit TLogSinks(const TSourceOptions& options);
+    ~TLogSinks();
+    TLogSinks(const TLogSinks&) = delete;
+    TLogSinks& operator=(const TLogSinks&) = delete;
+
+    /// Messages of level 0, in order.
+    const std::vector<std::string>& GetHardFailures() const { return hardFailures_; }
+
+  private:
+    void LogToFile(const std::string& path);
+    void LogToStandardError(bool everyLevel);
+
+    std::vector<std::string> hardFailures_;
+};
+
+}  // namespace NVORHOST

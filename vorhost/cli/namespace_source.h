@@ -1,0 +1,23 @@
+// Where a run's namespace comes from: this machine, a captured tree, or a file.
+#pragma once
+
+#include <string>
+
+#include <boost/shared_ptr.hpp>
+
+#include "vorhost/cli/command_line.h"
+#include "vorhost/model/memory_namespace.h"
+
+namespace NVORHOST {
+
+/// A filled namespace and what became of filling it.
+struct TNamespaceSource {
+    boost::shared_ptr<TMemoryNamespace> collected;
+    std::string origin;       ///< for people: "this machine", "tree /x", "file y.xml"
+    unsigned failures = 0;    ///< collectors that failed; each is in the log
+};
+
+/// Fills a namespace as the options say. Throws TRunFailure when a file cannot be read or a tree is not there.
+TNamespaceSource ObtainNamespace(const TSourceOptions& options);
+
+}  // namespace NVORHOST

@@ -1,0 +1,82 @@
+#include "vorhost/cli/output_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <iostream>
+#include <utility>
+
+#include "vorhost/cli/run_failure.h"
+
+namespace NVORHOST {
+namespace {
+
+[[noreturn]] void Fail(const std::string& path, int error) {
+    throw TRunFailure("cannot write " + path + ": " + std::strerror(error));
+}
+
+// A private file next to the target, removed again unless it has been moved into place.
+class TTemporaryFile {
+  public:
+    explicit TTemporaryFile(const std::string& target) : target_(target), name_(target + ".XXXXXX") {
+        const int descriptor = ::mkstemp(name_.data());  // creates with mode 0600
+        if (descriptor < 0) {
+            Fail(target_, errno);
+        }
+        ::close(descriptor);
+    }
+    ~TTemporaryFile() {
+        if (!moved_) {
+            ::unlink(name_.c_str());
+        }
+    }
+    TTemporaryFile(const TTemporaryFile&) = delete;
+    TTemporaryFile& operator=(const TTemporaryFile&) = delete;
+
+    const std::string& GetName() const { return name_; }
+
+    void MoveIntoPlace() {
+        if (::rename(name_.c_str(), target_.c_str()) != 0) {
+            Fail(target_, errno);
+        }
+        moved_ = true;
+    }
+
+  private:
+    std::string target_;
+    std::string name_;
+    bool moved_ = false;
+};
+
+void WriteStandardOutput(const std::function<void(std::ostream&)>& write) {
+    write(std::cout);
+    if (!std::cout.flush()) {
+        throw TRunFailure("cannot write standard output");
+    }
+}
+
+}  // namespace
+
+void WriteOutputFile(const std::string& path, const std::function<void(std::ostream&)>& write) {
+    if (path == "-") {
+        WriteStandardOutput(write);
+        return;
+    }
+    TTemporaryFile temporary(path);
+    errno = 0;
+    std::ofstream stream(temporary.GetName(), std::ios::binary);
+    write(stream);
+    stream.close();
+    if (!stream) {
+        Fail(path, errno != 0 ? errno : EIO);
+    }
+    temporary.MoveIntoPlace();
+}
+
+}  // namespace NVORHOST

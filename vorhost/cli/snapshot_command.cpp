@@ -1,0 +1,22 @@
+#include "vorhost/cli/snapshot_command.h"
+
+#include <ostream>
+
+#include "vorhost/cimxml/save.h"
+#include "vorhost/cli/log_sinks.h"
+#include "vorhost/cli/namespace_source.h"
+#include "vorhost/cli/output_file.h"
+#include "vorhost/services/host_settings.h"
+
+namespace NVORHOST {
+
+void RunSnapshot(const TSnapshotOptions& options) {
+    const TLogSinks sinks(options.source);
+    THostSettings settings;
+    settings.localTime = options.source.localTime;
+    SetHostSettings(settings);
+    const TNamespaceSource source = ObtainNamespace(options.source);
+    WriteOutputFile(options.file, [&source](std::ostream& out) { SaveNamespace(*source.collected, out); });
+}
+
+}  // namespace NVORHOST

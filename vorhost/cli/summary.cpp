@@ -1,0 +1,69 @@
+#include "vorhost/cli/summary.h"
+
+#include <cstdint>
+#include <iomanip>
+#include <sstream>
+#include <string_view>
+
+namespace NVORHOST {
+namespace {
+
+constexpr int labelWidth = 12;
+
+void PrintRow(std::ostream& out, std::string_view label, std::string_view text) {
+    out << std::left << std::setw(labelWidth) << label << text << '\n';
+}
+
+std::string WithThousands(std::uintmax_t number) {
+    std::string text = std::to_string(number);
+    for (std::size_t place = text.size(); place > 3; place -= 3) {
+        text.insert(place - 3, ",");
+    }
+    return text;
+}
+
+std::string DescribeResources(const TInventoryDocument& document) {
+    std::uint64_t total = 0;
+    std::string kinds;
+    for (const auto& [type, count] : document.resources) {
+        total += count;
+        kinds += (kinds.empty() ? "" : ", ") + std::to_string(count) + " " + type;
+    }
+    return std::to_string(total) + " resources: " + kinds;
+}
+
+std::string DescribeFile(const TInventoryDocument& document) {
+    return document.path + ", " + WithThousands(document.sizeBytes) + " bytes";
+}
+
+std::string DescribeTimes(const std::vector<TStepTime>& times) {
+    std::ostringstream text;
+    text << std::fixed << std::setprecision(1);
+    std::string_view separator;
+    for (const TStepTime& time : times) {
+        const std::chrono::duration<double, std::milli> milliseconds = time.duration;
+        text << separator << time.step << ' ' << milliseconds.count() << " ms";
+        separator = ", ";
+    }
+    return text.str();
+}
+
+}  // namespace
+
+void PrintSummary(const TRunSummary& summary, std::ostream& out) {
+    PrintRow(out, "Machine", summary.machine);
+    PrintRow(out, "Source", summary.origin);
+    PrintRow(out, "Collected", DescribeResources(summary.hardware));
+    if (summary.collectorFailures != 0) {
+        PrintRow(out, "Incomplete", std::to_string(summary.collectorFailures) +
+                                        " collector(s) failed; the log tells which (--verbose)");
+    }
+    PrintRow(out, "Files", DescribeFile(summary.hardware));
+    for (const TInventoryDocument& document : summary.others) {
+        PrintRow(out, "", DescribeFile(document));
+    }
+    PrintRow(out, "Credential", summary.credential);
+    PrintRow(out, "Time", DescribeTimes(summary.times));
+}
+
+}  // namespace NVORHOST

@@ -1,0 +1,32 @@
+// The summary of a run, for people.
+#pragma once
+
+#include <chrono>
+#include <ostream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "vorhost/cli/inventory_document.h"
+
+namespace NVORHOST {
+
+/// One step of a run and how long it took.
+struct TStepTime {
+    std::string step;
+    std::chrono::nanoseconds duration{};
+};
+
+struct TRunSummary {
+    std::string origin;
+    std::string machine;
+    TInventoryDocument hardware;
+    std::vector<TInventoryDocument> others;  ///< further documents, in order
+    std::string credential;  ///< what became of it, for people
+    unsigned collectorFailures = 0;
+    std::vector<TStepTime> times;
+};
+
+void PrintSummary(const TRunSummary& summary, std::ostream& out);
+
+}  // namespace NVORHOST
