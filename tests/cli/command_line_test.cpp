@@ -3,13 +3,36 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <regex>
+#include <set>
+#include <string>
+
 #include "program_run.h"
+#include "temporary_directory.h"
 
 namespace NVORHOST {
 namespace {
 
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
+
+// The words of a text that look like long options.
+std::set<std::string> LongOptions(const std::string& text, const char* pattern = "--[a-z][a-z-]+") {
+    const std::regex option(pattern);
+    std::set<std::string> found;
+    for (std::sregex_iterator match(text.begin(), text.end(), option); match != std::sregex_iterator(); ++match) {
+        found.insert(match->str());
+    }
+    return found;
+}
+
+std::set<std::string> OptionsOfTheProgram() {
+    std::string help;
+    for (const auto& arguments : {std::vector<std::string>{"--help"}, {"collect", "--help"}, {"snapshot", "--help"}}) {
+        help += RunVorhost({arguments, "", {}}).standardOutput;
+    }
+    return LongOptions(help);
+}
 
 TEST(CommandLine, VersionNamesTheProgramAndItsVersion) {
     const auto result = RunVorhost({{"--version"}, "", {}});
@@ -77,6 +100,18 @@ TEST(CommandLine, SnapshotNeedsAFile) {
     const auto result = RunVorhost({{"snapshot"}, "", {}});
     EXPECT_EQ(result.status, 2);
     EXPECT_EQ(result.standardError, "vorhost: file is required\nTry 'vorhost snapshot --help'.\n");
+}
+
+TEST(CommandLine, CompletionKnowsEveryOptionAndNoOther) {
+    EXPECT_EQ(LongOptions(ReadFile(VORHOST_DOCS "/vorhost.bash-completion")), OptionsOfTheProgram());
+}
+
+TEST(CommandLine, ManualPageDescribesEveryOptionAndNoOther) {
+    std::set<std::string> described;
+    for (const std::string& option : LongOptions(ReadFile(VORHOST_DOCS "/vorhost.1.in"), "Fl -[a-z][a-z-]+")) {
+        described.insert("-" + option.substr(3));
+    }
+    EXPECT_EQ(described, OptionsOfTheProgram());
 }
 
 }  // namespace
