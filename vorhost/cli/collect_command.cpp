@@ -204,7 +204,8 @@ void RunCollect(const TCollectOptions& options, std::ostream& out) {
         summary.others.push_back(ReadInventoryDocument((directory / systemFileName).lexically_normal().string()));
     }
     summary.credential = DescribeCredential(*results.front());
-    summary.collectorFailures = source.failures;
+    summary.failedCollectors = source.failedCollectors;
+    summary.deniedSources = source.deniedSources;
     clock.Finish("report");
     summary.times = clock.TakeTimes();
     PrintSummary(summary, out);

@@ -1,7 +1,9 @@
 // Where a run's namespace comes from: this machine, a captured tree, or a file.
 #pragma once
 
+#include <cstddef>
 #include <string>
+#include <vector>
 
 #include <boost/shared_ptr.hpp>
 
@@ -13,8 +15,9 @@ namespace NVORHOST {
 /// A filled namespace and what became of filling it.
 struct TNamespaceSource {
     boost::shared_ptr<TMemoryNamespace> collected;
-    std::string origin;       ///< for people: "this machine", "tree /x", "file y.xml"
-    unsigned failures = 0;    ///< collectors that failed; each is in the log
+    std::string origin;                      ///< for people: "this machine", "tree /x", "file y.xml"
+    std::size_t failedCollectors = 0;        ///< each is in the log
+    std::vector<std::string> deniedSources;  ///< files that this user may not read, each once, sorted
 };
 
 /// Fills a namespace as the options say. Throws TRunFailure when a file cannot be read or a tree is not there.

@@ -1,5 +1,6 @@
 #include "vorhost/cli/summary.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <iomanip>
 #include <sstream>
@@ -36,6 +37,20 @@ std::string DescribeFile(const TInventoryDocument& document) {
     return document.path + ", " + WithThousands(document.sizeBytes) + " bytes";
 }
 
+std::string Count(std::size_t number, const std::string& word) {
+    return std::to_string(number) + " " + word + (number == 1 ? "" : "s");
+}
+
+// The first few by name: enough to see what kind of thing is missing.
+std::string DescribeDenied(const std::vector<std::string>& sources) {
+    constexpr std::size_t named = 3;
+    std::string text = Count(sources.size(), "source") + (sources.size() == 1 ? " needs" : " need") + " root: ";
+    for (std::size_t i = 0; i < std::min(named, sources.size()); ++i) {
+        text += (i == 0 ? "" : ", ") + sources[i];
+    }
+    return text + (sources.size() > named ? ", ..." : "");
+}
+
 std::string DescribeTimes(const std::vector<TStepTime>& times) {
     std::ostringstream text;
     text << std::fixed << std::setprecision(1);
@@ -54,9 +69,11 @@ void PrintSummary(const TRunSummary& summary, std::ostream& out) {
     PrintRow(out, "Machine", summary.machine);
     PrintRow(out, "Source", summary.origin);
     PrintRow(out, "Collected", DescribeResources(summary.hardware));
-    if (summary.collectorFailures != 0) {
-        PrintRow(out, "Incomplete", std::to_string(summary.collectorFailures) +
-                                        " collector(s) failed; the log tells which (--verbose)");
+    if (summary.failedCollectors != 0) {
+        PrintRow(out, "Failed", Count(summary.failedCollectors, "collector") + "; the log tells which (--verbose)");
+    }
+    if (!summary.deniedSources.empty()) {
+        PrintRow(out, "Denied", DescribeDenied(summary.deniedSources));
     }
     PrintRow(out, "Files", DescribeFile(summary.hardware));
     for (const TInventoryDocument& document : summary.others) {

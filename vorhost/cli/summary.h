@@ -23,7 +23,8 @@ struct TRunSummary {
     TInventoryDocument hardware;
     std::vector<TInventoryDocument> others;  ///< further documents, in order
     std::string credential;  ///< what became of it, for people
-    unsigned collectorFailures = 0;
+    std::size_t failedCollectors = 0;
+    std::vector<std::string> deniedSources;
     std::vector<TStepTime> times;
 };
 
