@@ -98,7 +98,7 @@ TEST(Collect, SummaryTellsMachineResourcesFilesCredentialAndTimes) {
     EXPECT_THAT(result.standardOutput, ContainsRegex("            systeminformation.xml.gz, [0-9,]+ bytes\n"));
     EXPECT_THAT(result.standardOutput,
                 ContainsRegex("Time        collect [0-9.]+ ms, load plug-in [0-9.]+ ms, request [0-9.]+ ms, "
-                              "report [0-9.]+ ms, total [0-9.]+ ms\n$"));
+                              "finish [0-9.]+ ms, total [0-9.]+ ms\n$"));
 }
 
 TEST(Collect, SummaryTellsWhyThereIsNoCredential) {
@@ -191,12 +191,54 @@ TEST(Collect, AFileIsNoDirectoryToWriteTo) {
     EXPECT_EQ(result.standardError, "vorhost: cannot write to directory file: not a directory\n");
 }
 
-TEST(Collect, AnOutputThatCannotBeCreatedFailsWithTheHostsStatus) {
+TEST(Collect, AFileThatCannotBeReplacedFails) {
     const TTemporaryDirectory directory;
     std::filesystem::create_directory(directory / "hardwareinventory.xml.gz");
     const auto result = RunVorhost({CollectArguments(), directory.GetPath(), {}});
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.standardError, "vorhost: the request failed in .: file cannot be created (host status 11)\n");
+    EXPECT_EQ(result.standardError, "vorhost: cannot write to hardwareinventory.xml.gz: Is a directory\n");
+}
+
+TEST(Collect, APlantedSymbolicLinkIsReplacedNotFollowed) {
+    const TTemporaryDirectory directory;
+    WriteFile(directory / "victim", "precious");
+    std::filesystem::create_symlink("victim", directory / "hardwareinventory.xml.gz");
+    ASSERT_EQ(RunVorhost({CollectArguments(), directory.GetPath(), {}}).status, 0);
+    EXPECT_EQ(ReadFile(directory / "victim"), "precious");
+    EXPECT_FALSE(std::filesystem::is_symlink(directory / "hardwareinventory.xml.gz"));
+}
+
+TEST(Collect, LeavesNothingButTheInventory) {
+    const TTemporaryDirectory directory;
+    ASSERT_EQ(RunVorhost({CollectArguments(), directory.GetPath(), {}}).status, 0);
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(directory.GetPath())) {
+        names.push_back(entry.path().filename().string());
+    }
+    EXPECT_EQ(names, std::vector<std::string>{"hardwareinventory.xml.gz"});
+}
+
+TEST(Collect, RemovesWhatDeadRunsHaveLeft) {
+    const TTemporaryDirectory directory;
+    std::filesystem::create_directory(directory / ".vorhost-dead01");
+    WriteFile(directory / ".vorhost-dead01/hardwareinventory.xml.gz", "half a file");
+    ASSERT_EQ(RunVorhost({CollectArguments(), directory.GetPath(), {}}).status, 0);
+    EXPECT_FALSE(std::filesystem::exists(directory / ".vorhost-dead01"));
+}
+
+TEST(Collect, InventoriesAreReadableByTheirOwnerAlone) {
+    const TTemporaryDirectory directory;
+    ASSERT_EQ(RunVorhost({CollectArguments(), directory.GetPath(), {}}).status, 0);
+    EXPECT_EQ(std::filesystem::status(directory / "hardwareinventory.xml.gz").permissions(),
+              std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+}
+
+TEST(Collect, AFailedRunLeavesTheEarlierInventory) {
+    const TTemporaryDirectory directory;
+    WriteFile(directory / "hardwareinventory.xml.gz", "earlier");
+    WriteFile(directory / "empty.xml", "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><DECLARATION><DECLGROUP/></DECLARATION></CIM>");
+    EXPECT_EQ(RunVorhost({{"collect", "--namespace", "empty.xml"}, directory.GetPath(), {}}).status, 1);
+    EXPECT_EQ(ReadFile(directory / "hardwareinventory.xml.gz"), "earlier");
 }
 
 TEST(Collect, AMissingNamespaceFileFails) {

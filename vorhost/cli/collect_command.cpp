@@ -22,6 +22,7 @@
 #include "vorhost/cli/log_sinks.h"
 #include "vorhost/cli/namespace_source.h"
 #include "vorhost/cli/output_file.h"
+#include "vorhost/cli/private_directory.h"
 #include "vorhost/cli/program_paths.h"
 #include "vorhost/cli/run_failure.h"
 #include "vorhost/cli/summary.h"
@@ -123,11 +124,24 @@ void Request(TPluginLibrary& plugin, const boost::shared_ptr<TMemoryNamespace>& 
     try {
         plugin.GetData(collected, resultClasses);
     } catch (const NKELVOR20::TVORException& error) {
-        throw TRunFailure("the request failed in " + directory + ": " + error.what() + " (host status " +
+        throw TRunFailure(std::string("the request failed: ") + error.what() + " (host status " +
                           std::to_string(error.GetStatusCode().GetCode()) + ")");
     } catch (const std::exception& error) {
         throw TRunFailure(std::string("the request failed: ") + error.what());
     }
+}
+
+// What the run was to write: each document is read through before any file is moved into place.
+std::vector<TInventoryDocument> FinishedDocuments(const TPrivateDirectory& workplace) {
+    std::vector<const char*> names{hardwareFileName};
+    if (HasIdentity()) {
+        names.push_back(systemFileName);
+    }
+    std::vector<TInventoryDocument> documents;
+    for (const char* name : names) {
+        documents.push_back(ReadInventoryDocument(workplace.GetPath(), name));
+    }
+    return documents;
 }
 
 // Instances that a loaded namespace had already are no results of this run.
@@ -183,30 +197,30 @@ void RunCollect(const TCollectOptions& options, std::ostream& out) {
     TPluginLibrary plugin(options.pluginFile.empty() ? FindOwnPlugin() : options.pluginFile);
     clock.Finish("load plug-in");
 
+    TPrivateDirectory workplace(options.directory);
     const auto resultClass = ResultClass(*source.collected);
     const std::size_t countBefore = resultClass->GetInstances().size();
-    Request(plugin, source.collected, resultClass, options.directory);
+    Request(plugin, source.collected, resultClass, workplace.GetPath());
     clock.Finish("request");
 
     const TInstances results = NewResults(*resultClass, countBefore);
     RequireResult(results, sinks);
+    TRunSummary summary;
+    summary.documents = FinishedDocuments(workplace);
     if (!options.resultFile.empty()) {
         WriteOutputFile(options.resultFile,
                         [&](std::ostream& file) { SaveInstances(resultClass->GetName(), results, file); });
     }
-
-    TRunSummary summary;
+    for (TInventoryDocument& document : summary.documents) {
+        workplace.MoveOut(document.fileName);
+    }
+    summary.directory = options.directory;
     summary.origin = source.origin;
     summary.machine = DescribeMachine(*source.collected, *results.front());
-    const std::filesystem::path directory(options.directory);
-    summary.hardware = ReadInventoryDocument((directory / hardwareFileName).lexically_normal().string());
-    if (HasIdentity()) {
-        summary.others.push_back(ReadInventoryDocument((directory / systemFileName).lexically_normal().string()));
-    }
     summary.credential = DescribeCredential(*results.front());
     summary.failedCollectors = source.failedCollectors;
     summary.deniedSources = source.deniedSources;
-    clock.Finish("report");
+    clock.Finish("finish");
     summary.times = clock.TakeTimes();
     PrintSummary(summary, out);
 }

@@ -30,9 +30,10 @@ std::optional<std::string> FindResourceType(std::string_view line) {
 
 }  // namespace
 
-TInventoryDocument ReadInventoryDocument(const std::string& path) {
+TInventoryDocument ReadInventoryDocument(const std::string& directory, const std::string& fileName) {
+    const std::string path = directory + "/" + fileName;
     TInventoryDocument document;
-    document.path = path;
+    document.fileName = fileName;
     gzifstream stream(path.c_str(), std::ios::in | std::ios::binary);
     std::string line;
     std::string last;
@@ -43,7 +44,7 @@ TInventoryDocument ReadInventoryDocument(const std::string& path) {
         last.swap(line);
     }
     if (last != documentEnd) {
-        throw TRunFailure("the plug-in left no complete document in " + path);
+        throw TRunFailure("the plug-in has not written " + fileName + " to its end (is the disk full?)");
     }
     std::error_code ignored;
     document.sizeBytes = std::filesystem::file_size(path, ignored);

@@ -9,13 +9,13 @@ namespace NVORHOST {
 
 /// What one compressed document holds.
 struct TInventoryDocument {
-    std::string path;
+    std::string fileName;
     std::uintmax_t sizeBytes = 0;                 ///< of the compressed file
     std::map<std::string, std::uint64_t> resources;  ///< resource type to number of instances
 };
 
 /// Reads a document through to its end tag.
 /// Errors: throws TRunFailure for a file that is missing, damaged or cut short.
-TInventoryDocument ReadInventoryDocument(const std::string& path);
+TInventoryDocument ReadInventoryDocument(const std::string& directory, const std::string& fileName);
 
 }  // namespace NVORHOST

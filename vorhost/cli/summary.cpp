@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <filesystem>
 #include <iomanip>
 #include <sstream>
 #include <string_view>
@@ -33,8 +34,9 @@ std::string DescribeResources(const TInventoryDocument& document) {
     return std::to_string(total) + " resources: " + kinds;
 }
 
-std::string DescribeFile(const TInventoryDocument& document) {
-    return document.path + ", " + WithThousands(document.sizeBytes) + " bytes";
+std::string DescribeFile(const std::string& directory, const TInventoryDocument& document) {
+    const auto path = (std::filesystem::path(directory) / document.fileName).lexically_normal();
+    return path.string() + ", " + WithThousands(document.sizeBytes) + " bytes";
 }
 
 std::string Count(std::size_t number, const std::string& word) {
@@ -68,16 +70,17 @@ std::string DescribeTimes(const std::vector<TStepTime>& times) {
 void PrintSummary(const TRunSummary& summary, std::ostream& out) {
     PrintRow(out, "Machine", summary.machine);
     PrintRow(out, "Source", summary.origin);
-    PrintRow(out, "Collected", DescribeResources(summary.hardware));
+    PrintRow(out, "Collected", DescribeResources(summary.documents.front()));
     if (summary.failedCollectors != 0) {
         PrintRow(out, "Failed", Count(summary.failedCollectors, "collector") + "; the log tells which (--verbose)");
     }
     if (!summary.deniedSources.empty()) {
         PrintRow(out, "Denied", DescribeDenied(summary.deniedSources));
     }
-    PrintRow(out, "Files", DescribeFile(summary.hardware));
-    for (const TInventoryDocument& document : summary.others) {
-        PrintRow(out, "", DescribeFile(document));
+    std::string_view label = "Files";
+    for (const TInventoryDocument& document : summary.documents) {
+        PrintRow(out, label, DescribeFile(summary.directory, document));
+        label = "";
     }
     PrintRow(out, "Credential", summary.credential);
     PrintRow(out, "Time", DescribeTimes(summary.times));

@@ -20,8 +20,8 @@ struct TStepTime {
 struct TRunSummary {
     std::string origin;
     std::string machine;
-    TInventoryDocument hardware;
-    std::vector<TInventoryDocument> others;  ///< further documents, in order
+    std::string directory;                      ///< where the documents are now
+    std::vector<TInventoryDocument> documents;  ///< the hardware inventory first
     std::string credential;  ///< what became of it, for people
     std::size_t failedCollectors = 0;
     std::vector<std::string> deniedSources;
