@@ -1,5 +1,8 @@
 // `vorhost collect` on saved namespaces: documents, result, log, summary and every way to fail.
 
+#include "program_run.h"
+#include "temporary_directory.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -7,9 +10,6 @@
 #include <filesystem>
 #include <string>
 #include <vector>
-
-#include "program_run.h"
-#include "temporary_directory.h"
 
 namespace NVORHOST {
 namespace {
@@ -22,8 +22,9 @@ const std::string smallServer = VORHOST_TEST_DATA "/small-server.xml";
 
 // A run on the small server at a fixed time, without network.
 std::vector<std::string> CollectArguments(std::vector<std::string> more = {}) {
-    std::vector<std::string> arguments{"collect",        "--namespace", smallServer, "--local-time",
-                                       "20240229134500.000000+060", "--reachability", "no"};
+    std::vector<std::string> arguments{
+        "collect",        "--namespace", smallServer, "--local-time", "20240229134500.000000+060",
+        "--reachability", "no"};
     arguments.insert(arguments.end(), more.begin(), more.end());
     return arguments;
 }
@@ -59,8 +60,8 @@ TEST(Collect, TakesTheIdentityFromTheEnvironment) {
 
 TEST(Collect, AnEmptyIdentityOnTheCommandLineOverridesTheEnvironment) {
     const TTemporaryDirectory directory;
-    const auto result = RunVorhost(
-        {CollectArguments({"--kel-id", ""}), directory.GetPath(), {{"ZETKELID", "K0000001"}}});
+    const auto result =
+        RunVorhost({CollectArguments({"--kel-id", ""}), directory.GetPath(), {{"ZETKELID", "K0000001"}}});
     ASSERT_EQ(result.status, 0) << result.standardError;
     EXPECT_FALSE(std::filesystem::exists(directory / "systeminformation.xml.gz"));
 }
@@ -68,7 +69,8 @@ TEST(Collect, AnEmptyIdentityOnTheCommandLineOverridesTheEnvironment) {
 TEST(Collect, WritesToTheDirectoryAskedFor) {
     const TTemporaryDirectory start;
     const TTemporaryDirectory target;
-    const auto result = RunVorhost({CollectArguments({"--directory", target.GetPath()}), start.GetPath(), {}});
+    const auto result =
+        RunVorhost({CollectArguments({"--directory", target.GetPath()}), start.GetPath(), {}});
     ASSERT_EQ(result.status, 0) << result.standardError;
     EXPECT_TRUE(std::filesystem::exists(target / "hardwareinventory.xml.gz"));
     EXPECT_TRUE(start.IsEmpty());
@@ -78,7 +80,9 @@ TEST(Collect, PathsOfTheCommandLineMeanTheStartingDirectory) {
     const TTemporaryDirectory start;
     std::filesystem::create_directory(start / "sub");
     const auto result = RunVorhost(
-        {CollectArguments({"--directory", "sub", "--result", "result.xml", "--log-file", "run.log"}), start.GetPath(), {}});
+        {CollectArguments({"--directory", "sub", "--result", "result.xml", "--log-file", "run.log"}),
+         start.GetPath(),
+         {}});
     ASSERT_EQ(result.status, 0) << result.standardError;
     EXPECT_TRUE(std::filesystem::exists(start / "result.xml"));
     EXPECT_TRUE(std::filesystem::exists(start / "run.log"));
@@ -89,13 +93,18 @@ TEST(Collect, SummaryTellsMachineResourcesFilesCredentialAndTimes) {
     const TTemporaryDirectory directory;
     const auto result = RunVorhost({CollectArguments({"--kel-id", "K0000001"}), directory.GetPath(), {}});
     ASSERT_EQ(result.status, 0) << result.standardError;
-    EXPECT_THAT(result.standardOutput,
-                HasSubstr("Machine     Example Computer Works Server -[1234AB5]-, type 1234, serial number EX4200042\n"));
+    EXPECT_THAT(
+        result.standardOutput,
+        HasSubstr(
+            "Machine     Example Computer Works Server -[1234AB5]-, type 1234, serial number EX4200042\n"));
     EXPECT_THAT(result.standardOutput, HasSubstr("Source      file " + smallServer + "\n"));
+    EXPECT_THAT(
+        result.standardOutput,
+        HasSubstr("Collected   4 resources: 1 DisketteDrive, 1 OperatingSystem, 1 Processor, 1 Server\n"));
     EXPECT_THAT(result.standardOutput,
-                HasSubstr("Collected   4 resources: 1 DisketteDrive, 1 OperatingSystem, 1 Processor, 1 Server\n"));
-    EXPECT_THAT(result.standardOutput, ContainsRegex("Files       hardwareinventory.xml.gz, [0-9,]+ bytes\n"));
-    EXPECT_THAT(result.standardOutput, ContainsRegex("            systeminformation.xml.gz, [0-9,]+ bytes\n"));
+                ContainsRegex("Files       hardwareinventory.xml.gz, [0-9,]+ bytes\n"));
+    EXPECT_THAT(result.standardOutput,
+                ContainsRegex("            systeminformation.xml.gz, [0-9,]+ bytes\n"));
     EXPECT_THAT(result.standardOutput,
                 ContainsRegex("Time        collect [0-9.]+ ms, load plug-in [0-9.]+ ms, request [0-9.]+ ms, "
                               "finish [0-9.]+ ms, total [0-9.]+ ms\n$"));
@@ -123,13 +132,14 @@ TEST(Collect, CredentialOfAReachableHostIsANameBasedUuid) {
 
 TEST(Collect, ResultCarriesTheFileItsIdentityAndTheMachineTypeInThatOrder) {
     const TTemporaryDirectory directory;
-    const auto result =
-        RunVorhost({CollectArguments({"--kel-id", "K0000001", "--result", "result.xml"}), directory.GetPath(), {}});
+    const auto result = RunVorhost(
+        {CollectArguments({"--kel-id", "K0000001", "--result", "result.xml"}), directory.GetPath(), {}});
     ASSERT_EQ(result.status, 0) << result.standardError;
     const std::string text = ReadFile(directory / "result.xml");
     EXPECT_THAT(text, ContainsRegex("CLASSNAME=\"KELSG_CADAT\""));
     std::size_t place = 0;
-    for (const char* property : {"NAME=\"InventoryRCF\"", "NAME=\"KELID\"", "NAME=\"MachineType\"", "NAME=\"Credential\""}) {
+    for (const char* property :
+         {"NAME=\"InventoryRCF\"", "NAME=\"KELID\"", "NAME=\"MachineType\"", "NAME=\"Credential\""}) {
         const std::size_t next = text.find(property, place);
         ASSERT_NE(next, std::string::npos) << property;
         place = next;
@@ -158,7 +168,8 @@ TEST(Collect, VerbosePrintsDebugLinesToStandardError) {
     const auto quiet = RunVorhost({CollectArguments(), directory.GetPath(), {}});
     EXPECT_EQ(quiet.standardError, "");
     const auto verbose = RunVorhost({CollectArguments({"--verbose"}), directory.GetPath(), {}});
-    EXPECT_THAT(verbose.standardError, HasSubstr("3 TNoxinfoPluginCallbacks debug output: Ready for hwinventory\n"));
+    EXPECT_THAT(verbose.standardError,
+                HasSubstr("3 TNoxinfoPluginCallbacks debug output: Ready for hwinventory\n"));
 }
 
 TEST(Collect, ANamespaceWithoutMachineTypeFailsAndWritesNothing) {
@@ -176,8 +187,8 @@ TEST(Collect, ANamespaceWithoutMachineTypeFailsAndWritesNothing) {
 
 TEST(Collect, AMissingDirectoryFailsBeforeAnythingIsWritten) {
     const TTemporaryDirectory directory;
-    const auto result =
-        RunVorhost({CollectArguments({"--directory", "absent", "--log-file", "run.log"}), directory.GetPath(), {}});
+    const auto result = RunVorhost(
+        {CollectArguments({"--directory", "absent", "--log-file", "run.log"}), directory.GetPath(), {}});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.standardError, "vorhost: cannot write to directory absent: No such file or directory\n");
     EXPECT_TRUE(directory.IsEmpty());
@@ -236,7 +247,8 @@ TEST(Collect, InventoriesAreReadableByTheirOwnerAlone) {
 TEST(Collect, AFailedRunLeavesTheEarlierInventory) {
     const TTemporaryDirectory directory;
     WriteFile(directory / "hardwareinventory.xml.gz", "earlier");
-    WriteFile(directory / "empty.xml", "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><DECLARATION><DECLGROUP/></DECLARATION></CIM>");
+    WriteFile(directory / "empty.xml",
+              "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><DECLARATION><DECLGROUP/></DECLARATION></CIM>");
     EXPECT_EQ(RunVorhost({{"collect", "--namespace", "empty.xml"}, directory.GetPath(), {}}).status, 1);
     EXPECT_EQ(ReadFile(directory / "hardwareinventory.xml.gz"), "earlier");
 }
@@ -259,7 +271,8 @@ TEST(Collect, ABadNamespaceFileIsNamedWithLineClassAndProperty) {
               "</INSTANCE></VALUE.OBJECT></DECLGROUP></DECLARATION></CIM>\n");
     const auto result = RunVorhost({{"collect", "--namespace", "bad.xml"}, directory.GetPath(), {}});
     EXPECT_EQ(result.status, 1);
-    EXPECT_THAT(result.standardError, HasSubstr("vorhost: bad.xml:3: class KELSG_Processor, property MaxClockSpeed: "));
+    EXPECT_THAT(result.standardError,
+                HasSubstr("vorhost: bad.xml:3: class KELSG_Processor, property MaxClockSpeed: "));
     EXPECT_FALSE(std::filesystem::exists(directory / "hardwareinventory.xml.gz"));
 }
 
@@ -286,14 +299,16 @@ TEST(Collect, APluginGivenByItsFileIsRun) {
 
 TEST(Collect, AResultFileThatCannotBeWrittenFails) {
     const TTemporaryDirectory directory;
-    const auto result = RunVorhost({CollectArguments({"--result", "absent/result.xml"}), directory.GetPath(), {}});
+    const auto result =
+        RunVorhost({CollectArguments({"--result", "absent/result.xml"}), directory.GetPath(), {}});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.standardError, "vorhost: cannot write absent/result.xml: No such file or directory\n");
 }
 
 TEST(Collect, ALogFileThatCannotBeOpenedFails) {
     const TTemporaryDirectory directory;
-    const auto result = RunVorhost({CollectArguments({"--log-file", "absent/run.log"}), directory.GetPath(), {}});
+    const auto result =
+        RunVorhost({CollectArguments({"--log-file", "absent/run.log"}), directory.GetPath(), {}});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.standardError,
               "vorhost: cannot append to log file absent/run.log: No such file or directory\n");

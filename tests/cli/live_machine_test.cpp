@@ -1,12 +1,12 @@
 // The whole program on the machine the tests run on: whatever it is, there is a complete inventory of it.
 
+#include "program_run.h"
+#include "temporary_directory.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
-
-#include "program_run.h"
-#include "temporary_directory.h"
 
 namespace NVORHOST {
 namespace {
@@ -23,13 +23,15 @@ TEST(LiveMachine, HasAnInventoryWithServerOperatingSystemAndProcessor) {
     ASSERT_EQ(result.status, 0) << result.standardError;
     EXPECT_THAT(result.standardOutput, HasSubstr("Source      this machine\n"));
     const std::string document = ReadCompressedFile(directory / "hardwareinventory.xml.gz");
-    EXPECT_THAT(document, StartsWith("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<ResourceCollection xmlns="));
+    EXPECT_THAT(document,
+                StartsWith("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<ResourceCollection xmlns="));
     EXPECT_THAT(document, EndsWith("</ResourceList>\n</ResourceCollection>\n"));
     for (const char* type : {"Server", "OperatingSystem", "Processor"}) {
         EXPECT_THAT(document, ContainsRegex("<ResourceInstance resourceId=\"[0-9A-F]+\" resourceType=\"" +
                                             std::string(type) + "\">\n"));
     }
-    EXPECT_THAT(document, ContainsRegex("<Property name=\"MachineType\" type=\"string\">\n<Value>[^<]+</Value>"));
+    EXPECT_THAT(document,
+                ContainsRegex("<Property name=\"MachineType\" type=\"string\">\n<Value>[^<]+</Value>"));
     EXPECT_THAT(document, HasSubstr("<Property name=\"OSType\" type=\"unsignedShort\">\n<Value>36</Value>"));
 }
 

@@ -92,6 +92,8 @@ TProgramResult RunProgram(const std::string& program, const TProgramRun& run) {
     return result;
 }
 
-TProgramResult RunVorhost(const TProgramRun& run) { return RunProgram(VORHOST_PROGRAM, run); }
+TProgramResult RunVorhost(const TProgramRun& run) {
+    return RunProgram(VORHOST_PROGRAM, run);
+}
 
 }  // namespace NVORHOST

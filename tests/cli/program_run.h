@@ -16,8 +16,9 @@ struct TProgramResult {
 /// How a program is started.
 struct TProgramRun {
     std::vector<std::string> arguments;
-    std::string directory;                           ///< working directory
-    std::map<std::string, std::string> environment;  ///< added to a clean one (PATH, and ASAN_OPTIONS and the like)
+    std::string directory;  ///< working directory
+    std::map<std::string, std::string>
+        environment;  ///< added to a clean one (PATH, and ASAN_OPTIONS and the like)
 };
 
 /// Runs vorhost to its end.

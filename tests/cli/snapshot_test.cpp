@@ -1,15 +1,14 @@
 // `vorhost snapshot`: what it saves is the namespace that collect would have used.
 
+#include "program_run.h"
+#include "temporary_directory.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
 #include <sys/stat.h>
 
 #include <filesystem>
 #include <string>
-
-#include "program_run.h"
-#include "temporary_directory.h"
 
 namespace NVORHOST {
 namespace {
@@ -31,7 +30,10 @@ TEST(Snapshot, ASavedMachineGivesTheSameDocumentsAsTheMachine) {
                                         {}});
         ASSERT_EQ(result.status, 0) << result.standardError;
     }
-    ASSERT_EQ(RunVorhost({{"snapshot", "again.xml", "--namespace", live / "machine.xml"}, replayed.GetPath(), {}}).status, 0);
+    ASSERT_EQ(
+        RunVorhost({{"snapshot", "again.xml", "--namespace", live / "machine.xml"}, replayed.GetPath(), {}})
+            .status,
+        0);
     EXPECT_EQ(ReadFile(replayed / "again.xml"), ReadFile(live / "machine.xml"));
     for (const char* file : {"hardwareinventory.xml.gz", "systeminformation.xml.gz"}) {
         EXPECT_EQ(ReadCompressedFile(live / file), ReadCompressedFile(replayed / file));
@@ -48,7 +50,8 @@ TEST(Snapshot, ADashWritesToStandardOutput) {
 
 TEST(Snapshot, IsReadableByItsOwnerAlone) {
     const TTemporaryDirectory directory;
-    ASSERT_EQ(RunVorhost({{"snapshot", "s.xml", "--namespace", smallServer}, directory.GetPath(), {}}).status, 0);
+    ASSERT_EQ(RunVorhost({{"snapshot", "s.xml", "--namespace", smallServer}, directory.GetPath(), {}}).status,
+              0);
     struct stat status {};
     ASSERT_EQ(::stat((directory / "s.xml").c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777U, 0600U);
@@ -58,13 +61,16 @@ TEST(Snapshot, AFailedWriteLeavesTheEarlierFile) {
     const TTemporaryDirectory directory;
     WriteFile(directory / "bad.xml", "<CIM>");
     WriteFile(directory / "s.xml", "earlier");
-    EXPECT_EQ(RunVorhost({{"snapshot", "s.xml", "--namespace", "bad.xml"}, directory.GetPath(), {}}).status, 1);
+    EXPECT_EQ(RunVorhost({{"snapshot", "s.xml", "--namespace", "bad.xml"}, directory.GetPath(), {}}).status,
+              1);
     EXPECT_EQ(ReadFile(directory / "s.xml"), "earlier");
 }
 
 TEST(Snapshot, AFullDeviceIsAFailure) {
-    const auto result = RunProgram(
-        "sh", {{"-c", std::string(VORHOST_PROGRAM) + " snapshot - --namespace " + smallServer + " >/dev/full"}, "", {}});
+    const auto result = RunProgram("sh", {{"-c", std::string(VORHOST_PROGRAM) + " snapshot - --namespace " +
+                                                     smallServer + " >/dev/full"},
+                                          "",
+                                          {}});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.standardError, "vorhost: cannot write standard output\n");
 }

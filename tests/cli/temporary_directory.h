@@ -1,14 +1,14 @@
 // A directory of a test's own, removed with all it holds.
 #pragma once
 
+#include "gzstream/gzstreams.h"
+
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
 #include <string>
-
-#include "gzstream/gzstreams.h"
 
 namespace NVORHOST {
 

@@ -1,5 +1,19 @@
 #include "vorhost/cli/collect_command.h"
 
+#include "host/vor_exception.h"
+#include "vorhost/cimxml/save.h"
+#include "vorhost/cli/log_sinks.h"
+#include "vorhost/cli/namespace_source.h"
+#include "vorhost/cli/output_file.h"
+#include "vorhost/cli/private_directory.h"
+#include "vorhost/cli/program_paths.h"
+#include "vorhost/cli/run_failure.h"
+#include "vorhost/cli/summary.h"
+#include "vorhost/services/host_settings.h"
+#include "vorhost/services/plugin_library.h"
+#include "vorhost/upload/entity_service.h"
+
+#include <boost/shared_ptr.hpp>
 #include <unistd.h>
 
 #include <cerrno>
@@ -14,21 +28,6 @@
 #include <string_view>
 #include <utility>
 #include <vector>
-
-#include <boost/shared_ptr.hpp>
-
-#include "host/vor_exception.h"
-#include "vorhost/cimxml/save.h"
-#include "vorhost/cli/log_sinks.h"
-#include "vorhost/cli/namespace_source.h"
-#include "vorhost/cli/output_file.h"
-#include "vorhost/cli/private_directory.h"
-#include "vorhost/cli/program_paths.h"
-#include "vorhost/cli/run_failure.h"
-#include "vorhost/cli/summary.h"
-#include "vorhost/services/host_settings.h"
-#include "vorhost/services/plugin_library.h"
-#include "vorhost/upload/entity_service.h"
 
 namespace NVORHOST {
 namespace {
@@ -59,8 +58,8 @@ class TStepClock {
     std::vector<TStepTime> times_;
 };
 
-// The plug-in writes to the current directory, and paths of the command line mean the one the user stands in: so
-// the change is made around the request alone.
+// The plug-in writes to the current directory, and paths of the command line mean the one the user stands in:
+// so the change is made around the request alone.
 class TWorkingDirectory {
   public:
     explicit TWorkingDirectory(const std::string& path) : previous_(std::filesystem::current_path()) {

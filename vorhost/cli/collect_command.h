@@ -1,9 +1,9 @@
 // `vorhost collect`: fills a namespace, runs the plug-in on it and reports.
 #pragma once
 
-#include <iosfwd>
-
 #include "vorhost/cli/command_line.h"
+
+#include <iosfwd>
 
 namespace NVORHOST {
 

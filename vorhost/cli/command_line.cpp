@@ -1,23 +1,35 @@
 #include "vorhost/cli/command_line.h"
 
-#include <iostream>
-#include <map>
-#include <string>
-
 #include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <iostream>
+#include <iterator>
+#include <string>
+#include <string_view>
 
 namespace NVORHOST {
 namespace {
 
 using NKELVOR20::TCIMDateTime;
 
-const std::map<std::string, EReachability>& ReachabilityNames() {
-    static const std::map<std::string, EReachability> names = {
-        {"network", EReachability::network},
-        {"yes", EReachability::yes},
-        {"no", EReachability::no},
-    };
-    return names;
+struct TReachabilityName {
+    std::string_view name;
+    EReachability reachability;
+};
+
+constexpr TReachabilityName reachabilityNames[] = {
+    {"network", EReachability::network},
+    {"yes", EReachability::yes},
+    {"no", EReachability::no},
+};
+
+EReachability ReadReachability(const std::string& text) {
+    const auto* const row = std::ranges::find(reachabilityNames, text, &TReachabilityName::name);
+    if (row == std::end(reachabilityNames)) {
+        throw CLI::ValidationError("--reachability", "'" + text + "' is none of network, yes, no");
+    }
+    return row->reachability;
 }
 
 TCIMDateTime ReadLocalTime(const std::string& text) {
@@ -35,7 +47,8 @@ void AddSourceOptions(CLI::App& command, TSourceOptions& options) {
                      .add_option("--namespace", options.namespaceFile,
                                  "Take the namespace from this CIM-XML file instead of the machine")
                      ->type_name("FILE");
-    command.add_option("--sysroot", options.sysroot, "Collect from the tree below this directory instead of /")
+    command
+        .add_option("--sysroot", options.sysroot, "Collect from the tree below this directory instead of /")
         ->type_name("DIR")
         ->excludes(file);
     command
@@ -62,27 +75,30 @@ void AddCollectCommand(CLI::App& program, TCollectOptions& options) {
                     "Customer identity of this run (default: the environment variable ZETKELID)")
         ->type_name("ID");
     command
-        .add_option("--reachability", options.reachability,
-                    "Whether the maker's web server counts as reachable: network (really tried, the default), "
-                    "yes, no")
-        ->type_name("network|yes|no")
-        ->transform(CLI::Transformer(ReachabilityNames()).description(""));
+        .add_option_function<std::string>(
+            "--reachability",
+            [&options](const std::string& text) { options.reachability = ReadReachability(text); },
+            "Whether the maker's web server counts as reachable: network (really tried, the default), yes, "
+            "no")
+        ->type_name("network|yes|no");
     command
         .add_option("--entity-service", options.entityService,
                     "Ask this service for the credential instead of deriving it")
         ->type_name("URL");
     command
-        .add_option("--plugin", options.pluginFile, "Plug-in to run (default: the one installed with this program)")
+        .add_option("--plugin", options.pluginFile,
+                    "Plug-in to run (default: the one installed with this program)")
         ->type_name("FILE");
-    command
-        .add_option("--result", options.resultFile, "Write the result instances to this file, as CIM-XML")
+    command.add_option("--result", options.resultFile, "Write the result instances to this file, as CIM-XML")
         ->type_name("FILE");
 }
 
 void AddSnapshotCommand(CLI::App& program, TSnapshotOptions& options) {
     CLI::App& command = *program.add_subcommand("snapshot", "Save the whole namespace as CIM-XML");
     AddSourceOptions(command, options.source);
-    command.add_option("file", options.file, "File to write; - is standard output")->type_name("FILE")->required();
+    command.add_option("file", options.file, "File to write; - is standard output")
+        ->type_name("FILE")
+        ->required();
 }
 
 std::string HelpCommandFor(const CLI::App& program) {
@@ -98,8 +114,9 @@ TCommand ParseCommandLine(int argc, const char* const* argv) {
     CLI::App program("Hardware inventory of a Linux machine.", "vorhost");
     program.require_subcommand(1);
     program.set_version_flag("--version", "vorhost " NOXINFO_VERSION);
-    program.failure_message(
-        [](const CLI::App*, const CLI::Error& error) { return "vorhost: " + std::string(error.what()) + "\n"; });
+    program.failure_message([](const CLI::App*, const CLI::Error& error) {
+        return "vorhost: " + std::string(error.what()) + "\n";
+    });
     AddCollectCommand(program, collect);
     AddSnapshotCommand(program, snapshot);
     try {

@@ -1,12 +1,12 @@
 // The command line of vorhost: what a user may ask for, read into plain structures.
 #pragma once
 
+#include "host/cim_date_time.h"
+#include "vorhost/services/host_settings.h"
+
 #include <optional>
 #include <string>
 #include <variant>
-
-#include "host/cim_date_time.h"
-#include "vorhost/services/host_settings.h"
 
 namespace NVORHOST {
 
@@ -48,8 +48,8 @@ struct TEarlyExit {
 
 using TCommand = std::variant<TCollectOptions, TSnapshotOptions, TEarlyExit>;
 
-/// Reads the command line. Prints help and version to standard output, and what is wrong, with a hint, to standard
-/// error; both come back as TEarlyExit.
+/// Reads the command line. Prints help and version to standard output, and what is wrong, with a hint, to
+/// standard error; both come back as TEarlyExit.
 TCommand ParseCommandLine(int argc, const char* const* argv);
 
 }  // namespace NVORHOST

@@ -1,11 +1,11 @@
 #include "vorhost/cli/inventory_document.h"
 
+#include "gzstream/gzstreams.h"
+#include "vorhost/cli/run_failure.h"
+
 #include <filesystem>
 #include <optional>
 #include <string_view>
-
-#include "gzstream/gzstreams.h"
-#include "vorhost/cli/run_failure.h"
 
 namespace NVORHOST {
 namespace {

@@ -10,7 +10,7 @@ namespace NVORHOST {
 /// What one compressed document holds.
 struct TInventoryDocument {
     std::string fileName;
-    std::uintmax_t sizeBytes = 0;                 ///< of the compressed file
+    std::uintmax_t sizeBytes = 0;                    ///< of the compressed file
     std::map<std::string, std::uint64_t> resources;  ///< resource type to number of instances
 };
 

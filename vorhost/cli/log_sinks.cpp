@@ -1,14 +1,14 @@
 #include "vorhost/cli/log_sinks.h"
 
+#include "vorhost/cli/run_failure.h"
+#include "vorhost/services/core_logger.h"
+
 #include <cerrno>
 #include <cstring>
 #include <fstream>
 #include <iostream>
 #include <memory>
 #include <string>
-
-#include "vorhost/cli/run_failure.h"
-#include "vorhost/services/core_logger.h"
 
 namespace NVORHOST {
 namespace {
@@ -31,7 +31,9 @@ TLogSinks::TLogSinks(const TSourceOptions& options) {
     }
 }
 
-TLogSinks::~TLogSinks() { TCoreLogger::Get().ClearSinks(); }
+TLogSinks::~TLogSinks() {
+    TCoreLogger::Get().ClearSinks();
+}
 
 void TLogSinks::LogToFile(const std::string& path) {
     const auto stream = std::make_shared<std::ofstream>(path, std::ios::app | std::ios::binary);

@@ -1,10 +1,10 @@
 // Chooses where the core logger's lines go in one run.
 #pragma once
 
+#include "vorhost/cli/command_line.h"
+
 #include <string>
 #include <vector>
-
-#include "vorhost/cli/command_line.h"
 
 namespace NVORHOST {
 

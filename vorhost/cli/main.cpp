@@ -1,13 +1,13 @@
 // Entry point of vorhost: chooses the command and turns failures into one line and an exit status.
 
-#include <exception>
-#include <iostream>
-#include <variant>
-
 #include "vorhost/cli/collect_command.h"
 #include "vorhost/cli/command_line.h"
 #include "vorhost/cli/run_failure.h"
 #include "vorhost/cli/snapshot_command.h"
+
+#include <exception>
+#include <iostream>
+#include <variant>
 
 namespace {
 

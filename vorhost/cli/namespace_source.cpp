@@ -1,14 +1,5 @@
 #include "vorhost/cli/namespace_source.h"
 
-#include <filesystem>
-#include <memory>
-#include <optional>
-#include <set>
-#include <string_view>
-#include <system_error>
-
-#include <boost/make_shared.hpp>
-
 #include "host/os_specific.h"
 #include "vorhost/cimxml/load.h"
 #include "vorhost/cli/run_failure.h"
@@ -17,6 +8,15 @@
 #include "vorhost/system/captured_system_calls.h"
 #include "vorhost/system/live_system_calls.h"
 #include "vorhost/system/rooted_files.h"
+
+#include <boost/make_shared.hpp>
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string_view>
+#include <system_error>
 
 namespace NVORHOST {
 namespace {

@@ -1,14 +1,14 @@
 // Where a run's namespace comes from: this machine, a captured tree, or a file.
 #pragma once
 
-#include <cstddef>
-#include <string>
-#include <vector>
+#include "vorhost/cli/command_line.h"
+#include "vorhost/model/memory_namespace.h"
 
 #include <boost/shared_ptr.hpp>
 
-#include "vorhost/cli/command_line.h"
-#include "vorhost/model/memory_namespace.h"
+#include <cstddef>
+#include <string>
+#include <vector>
 
 namespace NVORHOST {
 
@@ -20,7 +20,8 @@ struct TNamespaceSource {
     std::vector<std::string> deniedSources;  ///< files that this user may not read, each once, sorted
 };
 
-/// Fills a namespace as the options say. Throws TRunFailure when a file cannot be read or a tree is not there.
+/// Fills a namespace as the options say. Throws TRunFailure when a file cannot be read or a tree is not
+/// there.
 TNamespaceSource ObtainNamespace(const TSourceOptions& options);
 
 }  // namespace NVORHOST

@@ -1,5 +1,7 @@
 #include "vorhost/cli/output_file.h"
 
+#include "vorhost/cli/run_failure.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -11,8 +13,6 @@
 #include <fstream>
 #include <iostream>
 #include <utility>
-
-#include "vorhost/cli/run_failure.h"
 
 namespace NVORHOST {
 namespace {

@@ -7,10 +7,9 @@
 
 namespace NVORHOST {
 
-/// Lets `write` fill a new file beside `path` and moves it over `path` once everything is on disk. "-" writes to
-/// standard output instead. An earlier file stays as it was unless all went well. Mode 0600: inventories carry serial
-/// numbers.
-/// Errors: throws TRunFailure with path and cause.
+/// Lets `write` fill a new file beside `path` and moves it over `path` once everything is on disk. "-" writes
+/// to standard output instead. An earlier file stays as it was unless all went well. Mode 0600: inventories
+/// carry serial numbers. Errors: throws TRunFailure with path and cause.
 void WriteOutputFile(const std::string& path, const std::function<void(std::ostream&)>& write);
 
 }  // namespace NVORHOST

@@ -1,5 +1,7 @@
 #include "vorhost/cli/private_directory.h"
 
+#include "vorhost/cli/run_failure.h"
+
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -11,8 +13,6 @@
 #include <filesystem>
 #include <string_view>
 #include <system_error>
-
-#include "vorhost/cli/run_failure.h"
 
 namespace NVORHOST {
 namespace {

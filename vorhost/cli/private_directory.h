@@ -1,14 +1,15 @@
-// A directory of one run's own inside the target directory: the plug-in writes there, and only finished files are
-// moved out. So a reader never sees half a file, and whatever happens to a run, an earlier inventory stays.
+// A directory of one run's own inside the target directory: the plug-in writes there, and only finished files
+// are moved out. So a reader never sees half a file, and whatever happens to a run, an earlier inventory
+// stays.
 #pragma once
 
 #include <string>
 
 namespace NVORHOST {
 
-/// Made on construction (mode 0700), removed with all it holds on destruction. It is locked as long as its run
-/// lives; those that dead runs have left in the same target are removed on construction.
-/// Errors: TRunFailure naming the target and the cause.
+/// Made on construction (mode 0700), removed with all it holds on destruction. It is locked as long as its
+/// run lives; those that dead runs have left in the same target are removed on construction. Errors:
+/// TRunFailure naming the target and the cause.
 class TPrivateDirectory {
   public:
     explicit TPrivateDirectory(const std::string& target);
@@ -19,8 +20,8 @@ class TPrivateDirectory {
     /// Absolute, so that it stays right when the working directory changes.
     const std::string& GetPath() const { return path_; }
 
-    /// Moves a finished file to the target under the same name, replacing what has that name there (a symbolic
-    /// link itself, not what it leads to), readable by its owner alone.
+    /// Moves a finished file to the target under the same name, replacing what has that name there (a
+    /// symbolic link itself, not what it leads to), readable by its owner alone.
     void MoveOut(const std::string& fileName);
 
   private:

@@ -5,7 +5,8 @@
 
 namespace NVORHOST {
 
-/// The plug-in that belongs to this program, in the build tree and installed alike. Not checked for existence.
+/// The plug-in that belongs to this program, in the build tree and installed alike. Not checked for
+/// existence.
 std::string FindOwnPlugin();
 
 }  // namespace NVORHOST

@@ -1,12 +1,12 @@
 #include "vorhost/cli/snapshot_command.h"
 
-#include <ostream>
-
 #include "vorhost/cimxml/save.h"
 #include "vorhost/cli/log_sinks.h"
 #include "vorhost/cli/namespace_source.h"
 #include "vorhost/cli/output_file.h"
 #include "vorhost/services/host_settings.h"
+
+#include <ostream>
 
 namespace NVORHOST {
 

@@ -46,7 +46,8 @@ std::string Count(std::size_t number, const std::string& word) {
 // The first few by name: enough to see what kind of thing is missing.
 std::string DescribeDenied(const std::vector<std::string>& sources) {
     constexpr std::size_t named = 3;
-    std::string text = Count(sources.size(), "source") + (sources.size() == 1 ? " needs" : " need") + " root: ";
+    std::string text =
+        Count(sources.size(), "source") + (sources.size() == 1 ? " needs" : " need") + " root: ";
     for (std::size_t i = 0; i < std::min(named, sources.size()); ++i) {
         text += (i == 0 ? "" : ", ") + sources[i];
     }
@@ -72,7 +73,8 @@ void PrintSummary(const TRunSummary& summary, std::ostream& out) {
     PrintRow(out, "Source", summary.origin);
     PrintRow(out, "Collected", DescribeResources(summary.documents.front()));
     if (summary.failedCollectors != 0) {
-        PrintRow(out, "Failed", Count(summary.failedCollectors, "collector") + "; the log tells which (--verbose)");
+        PrintRow(out, "Failed",
+                 Count(summary.failedCollectors, "collector") + "; the log tells which (--verbose)");
     }
     if (!summary.deniedSources.empty()) {
         PrintRow(out, "Denied", DescribeDenied(summary.deniedSources));

@@ -1,13 +1,13 @@
 // The summary of a run, for people.
 #pragma once
 
+#include "vorhost/cli/inventory_document.h"
+
 #include <chrono>
 #include <ostream>
 #include <string>
 #include <utility>
 #include <vector>
-
-#include "vorhost/cli/inventory_document.h"
 
 namespace NVORHOST {
 
@@ -22,7 +22,7 @@ struct TRunSummary {
     std::string machine;
     std::string directory;                      ///< where the documents are now
     std::vector<TInventoryDocument> documents;  ///< the hardware inventory first
-    std::string credential;  ///< what became of it, for people
+    std::string credential;                     ///< what became of it, for people
     std::size_t failedCollectors = 0;
     std::vector<std::string> deniedSources;
     std::vector<TStepTime> times;
