@@ -147,10 +147,15 @@ bool TNOXXMLWriterImpl::WriteAndSync(std::string_view text) {
         return buffer.sputn(text.data(), size) == size && buffer.pubsync() != -1;
     } catch (...) {
         // As with the stream's own operations: the exception comes out only of a stream that asks for it.
-        if ((out_.exceptions() & std::ios_base::badbit) != 0) {
-            throw;
+        if ((out_.exceptions() & std::ios_base::badbit) == 0) {
+            return false;
         }
-        return false;
+        try {
+            out_.setstate(std::ios_base::badbit);
+        } catch (const std::ios_base::failure&) {  // NOLINT(bugprone-empty-catch)
+            // Says less than the exception that is on its way.
+        }
+        throw;
     }
 }
 

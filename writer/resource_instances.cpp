@@ -5,6 +5,7 @@
 #include "writer/resource_catalogue.h"
 
 #include <algorithm>
+#include <optional>
 
 using NKELVOR20::ICIMClass;
 using NKELVOR20::ICIMInstance;
@@ -16,14 +17,15 @@ using NKELVOR20::TVORStatusCode;
 
 namespace {
 
-/// The class, or an empty handle when the namespace does not have it.
-boost::shared_ptr<ICIMClass> FindClass(ICIMNamespace& collected, const std::string& className) {
+/// The class as the host hands it out; nullopt when the namespace does not have it.
+std::optional<boost::shared_ptr<ICIMClass>> FindClass(ICIMNamespace& collected,
+                                                      const std::string& className) {
     try {
         return collected.GetClass(className, {});
     } catch (const TVORException& error) {
         const int code = error.GetStatusCode().GetCode();
         if (code == TVORStatusCode::classNotFound) {
-            return {};
+            return std::nullopt;
         }
         // Raised anew: whatever the host derives from it, callers see the plain exception with its code.
         throw TVORException(code);
@@ -34,11 +36,11 @@ boost::shared_ptr<ICIMClass> FindClass(ICIMNamespace& collected, const std::stri
 
 void TNOXXMLWriterImpl::WriteResourceInstance(std::string className, std::string resourceType,
                                               TNamespacePtr collected, bool /*flag*/) {
-    const boost::shared_ptr<ICIMClass> cimClass = FindClass(*collected, className);
+    const auto cimClass = FindClass(*collected, className);
     if (!cimClass) {
         return;
     }
-    const std::vector<TInstancePtr> instances = ListInstances(*cimClass);
+    const std::vector<TInstancePtr> instances = ListInstances(**cimClass);
     const TResourceClass* const resourceClass = FindResourceClass(className);
     if (resourceClass == nullptr) {
         return;
