@@ -5,6 +5,7 @@
 #include <array>
 #include <cstddef>
 #include <span>
+#include <type_traits>
 
 namespace NKELVOR20 {
 namespace {

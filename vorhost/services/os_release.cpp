@@ -1,6 +1,8 @@
 // os-release lines are shell assignments of one variable each, with the shell's quoting.
 #include "vorhost/services/os_release.h"
 
+#include <algorithm>
+
 namespace NVORHOST {
 namespace {
 

@@ -68,7 +68,7 @@ std::string TCIMSchemaHelper::GetMachineType(boost::shared_ptr<ICIMNamespace> co
 }
 
 std::string TCIMSchemaHelper::GetModelNumber(boost::shared_ptr<ICIMNamespace> collected) {
-    const std::string productName = GetProductName(collected);
+    std::string productName = GetProductName(collected);
     const auto mark = productName.find(typeMark);
     if (mark == std::string::npos) {
         return productName;

@@ -7,12 +7,13 @@
 #include <memory>
 #include <new>
 #include <string_view>
+#include <utility>
 
 namespace NVORHOST {
 namespace {
 
 constexpr long timeoutMilliseconds = 10'000;
-constexpr std::size_t largestBodyBytes = 64 * 1024;
+constexpr std::size_t largestBodyBytes = 65'536;
 
 // libcurl's process-wide state, for as long as the module stays loaded.
 class TCurlLibrary {

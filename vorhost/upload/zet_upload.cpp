@@ -12,6 +12,7 @@
 
 #include <array>
 #include <string_view>
+#include <utility>
 
 namespace NKELVOR20 {
 namespace {
