@@ -11,9 +11,11 @@
 #include <cstddef>
 #include <fstream>
 #include <memory>
+#include <new>
 #include <optional>
 #include <sstream>
 #include <string_view>
+#include <utility>
 
 using NKELVOR20::ICIMClass;
 using NKELVOR20::ICIMInstance;
@@ -31,6 +33,10 @@ namespace {
 // In the working directory, and left there: the host may want the files as well as the instance.
 constexpr char systemFileName[] = "systeminformation.xml.gz";
 constexpr char hardwareFileName[] = "hardwareinventory.xml.gz";
+
+// Room for the documents of some tens of thousands of resources. It is address space until text fills it;
+// text that has to grow is copied, and its memory touched anew, at every doubling.
+constexpr std::size_t documentRoom = std::size_t{64} << 20;
 
 constexpr char identityVariable[] = "ZETKELID";
 constexpr char resultClassName[] = "KELSG_CADAT";
@@ -75,6 +81,16 @@ std::string ReadIdentity(TNoxinfoPluginCallbacks& plugin) {
     }
     plugin.DebugOut("Got kelid is:" + *kelId);
     return *kelId;
+}
+
+std::stringstream MakeBuffer() {
+    std::string room;
+    try {
+        room.reserve(documentRoom);
+    } catch (const std::bad_alloc&) {
+        // Documents of most machines need a hundredth of it: start small and grow.
+    }
+    return std::stringstream(std::move(room), std::ios_base::in | std::ios_base::out);
 }
 
 void Empty(std::stringstream& buffer) {
@@ -124,7 +140,7 @@ std::string ReadHardwareBytes(TNoxinfoPluginCallbacks& plugin, std::stringstream
 // before the result instances need memory of their own.
 std::string ProduceFiles(TNoxinfoPluginCallbacks& plugin, const boost::shared_ptr<ICIMNamespace>& collected,
                          bool withSystemFile) {
-    std::stringstream buffer;
+    std::stringstream buffer = MakeBuffer();
     if (withSystemFile) {
         plugin.DebugOut("Ready for system inventory!");
         WriteDocument(&TNOXXMLWriterImpl::WriteSysInfoNamespace, collected, systemFileName, buffer);

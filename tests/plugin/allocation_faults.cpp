@@ -15,13 +15,20 @@ constexpr std::size_t countedSizes = 64;
 std::atomic<std::size_t> liveAllocations{0};
 std::array<std::atomic<std::size_t>, countedSizes> arrayAllocations{};
 
-// 0: no fault is due.
-std::atomic<std::size_t> allocationsToFault{0};
+// Among the allocations of at least the minimum size: how many still pass, then how many still fail.
 std::atomic<std::size_t> minimumFaultSize{0};
+std::atomic<std::size_t> allocationsToPass{0};
+std::atomic<std::size_t> allocationsToFail{0};
 
-bool FaultIsDue(std::size_t size) {
-    return allocationsToFault.load() != 0 && size >= minimumFaultSize.load() &&
-           allocationsToFault.fetch_sub(1) == 1;
+bool TakeOneOff(std::atomic<std::size_t>& count) noexcept {
+    std::size_t left = count;
+    while (left != 0 && !count.compare_exchange_weak(left, left - 1)) {
+    }
+    return left != 0;
+}
+
+bool FaultIsDue(std::size_t size) noexcept {
+    return size >= minimumFaultSize && !TakeOneOff(allocationsToPass) && TakeOneOff(allocationsToFail);
 }
 
 void* TryToAllocate(std::size_t size) noexcept {
@@ -91,17 +98,19 @@ std::size_t ArrayAllocationsOf(std::size_t size) {
     return arrayAllocations.at(size);
 }
 
-TAllocationFault::TAllocationFault(std::size_t number, std::size_t minimumSize) {
+TAllocationFault::TAllocationFault(std::size_t minimumSize, std::size_t passed, std::size_t failed) {
     minimumFaultSize = minimumSize;
-    allocationsToFault = number;
+    allocationsToPass = passed;
+    allocationsToFail = failed;
 }
 
 TAllocationFault::~TAllocationFault() {
-    allocationsToFault = 0;
+    allocationsToPass = 0;
+    allocationsToFail = 0;
 }
 
 bool TAllocationFault::HasStruck() const {
-    return allocationsToFault == 0;
+    return allocationsToFail == 0;
 }
 
 }  // namespace NTEST

@@ -113,9 +113,8 @@ TEST_F(TReadBack, YieldsNoBytesAndNoLineForAFileThatLostThem) {
 
 TEST_F(TReadBack, GoesOnWithoutBytesWhenTheFileCannotBeRead) {
     const auto resultClass = AddResultClass("KELSG_CADAT");
-    // The stream buffers of both files take 8192 bytes: the first is written through, the second read
-    // through.
-    const auto fault = TAllocationFault::OfSizeFrom(8192, 2);
+    // After the room for the text come the buffers of the two file streams: to write, then to read through.
+    const auto fault = TAllocationFault::OfSizeFrom(8192, 3);
     Request();
     ASSERT_TRUE(fault.HasStruck());
     EXPECT_THAT(host_.log, Contains(DebugLine("When read hwInventoryFile, a problem happened.")));
@@ -130,7 +129,8 @@ TEST_F(TReadBack, GoesOnWithTheBytesReadBeforeAProblem) {
     std::string encoded;
     {
         const TExchangedFile file(bytes);
-        const auto fault = TAllocationFault::OfSizeFrom(1'000'000);
+        // Neither the room that the text starts with, nor the growth that it needs instead.
+        const auto fault = TAllocationFault::OfFirst(2, 1'000'000);
         Request();
         ASSERT_TRUE(fault.HasStruck());
     }
@@ -146,9 +146,9 @@ TEST_F(TReadBack, MakesTheInstanceWithoutMemoryForTheEncodedText) {
     SetReachable("entity-4711");
     const auto resultClass = AddResultClass("KELSG_CADAT");
     {
-        // 250000 bytes fit a stream buffer of 262144; their text of 333336 is the first to need more.
+        // After the room for the text, the encoded one of 333336 bytes is the first to need as much.
         const TExchangedFile file(std::string(250'000, 'x'));
-        const auto fault = TAllocationFault::OfSizeFrom(300'000);
+        const auto fault = TAllocationFault::OfSizeFrom(300'000, 2);
         Request();
         ASSERT_TRUE(fault.HasStruck());
     }
@@ -156,6 +156,13 @@ TEST_F(TReadBack, MakesTheInstanceWithoutMemoryForTheEncodedText) {
     EXPECT_THAT(PropertiesOfOnlyInstance(*resultClass),
                 ElementsAre(Pair("InventoryRCF", "(null)"), Pair("KELID", "4711"),
                             Pair("MachineType", "8840"), Pair("Credential", "entity-4711")));
+}
+
+TEST_F(TReadBack, NeedsNoRoomAheadForItsDocuments) {
+    const auto fault = TAllocationFault::OfFirst(1, 1'000'000);
+    Request();
+    ASSERT_TRUE(fault.HasStruck());
+    EXPECT_EQ(NTEST::Unzip(NTEST::hardwareFile), HardwareDocument());
 }
 
 class TRequestShortOfMemory : public NTEST::TRequestFixture {
