@@ -82,6 +82,15 @@ TEST(LoadHostile, RefusesTagsCommentsAndInstructionsBeyondTheirLimit) {
     EXPECT_EQ(LoadError(InGroup("<!--" + std::string(60'000, 'x') + "-->")), "loaded");
 }
 
+TEST(LoadHostile, RefusesTagsWithMoreAttributesThanAnyNeeds) {
+    std::string tag = "<CIM";
+    for (int number = 1; number <= 64; ++number) {
+        tag += " a" + std::to_string(number) + "=\"\"";
+    }
+    EXPECT_EQ(LoadError(tag + "/>"), "loaded");
+    EXPECT_EQ(LoadError(tag + " b=\"\"/>"), "t.xml:1: a tag has more than 64 attributes");
+}
+
 TEST(LoadHostile, RefusesMorePropertiesThanAnInstanceMayHave) {
     std::string properties;
     for (int number = 1; number <= 4096; ++number) {

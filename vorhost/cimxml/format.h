@@ -16,6 +16,8 @@ constexpr std::string_view base64EncodingName = "base64";
 constexpr std::size_t maxElementDepth = 64;
 /// A tag, comment or processing instruction may be about this long, in bytes; values may have any length.
 constexpr std::size_t maxMarkupBytes = 64 * 1024;
+/// A tag may have this many attributes: looking for one that stands twice takes time with the square of them.
+constexpr std::size_t maxAttributes = 64;
 /// A name of a class or property may be this long, in bytes, so that it fits into a tag however it is
 /// escaped.
 constexpr std::size_t maxNameBytes = 4096;

@@ -55,7 +55,9 @@ std::optional<std::string_view> TXmlAttributes::Find(std::string_view name) cons
 
 class TXmlParser::TState {
   public:
-    explicit TState(IXmlEvents& events) : events_(events), context_(MakeContext(*this)) {}
+    explicit TState(IXmlEvents& events) : events_(events) {
+        context_ = MakeContext(*this);  // errors call back before there is a context
+    }
 
     void Parse(std::string_view piece, bool isLast) {
         Push(piece, isLast);
@@ -75,7 +77,7 @@ class TXmlParser::TState {
     bool IsWellFormed() const { return context_->wellFormed != 0; }
 
     int GetLine() const {
-        const bool isOpen = failureLine_ == 0 && context_->input != nullptr;
+        const bool isOpen = failureLine_ == 0 && context_ != nullptr && context_->input != nullptr;
         return isOpen ? context_->input->line : failureLine_;
     }
 
@@ -135,7 +137,9 @@ class TXmlParser::TState {
         } catch (...) {
             state.failureLine_ = state.GetLine();
             state.failure_ = std::current_exception();
-            xmlStopParser(state.context_.get());
+            if (state.context_ != nullptr) {
+                xmlStopParser(state.context_.get());
+            }
         }
     }
 
@@ -147,8 +151,11 @@ class TXmlParser::TState {
                 throw TCimXmlCause("elements stand deeper than " + std::to_string(maxElementDepth) +
                                    " levels");
             }
-            const std::size_t count = static_cast<std::size_t>(attributeCount) * partsPerAttribute;
-            const TXmlAttributes found(std::span(attributes, count));
+            const auto count = static_cast<std::size_t>(attributeCount);
+            if (count > maxAttributes) {
+                throw TCimXmlCause("a tag has more than " + std::to_string(maxAttributes) + " attributes");
+            }
+            const TXmlAttributes found(std::span(attributes, count * partsPerAttribute));
             if (prefix == nullptr) {
                 state.events_.StartElement(AsView(name), found);
             } else {
