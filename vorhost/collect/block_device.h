@@ -1,6 +1,9 @@
 // The disks among the kernel's block devices: what each is, where it sits and what it says of itself.
 #pragma once
 
+#include "vorhost/collect/source_patterns.h"
+
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -36,5 +39,20 @@ struct TDisk {
 /// RAM and zram devices, md and dm devices, optical drives, floppy drives, hardware partitions of MMC,
 /// hidden paths of multipath NVMe.
 std::vector<TDisk> ReadDisks(TCollection& collection);
+
+/// What that reads.
+inline constexpr std::array<TSourcePattern, 11> diskSources{
+    "/sys/block",
+    "/sys/block/*",
+    "/sys/block/*/*",
+    "/sys/block/*/device/*",
+    "/sys/block/*/queue/logical_block_size",
+    "/sys/class/scsi_host/*/proc_name",
+    "/sys/devices/**/ata_port/*/port_no",
+    "/sys/devices/**/sas_device/*/sas_address",
+    "/sys/devices/**/usb*/version",
+    "/sys/devices/**/serial",
+    "/sys/devices/**/usb*/serial",
+};
 
 }  // namespace NVORHOST

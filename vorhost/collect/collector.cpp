@@ -6,12 +6,15 @@
 #include "vorhost/collect/data_source.h"
 #include "vorhost/collect/disk_drive.h"
 #include "vorhost/collect/disk_partition.h"
+#include "vorhost/collect/ip_endpoint.h"
 #include "vorhost/collect/operating_system.h"
 #include "vorhost/collect/pci_function.h"
+#include "vorhost/collect/process.h"
 #include "vorhost/collect/processor.h"
 #include "vorhost/collect/result_class.h"
 #include "vorhost/system/recording_files.h"
 
+#include <algorithm>
 #include <exception>
 #include <unordered_set>
 
@@ -67,17 +70,47 @@ std::span<const TCollector> GetCollectors() {
     // Row order is the order of running, of the classes in the namespace and of listings.
     static const TCollector collectors[] = {
         {"computer-system", "The machine: maker, product, serial number, identity",
-         GetComputerSystemClasses(), CollectComputerSystem},
+         GetComputerSystemClasses(), GetComputerSystemSources(), CollectComputerSystem},
         {"operating-system", "The running system: name, kernel, memory, times", GetOperatingSystemClasses(),
-         CollectOperatingSystem},
-        {"processor", "Processors in their sockets", GetProcessorClasses(), CollectProcessors},
-        {"disk", "Disks, physical and virtual", GetDiskDriveClasses(), CollectDiskDrives},
-        {"partition", "Partitions of the disks", GetDiskPartitionClasses(), CollectDiskPartitions},
-        {"pci", "Functions and bridges on the PCI buses", GetPciFunctionClasses(), CollectPciFunctions},
-        {"data-source", "This program and its version", GetDataSourceClasses(), CollectDataSource},
-        {"result", "The class that plug-ins put their results into", GetResultClasses(), CollectResultClass},
+         GetOperatingSystemSources(), CollectOperatingSystem},
+        {"processor", "Processors in their sockets", GetProcessorClasses(), GetProcessorSources(),
+         CollectProcessors},
+        {"disk", "Disks, physical and virtual", GetDiskDriveClasses(), GetDiskDriveSources(),
+         CollectDiskDrives},
+        {"partition", "Partitions of the disks", GetDiskPartitionClasses(), GetDiskPartitionSources(),
+         CollectDiskPartitions},
+        {"pci", "Functions and bridges on the PCI buses", GetPciFunctionClasses(), GetPciFunctionSources(),
+         CollectPciFunctions},
+        {"ip-endpoint", "Addresses of the network interfaces", GetIpEndpointClasses(), GetIpEndpointSources(),
+         CollectIpEndpoints},
+        {"process", "What runs on the machine", GetProcessClasses(), GetProcessSources(), CollectProcesses,
+         /*onlyWhenAskedFor=*/true},
+        {"data-source", "This program and its version", GetDataSourceClasses(), GetDataSourceSources(),
+         CollectDataSource},
+        {"result", "The class that plug-ins put their results into", GetResultClasses(), GetResultSources(),
+         CollectResultClass},
     };
     return collectors;
+}
+
+std::vector<TCollector> ChooseCollectors(const TCollectorChoice& choice) {
+    const auto names = [](const std::vector<std::string>& list, const TCollector& collector) {
+        return std::ranges::find(list, collector.name) != list.end();
+    };
+    std::vector<TCollector> chosen;
+    for (const TCollector& collector : GetCollectors()) {
+        const bool isWanted =
+            choice.only.empty() ? !collector.onlyWhenAskedFor : names(choice.only, collector);
+        const bool isAskedFor = choice.withProcesses && collector.onlyWhenAskedFor;
+        if ((isWanted || isAskedFor) && !names(choice.skip, collector)) {
+            chosen.push_back(collector);
+        }
+    }
+    return chosen;
+}
+
+std::vector<TCollectReport> CollectAll(const TCollectContext& context) {
+    return CollectAll(context, ChooseCollectors({}));
 }
 
 std::vector<TCollectReport> CollectAll(const TCollectContext& context,

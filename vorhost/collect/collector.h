@@ -8,6 +8,7 @@
 #include "host/cim_date_time.h"
 #include "vorhost/collect/class_shape.h"
 #include "vorhost/collect/device_names.h"
+#include "vorhost/collect/source_patterns.h"
 #include "vorhost/model/memory_namespace.h"
 #include "vorhost/system/system_calls.h"
 #include "vorhost/system/system_files.h"
@@ -41,11 +42,23 @@ struct TCollector {
     std::string_view name;               ///< as in listings and options, for example "processor"
     std::string_view description;        ///< one line for people
     std::span<const TClassShape> fills;  ///< the classes whose instances it commits; declared before it runs
+    std::span<const TSourcePattern> reads;  ///< every path that it may look at
     void (*collect)(TCollection& collection);
+    bool onlyWhenAskedFor = false;  ///< not part of a collection that names no collectors
 };
 
 /// Every collector in the order in which they run and in which their classes enter the namespace.
 std::span<const TCollector> GetCollectors();
+
+/// Which collectors run, by name. Names that no collector has choose none.
+struct TCollectorChoice {
+    std::vector<std::string> only;  ///< empty: every one that need not be asked for
+    std::vector<std::string> skip;  ///< counts more than `only`
+    bool withProcesses = false;     ///< the processes too
+};
+
+/// The chosen ones in the order of GetCollectors. One that is to be asked for runs when `only` names it, too.
+std::vector<TCollector> ChooseCollectors(const TCollectorChoice& choice);
 
 /// How one collector fared. Paths are in the order of the first access, each one once; what an earlier
 /// collector of the same run read for all of them is reported with that one.
@@ -64,6 +77,9 @@ struct TCollectReport {
 /// order. One that throws is reported; the others run all the same, and what the failed one had committed
 /// stays.
 std::vector<TCollectReport> CollectAll(const TCollectContext& context,
-                                       std::span<const TCollector> collectors = GetCollectors());
+                                       std::span<const TCollector> collectors);
+
+/// The same with every collector that need not be asked for.
+std::vector<TCollectReport> CollectAll(const TCollectContext& context);
 
 }  // namespace NVORHOST

@@ -32,6 +32,17 @@ constexpr TClassShape classes[] = {
     MakeShape<TComputerSystem, computerSystemRows>("KELSG_ComputerSystem"),
 };
 
+constexpr auto sourcePatterns = Join(smbiosSources, std::array<TSourcePattern, 8>{
+                                                        "/sys/class/dmi/id",
+                                                        "/sys/class/dmi/id/*",
+                                                        "/proc/device-tree",
+                                                        "/proc/device-tree/*",
+                                                        "/sys/hypervisor/type",
+                                                        "/sys/hypervisor/uuid",
+                                                        "/sys/firmware/acpi/tables/FACP",
+                                                        "/proc/cpuinfo",
+                                                    });
+
 std::optional<TOperationalStatus> ReadChassisStatus(TCollection& collection) {
     const TSmbiosStructure* structure = collection.GetSmbios().FindFirst(3);
     if (structure == nullptr) {
@@ -45,6 +56,10 @@ std::optional<TOperationalStatus> ReadChassisStatus(TCollection& collection) {
 
 std::span<const TClassShape> GetComputerSystemClasses() {
     return classes;
+}
+
+std::span<const TSourcePattern> GetComputerSystemSources() {
+    return sourcePatterns;
 }
 
 void CollectComputerSystem(TCollection& collection) {

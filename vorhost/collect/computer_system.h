@@ -2,6 +2,7 @@
 #pragma once
 
 #include "vorhost/collect/class_shape.h"
+#include "vorhost/collect/source_patterns.h"
 
 #include <span>
 
@@ -13,5 +14,6 @@ class TCollection;
 /// the device tree's, or names the hypervisor, or at last the processor.
 void CollectComputerSystem(TCollection& collection);
 std::span<const TClassShape> GetComputerSystemClasses();
+std::span<const TSourcePattern> GetComputerSystemSources();
 
 }  // namespace NVORHOST

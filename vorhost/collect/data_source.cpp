@@ -21,10 +21,16 @@ constexpr TClassShape classes[] = {
     MakeShape<TDataSource, dataSourceRows>("KELSG_DataSource"),
 };
 
+constexpr std::span<const TSourcePattern> sourcePatterns;  // the program knows itself
+
 }  // namespace
 
 std::span<const TClassShape> GetDataSourceClasses() {
     return classes;
+}
+
+std::span<const TSourcePattern> GetDataSourceSources() {
+    return sourcePatterns;
 }
 
 void CollectDataSource(TCollection& collection) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "vorhost/collect/class_shape.h"
+#include "vorhost/collect/source_patterns.h"
 
 #include <span>
 
@@ -12,5 +13,6 @@ class TCollection;
 /// One instance, whose Version is this project's.
 void CollectDataSource(TCollection& collection);
 std::span<const TClassShape> GetDataSourceClasses();
+std::span<const TSourcePattern> GetDataSourceSources();
 
 }  // namespace NVORHOST

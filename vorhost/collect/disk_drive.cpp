@@ -39,6 +39,8 @@ constexpr TClassShape classes[] = {
     MakeShape<TDrive, driveRows>("CIM_DiskDrive"),
 };
 
+constexpr auto sourcePatterns = diskSources;
+
 struct TBackingRow {
     EDiskBacking backing;
     const TClassShape& shape;
@@ -84,6 +86,10 @@ TDrive MakeDrive(const TDisk& disk, std::string_view words) {
 
 std::span<const TClassShape> GetDiskDriveClasses() {
     return classes;
+}
+
+std::span<const TSourcePattern> GetDiskDriveSources() {
+    return sourcePatterns;
 }
 
 void CollectDiskDrives(TCollection& collection) {

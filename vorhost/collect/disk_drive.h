@@ -2,6 +2,7 @@
 #pragma once
 
 #include "vorhost/collect/class_shape.h"
+#include "vorhost/collect/source_patterns.h"
 
 #include <span>
 
@@ -13,5 +14,6 @@ class TCollection;
 /// RAID adapter presents as CIM_DiskDrive.
 void CollectDiskDrives(TCollection& collection);
 std::span<const TClassShape> GetDiskDriveClasses();
+std::span<const TSourcePattern> GetDiskDriveSources();
 
 }  // namespace NVORHOST

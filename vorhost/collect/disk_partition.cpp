@@ -44,6 +44,15 @@ constexpr TClassShape classes[] = {
     MakeShape<TPartition, partitionRows>("CIM_DiskPartition"),
 };
 
+constexpr auto sourcePatterns = Join(diskSources, std::array<TSourcePattern, 6>{
+                                                      "/sys/block/*",
+                                                      "/sys/block/*/*/partition",
+                                                      "/sys/block/*/*/uevent",
+                                                      "/sys/block/*/*/dev",
+                                                      "/sys/block/*/*/size",
+                                                      "/run/udev/data/b*",
+                                                  });
+
 // CIM_DiskPartition.PartitionType.
 constexpr std::uint16_t primaryType = 1;
 constexpr std::uint16_t extendedType = 2;
@@ -248,6 +257,10 @@ TKeySource MakeKeySource(const TPartitionSource& source) {
 
 std::span<const TClassShape> GetDiskPartitionClasses() {
     return classes;
+}
+
+std::span<const TSourcePattern> GetDiskPartitionSources() {
+    return sourcePatterns;
 }
 
 void CollectDiskPartitions(TCollection& collection) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "vorhost/collect/class_shape.h"
+#include "vorhost/collect/source_patterns.h"
 
 #include <span>
 
@@ -12,5 +13,6 @@ class TCollection;
 /// One instance for each partition of a disk, disk by disk in the order of their numbers.
 void CollectDiskPartitions(TCollection& collection);
 std::span<const TClassShape> GetDiskPartitionClasses();
+std::span<const TSourcePattern> GetDiskPartitionSources();
 
 }  // namespace NVORHOST

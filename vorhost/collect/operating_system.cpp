@@ -50,6 +50,10 @@ constexpr TClassShape classes[] = {
     MakeShape<TOperatingSystem, operatingSystemRows>("KELSG_OperatingSystem"),
 };
 
+constexpr std::array<TSourcePattern, 6> sourcePatterns{
+    "/etc/os-release", "/usr/lib/os-release", "/proc", "/proc/meminfo", "/proc/stat", "/run/utmp",
+};
+
 std::optional<std::uint64_t> Add(std::optional<std::uint64_t> left, std::optional<std::uint64_t> right) {
     return left && right ? std::optional(*left + *right) : std::nullopt;
 }
@@ -131,6 +135,10 @@ void SetCounts(const ISystemFiles& files, TOperatingSystem& system) {
 
 std::span<const TClassShape> GetOperatingSystemClasses() {
     return classes;
+}
+
+std::span<const TSourcePattern> GetOperatingSystemSources() {
+    return sourcePatterns;
 }
 
 void CollectOperatingSystem(TCollection& collection) {

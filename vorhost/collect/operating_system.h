@@ -2,6 +2,7 @@
 #pragma once
 
 #include "vorhost/collect/class_shape.h"
+#include "vorhost/collect/source_patterns.h"
 
 #include <span>
 
@@ -12,5 +13,6 @@ class TCollection;
 /// One instance.
 void CollectOperatingSystem(TCollection& collection);
 std::span<const TClassShape> GetOperatingSystemClasses();
+std::span<const TSourcePattern> GetOperatingSystemSources();
 
 }  // namespace NVORHOST

@@ -1,6 +1,6 @@
 #include "vorhost/collect/operational_status.h"
 
-#include <iterator>
+#include <span>
 
 namespace NVORHOST {
 
@@ -33,6 +33,12 @@ constexpr TStateWord diskStates[] = {
     {"dead", 7},
 };
 
+// 0 unknown, 1 other, 10 stopped, 11 in service, 15 dormant, 16 supporting entity in error.
+constexpr TStateWord interfaceStates[] = {
+    {"up", statusOk}, {"down", 10},      {"lowerlayerdown", 16}, {"dormant", 15},
+    {"testing", 11},  {"notpresent", 1}, {"unknown", 0},  // loopback says so while it works
+};
+
 struct TStateCode {
     std::uint8_t code;
     std::uint16_t status;
@@ -58,15 +64,23 @@ constexpr TStateCode chassisStates[] = {
     {6, 7},         // non-recoverable
 };
 
-}  // namespace
-
-std::optional<TOperationalStatus> FindDiskStatus(std::string_view state) {
-    for (const TStateWord& row : diskStates) {
-        if (row.word == state) {
+std::optional<TOperationalStatus> FindWord(std::span<const TStateWord> states, std::string_view word) {
+    for (const TStateWord& row : states) {
+        if (row.word == word) {
             return TOperationalStatus{row.status};
         }
     }
     return std::nullopt;
+}
+
+}  // namespace
+
+std::optional<TOperationalStatus> FindDiskStatus(std::string_view state) {
+    return FindWord(diskStates, state);
+}
+
+std::optional<TOperationalStatus> FindInterfaceStatus(std::string_view state) {
+    return FindWord(interfaceStates, state);
 }
 
 std::optional<TOperationalStatus> FindProcessorStatus(std::uint8_t status) {

@@ -16,6 +16,9 @@ inline constexpr std::uint16_t statusOk = 2;
 /// Of the state of a SCSI disk or an NVMe controller. Absent for a word that neither driver has.
 std::optional<TOperationalStatus> FindDiskStatus(std::string_view state);
 
+/// Of the operstate of a network interface (RFC 2863, as the kernel writes it). Absent for another word.
+std::optional<TOperationalStatus> FindInterfaceStatus(std::string_view state);
+
 /// Of the status of an SMBIOS processor structure (bits 2:0). Absent for reserved codes.
 std::optional<TOperationalStatus> FindProcessorStatus(std::uint8_t status);
 

@@ -75,6 +75,11 @@ constexpr TClassShape classes[] = {
     MakeShape<TFunction, bridgeRows>("KELSG_PCIBridge"),
 };
 
+constexpr std::array<TSourcePattern, 2> sourcePatterns{
+    "/sys/bus/pci/devices",
+    "/sys/bus/pci/devices/*/*",
+};
+
 // ---- value maps
 
 struct TClassValue {
@@ -339,6 +344,10 @@ TFunction MakeFunction(TCollection& collection, const TPciSource& source) {
 
 std::span<const TClassShape> GetPciFunctionClasses() {
     return classes;
+}
+
+std::span<const TSourcePattern> GetPciFunctionSources() {
+    return sourcePatterns;
 }
 
 void CollectPciFunctions(TCollection& collection) {

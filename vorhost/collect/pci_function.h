@@ -2,6 +2,7 @@
 #pragma once
 
 #include "vorhost/collect/class_shape.h"
+#include "vorhost/collect/source_patterns.h"
 
 #include <span>
 
@@ -13,5 +14,6 @@ class TCollection;
 /// KELSG_PCIBridge for types 1 and 2. A function whose registers cannot be read is sorted by its class.
 void CollectPciFunctions(TCollection& collection);
 std::span<const TClassShape> GetPciFunctionClasses();
+std::span<const TSourcePattern> GetPciFunctionSources();
 
 }  // namespace NVORHOST

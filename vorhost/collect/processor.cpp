@@ -38,6 +38,13 @@ constexpr TClassShape classes[] = {
     MakeShape<TProcessor, processorRows>("KELSG_Processor"),
 };
 
+constexpr auto sourcePatterns = Join(smbiosSources, std::array<TSourcePattern, 4>{
+                                                        "/proc/cpuinfo",
+                                                        "/sys/devices/system/cpu",
+                                                        "/sys/devices/system/cpu/cpu*/topology/*",
+                                                        "/sys/devices/system/cpu/cpu*/cpufreq/*",
+                                                    });
+
 // Model names carry runs of blanks: "Intel(R) Xeon(R) CPU           E5540  @ 2.53GHz".
 std::string SqueezeBlanks(std::string_view text) {
     std::string squeezed;
@@ -189,6 +196,10 @@ TFoundProcessors TakePackages(const std::vector<TProcessorPackage>& packages) {
 
 std::span<const TClassShape> GetProcessorClasses() {
     return classes;
+}
+
+std::span<const TSourcePattern> GetProcessorSources() {
+    return sourcePatterns;
 }
 
 void CollectProcessors(TCollection& collection) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "vorhost/collect/class_shape.h"
+#include "vorhost/collect/source_patterns.h"
 
 #include <span>
 
@@ -13,5 +14,6 @@ class TCollection;
 /// when there are as many of one as of the other; without such a table one for each package.
 void CollectProcessors(TCollection& collection);
 std::span<const TClassShape> GetProcessorClasses();
+std::span<const TSourcePattern> GetProcessorSources();
 
 }  // namespace NVORHOST

@@ -19,10 +19,16 @@ constexpr TClassShape classes[] = {
     MakeShape<TResult, resultRows>("KELSG_CADAT"),
 };
 
+constexpr std::span<const TSourcePattern> sourcePatterns;  // a declaration, no collection
+
 }  // namespace
 
 std::span<const TClassShape> GetResultClasses() {
     return classes;
+}
+
+std::span<const TSourcePattern> GetResultSources() {
+    return sourcePatterns;
 }
 
 void CollectResultClass(TCollection&) {}

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "vorhost/collect/class_shape.h"
+#include "vorhost/collect/source_patterns.h"
 
 #include <span>
 
@@ -12,5 +13,6 @@ class TCollection;
 /// Commits nothing: the class is declared with the others, and that is all a plug-in needs.
 void CollectResultClass(TCollection& collection);
 std::span<const TClassShape> GetResultClasses();
+std::span<const TSourcePattern> GetResultSources();
 
 }  // namespace NVORHOST

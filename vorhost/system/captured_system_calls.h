@@ -24,6 +24,7 @@ class TCapturedSystemCalls final : public ISystemCalls {
     std::optional<std::uint32_t> ClockTicksPerSecond() const override { return std::nullopt; }
     std::optional<std::string> HypervisorSignature() const override { return std::nullopt; }
     std::optional<int> UtcOffsetMinutes(std::int64_t) const override { return std::nullopt; }
+    std::optional<std::vector<TInterfaceAddress>> InterfaceAddresses() const override { return std::nullopt; }
 
   private:
     const ISystemFiles& files_;

@@ -1,9 +1,12 @@
 #include "vorhost/system/live_system_calls.h"
 
+#include <ifaddrs.h>
+#include <netinet/in.h>
 #include <sys/auxv.h>
 #include <sys/utsname.h>
 
 #include <ctime>
+#include <memory>
 
 #if defined(__x86_64__) || defined(__i386__)
 #include <cpuid.h>
@@ -29,6 +32,36 @@ std::optional<std::uint32_t> ReadAuxiliaryValue(unsigned long type) {
     const unsigned long value = getauxval(type);
     return value == 0 ? std::nullopt : std::optional(static_cast<std::uint32_t>(value));
 }
+
+template <typename TAddress>
+std::string BytesOf(const TAddress& address) {
+    return {reinterpret_cast<const char*>(&address), sizeof(address)};  // NOLINT(*-reinterpret-cast)
+}
+
+// Empty for addresses of other families.
+std::string AddressOf(const sockaddr* address) {
+    if (address == nullptr) {
+        return {};
+    }
+    // The family says what the structure really is.
+    switch (address->sa_family) {
+        case AF_INET:
+            return BytesOf(reinterpret_cast<const sockaddr_in*>(address)->sin_addr);  // NOLINT(*-cast)
+        case AF_INET6:
+            return BytesOf(reinterpret_cast<const sockaddr_in6*>(address)->sin6_addr);  // NOLINT(*-cast)
+        default:
+            return {};
+    }
+}
+
+// An IPv4 address may carry a label of its own, "eth0:1".
+std::string InterfaceOf(std::string_view label) {
+    return std::string(label.substr(0, label.find(':')));
+}
+
+struct TFreeAddresses {
+    void operator()(ifaddrs* addresses) const { freeifaddrs(addresses); }
+};
 
 }  // namespace
 
@@ -82,6 +115,22 @@ std::optional<int> TLiveSystemCalls::UtcOffsetMinutes(std::int64_t secondsSinceE
         return std::nullopt;
     }
     return static_cast<int>(local.tm_gmtoff / 60);
+}
+
+std::optional<std::vector<TInterfaceAddress>> TLiveSystemCalls::InterfaceAddresses() const {
+    ifaddrs* first = nullptr;
+    if (getifaddrs(&first) != 0) {
+        return std::nullopt;
+    }
+    const std::unique_ptr<ifaddrs, TFreeAddresses> owner(first);
+    std::vector<TInterfaceAddress> addresses;
+    for (const ifaddrs* row = first; row != nullptr; row = row->ifa_next) {
+        std::string address = AddressOf(row->ifa_addr);
+        if (!address.empty()) {
+            addresses.push_back({InterfaceOf(row->ifa_name), std::move(address)});
+        }
+    }
+    return addresses;
 }
 
 }  // namespace NVORHOST

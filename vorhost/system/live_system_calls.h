@@ -15,6 +15,8 @@ class TLiveSystemCalls final : public ISystemCalls {
     std::optional<std::string> HypervisorSignature() const override;
     /// By the process's time zone (TZ, else /etc/localtime).
     std::optional<int> UtcOffsetMinutes(std::int64_t secondsSinceEpoch) const override;
+    /// getifaddrs(3).
+    std::optional<std::vector<TInterfaceAddress>> InterfaceAddresses() const override;
 };
 
 }  // namespace NVORHOST

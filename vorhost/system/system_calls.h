@@ -5,8 +5,15 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace NVORHOST {
+
+/// An address of a network interface.
+struct TInterfaceAddress {
+    std::string interface;
+    std::string address;  ///< 4 or 16 bytes in network order
+};
 
 class ISystemCalls {
   public:
@@ -25,6 +32,8 @@ class ISystemCalls {
     virtual std::optional<std::string> HypervisorSignature() const = 0;
     /// Minutes east of UTC that local time was ahead at a moment (seconds since 1970-01-01 UTC).
     virtual std::optional<int> UtcOffsetMinutes(std::int64_t secondsSinceEpoch) const = 0;
+    /// Every IPv4 and IPv6 address of every interface, in any order.
+    virtual std::optional<std::vector<TInterfaceAddress>> InterfaceAddresses() const = 0;
 };
 
 }  // namespace NVORHOST
