@@ -134,7 +134,7 @@ void TNOXXMLWriterImpl::MD5(const char* data, unsigned int length, unsigned char
     // Whole blocks, cleared before the data goes in, as a size known in advance is cleared in a few stores.
     std::memset(end - blockSize, 0, blockSize);
     if (padding > blockSize) {
-        std::memset(end - 2 * blockSize, 0, blockSize);
+        std::memset(end - std::size_t{2} * blockSize, 0, blockSize);
     }
     if (length != 0) {  // no data may come with a null pointer
         std::memcpy(message.get(), data, length);

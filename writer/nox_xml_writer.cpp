@@ -1,7 +1,8 @@
-// The frame that both documents share, and the hardware-inventory document, whose lists come from one table.
+// The frame that both documents share, and the hardware-inventory document.
 #include "writer/nox_xml_writer.h"
 
 #include "host/plugin_callbacks.h"
+#include "writer/resource_lists.h"
 
 using NKELVOR20::logicalDevice;
 using NKELVOR20::noxSystemInfo;
@@ -10,51 +11,6 @@ using NKELVOR20::physicalElement;
 namespace {
 
 constexpr std::string_view namespaceUri = NOXINFO_NAMESPACE_URI;
-
-// Types of their own, so that a row with swapped cells does not compile.
-struct TListedType {
-    std::string_view name;
-};
-struct TSourceClass {
-    std::string_view name;
-};
-
-/// The instances of `source`, listed as `type` in the resource list named `list`.
-struct TListRow {
-    const std::string* list;
-    TListedType type;
-    TSourceClass source;
-    bool flag;
-};
-
-// Row order is document order. DVD drives are listed as diskette drives: readers of the documents expect it.
-// clang-format off
-constexpr TListRow listRows[] = {
-    {&physicalElement, {"Slot"},              {"KELSG_SystemSlot"},            false},
-    {&physicalElement, {"PhysicalMemory"},    {"KELSG_SPDData"},               false},
-    {&physicalElement, {"Card"},              {"KELSG_Card"},                  false},
-    {&logicalDevice,   {"Processor"},         {"KELSG_Processor"},             true},
-    {&logicalDevice,   {"DiskDrive"},         {"KELSG_DiskDrive"},             false},
-    {&logicalDevice,   {"DiskDrive"},         {"CIM_DiskDrive"},               true},
-    {&logicalDevice,   {"DisketteDrive"},     {"KELSG_DisketteDrive"},         false},
-    {&logicalDevice,   {"TapeDrive"},         {"KELSG_TapeDrive"},             false},
-    {&logicalDevice,   {"OpticalDrive"},      {"KELSG_CDROMDrive"},            false},
-    {&logicalDevice,   {"DisketteDrive"},     {"KELSG_DVDDrive"},              false},
-    {&logicalDevice,   {"DiskPartition"},     {"CIM_DiskPartition"},           true},
-    {&logicalDevice,   {"Memory"},            {"KELSG_ACPI"},                  true},
-    {&logicalDevice,   {"Memory"},            {"KELSG_MAS"},                   false},
-    {&logicalDevice,   {"LogicalVolume"},     {"KELSG_LSILogicalDisk"},        false},
-    {&logicalDevice,   {"LogicalVolume"},     {"KELSG_LSIIDELogicalDisk"},     false},
-    {&logicalDevice,   {"LogicalVolume"},     {"KELSG_srLogicalDisk"},         false},
-    {&logicalDevice,   {"LogicalVolume"},     {"KELSG_LogicalDisk"},           false},
-    {&logicalDevice,   {"IDEController"},     {"KELSG_IDEProtocolController"}, true},
-    {&logicalDevice,   {"USBPort"},           {"KELSG_USBPort"},               false},
-    {&logicalDevice,   {"DisplayController"}, {"KELSG_VideoController"},       false},
-    {&logicalDevice,   {"PCIDevice"},         {"KELSG_PCIDevice"},             false},
-    {&logicalDevice,   {"PCIBridge"},         {"KELSG_PCIBridge"},             false},
-    {&logicalDevice,   {"USBController"},     {"KELSG_USBController"},         false},
-};
-// clang-format on
 
 }  // namespace
 
@@ -115,7 +71,7 @@ bool TNOXXMLWriterImpl::WriteResourceCollectionStatus(TNamespacePtr /*collected*
 
 bool TNOXXMLWriterImpl::WriteResourceList(std::string resourceType, TNamespacePtr collected) {
     WriteLine(R"(<ResourceList resourceType=")", resourceType, R"(">)");
-    for (const TListRow& row : listRows) {
+    for (const TListRow& row : GetResourceLists()) {
         if (*row.list == resourceType) {
             WriteResourceInstance(std::string(row.source.name), std::string(row.type.name), collected,
                                   row.flag);

@@ -8,7 +8,6 @@
 
 using NKELVOR20::ICIMInstance;
 using NKELVOR20::ICIMProperty;
-using NKELVOR20::TCIMDateTime;
 using NKELVOR20::TCIMValue;
 using NKELVOR20::TOSSpecific;
 using ECIMType = TCIMValue::TCIMType::ECIMType;
