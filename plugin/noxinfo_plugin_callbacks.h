@@ -19,7 +19,7 @@ inline constexpr char kPluginVersion[] = "1.0";
 
 /// The query plug-in. Holds no data: all that a request needs lives on the stack of `GetData`, so calls are
 /// independent of each other. Requests must not overlap in one working directory, since they write the same
-/// files.
+/// files. Text travels by value, as it does in the host's interfaces.
 class TNoxinfoPluginCallbacks : public NKELVOR20::IPluginCallbacks,
                                 public NKELVOR20::IPluginBasicQueryCallbacks {
   public:

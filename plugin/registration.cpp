@@ -8,7 +8,7 @@ namespace {
 // constructor throws leaves through the loading of the library.
 [[gnu::constructor]] void BasicAnalInit() {
     // The plug-in manager owns the object and ends it with PrepareForUnload.
-    new TNoxinfoPluginCallbacks;  // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks)
-}
+    new TNoxinfoPluginCallbacks;
+}  // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks)
 
 }  // namespace
