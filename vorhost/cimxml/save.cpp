@@ -278,7 +278,7 @@ class TDocumentWriter {
         out_.Markup(element);
         out_.Attribute("NAME", property.name);
         if (element != "PROPERTY.REFERENCE") {  // whose element says the type
-            out_.Attribute("TYPE", property.type.ToString());
+            out_.Attribute("TYPE", CimTypeName(property.type));
         }
         if (property.value == nullptr || property.value->IsNull()) {
             out_.Markup("/>\n");

@@ -278,6 +278,7 @@ std::string HaveNoBytes(const TCIMValue& value) {
 // How one type is written. Rows in the order of the type codes, from 1 on: the code finds the row.
 struct TTypeRow {
     TCIMType::ECIMType type;
+    std::string_view name;
     TCIMValue (*parseText)(TCIMType type, const std::string& text);
     TOptionalText (*text)(const TCIMValue& value);
     TCIMValue (*parseBytes)(TCIMType type, const std::string& bytes);
@@ -285,31 +286,32 @@ struct TTypeRow {
 };
 
 template <std::integral T>
-constexpr TTypeRow IntegerRow(TCIMType::ECIMType type) {
-    return {type, ParseInteger<T>, IntegerText, RefuseBytes, HaveNoBytes};
+constexpr TTypeRow IntegerRow(TCIMType::ECIMType type, std::string_view name) {
+    return {type, name, ParseInteger<T>, IntegerText, RefuseBytes, HaveNoBytes};
 }
 
 template <std::floating_point T, std::unsigned_integral TBits>
-constexpr TTypeRow RealRow(TCIMType::ECIMType type) {
-    return {type, ParseReal<T>, RealText<T>, ParseBytes<T, TBits>, RealBytes<T, TBits>};
+constexpr TTypeRow RealRow(TCIMType::ECIMType type, std::string_view name) {
+    return {type, name, ParseReal<T>, RealText<T>, ParseBytes<T, TBits>, RealBytes<T, TBits>};
 }
 
 constexpr std::array typeRows{
-    TTypeRow{TCIMType::eBoolean, ParseBoolean, BooleanText, RefuseBytes, HaveNoBytes},
-    TTypeRow{TCIMType::eChar16, ParseChar16, Char16Text, ParseBytes<char16_t, std::uint16_t>, Char16Bytes},
-    IntegerRow<std::uint8_t>(TCIMType::eUint8),
-    IntegerRow<std::int8_t>(TCIMType::eSint8),
-    IntegerRow<std::uint16_t>(TCIMType::eUint16),
-    IntegerRow<std::int16_t>(TCIMType::eSint16),
-    IntegerRow<std::uint32_t>(TCIMType::eUint32),
-    IntegerRow<std::int32_t>(TCIMType::eSint32),
-    IntegerRow<std::uint64_t>(TCIMType::eUint64),
-    IntegerRow<std::int64_t>(TCIMType::eSint64),
-    RealRow<float, std::uint32_t>(TCIMType::eReal32),
-    RealRow<double, std::uint64_t>(TCIMType::eReal64),
-    TTypeRow{TCIMType::eString, ParseString, StringText, ParseString, StringBytes},
-    TTypeRow{TCIMType::eDateTime, ParseDateTime, DateTimeText, RefuseBytes, HaveNoBytes},
-    TTypeRow{TCIMType::eReference, ParseReference, StringText, ParseReference, StringBytes},
+    TTypeRow{TCIMType::eBoolean, "boolean", ParseBoolean, BooleanText, RefuseBytes, HaveNoBytes},
+    TTypeRow{TCIMType::eChar16, "char16", ParseChar16, Char16Text, ParseBytes<char16_t, std::uint16_t>,
+             Char16Bytes},
+    IntegerRow<std::uint8_t>(TCIMType::eUint8, "uint8"),
+    IntegerRow<std::int8_t>(TCIMType::eSint8, "sint8"),
+    IntegerRow<std::uint16_t>(TCIMType::eUint16, "uint16"),
+    IntegerRow<std::int16_t>(TCIMType::eSint16, "sint16"),
+    IntegerRow<std::uint32_t>(TCIMType::eUint32, "uint32"),
+    IntegerRow<std::int32_t>(TCIMType::eSint32, "sint32"),
+    IntegerRow<std::uint64_t>(TCIMType::eUint64, "uint64"),
+    IntegerRow<std::int64_t>(TCIMType::eSint64, "sint64"),
+    RealRow<float, std::uint32_t>(TCIMType::eReal32, "real32"),
+    RealRow<double, std::uint64_t>(TCIMType::eReal64, "real64"),
+    TTypeRow{TCIMType::eString, "string", ParseString, StringText, ParseString, StringBytes},
+    TTypeRow{TCIMType::eDateTime, "datetime", ParseDateTime, DateTimeText, RefuseBytes, HaveNoBytes},
+    TTypeRow{TCIMType::eReference, "reference", ParseReference, StringText, ParseReference, StringBytes},
 };
 
 const TTypeRow& RowOf(TCIMType type) {
@@ -329,9 +331,12 @@ static_assert(RowsFollowCodes());
 }  // namespace
 
 std::optional<TCIMType> FindCimType(std::string_view name) {
-    const auto* const row = std::ranges::find_if(
-        typeRows, [name](const auto& each) { return TCIMType(each.type).ToString() == name; });
+    const auto* const row = std::ranges::find(typeRows, name, &TTypeRow::name);
     return row == typeRows.end() ? std::nullopt : std::optional<TCIMType>(row->type);
+}
+
+std::string_view CimTypeName(TCIMType type) {
+    return RowOf(type).name;
 }
 
 TCIMValue ParseValueText(TCIMType type, const std::string& text) {

@@ -15,6 +15,9 @@ using NKELVOR20::TCIMValue;
 /// The type of a TYPE attribute, "reference" included; nullopt for an unknown name. Case matters.
 std::optional<TCIMValue::TCIMType> FindCimType(std::string_view name);
 
+/// The name of a type in a TYPE attribute, as `TCIMType::ToString` has it.
+std::string_view CimTypeName(TCIMValue::TCIMType type);
+
 /// Reads the text of a VALUE element.
 /// Shape:  integers are decimal without leading zeros, or hexadecimal after "0x" (any case), with an optional
 ///         sign; reals are decimal with optional sign, fraction and exponent, or "INF", "-INF", "NaN";
