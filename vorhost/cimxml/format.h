@@ -15,7 +15,7 @@ constexpr std::string_view base64EncodingName = "base64";
 /// Elements may stand this deep, the root included.
 constexpr std::size_t maxElementDepth = 64;
 /// A tag, comment or processing instruction may be about this long, in bytes; values may have any length.
-constexpr std::size_t maxMarkupBytes = 64 * 1024;
+constexpr std::size_t maxMarkupBytes = std::size_t{64} * 1024;
 /// A tag may have this many attributes: looking for one that stands twice takes time with the square of them.
 constexpr std::size_t maxAttributes = 64;
 /// A name of a class or property may be this long, in bytes, so that it fits into a tag however it is

@@ -17,7 +17,7 @@ namespace {
 using TCIMType = TCIMValue::TCIMType;
 
 // A text buffer that has grown beyond this is given back after use.
-constexpr std::size_t keptTextBytes = 1024 * 1024;
+constexpr std::size_t keptTextBytes = std::size_t{1024} * 1024;
 
 std::string_view RequireAttribute(const TXmlAttributes& attributes, std::string_view name) {
     const auto value = attributes.Find(name);

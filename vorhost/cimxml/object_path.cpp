@@ -147,9 +147,9 @@ bool TakeNamespaces(std::string_view text, TPathCursor& cursor, TObjectPath& pat
 bool TakeKeyValue(TPathCursor& cursor, TPathKey& key) {
     const bool isReference = cursor.Take(referenceMark);
     if (cursor.Take("\"")) {
-        auto value = cursor.TakeQuoted();
+        const auto value = cursor.TakeQuoted();
         key.type = isReference ? EType::reference : EType::text;
-        key.value = std::move(value).value_or("");
+        key.value = value.value_or("");
         return value.has_value();
     }
     key.value = cursor.TakeUntil(",");

@@ -76,7 +76,7 @@ class TInputFile {
 
     std::string path_;
     int descriptor_;
-    std::array<char, 64 * 1024> buffer_;
+    std::array<char, 65536> buffer_;
 };
 
 }  // namespace
