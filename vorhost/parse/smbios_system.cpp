@@ -105,7 +105,12 @@ TSmbiosBoard ParseSmbiosBoard(const TSmbiosStructure& structure) {
     return {
         .manufacturer = structure.GetText(0x04),
         .product = structure.GetText(0x05),
+        .version = structure.GetText(0x06),
         .serial = structure.GetText(0x07),
+        .assetTag = structure.GetText(0x08),
+        .features = structure.GetFields().GetByte(0x09),
+        .location = structure.GetText(0x0A),
+        .kind = structure.GetFields().GetByte(0x0D),
     };
 }
 

@@ -25,7 +25,12 @@ struct TSmbiosSystem {
 struct TSmbiosBoard {
     std::optional<std::string> manufacturer;  ///< 04h
     std::optional<std::string> product;       ///< 05h
+    std::optional<std::string> version;       ///< 06h
     std::optional<std::string> serial;        ///< 07h
+    std::optional<std::string> assetTag;      ///< 08h
+    std::optional<std::uint8_t> features;     ///< 09h, bits
+    std::optional<std::string> location;      ///< 0Ah, within the chassis
+    std::optional<std::uint8_t> kind;         ///< 0Dh, a board type of the reference
 };
 
 /// Type 3.
