@@ -1,17 +1,22 @@
 #include "vorhost/collect/collector.h"
 
 #include "host/vor_exception.h"
+#include "vorhost/collect/card.h"
 #include "vorhost/collect/collection.h"
 #include "vorhost/collect/computer_system.h"
 #include "vorhost/collect/data_source.h"
 #include "vorhost/collect/disk_drive.h"
 #include "vorhost/collect/disk_partition.h"
 #include "vorhost/collect/ip_endpoint.h"
+#include "vorhost/collect/memory_array_address.h"
+#include "vorhost/collect/memory_map.h"
+#include "vorhost/collect/memory_module.h"
 #include "vorhost/collect/operating_system.h"
 #include "vorhost/collect/pci_function.h"
 #include "vorhost/collect/process.h"
 #include "vorhost/collect/processor.h"
 #include "vorhost/collect/result_class.h"
+#include "vorhost/collect/system_slot.h"
 #include "vorhost/system/recording_files.h"
 
 #include <algorithm>
@@ -75,6 +80,15 @@ std::span<const TCollector> GetCollectors() {
          GetOperatingSystemSources(), CollectOperatingSystem},
         {"processor", "Processors in their sockets", GetProcessorClasses(), GetProcessorSources(),
          CollectProcessors},
+        {"memory", "Memory modules in their sockets", GetMemoryModuleClasses(), GetMemoryModuleSources(),
+         CollectMemoryModules},
+        {"memory-array", "Addresses of the memory arrays", GetMemoryArrayAddressClasses(),
+         GetMemoryArrayAddressSources(), CollectMemoryArrayAddresses},
+        {"memory-map", "The firmware's map of memory", GetMemoryMapClasses(), GetMemoryMapSources(),
+         CollectMemoryMap},
+        {"board", "Boards", GetCardClasses(), GetCardSources(), CollectCards},
+        {"slot", "Expansion slots and what is in them", GetSystemSlotClasses(), GetSystemSlotSources(),
+         CollectSystemSlots},
         {"disk", "Disks, physical and virtual", GetDiskDriveClasses(), GetDiskDriveSources(),
          CollectDiskDrives},
         {"partition", "Partitions of the disks", GetDiskPartitionClasses(), GetDiskPartitionSources(),
