@@ -147,6 +147,29 @@ TEST_F(GzFileBuf, CloseGivesTheBufferBack) {
     EXPECT_TRUE(buffer_.HasNoAreas());
 }
 
+TEST_F(GzFileBuf, HoldsOneAllocationWhileOpenAndNoneWhenClosed) {
+    ASSERT_NE(buffer_.open(Path().c_str(), out), nullptr);
+    EXPECT_EQ(ZlibCalls().heldArrays.size(), 1U);
+    ASSERT_NE(buffer_.close(), nullptr);
+    EXPECT_THAT(ZlibCalls().heldArrays, IsEmpty());
+}
+
+TEST_F(GzFileBuf, SetbufFreesAnOwnedBuffer) {
+    char own[16];
+    ASSERT_NE(buffer_.open(Path().c_str(), out), nullptr);
+    ASSERT_EQ(buffer_.setbuf(own, sizeof own), &buffer_);
+    EXPECT_THAT(ZlibCalls().heldArrays, IsEmpty());
+}
+
+TEST_F(GzFileBuf, DestructionFreesTheBufferOfADescriptorThatItLeavesOpen) {
+    {
+        gzfilebuf attached;
+        ASSERT_NE(attached.attach(creat(Path().c_str(), 0600), out), nullptr);
+    }
+    EXPECT_THAT(ZlibCalls().heldArrays, IsEmpty());
+    EXPECT_EQ(gzclose(ZlibCalls().opened.back()), Z_OK);
+}
+
 TEST_F(GzFileBuf, CloseOfAClosedBufferFails) {
     EXPECT_EQ(buffer_.close(), nullptr);
     EXPECT_THAT(ZlibCalls().closed, IsEmpty());
@@ -425,6 +448,7 @@ TEST_F(GzFileBuf, AUserBufferOfNegativeSizeRefusesEveryCharacterAndIsNeverTouche
     Zip(Path(), "text");
     ASSERT_NE(buffer_.open(Path().c_str(), in), nullptr);
     EXPECT_EQ(buffer_.sgetc(), endOfFile);
+    EXPECT_THAT(ZlibCalls().readSizes, ElementsAre(0U));
     EXPECT_STREQ(own, "untouched");
 }
 

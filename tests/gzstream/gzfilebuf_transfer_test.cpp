@@ -236,6 +236,8 @@ TEST_F(GzFileBufTransfer, MoreThanZlibTakesAtOnceIsWrittenInParts) {
     ZlibCalls().pretendWrites = true;
     EXPECT_EQ(buffer_.sync(), 0);
     EXPECT_THAT(ZlibCalls().writeSizes, ElementsAre(2147483647U, 2147483647U, 5U));
+    const char* const start = memory.Start();
+    EXPECT_THAT(ZlibCalls().writeSources, ElementsAre(start, start + 2147483647, start + 4294967294));
     EXPECT_EQ(buffer_.Pending(), "");
 }
 

@@ -18,6 +18,7 @@ int __real_gzwrite(gzFile file, voidpc source, unsigned size);
 int __real_gzclose(gzFile file);
 int __real_gzsetparams(gzFile file, int level, int strategy);
 void* __real__ZnamRKSt9nothrow_t(std::size_t size, const std::nothrow_t& tag) noexcept;
+void __real__ZdaPv(void* memory) noexcept;
 
 gzFile __wrap_gzopen(const char* name, const char* mode) {
     ZlibCalls().openModes.emplace_back(mode);
@@ -37,6 +38,7 @@ int __wrap_gzread(gzFile file, voidp target, unsigned size) {
 int __wrap_gzwrite(gzFile file, voidpc source, unsigned size) {
     const std::size_t index = ZlibCalls().writeSizes.size();
     ZlibCalls().writeSizes.push_back(size);
+    ZlibCalls().writeSources.push_back(source);
     if (index >= ZlibCalls().failingWrite) {
         return 0;
     }
@@ -58,7 +60,15 @@ int __wrap_gzsetparams(gzFile file, int level, int strategy) {
 }
 
 void* __wrap__ZnamRKSt9nothrow_t(std::size_t size, const std::nothrow_t& tag) noexcept {
-    return ZlibCalls().noMemory ? nullptr : __real__ZnamRKSt9nothrow_t(size, tag);
+    if (ZlibCalls().noMemory) {
+        return nullptr;
+    }
+    return const_cast<void*>(ZlibCalls().heldArrays.emplace_back(__real__ZnamRKSt9nothrow_t(size, tag)));
+}
+
+void __wrap__ZdaPv(void* memory) noexcept {
+    std::erase(ZlibCalls().heldArrays, memory);
+    __real__ZdaPv(memory);
 }
 
 }  // extern "C"

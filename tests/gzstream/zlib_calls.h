@@ -19,7 +19,9 @@ struct TZlibCalls {
     std::vector<unsigned> writeSizes;             // asked of gzwrite
     std::vector<unsigned> readSizes;              // asked of gzread
     std::vector<std::pair<int, int>> parameters;  // level and strategy of gzsetparams
+    std::vector<const void*> writeSources;        // of gzwrite
     std::vector<gzFile> closed;
+    std::vector<const void*> heldArrays;  // by the non-throwing array new, not deleted yet
 
     std::size_t failingWrite = never;  // index of the gzwrite from which on all write nothing and answer 0
     std::size_t shortWrite = never;    // index of the gzwrite that writes but answers one less

@@ -1,0 +1,132 @@
+// Whole calls with every allocation fenced: a byte too many, or a byte that was freed, ends the program.
+#include "fenced_memory.h"
+
+#include "full_namespace.h"
+#include "tests/plugin/request_fixture.h"
+#include "writer/nox_xml_writer.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+/// A text of every kind of byte. Short strings live outside the fence, so sizes begin beyond them.
+std::string Bytes(std::size_t size) {
+    std::string text(size, '\0');
+    for (std::size_t at = 0; at < size; ++at) {
+        text[at] = static_cast<char>(at * 7 + size);
+    }
+    return text;
+}
+
+/// Runs `ask` with texts of many sizes, everything fenced.
+template <typename TAsk>
+void AskFenced(TAsk ask) {
+    for (std::size_t size = 16; size <= 300; ++size) {
+        const TFencedMemory fence;
+        ask(Bytes(size));
+        EXPECT_GT(fence.Count(), 0U);
+    }
+}
+
+using FencedDeathTest = testing::Test;
+
+TEST_F(FencedDeathTest, AByteBehindAnAllocationCannotBeRead) {
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    EXPECT_DEATH(
+        {
+            const TFencedMemory fence;
+            const auto* const memory = new char[20]();
+            const volatile char* const behind = memory + 20;
+            std::exit(*behind);
+        },
+        "");
+}
+
+TEST_F(FencedDeathTest, AFreedAllocationCannotBeRead) {
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    EXPECT_DEATH(
+        {
+            const TFencedMemory fence;
+            auto* const memory = new char[20]();
+            // As a number, since compilers see through a pointer.
+            const volatile auto gone = reinterpret_cast<std::uintptr_t>(memory);
+            delete[] memory;
+            std::exit(*reinterpret_cast<const volatile char*>(gone));
+        },
+        "");
+}
+
+TEST(Fenced, QuoteStringStaysWithinItsText) {
+    AskFenced([](const std::string& text) { (void)TNOXXMLWriterImpl::QuoteString(text); });
+    AskFenced([](const std::string& text) {
+        EXPECT_EQ(TNOXXMLWriterImpl::QuoteString(std::string(text.size(), '&')).size(), 5 * text.size());
+    });
+}
+
+TEST(Fenced, ProductNamesAreCutWithin) {
+    AskFenced([](const std::string& text) {
+        (void)TNOXXMLWriterImpl::GetMachineTypeFromCIM(text + "-[");
+        (void)TNOXXMLWriterImpl::GetMachineTypeFromCIM(text + "-");
+        (void)TNOXXMLWriterImpl::GetModelNumber(text + "-[1234");
+        (void)TNOXXMLWriterImpl::GetModelNumber(text + "-[1234567");
+    });
+}
+
+TEST(Fenced, MD5StaysWithinItsMessage) {
+    AskFenced([](const std::string& text) {
+        const std::vector<char> data(text.begin(), text.end());
+        std::vector<unsigned char> out(TNOXXMLWriterImpl::digestLength);
+        TNOXXMLWriterImpl::MD5(data.data(), static_cast<unsigned int>(data.size()), out.data());
+    });
+}
+
+TEST(Fenced, ValuesAreWrittenWithin) {
+    AskFenced([](const std::string& text) {
+        std::ostringstream out;
+        TNOXXMLWriterImpl(out).WriteValue(NKELVOR20::TCIMValue(text));
+        TNOXXMLWriterImpl(out).WriteSysInfoProperty(text, text, text);
+    });
+}
+
+class FencedPlugin : public NTEST::TRequestFixture {};
+
+TEST_F(FencedPlugin, GZEncodeFromStrStaysWithinItsText) {
+    AskFenced([this](const std::string& text) {
+        (void)plugin_->GZEncodeFromStr(text, text.size());
+        (void)plugin_->GZEncodeFromStr(text, text.size() - 1);
+        (void)plugin_->GZEncodeFromStr(text, text.size() + 1000);
+    });
+}
+
+TEST_F(FencedPlugin, Base64EncodeStaysWithinInputAndOutput) {
+    AskFenced([this](const std::string& text) {
+        const std::vector<unsigned char> in(text.begin(), text.end());
+        std::vector<unsigned char> out((in.size() + 2) / 3 * 4 + 1);
+        (void)plugin_->Base64Encode(in.data(), static_cast<unsigned int>(in.size()), out.data(),
+                                    static_cast<unsigned int>(out.size() - 1));
+        EXPECT_EQ(out.back(), '\0');
+    });
+}
+
+TEST_F(FencedPlugin, AWholeRequestStaysWithinItsAllocations) {
+    collected_ = MakeFullNamespace(2);
+    SetIdentity("4711");
+    SetReachable("entity-4711");
+    const auto resultClass = AddResultClass("KELSG_CADAT");
+    {
+        const TFencedMemory fence;
+        Request();
+        EXPECT_GT(fence.Count(), 1000U);
+    }
+    EXPECT_EQ(PropertiesOfOnlyInstance(*resultClass).size(), 4U);
+    EXPECT_EQ(NTEST::Unzip(NTEST::hardwareFile), HardwareDocument());
+    EXPECT_EQ(NTEST::Unzip(NTEST::systemFile), SystemDocument());
+}
+
+}  // namespace

@@ -1,0 +1,64 @@
+// A gzip stream buffer as plain as can be: one array with indices into it, no streambuf, no zlib. What it
+// does is what the real one has to do, call by call.
+#pragma once
+
+#include "zlib_stand_in.h"
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+class TGzFileBufModel {
+  public:
+    static constexpr int endOfFile = -1;
+
+    TGzFileBufModel(bool forWriting, std::string readable, TZlibFaults faults)
+        : forWriting_(forWriting), readable_(std::move(readable)), faults_(faults) {}
+
+    bool Open() { return OpenFile(/*byName=*/true); }
+    bool Attach() { return OpenFile(/*byName=*/false); }
+    bool Close();
+    /// A size of 0 stands for no buffer at all.
+    bool SetBuf(std::size_t size);
+    int Put(char c);
+    std::size_t Write(std::string_view text);
+    int Flush() { return Overflow(std::nullopt) ? 0 : -1; }
+    int Get();
+    std::string Read(std::size_t size);
+    /// Ends this buffer's life and begins another's.
+    void Destroy();
+
+    bool IsOpen() const { return isOpen_; }
+    long Available() const;
+
+    std::vector<TZlibCall> calls;
+    std::vector<std::string> written;
+    std::size_t leftOpen = 0;
+
+  private:
+    bool OpenFile(bool byName);
+    void EnableBuffer();
+    void DisableBuffer();
+    void EmptyAreas();
+    bool Overflow(std::optional<char> c);
+    bool HandOver(std::string_view text);
+    bool Fill();
+
+    bool forWriting_;
+    std::string readable_;
+    TZlibFaults faults_;
+
+    bool isOpen_ = false;
+    bool isByName_ = false;
+    std::size_t readAt_ = 0;
+
+    std::vector<char> storage_;
+    bool isUsers_ = false;
+    std::size_t nextSize_ = 8192;  // of an own buffer; 0 asks for the unbuffered state
+    bool hasPutArea_ = false;
+    std::size_t pending_ = 0;  // beyond the put area when a character was stored that could not be written
+    std::size_t getAt_ = 0;
+    std::size_t getEnd_ = 0;
+};
