@@ -90,7 +90,11 @@ std::stringstream MakeBuffer() {
     } catch (const std::bad_alloc&) {
         // Documents of most machines need a hundredth of it: start small and grow.
     }
-    return std::stringstream(std::move(room), std::ios_base::in | std::ios_base::out);
+    std::stringstream buffer(std::move(room), std::ios_base::in | std::ios_base::out);
+    // Where there is no memory for the text, it has to show: a stream would swallow the rest, and half a
+    // document would go out as a whole one.
+    buffer.exceptions(std::ios_base::badbit);
+    return buffer;
 }
 
 void Empty(std::stringstream& buffer) {

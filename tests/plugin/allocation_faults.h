@@ -19,6 +19,8 @@ class TAllocationFault {
     static TAllocationFault OfNumber(std::size_t number) { return {0, number - 1, 1}; }
     /// The `number`-th allocation of at least `size` bytes.
     static TAllocationFault OfSizeFrom(std::size_t size, std::size_t number) { return {size, number - 1, 1}; }
+    /// `count` allocations from the `number`-th on.
+    static TAllocationFault OfRun(std::size_t number, std::size_t count) { return {0, number - 1, count}; }
     /// The first `count` allocations of at least `size` bytes.
     static TAllocationFault OfFirst(std::size_t count, std::size_t size) { return {size, 0, count}; }
 

@@ -1,0 +1,115 @@
+// A request over everything that can be collected, short of memory at every single place: it answers whole or
+// not at all, passes on what nobody handles, and gives back all it took.
+#include "full_request.h"
+#include "tests/plugin/allocation_faults.h"
+
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <iostream>
+#include <string>
+
+namespace {
+
+using NDOUBLES::TLogLine;
+using NTEST::LiveAllocations;
+using NTEST::TAllocationFault;
+
+const std::string frameEnd = "</ResourceCollection>\n";
+
+class TFullRequest : public NTEST::TFullRequest {
+  protected:
+    /// The files behind a committed instance hold documents from beginning to end.
+    void CheckFiles() {
+        const std::string hardware = NTEST::Unzip(NTEST::hardwareFile);
+        if (!LoggedALostKey()) {
+            EXPECT_TRUE(hardware == hardwareDocument_) << "another document";
+        }
+        // An identifier may be that of a resource without its key; its length is the same.
+        EXPECT_EQ(hardware.size(), hardwareDocument_.size());
+        if (std::filesystem::exists(NTEST::systemFile)) {
+            EXPECT_TRUE(NTEST::Unzip(NTEST::systemFile).ends_with(frameEnd));
+        }
+    }
+
+    /// False when the request needs fewer allocations than that.
+    bool RequestFailingAllocation(std::size_t number) {
+        EEnd end = EEnd::other;
+        bool hasStruck = false;
+        {
+            const auto fault = TAllocationFault::OfNumber(number);
+            end = RequestEnd();
+            hasStruck = fault.HasStruck();
+        }
+        EXPECT_NE(end, EEnd::other);
+        if (resultClass_->GetInstances().empty()) {
+            // Nothing is lost in silence.
+            EXPECT_TRUE(end != EEnd::returned ||
+                        Logged({0, "NOXINFO: Can not get machine type from CIM result"}));
+        } else {
+            EXPECT_EQ(end, EEnd::returned);
+            CheckInstance(/*mayLackFile=*/false);
+            CheckFiles();
+        }
+        return hasStruck;
+    }
+};
+
+TEST_F(TFullRequest, AnswersWholeOrNotAtAllWhicheverAllocationFails) {
+    StartAfresh();
+    {
+        SCOPED_TRACE("without a fault");  // whatever is made once and kept is made by now
+        EXPECT_FALSE(RequestFailingAllocation(1'000'000));
+    }
+    StartAfresh();
+    const std::size_t liveBefore = LiveAllocations();
+    std::size_t committed = 0;
+    std::size_t number = 1;
+    for (bool hasStruck = true; hasStruck && !HasFailure(); ++number) {
+        {
+            SCOPED_TRACE("allocation " + std::to_string(number));
+            hasStruck = RequestFailingAllocation(number);
+            committed += resultClass_->GetInstances().size();
+        }
+        StartAfresh();
+        EXPECT_EQ(LiveAllocations(), liveBefore) << "allocation " << number;
+    }
+    std::cout << number - 1 << " allocations failed, " << committed << " requests answered all the same\n";
+    RecordProperty("allocationsFailed", static_cast<int>(number - 1));
+    EXPECT_GT(number, 1000U) << "hardly a full request";
+    EXPECT_GT(committed, 10U) << "the handled places were not met";
+}
+
+TEST_F(TFullRequest, EndsWhereverMemoryIsGoneForGood) {
+    StartAfresh();
+    Request();
+    StartAfresh();
+    const std::size_t liveBefore = LiveAllocations();
+    constexpr std::size_t all = 1'000'000;
+    for (std::size_t number = 1;; number += 1 + number / 8) {
+        EEnd end = EEnd::other;
+        {
+            const auto fault = TAllocationFault::OfRun(number, all);
+            end = RequestEnd();
+        }
+        ASSERT_NE(end, EEnd::other) << "from allocation " << number;
+        if (end == EEnd::returned) {
+            EXPECT_EQ(resultClass_->GetInstances().size(), 1U);
+            break;
+        }
+        EXPECT_TRUE(resultClass_->GetInstances().empty()) << "from allocation " << number;
+        StartAfresh();
+        ASSERT_EQ(LiveAllocations(), liveBefore) << "from allocation " << number;
+    }
+}
+
+TEST_F(TFullRequest, CommitsNoDocumentThatLackedMemoryForItsText) {
+    StartAfresh();
+    // The room for the text, and every attempt to grow instead.
+    const auto fault = TAllocationFault::OfFirst(100, 2000);
+    EXPECT_EQ(RequestEnd(), EEnd::outOfMemory);
+    EXPECT_TRUE(resultClass_->GetInstances().empty());
+    EXPECT_FALSE(std::filesystem::exists(NTEST::hardwareFile));
+}
+
+}  // namespace
