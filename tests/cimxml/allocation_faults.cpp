@@ -1,6 +1,7 @@
 // In a file of its own, so that no operator is inlined into what allocates and its counterpart is not.
 #include "allocation_faults.h"
 
+#include <libxml/parser.h>
 #include <libxml/xmlmemory.h>
 
 #include <cstdlib>
@@ -34,6 +35,7 @@ char* FailingStrdup(const char* text) {
 }  // namespace
 
 void LetXmlAllocationsFail() {
+    xmlInitParser();  // what the library sets up once would hide the failures of each document
     if (xmlMemSetup(&std::free, &FailingMalloc, &FailingRealloc, &FailingStrdup) != 0) {
         throw std::runtime_error("the XML library keeps its own allocations");
     }

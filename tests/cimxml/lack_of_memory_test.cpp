@@ -36,19 +36,20 @@ EOutcome TryToLoad(TMemoryNamespace& target) {
     }
 }
 
-// Fails the first allocation, then the second, and so on until loading is done; gives the number of failures.
+// Fails the first allocation, then the second, and so on until there are no more; gives their number.
 std::size_t LoadWithFailures(std::size_t& untilFailure) {
-    for (std::size_t number = 1;; ++number) {
+    std::size_t number = 0;
+    for (bool hasFailed = true; hasFailed; number += hasFailed ? 1U : 0U) {
         TMemoryNamespace target;
         target.AddClass("B");
-        untilFailure = number;
+        untilFailure = number + 1;
         const EOutcome outcome = TryToLoad(target);
+        hasFailed = untilFailure == 0;
         untilFailure = 0;
         EXPECT_EQ(target.GetClasses().size(), outcome == EOutcome::done ? 2U : 1U) << number;
-        if (outcome == EOutcome::done) {
-            return number - 1;
-        }
+        EXPECT_TRUE(hasFailed || outcome == EOutcome::done) << number;
     }
+    return number;
 }
 
 TEST(LackOfMemory, WhileLoadingLeavesTheTargetAsItWas) {

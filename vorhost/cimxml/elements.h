@@ -1,6 +1,7 @@
 // Which elements the reader knows, and where each may stand.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string_view>
 
