@@ -1,0 +1,1 @@
+"""Comparisons of collected namespaces with independent decodes of the same machines."""
