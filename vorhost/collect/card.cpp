@@ -3,6 +3,7 @@
 #include "vorhost/collect/attribute.h"
 #include "vorhost/collect/collection.h"
 #include "vorhost/collect/keyed_records.h"
+#include "vorhost/collect/named_place.h"
 #include "vorhost/parse/placeholders.h"
 #include "vorhost/parse/smbios_system.h"
 
@@ -113,6 +114,16 @@ TCard MakeCard(const TSmbiosBoard& board) {
     return card;
 }
 
+// Boards have no names of their own: alone, one has the same key whoever asks, as the kernel's excerpt knows
+// no location.
+std::vector<TKeySource> MakeKeySources(const std::vector<TSmbiosBoard>& boards) {
+    std::vector<TNamedPlace> places;
+    for (const TSmbiosBoard& board : boards) {
+        places.push_back({std::string(boardWord), WithoutPlaceholder(board.location).value_or("")});
+    }
+    return MakePlaceKeySources(places, "board");
+}
+
 std::vector<TSmbiosBoard> ReadTable(TCollection& collection) {
     constexpr std::uint8_t boardType = 2;
     std::vector<TSmbiosBoard> boards;
@@ -160,12 +171,10 @@ void CollectCards(TCollection& collection) {
     if (boards.empty() && collection.GetSmbios().GetStructures().empty()) {
         boards = ReadExcerpt(collection.GetFiles());
     }
+    auto keySources = MakeKeySources(boards);
     std::vector<TKeyedRecord<TCard>> cards;
-    for (const TSmbiosBoard& board : boards) {
-        // Alone, a board has the same key whoever asks: the excerpt knows no location.
-        std::string position =
-            WithoutPlaceholder(board.location).value_or("board " + std::to_string(cards.size() + 1));
-        cards.push_back({MakeCard(board), {std::string(boardWord), std::move(position)}});
+    for (std::size_t i = 0; i < boards.size(); ++i) {
+        cards.push_back({MakeCard(boards[i]), std::move(keySources[i])});
     }
     CommitKeyed<TCard>(collection, classes[0], cardRows, std::move(cards), &TCard::tag, "board");
 }

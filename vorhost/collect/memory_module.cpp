@@ -3,12 +3,12 @@
 #include "vorhost/collect/collection.h"
 #include "vorhost/collect/keyed_records.h"
 #include "vorhost/collect/memory_kind.h"
+#include "vorhost/collect/named_place.h"
 #include "vorhost/collect/spd_source.h"
 #include "vorhost/parse/placeholders.h"
 #include "vorhost/parse/smbios_memory.h"
 
 #include <algorithm>
-#include <map>
 #include <unordered_map>
 
 namespace NVORHOST {
@@ -130,8 +130,15 @@ std::string Describe(const TSmbiosMemoryDevice& device, const TSpdModule* eeprom
     return description;
 }
 
+// Firmware that does not know the maker's name writes its number: "00CE00B300CE".
+bool IsMakerNumber(std::string_view text) {
+    constexpr std::string_view hexadecimal = "0123456789ABCDEFabcdef";
+    return text.find_first_not_of(hexadecimal) == std::string_view::npos &&
+           text.find_first_of("0123456789") != std::string_view::npos;
+}
+
 std::optional<std::string> MakeElementName(const TMemoryModule& module) {
-    if (module.manufacturer && module.partNumber) {
+    if (module.partNumber && module.manufacturer && !IsMakerNumber(*module.manufacturer)) {
         return *module.manufacturer + " " + *module.partNumber;
     }
     return module.partNumber;
@@ -163,28 +170,13 @@ TMemoryModule MakeModule(const TSmbiosMemoryDevice& device, const TSpdModule* ee
 
 // ---- keys
 
-using TNames = std::pair<std::string, std::string>;
-
-// Locator and bank.
-TNames NamesOf(const TSmbiosMemoryDevice& socket) {
-    return {WithoutPlaceholder(socket.locator).value_or(""), WithoutPlaceholder(socket.bank).value_or("")};
-}
-
-// Sockets of one locator are told apart by their banks, and where those do not, by their places in the table.
 std::vector<TKeySource> MakeKeySources(const std::vector<TSmbiosMemoryDevice>& sockets) {
-    std::map<TNames, std::size_t> uses;
+    std::vector<TNamedPlace> places;
     for (const TSmbiosMemoryDevice& socket : sockets) {
-        ++uses[NamesOf(socket)];
+        places.push_back(
+            {WithoutPlaceholder(socket.locator).value_or(""), WithoutPlaceholder(socket.bank).value_or("")});
     }
-    std::vector<TKeySource> sources;
-    for (const TSmbiosMemoryDevice& socket : sockets) {
-        const TNames names = NamesOf(socket);
-        const auto& [locator, bank] = names;
-        const bool tellsApart = !bank.empty() && uses[names] == 1;
-        sources.push_back(
-            {locator, tellsApart ? bank : "memory device " + std::to_string(sources.size() + 1)});
-    }
-    return sources;
+    return MakePlaceKeySources(places, "memory device");
 }
 
 // An empty socket may keep the texts of its last module.

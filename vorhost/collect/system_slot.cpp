@@ -3,6 +3,7 @@
 #include "vorhost/collect/attribute.h"
 #include "vorhost/collect/collection.h"
 #include "vorhost/collect/keyed_records.h"
+#include "vorhost/collect/named_place.h"
 #include "vorhost/collect/pci_class_name.h"
 #include "vorhost/collect/pci_slot.h"
 #include "vorhost/collect/slot_kind.h"
@@ -164,14 +165,17 @@ void CollectSystemSlots(TCollection& collection) {
     constexpr std::uint8_t slotType = 9;
     const TSlotFolders folders = ReadPciSlotFolders(collection.GetFiles());
     std::vector<TKeyedRecord<TSystemSlot>> slots;
+    std::vector<TNamedPlace> places;
     for (const TSmbiosStructure& structure : collection.GetSmbios().GetStructures()) {
-        if (structure.GetType() != slotType) {
-            continue;
+        if (structure.GetType() == slotType) {
+            TSystemSlot slot = MakeSlot(collection, folders, ParseSmbiosSlot(structure));
+            places.push_back({slot.elementName.value_or(""), ""});
+            slots.push_back({std::move(slot), {}});
         }
-        TSystemSlot slot = MakeSlot(collection, folders, ParseSmbiosSlot(structure));
-        const std::string position = "slot " + std::to_string(slots.size() + 1);
-        const std::string identity = slot.elementName.value_or("");
-        slots.push_back({std::move(slot), {identity, position}});
+    }
+    auto keySources = MakePlaceKeySources(places, "slot");
+    for (std::size_t i = 0; i < slots.size(); ++i) {
+        slots[i].keySource = std::move(keySources[i]);
     }
     CommitKeyed<TSystemSlot>(collection, classes[0], systemSlotRows, std::move(slots), &TSystemSlot::tag,
                              "slot");

@@ -48,6 +48,7 @@ constexpr std::string_view fillers[] = {
     "model",
     "base board serial number",
     "base board product name",
+    "base board asset tag",
     "board manufacturer",
     "chassis manufacturer",
     "chassis serial number",
@@ -62,6 +63,9 @@ constexpr std::string_view fillers[] = {
     "manufacturer0",
     "bss-0123456789",
     "mb-1234567890",
+    "bsn12345678901234567",
+    "atn12345678901234567",
+    "x.x",
 };
 
 constexpr std::string_view countedRuns[] = {"0123456789", "123456789", "1234567890",
