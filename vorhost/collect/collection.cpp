@@ -33,6 +33,13 @@ const std::vector<TDisk>& TCollection::GetDisks() {
     return *disks_;
 }
 
+const std::vector<TPciSource>& TCollection::GetPciSources() {
+    if (!pciSources_) {
+        pciSources_ = ReadPciSources(*this);
+    }
+    return *pciSources_;
+}
+
 std::optional<TCIMValue> TCollection::ToCimValue(const std::string& text) {
     auto printable = ToPrintableText(text);
     replacedBytes_ += printable.replacements;

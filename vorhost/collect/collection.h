@@ -5,6 +5,7 @@
 #include "vorhost/collect/block_device.h"
 #include "vorhost/collect/class_shape.h"
 #include "vorhost/collect/collector.h"
+#include "vorhost/collect/pci_source.h"
 #include "vorhost/collect/smbios_source.h"
 #include "vorhost/parse/cpuinfo.h"
 #include "vorhost/parse/numbers.h"
@@ -38,6 +39,7 @@ class TCollection {
     const TSmbiosSource& GetSmbios();
     const std::vector<TLogicalProcessor>& GetLogicalProcessors();
     const std::vector<TDisk>& GetDisks();
+    const std::vector<TPciSource>& GetPciSources();
 
     /// Commits one instance with every property of `record` that is not absent. Texts pass the gate of
     /// printable_text.h; one that is empty behind it counts as absent.
@@ -73,6 +75,7 @@ class TCollection {
     std::optional<TSmbiosSource> smbios_;
     std::optional<std::vector<TLogicalProcessor>> logicalProcessors_;
     std::optional<std::vector<TDisk>> disks_;
+    std::optional<std::vector<TPciSource>> pciSources_;
     std::vector<std::string> notes_;
     std::size_t replacedBytes_ = 0;
 };

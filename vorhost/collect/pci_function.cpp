@@ -3,7 +3,7 @@
 #include "vorhost/collect/attribute.h"
 #include "vorhost/collect/collection.h"
 #include "vorhost/collect/pci_class_name.h"
-#include "vorhost/parse/pci_config.h"
+#include "vorhost/collect/pci_source.h"
 
 #include <algorithm>
 
@@ -143,74 +143,6 @@ std::uint16_t FindSelectTiming(std::uint16_t status) {
 
 // ---- one function
 
-// What is read of a function before it becomes an instance.
-struct TPciSource {
-    std::string address;
-    std::string folder;
-    std::optional<TPciConfig> config;
-    std::uint16_t vendorId = 0;
-    std::uint16_t deviceId = 0;
-    std::uint8_t baseClass = 0;
-    std::uint8_t subclass = 0;
-};
-
-bool IsBridgeHeader(const TPciConfig& config) {
-    return config.header != EPciHeader::device;
-}
-
-// The header is enough for functions without capabilities. Of others more is asked when what it can tell is
-// wanted: the kind of a bridge, or whether a function that shows no timing is PCI Express.
-bool WantsCapabilities(const TPciConfig& config) {
-    return config.HasCapabilities() && IsBridgeHeader(config);
-}
-
-std::optional<TPciConfig> ReadConfig(const ISystemFiles& files, const std::string& folder) {
-    const std::string path = folder + "/config";
-    auto config = ParsePciConfig(files.ReadBytes(path, pciHeaderBytes).value);
-    if (config && WantsCapabilities(*config)) {
-        config = ParsePciConfig(files.ReadBytes(path, pciConfigBytes).value);
-    }
-    return config;
-}
-
-std::optional<TPciSource> ReadSource(const ISystemFiles& files, const std::string& address) {
-    TPciSource source;
-    source.address = address;
-    source.folder = "/sys/bus/pci/devices/" + address;
-    source.config = ReadConfig(files, source.folder);
-    if (source.config) {
-        source.vendorId = source.config->vendorId;
-        source.deviceId = source.config->deviceId;
-        source.baseClass = source.config->baseClass;
-        source.subclass = source.config->subclass;
-        return source;
-    }
-    // A sleeping function answers with ones, and captured trees may lack the registers; the kernel has kept
-    // what identified it.
-    const auto vendor = ReadHexNumber<std::uint16_t>(files, source.folder + "/vendor");
-    const auto device = ReadHexNumber<std::uint16_t>(files, source.folder + "/device");
-    const auto classCode = ReadHexNumber<std::uint32_t>(files, source.folder + "/class");
-    if (!vendor || !device || !classCode) {
-        return std::nullopt;
-    }
-    source.vendorId = *vendor;
-    source.deviceId = *device;
-    source.baseClass = static_cast<std::uint8_t>(*classCode >> 16);
-    source.subclass = static_cast<std::uint8_t>(*classCode >> 8);
-    return source;
-}
-
-bool IsBridge(const TPciSource& source) {
-    constexpr std::uint8_t bridgeClass = 0x06;
-    constexpr std::uint8_t bridgeSubclasses[] = {0x04, 0x07, 0x09};  // those with bridge headers
-    if (source.config) {
-        return IsBridgeHeader(*source.config);
-    }
-    return source.baseClass == bridgeClass &&
-           std::find(std::begin(bridgeSubclasses), std::end(bridgeSubclasses), source.subclass) !=
-               std::end(bridgeSubclasses);
-}
-
 std::optional<std::uint16_t> FindProtocol(const ISystemFiles& files, const TPciSource& source) {
     constexpr std::uint16_t parallelScsi = 9;
     for (const TClassValue& row : protocols) {
@@ -228,22 +160,10 @@ std::optional<std::uint16_t> FindProtocol(const ISystemFiles& files, const TPciS
     return isParallel ? std::optional(parallelScsi) : std::nullopt;
 }
 
-// PCI Express functions show zeros where PCI ones tell their timing. The kernel marks them with a link speed;
-// kernels too old for that leave only the capability to tell, which not every user may read.
-bool MayBeExpress(const ISystemFiles& files, const TPciSource& source) {
+// PCI Express functions show zeros where PCI ones tell their timing.
+bool TellsNoTiming(const TPciSource& source) {
     constexpr std::uint16_t timingBits = 0x0600;
-    if ((source.config->status & timingBits) != 0) {
-        return false;
-    }
-    if (files.Exists(source.folder + "/max_link_speed")) {
-        return true;
-    }
-    if (!source.config->HasCapabilities()) {
-        return false;
-    }
-    const auto bytes = files.ReadBytes(source.folder + "/config", pciConfigBytes);
-    const auto config = ParsePciConfig(bytes.value);
-    return bytes.value.size() < pciConfigBytes || !config || config->expressPortType.has_value();
+    return source.isExpress && (source.config->status & timingBits) == 0;
 }
 
 std::optional<std::uint32_t> FindRomAddress(const TPciConfig& config) {
@@ -273,11 +193,11 @@ void SetSubsystem(std::optional<std::uint16_t> vendor, std::optional<std::uint16
     }
 }
 
-void SetFromConfig(const ISystemFiles& files, const TPciSource& source, TFunction& function) {
+void SetFromConfig(const TPciSource& source, TFunction& function) {
     const TPciConfig& config = *source.config;
     function.cacheLineSize = config.cacheLineSize;
     function.latencyTimer = config.latencyTimer;
-    if (!MayBeExpress(files, source)) {
+    if (!TellsNoTiming(source)) {
         function.deviceSelectTiming = FindSelectTiming(config.status);
     }
     function.expansionRom = FindRomAddress(config);
@@ -301,35 +221,16 @@ void SetFromAttributes(const ISystemFiles& files, const TPciSource& source, TFun
                  ReadHexNumber<std::uint16_t>(files, source.folder + "/subsystem_device"), function);
 }
 
-std::string Hex4(std::uint16_t number) {
-    constexpr std::string_view digits = "0123456789abcdef";
-    std::string text;
-    for (int shift = 12; shift >= 0; shift -= 4) {
-        text += digits[(number >> shift) & 0x0F];
-    }
-    return text;
-}
-
-std::string MakeElementName(const TPciSource& source, const IDeviceNames* names) {
-    const auto vendor = names ? names->FindPciVendor(source.vendorId) : std::nullopt;
-    const auto device = names ? names->FindPciDevice(source.vendorId, source.deviceId) : std::nullopt;
-    if (vendor && device) {
-        return *vendor + " " + *device;
-    }
-    const std::string name(GetPciClassName(source.baseClass, source.subclass));
-    return (vendor ? *vendor + " " : "") + name + " " + Hex4(source.vendorId) + ":" + Hex4(source.deviceId);
-}
-
 TFunction MakeFunction(TCollection& collection, const TPciSource& source) {
     const ISystemFiles& files = collection.GetFiles();
     TFunction function;
-    function.elementName = MakeElementName(source, collection.GetDeviceNames());
+    function.elementName = MakePciElementName(source, collection.GetDeviceNames());
     function.description = GetPciClassName(source.baseClass, source.subclass);
     function.deviceId = source.address;
     function.protocolSupported = FindProtocol(files, source);
     function.classCode = source.baseClass;
     if (source.config) {
-        SetFromConfig(files, source, function);
+        SetFromConfig(source, function);
     } else {
         SetFromAttributes(files, source, function);
     }
@@ -353,13 +254,9 @@ std::span<const TSourcePattern> GetPciFunctionSources() {
 void CollectPciFunctions(TCollection& collection) {
     const TClassShape& deviceClass = classes[0];
     const TClassShape& bridgeClass = classes[1];
-    for (const std::string& address : collection.GetFiles().List("/sys/bus/pci/devices").value) {
-        const auto source = ReadSource(collection.GetFiles(), address);
-        if (!source) {
-            continue;
-        }
-        const TFunction function = MakeFunction(collection, *source);
-        if (IsBridge(*source)) {
+    for (const TPciSource& source : collection.GetPciSources()) {
+        const TFunction function = MakeFunction(collection, source);
+        if (IsBridge(source)) {
             collection.Commit<TFunction>(bridgeClass, bridgeRows, function);
         } else {
             collection.Commit<TFunction>(deviceClass, deviceRows, function);

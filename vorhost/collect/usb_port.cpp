@@ -1,0 +1,122 @@
+#include "vorhost/collect/usb_port.h"
+
+#include "vorhost/collect/attribute.h"
+#include "vorhost/collect/collection.h"
+#include "vorhost/collect/device_key.h"
+#include "vorhost/collect/usb_tree.h"
+
+#include <algorithm>
+
+namespace NVORHOST {
+
+namespace {
+
+struct TPortRecord {
+    std::optional<std::string> elementName, description, deviceId;
+    std::optional<std::uint64_t> speedBitsPerSecond, maxSpeedBitsPerSecond;
+};
+
+constexpr TPropertyRow<TPortRecord> portRows[] = {
+    {"ElementName", &TPortRecord::elementName},
+    {"Description", &TPortRecord::description},
+    {"DeviceID", &TPortRecord::deviceId},
+    {"OperationalStatus", TNeverKnown{ECimType::eUint16, /*isArray=*/true}},
+    {"MaxSpeed", &TPortRecord::maxSpeedBitsPerSecond},
+    {"Speed", &TPortRecord::speedBitsPerSecond},
+};
+
+constexpr TClassShape classes[] = {
+    MakeShape<TPortRecord, portRows>("KELSG_USBPort"),
+};
+
+constexpr TSourcePattern sourcePatterns[] = {
+    "/sys/bus/usb/devices",
+    "/sys/bus/usb/devices/*",
+    "/sys/bus/usb/devices/*/speed",
+    "/sys/bus/usb/devices/*/*/device/*",
+    "/sys/devices/**",
+};
+
+// Megabits as the kernel writes them, "1.5" or "480"; "unknown" is absent.
+struct TSpeedRow {
+    std::string_view text;
+    std::uint64_t bitsPerSecond;
+};
+
+constexpr TSpeedRow speedRows[] = {
+    {"1.5", 1'500'000},         {"12", 12'000'000},         {"480", 480'000'000},        {"5000", 5'000'000'000},
+    {"10000", 10'000'000'000},  {"20000", 20'000'000'000},  {"40000", 40'000'000'000},   {"80000", 80'000'000'000},
+};
+
+std::optional<std::uint64_t> ReadSpeed(const ISystemFiles& files, const std::string& path) {
+    const auto text = ReadAttribute(files, path);
+    const auto* const row = std::find_if(std::begin(speedRows), std::end(speedRows),
+                                         [&](const TSpeedRow& candidate) { return candidate.text == text; });
+    return row == std::end(speedRows) ? std::nullopt : std::optional(row->bitsPerSecond);
+}
+
+// What is plugged in, by its own words, else by the database's; empty when it has neither.
+std::string NameAttached(TCollection& collection, const std::string& folder) {
+    const ISystemFiles& files = collection.GetFiles();
+    auto maker = ReadAttribute(files, folder + "/manufacturer");
+    auto product = ReadAttribute(files, folder + "/product");
+    const auto vendorId = ReadHexNumber<std::uint16_t>(files, folder + "/idVendor");
+    const auto productId = ReadHexNumber<std::uint16_t>(files, folder + "/idProduct");
+    const IDeviceNames* names = collection.GetDeviceNames();
+    if (names != nullptr && vendorId && !maker) {
+        maker = names->FindUsbVendor(*vendorId);
+    }
+    if (names != nullptr && vendorId && productId && !product) {
+        product = names->FindUsbDevice(*vendorId, *productId);
+    }
+    std::string name = maker.value_or("");
+    name += (name.empty() || !product ? "" : " ") + product.value_or("");
+    return name.empty() ? "a USB device" : name;
+}
+
+TPortRecord MakePort(TCollection& collection, const TUsbPort& port) {
+    constexpr std::uint64_t nothingAttached = 0;
+    const ISystemFiles& files = collection.GetFiles();
+    const std::string attached = port.folder + "/device";
+    TPortRecord record;
+    record.elementName = "USB port " + port.number + " of " + port.hub;
+    record.maxSpeedBitsPerSecond = ReadSpeed(files, "/sys/bus/usb/devices/" + port.hub + "/speed");
+    if (files.Exists(attached)) {
+        record.speedBitsPerSecond = ReadSpeed(files, attached + "/speed");
+        record.description = "USB port with " + NameAttached(collection, attached);
+    } else {
+        record.speedBitsPerSecond = nothingAttached;
+        record.description = "USB port, empty";
+    }
+    return record;
+}
+
+}  // namespace
+
+std::span<const TClassShape> GetUsbPortClasses() {
+    return classes;
+}
+
+std::span<const TSourcePattern> GetUsbPortSources() {
+    return sourcePatterns;
+}
+
+void CollectUsbPorts(TCollection& collection) {
+    const std::vector<TUsbPort> ports = ReadUsbPorts(collection.GetFiles());
+    std::vector<TKeySource> keySources;
+    for (const TUsbPort& port : ports) {
+        keySources.push_back({"", port.position});
+    }
+    std::vector<std::string> notes;
+    auto keys = MakeUniqueKeys(keySources, "USB port", notes);
+    for (std::size_t i = 0; i < ports.size(); ++i) {
+        TPortRecord record = MakePort(collection, ports[i]);
+        record.deviceId = std::move(keys[i]);
+        collection.Commit<TPortRecord>(classes[0], portRows, record);
+    }
+    for (std::string& note : notes) {
+        collection.Note(std::move(note));
+    }
+}
+
+}  // namespace NVORHOST
