@@ -4,6 +4,7 @@
 #include "vorhost/cimxml/load.h"
 #include "vorhost/cli/run_failure.h"
 #include "vorhost/collect/collector.h"
+#include "vorhost/names/hardware_database.h"
 #include "vorhost/services/core_logger.h"
 #include "vorhost/system/captured_system_calls.h"
 #include "vorhost/system/live_system_calls.h"
@@ -74,7 +75,8 @@ void CollectMachine(const TSourceOptions& options, TNamespaceSource& source) {
     }
     const TRootedFiles files(options.sysroot);
     const auto calls = MakeSystemCalls(isLive, files);
-    const TCollectContext context{files, *calls, *source.collected, CollectionTime(options, isLive), nullptr};
+    const THardwareDatabase names;
+    const TCollectContext context{files, *calls, *source.collected, CollectionTime(options, isLive), &names};
     std::set<std::string> denied;
     for (const TCollectReport& report : CollectAll(context)) {
         LogReport(report);

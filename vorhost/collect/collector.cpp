@@ -4,6 +4,7 @@
 #include "vorhost/collect/card.h"
 #include "vorhost/collect/collection.h"
 #include "vorhost/collect/computer_system.h"
+#include "vorhost/collect/controller.h"
 #include "vorhost/collect/data_source.h"
 #include "vorhost/collect/disk_drive.h"
 #include "vorhost/collect/disk_partition.h"
@@ -17,6 +18,7 @@
 #include "vorhost/collect/processor.h"
 #include "vorhost/collect/result_class.h"
 #include "vorhost/collect/system_slot.h"
+#include "vorhost/collect/usb_port.h"
 #include "vorhost/system/recording_files.h"
 
 #include <algorithm>
@@ -95,6 +97,9 @@ std::span<const TCollector> GetCollectors() {
          CollectDiskPartitions},
         {"pci", "Functions and bridges on the PCI buses", GetPciFunctionClasses(), GetPciFunctionSources(),
          CollectPciFunctions},
+        {"controller", "Display, USB and IDE controllers", GetControllerClasses(), GetControllerSources(),
+         CollectControllers},
+        {"usb-port", "Ports of the USB hubs", GetUsbPortClasses(), GetUsbPortSources(), CollectUsbPorts},
         {"ip-endpoint", "Addresses of the network interfaces", GetIpEndpointClasses(), GetIpEndpointSources(),
          CollectIpEndpoints},
         {"process", "What runs on the machine", GetProcessClasses(), GetProcessSources(), CollectProcesses,

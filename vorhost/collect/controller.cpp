@@ -63,14 +63,9 @@ constexpr const TClassShape& usbClass = classes[1];
 constexpr const TClassShape& ideClass = classes[2];
 
 constexpr TSourcePattern sourcePatterns[] = {
-    "/sys/bus/pci/devices",
-    "/sys/bus/pci/devices/*/*",
-    "/sys/bus/usb/devices",
-    "/sys/bus/usb/devices/*",
-    "/sys/bus/usb/devices/*/version",
-    "/sys/class/drm",
-    "/sys/class/drm/*",
-    "/sys/class/drm/*/device",
+    "/sys/bus/pci/devices",   "/sys/bus/pci/devices/*/*",       "/sys/bus/usb/devices",
+    "/sys/bus/usb/devices/*", "/sys/bus/usb/devices/*/version", "/sys/class/drm",
+    "/sys/class/drm/*",       "/sys/class/drm/*/device",
 };
 
 // ---- USB
@@ -86,18 +81,23 @@ struct TUsbInterface {
 
 constexpr std::uint16_t otherInterface = 1;
 constexpr TUsbInterface usbInterfaces[] = {
-    {0x00, 2, "UHCI", 0x0110},           {0x10, 3, "OHCI", 0x0110},        {0x20, otherInterface, "EHCI", 0x0200},
-    {0x30, otherInterface, "xHCI", 0x0}, {0x40, otherInterface, "USB4", 0},
-    {0x80, otherInterface, "", 0},       {0xFE, otherInterface, "device", 0},
+    {0x00, 2, "UHCI", 0x0110},
+    {0x10, 3, "OHCI", 0x0110},
+    {0x20, otherInterface, "EHCI", 0x0200},
+    {0x30, otherInterface, "xHCI", 0x0},
+    {0x40, otherInterface, "USB4", 0},
+    {0x80, otherInterface, "", 0},
+    {0xFE, otherInterface, "device", 0},
 };
 
 constexpr std::uint16_t usbAddressSpace = 127;  // a controller gives addresses 1 to 127
 constexpr std::uint16_t usbProtocol = 16;
 
 const TUsbInterface* FindUsbInterface(std::uint8_t programmingInterface) {
-    const auto* const row = std::find_if(
-        std::begin(usbInterfaces), std::end(usbInterfaces),
-        [&](const TUsbInterface& candidate) { return candidate.programmingInterface == programmingInterface; });
+    const auto* const row =
+        std::find_if(std::begin(usbInterfaces), std::end(usbInterfaces), [&](const TUsbInterface& candidate) {
+            return candidate.programmingInterface == programmingInterface;
+        });
     return row == std::end(usbInterfaces) ? nullptr : row;
 }
 
@@ -113,7 +113,8 @@ std::optional<std::uint16_t> ParseUsbVersion(std::string_view text) {
 }
 
 // The highest of the controller's root hubs: xHCI has one for USB 2 and one for USB 3.
-std::optional<std::uint16_t> FindRootHubVersion(const ISystemFiles& files, const std::vector<TUsbRootHub>& hubs,
+std::optional<std::uint16_t> FindRootHubVersion(const ISystemFiles& files,
+                                                const std::vector<TUsbRootHub>& hubs,
                                                 std::string_view controllerPath) {
     std::optional<std::uint16_t> highest;
     for (const TUsbRootHub& hub : hubs) {
@@ -185,7 +186,8 @@ void CommitOtherUsb(TCollection& collection, const std::vector<TUsbRootHub>& hub
 void CommitPciVideo(TCollection& collection, const TPciSource& source) {
     TController controller = MakePciController(collection, source);
     // More than the property's 32 bits hold is left out rather than cut.
-    const auto bytes = ReadNumber<std::uint64_t>(collection.GetFiles(), source.folder + "/mem_info_vram_total");
+    const auto bytes =
+        ReadNumber<std::uint64_t>(collection.GetFiles(), source.folder + "/mem_info_vram_total");
     if (bytes && *bytes != 0 && *bytes <= std::numeric_limits<std::uint32_t>::max()) {
         controller.videoMemoryBytes = static_cast<std::uint32_t>(*bytes);
     }
@@ -201,21 +203,27 @@ bool IsBelowPci(std::string_view path) {
     return path.find("/pci") != std::string_view::npos;
 }
 
-void CommitOtherVideo(TCollection& collection) {
+// A card of the direct rendering manager that is no PCI function, such as a frame buffer that the firmware
+// set up.
+void CommitOtherVideo(TCollection& collection, const std::string& cardFolder) {
     const ISystemFiles& files = collection.GetFiles();
-    for (const std::string& name : files.List("/sys/class/drm").value) {
-        const std::string path = "/sys/class/drm/" + name + "/device";
-        const auto link = IsDisplayCard(name) ? files.ReadLink(path) : TReadResult<std::string>();
-        const auto card = files.ReadLink("/sys/class/drm/" + name);
-        const std::string cardPath = card.IsOk() ? ResolveLinkText("/sys/class/drm/" + name, card.value) : path;
-        if (!link.IsOk() || IsBelowPci(cardPath)) {
-            continue;
+    const auto card = files.ReadLink(cardFolder);
+    const auto device = files.ReadLink(cardFolder + "/device");
+    if (!device.IsOk() || IsBelowPci(card.IsOk() ? ResolveLinkText(cardFolder, card.value) : device.value)) {
+        return;
+    }
+    TController controller;
+    controller.deviceId = LastName(device.value);
+    controller.elementName = "Display controller " + *controller.deviceId;
+    controller.description = "Display controller";
+    collection.Commit<TController>(videoClass, videoRows, controller);
+}
+
+void CommitOtherVideos(TCollection& collection) {
+    for (const std::string& name : collection.GetFiles().List("/sys/class/drm").value) {
+        if (IsDisplayCard(name)) {
+            CommitOtherVideo(collection, "/sys/class/drm/" + name);
         }
-        TController controller;
-        controller.deviceId = LastName(link.value);
-        controller.elementName = "Display controller " + *controller.deviceId;
-        controller.description = "Display controller";
-        collection.Commit<TController>(videoClass, videoRows, controller);
     }
 }
 
@@ -250,7 +258,7 @@ void CollectControllers(TCollection& collection) {
             collection.Commit<TController>(ideClass, ideRows, MakePciController(collection, source));
         }
     }
-    CommitOtherVideo(collection);
+    CommitOtherVideos(collection);
     CommitOtherUsb(collection, hubs, usbPaths);
 }
 

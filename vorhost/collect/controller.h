@@ -1,5 +1,5 @@
-// KELSG_VideoController, KELSG_USBController and KELSG_IDEProtocolController: controllers by their kind, most of
-// them PCI functions, which are listed as such as well.
+// KELSG_VideoController, KELSG_USBController and KELSG_IDEProtocolController: controllers by their kind, most
+// of them PCI functions, which are listed as such as well.
 #pragma once
 
 #include "vorhost/collect/class_shape.h"

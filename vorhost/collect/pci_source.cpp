@@ -18,8 +18,8 @@ bool IsBridgeHeader(const TPciConfig& config) {
     return config.header != EPciHeader::device;
 }
 
-// Each register costs a trap on a virtual machine, so no more than the header is asked for unless the rest can
-// tell something: the kind of a bridge.
+// Each register costs a trap on a virtual machine, so no more than the header is asked for unless the rest
+// can tell something: the kind of a bridge.
 std::optional<TPciConfig> ReadConfig(const ISystemFiles& files, const std::string& path) {
     auto config = ParsePciConfig(files.ReadBytes(path, pciHeaderBytes).value);
     if (config && config->HasCapabilities() && IsBridgeHeader(*config)) {
@@ -40,7 +40,8 @@ bool MarksExpress(const std::optional<std::string>& kernelRelease) {
     return majorNumber && minorNumber && (*majorNumber > 4 || (*majorNumber == 4 && *minorNumber >= 13));
 }
 
-// Without the kernel's mark only the capability tells, and not every user may read so far: then it may be one.
+// Without the kernel's mark only the capability tells, and not every user may read so far: then it may be
+// one.
 bool IsExpress(TCollection& collection, const TPciSource& source) {
     const ISystemFiles& files = collection.GetFiles();
     if (files.Exists(source.folder + "/max_link_speed")) {

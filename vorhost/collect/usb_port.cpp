@@ -44,8 +44,9 @@ struct TSpeedRow {
 };
 
 constexpr TSpeedRow speedRows[] = {
-    {"1.5", 1'500'000},         {"12", 12'000'000},         {"480", 480'000'000},        {"5000", 5'000'000'000},
-    {"10000", 10'000'000'000},  {"20000", 20'000'000'000},  {"40000", 40'000'000'000},   {"80000", 80'000'000'000},
+    {"1.5", 1'500'000},        {"12", 12'000'000},        {"480", 480'000'000},
+    {"5000", 5'000'000'000},   {"10000", 10'000'000'000}, {"20000", 20'000'000'000},
+    {"40000", 40'000'000'000}, {"80000", 80'000'000'000},
 };
 
 std::optional<std::uint64_t> ReadSpeed(const ISystemFiles& files, const std::string& path) {
@@ -69,7 +70,8 @@ std::string NameAttached(TCollection& collection, const std::string& folder) {
     if (names != nullptr && vendorId && productId && !product) {
         product = names->FindUsbDevice(*vendorId, *productId);
     }
-    std::string name = maker.value_or("");
+    const bool saysMakerTwice = maker && product && product->starts_with(*maker + " ");
+    std::string name = saysMakerTwice ? "" : maker.value_or("");
     name += (name.empty() || !product ? "" : " ") + product.value_or("");
     return name.empty() ? "a USB device" : name;
 }

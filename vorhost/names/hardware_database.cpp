@@ -67,7 +67,8 @@ std::optional<std::string> THardwareDatabase::FindPciVendor(std::uint16_t vendor
     return Find(Format("pci:v%08X", vendorId), vendorKey);
 }
 
-std::optional<std::string> THardwareDatabase::FindPciDevice(std::uint16_t vendorId, std::uint16_t deviceId) const {
+std::optional<std::string> THardwareDatabase::FindPciDevice(std::uint16_t vendorId,
+                                                            std::uint16_t deviceId) const {
     return Find(Format("pci:v%08Xd%08X", vendorId, deviceId), modelKey);
 }
 
@@ -75,7 +76,8 @@ std::optional<std::string> THardwareDatabase::FindUsbVendor(std::uint16_t vendor
     return Find(Format("usb:v%04X", vendorId), vendorKey);
 }
 
-std::optional<std::string> THardwareDatabase::FindUsbDevice(std::uint16_t vendorId, std::uint16_t productId) const {
+std::optional<std::string> THardwareDatabase::FindUsbDevice(std::uint16_t vendorId,
+                                                            std::uint16_t productId) const {
     return Find(Format("usb:v%04Xp%04X", vendorId, productId), modelKey);
 }
 
