@@ -35,7 +35,7 @@ const std::vector<TDisk>& TCollection::GetDisks() {
 
 const std::vector<TPciSource>& TCollection::GetPciSources() {
     if (!pciSources_) {
-        pciSources_ = ReadPciSources(*this);
+        pciSources_ = ReadPciSources(files_);
     }
     return *pciSources_;
 }

@@ -1,9 +1,7 @@
 #include "vorhost/collect/pci_source.h"
 
 #include "vorhost/collect/attribute.h"
-#include "vorhost/collect/collection.h"
 #include "vorhost/collect/pci_class_name.h"
-#include "vorhost/parse/lines.h"
 
 #include <algorithm>
 #include <string_view>
@@ -28,27 +26,17 @@ std::optional<TPciConfig> ReadConfig(const ISystemFiles& files, const std::strin
     return config;
 }
 
-// Kernels from 4.13 on give PCI Express functions a link speed.
-bool MarksExpress(const std::optional<std::string>& kernelRelease) {
-    if (!kernelRelease) {
+// The kernel marks PCI Express functions with a link speed (since 4.13). Kernels that show whether a function
+// uses ARI (since 4.15) have shown that speed if there is one; on older ones the capability tells, which not
+// every user may read: then it may be one.
+bool IsExpress(const ISystemFiles& files, const TPciSource& source) {
+    if (!source.config) {
         return false;
     }
-    const auto [major, rest] = SplitAt(*kernelRelease, '.');
-    const auto minor = rest.substr(0, rest.find_first_not_of("0123456789"));
-    const auto majorNumber = ParseNumber<unsigned>(major);
-    const auto minorNumber = ParseNumber<unsigned>(minor);
-    return majorNumber && minorNumber && (*majorNumber > 4 || (*majorNumber == 4 && *minorNumber >= 13));
-}
-
-// Without the kernel's mark only the capability tells, and not every user may read so far: then it may be
-// one.
-bool IsExpress(TCollection& collection, const TPciSource& source) {
-    const ISystemFiles& files = collection.GetFiles();
-    if (files.Exists(source.folder + "/max_link_speed")) {
+    if (source.config->expressPortType || files.Exists(source.folder + "/max_link_speed")) {
         return true;
     }
-    if (!source.config || !source.config->HasCapabilities() ||
-        MarksExpress(collection.GetCalls().KernelRelease())) {
+    if (!source.config->HasCapabilities() || files.Exists(source.folder + "/ari_enabled")) {
         return false;
     }
     const auto bytes = files.ReadBytes(source.folder + "/config", pciConfigBytes);
@@ -96,8 +84,7 @@ std::string Hex4(std::uint16_t number) {
 
 }  // namespace
 
-std::vector<TPciSource> ReadPciSources(TCollection& collection) {
-    const ISystemFiles& files = collection.GetFiles();
+std::vector<TPciSource> ReadPciSources(const ISystemFiles& files) {
     std::vector<TPciSource> sources;
     for (const std::string& address : files.List(functionsFolder).value) {
         TPciSource source;
@@ -105,7 +92,7 @@ std::vector<TPciSource> ReadPciSources(TCollection& collection) {
         source.folder = std::string(functionsFolder) + "/" + address;
         source.config = ReadConfig(files, source.folder + "/config");
         if (SetFromConfig(source) || SetFromAttributes(files, source)) {
-            source.isExpress = IsExpress(collection, source);
+            source.isExpress = IsExpress(files, source);
             sources.push_back(std::move(source));
         }
     }

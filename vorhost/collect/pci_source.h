@@ -3,6 +3,7 @@
 
 #include "vorhost/collect/device_names.h"
 #include "vorhost/parse/pci_config.h"
+#include "vorhost/system/system_files.h"
 
 #include <cstdint>
 #include <optional>
@@ -10,8 +11,6 @@
 #include <vector>
 
 namespace NVORHOST {
-
-class TCollection;
 
 /// What is known of a function before it becomes instances.
 struct TPciSource {
@@ -27,7 +26,7 @@ struct TPciSource {
 };
 
 /// Every function in the order of their addresses.
-std::vector<TPciSource> ReadPciSources(TCollection& collection);
+std::vector<TPciSource> ReadPciSources(const ISystemFiles& files);
 
 /// True for header types 1 and 2; without registers the class decides.
 bool IsBridge(const TPciSource& source);
