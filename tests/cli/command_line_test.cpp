@@ -29,8 +29,11 @@ std::set<std::string> LongOptions(const std::string& text, const char* pattern =
 
 std::set<std::string> OptionsOfTheProgram() {
     std::string help;
-    for (const auto& arguments :
-         {std::vector<std::string>{"--help"}, {"collect", "--help"}, {"snapshot", "--help"}}) {
+    for (const auto& arguments : {std::vector<std::string>{"--help"},
+                                  {"collect", "--help"},
+                                  {"snapshot", "--help"},
+                                  {"capture", "--help"},
+                                  {"collectors", "--help"}}) {
         help += RunVorhost({arguments, "", {}}).standardOutput;
     }
     return LongOptions(help);
@@ -46,8 +49,9 @@ TEST(CommandLine, VersionNamesTheProgramAndItsVersion) {
 TEST(CommandLine, HelpListsTheCommands) {
     const auto result = RunVorhost({{"--help"}, "", {}});
     EXPECT_EQ(result.status, 0);
-    EXPECT_THAT(result.standardOutput, HasSubstr("collect"));
-    EXPECT_THAT(result.standardOutput, HasSubstr("snapshot"));
+    for (const char* command : {"\n  collect ", "\n  snapshot ", "\n  capture ", "\n  collectors "}) {
+        EXPECT_THAT(result.standardOutput, HasSubstr(command));
+    }
 }
 
 TEST(CommandLine, HelpOfCollectListsEveryOption) {

@@ -5,8 +5,10 @@
 #include <algorithm>
 #include <iostream>
 #include <iterator>
+#include <sstream>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace NVORHOST {
 namespace {
@@ -42,15 +44,49 @@ TCIMDateTime ReadLocalTime(const std::string& text) {
     return *time;
 }
 
-void AddSourceOptions(CLI::App& command, TSourceOptions& options) {
-    auto* file = command
-                     .add_option("--namespace", options.namespaceFile,
-                                 "Take the namespace from this CIM-XML file instead of the machine")
-                     ->type_name("FILE");
-    command
-        .add_option("--sysroot", options.sysroot, "Collect from the tree below this directory instead of /")
-        ->type_name("DIR")
-        ->excludes(file);
+// Splits "NAME,NAME"; every name must be a collector's.
+std::vector<std::string> ReadCollectorNames(const std::string& option, const std::string& text) {
+    std::vector<std::string> names;
+    std::istringstream words(text);
+    for (std::string name; std::getline(words, name, ',');) {
+        if (std::ranges::find(GetCollectors(), name, &TCollector::name) == GetCollectors().end()) {
+            std::string known;
+            for (const TCollector& collector : GetCollectors()) {
+                known += (known.empty() ? "" : ", ") + std::string(collector.name);
+            }
+            throw CLI::ValidationError(option, "'" + name + "' is none of " + known);
+        }
+        names.push_back(name);
+    }
+    return names;
+}
+
+CLI::Option* AddCollectorNames(CLI::App& command, const std::string& option, std::vector<std::string>& names,
+                               const std::string& description) {
+    return command
+        .add_option_function<std::string>(
+            option, [option, &names](const std::string& text) { names = ReadCollectorNames(option, text); },
+            description)
+        ->join(',')
+        ->type_name("NAME,...");
+}
+
+// Every command that looks at a machine.
+std::vector<CLI::Option*> AddMachineOptions(CLI::App& command, TSourceOptions& options) {
+    return {
+        command
+            .add_option("--sysroot", options.sysroot,
+                        "Collect from the tree below this directory instead of /")
+            ->type_name("DIR"),
+        AddCollectorNames(command, "--only", options.collectors.only,
+                          "Run these collectors alone; vorhost collectors lists them"),
+        AddCollectorNames(command, "--skip", options.collectors.skip, "Run every collector but these"),
+        command.add_flag("--with-processes", options.collectors.withProcesses,
+                         "Collect the running processes, too"),
+    };
+}
+
+void AddRunOptions(CLI::App& command, TSourceOptions& options) {
     command
         .add_option_function<std::string>(
             "--local-time", [&options](const std::string& text) { options.localTime = ReadLocalTime(text); },
@@ -61,6 +97,18 @@ void AddSourceOptions(CLI::App& command, TSourceOptions& options) {
         .add_option("--log-file", options.logFile, "Append every log line, as LEVEL MESSAGE, to this file")
         ->type_name("FILE");
     command.add_flag("--verbose", options.verbose, "Print debug and warning lines to standard error");
+}
+
+// A saved namespace takes the place of the machine.
+void AddSourceOptions(CLI::App& command, TSourceOptions& options) {
+    auto* file = command
+                     .add_option("--namespace", options.namespaceFile,
+                                 "Take the namespace from this CIM-XML file instead of the machine")
+                     ->type_name("FILE");
+    for (CLI::Option* option : AddMachineOptions(command, options)) {
+        option->excludes(file);
+    }
+    AddRunOptions(command, options);
 }
 
 void AddCollectCommand(CLI::App& program, TCollectOptions& options) {
@@ -101,6 +149,16 @@ void AddSnapshotCommand(CLI::App& program, TSnapshotOptions& options) {
         ->required();
 }
 
+void AddCaptureCommand(CLI::App& program, TCaptureOptions& options) {
+    CLI::App& command =
+        *program.add_subcommand("capture", "Pack the files that the collectors read, as a test case");
+    AddMachineOptions(command, options.source);
+    AddRunOptions(command, options.source);
+    command.add_option("file", options.file, "Archive to write, FILE.tar.xz; - is standard output")
+        ->type_name("FILE")
+        ->required();
+}
+
 std::string HelpCommandFor(const CLI::App& program) {
     const auto chosen = program.get_subcommands();
     return chosen.empty() ? "vorhost --help" : "vorhost " + chosen.front()->get_name() + " --help";
@@ -111,6 +169,7 @@ std::string HelpCommandFor(const CLI::App& program) {
 TCommand ParseCommandLine(int argc, const char* const* argv) {
     TCollectOptions collect;
     TSnapshotOptions snapshot;
+    TCaptureOptions capture;
     CLI::App program("Hardware inventory of a Linux machine.", "vorhost");
     program.require_subcommand(1);
     program.set_version_flag("--version", "vorhost " NOXINFO_VERSION);
@@ -119,6 +178,8 @@ TCommand ParseCommandLine(int argc, const char* const* argv) {
     });
     AddCollectCommand(program, collect);
     AddSnapshotCommand(program, snapshot);
+    AddCaptureCommand(program, capture);
+    program.add_subcommand("collectors", "List the collectors, what each fills and what it reads");
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
@@ -131,6 +192,12 @@ TCommand ParseCommandLine(int argc, const char* const* argv) {
     }
     if (program.got_subcommand("collect")) {
         return collect;
+    }
+    if (program.got_subcommand("capture")) {
+        return capture;
+    }
+    if (program.got_subcommand("collectors")) {
+        return TCollectorsOptions{};
     }
     return snapshot;
 }

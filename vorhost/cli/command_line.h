@@ -2,6 +2,7 @@
 #pragma once
 
 #include "host/cim_date_time.h"
+#include "vorhost/collect/collector.h"
 #include "vorhost/services/host_settings.h"
 
 #include <optional>
@@ -22,6 +23,7 @@ struct TSourceOptions {
     std::string namespaceFile;  ///< CIM-XML file instead of the machine; empty: not given
     std::string sysroot = "/";
     std::optional<NKELVOR20::TCIMDateTime> localTime;
+    TCollectorChoice collectors;
     std::string logFile;  ///< empty: not given
     bool verbose = false;
 };
@@ -41,12 +43,22 @@ struct TSnapshotOptions {
     std::string file;  ///< "-" is standard output
 };
 
+struct TCaptureOptions {
+    TSourceOptions source;  ///< never a namespace file
+    std::string file;       ///< "-" is standard output
+    bool redacts = false;   ///< what identifies the machine is replaced
+};
+
+/// List the collectors.
+struct TCollectorsOptions {};
+
 /// The program is to end at once, without running a command.
 struct TEarlyExit {
     int status = eExitDone;
 };
 
-using TCommand = std::variant<TCollectOptions, TSnapshotOptions, TEarlyExit>;
+using TCommand =
+    std::variant<TCollectOptions, TSnapshotOptions, TCaptureOptions, TCollectorsOptions, TEarlyExit>;
 
 /// Reads the command line. Prints help and version to standard output, and what is wrong, with a hint, to
 /// standard error; both come back as TEarlyExit.

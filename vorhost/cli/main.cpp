@@ -1,6 +1,8 @@
 // Entry point of vorhost: chooses the command and turns failures into one line and an exit status.
 
+#include "vorhost/cli/capture_command.h"
 #include "vorhost/cli/collect_command.h"
+#include "vorhost/cli/collectors_command.h"
 #include "vorhost/cli/command_line.h"
 #include "vorhost/cli/run_failure.h"
 #include "vorhost/cli/snapshot_command.h"
@@ -20,6 +22,14 @@ struct TRunCommand {
     }
     int operator()(const TSnapshotOptions& options) const {
         RunSnapshot(options);
+        return eExitDone;
+    }
+    int operator()(const TCaptureOptions& options) const {
+        RunCapture(options, std::cout);
+        return eExitDone;
+    }
+    int operator()(const TCollectorsOptions&) const {
+        ListCollectors(std::cout);
         return eExitDone;
     }
     int operator()(const TEarlyExit& exit) const { return exit.status; }

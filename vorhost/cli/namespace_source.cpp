@@ -1,44 +1,32 @@
 #include "vorhost/cli/namespace_source.h"
 
-#include "host/os_specific.h"
 #include "vorhost/cimxml/load.h"
+#include "vorhost/cli/machine_door.h"
 #include "vorhost/cli/run_failure.h"
 #include "vorhost/collect/collector.h"
 #include "vorhost/names/hardware_database.h"
 #include "vorhost/services/core_logger.h"
-#include "vorhost/system/captured_system_calls.h"
-#include "vorhost/system/live_system_calls.h"
-#include "vorhost/system/rooted_files.h"
 
 #include <boost/make_shared.hpp>
 
-#include <filesystem>
-#include <memory>
-#include <optional>
 #include <set>
 #include <string_view>
-#include <system_error>
 
 namespace NVORHOST {
 namespace {
 
-constexpr char liveRoot[] = "/";
 constexpr int warningLevel = 3;
 
-void LoadFile(const std::string& path, TNamespaceSource& source) {
+TNamespaceSource LoadFile(const std::string& path) {
+    TNamespaceSource source;
+    source.collected = boost::make_shared<TMemoryNamespace>();
     source.origin = "file " + path;
     try {
         LoadNamespace(path, *source.collected);
     } catch (const TCimXmlError& error) {
         throw TRunFailure(error.what());
     }
-}
-
-std::unique_ptr<ISystemCalls> MakeSystemCalls(bool isLive, const ISystemFiles& files) {
-    if (isLive) {
-        return std::make_unique<TLiveSystemCalls>();
-    }
-    return std::make_unique<TCapturedSystemCalls>(files);
+    return source;
 }
 
 void LogWarning(std::string_view collector, const std::string& line) {
@@ -60,42 +48,33 @@ void LogReport(const TCollectReport& report) {
     }
 }
 
-// A captured tree does not tell the zone of its machine, so its times are local only when the user says when
-// the collection is.
-std::optional<TCIMDateTime> CollectionTime(const TSourceOptions& options, bool isLive) {
-    return isLive ? NKELVOR20::TOSSpecific::GetLocalTime() : options.localTime;
-}
+}  // namespace
 
-void CollectMachine(const TSourceOptions& options, TNamespaceSource& source) {
-    const bool isLive = options.sysroot == liveRoot;
-    source.origin = isLive ? "this machine" : "tree " + options.sysroot;
-    std::error_code ignored;
-    if (!std::filesystem::is_directory(options.sysroot, ignored)) {
-        throw TRunFailure("cannot collect from " + options.sysroot + ": not a directory");
-    }
-    const TRootedFiles files(options.sysroot);
-    const auto calls = MakeSystemCalls(isLive, files);
+TNamespaceSource CollectNamespace(const ISystemFiles& files, const ISystemCalls& calls,
+                                  const std::optional<NKELVOR20::TCIMDateTime>& localTime,
+                                  const TCollectorChoice& choice) {
+    TNamespaceSource source;
+    source.collected = boost::make_shared<TMemoryNamespace>();
     const THardwareDatabase names;
-    const TCollectContext context{files, *calls, *source.collected, CollectionTime(options, isLive), &names};
+    const TCollectContext context{files, calls, *source.collected, localTime, &names};
     std::set<std::string> denied;
-    for (const TCollectReport& report : CollectAll(context)) {
+    for (const TCollectReport& report : CollectAll(context, ChooseCollectors(choice))) {
         LogReport(report);
         source.failedCollectors += report.failure.empty() ? 0U : 1U;
         denied.insert(report.deniedSources.begin(), report.deniedSources.end());
     }
     source.deniedSources.assign(denied.begin(), denied.end());
+    return source;
 }
 
-}  // namespace
-
 TNamespaceSource ObtainNamespace(const TSourceOptions& options) {
-    TNamespaceSource source;
-    source.collected = boost::make_shared<TMemoryNamespace>();
-    if (options.namespaceFile.empty()) {
-        CollectMachine(options, source);
-    } else {
-        LoadFile(options.namespaceFile, source);
+    if (!options.namespaceFile.empty()) {
+        return LoadFile(options.namespaceFile);
     }
+    const TMachineDoor machine(options);
+    TNamespaceSource source =
+        CollectNamespace(machine.GetFiles(), machine.GetCalls(), machine.GetLocalTime(), options.collectors);
+    source.origin = machine.Describe();
     return source;
 }
 

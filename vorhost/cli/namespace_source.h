@@ -3,10 +3,13 @@
 
 #include "vorhost/cli/command_line.h"
 #include "vorhost/model/memory_namespace.h"
+#include "vorhost/system/system_calls.h"
+#include "vorhost/system/system_files.h"
 
 #include <boost/shared_ptr.hpp>
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,5 +26,10 @@ struct TNamespaceSource {
 /// Fills a namespace as the options say. Throws TRunFailure when a file cannot be read or a tree is not
 /// there.
 TNamespaceSource ObtainNamespace(const TSourceOptions& options);
+
+/// Runs the chosen collectors through these doors and logs what goes wrong; `origin` stays empty.
+TNamespaceSource CollectNamespace(const ISystemFiles& files, const ISystemCalls& calls,
+                                  const std::optional<NKELVOR20::TCIMDateTime>& localTime,
+                                  const TCollectorChoice& choice);
 
 }  // namespace NVORHOST

@@ -6,6 +6,7 @@
 #include <iomanip>
 #include <sstream>
 #include <string_view>
+#include <system_error>
 
 namespace NVORHOST {
 namespace {
@@ -66,19 +67,23 @@ std::string DescribeTimes(const std::vector<TStepTime>& times) {
     return text.str();
 }
 
+void PrintTroubles(std::size_t failedCollectors, const std::vector<std::string>& deniedSources,
+                   std::ostream& out) {
+    if (failedCollectors != 0) {
+        PrintRow(out, "Failed", Count(failedCollectors, "collector") + "; the log tells which (--verbose)");
+    }
+    if (!deniedSources.empty()) {
+        PrintRow(out, "Denied", DescribeDenied(deniedSources));
+    }
+}
+
 }  // namespace
 
 void PrintSummary(const TRunSummary& summary, std::ostream& out) {
     PrintRow(out, "Machine", summary.machine);
     PrintRow(out, "Source", summary.origin);
     PrintRow(out, "Collected", DescribeResources(summary.documents.front()));
-    if (summary.failedCollectors != 0) {
-        PrintRow(out, "Failed",
-                 Count(summary.failedCollectors, "collector") + "; the log tells which (--verbose)");
-    }
-    if (!summary.deniedSources.empty()) {
-        PrintRow(out, "Denied", DescribeDenied(summary.deniedSources));
-    }
+    PrintTroubles(summary.failedCollectors, summary.deniedSources, out);
     std::string_view label = "Files";
     for (const TInventoryDocument& document : summary.documents) {
         PrintRow(out, label, DescribeFile(summary.directory, document));
@@ -86,6 +91,17 @@ void PrintSummary(const TRunSummary& summary, std::ostream& out) {
     }
     PrintRow(out, "Credential", summary.credential);
     PrintRow(out, "Time", DescribeTimes(summary.times));
+}
+
+void PrintCaptureSummary(const TCaptureSummary& summary, std::ostream& out) {
+    std::error_code ignored;  // the size is for people only
+    const auto bytes = std::filesystem::file_size(summary.file, ignored);
+    PrintRow(out, "Source", summary.origin);
+    PrintRow(out, "Captured",
+             Count(summary.files, "file") + " and " + Count(summary.links, "link") +
+                 (summary.isRedacted ? ", redacted" : ""));
+    PrintTroubles(summary.failedCollectors, summary.deniedSources, out);
+    PrintRow(out, "File", summary.file + (ignored ? "" : ", " + WithThousands(bytes) + " bytes"));
 }
 
 }  // namespace NVORHOST

@@ -30,4 +30,17 @@ struct TRunSummary {
 
 void PrintSummary(const TRunSummary& summary, std::ostream& out);
 
+/// What a capture packed.
+struct TCaptureSummary {
+    std::string origin;
+    std::string file;  ///< the archive
+    std::size_t files = 0;
+    std::size_t links = 0;
+    bool isRedacted = false;
+    std::size_t failedCollectors = 0;
+    std::vector<std::string> deniedSources;
+};
+
+void PrintCaptureSummary(const TCaptureSummary& summary, std::ostream& out);
+
 }  // namespace NVORHOST

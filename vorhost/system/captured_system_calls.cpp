@@ -19,16 +19,24 @@ std::optional<std::string> ReadLine(const ISystemFiles& files, std::string_view 
 }  // namespace
 
 std::optional<std::string> TCapturedSystemCalls::KernelRelease() const {
-    return ReadLine(files_, "/proc/sys/kernel/osrelease");
+    return answers_.kernelRelease ? answers_.kernelRelease : ReadLine(files_, "/proc/sys/kernel/osrelease");
 }
 
 std::optional<std::string> TCapturedSystemCalls::NodeName() const {
+    if (answers_.nodeName) {
+        return answers_.nodeName;
+    }
     auto name = ReadLine(files_, "/proc/sys/kernel/hostname");
     return name ? name : ReadLine(files_, "/etc/hostname");
 }
 
 std::optional<std::string> TCapturedSystemCalls::Architecture() const {
-    return ReadLine(files_, "/proc/sys/kernel/arch");
+    return answers_.architecture ? answers_.architecture : ReadLine(files_, "/proc/sys/kernel/arch");
+}
+
+std::optional<int> TCapturedSystemCalls::UtcOffsetMinutes(std::int64_t secondsSinceEpoch) const {
+    const auto found = answers_.utcOffsetMinutes.find(secondsSinceEpoch);
+    return found == answers_.utcOffsetMinutes.end() ? std::nullopt : std::optional(found->second);
 }
 
 }  // namespace NVORHOST

@@ -2,6 +2,7 @@
 // machine that reads the tree shows through.
 #pragma once
 
+#include "vorhost/system/captured_answers.h"
 #include "vorhost/system/system_calls.h"
 #include "vorhost/system/system_files.h"
 
@@ -9,25 +10,33 @@ namespace NVORHOST {
 
 class TCapturedSystemCalls final : public ISystemCalls {
   public:
-    /// Reads from `files` at each question; `files` must outlive this object.
-    explicit TCapturedSystemCalls(const ISystemFiles& files) : files_(files) {}
+    /// Takes the answers that `files` keeps; `files` must outlive this object.
+    explicit TCapturedSystemCalls(const ISystemFiles& files)
+        : files_(files), answers_(ReadCapturedAnswers(files)) {}
 
-    /// /proc/sys/kernel/osrelease.
+    const TCapturedAnswers& GetAnswers() const { return answers_; }
+
+    // A tree from elsewhere, without such answers, has some of them among its files.
+
+    /// Else /proc/sys/kernel/osrelease.
     std::optional<std::string> KernelRelease() const override;
-    /// /proc/sys/kernel/hostname, else /etc/hostname.
+    /// Else /proc/sys/kernel/hostname, else /etc/hostname.
     std::optional<std::string> NodeName() const override;
-    /// /proc/sys/kernel/arch.
+    /// Else /proc/sys/kernel/arch.
     std::optional<std::string> Architecture() const override;
 
-    // A tree does not keep the following.
-    std::optional<std::uint32_t> PageSizeBytes() const override { return std::nullopt; }
-    std::optional<std::uint32_t> ClockTicksPerSecond() const override { return std::nullopt; }
-    std::optional<std::string> HypervisorSignature() const override { return std::nullopt; }
-    std::optional<int> UtcOffsetMinutes(std::int64_t) const override { return std::nullopt; }
-    std::optional<std::vector<TInterfaceAddress>> InterfaceAddresses() const override { return std::nullopt; }
+    std::optional<std::uint32_t> PageSizeBytes() const override { return answers_.pageSizeBytes; }
+    std::optional<std::uint32_t> ClockTicksPerSecond() const override { return answers_.clockTicksPerSecond; }
+    std::optional<std::string> HypervisorSignature() const override { return answers_.hypervisorSignature; }
+    /// Of the moments that were asked about on the machine, no others.
+    std::optional<int> UtcOffsetMinutes(std::int64_t secondsSinceEpoch) const override;
+    std::optional<std::vector<TInterfaceAddress>> InterfaceAddresses() const override {
+        return answers_.interfaceAddresses;
+    }
 
   private:
     const ISystemFiles& files_;
+    TCapturedAnswers answers_;
 };
 
 }  // namespace NVORHOST

@@ -1,0 +1,291 @@
+// `vorhost capture`: the archive holds what was read and takes the machine's place.
+
+#include "program_run.h"
+#include "temporary_directory.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace NVORHOST {
+namespace {
+
+using ::testing::Contains;
+using ::testing::ContainsRegex;
+using ::testing::HasSubstr;
+using ::testing::Not;
+using ::testing::StartsWith;
+
+constexpr char time[] = "20240229134500.000000+060";
+
+void Unpack(const std::string& archive, const std::string& directory) {
+    std::filesystem::create_directories(directory);
+    const auto result = RunProgram("tar", {{"-xJf", archive, "-C", directory}, "", {}});
+    ASSERT_EQ(result.status, 0) << result.standardError;
+}
+
+// Paths, kinds and contents of everything below a directory.
+std::string Listing(const std::string& directory) {
+    std::vector<std::string> rows;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(directory)) {
+        std::string row = entry.path().lexically_relative(directory).string();
+        if (entry.is_symlink()) {
+            row += " -> " + std::filesystem::read_symlink(entry.path()).string();
+        } else if (entry.is_regular_file()) {
+            row += ": " + ReadFile(entry.path().string());
+        } else {
+            row += "/";
+        }
+        rows.push_back(row);
+    }
+    std::sort(rows.begin(), rows.end());
+    std::string text;
+    for (const std::string& row : rows) {
+        text += row + "\n";
+    }
+    return text;
+}
+
+// What the collectors make of a tree.
+std::string Snapshot(const std::string& sysroot) {
+    const auto result = RunVorhost({{"snapshot", "--sysroot", sysroot, "-"}, "", {}});
+    EXPECT_EQ(result.status, 0) << result.standardError;
+    return result.standardOutput;
+}
+
+void AddFile(const std::string& root, const std::string& path, const std::string& text) {
+    std::filesystem::create_directories(std::filesystem::path(root + "/" + path).parent_path());
+    WriteFile(root + "/" + path, text);
+}
+
+// A machine with a disk behind links, and with files that no collector reads.
+void MakeMachine(const std::string& root) {
+    AddFile(root, "proc/sys/kernel/hostname", "small\n");
+    AddFile(root, "proc/cpuinfo", "processor : 0\nphysical id : 0\nmodel name : Example CPU\n");
+    AddFile(root, "proc/17/environ", "SECRET=1");
+    AddFile(root, "etc/shadow", "root:secret");
+    AddFile(root, "etc/os-release", "PRETTY_NAME=\"Example Linux 1\"\n");
+    const std::string device = "sys/devices/pci0000:00/0000:00:01.0/virtio0/block/vda";
+    AddFile(root, device + "/size", "2048\n");
+    AddFile(root, device + "/serial", "EX42");
+    AddFile(root, device + "/queue/logical_block_size", "512\n");
+    AddFile(root, device + "/inflight", "0 0\n");
+    std::filesystem::create_directories(root + "/sys/block");
+    std::filesystem::create_symlink("../devices/pci0000:00/0000:00:01.0/virtio0/block/vda",
+                                    root + "/sys/block/vda");
+    std::filesystem::create_symlink("../../../virtio0", root + "/" + device + "/device");
+    std::filesystem::create_symlink("../../../../bus/virtio",
+                                    root + "/sys/devices/pci0000:00/0000:00:01.0/virtio0/subsystem");
+    AddFile(root, "proc/net/fib_trie", "Local:\n  |-- 10.0.0.5\n     /32 host LOCAL\n");
+}
+
+TProgramResult Capture(std::vector<std::string> options, const std::string& directory) {
+    std::vector<std::string> arguments{"capture"};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    return RunVorhost({arguments, directory, {}});
+}
+
+TEST(Capture, OfATreeGivesTheSameNamespaceAsTheTree) {
+    const TTemporaryDirectory directory;
+    MakeMachine(directory / "machine");
+    const auto result = Capture({"--sysroot", "machine", "m.tar.xz"}, directory.GetPath());
+    ASSERT_EQ(result.status, 0) << result.standardError;
+    Unpack(directory / "m.tar.xz", directory / "captured");
+    const std::string text = Snapshot(directory / "captured");
+    EXPECT_THAT(text, HasSubstr("<VALUE>EX42</VALUE>"));
+    EXPECT_EQ(text, Snapshot(directory / "machine"));
+}
+
+TEST(Capture, HoldsNothingThatNoCollectorReads) {
+    const TTemporaryDirectory directory;
+    MakeMachine(directory / "machine");
+    ASSERT_EQ(Capture({"--sysroot", "machine", "m.tar.xz"}, directory.GetPath()).status, 0);
+    Unpack(directory / "m.tar.xz", directory / "captured");
+    const std::string listing = Listing(directory / "captured");
+    EXPECT_THAT(listing, HasSubstr("etc/os-release: PRETTY_NAME=\"Example Linux 1\"\n"));
+    EXPECT_THAT(listing,
+                HasSubstr("sys/block/vda -> ../devices/pci0000:00/0000:00:01.0/virtio0/block/vda\n"));
+    EXPECT_THAT(listing, HasSubstr("0000:00:01.0/virtio0/block/vda/serial: EX42\n"));
+    for (const char* unread : {"shadow", "secret", "SECRET", "0 0"}) {
+        EXPECT_THAT(listing, Not(HasSubstr(unread)));
+    }
+    EXPECT_THAT(listing, HasSubstr("proc/17: \n"));  // a name in a folder that was listed, no more
+}
+
+TEST(Capture, OfACaptureIsThatCapture) {
+    const TTemporaryDirectory directory;
+    ASSERT_EQ(Capture({"first.tar.xz"}, directory.GetPath()).status, 0);
+    Unpack(directory / "first.tar.xz", directory / "first");
+    ASSERT_EQ(Capture({"--sysroot", "first", "second.tar.xz"}, directory.GetPath()).status, 0);
+    EXPECT_EQ(ReadFile(directory / "second.tar.xz"), ReadFile(directory / "first.tar.xz"));
+}
+
+TEST(Capture, OfThisMachineGivesTheSameDocumentsAtEveryCollection) {
+    const TTemporaryDirectory directory;
+    const auto captured =
+        Capture({"--local-time", time, "--with-processes", "m.tar.xz"}, directory.GetPath());
+    ASSERT_EQ(captured.status, 0) << captured.standardError;
+    EXPECT_THAT(captured.standardOutput,
+                ContainsRegex("Source      this machine\nCaptured    [0-9]+ files and [0-9]+ links\n"));
+    EXPECT_THAT(captured.standardOutput, ContainsRegex("File        m.tar.xz, [0-9,]+ bytes\n$"));
+    Unpack(directory / "m.tar.xz", directory / "m");
+    std::vector<std::string> documents;
+    for (const std::string name : {"first", "second"}) {
+        std::filesystem::create_directory(directory / name);
+        const auto result = RunVorhost({{"collect", "--sysroot", "m", "--local-time", time, "--reachability",
+                                         "no", "--directory", name, "--kel-id", "K1"},
+                                        directory.GetPath(),
+                                        {}});
+        ASSERT_EQ(result.status, 0) << result.standardError;
+        documents.push_back(ReadCompressedFile(directory / (name + "/hardwareinventory.xml.gz")) +
+                            ReadCompressedFile(directory / (name + "/systeminformation.xml.gz")));
+    }
+    EXPECT_EQ(documents[0], documents[1]);
+    EXPECT_THAT(documents[0], HasSubstr("resourceType=\"Server\""));
+    EXPECT_THAT(Snapshot(directory / "m"), HasSubstr("<VALUE>20240229134500.000000+060</VALUE>"));
+}
+
+// What a collection of this machine and one of its capture may differ in from one second to the next.
+std::string WithoutWhatMoves(const std::string& text) {
+    std::string kept;
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        const bool moves = std::ranges::any_of(
+            std::vector<std::string>{"Free", "NumberOfProcesses", "NumberOfUsers", "CurrentClockSpeed"},
+            [&](const std::string& name) { return line.find("NAME=\"" + name) != std::string::npos; });
+        kept += moves ? "" : line + "\n";
+    }
+    return kept;
+}
+
+TEST(Capture, GivesWhatThisMachineGives) {
+    const TTemporaryDirectory directory;
+    ASSERT_EQ(Capture({"--local-time", time, "m.tar.xz"}, directory.GetPath()).status, 0);
+    Unpack(directory / "m.tar.xz", directory / "m");
+    const auto live = RunVorhost({{"snapshot", "--local-time", time, "-"}, "", {}});
+    ASSERT_EQ(live.status, 0) << live.standardError;
+    EXPECT_EQ(WithoutWhatMoves(Snapshot(directory / "m")), WithoutWhatMoves(live.standardOutput));
+}
+
+TEST(Capture, OfChosenCollectorsHoldsWhatTheyRead) {
+    const TTemporaryDirectory directory;
+    MakeMachine(directory / "machine");
+    ASSERT_EQ(
+        Capture({"--sysroot", "machine", "--only", "processor", "m.tar.xz"}, directory.GetPath()).status, 0);
+    Unpack(directory / "m.tar.xz", directory / "captured");
+    const std::string listing = Listing(directory / "captured");
+    EXPECT_THAT(listing, HasSubstr("proc/cpuinfo: processor : 0\n"));
+    EXPECT_THAT(listing, Not(HasSubstr("os-release")));
+    EXPECT_THAT(listing, Not(HasSubstr("vda")));
+}
+
+TEST(Capture, ToStandardOutputPrintsNothingElse) {
+    const TTemporaryDirectory directory;
+    MakeMachine(directory / "machine");
+    const auto streamed = Capture({"--sysroot", "machine", "-"}, directory.GetPath());
+    ASSERT_EQ(streamed.status, 0) << streamed.standardError;
+    ASSERT_EQ(Capture({"--sysroot", "machine", "m.tar.xz"}, directory.GetPath()).status, 0);
+    EXPECT_EQ(streamed.standardOutput, ReadFile(directory / "m.tar.xz"));
+}
+
+TEST(Capture, TheFileIsForItsOwnerAlone) {
+    const TTemporaryDirectory directory;
+    MakeMachine(directory / "machine");
+    ASSERT_EQ(Capture({"--sysroot", "machine", "m.tar.xz"}, directory.GetPath()).status, 0);
+    struct stat status {};
+    ASSERT_EQ(::stat((directory / "m.tar.xz").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777, 0600U);
+}
+
+TEST(Capture, ThatFailsLeavesTheEarlierFileAndNoOther) {
+    const TTemporaryDirectory directory;
+    WriteFile(directory / "m.tar.xz", "earlier");
+    const auto result = Capture({"--sysroot", "absent", "m.tar.xz"}, directory.GetPath());
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.standardError, "vorhost: cannot collect from absent: not a directory\n");
+    EXPECT_EQ(ReadFile(directory / "m.tar.xz"), "earlier");
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(directory.GetPath()), {}), 1);
+}
+
+TEST(Capture, ToAFolderThatIsNotThereFails) {
+    const TTemporaryDirectory directory;
+    MakeMachine(directory / "machine");
+    const auto result = Capture({"--sysroot", "machine", "absent/m.tar.xz"}, directory.GetPath());
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.standardError, "vorhost: cannot write absent/m.tar.xz: No such file or directory\n");
+}
+
+TEST(Capture, NeedsAFile) {
+    const auto result = RunVorhost({{"capture"}, "", {}});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.standardError, "vorhost: file is required\nTry 'vorhost capture --help'.\n");
+}
+
+// ---- what an ordinary user may not read
+
+// Runs vorhost as a user without rights; a machine file of mode 000 refuses even its owner then.
+TProgramResult RunUnprivileged(std::vector<std::string> arguments, const std::string& directory) {
+    if (::geteuid() != 0) {
+        return RunVorhost({std::move(arguments), directory, {}});
+    }
+    // The user must be able to reach the program and the directories of the test.
+    std::vector<std::string> words{"--bounding-set=-dac_override,-dac_read_search", "--inh-caps=-all",
+                                   VORHOST_PROGRAM};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    return RunProgram("setpriv", {words, directory, {}});
+}
+
+// The machine with three sources that only root may read.
+void MakeGuardedMachine(const std::string& root) {
+    MakeMachine(root);
+    AddFile(root, "sys/class/dmi/id/product_name", "Works Server\n");
+    for (const char* path : {"sys/class/dmi/id/product_serial", "sys/class/dmi/id/product_uuid",
+                             "sys/firmware/dmi/tables/DMI"}) {
+        AddFile(root, path, "secret");
+        std::filesystem::permissions(root + "/" + path, std::filesystem::perms::none);
+    }
+}
+
+constexpr char deniedRow[] =
+    "Denied      3 sources need root: /sys/class/dmi/id/product_serial, /sys/class/dmi/id/product_uuid, "
+    "/sys/firmware/dmi/tables/DMI\n";
+
+TEST(DeniedSources, AreCountedInTheSummaryAndNamedOnceInTheLog) {
+    const TTemporaryDirectory directory;
+    MakeGuardedMachine(directory / "machine");
+    const auto result = RunUnprivileged(
+        {"collect", "--sysroot", "machine", "--reachability", "no", "--log-file", directory / "run.log"},
+        directory.GetPath());
+    ASSERT_EQ(result.status, 0) << result.standardError;
+    EXPECT_THAT(result.standardOutput, HasSubstr(deniedRow));
+    const std::string log = ReadFile(directory / "run.log");
+    const std::string line = "3 vorhost-computer-system: may not read /sys/class/dmi/id/product_serial\n";
+    EXPECT_THAT(log, HasSubstr(line));
+    EXPECT_EQ(log.find(line), log.rfind(line));
+}
+
+TEST(DeniedSources, AreDeniedToWhoeverCollectsFromTheCapture) {
+    const TTemporaryDirectory directory;
+    MakeGuardedMachine(directory / "machine");
+    const auto captured =
+        RunUnprivileged({"capture", "--sysroot", "machine", "m.tar.xz"}, directory.GetPath());
+    ASSERT_EQ(captured.status, 0) << captured.standardError;
+    EXPECT_THAT(captured.standardOutput, HasSubstr(deniedRow));
+    Unpack(directory / "m.tar.xz", directory / "captured");
+    EXPECT_THAT(ReadFile(directory / "captured/vorhost-system.txt"),
+                HasSubstr("denied read /sys/class/dmi/id/product_serial\n"));
+    const auto result =
+        RunVorhost({{"collect", "--sysroot", "captured", "--reachability", "no"}, directory.GetPath(), {}});
+    ASSERT_EQ(result.status, 0) << result.standardError;
+    EXPECT_THAT(result.standardOutput, HasSubstr(deniedRow));
+    EXPECT_THAT(result.standardOutput, HasSubstr("Machine     Works Server, type Works Server\n"));
+}
+
+}  // namespace
+}  // namespace NVORHOST

@@ -1,0 +1,61 @@
+#include "vorhost/cli/capture_command.h"
+
+#include "vorhost/capture/archive.h"
+#include "vorhost/capture/capturing_files.h"
+#include "vorhost/capture/capturing_system_calls.h"
+#include "vorhost/cli/log_sinks.h"
+#include "vorhost/cli/machine_door.h"
+#include "vorhost/cli/namespace_source.h"
+#include "vorhost/cli/output_file.h"
+#include "vorhost/cli/summary.h"
+#include "vorhost/services/host_settings.h"
+
+namespace NVORHOST {
+namespace {
+
+void ApplySettings(const TSourceOptions& options) {
+    THostSettings settings;
+    settings.localTime = options.localTime;
+    SetHostSettings(settings);
+}
+
+TCaptureSummary Summarise(const TNamespaceSource& source, const TCapturedTree& tree) {
+    TCaptureSummary summary;
+    summary.failedCollectors = source.failedCollectors;
+    summary.deniedSources = source.deniedSources;
+    for (const auto& [path, node] : tree.GetNodes()) {
+        summary.files += node.kind == TCapturedTree::EKind::file ? 1U : 0U;
+        summary.links += node.kind == TCapturedTree::EKind::link ? 1U : 0U;
+    }
+    return summary;
+}
+
+}  // namespace
+
+void RunCapture(const TCaptureOptions& options, std::ostream& out) {
+    const TLogSinks sinks(options.source);
+    ApplySettings(options.source);
+    const TMachineDoor machine(options.source);
+    const TCapturingFiles files(machine.GetFiles());
+    const TCapturingSystemCalls calls(machine.GetCalls());
+    const auto localTime = machine.GetLocalTime();
+    const TNamespaceSource source = CollectNamespace(files, calls, localTime, options.source.collectors);
+
+    TCapturedTree tree = files.GetTree();
+    TCapturedAnswers answers = calls.GetAnswers();
+    answers.refusals = files.FindRefusals();
+    if (localTime) {
+        answers.localTime = localTime->ToString();
+    }
+    TCaptureSummary summary = Summarise(source, tree);
+    tree.AddFile(capturedAnswersPath, FormatCapturedAnswers(answers));
+    WriteOutputFile(options.file, [&tree](std::ostream& file) { WriteArchive(tree, file); });
+    if (options.file != "-") {
+        summary.origin = machine.Describe();
+        summary.file = options.file;
+        summary.isRedacted = options.redacts;
+        PrintCaptureSummary(summary, out);
+    }
+}
+
+}  // namespace NVORHOST

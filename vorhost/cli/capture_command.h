@@ -1,0 +1,14 @@
+// The command `vorhost capture`: a machine as an archive of the files that its collectors read.
+#pragma once
+
+#include "vorhost/cli/command_line.h"
+
+#include <ostream>
+
+namespace NVORHOST {
+
+/// Runs the collectors, packs what they read, and prints a summary to `out` unless the archive goes there.
+/// Throws TRunFailure when the machine is not there or the archive cannot be written.
+void RunCapture(const TCaptureOptions& options, std::ostream& out);
+
+}  // namespace NVORHOST

@@ -1,0 +1,50 @@
+#include "vorhost/cli/machine_door.h"
+
+#include "host/os_specific.h"
+#include "vorhost/cli/run_failure.h"
+
+#include <filesystem>
+#include <system_error>
+
+namespace NVORHOST {
+namespace {
+
+constexpr char liveRoot[] = "/";
+
+}  // namespace
+
+TMachineDoor::TMachineDoor(const TSourceOptions& options)
+    : isLive_(options.sysroot == liveRoot), localTime_(options.localTime), rootedFiles_(options.sysroot) {
+    std::error_code ignored;  // whatever it is, there is no directory
+    if (!std::filesystem::is_directory(options.sysroot, ignored)) {
+        throw TRunFailure("cannot collect from " + options.sysroot + ": not a directory");
+    }
+    if (!isLive_) {
+        capturedCalls_.emplace(rootedFiles_);
+        capturedFiles_.emplace(rootedFiles_, capturedCalls_->GetAnswers());
+    }
+}
+
+std::string TMachineDoor::Describe() const {
+    return isLive_ ? "this machine" : "tree " + rootedFiles_.GetRoot();
+}
+
+const ISystemFiles& TMachineDoor::GetFiles() const {
+    return isLive_ ? static_cast<const ISystemFiles&>(rootedFiles_) : *capturedFiles_;
+}
+
+const ISystemCalls& TMachineDoor::GetCalls() const {
+    return isLive_ ? static_cast<const ISystemCalls&>(liveCalls_) : *capturedCalls_;
+}
+
+std::optional<NKELVOR20::TCIMDateTime> TMachineDoor::GetLocalTime() const {
+    if (isLive_) {
+        return NKELVOR20::TOSSpecific::GetLocalTime();
+    }
+    if (localTime_) {
+        return localTime_;
+    }
+    return NKELVOR20::TCIMDateTime::FromText(capturedCalls_->GetAnswers().localTime.value_or(""));
+}
+
+}  // namespace NVORHOST

@@ -1,0 +1,37 @@
+// The machine that a run looks at: the running one, or a tree that stands for one.
+#pragma once
+
+#include "vorhost/cli/command_line.h"
+#include "vorhost/system/captured_files.h"
+#include "vorhost/system/captured_system_calls.h"
+#include "vorhost/system/live_system_calls.h"
+#include "vorhost/system/rooted_files.h"
+
+#include <optional>
+#include <string>
+
+namespace NVORHOST {
+
+class TMachineDoor {
+  public:
+    /// Throws TRunFailure when the tree is not there.
+    explicit TMachineDoor(const TSourceOptions& options);
+
+    /// For people: "this machine", "tree /x".
+    std::string Describe() const;
+    const ISystemFiles& GetFiles() const;
+    const ISystemCalls& GetCalls() const;
+    /// The moment of the collection: what the user says, else the clock, else when the tree was captured.
+    /// Absent for a tree that does not tell.
+    std::optional<NKELVOR20::TCIMDateTime> GetLocalTime() const;
+
+  private:
+    bool isLive_;
+    std::optional<NKELVOR20::TCIMDateTime> localTime_;
+    TRootedFiles rootedFiles_;
+    TLiveSystemCalls liveCalls_;
+    std::optional<TCapturedSystemCalls> capturedCalls_;  // of trees
+    std::optional<TCapturedFiles> capturedFiles_;        // of trees
+};
+
+}  // namespace NVORHOST
