@@ -141,7 +141,8 @@ std::string FindScsiTransport(const TBlockDevice& device) {
             return std::string(row.transport);
         }
     }
-    return "SCSI";
+    // Kernels before 2.6.39 had no folder for the link.
+    return device.Read("device/vendor") == "ATA" ? "ATA" : "SCSI";
 }
 
 // Adapters whose volumes look like disks. On the channels from `firstVolumeChannel` they are volumes; disks

@@ -41,13 +41,14 @@ struct TDisk {
 std::vector<TDisk> ReadDisks(TCollection& collection);
 
 /// What that reads.
-inline constexpr std::array<TSourcePattern, 11> diskSources{
+inline constexpr std::array<TSourcePattern, 12> diskSources{
     "/sys/block",
     "/sys/block/*",
     "/sys/block/*/*",
     "/sys/block/*/device/*",
     "/sys/block/*/queue/logical_block_size",
     "/sys/class/scsi_host/*/proc_name",
+    "/sys/devices/**/*:*:*.*",
     "/sys/devices/**/ata_port/*/port_no",
     "/sys/devices/**/sas_device/*/sas_address",
     "/sys/devices/**/usb*/version",

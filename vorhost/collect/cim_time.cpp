@@ -5,11 +5,11 @@
 namespace NVORHOST {
 
 NKELVOR20::TCIMDateTime MakeCimTime(std::int64_t secondsSinceEpoch, int offsetMinutes) {
-    using namespace std::chrono;
-    const sys_seconds local{seconds(secondsSinceEpoch) + minutes(offsetMinutes)};
-    const auto day = floor<days>(local);
-    const year_month_day date(day);
-    const hh_mm_ss time(local - day);
+    const std::chrono::sys_seconds local{std::chrono::seconds(secondsSinceEpoch) +
+                                         std::chrono::minutes(offsetMinutes)};
+    const auto day = std::chrono::floor<std::chrono::days>(local);
+    const std::chrono::year_month_day date(day);
+    const std::chrono::hh_mm_ss time(local - day);
     NKELVOR20::TCIMDateTime::TFields fields;
     fields.year = static_cast<std::uint16_t>(static_cast<int>(date.year()));
     fields.month = static_cast<std::uint16_t>(static_cast<unsigned>(date.month()));

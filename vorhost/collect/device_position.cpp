@@ -53,6 +53,27 @@ std::optional<std::string> Keep(const ISystemFiles&, const TStep& step) {
     return std::string(step.name);
 }
 
+// Host numbers count over all adapters. A PCI adapter that has several of them (one for each port, with
+// kernels that show no ports) keeps their order.
+std::optional<std::string> HostOfAdapter(const ISystemFiles& files, const TStep& step) {
+    const auto folder = step.path.substr(0, step.path.rfind('/'));
+    if (!Follows(folder.substr(folder.rfind('/') + 1), pciFunction)) {
+        return std::nullopt;
+    }
+    std::vector<std::uint32_t> hosts;
+    for (const std::string& name : files.List(folder).value) {
+        if (Follows(name, "host#")) {
+            hosts.push_back(ParseNumber<std::uint32_t>(std::string_view(name).substr(4)).value_or(0));
+        }
+    }
+    if (hosts.size() < 2) {
+        return std::nullopt;
+    }
+    const auto own = ParseNumber<std::uint32_t>(step.name.substr(4)).value_or(0);
+    const auto before = std::count_if(hosts.begin(), hosts.end(), [&](auto host) { return host < own; });
+    return "host-" + std::to_string(before + 1);
+}
+
 // ataN counts over all controllers; the port number counts within one.
 std::optional<std::string> AtaPort(const ISystemFiles& files, const TStep& step) {
     const std::string name(step.name);
@@ -106,7 +127,7 @@ constexpr TStepRule stepRules[] = {
     {"pci%:%",         Drop},
     {"platform",       Drop},
     {"virtual",        Drop},
-    {"host#",          Drop},
+    {"host#",          HostOfAdapter},
     {"target#:#:#",    Drop},
     {"port-#:*",       Drop},
     {"expander-*",     Drop},
