@@ -1,10 +1,12 @@
 // One large address range, handed out from its start to its end and never twice: a header page that keeps the
-// size, the pages of the allocation, and the fence, which is the next one's unused beginning.
+// size, the pages of the allocation, and the fence. What is left before the allocation keeps a pattern, which
+// is looked at when it is freed.
 #include "fenced_memory.h"
 
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -14,6 +16,7 @@ namespace {
 
 constexpr std::size_t rangeSize = std::size_t{8} << 30;
 constexpr std::size_t pageSize = 4096;
+constexpr char slackPattern = 0x5A;
 
 char* range = nullptr;
 std::size_t used = 0;
@@ -43,9 +46,10 @@ void* AllocateFenced(std::size_t size) {
     used += wanted;
     ++count;
     std::memcpy(header, &pages, sizeof pages);
-    // Sizes of types are multiples of their alignment, so the end that counts is aligned where it needs to
-    // be.
-    return header + pageSize + pages - (size == 0 ? 1 : size);
+    // Sizes of types are multiples of their alignment, so the end that counts is aligned as well.
+    char* const memory = header + pageSize + pages - (size == 0 ? 1 : size);
+    std::memset(header + pageSize, slackPattern, static_cast<std::size_t>(memory - (header + pageSize)));
+    return memory;
 }
 
 void FreeFenced(void* memory) {
@@ -53,6 +57,10 @@ void FreeFenced(void* memory) {
     char* const header = range + offset / pageSize * pageSize - pageSize;
     std::size_t pages = 0;
     std::memcpy(&pages, header, sizeof pages);
+    if (std::any_of(header + pageSize, static_cast<char*>(memory),
+                    [](char c) { return c != slackPattern; })) {
+        std::abort();
+    }
     // Mapped anew, as that gives the memory back, too.
     if (mmap(header, pageSize + pages, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED | MAP_NORESERVE, -1,
              0) == MAP_FAILED) {

@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <filesystem>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -44,6 +45,19 @@ TEST_F(FencedDeathTest, AByteBehindAnAllocationCannotBeRead) {
             const auto* const memory = new char[20]();
             const volatile char* const behind = memory + 20;
             std::exit(*behind);
+        },
+        "");
+}
+
+TEST_F(FencedDeathTest, AByteBeforeAnAllocationCannotBeChanged) {
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    EXPECT_DEATH(
+        {
+            const TFencedMemory fence;
+            auto* const memory = new char[20]();
+            volatile char* const before = memory - 1;
+            *before = '\0';
+            delete[] memory;
         },
         "");
 }
@@ -127,6 +141,16 @@ TEST_F(FencedPlugin, AWholeRequestStaysWithinItsAllocations) {
     EXPECT_EQ(PropertiesOfOnlyInstance(*resultClass).size(), 4U);
     EXPECT_EQ(NTEST::Unzip(NTEST::hardwareFile), HardwareDocument());
     EXPECT_EQ(NTEST::Unzip(NTEST::systemFile), SystemDocument());
+}
+
+TEST_F(FencedPlugin, ARequestWithoutBytesStaysWithinItsAllocations) {
+    std::filesystem::create_symlink("/dev/null", NTEST::hardwareFile);
+    const auto resultClass = AddResultClass("KELSG_CADAT");
+    {
+        const TFencedMemory fence;
+        Request();
+    }
+    EXPECT_EQ(PropertiesOfOnlyInstance(*resultClass).front().second, "");
 }
 
 }  // namespace
