@@ -66,6 +66,28 @@ TEST(ParseSmbiosTable, MakesNoPhantomFromATornTable) {
     }
 }
 
+TEST(FindSmbiosTableFlaw, IsAbsentForSoundTables) {
+    EXPECT_EQ(FindSmbiosTableFlaw(""), std::nullopt);
+    EXPECT_EQ(FindSmbiosTableFlaw(MakeTable()), std::nullopt);
+    EXPECT_EQ(FindSmbiosTableFlaw(MakeTable() + "what follows the end"), std::nullopt);
+    EXPECT_EQ(FindSmbiosTableFlaw(MakeSmbiosStructure("1: 01 \"Maker\"", 1)), std::nullopt);
+}
+
+TEST(FindSmbiosTableFlaw, TellsWhereAndWhyReadingStopped) {
+    const std::string sound = MakeSmbiosStructure("1: 01 \"Maker\"", 1);
+    ASSERT_EQ(sound.size(), 12U);
+    EXPECT_EQ(FindSmbiosTableFlaw(sound + "\x02\x03\x00\x01\x00\x00"s),
+              "byte 12 of 18, behind 1 structures: a structure is shorter than its header");
+    EXPECT_EQ(FindSmbiosTableFlaw(sound + "\x02"s),
+              "byte 12 of 13, behind 1 structures: a structure is shorter than its header");
+    EXPECT_EQ(FindSmbiosTableFlaw(sound + "\x02\xFF\x00\x01\x00\x00"s),
+              "byte 12 of 18, behind 1 structures: a structure is longer than what is left of the table");
+    EXPECT_EQ(FindSmbiosTableFlaw(sound + "\x02\x04\x00\x01\x00"s),
+              "byte 12 of 17, behind 1 structures: the texts of a structure do not end within the table");
+    EXPECT_EQ(FindSmbiosTableFlaw(sound + "\x02\x04\x00\x01"s + "text"),
+              "byte 12 of 20, behind 1 structures: the texts of a structure do not end within the table");
+}
+
 TEST(TSmbiosStructure, HasNoTextForNumbersItDoesNotHold) {
     const std::string table = MakeSmbiosStructure("1: 01 02 03 00 FF \"Maker\" \"Product\"", 1) +
                               MakeSmbiosStructure("2: 01 \"Other\"", 2);

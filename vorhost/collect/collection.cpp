@@ -15,6 +15,9 @@ TCIMDateTime TCollection::ToDateTime(std::int64_t secondsSinceEpoch) const {
 const TSmbiosSource& TCollection::GetSmbios() {
     if (!smbios_) {
         smbios_.emplace(files_);
+        if (smbios_->GetFlaw()) {
+            Note("the firmware's structure table is unsound at " + *smbios_->GetFlaw());
+        }
     }
     return *smbios_;
 }

@@ -5,7 +5,9 @@
 namespace NVORHOST {
 
 TSmbiosSource::TSmbiosSource(const ISystemFiles& files)
-    : bytes_(files.ReadText("/sys/firmware/dmi/tables/DMI").value), structures_(ParseSmbiosTable(bytes_)) {
+    : bytes_(files.ReadText("/sys/firmware/dmi/tables/DMI").value),
+      structures_(ParseSmbiosTable(bytes_)),
+      flaw_(FindSmbiosTableFlaw(bytes_)) {
     if (!structures_.empty()) {
         const auto entryPoint = files.ReadText("/sys/firmware/dmi/tables/smbios_entry_point");
         version_ = ParseSmbiosEntryPoint(entryPoint.value).value_or(TSmbiosVersion{2, 0});

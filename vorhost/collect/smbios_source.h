@@ -4,6 +4,7 @@
 #include "vorhost/parse/smbios_table.h"
 #include "vorhost/system/system_files.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,6 +22,8 @@ class TSmbiosSource {
     /// The oldest version when the entry point says none.
     TSmbiosVersion GetVersion() const { return version_; }
     const std::vector<TSmbiosStructure>& GetStructures() const { return structures_; }
+    /// Where and why the table is not sound, one line; absent when it is.
+    const std::optional<std::string>& GetFlaw() const { return flaw_; }
     /// The first structure of a type, or null.
     const TSmbiosStructure* FindFirst(std::uint8_t type) const;
 
@@ -28,6 +31,7 @@ class TSmbiosSource {
     std::string bytes_;
     TSmbiosVersion version_;
     std::vector<TSmbiosStructure> structures_;
+    std::optional<std::string> flaw_;
 };
 
 }  // namespace NVORHOST

@@ -57,6 +57,41 @@ std::optional<TStringSet> ParseStringSet(std::string_view bytes) {
     }
 }
 
+// The structures up to where the walk ended, and why it ended there; no reason at the table's own end.
+struct TWalk {
+    std::vector<TSmbiosStructure> structures;
+    std::size_t end = 0;
+    std::string_view flaw;
+};
+
+TWalk WalkTable(std::string_view bytes) {
+    TWalk walk;
+    while (walk.end < bytes.size()) {
+        const TByteView view(bytes.substr(walk.end));
+        const auto length = view.GetByte(1);
+        if (view.GetByte(0) == endOfTable) {
+            return walk;
+        }
+        if (!length || *length < headerSize) {
+            walk.flaw = "a structure is shorter than its header";
+            return walk;
+        }
+        const auto formattedArea = view.GetRange(0, *length);
+        if (!formattedArea) {
+            walk.flaw = "a structure is longer than what is left of the table";
+            return walk;
+        }
+        auto strings = ParseStringSet(bytes.substr(walk.end + *length));
+        if (!strings) {
+            walk.flaw = "the texts of a structure do not end within the table";
+            return walk;
+        }
+        walk.end += *length + strings->size;
+        walk.structures.emplace_back(TByteView(*formattedArea), std::move(strings->texts));
+    }
+    return walk;
+}
+
 }  // namespace
 
 std::optional<TSmbiosVersion> ParseSmbiosEntryPoint(std::string_view bytes) {
@@ -89,21 +124,16 @@ std::optional<std::string> TSmbiosStructure::GetText(std::size_t offset) const {
 }
 
 std::vector<TSmbiosStructure> ParseSmbiosTable(std::string_view bytes) {
-    std::vector<TSmbiosStructure> structures;
-    while (true) {
-        const TByteView view(bytes);
-        const auto length = view.GetByte(1);
-        if (!length || *length < headerSize || view.GetByte(0) == endOfTable) {
-            return structures;
-        }
-        const auto formattedArea = view.GetRange(0, *length);
-        auto strings = formattedArea ? ParseStringSet(bytes.substr(*length)) : std::nullopt;
-        if (!strings) {
-            return structures;
-        }
-        bytes.remove_prefix(*length + strings->size);
-        structures.emplace_back(TByteView(*formattedArea), std::move(strings->texts));
+    return WalkTable(bytes).structures;
+}
+
+std::optional<std::string> FindSmbiosTableFlaw(std::string_view bytes) {
+    const TWalk walk = WalkTable(bytes);
+    if (walk.flaw.empty()) {
+        return std::nullopt;
     }
+    return "byte " + std::to_string(walk.end) + " of " + std::to_string(bytes.size()) + ", behind " +
+           std::to_string(walk.structures.size()) + " structures: " + std::string(walk.flaw);
 }
 
 }  // namespace NVORHOST

@@ -54,4 +54,8 @@ class TSmbiosStructure {
 /// Source: DSP0134, 6.1.
 std::vector<TSmbiosStructure> ParseSmbiosTable(std::string_view bytes);
 
+/// Where and why reading such a table stopped before its end, one line; absent for a sound table. A table may
+/// end without an end-of-table structure, as those of the first versions do.
+std::optional<std::string> FindSmbiosTableFlaw(std::string_view bytes);
+
 }  // namespace NVORHOST
