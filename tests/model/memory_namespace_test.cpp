@@ -331,6 +331,28 @@ TEST(Property, AHandleKeepsItsValueWhenTheInstanceChanges) {
     EXPECT_EQ(instance->GetProperty("Name", {})->GetValue({}), TCIMValue("new"));
 }
 
+TEST(Property, AHandleTakenBeforeTheCommitKeepsItsValue) {
+    TMemoryNamespace space;
+    const auto instance = space.AddClass("A")->NewInstance();
+    instance->Set("Name", TCIMValue("old"));
+    instance->Set("Version", TCIMValue("1.0"));
+    const auto handle = instance->GetProperty("Name", {});
+    instance->CommitInstance({});
+    EXPECT_EQ(handle->GetValue({}), TCIMValue("old"));
+    instance->Set("Name", TCIMValue("new"));
+    EXPECT_EQ(handle->GetValue({}), TCIMValue("old"));
+    EXPECT_EQ(*instance->Find("Name"), TCIMValue("new"));
+    EXPECT_EQ(*instance->Find("Version"), TCIMValue("1.0"));
+}
+
+TEST(Property, AHandleOutlivesItsInstance) {
+    auto space = boost::make_shared<TMemoryNamespace>();
+    Commit(*space->AddClass("A"), "kept");
+    const auto handle = Enumerate(*space->FindClass("A")).front()->GetProperty("Name", {});
+    space.reset();
+    EXPECT_EQ(handle->GetValue({}), TCIMValue("kept"));
+}
+
 TEST(Property, ValueIsACopyOfWhatWasSet) {
     TMemoryNamespace space;
     const auto instance = space.AddClass("A")->NewInstance();

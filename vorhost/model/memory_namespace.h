@@ -49,6 +49,7 @@ struct TPropertyDeclaration {
 class NKELVOR20_API TMemoryProperty final : public ICIMProperty {
   public:
     explicit TMemoryProperty(TCIMValue value);
+    TMemoryProperty(TMemoryProperty&& other) noexcept;
     ~TMemoryProperty() override;
 
     TCIMValue::TCIMType GetType(TOptionsMap options) override;
@@ -74,7 +75,8 @@ class NKELVOR20_API TMemoryInstance final : public ICIMInstance,
     ~TMemoryInstance() override;
 
     /// Appends the instance to its class; a second commit changes nothing. Throws `classNotFound` when the
-    /// class object is gone.
+    /// class object is gone. Values move to their final place: what `Find` and `GetProperties` answered
+    /// before is no longer valid, while handles stay so.
     void CommitInstance(TOptionsMap options) override;
     /// Throws `propertyNotFound` when the property is neither set nor declared by the class; a declared one
     /// that was not set has its default value, or is a null of its type.
@@ -99,10 +101,12 @@ class NKELVOR20_API TMemoryInstance final : public ICIMInstance,
 
     const TEntry* FindEntry(std::uint32_t nameId) const;
     TEntry* FindEntry(std::uint32_t nameId);
+    void PackProperties();
 
     boost::weak_ptr<TMemoryClass> owner_;
     boost::shared_ptr<TClassNames> names_;
     std::vector<TEntry> entries_;
+    std::uint64_t setNames_ = 0;  // a bit for each name that is set, shared by numbers equal modulo 64
     bool committed_ = false;
 };
 
