@@ -23,6 +23,7 @@ add_library(noxinfo_flags INTERFACE)
 target_compile_options(noxinfo_flags INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion
   -fstack-protector-strong
+  -fno-semantic-interposition
   $<$<CONFIG:Release,RelWithDebInfo>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>)
 target_link_options(noxinfo_flags INTERFACE LINKER:-z,relro,-z,now,-z,noexecstack LINKER:--as-needed)
 
