@@ -58,7 +58,7 @@ bool TNOXXMLWriterImpl::WriteResourceCollectionContext(std::string contextName, 
     } else if (contextName == "SystemInfo") {
         WriteLine(R"(<ResourceInstance resourceName="NOXSystemInfo_ContextName")"
                   R"( resourceId="NOXSystemInfo_Context_ID_1" resourceType="NOXSystemInfo_Type">)");
-        WriteTextProperty("NOXSystemInfo_Name", "SystemInfo");
+        WriteTextProperty(R"(<Property name="NOXSystemInfo_Name" type=")", "SystemInfo");
         WriteLine("</ResourceInstance>");
     }
     WriteLine("</ResourceCollectionContext>");
@@ -88,29 +88,48 @@ void TNOXXMLWriterImpl::WriteDocumentStart(std::string_view timestampAttribute) 
 }
 
 void TNOXXMLWriterImpl::FinishLine(const char* end) {
-    // What out_.write and out_.flush do, asking once instead of twice whether the stream is fit: there is a
-    // line for every tag, so that is a tenth of the time of a document.
-    const std::ostream::sentry isFit(out_);
-    if (isFit && !WriteAndSync({line_.data(), end})) {
+    // What out_.write and out_.flush do. There is a line for every tag, so the sentry is asked once instead
+    // of twice, and not at all where it could only say yes.
+    const std::string_view line(line_.data(), static_cast<std::size_t>(end - line_.data()));
+    const std::ios& state = out_;
+    if (state.good() && state.tie() == nullptr && (state.flags() & std::ios_base::unitbuf) == 0) {
+        WriteAndSync(line);
+    } else {
+        WriteAndSyncWhenFit(line);
+    }
+}
+
+void TNOXXMLWriterImpl::WriteAndSyncWhenFit(std::string_view line) {
+    if (const std::ostream::sentry isFit(out_); isFit) {
+        WriteAndSync(line);
+    }
+}
+
+inline void TNOXXMLWriterImpl::WriteAndSync(std::string_view line) {
+    const auto size = static_cast<std::streamsize>(line.size());
+    std::streambuf& buffer = *out_.rdbuf();
+    bool isWritten = false;
+    try {
+        isWritten = buffer.sputn(line.data(), size) == size && buffer.pubsync() != -1;
+    } catch (...) {
+        MarkBadOrRethrow();
+        return;
+    }
+    if (!isWritten) {
         out_.setstate(std::ios_base::badbit);
     }
 }
 
-bool TNOXXMLWriterImpl::WriteAndSync(std::string_view text) {
-    const auto size = static_cast<std::streamsize>(text.size());
-    std::streambuf& buffer = *out_.rdbuf();
+// In the handler of what the stream's buffer threw. As with the stream's own operations: the exception comes
+// out only of a stream that asks for it.
+void TNOXXMLWriterImpl::MarkBadOrRethrow() {
+    const bool isAskedFor = (out_.exceptions() & std::ios_base::badbit) != 0;
     try {
-        return buffer.sputn(text.data(), size) == size && buffer.pubsync() != -1;
-    } catch (...) {
-        // As with the stream's own operations: the exception comes out only of a stream that asks for it.
-        if ((out_.exceptions() & std::ios_base::badbit) == 0) {
-            return false;
-        }
-        try {
-            out_.setstate(std::ios_base::badbit);
-        } catch (const std::ios_base::failure&) {  // NOLINT(bugprone-empty-catch)
-            // Says less than the exception that is on its way.
-        }
+        out_.setstate(std::ios_base::badbit);
+    } catch (const std::ios_base::failure&) {  // NOLINT(bugprone-empty-catch)
+        // Says less than the exception that is on its way.
+    }
+    if (isAskedFor) {
         throw;
     }
 }

@@ -21,6 +21,7 @@
 #include <string_view>
 #include <vector>
 
+enum class EPropertyForm : unsigned char;
 struct TResourceClass;
 
 /// Writes one document onto one stream; made, used for a single entry point and dropped.
@@ -145,8 +146,9 @@ class TNOXXMLWriterImpl {
   private:
     /// A property of the document as one class has it.
     struct TBoundProperty {
-        std::string_view outputName;
+        std::string startTag;  // up to the type
         std::string sourceName;
+        EPropertyForm form;
         bool isResourceId;  // the source is the identifier of each instance instead
     };
     struct TBoundClass {
@@ -157,33 +159,39 @@ class TNOXXMLWriterImpl {
     void WriteDocumentStart(std::string_view timestampAttribute);
     void WriteInstance(const TBoundClass& boundClass, const std::string& resourceType,
                        const TInstancePtr& instance);
-    bool WriteProperty(std::string_view outputName, const std::string& sourceName,
+    bool WriteProperty(const TBoundProperty& bound, const std::string& sourceName,
                        const TInstancePtr& instance);
-    void WriteSpecialForm(std::string_view outputName, std::string_view sourceName);
-    void WriteValueLines(std::string_view outputName, std::string_view sourceName,
-                         NKELVOR20::ICIMProperty& property, NKELVOR20::TCIMValue::TCIMType type,
-                         const NKELVOR20::TCIMValue& value);
+    void WriteSpecialForm(const TBoundProperty& bound, std::string_view sourceName);
+    void WriteValueLines(EPropertyForm form, NKELVOR20::ICIMProperty& property,
+                         NKELVOR20::TCIMValue::TCIMType type, const NKELVOR20::TCIMValue& value);
     /// A whole string property whose value is not escaped.
-    void WriteTextProperty(std::string_view name, std::string_view text);
-    void WriteEscapedLine(std::string_view startTag, std::string_view text, std::string_view endTag);
+    void WriteTextProperty(std::string_view startTag, std::string_view text);
+    /// A line of one value between the tags of TTags.
+    template <typename TTags>
+    void WriteEscapedLine(std::string_view text);
 
     /// Writes the pieces, each convertible to std::string_view, as one line: one write, one flush.
     template <typename... TPieces>
     void WriteLine(const TPieces&... pieces) {
-        const std::size_t size = (std::string_view(pieces).size() + ... + 1);
-        if (line_.size() < size) {
-            line_.resize(2 * size);
-        }
-        char* to = line_.data();
+        char* to = MakeLineRoom((std::string_view(pieces).size() + ... + 1));
         ((to += std::string_view(pieces).copy(to, std::string_view::npos)), ...);
         *to++ = '\n';
         FinishLine(to);
     }
+    char* MakeLineRoom(std::size_t size) {
+        if (line_.size() < size) {
+            line_.resize(2 * size);
+        }
+        return line_.data();
+    }
     void FinishLine(const char* end);
-    bool WriteAndSync(std::string_view text);
+    void WriteAndSyncWhenFit(std::string_view line);
+    void WriteAndSync(std::string_view line);
+    void MarkBadOrRethrow();
     /// Writes the text at once, without ending the line.
     void WritePiece(std::string_view text);
 
+    static TBoundProperty BindProperty(std::string_view outputName, std::string sourceName);
     static TBoundClass BindClass(const TResourceClass& resourceClass, const std::string& resourceType);
     static std::vector<TInstancePtr> ListInstances(NKELVOR20::ICIMClass& cimClass);
     static std::string MakeResourceID(const std::string& resourceType, const TInstancePtr& instance,
@@ -195,7 +203,5 @@ class TNOXXMLWriterImpl {
     std::ostream& out_;
     TNamespacePtr namespace_;                   // nothing fills it
     std::map<std::string, std::string> texts_;  // nothing fills it
-    // Kept from line to line, so that a line costs no allocation.
-    std::vector<char> line_;
-    std::string escaped_;
+    std::vector<char> line_;                    // kept from line to line, so that a line costs no allocation
 };

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 using NKELVOR20::ICIMInstance;
 using NKELVOR20::ICIMProperty;
@@ -13,9 +14,40 @@ using NKELVOR20::TOSSpecific;
 using ECIMType = TCIMValue::TCIMType::ECIMType;
 using NKELVOR20::TVORException;
 
+/// What the two names of a property ask for beyond its own value.
+enum class EPropertyForm : unsigned char {
+    plain,
+    sourceName,           ///< the source name is written as a value first
+    operatingSystemName,  ///< the operating system's name is written as a value first
+    machineType,          ///< of the value, the machine type is written
+    model,                ///< of the value, the model number is written
+};
+
 namespace {
 
 constexpr unsigned char decimal = 10;
+
+struct TFormRow {
+    std::string_view outputName;
+    std::string_view sourceName;  // empty: any
+    EPropertyForm form;
+};
+
+constexpr TFormRow formRows[] = {
+    {"ObjectType", {}, EPropertyForm::sourceName},
+    {"GUID", {}, EPropertyForm::sourceName},
+    {"Name", "GetHostName", EPropertyForm::operatingSystemName},
+    {"MachineType", "ProductName", EPropertyForm::machineType},
+    {"Model", "ProductName", EPropertyForm::model},
+};
+
+EPropertyForm FormOf(std::string_view outputName, std::string_view sourceName) {
+    const auto* const row = std::ranges::find_if(formRows, [&](const TFormRow& candidate) {
+        return candidate.outputName == outputName &&
+               (candidate.sourceName.empty() || candidate.sourceName == sourceName);
+    });
+    return row == std::end(formRows) ? EPropertyForm::plain : row->form;
+}
 
 struct TTypeRow {
     std::string_view cimType;
@@ -57,6 +89,10 @@ enum ETreatment : unsigned char { keep, drop, blank, ampersand, lessThan, greate
 /// What is written for each treatment but `keep`.
 constexpr std::string_view replacements[] = {{}, {}, " ", "&amp;", "&lt;", "&gt;"};
 
+constexpr std::size_t WrittenSize(ETreatment treatment) {
+    return treatment == keep ? 1 : replacements[treatment].size();
+}
+
 constexpr std::array<ETreatment, 256> treatments = [] {
     std::array<ETreatment, 256> table{};
     for (std::size_t byte = 0; byte < table.size(); ++byte) {
@@ -74,22 +110,47 @@ ETreatment TreatmentOf(char c) {
     return treatments[static_cast<unsigned char>(c)];
 }
 
-bool IsChanged(char c) {
-    return TreatmentOf(c) != keep;
+/// The same as a calculation, so that the compiler can make it for many bytes at once.
+constexpr bool IsChanged(char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    return (byte < 0x20) | (byte > 0x7F) | (byte == '&') | (byte == '<') | (byte == '>');
+}
+static_assert([] {
+    for (std::size_t byte = 0; byte < treatments.size(); ++byte) {
+        if (IsChanged(static_cast<char>(byte)) != (treatments[byte] != keep)) {
+            return false;
+        }
+    }
+    return true;
+}());
+
+/// Most texts are; looking at every byte is faster than stopping at the first that is changed.
+bool IsWrittenAsItIs(std::string_view text) {
+    unsigned char isChanged = 0;
+    for (const char c : text) {
+        isChanged |= static_cast<unsigned char>(IsChanged(c));
+    }
+    return isChanged == 0;
 }
 
-void AppendEscaped(std::string& to, std::string_view text) {
-    const char* at = text.data();
-    const char* const end = at + text.size();
-    while (true) {
-        const char* const changed = std::find_if(at, end, IsChanged);
-        to.append(at, changed);
-        if (changed == end) {
-            return;
-        }
-        to.append(replacements[TreatmentOf(*changed)]);
-        at = changed + 1;
+std::size_t EscapedSize(std::string_view text) {
+    std::size_t size = 0;
+    for (const char c : text) {
+        size += WrittenSize(TreatmentOf(c));
     }
+    return size;
+}
+
+/// Writes the escaped text, which has EscapedSize bytes, and returns its end.
+char* Escape(std::string_view text, char* to) {
+    for (const char c : text) {
+        if (const ETreatment treatment = TreatmentOf(c); treatment == keep) {
+            *to++ = c;
+        } else {
+            to += replacements[treatment].copy(to, std::string_view::npos);
+        }
+    }
+    return to;
 }
 
 /// The part of a product name like "Server -[1234AB5]-" that begins `offset` characters behind "-[".
@@ -99,6 +160,17 @@ std::string CutProductName(const std::string& productName, std::size_t offset, s
     return found == std::string::npos ? productName
                                       : productName.substr(found + bracket.size() + offset, length);
 }
+
+struct TScalarTags {
+    static constexpr std::string_view start = "<Value>";
+    static constexpr std::string_view end = "</Value>";
+};
+
+// An array's tags are in upper case, unlike the scalar's; readers rely on both.
+struct TElementTags {
+    static constexpr std::string_view start = "<VALUE>";
+    static constexpr std::string_view end = "</VALUE>";
+};
 
 /// Looks a property up; false when the instance has none. Nothing but the lookup stands here, as a missing
 /// property is an exception and every instance misses at least one.
@@ -116,12 +188,21 @@ std::string CutProductName(const std::string& productName, std::size_t offset, s
 
 bool TNOXXMLWriterImpl::WriteResourceProperty(std::string outputName, std::string sourceName,
                                               TInstancePtr instance) {
-    return WriteProperty(outputName, sourceName, instance);
+    const TBoundProperty bound = BindProperty(outputName, std::move(sourceName));
+    return WriteProperty(bound, bound.sourceName, instance);
 }
 
-bool TNOXXMLWriterImpl::WriteProperty(std::string_view outputName, const std::string& sourceName,
+TNOXXMLWriterImpl::TBoundProperty TNOXXMLWriterImpl::BindProperty(std::string_view outputName,
+                                                                  std::string sourceName) {
+    std::string startTag = R"(<Property name=")";
+    startTag.append(outputName).append(R"(" type=")");
+    const EPropertyForm form = FormOf(outputName, sourceName);
+    return {std::move(startTag), std::move(sourceName), form, /*isResourceId=*/false};
+}
+
+bool TNOXXMLWriterImpl::WriteProperty(const TBoundProperty& bound, const std::string& sourceName,
                                       const TInstancePtr& instance) {
-    WriteSpecialForm(outputName, sourceName);
+    WriteSpecialForm(bound, sourceName);
     boost::shared_ptr<ICIMProperty> property;
     if (!FindProperty(*instance, sourceName, property)) {
         return false;
@@ -134,37 +215,36 @@ bool TNOXXMLWriterImpl::WriteProperty(std::string_view outputName, const std::st
         return true;
     }
     const TCIMValue::TCIMType type = property->GetType({});
-    WriteLine(R"(<Property name=")", outputName, R"(" type=")", XmlType(type), R"(">)");
-    WriteValueLines(outputName, sourceName, *property, type, value);
+    WriteLine(bound.startTag, XmlType(type), R"(">)");
+    WriteValueLines(bound.form, *property, type, value);
     WriteLine("</Property>");
     return true;
 }
 
-void TNOXXMLWriterImpl::WriteSpecialForm(std::string_view outputName, std::string_view sourceName) {
-    if (outputName == "ObjectType" || outputName == "GUID") {
-        WriteTextProperty(outputName, sourceName);
-    } else if (outputName == "Name" && sourceName == "GetHostName") {
-        WriteTextProperty(outputName, TOSSpecific::GetOperatingSystemName());
+void TNOXXMLWriterImpl::WriteSpecialForm(const TBoundProperty& bound, std::string_view sourceName) {
+    if (bound.form == EPropertyForm::sourceName) {
+        WriteTextProperty(bound.startTag, sourceName);
+    } else if (bound.form == EPropertyForm::operatingSystemName) {
+        WriteTextProperty(bound.startTag, TOSSpecific::GetOperatingSystemName());
     }
 }
 
-void TNOXXMLWriterImpl::WriteTextProperty(std::string_view name, std::string_view text) {
-    WriteLine(R"(<Property name=")", name, R"(" type="string">)");
+void TNOXXMLWriterImpl::WriteTextProperty(std::string_view startTag, std::string_view text) {
+    WriteLine(startTag, R"(string">)");
     WriteLine("<Value>", text, "</Value>");
     WriteLine("</Property>");
 }
 
-void TNOXXMLWriterImpl::WriteValueLines(std::string_view outputName, std::string_view sourceName,
-                                        ICIMProperty& property, TCIMValue::TCIMType type,
+void TNOXXMLWriterImpl::WriteValueLines(EPropertyForm form, ICIMProperty& property, TCIMValue::TCIMType type,
                                         const TCIMValue& value) {
-    if (outputName == "Model" && sourceName == "ProductName") {
-        WriteEscapedLine("<Value>", GetModelNumber(value.ToString(decimal)), "</Value>");
-    } else if (outputName == "MachineType" && sourceName == "ProductName") {
-        WriteEscapedLine("<Value>", GetMachineTypeFromCIM(value.ToString(decimal)), "</Value>");
+    if (form == EPropertyForm::model) {
+        WriteEscapedLine<TScalarTags>(GetModelNumber(value.ToString(decimal)));
+    } else if (form == EPropertyForm::machineType) {
+        WriteEscapedLine<TScalarTags>(GetMachineTypeFromCIM(value.ToString(decimal)));
     } else if (type == TCIMValue::TCIMType::eDateTime) {
         const TCIMValue& date = property.GetValue({});
         if (!date.IsNull()) {
-            WriteEscapedLine("<Value>", ConvertCIMDateToUSMI(date), "</Value>");
+            WriteEscapedLine<TScalarTags>(ConvertCIMDateToUSMI(date));
         }
     } else {
         WriteValue(value);
@@ -176,32 +256,34 @@ void TNOXXMLWriterImpl::WriteValue(const TCIMValue& value) {
         return;
     }
     if (!value.IsArray()) {
-        WriteEscapedLine("<Value>", value.ToString(decimal), "</Value>");
+        WriteEscapedLine<TScalarTags>(value.ToString(decimal));
         return;
     }
-    // The array's tags are in upper case, unlike the scalar's; readers rely on both.
     WriteLine("<VALUE.ARRAY>");
     const TCIMValue::TElements& elements = value;
     for (const TCIMValue& element : elements) {
-        WriteEscapedLine("<VALUE>", element.ToString(decimal), "</VALUE>");
+        WriteEscapedLine<TElementTags>(element.ToString(decimal));
     }
     WriteLine("</VALUE.ARRAY>");
 }
 
-void TNOXXMLWriterImpl::WriteEscapedLine(std::string_view startTag, std::string_view text,
-                                         std::string_view endTag) {
-    if (std::ranges::none_of(text, IsChanged)) {
-        WriteLine(startTag, text, endTag);
+template <typename TTags>
+void TNOXXMLWriterImpl::WriteEscapedLine(std::string_view text) {
+    if (IsWrittenAsItIs(text)) {
+        WriteLine(TTags::start, text, TTags::end);
         return;
     }
-    escaped_.clear();
-    AppendEscaped(escaped_, text);
-    WriteLine(startTag, escaped_, endTag);
+    char* to = MakeLineRoom(TTags::start.size() + EscapedSize(text) + TTags::end.size() + 1);
+    to += TTags::start.copy(to, std::string_view::npos);
+    to = Escape(text, to);
+    to += TTags::end.copy(to, std::string_view::npos);
+    *to++ = '\n';
+    FinishLine(to);
 }
 
 std::string TNOXXMLWriterImpl::QuoteString(std::string text) {
-    std::string escaped;
-    AppendEscaped(escaped, text);
+    std::string escaped(EscapedSize(text), '\0');
+    Escape(text, escaped.data());
     return escaped;
 }
 

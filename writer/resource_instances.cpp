@@ -55,10 +55,10 @@ TNOXXMLWriterImpl::TBoundClass TNOXXMLWriterImpl::BindClass(const TResourceClass
                                                             const std::string& resourceType) {
     TBoundClass bound{std::string(resourceClass.keyProperty), {}};
     const auto bind = [&](const TPropertyRow& row) {
+        const bool isResourceType = row.origin == EValueOrigin::resourceType;
         bound.properties.push_back(
-            {row.outputName,
-             row.origin == EValueOrigin::resourceType ? resourceType : std::string(row.sourceName),
-             row.origin == EValueOrigin::resourceId});
+            BindProperty(row.outputName, isResourceType ? resourceType : std::string(row.sourceName)));
+        bound.properties.back().isResourceId = row.origin == EValueOrigin::resourceId;
     };
     std::ranges::for_each(resourceClass.head, bind);
     std::ranges::for_each(resourceClass.properties, bind);
@@ -72,8 +72,7 @@ void TNOXXMLWriterImpl::WriteInstance(const TBoundClass& boundClass, const std::
     const std::string resourceId = MakeResourceID(resourceType, instance, boundClass.keyProperty, {});
     WriteLine(resourceId, R"(" resourceType=")", resourceType, R"(">)");
     for (const TBoundProperty& property : boundClass.properties) {
-        WriteProperty(property.outputName, property.isResourceId ? resourceId : property.sourceName,
-                      instance);
+        WriteProperty(property, property.isResourceId ? resourceId : property.sourceName, instance);
     }
     WriteLine("</ResourceInstance>");
 }
