@@ -65,7 +65,7 @@ constexpr const TClassShape& ideClass = classes[2];
 constexpr TSourcePattern sourcePatterns[] = {
     "/sys/bus/pci/devices",   "/sys/bus/pci/devices/*/*",       "/sys/bus/usb/devices",
     "/sys/bus/usb/devices/*", "/sys/bus/usb/devices/*/version", "/sys/class/drm",
-    "/sys/class/drm/*",       "/sys/class/drm/*/device",
+    "/sys/class/drm/*",       "/sys/class/drm/*/device",        "/sys/devices/**",
 };
 
 // ---- USB
@@ -199,31 +199,48 @@ bool IsDisplayCard(std::string_view name) {
     return name.starts_with("card") && ParseNumber<unsigned>(name.substr(4)).has_value();
 }
 
-bool IsBelowPci(std::string_view path) {
-    return path.find("/pci") != std::string_view::npos;
+// True when a folder on the way to `path` is one of the PCI functions.
+bool IsBelow(const std::set<std::string, std::less<>>& addresses, std::string_view path) {
+    while (!path.empty()) {
+        const auto [name, rest] = SplitAt(path, '/');
+        if (addresses.contains(name)) {
+            return true;
+        }
+        path = rest;
+    }
+    return false;
 }
 
-// A card of the direct rendering manager that is no PCI function, such as a frame buffer that the firmware
-// set up.
-void CommitOtherVideo(TCollection& collection, const std::string& cardFolder) {
-    const ISystemFiles& files = collection.GetFiles();
+// Where the device of a card of the direct rendering manager sits; empty when the card has none.
+std::string FindCardDevice(const ISystemFiles& files, const std::string& cardFolder) {
     const auto card = files.ReadLink(cardFolder);
     const auto device = files.ReadLink(cardFolder + "/device");
-    if (!device.IsOk() || IsBelowPci(card.IsOk() ? ResolveLinkText(cardFolder, card.value) : device.value)) {
-        return;
+    if (!device.IsOk()) {
+        return {};
     }
-    TController controller;
-    controller.deviceId = LastName(device.value);
-    controller.elementName = "Display controller " + *controller.deviceId;
-    controller.description = "Display controller";
-    collection.Commit<TController>(videoClass, videoRows, controller);
+    const std::string folder = card.IsOk() ? ResolveLinkText(cardFolder, card.value) : cardFolder;
+    return ResolveLinkText(folder + "/device", device.value);
 }
 
-void CommitOtherVideos(TCollection& collection) {
-    for (const std::string& name : collection.GetFiles().List("/sys/class/drm").value) {
-        if (IsDisplayCard(name)) {
-            CommitOtherVideo(collection, "/sys/class/drm/" + name);
+// Cards of the direct rendering manager that are no PCI functions: a frame buffer that the firmware set up, a
+// display adapter on USB. A card of several parts hangs on one device.
+void CommitOtherVideos(TCollection& collection, const std::set<std::string, std::less<>>& pciDisplays) {
+    const ISystemFiles& files = collection.GetFiles();
+    std::set<std::string> done;
+    for (const std::string& name : files.List("/sys/class/drm").value) {
+        if (!IsDisplayCard(name)) {
+            continue;
         }
+        const std::string device = FindCardDevice(files, "/sys/class/drm/" + name);
+        if (device.empty() || IsBelow(pciDisplays, device) || !done.insert(device).second) {
+            continue;
+        }
+        TController controller;
+        const std::string position = ReadDevicePosition(files, device + "/" + name);
+        controller.deviceId = position.empty() ? LastName(device) : position;
+        controller.elementName = "Display controller " + *controller.deviceId;
+        controller.description = "Display controller";
+        collection.Commit<TController>(videoClass, videoRows, controller);
     }
 }
 
@@ -248,9 +265,11 @@ std::span<const TSourcePattern> GetControllerSources() {
 void CollectControllers(TCollection& collection) {
     const std::vector<TUsbRootHub> hubs = ReadUsbRootHubs(collection.GetFiles());
     std::set<std::string> usbPaths;
+    std::set<std::string, std::less<>> displays;
     for (const TPciSource& source : collection.GetPciSources()) {
         if (source.baseClass == displayClass) {
             CommitPciVideo(collection, source);
+            displays.insert(source.address);
         } else if (HasClass(source, 0x0C, 0x03)) {
             CommitPciUsb(collection, source, hubs);
             usbPaths.insert(FindPciPath(collection.GetFiles(), source));
@@ -258,7 +277,7 @@ void CollectControllers(TCollection& collection) {
             collection.Commit<TController>(ideClass, ideRows, MakePciController(collection, source));
         }
     }
-    CommitOtherVideos(collection);
+    CommitOtherVideos(collection, displays);
     CommitOtherUsb(collection, hubs, usbPaths);
 }
 
