@@ -1,0 +1,31 @@
+// A namespace that loads saves, and what was saved loads to an equal namespace.
+#include "fuzz.h"
+#include "vorhost/cimxml/parse.h"
+#include "vorhost/cimxml/save.h"
+
+#include <sstream>
+
+namespace {
+
+std::string Save(const NVORHOST::TMemoryNamespace& source) {
+    std::ostringstream out;
+    NVORHOST::SaveNamespace(source, out);
+    return out.str();
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    NVORHOST::TMemoryNamespace loaded;
+    try {
+        NVORHOST::LoadNamespaceFromText("input", AsText(data, size), loaded);
+    } catch (const NVORHOST::TCimXmlError&) {
+        Require(loaded.GetClasses().empty(), "a refused document leaves the namespace as it was");
+        return 0;
+    }
+    const std::string once = Save(loaded);
+    NVORHOST::TMemoryNamespace again;
+    NVORHOST::LoadNamespaceFromText("saved", once, again);
+    Require(Save(again) == once, "saving what was loaded from a save gives the same text");
+    return 0;
+}

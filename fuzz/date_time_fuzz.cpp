@@ -1,0 +1,15 @@
+// A date-time that reads writes back as the same moment (a UTC offset of "-000" becomes "+000"), and renders
+// in the documents' form.
+#include "fuzz.h"
+#include "host/cim_date_time.h"
+#include "writer/nox_xml_writer.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::string_view text = AsText(data, size);
+    const auto time = NKELVOR20::TCIMDateTime::FromText(text);
+    if (time) {
+        Require(NKELVOR20::TCIMDateTime::FromText(time->ToString()) == time, "the same moment");
+        Require(TNOXXMLWriterImpl::ConvertCIMDateToUSMI(*time).ends_with(":00"), "whole hours of offset");
+    }
+    return 0;
+}

@@ -1,0 +1,64 @@
+// Every parser of the kernel's files takes any bytes; the first byte chooses the parser.
+#include "fuzz.h"
+#include "vorhost/parse/acpi_table.h"
+#include "vorhost/parse/cpu_list.h"
+#include "vorhost/parse/cpuinfo.h"
+#include "vorhost/parse/device_tree.h"
+#include "vorhost/parse/iomem.h"
+#include "vorhost/parse/meminfo.h"
+#include "vorhost/parse/numbers.h"
+#include "vorhost/parse/os_release.h"
+#include "vorhost/parse/printable_text.h"
+#include "vorhost/parse/proc_net.h"
+#include "vorhost/parse/proc_stat.h"
+#include "vorhost/parse/process_stat.h"
+#include "vorhost/parse/scsi_vpd.h"
+#include "vorhost/parse/spd_eeprom.h"
+#include "vorhost/parse/udev_record.h"
+#include "vorhost/parse/uevent.h"
+#include "vorhost/parse/utmp.h"
+
+#include <iterator>
+
+using namespace NVORHOST;  // NOLINT(google-build-using-namespace): the parsers of one folder, all of them
+
+namespace {
+
+void ParsePrintable(std::string_view text) {
+    const auto once = ToPrintableText(text);
+    const auto twice = ToPrintableText(once.text);
+    Require(twice.text == once.text && twice.replacements == 0, "printable text passes unchanged");
+}
+
+constexpr void (*parsers[])(std::string_view) = {
+    [](std::string_view text) { (void)ParseCpuInfo(text); },
+    [](std::string_view text) { (void)ParseCpuList(text); },
+    [](std::string_view text) { (void)ParseMemInfo(text); },
+    [](std::string_view text) { (void)ParseOsRelease(text); },
+    [](std::string_view text) { (void)ParseIoMem(text); },
+    [](std::string_view text) { (void)ParseBootTime(text); },
+    [](std::string_view text) { (void)ParseProcessStat(text); },
+    [](std::string_view text) { (void)ParseLocalIpv4Addresses(text); },
+    [](std::string_view text) { (void)ParseIpv6Interfaces(text); },
+    [](std::string_view text) { (void)FindInterface(ParseIpv4Routes(text), "192.0.2.1"); },
+    [](std::string_view text) { (void)FindUdevProperty(text, "ID_SERIAL"); },
+    [](std::string_view text) { (void)DecodeUdevEscapes(text); },
+    [](std::string_view text) { (void)FindUeventValue(text, "DRIVER"); },
+    [](std::string_view text) { (void)CountUserProcesses(text); },
+    [](std::string_view text) { (void)ParseVpdSerial(text); },
+    [](std::string_view text) { (void)ParseVpdAtaModel(text); },
+    [](std::string_view text) { (void)ParseSpdEeprom(text); },
+    [](std::string_view text) { (void)ParseAcpiTableOrigin(text); },
+    [](std::string_view text) { (void)ParseDeviceTreeStrings(text); },
+    [](std::string_view text) { (void)ParseRounded(text); },
+    ParsePrintable,
+};
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    if (size != 0) {
+        parsers[data[0] % std::size(parsers)](AsText(data + 1, size - 1));
+    }
+    return 0;
+}

@@ -1,0 +1,34 @@
+// Whatever the table holds, structures stay within it, and their texts within them.
+#include "fuzz.h"
+#include "vorhost/parse/smbios_memory.h"
+#include "vorhost/parse/smbios_processor.h"
+#include "vorhost/parse/smbios_slot.h"
+#include "vorhost/parse/smbios_system.h"
+#include "vorhost/parse/smbios_table.h"
+
+using namespace NVORHOST;  // NOLINT(google-build-using-namespace): the parsers of one folder, all of them
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::string_view table = AsText(data, size);
+    const TSmbiosVersion version = ParseSmbiosEntryPoint(table).value_or(TSmbiosVersion{3, 0});
+    std::size_t bytes = 0;
+    for (const TSmbiosStructure& structure : ParseSmbiosTable(table)) {
+        Require(structure.GetType() != 127, "the end of the table is no structure of it");
+        bytes += structure.GetFields().GetSize();
+        for (std::size_t offset = 4; offset < 256; ++offset) {
+            const auto text = structure.GetText(offset);
+            Require(!text || text->size() < size, "a text lies within the table");
+        }
+        (void)ParseSmbiosSystem(structure, version);
+        (void)ParseSmbiosBoard(structure);
+        (void)ParseSmbiosChassis(structure);
+        (void)ParseSmbiosProcessor(structure);
+        (void)ParseSmbiosSlot(structure);
+        (void)ParseSmbiosMemoryArray(structure);
+        (void)ParseSmbiosMemoryDevice(structure);
+        (void)ParseSmbiosArrayAddress(structure);
+        (void)ParseSmbiosDeviceAddress(structure);
+    }
+    Require(bytes <= size, "structures do not overlap");
+    return 0;
+}
