@@ -185,6 +185,35 @@ TEST(Capture, OfChosenCollectorsHoldsWhatTheyRead) {
     EXPECT_THAT(listing, Not(HasSubstr("vda")));
 }
 
+TEST(Capture, RedactedHoldsNoSerialNumberAndCanBeCollectedFrom) {
+    const TTemporaryDirectory directory;
+    MakeMachine(directory / "machine");
+    AddFile(directory / "machine", "sys/class/dmi/id/product_name", "Works Server\n");
+    AddFile(directory / "machine", "sys/class/dmi/id/product_serial", "WX4200042\n");
+    const auto result = Capture({"--sysroot", "machine", "--redact", "m.tar.xz"}, directory.GetPath());
+    ASSERT_EQ(result.status, 0) << result.standardError;
+    EXPECT_THAT(result.standardOutput, ContainsRegex("\nCaptured    [0-9]+ files and 3 links, redacted\n"));
+    Unpack(directory / "m.tar.xz", directory / "captured");
+    const std::string listing = Listing(directory / "captured");
+    const std::string text = Snapshot(directory / "captured");
+    EXPECT_THAT(text, HasSubstr("<VALUE>Works Server</VALUE>"));
+    EXPECT_THAT(text, ContainsRegex("NAME=\"SerialNumber\" TYPE=\"string\"><VALUE>[A-Z][A-Z][0-9]+</VALUE>"));
+    for (const char* original : {"WX4200042", "EX42", "small", "10.0.0.5"}) {
+        EXPECT_THAT(listing, Not(HasSubstr(original)));
+        EXPECT_THAT(text, Not(HasSubstr(original)));
+    }
+}
+
+TEST(Capture, EachRedactedOneHasPseudonymsOfItsOwn) {
+    const TTemporaryDirectory directory;
+    MakeMachine(directory / "machine");
+    for (const char* file : {"first", "second"}) {
+        ASSERT_EQ(Capture({"--sysroot", "machine", "--redact", file}, directory.GetPath()).status, 0);
+        Unpack(directory / file, directory / (std::string(file) + ".tree"));
+    }
+    EXPECT_NE(Listing(directory / "first.tree"), Listing(directory / "second.tree"));
+}
+
 TEST(Capture, ToStandardOutputPrintsNothingElse) {
     const TTemporaryDirectory directory;
     MakeMachine(directory / "machine");

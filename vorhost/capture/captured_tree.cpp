@@ -10,7 +10,7 @@ void TCapturedTree::AddFile(std::string_view path, std::string bytes) {
         return;
     }
     nodes_.erase(std::string(path));
-    Add(path, {EKind::file, std::move(bytes)});
+    AddNode(path, {EKind::file, std::move(bytes)});
 }
 
 const TCapturedTree::TNode* TCapturedTree::Find(std::string_view path) const {
@@ -18,7 +18,7 @@ const TCapturedTree::TNode* TCapturedTree::Find(std::string_view path) const {
     return found == nodes_.end() ? nullptr : &found->second;
 }
 
-void TCapturedTree::Add(std::string_view path, TNode node) {
+void TCapturedTree::AddNode(std::string_view path, TNode node) {
     if (path.empty()) {
         return;
     }

@@ -19,11 +19,15 @@ class TCapturedTree {
         std::string bytes;  ///< of a file; of a link its target
     };
 
-    void AddName(std::string_view path) { Add(path, {EKind::name, {}}); }
+    void AddName(std::string_view path) { AddNode(path, {EKind::name, {}}); }
     /// A longer part of the same file replaces a shorter one.
     void AddFile(std::string_view path, std::string bytes);
-    void AddFolder(std::string_view path) { Add(path, {EKind::folder, {}}); }
-    void AddLink(std::string_view path, std::string target) { Add(path, {EKind::link, std::move(target)}); }
+    void AddFolder(std::string_view path) { AddNode(path, {EKind::folder, {}}); }
+    void AddLink(std::string_view path, std::string target) {
+        AddNode(path, {EKind::link, std::move(target)});
+    }
+
+    void AddNode(std::string_view path, TNode node);
 
     /// Null when nothing is known of the path.
     const TNode* Find(std::string_view path) const;
@@ -31,8 +35,6 @@ class TCapturedTree {
     const std::map<std::string, TNode, std::less<>>& GetNodes() const { return nodes_; }
 
   private:
-    void Add(std::string_view path, TNode node);
-
     std::map<std::string, TNode, std::less<>> nodes_;
 };
 

@@ -3,6 +3,7 @@
 #include "vorhost/capture/archive.h"
 #include "vorhost/capture/capturing_files.h"
 #include "vorhost/capture/capturing_system_calls.h"
+#include "vorhost/capture/redaction.h"
 #include "vorhost/cli/log_sinks.h"
 #include "vorhost/cli/machine_door.h"
 #include "vorhost/cli/namespace_source.h"
@@ -46,6 +47,9 @@ void RunCapture(const TCaptureOptions& options, std::ostream& out) {
     answers.refusals = files.FindRefusals();
     if (localTime) {
         answers.localTime = localTime->ToString();
+    }
+    if (options.redacts) {
+        Redact(TPseudonyms::MakeKey(), tree, answers);
     }
     TCaptureSummary summary = Summarise(source, tree);
     tree.AddFile(capturedAnswersPath, FormatCapturedAnswers(answers));

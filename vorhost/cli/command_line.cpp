@@ -154,6 +154,9 @@ void AddCaptureCommand(CLI::App& program, TCaptureOptions& options) {
         *program.add_subcommand("capture", "Pack the files that the collectors read, as a test case");
     AddMachineOptions(command, options.source);
     AddRunOptions(command, options.source);
+    command.add_flag("--redact", options.redacts,
+                     "Replace serial numbers, UUIDs, WWNs, MAC and IP addresses and host names by stable "
+                     "pseudonyms");
     command.add_option("file", options.file, "Archive to write, FILE.tar.xz; - is standard output")
         ->type_name("FILE")
         ->required();

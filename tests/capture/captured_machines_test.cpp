@@ -1,0 +1,163 @@
+// Whole machines: their captures take their place, redacted ones too.
+#include "tests/collect/collect_fixture.h"
+#include "tests/collect/namespace_text.h"
+#include "vorhost/capture/capturing_files.h"
+#include "vorhost/capture/capturing_system_calls.h"
+#include "vorhost/capture/redaction.h"
+#include "vorhost/system/captured_files.h"
+#include "vorhost/system/captured_system_calls.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace NVORHOST {
+namespace {
+
+constexpr TPseudonyms::TKey key{0x0123456789ABCDEFU, 0xFEDCBA9876543210U};
+
+std::vector<std::string> FindShapes() {
+    std::vector<std::string> shapes;
+    for (const auto& entry : std::filesystem::directory_iterator(NOXINFO_MACHINES)) {
+        if (std::filesystem::exists(entry.path() / "tree.txt")) {
+            shapes.push_back(entry.path().filename().string());
+        }
+    }
+    std::sort(shapes.begin(), shapes.end());
+    return shapes;
+}
+
+struct TCapture {
+    TCapturedTree tree;
+    TCapturedAnswers answers;
+};
+
+TCapture CaptureMachine(const TMachine& machine, TCollected& collected) {
+    const TCapturingFiles files(machine.files);
+    const TCapturingSystemCalls calls(machine.calls);
+    Collect(files, calls, collected);
+    TCapture capture{files.GetTree(), calls.GetAnswers()};
+    capture.answers.refusals = files.FindRefusals();
+    return capture;
+}
+
+// As if the capture had been packed and unpacked.
+TMemoryFiles Unpack(const TCapture& capture) {
+    TMemoryFiles files;
+    for (const auto& [path, node] : capture.tree.GetNodes()) {
+        switch (node.kind) {
+            case TCapturedTree::EKind::name:
+            case TCapturedTree::EKind::file:
+                files.AddFile(path, node.bytes);
+                break;
+            case TCapturedTree::EKind::folder:
+                files.AddFolder(path);
+                break;
+            case TCapturedTree::EKind::link:
+                files.AddLink(path, node.bytes);
+                break;
+        }
+    }
+    files.AddFile(capturedAnswersPath, FormatCapturedAnswers(capture.answers));
+    return files;
+}
+
+void CollectFrom(const TCapture& capture, TCollected& collected) {
+    const TMemoryFiles files = Unpack(capture);
+    const TCapturedSystemCalls calls(files);
+    Collect(TCapturedFiles(files, calls.GetAnswers()), calls, collected);
+}
+
+std::vector<std::string> Lines(const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+// The name of a property in a line of namespace_text.h.
+std::string PropertyOf(const std::string& line) {
+    const auto dot = line.find("].");
+    return line.substr(0, line.find('[')) + line.substr(dot + 1, line.find(" =") - dot - 1);
+}
+
+class TMachineCaptureTest : public testing::TestWithParam<std::string> {
+  protected:
+    static TMachine ReadMachine() {
+        std::ifstream file(std::string(NOXINFO_MACHINES) + "/" + GetParam() + "/tree.txt", std::ios::binary);
+        return ParseMachineTree(std::string(std::istreambuf_iterator<char>(file), {}));
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(Shape, TMachineCaptureTest, testing::ValuesIn(FindShapes()), [](const auto& value) {
+    std::string name = value.param;
+    std::replace(name.begin(), name.end(), '-', '_');
+    return name;
+});
+
+TEST_P(TMachineCaptureTest, GivesTheNamespaceOfTheMachine) {
+    TCollected original;
+    TCollected captured;
+    const TMachine machine = ReadMachine();
+    CollectFrom(CaptureMachine(machine, original), captured);
+    EXPECT_EQ(ToText(captured.target), ToText(original.target));
+    for (std::size_t i = 0; i < original.reports.size(); ++i) {
+        EXPECT_EQ(captured.reports[i].deniedSources, original.reports[i].deniedSources);
+        EXPECT_EQ(captured.reports[i].failedSources, original.reports[i].failedSources);
+    }
+}
+
+// Properties that name the machine or a part of it. Every other one is as it was.
+bool MayDiffer(const std::string& property) {
+    static const std::set<std::string> ends{".ElementName", ".Description", ".DeviceID",     ".SerialNumber",
+                                            ".Name",        ".CSName",      ".UserTracking", ".IPv4Address",
+                                            ".IPv6Address", ".Tag",         ".UniqueID"};
+    return ends.contains(property.substr(property.rfind('.')));
+}
+
+TEST_P(TMachineCaptureTest, RedactedDiffersInWhatIdentifiesAlone) {
+    TCollected original;
+    TCollected redacted;
+    const TMachine machine = ReadMachine();
+    TCapture capture = CaptureMachine(machine, original);
+    Redact(key, capture.tree, capture.answers);
+    CollectFrom(capture, redacted);
+    const auto before = Lines(ToText(original.target));
+    const auto after = Lines(ToText(redacted.target));
+    ASSERT_EQ(after.size(), before.size());
+    for (std::size_t i = 0; i < before.size(); ++i) {
+        EXPECT_EQ(PropertyOf(after[i]), PropertyOf(before[i]));
+        if (!MayDiffer(PropertyOf(before[i]))) {
+            EXPECT_EQ(after[i], before[i]);
+        }
+        EXPECT_EQ(after[i].size(), before[i].size()) << before[i] << "\n" << after[i];
+    }
+}
+
+TEST_P(TMachineCaptureTest, RedactedKeepsKeysApart) {
+    TCollected original;
+    TCollected redacted;
+    const TMachine machine = ReadMachine();
+    TCapture capture = CaptureMachine(machine, original);
+    Redact(key, capture.tree, capture.answers);
+    CollectFrom(capture, redacted);
+    for (const auto& cimClass : redacted.target.GetClasses()) {
+        std::set<std::string> keys;
+        for (const std::string& deviceId : redacted.GetAll(cimClass->GetName(), "DeviceID")) {
+            EXPECT_TRUE(deviceId == "absent" || keys.insert(deviceId).second)
+                << cimClass->GetName() << " " << deviceId;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace NVORHOST

@@ -1,0 +1,95 @@
+#include "vorhost/capture/smbios_redaction.h"
+
+#include "tests/system/machine_tree.h"
+#include "vorhost/parse/smbios_memory.h"
+#include "vorhost/parse/smbios_system.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace NVORHOST {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+constexpr TPseudonyms::TKey key{0x0123456789ABCDEFU, 0xFEDCBA9876543210U};
+constexpr TSmbiosVersion version{2, 8};
+
+std::string MakeTable() {
+    TMachine machine = ParseMachineTree(
+        "/DMI smbios:\n"
+        "| 1: 01 02 00 03 102a5c9f 347b e911 8f9e2a86e4085a59 06 00 00 \"Example\" \"Server\" \"EX4200042\"\n"
+        "| 2: 01 02 00 03 04 00 00 0000 0a 00 \"Example\" \"Board\" \"BOARD-77123\" \"ASSET-1\"\n"
+        "| 11: 02 \"EX4200042\" \"password=hunter2\"\n"
+        "| 221: 0102030405060708 \"52:54:00:b2:00:01\"\n");
+    return machine.files.ReadText("/DMI").value;
+}
+
+std::string Redact(const std::string& table) {
+    TIdentityTexts identities(key);
+    LearnSmbios(table, version, identities);
+    return RedactSmbios(table, version, identities);
+}
+
+TEST(SmbiosRedaction, ReplacesSerialNumbersAssetTagsAndTheUuidAlone) {
+    const std::string table = MakeTable();
+    const std::string redacted = Redact(table);
+    const auto before = ParseSmbiosTable(table);
+    const auto after = ParseSmbiosTable(redacted);
+    ASSERT_EQ(after.size(), before.size());
+    const TSmbiosSystem original = ParseSmbiosSystem(before[0], version);
+    const TSmbiosSystem system = ParseSmbiosSystem(after[0], version);
+    EXPECT_EQ(system.manufacturer, "Example");
+    EXPECT_EQ(system.product, "Server");
+    EXPECT_EQ(system.serial, TPseudonyms(key).Replace("EX4200042"));
+    EXPECT_EQ(original.uuid, "9F5C2A10-7B34-11E9-8F9E-2A86E4085A59");
+    EXPECT_EQ(system.uuid, TPseudonyms(key).Replace(*original.uuid));
+    EXPECT_EQ(ParseSmbiosBoard(after[1]).product, "Board");
+    EXPECT_EQ(after[1].GetText(7), TPseudonyms(key).Replace("BOARD-77123"));
+    EXPECT_EQ(after[1].GetText(8), TPseudonyms(key).Replace("ASSET-1"));
+}
+
+TEST(SmbiosRedaction, WritesTheUuidInTheOrderOfTheTablesVersion) {
+    const std::string table = MakeTable();
+    TIdentityTexts identities(key);
+    const TSmbiosVersion old{2, 4};
+    const std::string redacted = RedactSmbios(table, old, identities);
+    EXPECT_EQ(ParseSmbiosSystem(ParseSmbiosTable(redacted)[0], old).uuid,
+              TPseudonyms(key).Replace("102A5C9F-347B-E911-8F9E-2A86E4085A59"));
+}
+
+TEST(SmbiosRedaction, OverwritesWhatOnlyTheMakerCanRead) {
+    const std::string redacted = Redact(MakeTable());
+    for (const char* secret : {"EX42", "hunter2", "52:54", "\x01\x02\x03\x04"}) {
+        EXPECT_THAT(redacted, Not(HasSubstr(secret)));
+    }
+    EXPECT_EQ(redacted.size(), MakeTable().size());
+    EXPECT_EQ(ParseSmbiosTable(redacted)[3].GetType(), 221);
+}
+
+TEST(SmbiosRedaction, KeepsPlaceholders) {
+    TMachine machine = ParseMachineTree(
+        "/DMI smbios:\n"
+        "| 1: 01 02 00 03 00000000 0000 0000 0000000000000000 06 00 00 \"Example\" \"Server\" \"Not "
+        "Specified\"\n");
+    const std::string table = machine.files.ReadText("/DMI").value;
+    EXPECT_EQ(Redact(table), table);
+}
+
+TEST(SmbiosRedaction, LeavesAnUnsoundTableAsUnsoundAtEveryLength) {
+    const std::string table = MakeTable();
+    for (std::size_t length = 0; length <= table.size(); ++length) {
+        const std::string torn = table.substr(0, length);
+        const std::string redacted = Redact(torn);
+        EXPECT_EQ(redacted.size(), torn.size());
+        EXPECT_EQ(ParseSmbiosTable(redacted).size(), ParseSmbiosTable(torn).size()) << length;
+        EXPECT_THAT(redacted, Not(HasSubstr("EX42"))) << length;
+        EXPECT_THAT(redacted, Not(HasSubstr("BOARD-7"))) << length;
+    }
+}
+
+}  // namespace
+}  // namespace NVORHOST

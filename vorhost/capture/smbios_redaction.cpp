@@ -1,0 +1,179 @@
+#include "vorhost/capture/smbios_redaction.h"
+
+#include "vorhost/capture/text_kinds.h"
+#include "vorhost/parse/smbios_system.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace NVORHOST {
+
+namespace {
+
+constexpr std::size_t headerSize = 4;
+
+struct TIdentityField {
+    std::uint8_t type;
+    std::size_t offset;  // of the number of its text
+};
+
+// DSP0134: serial numbers and asset tags.
+constexpr TIdentityField identityFields[] = {
+    {1, 0x07},               // system
+    {2, 0x07},  {2, 0x08},   // baseboard
+    {3, 0x07},  {3, 0x08},   // chassis
+    {4, 0x20},  {4, 0x21},   // processor
+    {17, 0x18}, {17, 0x19},  // memory device
+    {22, 0x07},              // battery
+    {39, 0x08}, {39, 0x09},  // power supply
+};
+
+constexpr std::size_t uuidOffset = 0x08;  // of type 1
+constexpr std::size_t uuidSize = 16;
+
+// Free texts of the maker (11, 12), the management controller with its addresses and credentials (42), and
+// everything that only its maker can read.
+bool IsOpaque(std::uint8_t type) {
+    constexpr std::uint8_t firstOfMakers = 128;
+    return type == 11 || type == 12 || type == 42 || type >= firstOfMakers;
+}
+
+struct TRange {
+    std::size_t start = 0;
+    std::size_t length = 0;
+};
+
+// One structure by its place in the table.
+struct TPlacedStructure {
+    std::uint8_t type = 0;
+    TRange fields;
+    std::vector<TRange> texts;
+    std::size_t end = 0;  // behind its string set
+};
+
+TPlacedStructure Place(std::string_view table, const TSmbiosStructure& structure) {
+    const std::string_view fields = structure.GetFields().GetBytes();
+    TPlacedStructure placed;
+    placed.type = structure.GetType();
+    placed.fields = {static_cast<std::size_t>(fields.data() - table.data()), fields.size()};
+    placed.end = placed.fields.start + fields.size();
+    while (table[placed.end] != '\0') {
+        const std::size_t length = table.find('\0', placed.end) - placed.end;
+        placed.texts.push_back({placed.end, length});
+        placed.end += length + 1;
+    }
+    placed.end += placed.texts.empty() ? 2 : 1;
+    return placed;
+}
+
+std::vector<TPlacedStructure> PlaceAll(std::string_view table) {
+    std::vector<TPlacedStructure> placed;
+    for (const TSmbiosStructure& structure : ParseSmbiosTable(table)) {
+        placed.push_back(Place(table, structure));
+    }
+    return placed;
+}
+
+// The texts of a structure that identify; nothing is said twice.
+std::vector<TRange> FindIdentityTexts(std::string_view table, const TPlacedStructure& structure) {
+    std::vector<bool> identifies(structure.texts.size(), IsOpaque(structure.type));
+    for (const TIdentityField& field : identityFields) {
+        if (field.type == structure.type && field.offset < structure.fields.length) {
+            const auto number = static_cast<std::uint8_t>(table[structure.fields.start + field.offset]);
+            if (number != 0 && number <= identifies.size()) {
+                identifies[number - 1U] = true;
+            }
+        }
+    }
+    std::vector<TRange> found;
+    for (std::size_t i = 0; i < identifies.size(); ++i) {
+        if (identifies[i]) {
+            found.push_back(structure.texts[i]);
+        }
+    }
+    return found;
+}
+
+std::string_view UuidOf(std::string_view table, const TPlacedStructure& structure) {
+    const bool hasUuid = structure.type == 1 && structure.fields.length >= uuidOffset + uuidSize;
+    return hasUuid ? table.substr(structure.fields.start + uuidOffset, uuidSize) : std::string_view();
+}
+
+// Between the order of the text and the order in the table; the same both ways.
+std::string SwapUuid(std::string bytes, TSmbiosVersion version) {
+    if (version >= TSmbiosVersion{2, 6}) {
+        for (const TRange field : {TRange{0, 4}, TRange{4, 2}, TRange{6, 2}}) {
+            const auto start = bytes.begin() + static_cast<std::ptrdiff_t>(field.start);
+            std::reverse(start, start + static_cast<std::ptrdiff_t>(field.length));
+        }
+    }
+    return bytes;
+}
+
+void RedactUuid(TSmbiosVersion version, const TPlacedStructure& structure, const TIdentityTexts& identities,
+                std::string& table) {
+    const std::string_view stored = UuidOf(table, structure);
+    if (const auto uuid = FormatSmbiosUuid(stored, version)) {
+        const std::string bytes =
+            identities.GetPseudonyms().ReplaceBytes(SwapUuid(std::string(stored), version));
+        table.replace(structure.fields.start + uuidOffset, uuidSize, SwapUuid(bytes, version));
+    }
+}
+
+// NULs end texts and so decide where the next structure begins: they stay.
+void Overwrite(TRange range, std::string& table) {
+    const auto start = table.begin() + static_cast<std::ptrdiff_t>(range.start);
+    std::replace_if(
+        start, start + static_cast<std::ptrdiff_t>(range.length), [](char c) { return c != '\0'; }, 'x');
+}
+
+void RedactStructure(const TPlacedStructure& structure, const TIdentityTexts& identities,
+                     std::string& table) {
+    for (const TRange& text : FindIdentityTexts(table, structure)) {
+        const std::string replaced = identities.ReplaceValue(table.substr(text.start, text.length));
+        table.replace(text.start, text.length, replaced);
+    }
+    if (IsOpaque(structure.type)) {
+        Overwrite({structure.fields.start + headerSize, structure.fields.length - headerSize}, table);
+        return;
+    }
+    for (const TRange& text : structure.texts) {
+        const std::string replaced =
+            identities.Replace(table.substr(text.start, text.length), ETextContext::anything);
+        table.replace(text.start, text.length, replaced);
+    }
+}
+
+}  // namespace
+
+void LearnSmbios(std::string_view table, TSmbiosVersion version, TIdentityTexts& identities) {
+    for (const TPlacedStructure& structure : PlaceAll(table)) {
+        if (IsOpaque(structure.type)) {
+            continue;
+        }
+        for (const TRange& text : FindIdentityTexts(table, structure)) {
+            identities.Learn(table.substr(text.start, text.length));
+        }
+        if (const auto uuid = FormatSmbiosUuid(UuidOf(table, structure), version)) {
+            identities.Learn(*uuid);
+        }
+    }
+}
+
+std::string RedactSmbios(std::string_view table, TSmbiosVersion version, const TIdentityTexts& identities) {
+    std::string redacted(table);
+    std::size_t soundEnd = 0;
+    for (const TPlacedStructure& structure : PlaceAll(table)) {
+        RedactUuid(version, structure, identities, redacted);
+        RedactStructure(structure, identities, redacted);
+        soundEnd = structure.end;
+    }
+    // Behind the structures stands the end of the table, or one that is unsound and stays so.
+    const std::size_t rest = std::min(soundEnd + headerSize, redacted.size());
+    Overwrite({rest, redacted.size() - rest}, redacted);
+    return redacted;
+}
+
+}  // namespace NVORHOST
