@@ -55,22 +55,39 @@ TEST(Disks, OfHypervisorsAndEmulatorsAreOfTheGeneralClass) {
                             "Xen virtual disk"));
 }
 
-TEST(Disks, MadeByRaidAdaptersAreToldByDriverAndChannel) {
-    const auto description = [](const std::string& driver, int channel) {
-        const std::string address = "0:" + std::to_string(channel) + ":0:0";
-        TCollected collected;
-        Collect(Disk("sda", "0000:00:05.0/host0/target0:0:0/" + address, "scsi", {"model = Disk"}) +
-                    Driver(0, driver),
-                collected);
-        return collected.CountInstances(physical) == 1 ? collected.Get(physical, "Description")
-                                                       : collected.Get(other, "Description");
-    };
-    EXPECT_EQ(description("megaraid_sas", 0), "SCSI disk drive");
-    EXPECT_EQ(description("megaraid_sas", 2), "SCSI RAID volume");
-    EXPECT_EQ(description("mpt3sas", 0), "SCSI disk drive");
-    EXPECT_EQ(description("mpt3sas", 1), "SCSI RAID volume");
-    EXPECT_EQ(description("aacraid", 0), "SCSI RAID volume");
-    EXPECT_EQ(description("ahci", 0), "SCSI disk drive");
+// The class of the one unit at a channel of a host.
+std::string ClassOf(const std::string& driver, int channel) {
+    const std::string address = "0:" + std::to_string(channel) + ":0:0";
+    TCollected collected;
+    Collect(Disk("sda", "0000:00:05.0/host0/target0:0:0/" + address, "scsi", {"model = Disk"}) +
+                Driver(0, driver),
+            collected);
+    std::string classes;
+    for (const char* name : {physical, other, "KELSG_LSILogicalDisk", "KELSG_LSIIDELogicalDisk",
+                             "KELSG_srLogicalDisk", "KELSG_LogicalDisk"}) {
+        for (std::size_t i = 0; i < collected.CountInstances(name); ++i) {
+            classes += name;
+        }
+    }
+    return classes;
+}
+
+TEST(Disks, BehindRaidAdaptersAreToldFromVolumesByDriverAndChannel) {
+    EXPECT_EQ(ClassOf("megaraid_sas", 0), physical);
+    EXPECT_EQ(ClassOf("megaraid_sas", 1), physical);
+    EXPECT_EQ(ClassOf("megaraid_sas", 2), "KELSG_LSILogicalDisk");
+    EXPECT_EQ(ClassOf("megaraid_sas", 3), "KELSG_LSILogicalDisk");
+    EXPECT_EQ(ClassOf("mpt3sas", 0), physical);
+    EXPECT_EQ(ClassOf("mpt3sas", 1), "KELSG_LSILogicalDisk");
+    EXPECT_EQ(ClassOf("mptsas", 1), "KELSG_LSILogicalDisk");
+    EXPECT_EQ(ClassOf("megaraid", 4), "KELSG_LSILogicalDisk");
+    EXPECT_EQ(ClassOf("3w-xxxx", 0), "KELSG_LSIIDELogicalDisk");
+    EXPECT_EQ(ClassOf("3w-sas", 0), "KELSG_LSILogicalDisk");
+    EXPECT_EQ(ClassOf("aacraid", 0), "KELSG_srLogicalDisk");
+    EXPECT_EQ(ClassOf("aacraid", 1), physical);
+    EXPECT_EQ(ClassOf("ips", 0), "KELSG_srLogicalDisk");
+    EXPECT_EQ(ClassOf("stex", 0), other);
+    EXPECT_EQ(ClassOf("ahci", 0), physical);
 }
 
 TEST(Disks, OfSmartArraysSayThemselvesWhetherTheyAreVolumes) {

@@ -9,7 +9,8 @@ namespace NVORHOST {
 namespace {
 
 constexpr std::size_t bufferBytes = std::size_t{64} * 1024;
-constexpr std::size_t base64PieceBytes = std::size_t{3} * 1024;  // a multiple of 3: only the last piece has padding
+constexpr std::size_t base64PieceBytes =
+    std::size_t{3} * 1024;  // a multiple of 3: only the last piece has padding
 
 struct TEscapeRow {
     char byte;

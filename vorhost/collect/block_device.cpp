@@ -5,8 +5,8 @@
 #include "vorhost/collect/device_key.h"
 #include "vorhost/collect/device_position.h"
 #include "vorhost/collect/operational_status.h"
+#include "vorhost/collect/scsi_device.h"
 #include "vorhost/parse/placeholders.h"
-#include "vorhost/parse/scsi_vpd.h"
 
 #include <algorithm>
 #include <string_view>
@@ -28,54 +28,17 @@ struct TBlockDevice {
     std::optional<std::string> Read(std::string_view attribute) const {
         return ReadAttribute(files, path + "/" + std::string(attribute));
     }
-    bool IsBelow(std::string_view part) const { return devicePath.find(part) != std::string::npos; }
+    bool IsBelow(std::string_view part) const { return devicePath.starts_with(part); }
 };
-
-std::string Join(const std::optional<std::string>& first, const std::optional<std::string>& second) {
-    std::string joined = first.value_or("");
-    if (second) {
-        joined += (joined.empty() ? "" : " ") + *second;
-    }
-    return joined;
-}
-
-std::optional<std::string> NonEmpty(std::string text) {
-    return text.empty() ? std::nullopt : std::optional(std::move(text));
-}
-
-// The folder of the device's path whose name satisfies `matches`, counted from the end; empty when none does.
-template <typename TMatches>
-std::string_view FindFolder(std::string_view path, TMatches matches) {
-    while (!path.empty()) {
-        const auto slash = path.rfind('/');
-        if (matches(path.substr(slash + 1))) {
-            return path;
-        }
-        path = path.substr(0, slash == std::string_view::npos ? 0 : slash);
-    }
-    return {};
-}
 
 bool HasNumberBehind(std::string_view name, std::string_view prefix) {
     return name.starts_with(prefix) && ParseNumber<std::uint32_t>(name.substr(prefix.size())).has_value();
 }
 
-// "1-2.3", not an interface "1-2.3:1.0".
-bool IsUsbDeviceName(std::string_view name) {
-    const auto dash = name.find('-');
-    return dash != std::string_view::npos && ParseNumber<std::uint32_t>(name.substr(0, dash)) &&
-           name.find(':') == std::string_view::npos;
-}
-
 // ---- SCSI, and what the kernel presents as SCSI: ATA, SAS, USB, RAID adapters, hypervisors
 
-std::string ReadScsiHostDriver(const ISystemFiles& files, std::string_view devicePath) {
-    const auto host = FindFolder(devicePath, [](auto name) { return HasNumberBehind(name, "host"); });
-    if (host.empty()) {
-        return {};
-    }
-    const std::string name(host.substr(host.rfind('/') + 1));
-    return ReadAttribute(files, "/sys/class/scsi_host/" + name + "/proc_name").value_or("");
+TScsiDevice ToScsi(const TBlockDevice& device) {
+    return {device.files, device.path + "/device", device.devicePath};
 }
 
 bool IsScsiDisk(const TBlockDevice& device) {
@@ -84,94 +47,60 @@ bool IsScsiDisk(const TBlockDevice& device) {
     return !type || *type == "0" || *type == "7" || *type == "14";
 }
 
-std::optional<std::string> ReadScsiModel(const TBlockDevice& device) {
-    const auto page = device.files.ReadBytes(device.path + "/device/vpd_pg83", std::size_t{1} << 16);
-    if (auto model = ParseVpdAtaModel(page.value)) {
-        return model;
-    }
-    const auto vendor = device.Read("device/vendor");
-    const auto model = device.Read("device/model");
-    const bool saysVendorTwice = vendor && model && model->starts_with(*vendor + " ");
-    // "ATA" stands for the vendor of every ATA disk.
-    return NonEmpty(Join(vendor == "ATA" || saysVendorTwice ? std::nullopt : vendor, model));
+std::optional<std::string> ReadModelAsScsi(const TBlockDevice& device) {
+    return ReadScsiModel(ToScsi(device));
 }
 
-// The logical unit, for devices that have several of them behind one serial number.
-std::string UnitSuffix(const TBlockDevice& device) {
-    const auto folder = FindFolder(device.devicePath, [](std::string_view name) {
-        return std::count(name.begin(), name.end(), ':') == 3;
-    });
-    const std::string unit(folder.substr(folder.rfind(':') + 1));
-    return folder.empty() || unit == "0" ? "" : "-" + unit;
+std::string ReadIdentityAsScsi(const TBlockDevice& device) {
+    return ReadScsiIdentity(ToScsi(device));
 }
 
-std::string ReadUsbSerial(const TBlockDevice& device) {
-    const auto usbDevice = FindFolder(device.devicePath, IsUsbDeviceName);
-    if (usbDevice.empty()) {
-        return {};
-    }
-    auto serial = ReadAttribute(device.files, std::string(usbDevice) + "/serial");
-    serial = WithoutPlaceholder(std::move(serial));
-    return serial ? *serial + UnitSuffix(device) : "";
+std::string FindTransportAsScsi(const TBlockDevice& device) {
+    return FindScsiTransport(ToScsi(device));
 }
 
-std::string ReadScsiIdentity(const TBlockDevice& device) {
-    const auto wwid = device.Read("device/wwid");
-    // "t10." is the vendor's and model's names with the serial number, which follows below by itself.
-    if (wwid && (wwid->starts_with("naa.") || wwid->starts_with("eui.")) && !IsPlaceholder(wwid->substr(4))) {
-        return *wwid;
-    }
-    const auto page = device.files.ReadBytes(device.path + "/device/vpd_pg80", std::size_t{1} << 16);
-    const auto serial = WithoutPlaceholder(ParseVpdSerial(page.value));
-    return serial ? *serial : ReadUsbSerial(device);
+// ---- volumes of RAID adapters
+
+std::string RaidClassFolder(const TBlockDevice& device) {
+    return "/sys/class/raid_devices/" + FindScsiAddress(ToScsi(device));
 }
 
-std::string FindScsiTransport(const TBlockDevice& device) {
-    struct TRow {
-        std::string_view part;
-        std::string_view transport;
-    };
-    constexpr TRow rows[] = {
-        {"/usb", "USB"},
-        {"/ata", "ATA"},
-        {"/end_device-", "SAS"},
-    };
-    for (const TRow& row : rows) {
-        if (device.IsBelow(row.part)) {
-            return std::string(row.transport);
-        }
-    }
-    // Kernels before 2.6.39 had no folder for the link.
-    return device.Read("device/vendor") == "ATA" ? "ATA" : "SCSI";
-}
-
-// Adapters whose volumes look like disks. On the channels from `firstVolumeChannel` they are volumes; disks
-// that the adapter passes through are on the lower ones.
-struct TRaidAdapter {
-    std::string_view driver;
-    std::uint32_t firstVolumeChannel;
-};
-
-constexpr TRaidAdapter raidAdapters[] = {
-    {"3w-9xxx", 0}, {"3w-sas", 0},  {"3w-xxxx", 0},         {"aacraid", 0},  {"arcmsr", 0},
-    {"dpt_i2o", 0}, {"ips", 0},     {"megaraid_legacy", 0}, {"megaraid", 0}, {"megaraid_sas", 2},
-    {"mpt2sas", 1}, {"mpt3sas", 1}, {"mptsas", 1},          {"mpi3mr", 1},   {"stex", 0},
-};
-
-bool IsRaidVolume(const TBlockDevice& device) {
+ERaidFamily FindFamilyOfVolume(const TBlockDevice& device) {
     // Smart Array drivers say it of each unit; "N/A" stands for a disk passed through.
     if (const auto level = device.Read("device/raid_level")) {
-        return *level != "N/A";
+        return *level == "N/A" ? ERaidFamily::none : FindRaidFamily(device.scsiHostDriver);
     }
-    const auto folder = FindFolder(device.devicePath, [](std::string_view name) {
-        return std::count(name.begin(), name.end(), ':') == 3;
-    });
-    const std::string_view address = folder.substr(folder.rfind('/') + 1);
-    const std::string_view behindHost = address.substr(std::min(address.find(':'), address.size() - 1) + 1);
-    const auto channel = ParseNumber<std::uint32_t>(behindHost.substr(0, behindHost.find(':')));
-    return std::any_of(std::begin(raidAdapters), std::end(raidAdapters), [&](const TRaidAdapter& row) {
-        return row.driver == device.scsiHostDriver && channel && *channel >= row.firstVolumeChannel;
-    });
+    const std::string address = FindScsiAddress(ToScsi(device));
+    if (!address.empty() && device.files.Exists(RaidClassFolder(device))) {
+        return FindRaidFamily(device.scsiHostDriver);
+    }
+    return FindRaidVolume(device.scsiHostDriver, address).value_or(ERaidFamily::none);
+}
+
+// The state of a unit says whether the adapter answers. How the volume fares only some drivers tell.
+std::optional<TOperationalStatus> FindVolumeStatus(const TBlockDevice& device) {
+    if (const auto state = ReadAttribute(device.files, RaidClassFolder(device) + "/state")) {
+        return FindRaidVolumeStatus(*state);
+    }
+    const auto unit = FindDiskStatus(device.Read("device/state").value_or(""));
+    return unit && unit->front() != statusOk ? unit : std::nullopt;
+}
+
+TRedundancy FindVolumeRedundancy(const TBlockDevice& device) {
+    const std::string folder = RaidClassFolder(device);
+    const std::string level = ReadAttribute(device.files, folder + "/level").value_or("");
+    const bool isWhole = ReadAttribute(device.files, folder + "/state") == "active";
+    return FindArrayRedundancy(
+        {level, /*disks=*/std::nullopt, isWhole ? std::optional<std::uint32_t>(0) : std::nullopt});
+}
+
+void SetFromRaidAdapter(const TBlockDevice& device, TDisk& disk) {
+    disk.raidFamily = FindFamilyOfVolume(device);
+    if (disk.raidFamily != ERaidFamily::none) {
+        disk.backing = EDiskBacking::raidVolume;
+        disk.operationalStatus = FindVolumeStatus(device);
+        disk.redundancy = FindVolumeRedundancy(device);
+    }
 }
 
 // ---- NVMe
@@ -249,7 +178,7 @@ std::string NoState(const TBlockDevice&) {
 
 // clang-format off
 constexpr TDiskKind diskKinds[] = {
-    {"scsi", "sd", IsScsiDisk, FindScsiTransport, ReadScsiModel, ReadScsiIdentity, ScsiState,
+    {"scsi", "sd", IsScsiDisk, FindTransportAsScsi, ReadModelAsScsi, ReadIdentityAsScsi, ScsiState,
      EDiskBacking::physical},
     {"nvme", "nvme", IsAlwaysDisk, [](const TBlockDevice&) { return std::string("NVMe"); }, ReadNvmeModel,
      ReadNvmeIdentity, ScsiState, EDiskBacking::physical},
@@ -308,27 +237,8 @@ bool IsSimulated(const TBlockDevice& device, const std::optional<std::string>& m
            std::any_of(std::begin(simulatedModels), std::end(simulatedModels), isModel);
 }
 
-EDiskBacking FindBacking(const TDiskKind& kind, const TBlockDevice& device,
-                         const std::optional<std::string>& model) {
-    if (IsSimulated(device, model)) {
-        return EDiskBacking::simulated;
-    }
-    return kind.subsystem == "scsi" && IsRaidVolume(device) ? EDiskBacking::raidVolume : kind.backing;
-}
-
 bool IsMadeByKernel(const TBlockDevice& device) {
-    return device.IsBelow("/devices/virtual/block/");
-}
-
-// Where the device stands below /sys/devices; kernels that have folders in /sys/block link the device.
-std::string FindDevicePath(const ISystemFiles& files, const std::string& path) {
-    if (const auto link = files.ReadLink(path); link.IsOk()) {
-        return ResolveLinkText(path, link.value);
-    }
-    if (const auto link = files.ReadLink(path + "/device"); link.IsOk()) {
-        return ResolveLinkText(path + "/device", link.value) + path.substr(path.rfind('/'));
-    }
-    return {};
+    return device.IsBelow("/sys/devices/virtual/block/");
 }
 
 void ReadSizes(const TBlockDevice& device, TDisk& disk) {
@@ -348,7 +258,7 @@ struct TFoundDisk {
 
 std::optional<TFoundDisk> ReadDisk(const ISystemFiles& files, const std::string& kernelName) {
     const std::string path = std::string(blockFolder) + kernelName;
-    TBlockDevice device{files, kernelName, path, FindDevicePath(files, path), {}};
+    TBlockDevice device{files, kernelName, path, FindEntryDevice(files, path), {}};
     if (IsMadeByKernel(device)) {
         return std::nullopt;
     }
@@ -356,7 +266,7 @@ std::optional<TFoundDisk> ReadDisk(const ISystemFiles& files, const std::string&
     if (kind == nullptr || !kind->isDisk(device) || device.Read("hidden") == "1") {
         return std::nullopt;
     }
-    device.scsiHostDriver = ReadScsiHostDriver(files, device.devicePath);
+    device.scsiHostDriver = ReadScsiHostDriver(ToScsi(device));
     TFoundDisk found;
     TDisk& disk = found.disk;
     disk.kernelName = kernelName;
@@ -366,12 +276,16 @@ std::optional<TFoundDisk> ReadDisk(const ISystemFiles& files, const std::string&
     }
     disk.transport = kind->findTransport(device);
     disk.model = kind->readModel(device);
-    disk.backing = FindBacking(*kind, device, disk.model);
+    disk.backing = IsSimulated(device, disk.model) ? EDiskBacking::simulated : kind->backing;
     ReadSizes(device, disk);
     if (const auto removable = device.Read("removable")) {
         disk.isRemovable = *removable == "1";
     }
     disk.operationalStatus = FindDiskStatus(kind->readState(device));
+    if (disk.backing == EDiskBacking::physical) {
+        disk.redundancy = diskRedundancy;
+        SetFromRaidAdapter(device, disk);
+    }
     found.identity = kind->readIdentity(device);
     return found;
 }
@@ -387,13 +301,9 @@ std::vector<TDisk> ReadDisks(TCollection& collection) {
             disks.push_back(std::move(found->disk));
         }
     }
-    std::vector<std::string> notes;
-    auto keys = MakeUniqueKeys(keySources, "disk", notes);
+    auto keys = collection.MakeKeys(keySources, "disk");
     for (std::size_t i = 0; i < disks.size(); ++i) {
         disks[i].key = std::move(keys[i]);
-    }
-    for (std::string& note : notes) {
-        collection.Note(std::move(note));
     }
     return disks;
 }

@@ -1,6 +1,8 @@
 // The disks among the kernel's block devices: what each is, where it sits and what it says of itself.
 #pragma once
 
+#include "vorhost/collect/raid_adapter.h"
+#include "vorhost/collect/redundancy.h"
 #include "vorhost/collect/source_patterns.h"
 
 #include <array>
@@ -26,6 +28,7 @@ struct TDisk {
     std::string position;    ///< as of device_position.h; the kernel's name when nothing else tells
     std::string transport;   ///< "ATA", "SCSI", "SAS", "USB", "NVMe", "MMC", "virtio", "Xen"
     EDiskBacking backing = EDiskBacking::physical;
+    ERaidFamily raidFamily = ERaidFamily::none;  ///< of a RAID volume
     /// Vendor and model as people know the disk; absent when it does not say.
     std::optional<std::string> model;
     std::optional<std::uint64_t> sizeBytes;       ///< absent for a drive without medium
@@ -33,7 +36,14 @@ struct TDisk {
     std::optional<bool> isRemovable;
     /// CIM operational status; absent where the kernel keeps no state.
     std::optional<std::vector<std::uint16_t>> operationalStatus;
+    /// Of a RAID volume as far as its driver tells; unknown for what a hypervisor presents.
+    TRedundancy redundancy;
 };
+
+/// True for volumes of RAID adapters whose makers have a class of logical disks.
+inline bool IsLogicalDisk(const TDisk& disk) {
+    return disk.raidFamily != ERaidFamily::none && disk.raidFamily != ERaidFamily::other;
+}
 
 /// Every disk in the order of the kernel's names, drives for removable disks included. Not among them: loop,
 /// RAM and zram devices, md and dm devices, optical drives, floppy drives, hardware partitions of MMC,
@@ -41,12 +51,13 @@ struct TDisk {
 std::vector<TDisk> ReadDisks(TCollection& collection);
 
 /// What that reads.
-inline constexpr std::array<TSourcePattern, 12> diskSources{
+inline constexpr std::array<TSourcePattern, 13> diskSources{
     "/sys/block",
     "/sys/block/*",
     "/sys/block/*/*",
     "/sys/block/*/device/*",
     "/sys/block/*/queue/logical_block_size",
+    "/sys/class/raid_devices/**",
     "/sys/class/scsi_host/*/proc_name",
     "/sys/devices/**/*:*:*.*",
     "/sys/devices/**/ata_port/*/port_no",

@@ -43,6 +43,18 @@ const std::vector<TPciSource>& TCollection::GetPciSources() {
     return *pciSources_;
 }
 
+const std::vector<TSoftwareVolume>& TCollection::GetSoftwareVolumes() {
+    if (!softwareVolumes_) {
+        softwareVolumes_ = ReadSoftwareVolumes(*this);
+    }
+    return *softwareVolumes_;
+}
+
+std::vector<std::string> TCollection::MakeKeys(const std::vector<TKeySource>& sources,
+                                               std::string_view deviceWord) {
+    return MakeUniqueKeys(sources, deviceWord, notes_);
+}
+
 std::optional<TCIMValue> TCollection::ToCimValue(const std::string& text) {
     auto printable = ToPrintableText(text);
     replacedBytes_ += printable.replacements;

@@ -5,8 +5,10 @@
 #include "vorhost/collect/block_device.h"
 #include "vorhost/collect/class_shape.h"
 #include "vorhost/collect/collector.h"
+#include "vorhost/collect/device_key.h"
 #include "vorhost/collect/pci_source.h"
 #include "vorhost/collect/smbios_source.h"
+#include "vorhost/collect/software_volume.h"
 #include "vorhost/parse/cpuinfo.h"
 #include "vorhost/parse/numbers.h"
 
@@ -40,11 +42,15 @@ class TCollection {
     const std::vector<TLogicalProcessor>& GetLogicalProcessors();
     const std::vector<TDisk>& GetDisks();
     const std::vector<TPciSource>& GetPciSources();
+    const std::vector<TSoftwareVolume>& GetSoftwareVolumes();
 
     /// Commits one instance with every property of `record` that is not absent. Texts pass the gate of
     /// printable_text.h; one that is empty behind it counts as absent.
     template <typename TRecord>
     void Commit(const TClassShape& shape, std::span<const TPropertyRow<TRecord>> rows, const TRecord& record);
+
+    /// As MakeUniqueKeys; what it notes goes to the log.
+    std::vector<std::string> MakeKeys(const std::vector<TKeySource>& sources, std::string_view deviceWord);
 
     /// A line for the log.
     void Note(std::string line) { notes_.push_back(std::move(line)); }
@@ -76,6 +82,7 @@ class TCollection {
     std::optional<std::vector<TLogicalProcessor>> logicalProcessors_;
     std::optional<std::vector<TDisk>> disks_;
     std::optional<std::vector<TPciSource>> pciSources_;
+    std::optional<std::vector<TSoftwareVolume>> softwareVolumes_;
     std::vector<std::string> notes_;
     std::size_t replacedBytes_ = 0;
 };

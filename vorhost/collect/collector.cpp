@@ -8,16 +8,20 @@
 #include "vorhost/collect/data_source.h"
 #include "vorhost/collect/disk_drive.h"
 #include "vorhost/collect/disk_partition.h"
+#include "vorhost/collect/diskette_drive.h"
 #include "vorhost/collect/ip_endpoint.h"
+#include "vorhost/collect/logical_disk.h"
 #include "vorhost/collect/memory_array_address.h"
 #include "vorhost/collect/memory_map.h"
 #include "vorhost/collect/memory_module.h"
 #include "vorhost/collect/operating_system.h"
+#include "vorhost/collect/optical_drive.h"
 #include "vorhost/collect/pci_function.h"
 #include "vorhost/collect/process.h"
 #include "vorhost/collect/processor.h"
 #include "vorhost/collect/result_class.h"
 #include "vorhost/collect/system_slot.h"
+#include "vorhost/collect/tape_drive.h"
 #include "vorhost/collect/usb_port.h"
 #include "vorhost/system/recording_files.h"
 
@@ -93,8 +97,15 @@ std::span<const TCollector> GetCollectors() {
          CollectSystemSlots},
         {"disk", "Disks, physical and virtual", GetDiskDriveClasses(), GetDiskDriveSources(),
          CollectDiskDrives},
-        {"partition", "Partitions of the disks", GetDiskPartitionClasses(), GetDiskPartitionSources(),
-         CollectDiskPartitions},
+        {"diskette-drive", "Diskette drives", GetDisketteDriveClasses(), GetDisketteDriveSources(),
+         CollectDisketteDrives},
+        {"tape-drive", "Tape drives", GetTapeDriveClasses(), GetTapeDriveSources(), CollectTapeDrives},
+        {"optical-drive", "CD and DVD drives", GetOpticalDriveClasses(), GetOpticalDriveSources(),
+         CollectOpticalDrives},
+        {"logical-disk", "Volumes of md, LVM, multipath, encryption and RAID adapters",
+         GetLogicalDiskClasses(), GetLogicalDiskSources(), CollectLogicalDisks},
+        {"partition", "Partitions of disks and md arrays", GetDiskPartitionClasses(),
+         GetDiskPartitionSources(), CollectDiskPartitions},
         {"pci", "Functions and bridges on the PCI buses", GetPciFunctionClasses(), GetPciFunctionSources(),
          CollectPciFunctions},
         {"controller", "Display, USB and IDE controllers", GetControllerClasses(), GetControllerSources(),

@@ -63,9 +63,10 @@ constexpr const TClassShape& usbClass = classes[1];
 constexpr const TClassShape& ideClass = classes[2];
 
 constexpr TSourcePattern sourcePatterns[] = {
-    "/sys/bus/pci/devices",   "/sys/bus/pci/devices/*/*",       "/sys/bus/usb/devices",
-    "/sys/bus/usb/devices/*", "/sys/bus/usb/devices/*/version", "/sys/class/drm",
-    "/sys/class/drm/*",       "/sys/class/drm/*/device",        "/sys/devices/**",
+    "/sys/bus/pci/devices", "/sys/bus/pci/devices/*", "/sys/bus/pci/devices/*/*",
+    "/sys/bus/usb/devices", "/sys/bus/usb/devices/*", "/sys/bus/usb/devices/*/version",
+    "/sys/class/drm",       "/sys/class/drm/*",       "/sys/class/drm/*/device",
+    "/sys/devices/**",
 };
 
 // ---- USB

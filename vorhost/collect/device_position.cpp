@@ -134,6 +134,7 @@ constexpr TStepRule stepRules[] = {
     {"rport-*",        Drop},
     {"session#",       Drop},
     {"block",          Drop},
+    {"scsi_tape",      Drop},
     {"virtio#",        Drop},
     {"nvme",           Drop},
     {"nvme#",          Drop},
@@ -197,6 +198,16 @@ std::string ResolveLinkText(std::string_view linkPath, std::string_view target) 
         resolved += name;
     }
     return resolved;
+}
+
+std::string FindEntryDevice(const ISystemFiles& files, const std::string& entry) {
+    if (const auto link = files.ReadLink(entry); link.IsOk()) {
+        return ResolveLinkText(entry, link.value);
+    }
+    if (const auto link = files.ReadLink(entry + "/device"); link.IsOk()) {
+        return ResolveLinkText(entry + "/device", link.value) + entry.substr(entry.rfind('/'));
+    }
+    return {};
 }
 
 std::string ReadDevicePosition(const ISystemFiles& files, std::string_view devicePath) {

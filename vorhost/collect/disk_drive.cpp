@@ -1,42 +1,15 @@
 #include "vorhost/collect/disk_drive.h"
 
 #include "vorhost/collect/collection.h"
-#include "vorhost/collect/operational_status.h"
+#include "vorhost/collect/media_drive.h"
 
 namespace NVORHOST {
 
 namespace {
 
-struct TDrive {
-    std::optional<std::string> elementName, description, deviceId;
-    std::optional<TOperationalStatus> operationalStatus;
-    std::optional<std::uint64_t> defaultBlockSizeBytes, maxBlockSizeBytes, minBlockSizeBytes, maxMediaSizeKB,
-        mountCount, totalMountTimeSeconds;
-    std::optional<bool> mediaIsLocked;
-};
-
-constexpr TPropertyRow<TDrive> driveRows[] = {
-    {"ElementName", &TDrive::elementName},
-    {"Description", &TDrive::description},
-    {"DeviceID", &TDrive::deviceId},
-    {"OperationalStatus", &TDrive::operationalStatus},
-    {"DefaultBlockSize", &TDrive::defaultBlockSizeBytes},
-    {"LoadTime", TNeverKnown{ECimType::eUint64}},
-    {"MaxAccessTime", TNeverKnown{ECimType::eUint64}},
-    {"MaxBlockSize", &TDrive::maxBlockSizeBytes},
-    {"MaxMediaSize", &TDrive::maxMediaSizeKB},
-    {"MediaIsLocked", &TDrive::mediaIsLocked},
-    {"MinBlockSize", &TDrive::minBlockSizeBytes},
-    {"MountCount", &TDrive::mountCount},
-    {"NeedsCleaning", TNeverKnown{ECimType::eBoolean}},
-    {"TimeOfLastMount", TNeverKnown{ECimType::eDateTime}},
-    {"TotalMountTime", &TDrive::totalMountTimeSeconds},
-    {"UnloadTime", TNeverKnown{ECimType::eUint64}},
-};
-
 constexpr TClassShape classes[] = {
-    MakeShape<TDrive, driveRows>("KELSG_DiskDrive"),
-    MakeShape<TDrive, driveRows>("CIM_DiskDrive"),
+    MakeShape<TMediaDrive, mediaDriveRows>("KELSG_DiskDrive"),
+    MakeShape<TMediaDrive, mediaDriveRows>("CIM_DiskDrive"),
 };
 
 constexpr auto sourcePatterns = diskSources;
@@ -55,7 +28,7 @@ constexpr TBackingRow backingRows[] = {
 
 // A medium that cannot be removed is locked in and was never mounted, says CIM; of others sysfs tells
 // nothing.
-void SetMediaState(bool isRemovable, TDrive& drive) {
+void SetMediaState(bool isRemovable, TMediaDrive& drive) {
     if (!isRemovable) {
         drive.mediaIsLocked = true;
         drive.mountCount = 0;
@@ -63,19 +36,13 @@ void SetMediaState(bool isRemovable, TDrive& drive) {
     }
 }
 
-TDrive MakeDrive(const TDisk& disk, std::string_view words) {
-    constexpr std::uint64_t bytesInKB = 1000;  // by the schema's own text
-    TDrive drive;
+TMediaDrive MakeDrive(const TDisk& disk, std::string_view words) {
+    TMediaDrive drive;
     drive.description = disk.transport + " " + std::string(words);
     drive.elementName = disk.model ? disk.model : drive.description;
     drive.deviceId = disk.key;
     drive.operationalStatus = disk.operationalStatus;
-    drive.defaultBlockSizeBytes = disk.blockSizeBytes;
-    drive.maxBlockSizeBytes = disk.blockSizeBytes;
-    drive.minBlockSizeBytes = disk.blockSizeBytes;
-    if (disk.sizeBytes) {
-        drive.maxMediaSizeKB = *disk.sizeBytes / bytesInKB;
-    }
+    SetFixedBlocks(disk.sizeBytes, disk.blockSizeBytes, drive);
     if (disk.isRemovable) {
         SetMediaState(*disk.isRemovable, drive);
     }
@@ -95,8 +62,8 @@ std::span<const TSourcePattern> GetDiskDriveSources() {
 void CollectDiskDrives(TCollection& collection) {
     for (const TDisk& disk : collection.GetDisks()) {
         for (const TBackingRow& row : backingRows) {
-            if (row.backing == disk.backing) {
-                collection.Commit<TDrive>(row.shape, driveRows, MakeDrive(disk, row.words));
+            if (row.backing == disk.backing && !IsLogicalDisk(disk)) {
+                collection.Commit<TMediaDrive>(row.shape, mediaDriveRows, MakeDrive(disk, row.words));
             }
         }
     }

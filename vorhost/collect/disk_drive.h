@@ -11,7 +11,8 @@ namespace NVORHOST {
 class TCollection;
 
 /// One instance for each disk: a physical one as KELSG_DiskDrive, one that a hypervisor, an emulator or a
-/// RAID adapter presents as CIM_DiskDrive.
+/// RAID adapter presents as CIM_DiskDrive. Volumes of RAID adapters that have a class of their own are left
+/// to logical_disk.h.
 void CollectDiskDrives(TCollection& collection);
 std::span<const TClassShape> GetDiskDriveClasses();
 std::span<const TSourcePattern> GetDiskDriveSources();

@@ -44,23 +44,32 @@ constexpr TClassShape classes[] = {
     MakeShape<TPartition, partitionRows>("CIM_DiskPartition"),
 };
 
-constexpr auto sourcePatterns = Join(diskSources, std::array<TSourcePattern, 6>{
-                                                      "/sys/block/*",
-                                                      "/sys/block/*/*/partition",
-                                                      "/sys/block/*/*/uevent",
-                                                      "/sys/block/*/*/dev",
-                                                      "/sys/block/*/*/size",
-                                                      "/run/udev/data/b*",
-                                                  });
+constexpr auto sourcePatterns = Join(Join(diskSources, softwareVolumeSources), std::array<TSourcePattern, 4>{
+                                                                                   "/sys/block/*/*/partition",
+                                                                                   "/sys/block/*/*/uevent",
+                                                                                   "/sys/block/*/*/dev",
+                                                                                   "/sys/block/*/*/size",
+                                                                               });
 
 // CIM_DiskPartition.PartitionType.
 constexpr std::uint16_t primaryType = 1;
 constexpr std::uint16_t extendedType = 2;
 constexpr std::uint16_t logicalType = 3;
 
+// A disk or an md array, as its partitions see it.
+struct TWhole {
+    std::string kernelName;
+    std::string key;
+    std::string position;
+    std::string name;  // as people know it
+    std::optional<std::uint64_t> blockSizeBytes;
+    std::optional<TOperationalStatus> operationalStatus;
+    TRedundancy redundancy;
+};
+
 // What the kernel and, where it runs, udev say of one partition.
 struct TPartitionSource {
-    const TDisk* disk;  // never null
+    const TWhole* whole;  // never null
     std::string kernelName;
     std::string folder;
     std::uint32_t number;
@@ -136,13 +145,13 @@ std::optional<std::uint64_t> FindSectors(const ISystemFiles& files, const TParti
     return ParseNumber<std::uint64_t>(source.FindUdev("ID_PART_ENTRY_SIZE").value_or(""));
 }
 
-void SetSizes(std::optional<std::uint64_t> sectors, TPartition& partition, const TDisk& disk) {
+void SetSizes(std::optional<std::uint64_t> sectors, TPartition& partition, const TWhole& whole) {
     if (!sectors) {
         return;
     }
     partition.sizeBytes = *sectors * 512;
-    if (disk.blockSizeBytes && *disk.blockSizeBytes != 0) {
-        partition.numberOfBlocks = *partition.sizeBytes / *disk.blockSizeBytes;
+    if (whole.blockSizeBytes && *whole.blockSizeBytes != 0) {
+        partition.numberOfBlocks = *partition.sizeBytes / *whole.blockSizeBytes;
         if (partition.type != extendedType) {
             partition.consumableBlocks = partition.numberOfBlocks;
         }
@@ -171,8 +180,7 @@ std::string NumberSuffix(const TPartitionSource& source) {
 
 std::string Describe(const TPartitionSource& source, const TScheme* scheme) {
     std::string description = scheme == nullptr ? "Partition " : std::string(scheme->word) + " partition ";
-    return description + std::to_string(source.number) + " of " +
-           source.disk->model.value_or(source.disk->key);
+    return description + std::to_string(source.number) + " of " + source.whole->name;
 }
 
 std::string MakeElementName(const TPartitionSource& source) {
@@ -198,29 +206,27 @@ TPartition MakePartition(const ISystemFiles& files, const TPartitionSource& sour
     TPartition partition;
     partition.elementName = MakeElementName(source);
     partition.description = Describe(source, scheme);
-    partition.operationalStatus = source.disk->operationalStatus;
+    partition.operationalStatus = source.whole->operationalStatus;
     partition.dataOrganization = fixedBlock;
     partition.sequentialAccess = false;
-    // What a hypervisor or an adapter keeps behind its disks cannot be seen.
-    if (source.disk->backing == EDiskBacking::physical) {
-        partition.dataRedundancy = std::uint16_t{1};
-        partition.packageRedundancy = std::uint16_t{0};
-    }
+    partition.dataRedundancy = source.whole->redundancy.dataCopies;
+    partition.packageRedundancy = source.whole->redundancy.sparePackages;
     if (scheme != nullptr) {
         scheme->set(source, partition);
     }
-    SetSizes(FindSectors(files, source), partition, *source.disk);
+    SetSizes(FindSectors(files, source), partition, *source.whole);
     return partition;
 }
 
-std::optional<TPartitionSource> ReadSource(const ISystemFiles& files, const TDisk& disk,
+std::optional<TPartitionSource> ReadSource(const ISystemFiles& files, const TWhole& whole,
                                            const std::string& kernelName) {
-    const std::string folder = "/sys/block/" + disk.kernelName + "/" + kernelName;
+    const std::string folder = "/sys/block/" + whole.kernelName + "/" + kernelName;
     const auto number = ReadNumber<std::uint32_t>(files, folder + "/partition");
     if (!number) {
         return std::nullopt;
     }
-    TPartitionSource source{&disk, kernelName, folder, *number, files.ReadText(folder + "/uevent").value, {}};
+    TPartitionSource source{&whole, kernelName, folder, *number, files.ReadText(folder + "/uevent").value,
+                            {}};
     if (const auto deviceNumber = ReadAttribute(files, folder + "/dev")) {
         source.udevRecord = files.ReadText("/run/udev/data/b" + *deviceNumber).value;
     }
@@ -232,13 +238,13 @@ struct TFoundPartitions {
     std::vector<TKeySource> keySources;
 };
 
-std::vector<TPartitionSource> ReadSources(const ISystemFiles& files, const TDisk& disk) {
+std::vector<TPartitionSource> ReadSources(const ISystemFiles& files, const TWhole& whole) {
     std::vector<TPartitionSource> sources;
-    for (const std::string& name : files.List("/sys/block/" + disk.kernelName).value) {
-        if (!name.starts_with(disk.kernelName)) {
-            continue;  // one of the disk's attributes
+    for (const std::string& name : files.List("/sys/block/" + whole.kernelName).value) {
+        if (!name.starts_with(whole.kernelName)) {
+            continue;  // an attribute
         }
-        if (auto source = ReadSource(files, disk, name)) {
+        if (auto source = ReadSource(files, whole, name)) {
             sources.push_back(std::move(*source));
         }
     }
@@ -250,7 +256,20 @@ std::vector<TPartitionSource> ReadSources(const ISystemFiles& files, const TDisk
 TKeySource MakeKeySource(const TPartitionSource& source) {
     const std::string identity = FindIdentity(source);
     const std::string suffix = NumberSuffix(source);
-    return {identity.empty() ? source.disk->key + suffix : identity, source.disk->position + suffix};
+    return {identity.empty() ? source.whole->key + suffix : identity, source.whole->position + suffix};
+}
+
+std::vector<TWhole> FindWholes(TCollection& collection) {
+    std::vector<TWhole> wholes;
+    for (const TDisk& disk : collection.GetDisks()) {
+        wholes.push_back({disk.kernelName, disk.key, disk.position, disk.model.value_or(disk.key),
+                          disk.blockSizeBytes, disk.operationalStatus, disk.redundancy});
+    }
+    for (const TSoftwareVolume& volume : collection.GetSoftwareVolumes()) {
+        wholes.push_back({volume.kernelName, volume.key, volume.name, volume.name, volume.blockSizeBytes,
+                          volume.operationalStatus, volume.redundancy});
+    }
+    return wholes;
 }
 
 }  // namespace
@@ -265,17 +284,13 @@ std::span<const TSourcePattern> GetDiskPartitionSources() {
 
 void CollectDiskPartitions(TCollection& collection) {
     TFoundPartitions found;
-    for (const TDisk& disk : collection.GetDisks()) {
-        for (const TPartitionSource& source : ReadSources(collection.GetFiles(), disk)) {
+    for (const TWhole& whole : FindWholes(collection)) {
+        for (const TPartitionSource& source : ReadSources(collection.GetFiles(), whole)) {
             found.partitions.push_back(MakePartition(collection.GetFiles(), source));
             found.keySources.push_back(MakeKeySource(source));
         }
     }
-    std::vector<std::string> notes;
-    const auto keys = MakeUniqueKeys(found.keySources, "partition", notes);
-    for (std::string& note : notes) {
-        collection.Note(std::move(note));
-    }
+    const auto keys = collection.MakeKeys(found.keySources, "partition");
     for (std::size_t i = 0; i < keys.size(); ++i) {
         found.partitions[i].deviceId = keys[i];
         collection.Commit<TPartition>(classes[0], partitionRows, found.partitions[i]);

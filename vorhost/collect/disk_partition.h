@@ -1,4 +1,4 @@
-// CIM_DiskPartition: the partitions of the machine's disks.
+// CIM_DiskPartition: the partitions of the machine's disks and md arrays.
 #pragma once
 
 #include "vorhost/collect/class_shape.h"
@@ -10,7 +10,7 @@ namespace NVORHOST {
 
 class TCollection;
 
-/// One instance for each partition of a disk, disk by disk in the order of their numbers.
+/// One instance for each partition, disk by disk and then array by array in the order of their numbers.
 void CollectDiskPartitions(TCollection& collection);
 std::span<const TClassShape> GetDiskPartitionClasses();
 std::span<const TSourcePattern> GetDiskPartitionSources();

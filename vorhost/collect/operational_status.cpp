@@ -39,6 +39,17 @@ constexpr TStateWord interfaceStates[] = {
     {"testing", 11},  {"notpresent", 1}, {"unknown", 0},  // loopback says so while it works
 };
 
+// 0 unknown, 3 degraded, 6 error.
+constexpr TStateWord raidVolumeStates[] = {
+    {"active", statusOk}, {"degraded", 3}, {"resyncing", 3}, {"offline", 6}, {"unknown", 0},
+};
+
+// 10 stopped.
+constexpr TStateWord arrayStates[] = {
+    {"clean", statusOk},    {"active", statusOk},    {"active-idle", statusOk}, {"write-pending", statusOk},
+    {"readonly", statusOk}, {"read-auto", statusOk}, {"inactive", 10},          {"clear", 10},
+};
+
 struct TStateCode {
     std::uint8_t code;
     std::uint16_t status;
@@ -81,6 +92,26 @@ std::optional<TOperationalStatus> FindDiskStatus(std::string_view state) {
 
 std::optional<TOperationalStatus> FindInterfaceStatus(std::string_view state) {
     return FindWord(interfaceStates, state);
+}
+
+std::optional<TOperationalStatus> FindRaidVolumeStatus(std::string_view state) {
+    return FindWord(raidVolumeStates, state);
+}
+
+std::optional<TOperationalStatus> FindArrayStatus(std::string_view arrayState, std::uint32_t degraded,
+                                                  std::string_view syncAction) {
+    constexpr std::uint16_t statusDegraded = 3;
+    constexpr std::uint16_t statusInService = 11;
+    auto status = FindWord(arrayStates, arrayState);
+    if (status && status->front() == statusOk) {
+        if (degraded > 0) {
+            status->front() = statusDegraded;
+        }
+        if (syncAction == "resync" || syncAction == "recover") {
+            status->push_back(statusInService);
+        }
+    }
+    return status;
 }
 
 std::optional<TOperationalStatus> FindProcessorStatus(std::uint8_t status) {

@@ -19,6 +19,14 @@ std::optional<TOperationalStatus> FindDiskStatus(std::string_view state);
 /// Of the operstate of a network interface (RFC 2863, as the kernel writes it). Absent for another word.
 std::optional<TOperationalStatus> FindInterfaceStatus(std::string_view state);
 
+/// Of the state of a RAID adapter's volume. Absent for a word that the kernel's RAID class does not have.
+std::optional<TOperationalStatus> FindRaidVolumeStatus(std::string_view state);
+
+/// Of an md array from its array_state and sync_action. One that has lost disks is degraded, one whose disks
+/// are brought in step is in service besides; an array that does not run is stopped whatever else it says.
+std::optional<TOperationalStatus> FindArrayStatus(std::string_view arrayState, std::uint32_t degraded,
+                                                  std::string_view syncAction);
+
 /// Of the status of an SMBIOS processor structure (bits 2:0). Absent for reserved codes.
 std::optional<TOperationalStatus> FindProcessorStatus(std::uint8_t status);
 

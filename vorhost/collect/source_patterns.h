@@ -8,8 +8,8 @@
 
 namespace NVORHOST {
 
-/// One path as on the machine, for example "/sys/block/*/size". "*" stands for any part of one name, a name
-/// "**" for any number of names. A folder stands for its list of names, a link for its target.
+/// One path as on the machine, for example "/sys/block/*/size", with the stars of `MatchesPathPattern`. A
+/// folder stands for its list of names, a link for its target.
 using TSourcePattern = std::string_view;
 
 /// Two lists of patterns one behind the other, for collectors that need what another one reads as well.

@@ -33,6 +33,7 @@ constexpr TSourcePattern sourcePatterns[] = {
     "/sys/bus/usb/devices",
     "/sys/bus/usb/devices/*",
     "/sys/bus/usb/devices/*/speed",
+    "/sys/bus/usb/devices/*/*/device",
     "/sys/bus/usb/devices/*/*/device/*",
     "/sys/devices/**",
 };

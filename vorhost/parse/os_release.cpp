@@ -56,8 +56,8 @@ TOsRelease ParseOsRelease(std::string_view text) {
             if (row.name != name) {
                 continue;
             }
-            if (auto unquoted = Unquote(value)) {
-                release.*row.member = unquoted->empty() ? std::nullopt : std::move(unquoted);
+            if (const auto unquoted = Unquote(value)) {
+                release.*row.member = unquoted->empty() ? std::nullopt : unquoted;
             }
         }
     });

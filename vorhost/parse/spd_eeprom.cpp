@@ -99,4 +99,14 @@ std::optional<TSpdModule> ParseSpdEeprom(std::string_view bytes) {
     return std::nullopt;
 }
 
+std::optional<std::size_t> FindSpdSerial(std::string_view bytes) {
+    const TByteView view(bytes);
+    const auto* const layout = std::ranges::find_if(
+        layouts, [kind = view.GetByte(2)](const TSpdLayout& row) { return row.kind == kind; });
+    if (layout == std::end(layouts) || !view.GetRange(layout->serialOffset, serialSize)) {
+        return std::nullopt;
+    }
+    return layout->serialOffset;
+}
+
 }  // namespace NVORHOST

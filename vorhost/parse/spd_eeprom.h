@@ -28,4 +28,7 @@ struct TSpdModule {
 /// Source: JEDEC standard 21-C, annexes of serial presence detects; JESD400-5.
 std::optional<TSpdModule> ParseSpdEeprom(std::string_view bytes);
 
+/// Where the 4 bytes of the serial number stand. Absent as above.
+std::optional<std::size_t> FindSpdSerial(std::string_view bytes);
+
 }  // namespace NVORHOST

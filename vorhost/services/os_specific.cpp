@@ -89,9 +89,9 @@ TCIMDateTime ReadLocalClock() {
 }
 
 int Probe(const std::string& hostName, const std::string& port) {
-    using namespace std::chrono_literals;
+    constexpr std::chrono::seconds timeLimit(3);
     try {
-        return NVORHOST::AcceptsConnection(hostName, port, 3s) ? available : notAvailable;
+        return NVORHOST::AcceptsConnection(hostName, port, timeLimit) ? available : notAvailable;
     } catch (const std::exception&) {
         return notAvailable;  // no memory or no thread for a probe: whether it would answer stays unknown
     }

@@ -11,8 +11,8 @@
 #include <array>
 #include <cerrno>
 #include <climits>
-#include <cstring>
 #include <memory>
+#include <system_error>
 #include <utility>
 
 namespace NVORHOST {
@@ -35,7 +35,7 @@ EReadStatus StatusOf(int error) {
 
 template <typename T>
 TReadResult<T> Failure(std::string_view path, int error) {
-    return {StatusOf(error), T{}, std::string(path) + ": " + std::strerror(error)};
+    return {StatusOf(error), T{}, std::string(path) + ": " + std::generic_category().message(error)};
 }
 
 template <typename T>
@@ -152,6 +152,7 @@ TReadResult<std::vector<std::string>> TRootedFiles::List(std::string_view path) 
     (void)opened.Release();  // closedir closes it
     TNames names;
     errno = 0;
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread has this stream
     while (const dirent* entry = readdir(folder.get())) {
         if (!IsDotEntry(entry->d_name)) {
             names.emplace_back(entry->d_name);

@@ -1,0 +1,77 @@
+#include "vorhost/collect/tape_drive.h"
+
+#include "vorhost/collect/attribute.h"
+#include "vorhost/collect/collection.h"
+#include "vorhost/collect/device_position.h"
+#include "vorhost/collect/media_drive.h"
+#include "vorhost/collect/scsi_device.h"
+
+#include <array>
+
+namespace NVORHOST {
+
+namespace {
+
+constexpr TClassShape classes[] = {
+    MakeShape<TMediaDrive, mediaDriveRows>("KELSG_TapeDrive"),
+};
+
+constexpr auto sourcePatterns = Join(scsiSources, std::array<TSourcePattern, 5>{
+                                                      "/sys/class/scsi_tape",
+                                                      "/sys/class/scsi_tape/st*",
+                                                      "/sys/class/scsi_tape/st*/device",
+                                                      "/sys/class/scsi_tape/st*/device/*",
+                                                      "/sys/class/scsi_tape/st*/default_blksize",
+                                                  });
+
+// "st0": the drive. "nst0", "st0a" and so on are other ways to use it.
+bool IsTapeDrive(std::string_view name) {
+    return name.starts_with("st") && ParseNumber<std::uint32_t>(name.substr(2)).has_value();
+}
+
+TMediaDrive ReadDrive(const ISystemFiles& files, const std::string& folder, const TScsiDevice& device) {
+    TMediaDrive drive;
+    drive.description = FindScsiTransport(device) + " tape drive";
+    const auto model = ReadScsiModel(device);
+    drive.elementName = model ? model : drive.description;
+    drive.operationalStatus = FindDiskStatus(ReadAttribute(files, device.folder + "/state").value_or(""));
+    // 0 stands for blocks of any length, -1 for not known.
+    const auto blockSize = ReadNumber<std::uint64_t>(files, folder + "/default_blksize");
+    if (blockSize && *blockSize != 0) {
+        drive.defaultBlockSizeBytes = blockSize;
+    }
+    return drive;
+}
+
+}  // namespace
+
+std::span<const TClassShape> GetTapeDriveClasses() {
+    return classes;
+}
+
+std::span<const TSourcePattern> GetTapeDriveSources() {
+    return sourcePatterns;
+}
+
+void CollectTapeDrives(TCollection& collection) {
+    const ISystemFiles& files = collection.GetFiles();
+    std::vector<TMediaDrive> drives;
+    std::vector<TKeySource> keySources;
+    for (const std::string& name : files.List("/sys/class/scsi_tape").value) {
+        if (!IsTapeDrive(name)) {
+            continue;
+        }
+        const std::string folder = "/sys/class/scsi_tape/" + name;
+        const TScsiDevice device{files, folder + "/device", FindEntryDevice(files, folder)};
+        const std::string position = ReadDevicePosition(files, device.devicePath);
+        drives.push_back(ReadDrive(files, folder, device));
+        keySources.push_back({ReadScsiIdentity(device), position.empty() ? name : position});
+    }
+    const auto keys = collection.MakeKeys(keySources, "tape drive");
+    for (std::size_t i = 0; i < drives.size(); ++i) {
+        drives[i].deviceId = keys[i];
+        collection.Commit<TMediaDrive>(classes[0], mediaDriveRows, drives[i]);
+    }
+}
+
+}  // namespace NVORHOST
