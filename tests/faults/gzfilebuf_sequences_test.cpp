@@ -21,7 +21,6 @@ enum EOperation { open, attach, close, setNone, setOne, setSixteen, put, write, 
 constexpr std::array<const char*, 12> operationNames = {"open",      "attach",     "close", "setbuf(null, 0)",
                                                         "setbuf(1)", "setbuf(16)", "put",   "write",
                                                         "flush",     "get",        "read",  "destroy"};
-constexpr std::size_t operationCount = operationNames.size();
 
 // Longer than the longer user buffer, and so is what there is to read.
 constexpr std::string_view writtenText = "abcdefghijklmnopqrstu";

@@ -192,8 +192,7 @@ TEST_F(TGZEncodeFromStr, SurvivesAResultThatFillsTheBufferWithoutAZero) {
         }
         longest = std::max(longest, plugin_->GZEncodeFromStr(text, text.size()).size());
     }
-    EXPECT_LE(longest, 1024U);
-    EXPECT_GT(longest, 2U);
+    EXPECT_EQ(longest, 1024U);
 }
 
 }  // namespace
