@@ -8,7 +8,7 @@ namespace NVORHOST {
 
 /// The words for base class and subclass, such as "Ethernet controller"; those for the base class alone when
 /// the subclass is not listed; "PCI device" when neither is.
-/// Source: PCI Code and ID Assignment Specification.
+/// Source: PCI-SIG, PCI Code and ID Assignment.
 std::string_view GetPciClassName(std::uint8_t baseClass, std::uint8_t subclass);
 
 }  // namespace NVORHOST

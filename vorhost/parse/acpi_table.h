@@ -13,7 +13,7 @@ struct TAcpiTableOrigin {
 };
 
 /// Absent when `bytes` is shorter than the 36 bytes of the header.
-/// Source: ACPI specification, system description table header: OEM id at 10, OEM table id at 16.
+/// Source: ACPI, 5.2.6, system description table header: OEM id at 10, OEM table id at 16.
 std::optional<TAcpiTableOrigin> ParseAcpiTableOrigin(std::string_view bytes);
 
 }  // namespace NVORHOST

@@ -52,7 +52,7 @@ inline constexpr std::size_t pciConfigBytes = 256;
 
 /// Shape:  64 bytes or more from the start of the space; capabilities are looked for as far as they reach.
 /// Absent: fewer bytes, vendor FFFFh (nothing answers there), a header type other than 0 to 2.
-/// Source: PCI Local Bus specification, chapter 6; PCI-to-PCI Bridge Architecture specification, 3.2;
+/// Source: PCI Local Bus 3.0, chapter 6; PCI-to-PCI Bridge Architecture 1.2, 3.2;
 ///         PC Card Standard for CardBus bridges.
 std::optional<TPciConfig> ParsePciConfig(std::string_view bytes);
 
