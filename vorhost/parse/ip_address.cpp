@@ -17,7 +17,8 @@ using TGroups = std::array<std::uint16_t, groupCount>;
 std::string FormatIpv4(std::string_view bytes) {
     std::string text;
     for (const char byte : bytes) {
-        text += (text.empty() ? "" : ".") + std::to_string(static_cast<std::uint8_t>(byte));
+        text += text.empty() ? "" : ".";
+        text += std::to_string(static_cast<std::uint8_t>(byte));
     }
     return text;
 }
