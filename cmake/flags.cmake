@@ -25,6 +25,10 @@ target_compile_options(noxinfo_flags INTERFACE
   -fstack-protector-strong
   -fno-semantic-interposition
   $<$<CONFIG:Release,RelWithDebInfo>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>)
+# With full optimisation g++ 12 warns of overlaps that cannot be when a literal and a number's text are put together.
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+  target_compile_options(noxinfo_flags INTERFACE $<$<CONFIG:Release,RelWithDebInfo>:-Wno-restrict>)
+endif()
 target_link_options(noxinfo_flags INTERFACE LINKER:-z,relro,-z,now,-z,noexecstack LINKER:--as-needed)
 
 if(NOXINFO_SANITIZE)
