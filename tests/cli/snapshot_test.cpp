@@ -66,6 +66,14 @@ TEST(Snapshot, AFailedWriteLeavesTheEarlierFile) {
     EXPECT_EQ(ReadFile(directory / "s.xml"), "earlier");
 }
 
+TEST(Snapshot, ADeviceIsWrittenToNotReplaced) {
+    EXPECT_EQ(RunVorhost({{"snapshot", "/dev/null", "--namespace", smallServer}, "", {}}).status, 0);
+    EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
+    const auto full = RunVorhost({{"snapshot", "/dev/full", "--namespace", smallServer}, "", {}});
+    EXPECT_EQ(full.status, 1);
+    EXPECT_EQ(full.standardError, "vorhost: cannot write /dev/full: No space left on device\n");
+}
+
 TEST(Snapshot, AFullDeviceIsAFailure) {
     const auto result = RunProgram("sh", {{"-c", std::string(VORHOST_PROGRAM) + " snapshot - --namespace " +
                                                      smallServer + " >/dev/full"},

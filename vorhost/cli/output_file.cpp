@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <utility>
@@ -61,6 +62,26 @@ void WriteStandardOutput(const std::function<void(std::ostream&)>& write) {
     }
 }
 
+// A device, a pipe or a terminal is written to, not replaced.
+bool IsSpecialFile(const std::string& path) {
+    std::error_code ignored;
+    const auto status = std::filesystem::status(path, ignored);
+    return std::filesystem::exists(status) && !std::filesystem::is_regular_file(status) &&
+           !std::filesystem::is_directory(status);
+}
+
+// `path` is what the user asked for; `file` is what is written.
+void WriteThrough(const std::string& path, const std::string& file,
+                  const std::function<void(std::ostream&)>& write) {
+    errno = 0;
+    std::ofstream stream(file, std::ios::binary);
+    write(stream);
+    stream.close();
+    if (!stream) {
+        Fail(path, errno != 0 ? errno : EIO);
+    }
+}
+
 }  // namespace
 
 void WriteOutputFile(const std::string& path, const std::function<void(std::ostream&)>& write) {
@@ -68,14 +89,12 @@ void WriteOutputFile(const std::string& path, const std::function<void(std::ostr
         WriteStandardOutput(write);
         return;
     }
-    TTemporaryFile temporary(path);
-    errno = 0;
-    std::ofstream stream(temporary.GetName(), std::ios::binary);
-    write(stream);
-    stream.close();
-    if (!stream) {
-        Fail(path, errno != 0 ? errno : EIO);
+    if (IsSpecialFile(path)) {
+        WriteThrough(path, path, write);
+        return;
     }
+    TTemporaryFile temporary(path);
+    WriteThrough(path, temporary.GetName(), write);
     temporary.MoveIntoPlace();
 }
 
