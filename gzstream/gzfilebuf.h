@@ -12,9 +12,8 @@
 ///
 /// Errors:  every failure is a return value (null, false, -1, end-of-file); nothing throws.
 /// Buffer:  get and put area share one buffer of 8192 characters, held only while a file is open, unless
-/// `setbuf`
-///          chose another. The put area is one character short of it, so that `overflow` always has room for
-///          the character it is given. There is no putback area.
+///          `setbuf` chose another. The put area is one character short of it, so that `overflow` always
+///          has room for the character it is given. There is no putback area.
 /// Threads: one thread at a time.
 class gzfilebuf : public std::streambuf {
   public:

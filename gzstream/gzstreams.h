@@ -9,9 +9,8 @@
 /// An output stream into a gzip file, at zlib's default level and strategy.
 ///
 /// Modes:  as `gzfilebuf::open_mode` has them, with `out` always added.
-/// Errors: `failbit` when a file cannot be opened, attached, completed or closed; `badbit` when text cannot
-/// be
-///         written. Nothing throws unless `exceptions` asks for it.
+/// Errors: `failbit` when a file cannot be opened, attached, completed or closed; `badbit` when text
+///         cannot be written. Nothing throws unless `exceptions` asks for it.
 /// The destructor flushes and closes a file opened by name, in silence; an attached descriptor it leaves
 /// open, its gzip stream incomplete (see `gzfilebuf`).
 class gzofstream : public std::ostream {
@@ -37,9 +36,8 @@ class gzofstream : public std::ostream {
 /// An input stream from a gzip file, or from a plain one, which zlib passes through.
 ///
 /// Modes:  as `gzfilebuf::open_mode` has them, with `in` always added.
-/// Errors: `failbit` when a file cannot be opened, attached or closed. A file that is damaged or breaks off
-/// reads
-///         as one that ends there; where it breaks off, `close` adds `failbit`.
+/// Errors: `failbit` when a file cannot be opened, attached or closed. A file that is damaged or breaks
+///         off reads as one that ends there; where it breaks off, `close` adds `failbit`.
 /// The destructor closes a file opened by name; an attached descriptor it leaves open.
 class gzifstream : public std::istream {
   public:

@@ -43,9 +43,9 @@ class NKELVOR20_API TCIMDateTime {
 
     /// Reads the 25-character form "yyyymmddhhmmss.mmmmmmsutc" or "ddddddddhhmmss.mmmmmm:000".
     /// Absent: nullopt for any other length, a non-digit where a digit is due, a sign other than + - :, a
-    /// month
-    ///         above 12, a day above 31, an hour above 23, a minute above 59, a second above 60, or asterisks
-    ///         that do not cover the least significant fields whole (microseconds digit by digit).
+    ///         month above 12, a day above 31, an hour above 23, a minute above 59, a second above 60, or
+    ///         asterisks that do not cover the least significant fields whole (microseconds digit by
+    ///         digit).
     /// Source: DSP0004 2.8, 5.2.4.
     static std::optional<TCIMDateTime> FromText(std::string_view text);
 

@@ -26,9 +26,8 @@ struct TResourceClass;
 
 /// Writes one document onto one stream; made, used for a single entry point and dropped.
 /// Shape: every element part is a line of its own, ended by one line feed and one flush of the stream,
-/// without
-///        indentation. Only property values are escaped; names, identifiers and the values of the summary are
-///        written as they come.
+///        without indentation. Only property values are escaped; names, identifiers and the values of the
+///        summary are written as they come.
 /// Arguments travel by value, as these operations are called from other modules too; the work is done by
 /// private operations that copy nothing.
 class TNOXXMLWriterImpl {
@@ -113,11 +112,11 @@ class TNOXXMLWriterImpl {
 
     // ---- resource identity (resource_identity.cpp, md5.cpp)
 
-    /// The identifier under which one resource is recognised across inventories: 32 hexadecimal digits made
-    /// of the type and one key property, or two unless `keyProperty2` is empty. `reserved` is not looked at.
+    /// The identifier under which one resource is recognised across inventories: 32 hexadecimal digits
+    /// made of the type and one key property, or two unless `keyProperty2` is empty. `reserved` is not
+    /// looked at.
     /// Absent: a key that cannot be read is logged (level 3) and left out, so such resources of one type
-    /// share
-    ///         an identifier. No exception of the instance or its properties comes out.
+    ///         share an identifier. No exception of the instance or its properties comes out.
     static std::string GetResourceID(std::string resourceType, TInstancePtr instance,
                                      std::string keyProperty1, std::string keyProperty2,
                                      std::string reserved);

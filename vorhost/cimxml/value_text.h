@@ -19,14 +19,13 @@ std::optional<TCIMValue::TCIMType> FindCimType(std::string_view name);
 std::string_view CimTypeName(TCIMValue::TCIMType type);
 
 /// Reads the text of a VALUE element.
-/// Shape:  integers are decimal without leading zeros, or hexadecimal after "0x" (any case), with an optional
-///         sign; reals are decimal with optional sign, fraction and exponent, or "INF", "-INF", "NaN";
-///         booleans are "true" and "false" in any case; a char16 is one character of one UTF-16 unit;
-///         date-times have the 25-character form. White space around all of these is ignored, but is kept in
-///         strings, references and char16.
-/// Errors: throws TCimXmlCause for a malformed text, and for a number out of the type's range: a real, too,
-/// that
-///         is so small that its type would make it zero.
+/// Shape:  integers are decimal without leading zeros, or hexadecimal after "0x" (any case), with an
+///         optional sign; reals are decimal with optional sign, fraction and exponent, or "INF", "-INF",
+///         "NaN"; booleans are "true" and "false" in any case; a char16 is one character of one UTF-16
+///         unit; date-times have the 25-character form. White space around all of these is ignored, but
+///         is kept in strings, references and char16.
+/// Errors: throws TCimXmlCause for a malformed text, and for a number out of the type's range: a real,
+///         too, that is so small that its type would make it zero.
 /// Source: DSP0201, VALUE element; octal and binary forms belong to MOF and are refused.
 TCIMValue ParseValueText(TCIMValue::TCIMType type, const std::string& text);
 

@@ -37,13 +37,12 @@ class IXmlEvents {
 
 /// Parses one document.
 /// Refused: entity declarations (a DOCTYPE with an internal subset at all), references to other than the
-///          predefined entities, elements deeper than `maxElementDepth`, markup longer than `maxMarkupBytes`,
-///          tags with more than `maxAttributes` attributes. The external subset that a DOCTYPE names is never
-///          fetched.
+///          predefined entities, elements deeper than `maxElementDepth`, markup longer than
+///          `maxMarkupBytes`, tags with more than `maxAttributes` attributes. The external subset that a
+///          DOCTYPE names is never fetched.
 /// Memory:  what is handed in at a time, and the open tags.
 /// Errors:  TCimXmlCause for a document that is not well formed or refused, std::bad_alloc, and what the
-/// events
-///          throw. Nothing more can be parsed after any of them.
+///          events throw. Nothing more can be parsed after any of them.
 class TXmlParser {
   public:
     /// `events` must outlive this object.

@@ -14,9 +14,9 @@ struct TIoMemRange {
     std::string name;
 };
 
-/// Shape:  lines "00100000-3ffdbfff : System RAM"; lines that begin with a blank tell what lies within the
-/// one
-///         above and are left out, as are lines of another form and ranges that end before they start.
+/// Shape:  lines "00100000-3ffdbfff : System RAM"; lines that begin with a blank tell what lies within
+///         the one above and are left out, as are lines of another form and ranges that end before they
+///         start.
 /// Absent: users without CAP_SYS_ADMIN see 0 for every address, which gives ranges from 0 to 0.
 /// Source: Linux, kernel/resource.c.
 std::vector<TIoMemRange> ParseIoMem(std::string_view text);
