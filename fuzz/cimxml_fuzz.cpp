@@ -1,4 +1,5 @@
 // A namespace that loads saves, and what was saved loads to an equal namespace.
+#include "equal_namespaces.h"
 #include "fuzz.h"
 #include "vorhost/cimxml/parse.h"
 #include "vorhost/cimxml/save.h"
@@ -26,6 +27,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string once = Save(loaded);
     NVORHOST::TMemoryNamespace again;
     NVORHOST::LoadNamespaceFromText("saved", once, again);
-    Require(Save(again) == once, "saving what was loaded from a save gives the same text");
+    Require(NVORHOST::NTEST::AreEqual(loaded, again), "what was saved loads to an equal namespace");
+    Require(Save(again) == once, "and saves to the same text");
     return 0;
 }

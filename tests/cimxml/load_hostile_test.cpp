@@ -115,6 +115,24 @@ TEST(LoadHostile, RefusesBytesThatAreNotOfTheEncoding) {
                 HasSubstr("encoding nonsense"));
 }
 
+TEST(LoadHostile, RefusesBytesThatCannotBeConvertedAndSaysSoOnce) {
+    const std::string head = "<?xml version=\"1.0\" encoding=\"";
+    testing::internal::CaptureStderr();
+    for (const char* encoding : {"UTF-7", "US-ASCII", "EUC-JP", "ISO-2022-JP"}) {
+        const std::string document =
+            head + encoding + "\"?>" + InGroup(Instance(Property("string", "\xFF\xFF")));
+        EXPECT_THAT(LoadError(document), StartsWith("t.xml:1: ")) << encoding;
+        for (const std::size_t filled : {3000, 4000, 4096, 5000, 20'000}) {
+            EXPECT_THAT(LoadError(head + encoding + "\"?>" +
+                                  InGroup("<!--" + std::string(filled, 'x') + "-->" +
+                                          Instance(Property("string", "\xFF\xFF")))),
+                        StartsWith("t.xml:1: "))
+                << encoding << filled;
+        }
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
 TEST(LoadHostile, RefusesHalfADocumentInUtf16) {
     std::string text = "\xFE\xFF";
     for (const char byte : InGroup("")) {

@@ -1,5 +1,6 @@
 // What was saved loads as an equal namespace, whatever it holds.
 #include "cimxml_fixture.h"
+#include "equal_namespaces.h"
 #include "vorhost/cimxml/save.h"
 
 #include <gtest/gtest.h>

@@ -31,6 +31,21 @@ std::string_view AsView(const xmlChar* text) {
     return AsView(text, text + xmlStrlen(text));
 }
 
+// What goes wrong in converting to UTF-8 the library tells standard error, past a parser's own handlers.
+class TQuietLibrary {
+  public:
+    TQuietLibrary() { xmlSetGenericErrorFunc(nullptr, &TQuietLibrary::Ignore); }
+    ~TQuietLibrary() { xmlSetGenericErrorFunc(previousContext_, previous_); }
+    TQuietLibrary(const TQuietLibrary&) = delete;
+    TQuietLibrary& operator=(const TQuietLibrary&) = delete;
+
+  private:
+    static void Ignore(void* /*context*/, const char* /*message*/, ...) {}
+
+    xmlGenericErrorFunc previous_ = xmlGenericError;
+    void* previousContext_ = xmlGenericErrorContext;
+};
+
 // The library's messages end in a line feed and may have one within.
 std::string CauseOf(const xmlError& error, bool isRootClosed) {
     // One code for a document with too much and one with too little; the library's text fits the first.
@@ -107,10 +122,14 @@ class TXmlParser::TState {
     }
 
     void Push(std::string_view piece, bool isLast) {
-        (void)xmlParseChunk(context_.get(), piece.data() != nullptr ? piece.data() : "",
-                            static_cast<int>(piece.size()), isLast ? 1 : 0);  // errors come to OnError
-        if (failure_ != nullptr) {
+        const TQuietLibrary quiet;
+        const int code = xmlParseChunk(context_.get(), piece.data() != nullptr ? piece.data() : "",
+                                       static_cast<int>(piece.size()), isLast ? 1 : 0);
+        if (failure_ != nullptr) {  // most errors come to OnError
             std::rethrow_exception(failure_);
+        }
+        if (code == XML_ERR_INVALID_ENCODING || (!isLast && context_->instate == XML_PARSER_EOF)) {
+            throw TCimXmlCause("bytes that are not of the document's encoding");
         }
     }
 
