@@ -160,6 +160,20 @@ TEST(Disks, OfAtaHaveTheirWholeModelFromThePageThatHoldsIt) {
     EXPECT_EQ(collected.Get(physical, "ElementName"), "SAMPLE HD 1000-16BYTES AND MORE");
 }
 
+// The kernel makes the attribute for every SCSI device and refuses to show it for one without such a name.
+TEST(DiskKeys, AWorldWideNameThatTheKernelHasNoValueForIsNoFailure) {
+    TMachine machine = ParseMachineTree(
+        ScsiDisk("sda", 0, {"wwid = unread", "model = Disk", "vpd_pg80 bytes:\n| 00 80 00 02 \"S1\""}));
+    machine.files.AddRefusal("/sys/devices/pci0000:00/0000:00:05.0/host0/target0:0:0/0:0:0:0/wwid",
+                             EReadStatus::notFound);
+    TCollected collected;
+    Collect(machine.files, machine.calls, collected);
+    EXPECT_THAT(collected.GetAll(physical, "DeviceID"), ElementsAre("S1"));
+    for (const TCollectReport& report : collected.reports) {
+        EXPECT_THAT(report.failedSources, IsEmpty());
+    }
+}
+
 TEST(DiskKeys, PreferTheWorldWideNameThenTheSerialNumberThenThePosition) {
     TCollected collected;
     Collect(

@@ -17,6 +17,7 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::StartsWith;
 
 class TRootedFilesTest : public testing::TestWithParam<EPathResolution> {
   protected:
@@ -214,6 +215,25 @@ TEST(TRootedFiles, ReadsFilesOfTheKernelThatClaimToBeEmpty) {
     const auto text = files.ReadText("/proc/self/status");
     EXPECT_EQ(text.status, EReadStatus::ok);
     EXPECT_THAT(text.value, HasSubstr("Pid:"));
+}
+
+TEST(TRootedFiles, SaysNotFoundForAnAttributeThatTheKernelHasNoValueFor) {
+    const TRootedFiles files("/");
+    const std::string attribute = "/sys/class/net/lo/speed";  // no cable, no speed: EINVAL
+    if (!files.Exists(attribute)) {
+        GTEST_SKIP() << "no " << attribute << " here";
+    }
+    const auto speed = files.ReadText(attribute);
+    EXPECT_EQ(speed.status, EReadStatus::notFound);
+    EXPECT_EQ(speed.value, "");
+    EXPECT_THAT(speed.error, StartsWith(attribute + ": "));
+}
+
+TEST(TRootedFiles, FailsForAFileThatCannotBeReadForAnotherReason) {
+    const TRootedFiles files("/");
+    const auto memory = files.ReadBytes("/proc/self/mem", 1);  // nothing is mapped at address 0: EIO
+    EXPECT_EQ(memory.status, EReadStatus::failed);
+    EXPECT_THAT(memory.error, StartsWith("/proc/self/mem: "));
 }
 
 TEST(TRootedFiles, OpensNoDeviceNode) {

@@ -33,6 +33,13 @@ EReadStatus StatusOf(int error) {
     }
 }
 
+// Attributes of the kernel stand there for every device of a kind. Reading one that this device has no value
+// for (a disk without a world-wide name, an interface without a speed), or whose device has gone, ends so.
+bool IsWithoutValue(int error) {
+    constexpr int errors[] = {EINVAL, ENXIO, ENODATA, EOPNOTSUPP, ENODEV};
+    return std::ranges::find(errors, error) != std::end(errors);
+}
+
 template <typename T>
 TReadResult<T> Failure(std::string_view path, int error) {
     return {StatusOf(error), T{}, std::string(path) + ": " + std::generic_category().message(error)};
@@ -137,7 +144,9 @@ TReadResult<std::string> TRootedFiles::ReadBytes(std::string_view path, std::siz
     }
     TReadResult<std::string> result{EReadStatus::ok, {}, {}};
     if (!ReadUpTo(file.value, maxBytes, result.value)) {
-        return Failure<std::string>(path, errno);
+        auto failure = Failure<std::string>(path, errno);
+        failure.status = IsWithoutValue(errno) ? EReadStatus::notFound : failure.status;
+        return failure;
     }
     return result;
 }

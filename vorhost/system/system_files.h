@@ -13,7 +13,7 @@ namespace NVORHOST {
 /// How an access ended. Nothing here throws but for lack of memory.
 enum class EReadStatus {
     ok,
-    notFound,  ///< no such file, or a path component that is no directory
+    notFound,  ///< no such file, a path component that is no directory, or an attribute without a value
     denied,    ///< there, but not for this user
     failed,    ///< an input error, a file larger than the cap, something that is not a regular file
 };
