@@ -10,7 +10,9 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <sstream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace NVORHOST {
@@ -18,9 +20,11 @@ namespace {
 
 using ::testing::Contains;
 using ::testing::ContainsRegex;
+using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::Not;
 using ::testing::StartsWith;
+using ::testing::UnorderedElementsAre;
 
 constexpr char time[] = "20240229134500.000000+060";
 
@@ -270,6 +274,17 @@ TProgramResult RunUnprivileged(std::vector<std::string> arguments, const std::st
     return RunProgram("setpriv", {words, directory, {}});
 }
 
+std::vector<std::string> LinesWith(std::string_view part, const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);) {
+        if (line.find(part) != std::string::npos) {
+            lines.push_back(line);
+        }
+    }
+    return lines;
+}
+
 // The machine with three sources that only root may read.
 void MakeGuardedMachine(const std::string& root) {
     MakeMachine(root);
@@ -293,10 +308,25 @@ TEST(DeniedSources, AreCountedInTheSummaryAndNamedOnceInTheLog) {
         directory.GetPath());
     ASSERT_EQ(result.status, 0) << result.standardError;
     EXPECT_THAT(result.standardOutput, HasSubstr(deniedRow));
-    const std::string log = ReadFile(directory / "run.log");
-    const std::string line = "3 vorhost-computer-system: may not read /sys/class/dmi/id/product_serial\n";
-    EXPECT_THAT(log, HasSubstr(line));
-    EXPECT_EQ(log.find(line), log.rfind(line));
+    EXPECT_THAT(
+        LinesWith("may not read", ReadFile(directory / "run.log")),
+        UnorderedElementsAre("3 vorhost-computer-system: may not read /sys/firmware/dmi/tables/DMI",
+                             "3 vorhost-computer-system: may not read /sys/class/dmi/id/product_serial",
+                             "3 vorhost-computer-system: may not read /sys/class/dmi/id/product_uuid"));
+}
+
+TEST(DeniedSources, ThatSeveralCollectorsAskForAreNamedOnce) {
+    const TTemporaryDirectory directory;
+    MakeMachine(directory / "machine");
+    std::filesystem::permissions(directory / "machine/sys/block", std::filesystem::perms::none);
+    const auto result = RunUnprivileged(
+        {"collect", "--sysroot", "machine", "--reachability", "no", "--log-file", directory / "run.log"},
+        directory.GetPath());
+    ASSERT_EQ(result.status, 0) << result.standardError;
+    EXPECT_THAT(result.standardOutput, HasSubstr("Denied      1 source needs root: /sys/block\n"));
+    EXPECT_THAT(LinesWith("may not read", ReadFile(directory / "run.log")),
+                ElementsAre("3 vorhost-disk: may not read /sys/block"));
+    std::filesystem::permissions(directory / "machine/sys/block", std::filesystem::perms::owner_all);
 }
 
 TEST(DeniedSources, AreDeniedToWhoeverCollectsFromTheCapture) {

@@ -33,12 +33,15 @@ void LogWarning(std::string_view collector, const std::string& line) {
     TCoreLogger::Get().Log(warningLevel, "vorhost-" + std::string(collector) + ": " + line);
 }
 
-void LogReport(const TCollectReport& report) {
+// `denied` grows by what the report adds to it: several collectors may have asked for one source.
+void LogReport(const TCollectReport& report, std::set<std::string>& denied) {
     if (!report.failure.empty()) {
         LogWarning(report.collector, "failed: " + report.failure);
     }
     for (const std::string& source : report.deniedSources) {
-        LogWarning(report.collector, "may not read " + source);
+        if (denied.insert(source).second) {
+            LogWarning(report.collector, "may not read " + source);
+        }
     }
     for (const std::string& source : report.failedSources) {
         LogWarning(report.collector, "cannot read " + source);
@@ -59,9 +62,8 @@ TNamespaceSource CollectNamespace(const ISystemFiles& files, const ISystemCalls&
     const TCollectContext context{files, calls, *source.collected, localTime, &names};
     std::set<std::string> denied;
     for (const TCollectReport& report : CollectAll(context, ChooseCollectors(choice))) {
-        LogReport(report);
+        LogReport(report, denied);
         source.failedCollectors += report.failure.empty() ? 0U : 1U;
-        denied.insert(report.deniedSources.begin(), report.deniedSources.end());
     }
     source.deniedSources.assign(denied.begin(), denied.end());
     return source;
