@@ -60,6 +60,19 @@ TEST(RoundTrip, KeepsEveryPairOfBytes) {
     ExpectRoundTrip(source);
 }
 
+TEST(RoundTrip, KeepsNamesOfEveryCharacter) {
+    TMemoryNamespace source;
+    for (const char* text :
+         {"&", "&amp;", "&#38;", "<", ">", "\"", "'", " ", "\t", "\r\n", "\xC3\xA9", "]]>"}) {
+        const std::string name = std::string("a") + text + "b";
+        source.AddClass(name, {{name, TCIMType::eString, false, TCIMValue("v")}});
+        const auto instance = source.FindClass(name)->NewInstance();
+        instance->Set(name + name, TCIMValue("w"));
+        instance->CommitInstance({});
+    }
+    ExpectRoundTrip(source);
+}
+
 TEST(RoundTrip, KeepsEveryChar16) {
     TCIMValue::TElements units;
     for (unsigned unit = 0; unit <= 0xFFFF; ++unit) {

@@ -31,7 +31,8 @@ std::string_view AsView(const xmlChar* text) {
     return AsView(text, text + xmlStrlen(text));
 }
 
-// What goes wrong in converting to UTF-8 the library tells standard error, past a parser's own handlers.
+// Some of what goes wrong, such as in converting to UTF-8, the library tells standard error, past a parser's
+// own handlers.
 class TQuietLibrary {
   public:
     TQuietLibrary() { xmlSetGenericErrorFunc(nullptr, &TQuietLibrary::Ignore); }
@@ -103,6 +104,7 @@ class TXmlParser::TState {
     using TContext = std::unique_ptr<xmlParserCtxt, TFree>;
 
     static TContext MakeContext(TState& state) {
+        const TQuietLibrary quiet;
         xmlSAXHandler handlers{};
         handlers.initialized = XML_SAX2_MAGIC;
         handlers.startElementNs = &TState::OnStartElement;
@@ -117,7 +119,9 @@ class TXmlParser::TState {
         if (context == nullptr) {
             throw std::bad_alloc();
         }
-        xmlCtxtUseOptions(context.get(), XML_PARSE_NONET);
+        // Without the second one an ampersand in an attribute comes as "&#38;". Nothing else is replaced: no
+        // entity can be declared (see OnDocumentType).
+        xmlCtxtUseOptions(context.get(), XML_PARSE_NONET | XML_PARSE_NOENT);
         return context;
     }
 
