@@ -70,6 +70,8 @@ TEST(ParseCpuList, RefusesWhatIsNoList) {
     EXPECT_THAT(ParseCpuList("a"), IsEmpty());
     EXPECT_THAT(ParseCpuList("0,,1"), IsEmpty());
     EXPECT_THAT(ParseCpuList("0-4294967295"), IsEmpty());
+    EXPECT_THAT(ParseCpuList("5,4"), IsEmpty());
+    EXPECT_THAT(ParseCpuList("0-3,3-5"), IsEmpty());
 }
 
 }  // namespace

@@ -7,8 +7,8 @@
 
 namespace NVORHOST {
 
-/// The numbers of a list such as "0-3,8,10-11", in the order given.
-/// Absent: empty for a text that is no such list, runs downward, or names a number from 65536 on.
+/// The numbers of a list such as "0-3,8,10-11", ascending.
+/// Absent: empty for a text that is no such list, is not in ascending order, or names a number from 65536 on.
 std::vector<std::uint32_t> ParseCpuList(std::string_view text);
 
 }  // namespace NVORHOST
