@@ -109,6 +109,13 @@ TEST(TCapturedSystemCalls, PrefersTheKeptAnswersToTheTreesFiles) {
     EXPECT_EQ(calls.GetAnswers().localTime, "20240229134500.000000+060");
 }
 
+TEST(TCapturedSystemCalls, TellsOfKeptAnswersThatCannotBeRead) {
+    TMemoryFiles files;
+    EXPECT_EQ(TCapturedSystemCalls(files).GetAnswersError(), "");
+    files.AddRefusal("/vorhost-system.txt", EReadStatus::denied);
+    EXPECT_THAT(TCapturedSystemCalls(files).GetAnswersError(), testing::StartsWith("/vorhost-system.txt: "));
+}
+
 TEST(TCapturedSystemCalls, KnowsTheOffsetsOfTheMomentsThatWereAskedAbout) {
     TMemoryFiles files;
     files.AddFile("/vorhost-system.txt", text);

@@ -11,6 +11,21 @@ namespace {
 
 constexpr char liveRoot[] = "/";
 
+// Collectors take what they cannot read for missing: below a root that cannot be opened, everything.
+void RequireOpen(const TRootedFiles& files) {
+    if (files.GetRootError() != 0) {
+        throw TRunFailure("cannot collect from " + files.GetRoot() + ": " +
+                          std::generic_category().message(files.GetRootError()));
+    }
+}
+
+// Without its answers, a tree would be another machine.
+void RequireAnswers(const TRootedFiles& files, const TCapturedSystemCalls& calls) {
+    if (!calls.GetAnswersError().empty()) {
+        throw TRunFailure("cannot collect from " + files.GetRoot() + ": " + calls.GetAnswersError());
+    }
+}
+
 }  // namespace
 
 TMachineDoor::TMachineDoor(const TSourceOptions& options)
@@ -19,8 +34,10 @@ TMachineDoor::TMachineDoor(const TSourceOptions& options)
     if (!std::filesystem::is_directory(options.sysroot, ignored)) {
         throw TRunFailure("cannot collect from " + options.sysroot + ": not a directory");
     }
+    RequireOpen(rootedFiles_);
     if (!isLive_) {
         capturedCalls_.emplace(rootedFiles_);
+        RequireAnswers(rootedFiles_, *capturedCalls_);
         capturedFiles_.emplace(rootedFiles_, capturedCalls_->GetAnswers());
     }
 }

@@ -14,7 +14,7 @@ namespace NVORHOST {
 
 class TMachineDoor {
   public:
-    /// Throws TRunFailure when the tree is not there.
+    /// Throws TRunFailure when the tree is not there or cannot be read at all.
     explicit TMachineDoor(const TSourceOptions& options);
 
     /// For people: "this machine", "tree /x".

@@ -217,8 +217,12 @@ TCapturedAnswers ParseCapturedAnswers(std::string_view text) {
     return answers;
 }
 
-TCapturedAnswers ReadCapturedAnswers(const ISystemFiles& files) {
-    return ParseCapturedAnswers(files.ReadText(capturedAnswersPath).value);
+TReadResult<TCapturedAnswers> ReadCapturedAnswers(const ISystemFiles& files) {
+    const auto text = files.ReadText(capturedAnswersPath);
+    if (!text.IsOk() && text.status != EReadStatus::notFound) {
+        return {text.status, {}, text.error};
+    }
+    return {EReadStatus::ok, ParseCapturedAnswers(text.value), {}};
 }
 
 }  // namespace NVORHOST

@@ -44,7 +44,7 @@ std::string FormatCapturedAnswers(const TCapturedAnswers& answers);
 /// Lines of another form are skipped, so that an older program reads what a newer one wrote.
 TCapturedAnswers ParseCapturedAnswers(std::string_view text);
 
-/// Of the tree behind `files`; nothing when it keeps none.
-TCapturedAnswers ReadCapturedAnswers(const ISystemFiles& files);
+/// Of the tree behind `files`; ok with nothing in it when the tree keeps none.
+TReadResult<TCapturedAnswers> ReadCapturedAnswers(const ISystemFiles& files);
 
 }  // namespace NVORHOST

@@ -19,24 +19,26 @@ std::optional<std::string> ReadLine(const ISystemFiles& files, std::string_view 
 }  // namespace
 
 std::optional<std::string> TCapturedSystemCalls::KernelRelease() const {
-    return answers_.kernelRelease ? answers_.kernelRelease : ReadLine(files_, "/proc/sys/kernel/osrelease");
+    return answers_.value.kernelRelease ? answers_.value.kernelRelease
+                                        : ReadLine(files_, "/proc/sys/kernel/osrelease");
 }
 
 std::optional<std::string> TCapturedSystemCalls::NodeName() const {
-    if (answers_.nodeName) {
-        return answers_.nodeName;
+    if (answers_.value.nodeName) {
+        return answers_.value.nodeName;
     }
     auto name = ReadLine(files_, "/proc/sys/kernel/hostname");
     return name ? name : ReadLine(files_, "/etc/hostname");
 }
 
 std::optional<std::string> TCapturedSystemCalls::Architecture() const {
-    return answers_.architecture ? answers_.architecture : ReadLine(files_, "/proc/sys/kernel/arch");
+    return answers_.value.architecture ? answers_.value.architecture
+                                       : ReadLine(files_, "/proc/sys/kernel/arch");
 }
 
 std::optional<int> TCapturedSystemCalls::UtcOffsetMinutes(std::int64_t secondsSinceEpoch) const {
-    const auto found = answers_.utcOffsetMinutes.find(secondsSinceEpoch);
-    return found == answers_.utcOffsetMinutes.end() ? std::nullopt : std::optional(found->second);
+    const auto found = answers_.value.utcOffsetMinutes.find(secondsSinceEpoch);
+    return found == answers_.value.utcOffsetMinutes.end() ? std::nullopt : std::optional(found->second);
 }
 
 }  // namespace NVORHOST

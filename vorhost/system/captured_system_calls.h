@@ -14,7 +14,9 @@ class TCapturedSystemCalls final : public ISystemCalls {
     explicit TCapturedSystemCalls(const ISystemFiles& files)
         : files_(files), answers_(ReadCapturedAnswers(files)) {}
 
-    const TCapturedAnswers& GetAnswers() const { return answers_; }
+    const TCapturedAnswers& GetAnswers() const { return answers_.value; }
+    /// Path and cause when the tree keeps answers that cannot be read; else empty.
+    const std::string& GetAnswersError() const { return answers_.error; }
 
     // A tree from elsewhere, without such answers, has some of them among its files.
 
@@ -25,18 +27,22 @@ class TCapturedSystemCalls final : public ISystemCalls {
     /// Else /proc/sys/kernel/arch.
     std::optional<std::string> Architecture() const override;
 
-    std::optional<std::uint32_t> PageSizeBytes() const override { return answers_.pageSizeBytes; }
-    std::optional<std::uint32_t> ClockTicksPerSecond() const override { return answers_.clockTicksPerSecond; }
-    std::optional<std::string> HypervisorSignature() const override { return answers_.hypervisorSignature; }
+    std::optional<std::uint32_t> PageSizeBytes() const override { return answers_.value.pageSizeBytes; }
+    std::optional<std::uint32_t> ClockTicksPerSecond() const override {
+        return answers_.value.clockTicksPerSecond;
+    }
+    std::optional<std::string> HypervisorSignature() const override {
+        return answers_.value.hypervisorSignature;
+    }
     /// Of the moments that were asked about on the machine, no others.
     std::optional<int> UtcOffsetMinutes(std::int64_t secondsSinceEpoch) const override;
     std::optional<std::vector<TInterfaceAddress>> InterfaceAddresses() const override {
-        return answers_.interfaceAddresses;
+        return answers_.value.interfaceAddresses;
     }
 
   private:
     const ISystemFiles& files_;
-    TCapturedAnswers answers_;
+    TReadResult<TCapturedAnswers> answers_;
 };
 
 }  // namespace NVORHOST

@@ -181,9 +181,12 @@ TReadResult<std::string> TRootedFiles::ReadLink(std::string_view path) const {
     }
     std::array<char, PATH_MAX> target{};
     const ssize_t length = readlinkat(link.Get(), "", target.data(), target.size());
-    if (length < 0) {
-        // ENOENT is what an empty path answers for a descriptor that is no link.
+    // What an empty path answers for a descriptor that is no link.
+    if (length < 0 && errno == ENOENT) {
         return Refusal<std::string>(path, "not a symbolic link");
+    }
+    if (length < 0) {
+        return Failure<std::string>(path, errno);
     }
     return {EReadStatus::ok, std::string(target.data(), static_cast<std::size_t>(length)), {}};
 }

@@ -22,6 +22,8 @@ class TRootedFiles final : public ISystemFiles {
 
     /// What stands in for "/".
     const std::string& GetRoot() const { return root_; }
+    /// Why the root itself cannot be opened, as errno; 0 when it is open. Every access fails like that.
+    int GetRootError() const { return rootError_; }
 
     TReadResult<std::string> ReadText(std::string_view path) const override;
     TReadResult<std::string> ReadBytes(std::string_view path, std::size_t maxBytes) const override;
