@@ -225,3 +225,4 @@ void RunCollect(const TCollectOptions& options, std::ostream& out) {
 }
 
 }  // namespace NVORHOST
+    summary.failedSources = source.failedSources;

@@ -33,8 +33,9 @@ void LogWarning(std::string_view collector, const std::string& line) {
     TCoreLogger::Get().Log(warningLevel, "vorhost-" + std::string(collector) + ": " + line);
 }
 
-// `denied` grows by what the report adds to it: several collectors may have asked for one source.
-void LogReport(const TCollectReport& report, std::set<std::string>& denied) {
+// `denied` and `failed` grow by what the report adds to them: several collectors may have asked for one
+// source.
+void LogReport(const TCollectReport& report, std::set<std::string>& denied, std::set<std::string>& failed) {
     if (!report.failure.empty()) {
         LogWarning(report.collector, "failed: " + report.failure);
     }
@@ -44,7 +45,9 @@ void LogReport(const TCollectReport& report, std::set<std::string>& denied) {
         }
     }
     for (const std::string& source : report.failedSources) {
-        LogWarning(report.collector, "cannot read " + source);
+        if (failed.insert(source).second) {
+            LogWarning(report.collector, "cannot read " + source);
+        }
     }
     for (const std::string& note : report.notes) {
         LogWarning(report.collector, note);
@@ -61,11 +64,13 @@ TNamespaceSource CollectNamespace(const ISystemFiles& files, const ISystemCalls&
     const THardwareDatabase names;
     const TCollectContext context{files, calls, *source.collected, localTime, &names};
     std::set<std::string> denied;
+    std::set<std::string> failed;
     for (const TCollectReport& report : CollectAll(context, ChooseCollectors(choice))) {
-        LogReport(report, denied);
+        LogReport(report, denied, failed);
         source.failedCollectors += report.failure.empty() ? 0U : 1U;
     }
     source.deniedSources.assign(denied.begin(), denied.end());
+    source.failedSources.assign(failed.begin(), failed.end());
     return source;
 }
 

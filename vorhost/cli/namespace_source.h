@@ -21,6 +21,7 @@ struct TNamespaceSource {
     std::string origin;                      ///< for people: "this machine", "tree /x", "file y.xml"
     std::size_t failedCollectors = 0;        ///< each is in the log
     std::vector<std::string> deniedSources;  ///< files that this user may not read, each once, sorted
+    std::vector<std::string> failedSources;  ///< those that cannot be read for another reason, likewise
 };
 
 /// Fills a namespace as the options say. Throws TRunFailure when a file cannot be read or a tree is not

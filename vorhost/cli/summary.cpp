@@ -45,10 +45,9 @@ std::string Count(std::size_t number, const std::string& word) {
 }
 
 // The first few by name: enough to see what kind of thing is missing.
-std::string DescribeDenied(const std::vector<std::string>& sources) {
+std::string DescribeSources(const std::vector<std::string>& sources, const std::string& what) {
     constexpr std::size_t named = 3;
-    std::string text =
-        Count(sources.size(), "source") + (sources.size() == 1 ? " needs" : " need") + " root: ";
+    std::string text = Count(sources.size(), "source") + " " + what + ": ";
     for (std::size_t i = 0; i < std::min(named, sources.size()); ++i) {
         text += (i == 0 ? "" : ", ") + sources[i];
     }
@@ -67,13 +66,19 @@ std::string DescribeTimes(const std::vector<TStepTime>& times) {
     return text.str();
 }
 
-void PrintTroubles(std::size_t failedCollectors, const std::vector<std::string>& deniedSources,
-                   std::ostream& out) {
-    if (failedCollectors != 0) {
-        PrintRow(out, "Failed", Count(failedCollectors, "collector") + "; the log tells which (--verbose)");
+// `TSummary` is that of a run or of a capture.
+template <typename TSummary>
+void PrintTroubles(const TSummary& summary, std::ostream& out) {
+    if (summary.failedCollectors != 0) {
+        PrintRow(out, "Failed",
+                 Count(summary.failedCollectors, "collector") + "; the log tells which (--verbose)");
     }
-    if (!deniedSources.empty()) {
-        PrintRow(out, "Denied", DescribeDenied(deniedSources));
+    const auto& denied = summary.deniedSources;
+    if (!denied.empty()) {
+        PrintRow(out, "Denied", DescribeSources(denied, denied.size() == 1 ? "needs root" : "need root"));
+    }
+    if (!summary.failedSources.empty()) {
+        PrintRow(out, "Unread", DescribeSources(summary.failedSources, "could not be read"));
     }
 }
 
@@ -83,7 +88,7 @@ void PrintSummary(const TRunSummary& summary, std::ostream& out) {
     PrintRow(out, "Machine", summary.machine);
     PrintRow(out, "Source", summary.origin);
     PrintRow(out, "Collected", DescribeResources(summary.documents.front()));
-    PrintTroubles(summary.failedCollectors, summary.deniedSources, out);
+    PrintTroubles(summary, out);
     std::string_view label = "Files";
     for (const TInventoryDocument& document : summary.documents) {
         PrintRow(out, label, DescribeFile(summary.directory, document));
@@ -100,7 +105,7 @@ void PrintCaptureSummary(const TCaptureSummary& summary, std::ostream& out) {
     PrintRow(out, "Captured",
              Count(summary.files, "file") + " and " + Count(summary.links, "link") +
                  (summary.isRedacted ? ", redacted" : ""));
-    PrintTroubles(summary.failedCollectors, summary.deniedSources, out);
+    PrintTroubles(summary, out);
     PrintRow(out, "File", summary.file + (ignored ? "" : ", " + WithThousands(bytes) + " bytes"));
 }
 

@@ -25,6 +25,7 @@ struct TRunSummary {
     std::string credential;                     ///< what became of it, for people
     std::size_t failedCollectors = 0;
     std::vector<std::string> deniedSources;
+    std::vector<std::string> failedSources;
     std::vector<TStepTime> times;
 };
 
@@ -39,6 +40,7 @@ struct TCaptureSummary {
     bool isRedacted = false;
     std::size_t failedCollectors = 0;
     std::vector<std::string> deniedSources;
+    std::vector<std::string> failedSources;
 };
 
 void PrintCaptureSummary(const TCaptureSummary& summary, std::ostream& out);
