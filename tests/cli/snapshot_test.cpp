@@ -80,7 +80,7 @@ TEST(Snapshot, AFullDeviceIsAFailure) {
                                           "",
                                           {}});
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.standardError, "vorhost: cannot write standard output\n");
+    EXPECT_EQ(result.standardError, "vorhost: cannot write standard output: No space left on device\n");
 }
 
 }  // namespace

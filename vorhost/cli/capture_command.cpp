@@ -54,6 +54,7 @@ void RunCapture(const TCaptureOptions& options, std::ostream& out) {
     }
     TCaptureSummary summary = Summarise(source, tree);
     tree.AddFile(capturedAnswersPath, FormatCapturedAnswers(answers));
+    sinks.RequireWritten();
     WriteOutputFile(options.file, [&tree](std::ostream& file) { WriteArchive(tree, file); });
     if (options.file != "-") {
         summary.origin = machine.Describe();

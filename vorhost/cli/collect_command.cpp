@@ -226,3 +226,4 @@ void RunCollect(const TCollectOptions& options, std::ostream& out) {
 
 }  // namespace NVORHOST
     summary.failedSources = source.failedSources;
+    sinks.RequireWritten();

@@ -15,18 +15,22 @@ namespace {
 
 constexpr int hardFailureLevel = 0;
 
+[[noreturn]] void Fail(const std::string& logFile, int error) {
+    throw TRunFailure("cannot append to log file " + logFile + ": " + std::strerror(error));
+}
+
 }  // namespace
 
-TLogSinks::TLogSinks(const TSourceOptions& options) {
+TLogSinks::TLogSinks(const TSourceOptions& options) : logFile_(options.logFile) {
     TCoreLogger::Get().AddSink([this](int level, const std::string& message) {
         if (level == hardFailureLevel) {
             hardFailures_.push_back(message);
         }
     });
-    if (!options.logFile.empty()) {
-        LogToFile(options.logFile);
+    if (!logFile_.empty()) {
+        LogToFile();
     }
-    if (options.logFile.empty() || options.verbose) {
+    if (logFile_.empty() || options.verbose) {
         LogToStandardError(/*everyLevel=*/options.verbose);
     }
 }
@@ -35,16 +39,26 @@ TLogSinks::~TLogSinks() {
     TCoreLogger::Get().ClearSinks();
 }
 
-void TLogSinks::LogToFile(const std::string& path) {
-    const auto stream = std::make_shared<std::ofstream>(path, std::ios::app | std::ios::binary);
+void TLogSinks::RequireWritten() const {
+    if (logError_ != 0) {
+        Fail(logFile_, logError_);
+    }
+}
+
+void TLogSinks::LogToFile() {
+    const auto stream = std::make_shared<std::ofstream>(logFile_, std::ios::app | std::ios::binary);
     if (!*stream) {
         const int error = errno;
         TCoreLogger::Get().ClearSinks();
-        throw TRunFailure("cannot append to log file " + path + ": " + std::strerror(error));
+        Fail(logFile_, error);
     }
     // Flushed line by line: the log is read when something went wrong.
-    TCoreLogger::Get().AddSink([stream](int level, const std::string& message) {
+    TCoreLogger::Get().AddSink([this, stream](int level, const std::string& message) {
+        errno = 0;
         *stream << FormatLogLine(level, message) << std::endl;
+        if (!*stream && logError_ == 0) {
+            logError_ = errno != 0 ? errno : EIO;
+        }
     });
 }
 

@@ -18,13 +18,18 @@ class TLogSinks {
     TLogSinks(const TLogSinks&) = delete;
     TLogSinks& operator=(const TLogSinks&) = delete;
 
+    /// Throws TRunFailure when a line could not be written to the log file.
+    void RequireWritten() const;
+
     /// Messages of level 0, in order.
     const std::vector<std::string>& GetHardFailures() const { return hardFailures_; }
 
   private:
-    void LogToFile(const std::string& path);
+    void LogToFile();
     void LogToStandardError(bool everyLevel);
 
+    std::string logFile_;
+    int logError_ = 0;  // errno of the first line that could not be written
     std::vector<std::string> hardFailures_;
 };
 

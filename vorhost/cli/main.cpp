@@ -4,11 +4,16 @@
 #include "vorhost/cli/collect_command.h"
 #include "vorhost/cli/collectors_command.h"
 #include "vorhost/cli/command_line.h"
-#include "vorhost/cli/run_failure.h"
+#include "vorhost/cli/output_file.h"
 #include "vorhost/cli/snapshot_command.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <exception>
+#include <functional>
 #include <iostream>
+#include <new>
 #include <variant>
 
 namespace {
@@ -17,29 +22,44 @@ using namespace NVORHOST;  // NOLINT(google-build-using-namespace): this unit is
 
 struct TRunCommand {
     int operator()(const TCollectOptions& options) const {
-        RunCollect(options, std::cout);
-        return eExitDone;
+        return Print([&](std::ostream& out) { RunCollect(options, out); });
     }
     int operator()(const TSnapshotOptions& options) const {
         RunSnapshot(options);
         return eExitDone;
     }
     int operator()(const TCaptureOptions& options) const {
-        RunCapture(options, std::cout);
-        return eExitDone;
+        return Print([&](std::ostream& out) { RunCapture(options, out); });
     }
-    int operator()(const TCollectorsOptions&) const {
-        ListCollectors(std::cout);
-        return eExitDone;
-    }
+    int operator()(const TCollectorsOptions&) const { return Print(ListCollectors); }
     int operator()(const TEarlyExit& exit) const { return exit.status; }
+
+  private:
+    static int Print(const std::function<void(std::ostream&)>& write) {
+        WriteStandardOutput(write);
+        return eExitDone;
+    }
 };
+
+// A file that got the number of a closed standard stream would receive what is meant for the stream. Reading
+// from what takes the place finds nothing, writing to it fails.
+void OccupyStandardStreams() {
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (::fcntl(stream, F_GETFD) < 0) {
+            (void)::open("/dev/null", O_RDONLY);  // gets the lowest number that is free: this one
+        }
+    }
+}
 
 }  // namespace
 
 int main(int argc, char** argv) {
+    OccupyStandardStreams();
     try {
-        return std::visit(TRunCommand{}, ParseCommandLine(argc, argv));
+        TCommand command;
+        // Help and version are printed while the command line is read.
+        WriteStandardOutput([&](std::ostream&) { command = ParseCommandLine(argc, argv); });
+        return std::visit(TRunCommand{}, command);
     } catch (const std::bad_alloc&) {
         std::cerr << "vorhost: out of memory\n";
     } catch (const std::exception& error) {

@@ -55,13 +55,6 @@ class TTemporaryFile {
     bool moved_ = false;
 };
 
-void WriteStandardOutput(const std::function<void(std::ostream&)>& write) {
-    write(std::cout);
-    if (!std::cout.flush()) {
-        throw TRunFailure("cannot write standard output");
-    }
-}
-
 // A device, a pipe or a terminal is written to, not replaced.
 bool IsSpecialFile(const std::string& path) {
     std::error_code ignored;
@@ -83,6 +76,17 @@ void WriteThrough(const std::string& path, const std::string& file,
 }
 
 }  // namespace
+
+void WriteStandardOutput(const std::function<void(std::ostream&)>& write) {
+    errno = 0;
+    write(std::cout);
+    if (std::cout) {
+        errno = 0;  // nothing has failed so far, whatever left it
+    }
+    if (!std::cout.flush()) {
+        Fail("standard output", errno != 0 ? errno : EIO);
+    }
+}
 
 void WriteOutputFile(const std::string& path, const std::function<void(std::ostream&)>& write) {
     if (path == "-") {

@@ -13,4 +13,7 @@ namespace NVORHOST {
 /// and cause.
 void WriteOutputFile(const std::string& path, const std::function<void(std::ostream&)>& write);
 
+/// Lets `write` print to standard output. Errors: throws TRunFailure when not all of it got there.
+void WriteStandardOutput(const std::function<void(std::ostream&)>& write);
+
 }  // namespace NVORHOST

@@ -16,6 +16,7 @@ void RunSnapshot(const TSnapshotOptions& options) {
     settings.localTime = options.source.localTime;
     SetHostSettings(settings);
     const TNamespaceSource source = ObtainNamespace(options.source);
+    sinks.RequireWritten();
     WriteOutputFile(options.file, [&source](std::ostream& out) { SaveNamespace(*source.collected, out); });
 }
 

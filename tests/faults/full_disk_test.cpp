@@ -1,0 +1,116 @@
+// A disk that is really full: the device that has no room at all.
+#include "tests/cli/program_run.h"
+#include "tests/cli/temporary_directory.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <iostream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace NVORHOST {
+namespace {
+
+using testing::EndsWith;
+
+using TArguments = std::vector<std::string>;
+
+const std::string smallServer = VORHOST_TEST_DATA "/small-server.xml";
+
+TArguments CollectArguments(const TArguments& more = {}) {
+    TArguments arguments{
+        "collect",        "--namespace", smallServer, "--local-time", "20240229134500.000000+060",
+        "--reachability", "no"};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    return arguments;
+}
+
+/// A directory with an earlier inventory, which no failing run may touch.
+class TFullDisk : public testing::Test {
+  protected:
+    TFullDisk() { WriteFile(directory_ / "hardwareinventory.xml.gz", "earlier"); }
+
+    /// The program's own last words; the earlier inventory must still be there alone.
+    std::string FailureOf(const TArguments& arguments) {
+        const auto result = RunVorhost({arguments, directory_.GetPath(), {}});
+        EXPECT_EQ(result.status, 1);
+        EXPECT_EQ(result.standardOutput, "");
+        EXPECT_EQ(ReadFile(directory_ / "hardwareinventory.xml.gz"), "earlier");
+        EXPECT_EQ(CountFiles(), 1);
+        return result.standardError;
+    }
+
+    /// What a shell makes of the program with these redirections.
+    TProgramResult RunRedirected(const std::string& redirection, const TArguments& arguments) {
+        TArguments all{"-c", "exec \"$0\" \"$@\" " + redirection, VORHOST_PROGRAM};
+        all.insert(all.end(), arguments.begin(), arguments.end());
+        return RunProgram("sh", {all, directory_.GetPath(), {}});
+    }
+
+    std::ptrdiff_t CountFiles() const {
+        return std::distance(std::filesystem::directory_iterator(directory_.GetPath()), {});
+    }
+
+    TTemporaryDirectory directory_;
+};
+
+TEST_F(TFullDisk, HasNoRoomForAResult) {
+    EXPECT_EQ(FailureOf(CollectArguments({"--result", "/dev/full"})),
+              "vorhost: cannot write /dev/full: No space left on device\n");
+}
+
+TEST_F(TFullDisk, HasNoRoomForASnapshot) {
+    EXPECT_EQ(FailureOf({"snapshot", "--namespace", smallServer, "/dev/full"}),
+              "vorhost: cannot write /dev/full: No space left on device\n");
+}
+
+TEST_F(TFullDisk, HasNoRoomForACapture) {
+    const TTemporaryDirectory tree;
+    EXPECT_EQ(FailureOf({"capture", "--sysroot", tree.GetPath(), "/dev/full"}),
+              "vorhost: cannot write /dev/full: No space left on device\n");
+}
+
+TEST_F(TFullDisk, HasNoRoomForALog) {
+    EXPECT_EQ(FailureOf(CollectArguments({"--log-file", "/dev/full"})),
+              "vorhost: cannot append to log file /dev/full: No space left on device\n");
+}
+
+TEST_F(TFullDisk, HasNoRoomForTheLogOfASnapshot) {
+    const TTemporaryDirectory tree;
+    std::filesystem::create_directories(tree / "proc/cpuinfo");  // no file, as a warning says
+    EXPECT_EQ(FailureOf({"snapshot", "--sysroot", tree.GetPath(), "--log-file", "/dev/full", "snapshot.xml"}),
+              "vorhost: cannot append to log file /dev/full: No space left on device\n");
+}
+
+TEST_F(TFullDisk, HasNoRoomForWhatIsPrinted) {
+    for (const TArguments& arguments :
+         {CollectArguments(), TArguments{"snapshot", "--namespace", smallServer, "-"},
+          TArguments{"capture", "--sysroot", ".", "-"}, TArguments{"collectors"}, TArguments{"--help"},
+          TArguments{"--version"}}) {
+        const auto result = RunRedirected(">/dev/full", arguments);
+        EXPECT_EQ(result.status, 1) << arguments.front();
+        EXPECT_EQ(result.standardError, "vorhost: cannot write standard output: No space left on device\n")
+            << arguments.front();
+    }
+}
+
+TEST_F(TFullDisk, IsNothingAgainstAStandardOutputThatIsClosed) {
+    const auto result = RunRedirected(">&-", CollectArguments({"--log-file", "run.log"}));
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.standardError, "vorhost: cannot write standard output: Bad file descriptor\n");
+    // Nor does the summary go to one of the files instead.
+    EXPECT_THAT(ReadCompressedFile(directory_ / "hardwareinventory.xml.gz"),
+                EndsWith("</ResourceCollection>\n"));
+    EXPECT_THAT(ReadFile(directory_ / "run.log"), EndsWith("There is no internet connection\n"));
+}
+
+TEST_F(TFullDisk, HasNoRoomForMessagesEither) {
+    const auto result = RunRedirected("2>/dev/full", CollectArguments({"--result", "/dev/full"}));
+    EXPECT_EQ(result.status, 1);
+}
+
+}  // namespace
+}  // namespace NVORHOST
