@@ -1,4 +1,4 @@
-// A disk that is really full: the device that has no room at all.
+// Disks that are really full: a small file system of the test's own, and the device that has no room at all.
 #include "tests/cli/program_run.h"
 #include "tests/cli/temporary_directory.h"
 
@@ -14,7 +14,10 @@
 namespace NVORHOST {
 namespace {
 
+using testing::AllOf;
+using testing::Each;
 using testing::EndsWith;
+using testing::StartsWith;
 
 using TArguments = std::vector<std::string>;
 
@@ -110,6 +113,75 @@ TEST_F(TFullDisk, IsNothingAgainstAStandardOutputThatIsClosed) {
 TEST_F(TFullDisk, HasNoRoomForMessagesEither) {
     const auto result = RunRedirected("2>/dev/full", CollectArguments({"--result", "/dev/full"}));
     EXPECT_EQ(result.status, 1);
+}
+
+// Makes a file system with room for some pages besides the earlier inventory, and says for each run what it
+// ended with and what it left.
+constexpr char runsOnASmallDisk[] = R"(
+set -eu
+vorhost=$1; namespace=$2; disk=$3; options=$4; shift 4
+for size in "$@"; do
+    mount -t tmpfs -o "$options=$size" tmpfs "$disk"
+    echo earlier >"$disk/hardwareinventory.xml.gz"
+    status=0
+    error=$("$vorhost" collect --namespace "$namespace" --local-time 20240229134500.000000+060 --kel-id K1 \
+        --reachability no --directory "$disk" --result "$disk/result.xml" 2>&1 >/dev/null) || status=$?
+    grep -qx earlier "$disk/hardwareinventory.xml.gz" && inventory=earlier || inventory=new
+    echo "$status $inventory$(cd "$disk" && find . -mindepth 1 ! -name hardwareinventory.xml.gz | sort | tr '\n' ' ' |
+        sed 's/^/ /; s/ $//'): $error"
+    umount "$disk"
+done
+)";
+
+class TSmallDisk : public TFullDisk {
+  protected:
+    /// A line for each run; none, and a reason, where file systems cannot be made.
+    std::vector<std::string> RunsOn(const std::string& option, const TArguments& sizes) {
+        TArguments arguments{"--user",    "--map-root-user",    "--mount", "sh",
+                             "-c",        runsOnASmallDisk,     "sh",      VORHOST_PROGRAM,
+                             smallServer, directory_.GetPath(), option};
+        arguments.insert(arguments.end(), sizes.begin(), sizes.end());
+        const auto result = RunProgram("unshare", {arguments, "", {}});
+        std::vector<std::string> lines;
+        std::istringstream text(result.standardOutput);
+        for (std::string line; std::getline(text, line);) {
+            lines.push_back(line);
+        }
+        if (result.status != 0) {
+            std::cout << "no file system of the test's own: " << result.standardError;
+            lines.clear();
+        }
+        return lines;
+    }
+
+    static void ExpectFailuresThenSuccess(const std::vector<std::string>& lines) {
+        const auto firstDone =
+            std::ranges::find_if(lines, [](const std::string& line) { return line.starts_with('0'); });
+        const std::vector<std::string> failed(lines.begin(), firstDone);
+        const std::vector<std::string> done(firstDone, lines.end());
+        EXPECT_FALSE(failed.empty());
+        EXPECT_FALSE(done.empty());
+        EXPECT_THAT(failed,
+                    Each(AllOf(StartsWith("1 earlier: vorhost: "), EndsWith(": No space left on device"))));
+        EXPECT_THAT(done, Each("0 new ./result.xml ./systeminformation.xml.gz: "));
+    }
+};
+
+TEST_F(TSmallDisk, FailsRunsUntilThereIsRoomForAllOfTheirFiles) {
+    const auto lines = RunsOn("size", {"4k", "8k", "12k", "16k", "20k", "24k", "64k"});
+    if (lines.empty()) {
+        GTEST_SKIP() << "file systems cannot be mounted here";
+    }
+    ExpectFailuresThenSuccess(lines);
+}
+
+// The root, the earlier inventory, the private directory, two documents, the result.
+TEST_F(TSmallDisk, FailsRunsUntilItCanTakeAllOfTheirFiles) {
+    const auto lines = RunsOn("nr_inodes", {"2", "3", "4", "5", "6"});
+    if (lines.empty()) {
+        GTEST_SKIP() << "file systems cannot be mounted here";
+    }
+    ExpectFailuresThenSuccess(lines);
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "vorhost/cli/collect_command.h"
 
 #include "host/vor_exception.h"
+#include "vorhost/cimxml/base64.h"
 #include "vorhost/cimxml/save.h"
 #include "vorhost/cli/log_sinks.h"
 #include "vorhost/cli/namespace_source.h"
@@ -11,6 +12,7 @@
 #include "vorhost/cli/summary.h"
 #include "vorhost/services/host_settings.h"
 #include "vorhost/services/plugin_library.h"
+#include "vorhost/system/rooted_files.h"
 #include "vorhost/upload/entity_service.h"
 
 #include <boost/shared_ptr.hpp>
@@ -35,6 +37,7 @@ namespace {
 constexpr char identityVariable[] = "ZETKELID";
 constexpr char resultClassName[] = "KELSG_CADAT";
 constexpr char hardwareFileName[] = "hardwareinventory.xml.gz";
+constexpr char inventoryProperty[] = "InventoryRCF";
 constexpr char systemFileName[] = "systeminformation.xml.gz";
 
 using TInstances = std::vector<boost::shared_ptr<TMemoryInstance>>;
@@ -116,21 +119,27 @@ boost::shared_ptr<TMemoryClass> ResultClass(TMemoryNamespace& collected) {
     return found ? found : collected.AddClass(resultClassName);
 }
 
+// What kept the plug-in from writing: it does not tell, but some of it can still be found out.
+std::string FindReason(const TPrivateDirectory& workplace) {
+    const std::string obstacle = workplace.FindObstacle();
+    return obstacle.empty() ? "" : ": " + obstacle;
+}
+
 void Request(TPluginLibrary& plugin, const boost::shared_ptr<TMemoryNamespace>& collected,
-             const boost::shared_ptr<TMemoryClass>& resultClass, const std::string& directory) {
-    const TWorkingDirectory inDirectory(directory);
+             const boost::shared_ptr<TMemoryClass>& resultClass, const TPrivateDirectory& workplace) {
+    const TWorkingDirectory inDirectory(workplace.GetPath());
     std::vector<boost::shared_ptr<ICIMClass>> resultClasses{resultClass};
     try {
         plugin.GetData(collected, resultClasses);
     } catch (const NKELVOR20::TVORException& error) {
         throw TRunFailure(std::string("the request failed: ") + error.what() + " (host status " +
-                          std::to_string(error.GetStatusCode().GetCode()) + ")");
+                          std::to_string(error.GetStatusCode().GetCode()) + ")" + FindReason(workplace));
     } catch (const std::exception& error) {
         throw TRunFailure(std::string("the request failed: ") + error.what());
     }
 }
 
-// What the run was to write: each document is read through before any file is moved into place.
+// What the run was to write: each document is read through, and ready to be moved, before any file is moved.
 std::vector<TInventoryDocument> FinishedDocuments(const TPrivateDirectory& workplace) {
     std::vector<const char*> names{hardwareFileName};
     if (HasIdentity()) {
@@ -139,8 +148,30 @@ std::vector<TInventoryDocument> FinishedDocuments(const TPrivateDirectory& workp
     std::vector<TInventoryDocument> documents;
     for (const char* name : names) {
         documents.push_back(ReadInventoryDocument(workplace.GetPath(), name));
+        if (!documents.back().isWhole) {
+            throw TRunFailure(std::string("the plug-in has not written ") + name + " to its end" +
+                              FindReason(workplace));
+        }
+        workplace.Protect(name);
     }
     return documents;
+}
+
+// The plug-in says nothing when it cannot read its document back, and makes a result of what it has.
+void RequireInventory(const TInstances& results, const TPrivateDirectory& workplace) {
+    const TRootedFiles files(workplace.GetPath());
+    const auto bytes = files.ReadBytes(std::string("/") + hardwareFileName, std::string::npos);
+    if (!bytes.IsOk()) {
+        throw TRunFailure("cannot read " + bytes.error.substr(1));
+    }
+    const TCIMValue expected(EncodeBase64(bytes.value));
+    for (const auto& result : results) {
+        const TCIMValue* const inventory = result->Find(inventoryProperty);
+        if (inventory != nullptr && *inventory != expected) {
+            throw TRunFailure(std::string("the plug-in has not read ") + hardwareFileName +
+                              " back to its end");
+        }
+    }
 }
 
 // Instances that a loaded namespace had already are no results of this run.
@@ -199,18 +230,20 @@ void RunCollect(const TCollectOptions& options, std::ostream& out) {
     TPrivateDirectory workplace(options.directory);
     const auto resultClass = ResultClass(*source.collected);
     const std::size_t countBefore = resultClass->GetInstances().size();
-    Request(plugin, source.collected, resultClass, workplace.GetPath());
+    Request(plugin, source.collected, resultClass, workplace);
     clock.Finish("request");
 
     const TInstances results = NewResults(*resultClass, countBefore);
     RequireResult(results, sinks);
+    sinks.RequireWritten();
     TRunSummary summary;
     summary.documents = FinishedDocuments(workplace);
     if (!options.resultFile.empty()) {
+        RequireInventory(results, workplace);
         WriteOutputFile(options.resultFile,
                         [&](std::ostream& file) { SaveInstances(resultClass->GetName(), results, file); });
     }
-    for (TInventoryDocument& document : summary.documents) {
+    for (const TInventoryDocument& document : summary.documents) {
         workplace.MoveOut(document.fileName);
     }
     summary.directory = options.directory;
@@ -219,11 +252,10 @@ void RunCollect(const TCollectOptions& options, std::ostream& out) {
     summary.credential = DescribeCredential(*results.front());
     summary.failedCollectors = source.failedCollectors;
     summary.deniedSources = source.deniedSources;
+    summary.failedSources = source.failedSources;
     clock.Finish("finish");
     summary.times = clock.TakeTimes();
     PrintSummary(summary, out);
 }
 
 }  // namespace NVORHOST
-    summary.failedSources = source.failedSources;
-    sinks.RequireWritten();

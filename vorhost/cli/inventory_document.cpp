@@ -3,6 +3,8 @@
 #include "gzstream/gzstreams.h"
 #include "vorhost/cli/run_failure.h"
 
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <optional>
 #include <string_view>
@@ -34,6 +36,7 @@ TInventoryDocument ReadInventoryDocument(const std::string& directory, const std
     const std::string path = directory + "/" + fileName;
     TInventoryDocument document;
     document.fileName = fileName;
+    errno = 0;
     gzifstream stream(path.c_str(), std::ios::in | std::ios::binary);
     std::string line;
     std::string last;
@@ -43,8 +46,10 @@ TInventoryDocument ReadInventoryDocument(const std::string& directory, const std
         }
         last.swap(line);
     }
-    if (last != documentEnd) {
-        throw TRunFailure("the plug-in has not written " + fileName + " to its end (is the disk full?)");
+    // The compressed data has an end of its own, which only closing asks for.
+    document.isWhole = stream.rdbuf()->close() != nullptr && last == documentEnd;
+    if (!document.isWhole && errno != 0) {
+        throw TRunFailure("cannot read " + fileName + ": " + std::strerror(errno));
     }
     std::error_code ignored;
     document.sizeBytes = std::filesystem::file_size(path, ignored);

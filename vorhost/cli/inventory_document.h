@@ -12,10 +12,10 @@ struct TInventoryDocument {
     std::string fileName;
     std::uintmax_t sizeBytes = 0;                    ///< of the compressed file
     std::map<std::string, std::uint64_t> resources;  ///< resource type to number of instances
+    bool isWhole = false;                            ///< neither damaged nor cut short
 };
 
-/// Reads a document through to its end tag.
-/// Errors: throws TRunFailure for a file that is missing, damaged or cut short.
+/// Reads a document through to its end. Errors: throws TRunFailure for a file that cannot be read.
 TInventoryDocument ReadInventoryDocument(const std::string& directory, const std::string& fileName);
 
 }  // namespace NVORHOST

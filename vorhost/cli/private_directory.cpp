@@ -1,6 +1,7 @@
 #include "vorhost/cli/private_directory.h"
 
 #include "vorhost/cli/run_failure.h"
+#include "vorhost/system/file_descriptor.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -20,27 +21,35 @@ namespace {
 constexpr std::string_view namePrefix = ".vorhost-";
 constexpr int maxAttempts = 32;
 constexpr mode_t ownerOnly = S_IRUSR | S_IWUSR;
+constexpr off_t probeBytes = 65536;  // more than any buffer of the plug-in holds back
 
 [[noreturn]] void Fail(const std::string& path, int error) {
     throw TRunFailure("cannot write to " + path + ": " + std::strerror(error));
 }
 
-// The descriptor of a directory whose lock was free, or -1.
+// The descriptor of a directory whose lock was free; else -1, and errno says why.
 int OpenLocked(const std::string& path) {
     const int descriptor = ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
     if (descriptor < 0) {
         return -1;
     }
     if (::flock(descriptor, LOCK_EX | LOCK_NB) != 0) {
+        const int error = errno;
         ::close(descriptor);
+        errno = error;
         return -1;
     }
     return descriptor;
 }
 
-// As above, for a directory just made; -1 as well when another run has removed it meanwhile.
-int LockOwn(const std::string& path) {
+// As above, for a directory just made in `target`; -1 only when another run is removing it or has done so.
+int LockOwn(const std::string& path, const std::string& target) {
     const int descriptor = OpenLocked(path);
+    if (descriptor < 0 && errno != ENOENT && errno != EWOULDBLOCK) {
+        const int error = errno;
+        ::rmdir(path.c_str());
+        Fail(target, error);
+    }
     struct stat status {};
     if (descriptor >= 0 && (::fstat(descriptor, &status) != 0 || status.st_nlink == 0)) {
         ::close(descriptor);
@@ -86,7 +95,7 @@ TPrivateDirectory::TPrivateDirectory(const std::string& target) : target_(target
         if (::mkdtemp(path_.data()) == nullptr) {
             Fail(target, errno);
         }
-        lock_ = LockOwn(path_);
+        lock_ = LockOwn(path_, target);
     }
     if (lock_ < 0) {
         throw TRunFailure("cannot write to " + target + ": other runs keep removing what this one makes");
@@ -99,12 +108,32 @@ TPrivateDirectory::~TPrivateDirectory() {
     ::close(lock_);
 }
 
-void TPrivateDirectory::MoveOut(const std::string& fileName) {
-    const std::string from = path_ + "/" + fileName;
-    const std::string to = (std::filesystem::path(target_) / fileName).lexically_normal().string();
-    if (::chmod(from.c_str(), ownerOnly) != 0 || ::rename(from.c_str(), to.c_str()) != 0) {
-        Fail(to, errno);
+void TPrivateDirectory::Protect(const std::string& fileName) const {
+    if (::chmod(PathOf(fileName).c_str(), ownerOnly) != 0) {
+        Fail(TargetOf(fileName), errno);
     }
+}
+
+void TPrivateDirectory::MoveOut(const std::string& fileName) {
+    if (::rename(PathOf(fileName).c_str(), TargetOf(fileName).c_str()) != 0) {
+        Fail(TargetOf(fileName), errno);
+    }
+}
+
+std::string TPrivateDirectory::FindObstacle() const {
+    const std::string probe = PathOf("probe");
+    const TFileDescriptor file(::open(probe.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, ownerOnly));
+    const int error = file.IsOpen() ? ::posix_fallocate(file.Get(), 0, probeBytes) : errno;
+    ::unlink(probe.c_str());
+    return error == 0 ? "" : std::generic_category().message(error);
+}
+
+std::string TPrivateDirectory::PathOf(const std::string& fileName) const {
+    return path_ + "/" + fileName;
+}
+
+std::string TPrivateDirectory::TargetOf(const std::string& fileName) const {
+    return (std::filesystem::path(target_) / fileName).lexically_normal().string();
 }
 
 }  // namespace NVORHOST

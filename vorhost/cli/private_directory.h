@@ -20,11 +20,20 @@ class TPrivateDirectory {
     /// Absolute, so that it stays right when the working directory changes.
     const std::string& GetPath() const { return path_; }
 
+    /// Makes a finished file readable by its owner alone.
+    void Protect(const std::string& fileName) const;
     /// Moves a finished file to the target under the same name, replacing what has that name there (a
-    /// symbolic link itself, not what it leads to), readable by its owner alone.
+    /// symbolic link itself, not what it leads to).
     void MoveOut(const std::string& fileName);
 
+    /// Why nothing more can be written here, as the system puts it; empty when something can. The plug-in
+    /// does not say what kept it from writing; a full disk still does.
+    std::string FindObstacle() const;
+
   private:
+    std::string PathOf(const std::string& fileName) const;
+    std::string TargetOf(const std::string& fileName) const;
+
     std::string target_;
     std::string path_;
     int lock_ = -1;  // descriptor of the directory, locked

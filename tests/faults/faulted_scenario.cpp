@@ -1,0 +1,151 @@
+#include "faulted_scenario.h"
+
+#include "tests/cli/temporary_directory.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <regex>
+#include <set>
+#include <utility>
+
+namespace NTEST {
+namespace {
+
+using NVORHOST::TProgramResult;
+using NVORHOST::TProgramRun;
+using NVORHOST::TTemporaryDirectory;
+
+void Replace(std::string& text, const std::string& from, const std::string& to) {
+    for (std::size_t at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size())) {
+        text.replace(at, from.size(), to);
+    }
+}
+
+// Without what differs from run to run.
+std::string Anonymous(std::string text, const std::string& folder) {
+    static const std::regex directory("\\.vorhost-\\w{6}");
+    static const std::regex file("(\\.xml|\\.xz)\\.\\w{6}\\b");
+    Replace(text, folder, "DIR");
+    return std::regex_replace(std::regex_replace(text, directory, ".vorhost-*"), file, "$1.*");
+}
+
+TProgramResult Anonymous(TProgramResult result, const std::string& folder) {
+    result.standardOutput = Anonymous(result.standardOutput, folder);
+    result.standardOutput.resize(std::min(result.standardOutput.find("Time "), result.standardOutput.size()));
+    result.standardError = Anonymous(result.standardError, folder);
+    return result;
+}
+
+void Fill(const std::string& folder, const TFiles& files) {
+    for (const auto& [path, bytes] : files) {
+        const std::filesystem::path file = folder + "/" + path;
+        std::filesystem::create_directories(file.parent_path());
+        NVORHOST::WriteFile(file.string(), bytes);
+    }
+}
+
+TProgramRun RunIn(const std::string& folder, const TScenario& scenario) {
+    TProgramRun run;
+    for (std::string argument : scenario.arguments) {
+        Replace(argument, "DIR", folder);
+        run.arguments.push_back(std::move(argument));
+    }
+    return run;
+}
+
+bool HasFile(const TFiles& files, const std::string& path, const std::string& bytes) {
+    const auto found = files.find(path);
+    return found != files.end() && found->second == bytes;
+}
+
+// How a file that is not as expected differs; empty when it is.
+std::string DescribeFile(const std::string& path, const TFiles& actual, const TFiles& before,
+                         const TFiles& after) {
+    const auto found = actual.find(path);
+    if (found == actual.end()) {
+        return "; " + path + " is gone";
+    }
+    if (HasFile(after, path, found->second)) {
+        return "; " + path + " is new";
+    }
+    if (HasFile(before, path, found->second)) {
+        return "; " + path + " is as before";
+    }
+    return before.contains(path) || after.contains(path) ? "; " + path + " is broken" : "; leaves " + path;
+}
+
+std::string DescribeFiles(const TFiles& actual, const TFiles& expected, const TFiles& before,
+                          const TFiles& after) {
+    std::set<std::string> paths;
+    for (const TFiles* files : {&actual, &expected}) {
+        for (const auto& [path, bytes] : *files) {
+            paths.insert(path);
+        }
+    }
+    std::string text;
+    for (const std::string& path : paths) {
+        const auto found = actual.find(path);
+        if (found == actual.end() || !HasFile(expected, path, found->second)) {
+            text += DescribeFile(path, actual, before, after);
+        }
+    }
+    return text;
+}
+
+std::string DescribeFailure(const TProgramResult& result) {
+    const std::string program = "vorhost: ";
+    const std::string& error = result.standardError;
+    if (result.status != 1 || !error.starts_with(program) || error.find('\n') != error.size() - 1) {
+        return "status " + std::to_string(result.status) + ": " + error;
+    }
+    return error.substr(program.size(), error.size() - program.size() - 1) +
+           (result.standardOutput.empty() ? "" : "; prints a summary");
+}
+
+bool IsLike(const TProgramResult& one, const TProgramResult& other) {
+    return one.status == other.status && one.standardOutput == other.standardOutput &&
+           one.standardError == other.standardError;
+}
+
+}  // namespace
+
+TFiles FilesIn(const std::string& folder) {
+    TFiles files;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
+        const std::string path = entry.path().lexically_relative(folder).string();
+        if (!entry.is_directory()) {
+            files[Anonymous(path, folder)] = NVORHOST::ReadFile(entry.path().string());
+        } else if (entry.path().filename().string().starts_with('.')) {
+            files[Anonymous(path, folder)] = "";
+        }
+    }
+    return files;
+}
+
+TFaultedScenario::TFaultedScenario(TScenario scenario) : scenario_(std::move(scenario)) {
+    const TTemporaryDirectory folder;
+    Fill(folder.GetPath(), scenario_.before);
+    result_ = Anonymous(NVORHOST::RunVorhost(RunIn(folder.GetPath(), scenario_)), folder.GetPath());
+    after_ = FilesIn(folder.GetPath());
+}
+
+TFaultedScenario::TOutcome TFaultedScenario::RunWith(const TCallFault& fault) const {
+    const TTemporaryDirectory folder;
+    Fill(folder.GetPath(), scenario_.before);
+    std::string watched = scenario_.watched;
+    Replace(watched, "DIR", folder.GetPath());
+    const TFaultedRun run = RunWithFault(RunIn(folder.GetPath(), scenario_), fault, watched);
+    const TProgramResult result = Anonymous(run.result, folder.GetPath());
+    TFiles actual = FilesIn(folder.GetPath());
+    const bool isDone = IsLike(result, result_);
+    TFiles expected = isDone ? after_ : scenario_.before;
+    if (!isDone && !scenario_.log.empty()) {
+        expected.erase(scenario_.log);
+        actual.erase(scenario_.log);
+    }
+    return {Anonymous(run.path, folder.GetPath()),
+            (isDone ? "done" : DescribeFailure(result)) +
+                DescribeFiles(actual, expected, scenario_.before, after_)};
+}
+
+}  // namespace NTEST

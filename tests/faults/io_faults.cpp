@@ -1,0 +1,352 @@
+// Preloaded into the program under test: fails one of its input and output calls, so that every one of them
+// can be seen to fail without a disk that breaks on order. The environment says which:
+//
+//   NOXINFO_FAULT=write:3:ENOSPC    the third call of that kind; with "3+" every one from the third on
+//   NOXINFO_FAULT_PATHS=/a:/b       only calls count that touch what is at or below one of these paths
+//   NOXINFO_FAULT_REPORT=/file      receives "KIND PATH" of the first call that was failed
+//
+// Kinds: open, create, mkdir, list, readlink, read, write, close, rename, chmod, unlink. In place of an
+// error, read and write take "SHORT": half of what was asked for is done, and said to be; write takes "FULL":
+// it lacks its last byte, and every later one fails with ENOSPC. A close that fails has closed, as those of
+// the kernel have. Only the functions that the program and its libraries call are here; a call that comes
+// through another one is not counted, and the table of the test then misses it.
+// NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp,readability-identifier-naming)
+#include <dirent.h>
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <linux/openat2.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/uio.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <climits>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <string_view>
+
+namespace {
+
+// In place of an errno.
+constexpr int shortCount = -1;
+constexpr int fullDisk = -2;
+
+struct TErrorName {
+    std::string_view name;
+    int error;
+};
+
+constexpr TErrorName errorNames[] = {
+    {"ENOSPC", ENOSPC}, {"EIO", EIO},          {"EMFILE", EMFILE}, {"EROFS", EROFS},
+    {"EINTR", EINTR},   {"SHORT", shortCount}, {"FULL", fullDisk},
+};
+
+// What was done of the call that a fault met.
+enum class EFate { passes, fails, isHalved, lacksItsLastByte };
+
+std::string_view Environment(const char* name) {
+    const char* const value = std::getenv(name);
+    return value == nullptr ? std::string_view() : value;
+}
+
+std::string_view TakeField(std::string_view& text) {
+    const std::string_view field = text.substr(0, text.find(':'));
+    text.remove_prefix(std::min(field.size() + 1, text.size()));
+    return field;
+}
+
+std::string DescriptorPath(int descriptor) {
+    const std::string link = "/proc/self/fd/" + std::to_string(descriptor);
+    std::array<char, PATH_MAX> target{};
+    // The system call itself: this one is not to count.
+    const long length = ::syscall(SYS_readlinkat, AT_FDCWD, link.c_str(), target.data(), target.size());
+    return length < 0 ? std::string() : std::string(target.data(), static_cast<std::size_t>(length));
+}
+
+std::string WorkingDirectory() {
+    std::array<char, PATH_MAX> path{};
+    return getcwd(path.data(), path.size()) == nullptr ? std::string() : path.data();
+}
+
+// As the caller means it; "." and doubled slashes are left out.
+std::string FullPath(int directory, std::string_view path) {
+    constexpr std::string_view descriptors = "/proc/self/fd/";
+    if (path.starts_with(descriptors)) {
+        return DescriptorPath(std::atoi(std::string(path.substr(descriptors.size())).c_str()));
+    }
+    std::string full;
+    if (!path.starts_with('/') || directory != AT_FDCWD) {  // openat2 below a root takes any path as relative
+        full = directory == AT_FDCWD ? WorkingDirectory() : DescriptorPath(directory);
+    }
+    while (!path.empty()) {
+        const std::string_view name = path.substr(0, path.find('/'));
+        if (!name.empty() && name != ".") {
+            full.append("/").append(name);
+        }
+        path.remove_prefix(std::min(name.size() + 1, path.size()));
+    }
+    return full;
+}
+
+class TFault {
+  public:
+    TFault() {
+        std::string_view text = Environment("NOXINFO_FAULT");
+        kind_ = TakeField(text);
+        std::string number(TakeField(text));
+        isLasting_ = number.ends_with('+');
+        number_ = std::strtoul(number.c_str(), nullptr, 10);
+        for (const TErrorName& row : errorNames) {
+            error_ = row.name == text ? row.error : error_;
+        }
+        paths_ = Environment("NOXINFO_FAULT_PATHS");
+        report_ = Environment("NOXINFO_FAULT_REPORT");
+        if (!kind_.empty() && (number_ == 0 || error_ == 0)) {
+            std::abort();
+        }
+    }
+
+    bool Watches(std::string_view kind) const { return kind == kind_; }
+
+    /// Counts a call of the watched kind and says what becomes of it; sets errno when it fails.
+    EFate Meet(std::string_view path) {
+        if (!IsWatched(path)) {
+            return EFate::passes;
+        }
+        const unsigned long count = ++count_;
+        if (count < number_ || (count > number_ && !isLasting_ && error_ != fullDisk)) {
+            return EFate::passes;
+        }
+        if (count == number_) {
+            Report(std::string(kind_).append(" ").append(path).append("\n"));
+        }
+        if (error_ == shortCount) {
+            return EFate::isHalved;
+        }
+        if (error_ == fullDisk && count == number_) {
+            return EFate::lacksItsLastByte;
+        }
+        errno = error_ == fullDisk ? ENOSPC : error_;
+        return EFate::fails;
+    }
+
+  private:
+    bool IsWatched(std::string_view path) const {
+        std::string_view paths = paths_;
+        while (!paths.empty()) {
+            const std::string_view watched = TakeField(paths);
+            if (path.starts_with(watched) && (path.size() == watched.size() || path[watched.size()] == '/')) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    void Report(const std::string& line) const {
+        const auto file =
+            ::syscall(SYS_openat, AT_FDCWD, report_.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
+        (void)::syscall(SYS_write, file, line.data(), line.size());
+        (void)::syscall(SYS_close, file);
+    }
+
+    std::string_view kind_;
+    unsigned long number_ = 0;
+    bool isLasting_ = false;
+    int error_ = 0;
+    std::string_view paths_;
+    std::string report_;
+    std::atomic<unsigned long> count_{0};
+};
+
+TFault& Fault() {
+    static TFault fault;
+    return fault;
+}
+
+template <typename TFindPath>
+EFate MeetAt(const char* kind, const TFindPath& findPath) {
+    TFault& fault = Fault();
+    if (!fault.Watches(kind)) {
+        return EFate::passes;
+    }
+    const int errorBefore = errno;
+    const std::string path = findPath();
+    errno = errorBefore;
+    return fault.Meet(path);
+}
+
+EFate MeetPath(const char* kind, const char* path, int directory = AT_FDCWD) {
+    return MeetAt(kind, [=] { return FullPath(directory, path); });
+}
+
+EFate MeetDescriptor(const char* kind, int descriptor) {
+    return MeetAt(kind, [=] { return DescriptorPath(descriptor); });
+}
+
+std::size_t SizeLeft(EFate fate, std::size_t size) {
+    if (fate == EFate::isHalved) {
+        return (size + 1) / 2;
+    }
+    return fate == EFate::lacksItsLastByte ? size - 1 : size;
+}
+
+mode_t ModeOf(int flags, va_list rest) {
+    return (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(rest, mode_t) : 0;
+}
+
+}  // namespace
+
+extern "C" {
+
+// NOLINTBEGIN(cppcoreguidelines-macro-usage)
+#define NOXINFO_PRELOADED __attribute__((visibility("default")))
+/// The original of a function that this library stands in front of.
+#define NOXINFO_NEXT(function) reinterpret_cast<decltype(&(function))>(dlsym(RTLD_NEXT, #function))
+// NOLINTEND(cppcoreguidelines-macro-usage)
+
+NOXINFO_PRELOADED int open(const char* path, int flags, ...) {
+    va_list rest;
+    va_start(rest, flags);
+    const mode_t mode = ModeOf(flags, rest);
+    va_end(rest);
+    return MeetPath("open", path) == EFate::fails ? -1 : NOXINFO_NEXT(open)(path, flags, mode);
+}
+
+NOXINFO_PRELOADED int openat(int directory, const char* path, int flags, ...) {
+    va_list rest;
+    va_start(rest, flags);
+    const mode_t mode = ModeOf(flags, rest);
+    va_end(rest);
+    return MeetPath("open", path, directory) == EFate::fails
+               ? -1
+               : NOXINFO_NEXT(openat)(directory, path, flags, mode);
+}
+
+NOXINFO_PRELOADED std::FILE* fopen64(const char* path, const char* mode) {
+    return MeetPath("open", path) == EFate::fails ? nullptr : NOXINFO_NEXT(fopen64)(path, mode);
+}
+
+// openat2 has no function of its own in the C library.
+NOXINFO_PRELOADED long syscall(long number, ...) noexcept {
+    std::array<long, 6> rest{};
+    va_list arguments;
+    va_start(arguments, number);
+    for (long& argument : rest) {
+        argument = va_arg(arguments, long);
+    }
+    va_end(arguments);
+    if (number == SYS_openat2 &&
+        MeetPath("open", reinterpret_cast<const char*>(rest[1]), static_cast<int>(rest[0])) == EFate::fails) {
+        return -1;
+    }
+    return NOXINFO_NEXT(syscall)(number, rest[0], rest[1], rest[2], rest[3], rest[4], rest[5]);
+}
+
+// A name that is yet to be made up is told as its pattern.
+NOXINFO_PRELOADED int mkstemp(char* pattern) {
+    return MeetPath("create", pattern) == EFate::fails ? -1 : NOXINFO_NEXT(mkstemp)(pattern);
+}
+
+NOXINFO_PRELOADED char* mkdtemp(char* pattern) noexcept {
+    return MeetPath("mkdir", pattern) == EFate::fails ? nullptr : NOXINFO_NEXT(mkdtemp)(pattern);
+}
+
+NOXINFO_PRELOADED DIR* fdopendir(int descriptor) {
+    return MeetDescriptor("list", descriptor) == EFate::fails ? nullptr : NOXINFO_NEXT(fdopendir)(descriptor);
+}
+
+NOXINFO_PRELOADED struct dirent* readdir(DIR* folder) {
+    return MeetDescriptor("list", dirfd(folder)) == EFate::fails ? nullptr : NOXINFO_NEXT(readdir)(folder);
+}
+
+NOXINFO_PRELOADED ssize_t readlinkat(int directory, const char* path, char* target,
+                                     std::size_t size) noexcept {
+    return MeetPath("readlink", path, directory) == EFate::fails
+               ? -1
+               : NOXINFO_NEXT(readlinkat)(directory, path, target, size);
+}
+
+NOXINFO_PRELOADED ssize_t read(int descriptor, void* bytes, std::size_t size) {
+    const EFate fate = MeetDescriptor("read", descriptor);
+    return fate == EFate::fails ? -1 : NOXINFO_NEXT(read)(descriptor, bytes, SizeLeft(fate, size));
+}
+
+NOXINFO_PRELOADED ssize_t write(int descriptor, const void* bytes, std::size_t size) {
+    const EFate fate = MeetDescriptor("write", descriptor);
+    return fate == EFate::fails ? -1 : NOXINFO_NEXT(write)(descriptor, bytes, SizeLeft(fate, size));
+}
+
+NOXINFO_PRELOADED ssize_t writev(int descriptor, const iovec* parts, int count) {
+    const EFate fate = MeetDescriptor("write", descriptor);
+    if (fate == EFate::passes) {
+        return NOXINFO_NEXT(writev)(descriptor, parts, count);
+    }
+    std::string bytes;
+    for (int part = 0; part < count; ++part) {
+        bytes.append(static_cast<const char*>(parts[part].iov_base), parts[part].iov_len);
+    }
+    return fate == EFate::fails ? -1
+                                : NOXINFO_NEXT(write)(descriptor, bytes.data(), SizeLeft(fate, bytes.size()));
+}
+
+NOXINFO_PRELOADED int posix_fallocate(int descriptor, off_t offset, off_t size) {
+    return MeetDescriptor("write", descriptor) == EFate::fails
+               ? errno
+               : NOXINFO_NEXT(posix_fallocate)(descriptor, offset, size);
+}
+
+NOXINFO_PRELOADED int close(int descriptor) {
+    const bool fails = MeetDescriptor("close", descriptor) == EFate::fails;
+    const int error = errno;
+    const int result = NOXINFO_NEXT(close)(descriptor);
+    if (fails) {
+        errno = error;
+    }
+    return fails ? -1 : result;
+}
+
+NOXINFO_PRELOADED int fclose(std::FILE* file) {
+    const bool fails = MeetDescriptor("close", fileno(file)) == EFate::fails;
+    const int error = errno;
+    const int result = NOXINFO_NEXT(fclose)(file);
+    if (fails) {
+        errno = error;
+    }
+    return fails ? EOF : result;
+}
+
+NOXINFO_PRELOADED int rename(const char* from, const char* to) noexcept {
+    return MeetPath("rename", to) == EFate::fails ? -1 : NOXINFO_NEXT(rename)(from, to);
+}
+
+NOXINFO_PRELOADED int chmod(const char* path, mode_t mode) noexcept {
+    return MeetPath("chmod", path) == EFate::fails ? -1 : NOXINFO_NEXT(chmod)(path, mode);
+}
+
+NOXINFO_PRELOADED int unlink(const char* path) noexcept {
+    return MeetPath("unlink", path) == EFate::fails ? -1 : NOXINFO_NEXT(unlink)(path);
+}
+
+NOXINFO_PRELOADED int remove(const char* path) noexcept {
+    return MeetPath("unlink", path) == EFate::fails ? -1 : NOXINFO_NEXT(remove)(path);
+}
+
+NOXINFO_PRELOADED int rmdir(const char* path) noexcept {
+    return MeetPath("unlink", path) == EFate::fails ? -1 : NOXINFO_NEXT(rmdir)(path);
+}
+
+NOXINFO_PRELOADED int unlinkat(int directory, const char* path, int flags) noexcept {
+    return MeetPath("unlink", path, directory) == EFate::fails
+               ? -1
+               : NOXINFO_NEXT(unlinkat)(directory, path, flags);
+}
+
+}  // extern "C"
+// NOLINTEND(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp,readability-identifier-naming)

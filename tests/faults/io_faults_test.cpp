@@ -1,0 +1,406 @@
+// Every input and output call of a run fails in turn, with every error there is, and what becomes of the run
+// stands in a table: it ends as if nothing had happened, or with one line that names file and cause; what was
+// there before the run is there afterwards, or its successor is, whole; and nothing is left over.
+#include "faulted_scenario.h"
+#include "machine_on_disk.h"
+#include "tests/cli/temporary_directory.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstring>
+#include <iostream>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace NTEST {
+namespace {
+
+using testing::AnyOf;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+struct TError {
+    const char* name;
+    int error;
+};
+
+constexpr TError hardErrors[] = {{"ENOSPC", ENOSPC}, {"EIO", EIO}, {"EMFILE", EMFILE}, {"EROFS", EROFS}};
+constexpr TError interrupt = {"EINTR", EINTR};
+
+constexpr const char* kinds[] = {"open",  "create", "mkdir",  "list",  "readlink", "read",
+                                 "write", "close",  "rename", "chmod", "unlink"};
+
+/// What becomes of a run when a call fails. ERROR stands for the system's text of the error; for the rest see
+/// `TFaultedScenario::TOutcome`. A call that has several rows is made several times.
+struct TRow {
+    const char* kind;
+    const char* path;
+    const char* onError;
+    const char* onInterrupt;
+};
+
+constexpr const char* alike = nullptr;  // the same end when the call is interrupted
+
+const char* EndOf(const TRow& row, const TError& error) {
+    return error.error == EINTR && row.onInterrupt != alike ? row.onInterrupt : row.onError;
+}
+
+std::string WithError(std::string text, const TError& error) {
+    const std::string word = "ERROR";
+    if (const std::size_t at = text.find(word); at != std::string::npos) {
+        text.replace(at, word.size(), std::strerror(error.error));
+    }
+    return text;
+}
+
+/// The rows of one table about the calls of one kind, and which of them were met.
+class TExpectations {
+  public:
+    TExpectations(const std::vector<TRow>& rows, std::string_view kind) {
+        for (const TRow& row : rows) {
+            if (row.kind == kind) {
+                rows_.push_back(row);
+            }
+        }
+    }
+
+    void Check(unsigned number, const TError& error, const TFaultedScenario::TOutcome& outcome) {
+        bool isExpected = false;
+        for (const TRow& row : rows_) {
+            if (row.path == outcome.path && WithError(EndOf(row, error), error) == outcome.end) {
+                met_.emplace(&row, error.error == EINTR);
+                isExpected = true;
+            }
+        }
+        EXPECT_TRUE(isExpected) << "call " << number << ", " << error.name << ", of " << outcome.path
+                                << ":\n  " << outcome.end;
+    }
+
+    void CheckAllWereMet() const {
+        for (const TRow& row : rows_) {
+            EXPECT_TRUE(met_.contains({&row, false})) << "never met: " << row.path << ": " << row.onError;
+            EXPECT_TRUE(met_.contains({&row, true})) << "never met when interrupted: " << row.path;
+        }
+    }
+
+  private:
+    std::vector<TRow> rows_;
+    std::set<std::pair<const TRow*, bool>> met_;
+};
+
+const TFiles& SmallMachine() {
+    static const TFiles files = [] {
+        const NVORHOST::TTemporaryDirectory folder;
+        WriteMachine(NVORHOST::ParseMachineTree(NVORHOST::ReadFile(NOXINFO_MACHINES "/container/tree.txt")),
+                     folder / "tree");
+        return FilesIn(folder.GetPath());
+    }();
+    return files;
+}
+
+const std::string earlier = "an earlier one";
+
+TFiles NamespaceAnd(TFiles files) {
+    files["ns.xml"] = NVORHOST::ReadFile(VORHOST_TEST_DATA "/small-server.xml");
+    return files;
+}
+
+std::vector<std::string> CollectArguments(const std::string& result) {
+    return {"collect",
+            "--namespace",
+            "DIR/ns.xml",
+            "--directory",
+            "DIR/target",
+            "--result",
+            result,
+            "--log-file",
+            "DIR/run.log",
+            "--kel-id",
+            "K1",
+            "--local-time",
+            "20240229134500.000000+060",
+            "--reachability",
+            "no"};
+}
+
+const TFiles earlierInventory = {{"target/hardwareinventory.xml.gz", earlier},
+                                 {"target/systeminformation.xml.gz", earlier},
+                                 {"result.xml", earlier},
+                                 {"run.log", "an earlier line\n"}};
+
+TScenario Collect() {
+    return {CollectArguments("DIR/result.xml"), NamespaceAnd(earlierInventory), "run.log", "DIR"};
+}
+
+// clang-format off
+const std::vector<TRow> collectRows = {
+    {"open", "DIR/run.log",
+     "cannot append to log file DIR/run.log: ERROR", alike},
+    {"write", "DIR/run.log",
+     "cannot append to log file DIR/run.log: ERROR", "done"},
+    // Every line is flushed when it is written.
+    {"close", "DIR/run.log",
+     "done", alike},
+    {"open", "DIR/ns.xml",
+     "DIR/ns.xml: cannot be read: ERROR", alike},
+    {"read", "DIR/ns.xml",
+     "DIR/ns.xml: cannot be read: ERROR", "done"},
+    {"close", "DIR/ns.xml",
+     "done", alike},
+    // What dead runs have left may stay where it is.
+    {"open", "DIR/target",
+     "done", alike},
+    {"list", "DIR/target",
+     "done", alike},
+    // The directory of this run. When it cannot be removed, the next run does it.
+    {"mkdir", "DIR/target/.vorhost-*",
+     "cannot write to DIR/target: ERROR", alike},
+    {"open", "DIR/target/.vorhost-*",
+     "cannot write to DIR/target: ERROR", alike},
+    {"open", "DIR/target/.vorhost-*",
+     "cannot read hardwareinventory.xml.gz: ERROR", alike},
+    {"close", "DIR/target/.vorhost-*",
+     "done", alike},
+    {"open", "DIR/target/.vorhost-*",
+     "done; leaves target/.vorhost-*", alike},
+    {"list", "DIR/target/.vorhost-*",
+     "done; leaves target/.vorhost-*", alike},
+    {"unlink", "DIR/target/.vorhost-*",
+     "done; leaves target/.vorhost-*", alike},
+    {"close", "DIR/target/.vorhost-* (deleted)",
+     "done", alike},
+    // The plug-in: it says when it cannot create a file, and nothing of what comes later. zlib takes no
+    // interruption.
+    {"open", "DIR/target/.vorhost-*/systeminformation.xml.gz",
+     "the request failed: cannot create file (host status 11)", alike},
+    {"open", "DIR/target/.vorhost-*/hardwareinventory.xml.gz",
+     "the request failed: cannot create file (host status 11)", alike},
+    {"write", "DIR/target/.vorhost-*/systeminformation.xml.gz",
+     "the plug-in has not written systeminformation.xml.gz to its end", alike},
+    {"write", "DIR/target/.vorhost-*/hardwareinventory.xml.gz",
+     "the plug-in has not written hardwareinventory.xml.gz to its end", alike},
+    {"close", "DIR/target/.vorhost-*/systeminformation.xml.gz",
+     "done", alike},
+    {"close", "DIR/target/.vorhost-*/hardwareinventory.xml.gz",
+     "done", alike},
+    {"open", "DIR/target/.vorhost-*/hardwareinventory.xml.gz",
+     "the plug-in has not read hardwareinventory.xml.gz back to its end", alike},
+    {"read", "DIR/target/.vorhost-*/hardwareinventory.xml.gz",
+     "the plug-in has not read hardwareinventory.xml.gz back to its end", "done"},
+    // The second look at the end of the file, when all of it is read.
+    {"read", "DIR/target/.vorhost-*/hardwareinventory.xml.gz",
+     "done", alike},
+    // The program reads the documents through, zlib in between.
+    {"open", "DIR/target/.vorhost-*/hardwareinventory.xml.gz",
+     "cannot read hardwareinventory.xml.gz: ERROR", alike},
+    {"read", "DIR/target/.vorhost-*/hardwareinventory.xml.gz",
+     "cannot read hardwareinventory.xml.gz: ERROR", alike},
+    {"close", "DIR/target/.vorhost-*/hardwareinventory.xml.gz",
+     "cannot read hardwareinventory.xml.gz: ERROR", alike},
+    {"open", "DIR/target/.vorhost-*/systeminformation.xml.gz",
+     "cannot read systeminformation.xml.gz: ERROR", alike},
+    {"read", "DIR/target/.vorhost-*/systeminformation.xml.gz",
+     "cannot read systeminformation.xml.gz: ERROR", alike},
+    {"close", "DIR/target/.vorhost-*/systeminformation.xml.gz",
+     "cannot read systeminformation.xml.gz: ERROR", alike},
+    {"chmod", "DIR/target/.vorhost-*/hardwareinventory.xml.gz",
+     "cannot write to DIR/target/hardwareinventory.xml.gz: ERROR", alike},
+    {"chmod", "DIR/target/.vorhost-*/systeminformation.xml.gz",
+     "cannot write to DIR/target/systeminformation.xml.gz: ERROR", alike},
+    {"create", "DIR/result.xml.*",
+     "cannot write DIR/result.xml: ERROR", alike},
+    {"open", "DIR/result.xml.*",
+     "cannot write DIR/result.xml: ERROR", alike},
+    {"write", "DIR/result.xml.*",
+     "cannot write DIR/result.xml: ERROR", "done"},
+    // First as it was created, then as it was filled.
+    {"close", "DIR/result.xml.*",
+     "done", alike},
+    {"close", "DIR/result.xml.*",
+     "cannot write DIR/result.xml: ERROR", alike},
+    // Files are moved when all of them are finished; those that are moved stay.
+    {"rename", "DIR/result.xml",
+     "cannot write DIR/result.xml: ERROR", alike},
+    {"rename", "DIR/target/hardwareinventory.xml.gz",
+     "cannot write to DIR/target/hardwareinventory.xml.gz: ERROR; result.xml is new", alike},
+    {"rename", "DIR/target/systeminformation.xml.gz",
+     "cannot write to DIR/target/systeminformation.xml.gz: ERROR; result.xml is new; target/hardwareinventory.xml.gz is new", alike},
+};
+// clang-format on
+
+// Its private directory still holds the documents when it is removed.
+TScenario CollectThatFails() {
+    return {CollectArguments("DIR/absent/result.xml"), NamespaceAnd(earlierInventory), "run.log",
+            "DIR/target"};
+}
+
+TScenario Snapshot() {
+    return {{"snapshot", "--namespace", "DIR/ns.xml", "DIR/out.xml"},
+            NamespaceAnd({{"out.xml", earlier}}),
+            "",
+            "DIR"};
+}
+
+// clang-format off
+const std::vector<TRow> snapshotRows = {
+    {"create", "DIR/out.xml.*",
+     "cannot write DIR/out.xml: ERROR", alike},
+    {"open", "DIR/out.xml.*",
+     "cannot write DIR/out.xml: ERROR", alike},
+    {"write", "DIR/out.xml.*",
+     "cannot write DIR/out.xml: ERROR", "done"},
+    {"close", "DIR/out.xml.*",
+     "done", alike},
+    {"close", "DIR/out.xml.*",
+     "cannot write DIR/out.xml: ERROR", alike},
+    {"rename", "DIR/out.xml",
+     "cannot write DIR/out.xml: ERROR", alike},
+    {"open", "DIR/ns.xml",
+     "DIR/ns.xml: cannot be read: ERROR", alike},
+    {"read", "DIR/ns.xml",
+     "DIR/ns.xml: cannot be read: ERROR", "done"},
+    {"close", "DIR/ns.xml",
+     "done", alike},
+};
+// clang-format on
+
+TScenario Capture() {
+    TFiles files = SmallMachine();
+    files["out/machine.tar.xz"] = earlier;
+    return {{"capture", "--sysroot", "DIR/tree", "DIR/out/machine.tar.xz"}, files, "", "DIR/out"};
+}
+
+// clang-format off
+const std::vector<TRow> captureRows = {
+    {"create", "DIR/out/machine.tar.xz.*",
+     "cannot write DIR/out/machine.tar.xz: ERROR", alike},
+    {"open", "DIR/out/machine.tar.xz.*",
+     "cannot write DIR/out/machine.tar.xz: ERROR", alike},
+    {"write", "DIR/out/machine.tar.xz.*",
+     "cannot write DIR/out/machine.tar.xz: ERROR", "done"},
+    {"close", "DIR/out/machine.tar.xz.*",
+     "done", alike},
+    {"close", "DIR/out/machine.tar.xz.*",
+     "cannot write DIR/out/machine.tar.xz: ERROR", alike},
+    {"rename", "DIR/out/machine.tar.xz",
+     "cannot write DIR/out/machine.tar.xz: ERROR", alike},
+};
+// clang-format on
+
+struct TCase {
+    const char* name;
+    TScenario (*makeScenario)();
+    const std::vector<TRow>* rows;
+    const char* kind;
+};
+
+void PrintTo(const TCase& tested, std::ostream* out) {
+    *out << tested.name << ", " << tested.kind;
+}
+
+/// A row of cases for every kind of call.
+std::vector<TCase> AllCases() {
+    std::vector<TCase> cases;
+    for (const char* kind : kinds) {
+        cases.push_back({"Collect", Collect, &collectRows, kind});
+        cases.push_back({"Snapshot", Snapshot, &snapshotRows, kind});
+        cases.push_back({"Capture", Capture, &captureRows, kind});
+    }
+    return cases;
+}
+
+class TIoFaults : public testing::TestWithParam<TCase> {
+  protected:
+    ~TIoFaults() override {
+        std::cout << faults_ << " faults\n";
+        RecordProperty("faults", faults_);
+    }
+
+    /// Absent when the run makes fewer calls than that.
+    std::optional<TFaultedScenario::TOutcome> FailCall(unsigned number, const char* error,
+                                                       bool isLasting = false) {
+        auto outcome = scenario_.RunWith({GetParam().kind, number, isLasting, error});
+        if (outcome.path.empty()) {
+            EXPECT_EQ(outcome.end, "done");
+            return std::nullopt;
+        }
+        ++faults_;
+        return outcome;
+    }
+
+    TFaultedScenario scenario_{GetParam().makeScenario()};
+
+  private:
+    int faults_ = 0;
+};
+
+TEST_P(TIoFaults, EndAsTheTableSays) {
+    TExpectations expectations(*GetParam().rows, GetParam().kind);
+    unsigned number = 1;
+    for (; const auto interrupted = FailCall(number, interrupt.name); ++number) {
+        expectations.Check(number, interrupt, *interrupted);
+        for (const TError& error : hardErrors) {
+            if (const auto failed = FailCall(number, error.name)) {
+                expectations.Check(number, error, *failed);
+            }
+        }
+    }
+    expectations.CheckAllWereMet();
+}
+
+// Whatever comes on top of the first failure, when the disk has gone for good.
+TEST_P(TIoFaults, HurtNothingWhenTheyLast) {
+    for (unsigned number = 1; const auto failed = FailCall(number, "EIO", /*isLasting=*/true); ++number) {
+        EXPECT_THAT(failed->end, Not(AnyOf(StartsWith("status"), HasSubstr("broken"), HasSubstr("gone"))))
+            << "from call " << number << ", of " << failed->path;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Run, TIoFaults, testing::ValuesIn(AllCases()), [](const auto& value) {
+    return std::string(value.param.name) + "_" + value.param.kind;
+});
+
+// In which order they are removed is the file system's choice.
+TEST(ADirectoryThatCannotBeRemoved, IsLeftToTheNextRun) {
+    const TFaultedScenario scenario(CollectThatFails());
+    for (const unsigned number : {1U, 2U, 3U}) {
+        EXPECT_THAT(scenario.RunWith({"unlink", number, false, "EIO"}).end,
+                    StartsWith("done; leaves target/.vorhost-*"));
+    }
+    EXPECT_EQ(scenario.RunWith({"unlink", 4, false, "EIO"}).path, "");
+}
+
+TEST(ShortCounts, AreMadeUpFor) {
+    for (TScenario (*const makeScenario)() : {Collect, Snapshot, Capture}) {
+        const TFaultedScenario scenario(makeScenario());
+        for (const char* kind : {"read", "write"}) {
+            unsigned number = 1;
+            for (;; ++number) {
+                const auto outcome = scenario.RunWith({kind, number, false, "SHORT"});
+                EXPECT_EQ(outcome.end, "done") << kind << " " << number << ", of " << outcome.path;
+                if (outcome.path.empty()) {
+                    break;
+                }
+            }
+        }
+    }
+}
+
+// The last write is that of the hardware document, and its last byte no part of the text.
+TEST(AFullDisk, IsToldHoweverLittleIsMissing) {
+    TScenario collect = Collect();
+    collect.watched = "DIR/target";
+    const TFaultedScenario scenario(collect);
+    EXPECT_EQ(scenario.RunWith({"write", 2, false, "FULL"}).end,
+              "the plug-in has not written hardwareinventory.xml.gz to its end: No space left on device");
+}
+
+}  // namespace
+}  // namespace NTEST

@@ -1,0 +1,146 @@
+// A collection from a machine whose files cannot all be read: it does without them and says so. Only where
+// everything would be missing, or another machine would be collected, it ends.
+#include "faulted_run.h"
+#include "machine_on_disk.h"
+#include "tests/cli/temporary_directory.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <iostream>
+#include <sstream>
+#include <string>
+
+namespace NTEST {
+namespace {
+
+namespace fs = std::filesystem;
+
+using NVORHOST::ReadCompressedFile;
+using NVORHOST::ReadFile;
+using NVORHOST::TTemporaryDirectory;
+
+class TMachineFaults : public testing::TestWithParam<const char*> {
+  protected:
+    TMachineFaults() {
+        fs::create_directory(Tree());
+        WriteMachine(NVORHOST::ParseMachineTree(ReadFile(NOXINFO_MACHINES "/desktop-dos/tree.txt")), Tree());
+        fs::create_directory(folder_ / "target");
+        Run({GetParam(), 1'000'000, false, "EIO"});
+        faultless_ = Document();
+    }
+
+    std::string Tree() const { return folder_ / "tree"; }
+    std::string Document() const { return ReadCompressedFile(folder_ / "target/hardwareinventory.xml.gz"); }
+
+    TFaultedRun Run(const TCallFault& fault) const {
+        fs::remove(folder_ / "run.log");
+        return RunWithFault(
+            {{"collect", "--sysroot", Tree(), "--directory", folder_ / "target", "--log-file",
+              folder_ / "run.log", "--local-time", "20240229134500.000000+060", "--reachability", "no"},
+             "",
+             {}},
+            fault, Tree());
+    }
+
+    /// Calls `check` with a run for every call of the kind; `check` answers what is wrong with it.
+    template <typename TCheck>
+    void FailEachCall(const char* error, const TCheck& check) const {
+        int faults = 0;
+        for (TFaultedRun run = Run({GetParam(), 1, false, error}); !run.path.empty();
+             run = Run({GetParam(), static_cast<unsigned>(faults) + 1, false, error})) {
+            ++faults;
+            EXPECT_EQ(check(run), "") << "call " << faults << ", of " << run.path;
+        }
+        std::cout << faults << " faults\n";
+        RecordProperty("faults", faults);
+        EXPECT_GT(faults, 0);
+    }
+
+    /// The path of the machine, "" for its root.
+    std::string OnMachine(const std::string& path) const { return path.substr(Tree().size()); }
+
+    // The log names a file as it was asked for; the call that failed may have been about where that leads.
+    bool LogTellsOf(const std::string& path) const {
+        std::istringstream log(ReadFile(folder_ / "run.log"));
+        const std::string words = ": cannot read ";
+        for (std::string line; std::getline(log, line);) {
+            const std::size_t at = line.find(words);
+            const fs::path told = at == std::string::npos ? "" : Tree() + line.substr(at + words.size());
+            if (told == path || fs::weakly_canonical(told) == path) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    bool IsAsWithoutFault(const TFaultedRun& run) const {
+        return run.result.status == 0 && Document() == faultless_ && !LogTellsOf(run.path) &&
+               run.result.standardOutput.find("Unread") == std::string::npos;
+    }
+
+    TTemporaryDirectory folder_;
+    std::string faultless_;
+};
+
+// Collectors ask whether these exist and nothing else; what cannot be asked for is as if it were not there.
+constexpr const char* onlyAskedAfter[] = {"/ari_enabled", "/max_link_speed", "/sys/class/raid_devices/"};
+
+bool IsOnlyAskedAfter(const std::string& path) {
+    return std::ranges::any_of(onlyAskedAfter,
+                               [&](const char* part) { return path.find(part) != std::string::npos; });
+}
+
+class TErrorsOfMachines : public TMachineFaults {};
+
+TEST_P(TErrorsOfMachines, EndTheCollectionOrAreTold) {
+    FailEachCall("EIO", [this](const TFaultedRun& run) -> std::string {
+        const std::string path = OnMachine(run.path);
+        if (path.empty() || path == "/vorhost-system.txt") {
+            return run.result.status == 1 &&
+                           run.result.standardError == "vorhost: cannot collect from " + Tree() +
+                                                           (path.empty() ? "" : ": " + path) +
+                                                           ": Input/output error\n"
+                       ? ""
+                       : "does not end, but says " + run.result.standardError;
+        }
+        if (run.result.status != 0 || !Document().ends_with("</ResourceCollection>\n")) {
+            return "ends: " + run.result.standardError;
+        }
+        if (LogTellsOf(run.path)) {
+            return run.result.standardOutput.find("\nUnread      1 source could not be read: /") !=
+                           std::string::npos
+                       ? ""
+                       : "is left out of the summary";
+        }
+        return IsOnlyAskedAfter(path) && IsAsWithoutFault(run) ? "" : "is lost in silence";
+    });
+}
+
+INSTANTIATE_TEST_SUITE_P(Call, TErrorsOfMachines, testing::Values("open", "list", "readlink", "read"),
+                         [](const auto& value) { return std::string(value.param); });
+
+class TReadsOfMachines : public TMachineFaults {};
+
+TEST_P(TReadsOfMachines, GoOnWhenTheyAreInterruptedOrCutShort) {
+    for (const char* error : {"EINTR", "SHORT"}) {
+        FailEachCall(error, [this](const TFaultedRun& run) {
+            return IsAsWithoutFault(run) ? "" : "changes something: " + run.result.standardError;
+        });
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Call, TReadsOfMachines, testing::Values("read"));
+
+class TClosingOfMachines : public TMachineFaults {};
+
+TEST_P(TClosingOfMachines, LosesNothingThatWasRead) {
+    FailEachCall("EIO", [this](const TFaultedRun& run) {
+        return IsAsWithoutFault(run) ? "" : "changes something: " + run.result.standardError;
+    });
+}
+
+INSTANTIATE_TEST_SUITE_P(Call, TClosingOfMachines, testing::Values("close"));
+}  // namespace
+}  // namespace NTEST
