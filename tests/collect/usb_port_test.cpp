@@ -7,6 +7,7 @@
 namespace NVORHOST {
 namespace {
 
+using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -97,6 +98,38 @@ TEST(UsbPorts, AreKnownByTheirPathFromTheController) {
                 ElementsAre("0000:00:14.0/usb2/0:1.0/port1", "0000:00:14.0/usb2/0:1.0/port2",
                             "0000:00:14.0/usb2/2.2:1.0/port1", "0000:00:14.0/usb2/2:1.0/port1",
                             "0000:00:14.0/usb2/2:1.0/port2"));
+}
+
+// As on a kernel that shows no ports: hubs say how many they have, and what is plugged in has its place in
+// its name.
+TEST(UsbPorts, ThatTheKernelDoesNotShowAreCounted) {
+    const std::string root = std::string(controllerPath) + "/usb1";
+    const std::string hub = root + "/1-2";
+    TCollected collected;
+    Collect(TTree()
+                .Device(root)
+                .File(root + "/version", " 2.00")
+                .File(root + "/speed", "480")
+                .File(root + "/maxchild", "2")
+                .Device(root + "/1-0:1.0")
+                .Device(hub)
+                .File(hub + "/speed", "480")
+                .File(hub + "/product", "Outer Hub")
+                .File(hub + "/maxchild", "2")
+                .Device(hub + "/1-2.2")
+                .File(hub + "/1-2.2/speed", "1.5")
+                .File(hub + "/1-2.2/product", "Keyboard 3")
+                .File(hub + "/1-2.2/maxchild", "0")
+                .text,
+            collected);
+    EXPECT_THAT(collected.GetAll(port, "DeviceID"),
+                ElementsAre("0000:00:14.0/usb2/2:1.0/port1", "0000:00:14.0/usb2/2:1.0/port2",
+                            "0000:00:14.0/usb2/0:1.0/port1", "0000:00:14.0/usb2/0:1.0/port2"));
+    EXPECT_THAT(collected.GetAll(port, "Description"),
+                ElementsAre("USB port, empty", "USB port with Keyboard 3", "USB port, empty",
+                            "USB port with Outer Hub"));
+    EXPECT_THAT(collected.GetAll(port, "Speed"), ElementsAre("0", "1500000", "0", "480000000"));
+    EXPECT_THAT(collected.GetAll(port, "MaxSpeed"), Each("480000000"));
 }
 
 TEST(UsbPorts, KeepTheirKeysWhenBusesAreNumberedAnew) {

@@ -32,7 +32,7 @@ constexpr TClassShape classes[] = {
 constexpr TSourcePattern sourcePatterns[] = {
     "/sys/bus/usb/devices",
     "/sys/bus/usb/devices/*",
-    "/sys/bus/usb/devices/*/speed",
+    "/sys/bus/usb/devices/*/*",
     "/sys/bus/usb/devices/*/*/device",
     "/sys/bus/usb/devices/*/*/device/*",
     "/sys/devices/**",
@@ -80,13 +80,12 @@ std::string NameAttached(TCollection& collection, const std::string& folder) {
 TPortRecord MakePort(TCollection& collection, const TUsbPort& port) {
     constexpr std::uint64_t nothingAttached = 0;
     const ISystemFiles& files = collection.GetFiles();
-    const std::string attached = port.folder + "/device";
     TPortRecord record;
     record.elementName = "USB port " + port.number + " of " + port.hub;
     record.maxSpeedBitsPerSecond = ReadSpeed(files, "/sys/bus/usb/devices/" + port.hub + "/speed");
-    if (files.Exists(attached)) {
-        record.speedBitsPerSecond = ReadSpeed(files, attached + "/speed");
-        record.description = "USB port with " + NameAttached(collection, attached);
+    if (files.Exists(port.attached)) {
+        record.speedBitsPerSecond = ReadSpeed(files, port.attached + "/speed");
+        record.description = "USB port with " + NameAttached(collection, port.attached);
     } else {
         record.speedBitsPerSecond = nothingAttached;
         record.description = "USB port, empty";

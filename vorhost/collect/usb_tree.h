@@ -20,12 +20,13 @@ std::vector<TUsbRootHub> ReadUsbRootHubs(const ISystemFiles& files);
 /// One port of a hub.
 struct TUsbPort {
     std::string hub;       ///< the hub's name below /sys/bus/usb/devices: "usb1" or "1-2"
-    std::string folder;    ///< the port's own folder
+    std::string attached;  ///< the folder of what is plugged in; not there when nothing is
     std::string number;    ///< within the hub, from "1"
     std::string position;  ///< where the port is, in words that do not change with bus numbers
 };
 
-/// Every port of every hub, empty ones too.
+/// Every port of every hub, empty ones too. Where the kernel shows no ports (before 3.9), a hub's own number
+/// of them tells.
 std::vector<TUsbPort> ReadUsbPorts(const ISystemFiles& files);
 
 }  // namespace NVORHOST
