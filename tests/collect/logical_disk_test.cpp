@@ -118,6 +118,21 @@ TEST(LogicalDisks, OfLvmHaveTheUuidsOfGroupAndVolumeAsTheirKey) {
     EXPECT_THAT(collected.GetAll(logical, "NumberOfBlocks"), ElementsAre("absent"));
 }
 
+std::string Array(const std::string& name, const std::string& metadataVersion) {
+    const std::string folder = "/sys/devices/virtual/block/" + name;
+    return "/sys/block/" + name + " -> " + folder + "\n" + folder + "/md/array_state = inactive\n" + folder +
+           "/md/metadata_version = " + metadataVersion + "\n";
+}
+
+// A container, an array in it, the same while it may only be read, and two of md's own formats.
+TEST(LogicalDisks, AreTheArraysInContainersNotTheContainers) {
+    TCollected collected;
+    Collect(Array("md127", "external:imsm") + Array("md126", "external:/md127/0") +
+                Array("md125", "external:-md127/1") + Array("md1", "1.2") + Array("md0", "none"),
+            collected);
+    EXPECT_THAT(collected.GetAll(logical, "ElementName"), ElementsAre("md0", "md1", "md125", "md126"));
+}
+
 TEST(LogicalDisks, ThatLieOnEachOtherInACircleAreCollected) {
     TCollected collected;
     Collect(

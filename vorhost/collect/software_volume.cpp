@@ -203,12 +203,20 @@ struct TFoundVolume {
     std::string identity;
 };
 
+// What holds the arrays of a firmware's format and no data of its own: "external:imsm". An array in it names
+// it instead: "external:/md127/0", or "external:-md127/0" while it is not written to.
+bool IsContainer(std::string_view metadataVersion) {
+    constexpr std::string_view prefix = "external:";
+    return metadataVersion.starts_with(prefix) && !metadataVersion.substr(prefix.size()).starts_with('/') &&
+           !metadataVersion.substr(prefix.size()).starts_with('-');
+}
+
 std::optional<TFoundVolume> FindArray(const ISystemFiles& files, const std::string& kernelName) {
     const TArray array{files, std::string(blockFolder) + kernelName + "/md/"};
     const std::string state = array.Read("array_state");
     const std::string level = array.Read("level");
-    // "clear" is a name without an array behind it; a container holds arrays and no data of its own.
-    if (state.empty() || state == "clear" || level == "container") {
+    // "clear" is a name without an array behind it.
+    if (state.empty() || state == "clear" || IsContainer(array.Read("metadata_version"))) {
         return std::nullopt;
     }
     TFoundVolume found;
