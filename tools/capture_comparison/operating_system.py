@@ -1,0 +1,95 @@
+"""Release files of many distributions against what the shell, and another library, make of them."""
+
+import functools
+import json
+import shlex
+import tarfile
+
+from capture_comparison import namespace, sysroot
+
+
+def read_assignments(text):
+    """The variables that a shell would have: the format is defined by it."""
+    values = {}
+    for line in text.splitlines():
+        name, separator, value = line.strip().partition("=")
+        if not separator or name.startswith("#"):
+            continue
+        try:
+            words = shlex.split(value)
+        except ValueError:  # an open quote
+            continue
+        values[name] = words[0] if words else ""
+    return values
+
+
+def compare_release(machine, release, tree, vorhost, agreement, explain=lambda theirs, ours: None):
+    """`release`: variable -> value, empty when the machine has no such file."""
+    system = namespace.collect(vorhost, tree)["KELSG_OperatingSystem"][0]
+    name = release.get("PRETTY_NAME") or release.get("NAME") or "Linux"
+    agreement.compare(machine, "system", "operating system: ElementName", name, system.get("ElementName"),
+                      lambda theirs, ours: explain_blanks(theirs, ours) or explain(theirs, ours))
+    agreement.compare(machine, "system", "operating system: Version", release.get("VERSION_ID") or None,
+                      system.get("Version"),
+                      lambda theirs, ours: explain_version(theirs, ours) or explain(theirs, ours))
+
+
+def explain_blanks(theirs, ours):
+    return "blanks at both ends are left out" if ours is not None and theirs.strip() == ours else None
+
+
+def explain_version(theirs, ours):
+    return "without a version of its own the system has that of its kernel" \
+        if theirs is None and ours and ours[0].isdigit() else None
+
+
+def compare_text(machine, text, vorhost, agreement):
+    with sysroot.assembled() as tree:
+        tree.add("/etc/os-release", text)
+        compare_release(machine, read_assignments(text), tree.root, vorhost, agreement)
+
+
+def compare_samples(archive, vorhost, agreement):
+    with tarfile.open(archive) as tar:
+        for member in tar:
+            if member.isfile():
+                compare_text(member.name, tar.extractfile(member).read().decode(), vorhost, agreement)
+
+
+def compare_roots(archive, vorhost, agreement):
+    with sysroot.unpacked(archive) as folder:
+        for root in sorted(path for path in folder.iterdir() if path.is_dir()):
+            files = [root / "etc/os-release", root / "usr/lib/os-release"]
+            text = next((path.read_text() for path in files if path.is_file()), "")
+            compare_release(root.name, read_assignments(text), root, vorhost, agreement)
+
+
+def compare_facts(archive, vorhost, agreement):
+    """Files of a machine beside what a library for distributions reads from them."""
+    with tarfile.open(archive) as tar:
+        for member in tar:
+            if not member.isfile():
+                continue
+            facts = json.load(tar.extractfile(member))
+            inputs = facts["input"]
+            shell = read_assignments(inputs.get("/etc/os-release") or inputs.get("/usr/lib/os-release", ""))
+            library = facts.get("distro", {}).get("os_release_info", {})
+            with sysroot.assembled() as tree:
+                for path, text in inputs.items():
+                    tree.add(path, text)
+                compare_release(member.name, {name.upper(): value for name, value in library.items()} or shell,
+                                tree.root, vorhost, agreement, functools.partial(explain_facts, shell))
+
+
+def explain_facts(shell, _, ours):
+    if not shell:
+        return "a system without os-release has no name here; the library reads files of its maker's as well"
+    if ours in (shell.get("PRETTY_NAME"), shell.get("VERSION_ID")):
+        return "the library's values are not those of the file beside them, which the shell reads as here"
+    return None
+
+
+def compare(captures, vorhost, agreement):
+    compare_samples(captures / "os/os_release-samples.tar.gz", vorhost, agreement)
+    compare_roots(captures / "os/go-sysinfo-roots.tar.gz", vorhost, agreement)
+    compare_facts(captures / "os/ansible-distribution-fixtures.tar.gz", vorhost, agreement)
