@@ -40,6 +40,7 @@ namespace boost {
 NKELVOR20_API void assertion_failed(char const* expr, char const* function, char const* file, long line);
 
 void assertion_failed(char const* expr, char const*, char const*, long) {
+    NDOUBLES::Host().failedAssertions.emplace_back(expr);
     throw NDOUBLES::TAssertionFailed(expr);
 }
 

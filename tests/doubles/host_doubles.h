@@ -79,6 +79,7 @@ struct THost {
     std::vector<std::string> environmentReads;
     std::vector<std::pair<std::string, std::string>> probes;
     std::vector<TUploadArguments> entityRequests;
+    std::vector<std::string> failedAssertions;  // their expressions
 };
 
 /// The host of this process.

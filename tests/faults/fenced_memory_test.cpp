@@ -108,6 +108,18 @@ TEST(Fenced, ValuesAreWrittenWithin) {
     });
 }
 
+// The room for a line grows in leaps: among lines that grow by a byte, one just fits and the next one does
+// not.
+TEST(Fenced, LinesOfEveryLengthFitTheirRoom) {
+    const TFencedMemory fence;
+    std::ostringstream out;
+    TNOXXMLWriterImpl writer(out);
+    for (std::size_t size = 16; size <= 600; ++size) {
+        writer.WriteValue(NKELVOR20::TCIMValue(std::string(size, '&')));
+        writer.WriteValue(NKELVOR20::TCIMValue(std::string(size, 'x')));
+    }
+}
+
 class FencedPlugin : public NTEST::TRequestFixture {};
 
 TEST_F(FencedPlugin, GZEncodeFromStrStaysWithinItsText) {

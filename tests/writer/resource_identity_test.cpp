@@ -136,6 +136,12 @@ TEST_F(ResourceId, TreatsAnEmptyPropertyHandleAsAValueThatCannotBeRead) {
     EXPECT_THAT(Host().log, ElementsAre(noValue));
 }
 
+TEST_F(ResourceId, NeverAsksTheAssertionHandlerAboutAnEmptyHandle) {
+    instance->properties["DeviceID"] = nullptr;
+    EXPECT_EQ(Id(), keyOfNoProperty);
+    EXPECT_THAT(Host().failedAssertions, testing::IsEmpty());
+}
+
 TEST_F(ResourceId, KeepsTheFirstPairWhenTheSecondHandleIsEmpty) {
     instance->Add("DeviceID", "CPU0");
     instance->properties["Tag"] = nullptr;
