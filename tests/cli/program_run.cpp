@@ -4,6 +4,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -21,8 +22,33 @@ std::string ReadAndRemove(const std::string& path) {
     return text.str();
 }
 
+std::vector<std::string> Environment(const TProgramRun& run) {
+    std::map<std::string, std::string> variables = run.environment;
+    for (const char* name : {"PATH", "ASAN_OPTIONS", "UBSAN_OPTIONS", "LSAN_OPTIONS", "TMPDIR"}) {
+        if (const char* value = std::getenv(name)) {
+            variables.emplace(name, value);
+        }
+    }
+    std::vector<std::string> entries;
+    for (const auto& [name, value] : variables) {
+        entries.push_back(name + "=" + value);
+    }
+    return entries;
+}
+
+std::vector<char*> Pointers(std::vector<std::string>& texts) {
+    std::vector<char*> pointers;
+    for (std::string& text : texts) {
+        pointers.push_back(text.data());
+    }
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
+}  // namespace
+
 // Output goes to files, so that a program that prints much cannot block on a pipe nobody reads.
-class TCapture {
+class TRunningProgram::TCapture {
   public:
     TCapture() : path_((std::filesystem::temp_directory_path() / "vorhost-test-XXXXXX").string()) {
         descriptor_ = ::mkstemp(path_.data());
@@ -41,55 +67,54 @@ class TCapture {
     int descriptor_;
 };
 
-std::vector<std::string> Environment(const TProgramRun& run) {
-    std::vector<std::string> entries;
-    for (const char* name : {"PATH", "ASAN_OPTIONS", "UBSAN_OPTIONS", "LSAN_OPTIONS", "TMPDIR"}) {
-        if (const char* value = std::getenv(name)) {
-            entries.push_back(std::string(name) + "=" + value);
-        }
-    }
-    for (const auto& [name, value] : run.environment) {
-        entries.push_back(name + "=" + value);
-    }
-    return entries;
-}
-
-std::vector<char*> Pointers(std::vector<std::string>& texts) {
-    std::vector<char*> pointers;
-    for (std::string& text : texts) {
-        pointers.push_back(text.data());
-    }
-    pointers.push_back(nullptr);
-    return pointers;
-}
-
-}  // namespace
-
-TProgramResult RunProgram(const std::string& program, const TProgramRun& run) {
-    TCapture output;
-    TCapture error;
+TRunningProgram::TRunningProgram(const std::string& program, const TProgramRun& run)
+    : output_(std::make_unique<TCapture>()), error_(std::make_unique<TCapture>()) {
     std::vector<std::string> arguments{program};
     arguments.insert(arguments.end(), run.arguments.begin(), run.arguments.end());
     std::vector<std::string> environment = Environment(run);
     auto argumentPointers = Pointers(arguments);
     auto environmentPointers = Pointers(environment);
-    const pid_t child = ::fork();
-    if (child == 0) {
+    process_ = ::fork();
+    if (process_ == 0) {
         const int input = ::open("/dev/null", O_RDONLY);
         if ((!run.directory.empty() && ::chdir(run.directory.c_str()) != 0) || ::dup2(input, 0) < 0 ||
-            ::dup2(output.GetDescriptor(), 1) < 0 || ::dup2(error.GetDescriptor(), 2) < 0) {
+            ::dup2(output_->GetDescriptor(), 1) < 0 || ::dup2(error_->GetDescriptor(), 2) < 0) {
             ::_exit(126);
         }
         ::execvpe(program.c_str(), argumentPointers.data(), environmentPointers.data());
         ::_exit(127);
     }
+}
+
+TRunningProgram::~TRunningProgram() {
+    if (process_ > 0) {
+        Send(SIGKILL);
+        (void)Wait();
+    }
+}
+
+void TRunningProgram::Send(int signal) const {
+    ::kill(process_, signal);
+}
+
+TProgramResult TRunningProgram::Wait() {
     int status = 0;
-    ::waitpid(child, &status, 0);
+    ::waitpid(process_, &status, 0);
+    process_ = -1;
     TProgramResult result;
-    result.status = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
-    result.standardOutput = output.Take();
-    result.standardError = error.Take();
+    result.isKilled = WIFSIGNALED(status);
+    result.status = result.isKilled ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+    result.standardOutput = output_->Take();
+    result.standardError = error_->Take();
     return result;
+}
+
+TRunningProgram StartVorhost(const TProgramRun& run) {
+    return {VORHOST_PROGRAM, run};
+}
+
+TProgramResult RunProgram(const std::string& program, const TProgramRun& run) {
+    return TRunningProgram(program, run).Wait();
 }
 
 TProgramResult RunVorhost(const TProgramRun& run) {

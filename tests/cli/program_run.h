@@ -1,14 +1,18 @@
 // Runs the built program as a user would and keeps what it printed.
 #pragma once
 
+#include <sys/types.h>
+
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
 namespace NVORHOST {
 
 struct TProgramResult {
-    int status = -1;  ///< exit status; 128 + n when signal n ended it
+    int status = -1;        ///< exit status; 128 + n when signal n ended it
+    bool isKilled = false;  ///< a signal ended it, which is not what its status alone tells
     std::string standardOutput;
     std::string standardError;
 };
@@ -21,6 +25,30 @@ struct TProgramRun {
         environment;  ///< added to a clean one (PATH, and ASAN_OPTIONS and the like)
 };
 
+/// A program under way. Killed on destruction unless it was waited for.
+class TRunningProgram {
+  public:
+    /// `program` is found by PATH.
+    TRunningProgram(const std::string& program, const TProgramRun& run);
+    ~TRunningProgram();
+    TRunningProgram(const TRunningProgram&) = delete;
+    TRunningProgram& operator=(const TRunningProgram&) = delete;
+
+    pid_t GetProcess() const { return process_; }
+    void Send(int signal) const;
+    /// Waits for its end. To be called once.
+    TProgramResult Wait();
+
+  private:
+    class TCapture;
+
+    std::unique_ptr<TCapture> output_;
+    std::unique_ptr<TCapture> error_;
+    pid_t process_ = -1;
+};
+
+/// Starts vorhost.
+TRunningProgram StartVorhost(const TProgramRun& run);
 /// Runs vorhost to its end.
 TProgramResult RunVorhost(const TProgramRun& run);
 /// Runs another program, found by PATH, to its end.

@@ -3,12 +3,14 @@
 
 #include "gzstream/gzstreams.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace NVORHOST {
 
@@ -29,6 +31,15 @@ class TTemporaryDirectory {
     const std::string& GetPath() const { return path_; }
     std::string operator/(const std::string& name) const { return path_ + "/" + name; }
     bool IsEmpty() const { return std::filesystem::is_empty(path_); }
+    /// Of what is in it, sorted.
+    std::vector<std::string> GetNames() const {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(path_)) {
+            names.push_back(entry.path().filename().string());
+        }
+        std::ranges::sort(names);
+        return names;
+    }
 
   private:
     std::string path_;

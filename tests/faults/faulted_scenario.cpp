@@ -24,9 +24,8 @@ void Replace(std::string& text, const std::string& from, const std::string& to) 
 // Without what differs from run to run.
 std::string Anonymous(std::string text, const std::string& folder) {
     static const std::regex directory("\\.vorhost-\\w{6}");
-    static const std::regex file("(\\.xml|\\.xz)\\.\\w{6}\\b");
     Replace(text, folder, "DIR");
-    return std::regex_replace(std::regex_replace(text, directory, ".vorhost-*"), file, "$1.*");
+    return std::regex_replace(text, directory, ".vorhost-*");
 }
 
 TProgramResult Anonymous(TProgramResult result, const std::string& folder) {

@@ -174,6 +174,18 @@ void RequireInventory(const TInstances& results, const TPrivateDirectory& workpl
     }
 }
 
+// All of them, or none when a signal ends the run: one run's files belong together.
+void MoveIntoPlace(std::optional<TOutputFile>& resultFile, TPrivateDirectory& workplace,
+                   const std::vector<TInventoryDocument>& documents) {
+    const TUninterrupted together;
+    if (resultFile) {
+        resultFile->MoveIntoPlace(together);
+    }
+    for (const TInventoryDocument& document : documents) {
+        workplace.MoveOut(document.fileName, together);
+    }
+}
+
 // Instances that a loaded namespace had already are no results of this run.
 TInstances NewResults(const TMemoryClass& resultClass, std::size_t countBefore) {
     const TInstances& all = resultClass.GetInstances();
@@ -227,7 +239,7 @@ void RunCollect(const TCollectOptions& options, std::ostream& out) {
     TPluginLibrary plugin(options.pluginFile.empty() ? FindOwnPlugin() : options.pluginFile);
     clock.Finish("load plug-in");
 
-    TPrivateDirectory workplace(options.directory);
+    TPrivateDirectory workplace(options.directory, "cannot write to " + options.directory);
     const auto resultClass = ResultClass(*source.collected);
     const std::size_t countBefore = resultClass->GetInstances().size();
     Request(plugin, source.collected, resultClass, workplace);
@@ -238,14 +250,13 @@ void RunCollect(const TCollectOptions& options, std::ostream& out) {
     sinks.RequireWritten();
     TRunSummary summary;
     summary.documents = FinishedDocuments(workplace);
+    std::optional<TOutputFile> resultFile;
     if (!options.resultFile.empty()) {
         RequireInventory(results, workplace);
-        WriteOutputFile(options.resultFile,
-                        [&](std::ostream& file) { SaveInstances(resultClass->GetName(), results, file); });
+        resultFile.emplace(options.resultFile,
+                           [&](std::ostream& file) { SaveInstances(resultClass->GetName(), results, file); });
     }
-    for (const TInventoryDocument& document : summary.documents) {
-        workplace.MoveOut(document.fileName);
-    }
+    MoveIntoPlace(resultFile, workplace, summary.documents);
     summary.directory = options.directory;
     summary.origin = source.origin;
     summary.machine = DescribeMachine(*source.collected, *results.front());

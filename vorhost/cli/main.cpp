@@ -4,6 +4,7 @@
 #include "vorhost/cli/collect_command.h"
 #include "vorhost/cli/collectors_command.h"
 #include "vorhost/cli/command_line.h"
+#include "vorhost/cli/interruption.h"
 #include "vorhost/cli/output_file.h"
 #include "vorhost/cli/snapshot_command.h"
 
@@ -51,19 +52,27 @@ void OccupyStandardStreams() {
     }
 }
 
+void Report(const char* failure) {
+    GiveWayToSignals();
+    std::cerr << "vorhost: " << failure << '\n';
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     OccupyStandardStreams();
     try {
+        EndOnSignals();
         TCommand command;
         // Help and version are printed while the command line is read.
         WriteStandardOutput([&](std::ostream&) { command = ParseCommandLine(argc, argv); });
-        return std::visit(TRunCommand{}, command);
+        const int status = std::visit(TRunCommand{}, command);
+        GiveWayToSignals();
+        return status;
     } catch (const std::bad_alloc&) {
-        std::cerr << "vorhost: out of memory\n";
+        Report("out of memory");
     } catch (const std::exception& error) {
-        std::cerr << "vorhost: " << error.what() << '\n';
+        Report(error.what());
     }
     return eExitFailed;
 }

@@ -2,18 +2,11 @@
 
 #include "vorhost/cli/run_failure.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <cerrno>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <utility>
 
 namespace NVORHOST {
 namespace {
@@ -21,39 +14,6 @@ namespace {
 [[noreturn]] void Fail(const std::string& path, int error) {
     throw TRunFailure("cannot write " + path + ": " + std::strerror(error));
 }
-
-// A private file next to the target, removed again unless it has been moved into place.
-class TTemporaryFile {
-  public:
-    explicit TTemporaryFile(const std::string& target) : target_(target), name_(target + ".XXXXXX") {
-        const int descriptor = ::mkstemp(name_.data());  // creates with mode 0600
-        if (descriptor < 0) {
-            Fail(target_, errno);
-        }
-        ::close(descriptor);
-    }
-    ~TTemporaryFile() {
-        if (!moved_) {
-            ::unlink(name_.c_str());
-        }
-    }
-    TTemporaryFile(const TTemporaryFile&) = delete;
-    TTemporaryFile& operator=(const TTemporaryFile&) = delete;
-
-    const std::string& GetName() const { return name_; }
-
-    void MoveIntoPlace() {
-        if (::rename(name_.c_str(), target_.c_str()) != 0) {
-            Fail(target_, errno);
-        }
-        moved_ = true;
-    }
-
-  private:
-    std::string target_;
-    std::string name_;
-    bool moved_ = false;
-};
 
 // A device, a pipe or a terminal is written to, not replaced.
 bool IsSpecialFile(const std::string& path) {
@@ -88,18 +48,30 @@ void WriteStandardOutput(const std::function<void(std::ostream&)>& write) {
     }
 }
 
-void WriteOutputFile(const std::string& path, const std::function<void(std::ostream&)>& write) {
+TOutputFile::TOutputFile(const std::string& path, const std::function<void(std::ostream&)>& write) {
     if (path == "-") {
         WriteStandardOutput(write);
-        return;
-    }
-    if (IsSpecialFile(path)) {
+    } else if (IsSpecialFile(path)) {
         WriteThrough(path, path, write);
-        return;
+    } else {
+        const std::filesystem::path target(path);
+        name_ = target.filename().string();
+        workplace_.emplace(target.parent_path().string(), "cannot write " + path);
+        WriteThrough(path, workplace_->GetPath() + "/" + name_, write);
+        workplace_->Protect(name_);
     }
-    TTemporaryFile temporary(path);
-    WriteThrough(path, temporary.GetName(), write);
-    temporary.MoveIntoPlace();
+}
+
+void TOutputFile::MoveIntoPlace(const TUninterrupted& together) {
+    if (workplace_) {
+        workplace_->MoveOut(name_, together);
+    }
+}
+
+void WriteOutputFile(const std::string& path, const std::function<void(std::ostream&)>& write) {
+    TOutputFile file(path, write);
+    const TUninterrupted together;
+    file.MoveIntoPlace(together);
 }
 
 }  // namespace NVORHOST

@@ -9,11 +9,13 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <string_view>
 #include <system_error>
+#include <thread>
 
 namespace NVORHOST {
 namespace {
@@ -23,8 +25,8 @@ constexpr int maxAttempts = 32;
 constexpr mode_t ownerOnly = S_IRUSR | S_IWUSR;
 constexpr off_t probeBytes = 65536;  // more than any buffer of the plug-in holds back
 
-[[noreturn]] void Fail(const std::string& path, int error) {
-    throw TRunFailure("cannot write to " + path + ": " + std::strerror(error));
+[[noreturn]] void Fail(const std::string& failure, int error) {
+    throw TRunFailure(failure + ": " + std::strerror(error));
 }
 
 // The descriptor of a directory whose lock was free; else -1, and errno says why.
@@ -42,13 +44,13 @@ int OpenLocked(const std::string& path) {
     return descriptor;
 }
 
-// As above, for a directory just made in `target`; -1 only when another run is removing it or has done so.
-int LockOwn(const std::string& path, const std::string& target) {
+// As above, for a directory just made; -1 only when another run is removing it or has done so.
+int LockOwn(const std::string& path, const std::string& failure) {
     const int descriptor = OpenLocked(path);
     if (descriptor < 0 && errno != ENOENT && errno != EWOULDBLOCK) {
         const int error = errno;
         ::rmdir(path.c_str());
-        Fail(target, error);
+        Fail(failure, error);
     }
     struct stat status {};
     if (descriptor >= 0 && (::fstat(descriptor, &status) != 0 || status.st_nlink == 0)) {
@@ -79,26 +81,48 @@ void RemoveAllAbandoned(const std::string& target) {
     }
 }
 
+// The plug-in may be at work in there, and quicker at making files than anybody is at removing them. It makes
+// them in the working directory of the process: once that is a directory which is gone, no more can be made.
+void TakeWorkingDirectoryAway(const std::string& path) {
+    const std::string nowhere = path + "/.gone";
+    std::error_code ignored;  // no worse off than before when it cannot be done
+    std::filesystem::create_directory(nowhere, ignored);
+    std::filesystem::current_path(nowhere, ignored);
+    std::filesystem::remove(nowhere, ignored);
+}
+
+void RemoveInUse(const std::string& path) {
+    constexpr int maxRemovals = 1000;
+    constexpr std::chrono::milliseconds pause(1);
+    TakeWorkingDirectoryAway(path);
+    std::error_code ignored;  // what cannot be removed is left to the next run
+    for (int removal = 0; removal < maxRemovals; ++removal) {
+        std::filesystem::remove_all(path, ignored);
+        if (!std::filesystem::exists(std::filesystem::symlink_status(path, ignored))) {
+            return;
+        }
+        std::this_thread::sleep_for(pause);  // something was under way, which ends by itself
+    }
+}
+
 }  // namespace
 
-TPrivateDirectory::TPrivateDirectory(const std::string& target) : target_(target) {
+TPrivateDirectory::TPrivateDirectory(const std::string& target, const std::string& failure)
+    : target_(target.empty() ? "." : target) {
     std::error_code error;
-    const auto absolute = std::filesystem::absolute(target, error);
+    const auto absolute = std::filesystem::absolute(target_, error);
     if (error) {
-        Fail(target, error.value());
+        Fail(failure, error.value());
     }
-    RemoveAllAbandoned(target);
+    RemoveAllAbandoned(target_);
     const std::string pattern = (absolute / (std::string(namePrefix) + "XXXXXX")).string();
     // Between making and locking it, another run may take the directory for abandoned.
     for (int attempt = 0; attempt < maxAttempts && lock_ < 0; ++attempt) {
-        path_ = pattern;
-        if (::mkdtemp(path_.data()) == nullptr) {
-            Fail(target, errno);
-        }
-        lock_ = LockOwn(path_, target);
+        Make(pattern, failure);
+        lock_ = LockOwn(path_, failure);
     }
     if (lock_ < 0) {
-        throw TRunFailure("cannot write to " + target + ": other runs keep removing what this one makes");
+        throw TRunFailure(failure + ": other runs keep removing what this one makes");
     }
 }
 
@@ -108,15 +132,25 @@ TPrivateDirectory::~TPrivateDirectory() {
     ::close(lock_);
 }
 
+void TPrivateDirectory::Make(const std::string& pattern, const std::string& failure) {
+    unfinished_.reset();
+    path_ = pattern;
+    const TUninterrupted begun;
+    if (::mkdtemp(path_.data()) == nullptr) {
+        Fail(failure, errno);
+    }
+    unfinished_.emplace(begun, [path = path_] { RemoveInUse(path); });
+}
+
 void TPrivateDirectory::Protect(const std::string& fileName) const {
     if (::chmod(PathOf(fileName).c_str(), ownerOnly) != 0) {
-        Fail(TargetOf(fileName), errno);
+        Fail("cannot write to " + TargetOf(fileName), errno);
     }
 }
 
-void TPrivateDirectory::MoveOut(const std::string& fileName) {
+void TPrivateDirectory::MoveOut(const std::string& fileName, const TUninterrupted& /*together*/) {
     if (::rename(PathOf(fileName).c_str(), TargetOf(fileName).c_str()) != 0) {
-        Fail(TargetOf(fileName), errno);
+        Fail("cannot write to " + TargetOf(fileName), errno);
     }
 }
 

@@ -3,16 +3,21 @@
 // stays.
 #pragma once
 
+#include "vorhost/cli/interruption.h"
+
+#include <optional>
 #include <string>
 
 namespace NVORHOST {
 
-/// Made on construction (mode 0700), removed with all it holds on destruction. It is locked as long as its
-/// run lives; those that dead runs have left in the same target are removed on construction. Errors:
-/// TRunFailure naming the target and the cause.
+/// Made on construction (mode 0700), removed with all it holds on destruction, or by a signal that ends the
+/// program. It is locked as long as its run lives; those that dead runs have left in the same target are
+/// removed on construction.
 class TPrivateDirectory {
   public:
-    explicit TPrivateDirectory(const std::string& target);
+    /// `failure` is what could not be done when the directory cannot be had, for people: "cannot write to x".
+    /// Errors: TRunFailure with that and the cause.
+    TPrivateDirectory(const std::string& target, const std::string& failure);
     ~TPrivateDirectory();
     TPrivateDirectory(const TPrivateDirectory&) = delete;
     TPrivateDirectory& operator=(const TPrivateDirectory&) = delete;
@@ -24,7 +29,7 @@ class TPrivateDirectory {
     void Protect(const std::string& fileName) const;
     /// Moves a finished file to the target under the same name, replacing what has that name there (a
     /// symbolic link itself, not what it leads to).
-    void MoveOut(const std::string& fileName);
+    void MoveOut(const std::string& fileName, const TUninterrupted& together);
 
     /// Why nothing more can be written here, as the system puts it; empty when something can. The plug-in
     /// does not say what kept it from writing; a full disk still does.
@@ -33,9 +38,11 @@ class TPrivateDirectory {
   private:
     std::string PathOf(const std::string& fileName) const;
     std::string TargetOf(const std::string& fileName) const;
+    void Make(const std::string& pattern, const std::string& failure);
 
     std::string target_;
     std::string path_;
+    std::optional<TUnfinished> unfinished_;
     int lock_ = -1;  // descriptor of the directory, locked
 };
 

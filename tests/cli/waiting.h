@@ -1,0 +1,39 @@
+// Waiting for what another process does.
+#pragma once
+
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <thread>
+
+namespace NVORHOST {
+
+/// Waits until it is so; false when it is not within a minute, which no machine needs.
+inline bool WaitUntil(const std::function<bool()>& isSo) {
+    constexpr std::chrono::minutes limit(1);
+    constexpr std::chrono::milliseconds pause(1);
+    const auto end = std::chrono::steady_clock::now() + limit;
+    while (!isSo()) {
+        if (std::chrono::steady_clock::now() > end) {
+            return false;
+        }
+        std::this_thread::sleep_for(pause);
+    }
+    return true;
+}
+
+/// Whether a run has a file of this name in its private directory within `directory`.
+inline bool HasUnfinished(const std::string& directory, const std::string& fileName) {
+    std::error_code error;  // entries come and go
+    std::filesystem::directory_iterator entry(directory, error);
+    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+        const std::string name = entry->path().filename().string();
+        if (name.starts_with(".vorhost-") && std::filesystem::exists(entry->path() / fileName, error)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+}  // namespace NVORHOST
