@@ -30,7 +30,7 @@ class TRequestFixture : public TPluginFixture {
 
     /// Adds an empty class of that name to the result list.
     boost::shared_ptr<NVORHOST::TMemoryClass> AddResultClass(const std::string& name) {
-        const auto added =
+        auto added =
             boost::make_shared<NVORHOST::TMemoryClass>(name, std::vector<NVORHOST::TPropertyDeclaration>());
         resultClasses_.push_back(added);
         return added;

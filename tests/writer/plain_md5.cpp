@@ -85,7 +85,7 @@ std::string PlainMd5(std::string_view message, EPadding padding) {
     for (const std::uint32_t word : digest) {
         for (unsigned int byte = 0; byte < 4; ++byte) {
             char pair[3];
-            std::snprintf(pair, sizeof pair, "%02X", word >> (8 * byte) & 0xFF);
+            (void)std::snprintf(pair, sizeof pair, "%02X", word >> (8 * byte) & 0xFF);
             text += pair;
         }
     }

@@ -41,7 +41,8 @@ class TQuietLibrary {
     TQuietLibrary& operator=(const TQuietLibrary&) = delete;
 
   private:
-    static void Ignore(void* /*context*/, const char* /*message*/, ...) {}
+    static void Ignore(void* /*context*/, const char* /*message*/, ...) {
+    }  // NOLINT(cert-dcl50-cpp): its type
 
     xmlGenericErrorFunc previous_ = xmlGenericError;
     void* previousContext_ = xmlGenericErrorContext;

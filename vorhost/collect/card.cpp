@@ -118,6 +118,7 @@ TCard MakeCard(const TSmbiosBoard& board) {
 // no location.
 std::vector<TKeySource> MakeKeySources(const std::vector<TSmbiosBoard>& boards) {
     std::vector<TNamedPlace> places;
+    places.reserve(boards.size());
     for (const TSmbiosBoard& board : boards) {
         places.push_back({std::string(boardWord), WithoutPlaceholder(board.location).value_or("")});
     }

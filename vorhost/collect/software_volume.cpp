@@ -104,7 +104,7 @@ std::string ReadUdevRecord(const ISystemFiles& files, const std::string& kernelN
 
 // Older kernels do not show the UUID; one without superblock has zeros.
 std::string ReadArrayIdentity(const TArray& array, const std::string& kernelName) {
-    const std::string uuid = array.Read("uuid");
+    std::string uuid = array.Read("uuid");
     if (uuid.find_first_not_of("0-") != std::string::npos) {
         return uuid;
     }
@@ -154,7 +154,7 @@ class TLayers {
         }
         // A bottom of which nothing is known, until more is found: it ends a circle that no kernel makes.
         layers_[kernelName] = {std::nullopt, {}, {kernelName}};
-        const TLayer layer = Make(kernelName, depth);
+        TLayer layer = Make(kernelName, depth);
         layers_[kernelName] = layer;
         return layer;
     }

@@ -64,7 +64,7 @@ std::string ToFilePath(const std::string& path) {
 
 // dlerror mostly starts with the path, which Fail names anyway.
 std::string TakeLoadError(const std::string& path) {
-    const char* text = ::dlerror();
+    const char* text = ::dlerror();  // NOLINT(concurrency-mt-unsafe): the C library keeps one for each thread
     std::string_view cause = text == nullptr ? "cannot be loaded" : text;
     if (const std::string prefix = path + ": "; cause.starts_with(prefix)) {
         cause.remove_prefix(prefix.size());
