@@ -5,6 +5,8 @@
 #include "host/cim_value.h"
 #include "vorhost/model/memory_namespace.h"
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -41,6 +43,16 @@ struct TPropertyRow {
     std::string_view name;
     TPropertyMember<TRecord> member;
 };
+
+/// The rows of two tables, for classes that begin alike.
+template <typename TRecord, std::size_t firstSize, std::size_t secondSize>
+constexpr auto JoinRows(const TPropertyRow<TRecord> (&first)[firstSize],
+                        const TPropertyRow<TRecord> (&second)[secondSize]) {
+    return [&]<std::size_t... i, std::size_t... j>(std::index_sequence<i...>, std::index_sequence<j...>) {
+        return std::array{first[i]..., second[j]...};
+    }
+    (std::make_index_sequence<firstSize>(), std::make_index_sequence<secondSize>());
+}
 
 /// A class whatever its record: its name and what it declares, in row order.
 struct TClassShape {

@@ -2,7 +2,7 @@
 
 #include "vorhost/collect/attribute.h"
 #include "vorhost/collect/collection.h"
-#include "vorhost/collect/device_key.h"
+#include "vorhost/collect/keyed_records.h"
 #include "vorhost/collect/operational_status.h"
 #include "vorhost/parse/udev_record.h"
 #include "vorhost/parse/uevent.h"
@@ -233,11 +233,6 @@ std::optional<TPartitionSource> ReadSource(const ISystemFiles& files, const TWho
     return source;
 }
 
-struct TFoundPartitions {
-    std::vector<TPartition> partitions;
-    std::vector<TKeySource> keySources;
-};
-
 std::vector<TPartitionSource> ReadSources(const ISystemFiles& files, const TWhole& whole) {
     std::vector<TPartitionSource> sources;
     for (const std::string& name : files.List("/sys/block/" + whole.kernelName).value) {
@@ -283,18 +278,14 @@ std::span<const TSourcePattern> GetDiskPartitionSources() {
 }
 
 void CollectDiskPartitions(TCollection& collection) {
-    TFoundPartitions found;
+    std::vector<TKeyedRecord<TPartition>> partitions;
     for (const TWhole& whole : FindWholes(collection)) {
         for (const TPartitionSource& source : ReadSources(collection.GetFiles(), whole)) {
-            found.partitions.push_back(MakePartition(collection.GetFiles(), source));
-            found.keySources.push_back(MakeKeySource(source));
+            partitions.push_back({MakePartition(collection.GetFiles(), source), MakeKeySource(source)});
         }
     }
-    const auto keys = collection.MakeKeys(found.keySources, "partition");
-    for (std::size_t i = 0; i < keys.size(); ++i) {
-        found.partitions[i].deviceId = keys[i];
-        collection.Commit<TPartition>(classes[0], partitionRows, found.partitions[i]);
-    }
+    CommitKeyed<TPartition>(collection, classes[0], partitionRows, std::move(partitions),
+                            &TPartition::deviceId, "partition");
 }
 
 }  // namespace NVORHOST

@@ -3,6 +3,7 @@
 #include "vorhost/collect/attribute.h"
 #include "vorhost/collect/collection.h"
 #include "vorhost/collect/device_position.h"
+#include "vorhost/collect/keyed_records.h"
 #include "vorhost/collect/media_drive.h"
 
 #include <array>
@@ -79,22 +80,17 @@ std::span<const TSourcePattern> GetDisketteDriveSources() {
 
 void CollectDisketteDrives(TCollection& collection) {
     const ISystemFiles& files = collection.GetFiles();
-    std::vector<TMediaDrive> drives;
-    std::vector<TKeySource> keySources;
+    std::vector<TKeyedRecord<TMediaDrive>> drives;
     for (const std::string& name : files.List("/sys/block").value) {
         if (!IsDisketteDrive(name)) {
             continue;
         }
         const std::string folder = "/sys/block/" + name;
         const std::string position = ReadDevicePosition(files, FindEntryDevice(files, folder));
-        drives.push_back(ReadDrive(files, folder));
-        keySources.push_back({{}, position.empty() ? name : position});
+        drives.push_back({ReadDrive(files, folder), {{}, position.empty() ? name : position}});
     }
-    const auto keys = collection.MakeKeys(keySources, "diskette drive");
-    for (std::size_t i = 0; i < drives.size(); ++i) {
-        drives[i].deviceId = keys[i];
-        collection.Commit<TMediaDrive>(classes[0], mediaDriveRows, drives[i]);
-    }
+    CommitKeyed<TMediaDrive>(collection, classes[0], mediaDriveRows, std::move(drives),
+                             &TMediaDrive::deviceId, "diskette drive");
 }
 
 }  // namespace NVORHOST

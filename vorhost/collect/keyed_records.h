@@ -32,11 +32,7 @@ void CommitKeyed(TCollection& collection, const TClassShape& shape,
     for (const TKeyedRecord<TRecord>& record : records) {
         sources.push_back(record.keySource);
     }
-    std::vector<std::string> notes;
-    auto keys = MakeUniqueKeys(sources, word, notes);
-    for (std::string& note : notes) {
-        collection.Note(std::move(note));
-    }
+    auto keys = collection.MakeKeys(sources, word);
     for (std::size_t i = 0; i < records.size(); ++i) {
         if (!records[i].record) {
             continue;

@@ -22,7 +22,8 @@ struct TFunction {
     std::optional<std::vector<std::uint32_t>> baseAddress;
 };
 
-constexpr TPropertyRow<TFunction> deviceRows[] = {
+// What every function has.
+constexpr TPropertyRow<TFunction> functionRows[] = {
     {"ElementName", &TFunction::elementName},
     {"Description", &TFunction::description},
     {"DeviceID", &TFunction::deviceId},
@@ -38,28 +39,17 @@ constexpr TPropertyRow<TFunction> deviceRows[] = {
     {"LatencyTimer", &TFunction::latencyTimer},
     {"SelfTestEnabled", &TFunction::selfTestEnabled},
     {"BaseAddress", &TFunction::baseAddress},
+};
+
+constexpr TPropertyRow<TFunction> deviceOwnRows[] = {
     {"MaxLatency", &TFunction::maxLatency},
     {"MinGrantTime", &TFunction::minGrantTime},
     {"SubsystemID", &TFunction::subsystemId},
     {"SubsystemVendorID", &TFunction::subsystemVendorId},
 };
+constexpr auto deviceRows = JoinRows(functionRows, deviceOwnRows);
 
-constexpr TPropertyRow<TFunction> bridgeRows[] = {
-    {"ElementName", &TFunction::elementName},
-    {"Description", &TFunction::description},
-    {"DeviceID", &TFunction::deviceId},
-    {"OperationalStatus", TNeverKnown{ECimType::eUint16, /*isArray=*/true}},
-    {"MaxNumberControlled", TNeverKnown{ECimType::eUint32}},
-    {"ProtocolSupported", &TFunction::protocolSupported},
-    {"TimeOfLastReset", TNeverKnown{ECimType::eDateTime}},
-    {"CacheLineSize", &TFunction::cacheLineSize},
-    {"ClassCode", &TFunction::classCode},
-    {"DeviceSelectTiming", &TFunction::deviceSelectTiming},
-    {"ExpansionROMBaseAddress", &TFunction::expansionRom},
-    {"InterruptPin", &TFunction::interruptPin},
-    {"LatencyTimer", &TFunction::latencyTimer},
-    {"SelfTestEnabled", &TFunction::selfTestEnabled},
-    {"BaseAddress", &TFunction::baseAddress},
+constexpr TPropertyRow<TFunction> bridgeOwnRows[] = {
     {"BridgeType", &TFunction::bridgeType},
     {"IOBase", &TFunction::ioBase},
     {"IOLimit", &TFunction::ioLimit},
@@ -69,6 +59,7 @@ constexpr TPropertyRow<TFunction> bridgeRows[] = {
     {"SecondaryBusNumber", &TFunction::secondaryBus},
     {"SubordinateBusNumber", &TFunction::subordinateBus},
 };
+constexpr auto bridgeRows = JoinRows(functionRows, bridgeOwnRows);
 
 constexpr TClassShape classes[] = {
     MakeShape<TFunction, deviceRows>("KELSG_PCIDevice"),

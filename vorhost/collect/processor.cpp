@@ -1,7 +1,7 @@
 #include "vorhost/collect/processor.h"
 
 #include "vorhost/collect/collection.h"
-#include "vorhost/collect/device_key.h"
+#include "vorhost/collect/keyed_records.h"
 #include "vorhost/collect/operational_status.h"
 #include "vorhost/collect/processor_family.h"
 #include "vorhost/collect/processor_package.h"
@@ -164,32 +164,27 @@ std::string PackageName(std::uint32_t id) {
     return "package " + std::to_string(id);
 }
 
-struct TFoundProcessors {
-    std::vector<TProcessor> processors;
-    std::vector<TKeySource> keySources;
-};
+using TProcessors = std::vector<TKeyedRecord<TProcessor>>;
 
-TFoundProcessors JoinSockets(TCollection& collection, const std::vector<TSmbiosProcessor>& sockets,
-                             const std::vector<TProcessorPackage>& packages) {
-    TFoundProcessors found;
+TProcessors JoinSockets(TCollection& collection, const std::vector<TSmbiosProcessor>& sockets,
+                        const std::vector<TProcessorPackage>& packages) {
+    TProcessors processors;
     const bool areJoined = sockets.size() == packages.size();
     for (std::size_t i = 0; i < sockets.size(); ++i) {
-        found.processors.push_back(
-            MakeFromSocket(collection, sockets[i], areJoined ? &packages[i] : nullptr));
         const std::string position = areJoined ? PackageName(packages[i].id) : "socket " + std::to_string(i);
         const auto name = WithoutPlaceholder(sockets[i].socket);
-        found.keySources.push_back({name ? SqueezeBlanks(*name) : "", position});
+        processors.push_back({MakeFromSocket(collection, sockets[i], areJoined ? &packages[i] : nullptr),
+                              {name ? SqueezeBlanks(*name) : "", position}});
     }
-    return found;
+    return processors;
 }
 
-TFoundProcessors TakePackages(const std::vector<TProcessorPackage>& packages) {
-    TFoundProcessors found;
+TProcessors TakePackages(const std::vector<TProcessorPackage>& packages) {
+    TProcessors processors;
     for (const TProcessorPackage& package : packages) {
-        found.processors.push_back(MakeFromPackage(package));
-        found.keySources.push_back({"", PackageName(package.id)});
+        processors.push_back({MakeFromPackage(package), {"", PackageName(package.id)}});
     }
-    return found;
+    return processors;
 }
 
 }  // namespace
@@ -205,18 +200,10 @@ std::span<const TSourcePattern> GetProcessorSources() {
 void CollectProcessors(TCollection& collection) {
     const auto sockets = ReadSockets(collection);
     const auto packages = ReadProcessorPackages(collection);
-    TFoundProcessors found =
-        sockets.empty() ? TakePackages(packages) : JoinSockets(collection, sockets, packages);
-    std::vector<std::string> notes;
-    const auto keys = MakeUniqueKeys(found.keySources, "processor", notes);
-    for (std::string& note : notes) {
-        collection.Note(std::move(note));
-    }
-    for (std::size_t i = 0; i < keys.size(); ++i) {
-        found.processors[i].deviceId = keys[i];
-        FillIn(found.processors[i].elementName, found.processors[i].deviceId);
-        collection.Commit<TProcessor>(classes[0], processorRows, found.processors[i]);
-    }
+    CommitKeyed<TProcessor>(
+        collection, classes[0], processorRows,
+        sockets.empty() ? TakePackages(packages) : JoinSockets(collection, sockets, packages),
+        &TProcessor::deviceId, "processor");
 }
 
 }  // namespace NVORHOST

@@ -3,6 +3,7 @@
 #include "vorhost/collect/attribute.h"
 #include "vorhost/collect/collection.h"
 #include "vorhost/collect/device_position.h"
+#include "vorhost/collect/keyed_records.h"
 #include "vorhost/collect/media_drive.h"
 #include "vorhost/collect/scsi_device.h"
 
@@ -55,8 +56,7 @@ std::span<const TSourcePattern> GetTapeDriveSources() {
 
 void CollectTapeDrives(TCollection& collection) {
     const ISystemFiles& files = collection.GetFiles();
-    std::vector<TMediaDrive> drives;
-    std::vector<TKeySource> keySources;
+    std::vector<TKeyedRecord<TMediaDrive>> drives;
     for (const std::string& name : files.List("/sys/class/scsi_tape").value) {
         if (!IsTapeDrive(name)) {
             continue;
@@ -64,14 +64,11 @@ void CollectTapeDrives(TCollection& collection) {
         const std::string folder = "/sys/class/scsi_tape/" + name;
         const TScsiDevice device{files, folder + "/device", FindEntryDevice(files, folder)};
         const std::string position = ReadDevicePosition(files, device.devicePath);
-        drives.push_back(ReadDrive(files, folder, device));
-        keySources.push_back({ReadScsiIdentity(device), position.empty() ? name : position});
+        drives.push_back({ReadDrive(files, folder, device),
+                          {ReadScsiIdentity(device), position.empty() ? name : position}});
     }
-    const auto keys = collection.MakeKeys(keySources, "tape drive");
-    for (std::size_t i = 0; i < drives.size(); ++i) {
-        drives[i].deviceId = keys[i];
-        collection.Commit<TMediaDrive>(classes[0], mediaDriveRows, drives[i]);
-    }
+    CommitKeyed<TMediaDrive>(collection, classes[0], mediaDriveRows, std::move(drives),
+                             &TMediaDrive::deviceId, "tape drive");
 }
 
 }  // namespace NVORHOST

@@ -2,7 +2,7 @@
 
 #include "vorhost/collect/attribute.h"
 #include "vorhost/collect/collection.h"
-#include "vorhost/collect/device_key.h"
+#include "vorhost/collect/keyed_records.h"
 #include "vorhost/collect/usb_tree.h"
 
 #include <algorithm>
@@ -104,21 +104,12 @@ std::span<const TSourcePattern> GetUsbPortSources() {
 }
 
 void CollectUsbPorts(TCollection& collection) {
-    const std::vector<TUsbPort> ports = ReadUsbPorts(collection.GetFiles());
-    std::vector<TKeySource> keySources;
-    for (const TUsbPort& port : ports) {
-        keySources.push_back({"", port.position});
+    std::vector<TKeyedRecord<TPortRecord>> records;
+    for (const TUsbPort& port : ReadUsbPorts(collection.GetFiles())) {
+        records.push_back({MakePort(collection, port), {"", port.position}});
     }
-    std::vector<std::string> notes;
-    auto keys = MakeUniqueKeys(keySources, "USB port", notes);
-    for (std::size_t i = 0; i < ports.size(); ++i) {
-        TPortRecord record = MakePort(collection, ports[i]);
-        record.deviceId = std::move(keys[i]);
-        collection.Commit<TPortRecord>(classes[0], portRows, record);
-    }
-    for (std::string& note : notes) {
-        collection.Note(std::move(note));
-    }
+    CommitKeyed<TPortRecord>(collection, classes[0], portRows, std::move(records), &TPortRecord::deviceId,
+                             "USB port");
 }
 
 }  // namespace NVORHOST
