@@ -11,15 +11,20 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cctype>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace NVORHOST {
 namespace {
+
+using testing::HasSubstr;
+using testing::Not;
 
 constexpr TPseudonyms::TKey key{0x0123456789ABCDEFU, 0xFEDCBA9876543210U};
 
@@ -140,6 +145,69 @@ TEST_P(TMachineCaptureTest, RedactedDiffersInWhatIdentifiesAlone) {
             EXPECT_EQ(after[i], before[i]);
         }
         EXPECT_EQ(after[i].size(), before[i].size()) << before[i] << "\n" << after[i];
+    }
+}
+
+// Values that identify the machine or a part of it: what the inventory says of serial numbers, UUIDs,
+// world-wide names and addresses.
+std::set<std::string> FindIdentities(const TCollected& collected) {
+    constexpr std::pair<const char*, const char*> properties[] = {
+        {"KELSG_ComputerSystem", "SerialNumber"},
+        {"KELSG_ComputerSystem", "Name"},
+        {"KELSG_Card", "SerialNumber"},
+        {"KELSG_Card", "UserTracking"},
+        {"KELSG_SPDData", "SerialNumber"},
+        {"KELSG_Processor", "UniqueID"},
+        {"CIM_DiskPartition", "DeviceID"},
+        {"KELSG_DiskDrive", "DeviceID"},
+        {"CIM_DiskDrive", "DeviceID"},
+        {"KELSG_DVDDrive", "DeviceID"},
+        {"KELSG_CDROMDrive", "DeviceID"},
+        {"KELSG_TapeDrive", "DeviceID"},
+        {"KELSG_LogicalDisk", "DeviceID"},
+        {"KELSG_IPProtocolEndpoint", "IPv4Address"},
+        {"KELSG_IPProtocolEndpoint", "IPv6Address"},
+    };
+    std::set<std::string> identities;
+    for (const auto& [className, property] : properties) {
+        for (const std::string& value : collected.GetAll(className, property)) {
+            if (value != "absent") {
+                identities.insert(value);
+            }
+        }
+    }
+    return identities;
+}
+
+// Keys that say where something is; addresses and names that every machine has.
+bool IsNoIdentity(const std::string& value) {
+    static const std::set<std::string> common{"127.0.0.1", "::1"};
+    const bool isPlace = value.starts_with("0000:");
+    return common.contains(value) || isPlace || value.starts_with("st");
+}
+
+std::string ToLower(std::string text) {
+    std::ranges::transform(text, text.begin(),
+                           [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return text;
+}
+
+TEST_P(TMachineCaptureTest, RedactedHoldsNothingThatIdentifies) {
+    TCollected original;
+    const TMachine machine = ReadMachine();
+    TCapture capture = CaptureMachine(machine, original);
+    Redact(key, capture.tree, capture.answers);
+    std::string everything = FormatCapturedAnswers(capture.answers);
+    for (const auto& [path, node] : capture.tree.GetNodes()) {
+        everything += path + "\n" + node.bytes + "\n";
+    }
+    everything = ToLower(everything);
+    // A host's name may be a word that stands elsewhere, too.
+    EXPECT_NE(capture.answers.nodeName, machine.calls.nodeName);
+    for (const std::string& identity : FindIdentities(original)) {
+        if (!IsNoIdentity(identity)) {
+            EXPECT_THAT(everything, Not(HasSubstr(ToLower(identity)))) << identity;
+        }
     }
 }
 

@@ -1,0 +1,112 @@
+// The whole program on every machine of this folder: what it writes depends on the machine alone.
+#include "machine_folder.h"
+#include "tests/cli/program_run.h"
+#include "tests/cli/temporary_directory.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <map>
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace NVORHOST {
+namespace {
+
+using testing::HasSubstr;
+using testing::UnorderedElementsAre;
+
+using TEnvironment = std::map<std::string, std::string>;
+
+std::string CollectDocuments(const std::string& sysroot, const TEnvironment& environment) {
+    const TTemporaryDirectory directory;
+    const auto result =
+        RunVorhost({{"collect", "--sysroot", sysroot, "--local-time", "20240301120000.000000+060", "--kel-id",
+                     "K0000001", "--reachability", "no"},
+                    directory.GetPath(),
+                    environment});
+    EXPECT_EQ(result.status, 0) << result.standardError;
+    return ReadFile(directory / "hardwareinventory.xml.gz") +
+           ReadFile(directory / "systeminformation.xml.gz");
+}
+
+class TProgramOnMachineTest : public testing::TestWithParam<std::string> {};
+
+INSTANTIATE_TEST_SUITE_P(Machine, TProgramOnMachineTest, testing::ValuesIn(ListMachines()),
+                         [](const auto& value) {
+                             std::string name = value.param;
+                             std::ranges::replace(name, '-', '_');
+                             return name;
+                         });
+
+TEST_P(TProgramOnMachineTest, WritesTheSameDocumentsWhateverTheOrderOfFolders) {
+    const TTemporaryDirectory directory;
+    WriteMachine(ReadMachine(GetParam()), directory / "forwards", EEntryOrder::forwards);
+    WriteMachine(ReadMachine(GetParam()), directory / "backwards", EEntryOrder::backwards);
+    const std::string documents = CollectDocuments(directory / "forwards", {});
+    EXPECT_GT(documents.size(), 1000U);
+    EXPECT_EQ(CollectDocuments(directory / "backwards", {}), documents);
+}
+
+// Turkish has its own capital of "i"; German writes numbers with commas. A locale that is not installed is as
+// none.
+TEST_P(TProgramOnMachineTest, WritesTheSameDocumentsInEveryLocaleAndZone) {
+    const TTemporaryDirectory directory;
+    WriteMachine(ReadMachine(GetParam()), directory / "machine", EEntryOrder::forwards);
+    const std::string documents = CollectDocuments(directory / "machine", {{"LC_ALL", "C"}});
+    for (const TEnvironment& environment : {TEnvironment{{"LC_ALL", "C.UTF-8"}},
+                                            TEnvironment{{"LC_ALL", "de_DE.UTF-8"}, {"LANG", "de_DE.UTF-8"}},
+                                            TEnvironment{{"LC_ALL", "tr_TR.UTF-8"}, {"LANGUAGE", "tr"}},
+                                            TEnvironment{{"TZ", "Pacific/Chatham"}},
+                                            TEnvironment{{"TZ", "XYZ-13:37"}, {"POSIXLY_CORRECT", "1"}}}) {
+        EXPECT_EQ(CollectDocuments(directory / "machine", environment), documents)
+            << environment.begin()->second;
+    }
+}
+
+// As root, without the capabilities that let it read everything.
+TProgramResult RunAsOrdinaryUser(std::vector<std::string> arguments, const std::string& directory) {
+    if (::geteuid() != 0) {
+        return RunVorhost({std::move(arguments), directory, {}});
+    }
+    arguments.insert(arguments.begin(),
+                     {"--bounding-set=-dac_override,-dac_read_search", "--inh-caps=-all", VORHOST_PROGRAM});
+    return RunProgram("setpriv", {std::move(arguments), directory, {}});
+}
+
+std::vector<std::string> LinesWith(std::string_view part, const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);) {
+        if (line.find(part) != std::string::npos) {
+            lines.push_back(line);
+        }
+    }
+    return lines;
+}
+
+TEST(ProgramOnMachine, TellsAnOrdinaryUserWhatNeedsRoot) {
+    const TTemporaryDirectory directory;
+    WriteMachine(ReadMachine("nvme-laptop"), directory / "machine", EEntryOrder::forwards);
+    const auto result = RunAsOrdinaryUser(
+        {"collect", "--sysroot", "machine", "--reachability", "no", "--log-file", "run.log"},
+        directory.GetPath());
+    ASSERT_EQ(result.status, 0) << result.standardError;
+    EXPECT_THAT(
+        result.standardOutput,
+        HasSubstr("\nDenied      4 sources need root: /sys/class/dmi/id/product_serial, "
+                  "/sys/class/dmi/id/product_uuid, /sys/devices/system/cpu/cpu0/topology/ppin, ...\n"));
+    EXPECT_THAT(
+        LinesWith("may not read", ReadFile(directory / "run.log")),
+        UnorderedElementsAre("3 vorhost-computer-system: may not read /sys/firmware/dmi/tables/DMI",
+                             "3 vorhost-computer-system: may not read /sys/class/dmi/id/product_serial",
+                             "3 vorhost-computer-system: may not read /sys/class/dmi/id/product_uuid",
+                             "3 vorhost-processor: may not read /sys/devices/system/cpu/cpu0/topology/ppin"));
+}
+
+}  // namespace
+}  // namespace NVORHOST
