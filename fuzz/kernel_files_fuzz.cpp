@@ -1,13 +1,16 @@
 // Every parser of the kernel's files takes any bytes; the first byte chooses the parser.
 #include "fuzz.h"
 #include "vorhost/parse/acpi_table.h"
+#include "vorhost/parse/cdrom_info.h"
 #include "vorhost/parse/cpu_list.h"
 #include "vorhost/parse/cpuinfo.h"
 #include "vorhost/parse/device_tree.h"
 #include "vorhost/parse/iomem.h"
+#include "vorhost/parse/ip_address.h"
 #include "vorhost/parse/meminfo.h"
 #include "vorhost/parse/numbers.h"
 #include "vorhost/parse/os_release.h"
+#include "vorhost/parse/placeholders.h"
 #include "vorhost/parse/printable_text.h"
 #include "vorhost/parse/proc_net.h"
 #include "vorhost/parse/proc_stat.h"
@@ -18,7 +21,9 @@
 #include "vorhost/parse/uevent.h"
 #include "vorhost/parse/utmp.h"
 
+#include <cstdint>
 #include <iterator>
+#include <string>
 
 using namespace NVORHOST;  // NOLINT(google-build-using-namespace): the parsers of one folder, all of them
 
@@ -30,6 +35,37 @@ void ParsePrintable(std::string_view text) {
     Require(twice.text == once.text && twice.replacements == 0, "printable text passes unchanged");
 }
 
+void ParseTextOfAddress(std::string_view text) {
+    const auto address = ParseIpv4Address(text);
+    Require(!address || FormatIpAddress(*address) == text, "an address is written as it was read");
+}
+
+void WriteAddress(std::string_view bytes) {
+    const auto text = FormatIpAddress(bytes);
+    Require(text.has_value() == (bytes.size() == ipv4Bytes || bytes.size() == ipv6Bytes),
+            "two kinds of addresses");
+    Require(bytes.size() != ipv4Bytes || ParseIpv4Address(*text) == bytes, "what is written reads back");
+}
+
+void ParseFirstDeviceTreeString(std::string_view bytes) {
+    const auto all = ParseDeviceTreeStrings(bytes);
+    const auto first = ParseDeviceTreeString(bytes);
+    Require(first.has_value() == !all.empty(), "a list has a first text unless it is empty");
+    Require(!first || *first == all.front(), "the first text is that of the list");
+}
+
+void ParseWholeNumber(std::string_view text) {
+    const auto number = ParseNumber<std::int64_t>(text);
+    Require(!number || ParseNumber<std::int64_t>(std::to_string(*number)) == number, "a number reads back");
+    (void)ParseHexNumber<std::uint64_t>(text);
+}
+
+void DropPlaceholder(std::string_view text) {
+    const auto kept = WithoutPlaceholder(std::string(text));
+    Require(kept.has_value() != IsPlaceholder(text), "placeholders alone are dropped");
+}
+
+// The first byte of an input is the row: new ones go to the end, so that the corpus keeps its meaning.
 constexpr void (*parsers[])(std::string_view) = {
     [](std::string_view text) { (void)ParseCpuInfo(text); },
     [](std::string_view text) { (void)ParseCpuList(text); },
@@ -52,6 +88,12 @@ constexpr void (*parsers[])(std::string_view) = {
     [](std::string_view text) { (void)ParseDeviceTreeStrings(text); },
     [](std::string_view text) { (void)ParseRounded(text); },
     ParsePrintable,
+    [](std::string_view text) { (void)ParseCdromInfo(text); },
+    ParseTextOfAddress,
+    WriteAddress,
+    ParseFirstDeviceTreeString,
+    ParseWholeNumber,
+    DropPlaceholder,
 };
 
 }  // namespace
