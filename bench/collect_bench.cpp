@@ -1,93 +1,65 @@
-// Collecting from machines of growing size: twice the machine is to take twice the time.
+// Collecting from machines of growing size: twice the machine is to take twice the time. The machines are
+// trees below TMPDIR; on a file system in memory they are made and removed the quickest.
 #include "bench/ratio.h"
 #include "vorhost/collect/collector.h"
+#include "vorhost/system/rooted_files.h"
 
 #include <benchmark/benchmark.h>
+#include <stdlib.h>
 
-#include <algorithm>
 #include <cstdint>
 #include <cstdio>
+#include <filesystem>
+#include <fstream>
 #include <optional>
-#include <set>
+#include <stdexcept>
 #include <string>
-#include <string_view>
-#include <unordered_map>
+#include <system_error>
 #include <vector>
 
 namespace NVORHOST {
 namespace {
 
-// A machine's files by their paths, links not followed but for whole folders of one name: as much of a tree
-// as the workload needs, with accesses that cost the same however large it is.
-class TGeneratedFiles final : public ISystemFiles {
+// A machine's files below a folder of its own, which goes with it. The kernel finds a file in the same time
+// however many there are; tables in this process would outgrow the processor's caches as the machine grows.
+class TGeneratedTree {
   public:
-    void Add(const std::string& path, std::string bytes) {
-        AddToFolder(path);
-        files_[path] = std::move(bytes);
-    }
-    void AddLink(const std::string& path, std::string target) {
-        AddToFolder(path);
-        links_[path] = std::move(target);
-    }
-
-    TReadResult<std::string> ReadText(std::string_view path) const override {
-        return Find(files_, Resolve(path));
-    }
-    TReadResult<std::string> ReadBytes(std::string_view path, std::size_t maxBytes) const override {
-        auto result = Find(files_, Resolve(path));
-        result.value.resize(std::min(result.value.size(), maxBytes));
-        return result;
-    }
-    TReadResult<std::vector<std::string>> List(std::string_view path) const override {
-        const auto found = folders_.find(Resolve(path));
-        if (found == folders_.end()) {
-            return {};
+    TGeneratedTree() : root_((std::filesystem::temp_directory_path() / "noxinfo-bench-XXXXXX").string()) {
+        if (::mkdtemp(root_.data()) == nullptr) {
+            throw std::runtime_error("cannot make a temporary directory");
         }
-        return {EReadStatus::ok, {found->second.begin(), found->second.end()}, {}};
     }
-    TReadResult<std::string> ReadLink(std::string_view path) const override {
-        return Find(links_, std::string(path));
+    ~TGeneratedTree() {
+        std::error_code ignored;
+        std::filesystem::remove_all(root_, ignored);
     }
-    bool Exists(std::string_view path) const override {
-        const std::string resolved = Resolve(path);
-        return files_.contains(resolved) || folders_.contains(resolved) || links_.contains(resolved);
+    TGeneratedTree(const TGeneratedTree&) = delete;
+    TGeneratedTree& operator=(const TGeneratedTree&) = delete;
+
+    const std::string& GetRoot() const { return root_; }
+
+    void Add(const std::string& path, const std::string& bytes) {
+        std::ofstream file(MakePlace(path), std::ios::binary);
+        file << bytes;
+        if (!file.flush()) {
+            throw std::runtime_error("cannot write " + path);
+        }
+    }
+    void AddLink(const std::string& path, const std::string& target) {
+        std::filesystem::create_symlink(target, MakePlace(path));
     }
 
   private:
-    static TReadResult<std::string> Find(const std::unordered_map<std::string, std::string>& table,
-                                         const std::string& path) {
-        const auto found = table.find(path);
-        return found == table.end() ? TReadResult<std::string>{}
-                                    : TReadResult<std::string>{EReadStatus::ok, found->second, {}};
-    }
-
-    void AddToFolder(std::string path) {
-        for (auto slash = path.rfind('/'); slash != std::string::npos && slash != 0;
-             slash = path.rfind('/')) {
-            const std::string name = path.substr(slash + 1);
-            path.resize(slash);
-            if (!folders_[path].insert(name).second) {
-                return;
-            }
+    std::string MakePlace(const std::string& path) {
+        const std::string folder = path.substr(0, path.rfind('/'));
+        if (folder != lastFolder_) {
+            std::filesystem::create_directories(root_ + folder);
+            lastFolder_ = folder;
         }
+        return root_ + path;
     }
 
-    // Links of the workload are absolute; one on the way is replaced by its target.
-    std::string Resolve(std::string_view path) const {
-        std::string resolved;
-        while (!path.empty()) {
-            const auto end = std::min(path.find('/', 1), path.size());
-            resolved += path.substr(0, end);
-            path.remove_prefix(end);
-            if (const auto link = links_.find(resolved); link != links_.end()) {
-                resolved = link->second;
-            }
-        }
-        return resolved;
-    }
-
-    std::unordered_map<std::string, std::string> files_, links_;
-    std::unordered_map<std::string, std::set<std::string>> folders_;
+    std::string root_, lastFolder_;
 };
 
 // A machine of which nothing is asked but what its files say.
@@ -111,7 +83,7 @@ std::string Format(const char* format, TArguments... arguments) {
 
 // Functions of the classes that occur most, display, USB and network among them, on as many buses as it
 // takes.
-void AddPciFunctions(TGeneratedFiles& files, unsigned count) {
+void AddPciFunctions(TGeneratedTree& files, unsigned count) {
     constexpr unsigned functionsOfBus = 256;
     constexpr char classes[][2] = {{0x00, 0x02}, {0x00, 0x03}, {0x03, 0x0C}, {0x04, 0x06}, {0x08, 0x01}};
     for (unsigned i = 0; i < count; ++i) {
@@ -128,7 +100,7 @@ void AddPciFunctions(TGeneratedFiles& files, unsigned count) {
     }
 }
 
-void AddDisks(TGeneratedFiles& files, unsigned count) {
+void AddDisks(TGeneratedTree& files, unsigned count) {
     for (unsigned i = 0; i < count; ++i) {
         const std::string unit = Format("%u:0:%u:0", i / 128, i % 128);
         const std::string device = Format("/sys/devices/pci0000:00/0000:00:%02x.0/host%u/target%u:0:%u/",
@@ -154,7 +126,7 @@ void AddDisks(TGeneratedFiles& files, unsigned count) {
     }
 }
 
-void AddProcessors(TGeneratedFiles& files, unsigned count) {
+void AddProcessors(TGeneratedTree& files, unsigned count) {
     constexpr unsigned processorsOfPackage = 64;
     std::string info;
     for (unsigned i = 0; i < count; ++i) {
@@ -170,15 +142,14 @@ void AddProcessors(TGeneratedFiles& files, unsigned count) {
 }
 
 // 10,000 functions, 2,000 disks and 1,024 processors at size 8.
-TGeneratedFiles MakeMachine(unsigned size) {
-    TGeneratedFiles files;
-    AddPciFunctions(files, 1250 * size);
-    AddDisks(files, 250 * size);
-    AddProcessors(files, 128 * size);
-    return files;
+void FillMachine(TGeneratedTree& tree, unsigned size) {
+    AddPciFunctions(tree, 1250 * size);
+    AddDisks(tree, 250 * size);
+    AddProcessors(tree, 128 * size);
 }
 
-std::size_t CollectOnce(const TGeneratedFiles& files) {
+std::size_t CollectOnce(const TGeneratedTree& tree) {
+    const TRootedFiles files(tree.GetRoot());
     const TNoSystemCalls calls;
     TMemoryNamespace target;
     std::size_t instances = 0;
@@ -188,27 +159,27 @@ std::size_t CollectOnce(const TGeneratedFiles& files) {
     return instances;
 }
 
-double MeasureSeconds(const TGeneratedFiles& files) {
-    constexpr int runs = 5;
-    TBestTime best;
-    for (int run = 0; run < runs; ++run) {
-        best.Add(CpuSeconds([&] { benchmark::DoNotOptimize(CollectOnce(files)); }));
-    }
-    return best.GetSeconds();
-}
-
 // How much longer the machine of `size` takes than the smallest one, for each unit of its size: 1 is linear.
+// Both are measured in turn, so that a machine whose speed drifts does not show.
 void CollectOfSize(benchmark::State& state) {
+    constexpr int runs = 5;
     const auto size = static_cast<unsigned>(state.range(0));
-    const TGeneratedFiles files = MakeMachine(size);
-    const double smallest = MeasureSeconds(MakeMachine(1));
-    double seconds = 0;
+    TGeneratedTree smallest;
+    TGeneratedTree grown;
+    FillMachine(smallest, 1);
+    FillMachine(grown, size);
+    TBestTime smallestTime;
+    TBestTime grownTime;
+    std::size_t instances = 0;
     for ([[maybe_unused]] auto iteration : state) {
-        seconds = MeasureSeconds(files);
+        for (int run = 0; run < runs; ++run) {
+            smallestTime.Add(CpuSeconds([&] { benchmark::DoNotOptimize(CollectOnce(smallest)); }));
+            grownTime.Add(CpuSeconds([&] { instances = CollectOnce(grown); }));
+        }
     }
-    state.counters["instances"] = static_cast<double>(CollectOnce(files));
-    state.counters["milliseconds"] = seconds * 1000;
-    state.counters["ratio_to_linear"] = seconds / smallest / size;
+    state.counters["instances"] = static_cast<double>(instances);
+    state.counters["milliseconds"] = grownTime.GetSeconds() * 1000;
+    state.counters["ratio_to_linear"] = grownTime.GetSeconds() / smallestTime.GetSeconds() / size;
 }
 BENCHMARK(CollectOfSize)->RangeMultiplier(2)->Range(1, 8)->Iterations(1)->Unit(benchmark::kMillisecond);
 
