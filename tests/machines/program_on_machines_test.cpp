@@ -17,6 +17,7 @@
 namespace NVORHOST {
 namespace {
 
+using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::UnorderedElementsAre;
 
@@ -106,6 +107,21 @@ TEST(ProgramOnMachine, TellsAnOrdinaryUserWhatNeedsRoot) {
                              "3 vorhost-computer-system: may not read /sys/class/dmi/id/product_serial",
                              "3 vorhost-computer-system: may not read /sys/class/dmi/id/product_uuid",
                              "3 vorhost-processor: may not read /sys/devices/system/cpu/cpu0/topology/ppin"));
+}
+
+TEST(ProgramOnMachine, CountsBytesThatAreNoCharacters) {
+    const TTemporaryDirectory directory;
+    TMachine machine = ReadMachine("container");
+    machine.files.AddFile("/etc/os-release", "PRETTY_NAME=\"Caf\xE9 \xFF\xFE\"\n");
+    WriteMachine(machine, directory / "machine", EEntryOrder::forwards);
+    const auto result =
+        RunVorhost({{"collect", "--sysroot", "machine", "--reachability", "no", "--log-file", "run.log"},
+                    directory.GetPath(),
+                    {}});
+    ASSERT_EQ(result.status, 0) << result.standardError;
+    EXPECT_THAT(result.standardOutput, HasSubstr("\nReplaced    3 bytes of texts, being no characters\n"));
+    EXPECT_THAT(LinesWith("no characters", ReadFile(directory / "run.log")),
+                ElementsAre("3 vorhost-operating-system: bytes that are no characters, shown as U+FFFD: 3"));
 }
 
 }  // namespace

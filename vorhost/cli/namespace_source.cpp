@@ -52,6 +52,10 @@ void LogReport(const TCollectReport& report, std::set<std::string>& denied, std:
     for (const std::string& note : report.notes) {
         LogWarning(report.collector, note);
     }
+    if (report.replacedBytes != 0) {
+        LogWarning(report.collector,
+                   "bytes that are no characters, shown as U+FFFD: " + std::to_string(report.replacedBytes));
+    }
 }
 
 }  // namespace
@@ -68,6 +72,7 @@ TNamespaceSource CollectNamespace(const ISystemFiles& files, const ISystemCalls&
     for (const TCollectReport& report : CollectAll(context, ChooseCollectors(choice))) {
         LogReport(report, denied, failed);
         source.failedCollectors += report.failure.empty() ? 0U : 1U;
+        source.replacedBytes += report.replacedBytes;
     }
     source.deniedSources.assign(denied.begin(), denied.end());
     source.failedSources.assign(failed.begin(), failed.end());

@@ -80,6 +80,9 @@ void PrintTroubles(const TSummary& summary, std::ostream& out) {
     if (!summary.failedSources.empty()) {
         PrintRow(out, "Unread", DescribeSources(summary.failedSources, "could not be read"));
     }
+    if (summary.replacedBytes != 0) {
+        PrintRow(out, "Replaced", Count(summary.replacedBytes, "byte") + " of texts, being no characters");
+    }
 }
 
 }  // namespace

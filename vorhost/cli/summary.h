@@ -26,6 +26,7 @@ struct TRunSummary {
     std::size_t failedCollectors = 0;
     std::vector<std::string> deniedSources;
     std::vector<std::string> failedSources;
+    std::size_t replacedBytes = 0;
     std::vector<TStepTime> times;
 };
 
@@ -41,6 +42,7 @@ struct TCaptureSummary {
     std::size_t failedCollectors = 0;
     std::vector<std::string> deniedSources;
     std::vector<std::string> failedSources;
+    std::size_t replacedBytes = 0;
 };
 
 void PrintCaptureSummary(const TCaptureSummary& summary, std::ostream& out);
