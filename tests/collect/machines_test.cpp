@@ -1,6 +1,7 @@
 // Whole machines: tests/machines/<shape>/tree.txt is what the machine holds, expected.txt the namespace that
-// a collection makes of it, expected.xml the hardware document of that namespace. NOXINFO_BLESS=1 in the
-// environment writes the expected files anew. A new folder is a new case.
+// a collection makes of it, expected.xml the hardware document of that namespace, expected-system.xml its
+// system-information document. NOXINFO_BLESS=1 in the environment writes the expected files anew. A new
+// folder is a new case.
 #include "tests/collect/collect_fixture.h"
 #include "tests/collect/namespace_text.h"
 #include "vorhost/services/host_settings.h"
@@ -57,13 +58,16 @@ void ExpectFile(const std::string& path, const std::string& text) {
     EXPECT_EQ(text, ReadFile(path));
 }
 
-std::string WriteHardwareDocument(const boost::shared_ptr<TMemoryNamespace>& collected) {
+using TWriteDocument = bool (TNOXXMLWriterImpl::*)(boost::shared_ptr<ICIMNamespace>);
+
+std::string WriteDocument(TWriteDocument write, const boost::shared_ptr<TMemoryNamespace>& collected) {
     THostSettings settings;
     settings.localTime = CollectionTime();
     settings.collected = collected;
     SetHostSettings(settings);
     std::ostringstream document;
-    TNOXXMLWriterImpl(document).WriteNamespace(collected);
+    TNOXXMLWriterImpl writer(document);
+    EXPECT_TRUE((writer.*write)(collected));
     SetHostSettings({});
     return document.str();
 }
@@ -88,7 +92,14 @@ TEST_P(TMachineTest, GivesTheExpectedNamespace) {
 TEST_P(TMachineTest, GivesTheExpectedHardwareDocument) {
     const auto target = boost::make_shared<TMemoryNamespace>();
     CollectAll({machine_.files, machine_.calls, *target, CollectionTime()});
-    ExpectFile(PathOf(GetParam(), "expected.xml"), WriteHardwareDocument(target));
+    ExpectFile(PathOf(GetParam(), "expected.xml"), WriteDocument(&TNOXXMLWriterImpl::WriteNamespace, target));
+}
+
+TEST_P(TMachineTest, GivesTheExpectedSystemDocument) {
+    const auto target = boost::make_shared<TMemoryNamespace>();
+    CollectAll({machine_.files, machine_.calls, *target, CollectionTime()});
+    ExpectFile(PathOf(GetParam(), "expected-system.xml"),
+               WriteDocument(&TNOXXMLWriterImpl::WriteSysInfoNamespace, target));
 }
 
 TEST_P(TMachineTest, GivesTheSameNamespaceTwice) {
