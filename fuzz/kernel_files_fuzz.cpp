@@ -21,7 +21,9 @@
 #include "vorhost/parse/uevent.h"
 #include "vorhost/parse/utmp.h"
 
+#include <algorithm>
 #include <cstdint>
+#include <functional>
 #include <iterator>
 #include <string>
 
@@ -65,22 +67,53 @@ void DropPlaceholder(std::string_view text) {
     Require(kept.has_value() != IsPlaceholder(text), "placeholders alone are dropped");
 }
 
+void ParseProcessorNumbers(std::string_view text) {
+    const auto numbers = ParseCpuList(text);
+    Require(std::ranges::adjacent_find(numbers, std::ranges::greater_equal{}) == numbers.end(),
+            "each number once, ascending");
+    Require(numbers.size() <= 65536, "no more than there can be");
+}
+
+void ParseMemoryRanges(std::string_view text) {
+    const auto ranges = ParseIoMem(text);
+    Require(std::ranges::all_of(ranges, [](const TIoMemRange& range) { return range.first <= range.last; }),
+            "ranges end where they start or above");
+}
+
+void DecodeEscapes(std::string_view text) {
+    Require(DecodeUdevEscapes(text).size() <= text.size(), "escapes are longer than what they stand for");
+}
+
+// What is found is a part of the text, not a copy.
+void FindParts(std::string_view text) {
+    for (const auto& part : {FindUdevProperty(text, "ID_SERIAL"), FindUeventValue(text, "DRIVER")}) {
+        Require(!part ||
+                    (part->data() >= text.data() && part->data() + part->size() <= text.data() + text.size()),
+                "what is found lies within the text");
+    }
+}
+
+void CountLogins(std::string_view bytes) {
+    constexpr std::size_t recordBytes = 384;
+    Require(CountUserProcesses(bytes) <= bytes.size() / recordBytes, "no more logins than records");
+}
+
 // The first byte of an input is the row: new ones go to the end, so that the corpus keeps its meaning.
 constexpr void (*parsers[])(std::string_view) = {
     [](std::string_view text) { (void)ParseCpuInfo(text); },
-    [](std::string_view text) { (void)ParseCpuList(text); },
+    ParseProcessorNumbers,
     [](std::string_view text) { (void)ParseMemInfo(text); },
     [](std::string_view text) { (void)ParseOsRelease(text); },
-    [](std::string_view text) { (void)ParseIoMem(text); },
+    ParseMemoryRanges,
     [](std::string_view text) { (void)ParseBootTime(text); },
     [](std::string_view text) { (void)ParseProcessStat(text); },
     [](std::string_view text) { (void)ParseLocalIpv4Addresses(text); },
     [](std::string_view text) { (void)ParseIpv6Interfaces(text); },
     [](std::string_view text) { (void)FindInterface(ParseIpv4Routes(text), "192.0.2.1"); },
-    [](std::string_view text) { (void)FindUdevProperty(text, "ID_SERIAL"); },
-    [](std::string_view text) { (void)DecodeUdevEscapes(text); },
-    [](std::string_view text) { (void)FindUeventValue(text, "DRIVER"); },
-    [](std::string_view text) { (void)CountUserProcesses(text); },
+    FindParts,
+    DecodeEscapes,
+    FindParts,
+    CountLogins,
     [](std::string_view text) { (void)ParseVpdSerial(text); },
     [](std::string_view text) { (void)ParseVpdAtaModel(text); },
     [](std::string_view text) { (void)ParseSpdEeprom(text); },
