@@ -23,17 +23,22 @@ inline bool WaitUntil(const std::function<bool()>& isSo) {
     return true;
 }
 
-/// Whether a run has a file of this name in its private directory within `directory`.
-inline bool HasUnfinished(const std::string& directory, const std::string& fileName) {
+/// The file of this name that a run has in its private directory within `directory`; empty when there is
+/// none.
+inline std::string UnfinishedFile(const std::string& directory, const std::string& fileName) {
     std::error_code error;  // entries come and go
     std::filesystem::directory_iterator entry(directory, error);
     for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
         const std::string name = entry->path().filename().string();
         if (name.starts_with(".vorhost-") && std::filesystem::exists(entry->path() / fileName, error)) {
-            return true;
+            return entry->path() / fileName;
         }
     }
-    return false;
+    return {};
+}
+
+inline bool HasUnfinished(const std::string& directory, const std::string& fileName) {
+    return !UnfinishedFile(directory, fileName).empty();
 }
 
 }  // namespace NVORHOST

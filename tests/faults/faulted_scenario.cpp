@@ -24,8 +24,9 @@ void Replace(std::string& text, const std::string& from, const std::string& to) 
 // Without what differs from run to run.
 std::string Anonymous(std::string text, const std::string& folder) {
     static const std::regex directory("\\.vorhost-\\w{6}");
+    static const std::regex plugin("/\\S*\\.pi\\.so");
     Replace(text, folder, "DIR");
-    return std::regex_replace(text, directory, ".vorhost-*");
+    return std::regex_replace(std::regex_replace(text, directory, ".vorhost-*"), plugin, "PLUGIN");
 }
 
 TProgramResult Anonymous(TProgramResult result, const std::string& folder) {

@@ -233,9 +233,9 @@ const std::vector<TRow> collectRows = Joined(OutputFileRows("DIR", "result.xml")
     // The plug-in: it says when it cannot create a file, and nothing of what comes later. zlib takes no
     // interruption.
     {"open", "DIR/target/.vorhost-*/systeminformation.xml.gz",
-     "the request failed: cannot create file (host status 11)", alike},
+     "PLUGIN: the request failed: cannot create file (host status 11)", alike},
     {"open", "DIR/target/.vorhost-*/hardwareinventory.xml.gz",
-     "the request failed: cannot create file (host status 11)", alike},
+     "PLUGIN: the request failed: cannot create file (host status 11)", alike},
     {"write", "DIR/target/.vorhost-*/systeminformation.xml.gz",
      "the plug-in has not written systeminformation.xml.gz to its end", alike},
     {"write", "DIR/target/.vorhost-*/hardwareinventory.xml.gz",

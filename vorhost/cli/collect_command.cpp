@@ -1,17 +1,17 @@
 #include "vorhost/cli/collect_command.h"
 
-#include "host/vor_exception.h"
 #include "vorhost/cimxml/base64.h"
 #include "vorhost/cimxml/save.h"
+#include "vorhost/cli/isolated_request.h"
 #include "vorhost/cli/log_sinks.h"
 #include "vorhost/cli/namespace_source.h"
 #include "vorhost/cli/output_file.h"
+#include "vorhost/cli/plugin_request.h"
 #include "vorhost/cli/private_directory.h"
 #include "vorhost/cli/program_paths.h"
 #include "vorhost/cli/run_failure.h"
 #include "vorhost/cli/summary.h"
 #include "vorhost/services/host_settings.h"
-#include "vorhost/services/plugin_library.h"
 #include "vorhost/system/rooted_files.h"
 #include "vorhost/upload/entity_service.h"
 
@@ -22,7 +22,6 @@
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
-#include <exception>
 #include <filesystem>
 #include <optional>
 #include <ostream>
@@ -45,10 +44,11 @@ using TInstances = std::vector<boost::shared_ptr<TMemoryInstance>>;
 // Measures the steps of a run one after the other.
 class TStepClock {
   public:
-    void Finish(std::string step) {
-        const auto now = std::chrono::steady_clock::now();
-        times_.push_back({std::move(step), now - last_});
-        last_ = now;
+    void Finish(std::string step) { Finish(std::move(step), std::chrono::steady_clock::now() - last_); }
+    // A step of known duration.
+    void Finish(std::string step, std::chrono::nanoseconds duration) {
+        times_.push_back({std::move(step), duration});
+        last_ += duration;
     }
     std::vector<TStepTime> TakeTimes() {
         times_.push_back({"total", last_ - start_});
@@ -59,26 +59,6 @@ class TStepClock {
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
     std::chrono::steady_clock::time_point last_ = start_;
     std::vector<TStepTime> times_;
-};
-
-// The plug-in writes to the current directory, and paths of the command line mean the one the user stands in:
-// so the change is made around the request alone.
-class TWorkingDirectory {
-  public:
-    explicit TWorkingDirectory(const std::string& path) : previous_(std::filesystem::current_path()) {
-        if (::chdir(path.c_str()) != 0) {
-            throw TRunFailure("cannot enter directory " + path + ": " + std::strerror(errno));
-        }
-    }
-    ~TWorkingDirectory() {
-        std::error_code ignored;  // the way back may be gone; nothing relative is opened afterwards
-        std::filesystem::current_path(previous_, ignored);
-    }
-    TWorkingDirectory(const TWorkingDirectory&) = delete;
-    TWorkingDirectory& operator=(const TWorkingDirectory&) = delete;
-
-  private:
-    std::filesystem::path previous_;
 };
 
 void CheckDirectory(const std::string& path) {
@@ -119,26 +99,6 @@ boost::shared_ptr<TMemoryClass> ResultClass(TMemoryNamespace& collected) {
     return found ? found : collected.AddClass(resultClassName);
 }
 
-// What kept the plug-in from writing: it does not tell, but some of it can still be found out.
-std::string FindReason(const TPrivateDirectory& workplace) {
-    const std::string obstacle = workplace.FindObstacle();
-    return obstacle.empty() ? "" : ": " + obstacle;
-}
-
-void Request(TPluginLibrary& plugin, const boost::shared_ptr<TMemoryNamespace>& collected,
-             const boost::shared_ptr<TMemoryClass>& resultClass, const TPrivateDirectory& workplace) {
-    const TWorkingDirectory inDirectory(workplace.GetPath());
-    std::vector<boost::shared_ptr<ICIMClass>> resultClasses{resultClass};
-    try {
-        plugin.GetData(collected, resultClasses);
-    } catch (const NKELVOR20::TVORException& error) {
-        throw TRunFailure(std::string("the request failed: ") + error.what() + " (host status " +
-                          std::to_string(error.GetStatusCode().GetCode()) + ")" + FindReason(workplace));
-    } catch (const std::exception& error) {
-        throw TRunFailure(std::string("the request failed: ") + error.what());
-    }
-}
-
 // What the run was to write: each document is read through, and ready to be moved, before any file is moved.
 std::vector<TInventoryDocument> FinishedDocuments(const TPrivateDirectory& workplace) {
     std::vector<const char*> names{hardwareFileName};
@@ -150,7 +110,7 @@ std::vector<TInventoryDocument> FinishedDocuments(const TPrivateDirectory& workp
         documents.push_back(ReadInventoryDocument(workplace.GetPath(), name));
         if (!documents.back().isWhole) {
             throw TRunFailure(std::string("the plug-in has not written ") + name + " to its end" +
-                              FindReason(workplace));
+                              workplace.DescribeObstacle());
         }
         workplace.Protect(name);
     }
@@ -186,23 +146,9 @@ void MoveIntoPlace(std::optional<TOutputFile>& resultFile, TPrivateDirectory& wo
     }
 }
 
-// Instances that a loaded namespace had already are no results of this run.
-TInstances NewResults(const TMemoryClass& resultClass, std::size_t countBefore) {
-    const TInstances& all = resultClass.GetInstances();
-    return {all.begin() + static_cast<std::ptrdiff_t>(countBefore), all.end()};
-}
-
 std::string TextOf(const TMemoryInstance& instance, std::string_view property) {
     const TCIMValue* value = instance.Find(property);
     return value == nullptr ? std::string() : value->ToString(10);
-}
-
-void RequireResult(const TInstances& results, const TLogSinks& sinks) {
-    if (!results.empty()) {
-        return;
-    }
-    const auto& failures = sinks.GetHardFailures();
-    throw TRunFailure("the plug-in made no result" + (failures.empty() ? "" : ": " + failures.back()));
 }
 
 std::string DescribeMachine(const TMemoryNamespace& collected, const TMemoryInstance& result) {
@@ -236,25 +182,22 @@ void RunCollect(const TCollectOptions& options, std::ostream& out) {
     clock.Finish("collect");
 
     ApplySettings(options, source.collected);
-    TPluginLibrary plugin(options.pluginFile.empty() ? FindOwnPlugin() : options.pluginFile);
-    clock.Finish("load plug-in");
-
     TPrivateDirectory workplace(options.directory, "cannot write to " + options.directory);
-    const auto resultClass = ResultClass(*source.collected);
-    const std::size_t countBefore = resultClass->GetInstances().size();
-    Request(plugin, source.collected, resultClass, workplace);
+    const TPluginRequest request{options.pluginFile.empty() ? FindOwnPlugin() : options.pluginFile,
+                                 source.collected, ResultClass(*source.collected), workplace, sinks};
+    const TPluginAnswer answer = options.isolates ? AskPluginInIsolation(request) : AskPlugin(request);
+    clock.Finish("load plug-in", answer.loadTime);
     clock.Finish("request");
 
-    const TInstances results = NewResults(*resultClass, countBefore);
-    RequireResult(results, sinks);
-    sinks.RequireWritten();
+    const TInstances& results = answer.results;
     TRunSummary summary;
     summary.documents = FinishedDocuments(workplace);
     std::optional<TOutputFile> resultFile;
     if (!options.resultFile.empty()) {
         RequireInventory(results, workplace);
-        resultFile.emplace(options.resultFile,
-                           [&](std::ostream& file) { SaveInstances(resultClass->GetName(), results, file); });
+        resultFile.emplace(options.resultFile, [&](std::ostream& file) {
+            SaveInstances(request.resultClass->GetName(), results, file);
+        });
     }
     MoveIntoPlace(resultFile, workplace, summary.documents);
     summary.directory = options.directory;

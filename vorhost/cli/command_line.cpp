@@ -137,6 +137,8 @@ void AddCollectCommand(CLI::App& program, TCollectOptions& options) {
         .add_option("--plugin", options.pluginFile,
                     "Plug-in to run (default: the one installed with this program)")
         ->type_name("FILE");
+    command.add_flag("--isolate", options.isolates,
+                     "Run the plug-in in a process of its own, which it may take down without harm");
     command.add_option("--result", options.resultFile, "Write the result instances to this file, as CIM-XML")
         ->type_name("FILE");
 }

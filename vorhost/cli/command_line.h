@@ -36,6 +36,7 @@ struct TCollectOptions {
     std::string entityService;  ///< URL; empty: none
     std::string pluginFile;     ///< empty: the one that belongs to this program
     std::string resultFile;     ///< empty: not given
+    bool isolates = false;      ///< the plug-in runs in a process of its own
 };
 
 struct TSnapshotOptions {

@@ -6,15 +6,17 @@
 #include "vorhost/cli/command_line.h"
 #include "vorhost/cli/interruption.h"
 #include "vorhost/cli/output_file.h"
+#include "vorhost/cli/run_failure.h"
 #include "vorhost/cli/snapshot_command.h"
 
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <exception>
 #include <functional>
 #include <iostream>
-#include <new>
+#include <string>
 #include <variant>
 
 namespace {
@@ -52,8 +54,11 @@ void OccupyStandardStreams() {
     }
 }
 
-void Report(const char* failure) {
+// In one line, whatever a plug-in has put into its part of it.
+void Report(std::string failure) {
     GiveWayToSignals();
+    std::ranges::replace_if(
+        failure, [](char byte) { return byte == '\n' || byte == '\r'; }, ' ');
     std::cerr << "vorhost: " << failure << '\n';
 }
 
@@ -69,10 +74,8 @@ int main(int argc, char** argv) {
         const int status = std::visit(TRunCommand{}, command);
         GiveWayToSignals();
         return status;
-    } catch (const std::bad_alloc&) {
-        Report("out of memory");
     } catch (const std::exception& error) {
-        Report(error.what());
+        Report(DescribeFailure(error));
     }
     return eExitFailed;
 }

@@ -154,12 +154,12 @@ void TPrivateDirectory::MoveOut(const std::string& fileName, const TUninterrupte
     }
 }
 
-std::string TPrivateDirectory::FindObstacle() const {
+std::string TPrivateDirectory::DescribeObstacle() const {
     const std::string probe = PathOf("probe");
     const TFileDescriptor file(::open(probe.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, ownerOnly));
     const int error = file.IsOpen() ? ::posix_fallocate(file.Get(), 0, probeBytes) : errno;
     ::unlink(probe.c_str());
-    return error == 0 ? "" : std::generic_category().message(error);
+    return error == 0 ? "" : ": " + std::generic_category().message(error);
 }
 
 std::string TPrivateDirectory::PathOf(const std::string& fileName) const {

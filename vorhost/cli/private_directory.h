@@ -31,9 +31,9 @@ class TPrivateDirectory {
     /// symbolic link itself, not what it leads to).
     void MoveOut(const std::string& fileName, const TUninterrupted& together);
 
-    /// Why nothing more can be written here, as the system puts it; empty when something can. The plug-in
-    /// does not say what kept it from writing; a full disk still does.
-    std::string FindObstacle() const;
+    /// A colon and why nothing more can be written here, as the system puts it; empty when something can. The
+    /// plug-in does not say what kept it from writing; a full disk still does.
+    std::string DescribeObstacle() const;
 
   private:
     std::string PathOf(const std::string& fileName) const;

@@ -1,7 +1,10 @@
 // The failure language of the program: every step that cannot go on throws TRunFailure.
 #pragma once
 
+#include <exception>
+#include <new>
 #include <stdexcept>
+#include <string>
 
 namespace NVORHOST {
 
@@ -10,5 +13,11 @@ class TRunFailure : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
 };
+
+/// As the line for people puts it.
+inline std::string DescribeFailure(const std::exception& error) {
+    const bool isOutOfMemory = dynamic_cast<const std::bad_alloc*>(&error) != nullptr;
+    return isOutOfMemory ? "out of memory" : error.what();
+}
 
 }  // namespace NVORHOST

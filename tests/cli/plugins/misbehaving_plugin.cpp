@@ -1,6 +1,7 @@
 // A plug-in for every way in which one can misbehave. The environment variable MISBEHAVIOUR says in which: a
-// step of the plug-in's life and what it does there, as in "GetData: throws int". Without it, the plug-in
-// answers like a good one that has nothing to say.
+// step of the plug-in's life and what it does there, as in "GetData: throws int". Without it, the plug-in is
+// a good one that has nothing to say. INTERFACE_VERSION is what it answers to that question, REGISTERS how
+// many objects it registers.
 #include "host/plugin_callbacks.h"
 #include "host/root_object.h"
 #include "host/vor_exception.h"
@@ -14,6 +15,7 @@
 #include <exception>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <iterator>
 #include <stdexcept>
 #include <string>
@@ -33,8 +35,11 @@ void StartToWrite() {
     file << "half a f" << std::flush;
 }
 
+// The file "process" says, once it is there, that there is nothing more to come, and whose process waits.
 void WaitFor(const std::string& path) {
     StartToWrite();
+    std::ofstream("process.part") << ::getpid();
+    std::filesystem::rename("process.part", "process");
     while (path.empty() || !std::filesystem::exists(path)) {
         ::usleep(1000);
     }
@@ -62,6 +67,7 @@ constexpr TAction actions[] = {
     {"terminates", [] { std::terminate(); }},
     {"exits", [] { std::exit(3); }},
     {"exits at once", [] { ::_exit(0); }},
+    {"prints", [] { std::cout << "printed\n"; }},
     {"waits", [] { WaitFor(Variable("GO")); }},
     {"writes for ever", [] { WriteForEver(); }},
 };
@@ -99,7 +105,10 @@ class TMisbehavingPlugin : public IPluginCallbacks, public IPluginBasicQueryCall
     }
 
     int GetType() override { return NKELVOR20::eBasicQueryPlugin; }
-    std::string GetName() override { return "misbehaving plug-in"; }
+    std::string GetName() override {
+        Enter("GetName");
+        return "misbehaving plug-in";
+    }
     std::string GetVersion() override { return "1"; }
     std::string GetInterfaceVersion() override {
         const std::string version = Variable("INTERFACE_VERSION");

@@ -1,0 +1,86 @@
+#include "vorhost/cli/plugin_request.h"
+
+#include "host/vor_exception.h"
+#include "vorhost/cli/run_failure.h"
+#include "vorhost/services/plugin_library.h"
+
+#include <exception>
+#include <filesystem>
+#include <system_error>
+
+namespace NVORHOST {
+namespace {
+
+using TClock = std::chrono::steady_clock;
+
+// The plug-in writes to the current directory, and paths of the command line mean the one the user stands in:
+// so the change is made around the request alone.
+class TWorkingDirectory {
+  public:
+    explicit TWorkingDirectory(const std::string& path) : previous_(std::filesystem::current_path()) {
+        std::error_code error;
+        std::filesystem::current_path(path, error);
+        if (error) {
+            throw TRunFailure("cannot enter directory " + path + ": " + error.message());
+        }
+    }
+    ~TWorkingDirectory() {
+        std::error_code ignored;  // the way back may be gone; nothing relative is opened afterwards
+        std::filesystem::current_path(previous_, ignored);
+    }
+    TWorkingDirectory(const TWorkingDirectory&) = delete;
+    TWorkingDirectory& operator=(const TWorkingDirectory&) = delete;
+
+  private:
+    std::filesystem::path previous_;
+};
+
+[[noreturn]] void Fail(const TPluginRequest& request, const std::string& cause) {
+    throw TRunFailure(request.pluginFile + ": the request failed: " + cause);
+}
+
+// Whatever the plug-in throws is turned into a text while its library, which may hold that text, is loaded.
+void GetData(TPluginLibrary& plugin, const TPluginRequest& request) {
+    const TWorkingDirectory inDirectory(request.workplace.GetPath());
+    std::vector<boost::shared_ptr<ICIMClass>> resultClasses{request.resultClass};
+    try {
+        plugin.GetData(request.collected, resultClasses);
+    } catch (const NKELVOR20::TVORException& error) {
+        Fail(request, std::string(error.what()) + " (host status " +
+                          std::to_string(error.GetStatusCode().GetCode()) + ")" +
+                          request.workplace.DescribeObstacle());
+    } catch (const std::exception& error) {
+        Fail(request, std::string("exception: ") + error.what());
+    } catch (...) {
+        Fail(request, "exception of unknown type");
+    }
+}
+
+void RequireResult(const TPluginAnswer& answer, const TLogSinks& sinks) {
+    if (!answer.results.empty()) {
+        return;
+    }
+    const auto& failures = sinks.GetHardFailures();
+    throw TRunFailure("the plug-in made no result" + (failures.empty() ? "" : ": " + failures.back()));
+}
+
+}  // namespace
+
+TPluginAnswer AskPlugin(const TPluginRequest& request) {
+    // Instances that a loaded namespace had already are no results of this request.
+    const auto countBefore = static_cast<std::ptrdiff_t>(request.resultClass->GetInstances().size());
+    TPluginAnswer answer;
+    {
+        const auto start = TClock::now();
+        TPluginLibrary plugin(request.pluginFile);
+        answer.loadTime = TClock::now() - start;
+        GetData(plugin, request);
+    }
+    const auto& instances = request.resultClass->GetInstances();
+    answer.results.assign(instances.begin() + countBefore, instances.end());
+    RequireResult(answer, request.sinks);
+    request.sinks.RequireWritten();
+    return answer;
+}
+
+}  // namespace NVORHOST
