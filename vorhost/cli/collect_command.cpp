@@ -21,12 +21,12 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <optional>
 #include <ostream>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -68,17 +68,20 @@ void CheckDirectory(const std::string& path) {
                           (error ? error.message() : "not a directory"));
     }
     if (::access(path.c_str(), W_OK | X_OK) != 0) {
-        throw TRunFailure("cannot write to directory " + path + ": " + std::strerror(errno));
+        throw TRunFailure("cannot write to directory " + path + ": " +
+                          std::generic_category().message(errno));
     }
 }
 
 void SetIdentity(const std::optional<std::string>& kelId) {
     if (kelId) {
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread looks at the environment
         ::setenv(identityVariable, kelId->c_str(), /*overwrite=*/1);
     }
 }
 
 bool HasIdentity() {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread changes the environment
     const char* identity = std::getenv(identityVariable);
     return identity != nullptr && *identity != '\0';
 }

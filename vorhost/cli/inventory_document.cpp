@@ -4,10 +4,10 @@
 #include "vorhost/cli/run_failure.h"
 
 #include <cerrno>
-#include <cstring>
 #include <filesystem>
 #include <optional>
 #include <string_view>
+#include <system_error>
 
 namespace NVORHOST {
 namespace {
@@ -49,7 +49,7 @@ TInventoryDocument ReadInventoryDocument(const std::string& directory, const std
     // The compressed data has an end of its own, which only closing asks for.
     document.isWhole = stream.rdbuf()->close() != nullptr && last == documentEnd;
     if (!document.isWhole && errno != 0) {
-        throw TRunFailure("cannot read " + fileName + ": " + std::strerror(errno));
+        throw TRunFailure("cannot read " + fileName + ": " + std::generic_category().message(errno));
     }
     std::error_code ignored;
     document.sizeBytes = std::filesystem::file_size(path, ignored);

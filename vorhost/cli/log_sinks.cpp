@@ -4,11 +4,11 @@
 #include "vorhost/services/core_logger.h"
 
 #include <cerrno>
-#include <cstring>
 #include <fstream>
 #include <iostream>
 #include <memory>
 #include <string>
+#include <system_error>
 
 namespace NVORHOST {
 namespace {
@@ -16,7 +16,7 @@ namespace {
 constexpr int hardFailureLevel = 0;
 
 [[noreturn]] void Fail(const std::string& logFile, int error) {
-    throw TRunFailure("cannot append to log file " + logFile + ": " + std::strerror(error));
+    throw TRunFailure("cannot append to log file " + logFile + ": " + std::generic_category().message(error));
 }
 
 }  // namespace

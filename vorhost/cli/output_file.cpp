@@ -3,16 +3,16 @@
 #include "vorhost/cli/run_failure.h"
 
 #include <cerrno>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <system_error>
 
 namespace NVORHOST {
 namespace {
 
 [[noreturn]] void Fail(const std::string& path, int error) {
-    throw TRunFailure("cannot write " + path + ": " + std::strerror(error));
+    throw TRunFailure("cannot write " + path + ": " + std::generic_category().message(error));
 }
 
 // A device, a pipe or a terminal is written to, not replaced.

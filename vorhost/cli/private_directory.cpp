@@ -11,7 +11,6 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <string_view>
 #include <system_error>
@@ -26,7 +25,7 @@ constexpr mode_t ownerOnly = S_IRUSR | S_IWUSR;
 constexpr off_t probeBytes = 65536;  // more than any buffer of the plug-in holds back
 
 [[noreturn]] void Fail(const std::string& failure, int error) {
-    throw TRunFailure(failure + ": " + std::strerror(error));
+    throw TRunFailure(failure + ": " + std::generic_category().message(error));
 }
 
 // The descriptor of a directory whose lock was free; else -1, and errno says why.
