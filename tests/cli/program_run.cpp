@@ -76,6 +76,10 @@ TRunningProgram::TRunningProgram(const std::string& program, const TProgramRun& 
     auto environmentPointers = Pointers(environment);
     process_ = ::fork();
     if (process_ == 0) {
+        // Tests that run in the background, or without a terminal, may have been told to ignore some.
+        for (const int number : {SIGHUP, SIGINT, SIGTERM}) {
+            std::signal(number, SIG_DFL);
+        }
         const int input = ::open("/dev/null", O_RDONLY);
         if ((!run.directory.empty() && ::chdir(run.directory.c_str()) != 0) || ::dup2(input, 0) < 0 ||
             ::dup2(output_->GetDescriptor(), 1) < 0 || ::dup2(error_->GetDescriptor(), 2) < 0) {

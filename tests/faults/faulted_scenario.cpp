@@ -107,6 +107,10 @@ bool IsLike(const TProgramResult& one, const TProgramResult& other) {
            one.standardError == other.standardError;
 }
 
+bool IsInPrivateDirectory(const std::string& path) {
+    return path.find(".vorhost-*") != std::string::npos;
+}
+
 }  // namespace
 
 TFiles FilesIn(const std::string& folder) {
@@ -146,6 +150,53 @@ TFaultedScenario::TOutcome TFaultedScenario::RunWith(const TCallFault& fault) co
     return {Anonymous(run.path, folder.GetPath()),
             (isDone ? "done" : DescribeFailure(result)) +
                 DescribeFiles(actual, expected, scenario_.before, after_)};
+}
+
+std::string TFaultedScenario::DescribeState(const TFiles& actual) const {
+    std::size_t oldFiles = 0;
+    std::size_t newFiles = 0;
+    std::string text;
+    for (const auto& [path, bytes] : after_) {
+        if (path == scenario_.log || HasFile(scenario_.before, path, bytes)) {
+            continue;
+        }
+        if (HasFile(actual, path, bytes)) {
+            ++newFiles;
+        } else if (HasFile(scenario_.before, path, actual.contains(path) ? actual.at(path) : "")) {
+            ++oldFiles;
+        } else {
+            text += "; " + path + " is broken";
+        }
+    }
+    for (const auto& [path, bytes] : actual) {
+        if (!after_.contains(path) && !IsInPrivateDirectory(path)) {
+            text += "; leaves " + path;
+        }
+    }
+    if (newFiles == 0 || oldFiles == 0) {
+        return (newFiles == 0 ? "all old" : "all new") + text;
+    }
+    return "some new" + text;
+}
+
+TFaultedScenario::TEnd TFaultedScenario::RunEndedBy(const TCallFault& fault) const {
+    const TTemporaryDirectory folder;
+    Fill(folder.GetPath(), scenario_.before);
+    std::string watched = scenario_.watched;
+    Replace(watched, "DIR", folder.GetPath());
+    const TFaultedRun run = RunWithFault(RunIn(folder.GetPath(), scenario_), fault, watched);
+    const TFiles files = FilesIn(folder.GetPath());
+    TEnd end{Anonymous(run.path, folder.GetPath()), run.result.status, DescribeState(files), false, {}};
+    end.leavesDirectory =
+        std::ranges::any_of(files, [](const auto& file) { return IsInPrivateDirectory(file.first); });
+    const auto next = Anonymous(NVORHOST::RunVorhost(RunIn(folder.GetPath(), scenario_)), folder.GetPath());
+    TFiles left = FilesIn(folder.GetPath());
+    TFiles expected = after_;
+    left.erase(scenario_.log);
+    expected.erase(scenario_.log);
+    end.nextRun = (IsLike(next, result_) ? "done" : DescribeFailure(next)) +
+                  DescribeFiles(left, expected, scenario_.before, after_);
+    return end;
 }
 
 }  // namespace NTEST

@@ -40,7 +40,22 @@ class TFaultedScenario {
     };
     TOutcome RunWith(const TCallFault& fault) const;
 
+    struct TEnd {
+        std::string path;  ///< as above
+        int status = -1;
+        /// "all old", "all new" or "some new", of the files that the run is to write; "; X ..." says what is
+        /// in no run's sense.
+        std::string files;
+        bool leavesDirectory = false;  ///< the private one
+        /// What another run makes of it: "done" when all is as if the first one had never been.
+        std::string nextRun;
+    };
+    /// The fault is a signal that ends the run.
+    TEnd RunEndedBy(const TCallFault& fault) const;
+
   private:
+    std::string DescribeState(const TFiles& actual) const;
+
     TScenario scenario_;
     NVORHOST::TProgramResult result_;
     TFiles after_;

@@ -7,7 +7,8 @@
 //
 // Kinds: open, create, mkdir, list, readlink, read, write, close, rename, chmod, unlink. In place of an
 // error, read and write take "SHORT": half of what was asked for is done, and said to be; write takes "FULL":
-// it lacks its last byte, and every later one fails with ENOSPC. A close that fails has closed, as those of
+// it lacks its last byte, and every later one fails with ENOSPC. With "KILL" the program is killed before the
+// call, with "TERM" it gets that signal and goes on. A close that fails has closed, as those of
 // the kernel have. Only the functions that the program and its libraries call are here; a call that comes
 // through another one is not counted, and the table of the test then misses it.
 // NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp,readability-identifier-naming)
@@ -25,6 +26,7 @@
 #include <atomic>
 #include <cerrno>
 #include <climits>
+#include <csignal>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -37,6 +39,8 @@ namespace {
 // In place of an errno.
 constexpr int shortCount = -1;
 constexpr int fullDisk = -2;
+constexpr int killed = -3;
+constexpr int terminated = -4;
 
 struct TErrorName {
     std::string_view name;
@@ -44,8 +48,8 @@ struct TErrorName {
 };
 
 constexpr TErrorName errorNames[] = {
-    {"ENOSPC", ENOSPC}, {"EIO", EIO},          {"EMFILE", EMFILE}, {"EROFS", EROFS},
-    {"EINTR", EINTR},   {"SHORT", shortCount}, {"FULL", fullDisk},
+    {"ENOSPC", ENOSPC},    {"EIO", EIO},       {"EMFILE", EMFILE}, {"EROFS", EROFS},     {"EINTR", EINTR},
+    {"SHORT", shortCount}, {"FULL", fullDisk}, {"KILL", killed},   {"TERM", terminated},
 };
 
 // What was done of the call that a fault met.
@@ -126,6 +130,10 @@ class TFault {
         }
         if (count == number_) {
             Report(std::string(kind_).append(" ").append(path).append("\n"));
+        }
+        if (error_ == killed || error_ == terminated) {
+            (void)std::raise(error_ == killed ? SIGKILL : SIGTERM);
+            return EFate::passes;
         }
         if (error_ == shortCount) {
             return EFate::isHalved;

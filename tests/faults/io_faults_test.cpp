@@ -350,8 +350,6 @@ class TIoFaults : public testing::TestWithParam<TCase> {
     }
 
     TFaultedScenario scenario_{GetParam().makeScenario()};
-
-  private:
     int faults_ = 0;
 };
 
@@ -374,6 +372,36 @@ TEST_P(TIoFaults, HurtNothingWhenTheyLast) {
     for (unsigned number = 1; const auto failed = FailCall(number, "EIO", /*isLasting=*/true); ++number) {
         EXPECT_THAT(failed->end, Not(AnyOf(StartsWith("status"), HasSubstr("broken"), HasSubstr("gone"))))
             << "from call " << number << ", of " << failed->path;
+    }
+}
+
+// Between any two calls is every moment at which files change.
+TEST_P(TIoFaults, LeaveOldOrNewFilesWhenTheRunIsKilledInstead) {
+    for (unsigned number = 1;; ++number) {
+        const auto end = scenario_.RunEndedBy({GetParam().kind, number, false, "KILL"});
+        if (end.path.empty()) {
+            break;
+        }
+        SCOPED_TRACE("call " + std::to_string(number) + ", of " + end.path);
+        ++faults_;
+        EXPECT_EQ(end.status, 137);
+        EXPECT_THAT(end.files, AnyOf("all old", "some new", "all new"));
+        EXPECT_EQ(end.nextRun, "done");
+    }
+}
+
+TEST_P(TIoFaults, LeaveAllFilesOldOrAllNewWhenTheRunIsTerminatedInstead) {
+    for (unsigned number = 1;; ++number) {
+        const auto end = scenario_.RunEndedBy({GetParam().kind, number, false, "TERM"});
+        if (end.path.empty()) {
+            break;
+        }
+        SCOPED_TRACE("call " + std::to_string(number) + ", of " + end.path);
+        ++faults_;
+        EXPECT_EQ(end.status, 143);
+        EXPECT_THAT(end.files, AnyOf("all old", "all new"));
+        EXPECT_FALSE(end.leavesDirectory);
+        EXPECT_EQ(end.nextRun, "done");
     }
 }
 

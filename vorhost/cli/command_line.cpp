@@ -52,7 +52,8 @@ std::vector<std::string> ReadCollectorNames(const std::string& option, const std
         if (std::ranges::find(GetCollectors(), name, &TCollector::name) == GetCollectors().end()) {
             std::string known;
             for (const TCollector& collector : GetCollectors()) {
-                known += (known.empty() ? "" : ", ") + std::string(collector.name);
+                known += known.empty() ? "" : ", ";
+                known += collector.name;
             }
             throw CLI::ValidationError(option, "'" + name + "' is none of " + known);
         }
