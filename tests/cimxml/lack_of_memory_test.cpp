@@ -1,9 +1,10 @@
 // Loading and saving when memory runs out, at every allocation in turn: the exception reaches the caller,
 // nothing leaks, and the target is as it was. The program's own operator new, and the XML library's own
 // allocations, fail on order.
-#include "allocation_faults.h"
 #include "cimxml_fixture.h"
+#include "tests/allocations/allocation_faults.h"
 #include "vorhost/cimxml/save.h"
+#include "xml_allocation_faults.h"
 
 #include <gtest/gtest.h>
 
@@ -25,6 +26,9 @@ const std::string document = InGroup(
              "place</KEYVALUE>"
              "</KEYBINDING></INSTANCENAME></VALUE.REFERENCE></PROPERTY.REFERENCE>"));
 
+using ::NTEST::LiveAllocations;
+using ::NTEST::TAllocationFault;
+
 enum class EOutcome { done, outOfMemory };
 
 EOutcome TryToLoad(TMemoryNamespace& target) {
@@ -37,28 +41,34 @@ EOutcome TryToLoad(TMemoryNamespace& target) {
 }
 
 // Fails the first allocation, then the second, and so on until there are no more; gives their number.
-std::size_t LoadWithFailures(std::size_t& untilFailure) {
+template <typename TMakeFault>
+std::size_t LoadWithFailures(const TMakeFault& makeFault) {
     std::size_t number = 0;
-    for (bool hasFailed = true; hasFailed; number += hasFailed ? 1U : 0U) {
-        TMemoryNamespace target;
-        target.AddClass("B");
-        untilFailure = number + 1;
-        const EOutcome outcome = TryToLoad(target);
-        hasFailed = untilFailure == 0;
-        untilFailure = 0;
-        EXPECT_EQ(target.GetClasses().size(), outcome == EOutcome::done ? 2U : 1U) << number;
-        EXPECT_TRUE(hasFailed || outcome == EOutcome::done) << number;
+    for (bool hasStruck = true; hasStruck;) {
+        const std::size_t liveBefore = LiveAllocations();
+        {
+            TMemoryNamespace target;
+            target.AddClass("B");
+            EOutcome outcome = EOutcome::done;
+            {
+                const auto fault = makeFault(++number);
+                outcome = TryToLoad(target);
+                hasStruck = fault.HasStruck();
+            }
+            EXPECT_EQ(target.GetClasses().size(), outcome == EOutcome::done ? 2U : 1U) << number;
+            EXPECT_TRUE(hasStruck || outcome == EOutcome::done) << number;
+        }
+        EXPECT_EQ(LiveAllocations(), liveBefore) << number;
     }
-    return number;
+    return number - 1;
 }
 
 TEST(LackOfMemory, WhileLoadingLeavesTheTargetAsItWas) {
-    EXPECT_GT(LoadWithFailures(newsUntilFailure), 30U);
+    EXPECT_GT(LoadWithFailures(TAllocationFault::OfNumber), 30U);
 }
 
 TEST(LackOfMemory, OfTheXmlLibraryLeavesTheTargetAsItWas) {
-    LetXmlAllocationsFail();
-    EXPECT_GT(LoadWithFailures(mallocsUntilFailure), 20U);
+    EXPECT_GT(LoadWithFailures([](std::size_t number) { return TXmlAllocationFault(number); }), 20U);
 }
 
 TEST(LackOfMemory, WhileSavingPassesToTheCaller) {
@@ -67,16 +77,21 @@ TEST(LackOfMemory, WhileSavingPassesToTheCaller) {
     std::ostringstream expected;
     SaveNamespace(source, expected);
     std::size_t number = 0;
-    for (bool isDone = false; !isDone;) {
-        std::ostringstream out;
-        newsUntilFailure = ++number;
-        try {
-            SaveNamespace(source, out);
-            isDone = true;
-        } catch (const std::bad_alloc&) {
+    for (bool hasStruck = true; hasStruck;) {
+        const std::size_t liveBefore = LiveAllocations();
+        {
+            std::ostringstream out;
+            const auto fault = TAllocationFault::OfNumber(++number);
+            try {
+                SaveNamespace(source, out);
+                // A stream that lacks memory keeps its failure for its owner.
+                EXPECT_TRUE(!out.good() || out.view() == expected.view()) << number;
+            } catch (const std::bad_alloc&) {
+                EXPECT_TRUE(fault.HasStruck()) << number;
+            }
+            hasStruck = fault.HasStruck();
         }
-        newsUntilFailure = 0;
-        EXPECT_TRUE(!isDone || !out.good() || out.str() == expected.str()) << number;
+        EXPECT_EQ(LiveAllocations(), liveBefore) << number;
     }
     EXPECT_GT(number, 10U);
 }

@@ -1,7 +1,7 @@
 // A request over everything that can be collected, short of memory at every single place: it answers whole or
 // not at all, passes on what nobody handles, and gives back all it took.
 #include "full_request.h"
-#include "tests/plugin/allocation_faults.h"
+#include "tests/allocations/allocation_faults.h"
 
 #include <gmock/gmock.h>
 

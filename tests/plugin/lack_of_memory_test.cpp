@@ -1,6 +1,6 @@
 // Requests that run out of memory, and hardware files whose bytes are not the ones that were written: the two
 // ways to reach what an intact machine never shows.
-#include "tests/plugin/allocation_faults.h"
+#include "tests/allocations/allocation_faults.h"
 #include "tests/plugin/plain_base64.h"
 #include "tests/plugin/request_fixture.h"
 

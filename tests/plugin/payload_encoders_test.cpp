@@ -1,5 +1,5 @@
+#include "tests/allocations/allocation_faults.h"
 #include "tests/doubles/host_doubles.h"
-#include "tests/plugin/allocation_faults.h"
 #include "tests/plugin/plain_base64.h"
 #include "tests/plugin/plugin_fixture.h"
 

@@ -1,7 +1,7 @@
 #include "host/root_object.h"
 #include "host/vor_exception.h"
+#include "tests/allocations/allocation_faults.h"
 #include "tests/doubles/host_doubles.h"
-#include "tests/plugin/allocation_faults.h"
 #include "tests/plugin/plugin_fixture.h"
 
 #include <boost/make_shared.hpp>

@@ -1,7 +1,7 @@
 // The host's result class and instance at their worst: each call of them throws in turn, or hands out
 // nothing.
 #include "host/vor_exception.h"
-#include "tests/plugin/allocation_faults.h"
+#include "tests/allocations/allocation_faults.h"
 #include "tests/plugin/request_fixture.h"
 
 #include <gmock/gmock.h>

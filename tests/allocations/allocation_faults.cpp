@@ -1,6 +1,6 @@
 // Replaces the global allocation functions of the test program. Requests run on one thread, but a helper
 // thread may allocate beside it, hence the atomics.
-#include "tests/plugin/allocation_faults.h"
+#include "tests/allocations/allocation_faults.h"
 
 #include <array>
 #include <atomic>
