@@ -19,10 +19,28 @@ file(RELATIVE_PATH NOXINFO_LIB_FROM_BIN "/prefix/${CMAKE_INSTALL_BINDIR}" "/pref
 file(RELATIVE_PATH NOXINFO_PLUGIN_FROM_BIN "/prefix/${CMAKE_INSTALL_BINDIR}" "/prefix/${NOXINFO_PLUGIN_DIR}")
 file(RELATIVE_PATH NOXINFO_LIB_FROM_PLUGIN "/prefix/${NOXINFO_PLUGIN_DIR}" "/prefix/${CMAKE_INSTALL_LIBDIR}")
 
+# Without this, CMake compiles programs to be position independent and leaves linking them so to the compiler's
+# default.
+include(CheckPIESupported)
+check_pie_supported(OUTPUT_VARIABLE pie_output LANGUAGES CXX)
+if(NOT CMAKE_CXX_LINK_PIE_SUPPORTED)
+  message(WARNING "Programs are not linked position independent: ${pie_output}")
+endif()
+
+# Not every processor has a form of these.
+include(CheckCXXCompilerFlag)
+foreach(flag stack-clash-protection cf-protection)
+  string(MAKE_C_IDENTIFIER "NOXINFO_HAS_${flag}" known)
+  check_cxx_compiler_flag("-f${flag}" ${known})
+  if(${known})
+    list(APPEND NOXINFO_HARDENING "-f${flag}")
+  endif()
+endforeach()
+
 add_library(noxinfo_flags INTERFACE)
 target_compile_options(noxinfo_flags INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion
-  -fstack-protector-strong
+  -fstack-protector-strong ${NOXINFO_HARDENING}
   -fno-semantic-interposition
   $<$<CONFIG:Release,RelWithDebInfo>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>)
 # With full optimisation g++ 12 warns of overlaps that cannot be when a literal and a number's text are put together.
