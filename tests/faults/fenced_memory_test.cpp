@@ -2,7 +2,9 @@
 #include "fenced_memory.h"
 
 #include "full_namespace.h"
+#include "gzstream/gzstreams.h"
 #include "tests/plugin/request_fixture.h"
+#include "tests/plugin/working_directory.h"
 #include "writer/nox_xml_writer.h"
 
 #include <gtest/gtest.h>
@@ -10,6 +12,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
+#include <iterator>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -116,6 +119,31 @@ TEST(Fenced, LinesOfEveryLengthFitTheirRoom) {
     TNOXXMLWriterImpl writer(out);
     for (std::size_t size = 1; size <= 600; ++size) {
         writer.WriteValue(NKELVOR20::TCIMValue(std::string(size, 'x') + '&'));
+    }
+}
+
+// The buffer that a stream makes for itself holds 8192 characters, one less for writing.
+TEST(Fenced, StreamsStayWithinTheirOwnBuffers) {
+    const NTEST::TWorkingDirectory directory;
+    for (const std::size_t size : {std::size_t{1}, std::size_t{8190}, std::size_t{8191}, std::size_t{8192},
+                                   std::size_t{8193}, std::size_t{20'000}}) {
+        const TFencedMemory fence;
+        const std::string text = Bytes(size);
+        gzofstream written("text.gz");
+        for (const char character : text) {
+            written.put(character);
+        }
+        written.write(text.data(), std::ssize(text));
+        written.close();
+        EXPECT_FALSE(written.fail());
+
+        gzifstream read("text.gz");
+        std::string got;
+        for (char character = 0; read.get(character);) {
+            got += character;
+        }
+        EXPECT_TRUE(got == text + text) << size;
+        EXPECT_GT(fence.Count(), 1U);
     }
 }
 
