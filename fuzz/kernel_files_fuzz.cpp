@@ -87,7 +87,7 @@ void DecodeEscapes(std::string_view text) {
 // What is found is a part of the text, not a copy.
 void FindParts(std::string_view text) {
     for (const auto& part : {FindUdevProperty(text, "ID_SERIAL"), FindUeventValue(text, "DRIVER")}) {
-        Require(!part ||
+        Require(!part || part->empty() ||
                     (part->data() >= text.data() && part->data() + part->size() <= text.data() + text.size()),
                 "what is found lies within the text");
     }
