@@ -72,6 +72,18 @@ std::string ClassOf(const std::string& driver, int channel) {
     return classes;
 }
 
+TEST(Disks, BehindAHostThatDoesNotNameItsDriverAreToldByTheDriverOfTheAdapter) {
+    const std::string disk = Disk("sda", "0000:00:05.0/host0/target0:2:0/0:2:0:0", "scsi", {"model = Disk"});
+    const std::string driver =
+        "/sys/devices/pci0000:00/0000:00:05.0/driver -> ../../../bus/pci/drivers/megaraid_sas\n";
+    for (const std::string& host : {std::string(), Driver(0, "(null)"), Driver(0, "<NULL>")}) {
+        TCollected collected;
+        Collect(disk + driver + host, collected);
+        EXPECT_EQ(collected.CountInstances("KELSG_LSILogicalDisk"), 1U) << host;
+        EXPECT_EQ(collected.CountInstances(physical), 0U) << host;
+    }
+}
+
 TEST(Disks, BehindRaidAdaptersAreToldFromVolumesByDriverAndChannel) {
     EXPECT_EQ(ClassOf("megaraid_sas", 0), physical);
     EXPECT_EQ(ClassOf("megaraid_sas", 1), physical);

@@ -12,7 +12,10 @@ TREES = {  # archive -> (folder in it, lsblk's text with sizes in bytes)
                                                       "hwloc-32em64t-2n8c+dax+nvme+mic+dimms.lsblk.txt"),
 }
 ROUNDED_TREES = ("lsblk-simple-lvm", "lsblk-simple-nvme")
+# Disks that are volumes of a RAID adapter: to lsblk they are disks like others.
+VOLUMES = {"ghw-xeon-L5640.tar.gz": ["sda"]}
 DISK_CLASSES = ("KELSG_DiskDrive", "CIM_DiskDrive")
+VOLUME_CLASSES = ("KELSG_LSILogicalDisk", "KELSG_LSIIDELogicalDisk", "KELSG_srLogicalDisk")
 OPTICAL_CLASSES = ("KELSG_CDROMDrive", "KELSG_DVDDrive")
 NO_DISKS = ("loop", "ram", "zram", "dm-", "md", "sr", "fd")
 
@@ -70,7 +73,11 @@ def explain_container(theirs, ours):
 
 
 def compare_exact(machine, rows, instances, agreement):
-    disks = sorted(int(row["SIZE"]) // 1000 for row in rows if row["TYPE"] == "disk" and is_disk(kernel_name(row)))
+    volumes = VOLUMES.get(machine, [])
+    agreement.compare(machine, "volumes", "RAID volume: count", len(volumes),
+                      len(instances_of(instances, VOLUME_CLASSES)))
+    disks = sorted(int(row["SIZE"]) // 1000 for row in rows
+                   if row["TYPE"] == "disk" and is_disk(kernel_name(row)) and kernel_name(row) not in volumes)
     ours = sorted(int(disk["MaxMediaSize"]) for disk in instances_of(instances, DISK_CLASSES))
     agreement.compare(machine, "disks", "disk: count", len(disks), len(ours))
     for theirs, size in zip(disks, ours):
@@ -86,14 +93,13 @@ def compare_exact(machine, rows, instances, agreement):
 def compare_summary(machine, summary, instances, agreement):
     """What another inventory said of the disks while the machine ran."""
     disks = [disk for disk in summary["block"]["disks"] if is_disk(disk["name"])]
-    ours = instances_of(instances, DISK_CLASSES)
+    ours = instances_of(instances, DISK_CLASSES + VOLUME_CLASSES)
     agreement.compare(machine, "disks", "disk: count", len(disks), len(ours))
     partitions = partitions_by_name(instances)
     for disk, instance in zip(disks, ours):
-        agreement.compare(machine, disk["name"], "disk: MaxMediaSize", str(disk["size_bytes"] // 1000),
-                          instance.get("MaxMediaSize"))
-        agreement.compare(machine, disk["name"], "disk: MediaIsLocked", None if disk["removable"] else "TRUE",
-                          instance.get("MediaIsLocked"))
+        if disk["name"] not in VOLUMES.get(machine, []):
+            agreement.compare(machine, disk["name"], "disk: MaxMediaSize", str(disk["size_bytes"] // 1000),
+                              instance.get("MaxMediaSize"))
         for partition in disk["partitions"]:
             agreement.compare(machine, partition["name"], "partition: Size", str(partition["size_bytes"]),
                               partitions.get(partition["name"], {}).get("Size"))

@@ -51,7 +51,7 @@ inline bool IsLogicalDisk(const TDisk& disk) {
 std::vector<TDisk> ReadDisks(TCollection& collection);
 
 /// What that reads.
-inline constexpr std::array<TSourcePattern, 13> diskSources{
+inline constexpr std::array<TSourcePattern, 14> diskSources{
     "/sys/block",
     "/sys/block/*",
     "/sys/block/*/*",
@@ -60,6 +60,7 @@ inline constexpr std::array<TSourcePattern, 13> diskSources{
     "/sys/class/raid_devices/**",
     "/sys/class/scsi_host/*/proc_name",
     "/sys/devices/**/*:*:*.*",
+    "/sys/devices/**/driver",
     "/sys/devices/**/ata_port/*/port_no",
     "/sys/devices/**/sas_device/*/sas_address",
     "/sys/devices/**/usb*/version",

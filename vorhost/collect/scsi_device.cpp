@@ -126,7 +126,13 @@ std::string ReadScsiHostDriver(const TScsiDevice& device) {
         return {};
     }
     const std::string name(host.substr(host.rfind('/') + 1));
-    return ReadAttribute(device.files, "/sys/class/scsi_host/" + name + "/proc_name").value_or("");
+    const auto driver = ReadAttribute(device.files, "/sys/class/scsi_host/" + name + "/proc_name");
+    if (driver && *driver != "(null)" && *driver != "<NULL>") {
+        return *driver;
+    }
+    // Drivers need no such name, and trees may lack the class: the adapter's driver is the host's.
+    const std::string adapter(host.substr(0, host.rfind('/')));
+    return ReadLinkedName(device.files, adapter + "/driver").value_or("");
 }
 
 std::string FindScsiAddress(const TScsiDevice& device) {

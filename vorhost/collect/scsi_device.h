@@ -26,7 +26,8 @@ std::string ReadScsiIdentity(const TScsiDevice& device);
 /// "USB", "ATA", "SAS" or "SCSI".
 std::string FindScsiTransport(const TScsiDevice& device);
 
-/// The name by which the driver of its host calls itself ("megaraid_sas"); empty when it does not.
+/// The name by which the driver of its host calls itself ("megaraid_sas"), else by which the kernel knows it;
+/// empty without one. Reads ".../driver" of the adapter besides what is listed below.
 std::string ReadScsiHostDriver(const TScsiDevice& device);
 
 /// "host:channel:target:unit" as in its path; empty when the path has none.
