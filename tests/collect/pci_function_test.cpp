@@ -109,16 +109,17 @@ TEST(PciFunctions, TellTheirSelectTimingOnlyWhereTheyHaveOne) {
 
 class TSmallDatabase final : public IDeviceNames {
   public:
-    std::optional<std::string> FindPciVendor(std::uint16_t vendorId) const override {
-        return vendorId == 0x8086 ? std::optional<std::string>("Intel Corporation") : std::nullopt;
+    TDeviceName FindPci(std::uint16_t vendorId, std::uint16_t deviceId) const override {
+        TDeviceName name;
+        if (vendorId == 0x8086) {
+            name.vendor = "Intel Corporation";
+        }
+        if (deviceId == 0x100E) {
+            name.device = "82540EM";
+        }
+        return name;
     }
-    std::optional<std::string> FindPciDevice(std::uint16_t, std::uint16_t deviceId) const override {
-        return deviceId == 0x100E ? std::optional<std::string>("82540EM") : std::nullopt;
-    }
-    std::optional<std::string> FindUsbVendor(std::uint16_t) const override { return std::nullopt; }
-    std::optional<std::string> FindUsbDevice(std::uint16_t, std::uint16_t) const override {
-        return std::nullopt;
-    }
+    TDeviceName FindUsb(std::uint16_t, std::uint16_t) const override { return {}; }
 };
 
 TEST(PciFunctions, TakeTheirNamesFromADatabaseWhereThereIsOne) {

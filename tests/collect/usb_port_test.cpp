@@ -184,16 +184,16 @@ TEST(UsbPorts, WithoutReadableBusFolderAreNone) {
 
 class TSmallDatabase final : public IDeviceNames {
   public:
-    std::optional<std::string> FindPciVendor(std::uint16_t) const override { return std::nullopt; }
-    std::optional<std::string> FindPciDevice(std::uint16_t, std::uint16_t) const override {
-        return std::nullopt;
-    }
-    std::optional<std::string> FindUsbVendor(std::uint16_t vendorId) const override {
-        return vendorId == 0x1D6B ? std::optional<std::string>("Example Foundation") : std::nullopt;
-    }
-    std::optional<std::string> FindUsbDevice(std::uint16_t vendorId, std::uint16_t productId) const override {
-        return vendorId == 0x1D6B && productId == 0x0104 ? std::optional<std::string>("Composite Gadget")
-                                                         : std::nullopt;
+    TDeviceName FindPci(std::uint16_t, std::uint16_t) const override { return {}; }
+    TDeviceName FindUsb(std::uint16_t vendorId, std::uint16_t productId) const override {
+        TDeviceName name;
+        if (vendorId == 0x1D6B) {
+            name.vendor = "Example Foundation";
+        }
+        if (vendorId == 0x1D6B && productId == 0x0104) {
+            name.device = "Composite Gadget";
+        }
+        return name;
     }
 };
 

@@ -26,10 +26,10 @@ bool HasDatabase() {
 
 TEST(HardwareDatabase, HasNoNameForNumbersThatNobodyHas) {
     const THardwareDatabase names;
-    EXPECT_EQ(names.FindPciVendor(unknownVendor), std::nullopt);
-    EXPECT_EQ(names.FindPciDevice(unknownVendor, unknownDevice), std::nullopt);
-    EXPECT_EQ(names.FindUsbVendor(unknownVendor), std::nullopt);
-    EXPECT_EQ(names.FindUsbDevice(unknownVendor, unknownDevice), std::nullopt);
+    EXPECT_EQ(names.FindPci(unknownVendor, unknownDevice).vendor, std::nullopt);
+    EXPECT_EQ(names.FindPci(unknownVendor, unknownDevice).device, std::nullopt);
+    EXPECT_EQ(names.FindUsb(unknownVendor, unknownDevice).vendor, std::nullopt);
+    EXPECT_EQ(names.FindUsb(unknownVendor, unknownDevice).device, std::nullopt);
 }
 
 TEST(HardwareDatabase, IsOpenedAndClosedWithoutAQuestion) {
@@ -42,8 +42,8 @@ TEST(HardwareDatabase, OfNoSystemHasNoNames) {
         GTEST_SKIP() << "this system has a hardware database";
     }
     const THardwareDatabase names;
-    EXPECT_EQ(names.FindPciVendor(intel), std::nullopt);
-    EXPECT_EQ(names.FindUsbVendor(linuxFoundation), std::nullopt);
+    EXPECT_EQ(names.FindPci(intel, 0x100E).vendor, std::nullopt);
+    EXPECT_EQ(names.FindUsb(linuxFoundation, 0x0002).vendor, std::nullopt);
 }
 
 TEST(HardwareDatabase, NamesVendorsThatEveryDatabaseHas) {
@@ -51,9 +51,9 @@ TEST(HardwareDatabase, NamesVendorsThatEveryDatabaseHas) {
         GTEST_SKIP() << "this system has no hardware database";
     }
     const THardwareDatabase names;
-    EXPECT_EQ(names.FindPciVendor(intel), "Intel Corporation");
-    EXPECT_EQ(names.FindUsbVendor(linuxFoundation), "Linux Foundation");
-    EXPECT_EQ(names.FindUsbDevice(linuxFoundation, 0x0002), "2.0 root hub");
+    EXPECT_EQ(names.FindPci(intel, 0x100E).vendor, "Intel Corporation");
+    EXPECT_EQ(names.FindUsb(linuxFoundation, 0x0002).vendor, "Linux Foundation");
+    EXPECT_EQ(names.FindUsb(linuxFoundation, 0x0002).device, "2.0 root hub");
 }
 
 TEST(HardwareDatabase, NamesADeviceWithoutItsVendor) {
@@ -61,10 +61,27 @@ TEST(HardwareDatabase, NamesADeviceWithoutItsVendor) {
         GTEST_SKIP() << "this system has no hardware database";
     }
     const THardwareDatabase names;
-    const auto device = names.FindPciDevice(intel, 0x100E);
+    const auto device = names.FindPci(intel, 0x100E).device;
     ASSERT_TRUE(device.has_value());
     EXPECT_TRUE(device->starts_with("82540EM")) << *device;
-    EXPECT_EQ(names.FindPciDevice(intel, unknownDevice), std::nullopt);
+}
+
+TEST(HardwareDatabase, NamesTheVendorOfADeviceThatIsNotListed) {
+    if (!HasDatabase()) {
+        GTEST_SKIP() << "this system has no hardware database";
+    }
+    const THardwareDatabase names;
+    EXPECT_EQ(names.FindPci(intel, unknownDevice).vendor, "Intel Corporation");
+    EXPECT_EQ(names.FindPci(intel, unknownDevice).device, std::nullopt);
+}
+
+TEST(HardwareDatabase, AnswersAQuestionTwiceAlike) {
+    const THardwareDatabase names;
+    for (const std::uint16_t device : {std::uint16_t{0x100E}, unknownDevice}) {
+        const TDeviceName once = names.FindPci(intel, device);
+        EXPECT_EQ(names.FindPci(intel, device).vendor, once.vendor);
+        EXPECT_EQ(names.FindPci(intel, device).device, once.device);
+    }
 }
 
 }  // namespace

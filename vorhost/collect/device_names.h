@@ -8,18 +8,17 @@
 
 namespace NVORHOST {
 
+struct TDeviceName {
+    std::optional<std::string> vendor;  ///< absent when the database does not list the vendor
+    std::optional<std::string> device;  ///< without the vendor's name; absent when it is not listed
+};
+
 class IDeviceNames {
   public:
     virtual ~IDeviceNames() = default;
 
-    /// Absent when the database does not list the vendor.
-    virtual std::optional<std::string> FindPciVendor(std::uint16_t vendorId) const = 0;
-    /// The name of the device alone, without its vendor's. Absent when the database does not list it.
-    virtual std::optional<std::string> FindPciDevice(std::uint16_t vendorId,
-                                                     std::uint16_t deviceId) const = 0;
-    virtual std::optional<std::string> FindUsbVendor(std::uint16_t vendorId) const = 0;
-    virtual std::optional<std::string> FindUsbDevice(std::uint16_t vendorId,
-                                                     std::uint16_t productId) const = 0;
+    virtual TDeviceName FindPci(std::uint16_t vendorId, std::uint16_t deviceId) const = 0;
+    virtual TDeviceName FindUsb(std::uint16_t vendorId, std::uint16_t productId) const = 0;
 };
 
 }  // namespace NVORHOST

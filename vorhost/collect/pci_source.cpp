@@ -111,13 +111,13 @@ bool IsBridge(const TPciSource& source) {
 }
 
 std::string MakePciElementName(const TPciSource& source, const IDeviceNames* names) {
-    const auto vendor = names ? names->FindPciVendor(source.vendorId) : std::nullopt;
-    const auto device = names ? names->FindPciDevice(source.vendorId, source.deviceId) : std::nullopt;
-    if (vendor && device) {
-        return *vendor + " " + *device;
+    const TDeviceName found = names ? names->FindPci(source.vendorId, source.deviceId) : TDeviceName{};
+    if (found.vendor && found.device) {
+        return *found.vendor + " " + *found.device;
     }
     const std::string name(GetPciClassName(source.baseClass, source.subclass));
-    return (vendor ? *vendor + " " : "") + name + " " + Hex4(source.vendorId) + ":" + Hex4(source.deviceId);
+    return (found.vendor ? *found.vendor + " " : "") + name + " " + Hex4(source.vendorId) + ":" +
+           Hex4(source.deviceId);
 }
 
 }  // namespace NVORHOST

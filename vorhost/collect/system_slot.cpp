@@ -112,10 +112,9 @@ std::string NameFunction(TCollection& collection, const std::string& address) {
     const auto classCode = ReadHexNumber<std::uint32_t>(files, folder + "/class").value_or(0);
     const IDeviceNames* names = collection.GetDeviceNames();
     if (names != nullptr && vendorId && deviceId) {
-        const auto vendor = names->FindPciVendor(*vendorId);
-        const auto device = names->FindPciDevice(*vendorId, *deviceId);
-        if (vendor && device) {
-            return *vendor + " " + *device;
+        const TDeviceName found = names->FindPci(*vendorId, *deviceId);
+        if (found.vendor && found.device) {
+            return *found.vendor + " " + *found.device;
         }
     }
     return std::string(GetPciClassName(static_cast<std::uint8_t>(classCode >> 16),

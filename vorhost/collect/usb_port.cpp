@@ -57,19 +57,27 @@ std::optional<std::uint64_t> ReadSpeed(const ISystemFiles& files, const std::str
     return row == std::end(speedRows) ? std::nullopt : std::optional(row->bitsPerSecond);
 }
 
-// What is plugged in, by its own words, else by the database's; empty when it has neither.
+TDeviceName FindInDatabase(TCollection& collection, const std::string& folder) {
+    const ISystemFiles& files = collection.GetFiles();
+    const IDeviceNames* names = collection.GetDeviceNames();
+    const auto vendorId = ReadHexNumber<std::uint16_t>(files, folder + "/idVendor");
+    const auto productId = ReadHexNumber<std::uint16_t>(files, folder + "/idProduct");
+    return names != nullptr && vendorId && productId ? names->FindUsb(*vendorId, *productId) : TDeviceName{};
+}
+
+// What is plugged in, by its own words, else by the database's.
 std::string NameAttached(TCollection& collection, const std::string& folder) {
     const ISystemFiles& files = collection.GetFiles();
     auto maker = ReadAttribute(files, folder + "/manufacturer");
     auto product = ReadAttribute(files, folder + "/product");
-    const auto vendorId = ReadHexNumber<std::uint16_t>(files, folder + "/idVendor");
-    const auto productId = ReadHexNumber<std::uint16_t>(files, folder + "/idProduct");
-    const IDeviceNames* names = collection.GetDeviceNames();
-    if (names != nullptr && vendorId && !maker) {
-        maker = names->FindUsbVendor(*vendorId);
-    }
-    if (names != nullptr && vendorId && productId && !product) {
-        product = names->FindUsbDevice(*vendorId, *productId);
+    if (!maker || !product) {
+        TDeviceName found = FindInDatabase(collection, folder);
+        if (!maker) {
+            maker = std::move(found.vendor);
+        }
+        if (!product) {
+            product = std::move(found.device);
+        }
     }
     const bool saysMakerTwice = maker && product && product->starts_with(*maker + " ");
     std::string name = saysMakerTwice ? "" : maker.value_or("");

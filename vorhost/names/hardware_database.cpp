@@ -9,8 +9,8 @@ namespace NVORHOST {
 
 namespace {
 
-constexpr char vendorKey[] = "ID_VENDOR_FROM_DATABASE";
-constexpr char modelKey[] = "ID_MODEL_FROM_DATABASE";
+constexpr std::string_view vendorKey = "ID_VENDOR_FROM_DATABASE";
+constexpr std::string_view modelKey = "ID_MODEL_FROM_DATABASE";
 
 // The text that the database's patterns are written for, as the kernel gives it in modalias.
 template <typename... TNumbers>
@@ -30,18 +30,23 @@ class THardwareDatabase::TDatabase {
         }
     }
 
-    std::optional<std::string> Find(const std::string& modalias, std::string_view key) const {
+    // The vendor's entry holds for every device of it, so one search finds both names.
+    TDeviceName Find(const std::string& modalias) const {
+        TDeviceName name;
         if (!database_) {
-            return std::nullopt;
+            return name;
         }
         udev_list_entry* entry =
             udev_hwdb_get_properties_list_entry(database_.get(), modalias.c_str(), /*flags=*/0);
         for (; entry != nullptr; entry = udev_list_entry_get_next(entry)) {
-            if (udev_list_entry_get_name(entry) == key) {
-                return std::string(udev_list_entry_get_value(entry));
+            const std::string_view key = udev_list_entry_get_name(entry);
+            if (key == vendorKey) {
+                name.vendor = udev_list_entry_get_value(entry);
+            } else if (key == modelKey) {
+                name.device = udev_list_entry_get_value(entry);
             }
         }
-        return std::nullopt;
+        return name;
     }
 
   private:
@@ -56,29 +61,23 @@ class THardwareDatabase::TDatabase {
 THardwareDatabase::THardwareDatabase() = default;
 THardwareDatabase::~THardwareDatabase() = default;
 
-std::optional<std::string> THardwareDatabase::Find(const std::string& modalias, const char* key) const {
-    if (!database_) {
-        database_ = std::make_unique<TDatabase>();
+TDeviceName THardwareDatabase::Find(const std::string& modalias) const {
+    const auto [place, isNew] = found_.try_emplace(modalias);
+    if (isNew) {
+        if (!database_) {
+            database_ = std::make_unique<TDatabase>();
+        }
+        place->second = database_->Find(modalias);
     }
-    return database_->Find(modalias, key);
+    return place->second;
 }
 
-std::optional<std::string> THardwareDatabase::FindPciVendor(std::uint16_t vendorId) const {
-    return Find(Format("pci:v%08X", vendorId), vendorKey);
+TDeviceName THardwareDatabase::FindPci(std::uint16_t vendorId, std::uint16_t deviceId) const {
+    return Find(Format("pci:v%08Xd%08X", vendorId, deviceId));
 }
 
-std::optional<std::string> THardwareDatabase::FindPciDevice(std::uint16_t vendorId,
-                                                            std::uint16_t deviceId) const {
-    return Find(Format("pci:v%08Xd%08X", vendorId, deviceId), modelKey);
-}
-
-std::optional<std::string> THardwareDatabase::FindUsbVendor(std::uint16_t vendorId) const {
-    return Find(Format("usb:v%04X", vendorId), vendorKey);
-}
-
-std::optional<std::string> THardwareDatabase::FindUsbDevice(std::uint16_t vendorId,
-                                                            std::uint16_t productId) const {
-    return Find(Format("usb:v%04Xp%04X", vendorId, productId), modelKey);
+TDeviceName THardwareDatabase::FindUsb(std::uint16_t vendorId, std::uint16_t productId) const {
+    return Find(Format("usb:v%04Xp%04X", vendorId, productId));
 }
 
 }  // namespace NVORHOST

@@ -4,6 +4,8 @@
 #include "vorhost/collect/device_names.h"
 
 #include <memory>
+#include <string>
+#include <unordered_map>
 
 struct udev;
 struct udev_hwdb;
@@ -18,17 +20,17 @@ class THardwareDatabase final : public IDeviceNames {
     THardwareDatabase(const THardwareDatabase&) = delete;
     THardwareDatabase& operator=(const THardwareDatabase&) = delete;
 
-    std::optional<std::string> FindPciVendor(std::uint16_t vendorId) const override;
-    std::optional<std::string> FindPciDevice(std::uint16_t vendorId, std::uint16_t deviceId) const override;
-    std::optional<std::string> FindUsbVendor(std::uint16_t vendorId) const override;
-    std::optional<std::string> FindUsbDevice(std::uint16_t vendorId, std::uint16_t productId) const override;
+    TDeviceName FindPci(std::uint16_t vendorId, std::uint16_t deviceId) const override;
+    TDeviceName FindUsb(std::uint16_t vendorId, std::uint16_t productId) const override;
 
   private:
     class TDatabase;
 
-    std::optional<std::string> Find(const std::string& modalias, const char* key) const;
+    TDeviceName Find(const std::string& modalias) const;
 
     mutable std::unique_ptr<TDatabase> database_;  // opened by the first question
+    // Each search walks the database; several classes ask for the same devices, and machines have many alike.
+    mutable std::unordered_map<std::string, TDeviceName> found_;
 };
 
 }  // namespace NVORHOST

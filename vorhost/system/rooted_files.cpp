@@ -52,21 +52,17 @@ TReadResult<T> Refusal(std::string_view path, const char* reason) {
 
 // Grows `bytes` until the end of the file or `limit`. False with errno set when a read fails.
 bool ReadUpTo(const TFileDescriptor& file, std::size_t limit, std::string& bytes) {
-    // Attributes of sysfs are at most a page; longer files double the step.
-    std::size_t step = 4096;
+    // Attributes of sysfs are at most a page, files of /proc come in pages; most files are a few bytes.
+    std::array<char, std::size_t{16} << 10> block;  // NOLINT(*-member-init): read fills it
     while (bytes.size() < limit) {
-        const std::size_t filled = bytes.size();
-        const std::size_t wanted = std::min(step, limit - filled);
-        bytes.resize(filled + wanted);
-        const ssize_t got = read(file.Get(), bytes.data() + filled, wanted);
-        bytes.resize(filled + static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
+        const ssize_t got = read(file.Get(), block.data(), std::min(block.size(), limit - bytes.size()));
         if (got == 0) {
             return true;
         }
         if (got < 0 && errno != EINTR) {
             return false;
         }
-        step = std::min<std::size_t>(step * 2, std::size_t{1} << 20);
+        bytes.append(block.data(), static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
     }
     return true;
 }
