@@ -82,12 +82,14 @@ void RemoveAllAbandoned(const std::string& target) {
 
 // The plug-in may be at work in there, and quicker at making files than anybody is at removing them. It makes
 // them in the working directory of the process: once that is a directory which is gone, no more can be made.
+// It has to be gone before it is the working directory: in an empty one, the plug-in could be quicker.
 void TakeWorkingDirectoryAway(const std::string& path) {
     const std::string nowhere = path + "/.gone";
-    std::error_code ignored;  // no worse off than before when it cannot be done
-    std::filesystem::create_directory(nowhere, ignored);
-    std::filesystem::current_path(nowhere, ignored);
-    std::filesystem::remove(nowhere, ignored);
+    (void)::mkdir(nowhere.c_str(), S_IRWXU);
+    const int descriptor = ::open(nowhere.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    const bool isAway = descriptor >= 0 && ::rmdir(nowhere.c_str()) == 0 && ::fchdir(descriptor) == 0;
+    (void)isAway;  // no worse off than before if it is not
+    ::close(descriptor);
 }
 
 void RemoveInUse(const std::string& path) {
