@@ -83,10 +83,15 @@ const std::vector<TCase> unusable = {
     {"NoLibrary", smallServer, {}, "PLUGIN: invalid ELF header"},
     {"RegistersNothing", MISBEHAVING_PLUGIN, {{"REGISTERS", "0"}}, "PLUGIN: registers no plug-in"},
     {"RegistersTwice", MISBEHAVING_PLUGIN, {{"REGISTERS", "2"}}, "PLUGIN: registers 2 plug-ins, not one"},
-    Misbehaving("ThrowsInAStaticInitialiser", "static: throws std::exception",
-                "PLUGIN: loading: exception: out of order second line"),
-    Misbehaving("ThrowsAnIntInAStaticInitialiser", "static: throws int",
-                "PLUGIN: loading: exception of unknown type"),
+    // What it registers before it throws is left alone, and so nobody's memory.
+    {"ThrowsInAStaticInitialiser",
+     MISBEHAVING_PLUGIN,
+     {{"MISBEHAVIOUR", "static: throws std::exception"}, {"REGISTERS", "0"}},
+     "PLUGIN: loading: exception: out of order second line"},
+    {"ThrowsAnIntInAStaticInitialiser",
+     MISBEHAVING_PLUGIN,
+     {{"MISBEHAVIOUR", "static: throws int"}, {"REGISTERS", "0"}},
+     "PLUGIN: loading: exception of unknown type"},
     Misbehaving("ThrowsWhileItRegisters", "loading: throws TVORException",
                 "PLUGIN: loading: exception: access denied"),
     Misbehaving("ThrowsWhenAskedForItsName", "GetName: throws std::exception",
@@ -149,8 +154,8 @@ TEST(DeadlyPlugin, IsReportedWhereTheEndsOfProcessesAreIgnored) {
                           directory.GetPath(),
                           {{"MISBEHAVIOUR", "GetData: exits"}}});
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.standardError,
-              "vorhost: plug-in " MISBEHAVING_PLUGIN " ended its process with exit status 3\n");
+    EXPECT_THAT(result.standardError,
+                EndsWith("vorhost: plug-in " MISBEHAVING_PLUGIN " ended its process with exit status 3\n"));
 }
 
 TEST(APluginWithoutResult, IsNoUseEither) {
