@@ -8,10 +8,13 @@
 // Kinds: open, create, mkdir, list, readlink, read, write, close, rename, chmod, unlink. In place of an
 // error, read and write take "SHORT": half of what was asked for is done, and said to be; write takes "FULL":
 // it lacks its last byte, and every later one fails with ENOSPC. With "KILL" the program is killed before the
-// call, with "TERM" it gets that signal and goes on. A close that fails has closed, as those of
-// the kernel have. Only the functions that the program and its libraries call are here; a call that comes
-// through another one is not counted, and the table of the test then misses it.
-// NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp,readability-identifier-naming)
+// call, with "TERM" it gets that signal and goes on. A close that fails has closed, as those of the kernel
+// have. Only the functions that the program and its libraries call are here; a call that comes through
+// another one is not counted, and the table of the test then misses it.
+//
+// The names and the untyped arguments are those of the C library; the environment is read once, at the first
+// call.
+// NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp,concurrency-mt-unsafe,performance-no-int-to-ptr)
 #include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -83,7 +86,8 @@ std::string WorkingDirectory() {
 std::string FullPath(int directory, std::string_view path) {
     constexpr std::string_view descriptors = "/proc/self/fd/";
     if (path.starts_with(descriptors)) {
-        return DescriptorPath(std::atoi(std::string(path.substr(descriptors.size())).c_str()));
+        return DescriptorPath(
+            static_cast<int>(std::strtol(path.substr(descriptors.size()).data(), nullptr, 10)));
     }
     std::string full;
     if (!path.starts_with('/') || directory != AT_FDCWD) {  // openat2 below a root takes any path as relative
@@ -213,11 +217,9 @@ mode_t ModeOf(int flags, va_list rest) {
 
 extern "C" {
 
-// NOLINTBEGIN(cppcoreguidelines-macro-usage)
 #define NOXINFO_PRELOADED __attribute__((visibility("default")))
 /// The original of a function that this library stands in front of.
 #define NOXINFO_NEXT(function) reinterpret_cast<decltype(&(function))>(dlsym(RTLD_NEXT, #function))
-// NOLINTEND(cppcoreguidelines-macro-usage)
 
 NOXINFO_PRELOADED int open(const char* path, int flags, ...) {
     va_list rest;
@@ -357,4 +359,4 @@ NOXINFO_PRELOADED int unlinkat(int directory, const char* path, int flags) noexc
 }
 
 }  // extern "C"
-// NOLINTEND(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp,readability-identifier-naming)
+// NOLINTEND(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp,concurrency-mt-unsafe,performance-no-int-to-ptr)
