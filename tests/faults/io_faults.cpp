@@ -5,12 +5,12 @@
 //   NOXINFO_FAULT_PATHS=/a:/b       only calls count that touch what is at or below one of these paths
 //   NOXINFO_FAULT_REPORT=/file      receives "KIND PATH" of the first call that was failed
 //
-// Kinds: open, create, mkdir, list, readlink, read, write, close, rename, chmod, unlink. In place of an
-// error, read and write take "SHORT": half of what was asked for is done, and said to be; write takes "FULL":
-// it lacks its last byte, and every later one fails with ENOSPC. With "KILL" the program is killed before the
-// call, with "TERM" it gets that signal and goes on. A close that fails has closed, as those of the kernel
-// have. Only the functions that the program and its libraries call are here; a call that comes through
-// another one is not counted, and the table of the test then misses it.
+// Kinds: open (and openat2 by itself), create, mkdir, list, readlink, read, write, close, rename, chmod,
+// unlink. In place of an error, read and write take "SHORT": half of what was asked for is done, and said to
+// be; write takes "FULL": it lacks its last byte, and every later one fails with ENOSPC. With "KILL" the
+// program is killed before the call, with "TERM" it gets that signal and goes on. A close that fails has
+// closed, as those of the kernel have. Only the functions that the program and its libraries call are here; a
+// call that comes through another one is not counted, and the table of the test then misses it.
 //
 // The names and the untyped arguments are those of the C library; the environment is read once, at the first
 // call.
@@ -51,8 +51,8 @@ struct TErrorName {
 };
 
 constexpr TErrorName errorNames[] = {
-    {"ENOSPC", ENOSPC},    {"EIO", EIO},       {"EMFILE", EMFILE}, {"EROFS", EROFS},     {"EINTR", EINTR},
-    {"SHORT", shortCount}, {"FULL", fullDisk}, {"KILL", killed},   {"TERM", terminated},
+    {"ENOSPC", ENOSPC}, {"EIO", EIO},          {"EMFILE", EMFILE}, {"EROFS", EROFS}, {"EINTR", EINTR},
+    {"EAGAIN", EAGAIN}, {"SHORT", shortCount}, {"FULL", fullDisk}, {"KILL", killed}, {"TERM", terminated},
 };
 
 // What was done of the call that a fault met.
@@ -252,9 +252,11 @@ NOXINFO_PRELOADED long syscall(long number, ...) noexcept {
         argument = va_arg(arguments, long);
     }
     va_end(arguments);
-    if (number == SYS_openat2 &&
-        MeetPath("open", reinterpret_cast<const char*>(rest[1]), static_cast<int>(rest[0])) == EFate::fails) {
-        return -1;
+    for (const char* kind : {"open", "openat2"}) {
+        if (number == SYS_openat2 && MeetPath(kind, reinterpret_cast<const char*>(rest[1]),
+                                              static_cast<int>(rest[0])) == EFate::fails) {
+            return -1;
+        }
     }
     return NOXINFO_NEXT(syscall)(number, rest[0], rest[1], rest[2], rest[3], rest[4], rest[5]);
 }

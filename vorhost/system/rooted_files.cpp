@@ -96,8 +96,9 @@ TFileDescriptor TRootedFiles::Open(std::string_view path, int flags) const {
         return TFileDescriptor(open(std::string(path).c_str(), flags | O_CLOEXEC));
     }
     TFileDescriptor opened = OpenInRootByKernel(rootFolder_.Get(), path, flags);
-    // EPERM: filters of system calls answer so for calls they do not know.
-    if (!opened.IsOpen() && (errno == ENOSYS || errno == EPERM)) {
+    // EPERM: filters of system calls answer so for calls they do not know. EAGAIN: something else on the
+    // system was renamed just now, and the kernel cannot say for sure where a ".." of a link led.
+    if (!opened.IsOpen() && (errno == ENOSYS || errno == EPERM || errno == EAGAIN)) {
         return OpenInRootByWalk(rootFolder_.Get(), path, flags);
     }
     return opened;
