@@ -140,11 +140,30 @@ const std::vector<TCase> deadly = {
     Misbehaving("Exits", "GetData: exits", "plug-in PLUGIN ended its process with exit status 3"),
     Misbehaving("ExitsWhileItIsLoaded", "loading: exits",
                 "plug-in PLUGIN ended its process with exit status 3"),
-    Misbehaving("ExitsAsIfAllWereWell", "GetData: exits at once",
+    Misbehaving("ExitsAsIfAllWereWell", "GetData: exits with success",
+                "plug-in PLUGIN ended its process with exit status 0"),
+    Misbehaving("ExitsAtOnce", "GetData: exits at once",
                 "plug-in PLUGIN ended its process with exit status 0"),
 };
 
 INSTANTIATE_TEST_SUITE_P(Each, TDeadlyPlugin, testing::ValuesIn(deadly), NameOf);
+
+class TPluginThatEndsTheProgram : public testing::TestWithParam<const char*> {};
+
+TEST_P(TPluginThatEndsTheProgram, EndsAFailedRunThatLeavesTheEarlierInventory) {
+    const TTemporaryDirectory directory;
+    const auto result = Collect(Misbehaving("", GetParam(), ""), directory, /*isolates=*/false);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_FALSE(result.isKilled);
+    EXPECT_EQ(result.standardOutput, "");
+    EXPECT_EQ(result.standardError, "vorhost: the plug-in ended the program before the run was done\n");
+    ExpectNothingButTheEarlierInventory(directory);
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, TPluginThatEndsTheProgram,
+                         testing::Values("loading: exits", "Init: exits with success", "GetData: exits",
+                                         "GetData: exits with success", "GetData: exits quickly",
+                                         "DeInit: exits with success"));
 
 TEST(DeadlyPlugin, IsReportedWhereTheEndsOfProcessesAreIgnored) {
     const TTemporaryDirectory directory;

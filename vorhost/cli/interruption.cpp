@@ -3,6 +3,8 @@
 // signals are not blocked, because programs that a plug-in starts would inherit that.
 #include "vorhost/cli/interruption.h"
 
+#include "vorhost/cli/command_line.h"
+
 #include <semaphore.h>
 #include <unistd.h>
 
@@ -10,6 +12,9 @@
 #include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <iostream>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -28,6 +33,7 @@ sem_t signalReceived;
 struct TRegistry {
     std::mutex mutex;
     std::vector<const TUnfinished*> unfinished;
+    pid_t process = ::getpid();  // a process forked off has a copy of all this, and no say in it
 };
 
 // Never destroyed: the waiting thread outlives the statics of the program.
@@ -62,6 +68,23 @@ void UndoUnfinished(const TRegistry& registry) {
     ::_exit(firstSignalStatus + receivedSignal);
 }
 
+// Runs at every exit of the program. The plug-in calls exit as well as main does, but in the midst of a run.
+void EndWhenCutShort() {
+    TRegistry& registry = GetRegistry();
+    if (registry.process != ::getpid()) {
+        return;
+    }
+    registry.mutex.lock();  // for good, as above
+    if (registry.unfinished.empty()) {
+        return;
+    }
+    UndoUnfinished(registry);
+    std::cout.flush();
+    (void)std::fflush(nullptr);
+    std::cerr << "vorhost: the plug-in ended the program before the run was done\n";
+    ::_exit(eExitFailed);
+}
+
 void Handle(int number) {
     struct sigaction action {};
     if (::sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_IGN) {
@@ -79,6 +102,8 @@ void Handle(int number) {
 void EndOnSignals() {
     (void)::sem_init(&signalReceived, /*pshared=*/0, 0);  // cannot fail for this value
     std::thread(EndWhenReceived).detach();
+    (void)std::atexit(&EndWhenCutShort);  // there is room for the first ones
+    (void)std::at_quick_exit(&EndWhenCutShort);
     for (const int number : endingSignals) {
         Handle(number);
     }

@@ -1,5 +1,6 @@
 // Ends a run that is asked to end: SIGTERM, SIGINT and SIGHUP take effect wherever the run stands, in a
-// plug-in that never returns as well, and leave nothing unfinished behind.
+// plug-in that never returns as well, and leave nothing unfinished behind. Nor does a plug-in that ends the
+// program.
 #pragma once
 
 #include <functional>
@@ -9,8 +10,9 @@ namespace NVORHOST {
 
 /// From here on each of the signals ends the program with status 128 + its number, as soon as no
 /// `TUninterrupted` is there, after undoing what is unfinished. A signal that is ignored already, as nohup
-/// has it, stays ignored. To be called once, before there is anything to undo. Errors: throws
-/// std::system_error when there is no thread to be had.
+/// has it, stays ignored. A call of exit or quick_exit while something is unfinished undoes it as well, and
+/// ends the program as a failed run, whatever status the call asked for. To be called once, before there is
+/// anything to undo. Errors: throws std::system_error when there is no thread to be had.
 void EndOnSignals();
 
 /// Does not return when one of the signals has come: the program is about to end. For whoever is to report
@@ -33,8 +35,8 @@ class TUninterrupted {
 /// Something begun that must not outlive the program. What was begun last is undone first.
 class TUnfinished {
   public:
-    /// `undo` runs only when a signal ends the program, on another thread, while this one may still be at
-    /// work. Beginning and noting it have to stand under the same `TUninterrupted`.
+    /// `undo` runs only when the program is ended in the midst of a run, by a signal on another thread, while
+    /// this one may still be at work. Beginning and noting it have to stand under the same `TUninterrupted`.
     TUnfinished(const TUninterrupted& begun, std::function<void()> undo);
     /// Forgets it. Not while the thread has a `TUninterrupted`, which it would wait for.
     ~TUnfinished();

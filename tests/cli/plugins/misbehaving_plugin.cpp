@@ -66,6 +66,8 @@ constexpr TAction actions[] = {
     {"raises SIGKILL", [] { std::raise(SIGKILL); }},
     {"terminates", [] { std::terminate(); }},
     {"exits", [] { std::exit(3); }},
+    {"exits with success", [] { std::exit(0); }},
+    {"exits quickly", [] { std::quick_exit(0); }},
     {"exits at once", [] { ::_exit(0); }},
     {"prints", [] { std::cout << "printed\n"; }},
     {"waits", [] { WaitFor(Variable("GO")); }},
