@@ -3,13 +3,16 @@
 #include "vorhost/system/rooted_files.h"
 
 #include "tests/system/temporary_folder.h"
+#include "vorhost/system/file_descriptor.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <filesystem>
+#include <string>
 
 namespace NVORHOST {
 namespace {
@@ -234,6 +237,32 @@ TEST(TRootedFiles, FailsForAFileThatCannotBeReadForAnotherReason) {
     const auto memory = files.ReadBytes("/proc/self/mem", 1);  // nothing is mapped at address 0: EIO
     EXPECT_EQ(memory.status, EReadStatus::failed);
     EXPECT_THAT(memory.error, StartsWith("/proc/self/mem: "));
+}
+
+TEST(TRootedFiles, ReadsNoFolderOfTheKernelAsAFile) {
+    EXPECT_EQ(TRootedFiles("/").ReadText("/proc/self").error, "/proc/self: not a regular file");
+}
+
+TEST(TRootedFiles, ReadsAFileThatALinkOfTheKernelLeadsTo) {
+    EXPECT_EQ(TRootedFiles("/").ReadBytes("/proc/self/exe", 4).value,
+              "\x7F"
+              "ELF");
+}
+
+TEST(TRootedFiles, GivesTheTextOfALinkOfTheKernelAndRefusesOtherFiles) {
+    const TRootedFiles files("/");
+    EXPECT_EQ(files.ReadLink("/proc/self").value, std::to_string(getpid()));
+    EXPECT_EQ(files.ReadLink("/proc/version").error, "/proc/version: not a symbolic link");
+    EXPECT_EQ(files.ReadLink("/proc/nothing").status, EReadStatus::notFound);
+}
+
+TEST(TRootedFiles, OpensNoFifoThatALinkOfTheKernelLeadsTo) {
+    std::array<int, 2> ends{};
+    ASSERT_EQ(pipe(ends.data()), 0);
+    const TFileDescriptor reading(ends[0]);
+    const TFileDescriptor writing(ends[1]);
+    const std::string path = "/proc/self/fd/" + std::to_string(reading.Get());
+    EXPECT_EQ(TRootedFiles("/").ReadBytes(path, 1).error, path + ": not a regular file");
 }
 
 TEST(TRootedFiles, OpensNoDeviceNode) {

@@ -9,6 +9,7 @@
 #include <array>
 #include <cerrno>
 #include <climits>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -86,6 +87,15 @@ class TWalk {
     std::vector<TFileDescriptor> folders_;
 };
 
+TFileDescriptor OpenByKernel(int folder, std::string_view path, int flags, std::uint64_t resolution) {
+    const std::string terminated(path);
+    open_how how{};
+    how.flags = static_cast<std::uint64_t>(flags | O_CLOEXEC);
+    how.resolve = resolution;
+    const long descriptor = syscall(SYS_openat2, folder, terminated.c_str(), &how, sizeof(how));
+    return descriptor < 0 ? TFileDescriptor() : TFileDescriptor(static_cast<int>(descriptor));
+}
+
 TFileDescriptor OpenEntry(const TWalk& walk, const char* name, int flags) {
     return TFileDescriptor(openat(walk.Here(), name, flags | O_CLOEXEC | O_NOFOLLOW));
 }
@@ -93,12 +103,11 @@ TFileDescriptor OpenEntry(const TWalk& walk, const char* name, int flags) {
 }  // namespace
 
 TFileDescriptor OpenInRootByKernel(int root, std::string_view path, int flags) {
-    const std::string terminated(path);
-    open_how how{};
-    how.flags = static_cast<std::uint64_t>(flags | O_CLOEXEC);
-    how.resolve = RESOLVE_IN_ROOT | RESOLVE_NO_MAGICLINKS;
-    const long descriptor = syscall(SYS_openat2, root, terminated.c_str(), &how, sizeof(how));
-    return descriptor < 0 ? TFileDescriptor() : TFileDescriptor(static_cast<int>(descriptor));
+    return OpenByKernel(root, path, flags, RESOLVE_IN_ROOT | RESOLVE_NO_MAGICLINKS);
+}
+
+TFileDescriptor OpenWithinFileSystem(int top, std::string_view path, int flags) {
+    return OpenByKernel(top, path, flags, RESOLVE_NO_XDEV | RESOLVE_NO_MAGICLINKS);
 }
 
 TFileDescriptor OpenInRootByWalk(int root, std::string_view path, int flags) {

@@ -13,7 +13,13 @@ namespace NVORHOST {
 /// `flags` are those of open(2); O_CLOEXEC is added. errno is ENOSYS where the kernel lacks the call.
 TFileDescriptor OpenInRootByKernel(int root, std::string_view path, int flags);
 
-/// The same, name by name, for kernels without openat2. Folders on the way are opened with O_PATH only.
+/// Opens `path`, which has no leading "/", below the folder `top` of a file system without leaving that file
+/// system: where it leads to another one, errno is EXDEV, and ELOOP for the links of /proc that no path can
+/// name. Flags and ENOSYS as above.
+TFileDescriptor OpenWithinFileSystem(int top, std::string_view path, int flags);
+
+/// As OpenInRootByKernel, name by name, for kernels without openat2. Folders on the way are opened with
+/// O_PATH only.
 TFileDescriptor OpenInRootByWalk(int root, std::string_view path, int flags);
 
 }  // namespace NVORHOST

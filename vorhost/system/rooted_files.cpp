@@ -4,7 +4,9 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <linux/magic.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -18,6 +20,8 @@
 namespace NVORHOST {
 
 namespace {
+
+constexpr char notRegular[] = "not a regular file";
 
 // A link of /proc that leads to nothing a path can name is refused by the resolver with ELOOP: `failed`.
 EReadStatus StatusOf(int error) {
@@ -72,6 +76,17 @@ struct TCloseDir {
 };
 using TFolder = std::unique_ptr<DIR, TCloseDir>;
 
+// File systems that the kernel makes up, and the marks by which statfs(2) tells them.
+struct TKernelFileSystem {
+    std::string_view prefix;
+    decltype(statfs::f_type) type;
+};
+
+constexpr TKernelFileSystem kernelFileSystems[] = {
+    {"/sys/", SYSFS_MAGIC},
+    {"/proc/", PROC_SUPER_MAGIC},
+};
+
 bool IsDotEntry(std::string_view name) {
     return name == "." || name == "..";
 }
@@ -82,18 +97,33 @@ TRootedFiles::TRootedFiles(std::string root, EPathResolution resolution)
     : root_(std::move(root)),
       resolution_(resolution),
       rootFolder_(open(root_.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)),
-      rootError_(rootFolder_.IsOpen() ? 0 : errno) {}
+      rootError_(rootFolder_.IsOpen() ? 0 : errno) {
+    if (IsLive()) {
+        OpenKernelFolders();
+    }
+}
+
+void TRootedFiles::OpenKernelFolders() {
+    for (const TKernelFileSystem& fileSystem : kernelFileSystems) {
+        const std::string path(fileSystem.prefix);
+        TFileDescriptor folder(open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+        struct statfs status {};
+        if (folder.IsOpen() && fstatfs(folder.Get(), &status) == 0 && status.f_type == fileSystem.type) {
+            kernelFolders_.push_back({fileSystem.prefix, std::move(folder)});
+        }
+    }
+}
 
 TFileDescriptor TRootedFiles::Open(std::string_view path, int flags) const {
     if (!rootFolder_.IsOpen()) {
         errno = rootError_;
         return {};
     }
+    if (IsLive()) {
+        return TFileDescriptor(open(std::string(path).c_str(), flags | O_CLOEXEC));
+    }
     if (resolution_ == EPathResolution::walk) {
         return OpenInRootByWalk(rootFolder_.Get(), path, flags);
-    }
-    if (root_ == "/") {
-        return TFileDescriptor(open(std::string(path).c_str(), flags | O_CLOEXEC));
     }
     TFileDescriptor opened = OpenInRootByKernel(rootFolder_.Get(), path, flags);
     // EPERM: filters of system calls answer so for calls they do not know. EAGAIN: something else on the
@@ -104,7 +134,26 @@ TFileDescriptor TRootedFiles::Open(std::string_view path, int flags) const {
     return opened;
 }
 
+// Files that these file systems hold themselves are no device nodes and no fifos, so they can be opened at
+// once: a collection opens hundreds of them. What is mounted over them is no file of theirs.
+TFileDescriptor TRootedFiles::OpenKernelFile(std::string_view path) const {
+    for (const TKernelFolder& kernel : kernelFolders_) {
+        if (path.starts_with(kernel.prefix)) {
+            return OpenWithinFileSystem(kernel.folder.Get(), path.substr(kernel.prefix.size()), O_RDONLY);
+        }
+    }
+    errno = EXDEV;
+    return {};
+}
+
 TReadResult<TFileDescriptor> TRootedFiles::OpenRegularFile(std::string_view path) const {
+    TFileDescriptor kernelFile = OpenKernelFile(path);
+    if (kernelFile.IsOpen()) {
+        return {EReadStatus::ok, std::move(kernelFile), {}};
+    }
+    if (errno == ENOENT || errno == EACCES) {
+        return Failure<TFileDescriptor>(path, errno);
+    }
     // Opening a device node or a fifo can already act on it, so the kind is looked at through a descriptor
     // that only names the file, and that very file is then opened.
     const TFileDescriptor named = Open(path, O_PATH);
@@ -116,7 +165,7 @@ TReadResult<TFileDescriptor> TRootedFiles::OpenRegularFile(std::string_view path
         return Failure<TFileDescriptor>(path, errno);
     }
     if (!S_ISREG(status.st_mode)) {
-        return Refusal<TFileDescriptor>(path, "not a regular file");
+        return Refusal<TFileDescriptor>(path, notRegular);
     }
     const std::string byDescriptor = "/proc/self/fd/" + std::to_string(named.Get());
     TFileDescriptor file(open(byDescriptor.c_str(), O_RDONLY | O_CLOEXEC));
@@ -141,6 +190,9 @@ TReadResult<std::string> TRootedFiles::ReadBytes(std::string_view path, std::siz
     }
     TReadResult<std::string> result{EReadStatus::ok, {}, {}};
     if (!ReadUpTo(file.value, maxBytes, result.value)) {
+        if (errno == EISDIR) {
+            return Refusal<std::string>(path, notRegular);
+        }
         auto failure = Failure<std::string>(path, errno);
         failure.status = IsWithoutValue(errno) ? EReadStatus::notFound : failure.status;
         return failure;
@@ -171,15 +223,26 @@ TReadResult<std::vector<std::string>> TRootedFiles::List(std::string_view path) 
     return {EReadStatus::ok, std::move(names), {}};
 }
 
-TReadResult<std::string> TRootedFiles::ReadLink(std::string_view path) const {
+// The length of the target, or -1 with the reason in errno: EINVAL for what is no link.
+ssize_t TRootedFiles::ReadTarget(std::string_view path, char* target, std::size_t size) const {
+    if (IsLive()) {
+        return readlink(std::string(path).c_str(), target, size);
+    }
     const TFileDescriptor link = Open(path, O_PATH | O_NOFOLLOW);
     if (!link.IsOpen()) {
-        return Failure<std::string>(path, errno);
+        return -1;
     }
-    std::array<char, PATH_MAX> target{};
-    const ssize_t length = readlinkat(link.Get(), "", target.data(), target.size());
-    // What an empty path answers for a descriptor that is no link.
+    const ssize_t length = readlinkat(link.Get(), "", target, size);
     if (length < 0 && errno == ENOENT) {
+        errno = EINVAL;  // what an empty path answers for a descriptor that is no link
+    }
+    return length;
+}
+
+TReadResult<std::string> TRootedFiles::ReadLink(std::string_view path) const {
+    std::array<char, PATH_MAX> target;  // NOLINT(*-member-init): readlink fills it
+    const ssize_t length = ReadTarget(path, target.data(), target.size());
+    if (length < 0 && errno == EINVAL) {
         return Refusal<std::string>(path, "not a symbolic link");
     }
     if (length < 0) {

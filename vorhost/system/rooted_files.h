@@ -5,6 +5,8 @@
 #include "vorhost/system/system_files.h"
 
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace NVORHOST {
 
@@ -32,11 +34,22 @@ class TRootedFiles final : public ISystemFiles {
     bool Exists(std::string_view path) const override;
 
   private:
+    // The top of a file system that the kernel makes up.
+    struct TKernelFolder {
+        std::string_view prefix;  // "/sys/"
+        TFileDescriptor folder;
+    };
+
+    bool IsLive() const { return resolution_ == EPathResolution::automatic && root_ == "/"; }
+    void OpenKernelFolders();
     TFileDescriptor Open(std::string_view path, int flags) const;
+    TFileDescriptor OpenKernelFile(std::string_view path) const;
     TReadResult<TFileDescriptor> OpenRegularFile(std::string_view path) const;
+    ssize_t ReadTarget(std::string_view path, char* target, std::size_t size) const;
 
     std::string root_;
     EPathResolution resolution_;
+    std::vector<TKernelFolder> kernelFolders_;
     TFileDescriptor rootFolder_;
     int rootError_ = 0;
 };
