@@ -162,12 +162,15 @@ std::span<const TSourcePattern> GetSystemSlotSources() {
 
 void CollectSystemSlots(TCollection& collection) {
     constexpr std::uint8_t slotType = 9;
-    const TSlotFolders folders = ReadPciSlotFolders(collection.GetFiles());
+    std::optional<TSlotFolders> folders;
     std::vector<TKeyedRecord<TSystemSlot>> slots;
     std::vector<TNamedPlace> places;
     for (const TSmbiosStructure& structure : collection.GetSmbios().GetStructures()) {
         if (structure.GetType() == slotType) {
-            TSystemSlot slot = MakeSlot(collection, folders, ParseSmbiosSlot(structure));
+            if (!folders) {  // the kernel names far more slots than there are: read only when asked for
+                folders = ReadPciSlotFolders(collection.GetFiles());
+            }
+            TSystemSlot slot = MakeSlot(collection, *folders, ParseSmbiosSlot(structure));
             places.push_back({slot.elementName.value_or(""), ""});
             slots.push_back({std::move(slot), {}});
         }

@@ -85,12 +85,28 @@ std::string NameAttached(TCollection& collection, const std::string& folder) {
     return name.empty() ? "a USB device" : name;
 }
 
-TPortRecord MakePort(TCollection& collection, const TUsbPort& port) {
+// Each hub's speed is read once: its ports stand one after the other.
+class THubSpeed {
+  public:
+    std::optional<std::uint64_t> Read(const ISystemFiles& files, const std::string& hub) {
+        if (hub != hub_) {
+            speed_ = ReadSpeed(files, "/sys/bus/usb/devices/" + hub + "/speed");
+            hub_ = hub;
+        }
+        return speed_;
+    }
+
+  private:
+    std::string hub_;
+    std::optional<std::uint64_t> speed_;
+};
+
+TPortRecord MakePort(TCollection& collection, const TUsbPort& port, THubSpeed& hubSpeed) {
     constexpr std::uint64_t nothingAttached = 0;
     const ISystemFiles& files = collection.GetFiles();
     TPortRecord record;
     record.elementName = "USB port " + port.number + " of " + port.hub;
-    record.maxSpeedBitsPerSecond = ReadSpeed(files, "/sys/bus/usb/devices/" + port.hub + "/speed");
+    record.maxSpeedBitsPerSecond = hubSpeed.Read(files, port.hub);
     if (files.Exists(port.attached)) {
         record.speedBitsPerSecond = ReadSpeed(files, port.attached + "/speed");
         record.description = "USB port with " + NameAttached(collection, port.attached);
@@ -113,8 +129,9 @@ std::span<const TSourcePattern> GetUsbPortSources() {
 
 void CollectUsbPorts(TCollection& collection) {
     std::vector<TKeyedRecord<TPortRecord>> records;
+    THubSpeed hubSpeed;
     for (const TUsbPort& port : ReadUsbPorts(collection.GetFiles())) {
-        records.push_back({MakePort(collection, port), {"", port.position}});
+        records.push_back({MakePort(collection, port, hubSpeed), {"", port.position}});
     }
     CommitKeyed<TPortRecord>(collection, classes[0], portRows, std::move(records), &TPortRecord::deviceId,
                              "USB port");

@@ -4,8 +4,11 @@
 #include "vorhost/collect/device_position.h"
 #include "vorhost/parse/numbers.h"
 
+#include <cstdint>
+#include <optional>
 #include <set>
 #include <string_view>
+#include <utility>
 
 namespace NVORHOST {
 
@@ -45,37 +48,52 @@ std::string ParentOf(const std::string& path) {
     return path.substr(0, path.rfind('/'));
 }
 
-// The words for where a port is; `path` is that of the interface it belongs to.
-std::string PositionOfPort(const ISystemFiles& files, const std::string& interface, const std::string& path,
-                           const TUsbPort& port) {
-    const std::string position = ReadDevicePosition(files, path + "/" + port.hub + "-port" + port.number);
-    return (position.empty() ? interface : position) + "/port" + port.number;
+// What is said of a hub once for all of its ports.
+struct THub {
+    std::string name;
+    std::string position;  // in the words for where its ports are, without the port
+};
+
+// `path` is that of the interface that the ports belong to; a port would be a folder within it.
+THub FindHub(const ISystemFiles& files, std::string name, const std::string& interface,
+             const std::string& path) {
+    std::string position = ReadDevicePosition(files, path + "/port");
+    return {std::move(name), position.empty() ? interface : std::move(position)};
+}
+
+TUsbPort MakePort(const THub& hub, std::string_view number, std::string attached) {
+    return {hub.name, std::move(attached), std::string(number), hub.position + "/port" + std::string(number)};
 }
 
 void AppendPorts(const ISystemFiles& files, const std::string& interface, std::vector<TUsbPort>& ports) {
-    const std::string hub = HubOfInterface(interface);
-    const std::string prefix = hub + "-port";
+    const std::string prefix = HubOfInterface(interface) + "-port";
+    std::optional<THub> hub;
     for (const std::string& name : files.List(FolderOf(interface)).value) {
         if (!name.starts_with(prefix)) {
             continue;
         }
-        TUsbPort port{hub, FolderOf(interface) + "/" + name + "/device", name.substr(prefix.size()), {}};
-        port.position = PositionOfPort(files, interface, FindDevicePath(files, interface), port);
-        ports.push_back(std::move(port));
+        if (!hub) {
+            hub = FindHub(files, HubOfInterface(interface), interface, FindDevicePath(files, interface));
+        }
+        const std::string_view number = std::string_view(name).substr(prefix.size());
+        ports.push_back(MakePort(*hub, number, FolderOf(interface) + "/" + name + "/device"));
     }
 }
 
 // What a hub and the devices in its ports are called: the root hub usb1 has the interface 1-0:1.0 and the
 // devices 1-1, 1-2; a hub 1-2 has the interface 1-2:1.0 and the devices 1-2.1, 1-2.2.
-void AppendCountedPorts(const ISystemFiles& files, const std::string& hub, std::vector<TUsbPort>& ports) {
-    const std::string bus = IsRootHub(hub) ? hub.substr(3) : "";
-    const std::string interface = (bus.empty() ? hub : bus + "-0") + ":1.0";
-    const std::string childPrefix = bus.empty() ? hub + "." : bus + "-";
-    const auto count = ReadNumber<std::uint8_t>(files, FolderOf(hub) + "/maxchild").value_or(0);
-    for (unsigned number = 1; number <= count; ++number) {
-        TUsbPort port{hub, FolderOf(childPrefix + std::to_string(number)), std::to_string(number), {}};
-        port.position = PositionOfPort(files, interface, FindDevicePath(files, hub) + "/" + interface, port);
-        ports.push_back(std::move(port));
+void AppendCountedPorts(const ISystemFiles& files, const std::string& name, std::vector<TUsbPort>& ports) {
+    const auto count = ReadNumber<std::uint8_t>(files, FolderOf(name) + "/maxchild").value_or(0);
+    if (count == 0) {
+        return;
+    }
+    const std::string bus = IsRootHub(name) ? name.substr(3) : "";
+    const std::string interface = (bus.empty() ? name : bus + "-0") + ":1.0";
+    const std::string childPrefix = bus.empty() ? name + "." : bus + "-";
+    const THub hub = FindHub(files, name, interface, FindDevicePath(files, name) + "/" + interface);
+    for (unsigned i = 1; i <= count; ++i) {
+        const std::string number = std::to_string(i);
+        ports.push_back(MakePort(hub, number, FolderOf(childPrefix + number)));
     }
 }
 
