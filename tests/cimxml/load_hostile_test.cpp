@@ -122,7 +122,7 @@ TEST(LoadHostile, RefusesBytesThatCannotBeConvertedAndSaysSoOnce) {
         const std::string document =
             head + encoding + "\"?>" + InGroup(Instance(Property("string", "\xFF\xFF")));
         EXPECT_THAT(LoadError(document), StartsWith("t.xml:1: ")) << encoding;
-        for (const std::size_t filled : {3000, 4000, 4096, 5000, 20'000}) {
+        for (const unsigned filled : {3000U, 4000U, 4096U, 5000U, 20'000U}) {
             EXPECT_THAT(LoadError(head + encoding + "\"?>" +
                                   InGroup("<!--" + std::string(filled, 'x') + "-->" +
                                           Instance(Property("string", "\xFF\xFF")))),
