@@ -77,6 +77,14 @@ TEST_F(TRedactionTest, AShortSerialNumberLeavesWordsOfTheKernelAlone) {
     EXPECT_THAT(Redacted("/run/udev/data/b254:0"), HasSubstr("E:ID_SERIAL=" + pseudonym + "\n"));
 }
 
+TEST_F(TRedactionTest, ASerialNumberLikeTheNameOfAnAttributeLeavesTheAttributeItsName) {
+    Add("/sys/block/sda/device/vpd_pg80", std::string("\0\x80\0\x08vpd_pg80", 12));
+    answers_.refusals = {{{EAccess::read, "/sys/block/sdb/device/vpd_pg80"}, EReadStatus::denied}};
+    EXPECT_EQ(Redacted("/sys/block/sda/device/vpd_pg80"),
+              std::string("\0\x80\0\x08", 4) + Pseudonym("vpd_pg80"));
+    EXPECT_TRUE(answers_.refusals.contains({EAccess::read, "/sys/block/sdb/device/vpd_pg80"}));
+}
+
 TEST_F(TRedactionTest, AUsbDeviceWithoutSerialNumberKeepsItsModel) {
     const std::string record = "E:ID_VENDOR=Maker\nE:ID_MODEL=Stick_16\nE:ID_SERIAL=Maker_Stick_16\n";
     Add("/run/udev/data/b8:16", record);

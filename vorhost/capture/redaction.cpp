@@ -414,6 +414,12 @@ std::string ReplacePath(std::string_view path, const TRedaction& redaction) {
     return redaction.identities.Replace(path, ContextOf(path));
 }
 
+// What an attribute is called says the kernel, even where a device has the same word for its serial number.
+std::string ReplaceFilePath(std::string_view path, const TRedaction& redaction) {
+    const std::size_t name = path.starts_with("/sys/") ? path.rfind('/') : path.size();
+    return ReplacePath(path.substr(0, name), redaction) + std::string(path.substr(name));
+}
+
 // ---- the whole
 
 TRedaction LearnAll(TPseudonyms::TKey key, const TCapturedTree& tree, const TCapturedAnswers& answers) {
@@ -454,7 +460,8 @@ void RedactAnswers(const TRedaction& redaction, TCapturedAnswers& answers) {
     }
     std::map<TAccessOfPath, EReadStatus> refusals;
     for (const auto& [access, status] : answers.refusals) {
-        refusals.emplace(TAccessOfPath{access.access, ReplacePath(access.path, redaction)}, status);
+        const auto replace = access.access == EAccess::read ? ReplaceFilePath : ReplacePath;
+        refusals.emplace(TAccessOfPath{access.access, replace(access.path, redaction)}, status);
     }
     answers.refusals = std::move(refusals);
 }
@@ -465,7 +472,8 @@ void Redact(TPseudonyms::TKey key, TCapturedTree& tree, TCapturedAnswers& answer
     const TRedaction redaction = LearnAll(key, tree, answers);
     TCapturedTree redacted;
     for (const auto& [path, node] : tree.GetNodes()) {
-        redacted.AddNode(ReplacePath(path, redaction), {node.kind, ReplaceContents(path, node, redaction)});
+        const auto replace = node.kind == TCapturedTree::EKind::file ? ReplaceFilePath : ReplacePath;
+        redacted.AddNode(replace(path, redaction), {node.kind, ReplaceContents(path, node, redaction)});
     }
     tree = std::move(redacted);
     RedactAnswers(redaction, answers);
