@@ -100,6 +100,7 @@ int Probe(const std::string& hostName, const std::string& port) {
 }  // namespace
 
 std::string TOSSpecific::GetEnvironment(std::string variable) {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): whoever changes the environment while others read it is at fault
     const char* value = std::getenv(variable.c_str());
     return value == nullptr ? std::string() : std::string(value);
 }

@@ -54,7 +54,7 @@ TModule LoadModule() {
     void* handle = ::dlopen(GetModulePath().c_str(), RTLD_NOW | RTLD_LOCAL);
     void* symbol = handle == nullptr ? nullptr : ::dlsym(handle, NVORHOST::postFormSymbol);
     if (symbol == nullptr) {
-        const char* cause = ::dlerror();
+        const char* cause = ::dlerror();  // NOLINT(concurrency-mt-unsafe): per thread in glibc
         return {nullptr, cause == nullptr ? "the HTTP module cannot be loaded" : cause};
     }
     return {reinterpret_cast<TPostForm*>(symbol), {}};  // NOLINT(*-reinterpret-cast): as dlsym is meant
