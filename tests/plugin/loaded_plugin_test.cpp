@@ -267,11 +267,11 @@ void* (*volatile const openLibrary)(const char*, int) = dlopen;
     try {
         openLibrary(pluginFile, RTLD_NOW);
     } catch (const NDOUBLES::TAssertionFailed& failed) {
-        std::fprintf(stderr, "assertion %s, %zu registered", failed.what(),
-                     NDOUBLES::Host().registered.size());
+        (void)std::fprintf(stderr, "assertion %s, %zu registered", failed.what(),
+                           NDOUBLES::Host().registered.size());
         std::_Exit(1);
     } catch (const TVORException& failure) {
-        std::fprintf(stderr, "host exception %d", failure.GetStatusCode().GetCode());
+        (void)std::fprintf(stderr, "host exception %d", failure.GetStatusCode().GetCode());
         std::_Exit(2);
     }
     std::_Exit(0);

@@ -134,7 +134,7 @@ std::string Compressed(const std::string& bytes) {
 }
 
 std::string UpToFirstZero(const std::string& bytes) {
-    return bytes.c_str();
+    return bytes.substr(0, bytes.find('\0'));
 }
 
 TEST_F(TGZEncodeFromStr, CompressesTheTextWithItsTerminatingNul) {
