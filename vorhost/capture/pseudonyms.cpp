@@ -131,7 +131,7 @@ std::uint16_t TPseudonyms::ReplaceNumber(const std::string& context, std::uint16
                                          std::uint16_t first, std::uint16_t last) {
     const auto [place, isNew] = numbers_[context].try_emplace(number);
     if (isNew) {
-        const auto count = static_cast<std::uint64_t>(last - first + 1);
+        const std::uint64_t count = std::uint64_t{last} - first + 1;
         const std::uint64_t start =
             KeyedDigest(key_, "number/" + context + "/" + std::to_string(number)) % count;
         // There are as many pseudonyms as numbers, so the search finds one.

@@ -41,8 +41,8 @@ class TQuietLibrary {
     TQuietLibrary& operator=(const TQuietLibrary&) = delete;
 
   private:
-    static void Ignore(void* /*context*/, const char* /*message*/, ...) {
-    }  // NOLINT(cert-dcl50-cpp): its type
+    // NOLINTNEXTLINE(cert-dcl50-cpp): the type that the library asks for
+    static void Ignore(void* /*context*/, const char* /*message*/, ...) {}
 
     xmlGenericErrorFunc previous_ = xmlGenericError;
     void* previousContext_ = xmlGenericErrorContext;
