@@ -35,8 +35,9 @@ class TUninterrupted {
 /// Something begun that must not outlive the program. What was begun last is undone first.
 class TUnfinished {
   public:
-    /// `undo` runs only when the program is ended in the midst of a run, by a signal on another thread, while
-    /// this one may still be at work. Beginning and noting it have to stand under the same `TUninterrupted`.
+    /// `undo` runs only when the program is ended in the midst of a run; for a signal on another thread,
+    /// while this one may still be at work. Beginning and noting it have to stand under the same
+    /// `TUninterrupted`.
     TUnfinished(const TUninterrupted& begun, std::function<void()> undo);
     /// Forgets it. Not while the thread has a `TUninterrupted`, which it would wait for.
     ~TUnfinished();
