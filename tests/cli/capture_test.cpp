@@ -177,6 +177,55 @@ TEST(Capture, GivesWhatThisMachineGives) {
     EXPECT_EQ(WithoutWhatMoves(Snapshot(directory / "m")), WithoutWhatMoves(live.standardOutput));
 }
 
+// The names of an archive's entries, one a line.
+std::string ListArchive(const std::string& archive) {
+    const auto result = RunProgram("tar", {{"--quoting-style=literal", "-tJf", archive}, "", {}});
+    EXPECT_EQ(result.status, 0) << result.standardError;
+    EXPECT_EQ(result.standardError, "");
+    return result.standardOutput;
+}
+
+// A machine with names in UTF-8, in ISO 8859-1 and in ASCII, and with a link whose target is not ASCII.
+void AddNamesOfEveryCharset(const std::string& root) {
+    std::string interfaces;
+    for (const std::string name : {"b\xC3\xBCro0", "b\xFCro1", "eth0"}) {
+        const std::string device = "sys/devices/virtual/net/" + name;
+        AddFile(root, device + "/operstate", "up\n");
+        interfaces += "fe80000000000000505400fffeb20001 02 40 20 80 " + name + "\n";
+        std::filesystem::create_directories(root + "/sys/class/net");
+        std::filesystem::create_symlink("../../devices/virtual/net/" + name, root + "/sys/class/net/" + name);
+    }
+    AddFile(root, "proc/net/if_inet6", interfaces);
+}
+
+class TCaptureInLocaleTest : public testing::TestWithParam<const char*> {};
+
+INSTANTIATE_TEST_SUITE_P(Locale, TCaptureInLocaleTest, testing::Values("C", "C.UTF-8", "de_DE.ISO-8859-1"),
+                         [](const auto& value) {
+                             std::string name = value.param;
+                             std::ranges::replace_if(
+                                 name, [](char c) { return c == '.' || c == '-'; }, '_');
+                             return name;
+                         });
+
+TEST_P(TCaptureInLocaleTest, KeepsTheBytesOfNames) {
+    const TTemporaryDirectory directory;
+    MakeMachine(directory / "machine");
+    AddNamesOfEveryCharset(directory / "machine");
+    const auto result = RunVorhost(
+        {{"capture", "--sysroot", "machine", "m.tar.xz"}, directory.GetPath(), {{"LC_ALL", GetParam()}}});
+    ASSERT_EQ(result.status, 0) << result.standardError;
+    const std::string names = ListArchive(directory / "m.tar.xz");
+    for (const char* name : {"b\xC3\xBCro0", "b\xFCro1", "eth0"}) {
+        EXPECT_THAT(names, HasSubstr(std::string("sys/devices/virtual/net/") + name + "/operstate\n"));
+        EXPECT_THAT(names, HasSubstr(std::string("sys/class/net/") + name + "\n"));
+    }
+    Unpack(directory / "m.tar.xz", directory / "captured");
+    EXPECT_EQ(Snapshot(directory / "captured"), Snapshot(directory / "machine"));
+    EXPECT_EQ(std::filesystem::read_symlink(directory / "captured/sys/class/net/b\xC3\xBCro0"),
+              "../../devices/virtual/net/b\xC3\xBCro0");
+}
+
 TEST(Capture, OfChosenCollectorsHoldsWhatTheyRead) {
     const TTemporaryDirectory directory;
     MakeMachine(directory / "machine");

@@ -87,7 +87,9 @@ void WriteTarXz(const TCapturedTree& tree, std::ostream& out) {
     if (!writer) {
         throw std::bad_alloc();
     }
-    Check(writer.get(), archive_write_set_format_pax_restricted(writer.get()));
+    // GNU tar keeps the bytes of names as they are. pax converts them to UTF-8 from the charset of the
+    // locale, which fails or changes the names, depending on the locale.
+    Check(writer.get(), archive_write_set_format_gnutar(writer.get()));
     Check(writer.get(), archive_write_add_filter_xz(writer.get()));
     constexpr int noPadding = 1;  // else to the block size of tapes
     Check(writer.get(), archive_write_set_bytes_in_last_block(writer.get(), noPadding));
