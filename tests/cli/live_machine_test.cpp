@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <string>
 
 namespace NVORHOST {
@@ -51,6 +52,38 @@ TEST(LiveMachine, CollectingTwiceAtOneTimeNamesTheSameResources) {
     const std::string once = identifiers(first);
     EXPECT_NE(once, "");
     EXPECT_EQ(identifiers(second), once);
+}
+
+// Runs a shell command where /proc is an empty folder; absent where this user may not arrange that.
+std::optional<TProgramResult> RunWithoutProc(const std::string& command, const std::string& directory) {
+    const auto run = [&](const std::string& shellCommand) {
+        return RunProgram("unshare", {{"--user", "--map-root-user", "--mount", "sh", "-c",
+                                       "mount -t tmpfs none /proc || exit 125; " + shellCommand},
+                                      directory,
+                                      {}});
+    };
+    if (run("exit 0").status != 0) {
+        return std::nullopt;
+    }
+    return run(command);
+}
+
+TEST(LiveMachine, WithoutProcEndsInOneLine) {
+    for (const char* arguments :
+         {"collect", "collect --namespace any.xml", "snapshot -", "capture c.tar.xz"}) {
+        const TTemporaryDirectory directory;
+        WriteFile(directory / "hardwareinventory.xml.gz", "earlier");
+        const auto result =
+            RunWithoutProc(std::string("exec " VORHOST_PROGRAM " ") + arguments, directory.GetPath());
+        if (!result) {
+            GTEST_SKIP() << "this user may not mount anything over /proc";
+        }
+        EXPECT_EQ(result->status, 1);
+        EXPECT_EQ(result->standardOutput, "");
+        EXPECT_EQ(result->standardError,
+                  "vorhost: cannot run where /proc is missing: mount the process file system there\n");
+        EXPECT_EQ(ReadFile(directory / "hardwareinventory.xml.gz"), "earlier");
+    }
 }
 
 }  // namespace

@@ -77,7 +77,7 @@ TRunningProgram::TRunningProgram(const std::string& program, const TProgramRun& 
     process_ = ::fork();
     if (process_ == 0) {
         // Tests that run in the background, or without a terminal, may have been told to ignore some.
-        for (const int number : {SIGHUP, SIGINT, SIGTERM}) {
+        for (int number = 1; number < SIGRTMIN; ++number) {
             std::signal(number, SIG_DFL);
         }
         const int input = ::open("/dev/null", O_RDONLY);

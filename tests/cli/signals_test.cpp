@@ -1,4 +1,5 @@
-// SIGTERM, SIGINT and SIGHUP end every command wherever it stands: status 128 + n, and nothing left behind.
+// Every signal that ends a process by default, crashes apart, ends a command at any point: status 128 + n,
+// and nothing left behind.
 
 #include "program_run.h"
 #include "temporary_directory.h"
@@ -104,7 +105,36 @@ TEST_P(TSignals, EndACollectionWithinThePlugin) {
     EXPECT_EQ(ReadFile(directory / "hardwareinventory.xml.gz"), "earlier");
 }
 
-INSTANTIATE_TEST_SUITE_P(All, TSignals, testing::Values(SIGHUP, SIGINT, SIGTERM));
+INSTANTIATE_TEST_SUITE_P(All, TSignals,
+                         testing::Values(SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGALRM, SIGTERM, SIGUSR1, SIGUSR2,
+                                         SIGXCPU, SIGXFSZ, SIGVTALRM, SIGPROF, SIGPOLL, SIGPWR, SIGSTKFLT));
+
+// The shell limits the size of files to 1 block of 512 bytes and sets its own status from that of the
+// program.
+TEST(Signals, EndARunWhoseFilesExceedTheLimitOfTheirSize) {
+    const TTemporaryDirectory directory;
+    WriteFile(directory / "s.xml", "earlier");
+    const auto result = RunProgram(
+        "sh", {{"-c", "ulimit -f 1; exec " VORHOST_PROGRAM " snapshot s.xml --namespace " + smallServer},
+               directory.GetPath(),
+               {}});
+    EXPECT_EQ(result.status, 128 + SIGXFSZ);
+    EXPECT_EQ(directory.GetNames(), TNames{"s.xml"});
+    EXPECT_EQ(ReadFile(directory / "s.xml"), "earlier");
+}
+
+TEST(Signals, EndASnapshotWhoseReaderHasGone) {
+    const TTemporaryDirectory directory;
+    WriteFile(directory / "large.xml", LargeNamespace());
+    const auto result =
+        RunProgram("bash", {{"-c", VORHOST_PROGRAM " snapshot - --namespace large.xml | true; "
+                                                   "exit ${PIPESTATUS[0]}"},
+                            directory.GetPath(),
+                            {}});
+    EXPECT_EQ(result.status, 128 + SIGPIPE);
+    EXPECT_EQ(result.standardError, "");
+    EXPECT_EQ(directory.GetNames(), TNames{"large.xml"});
+}
 
 TEST(Signals, EndAPluginThatKeepsWriting) {
     const TTemporaryDirectory directory;

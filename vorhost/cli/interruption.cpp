@@ -22,7 +22,11 @@
 namespace NVORHOST {
 namespace {
 
-constexpr std::array endingSignals = {SIGTERM, SIGINT, SIGHUP};
+// Every signal that can end a process from outside or through one of its limits without a dump, and SIGQUIT.
+constexpr std::array endingSignals = {
+    SIGTERM, SIGINT,  SIGHUP,  SIGQUIT, SIGPIPE, SIGALRM,   SIGXCPU,   SIGXFSZ,
+    SIGUSR1, SIGUSR2, SIGPOLL, SIGPROF, SIGPWR,  SIGVTALRM, SIGSTKFLT,
+};
 constexpr int firstSignalStatus = 128;
 
 // Handlers have no other way to anything than through objects of the whole process.
@@ -106,6 +110,15 @@ void EndOnSignals() {
     (void)std::at_quick_exit(&EndWhenCutShort);
     for (const int number : endingSignals) {
         Handle(number);
+    }
+}
+
+void RestoreDefaultSignals() {
+    for (const int number : endingSignals) {
+        struct sigaction action {};
+        if (::sigaction(number, nullptr, &action) == 0 && action.sa_handler == &ReceiveSignal) {
+            (void)std::signal(number, SIG_DFL);
+        }
     }
 }
 

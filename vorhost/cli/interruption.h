@@ -1,6 +1,6 @@
-// Ends a run that is asked to end: SIGTERM, SIGINT and SIGHUP take effect wherever the run stands, in a
-// plug-in that never returns as well, and leave nothing unfinished behind. Nor does a plug-in that ends the
-// program.
+// Ends a run that is asked to end: SIGTERM, SIGINT, SIGHUP and every other signal that ends a process by
+// default, crashes apart, take effect at any point of a run, in a plug-in that never returns as well, and
+// leave nothing unfinished behind. Nor does a plug-in that ends the program.
 #pragma once
 
 #include <functional>
@@ -14,6 +14,10 @@ namespace NVORHOST {
 /// ends the program as a failed run, whatever status the call asked for. To be called once, before there is
 /// anything to undo. Errors: throws std::system_error when there is no thread to be had.
 void EndOnSignals();
+
+/// Gives the signals their default effect again, those that are ignored apart. For a process forked off,
+/// which has no thread that waits for them.
+void RestoreDefaultSignals();
 
 /// Does not return when one of the signals has come: the program is about to end. For whoever is to report
 /// how a run went, which the signal may have had its part in.

@@ -134,6 +134,7 @@ class TChildProcess {
         }
         if (process_ == 0) {
             EndWithParent(parent);
+            RestoreDefaultSignals();
             run();
         }
     }

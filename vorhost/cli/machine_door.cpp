@@ -3,6 +3,8 @@
 #include "host/os_specific.h"
 #include "vorhost/cli/run_failure.h"
 
+#include <unistd.h>
+
 #include <filesystem>
 #include <system_error>
 
@@ -27,6 +29,12 @@ void RequireAnswers(const TRootedFiles& files, const TCapturedSystemCalls& calls
 }
 
 }  // namespace
+
+void RequireProcFileSystem() {
+    if (::access("/proc/self/fd", R_OK | X_OK) != 0) {
+        throw TRunFailure("cannot run where /proc is missing: mount the process file system there");
+    }
+}
 
 TMachineDoor::TMachineDoor(const TSourceOptions& options)
     : isLive_(options.sysroot == liveRoot), localTime_(options.localTime), rootedFiles_(options.sysroot) {

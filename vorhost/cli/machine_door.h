@@ -12,6 +12,10 @@
 
 namespace NVORHOST {
 
+/// Files are opened, and the program finds its plug-in, through /proc of the running system. Throws
+/// TRunFailure where it is missing.
+void RequireProcFileSystem();
+
 class TMachineDoor {
   public:
     /// Throws TRunFailure when the tree is not there or cannot be read at all.

@@ -5,6 +5,7 @@
 #include "vorhost/cli/collectors_command.h"
 #include "vorhost/cli/command_line.h"
 #include "vorhost/cli/interruption.h"
+#include "vorhost/cli/machine_door.h"
 #include "vorhost/cli/output_file.h"
 #include "vorhost/cli/run_failure.h"
 #include "vorhost/cli/snapshot_command.h"
@@ -25,13 +26,16 @@ using namespace NVORHOST;  // NOLINT(google-build-using-namespace): this unit is
 
 struct TRunCommand {
     int operator()(const TCollectOptions& options) const {
+        RequireProcFileSystem();
         return Print([&](std::ostream& out) { RunCollect(options, out); });
     }
     int operator()(const TSnapshotOptions& options) const {
+        RequireProcFileSystem();
         RunSnapshot(options);
         return eExitDone;
     }
     int operator()(const TCaptureOptions& options) const {
+        RequireProcFileSystem();
         return Print([&](std::ostream& out) { RunCapture(options, out); });
     }
     int operator()(const TCollectorsOptions&) const { return Print(ListCollectors); }
