@@ -306,7 +306,7 @@ TEST(Capture, ToAFolderThatIsNotThereFails) {
 TEST(Capture, NeedsAFile) {
     const auto result = RunVorhost({{"capture"}, "", {}});
     EXPECT_EQ(result.status, 2);
-    EXPECT_EQ(result.standardError, "vorhost: file is required\nTry 'vorhost capture --help'.\n");
+    EXPECT_EQ(result.standardError, "vorhost: FILE is required\nTry 'vorhost capture --help'.\n");
 }
 
 // ---- what an ordinary user may not read

@@ -58,10 +58,9 @@ TEST(Collect, TakesTheIdentityFromTheEnvironment) {
     EXPECT_TRUE(std::filesystem::exists(directory / "systeminformation.xml.gz"));
 }
 
-TEST(Collect, AnEmptyIdentityOnTheCommandLineOverridesTheEnvironment) {
+TEST(Collect, TakesAnEmptyVariableForNoIdentity) {
     const TTemporaryDirectory directory;
-    const auto result =
-        RunVorhost({CollectArguments({"--kel-id", ""}), directory.GetPath(), {{"ZETKELID", "K0000001"}}});
+    const auto result = RunVorhost({CollectArguments(), directory.GetPath(), {{"ZETKELID", ""}}});
     ASSERT_EQ(result.status, 0) << result.standardError;
     EXPECT_FALSE(std::filesystem::exists(directory / "systeminformation.xml.gz"));
 }
@@ -161,6 +160,29 @@ TEST(Collect, LogFileReceivesEveryLineWithItsLevel) {
               "3 TNoxinfoPluginCallbacks debug output: Ready for system inventory!\n"
               "3 TNoxinfoPluginCallbacks debug output: Ready for hwinventory\n"
               "3 TNoxinfoPluginCallbacks debug output: There is no internet connection\n");
+}
+
+// The last line of the log of a run with these options.
+std::string LastLogLine(std::vector<std::string> more) {
+    const TTemporaryDirectory directory;
+    std::vector<std::string> arguments{"collect", "--namespace", smallServer, "--log-file", "run.log"};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    const auto result = RunVorhost({arguments, directory.GetPath(), {}});
+    EXPECT_EQ(result.status, 0) << result.standardError;
+    const std::string log = ReadFile(directory / "run.log");
+    return log.substr(log.rfind('\n', log.size() - 2) + 1);
+}
+
+TEST(Collect, LeavesTheNetworkAloneWithoutAnIdentity) {
+    EXPECT_EQ(LastLogLine({}),
+              "3 TNoxinfoPluginCallbacks debug output: kelID is empty, return credential as empty string!\n");
+}
+
+TEST(Collect, ProbesTheNetworkWithAnIdentityOrWhenAskedTo) {
+    const std::string unreachable =
+        "3 TNoxinfoPluginCallbacks debug output: There is no internet connection\n";
+    EXPECT_EQ(LastLogLine({"--kel-id", "K1"}), unreachable);
+    EXPECT_EQ(LastLogLine({"--reachability", "network"}), unreachable);
 }
 
 TEST(Collect, VerbosePrintsDebugLinesToStandardError) {

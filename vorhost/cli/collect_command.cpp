@@ -86,14 +86,18 @@ bool HasIdentity() {
     return identity != nullptr && *identity != '\0';
 }
 
+// Without an identity no credential is asked for, so nobody need learn of this machine.
+EReachability ChooseReachability(const TCollectOptions& options) {
+    return options.reachability.value_or(HasIdentity() ? EReachability::network : EReachability::yes);
+}
+
 void ApplySettings(const TCollectOptions& options, const boost::shared_ptr<TMemoryNamespace>& collected) {
     THostSettings settings;
     settings.localTime = options.source.localTime;
-    settings.reachability = options.reachability;
+    settings.reachability = ChooseReachability(options);
     settings.collected = collected;
     SetHostSettings(settings);
     SetEntityService(options.entityService);
-    SetIdentity(options.kelId);
 }
 
 // A saved namespace need not have the class that results go to.
@@ -180,7 +184,8 @@ void RunCollect(const TCollectOptions& options, std::ostream& out) {
     TStepClock clock;
     CheckDirectory(options.directory);
     const TLogSinks sinks(options.source);
-    SetHostSettings({options.source.localTime, options.reachability, nullptr});
+    SetIdentity(options.kelId);
+    SetHostSettings({options.source.localTime, ChooseReachability(options), nullptr});
     const TNamespaceSource source = ObtainNamespace(options.source);
     clock.Finish("collect");
 

@@ -1,13 +1,21 @@
 #include "vorhost/cli/command_line.h"
 
+#include "vorhost/cli/completion_script.h"
+#include "vorhost/cli/help_format.h"
+#include "vorhost/cli/nearest_word.h"
+#include "vorhost/cli/usage_check.h"
+#include "vorhost/upload/entity_service.h"
+
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <iostream>
 #include <iterator>
+#include <memory>
 #include <sstream>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace NVORHOST {
@@ -44,19 +52,45 @@ TCIMDateTime ReadLocalTime(const std::string& text) {
     return *time;
 }
 
-// Splits "NAME,NAME"; every name must be a collector's.
-std::vector<std::string> ReadCollectorNames(const std::string& option, const std::string& text) {
+std::vector<std::string> CollectorNames() {
     std::vector<std::string> names;
-    std::istringstream words(text);
+    for (const TCollector& collector : GetCollectors()) {
+        names.emplace_back(collector.name);
+    }
+    return names;
+}
+
+std::string Join(const std::vector<std::string>& words) {
+    std::string text;
+    for (const std::string& word : words) {
+        text += (text.empty() ? "" : ", ") + word;
+    }
+    return text;
+}
+
+void RequireCollector(const std::string& option, const std::string& name) {
+    const auto known = CollectorNames();
+    if (std::ranges::find(known, name) == known.end()) {
+        const std::string guess = DidYouMean(name, known);
+        throw CLI::ValidationError(option, "'" + name + "' is no collector" +
+                                               (guess.empty() ? "; there are " + Join(known) : guess));
+    }
+}
+
+// The message is without the URL, which may hold a password.
+std::string ReadEntityService(const std::string& url) {
+    if (const std::string fault = FindEntityServiceFault(url); !fault.empty()) {
+        throw CLI::ValidationError("--entity-service", "the URL cannot be used: " + fault);
+    }
+    return url;
+}
+
+// Splits "NAME,NAME"; every name must be a collector's.
+std::vector<std::string> ReadCollectorNames(const std::string& option, const std::string& list) {
+    std::vector<std::string> names;
+    std::istringstream words(list);
     for (std::string name; std::getline(words, name, ',');) {
-        if (std::ranges::find(GetCollectors(), name, &TCollector::name) == GetCollectors().end()) {
-            std::string known;
-            for (const TCollector& collector : GetCollectors()) {
-                known += known.empty() ? "" : ", ";
-                known += collector.name;
-            }
-            throw CLI::ValidationError(option, "'" + name + "' is none of " + known);
-        }
+        RequireCollector(option, name);
         names.push_back(name);
     }
     return names;
@@ -127,12 +161,14 @@ void AddCollectCommand(CLI::App& program, TCollectOptions& options) {
         .add_option_function<std::string>(
             "--reachability",
             [&options](const std::string& text) { options.reachability = ReadReachability(text); },
-            "Whether the maker's web server counts as reachable: network (really tried, the default), yes, "
-            "no")
+            "Whether the maker's web server counts as reachable: network (a connection is tried), yes, no "
+            "(default: network with a customer identity, yes without one)")
         ->type_name("network|yes|no");
     command
-        .add_option("--entity-service", options.entityService,
-                    "Ask this service for the credential instead of deriving it")
+        .add_option_function<std::string>(
+            "--entity-service",
+            [&options](const std::string& url) { options.entityService = ReadEntityService(url); },
+            "Ask this service, an http or https URL, for the credential instead of deriving it")
         ->type_name("URL");
     command
         .add_option("--plugin", options.pluginFile,
@@ -147,7 +183,7 @@ void AddCollectCommand(CLI::App& program, TCollectOptions& options) {
 void AddSnapshotCommand(CLI::App& program, TSnapshotOptions& options) {
     CLI::App& command = *program.add_subcommand("snapshot", "Save the whole namespace as CIM-XML");
     AddSourceOptions(command, options.source);
-    command.add_option("file", options.file, "File to write; - is standard output")
+    command.add_option("FILE", options.file, "File to write; - is standard output")
         ->type_name("FILE")
         ->required();
 }
@@ -160,52 +196,115 @@ void AddCaptureCommand(CLI::App& program, TCaptureOptions& options) {
     command.add_flag("--redact", options.redacts,
                      "Replace serial numbers, UUIDs, WWNs, MAC and IP addresses and host names by stable "
                      "pseudonyms");
-    command.add_option("file", options.file, "Archive to write, FILE.tar.xz; - is standard output")
+    command.add_option("FILE", options.file, "Archive to write, FILE.tar.xz; - is standard output")
         ->type_name("FILE")
         ->required();
 }
 
-std::string HelpCommandFor(const CLI::App& program) {
-    const auto chosen = program.get_subcommands();
-    return chosen.empty() ? "vorhost --help" : "vorhost " + chosen.front()->get_name() + " --help";
+// The command line as a model: what it may hold, and where its values go.
+struct TModel {
+    TModel() {
+        program.formatter(std::make_shared<THelpFormat>());
+        program.require_subcommand(1);
+        program.set_version_flag("--version", versionText, "Print the version and exit");
+        AddCollectCommand(program, collect);
+        AddSnapshotCommand(program, snapshot);
+        AddCaptureCommand(program, capture);
+        AddWordCommands();
+    }
+
+    CLI::App program{"Hardware inventory of a Linux machine.", "vorhost"};
+    TCollectOptions collect;
+    TSnapshotOptions snapshot;
+    TCaptureOptions capture;
+    std::string helpTopic;
+
+    static constexpr char versionText[] = "vorhost " NOXINFO_VERSION;
+
+  private:
+    void AddWordCommands() {
+        program.add_subcommand("collectors", "List the collectors, what each fills and what it reads");
+        program.add_subcommand("completion", "Print the completion of bash");
+        program.add_subcommand("help", "Print this help, or that of a command")
+            ->add_option("COMMAND", helpTopic, "Command to describe")
+            ->type_name("COMMAND");
+        program.add_subcommand("version", "Print the version");
+        for (CLI::App* command : program.get_subcommands({})) {
+            command->group("Commands");
+        }
+        for (CLI::App* command : program.get_subcommands({})) {
+            command->set_help_flag("-h,--help", "Print this help and exit");
+        }
+        program.set_help_flag("-h,--help", "Print this help and exit");
+    }
+};
+
+using TWords = std::vector<std::string>;
+
+std::string HelpCommandFor(const CLI::App* command) {
+    return command == nullptr || command->get_name() == "help" ? "vorhost --help"
+                                                               : "vorhost " + command->get_name() + " --help";
+}
+
+// `help collect` is `collect --help`.
+TWords WithoutHelpCommand(const CLI::App& program, TWords words) {
+    const CLI::App* const command = FindCommand(program, words);
+    if (command == nullptr || command->get_name() != "help" || words.back() == "--help" ||
+        words.back() == "-h") {
+        return words;
+    }
+    words.erase(words.begin());
+    words.emplace_back("--help");
+    return words;
+}
+
+void Parse(CLI::App& program, TWords words) {
+    if (words.empty()) {
+        throw CLI::ValidationError("a command is missing: collect, snapshot, capture or collectors");
+    }
+    CheckWords(program, words);
+    words = WithoutHelpCommand(program, std::move(words));
+    CheckWords(program, words);
+    std::ranges::reverse(words);  // as the library wants them
+    program.parse(std::move(words));
 }
 
 }  // namespace
 
+void WriteCompletion(std::ostream& out) {
+    WriteCompletionScript(TModel().program, out);
+}
+
 TCommand ParseCommandLine(int argc, const char* const* argv) {
-    TCollectOptions collect;
-    TSnapshotOptions snapshot;
-    TCaptureOptions capture;
-    CLI::App program("Hardware inventory of a Linux machine.", "vorhost");
-    program.require_subcommand(1);
-    program.set_version_flag("--version", "vorhost " NOXINFO_VERSION);
-    program.failure_message([](const CLI::App*, const CLI::Error& error) {
-        return "vorhost: " + std::string(error.what()) + "\n";
-    });
-    AddCollectCommand(program, collect);
-    AddSnapshotCommand(program, snapshot);
-    AddCaptureCommand(program, capture);
-    program.add_subcommand("collectors", "List the collectors, what each fills and what it reads");
+    const TWords words(argv + std::min(argc, 1), argv + argc);
+    TModel model;
     try {
-        program.parse(argc, argv);
+        Parse(model.program, words);
+    } catch (const CLI::Success& request) {
+        return TEarlyExit{model.program.exit(request)};
     } catch (const CLI::ParseError& error) {
-        const int status = program.exit(error);
-        if (status == eExitDone) {
-            return TEarlyExit{eExitDone};
-        }
-        std::cerr << "Try '" << HelpCommandFor(program) << "'.\n";
+        std::cerr << "vorhost: " << error.what() << "\nTry '"
+                  << HelpCommandFor(FindCommand(model.program, words)) << "'.\n";
         return TEarlyExit{eExitUsage};
     }
-    if (program.got_subcommand("collect")) {
-        return collect;
+    const std::string command = model.program.get_subcommands().front()->get_name();
+    if (command == "collect") {
+        return model.collect;
     }
-    if (program.got_subcommand("capture")) {
-        return capture;
+    if (command == "snapshot") {
+        return model.snapshot;
     }
-    if (program.got_subcommand("collectors")) {
+    if (command == "capture") {
+        return model.capture;
+    }
+    if (command == "collectors") {
         return TCollectorsOptions{};
     }
-    return snapshot;
+    if (command == "completion") {
+        return TCompletionOptions{};
+    }
+    std::cout << TModel::versionText << '\n';
+    return TEarlyExit{eExitDone};
 }
 
 }  // namespace NVORHOST

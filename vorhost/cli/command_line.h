@@ -6,6 +6,7 @@
 #include "vorhost/services/host_settings.h"
 
 #include <optional>
+#include <ostream>
 #include <string>
 #include <variant>
 
@@ -31,12 +32,12 @@ struct TSourceOptions {
 struct TCollectOptions {
     TSourceOptions source;
     std::string directory = ".";
-    std::optional<std::string> kelId;  ///< absent: what the environment says
-    EReachability reachability = EReachability::network;
-    std::string entityService;  ///< URL; empty: none
-    std::string pluginFile;     ///< empty: the one that belongs to this program
-    std::string resultFile;     ///< empty: not given
-    bool isolates = false;      ///< the plug-in runs in a process of its own
+    std::optional<std::string> kelId;           ///< absent: what the environment says
+    std::optional<EReachability> reachability;  ///< absent: the network with an identity, else `yes`
+    std::string entityService;                  ///< URL; empty: none
+    std::string pluginFile;                     ///< empty: the one that belongs to this program
+    std::string resultFile;                     ///< empty: not given
+    bool isolates = false;                      ///< the plug-in runs in a process of its own
 };
 
 struct TSnapshotOptions {
@@ -53,16 +54,22 @@ struct TCaptureOptions {
 /// List the collectors.
 struct TCollectorsOptions {};
 
+/// Print the completion of bash.
+struct TCompletionOptions {};
+
 /// The program is to end at once, without running a command.
 struct TEarlyExit {
     int status = eExitDone;
 };
 
-using TCommand =
-    std::variant<TCollectOptions, TSnapshotOptions, TCaptureOptions, TCollectorsOptions, TEarlyExit>;
+using TCommand = std::variant<TCollectOptions, TSnapshotOptions, TCaptureOptions, TCollectorsOptions,
+                              TCompletionOptions, TEarlyExit>;
 
 /// Reads the command line. Prints help and version to standard output, and what is wrong, with a hint, to
 /// standard error; both come back as TEarlyExit.
 TCommand ParseCommandLine(int argc, const char* const* argv);
+
+/// Prints the completion of bash, made of the same options.
+void WriteCompletion(std::ostream& out);
 
 }  // namespace NVORHOST

@@ -39,6 +39,7 @@ struct TRunCommand {
         return Print([&](std::ostream& out) { RunCapture(options, out); });
     }
     int operator()(const TCollectorsOptions&) const { return Print(ListCollectors); }
+    int operator()(const TCompletionOptions&) const { return Print(WriteCompletion); }
     int operator()(const TEarlyExit& exit) const { return exit.status; }
 
   private:

@@ -4,6 +4,7 @@
 #include "host/export.h"
 
 #include <string>
+#include <string_view>
 
 namespace NVORHOST {
 
@@ -12,5 +13,9 @@ namespace NVORHOST {
 NKELVOR20_API void SetEntityService(std::string url);
 /// The URL last set; empty when none is.
 const std::string& GetEntityService();
+
+/// Why no service can be asked at this URL, without the URL itself, which may hold a password; empty for an
+/// http or https URL with a host.
+NKELVOR20_API std::string FindEntityServiceFault(std::string_view url);
 
 }  // namespace NVORHOST

@@ -1,0 +1,152 @@
+// The completion of bash, tried as a user does: keys typed into an interactive bash.
+
+#include "program_run.h"
+#include "temporary_directory.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <pty.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+#include <regex>
+#include <string>
+
+namespace NVORHOST {
+namespace {
+
+// An interactive bash on a terminal of its own, in which vorhost and sudo print their
+// arguments.
+class TBash {
+  public:
+    explicit TBash(const TTemporaryDirectory& directory) {
+        WriteFile(directory / ".completion", RunVorhost({{"completion"}, "", {}}).standardOutput);
+        WriteFile(directory / ".bashrc",
+                  "PS1='ready> '\n"
+                  "source .completion\n"
+                  "complete -o default -F _vorhost sudo\n"
+                  "bind 'set bell-style none' 'set enable-bracketed-paste off'\n"
+                  "vorhost() { printf '\\nwords:'; printf ' <%s>' \"$@\"; printf '\\n'; }\n"
+                  "sudo() { vorhost \"$@\"; }\n");
+        process_ = ::forkpty(&terminal_, nullptr, nullptr, nullptr);
+        if (process_ == 0) {
+            if (::chdir(directory.GetPath().c_str()) == 0 && ::setenv("TERM", "dumb", 1) == 0) {
+                ::execlp("bash", "bash", "--noprofile", "--rcfile", ".bashrc", "-i", nullptr);
+            }
+            ::_exit(127);
+        }
+        ReadUntil("ready> ");
+    }
+    ~TBash() {
+        ::kill(process_, SIGKILL);
+        ::waitpid(process_, nullptr, 0);
+        ::close(terminal_);
+    }
+    TBash(const TBash&) = delete;
+    TBash& operator=(const TBash&) = delete;
+
+    /// The arguments that a command gets when a tab is typed behind `line`, and then Enter.
+    std::string Complete(const std::string& line) {
+        Type(line + "\t");
+        Type("\n");
+        const std::string printed = ReadUntil("words:.*\n[^\n]*ready> ");
+        std::smatch words;
+        std::regex_search(printed, words, std::regex("words: ([^\r\n]*)"));
+        return words.size() > 1 ? words[1].str() : printed;
+    }
+
+  private:
+    void Type(const std::string& keys) {
+        ASSERT_EQ(::write(terminal_, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
+    }
+
+    std::string ReadUntil(const std::string& pattern) {
+        constexpr int patienceMilliseconds = 20'000;
+        const std::regex expected(std::regex_replace(pattern, std::regex("\\."), "[\\s\\S]"));
+        std::string text;
+        char bytes[4096];
+        pollfd readable{terminal_, POLLIN, 0};
+        while (!std::regex_search(text, expected)) {
+            const bool isReady = ::poll(&readable, 1, patienceMilliseconds) == 1;
+            const ssize_t count = isReady ? ::read(terminal_, bytes, sizeof bytes) : -1;
+            if (count <= 0) {
+                ADD_FAILURE() << "bash printed only " << text;
+                return text;
+            }
+            text.append(bytes, static_cast<std::size_t>(count));
+        }
+        return text;
+    }
+
+    int terminal_ = -1;
+    pid_t process_ = -1;
+};
+
+class Completion : public testing::Test {
+  protected:
+    std::string Complete(const std::string& line) { return bash_.Complete(line); }
+
+    TTemporaryDirectory directory_;
+    TBash bash_{directory_};
+};
+
+TEST_F(Completion, CompletesCommands) {
+    EXPECT_EQ(Complete("vorhost colle"), "<collect>");  // as far as collect and collectors agree
+    EXPECT_EQ(Complete("vorhost snap"), "<snapshot>");
+    EXPECT_EQ(Complete("vorhost help capt"), "<help> <capture>");
+}
+
+TEST_F(Completion, CompletesOptionsOfTheCommandAlone) {
+    EXPECT_EQ(Complete("vorhost collect --dir"), "<collect> <--directory>");
+    EXPECT_EQ(Complete("vorhost snapshot --dir"), "<snapshot> <--dir>");
+    EXPECT_EQ(Complete("vorhost capture --re"), "<capture> <--redact>");
+    EXPECT_EQ(Complete("vorhost --vers"), "<--version>");
+}
+
+TEST_F(Completion, CompletesCollectorsInAnyPlaceOfAList) {
+    EXPECT_EQ(Complete("vorhost collect --only comp"), "<collect> <--only> <computer-system>");
+    EXPECT_EQ(Complete("vorhost collect --only=comp"), "<collect> <--only=computer-system>");
+    EXPECT_EQ(Complete("vorhost collect --skip board,comp"), "<collect> <--skip> <board,computer-system>");
+    EXPECT_EQ(Complete("vorhost collect --skip=board,disk,comp"),
+              "<collect> <--skip=board,disk,computer-system>");
+}
+
+TEST_F(Completion, TakesNoFolderForACollector) {
+    std::filesystem::create_directory(directory_ / "computer-system");
+    EXPECT_EQ(Complete("vorhost collect --only comp"), "<collect> <--only> <computer-system>");
+}
+
+TEST_F(Completion, CompletesChoices) {
+    EXPECT_EQ(Complete("vorhost collect --reachability net"), "<collect> <--reachability> <network>");
+    EXPECT_EQ(Complete("vorhost collect --reachability=ye"), "<collect> <--reachability=yes>");
+}
+
+TEST_F(Completion, CompletesNamesWithBlanks) {
+    WriteFile(directory_ / "my saved machine.xml", "");
+    std::filesystem::create_directory(directory_ / "other place");
+    EXPECT_EQ(Complete("vorhost collect --namespace my"), "<collect> <--namespace> <my saved machine.xml>");
+    EXPECT_EQ(Complete("vorhost collect --namespace=my"), "<collect> <--namespace=my saved machine.xml>");
+    EXPECT_EQ(Complete("vorhost snapshot my"), "<snapshot> <my saved machine.xml>");
+    EXPECT_EQ(Complete("vorhost collect --directory oth"), "<collect> <--directory> <other place/>");
+    EXPECT_EQ(Complete("vorhost collect --directory my"), "<collect> <--directory> <my>");
+    EXPECT_EQ(Complete("vorhost collect --directory other\\ place --kel"),
+              "<collect> <--directory> <other place> <--kel-id>");
+}
+
+TEST_F(Completion, WorksWhereTheProgramFollowsSudo) {
+    EXPECT_EQ(Complete("sudo vorhost snap"), "<vorhost> <snapshot>");
+    EXPECT_EQ(Complete("sudo -u root vorhost collect --only=comp"),
+              "<-u> <root> <vorhost> <collect> <--only=computer-system>");
+    EXPECT_EQ(Complete("sudo /opt/bin/vorhost collect --dir"), "</opt/bin/vorhost> <collect> <--directory>");
+}
+
+TEST_F(Completion, LeavesValuesOfAnotherKindAlone) {
+    WriteFile(directory_ / "K0000001", "");
+    EXPECT_EQ(Complete("vorhost collect --kel-id K0"), "<collect> <--kel-id> <K0>");
+}
+
+}  // namespace
+}  // namespace NVORHOST
