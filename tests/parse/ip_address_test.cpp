@@ -62,5 +62,14 @@ TEST(ParseIpv4Address, RefusesEverythingElse) {
     }
 }
 
+TEST(ParseIpv6Address, ReadsEveryFormOfTheText) {
+    const std::string bytes = ParseByteLine("fd123456000000000000000000000002");
+    EXPECT_EQ(ParseIpv6Address("fd12:3456::2"), bytes);
+    EXPECT_EQ(ParseIpv6Address("FD12:3456:0:0:0:0:0:0002"), bytes);
+    for (const char* text : {"", ":", "fd12:3456", "fd12::3456::2", "[fd12::2]", "192.0.2.1", "fd12::g"}) {
+        EXPECT_EQ(ParseIpv6Address(text), std::nullopt) << text;
+    }
+}
+
 }  // namespace
 }  // namespace NVORHOST

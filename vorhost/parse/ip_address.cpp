@@ -3,6 +3,8 @@
 #include "vorhost/parse/lines.h"
 #include "vorhost/parse/numbers.h"
 
+#include <arpa/inet.h>
+
 #include <array>
 #include <charconv>
 #include <cstdint>
@@ -112,6 +114,12 @@ std::optional<std::string> ParseIpv4Address(std::string_view text) {
         text.remove_prefix(std::min(end + 1, text.size()));
     }
     return bytes;
+}
+
+std::optional<std::string> ParseIpv6Address(std::string_view text) {
+    std::string bytes(ipv6Bytes, '\0');
+    const bool isAddress = inet_pton(AF_INET6, std::string(text).c_str(), bytes.data()) == 1;
+    return isAddress && text.find('\0') == std::string_view::npos ? std::optional(bytes) : std::nullopt;
 }
 
 }  // namespace NVORHOST

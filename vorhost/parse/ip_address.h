@@ -16,4 +16,7 @@ std::optional<std::string> FormatIpAddress(std::string_view bytes);
 /// The 4 bytes of dotted decimal text. Absent for anything else, leading zeros included.
 std::optional<std::string> ParseIpv4Address(std::string_view text);
 
+/// The 16 bytes of IPv6 text in any of its forms. Absent for anything else.
+std::optional<std::string> ParseIpv6Address(std::string_view text);
+
 }  // namespace NVORHOST
