@@ -211,6 +211,21 @@ TEST_P(TMachineCaptureTest, RedactedHoldsNothingThatIdentifies) {
     }
 }
 
+TEST_P(TMachineCaptureTest, RedactedPassesTheSearchForWhatIsLeft) {
+    TCollected original;
+    const TMachine machine = ReadMachine();
+    TCapture capture = CaptureMachine(machine, original);
+    const TCapturedTree before = capture.tree;
+    const TRedactedMachine redacted = Redact(key, capture.tree, capture.answers);
+    capture.tree.AddFile(capturedAnswersPath, FormatCapturedAnswers(capture.answers));
+    const auto left = FindIdentityLeft(redacted, capture.tree);
+    EXPECT_EQ(left ? left->path : "nothing", "nothing");
+    // The search does find what is in the tree that was not redacted.
+    const bool isDistinct = std::ranges::count(redacted.identities.GetIdentities(), EIdentityReach::anywhere,
+                                               &TIdentity::reach) != 0;
+    EXPECT_TRUE(FindIdentityLeft(redacted, before) || !isDistinct);
+}
+
 TEST_P(TMachineCaptureTest, RedactedKeepsKeysApart) {
     TCollected original;
     TCollected redacted;

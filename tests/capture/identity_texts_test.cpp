@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cctype>
 #include <string>
 
 namespace NVORHOST {
@@ -68,13 +70,113 @@ TEST_F(TIdentityTextsTest, KeepsTheTypesOfPartitions) {
     EXPECT_EQ(InIdentities(type), type);
 }
 
-TEST_F(TIdentityTextsTest, FindsWhatWasLearntAsAWholeWord) {
-    texts_.Learn("S3Z9NB0K123456\n");
-    const std::string pseudonym = texts_.ReplaceValue("S3Z9NB0K123456");
-    EXPECT_EQ(InAnything("/dev/disk/by-id/ata-MODEL_S3Z9NB0K123456-part1"),
+TEST_F(TIdentityTextsTest, FindsAShorterValueAsAWholeWord) {
+    texts_.Learn("S3Z9N0\n");
+    const std::string pseudonym = texts_.ReplaceValue("S3Z9N0");
+    EXPECT_EQ(InAnything("/dev/disk/by-id/ata-MODEL_S3Z9N0-part1"),
               "/dev/disk/by-id/ata-MODEL_" + pseudonym + "-part1");
-    EXPECT_EQ(InAnything("XS3Z9NB0K123456"), "XS3Z9NB0K123456");
-    EXPECT_EQ(InAnything("S3Z9NB0K1234567"), "S3Z9NB0K1234567");
+    EXPECT_EQ(InAnything("XS3Z9N0"), "XS3Z9N0");
+    EXPECT_EQ(InAnything("S3Z9N01"), "S3Z9N01");
+    EXPECT_EQ(InAnything("S3-Z9N0"), "S3-Z9N0");
+}
+
+TEST_F(TIdentityTextsTest, FindsALongerValueInsideOfWordsAndWithOtherSeparators) {
+    texts_.Learn("S3Z9NB0K-123456");
+    const std::string pseudonym = texts_.ReplaceValue("S3Z9NB0K123456");
+    EXPECT_EQ(InAnything("XS3Z9NB0K123456"), "X" + pseudonym);
+    EXPECT_EQ(InAnything("S3Z9NB0K1234567"), pseudonym + "7");
+    EXPECT_EQ(InAnything("S3Z9 NB0K:123456"),
+              pseudonym.substr(0, 4) + " " + pseudonym.substr(4, 4) + ":" + pseudonym.substr(8));
+}
+
+TEST_F(TIdentityTextsTest, KeepsTheCaseOfEachText) {
+    texts_.Learn("AbC42x");
+    std::string lower = texts_.ReplaceValue("AbC42x");
+    std::string upper = lower;
+    for (std::size_t i = 0; i < lower.size(); ++i) {
+        lower[i] = static_cast<char>(std::tolower(lower[i]));
+        upper[i] = static_cast<char>(std::toupper(upper[i]));
+    }
+    EXPECT_EQ(InAnything("abc42x"), lower);
+    EXPECT_EQ(InAnything("ABC42X"), upper);
+}
+
+TEST_F(TIdentityTextsTest, FindsAValueBetweenTheEscapesOfUnitNames) {
+    texts_.LearnHostName("falcon-7");
+    const std::string host = texts_.ReplaceHostName("falcon-7");
+    EXPECT_EQ(InIdentities("dev-mapper-falcon\\x2d\\x2d7\\x2d\\x2dvg.device"),
+              "dev-mapper-" + host.substr(0, 6) + "\\x2d\\x2d" + host.substr(7) + "\\x2d\\x2dvg.device");
+}
+
+TEST_F(TIdentityTextsTest, FindsBareWorldWideNamesWhereDevicesAreNamed) {
+    EXPECT_THAT(InIdentities("scsi-5000c500a1b2c3d4"), MatchesRegex("scsi-5[0-9a-f]{15}"));
+    EXPECT_NE(InIdentities("5000c500a1b2c3d4"), "5000c500a1b2c3d4");
+    EXPECT_EQ(InAnything("5000c500a1b2c3d4"), "5000c500a1b2c3d4");
+}
+
+TEST_F(TIdentityTextsTest, FindsWorldWideNamesOfExpanders) {
+    const std::string path = InAnything("pci-0000:03:00.0-sas-exp0x500605b0000272bf-phy4-lun-0");
+    EXPECT_EQ(path, "pci-0000:03:00.0-sas-exp0x" + texts_.ReplaceValue("500605b0000272bf") + "-phy4-lun-0");
+    EXPECT_THAT(path, Not(HasSubstr("500605b0000272bf")));
+}
+
+TEST_F(TIdentityTextsTest, FindsTheNamesOfIscsi) {
+    EXPECT_THAT(
+        InAnything("ip-192.0.2.7:3260-iscsi-iqn.2003-01.org.acme:disk.1f2e3d-lun-1"),
+        MatchesRegex(
+            "ip-[0-9.]+:3260-iscsi-iqn\\.2003-01\\.[a-z]{3}\\.[a-z]{4}:[a-z]{4}\\.[0-9a-z]{6}-lun-1"));
+    EXPECT_THAT(InAnything("iqn.2003-01.org.acme:disk.1f2e3d"), Not(HasSubstr("acme")));
+}
+
+TEST_F(TIdentityTextsTest, FindsPortalsInEverySpelling) {
+    for (const std::string path :
+         {"ip-192.168.1.70:3260-iscsi-x-lun-1", "ip-192_168_1_70_3260-iscsi-x-lun-1",
+          "ip-fd12:3456::2:3260-iscsi-x-lun-1", "ip-[fd12:3456::2]:3260-iscsi-x-lun-1",
+          "ip-fd12_3456__2_3260-iscsi-x-lun-1"}) {
+        const std::string replaced = InIdentities(path);
+        EXPECT_EQ(replaced.size(), path.size());
+        EXPECT_THAT(replaced, Not(HasSubstr("192"))) << replaced;
+        EXPECT_THAT(replaced, Not(HasSubstr("3456"))) << replaced;
+        EXPECT_THAT(replaced, MatchesRegex("ip-.*3260-iscsi-x-lun-1"));
+    }
+    EXPECT_EQ(InIdentities("ip-127.0.0.1:3260-iscsi-x-lun-1"), "ip-127.0.0.1:3260-iscsi-x-lun-1");
+}
+
+TEST_F(TIdentityTextsTest, AnAddressHasOnePseudonymInEverySpelling) {
+    texts_.Learn("192.168.1.70", EIdentityKind::ipAddress);
+    std::string pseudonym = InAnything("192.168.1.70");
+    EXPECT_NE(pseudonym, "192.168.1.70");
+    EXPECT_EQ(InAnything("(192.168.1.70)"), "(" + pseudonym + ")");
+    std::replace(pseudonym.begin(), pseudonym.end(), '.', '_');
+    EXPECT_EQ(InAnything("ip-192_168_1_70_3260"), "ip-" + pseudonym + "_3260");
+    EXPECT_EQ(InAnything("192:168:1:70"), "192:168:1:70");  // a place on a SCSI bus
+    EXPECT_EQ(InAnything("192.168.1.71"), "192.168.1.71");
+}
+
+TEST_F(TIdentityTextsTest, FindsNamesThatAreNotAscii) {
+    texts_.LearnHostName(
+        "\xC3\xBC"
+        "berb\xC3\xBC"
+        "ro");
+    const std::string replaced = InIdentities(
+        "mapper/\xC3\xBC"
+        "berb\xC3\xBC"
+        "ro--vg-root");
+    EXPECT_THAT(replaced, MatchesRegex("mapper/[a-z]{10}--vg-root"));
+}
+
+TEST_F(TIdentityTextsTest, CountsEachIdentityOnce) {
+    texts_.Learn("S3Z9NB0K123456");
+    texts_.Learn("s3z9nb0k-123456");
+    texts_.Learn("RACK-7", EIdentityKind::assetTag);
+    texts_.Learn("52:54:00:b2:0f:01");
+    texts_.LearnForms("wwn-0x5000c500a1b2c3d4 35000c500a1b2c3d4 enx525400b20f01", ETextContext::anything);
+    texts_.LearnHostName("db-1.example.org");
+    texts_.LearnHostName("db-1");
+    texts_.Learn("127.0.0.1", EIdentityKind::ipAddress);
+    texts_.Learn("Not Specified");
+    EXPECT_EQ(DescribeCounts(texts_.CountIdentities()),
+              "1 serial number, 1 asset tag, 1 world-wide name, 1 MAC address, 1 host name");
 }
 
 TEST_F(TIdentityTextsTest, FindsTheSpellingsThatOthersMakeOfAValue) {

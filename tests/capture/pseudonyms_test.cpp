@@ -79,6 +79,34 @@ TEST(Pseudonyms, OfDifferentOriginalsDiffer) {
     }
 }
 
+TEST(Pseudonyms, AreNeverTheOriginal) {
+    for (std::uint64_t seed = 0; seed < 50; ++seed) {
+        TPseudonyms pseudonyms({seed, 1});
+        for (char first = '1'; first <= '9'; ++first) {
+            EXPECT_NE(pseudonyms.Replace(std::string(1, first)), std::string(1, first));
+        }
+        for (char last = 'a'; last <= 'e'; ++last) {
+            EXPECT_NE(pseudonyms.Replace(std::string(1, last)), std::string(1, last));
+        }
+    }
+}
+
+TEST(Pseudonyms, AreNotWhatIsReserved) {
+    for (std::uint64_t seed = 0; seed < 50; ++seed) {
+        TPseudonyms pseudonyms({seed, 1});
+        pseudonyms.Reserve("q1");
+        pseudonyms.Reserve("Q2");
+        for (const char* text : {"q1", "q2", "q3"}) {
+            EXPECT_THAT(pseudonyms.Replace(text), testing::Not(testing::AnyOf("q1", "q2")));
+        }
+    }
+}
+
+TEST(Pseudonyms, OfBytesThatAreNotAsciiAreLetters) {
+    TPseudonyms pseudonyms(key);
+    EXPECT_THAT(pseudonyms.Replace("\xE6\x97\xA5-1"), MatchesRegex("[a-z]{3}-[0-9]"));
+}
+
 TEST(Pseudonyms, PlaceholdersIdentifyNobodyAndStay) {
     TPseudonyms pseudonyms(key);
     for (const char* text : {"", "   ", "To Be Filled By O.E.M.", "Not Specified", "0123456789", "00000000",
@@ -110,6 +138,14 @@ TEST(PseudonymsOfAddresses, AreAddressesAsLong) {
     const std::string address = ReplaceIpv4(pseudonyms, "192.168.1.70");
     EXPECT_THAT(address, MatchesRegex("[0-9][0-9][0-9]\\.[0-9][0-9][0-9]\\.[0-9]\\.[0-9][0-9]"));
     EXPECT_NE(address, "192.168.1.70");
+}
+
+TEST(PseudonymsOfAddresses, AreNeverTheOriginal) {
+    for (std::uint64_t seed = 0; seed < 1000; ++seed) {
+        TPseudonyms pseudonyms({seed, 1});
+        EXPECT_NE(ReplaceIpv4(pseudonyms, "10.0.0.5"), "10.0.0.5");
+        EXPECT_NE(ReplaceText(pseudonyms, ParseByteLine("fd000000000000000000000000000002")), "fd00::2");
+    }
 }
 
 TEST(PseudonymsOfAddresses, InOneNetworkAreInOneNetwork) {

@@ -11,6 +11,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -130,6 +131,168 @@ TEST_F(TRedactionTest, TheSerialNumberInsideAnNvmeNameIsFound) {
                 MatchesRegex("nvme\\.1b36-[0-9a-f]{14}-51454d55-00000001\n"));
     EXPECT_THAT(Redacted("/sys/devices/nvme0n1/wwid"), Not(HasSubstr("4e564d45303031")));
     EXPECT_EQ(Redacted("/run/udev/data/b259:0"), "E:ID_WWN=" + Redacted("/sys/devices/nvme0n1/wwid"));
+}
+
+TEST_F(TRedactionTest, TheSerialNumberInsideAnNvmeNameIsFoundWithBlanksInFrontOfIt) {
+    Add("/sys/devices/nvme0/serial", "          NV01A2\n");
+    Add("/sys/devices/nvme0n1/wwid", "nvme.1b36-202020204e5630314132-51454d55-00000001\n");
+    std::string digits;
+    for (const char c : Pseudonym("NV01A2")) {
+        constexpr char hex[] = "0123456789abcdef";
+        digits += {hex[c / 16], hex[c % 16]};
+    }
+    EXPECT_EQ(Redacted("/sys/devices/nvme0n1/wwid"), "nvme.1b36-20202020" + digits + "-51454d55-00000001\n");
+    EXPECT_EQ(Redacted("/sys/devices/nvme0/serial"), "          " + Pseudonym("NV01A2") + "\n");
+}
+
+TEST_F(TRedactionTest, TheIdentitiesOfAScsiDeviceAreFoundUnderEveryKey) {
+    Add("/run/udev/data/b8:0",
+        "E:SCSI_IDENT_SERIAL=Z1D0AB12\n"
+        "E:SCSI_IDENT_LUN_NAA_REG=5000c500a1b2c3d4\n"
+        "E:SCSI_IDENT_PORT_NAA_REG=5000c500a1b2c3d5\n"
+        "E:SCSI_IDENT_LUN_NAA_REGEXT=600508b1001c3a4b5c6d7e8f90a1b2c3\n"
+        "E:SCSI_IDENT_LUN_NAA_LOCAL=3000c500a1b2c3d6\n"
+        "E:SCSI_IDENT_TARGET_NAA_EXT=4000c500a1b2c3d7\n"
+        "E:SCSI_IDENT_LUN_EUI64=0025388b91b4f2c1\n"
+        "E:SCSI_IDENT_LUN_T10=ATA_SAMPLE_HD_500_Z1D0AB34\n"
+        "E:SCSI_IDENT_LUN_VENDOR=Z1D0AB56\n"
+        "E:SCSI_IDENT_PORT_RELATIVE=1\n"
+        "E:ID_WWN_VENDOR_EXTENSION=0x0c6d7e8f90a1b2c3\n"
+        "E:SCSI_MODEL=SAMPLE_HD_500\n");
+    EXPECT_EQ(Redacted("/run/udev/data/b8:0"),
+              "E:SCSI_IDENT_SERIAL=" + Pseudonym("Z1D0AB12") +
+                  "\nE:SCSI_IDENT_LUN_NAA_REG=" + Pseudonym("5000c500a1b2c3d4") +
+                  "\nE:SCSI_IDENT_PORT_NAA_REG=" + Pseudonym("5000c500a1b2c3d5") +
+                  "\nE:SCSI_IDENT_LUN_NAA_REGEXT=" + Pseudonym("600508b1001c3a4b5c6d7e8f90a1b2c3") +
+                  "\nE:SCSI_IDENT_LUN_NAA_LOCAL=" + Pseudonym("3000c500a1b2c3d6") +
+                  "\nE:SCSI_IDENT_TARGET_NAA_EXT=" + Pseudonym("4000c500a1b2c3d7") +
+                  "\nE:SCSI_IDENT_LUN_EUI64=" + Pseudonym("0025388b91b4f2c1") +
+                  "\nE:SCSI_IDENT_LUN_T10=ATA_SAMPLE_HD_500_" + Pseudonym("Z1D0AB34") +
+                  "\nE:SCSI_IDENT_LUN_VENDOR=" + Pseudonym("Z1D0AB56") +
+                  "\nE:SCSI_IDENT_PORT_RELATIVE=1"
+                  "\nE:ID_WWN_VENDOR_EXTENSION=0x" +
+                  Pseudonym("0c6d7e8f90a1b2c3") + "\nE:SCSI_MODEL=SAMPLE_HD_500\n");
+}
+
+TEST_F(TRedactionTest, AWorldWideNameInTheNameOfAPropertyIsReplaced) {
+    Add("/run/udev/data/b8:0", "E:SCSI_IDENT_LUN_NAA_REG=5000c500a1b2c3d4\nE:SEEN_5000c500a1b2c3d4=1\n");
+    EXPECT_THAT(Redacted("/run/udev/data/b8:0"),
+                HasSubstr("E:SEEN_" + Pseudonym("5000c500a1b2c3d4") + "=1\n"));
+}
+
+TEST_F(TRedactionTest, ExpandersAndPortsOfSasAreReplaced) {
+    Add("/sys/devices/host0/sas_device/end_device-0:0/sas_address", "0x4433221101000000\n");
+    Add("/sys/devices/host0/sas_host/host0/host_sas_address", "0x500605b0000272b0\n");
+    Add("/run/udev/data/b8:0",
+        "E:ID_PATH=pci-0000:03:00.0-sas-exp0x500605b0000272bf-phy4-lun-0\n"
+        "E:ID_PATH_TAG=pci-0000_03_00_0-sas-exp0x500605b0000272bf-phy4-lun-0\n"
+        "S:disk/by-path/pci-0000:03:00.0-sas-0x4433221101000000-lun-0\n");
+    const std::string text = Redacted("/run/udev/data/b8:0");
+    const std::string expander = Pseudonym("500605b0000272bf");
+    EXPECT_EQ(text, "E:ID_PATH=pci-0000:03:00.0-sas-exp0x" + expander +
+                        "-phy4-lun-0\nE:ID_PATH_TAG=pci-0000_03_00_0-sas-exp0x" + expander +
+                        "-phy4-lun-0\nS:disk/by-path/pci-0000:03:00.0-sas-0x" +
+                        Pseudonym("4433221101000000") + "-lun-0\n");
+    EXPECT_EQ(Redacted("/sys/devices/host0/sas_device/end_device-0:0/sas_address"),
+              "0x" + Pseudonym("4433221101000000") + "\n");
+    EXPECT_EQ(Redacted("/sys/devices/host0/sas_host/host0/host_sas_address"),
+              "0x" + Pseudonym("500605b0000272b0") + "\n");
+}
+
+TEST_F(TRedactionTest, PortalsOfIscsiHaveThePseudonymOfTheirAddress) {
+    answers_.interfaceAddresses = {{"eth0", *ParseIpv4Address("192.168.1.70")}};
+    Add("/run/udev/data/b8:0",
+        "E:ID_PATH=ip-192.168.1.70:3260-iscsi-iqn.2003-01.org.acme:d1-lun-1\n"
+        "E:ID_PATH_TAG=ip-192_168_1_70_3260-iscsi-iqn_2003-01_org_acme_d1-lun-1\n"
+        "S:disk/by-path/ip-fd12:3456::2:3260-iscsi-iqn.2003-01.org.acme:d1-lun-1\n"
+        "E:NOTE=ip-fd12_3456__2_3260-iscsi-iqn.2003-01.org.acme:d1-lun-1\n");
+    const std::string text = Redacted("/run/udev/data/b8:0");
+    const std::string address = *FormatIpAddress(answers_.interfaceAddresses->at(0).address);
+    std::string tag = address;
+    std::replace(tag.begin(), tag.end(), '.', '_');
+    EXPECT_THAT(text, HasSubstr("E:ID_PATH=ip-" + address + ":3260-iscsi-iqn.2003-01."));
+    EXPECT_THAT(text, HasSubstr("E:ID_PATH_TAG=ip-" + tag + "_3260-iscsi-iqn_2003-01_"));
+    for (const char* secret : {"192.168", "192_168", "fd12", "3456", "acme"}) {
+        EXPECT_THAT(text, Not(HasSubstr(secret)));
+    }
+}
+
+TEST_F(TRedactionTest, TheSerialNumberOfAUsbDeviceIsReplacedUnderBothOfItsKeys) {
+    Add("/run/udev/data/b8:16",
+        "E:ID_USB_VENDOR=Maker\nE:ID_USB_MODEL=Stick\nE:ID_USB_SERIAL=Maker_Stick_4C530001\n"
+        "E:ID_USB_SERIAL_SHORT=4C530001\n");
+    Add("/run/udev/data/b8:32", "E:ID_USB_VENDOR=Maker\nE:ID_USB_MODEL=Disk\nE:ID_USB_SERIAL=7A1\n");
+    EXPECT_EQ(Redacted("/run/udev/data/b8:16"),
+              "E:ID_USB_VENDOR=Maker\nE:ID_USB_MODEL=Stick\nE:ID_USB_SERIAL=Maker_Stick_" +
+                  Pseudonym("4C530001") + "\nE:ID_USB_SERIAL_SHORT=" + Pseudonym("4C530001") + "\n");
+    EXPECT_EQ(Redacted("/run/udev/data/b8:32"),
+              "E:ID_USB_VENDOR=Maker\nE:ID_USB_MODEL=Disk\nE:ID_USB_SERIAL=" + Pseudonym("7A1") + "\n");
+}
+
+TEST_F(TRedactionTest, BatteriesLoseTheirSerialNumber) {
+    Add("/sys/class/power_supply/BAT0/serial_number", " 4711\n");
+    Add("/sys/class/power_supply/BAT0/uevent",
+        "POWER_SUPPLY_STATUS=Full\nPOWER_SUPPLY_SERIAL_NUMBER= 4711\n");
+    EXPECT_EQ(Redacted("/sys/class/power_supply/BAT0/serial_number"), " " + Pseudonym("4711") + "\n");
+    EXPECT_EQ(Redacted("/sys/class/power_supply/BAT0/uevent"),
+              "POWER_SUPPLY_STATUS=Full\nPOWER_SUPPLY_SERIAL_NUMBER= " + Pseudonym("4711") + "\n");
+}
+
+TEST_F(TRedactionTest, AShortHostNameIsReplacedInNamesOfVolumesAndUnits) {
+    answers_.nodeName = "qx";
+    Add("/sys/devices/virtual/block/dm-0/dm/name", "qx--vg-root\n");
+    Add("/run/udev/data/b254:0",
+        "E:DM_VG_NAME=qx-vg\nE:SYSTEMD_WANTS=lvm2-activate-QX-vg.service\n"
+        "E:SYSTEMD_ALIAS=/dev/qx-vg/root dev-qx\\x2dvg-root.device\nE:ID_MODEL=qx\n");
+    tree_.AddLink("/dev/qx-vg/root", "../dm-0");
+    const std::string host = Pseudonym("qx");
+    std::string upper = host;
+    std::transform(upper.begin(), upper.end(), upper.begin(),
+                   [](char c) { return static_cast<char>(c - 'a' + 'A'); });
+    EXPECT_EQ(Redacted("/sys/devices/virtual/block/dm-0/dm/name"), host + "--vg-root\n");
+    EXPECT_EQ(Redacted("/run/udev/data/b254:0"),
+              "E:DM_VG_NAME=" + host + "-vg\nE:SYSTEMD_WANTS=lvm2-activate-" + upper +
+                  "-vg.service\nE:SYSTEMD_ALIAS=/dev/" + host + "-vg/root dev-" + host +
+                  "\\x2dvg-root.device\nE:ID_MODEL=qx\n");
+    EXPECT_EQ(Redacted("/dev/" + host + "-vg/root"), "../dm-0");
+}
+
+TEST_F(TRedactionTest, SerialNumbersOfEveryFileOfTheFirmwareAreLearnt) {
+    Add("/sys/devices/virtual/dmi/id/chassis_serial", "CH4200042\n");
+    Add("/sys/devices/virtual/dmi/id/board_asset_tag", "RACK7-4711\n");
+    Add("/sys/devices/virtual/dmi/id/product_uuid", "9f5c2a10-7b34-11e9-8f9e-2a86e4085a59\n");
+    Add("/sys/devices/virtual/dmi/id/product_family",
+        "ch4200042 rack7_4711 9F5C2A107B3411E98F9E2A86E4085A59\n");
+    const std::string text = Redacted("/sys/devices/virtual/dmi/id/product_family");
+    for (const char* secret : {"4200042", "4711", "9F5C2A10"}) {
+        EXPECT_THAT(text, Not(HasSubstr(secret)));
+    }
+}
+
+TEST_F(TRedactionTest, AKernelBuiltOnTheMachineLosesUserAndHost) {
+    answers_.nodeName = "falcon";
+    const std::string rest = ") (gcc 12.2.0, GNU ld 2.40) #1 SMP falcon\n";
+    Add("/proc/version", "Linux version 6.1.0 (alice@falcon" + rest);
+    EXPECT_EQ(Redacted("/proc/version"),
+              "Linux version 6.1.0 (" + Pseudonym("alice") + "@" + Pseudonym("falcon") + rest);
+}
+
+TEST_F(TRedactionTest, AKernelBuiltElsewhereKeepsItsBuilder) {
+    answers_.nodeName = "debian";
+    const std::string text =
+        "Linux version 6.1.0 (builder@lists.example.org) (gcc (Debian 12.2.0-14) 12.2.0)\n";
+    Add("/proc/version", text);
+    EXPECT_EQ(Redacted("/proc/version"), text);
+}
+
+TEST_F(TRedactionTest, NoPseudonymIsTheIdentityOfAnotherDevice) {
+    for (char digit = '1'; digit <= '9'; ++digit) {
+        Add(std::string("/sys/devices/") + digit + "/serial", std::string("A0") + digit + "\n");
+    }
+    Apply();
+    for (const auto& [path, node] : tree_.GetNodes()) {
+        EXPECT_THAT(node.bytes, Not(MatchesRegex("A0[1-9]\n")));
+    }
 }
 
 TEST_F(TRedactionTest, UuidsHaveOnePseudonymWhateverTheirCase) {

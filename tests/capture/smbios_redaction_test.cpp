@@ -70,6 +70,38 @@ TEST(SmbiosRedaction, OverwritesWhatOnlyTheMakerCanRead) {
     EXPECT_EQ(ParseSmbiosTable(redacted)[3].GetType(), 221);
 }
 
+TEST(SmbiosRedaction, ReplacesTheSerialNumberOfASmartBattery) {
+    TMachine machine = ParseMachineTree(
+        "/DMI smbios:\n"
+        "| 22: 01 02 00 03 04 00 1027 102a 05 00 3412 2458 06 01 efbeadde \"Rear\" \"Example\" \"B7712\" "
+        "\"Cell\" \"1.0\" \"LION\"\n");
+    const std::string table = machine.files.ReadText("/DMI").value;
+    const std::string redacted = Redact(table);
+    EXPECT_EQ(ParseSmbiosTable(redacted)[0].GetText(7), TPseudonyms(key).Replace("B7712"));
+    const std::string serial = ParseByteLine("3412");
+    EXPECT_EQ(table.substr(0x10, 2), serial);
+    EXPECT_EQ(redacted.substr(0x10, 2), TPseudonyms(key).ReplaceBytes(serial));
+    EXPECT_EQ(redacted.substr(0x12, 4), table.substr(0x12, 4));
+    EXPECT_EQ(redacted.substr(0x16, 4), "xxxx");
+}
+
+TEST(SmbiosRedaction, ABatteryWithoutASmartSerialNumberKeepsItsZero) {
+    TMachine machine = ParseMachineTree(
+        "/DMI smbios:\n| 22: 01 00 00 00 00 00 1027 102a 00 00 0000 2458 00 01 00000000 \"Rear\"\n");
+    const std::string table = machine.files.ReadText("/DMI").value;
+    EXPECT_EQ(Redact(table), table);
+}
+
+TEST(SmbiosRedaction, OverwritesInactiveStructures) {
+    TMachine machine = ParseMachineTree(
+        "/DMI smbios:\n| 126: 01 02 00 03 102a5c9f 347b e911 8f9e2a86e4085a59 06 \"Example\" "
+        "\"EX4200042\"\n");
+    const std::string redacted = Redact(machine.files.ReadText("/DMI").value);
+    EXPECT_THAT(redacted, Not(HasSubstr("EX42")));
+    EXPECT_THAT(redacted, Not(HasSubstr(ParseByteLine("102a5c9f"))));
+    EXPECT_EQ(ParseSmbiosTable(redacted)[0].GetType(), 126);
+}
+
 TEST(SmbiosRedaction, KeepsPlaceholders) {
     TMachine machine = ParseMachineTree(
         "/DMI smbios:\n"

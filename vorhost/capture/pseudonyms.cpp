@@ -15,16 +15,6 @@ namespace {
 // Enough for every identifier that leaves a choice; one that leaves none may share its pseudonym.
 constexpr std::uint64_t maxAttempts = 1000;
 
-std::string ToCanonical(std::string_view text) {
-    std::string canonical;
-    for (const char c : text) {
-        if (IsAlphanumeric(c)) {
-            canonical += ToLower(c);
-        }
-    }
-    return canonical;
-}
-
 // How many digits at the start are format rather than identity: the first one of a world-wide name, and the
 // one that SCSI puts before such a name.
 std::size_t CountKept(std::string_view canonical) {
@@ -77,9 +67,12 @@ const std::string& TPseudonyms::ReplaceCanonical(const std::string& canonical) {
         const std::size_t kept = CountKept(canonical);
         std::string candidate;
         std::uint64_t attempt = 0;
+        bool isUsable = false;
         do {
             candidate = MakeCandidate(canonical, kept, attempt);
-        } while (++attempt < maxAttempts && (candidate == canonical || taken_.contains(candidate)));
+            const bool isFree = !taken_.contains(candidate) && !originals_.contains(candidate);
+            isUsable = candidate != canonical && (isFree || attempt >= maxAttempts);
+        } while (++attempt < 2 * maxAttempts && !isUsable);
         taken_.insert(candidate);
         place->second = std::move(candidate);
     }
@@ -100,12 +93,16 @@ std::string TPseudonyms::Replace(std::string_view text) {
     std::string replaced(text);
     std::size_t next = 0;
     for (char& c : replaced) {
-        if (IsAlphanumeric(c)) {
+        if (IsIdentityCharacter(c)) {
             c = IsUpper(c) ? ToUpper(pseudonym[next]) : pseudonym[next];
             ++next;
         }
     }
     return replaced;
+}
+
+void TPseudonyms::Reserve(std::string_view text) {
+    originals_.insert(ToCanonical(text));
 }
 
 std::string TPseudonyms::ReplaceBytes(std::string_view bytes) {
@@ -134,11 +131,13 @@ std::uint16_t TPseudonyms::ReplaceNumber(const std::string& context, std::uint16
         const std::uint64_t count = std::uint64_t{last} - first + 1;
         const std::uint64_t start =
             KeyedDigest(key_, "number/" + context + "/" + std::to_string(number)) % count;
-        // There are as many pseudonyms as numbers, so the search finds one.
+        // There are as many pseudonyms as numbers; only the last one may be left with itself.
+        place->second = number;
         for (std::uint64_t step = 0; step < count; ++step) {
-            place->second = static_cast<std::uint16_t>(first + (start + step) % count);
-            if (takenNumbers_[context].insert(place->second).second) {
-                break;
+            const auto candidate = static_cast<std::uint16_t>(first + (start + step) % count);
+            if (candidate != number && takenNumbers_[context].insert(candidate).second) {
+                place->second = candidate;
+                return candidate;
             }
         }
     }

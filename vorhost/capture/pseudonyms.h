@@ -21,11 +21,14 @@ class TPseudonyms {
     static TKey MakeKey();
 
     /// The pseudonym of an identifier, the same for the same letters and digits, whatever their case and what
-    /// stands between them; two identifiers have two pseudonyms. Letters of a text that is hexadecimal stay
-    /// hexadecimal. Where 16 or 32 hexadecimal digits may be a world-wide name, the first one, its format,
-    /// stays. Texts that firmware vendors leave where a value belongs (placeholders.h) identify nobody and
-    /// stay as they are.
+    /// stands between them; two identifiers have two pseudonyms, and none is its own. Bytes that are not
+    /// ASCII become letters. Letters of a text that is hexadecimal stay hexadecimal. Where 16 or 32
+    /// hexadecimal digits may be a world-wide name, the first one, its format, stays. Texts that firmware
+    /// vendors leave where a value belongs (placeholders.h) identify nobody and stay as they are.
     std::string Replace(std::string_view text);
+
+    /// Keeps the text from being the pseudonym of another one.
+    void Reserve(std::string_view text);
 
     /// The same for bytes, by their hexadecimal text.
     std::string ReplaceBytes(std::string_view bytes);
@@ -50,6 +53,7 @@ class TPseudonyms {
     TKey key_;
     std::map<std::string, std::string> pseudonyms_;  // by canonical text
     std::set<std::string> taken_;
+    std::set<std::string> originals_;  // canonical texts that no other one may become
     std::map<std::string, std::map<std::uint16_t, std::uint16_t>> numbers_;  // by context
     std::map<std::string, std::set<std::uint16_t>> takenNumbers_;
 };

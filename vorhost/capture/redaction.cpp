@@ -1,5 +1,6 @@
 #include "vorhost/capture/redaction.h"
 
+#include "vorhost/capture/identity_search.h"
 #include "vorhost/capture/identity_texts.h"
 #include "vorhost/capture/smbios_redaction.h"
 #include "vorhost/capture/text_kinds.h"
@@ -7,7 +8,7 @@
 #include "vorhost/parse/ip_address.h"
 #include "vorhost/parse/lines.h"
 #include "vorhost/parse/numbers.h"
-#include "vorhost/parse/placeholders.h"
+#include "vorhost/parse/proc_net.h"
 #include "vorhost/parse/spd_eeprom.h"
 #include "vorhost/parse/udev_record.h"
 #include "vorhost/system/path_pattern.h"
@@ -22,11 +23,6 @@
 namespace NVORHOST {
 
 namespace {
-
-struct TRedaction {
-    TIdentityTexts identities;
-    TSmbiosVersion smbiosVersion{2, 0};
-};
 
 // `text` with each line replaced by what `replace` makes of it.
 template <typename TReplace>
@@ -48,129 +44,273 @@ std::string_view LastWord(std::string_view text) {
 
 // ---- files of one value
 
-void LearnValue(std::string_view bytes, TRedaction& redaction) {
-    redaction.identities.Learn(bytes.substr(0, bytes.find('\0')));
+template <EIdentityKind kind>
+void LearnValue(std::string_view bytes, TRedactedMachine& redaction) {
+    redaction.identities.Learn(bytes.substr(0, bytes.find('\0')), kind);
 }
 
-std::string ReplaceValue(std::string_view bytes, const TRedaction& redaction) {
+std::string ReplaceValue(std::string_view bytes, const TRedactedMachine& redaction) {
     return redaction.identities.ReplaceValue(bytes);
 }
 
-void LearnNothing(std::string_view, TRedaction&) {}
+void LearnNothing(std::string_view, TRedactedMachine&) {}
 
-std::string ReplaceAnything(std::string_view bytes, const TRedaction& redaction) {
+void LearnForms(std::string_view bytes, TRedactedMachine& redaction) {
+    redaction.identities.LearnForms(bytes, ETextContext::anything);
+}
+
+std::string ReplaceAnything(std::string_view bytes, const TRedactedMachine& redaction) {
     return redaction.identities.Replace(bytes, ETextContext::anything);
 }
 
-std::string ReplaceIdentities(std::string_view bytes, const TRedaction& redaction) {
+std::string ReplaceIdentities(std::string_view bytes, const TRedactedMachine& redaction) {
     return redaction.identities.Replace(bytes, ETextContext::identities);
 }
 
-std::string KeepAll(std::string_view bytes, const TRedaction&) {
+std::string KeepAll(std::string_view bytes, const TRedactedMachine&) {
     return std::string(bytes);
 }
 
-std::string ReplaceHostName(std::string_view bytes, const TRedaction& redaction) {
+std::string ReplaceHostName(std::string_view bytes, const TRedactedMachine& redaction) {
     return redaction.identities.ReplaceHostName(bytes);
 }
 
-void LearnHostName(std::string_view bytes, TRedaction& redaction) {
+void LearnHostName(std::string_view bytes, TRedactedMachine& redaction) {
     redaction.identities.LearnHostName(bytes);
 }
 
-// Texts that begin so hold a world-wide name, which is found wherever it stands.
-constexpr std::string_view worldWideMarks[] = {"naa.", "eui.", "uuid.", "0x"};
+// Marks of names in a registry, which follow.
+constexpr std::string_view worldWideMarks[] = {"naa.", "eui.", "uuid."};
 
 // "t10." is vendor, model and serial number. "nvme." holds a serial number and a model, each as hexadecimal
 // digits. What has no such mark is one name.
-void LearnWorldWideId(std::string_view bytes, TRedaction& redaction) {
-    const std::string_view text = TrimBlanks(bytes);
+void LearnWorldWideId(std::string_view bytes, TRedactedMachine& redaction) {
+    std::string_view text = TrimBlanks(bytes);
     if (text.starts_with("t10.")) {
         redaction.identities.Learn(LastWord(text));
-    } else if (text.starts_with("nvme.")) {
+        return;
+    }
+    if (text.starts_with("nvme.")) {
         const std::string_view digits = SplitAt(SplitAt(text, '-').second, '-').first;
         redaction.identities.Learn(IsHex(digits) ? FromHex(digits) : std::string(digits));
-    } else if (std::ranges::none_of(worldWideMarks, [&](auto mark) { return text.starts_with(mark); })) {
-        redaction.identities.Learn(text);
+        return;
     }
+    for (const std::string_view mark : worldWideMarks) {
+        text.remove_prefix(text.starts_with(mark) ? mark.size() : 0);
+    }
+    redaction.identities.Learn(text, EIdentityKind::worldWideName);
 }
 
 // ---- the udev database and uevent attributes
 
-// Values of these keys identify.
-constexpr std::string_view identityKeys[] = {
-    "ID_SERIAL_SHORT",
-    "ID_SCSI_SERIAL",
-    "SCSI_IDENT_SERIAL",
-    "ID_USB_SERIAL_SHORT",
-    "DM_SERIAL",
-    "ID_FS_UUID",
-    "ID_FS_UUID_ENC",
-    "ID_FS_UUID_SUB",
-    "ID_FS_UUID_SUB_ENC",
-    "ID_PART_ENTRY_UUID",
-    "ID_PART_TABLE_UUID",
-    "PARTUUID",
-    "MD_UUID",
-    "ID_UUID",
-    "HID_UNIQ",
+// What the values of a key are.
+enum class EProperty {
+    identity,       // one identity, whatever it looks like
+    serial,         // a serial number, or one at the end of vendor and model
+    worldWideName,  // with a mark
+    arrayName,      // with the host that made the array in front of a colon
+    lastWord,       // vendor, model and serial number, joined by "_"
+    names,          // of devices and hosts
+    words,      // of the kernel and of makers: a name or a short serial number may be one of them by chance
+    published,  // UUIDs in them are those of kinds of devices
 };
 
-// "E:KEY=value" of a record, "KEY=value" of an attribute.
-std::pair<std::string_view, std::string_view> SplitProperty(std::string_view line) {
-    if (line.starts_with("E:")) {
-        line.remove_prefix(2);
+struct TPropertyRule {
+    std::string_view key;  // "*" is any part of it
+    EProperty property;
+    EIdentityKind kind = EIdentityKind::serialNumber;
+};
+
+// The first row that matches counts; a key without one has names.
+// clang-format off
+constexpr TPropertyRule propertyRules[] = {
+    {"ID_SERIAL",                   EProperty::serial},
+    {"ID_USB_SERIAL",               EProperty::serial},
+    {"ID_SERIAL_SHORT",             EProperty::identity},
+    {"ID_USB_SERIAL_SHORT",         EProperty::identity},
+    {"ID_SCSI_SERIAL",              EProperty::identity},
+    {"SCSI_IDENT_SERIAL",           EProperty::identity},
+    {"SCSI_IDENT_*_VENDOR",         EProperty::identity},
+    {"SCSI_IDENT_*_NAA_*",          EProperty::identity, EIdentityKind::worldWideName},
+    {"SCSI_IDENT_*_EUI64*",         EProperty::identity, EIdentityKind::worldWideName},
+    {"SCSI_IDENT_*_T10",            EProperty::lastWord},
+    {"DM_SERIAL",                   EProperty::identity},
+    {"POWER_SUPPLY_SERIAL_NUMBER",  EProperty::identity},
+    {"ID_FS_UUID*",                 EProperty::identity, EIdentityKind::uuid},
+    {"ID_PART_ENTRY_UUID",          EProperty::identity, EIdentityKind::uuid},
+    {"ID_PART_TABLE_UUID",          EProperty::identity, EIdentityKind::uuid},
+    {"PARTUUID",                    EProperty::identity, EIdentityKind::uuid},
+    {"MD_UUID",                     EProperty::identity, EIdentityKind::uuid},
+    {"ID_UUID",                     EProperty::identity, EIdentityKind::uuid},
+    {"HID_UNIQ",                    EProperty::identity},
+    {"ID_WWN_VENDOR_EXTENSION",     EProperty::identity, EIdentityKind::worldWideName},
+    {"ID_WWN*",                     EProperty::worldWideName},
+    {"MD_NAME",                     EProperty::arrayName},
+    {"MODALIAS",                    EProperty::published},
+    {"ID_PART_ENTRY_TYPE",          EProperty::published},
+    {"ID_PART_ENTRY_NAME",          EProperty::names},
+    {"ID_PART_*",                   EProperty::words},
+    {"ID_FS_LABEL*",                EProperty::names},
+    {"ID_FS_*",                     EProperty::words},
+    {"ID_MODEL*",                   EProperty::words},
+    {"ID_VENDOR*",                  EProperty::words},
+    {"ID_USB_*",                    EProperty::words},
+    {"ID_PCI_*",                    EProperty::words},
+    {"ID_ATA*",                     EProperty::words},
+    {"ID_CDROM*",                   EProperty::words},
+    {"ID_INPUT*",                   EProperty::words},
+    {"ID_SCSI*",                    EProperty::words},
+    {"ID_TYPE",                     EProperty::words},
+    {"ID_BUS",                      EProperty::words},
+    {"ID_REVISION",                 EProperty::words},
+    {"SCSI_*",                      EProperty::words},
+    {"MD_LEVEL",                    EProperty::words},
+    {"MD_DEVICES",                  EProperty::words},
+    {"MD_METADATA",                 EProperty::words},
+    {"POWER_SUPPLY_*",              EProperty::words},
+    {"PCI_*",                       EProperty::words},
+    {"HID_*",                       EProperty::words},
+    {"DEVTYPE",                     EProperty::words},
+    {"DEVNAME",                     EProperty::words},
+    {"DEVPATH",                     EProperty::words},
+    {"SUBSYSTEM",                   EProperty::words},
+    {"DRIVER",                      EProperty::words},
+    {"TYPE",                        EProperty::words},
+    {"PRODUCT",                     EProperty::words},
+    {"INTERFACE",                   EProperty::words},
+    {"TAGS",                        EProperty::words},
+    {"CURRENT_TAGS",                EProperty::words},
+};
+// clang-format on
+
+bool MatchesKey(std::string_view pattern, std::string_view key) {
+    const auto star = pattern.find('*');
+    if (star == std::string_view::npos || !key.starts_with(pattern.substr(0, star))) {
+        return pattern == key;
     }
-    return SplitAt(line, '=');
+    const std::string_view rest = pattern.substr(star + 1);
+    for (std::size_t end = star; end <= key.size(); ++end) {
+        if (MatchesKey(rest, key.substr(end))) {
+            return true;
+        }
+    }
+    return false;
 }
 
-// The whole of ID_SERIAL is model and serial number, or one of them alone.
-bool IsSerialAlone(std::string_view record, std::string_view serial) {
-    const auto find = [&](std::string_view key) { return FindUdevProperty(record, key).value_or(""); };
-    const std::string vendorAndModel = std::string(find("ID_VENDOR")) + "_" + std::string(find("ID_MODEL"));
-    return find("ID_SERIAL_SHORT").empty() && serial != vendorAndModel && serial != find("ID_MODEL");
+const TPropertyRule& FindPropertyRule(std::string_view key) {
+    static constexpr TPropertyRule names{"*", EProperty::names};
+    const auto* const rule = std::ranges::find_if(
+        propertyRules, [&](const TPropertyRule& row) { return MatchesKey(row.key, key); });
+    return rule == std::end(propertyRules) ? names : *rule;
 }
 
-void LearnProperties(std::string_view bytes, TRedaction& redaction) {
+ETextContext ContextOf(EProperty property) {
+    switch (property) {
+        case EProperty::words:
+            return ETextContext::anything;
+        case EProperty::published:
+            return ETextContext::published;
+        default:
+            return ETextContext::identities;
+    }
+}
+
+// A line of a record, "E:KEY=value", or of an attribute, "KEY=value".
+struct TPropertyLine {
+    std::string_view mark, key, value;  // the line is these, with "=" between the last two
+};
+
+std::optional<TPropertyLine> ParsePropertyLine(std::string_view line) {
+    constexpr std::string_view mark = "E:";
+    const std::size_t start = line.starts_with(mark) ? mark.size() : 0;
+    const auto equals = line.find('=');
+    if (equals == std::string_view::npos || equals < start || (start == 0 && line.substr(1, 1) == ":")) {
+        return std::nullopt;
+    }
+    return TPropertyLine{line.substr(0, start), line.substr(start, equals - start), line.substr(equals + 1)};
+}
+
+// Links of devices are names; other lines without a property are numbers and words.
+ETextContext ContextOfLine(std::string_view line) {
+    if (const auto property = ParsePropertyLine(line)) {
+        return ContextOf(FindPropertyRule(property->key).property);
+    }
+    return line.starts_with("S:") ? ETextContext::identities : ETextContext::anything;
+}
+
+// The whole of ID_SERIAL is model and serial number, or one of them alone; the same with "ID_USB_".
+bool IsSerialAlone(std::string_view record, std::string_view key, std::string_view serial) {
+    const std::string prefix(key.substr(0, key.size() - std::string_view("SERIAL").size()));
+    const auto find = [&](std::string_view name) {
+        return FindUdevProperty(record, prefix + std::string(name)).value_or("");
+    };
+    const std::string vendorAndModel = std::string(find("VENDOR")) + "_" + std::string(find("MODEL"));
+    return find("SERIAL_SHORT").empty() && serial != vendorAndModel && serial != find("MODEL");
+}
+
+void LearnProperty(std::string_view record, const TPropertyLine& line, TRedactedMachine& redaction) {
+    const TPropertyRule& rule = FindPropertyRule(line.key);
+    switch (rule.property) {
+        case EProperty::identity:
+            redaction.identities.Learn(line.value, rule.kind);
+            return;
+        case EProperty::serial:
+            if (IsSerialAlone(record, line.key, line.value)) {
+                redaction.identities.Learn(line.value, rule.kind);
+            }
+            return;
+        case EProperty::worldWideName:
+            LearnWorldWideId(line.value, redaction);
+            return;
+        case EProperty::arrayName:
+            if (line.value.find(':') != std::string_view::npos) {
+                redaction.identities.LearnHostName(SplitAt(line.value, ':').first);
+            }
+            return;
+        case EProperty::lastWord:
+            redaction.identities.Learn(line.value.substr(line.value.find_last_of("_ ") + 1));
+            return;
+        default:
+            return;
+    }
+}
+
+void LearnProperties(std::string_view bytes, TRedactedMachine& redaction) {
     ForEachLine(bytes, [&](std::string_view line) {
-        const auto [key, value] = SplitProperty(line);
-        const bool identifies = std::ranges::find(identityKeys, key) != std::end(identityKeys);
-        if (identifies || (key == "ID_SERIAL" && IsSerialAlone(bytes, value))) {
-            redaction.identities.Learn(value);
+        const auto property = ParsePropertyLine(line);
+        if (property) {
+            LearnProperty(bytes, *property, redaction);
         }
-        if (key == "ID_WWN") {
-            LearnWorldWideId(value, redaction);
-        }
-        if (key == "MD_NAME" && value.find(':') != std::string_view::npos) {
-            redaction.identities.LearnHostName(SplitAt(value, ':').first);  // where the array was made
-        }
+        redaction.identities.LearnForms(property ? property->value : line, ContextOfLine(line));
     });
 }
 
-// Others may have a short serial number as their value by chance, DEVTYPE "disk" for one.
-constexpr std::string_view otherKeysOfIdentities[] = {
-    "ID_SERIAL",  "ID_WWN",  "ID_WWN_WITH_EXTENSION", "DEVLINKS", "DM_NAME", "DM_UUID", "MD_NAME",
-    "MD_DEVNAME", "ID_PATH", "ID_PATH_TAG",
-};
+std::string ReplaceProperty(std::string_view record, const TPropertyLine& line,
+                            const TRedactedMachine& redaction) {
+    const TIdentityTexts& identities = redaction.identities;
+    const EProperty property = FindPropertyRule(line.key).property;
+    const bool isValue = property == EProperty::identity ||
+                         (property == EProperty::serial && IsSerialAlone(record, line.key, line.value));
+    return std::string(line.mark) + identities.Replace(line.key, ETextContext::anything) + "=" +
+           (isValue ? identities.ReplaceValue(line.value)
+                    : identities.Replace(line.value, ContextOf(property)));
+}
 
-std::string ReplaceProperties(std::string_view bytes, const TRedaction& redaction) {
+std::string ReplaceProperties(std::string_view bytes, const TRedactedMachine& redaction) {
     return ReplaceLines(bytes, [&](std::string_view line) {
-        const std::string_view key = SplitProperty(line).first;
-        const auto isIn = [&](const auto& keys) { return std::ranges::find(keys, key) != std::end(keys); };
-        const bool isLink = line.starts_with("S:");
-        return isLink || isIn(identityKeys) || isIn(otherKeysOfIdentities)
-                   ? ReplaceIdentities(line, redaction)
-                   : ReplaceAnything(line, redaction);
+        const auto property = ParsePropertyLine(line);
+        return property ? ReplaceProperty(bytes, *property, redaction)
+                        : redaction.identities.Replace(line, ContextOfLine(line));
     });
 }
 
 // ---- binary files
 
-void LearnSmbiosTable(std::string_view bytes, TRedaction& redaction) {
+void LearnSmbiosTable(std::string_view bytes, TRedactedMachine& redaction) {
     LearnSmbios(bytes, redaction.smbiosVersion, redaction.identities);
 }
 
-std::string ReplaceSmbiosTable(std::string_view bytes, const TRedaction& redaction) {
+std::string ReplaceSmbiosTable(std::string_view bytes, const TRedactedMachine& redaction) {
     return RedactSmbios(bytes, redaction.smbiosVersion, redaction.identities);
 }
 
@@ -178,19 +318,25 @@ std::string Reversed(std::string_view bytes) {
     return {bytes.rbegin(), bytes.rend()};
 }
 
+constexpr std::size_t spdSerialBytes = 4;
+
+void LearnSpdSerial(std::string_view bytes, TRedactedMachine& redaction) {
+    if (const auto offset = FindSpdSerial(bytes)) {
+        redaction.identities.Learn(ToHex(bytes.substr(*offset, spdSerialBytes)));
+    }
+}
+
 // Firmware that writes the bytes of the serial number in the other order must find its module again.
-std::string ReplaceSpdSerial(std::string_view bytes, const TRedaction& redaction) {
+std::string ReplaceSpdSerial(std::string_view bytes, const TRedactedMachine& redaction) {
     std::string replaced(bytes);
     const auto offset = FindSpdSerial(bytes);
     if (!offset) {
         return replaced;
     }
-    constexpr std::size_t serialBytes = 4;
     TPseudonyms& pseudonyms = redaction.identities.GetPseudonyms();
-    const std::string serial(bytes.substr(*offset, serialBytes));
-    std::string turned = ToHex(Reversed(serial));
-    std::ranges::transform(turned, turned.begin(), ToUpper);
-    replaced.replace(*offset, serialBytes,
+    const std::string serial(bytes.substr(*offset, spdSerialBytes));
+    const std::string turned = ToHex(Reversed(serial));
+    replaced.replace(*offset, spdSerialBytes,
                      redaction.identities.IsKnown(turned)
                          ? Reversed(pseudonyms.ReplaceBytes(Reversed(serial)))
                          : pseudonyms.ReplaceBytes(serial));
@@ -199,11 +345,11 @@ std::string ReplaceSpdSerial(std::string_view bytes, const TRedaction& redaction
 
 constexpr std::size_t vpdHeaderSize = 4;
 
-void LearnVpdSerial(std::string_view bytes, TRedaction& redaction) {
+void LearnVpdSerial(std::string_view bytes, TRedactedMachine& redaction) {
     redaction.identities.Learn(bytes.substr(std::min(vpdHeaderSize, bytes.size())));
 }
 
-std::string ReplaceVpdSerial(std::string_view bytes, const TRedaction& redaction) {
+std::string ReplaceVpdSerial(std::string_view bytes, const TRedactedMachine& redaction) {
     const std::size_t header = std::min(vpdHeaderSize, bytes.size());
     return std::string(bytes.substr(0, header)) + redaction.identities.ReplaceValue(bytes.substr(header));
 }
@@ -233,10 +379,16 @@ std::vector<TDesignator> FindDesignators(std::string_view page) {
     return designators;
 }
 
-void LearnVpdDesignators(std::string_view page, TRedaction& redaction) {
+constexpr std::size_t leastName = 8;  // bytes of a binary designator that is a world-wide name
+
+void LearnVpdDesignators(std::string_view page, TRedactedMachine& redaction) {
     constexpr std::uint8_t vendorSpecific = 0;
     constexpr std::uint8_t vendorAndSerial = 1;  // T10 vendor identification
+    redaction.identities.LearnForms(page, ETextContext::identities);
     for (const TDesignator& designator : FindDesignators(page)) {
+        if (designator.isBinary && designator.bytes.size() >= leastName) {
+            redaction.identities.Learn(ToHex(designator.bytes), EIdentityKind::worldWideName);
+        }
         if (!designator.isBinary && designator.type == vendorSpecific) {
             redaction.identities.Learn(designator.bytes);
         }
@@ -247,8 +399,7 @@ void LearnVpdDesignators(std::string_view page, TRedaction& redaction) {
 }
 
 // World-wide names stand in it as bytes, what else identifies as text.
-std::string ReplaceVpdDesignators(std::string_view page, const TRedaction& redaction) {
-    constexpr std::size_t leastName = 8;
+std::string ReplaceVpdDesignators(std::string_view page, const TRedactedMachine& redaction) {
     std::string replaced = redaction.identities.Replace(page, ETextContext::identities);
     for (const TDesignator& designator : FindDesignators(page)) {
         if (designator.isBinary && designator.bytes.size() >= leastName) {
@@ -261,23 +412,63 @@ std::string ReplaceVpdDesignators(std::string_view page, const TRedaction& redac
 
 // Users, and where they came from.
 // Source: utmp(5), the layout of x86-64.
-std::string ReplaceSessions(std::string_view bytes, const TRedaction& redaction) {
-    struct TField {
-        std::size_t offset, size;
-    };
-    constexpr std::size_t recordSize = 384;
-    constexpr TField texts[] = {{44, 32}, {76, 256}};
-    constexpr TField address{348, 16};
-    std::string replaced(bytes);
-    for (std::size_t start = 0; start + recordSize <= bytes.size(); start += recordSize) {
-        for (const TField& field : texts) {
-            replaced.replace(
-                start + field.offset, field.size,
-                redaction.identities.ReplaceValue(bytes.substr(start + field.offset, field.size)));
+struct TSessionField {
+    std::size_t offset, size;
+};
+
+constexpr std::size_t sessionSize = 384;
+constexpr TSessionField userField{44, 32};
+constexpr TSessionField originField{76, 256};
+constexpr TSessionField addressField{348, ipv6Bytes};
+
+std::string_view TextOf(std::string_view record, const TSessionField& field) {
+    const std::string_view text = record.substr(field.offset, field.size);
+    return text.substr(0, text.find('\0'));
+}
+
+// An IPv4 address has zeros behind it.
+std::string_view AddressOf(std::string_view record) {
+    const std::string_view bytes = record.substr(addressField.offset, addressField.size);
+    const bool isIpv4 = std::ranges::all_of(bytes.substr(ipv4Bytes), [](char c) { return c == '\0'; });
+    return bytes.substr(0, isIpv4 ? ipv4Bytes : ipv6Bytes);
+}
+
+void LearnSessions(std::string_view bytes, TRedactedMachine& redaction) {
+    constexpr char userProcess = 7;  // records of other types name the kernel, or no user
+    for (std::size_t start = 0; start + sessionSize <= bytes.size(); start += sessionSize) {
+        const std::string_view record = bytes.substr(start, sessionSize);
+        if (record.front() != userProcess) {
+            continue;
         }
-        replaced.replace(start + address.offset, address.size,
-                         redaction.identities.GetPseudonyms().ReplaceBytes(
-                             bytes.substr(start + address.offset, address.size)));
+        redaction.identities.Learn(TextOf(record, userField), EIdentityKind::userName);
+        const std::string_view origin = TextOf(record, originField);
+        const bool isAddress = ParseIpv4Address(origin) || ParseIpv6Address(origin);
+        if (isAddress) {
+            redaction.identities.Learn(origin, EIdentityKind::ipAddress);
+        } else if (!origin.starts_with(':')) {  // the display of a graphical session
+            redaction.identities.LearnHostName(origin);
+        }
+        redaction.identities.Learn(*FormatIpAddress(AddressOf(record)), EIdentityKind::ipAddress);
+    }
+}
+
+std::string ReplaceSessionText(std::string_view record, const TSessionField& field,
+                               const TRedactedMachine& redaction) {
+    const std::string_view text = record.substr(field.offset, field.size);
+    const std::string known = redaction.identities.Replace(text, ETextContext::identities);
+    return known != text ? known : redaction.identities.ReplaceHostName(text);
+}
+
+std::string ReplaceSessions(std::string_view bytes, const TRedactedMachine& redaction) {
+    std::string replaced(bytes);
+    for (std::size_t start = 0; start + sessionSize <= bytes.size(); start += sessionSize) {
+        const std::string_view record = bytes.substr(start, sessionSize);
+        for (const TSessionField& field : {userField, originField}) {
+            replaced.replace(start + field.offset, field.size, ReplaceSessionText(record, field, redaction));
+        }
+        const std::string_view address = AddressOf(record);
+        replaced.replace(start + addressField.offset, address.size(),
+                         redaction.identities.GetPseudonyms().ReplaceAddress(address));
     }
     return replaced;
 }
@@ -304,7 +495,7 @@ std::string ReplaceWords(std::string_view line, TReplace&& replace) {
 }
 
 // Networks stand among the addresses, "10.0.0.0/8".
-std::string ReplaceTrie(std::string_view bytes, const TRedaction& redaction) {
+std::string ReplaceTrie(std::string_view bytes, const TRedactedMachine& redaction) {
     return ReplaceLines(bytes, [&](std::string_view line) {
         return ReplaceWords(line, [&](std::size_t, std::string_view word) {
             const auto [address, length] = SplitAt(word, '/');
@@ -316,7 +507,7 @@ std::string ReplaceTrie(std::string_view bytes, const TRedaction& redaction) {
     });
 }
 
-std::string ReplaceRoutes(std::string_view bytes, const TRedaction& redaction) {
+std::string ReplaceRoutes(std::string_view bytes, const TRedactedMachine& redaction) {
     constexpr std::size_t interfaceColumn = 0;
     constexpr std::size_t destinationColumn = 1;
     constexpr std::size_t gatewayColumn = 2;
@@ -337,7 +528,7 @@ std::string ReplaceRoutes(std::string_view bytes, const TRedaction& redaction) {
     });
 }
 
-std::string ReplaceIpv6Interfaces(std::string_view bytes, const TRedaction& redaction) {
+std::string ReplaceIpv6Interfaces(std::string_view bytes, const TRedactedMachine& redaction) {
     return ReplaceLines(bytes, [&](std::string_view line) {
         return ReplaceWords(line, [&](std::size_t column, std::string_view word) {
             if (column == 0 && word.size() == 2 * ipv6Bytes && IsHex(word)) {
@@ -348,53 +539,88 @@ std::string ReplaceIpv6Interfaces(std::string_view bytes, const TRedaction& reda
     });
 }
 
+void LearnTrie(std::string_view bytes, TRedactedMachine& redaction) {
+    for (const std::string& address : ParseLocalIpv4Addresses(bytes)) {
+        redaction.identities.Learn(*FormatIpAddress(address), EIdentityKind::ipAddress);
+    }
+}
+
+void LearnIpv6Interfaces(std::string_view bytes, TRedactedMachine& redaction) {
+    for (const TIpv6Interface& row : ParseIpv6Interfaces(bytes)) {
+        redaction.identities.Learn(*FormatIpAddress(row.address), EIdentityKind::ipAddress);
+    }
+}
+
+// A kernel that was built on the machine itself names user and host: "Linux version 6.1.0 (user@host) ...".
+std::string ReplaceBuilder(std::string_view bytes, const TRedactedMachine& redaction) {
+    const auto start = bytes.find('(');
+    const auto at = bytes.find('@', std::min(start, bytes.size()));
+    const auto end = bytes.find(')', std::min(at, bytes.size()));
+    if (end == std::string_view::npos) {
+        return std::string(bytes);
+    }
+    const std::string_view host = bytes.substr(at + 1, end - at - 1);
+    if (redaction.identities.FindWord(host, ETextContext::identities) == nullptr) {
+        return std::string(bytes);
+    }
+    const std::string_view user = bytes.substr(start + 1, at - start - 1);
+    return std::string(bytes.substr(0, start + 1)) + redaction.identities.ReplaceValue(user) + "@" +
+           redaction.identities.Replace(host, ETextContext::identities) + std::string(bytes.substr(end));
+}
+
 // ---- which file is what
 
 struct TFileRule {
     std::string_view pattern;
-    void (*learn)(std::string_view bytes, TRedaction& redaction);
-    std::string (*replace)(std::string_view bytes, const TRedaction& redaction);
+    void (*learn)(std::string_view bytes, TRedactedMachine& redaction);
+    std::string (*replace)(std::string_view bytes, const TRedactedMachine& redaction);
+    ETextContext context;  // how far identities are searched for in it
 };
+
+using enum EIdentityKind;
 
 // The first row that matches counts.
 // clang-format off
 constexpr TFileRule fileRules[] = {
-    {"/sys/firmware/dmi/tables/DMI",     LearnSmbiosTable, ReplaceSmbiosTable},
-    {"/sys/firmware/dmi/entries/*/raw",  LearnSmbiosTable, ReplaceSmbiosTable},
-    {"/sys/firmware/dmi/tables/*",       LearnNothing,     KeepAll},
-    {"/etc/os-release",                  LearnNothing,     KeepAll},
-    {"/usr/lib/os-release",              LearnNothing,     KeepAll},
-    {"/proc/cpuinfo",                    LearnNothing,     KeepAll},
-    {"/proc/sys/kernel/hostname",        LearnHostName,    ReplaceHostName},
-    {"/etc/hostname",                    LearnHostName,    ReplaceHostName},
-    {"/proc/**/net/fib_trie",            LearnNothing,     ReplaceTrie},
-    {"/proc/**/net/route",               LearnNothing,     ReplaceRoutes},
-    {"/proc/**/net/if_inet6",            LearnNothing,     ReplaceIpv6Interfaces},
-    {"/run/udev/data/*",                 LearnProperties,  ReplaceProperties},
-    {"/run/utmp",                        LearnNothing,     ReplaceSessions},
-    {"/sys/**/uevent",                   LearnProperties,  ReplaceProperties},
-    {"/sys/**/class_id",                 LearnNothing,     KeepAll},  // UUIDs of kinds of devices
-    {"/sys/**/dm/name",                  LearnNothing,     ReplaceIdentities},
-    {"/sys/**/dm/uuid",                  LearnNothing,     ReplaceIdentities},
-    {"/sys/**/eeprom",                   LearnNothing,     ReplaceSpdSerial},
-    {"/sys/**/vpd_pg80",                 LearnVpdSerial,   ReplaceVpdSerial},
-    {"/sys/**/vpd_pg83",                 LearnVpdDesignators, ReplaceVpdDesignators},
-    {"/sys/**/wwid",                     LearnWorldWideId, ReplaceIdentities},
+    {"/sys/firmware/dmi/tables/DMI",     LearnSmbiosTable, ReplaceSmbiosTable, ETextContext::anything},
+    {"/sys/firmware/dmi/entries/*/raw",  LearnSmbiosTable, ReplaceSmbiosTable, ETextContext::anything},
+    {"/sys/firmware/dmi/tables/*",       LearnNothing,     KeepAll,            ETextContext::published},
+    {"/etc/*release",                    LearnNothing,     KeepAll,            ETextContext::published},
+    {"/usr/lib/os-release",              LearnNothing,     KeepAll,            ETextContext::published},
+    {"/proc/cpuinfo",                    LearnNothing,     KeepAll,            ETextContext::published},
+    {"/proc/version",                    LearnNothing,     ReplaceBuilder,     ETextContext::published},
+    {"/proc/sys/kernel/hostname",        LearnHostName,    ReplaceHostName,    ETextContext::identities},
+    {"/etc/hostname",                    LearnHostName,    ReplaceHostName,    ETextContext::identities},
+    {"/proc/**/net/fib_trie",            LearnTrie,        ReplaceTrie,        ETextContext::anything},
+    {"/proc/**/net/route",               LearnNothing,     ReplaceRoutes,      ETextContext::anything},
+    {"/proc/**/net/if_inet6",            LearnIpv6Interfaces, ReplaceIpv6Interfaces, ETextContext::anything},
+    {"/run/udev/data/*",                 LearnProperties,  ReplaceProperties,  ETextContext::identities},
+    {"/run/utmp",                        LearnSessions,    ReplaceSessions,    ETextContext::identities},
+    {"/sys/**/uevent",                   LearnProperties,  ReplaceProperties,  ETextContext::identities},
+    {"/sys/**/class_id",                 LearnNothing,     KeepAll,            ETextContext::published},
+    {"/sys/**/modalias",                 LearnNothing,     KeepAll,            ETextContext::published},
+    {"/sys/**/dm/name",                  LearnForms,       ReplaceIdentities,  ETextContext::identities},
+    {"/sys/**/dm/uuid",                  LearnForms,       ReplaceIdentities,  ETextContext::identities},
+    {"/sys/**/eeprom",                   LearnSpdSerial,   ReplaceSpdSerial,   ETextContext::published},
+    {"/sys/**/vpd_pg80",                 LearnVpdSerial,   ReplaceVpdSerial,   ETextContext::anything},
+    {"/sys/**/vpd_pg83",                 LearnVpdDesignators, ReplaceVpdDesignators, ETextContext::identities},
+    {"/sys/**/wwid",                     LearnWorldWideId, ReplaceIdentities,  ETextContext::identities},
     // Files that hold one value that identifies.
-    {"/sys/**/serial",                   LearnValue,       ReplaceValue},
-    {"/sys/**/serial_number",            LearnValue,       ReplaceValue},
-    {"/sys/**/*_serial",                 LearnValue,       ReplaceValue},
-    {"/sys/**/*_asset_tag",              LearnValue,       ReplaceValue},
-    {"/sys/**/*uuid",                    LearnValue,       ReplaceValue},
-    {"/sys/**/unique_id",                LearnValue,       ReplaceValue},
-    {"/sys/**/nguid",                    LearnValue,       ReplaceValue},
-    {"/sys/**/eui",                      LearnValue,       ReplaceValue},
-    {"/sys/**/cid",                      LearnValue,       ReplaceValue},
-    {"/sys/**/ppin",                     LearnValue,       ReplaceValue},
-    {"/sys/**/subsysnqn",                LearnValue,       ReplaceValue},
-    {"/proc/device-tree/serial-number",  LearnValue,       ReplaceValue},
-    {"/sys/firmware/devicetree/base/serial-number", LearnValue, ReplaceValue},
-    {"/**",                              LearnNothing,     ReplaceAnything},
+    {"/sys/**/serial",                   LearnValue<serialNumber>,  ReplaceValue, ETextContext::anything},
+    {"/sys/**/serial_number",            LearnValue<serialNumber>,  ReplaceValue, ETextContext::anything},
+    {"/sys/**/*_serial",                 LearnValue<serialNumber>,  ReplaceValue, ETextContext::anything},
+    {"/sys/**/*_asset_tag",              LearnValue<assetTag>,      ReplaceValue, ETextContext::anything},
+    {"/sys/**/*uuid",                    LearnValue<uuid>,          ReplaceValue, ETextContext::anything},
+    {"/sys/**/unique_id",                LearnValue<worldWideName>, ReplaceValue, ETextContext::anything},
+    {"/sys/**/*sas_address",             LearnValue<worldWideName>, ReplaceValue, ETextContext::anything},
+    {"/sys/**/nguid",                    LearnValue<worldWideName>, ReplaceValue, ETextContext::anything},
+    {"/sys/**/eui",                      LearnValue<worldWideName>, ReplaceValue, ETextContext::anything},
+    {"/sys/**/cid",                      LearnValue<serialNumber>,  ReplaceValue, ETextContext::anything},
+    {"/sys/**/ppin",                     LearnValue<serialNumber>,  ReplaceValue, ETextContext::anything},
+    {"/sys/**/subsysnqn",                LearnValue<worldWideName>, ReplaceValue, ETextContext::anything},
+    {"/proc/device-tree/serial-number",  LearnValue<serialNumber>,  ReplaceValue, ETextContext::anything},
+    {"/sys/firmware/devicetree/base/serial-number", LearnValue<serialNumber>, ReplaceValue, ETextContext::anything},
+    {"/**",                              LearnForms,       ReplaceAnything,    ETextContext::anything},
 };
 // clang-format on
 
@@ -405,50 +631,56 @@ const TFileRule& FindRule(std::string_view path) {
 
 // ---- names
 
-// Names of links in /dev and of what hangs on them are made of identities.
+// Names of links in /dev are made of identities.
 ETextContext ContextOf(std::string_view path) {
     return path.starts_with("/dev/") ? ETextContext::identities : ETextContext::anything;
 }
 
-std::string ReplacePath(std::string_view path, const TRedaction& redaction) {
+std::string ReplacePath(std::string_view path, const TRedactedMachine& redaction) {
     return redaction.identities.Replace(path, ContextOf(path));
 }
 
 // What an attribute is called says the kernel, even where a device has the same word for its serial number.
-std::string ReplaceFilePath(std::string_view path, const TRedaction& redaction) {
+std::string ReplaceFilePath(std::string_view path, const TRedactedMachine& redaction) {
     const std::size_t name = path.starts_with("/sys/") ? path.rfind('/') : path.size();
     return ReplacePath(path.substr(0, name), redaction) + std::string(path.substr(name));
 }
 
 // ---- the whole
 
-TRedaction LearnAll(TPseudonyms::TKey key, const TCapturedTree& tree, const TCapturedAnswers& answers) {
-    TRedaction redaction{TIdentityTexts(key)};
+TRedactedMachine LearnAll(TPseudonyms::TKey key, const TCapturedTree& tree, const TCapturedAnswers& answers) {
+    TRedactedMachine redaction{TIdentityTexts(key)};
     if (const auto* node = tree.Find("/sys/firmware/dmi/tables/smbios_entry_point")) {
         redaction.smbiosVersion = ParseSmbiosEntryPoint(node->bytes).value_or(redaction.smbiosVersion);
     }
     for (const auto& [path, node] : tree.GetNodes()) {
+        redaction.identities.LearnForms(path, ContextOf(path));
         if (node.kind == TCapturedTree::EKind::file) {
             FindRule(path).learn(node.bytes, redaction);
+        } else {
+            redaction.identities.LearnForms(node.bytes, ContextOf(path));
         }
     }
     redaction.identities.LearnHostName(answers.nodeName.value_or(""));
+    for (const TInterfaceAddress& row :
+         answers.interfaceAddresses.value_or(std::vector<TInterfaceAddress>())) {
+        redaction.identities.LearnForms(row.interface, ETextContext::anything);
+        redaction.identities.Learn(FormatIpAddress(row.address).value_or(""), EIdentityKind::ipAddress);
+    }
     return redaction;
 }
 
 std::string ReplaceContents(const std::string& path, const TCapturedTree::TNode& node,
-                            const TRedaction& redaction) {
-    switch (node.kind) {
-        case TCapturedTree::EKind::file:
-            return FindRule(path).replace(node.bytes, redaction);
-        case TCapturedTree::EKind::link:
-            return redaction.identities.Replace(node.bytes, ContextOf(path));
-        default:
-            return node.bytes;
+                            const TRedactedMachine& redaction) {
+    if (node.kind != TCapturedTree::EKind::file) {
+        return redaction.identities.Replace(node.bytes, ContextOf(path));
     }
+    // Whatever a file is, the identities that reach anywhere are replaced in all of it.
+    return redaction.identities.Replace(FindRule(path).replace(node.bytes, redaction),
+                                        ETextContext::published);
 }
 
-void RedactAnswers(const TRedaction& redaction, TCapturedAnswers& answers) {
+void RedactAnswers(const TRedactedMachine& redaction, TCapturedAnswers& answers) {
     if (answers.nodeName) {
         answers.nodeName = redaction.identities.ReplaceHostName(*answers.nodeName);
     }
@@ -466,10 +698,31 @@ void RedactAnswers(const TRedaction& redaction, TCapturedAnswers& answers) {
     answers.refusals = std::move(refusals);
 }
 
+std::optional<EIdentityKind> FindInProperties(std::string_view bytes, const TIdentitySearch& search) {
+    std::optional<EIdentityKind> found;
+    ForEachLine(bytes, [&](std::string_view line) {
+        const auto property = ParsePropertyLine(line);
+        if (!found) {
+            found = search.Find(property ? property->value : line, ContextOfLine(line));
+        }
+    });
+    return found ? found : search.Find(bytes, ETextContext::published);
+}
+
+std::optional<EIdentityKind> FindInNode(const std::string& path, const TCapturedTree::TNode& node,
+                                        const TIdentitySearch& search) {
+    if (node.kind != TCapturedTree::EKind::file) {
+        return search.Find(node.bytes, ContextOf(path));
+    }
+    const TFileRule& rule = FindRule(path);
+    return rule.replace == ReplaceProperties ? FindInProperties(node.bytes, search)
+                                             : search.Find(node.bytes, rule.context);
+}
+
 }  // namespace
 
-void Redact(TPseudonyms::TKey key, TCapturedTree& tree, TCapturedAnswers& answers) {
-    const TRedaction redaction = LearnAll(key, tree, answers);
+TRedactedMachine Redact(TPseudonyms::TKey key, TCapturedTree& tree, TCapturedAnswers& answers) {
+    TRedactedMachine redaction = LearnAll(key, tree, answers);
     TCapturedTree redacted;
     for (const auto& [path, node] : tree.GetNodes()) {
         const auto replace = node.kind == TCapturedTree::EKind::file ? ReplaceFilePath : ReplacePath;
@@ -477,6 +730,19 @@ void Redact(TPseudonyms::TKey key, TCapturedTree& tree, TCapturedAnswers& answer
     }
     tree = std::move(redacted);
     RedactAnswers(redaction, answers);
+    return redaction;
+}
+
+std::optional<TIdentityLeft> FindIdentityLeft(const TRedactedMachine& machine, const TCapturedTree& tree) {
+    const TIdentitySearch search(machine.identities);
+    for (const auto& [path, node] : tree.GetNodes()) {
+        auto kind = search.Find(path, ContextOf(path));
+        kind = kind ? kind : FindInNode(path, node, search);
+        if (kind) {
+            return TIdentityLeft{*kind, path};
+        }
+    }
+    return std::nullopt;
 }
 
 }  // namespace NVORHOST

@@ -3,13 +3,33 @@
 #pragma once
 
 #include "vorhost/capture/captured_tree.h"
-#include "vorhost/capture/pseudonyms.h"
+#include "vorhost/capture/identity_texts.h"
+#include "vorhost/parse/smbios_table.h"
 #include "vorhost/system/captured_answers.h"
+
+#include <optional>
+#include <string>
 
 namespace NVORHOST {
 
+/// What was learnt of a machine while its capture was redacted.
+struct TRedactedMachine {
+    TIdentityTexts identities;
+    TSmbiosVersion smbiosVersion{2, 0};
+};
+
 /// In the contents of files, in names and in targets of links alike. What is collected from the redacted tree
 /// differs from the original in values that identify, and in nothing else.
-void Redact(TPseudonyms::TKey key, TCapturedTree& tree, TCapturedAnswers& answers);
+TRedactedMachine Redact(TPseudonyms::TKey key, TCapturedTree& tree, TCapturedAnswers& answers);
+
+/// An identity that the redaction missed.
+struct TIdentityLeft {
+    EIdentityKind kind = EIdentityKind::serialNumber;
+    std::string path;
+};
+
+/// Searches every name, content and target of a link for every identity of the machine, in every writing;
+/// absent when none is left.
+std::optional<TIdentityLeft> FindIdentityLeft(const TRedactedMachine& machine, const TCapturedTree& tree);
 
 }  // namespace NVORHOST

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 namespace NVORHOST {
@@ -17,27 +18,37 @@ constexpr std::size_t headerSize = 4;
 struct TIdentityField {
     std::uint8_t type;
     std::size_t offset;  // of the number of its text
+    EIdentityKind kind;
 };
+
+constexpr auto serial = EIdentityKind::serialNumber;
+constexpr auto assetTag = EIdentityKind::assetTag;
 
 // DSP0134: serial numbers and asset tags.
 constexpr TIdentityField identityFields[] = {
-    {1, 0x07},               // system
-    {2, 0x07},  {2, 0x08},   // baseboard
-    {3, 0x07},  {3, 0x08},   // chassis
-    {4, 0x20},  {4, 0x21},   // processor
-    {17, 0x18}, {17, 0x19},  // memory device
-    {22, 0x07},              // battery
-    {39, 0x08}, {39, 0x09},  // power supply
+    {1, 0x07, serial},                         // system
+    {2, 0x07, serial},  {2, 0x08, assetTag},   // baseboard
+    {3, 0x07, serial},  {3, 0x08, assetTag},   // chassis
+    {4, 0x20, serial},  {4, 0x21, assetTag},   // processor
+    {17, 0x18, serial}, {17, 0x19, assetTag},  // memory device
+    {22, 0x07, serial},                        // battery
+    {39, 0x08, serial}, {39, 0x09, assetTag},  // power supply
 };
 
 constexpr std::size_t uuidOffset = 0x08;  // of type 1
 constexpr std::size_t uuidSize = 16;
 
-// Free texts of the maker (11, 12), the management controller with its addresses and credentials (42), and
-// everything that only its maker can read.
+// Of type 22: the serial number of a smart battery, and what only its maker can read.
+constexpr std::uint8_t batteryType = 22;
+constexpr std::size_t batterySerialOffset = 0x10;
+constexpr std::size_t batterySerialSize = 2;
+constexpr std::size_t batteryOemOffset = 0x16;
+
+// Free texts of the maker (11, 12), the management controller with its addresses and credentials (42),
+// inactive structures (126), whose type may have been any other, and everything that only its maker can read.
 bool IsOpaque(std::uint8_t type) {
     constexpr std::uint8_t firstOfMakers = 128;
-    return type == 11 || type == 12 || type == 42 || type >= firstOfMakers;
+    return type == 11 || type == 12 || type == 42 || type == 126 || type >= firstOfMakers;
 }
 
 struct TRange {
@@ -76,21 +87,29 @@ std::vector<TPlacedStructure> PlaceAll(std::string_view table) {
     return placed;
 }
 
-// The texts of a structure that identify; nothing is said twice.
-std::vector<TRange> FindIdentityTexts(std::string_view table, const TPlacedStructure& structure) {
-    std::vector<bool> identifies(structure.texts.size(), IsOpaque(structure.type));
+struct TIdentityText {
+    TRange place;
+    EIdentityKind kind = EIdentityKind::serialNumber;
+};
+
+// The texts of a structure that identify, each of them once.
+std::vector<TIdentityText> FindIdentityTexts(std::string_view table, const TPlacedStructure& structure) {
+    std::vector<std::optional<EIdentityKind>> kinds(structure.texts.size());
+    if (IsOpaque(structure.type)) {
+        std::ranges::fill(kinds, EIdentityKind::serialNumber);
+    }
     for (const TIdentityField& field : identityFields) {
         if (field.type == structure.type && field.offset < structure.fields.length) {
             const auto number = static_cast<std::uint8_t>(table[structure.fields.start + field.offset]);
-            if (number != 0 && number <= identifies.size()) {
-                identifies[number - 1U] = true;
+            if (number != 0 && number <= kinds.size()) {
+                kinds[number - 1U] = field.kind;
             }
         }
     }
-    std::vector<TRange> found;
-    for (std::size_t i = 0; i < identifies.size(); ++i) {
-        if (identifies[i]) {
-            found.push_back(structure.texts[i]);
+    std::vector<TIdentityText> found;
+    for (std::size_t i = 0; i < kinds.size(); ++i) {
+        if (kinds[i]) {
+            found.push_back({structure.texts[i], *kinds[i]});
         }
     }
     return found;
@@ -129,12 +148,29 @@ void Overwrite(TRange range, std::string& table) {
         start, start + static_cast<std::ptrdiff_t>(range.length), [](char c) { return c != '\0'; }, 'x');
 }
 
+void RedactBattery(const TPlacedStructure& structure, const TIdentityTexts& identities, std::string& table) {
+    if (structure.type != batteryType) {
+        return;
+    }
+    const std::size_t serialEnd = batterySerialOffset + batterySerialSize;
+    if (structure.fields.length >= serialEnd) {
+        const std::size_t start = structure.fields.start + batterySerialOffset;
+        table.replace(start, batterySerialSize,
+                      identities.GetPseudonyms().ReplaceBytes(table.substr(start, batterySerialSize)));
+    }
+    if (structure.fields.length > batteryOemOffset) {
+        Overwrite({structure.fields.start + batteryOemOffset, structure.fields.length - batteryOemOffset},
+                  table);
+    }
+}
+
 void RedactStructure(const TPlacedStructure& structure, const TIdentityTexts& identities,
                      std::string& table) {
-    for (const TRange& text : FindIdentityTexts(table, structure)) {
+    for (const auto& [text, kind] : FindIdentityTexts(table, structure)) {
         const std::string replaced = identities.ReplaceValue(table.substr(text.start, text.length));
         table.replace(text.start, text.length, replaced);
     }
+    RedactBattery(structure, identities, table);
     if (IsOpaque(structure.type)) {
         Overwrite({structure.fields.start + headerSize, structure.fields.length - headerSize}, table);
         return;
@@ -153,11 +189,14 @@ void LearnSmbios(std::string_view table, TSmbiosVersion version, TIdentityTexts&
         if (IsOpaque(structure.type)) {
             continue;
         }
-        for (const TRange& text : FindIdentityTexts(table, structure)) {
-            identities.Learn(table.substr(text.start, text.length));
+        for (const auto& [text, kind] : FindIdentityTexts(table, structure)) {
+            identities.Learn(table.substr(text.start, text.length), kind);
         }
         if (const auto uuid = FormatSmbiosUuid(UuidOf(table, structure), version)) {
-            identities.Learn(*uuid);
+            identities.Learn(*uuid, EIdentityKind::uuid);
+        }
+        for (const TRange& text : structure.texts) {
+            identities.LearnForms(table.substr(text.start, text.length), ETextContext::anything);
         }
     }
 }

@@ -36,6 +36,23 @@ constexpr bool IsHexDigit(char c) {
     return IsDigit(c) || (ToLower(c) >= 'a' && ToLower(c) <= 'f');
 }
 
+/// Identities consist of such characters; others separate them. Bytes of characters that are not ASCII are
+/// part of a name.
+constexpr bool IsIdentityCharacter(char c) {
+    return IsAlphanumeric(c) || static_cast<unsigned char>(c) >= 0x80;
+}
+
+/// The characters that identify, in lower case and without what separates them.
+inline std::string ToCanonical(std::string_view text) {
+    std::string canonical;
+    for (const char c : text) {
+        if (IsIdentityCharacter(c)) {
+            canonical += ToLower(c);
+        }
+    }
+    return canonical;
+}
+
 inline bool IsHex(std::string_view text) {
     return std::all_of(text.begin(), text.end(), IsHexDigit);
 }
