@@ -245,7 +245,9 @@ TEST(Capture, RedactedHoldsNoSerialNumberAndCanBeCollectedFrom) {
     AddFile(directory / "machine", "sys/class/dmi/id/product_serial", "WX4200042\n");
     const auto result = Capture({"--sysroot", "machine", "--redact", "m.tar.xz"}, directory.GetPath());
     ASSERT_EQ(result.status, 0) << result.standardError;
-    EXPECT_THAT(result.standardOutput, ContainsRegex("\nCaptured    [0-9]+ files and 3 links, redacted\n"));
+    EXPECT_THAT(result.standardOutput,
+                ContainsRegex("\nCaptured    [0-9]+ files and 3 links, redacted\n"
+                              "Redacted    2 serial numbers, 1 IP address, 1 host name\n"));
     Unpack(directory / "m.tar.xz", directory / "captured");
     const std::string listing = Listing(directory / "captured");
     const std::string text = Snapshot(directory / "captured");
@@ -255,6 +257,30 @@ TEST(Capture, RedactedHoldsNoSerialNumberAndCanBeCollectedFrom) {
         EXPECT_THAT(listing, Not(HasSubstr(original)));
         EXPECT_THAT(text, Not(HasSubstr(original)));
     }
+}
+
+TEST(Capture, RedactedCountsNothingWhereNothingIdentifiesTheMachine) {
+    const TTemporaryDirectory directory;
+    AddFile(directory / "machine", "proc/cpuinfo", "processor : 0\n");
+    const auto result = Capture({"--sysroot", "machine", "--redact", "m.tar.xz"}, directory.GetPath());
+    ASSERT_EQ(result.status, 0) << result.standardError;
+    EXPECT_THAT(result.standardOutput,
+                ContainsRegex("1 file and 0 links, redacted\nRedacted    nothing identifies the machine\n"));
+}
+
+TEST(Capture, WithAnIdentityLeftIsNotWritten) {
+    const TTemporaryDirectory directory;
+    MakeMachine(directory / "machine");
+    AddFile(directory / "machine", "sys/class/dmi/id/product_serial", "WX4200042\n");
+    AddFile(directory / "machine", "sys/class/dmi/id/product_name", "Server V1g0MjAwMDQy\n");  // in Base64
+    WriteFile(directory / "m.tar.xz", "earlier");
+    const auto result = Capture({"--sysroot", "machine", "--redact", "m.tar.xz"}, directory.GetPath());
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.standardError,
+              "vorhost: cannot write m.tar.xz: serial number left in /sys/class/dmi/id/product_name after "
+              "redaction\n");
+    EXPECT_EQ(ReadFile(directory / "m.tar.xz"), "earlier");
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(directory.GetPath()), {}), 2);
 }
 
 TEST(Capture, EachRedactedOneHasPseudonymsOfItsOwn) {

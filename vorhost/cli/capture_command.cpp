@@ -8,6 +8,7 @@
 #include "vorhost/cli/machine_door.h"
 #include "vorhost/cli/namespace_source.h"
 #include "vorhost/cli/output_file.h"
+#include "vorhost/cli/run_failure.h"
 #include "vorhost/cli/summary.h"
 #include "vorhost/services/host_settings.h"
 
@@ -33,6 +34,15 @@ TCaptureSummary Summarise(const TNamespaceSource& source, const TCapturedTree& t
     return summary;
 }
 
+// A capture with an identity in it is never written.
+void RequireNothingLeft(const TRedactedMachine& redacted, const TCapturedTree& tree,
+                        const std::string& file) {
+    if (const auto left = FindIdentityLeft(redacted, tree)) {
+        throw TRunFailure("cannot write " + file + ": " + std::string(NameOf(left->kind)) + " left in " +
+                          left->path + " after redaction");
+    }
+}
+
 }  // namespace
 
 void RunCapture(const TCaptureOptions& options, std::ostream& out) {
@@ -50,17 +60,21 @@ void RunCapture(const TCaptureOptions& options, std::ostream& out) {
     if (localTime) {
         answers.localTime = localTime->ToString();
     }
+    std::optional<TRedactedMachine> redacted;
     if (options.redacts) {
-        Redact(TPseudonyms::MakeKey(), tree, answers);
+        redacted = Redact(TPseudonyms::MakeKey(), tree, answers);
     }
     TCaptureSummary summary = Summarise(source, tree);
     tree.AddFile(capturedAnswersPath, FormatCapturedAnswers(answers));
+    if (redacted) {
+        RequireNothingLeft(*redacted, tree, options.file);
+        summary.redacted = DescribeCounts(redacted->identities.CountIdentities());
+    }
     sinks.RequireWritten();
     WriteOutputFile(options.file, [&tree](std::ostream& file) { WriteArchive(tree, file); });
     if (options.file != "-") {
         summary.origin = machine.Describe();
         summary.file = options.file;
-        summary.isRedacted = options.redacts;
         PrintCaptureSummary(summary, out);
     }
 }

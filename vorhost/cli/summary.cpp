@@ -107,7 +107,11 @@ void PrintCaptureSummary(const TCaptureSummary& summary, std::ostream& out) {
     PrintRow(out, "Source", summary.origin);
     PrintRow(out, "Captured",
              Count(summary.files, "file") + " and " + Count(summary.links, "link") +
-                 (summary.isRedacted ? ", redacted" : ""));
+                 (summary.redacted ? ", redacted" : ""));
+    if (summary.redacted) {
+        PrintRow(out, "Redacted",
+                 summary.redacted->empty() ? "nothing identifies the machine" : *summary.redacted);
+    }
     PrintTroubles(summary, out);
     PrintRow(out, "File", summary.file + (ignored ? "" : ", " + WithThousands(bytes) + " bytes"));
 }

@@ -4,6 +4,7 @@
 #include "vorhost/cli/inventory_document.h"
 
 #include <chrono>
+#include <optional>
 #include <ostream>
 #include <string>
 #include <utility>
@@ -38,7 +39,7 @@ struct TCaptureSummary {
     std::string file;  ///< the archive
     std::size_t files = 0;
     std::size_t links = 0;
-    bool isRedacted = false;
+    std::optional<std::string> redacted;  ///< what was replaced, for people; absent without redaction
     std::size_t failedCollectors = 0;
     std::vector<std::string> deniedSources;
     std::vector<std::string> failedSources;
