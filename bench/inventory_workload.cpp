@@ -158,7 +158,7 @@ TCIMValue Scalar(const TTypeOf& type, TRandom& random) {
         return TCIMValue(random() % 2 == 0);
     }
     if (type.type == TType::eDateTime) {
-        return TCIMValue(*TCIMDateTime::FromText(FillIn("20260#1#1#4#5#.######+060", random)));
+        return TCIMValue(*TCIMDateTime::FromText(FillIn("2026111#1#4#5#.######+060", random)));
     }
     if (type.type != TType::eString) {
         return Number(type.type, random);

@@ -14,7 +14,7 @@
 namespace NKELVOR20 {
 
 /// A CIM date-time (DSP0004, 5.2.4): proleptic calendar fields as written, never normalised.
-/// Shape:   fields hold what the text said, so month 0 and second 60 are kept; an insignificant field ("*")
+/// Shape:   fields hold what the text said, so second 60 is kept; an insignificant field ("*") of a text
 /// is 0. Interval: `GetDay` is the whole day count (0 to 99999999); year, month and UTC offset are 0.
 class NKELVOR20_API TCIMDateTime {
   public:
@@ -43,9 +43,9 @@ class NKELVOR20_API TCIMDateTime {
 
     /// Reads the 25-character form "yyyymmddhhmmss.mmmmmmsutc" or "ddddddddhhmmss.mmmmmm:000".
     /// Absent: nullopt for any other length, a non-digit where a digit is due, a sign other than + - :, a
-    ///         month above 12, a day above 31, an hour above 23, a minute above 59, a second above 60, or
-    ///         asterisks that do not cover the least significant fields whole (microseconds digit by
-    ///         digit).
+    ///         day that the calendar does not have (month 0 and day 0 included), an hour above 23, a minute
+    ///         above 59, a second above 60, an offset outside -720 to +840, or asterisks that do not cover
+    ///         the least significant fields whole (microseconds digit by digit).
     /// Source: DSP0004 2.8, 5.2.4.
     static std::optional<TCIMDateTime> FromText(std::string_view text);
 

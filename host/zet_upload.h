@@ -14,8 +14,8 @@ class NKELVOR20_API TZETUpload {
   public:
     TZETUpload() = delete;
 
-    /// The identifier under which data of one kind is accepted for one identity. May be empty. Throws
-    /// TVORException with `serviceUnavailable` when the service that issues it cannot be reached or refuses.
+    /// The identifier under which data of one kind is accepted for one identity; may be empty. A host may
+    /// throw TVORException with `serviceUnavailable` when the service that issues it gives none.
     static std::string ZETGetEntityId(std::string dataKind, std::string contentType, std::string identity,
                                       std::string endpointPath, std::string inventoryPath);
 };

@@ -132,7 +132,7 @@ TEST(LoadErrors, AreOneLineWhateverTheFileIsCalled) {
         LoadNamespaceFromText("a\nb\x1B.xml", "<html/>", target);
         FAIL() << "loaded";
     } catch (const TCimXmlError& error) {
-        EXPECT_STREQ(error.what(), "a?b?.xml:1: the element \"html\" is not expected here");
+        EXPECT_STREQ(error.what(), "a\\nb\\x1b.xml:1: the element \"html\" is not expected here");
     }
 }
 

@@ -164,6 +164,9 @@ INSTANTIATE_TEST_SUITE_P(
         TRefusedCase{"char16", "a\xCC\x81", "\"a\xCC\x81\" is no char16"},
         TRefusedCase{"char16", "&#x1F600;", "\"\xF0\x9F\x98\x80\" is no char16"},
         TRefusedCase{"datetime", "2024-02-29", "\"2024-02-29\" is no datetime"},
+        TRefusedCase{"datetime", "20240230235959.123456+060", "\"20240230235959.123456+060\" is no datetime"},
+        TRefusedCase{"datetime", "00000000000000.000000+000", "\"00000000000000.000000+000\" is no datetime"},
+        TRefusedCase{"datetime", "20240229235959.123456+999", "\"20240229235959.123456+999\" is no datetime"},
         TRefusedCase{"datetime", "20241329235959.123456+060",
                      "\"20241329235959.123456+060\" is no datetime"}));
 

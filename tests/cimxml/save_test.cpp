@@ -245,11 +245,11 @@ TEST(Save, EscapesNames) {
 TEST(Save, ReportsNamesThatXmlCannotCarry) {
     TMemoryNamespace classes;
     classes.AddClass("a\x01");
-    EXPECT_EQ(SaveError(classes), "class a?: the name \"a?\" cannot be written as XML");
+    EXPECT_EQ(SaveError(classes), "class a\\x01: the name \"a\\x01\" cannot be written as XML");
 
     TMemoryNamespace properties;
     properties.AddClass("C", {{"\xFF", TCIMType::eString}});
-    EXPECT_EQ(SaveError(properties), "class C, property \xFF: the name \"\xFF\" cannot be written as XML");
+    EXPECT_EQ(SaveError(properties), "class C, property \\xff: the name \"\\xff\" cannot be written as XML");
 
     TMemoryNamespace empty;
     empty.AddClass("C", {{"", TCIMType::eString}});

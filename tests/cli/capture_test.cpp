@@ -316,7 +316,7 @@ TEST(Capture, ThatFailsLeavesTheEarlierFileAndNoOther) {
     WriteFile(directory / "m.tar.xz", "earlier");
     const auto result = Capture({"--sysroot", "absent", "m.tar.xz"}, directory.GetPath());
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.standardError, "vorhost: cannot collect from absent: not a directory\n");
+    EXPECT_EQ(result.standardError, "vorhost: cannot collect from absent: there is no such directory\n");
     EXPECT_EQ(ReadFile(directory / "m.tar.xz"), "earlier");
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(directory.GetPath()), {}), 1);
 }

@@ -116,7 +116,9 @@ TEST(Collectors, AnInventoryNeedsTheComputerSystem) {
          directory.GetPath(),
          {}});
     EXPECT_EQ(result.status, 1);
-    EXPECT_THAT(result.standardError, HasSubstr("Can not get machine type from CIM result\n"));
+    EXPECT_THAT(result.standardError,
+                HasSubstr("Can not get machine type from CIM result; no computer system was collected, whose "
+                          "type is needed: --only has to have computer-system, and --skip must not\n"));
     EXPECT_TRUE(directory.IsEmpty());
 }
 
@@ -125,9 +127,10 @@ TEST(Collectors, AnUnknownNameIsWrongUsageWithTheKnownOnes) {
         const auto result = RunVorhost({{"snapshot", option, "pci,coffee-machine", "-"}, "", {}});
         EXPECT_EQ(result.status, 2);
         EXPECT_EQ(result.standardOutput, "");
-        EXPECT_THAT(result.standardError,
-                    StartsWith("vorhost: " + option +
-                               ": 'coffee-machine' is none of computer-system, operating-system, "));
+        EXPECT_THAT(
+            result.standardError,
+            StartsWith("vorhost: " + option +
+                       ": 'coffee-machine' is no collector; there are computer-system, operating-system, "));
         EXPECT_THAT(result.standardError, HasSubstr(", process, "));
         EXPECT_THAT(result.standardError, HasSubstr("\nTry 'vorhost snapshot --help'.\n"));
     }

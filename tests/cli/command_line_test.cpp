@@ -224,7 +224,8 @@ TEST(CommandLine, UnknownReachabilityIsWrongUsage) {
 
 TEST(CommandLine, LocalTimeMustBeACimDateTime) {
     for (const char* time :
-         {"now", "2024-02-29T13:45:00", "20241329134500.000000+060", "00000001000000.000000:000"}) {
+         {"now", "2024-02-29T13:45:00", "20241329134500.000000+060", "00000001000000.000000:000",
+          "20240230134500.000000+060", "00000000000000.000000+000", "20240229134500.000000+999"}) {
         const auto result = RunVorhost({{"collect", "--local-time", time}, "", {}});
         EXPECT_EQ(result.status, 2) << time;
         EXPECT_THAT(result.standardError, StartsWith("vorhost: --local-time: '" + std::string(time) +

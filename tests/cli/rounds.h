@@ -1,4 +1,5 @@
-// How often a test repeats a race: a few times in the normal suite, as often as asked for with tools/endurance.
+// How often a test repeats a race: a few times in the normal suite, as often as asked for with
+// tools/endurance.
 #pragma once
 
 #include <algorithm>

@@ -65,6 +65,15 @@ inline std::string ReadCompressedFile(const std::string& path) {
     return text.str();
 }
 
+inline void WriteCompressedFile(const std::string& path, const std::string& text) {
+    gzofstream stream(path.c_str(), std::ios::out | std::ios::binary);
+    stream << text;
+    stream.close();
+    if (!stream) {
+        throw std::runtime_error("cannot write " + path);
+    }
+}
+
 inline void WriteFile(const std::string& path, const std::string& text) {
     std::ofstream stream(path, std::ios::binary);
     stream << text;

@@ -72,6 +72,7 @@ TEST_F(TFullDisk, HasNoRoomForASnapshot) {
 
 TEST_F(TFullDisk, HasNoRoomForACapture) {
     const TTemporaryDirectory tree;
+    std::filesystem::create_directory(tree / "sys");
     EXPECT_EQ(FailureOf({"capture", "--sysroot", tree.GetPath(), "/dev/full"}),
               "vorhost: cannot write /dev/full: No space left on device\n");
 }
@@ -89,6 +90,7 @@ TEST_F(TFullDisk, HasNoRoomForTheLogOfASnapshot) {
 }
 
 TEST_F(TFullDisk, HasNoRoomForWhatIsPrinted) {
+    std::filesystem::create_directory(directory_ / "sys");
     for (const TArguments& arguments :
          {CollectArguments(), TArguments{"snapshot", "--namespace", smallServer, "-"},
           TArguments{"capture", "--sysroot", ".", "-"}, TArguments{"collectors"}, TArguments{"--help"},

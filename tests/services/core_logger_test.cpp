@@ -74,7 +74,7 @@ TEST(LogLine, IsLevelBlankMessage) {
 }
 
 TEST(LogLine, HasNoLineEndWithinIt) {
-    EXPECT_EQ(FormatLogLine(3, "a\nb\r\nc\n"), "3 a b  c ");
+    EXPECT_EQ(FormatLogLine(3, "a\nb\r\nc\n"), "3 a\\nb\\r\\nc\\n");
 }
 
 }  // namespace

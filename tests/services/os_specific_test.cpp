@@ -150,6 +150,18 @@ TEST_F(OSSpecific, ReachabilityIsAnsweredAsSet) {
     EXPECT_EQ(TOSSpecific::DetectHostnameAvailable("127.0.0.1", closed.GetPort()), 0);
 }
 
+TEST_F(OSSpecific, RemembersWhetherAHostWasUnreachable) {
+    EXPECT_FALSE(WasHostUnreachable());
+    SetReachability(EReachability::no);
+    EXPECT_FALSE(WasHostUnreachable());
+    (void)TOSSpecific::DetectHostnameAvailable("127.0.0.1", "80");
+    EXPECT_TRUE(WasHostUnreachable());
+    SetReachability(EReachability::yes);
+    EXPECT_FALSE(WasHostUnreachable());
+    (void)TOSSpecific::DetectHostnameAvailable("127.0.0.1", "80");
+    EXPECT_FALSE(WasHostUnreachable());
+}
+
 TEST_F(OSSpecific, ReachabilityIsProbedOtherwise) {
     TLocalSocket listener(AF_INET);
     ASSERT_TRUE(listener.IsBound() && listener.Listen(5));

@@ -145,7 +145,7 @@ TEST_F(PluginLibrary, IsRefusedWhenItRegistersTwoAndBothAreEnded) {
 }
 
 TEST_F(PluginLibrary, IsRefusedWhenLoadingThrows) {
-    EXPECT_EQ(RefusalOf("throws_while_loading"), "loading: exception: out of order second line");
+    EXPECT_EQ(RefusalOf("throws_while_loading"), "loading: exception: out of order\\nsecond line");
     EXPECT_EQ(log_.GetLines(), TLines{"3 loading"});
 }
 
@@ -156,7 +156,7 @@ TEST_F(PluginLibrary, OthersLoadAfterOneWhoseLoadingThrew) {
 }
 
 TEST_F(PluginLibrary, IsRefusedWhenInitThrows) {
-    EXPECT_EQ(RefusalOf("throws_in_init"), "Init: exception: out of order second line");
+    EXPECT_EQ(RefusalOf("throws_in_init"), "Init: exception: out of order\\nsecond line");
     EXPECT_EQ(log_.GetLines(), (TLines{"3 loading", "3 Init", "3 PrepareForUnload", "3 destroyed"}));
 }
 
@@ -186,7 +186,7 @@ TEST_F(PluginLibrary, LogsWhatTheEndOfThePluginThrows) {
     { const TPluginLibrary library(PathOf("throws_in_deinit")); }
     EXPECT_EQ(log_.GetLines(),
               (TLines{"3 loading", "3 Init", "3 DeInit",
-                      "3 " + PathOf("throws_in_deinit") + ": DeInit: exception: out of order second line",
+                      "3 " + PathOf("throws_in_deinit") + ": DeInit: exception: out of order\\nsecond line",
                       "3 PrepareForUnload", "3 destroyed"}));
 }
 

@@ -1,7 +1,6 @@
 // Identifiers that a service issues over HTTP.
 #include "vorhost/upload/entity_service.h"
 
-#include "host/vor_exception.h"
 #include "host/zet_upload.h"
 #include "local_http_server.h"
 #include "vorhost/services/core_logger.h"
@@ -14,8 +13,9 @@
 
 namespace {
 
-using NKELVOR20::TVORException;
 using NKELVOR20::TZETUpload;
+using NVORHOST::FindEntityServiceFault;
+using NVORHOST::GetEntityServiceFailure;
 using NVORHOST::SetEntityService;
 using NVORHOST::TCoreLogger;
 
@@ -44,17 +44,14 @@ class EntityService : public testing::Test {
 
     // The log line of a failure, without the URL; everything about the failure is checked on the way.
     std::string FailureOf(const std::string& url) {
-        try {
-            ADD_FAILURE() << "answered " << Ask(url);
-            return {};
-        } catch (const TVORException& exception) {
-            EXPECT_EQ(exception.GetStatusCode().GetCode(), NKELVOR20::TVORStatusCode::serviceUnavailable);
-        }
+        EXPECT_EQ(Ask(url), "");
         const std::string start = "3 zetupload: " + url + ": ";
         EXPECT_EQ(lines_.size(), 1U);
         const std::string line = lines_.empty() ? start : lines_.front();
         EXPECT_EQ(line.substr(0, start.size()), start);
-        return line.substr(std::min(start.size(), line.size()));
+        const std::string failure = line.substr(std::min(start.size(), line.size()));
+        EXPECT_EQ(GetEntityServiceFailure(), failure);
+        return failure;
     }
 
     std::vector<std::string> lines_;
@@ -98,14 +95,14 @@ TEST_F(EntityService, IsNotAskedOnceItIsUnset) {
 
 TEST_F(EntityService, FailsWithTheStatusOfARefusal) {
     TLocalHttpServer server(Response("500 Internal Server Error", "ENTITY-1"));
-    EXPECT_EQ(FailureOf(server.GetUrl()), "HTTP status 500");
+    EXPECT_EQ(FailureOf(server.GetUrl()), "refused with HTTP status 500");
 }
 
 TEST_F(EntityService, FailsOnARedirectInsteadOfPassingTheFieldsOn) {
     TLocalHttpServer other(Response("200 OK", "ENTITY-1"));
     TLocalHttpServer server("HTTP/1.1 307 Temporary Redirect\r\nLocation: " + other.GetUrl() +
                             "\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
-    EXPECT_EQ(FailureOf(server.GetUrl()), "HTTP status 307");
+    EXPECT_EQ(FailureOf(server.GetUrl()), "refused with HTTP status 307");
     EXPECT_EQ(other.TakeRequest(), "");
 }
 
@@ -122,12 +119,37 @@ TEST_F(EntityService, FailsWhenTheServerHangsUp) {
 
 TEST_F(EntityService, FailsOnABodyThatIsNoIdentifierAnyMore) {
     TLocalHttpServer server(Response("200 OK", std::string(64 * 1024 + 1, 'x')));
-    EXPECT_EQ(FailureOf(server.GetUrl()), "the response is larger than 65536 bytes");
+    EXPECT_EQ(FailureOf(server.GetUrl()), "no usable answer: the response is larger than 65536 bytes");
 }
 
-TEST_F(EntityService, TakesABodyUpToTheLimit) {
-    TLocalHttpServer server(Response("200 OK", std::string(64 * 1024, 'x')));
-    EXPECT_EQ(Ask(server.GetUrl()), std::string(64 * 1024, 'x'));
+TEST_F(EntityService, TakesAnIdentifierOfUpToAKibibyte) {
+    const std::string longest(1024, 'x');
+    TLocalHttpServer server(Response("200 OK", " " + longest + "\n"));
+    EXPECT_EQ(Ask(server.GetUrl()), longest);
+    EXPECT_EQ(GetEntityServiceFailure(), "");
+}
+
+TEST_F(EntityService, FailsOnALongerIdentifier) {
+    TLocalHttpServer server(Response("200 OK", std::string(1025, 'x')));
+    EXPECT_EQ(FailureOf(server.GetUrl()), "no usable answer: it is longer than 1024 bytes");
+}
+
+TEST_F(EntityService, FailsOnAnIdentifierThatIsNoPrintableTextOfOneLine) {
+    for (const std::string body : {"a\nb", "a\rb", "a\x1B[2J", "\xFF",
+                                   "\xE2\x80\xAE"
+                                   "a"}) {
+        TLocalHttpServer server(Response("200 OK", body));
+        EXPECT_EQ(FailureOf(server.GetUrl()), "no usable answer: it is no printable text of one line");
+        lines_.clear();
+    }
+}
+
+TEST_F(EntityService, ForgetsAFailureWithTheNextAnswer) {
+    TLocalHttpServer refusing(Response("403 Forbidden", ""));
+    EXPECT_EQ(FailureOf(refusing.GetUrl()), "refused with HTTP status 403");
+    TLocalHttpServer issuing(Response("200 OK", "1"));
+    EXPECT_EQ(Ask(issuing.GetUrl()), "1");
+    EXPECT_EQ(GetEntityServiceFailure(), "");
 }
 
 TEST_F(EntityService, FailsOnAnythingButHttp) {
@@ -136,6 +158,17 @@ TEST_F(EntityService, FailsOnAnythingButHttp) {
 
 TEST_F(EntityService, FailsOnWhatIsNoUrl) {
     EXPECT_NE(FailureOf("http://"), "");
+}
+
+TEST(EntityServiceUrl, IsAnHttpOrHttpsUrlWithAHost) {
+    for (const char* url : {"http://host", "HTTPS://host:443/path?query#part", "http://user:ab@host/",
+                            "http://[::1]:8080/", "http://[::1]", "http://h\xC3\xB6st/"}) {
+        EXPECT_EQ(FindEntityServiceFault(url), "") << url;
+    }
+    EXPECT_EQ(FindEntityServiceFault("file:///etc/hostname"), "it starts with neither http:// nor https://");
+    EXPECT_EQ(FindEntityServiceFault("http:///path"), "it has no host");
+    EXPECT_EQ(FindEntityServiceFault("http://host:/"), "its port is no number from 1 to 65535");
+    EXPECT_EQ(FindEntityServiceFault("http://host\n"), "it has a blank or a control character");
 }
 
 }  // namespace

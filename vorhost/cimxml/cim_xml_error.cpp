@@ -1,14 +1,9 @@
 #include "vorhost/cimxml/cim_xml_error.h"
 
-#include <algorithm>
+#include "vorhost/text/shown_text.h"
 
 namespace NVORHOST {
 namespace {
-
-bool IsControl(char byte) {
-    const auto code = static_cast<unsigned char>(byte);
-    return code < 0x20 || code == 0x7F;
-}
 
 // A text, or its beginning when it is longer than `longest`, not cut in the middle of a character.
 std::string Shorten(std::string_view text, std::size_t longest) {
@@ -40,9 +35,7 @@ std::string DescribePlace(const TCimXmlPlace& place) {
 }  // namespace
 
 void ThrowAt(const TCimXmlPlace& place, std::string_view cause) {
-    std::string text = DescribePlace(place).append(cause);
-    std::ranges::replace_if(text, IsControl, '?');
-    throw TCimXmlError(text);
+    throw TCimXmlError(MakeVisible(DescribePlace(place).append(cause)));
 }
 
 std::string Quote(std::string_view text) {

@@ -32,7 +32,7 @@ struct TCimXmlPlace {
     std::string propertyName;
 };
 
-/// Throws the TCimXmlError of a place. Control characters become "?" so that the message is one line.
+/// Throws the TCimXmlError of a place. Control characters are made visible, so the message is one line.
 [[noreturn]] void ThrowAt(const TCimXmlPlace& place, std::string_view cause);
 
 /// A text as causes quote it: in double quotes, and only its beginning when it is long.

@@ -6,6 +6,7 @@
 #include <dlfcn.h>
 
 #include <filesystem>
+#include <system_error>
 
 namespace NVORHOST {
 namespace {
@@ -13,7 +14,11 @@ namespace {
 // By the program's own place and not by a search path: the build tree and an installed tree, wherever it was
 // moved to, are laid out alike, and no other module of this name can be picked up.
 std::string ModulePath() {
-    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe");
+    std::error_code error;
+    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
+    if (error) {
+        throw TCimXmlError("the reader of CIM-XML cannot be found: /proc/self/exe: " + error.message());
+    }
     return (program.parent_path() / NOXINFO_LIB_FROM_BIN / "noxinfo" / NOXINFO_CIMXML_LOADER)
         .lexically_normal()
         .string();
@@ -35,11 +40,19 @@ TLoaderEntry FindEntry() {
     return reinterpret_cast<TLoaderEntry>(symbol);  // NOLINT(*-reinterpret-cast): how dlsym hands it out
 }
 
+TLoaderEntry GetEntry() {
+    static const TLoaderEntry entry = FindEntry();
+    return entry;
+}
+
 }  // namespace
 
 void LoadNamespace(const std::string& path, TMemoryNamespace& target) {
-    static const TLoaderEntry entry = FindEntry();
-    entry(path, target);
+    GetEntry()(path, nullptr, target);
+}
+
+void LoadNamespace(const std::string& name, std::string_view text, TMemoryNamespace& target) {
+    GetEntry()(name, &text, target);
 }
 
 }  // namespace NVORHOST

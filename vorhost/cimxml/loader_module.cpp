@@ -3,9 +3,13 @@
 #include "vorhost/cimxml/loader_entry.h"
 #include "vorhost/cimxml/parse.h"
 
-extern "C" NKELVOR20_API void NVORHOST_LoadCimXmlFile(const std::string& path,
-                                                      NVORHOST::TMemoryNamespace& target) {
-    NVORHOST::LoadNamespaceFromFile(path, target);
+extern "C" NKELVOR20_API void NVORHOST_LoadCimXml(const std::string& name, const std::string_view* text,
+                                                  NVORHOST::TMemoryNamespace& target) {
+    if (text == nullptr) {
+        NVORHOST::LoadNamespaceFromFile(name, target);
+    } else {
+        NVORHOST::LoadNamespaceFromText(name, *text, target);
+    }
 }
 
-static_assert(std::is_same_v<decltype(&NVORHOST_LoadCimXmlFile), NVORHOST::TLoaderEntry>);
+static_assert(std::is_same_v<decltype(&NVORHOST_LoadCimXml), NVORHOST::TLoaderEntry>);

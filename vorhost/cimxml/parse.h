@@ -12,7 +12,7 @@ namespace NVORHOST {
 /// Reads a document that is in memory; `name` stands for the file in messages. Otherwise as `LoadNamespace`.
 void LoadNamespaceFromText(const std::string& name, std::string_view text, TMemoryNamespace& target);
 
-/// Reads a file, piece by piece. As `LoadNamespace`.
+/// Reads a file, which may be compressed with gzip, piece by piece. As `LoadNamespace`.
 void LoadNamespaceFromFile(const std::string& path, TMemoryNamespace& target);
 
 }  // namespace NVORHOST

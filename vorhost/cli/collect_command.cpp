@@ -35,6 +35,7 @@ namespace {
 
 constexpr char identityVariable[] = "ZETKELID";
 constexpr char resultClassName[] = "KELSG_CADAT";
+constexpr char computerSystemClassName[] = "KELSG_ComputerSystem";
 constexpr char hardwareFileName[] = "hardwareinventory.xml.gz";
 constexpr char inventoryProperty[] = "InventoryRCF";
 constexpr char systemFileName[] = "systeminformation.xml.gz";
@@ -153,6 +154,26 @@ void MoveIntoPlace(std::optional<TOutputFile>& resultFile, TPrivateDirectory& wo
     }
 }
 
+bool HasInstances(const TMemoryNamespace& collected, const char* className) {
+    const auto found = collected.FindClass(className);
+    return found != nullptr && !found->GetInstances().empty();
+}
+
+// Nothing is inventoried without the type of the machine.
+std::string HintAtComputerSystem(const TSourceOptions& source, const TMemoryNamespace& collected) {
+    if (HasInstances(collected, computerSystemClassName)) {
+        return {};
+    }
+    if (!source.namespaceFile.empty()) {
+        return HasInstances(collected, resultClassName)
+                   ? source.namespaceFile + " holds the result of a run: vorhost snapshot saves a namespace"
+                   : source.namespaceFile + " holds no computer system, whose type is needed";
+    }
+    const bool isLeftOut = !source.collectors.only.empty() || !source.collectors.skip.empty();
+    return std::string("no computer system was collected, whose type is needed") +
+           (isLeftOut ? ": --only has to have computer-system, and --skip must not" : "");
+}
+
 std::string TextOf(const TMemoryInstance& instance, std::string_view property) {
     const TCIMValue* value = instance.Find(property);
     return value == nullptr ? std::string() : value->ToString(10);
@@ -160,7 +181,7 @@ std::string TextOf(const TMemoryInstance& instance, std::string_view property) {
 
 std::string DescribeMachine(const TMemoryNamespace& collected, const TMemoryInstance& result) {
     std::string text = "type " + TextOf(result, "MachineType");
-    const auto systems = collected.FindClass("KELSG_ComputerSystem");
+    const auto systems = collected.FindClass(computerSystemClassName);
     if (systems == nullptr || systems->GetInstances().empty()) {
         return text;
     }
@@ -171,11 +192,18 @@ std::string DescribeMachine(const TMemoryNamespace& collected, const TMemoryInst
     return name + ", " + text + (serial.empty() ? "" : ", serial number " + serial);
 }
 
-std::string DescribeCredential(const TMemoryInstance& result) {
-    if (!TextOf(result, "Credential").empty()) {
+std::string DescribeCredential(const TPluginAnswer& answer, bool hasEntityService) {
+    if (!TextOf(*answer.results.front(), "Credential").empty()) {
         return "obtained";
     }
-    return HasIdentity() ? "none: the web server cannot be reached" : "none: no customer identity";
+    if (!HasIdentity()) {
+        return "none: no customer identity";
+    }
+    if (!answer.credentialObstacle.empty()) {
+        return "none: " + answer.credentialObstacle;
+    }
+    return hasEntityService ? "none: entity service: empty answer"
+                            : "none: the plug-in has not asked for one";
 }
 
 }  // namespace
@@ -192,7 +220,11 @@ void RunCollect(const TCollectOptions& options, std::ostream& out) {
     ApplySettings(options, source.collected);
     TPrivateDirectory workplace(options.directory, "cannot write to " + options.directory);
     const TPluginRequest request{options.pluginFile.empty() ? FindOwnPlugin() : options.pluginFile,
-                                 source.collected, ResultClass(*source.collected), workplace, sinks};
+                                 source.collected,
+                                 ResultClass(*source.collected),
+                                 workplace,
+                                 sinks,
+                                 HintAtComputerSystem(options.source, *source.collected)};
     const TPluginAnswer answer = options.isolates ? AskPluginInIsolation(request) : AskPlugin(request);
     clock.Finish("load plug-in", answer.loadTime);
     clock.Finish("request");
@@ -211,7 +243,7 @@ void RunCollect(const TCollectOptions& options, std::ostream& out) {
     summary.directory = options.directory;
     summary.origin = source.origin;
     summary.machine = DescribeMachine(*source.collected, *results.front());
-    summary.credential = DescribeCredential(*results.front());
+    summary.credential = DescribeCredential(answer, !options.entityService.empty());
     summary.failedCollectors = source.failedCollectors;
     summary.deniedSources = source.deniedSources;
     summary.failedSources = source.failedSources;

@@ -4,6 +4,7 @@
 #include "vorhost/cli/help_format.h"
 #include "vorhost/cli/nearest_word.h"
 #include "vorhost/cli/usage_check.h"
+#include "vorhost/text/shown_text.h"
 #include "vorhost/upload/entity_service.h"
 
 #include <CLI/CLI.hpp>
@@ -283,7 +284,7 @@ TCommand ParseCommandLine(int argc, const char* const* argv) {
     } catch (const CLI::Success& request) {
         return TEarlyExit{model.program.exit(request)};
     } catch (const CLI::ParseError& error) {
-        std::cerr << "vorhost: " << error.what() << "\nTry '"
+        std::cerr << "vorhost: " << ToShownText(error.what()) << "\nTry '"
                   << HelpCommandFor(FindCommand(model.program, words)) << "'.\n";
         return TEarlyExit{eExitUsage};
     }

@@ -1,5 +1,5 @@
-// The bash completion of the program, made from the options that it reads, so that it knows all of them and no
-// other.
+// The bash completion of the program, made from the options that it reads, so that it knows all of them and
+// no other.
 #pragma once
 
 #include <CLI/CLI.hpp>

@@ -2,8 +2,11 @@
 
 #include "gzstream/gzstreams.h"
 #include "vorhost/cli/run_failure.h"
+#include "vorhost/cli/xml_check.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <cstddef>
 #include <filesystem>
 #include <optional>
 #include <string_view>
@@ -30,6 +33,17 @@ std::optional<std::string> FindResourceType(std::string_view line) {
     return std::string(value.substr(0, value.find('"')));
 }
 
+void NoteFault(const TXmlCheck& check, const std::string& line, TInventoryDocument& document) {
+    constexpr std::size_t bytesBefore = 20;
+    constexpr std::size_t bytesAfter = 20;
+    const auto fault = check.GetFault();
+    if (fault && document.faultyLine == 0) {
+        const std::size_t begin = fault->offset - std::min(fault->offset, bytesBefore);
+        document.faultyLine = fault->line;
+        document.faultyText = line.substr(begin, fault->offset - begin + bytesAfter);
+    }
+}
+
 }  // namespace
 
 TInventoryDocument ReadInventoryDocument(const std::string& directory, const std::string& fileName) {
@@ -40,7 +54,10 @@ TInventoryDocument ReadInventoryDocument(const std::string& directory, const std
     gzifstream stream(path.c_str(), std::ios::in | std::ios::binary);
     std::string line;
     std::string last;
+    TXmlCheck check;
     while (std::getline(stream, line)) {
+        check.ReadLine(line);
+        NoteFault(check, line, document);
         if (const auto type = FindResourceType(line)) {
             ++document.resources[*type];
         }

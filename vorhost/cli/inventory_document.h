@@ -1,6 +1,7 @@
 // Looks into a finished inventory document, so that the summary tells what was really written.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <string>
@@ -13,6 +14,8 @@ struct TInventoryDocument {
     std::uintmax_t sizeBytes = 0;                    ///< of the compressed file
     std::map<std::string, std::uint64_t> resources;  ///< resource type to number of instances
     bool isWhole = false;                            ///< neither damaged nor cut short
+    std::size_t faultyLine = 0;  ///< 1-based, of the first line that is not well-formed XML; 0 when all are
+    std::string faultyText;      ///< what it has around the fault
 };
 
 /// Reads a document through to its end. Errors: throws TRunFailure for a file that cannot be read.

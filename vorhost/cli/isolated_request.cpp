@@ -7,21 +7,25 @@
 #include "vorhost/cimxml/save.h"
 #include "vorhost/cli/run_failure.h"
 #include "vorhost/system/file_descriptor.h"
+#include "vorhost/text/shown_text.h"
 
 #include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <csignal>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <iostream>
+#include <new>
 #include <optional>
+#include <sstream>
+#include <string_view>
 #include <system_error>
 
 namespace NVORHOST {
@@ -30,13 +34,21 @@ namespace {
 constexpr char outcomeClassName[] = "VORHOST_Outcome";
 constexpr char failureProperty[] = "Failure";
 constexpr char loadTimeProperty[] = "LoadNanoseconds";
+constexpr char obstacleProperty[] = "CredentialObstacle";
 
 [[noreturn]] void FailToStart(const TPluginRequest& request, int error) {
     throw TRunFailure("cannot start a process for plug-in " + request.pluginFile + ": " +
                       std::generic_category().message(error));
 }
 
-// Shared by both processes, gone with the last of them.
+// The host itself cannot hand the answer over: no fault of the plug-in.
+class THandOverError : public TRunFailure {
+  public:
+    using TRunFailure::TRunFailure;
+};
+
+// Shared by both processes, gone with the last of them. Its descriptor alone is used, so that it needs
+// neither another one nor /proc.
 class TAnswerFile {
   public:
     explicit TAnswerFile(const TPluginRequest& request)
@@ -46,19 +58,62 @@ class TAnswerFile {
         }
     }
 
-    std::string GetPath() const { return "/proc/self/fd/" + std::to_string(descriptor_.Get()); }
-    bool IsEmpty() const { return std::filesystem::file_size(GetPath()) == 0; }
-
     void Save(const TMemoryNamespace& answer) const {
-        std::ofstream stream(GetPath(), std::ios::binary | std::ios::trunc);
+        std::ostringstream stream;
         SaveNamespace(answer, stream);
-        if (!stream.flush()) {
-            throw TRunFailure("cannot write the plug-in's answer");
+        const std::string_view text = stream.view();
+        for (std::size_t done = 0; done < text.size();) {
+            const ssize_t count =
+                ::pwrite(descriptor_.Get(), text.data() + done, text.size() - done, static_cast<off_t>(done));
+            if (count < 0 && errno != EINTR) {
+                throw THandOverError(std::generic_category().message(errno));
+            }
+            done += count > 0 ? static_cast<std::size_t>(count) : 0;
+        }
+    }
+
+    std::string Read() const {
+        std::string text;
+        std::array<char, 65536> bytes{};
+        for (;;) {
+            const ssize_t count =
+                ::pread(descriptor_.Get(), bytes.data(), bytes.size(), static_cast<off_t>(text.size()));
+            if (count < 0 && errno != EINTR) {
+                throw THandOverError(std::generic_category().message(errno));
+            }
+            if (count == 0) {
+                return text;
+            }
+            text.append(bytes.data(), count > 0 ? static_cast<std::size_t>(count) : 0);
         }
     }
 
   private:
     TFileDescriptor descriptor_;
+};
+
+// What keeps the host's own part of the process from handing an answer over. Memory that both processes
+// share: nothing can fail about noting it.
+class THostTrouble {
+  public:
+    explicit THostTrouble(const TPluginRequest& request)
+        : text_(static_cast<char*>(
+              ::mmap(nullptr, sizeBytes, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0))) {
+        if (text_ == MAP_FAILED) {
+            FailToStart(request, errno);
+        }
+    }
+    ~THostTrouble() { (void)::munmap(text_, sizeBytes); }  // fails for what is no mapping
+    THostTrouble(const THostTrouble&) = delete;
+    THostTrouble& operator=(const THostTrouble&) = delete;
+
+    void Note(const char* cause) noexcept { (void)std::strncpy(text_, cause, sizeBytes - 1); }
+    std::string Get() const { return text_; }
+
+  private:
+    static constexpr std::size_t sizeBytes = 1024;  // zero bytes at first
+
+    char* text_;
 };
 
 // ---- in the process of the plug-in
@@ -82,7 +137,9 @@ void CopyInstances(const std::vector<boost::shared_ptr<TMemoryInstance>>& instan
 void SaveAnswer(const TPluginRequest& request, const TAnswerFile& file) {
     const TPluginAnswer answer = AskPlugin(request);
     TMemoryNamespace saved;
-    AddOutcome(saved).Set(loadTimeProperty, TCIMValue(static_cast<std::uint64_t>(answer.loadTime.count())));
+    TMemoryInstance& outcome = AddOutcome(saved);
+    outcome.Set(loadTimeProperty, TCIMValue(static_cast<std::uint64_t>(answer.loadTime.count())));
+    outcome.Set(obstacleProperty, TCIMValue(ToShownText(answer.credentialObstacle)));
     CopyInstances(answer.results, *saved.AddClass(request.resultClass->GetName()));
     try {
         file.Save(saved);
@@ -93,7 +150,7 @@ void SaveAnswer(const TPluginRequest& request, const TAnswerFile& file) {
 
 void SaveFailure(const std::string& failure, const TAnswerFile& file) {
     TMemoryNamespace saved;
-    AddOutcome(saved).Set(failureProperty, TCIMValue(failure));
+    AddOutcome(saved).Set(failureProperty, TCIMValue(ToShownText(failure)));
     file.Save(saved);
 }
 
@@ -105,13 +162,25 @@ void EndWithParent(pid_t parent) {
     }
 }
 
-// Nothing leaves it, for it would go on in what belongs to the parent; memory that is short even for telling
-// so ends the process.
-[[noreturn]] void AnswerAndEnd(const TPluginRequest& request, const TAnswerFile& file) noexcept {
+void SaveOutcome(const TPluginRequest& request, const TAnswerFile& file) {
     try {
         SaveAnswer(request, file);
+    } catch (const THandOverError&) {
+        throw;
     } catch (const std::exception& error) {
         SaveFailure(DescribeFailure(error), file);
+    }
+}
+
+// Nothing leaves it, for it would go on in what belongs to the parent.
+[[noreturn]] void AnswerAndEnd(const TPluginRequest& request, const TAnswerFile& file,
+                               THostTrouble& trouble) noexcept {
+    try {
+        SaveOutcome(request, file);
+    } catch (const std::bad_alloc&) {
+        trouble.Note("out of memory");
+    } catch (const std::exception& error) {
+        trouble.Note(error.what());
     }
     // What the plug-in printed comes out; nothing else that belongs to the parent may end twice.
     std::cout.flush();
@@ -178,28 +247,42 @@ class TChildProcess {
     std::optional<TUnfinished> unfinished_;  // of the parent's alone
 };
 
-[[noreturn]] void FailUnreadable(const TPluginRequest& request, const std::string& cause) {
-    throw TRunFailure(request.pluginFile + ": the answer of its process cannot be read: " + cause);
+[[noreturn]] void FailToTakeOver(const TPluginRequest& request, const std::string& cause) {
+    throw TRunFailure("the answer of plug-in " + request.pluginFile +
+                      " cannot be taken over from its process: " + cause);
 }
 
-void RequireAnswer(const TPluginRequest& request, const TAnswerFile& file, int status) {
+void RequireEnd(const TPluginRequest& request, const THostTrouble& trouble, int status) {
+    if (const std::string cause = trouble.Get(); !cause.empty()) {
+        FailToTakeOver(request, cause);
+    }
     if (WIFSIGNALED(status)) {
         const int number = WTERMSIG(status);
         const char* const name = ::sigdescr_np(number);
         throw TRunFailure("plug-in " + request.pluginFile + " died of signal " + std::to_string(number) +
                           (name == nullptr ? "" : " (" + std::string(name) + ")"));
     }
-    if (WEXITSTATUS(status) != eExitDone || file.IsEmpty()) {
+}
+
+std::string RequireText(const TPluginRequest& request, const TAnswerFile& file, int status) {
+    std::string text;
+    try {
+        text = file.Read();
+    } catch (const THandOverError& error) {
+        FailToTakeOver(request, error.what());
+    }
+    if (WEXITSTATUS(status) != eExitDone || text.empty()) {
         throw TRunFailure("plug-in " + request.pluginFile + " ended its process with exit status " +
                           std::to_string(WEXITSTATUS(status)));
     }
+    return text;
 }
 
 TPluginAnswer ReadAnswer(const TPluginRequest& request, const TMemoryNamespace& saved) {
     const auto outcomes = saved.FindClass(outcomeClassName);
     const auto results = saved.FindClass(request.resultClass->GetName());
     if (outcomes == nullptr || outcomes->GetInstances().empty()) {
-        FailUnreadable(request, "no outcome");
+        FailToTakeOver(request, "no outcome");
     }
     const TMemoryInstance& outcome = *outcomes->GetInstances().front();
     if (const TCIMValue* failure = outcome.Find(failureProperty)) {
@@ -207,22 +290,26 @@ TPluginAnswer ReadAnswer(const TPluginRequest& request, const TMemoryNamespace& 
     }
     const TCIMValue* loadTime = outcome.Find(loadTimeProperty);
     if (loadTime == nullptr || results == nullptr || results->GetInstances().empty()) {
-        FailUnreadable(request, "no result");
+        FailToTakeOver(request, "no result");
     }
-    return {results->GetInstances(), std::chrono::nanoseconds(loadTime->GetUnsigned())};
+    const TCIMValue* obstacle = outcome.Find(obstacleProperty);
+    return {results->GetInstances(), std::chrono::nanoseconds(loadTime->GetUnsigned()),
+            obstacle == nullptr ? std::string() : obstacle->ToString(10)};
 }
 
 }  // namespace
 
 TPluginAnswer AskPluginInIsolation(const TPluginRequest& request) {
     const TAnswerFile file(request);
-    TChildProcess process(request, [&] { AnswerAndEnd(request, file); });
-    RequireAnswer(request, file, process.Wait());
+    THostTrouble trouble(request);
+    TChildProcess process(request, [&] { AnswerAndEnd(request, file, trouble); });
+    const int status = process.Wait();
+    RequireEnd(request, trouble, status);
     TMemoryNamespace saved;
     try {
-        LoadNamespace(file.GetPath(), saved);
+        LoadNamespace("its answer", RequireText(request, file, status), saved);
     } catch (const TCimXmlError& error) {
-        FailUnreadable(request, error.what());
+        FailToTakeOver(request, error.what());
     }
     return ReadAnswer(request, saved);
 }

@@ -2,12 +2,18 @@
 
 #include "vorhost/cli/run_failure.h"
 #include "vorhost/services/core_logger.h"
+#include "vorhost/system/file_descriptor.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
-#include <fstream>
+#include <cstddef>
 #include <iostream>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <system_error>
 
 namespace NVORHOST {
@@ -16,7 +22,29 @@ namespace {
 constexpr int hardFailureLevel = 0;
 
 [[noreturn]] void Fail(const std::string& logFile, int error) {
-    throw TRunFailure("cannot append to log file " + logFile + ": " + std::generic_category().message(error));
+    const std::string cause =
+        error == ELOOP ? "it is a symbolic link" : std::generic_category().message(error);
+    throw TRunFailure("cannot append to log file " + logFile + ": " + cause);
+}
+
+// The log names the customer and the machine, so it is for its owner alone, and nobody else's link leads it
+// to another file.
+TFileDescriptor OpenLogFile(const std::string& path) {
+    constexpr int flags = O_WRONLY | O_APPEND | O_CREAT | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC;
+    return TFileDescriptor(::open(path.c_str(), flags, S_IRUSR | S_IWUSR));
+}
+
+// Returns 0, or errno.
+int WriteAll(int descriptor, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t count = ::write(descriptor, bytes.data(), bytes.size());
+        if (count > 0) {
+            bytes.remove_prefix(static_cast<std::size_t>(count));
+        } else if (count == 0 || errno != EINTR) {
+            return count == 0 ? EIO : errno;
+        }
+    }
+    return 0;
 }
 
 }  // namespace
@@ -46,18 +74,17 @@ void TLogSinks::RequireWritten() const {
 }
 
 void TLogSinks::LogToFile() {
-    const auto stream = std::make_shared<std::ofstream>(logFile_, std::ios::app | std::ios::binary);
-    if (!*stream) {
+    const auto file = std::make_shared<const TFileDescriptor>(OpenLogFile(logFile_));
+    if (!file->IsOpen()) {
         const int error = errno;
         TCoreLogger::Get().ClearSinks();
         Fail(logFile_, error);
     }
-    // Flushed line by line: the log is read when something went wrong.
-    TCoreLogger::Get().AddSink([this, stream](int level, const std::string& message) {
-        errno = 0;
-        *stream << FormatLogLine(level, message) << std::endl;
-        if (!*stream && logError_ == 0) {
-            logError_ = errno != 0 ? errno : EIO;
+    // Line by line, unbuffered: the log is read when something went wrong.
+    TCoreLogger::Get().AddSink([this, file](int level, const std::string& message) {
+        const int error = WriteAll(file->Get(), FormatLogLine(level, message) + '\n');
+        if (logError_ == 0) {
+            logError_ = error;
         }
     });
 }

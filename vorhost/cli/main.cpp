@@ -9,11 +9,11 @@
 #include "vorhost/cli/output_file.h"
 #include "vorhost/cli/run_failure.h"
 #include "vorhost/cli/snapshot_command.h"
+#include "vorhost/text/shown_text.h"
 
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <exception>
 #include <functional>
 #include <iostream>
@@ -59,12 +59,9 @@ void OccupyStandardStreams() {
     }
 }
 
-// In one line, whatever a plug-in has put into its part of it.
-void Report(std::string failure) {
+void Report(const std::string& failure) {
     GiveWayToSignals();
-    std::ranges::replace_if(
-        failure, [](char byte) { return byte == '\n' || byte == '\r'; }, ' ');
-    std::cerr << "vorhost: " << failure << '\n';
+    std::cerr << "vorhost: " << ToShownText(failure) << '\n';
 }
 
 }  // namespace

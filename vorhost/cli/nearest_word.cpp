@@ -41,7 +41,7 @@ std::string FindNearest(std::string_view word, std::span<const std::string> know
         return {};
     }
     std::string nearest;
-    std::size_t least = letters.size() / 3 + 2;  // this far is too far
+    std::size_t least = std::max<std::size_t>(letters.size() / 3, 1) + 1;  // this far is too far
     for (const std::string& each : known) {
         const bool isBeginning = letters.size() > 1 && Letters(each).starts_with(letters);
         const std::size_t distance = isBeginning ? 1 : Distance(letters, Letters(each));

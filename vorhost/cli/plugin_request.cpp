@@ -2,7 +2,9 @@
 
 #include "host/vor_exception.h"
 #include "vorhost/cli/run_failure.h"
+#include "vorhost/services/host_settings.h"
 #include "vorhost/services/plugin_library.h"
+#include "vorhost/upload/entity_service.h"
 
 #include <exception>
 #include <filesystem>
@@ -56,12 +58,21 @@ void GetData(TPluginLibrary& plugin, const TPluginRequest& request) {
     }
 }
 
-void RequireResult(const TPluginAnswer& answer, const TLogSinks& sinks) {
+void RequireResult(const TPluginAnswer& answer, const TPluginRequest& request) {
     if (!answer.results.empty()) {
         return;
     }
-    const auto& failures = sinks.GetHardFailures();
-    throw TRunFailure("the plug-in made no result" + (failures.empty() ? "" : ": " + failures.back()));
+    const auto& failures = request.sinks.GetHardFailures();
+    throw TRunFailure("the plug-in made no result" + (failures.empty() ? "" : ": " + failures.back()) +
+                      (request.withoutResultHint.empty() ? "" : "; " + request.withoutResultHint));
+}
+
+std::string DescribeCredentialObstacle() {
+    if (WasHostUnreachable()) {
+        return "the web server cannot be reached";
+    }
+    const std::string& failure = GetEntityServiceFailure();
+    return failure.empty() ? "" : "entity service: " + failure;
 }
 
 }  // namespace
@@ -78,7 +89,8 @@ TPluginAnswer AskPlugin(const TPluginRequest& request) {
     }
     const auto& instances = request.resultClass->GetInstances();
     answer.results.assign(instances.begin() + countBefore, instances.end());
-    RequireResult(answer, request.sinks);
+    answer.credentialObstacle = DescribeCredentialObstacle();
+    RequireResult(answer, request);
     request.sinks.RequireWritten();
     return answer;
 }

@@ -19,11 +19,13 @@ struct TPluginRequest {
     boost::shared_ptr<TMemoryClass> resultClass;
     const TPrivateDirectory& workplace;  ///< the working directory of the request
     const TLogSinks& sinks;
+    std::string withoutResultHint;  ///< what to do when the plug-in makes no result; may be empty
 };
 
 struct TPluginAnswer {
     std::vector<boost::shared_ptr<TMemoryInstance>> results;  ///< at least one; made by this request
     std::chrono::nanoseconds loadTime{};                      ///< until the plug-in was ready for the request
+    std::string credentialObstacle;  ///< why the host gave it no credential; empty when nothing failed
 };
 
 /// Loads the plug-in, lets it answer, and unloads it.

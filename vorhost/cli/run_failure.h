@@ -2,7 +2,6 @@
 #pragma once
 
 #include <exception>
-#include <new>
 #include <stdexcept>
 #include <string>
 
@@ -14,10 +13,7 @@ class TRunFailure : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// As the line for people puts it.
-inline std::string DescribeFailure(const std::exception& error) {
-    const bool isOutOfMemory = dynamic_cast<const std::bad_alloc*>(&error) != nullptr;
-    return isOutOfMemory ? "out of memory" : error.what();
-}
+/// The failure as one line for people; one of short memory ends in what to do about it.
+std::string DescribeFailure(const std::exception& error);
 
 }  // namespace NVORHOST

@@ -1,5 +1,7 @@
 #include "vorhost/cli/summary.h"
 
+#include "vorhost/text/shown_text.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <filesystem>
@@ -14,7 +16,7 @@ namespace {
 constexpr int labelWidth = 12;
 
 void PrintRow(std::ostream& out, std::string_view label, std::string_view text) {
-    out << std::left << std::setw(labelWidth) << label << text << '\n';
+    out << std::left << std::setw(labelWidth) << label << ToShownText(text) << '\n';
 }
 
 std::string WithThousands(std::uintmax_t number) {
@@ -85,6 +87,17 @@ void PrintTroubles(const TSummary& summary, std::ostream& out) {
     }
 }
 
+// Some values are written unescaped, as the documents' format has it; readers that parse XML stop there.
+void PrintFaults(const std::vector<TInventoryDocument>& documents, std::ostream& out) {
+    for (const TInventoryDocument& document : documents) {
+        if (document.faultyLine != 0) {
+            PrintRow(out, "Malformed",
+                     document.fileName + " is no XML: line " + std::to_string(document.faultyLine) +
+                         " has an unescaped value: " + document.faultyText);
+        }
+    }
+}
+
 }  // namespace
 
 void PrintSummary(const TRunSummary& summary, std::ostream& out) {
@@ -97,6 +110,7 @@ void PrintSummary(const TRunSummary& summary, std::ostream& out) {
         PrintRow(out, label, DescribeFile(summary.directory, document));
         label = "";
     }
+    PrintFaults(summary.documents, out);
     PrintRow(out, "Credential", summary.credential);
     PrintRow(out, "Time", DescribeTimes(summary.times));
 }

@@ -62,9 +62,10 @@ std::string OwnerOf(const CLI::App& program, const std::string& name) {
 [[noreturn]] void RefuseOption(const CLI::App& program, const CLI::App& app, const std::string& name) {
     if (const std::string owner = OwnerOf(program, name); !owner.empty()) {
         const bool isTooEarly = &program == &app;
-        Refuse(isTooEarly ? "option " + name + " has to follow the command, as in vorhost " + owner + " " + name
-                          : "option " + name + " is not one of vorhost " + app.get_name() + " but of vorhost " +
-                                owner);
+        Refuse(isTooEarly
+                   ? "option " + name + " has to follow the command, as in vorhost " + owner + " " + name
+                   : "option " + name + " is not one of vorhost " + app.get_name() + " but of vorhost " +
+                         owner);
     }
     Refuse("unknown option " + name + DidYouMean(name, OptionNames(app)));
 }

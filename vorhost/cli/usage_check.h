@@ -1,5 +1,5 @@
-// Looks at the words of a command line before they are parsed, so that unknown words, unknown options and empty
-// values are named, each with the nearest known one.
+// Looks at the words of a command line before they are parsed, so that unknown words, unknown options and
+// empty values are named, each with the nearest known one.
 #pragma once
 
 #include <CLI/CLI.hpp>
@@ -10,7 +10,8 @@
 namespace NVORHOST {
 
 /// `words` is the command line without the program's name.
-/// Errors: throws CLI::ValidationError for the first word that `program` does not know, for a value that is empty or
+/// Errors: throws CLI::ValidationError for the first word that `program` does not know, for a value that is
+/// empty or
 ///         missing, and for a value that the option does not take.
 void CheckWords(const CLI::App& program, std::span<const std::string> words);
 

@@ -17,44 +17,51 @@ constexpr std::size_t dotAt = 14;   // "yyyymmddhhmmss" or "ddddddddhhmmss" ends
 constexpr std::size_t signAt = 21;  // '+', '-', or ':' of an interval
 constexpr std::size_t utcAt = 22;
 constexpr std::size_t utcDigits = 3;
+constexpr int westernmostOffset = -12 * 60;  // minutes; no time zone is beyond these two
+constexpr int easternmostOffset = 14 * 60;
 
 using TDigits = std::array<char, TCIMDateTime::allDigits>;
 
-// One field of the digits in front of the sign: where it ends, how large it may be, how it is read and
+// One field of the digits in front of the sign: where it begins, what values it may have, how it is read and
 // written.
 struct TFieldRow {
     std::size_t begin;
     std::size_t digits;
+    std::uint32_t minimum;  // when it is significant
     std::uint32_t maximum;
     std::uint32_t (*get)(const TFields& fields);
     void (*set)(TFields& fields, std::uint32_t value);
 };
 
 template <auto member>
-constexpr TFieldRow Row(std::size_t begin, std::size_t digits, std::uint32_t maximum) {
-    return {begin, digits, maximum, [](const TFields& fields) { return std::uint32_t{fields.*member}; },
+constexpr TFieldRow Row(std::size_t begin, std::size_t digits, std::uint32_t minimum, std::uint32_t maximum) {
+    return {begin,
+            digits,
+            minimum,
+            maximum,
+            [](const TFields& fields) { return std::uint32_t{fields.*member}; },
             [](TFields& fields, std::uint32_t value) {
                 auto& field = fields.*member;
                 field = static_cast<std::remove_reference_t<decltype(field)>>(value);
             }};
 }
 
-constexpr TFieldRow hourRow = Row<&TFields::hour>(8, 2, 23);
-constexpr TFieldRow minuteRow = Row<&TFields::minute>(10, 2, 59);
-constexpr TFieldRow secondRow = Row<&TFields::second>(12, 2, 60);
-constexpr TFieldRow microsecondRow = Row<&TFields::microsecond>(14, 6, 999999);
+constexpr TFieldRow hourRow = Row<&TFields::hour>(8, 2, 0, 23);
+constexpr TFieldRow minuteRow = Row<&TFields::minute>(10, 2, 0, 59);
+constexpr TFieldRow secondRow = Row<&TFields::second>(12, 2, 0, 60);
+constexpr TFieldRow microsecondRow = Row<&TFields::microsecond>(14, 6, 0, 999999);
 
 constexpr TFieldRow timestampRows[] = {
-    Row<&TFields::year>(0, 4, 9999),
-    Row<&TFields::month>(4, 2, 12),
-    Row<&TFields::day>(6, 2, 31),
+    Row<&TFields::year>(0, 4, 0, 9999),
+    Row<&TFields::month>(4, 2, 1, 12),
+    Row<&TFields::day>(6, 2, 1, 31),
     hourRow,
     minuteRow,
     secondRow,
     microsecondRow,
 };
 constexpr TFieldRow intervalRows[] = {
-    Row<&TFields::day>(0, 8, 99999999), hourRow, minuteRow, secondRow, microsecondRow,
+    Row<&TFields::day>(0, 8, 0, 99999999), hourRow, minuteRow, secondRow, microsecondRow,
 };
 
 std::span<const TFieldRow> RowsOf(bool isInterval) {
@@ -103,13 +110,28 @@ bool ReadFields(std::string_view digits, TFields& fields) {
     filled.append(digits.size() - significant, '0');
     for (const auto& row : rows) {
         const std::uint32_t value = ReadNumber(std::string_view(filled).substr(row.begin, row.digits));
-        if (value > row.maximum) {
+        if (value > row.maximum || (row.begin < significant && value < row.minimum)) {
             return false;
         }
         row.set(fields, value);
     }
     fields.significantDigits = static_cast<std::uint8_t>(significant);
     return true;
+}
+
+bool IsLeapYear(std::uint32_t year) {
+    return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
+}
+
+// True as well when day or month are insignificant, and for intervals.
+bool IsDayOfItsMonth(const TFields& fields) {
+    constexpr std::uint32_t daysOfMonth[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+    constexpr std::uint16_t february = 2;
+    if (fields.isInterval || fields.month == 0) {
+        return true;
+    }
+    const bool isLeapDay = fields.month == february && fields.day == 29 && IsLeapYear(fields.year);
+    return isLeapDay || fields.day <= daysOfMonth[fields.month - 1];
 }
 
 // Reads sign and offset; false when they are neither an offset nor an interval's ":000".
@@ -122,7 +144,8 @@ bool ReadZone(std::string_view zone, TFields& fields) {
     const auto minutes = static_cast<std::int16_t>(ReadNumber(offset));
     fields.isInterval = sign == ':';
     fields.utcOffset = static_cast<std::int16_t>(sign == '-' ? -minutes : minutes);
-    return sign == '+' || sign == '-' || (fields.isInterval && minutes == 0);
+    const bool isOffset = fields.utcOffset >= westernmostOffset && fields.utcOffset <= easternmostOffset;
+    return ((sign == '+' || sign == '-') && isOffset) || (fields.isInterval && minutes == 0);
 }
 
 char SignOf(const TFields& fields) {
@@ -141,7 +164,7 @@ std::optional<TCIMDateTime> TCIMDateTime::FromText(std::string_view text) {
     std::string digits(text.substr(0, dotAt));
     digits += text.substr(dotAt + 1, signAt - dotAt - 1);
     TFields fields;
-    if (!ReadZone(text.substr(signAt), fields) || !ReadFields(digits, fields)) {
+    if (!ReadZone(text.substr(signAt), fields) || !ReadFields(digits, fields) || !IsDayOfItsMonth(fields)) {
         return std::nullopt;
     }
     return TCIMDateTime(fields);

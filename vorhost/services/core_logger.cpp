@@ -1,7 +1,8 @@
 // The log of one run. Lines are rare and sinks are few, so a line goes to each of them at once, unbuffered.
 #include "vorhost/services/core_logger.h"
 
-#include <algorithm>
+#include "vorhost/text/shown_text.h"
+
 #include <iostream>
 #include <utility>
 
@@ -41,10 +42,7 @@ void TCoreLogger::ClearSinks() {
 }
 
 std::string FormatLogLine(int level, const std::string& message) {
-    std::string line = std::to_string(level) + ' ' + message;
-    std::ranges::replace_if(
-        line, [](char byte) { return byte == '\n' || byte == '\r'; }, ' ');
-    return line;
+    return std::to_string(level) + ' ' + ToShownText(message);
 }
 
 }  // namespace NVORHOST

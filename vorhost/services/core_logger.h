@@ -27,8 +27,7 @@ class NKELVOR20_API TCoreLogger final : public NKELVOR20::ICoreLogger {
     std::vector<TSink> sinks_;
 };
 
-/// A log line as files carry it: `LEVEL MESSAGE` without the line end; line ends within the message become
-/// blanks.
+/// A log line as files carry it: `LEVEL MESSAGE` without the line end; the message as `ToShownText` shows it.
 NKELVOR20_API std::string FormatLogLine(int level, const std::string& message);
 
 }  // namespace NVORHOST

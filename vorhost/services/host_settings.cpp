@@ -11,10 +11,24 @@ THostSettings& Settings() {
     return settings;
 }
 
+bool& Unreachable() {
+    static bool isUnreachable = false;
+    return isUnreachable;
+}
+
 }  // namespace
 
 void SetHostSettings(THostSettings settings) {
     Settings() = std::move(settings);
+    Unreachable() = false;
+}
+
+bool WasHostUnreachable() {
+    return Unreachable();
+}
+
+void NoteReachability(bool isReachable) {
+    Unreachable() = !isReachable;
 }
 
 const THostSettings& GetHostSettings() {

@@ -31,4 +31,9 @@ struct THostSettings {
 NKELVOR20_API void SetHostSettings(THostSettings settings);
 NKELVOR20_API const THostSettings& GetHostSettings();
 
+/// True when `TOSSpecific::DetectHostnameAvailable` has last found a host unreachable, since settings were
+/// set.
+NKELVOR20_API bool WasHostUnreachable();
+void NoteReachability(bool isReachable);
+
 }  // namespace NVORHOST

@@ -88,13 +88,25 @@ TCIMDateTime ReadLocalClock() {
     return TCIMDateTime(fields);
 }
 
-int Probe(const std::string& hostName, const std::string& port) {
+bool Probe(const std::string& hostName, const std::string& port) {
     constexpr std::chrono::seconds timeLimit(3);
     try {
-        return NVORHOST::AcceptsConnection(hostName, port, timeLimit) ? available : notAvailable;
+        return NVORHOST::AcceptsConnection(hostName, port, timeLimit);
     } catch (const std::exception&) {
-        return notAvailable;  // no memory or no thread for a probe: whether it would answer stays unknown
+        return false;  // no memory or no thread for a probe: whether it would answer stays unknown
     }
+}
+
+bool IsReachable(const std::string& hostName, const std::string& port) {
+    switch (GetHostSettings().reachability) {
+        case EReachability::yes:
+            return true;
+        case EReachability::no:
+            return false;
+        case EReachability::network:
+            break;
+    }
+    return Probe(hostName, port);
 }
 
 }  // namespace
@@ -106,15 +118,9 @@ std::string TOSSpecific::GetEnvironment(std::string variable) {
 }
 
 int TOSSpecific::DetectHostnameAvailable(std::string hostName, std::string port) {
-    switch (GetHostSettings().reachability) {
-        case EReachability::yes:
-            return available;
-        case EReachability::no:
-            return notAvailable;
-        case EReachability::network:
-            break;
-    }
-    return Probe(hostName, port);
+    const bool isReachable = IsReachable(hostName, port);
+    NVORHOST::NoteReachability(isReachable);
+    return isReachable ? available : notAvailable;
 }
 
 TCIMDateTime TOSSpecific::GetLocalTime() {

@@ -8,10 +8,10 @@
 #include "host/root_object.h"
 #include "vorhost/services/core_logger.h"
 #include "vorhost/services/plugin_registry.h"
+#include "vorhost/text/shown_text.h"
 
 #include <dlfcn.h>
 
-#include <algorithm>
 #include <exception>
 #include <string_view>
 #include <utility>
@@ -23,9 +23,7 @@ using NKELVOR20::IPluginBasicQueryCallbacks;
 using NKELVOR20::IPluginCallbacks;
 
 [[noreturn]] void Fail(const std::string& path, const std::string& cause) {
-    std::string message = path + ": " + cause;
-    std::ranges::replace(message, '\n', ' ');
-    throw TPluginError(message);
+    throw TPluginError(MakeVisible(path + ": " + cause));
 }
 
 /// Runs one step of the plug-in's and answers what it threw; empty when it threw nothing.

@@ -17,6 +17,11 @@ std::string& ServiceUrl() {
     return url;
 }
 
+std::string& Failure() {
+    static std::string failure;
+    return failure;
+}
+
 constexpr std::string_view schemes[] = {"http://", "https://"};
 
 bool StartsWithIgnoringCase(std::string_view text, std::string_view lowerCaseStart) {
@@ -79,6 +84,15 @@ std::string FindEntityServiceFault(std::string_view url) {
 
 void SetEntityService(std::string url) {
     ServiceUrl() = std::move(url);
+    Failure().clear();
+}
+
+const std::string& GetEntityServiceFailure() {
+    return Failure();
+}
+
+void SetEntityServiceFailure(std::string failure) {
+    Failure() = std::move(failure);
 }
 
 const std::string& GetEntityService() {

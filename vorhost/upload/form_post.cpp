@@ -126,12 +126,12 @@ TPostResult PostForm(const std::string& url, std::span<const TFormField> fields)
     const std::string form = EncodeForm(curl.get(), fields);
     const CURLcode status = Perform(curl.get(), url, form, body, error);
     if (status != CURLE_OK) {
-        return {false, DescribeFailure(status, body, error)};
+        return {false, "no usable answer: " + DescribeFailure(status, body, error)};
     }
     long httpStatus = 0;
     (void)curl_easy_getinfo(curl.get(), CURLINFO_RESPONSE_CODE, &httpStatus);  // 0 is a failure below
     if (httpStatus < 200 || httpStatus > 299) {
-        return {false, "HTTP status " + std::to_string(httpStatus)};
+        return {false, "refused with HTTP status " + std::to_string(httpStatus)};
     }
     return {true, std::move(body.text)};
 }

@@ -2,7 +2,7 @@
 #include "host/zet_upload.h"
 
 #include "host/root_object.h"
-#include "host/vor_exception.h"
+#include "vorhost/text/shown_text.h"
 #include "vorhost/upload/entity_service.h"
 #include "vorhost/upload/form_post.h"
 
@@ -11,6 +11,8 @@
 #include <dlfcn.h>
 
 #include <array>
+#include <cstddef>
+#include <string>
 #include <string_view>
 #include <utility>
 
@@ -78,14 +80,32 @@ std::string Trim(std::string_view text) {
     return std::string(text.substr(begin, text.find_last_not_of(blanks) - begin + 1));
 }
 
+// What is wrong with an identifier that a service has issued; empty when nothing is.
+std::string FindFault(const std::string& identifier) {
+    constexpr std::size_t longestBytes = 1024;
+    if (identifier.size() > longestBytes) {
+        return "it is longer than " + std::to_string(longestBytes) + " bytes";
+    }
+    return NVORHOST::MakeVisible(identifier) == identifier ? "" : "it is no printable text of one line";
+}
+
+// An inventory without a credential is better than none, so a failure is logged and kept for the summary.
+std::string Fail(const std::string& url, const std::string& failure) {
+    constexpr int warning = 3;
+    TRootObject::GetCoreLogger()->Log(warning, "zetupload: " + NVORHOST::HidePasswords(url) + ": " + failure);
+    NVORHOST::SetEntityServiceFailure(failure);
+    return {};
+}
+
 std::string RequestIdentifier(const std::string& url, const TArguments& arguments) {
+    NVORHOST::SetEntityServiceFailure({});
     const TPostResult result = PostForm(url, arguments);
     if (!result.succeeded) {
-        constexpr int warning = 3;
-        TRootObject::GetCoreLogger()->Log(warning, "zetupload: " + url + ": " + result.text);
-        throw TVORException(TVORStatusCode::serviceUnavailable);
+        return Fail(url, result.text);
     }
-    return Trim(result.text);
+    std::string identifier = Trim(result.text);
+    const std::string fault = FindFault(identifier);
+    return fault.empty() ? identifier : Fail(url, "no usable answer: " + fault);
 }
 
 }  // namespace

@@ -1,0 +1,177 @@
+#include "vorhost/cimxml/document_file.h"
+
+#include "vorhost/cimxml/cim_xml_error.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+#include <zlib.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <new>
+#include <system_error>
+
+namespace NVORHOST {
+namespace {
+
+using std::literals::operator""sv;
+
+constexpr std::string_view gzipMark = "\x1F\x8B"sv;
+
+// How files of other compressions start, and the program that decompresses them.
+struct TCompression {
+    std::string_view mark;
+    std::string_view name;
+    std::string_view remedy;
+};
+constexpr TCompression otherCompressions[] = {
+    {"\xFD"
+     "7zXZ\0"sv,
+     "xz", "xz -d"},
+    {"BZh"sv, "bzip2", "bzip2 -d"},
+    {"\x28\xB5\x2F\xFD"sv, "zstd", "zstd -d"},
+    {"\x04\x22\x4D\x18"sv, "lz4", "lz4 -d"},
+    {"PK\x03\x04"sv, "zip", "unzip"},
+};
+constexpr std::size_t longestMark = 6;
+
+}  // namespace
+
+// zlib's state for one file of one or more gzip members.
+class TDocumentFile::TInflater {
+  public:
+    TInflater() {
+        constexpr int gzipOnly = MAX_WBITS + 16;
+        if (inflateInit2(&stream_, gzipOnly) != Z_OK) {
+            throw std::bad_alloc();
+        }
+    }
+    ~TInflater() { (void)inflateEnd(&stream_); }  // fails for a state that was never made
+    TInflater(const TInflater&) = delete;
+    TInflater& operator=(const TInflater&) = delete;
+
+    bool NeedsInput() const { return stream_.avail_in == 0; }
+    void SetInput(std::string_view bytes) {
+        // NOLINTNEXTLINE(*-const-cast,*-reinterpret-cast): zlib's type; it only reads them
+        stream_.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(bytes.data()));
+        stream_.avail_in = static_cast<uInt>(bytes.size());
+    }
+
+    /// Returns what came out; `status` is zlib's.
+    std::string_view Step(int& status) {
+        stream_.next_out = reinterpret_cast<Bytef*>(output_.data());  // NOLINT(*-reinterpret-cast)
+        stream_.avail_out = static_cast<uInt>(output_.size());
+        status = inflate(&stream_, Z_NO_FLUSH);
+        isBetweenMembers_ = status == Z_STREAM_END;
+        const std::size_t count = output_.size() - stream_.avail_out;
+        total_ += count;
+        return {output_.data(), count};
+    }
+
+    /// The next step is about another member.
+    void BeginMember() { (void)inflateReset(&stream_); }
+    bool IsBetweenMembers() const { return isBetweenMembers_; }
+    std::uint64_t GetTotal() const { return total_; }
+
+  private:
+    z_stream stream_{};
+    std::array<char, 65536> output_{};
+    std::uint64_t total_ = 0;
+    bool isBetweenMembers_ = false;
+};
+
+TDocumentFile::TDocumentFile(const std::string& path)
+    : path_(path), descriptor_(open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
+    if (descriptor_ < 0) {
+        Fail("cannot be read: " + std::system_category().message(errno));
+    }
+    // A pipe may hand out less at a time than a mark is long.
+    for (std::size_t before = size_ + 1; size_ < longestMark && size_ != before;) {
+        before = size_;
+        Fill();
+    }
+    const std::string_view start(buffer_.data(), size_);
+    for (const TCompression& other : otherCompressions) {
+        if (start.starts_with(other.mark)) {
+            (void)close(descriptor_);
+            Fail("is compressed with " + std::string(other.name) + ": decompress it first, with " +
+                 std::string(other.remedy));
+        }
+    }
+    if (start.starts_with(gzipMark)) {
+        inflater_ = std::make_unique<TInflater>();
+        inflater_->SetInput(TakeBuffered());
+    }
+}
+
+TDocumentFile::~TDocumentFile() {
+    (void)close(descriptor_);  // nothing was written that closing could lose
+}
+
+std::string_view TDocumentFile::Read() {
+    if (inflater_ != nullptr) {
+        return Inflate();
+    }
+    if (size_ == 0) {
+        Fill();
+    }
+    return TakeBuffered();
+}
+
+void TDocumentFile::Fail(const std::string& cause) const {
+    ThrowAt({path_, 0, {}, {}}, cause);
+}
+
+// Appends the file's next bytes to the buffer.
+void TDocumentFile::Fill() {
+    ssize_t count = 0;
+    do {
+        count = read(descriptor_, buffer_.data() + size_, buffer_.size() - size_);
+    } while (count < 0 && errno == EINTR);
+    if (count < 0) {
+        Fail("cannot be read: " + std::system_category().message(errno));
+    }
+    size_ += static_cast<std::size_t>(count);
+}
+
+// Valid until the buffer is filled again.
+std::string_view TDocumentFile::TakeBuffered() {
+    const std::string_view bytes(buffer_.data(), size_);
+    size_ = 0;
+    return bytes;
+}
+
+std::string_view TDocumentFile::Inflate() {
+    for (;;) {
+        if (inflater_->NeedsInput()) {
+            Fill();
+            const std::string_view input = TakeBuffered();
+            if (input.empty() && inflater_->IsBetweenMembers()) {
+                return {};
+            }
+            if (input.empty()) {
+                Fail("the compressed data is truncated");
+            }
+            inflater_->SetInput(input);
+        }
+        if (inflater_->IsBetweenMembers()) {
+            inflater_->BeginMember();
+        }
+        int status = Z_OK;
+        const std::string_view bytes = inflater_->Step(status);
+        if (status == Z_MEM_ERROR) {
+            throw std::bad_alloc();
+        }
+        if (status != Z_OK && status != Z_STREAM_END && status != Z_BUF_ERROR) {
+            Fail("the compressed data is damaged");
+        }
+        if (inflater_->GetTotal() > maxBytes) {
+            Fail("decompresses to more than " + std::to_string(maxBytes) + " bytes");
+        }
+        if (!bytes.empty()) {
+            return bytes;
+        }
+    }
+}
+
+}  // namespace NVORHOST
