@@ -20,6 +20,14 @@ using ::testing::Not;
 
 const std::string smallServer = VORHOST_TEST_DATA "/small-server.xml";
 
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool isSanitized = true;
+#elif defined(__has_feature)
+constexpr bool isSanitized = __has_feature(address_sanitizer) != 0;
+#else
+constexpr bool isSanitized = false;
+#endif
+
 // A run on the small server at a fixed time, without network.
 std::vector<std::string> CollectArguments(std::vector<std::string> more = {}) {
     std::vector<std::string> arguments{
@@ -432,9 +440,9 @@ TEST(Collect, SummaryOfDocumentsThatAreXmlMentionsNoMalformedOne) {
 }
 
 TEST(Collect, LackOfMemoryIsALineThatSaysWhatToDo) {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-    GTEST_SKIP() << "a program with a sanitizer does not start with little address space";
-#endif
+    if (isSanitized) {
+        GTEST_SKIP() << "a program with the address sanitizer does not start with little address space";
+    }
     const TTemporaryDirectory directory;
     for (const std::string kibibytes : {"14000", "20000", "30000"}) {
         const auto result = RunProgram(

@@ -87,6 +87,15 @@ TEST(Isolation, ChangesNothingOfAFailedRun) {
     EXPECT_EQ(machine.GetNames(), TNames{"empty.xml"});
 }
 
+TEST(Isolation, HandsOverAFailureWithControlBytes) {
+    const TTemporaryDirectory directory;
+    const auto result =
+        RunVorhost({CollectArguments({"--plugin", "./a\x01.so", "--isolate"}), directory.GetPath(), {}});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.standardError,
+              "vorhost: ./a\\x01.so: cannot open shared object file: No such file or directory\n");
+}
+
 TEST(Isolation, TimesTheSameSteps) {
     const TOutcome outcome = Collect({}, /*isolates=*/true);
     EXPECT_THAT(outcome.result.standardOutput,
