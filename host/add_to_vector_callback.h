@@ -3,7 +3,7 @@
 // Binary contract: one pointer, no virtual operations; all members inline.
 #pragma once
 
-#include <boost/shared_ptr.hpp>
+#include "host/checked_pointer.h"
 
 #include <functional>
 #include <vector>

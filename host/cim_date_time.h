@@ -1,6 +1,9 @@
 // The CIM date-time as the host hands it to plug-ins: a point in time with its UTC offset, or an interval.
 //
-// Binary contract: no virtual operations; 24 bytes, trivially copyable, copied by value between modules.
+// Binary contract: no virtual operations; 24 bytes. The getters and the destructor are exported by the host's
+// core library; copies are made of the bytes. Because the destructor is the host's, a date-time that is
+// passed by value travels as the address of the caller's object; no operation of the host takes one by value.
+// One that is returned is made in room that the caller provides.
 #pragma once
 
 #include "host/export.h"
@@ -41,6 +44,10 @@ class NKELVOR20_API TCIMDateTime {
     /// Takes the fields as they are; nothing is checked.
     explicit TCIMDateTime(const TFields& fields) : fields_(fields) {}
 
+    TCIMDateTime(const TCIMDateTime&) = default;
+    TCIMDateTime& operator=(const TCIMDateTime&) = default;
+    ~TCIMDateTime();  // NOLINT(performance-trivially-destructible): the contract lists it as exported
+
     /// Reads the 25-character form "yyyymmddhhmmss.mmmmmmsutc" or "ddddddddhhmmss.mmmmmm:000".
     /// Absent: nullopt for any other length, a non-digit where a digit is due, a sign other than + - :, a
     ///         day that the calendar does not have (month 0 and day 0 included), an hour above 23, a minute
@@ -52,16 +59,16 @@ class NKELVOR20_API TCIMDateTime {
     /// The 25-character form; reads back as the same value.
     std::string ToString() const;
 
-    std::uint16_t GetYear() const { return fields_.year; }
-    std::uint16_t GetMonth() const { return fields_.month; }
-    std::uint32_t GetDay() const { return fields_.day; }
-    std::uint16_t GetHour() const { return fields_.hour; }
-    std::uint16_t GetMinute() const { return fields_.minute; }
-    std::uint16_t GetSecond() const { return fields_.second; }
-    std::uint32_t GetMicrosecond() const { return fields_.microsecond; }
+    std::uint16_t GetYear() const;
+    std::uint16_t GetMonth() const;
+    std::uint32_t GetDay() const;
+    std::uint16_t GetHour() const;
+    std::uint16_t GetMinute() const;
+    std::uint16_t GetSecond() const;
+    std::uint32_t GetMicrosecond() const;
     /// Minutes east of UTC, negative to the west.
-    std::int16_t GetUTCOffset() const { return fields_.utcOffset; }
-    bool IsInterval() const { return fields_.isInterval; }
+    std::int16_t GetUTCOffset() const;
+    bool IsInterval() const;
 
     bool operator==(const TCIMDateTime& other) const { return ToString() == other.ToString(); }
 
@@ -69,6 +76,7 @@ class NKELVOR20_API TCIMDateTime {
     TFields fields_;
 };
 
-static_assert(sizeof(TCIMDateTime) == 24 && std::is_trivially_copyable_v<TCIMDateTime>);
+static_assert(sizeof(TCIMDateTime) == 24 && alignof(TCIMDateTime) == 4);
+static_assert(std::is_nothrow_copy_constructible_v<TCIMDateTime>);
 
 }  // namespace NKELVOR20

@@ -10,11 +10,11 @@
 // the operation. Nothing here may be called from two threads at once on one namespace.
 #pragma once
 
+#include "host/checked_pointer.h"
 #include "host/cim_value.h"
 #include "host/export.h"
 
 #include <boost/function.hpp>
-#include <boost/shared_ptr.hpp>
 
 #include <map>
 #include <string>

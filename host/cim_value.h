@@ -1,7 +1,8 @@
 // The typed CIM value that crosses the line between host and plug-in.
 //
-// Binary contract: no virtual operations; the type code comes first, then the payload. Plug-ins copy values
-// and call the exported members; they never look into the payload.
+// Binary contract: no virtual operations; 48 bytes, aligned to 8. Plug-ins make, copy and destroy values
+// through the members that the host's core library exports. How a value is stored is known to that library
+// alone, so a host may change it without a plug-in being built again.
 #pragma once
 
 #include "host/cim_date_time.h"
@@ -11,7 +12,6 @@
 #include <cstdint>
 #include <string>
 #include <type_traits>
-#include <variant>
 #include <vector>
 
 namespace NKELVOR20 {
@@ -45,8 +45,8 @@ class NKELVOR20_API TCIMValue {
         };
 
         // Implicit in both directions on purpose: the class is the enumeration with a name.
-        TCIMType(ECIMType code) : code_(code) {}     // NOLINT(google-explicit-constructor)
-        operator ECIMType() const { return code_; }  // NOLINT(google-explicit-constructor)
+        TCIMType(ECIMType code) : code_(code) {}  // NOLINT(google-explicit-constructor)
+        operator ECIMType() const;                // NOLINT(google-explicit-constructor)
 
         /// The CIM name: "boolean", "char16", "uint8" ... "real64", "string", "datetime", "reference".
         std::string ToString() const;
@@ -62,12 +62,12 @@ class NKELVOR20_API TCIMValue {
     TCIMValue(const std::string& text);  // NOLINT(google-explicit-constructor)
 
     /// A null scalar of a type.
-    explicit TCIMValue(TCIMType type) : type_(type) {}
-    /// As above; without it a bare type code would promote to an sint32 value.
-    explicit TCIMValue(TCIMType::ECIMType type) : type_(type) {}
+    explicit TCIMValue(TCIMType type);
+    /// A null scalar of the type with that code, which would otherwise be promoted to an sint32 value.
+    explicit TCIMValue(TCIMType::ECIMType type);
 
-    explicit TCIMValue(bool value) : type_(TCIMType::eBoolean), payload_(value) {}
-    explicit TCIMValue(char16_t value) : type_(TCIMType::eChar16), payload_(value) {}
+    explicit TCIMValue(bool value);
+    explicit TCIMValue(char16_t value);
     explicit TCIMValue(std::uint8_t value);
     explicit TCIMValue(std::int8_t value);
     explicit TCIMValue(std::uint16_t value);
@@ -78,7 +78,7 @@ class NKELVOR20_API TCIMValue {
     explicit TCIMValue(std::int64_t value);
     explicit TCIMValue(float value);
     explicit TCIMValue(double value);
-    explicit TCIMValue(const TCIMDateTime& value) : type_(TCIMType::eDateTime), payload_(value) {}
+    explicit TCIMValue(const TCIMDateTime& value);
 
     /// A reference value; `objectPath` is its text and is handed out unchanged.
     static TCIMValue Reference(const std::string& objectPath);
@@ -95,9 +95,9 @@ class NKELVOR20_API TCIMValue {
     TCIMValue& operator=(TCIMValue&&) noexcept;
     ~TCIMValue();
 
-    TCIMType GetType() const { return type_; }
-    bool IsNull() const { return std::holds_alternative<std::monostate>(payload_); }
-    bool IsArray() const { return isArray_; }
+    TCIMType GetType() const;
+    bool IsNull() const;
+    bool IsArray() const;
 
     /// Text form. Integers in `radix` (2 to 36, lower-case digits, "-" before negatives; another radix throws
     /// `TVORException(TVORStatusCode::invalidParameter)`); booleans "true"/"false"; reals the shortest
@@ -124,17 +124,22 @@ class NKELVOR20_API TCIMValue {
     bool operator==(const TCIMValue& other) const;
 
   private:
-    using TPayload = std::variant<std::monostate, bool, char16_t, std::uint64_t, std::int64_t, float, double,
-                                  std::string, TCIMDateTime, TElements>;
+    struct TPayload;  // defined by the host's core library
 
     TCIMValue(TCIMType type, bool isArray, TPayload payload);
 
+    TPayload& GetPayload();
+    const TPayload& GetPayload() const;
+
     TCIMType type_;
-    bool isArray_ = false;
-    TPayload payload_;
+    bool isArray_;
+    alignas(8) std::byte storage_[40];  // of the payload
 };
 
 static_assert(TCIMValue::TCIMType::eDateTime == 14, "plug-ins know the date-time by this code");
+static_assert(sizeof(TCIMValue) == 48 && alignof(TCIMValue) == 8, "plug-ins make room for values");
+static_assert(sizeof(TCIMValue::TCIMType) == sizeof(int) && std::is_trivially_copyable_v<TCIMValue::TCIMType>,
+              "a type is returned in a register");
 static_assert(std::is_nothrow_move_constructible_v<TCIMValue>);
 
 }  // namespace NKELVOR20

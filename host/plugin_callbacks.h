@@ -1,16 +1,18 @@
 // What a plug-in implements: identity and lifecycle (IPluginCallbacks), and the data request
 // (IPluginBasicQueryCallbacks).
 //
-// Binary contract, slot order behind the two destructor slots:
-//   IPluginCallbacks             GetType, GetName, GetVersion, GetInterfaceVersion, PrepareForUnload, Init,
-//   DeInit IPluginBasicQueryCallbacks   GetData
+// Binary contract: behind the two destructor slots, the virtual operations have their slots in this order.
+// - `IPluginCallbacks`: `GetType`, `GetName`, `GetVersion`, `GetInterfaceVersion`, `PrepareForUnload`,
+// `Init`,
+//   `DeInit`.
+// - `IPluginBasicQueryCallbacks`: `GetData`.
+//
 // A query plug-in derives from both, IPluginCallbacks first; the host finds the second by dynamic_cast.
 #pragma once
 
+#include "host/checked_pointer.h"
 #include "host/cim_interfaces.h"
 #include "host/export.h"
-
-#include <boost/shared_ptr.hpp>
 
 #include <string>
 #include <vector>

@@ -2,15 +2,13 @@
 //
 // Binary contract: static operations exported by the host's core library. ICoreLogger has one virtual
 // operation behind its two destructor slots. TPluginManagerNamespace has no virtual operation beyond
-// ICIMNamespace's.
+// ICIMNamespace's; plug-ins never make one, so its size is the host's business.
 #pragma once
 
+#include "host/checked_pointer.h"
 #include "host/cim_interfaces.h"
 #include "host/export.h"
 
-#include <boost/shared_ptr.hpp>
-
-#include <memory>
 #include <string>
 
 namespace NKELVOR20 {
@@ -41,13 +39,6 @@ class NKELVOR20_API TPluginManagerNamespace : public ICIMNamespace {
     /// `IPluginCallbacks::PrepareForUnload`. Throws TVORException with `invalidParameter` for null and with
     /// `alreadyExists` for an object that is registered already.
     void RegisterPlugin(IPluginCallbacks* plugin);
-
-    /// The host's own side of the manager; plug-ins have no business with it.
-    class TRegistry;
-    TRegistry& GetRegistry();
-
-  private:
-    std::unique_ptr<TRegistry> registry_;
 };
 
 /// The host's root object: static operations only.

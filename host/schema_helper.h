@@ -3,10 +3,9 @@
 // Binary contract: static operations exported by the host's core library.
 #pragma once
 
+#include "host/checked_pointer.h"
 #include "host/cim_interfaces.h"
 #include "host/export.h"
-
-#include <boost/shared_ptr.hpp>
 
 #include <string>
 

@@ -7,9 +7,9 @@
 
 #include <string>
 
-/// The upload service.
 namespace NKELVOR20 {
 
+/// The upload service: static operations only.
 class NKELVOR20_API TZETUpload {
   public:
     TZETUpload() = delete;

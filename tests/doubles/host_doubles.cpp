@@ -50,8 +50,6 @@ namespace NKELVOR20 {
 
 using NDOUBLES::Host;
 
-class TPluginManagerNamespace::TRegistry {};
-
 TPluginManagerNamespace::TPluginManagerNamespace() = default;
 TPluginManagerNamespace::~TPluginManagerNamespace() = default;
 

@@ -27,14 +27,22 @@ class TNoPlugin : public IPluginCallbacks {
     void DeInit() override {}
 };
 
-int CodeOf(TPluginManagerNamespace& manager, IPluginCallbacks* plugin) {
-    try {
-        manager.RegisterPlugin(plugin);
-        return TVORStatusCode::success;
-    } catch (const TVORException& exception) {
-        return exception.GetStatusCode().GetCode();
+/// Registers with the manager; what a test leaves in the registry of the process is taken out at its end.
+class PluginManager : public testing::Test {
+  protected:
+    ~PluginManager() override { NVORHOST::GetPluginRegistry().Truncate(0); }
+
+    int CodeOf(IPluginCallbacks* plugin) {
+        try {
+            manager_.RegisterPlugin(plugin);
+            return TVORStatusCode::success;
+        } catch (const TVORException& exception) {
+            return exception.GetStatusCode().GetCode();
+        }
     }
-}
+
+    TPluginManagerNamespace manager_;
+};
 
 TEST(RootObject, HandsOutOnePluginManager) {
     EXPECT_NE(TRootObject::GetPluginManager(), nullptr);
@@ -45,7 +53,7 @@ TEST(RootObject, PluginManagerIsFoundByItsDynamicType) {
     EXPECT_NE(boost::dynamic_pointer_cast<TPluginManagerNamespace>(TRootObject::GetPluginManager()), nullptr);
 }
 
-TEST(PluginManager, HoldsNoClasses) {
+TEST_F(PluginManager, HoldsNoClasses) {
     try {
         (void)TRootObject::GetPluginManager()->GetClass("KELSG_ComputerSystem", {});
         FAIL() << "nothing was thrown";
@@ -54,45 +62,44 @@ TEST(PluginManager, HoldsNoClasses) {
     }
 }
 
-TEST(PluginManager, KeepsPluginsInTheOrderOfTheirRegistration) {
-    TPluginManagerNamespace manager;
+TEST_F(PluginManager, KeepsPluginsInTheOrderOfTheirRegistration) {
     TNoPlugin first;
     TNoPlugin second;
-    manager.RegisterPlugin(&second);
-    manager.RegisterPlugin(&first);
-    EXPECT_EQ(manager.GetRegistry().GetPlugins(), (TPlugins{&second, &first}));
+    manager_.RegisterPlugin(&second);
+    manager_.RegisterPlugin(&first);
+    EXPECT_EQ(NVORHOST::GetPluginRegistry().GetPlugins(), (TPlugins{&second, &first}));
 }
 
-TEST(PluginManager, RefusesNoPluginAndOneThatItHas) {
-    TPluginManagerNamespace manager;
+TEST_F(PluginManager, OfTheRootObjectRegistersInTheSameRegistry) {
     TNoPlugin plugin;
-    manager.RegisterPlugin(&plugin);
-    EXPECT_EQ(CodeOf(manager, nullptr), TVORStatusCode::invalidParameter);
-    EXPECT_EQ(CodeOf(manager, &plugin), TVORStatusCode::alreadyExists);
-    EXPECT_EQ(manager.GetRegistry().GetPlugins(), TPlugins{&plugin});
+    boost::dynamic_pointer_cast<TPluginManagerNamespace>(TRootObject::GetPluginManager())
+        ->RegisterPlugin(&plugin);
+    EXPECT_EQ(NVORHOST::GetPluginRegistry().GetPlugins(), TPlugins{&plugin});
+}
+
+TEST_F(PluginManager, RefusesNoPluginAndOneThatItHas) {
+    TNoPlugin plugin;
+    manager_.RegisterPlugin(&plugin);
+    EXPECT_EQ(CodeOf(nullptr), TVORStatusCode::invalidParameter);
+    EXPECT_EQ(CodeOf(&plugin), TVORStatusCode::alreadyExists);
+    EXPECT_EQ(NVORHOST::GetPluginRegistry().GetPlugins(), TPlugins{&plugin});
 }
 
 TEST(PluginRegistry, TakesPluginsOut) {
-    TPluginManagerNamespace manager;
+    NVORHOST::TPluginRegistry registry;
     TNoPlugin first;
     TNoPlugin second;
     TNoPlugin third;
     for (auto* plugin : {&first, &second, &third}) {
-        manager.RegisterPlugin(plugin);
+        registry.Add(plugin);
     }
-    manager.GetRegistry().Remove(&first);
-    manager.GetRegistry().Remove(&first);  // not there any more: no error
-    EXPECT_EQ(manager.GetRegistry().GetPlugins(), (TPlugins{&second, &third}));
-    manager.GetRegistry().Truncate(5);
-    EXPECT_EQ(manager.GetRegistry().GetPlugins(), (TPlugins{&second, &third}));
-    manager.GetRegistry().Truncate(1);
-    EXPECT_EQ(manager.GetRegistry().GetPlugins(), TPlugins{&second});
-}
-
-TEST(PluginRegistry, OfTheHostBelongsToTheRootObjectsManager) {
-    const auto manager =
-        boost::dynamic_pointer_cast<TPluginManagerNamespace>(TRootObject::GetPluginManager());
-    EXPECT_EQ(&NVORHOST::GetPluginRegistry(), &manager->GetRegistry());
+    registry.Remove(&first);
+    registry.Remove(&first);  // not there any more: no error
+    EXPECT_EQ(registry.GetPlugins(), (TPlugins{&second, &third}));
+    registry.Truncate(5);
+    EXPECT_EQ(registry.GetPlugins(), (TPlugins{&second, &third}));
+    registry.Truncate(1);
+    EXPECT_EQ(registry.GetPlugins(), TPlugins{&second});
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// The text form of CIM date-times (DSP0004, 5.2.4), both ways.
+// CIM date-times: their fields, and their text form (DSP0004, 5.2.4) both ways.
 #include "host/cim_date_time.h"
 
 #include <algorithm>
@@ -168,6 +168,36 @@ std::optional<TCIMDateTime> TCIMDateTime::FromText(std::string_view text) {
         return std::nullopt;
     }
     return TCIMDateTime(fields);
+}
+
+TCIMDateTime::~TCIMDateTime() = default;
+
+std::uint16_t TCIMDateTime::GetYear() const {
+    return fields_.year;
+}
+std::uint16_t TCIMDateTime::GetMonth() const {
+    return fields_.month;
+}
+std::uint32_t TCIMDateTime::GetDay() const {
+    return fields_.day;
+}
+std::uint16_t TCIMDateTime::GetHour() const {
+    return fields_.hour;
+}
+std::uint16_t TCIMDateTime::GetMinute() const {
+    return fields_.minute;
+}
+std::uint16_t TCIMDateTime::GetSecond() const {
+    return fields_.second;
+}
+std::uint32_t TCIMDateTime::GetMicrosecond() const {
+    return fields_.microsecond;
+}
+std::int16_t TCIMDateTime::GetUTCOffset() const {
+    return fields_.utcOffset;
+}
+bool TCIMDateTime::IsInterval() const {
+    return fields_.isInterval;
 }
 
 std::string TCIMDateTime::ToString() const {

@@ -9,13 +9,18 @@
 #include <bit>
 #include <charconv>
 #include <limits>
+#include <new>
 #include <string_view>
 #include <utility>
+#include <variant>
 
 namespace NKELVOR20 {
 namespace {
 
 using ECIMType = TCIMValue::TCIMType::ECIMType;
+
+using TVariant = std::variant<std::monostate, bool, char16_t, std::uint64_t, std::int64_t, float, double,
+                              std::string, TCIMDateTime, TCIMValue::TElements>;
 
 struct TTypeName {
     ECIMType code;
@@ -48,8 +53,8 @@ static_assert(RowsFollowCodes());
     throw TVORException(code);
 }
 
-template <typename T, typename TPayload>
-const T& Require(const TPayload& payload) {
+template <typename T>
+const T& Require(const TVariant& payload) {
     const T* held = std::get_if<T>(&payload);
     if (held == nullptr) {
         ThrowStatus(TVORStatusCode::typeMismatch);
@@ -134,33 +139,64 @@ struct TSamePayload {
 
 }  // namespace
 
+TCIMValue::TCIMType::operator ECIMType() const {
+    return code_;
+}
+
 std::string TCIMValue::TCIMType::ToString() const {
     const auto row = static_cast<std::size_t>(code_) - 1;
     return std::string(row < typeNames.size() ? typeNames[row].name : "unknown");
 }
 
-TCIMValue::TCIMValue(TCIMType type, bool isArray, TPayload payload)
-    : type_(type), isArray_(isArray), payload_(std::move(payload)) {}
+struct TCIMValue::TPayload {
+    TVariant held;
+};
 
-TCIMValue::TCIMValue(const char* text) : type_(TCIMType::eString) {
+TCIMValue::TPayload& TCIMValue::GetPayload() {
+    static_assert(sizeof(TPayload) == sizeof(storage_) && alignof(TPayload) <= alignof(TCIMValue));
+    return *std::launder(reinterpret_cast<TPayload*>(storage_));
+}
+const TCIMValue::TPayload& TCIMValue::GetPayload() const {
+    return *std::launder(reinterpret_cast<const TPayload*>(storage_));
+}
+
+TCIMValue::TCIMValue(TCIMType type, bool isArray, TPayload payload) : type_(type), isArray_(isArray) {
+    new (storage_) TPayload(std::move(payload));
+}
+
+TCIMValue::TCIMValue(const char* text) : TCIMValue(TCIMType::eString) {
     if (text != nullptr) {
-        payload_.emplace<std::string>(text);
+        GetPayload().held.emplace<std::string>(text);
     }
 }
-TCIMValue::TCIMValue(const std::string& text) : type_(TCIMType::eString), payload_(text) {}
-TCIMValue::TCIMValue(std::uint8_t value) : type_(TCIMType::eUint8), payload_(std::uint64_t{value}) {}
-TCIMValue::TCIMValue(std::int8_t value) : type_(TCIMType::eSint8), payload_(std::int64_t{value}) {}
-TCIMValue::TCIMValue(std::uint16_t value) : type_(TCIMType::eUint16), payload_(std::uint64_t{value}) {}
-TCIMValue::TCIMValue(std::int16_t value) : type_(TCIMType::eSint16), payload_(std::int64_t{value}) {}
-TCIMValue::TCIMValue(std::uint32_t value) : type_(TCIMType::eUint32), payload_(std::uint64_t{value}) {}
-TCIMValue::TCIMValue(std::int32_t value) : type_(TCIMType::eSint32), payload_(std::int64_t{value}) {}
-TCIMValue::TCIMValue(std::uint64_t value) : type_(TCIMType::eUint64), payload_(value) {}
-TCIMValue::TCIMValue(std::int64_t value) : type_(TCIMType::eSint64), payload_(value) {}
-TCIMValue::TCIMValue(float value) : type_(TCIMType::eReal32), payload_(value) {}
-TCIMValue::TCIMValue(double value) : type_(TCIMType::eReal64), payload_(value) {}
+TCIMValue::TCIMValue(const std::string& text) : TCIMValue(TCIMType::eString) {
+    GetPayload().held.emplace<std::string>(text);
+}
+TCIMValue::TCIMValue(TCIMType type) : TCIMValue(type, /*isArray=*/false, {}) {}
+TCIMValue::TCIMValue(TCIMType::ECIMType type) : TCIMValue(TCIMType(type)) {}
+TCIMValue::TCIMValue(bool value) : TCIMValue(TCIMType::eBoolean, /*isArray=*/false, {value}) {}
+TCIMValue::TCIMValue(char16_t value) : TCIMValue(TCIMType::eChar16, /*isArray=*/false, {value}) {}
+TCIMValue::TCIMValue(std::uint8_t value)
+    : TCIMValue(TCIMType::eUint8, /*isArray=*/false, {std::uint64_t{value}}) {}
+TCIMValue::TCIMValue(std::int8_t value)
+    : TCIMValue(TCIMType::eSint8, /*isArray=*/false, {std::int64_t{value}}) {}
+TCIMValue::TCIMValue(std::uint16_t value)
+    : TCIMValue(TCIMType::eUint16, /*isArray=*/false, {std::uint64_t{value}}) {}
+TCIMValue::TCIMValue(std::int16_t value)
+    : TCIMValue(TCIMType::eSint16, /*isArray=*/false, {std::int64_t{value}}) {}
+TCIMValue::TCIMValue(std::uint32_t value)
+    : TCIMValue(TCIMType::eUint32, /*isArray=*/false, {std::uint64_t{value}}) {}
+TCIMValue::TCIMValue(std::int32_t value)
+    : TCIMValue(TCIMType::eSint32, /*isArray=*/false, {std::int64_t{value}}) {}
+TCIMValue::TCIMValue(std::uint64_t value) : TCIMValue(TCIMType::eUint64, /*isArray=*/false, {value}) {}
+TCIMValue::TCIMValue(std::int64_t value) : TCIMValue(TCIMType::eSint64, /*isArray=*/false, {value}) {}
+TCIMValue::TCIMValue(float value) : TCIMValue(TCIMType::eReal32, /*isArray=*/false, {value}) {}
+TCIMValue::TCIMValue(double value) : TCIMValue(TCIMType::eReal64, /*isArray=*/false, {value}) {}
+TCIMValue::TCIMValue(const TCIMDateTime& value)
+    : TCIMValue(TCIMType::eDateTime, /*isArray=*/false, {value}) {}
 
 TCIMValue TCIMValue::Reference(const std::string& objectPath) {
-    return {TCIMType::eReference, /*isArray=*/false, objectPath};
+    return {TCIMType::eReference, /*isArray=*/false, {objectPath}};
 }
 
 TCIMValue TCIMValue::Array(TCIMType type, TElements elements) {
@@ -170,57 +206,83 @@ TCIMValue TCIMValue::Array(TCIMType type, TElements elements) {
     if (!fits) {
         ThrowStatus(TVORStatusCode::typeMismatch);
     }
-    return {type, /*isArray=*/true, std::move(elements)};
+    return {type, /*isArray=*/true, {std::move(elements)}};
 }
 
 TCIMValue TCIMValue::NullArray(TCIMType type) {
-    return {type, /*isArray=*/true, std::monostate{}};
+    return {type, /*isArray=*/true, {}};
 }
 
 // Assigned rather than copy-constructed: when there is no memory for the copy of a string, the variant of
 // libstdc++ 12 ends its half-made copy as if it held a value.
-TCIMValue::TCIMValue(const TCIMValue& other) : type_(other.type_), isArray_(other.isArray_) {
-    payload_ = other.payload_;
+TCIMValue::TCIMValue(const TCIMValue& other) : TCIMValue(other.type_, other.isArray_, {}) {
+    GetPayload() = other.GetPayload();
 }
-TCIMValue::TCIMValue(TCIMValue&&) noexcept = default;
-TCIMValue& TCIMValue::operator=(const TCIMValue&) = default;
-TCIMValue& TCIMValue::operator=(TCIMValue&&) noexcept = default;
-TCIMValue::~TCIMValue() = default;
+TCIMValue::TCIMValue(TCIMValue&& other) noexcept
+    : TCIMValue(other.type_, other.isArray_, std::move(other.GetPayload())) {}
+// The variant takes care of the assignment to itself.
+TCIMValue& TCIMValue::operator=(
+    const TCIMValue& other) {           // NOLINT(*-unhandled-self-assignment,cert-oop54-cpp)
+    GetPayload() = other.GetPayload();  // first, as it may throw
+    type_ = other.type_;
+    isArray_ = other.isArray_;
+    return *this;
+}
+TCIMValue& TCIMValue::operator=(TCIMValue&& other) noexcept {
+    type_ = other.type_;
+    isArray_ = other.isArray_;
+    GetPayload() = std::move(other.GetPayload());
+    return *this;
+}
+TCIMValue::~TCIMValue() {
+    GetPayload().~TPayload();
+}
+
+TCIMValue::TCIMType TCIMValue::GetType() const {
+    return type_;
+}
+bool TCIMValue::IsNull() const {
+    return std::holds_alternative<std::monostate>(GetPayload().held);
+}
+bool TCIMValue::IsArray() const {
+    return isArray_;
+}
 
 std::string TCIMValue::ToString(unsigned char radix) const {
-    return std::visit(TTextForm{radix}, payload_);
+    return std::visit(TTextForm{radix}, GetPayload().held);
 }
 
 TCIMValue::operator std::string() const {
-    return Require<std::string>(payload_);
+    return Require<std::string>(GetPayload().held);
 }
 TCIMValue::operator TCIMDateTime() const {
-    return Require<TCIMDateTime>(payload_);
+    return Require<TCIMDateTime>(GetPayload().held);
 }
 TCIMValue::operator const TElements&() const {
-    return Require<TElements>(payload_);
+    return Require<TElements>(GetPayload().held);
 }
 
 bool TCIMValue::GetBoolean() const {
-    return Require<bool>(payload_);
+    return Require<bool>(GetPayload().held);
 }
 char16_t TCIMValue::GetChar16() const {
-    return Require<char16_t>(payload_);
+    return Require<char16_t>(GetPayload().held);
 }
 std::uint64_t TCIMValue::GetUnsigned() const {
-    return Require<std::uint64_t>(payload_);
+    return Require<std::uint64_t>(GetPayload().held);
 }
 std::int64_t TCIMValue::GetSigned() const {
-    return Require<std::int64_t>(payload_);
+    return Require<std::int64_t>(GetPayload().held);
 }
 double TCIMValue::GetReal() const {
-    const float* single = std::get_if<float>(&payload_);
-    return single != nullptr ? *single : Require<double>(payload_);
+    const TVariant& payload = GetPayload().held;
+    const float* single = std::get_if<float>(&payload);
+    return single != nullptr ? *single : Require<double>(payload);
 }
 
 bool TCIMValue::operator==(const TCIMValue& other) const {
     return type_ == other.type_ && isArray_ == other.isArray_ &&
-           std::visit(TSamePayload{}, payload_, other.payload_);
+           std::visit(TSamePayload{}, GetPayload().held, other.GetPayload().held);
 }
 
 }  // namespace NKELVOR20

@@ -3,36 +3,31 @@
 
 #include "host/export.h"
 #include "host/plugin_callbacks.h"
-#include "host/root_object.h"
 
 #include <cstddef>
 #include <vector>
 
-namespace NKELVOR20 {
+namespace NVORHOST {
 
 /// The registered plug-in objects in the order of their registration. Holds plain pointers: an object lives
-/// until somebody, who takes it out here first, calls its `PrepareForUnload`.
-class NKELVOR20_API TPluginManagerNamespace::TRegistry {
+/// until its holder, who takes it out here first, calls its `PrepareForUnload`.
+class NKELVOR20_API TPluginRegistry {
   public:
-    const std::vector<IPluginCallbacks*>& GetPlugins() const { return plugins_; }
+    const std::vector<NKELVOR20::IPluginCallbacks*>& GetPlugins() const { return plugins_; }
 
     /// Appends an object. Throws TVORException with `invalidParameter` for null and `alreadyExists` for an
     /// object that is there.
-    void Add(IPluginCallbacks* plugin);
+    void Add(NKELVOR20::IPluginCallbacks* plugin);
     /// Takes an object out; one that is not there is no error.
-    void Remove(IPluginCallbacks* plugin);
+    void Remove(NKELVOR20::IPluginCallbacks* plugin);
     /// Takes out every object behind the first `count`.
     void Truncate(std::size_t count);
 
   private:
-    std::vector<IPluginCallbacks*> plugins_;
+    std::vector<NKELVOR20::IPluginCallbacks*> plugins_;
 };
 
-}  // namespace NKELVOR20
-
-namespace NVORHOST {
-
-/// The registry of the manager that `TRootObject::GetPluginManager` answers.
-NKELVOR20_API NKELVOR20::TPluginManagerNamespace::TRegistry& GetPluginRegistry();
+/// The registry of this process, into which every plug-in manager registers.
+NKELVOR20_API TPluginRegistry& GetPluginRegistry();
 
 }  // namespace NVORHOST

@@ -8,24 +8,17 @@
 #include <algorithm>
 
 namespace NKELVOR20 {
-namespace {
-
-const boost::shared_ptr<TPluginManagerNamespace>& PluginManager() {
-    static const boost::shared_ptr<TPluginManagerNamespace> manager(new TPluginManagerNamespace);
-    return manager;
-}
-
-}  // namespace
 
 ICoreLogger* TRootObject::GetCoreLogger() {
     return &NVORHOST::TCoreLogger::Get();
 }
 
 boost::shared_ptr<ICIMNamespace> TRootObject::GetPluginManager() {
-    return PluginManager();
+    static const boost::shared_ptr<TPluginManagerNamespace> manager(new TPluginManagerNamespace);
+    return manager;
 }
 
-TPluginManagerNamespace::TPluginManagerNamespace() : registry_(std::make_unique<TRegistry>()) {}
+TPluginManagerNamespace::TPluginManagerNamespace() = default;
 TPluginManagerNamespace::~TPluginManagerNamespace() = default;
 
 boost::shared_ptr<ICIMClass> TPluginManagerNamespace::GetClass(const std::string& /*className*/,
@@ -34,14 +27,18 @@ boost::shared_ptr<ICIMClass> TPluginManagerNamespace::GetClass(const std::string
 }
 
 void TPluginManagerNamespace::RegisterPlugin(IPluginCallbacks* plugin) {
-    registry_->Add(plugin);
+    NVORHOST::GetPluginRegistry().Add(plugin);
 }
 
-TPluginManagerNamespace::TRegistry& TPluginManagerNamespace::GetRegistry() {
-    return *registry_;
-}
+}  // namespace NKELVOR20
 
-void TPluginManagerNamespace::TRegistry::Add(IPluginCallbacks* plugin) {
+namespace NVORHOST {
+
+using NKELVOR20::IPluginCallbacks;
+using NKELVOR20::TVORException;
+using NKELVOR20::TVORStatusCode;
+
+void TPluginRegistry::Add(IPluginCallbacks* plugin) {
     if (plugin == nullptr) {
         throw TVORException(TVORStatusCode::invalidParameter);
     }
@@ -51,20 +48,17 @@ void TPluginManagerNamespace::TRegistry::Add(IPluginCallbacks* plugin) {
     plugins_.push_back(plugin);
 }
 
-void TPluginManagerNamespace::TRegistry::Remove(IPluginCallbacks* plugin) {
+void TPluginRegistry::Remove(IPluginCallbacks* plugin) {
     std::erase(plugins_, plugin);
 }
 
-void TPluginManagerNamespace::TRegistry::Truncate(std::size_t count) {
+void TPluginRegistry::Truncate(std::size_t count) {
     plugins_.resize(std::min(count, plugins_.size()));
 }
 
-}  // namespace NKELVOR20
-
-namespace NVORHOST {
-
-NKELVOR20::TPluginManagerNamespace::TRegistry& GetPluginRegistry() {
-    return NKELVOR20::PluginManager()->GetRegistry();
+TPluginRegistry& GetPluginRegistry() {
+    static TPluginRegistry registry;
+    return registry;
 }
 
 }  // namespace NVORHOST

@@ -1,0 +1,13 @@
+// Boost's shared pointer as the contract has it: access through a null pointer calls the host's
+// `boost::assertion_failed`. Every header that hands out shared pointers includes this one.
+#pragma once
+
+// Boost checks the access only when the macro is defined before its headers are read, in every unit of the
+// program alike; a unit without it would run into the null pointer. The macro is not defined here, because a
+// unit may have read boost's headers already.
+#if !defined(BOOST_ENABLE_ASSERT_HANDLER) || defined(BOOST_DISABLE_ASSERTS)
+#error \
+    "Compile with -DBOOST_ENABLE_ASSERT_HANDLER and without BOOST_DISABLE_ASSERTS: the host checks null pointers."
+#endif
+
+#include <boost/shared_ptr.hpp>  // IWYU pragma: export
