@@ -6,6 +6,7 @@
 #include <iterator>
 #include <limits>
 #include <new>
+#include <utility>
 
 namespace {
 
@@ -25,8 +26,11 @@ constexpr mode_row modeRows[] = {
 
 constexpr std::size_t modeTextSize = 6;
 
-// zlib counts in unsigned but answers in int, and refuses what the answer could not hold.
-constexpr std::streamsize zlibMaxTransfer = std::numeric_limits<int>::max();
+// The size of a transfer in zlib's type. A size that the type cannot hold becomes the largest one: zlib
+// refuses every size above INT_MAX, which its answer could not report.
+unsigned transfer_size(std::streamsize size) {
+    return std::in_range<unsigned>(size) ? static_cast<unsigned>(size) : std::numeric_limits<unsigned>::max();
+}
 
 }  // namespace
 
@@ -43,29 +47,33 @@ gzfilebuf::~gzfilebuf() {
 }
 
 gzfilebuf* gzfilebuf::open(const char* name, std::ios_base::openmode mode) {
-    char modeText[modeTextSize] = {};
-    if (is_open() || !open_mode(mode, modeText)) {
-        return nullptr;
-    }
-    return adopt(gzopen(name, modeText), mode, /*own_fd=*/true);
+    return open_with([name](const char* modeText) { return gzopen(name, modeText); }, mode, /*own_fd=*/true);
 }
 
 gzfilebuf* gzfilebuf::attach(int fd, std::ios_base::openmode mode) {
+    return open_with([fd](const char* modeText) { return gzdopen(fd, modeText); }, mode, /*own_fd=*/false);
+}
+
+template <typename TOpen>
+gzfilebuf* gzfilebuf::open_with(TOpen open_file, std::ios_base::openmode mode, bool own_fd) {
     char modeText[modeTextSize] = {};
     if (is_open() || !open_mode(mode, modeText)) {
         return nullptr;
     }
-    return adopt(gzdopen(fd, modeText), mode, /*own_fd=*/false);
-}
-
-gzfilebuf* gzfilebuf::adopt(gzFile opened, std::ios_base::openmode mode, bool own_fd) {
+    // Memory comes first: zlib cannot give a file back without closing it, and writes to it when it does.
+    const bool is_new_buffer = own_buffer_ && buffer_ == nullptr;
+    if (is_new_buffer) {
+        enable_buffer();
+    }
+    gzFile const opened = buffer_ == nullptr ? nullptr : open_file(modeText);
     if (opened == nullptr) {
+        if (is_new_buffer) {
+            disable_buffer();
+        }
         return nullptr;
     }
-    enable_buffer();
-    if (buffer_ == nullptr) {
-        (void)gzclose(opened);  // Nothing was written; the missing memory is the failure that counts.
-        return nullptr;
+    if (!is_new_buffer) {
+        enable_buffer();
     }
     file_ = opened;
     io_mode_ = mode;
@@ -79,8 +87,8 @@ gzfilebuf* gzfilebuf::close() {
     }
     // In destruction this is the class's own sync, as it shall be.
     const bool flushed = sync() != -1;  // NOLINT(clang-analyzer-optin.cplusplus.VirtualCall)
-    const bool closed = gzclose(file_) >= 0;
-    file_ = nullptr;
+    // Forgotten before zlib frees it: a thread that is cancelled in there unwinds into the destructor.
+    const bool closed = gzclose(std::exchange(file_, nullptr)) >= 0;
     own_fd_ = false;
     disable_buffer();
     return flushed && closed ? this : nullptr;
@@ -113,10 +121,11 @@ void gzfilebuf::enable_buffer() {
         return;
     }
     const bool buffered = buffer_size_ > 0;
-    if (!buffered) {
-        buffer_size_ = 1;
+    const std::streamsize size = buffered ? buffer_size_ : 1;
+    buffer_ = new (std::nothrow) char[static_cast<std::size_t>(size)];
+    if (buffer_ != nullptr) {
+        buffer_size_ = size;
     }
-    buffer_ = new (std::nothrow) char[static_cast<std::size_t>(buffer_size_)];
     empty_get_area();
     if (buffered) {
         empty_put_area();
@@ -166,7 +175,10 @@ int gzfilebuf::sync() {
 }
 
 std::streamsize gzfilebuf::showmanyc() {
-    return is_open_for(std::ios_base::in) ? egptr() - gptr() : -1;
+    if (!is_open_for(std::ios_base::in)) {
+        return -1;
+    }
+    return gptr() != nullptr && gptr() < egptr() ? egptr() - gptr() : 0;
 }
 
 gzfilebuf::int_type gzfilebuf::underflow() {
@@ -177,9 +189,7 @@ gzfilebuf::int_type gzfilebuf::underflow() {
     if (!is_open_for(std::ios_base::in) || buffer_ == nullptr) {
         return traits_type::eof();
     }
-    // A negative size, which setbuf does not refuse, asks zlib for nothing.
-    const auto wanted = std::clamp<std::streamsize>(buffer_size_, 0, zlibMaxTransfer);
-    const int got = gzread(file_, buffer_, static_cast<unsigned>(wanted));
+    const int got = gzread(file_, buffer_, transfer_size(buffer_size_));
     if (got <= 0) {
         empty_get_area();
         return traits_type::eof();
@@ -227,16 +237,5 @@ bool gzfilebuf::is_put_pointer_valid() const {
 }
 
 bool gzfilebuf::write(const char* s, std::streamsize n) {
-    if (!is_open_for(std::ios_base::out)) {
-        return false;
-    }
-    while (n > 0) {
-        const auto part = std::min(n, zlibMaxTransfer);
-        if (gzwrite(file_, s, static_cast<unsigned>(part)) != part) {
-            return false;
-        }
-        s += part;
-        n -= part;
-    }
-    return true;
+    return is_open_for(std::ios_base::out) && gzwrite(file_, s, transfer_size(n)) == n;
 }

@@ -28,8 +28,8 @@ class gzfilebuf : public std::streambuf {
     /// `open_mode`, or the file cannot be opened; the buffer is then as it was.
     gzfilebuf* open(const char* name, std::ios_base::openmode mode);
 
-    /// As `open`, on a descriptor, which `close` closes and the destructor does not. Failure leaves it open,
-    /// unless it was memory for the buffer that lacked.
+    /// Opens the descriptor `fd` the way `open` opens a file. `close` closes the descriptor, the destructor
+    /// does not. Failure leaves it open and writes nothing to it.
     gzfilebuf* attach(int fd, std::ios_base::openmode mode);
 
     /// Flushes, completes and closes the file. Returns null when none was open or a step failed, but nothing
@@ -62,20 +62,23 @@ class gzfilebuf : public std::streambuf {
     /// Hands what is pending to zlib, which may still hold it back; 0, or -1 on failure.
     int sync() override;
 
-    /// Characters left in the get area, not in the file; -1 when the file is not open for reading.
+    /// Characters left in the get area, never negative and not counting the file; -1 when no file is open for
+    /// reading.
     std::streamsize showmanyc() override;
 
-    /// Damage reads as the end of the file.
+    /// Asks zlib once for the size of the buffer. Damage, and a size that zlib refuses (above INT_MAX), read
+    /// as the end of the file.
     int_type underflow() override;
 
-    /// Characters that cannot be written stay in the put area.
+    /// Hands all that is pending to zlib at once. Characters that cannot be written stay in the put area.
     int_type overflow(int_type c = traits_type::eof()) override;
 
     /// As the base's; takes nothing once a failed `overflow` has filled the put area beyond its end.
     std::streamsize xsputn(const char* s, std::streamsize n) override;
 
   private:
-    gzfilebuf* adopt(gzFile opened, std::ios_base::openmode mode, bool own_fd);
+    template <typename TOpen>
+    gzfilebuf* open_with(TOpen open_file, std::ios_base::openmode mode, bool own_fd);
     bool is_open_for(std::ios_base::openmode direction) const;
     bool is_put_pointer_valid() const;
     bool write(const char* s, std::streamsize n);

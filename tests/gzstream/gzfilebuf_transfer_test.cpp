@@ -223,7 +223,21 @@ class TReservedMemory {
 
 constexpr std::size_t fiveGiB = std::size_t{5} << 30;
 
-TEST_F(GzFileBufTransfer, MoreThanZlibTakesAtOnceIsWrittenInParts) {
+TEST_F(GzFileBufTransfer, WhatIsPendingIsHandedToZlibInOneWriteThatZlibMayRefuse) {
+    const TReservedMemory memory(fiveGiB);
+    if (!memory.IsThere()) {
+        GTEST_SKIP() << "no 5 GiB of address space";
+    }
+    ASSERT_NE(buffer_.open(Path().c_str(), out), nullptr);
+    ASSERT_EQ(buffer_.setbuf(memory.Start(), memory.Size()), &buffer_);
+    buffer_.pbump(INT_MAX);
+    buffer_.pbump(1);
+    EXPECT_EQ(buffer_.sync(), -1);
+    EXPECT_THAT(ZlibCalls().writeSizes, ElementsAre(2147483648U));
+    EXPECT_EQ(buffer_.pptr() - buffer_.pbase(), 2147483648) << "the characters stay in the put area";
+}
+
+TEST_F(GzFileBufTransfer, MorePendingThanZlibCanCountIsRefusedAsAWhole) {
     const TReservedMemory memory(fiveGiB);
     if (!memory.IsThere()) {
         GTEST_SKIP() << "no 5 GiB of address space";
@@ -232,23 +246,37 @@ TEST_F(GzFileBufTransfer, MoreThanZlibTakesAtOnceIsWrittenInParts) {
     ASSERT_EQ(buffer_.setbuf(memory.Start(), memory.Size()), &buffer_);
     buffer_.pbump(INT_MAX);
     buffer_.pbump(INT_MAX);
-    buffer_.pbump(5);
-    ZlibCalls().pretendWrites = true;
-    EXPECT_EQ(buffer_.sync(), 0);
-    EXPECT_THAT(ZlibCalls().writeSizes, ElementsAre(2147483647U, 2147483647U, 5U));
-    const char* const start = memory.Start();
-    EXPECT_THAT(ZlibCalls().writeSources, ElementsAre(start, start + 2147483647, start + 4294967294));
-    EXPECT_EQ(buffer_.Pending(), "");
+    buffer_.pbump(7);  // 5 modulo 2^32
+    EXPECT_EQ(buffer_.sync(), -1);
+    EXPECT_THAT(ZlibCalls().writeSizes, ElementsAre(4294967295U));
+    EXPECT_EQ(buffer_.pptr() - buffer_.pbase(), 4294967301) << "the characters stay in the put area";
 }
 
-TEST_F(GzFileBufTransfer, ABufferLargerThanZlibFillsIsReadInto) {
+TEST_F(GzFileBufTransfer, ZlibIsAskedForTheWholeBufferAndItsRefusalReadsAsEndOfFile) {
+    const TReservedMemory memory(fiveGiB);
+    if (!memory.IsThere()) {
+        GTEST_SKIP() << "no 5 GiB of address space";
+    }
+    for (const std::streamsize size : {std::streamsize{2147483648}, memory.Size(), std::streamsize{-5}}) {
+        ZlibCalls() = {};
+        Zip(Path(), "text");
+        TOpenedBuffer buffer;
+        ASSERT_NE(buffer.open(Path().c_str(), in), nullptr);
+        ASSERT_EQ(buffer.setbuf(memory.Start(), size), &buffer);
+        EXPECT_EQ(buffer.sgetc(), endOfFile);
+        EXPECT_EQ(buffer.showmanyc(), 0);
+        EXPECT_THAT(ZlibCalls().readSizes, ElementsAre(size == 2147483648 ? 2147483648U : 4294967295U));
+    }
+}
+
+TEST_F(GzFileBufTransfer, TheLargestBufferThatZlibFillsIsFilledByOneRead) {
     const TReservedMemory memory(fiveGiB);
     if (!memory.IsThere()) {
         GTEST_SKIP() << "no 5 GiB of address space";
     }
     Zip(Path(), "text");
     ASSERT_NE(buffer_.open(Path().c_str(), in), nullptr);
-    ASSERT_EQ(buffer_.setbuf(memory.Start(), memory.Size()), &buffer_);
+    ASSERT_EQ(buffer_.setbuf(memory.Start(), INT_MAX), &buffer_);
     EXPECT_EQ(buffer_.sgetc(), 't');
     EXPECT_EQ(buffer_.in_avail(), 4);
     EXPECT_THAT(ZlibCalls().readSizes, ElementsAre(2147483647U));
@@ -377,6 +405,14 @@ TEST_F(GzFileBufTransfer, ShowmanycTellsWhatIsLeftInTheGetAreaOnly) {
     EXPECT_EQ(buffer_.showmanyc(), 2);
     EXPECT_EQ(buffer_.sbumpc(), 'b');
     EXPECT_EQ(buffer_.sbumpc(), 'c');
+    EXPECT_EQ(buffer_.showmanyc(), 0);
+}
+
+TEST_F(GzFileBufTransfer, ShowmanycIsZeroWhenTheGetPointerIsBeyondTheGetEnd) {
+    Zip(Path(), "abc");
+    ASSERT_NE(buffer_.open(Path().c_str(), in), nullptr);
+    EXPECT_EQ(buffer_.sgetc(), 'a');
+    buffer_.gbump(5);
     EXPECT_EQ(buffer_.showmanyc(), 0);
 }
 

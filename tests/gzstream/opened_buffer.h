@@ -14,6 +14,7 @@ class TOpenedBuffer : public gzfilebuf {
     using gzfilebuf::egptr;
     using gzfilebuf::enable_buffer;
     using gzfilebuf::epptr;
+    using gzfilebuf::gbump;
     using gzfilebuf::gptr;
     using gzfilebuf::overflow;
     using gzfilebuf::pbase;
