@@ -4,6 +4,8 @@
 #include "host/plugin_callbacks.h"
 #include "writer/resource_lists.h"
 
+#include <cxxabi.h>
+
 using NKELVOR20::logicalDevice;
 using NKELVOR20::noxSystemInfo;
 using NKELVOR20::physicalElement;
@@ -58,7 +60,7 @@ bool TNOXXMLWriterImpl::WriteResourceCollectionContext(std::string contextName, 
     } else if (contextName == "SystemInfo") {
         WriteLine(R"(<ResourceInstance resourceName="NOXSystemInfo_ContextName")"
                   R"( resourceId="NOXSystemInfo_Context_ID_1" resourceType="NOXSystemInfo_Type">)");
-        WriteTextProperty(R"(<Property name="NOXSystemInfo_Name" type=")", "SystemInfo");
+        WriteTextProperty(R"(<Property name="NOXSystemInfo_Name" type=")", [] { return "SystemInfo"; });
         WriteLine("</ResourceInstance>");
     }
     WriteLine("</ResourceCollectionContext>");
@@ -87,32 +89,25 @@ void TNOXXMLWriterImpl::WriteDocumentStart(std::string_view timestampAttribute) 
     WriteLine(R"(<ResourceCollection xmlns=")", namespaceUri, R"(")", timestampAttribute, timestamp, R"(">)");
 }
 
+// What `out_.write` and `out_.flush` do, with one sentry for both: there is a line for every tag.
 void TNOXXMLWriterImpl::FinishLine(const char* end) {
-    // What out_.write and out_.flush do. There is a line for every tag, so the sentry is asked once instead
-    // of twice, and not at all where it could only say yes.
-    const std::string_view line(line_.data(), static_cast<std::size_t>(end - line_.data()));
-    const std::ios& state = out_;
-    if (state.good() && state.tie() == nullptr && (state.flags() & std::ios_base::unitbuf) == 0) {
-        WriteAndSync(line);
-    } else {
-        WriteAndSyncWhenFit(line);
+    const std::ostream::sentry isFit(out_);
+    if (!isFit) {
+        return;
     }
-}
-
-void TNOXXMLWriterImpl::WriteAndSyncWhenFit(std::string_view line) {
-    if (const std::ostream::sentry isFit(out_); isFit) {
-        WriteAndSync(line);
-    }
-}
-
-inline void TNOXXMLWriterImpl::WriteAndSync(std::string_view line) {
-    const auto size = static_cast<std::streamsize>(line.size());
+    const std::streamsize size = end - line_.data();
     std::streambuf& buffer = *out_.rdbuf();
     bool isWritten = false;
     try {
-        isWritten = buffer.sputn(line.data(), size) == size && buffer.pubsync() != -1;
+        isWritten = buffer.sputn(line_.data(), size) == size && buffer.pubsync() != -1;
+    } catch (const abi::__forced_unwind&) {
+        MarkBad();
+        throw;  // A cancelled thread has to unwind to its end.
     } catch (...) {
-        MarkBadOrRethrow();
+        MarkBad();
+        if ((out_.exceptions() & std::ios_base::badbit) != 0) {
+            throw;
+        }
         return;
     }
     if (!isWritten) {
@@ -120,17 +115,11 @@ inline void TNOXXMLWriterImpl::WriteAndSync(std::string_view line) {
     }
 }
 
-// In the handler of what the stream's buffer threw. As with the stream's own operations: the exception comes
-// out only of a stream that asks for it.
-void TNOXXMLWriterImpl::MarkBadOrRethrow() {
-    const bool isAskedFor = (out_.exceptions() & std::ios_base::badbit) != 0;
+void TNOXXMLWriterImpl::MarkBad() {
     try {
         out_.setstate(std::ios_base::badbit);
     } catch (const std::ios_base::failure&) {  // NOLINT(bugprone-empty-catch)
         // Says less than the exception that is on its way.
-    }
-    if (isAskedFor) {
-        throw;
     }
 }
 

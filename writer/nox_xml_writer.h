@@ -22,6 +22,7 @@
 #include <vector>
 
 enum class EPropertyForm : unsigned char;
+enum class EValueOrigin;
 struct TResourceClass;
 
 /// Writes one document onto one stream; made, used for a single entry point and dropped.
@@ -148,11 +149,14 @@ class TNOXXMLWriterImpl {
         std::string startTag;  // up to the type
         std::string sourceName;
         EPropertyForm form;
-        bool isResourceId;  // the source is the identifier of each instance instead
+    };
+    struct TBoundRow {
+        TBoundProperty property;
+        EValueOrigin origin;  // of the source name
     };
     struct TBoundClass {
         std::string keyProperty;
-        std::vector<TBoundProperty> properties;
+        std::vector<TBoundRow> properties;
     };
 
     void WriteDocumentStart(std::string_view timestampAttribute);
@@ -163,8 +167,14 @@ class TNOXXMLWriterImpl {
     void WriteSpecialForm(const TBoundProperty& bound, std::string_view sourceName);
     void WriteValueLines(EPropertyForm form, NKELVOR20::ICIMProperty& property,
                          NKELVOR20::TCIMValue::TCIMType type, const NKELVOR20::TCIMValue& value);
-    /// A whole string property whose value is not escaped.
-    void WriteTextProperty(std::string_view startTag, std::string_view text);
+    /// A whole string property whose value is not escaped. `getText` is called after the opening line is
+    /// written.
+    template <typename TGetText>
+    void WriteTextProperty(std::string_view startTag, TGetText getText) {
+        WriteLine(startTag, R"(string">)");
+        WriteLine("<Value>", getText(), "</Value>");
+        WriteLine("</Property>");
+    }
     /// A line of one value between the tags of TTags.
     template <typename TTags>
     void WriteEscapedLine(std::string_view text);
@@ -184,14 +194,12 @@ class TNOXXMLWriterImpl {
         return line_.data();
     }
     void FinishLine(const char* end);
-    void WriteAndSyncWhenFit(std::string_view line);
-    void WriteAndSync(std::string_view line);
-    void MarkBadOrRethrow();
+    void MarkBad();
     /// Writes the text at once, without ending the line.
     void WritePiece(std::string_view text);
 
     static TBoundProperty BindProperty(std::string_view outputName, std::string sourceName);
-    static TBoundClass BindClass(const TResourceClass& resourceClass, const std::string& resourceType);
+    static TBoundClass BindClass(const TResourceClass& resourceClass);
     static std::vector<TInstancePtr> ListInstances(NKELVOR20::ICIMClass& cimClass);
     static std::string MakeResourceID(const std::string& resourceType, const TInstancePtr& instance,
                                       const std::string& keyProperty1, const std::string& keyProperty2);

@@ -66,88 +66,49 @@ std::string_view XmlType(std::string_view cimType) {
     return row == std::end(typeRows) ? "string" : row->xmlType;
 }
 
-/// The same by type code; the host is asked for the name of each code once.
-std::string_view XmlType(TCIMValue::TCIMType type) {
-    constexpr int firstCode = TCIMValue::TCIMType::eBoolean;
-    constexpr int lastCode = TCIMValue::TCIMType::eReference;
-    static const std::array<std::string_view, lastCode + 1> byCode = [] {
-        std::array<std::string_view, lastCode + 1> table;
-        for (int code = firstCode; code <= lastCode; ++code) {
-            table[static_cast<std::size_t>(code)] =
-                XmlType(TCIMValue::TCIMType(static_cast<ECIMType>(code)).ToString());
-        }
-        return table;
-    }();
-    const int code = static_cast<ECIMType>(type);
-    return code >= firstCode && code <= lastCode ? byCode[static_cast<std::size_t>(code)]
-                                                 : XmlType(type.ToString());
+/// What is written for the bytes that are markup or line ends; other bytes outside 0x20 to 0x7F become
+/// blanks.
+struct TReplacement {
+    char byte;
+    std::string_view text;
+};
+
+constexpr TReplacement replacements[] = {
+    {'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'\r', ""}, {'\n', ""},
+};
+
+constexpr std::string_view ReplacementOf(char c) {
+    const auto* const row = std::ranges::find(replacements, c, &TReplacement::byte);
+    return row == std::end(replacements) ? " " : row->text;
 }
 
-/// What becomes of a byte of character data.
-enum ETreatment : unsigned char { keep, drop, blank, ampersand, lessThan, greaterThan };
-
-/// What is written for each treatment but `keep`.
-constexpr std::string_view replacements[] = {{}, {}, " ", "&amp;", "&lt;", "&gt;"};
-
-constexpr std::size_t WrittenSize(ETreatment treatment) {
-    return treatment == keep ? 1 : replacements[treatment].size();
-}
-
-constexpr std::array<ETreatment, 256> treatments = [] {
-    std::array<ETreatment, 256> table{};
+/// Whether a byte is replaced, for every byte.
+constexpr std::array<bool, 256> isReplaced = [] {
+    std::array<bool, 256> table{};
     for (std::size_t byte = 0; byte < table.size(); ++byte) {
-        table[byte] = byte >= 0x20 && byte <= 0x7F ? keep : blank;
+        table[byte] = byte < 0x20 || byte > 0x7F;
     }
-    table['\r'] = drop;
-    table['\n'] = drop;
-    table['&'] = ampersand;
-    table['<'] = lessThan;
-    table['>'] = greaterThan;
+    for (const TReplacement& row : replacements) {
+        table[static_cast<unsigned char>(row.byte)] = true;
+    }
     return table;
 }();
 
-ETreatment TreatmentOf(char c) {
-    return treatments[static_cast<unsigned char>(c)];
+bool IsReplaced(char c) {
+    return isReplaced[static_cast<unsigned char>(c)];
 }
 
-/// The same as a calculation, so that the compiler can make it for many bytes at once.
-constexpr bool IsChanged(char c) {
-    const auto byte = static_cast<unsigned char>(c);
-    return (byte < 0x20) | (byte > 0x7F) | (byte == '&') | (byte == '<') | (byte == '>');
-}
-static_assert([] {
-    for (std::size_t byte = 0; byte < treatments.size(); ++byte) {
-        if (IsChanged(static_cast<char>(byte)) != (treatments[byte] != keep)) {
-            return false;
-        }
-    }
-    return true;
-}());
+/// No replacement is longer.
+constexpr std::size_t maxEscapedSize =
+    std::ranges::max(replacements, {}, [](const TReplacement& row) { return row.text.size(); }).text.size();
 
-/// Most texts are; looking at every byte is faster than stopping at the first that is changed.
-bool IsWrittenAsItIs(std::string_view text) {
-    unsigned char isChanged = 0;
-    for (const char c : text) {
-        isChanged |= static_cast<unsigned char>(IsChanged(c));
-    }
-    return isChanged == 0;
-}
-
-std::size_t EscapedSize(std::string_view text) {
-    std::size_t size = 0;
-    for (const char c : text) {
-        size += WrittenSize(TreatmentOf(c));
-    }
-    return size;
-}
-
-/// Writes the escaped text, which has EscapedSize bytes, and returns its end.
+/// Writes the escaped text, of up to `maxEscapedSize` characters for each byte, and returns its end.
 char* Escape(std::string_view text, char* to) {
     for (const char c : text) {
-        if (const ETreatment treatment = TreatmentOf(c); treatment == keep) {
-            *to++ = c;
+        if (IsReplaced(c)) {
+            to += ReplacementOf(c).copy(to, std::string_view::npos);
         } else {
-            to += replacements[treatment].copy(to, std::string_view::npos);
+            *to++ = c;
         }
     }
     return to;
@@ -197,7 +158,7 @@ TNOXXMLWriterImpl::TBoundProperty TNOXXMLWriterImpl::BindProperty(std::string_vi
     std::string startTag = R"(<Property name=")";
     startTag.append(outputName).append(R"(" type=")");
     const EPropertyForm form = FormOf(outputName, sourceName);
-    return {std::move(startTag), std::move(sourceName), form, /*isResourceId=*/false};
+    return {std::move(startTag), std::move(sourceName), form};
 }
 
 bool TNOXXMLWriterImpl::WriteProperty(const TBoundProperty& bound, const std::string& sourceName,
@@ -215,7 +176,7 @@ bool TNOXXMLWriterImpl::WriteProperty(const TBoundProperty& bound, const std::st
         return true;
     }
     const TCIMValue::TCIMType type = property->GetType({});
-    WriteLine(bound.startTag, XmlType(type), R"(">)");
+    WriteLine(bound.startTag, XmlType(type.ToString()), R"(">)");
     WriteValueLines(bound.form, *property, type, value);
     WriteLine("</Property>");
     return true;
@@ -223,16 +184,10 @@ bool TNOXXMLWriterImpl::WriteProperty(const TBoundProperty& bound, const std::st
 
 void TNOXXMLWriterImpl::WriteSpecialForm(const TBoundProperty& bound, std::string_view sourceName) {
     if (bound.form == EPropertyForm::sourceName) {
-        WriteTextProperty(bound.startTag, sourceName);
+        WriteTextProperty(bound.startTag, [sourceName] { return sourceName; });
     } else if (bound.form == EPropertyForm::operatingSystemName) {
-        WriteTextProperty(bound.startTag, TOSSpecific::GetOperatingSystemName());
+        WriteTextProperty(bound.startTag, &TOSSpecific::GetOperatingSystemName);
     }
-}
-
-void TNOXXMLWriterImpl::WriteTextProperty(std::string_view startTag, std::string_view text) {
-    WriteLine(startTag, R"(string">)");
-    WriteLine("<Value>", text, "</Value>");
-    WriteLine("</Property>");
 }
 
 void TNOXXMLWriterImpl::WriteValueLines(EPropertyForm form, ICIMProperty& property, TCIMValue::TCIMType type,
@@ -269,11 +224,11 @@ void TNOXXMLWriterImpl::WriteValue(const TCIMValue& value) {
 
 template <typename TTags>
 void TNOXXMLWriterImpl::WriteEscapedLine(std::string_view text) {
-    if (IsWrittenAsItIs(text)) {
+    if (std::ranges::none_of(text, IsReplaced)) {
         WriteLine(TTags::start, text, TTags::end);
         return;
     }
-    char* to = MakeLineRoom(TTags::start.size() + EscapedSize(text) + TTags::end.size() + 1);
+    char* to = MakeLineRoom(TTags::start.size() + maxEscapedSize * text.size() + TTags::end.size() + 1);
     to += TTags::start.copy(to, std::string_view::npos);
     to = Escape(text, to);
     to += TTags::end.copy(to, std::string_view::npos);
@@ -282,8 +237,8 @@ void TNOXXMLWriterImpl::WriteEscapedLine(std::string_view text) {
 }
 
 std::string TNOXXMLWriterImpl::QuoteString(std::string text) {
-    std::string escaped(EscapedSize(text), '\0');
-    Escape(text, escaped.data());
+    std::string escaped(maxEscapedSize * text.size(), '\0');
+    escaped.resize(static_cast<std::size_t>(Escape(text, escaped.data()) - escaped.data()));
     return escaped;
 }
 

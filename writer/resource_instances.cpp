@@ -45,20 +45,16 @@ void TNOXXMLWriterImpl::WriteResourceInstance(std::string className, std::string
     if (resourceClass == nullptr) {
         return;
     }
-    const TBoundClass boundClass = BindClass(*resourceClass, resourceType);
+    const TBoundClass boundClass = BindClass(*resourceClass);
     for (const TInstancePtr& instance : instances) {
         WriteInstance(boundClass, resourceType, instance);
     }
 }
 
-TNOXXMLWriterImpl::TBoundClass TNOXXMLWriterImpl::BindClass(const TResourceClass& resourceClass,
-                                                            const std::string& resourceType) {
+TNOXXMLWriterImpl::TBoundClass TNOXXMLWriterImpl::BindClass(const TResourceClass& resourceClass) {
     TBoundClass bound{std::string(resourceClass.keyProperty), {}};
     const auto bind = [&](const TPropertyRow& row) {
-        const bool isResourceType = row.origin == EValueOrigin::resourceType;
-        bound.properties.push_back(
-            BindProperty(row.outputName, isResourceType ? resourceType : std::string(row.sourceName)));
-        bound.properties.back().isResourceId = row.origin == EValueOrigin::resourceId;
+        bound.properties.push_back({BindProperty(row.outputName, std::string(row.sourceName)), row.origin});
     };
     std::ranges::for_each(resourceClass.head, bind);
     std::ranges::for_each(resourceClass.properties, bind);
@@ -71,8 +67,11 @@ void TNOXXMLWriterImpl::WriteInstance(const TBoundClass& boundClass, const std::
     WritePiece(R"(<ResourceInstance resourceId=")");
     const std::string resourceId = MakeResourceID(resourceType, instance, boundClass.keyProperty, {});
     WriteLine(resourceId, R"(" resourceType=")", resourceType, R"(">)");
-    for (const TBoundProperty& property : boundClass.properties) {
-        WriteProperty(property, property.isResourceId ? resourceId : property.sourceName, instance);
+    for (const auto& [property, origin] : boundClass.properties) {
+        const std::string& sourceName = origin == EValueOrigin::resourceType ? resourceType
+                                        : origin == EValueOrigin::resourceId ? resourceId
+                                                                             : property.sourceName;
+        WriteProperty(property, sourceName, instance);
     }
     WriteLine("</ResourceInstance>");
 }
