@@ -6,8 +6,7 @@
 // program alike; a unit without it would run into the null pointer. The macro is not defined here, because a
 // unit may have read boost's headers already.
 #if !defined(BOOST_ENABLE_ASSERT_HANDLER) || defined(BOOST_DISABLE_ASSERTS)
-#error \
-    "Compile with -DBOOST_ENABLE_ASSERT_HANDLER and without BOOST_DISABLE_ASSERTS: the host checks null pointers."
+#error "host/ needs -DBOOST_ENABLE_ASSERT_HANDLER and no BOOST_DISABLE_ASSERTS: null pointers are checked"
 #endif
 
 #include <boost/shared_ptr.hpp>  // IWYU pragma: export
