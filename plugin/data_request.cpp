@@ -4,21 +4,18 @@
 #include "host/root_object.h"
 #include "host/schema_helper.h"
 #include "host/vor_exception.h"
-#include "plugin/base64_length.h"
+#include "plugin/document_buffer.h"
+#include "plugin/encoded_bytes.h"
 #include "plugin/noxinfo_plugin_callbacks.h"
 #include "writer/nox_xml_writer.h"
 
-#include <sys/mman.h>
-#include <unistd.h>
+#include <cxxabi.h>
 
-#include <cstddef>
 #include <fstream>
 #include <memory>
-#include <new>
 #include <optional>
 #include <sstream>
 #include <string_view>
-#include <utility>
 
 using NKELVOR20::ICIMClass;
 using NKELVOR20::ICIMInstance;
@@ -37,15 +34,10 @@ namespace {
 constexpr char systemFileName[] = "systeminformation.xml.gz";
 constexpr char hardwareFileName[] = "hardwareinventory.xml.gz";
 
-// Room for the documents of some tens of thousands of resources. It is address space until text fills it;
-// text that has to grow is copied, and its memory touched anew, at every doubling.
-constexpr std::size_t documentRoom = std::size_t{64} << 20;
-
 constexpr char identityVariable[] = "ZETKELID";
 constexpr char resultClassName[] = "KELSG_CADAT";
 
 constexpr int hardFailureLevel = 0;
-constexpr int warningLevel = 3;
 
 using TWriteDocument = bool (TNOXXMLWriterImpl::*)(boost::shared_ptr<ICIMNamespace>);
 
@@ -59,6 +51,8 @@ struct TResult {
 std::optional<std::string> ReadMachineType(const boost::shared_ptr<ICIMNamespace>& collected) {
     try {
         return TCIMSchemaHelper::GetMachineType(collected);
+    } catch (const abi::__forced_unwind&) {
+        throw;  // A cancelled thread has to unwind to its end.
     } catch (...) {
         // Documents that name no machine are of no use to anybody, so the request ends here.
         TRootObject::GetCoreLogger()->Log(hardFailureLevel,
@@ -70,6 +64,8 @@ std::optional<std::string> ReadMachineType(const boost::shared_ptr<ICIMNamespace
 std::optional<std::string> ReadIdentityVariable() {
     try {
         return TOSSpecific::GetEnvironment(identityVariable);
+    } catch (const abi::__forced_unwind&) {
+        throw;
     } catch (...) {
         return std::nullopt;
     }
@@ -84,32 +80,6 @@ std::string ReadIdentity(TNoxinfoPluginCallbacks& plugin) {
     }
     plugin.DebugOut("Got kelid is:" + *kelId);
     return *kelId;
-}
-
-// A page fault for each 4 KiB of text takes longer than rendering into it: the kernel may use larger pages.
-// An advice: where it is not taken, nothing is lost.
-void AdviseLargePages(std::string& room) {
-    const auto pageSize = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-    void* begin = room.data();
-    std::size_t size = room.capacity();
-    if (std::align(pageSize, pageSize, begin, size) != nullptr) {
-        (void)madvise(begin, size / pageSize * pageSize, MADV_HUGEPAGE);
-    }
-}
-
-std::stringstream MakeBuffer() {
-    std::string room;
-    try {
-        room.reserve(documentRoom);
-        AdviseLargePages(room);
-    } catch (const std::bad_alloc&) {
-        // Documents of most machines need a hundredth of it: start small and grow.
-    }
-    std::stringstream buffer(std::move(room), std::ios_base::in | std::ios_base::out);
-    // Where there is no memory for the text, it has to show: a stream would swallow the rest, and half a
-    // document would go out as a whole one.
-    buffer.exceptions(std::ios_base::badbit);
-    return buffer;
 }
 
 void Empty(std::stringstream& buffer) {
@@ -146,6 +116,8 @@ void ReadFile(const char* fileName, std::stringbuf& buffer) {
 std::string ReadHardwareBytes(TNoxinfoPluginCallbacks& plugin, std::stringstream& buffer) {
     try {
         ReadFile(hardwareFileName, *buffer.rdbuf());
+    } catch (const abi::__forced_unwind&) {
+        throw;
     } catch (...) {
         // An instance with part of the file still tells who and which machine it is about.
         plugin.DebugOut("When read hwInventoryFile, a problem happened.");
@@ -159,7 +131,7 @@ std::string ReadHardwareBytes(TNoxinfoPluginCallbacks& plugin, std::stringstream
 // before the result instances need memory of their own.
 std::string ProduceFiles(TNoxinfoPluginCallbacks& plugin, const boost::shared_ptr<ICIMNamespace>& collected,
                          bool withSystemFile) {
-    std::stringstream buffer = MakeBuffer();
+    std::stringstream buffer = MakeDocumentBuffer();
     if (withSystemFile) {
         plugin.DebugOut("Ready for system inventory!");
         WriteDocument(&TNOXXMLWriterImpl::WriteSysInfoNamespace, collected, systemFileName, buffer);
@@ -169,28 +141,12 @@ std::string ProduceFiles(TNoxinfoPluginCallbacks& plugin, const boost::shared_pt
     return ReadHardwareBytes(plugin, buffer);
 }
 
-// NUL-terminated; null when there is no memory for it.
-std::unique_ptr<char[]> EncodeBytes(TNoxinfoPluginCallbacks& plugin, const std::string& bytes) {
-    std::unique_ptr<char[]> text;
-    try {
-        const auto byteCount = static_cast<unsigned int>(bytes.size());
-        const std::size_t length = GetBase64Length(byteCount);
-        text.reset(new char[length + 1]);
-        text[0] = '\0';  // holds when the encoder refuses a text whose length it cannot be told
-        (void)plugin.Base64Encode(reinterpret_cast<const unsigned char*>(bytes.data()), byteCount,
-                                  reinterpret_cast<unsigned char*>(text.get()),
-                                  static_cast<unsigned int>(length));
-    } catch (...) {
-        // The instance is made all the same, its inventory null.
-        TRootObject::GetCoreLogger()->Log(warningLevel, "noxinfo-base64 error!");
-    }
-    return text;
-}
-
 void AddResultInstance(TNoxinfoPluginCallbacks& plugin, ICIMClass& resultClass, const TResult& result) {
     const TOptionsMap noOptions;
+    // Declared before the text, so that the text is freed before the instance is released.
+    boost::shared_ptr<ICIMInstance> instance;
     const std::unique_ptr<char[]> encoded = EncodeBytes(plugin, result.hardwareBytes);
-    const boost::shared_ptr<ICIMInstance> instance = resultClass.CreateInstance(noOptions);
+    instance = resultClass.CreateInstance(noOptions);
     // The host keeps properties in the order in which they are set.
     instance->SetProperty("InventoryRCF", TCIMValue(encoded.get()), noOptions);
     instance->SetProperty("KELID", TCIMValue(result.kelId), noOptions);

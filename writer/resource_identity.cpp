@@ -4,6 +4,8 @@
 #include "writer/core_log.h"
 #include "writer/nox_xml_writer.h"
 
+#include <cxxabi.h>
+
 #include <stdexcept>
 
 using NKELVOR20::ICIMProperty;
@@ -28,6 +30,8 @@ TKeyProperties FindKeyProperties(const TNOXXMLWriterImpl::TInstancePtr& instance
         }
     } catch (const TVORException&) {
         LogWarning("noxinfo-GetResourceID: didn't find Name property");
+    } catch (const abi::__forced_unwind&) {
+        throw;       // A cancelled thread has to unwind to its end.
     } catch (...) {  // NOLINT(bugprone-empty-catch)
         // The missing value is logged where it is missed.
     }
@@ -62,6 +66,8 @@ std::string TNOXXMLWriterImpl::MakeResourceID(const std::string& resourceType, c
             const std::string value2 = ReadValue(properties.second);
             key.append("+").append(keyProperty2).append("=").append(value2);
         }
+    } catch (const abi::__forced_unwind&) {
+        throw;
     } catch (...) {
         // The key stays as far as it was built, so the resource still gets an identifier.
         LogWarning("noxinfo-GetResourceID- class:" + resourceType + " valProperty1=" + keyProperty1 +

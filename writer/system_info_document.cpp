@@ -7,6 +7,8 @@
 #include "writer/core_log.h"
 #include "writer/nox_xml_writer.h"
 
+#include <cxxabi.h>
+
 #include <algorithm>
 #include <iterator>
 #include <type_traits>
@@ -98,6 +100,8 @@ template <typename TAsk, typename TAnswer = std::invoke_result_t<TAsk>>
 TAnswer AnswerOr(TAnswer fallback, TAsk ask) {
     try {
         return ask();
+    } catch (const abi::__forced_unwind&) {
+        throw;  // A cancelled thread has to unwind to its end.
     } catch (...) {
         return fallback;
     }

@@ -20,6 +20,8 @@ std::atomic<std::size_t> minimumFaultSize{0};
 std::atomic<std::size_t> allocationsToPass{0};
 std::atomic<std::size_t> allocationsToFail{0};
 
+std::atomic<void (*)()> arrayFreeListener{nullptr};
+
 bool TakeOneOff(std::atomic<std::size_t>& count) noexcept {
     std::size_t left = count;
     while (left != 0 && !count.compare_exchange_weak(left, left - 1)) {
@@ -79,13 +81,16 @@ void operator delete(void* memory) noexcept {
     Free(memory);
 }
 void operator delete[](void* memory) noexcept {
+    if (const auto listener = arrayFreeListener.load()) {
+        listener();
+    }
     Free(memory);
 }
 void operator delete(void* memory, std::size_t) noexcept {
     Free(memory);
 }
 void operator delete[](void* memory, std::size_t) noexcept {
-    Free(memory);
+    operator delete[](memory);
 }
 
 namespace NTEST {
@@ -96,6 +101,10 @@ std::size_t LiveAllocations() {
 
 std::size_t ArrayAllocationsOf(std::size_t size) {
     return arrayAllocations.at(size);
+}
+
+void ListenToArrayFrees(void (*listener)()) {
+    arrayFreeListener = listener;
 }
 
 TAllocationFault::TAllocationFault(std::size_t minimumSize, std::size_t passed, std::size_t failed) {

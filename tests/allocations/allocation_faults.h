@@ -12,6 +12,9 @@ std::size_t LiveAllocations();
 /// The operator new[] calls for exactly `size` bytes since the program started.
 std::size_t ArrayAllocationsOf(std::size_t size);
 
+/// Calls `listener` before each operator delete[]; null ends it.
+void ListenToArrayFrees(void (*listener)());
+
 /// Fails allocations as long as it lives. One at a time.
 class TAllocationFault {
   public:

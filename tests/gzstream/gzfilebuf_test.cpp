@@ -3,6 +3,7 @@
 
 #include "gzstream_fixture.h"
 #include "opened_buffer.h"
+#include "tests/cancellation/cancelled_thread.h"
 #include "zlib_calls.h"
 
 #include <fcntl.h>
@@ -242,6 +243,16 @@ TEST_F(GzFileBuf, StaysUnbufferedThroughAnOpenThatFails) {
     EXPECT_EQ(buffer_.sputn("abc", 3), 3);
     EXPECT_THAT(ZlibCalls().writeSizes, ElementsAre(1U, 1U, 1U));
     ASSERT_NE(buffer_.close(), nullptr);
+}
+
+TEST_F(GzFileBuf, AThreadCancelledInCloseUnwindsAndClosesNothingTwice) {
+    ZlibCalls().cancelsInClose = true;
+    EXPECT_TRUE(NTEST::IsCancelledIn([this] {
+        gzfilebuf buffer;
+        buffer.open(Path().c_str(), out);
+        buffer.close();
+    }));
+    EXPECT_EQ(ZlibCalls().closed, ZlibCalls().opened);
 }
 
 TEST_F(GzFileBuf, SetcompressionHandsItsArgumentsToZlib) {

@@ -2,6 +2,8 @@
 // NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp,readability-identifier-naming)
 #include "zlib_calls.h"
 
+#include "tests/cancellation/cancelled_thread.h"
+
 #include <new>
 
 TZlibCalls& ZlibCalls() {
@@ -51,6 +53,9 @@ int __wrap_gzwrite(gzFile file, voidpc source, unsigned size) {
 int __wrap_gzclose(gzFile file) {
     ZlibCalls().closed.push_back(file);
     const int answer = __real_gzclose(file);
+    if (ZlibCalls().cancelsInClose) {
+        NTEST::CancelThisThread();
+    }
     return answer == Z_OK ? ZlibCalls().closeAnswer : answer;
 }
 

@@ -28,6 +28,7 @@ struct TZlibCalls {
     bool pretendWrites = false;        // answer as if written, write nothing
     int closeAnswer = Z_OK;            // answered in place of zlib's own Z_OK
     bool noMemory = false;             // the non-throwing array new answers null
+    bool cancelsInClose = false;       // cancel the thread when gzclose has closed the file
 };
 
 /// The record, which `TGzstreamFixture` resets before every test.

@@ -86,6 +86,16 @@ TEST(PluginFile, ExportsWhatMatchesTheExceptionOfTheHost) {
                 testing::Contains(MatchesRegex(".* _ZTIN9NKELVOR2013TVORExceptionE")));
 }
 
+TEST(PluginFile, LeavesTheInsideOfValuesAndDatesToTheHost) {
+    const std::vector<std::string> symbols = DynamicSymbols("--undefined-only");
+    for (const char* name : {"NK9NKELVOR209TCIMValue6IsNullEv", "NK9NKELVOR209TCIMValue7IsArrayEv",
+                             "NK9NKELVOR209TCIMValue8TCIMTypecvNS1_8ECIMTypeEEv",
+                             "NK9NKELVOR209TCIMValue8TCIMType8ToStringB5cxx11Ev", "N9NKELVOR209TCIMValueD1Ev",
+                             "NK9NKELVOR2012TCIMDateTime7GetYearEv", "N9NKELVOR2012TCIMDateTimeD1Ev"}) {
+        EXPECT_THAT(symbols, testing::Contains(testing::EndsWith(std::string(" U _Z") + name)));
+    }
+}
+
 TEST(PluginFile, LeavesTheAssertionHandlerToTheHost) {
     EXPECT_THAT(DynamicSymbols("--undefined-only"),
                 testing::Contains(MatchesRegex(" +U _ZN5boost16assertion_failedEPKcS1_S1_l")));

@@ -25,6 +25,7 @@ struct TScript {
     std::string failingCall;
     std::function<void()> fail = [] {};
     bool handsOutNull = false;
+    std::function<void()> onRelease = [] {};
 
     void Enter(const std::string& call, const TOptionsMap& options) {
         calls.push_back(call);
@@ -38,6 +39,7 @@ struct TScript {
 class TScriptedInstance final : public ICIMInstance {
   public:
     explicit TScriptedInstance(TScript& script) : script_(script) {}
+    ~TScriptedInstance() override { script_.onRelease(); }
 
     void CommitInstance(TOptionsMap options) override { script_.Enter("CommitInstance", options); }
     boost::shared_ptr<ICIMProperty> GetProperty(const std::string&, TOptionsMap options) override {
@@ -94,6 +96,36 @@ TEST_F(TResultInstance, IsMadeFilledAndCommittedInThisOrder) {
     EXPECT_THAT(script_.calls,
                 ElementsAre("GetClassName", "CreateInstance", "SetProperty InventoryRCF", "SetProperty KELID",
                             "SetProperty MachineType", "probe", "SetProperty Credential", "CommitInstance"));
+}
+
+std::vector<std::string>* releases = nullptr;
+
+TEST_F(TResultInstance, IsReleasedAfterTheEncodedTextIsFreed) {
+    std::vector<std::string> order;
+    releases = &order;
+    script_.onRelease = [&order] { order.emplace_back("instance"); };
+    // The arrays that rendering and encoding used are gone when the network is probed.
+    host_.hostnameAvailable = [](const std::string&, const std::string&) {
+        NTEST::ListenToArrayFrees([] { releases->emplace_back("text"); });
+        return 1;
+    };
+    Request();
+    NTEST::ListenToArrayFrees(nullptr);
+    EXPECT_THAT(order, ElementsAre("text", "instance"));
+}
+
+TEST_F(TResultInstance, IsReleasedAfterTheEncodedTextWhenTheCommitFails) {
+    std::vector<std::string> order;
+    releases = &order;
+    script_.onRelease = [&order] { order.emplace_back("instance"); };
+    script_.failingCall = "CommitInstance";
+    script_.fail = [] {
+        NTEST::ListenToArrayFrees([] { releases->emplace_back("text"); });
+        throw TVORException(1);
+    };
+    EXPECT_THROW(Request(), TVORException);
+    NTEST::ListenToArrayFrees(nullptr);
+    EXPECT_THAT(order, ElementsAre("text", "instance"));
 }
 
 TEST_F(TResultInstance, IsMadeWithEmptyOptions) {

@@ -255,6 +255,16 @@ TEST_F(WriteResourceProperty, WritesTheOperatingSystemsNameUnescapedForTheHostNa
               "<Property name=\"Name\" type=\"string\">\n<Value>Kite & Sons\n</Value>\n</Property>\n");
 }
 
+TEST_F(WriteResourceProperty, WritesTheOpeningLineBeforeItAsksForTheOperatingSystemsName) {
+    Host().operatingSystemName = [this]() -> std::string {
+        EXPECT_EQ(out.str(), "<Property name=\"Name\" type=\"string\">\n");
+        throw std::runtime_error("no name");
+    };
+    EXPECT_THAT([this] { writer.WriteResourceProperty("Name", "GetHostName", instance); },
+                ThrowsMessage<std::runtime_error>("no name"));
+    EXPECT_EQ(out.str(), "<Property name=\"Name\" type=\"string\">\n");
+}
+
 TEST_F(WriteResourceProperty, TakesGetHostNameForAnOrdinarySourceOfOtherProperties) {
     EXPECT_FALSE(writer.WriteResourceProperty("X", "GetHostName", instance));
     EXPECT_FALSE(writer.WriteResourceProperty("Name", "GetHostname", instance));
