@@ -23,7 +23,17 @@ TEST(ParseOsRelease, UnquotesAsAShellDoes) {
     EXPECT_EQ(ParseOsRelease(R"(NAME='a \"b')").name, R"(a \"b)");
     EXPECT_EQ(ParseOsRelease(R"(NAME=a\ b)").name, "a b");
     EXPECT_EQ(ParseOsRelease(R"(NAME="Some"' 'Thing)").name, "Some Thing");
-    EXPECT_EQ(ParseOsRelease("NAME=Some thing").name, "Some");
+}
+
+TEST(ParseOsRelease, KeepsTheBlanksInABareValue) {
+    EXPECT_EQ(ParseOsRelease("NAME=Debian GNU").name, "Debian GNU");
+    EXPECT_EQ(ParseOsRelease("NAME= Debian  GNU \t\r\n").name, "Debian  GNU");
+    EXPECT_EQ(ParseOsRelease("NAME=Debian \"GNU/Linux\"").name, "Debian GNU/Linux");
+}
+
+TEST(ParseOsRelease, EndsAQuotedValueAtTheNextBlank) {
+    EXPECT_EQ(ParseOsRelease("NAME=\"Debian GNU\" # comment").name, "Debian GNU");
+    EXPECT_EQ(ParseOsRelease("NAME='Debian GNU'\tmore").name, "Debian GNU");
 }
 
 TEST(ParseOsRelease, TakesTheLastAssignmentOfAName) {

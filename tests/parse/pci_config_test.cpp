@@ -121,6 +121,17 @@ std::string MakeExpressFunction() {
     });
 }
 
+TEST(ParsePciConfig, FindsTheSubsystemOfABridgeInItsCapability) {
+    const std::vector<TRegister> registers = {
+        {0x00, "86 80 02 3c"}, {0x06, "10 00"},       {0x0A, "04 06 00 00 01"},
+        {0x34, "40"},          {0x40, "0d 00 00 00"}, {0x44, "28 10 8e 02"},
+    };
+    EXPECT_EQ(ParsePciConfig(MakeConfig(registers))->subsystemVendorId, 0x1028);
+    EXPECT_EQ(ParsePciConfig(MakeConfig(registers))->subsystemId, 0x028E);
+    EXPECT_EQ(ParsePciConfig(MakeConfig(registers).substr(0, 0x46))->subsystemId, std::nullopt);
+    EXPECT_EQ(ParsePciConfig(MakeConfig(registers).substr(0, 64))->subsystemVendorId, std::nullopt);
+}
+
 TEST(ParsePciConfig, FindsThePortTypeInTheCapabilityList) {
     std::string config = MakeExpressFunction();
     EXPECT_EQ(ParsePciConfig(config)->expressPortType, 4);

@@ -24,20 +24,23 @@ bool IsEscapable(char c) {
     return c == '"' || c == '\\' || c == '$' || c == '`';
 }
 
-// What a shell makes of the right side of an assignment, quote removal included; nothing for an open quote.
+// The value that a shell would assign, quote removal included, with one exception: blanks before the first
+// quote belong to the value, because people write NAME=Debian GNU. Nothing for an open quote.
 std::optional<std::string> Unquote(std::string_view value) {
     std::string text;
     char quote = '\0';
+    bool hasQuotes = false;
     for (std::size_t i = 0; i < value.size(); ++i) {
         const char c = value[i];
         const bool hasNext = i + 1 < value.size();
         if (quote == '\0' && (c == '\'' || c == '"')) {
             quote = c;
+            hasQuotes = true;
         } else if (c == quote) {
             quote = '\0';
         } else if (c == '\\' && hasNext && (quote == '\0' || (quote == '"' && IsEscapable(value[i + 1])))) {
             text += value[++i];
-        } else if (quote == '\0' && (c == ' ' || c == '\t')) {
+        } else if (quote == '\0' && hasQuotes && (c == ' ' || c == '\t')) {
             break;  // the assignment ends here; what follows would be a command or a comment
         } else {
             text += c;
@@ -56,7 +59,7 @@ TOsRelease ParseOsRelease(std::string_view text) {
             if (row.name != name) {
                 continue;
             }
-            if (const auto unquoted = Unquote(value)) {
+            if (const auto unquoted = Unquote(TrimBlanks(value))) {
                 release.*row.member = unquoted->empty() ? std::nullopt : unquoted;
             }
         }

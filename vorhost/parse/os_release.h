@@ -16,7 +16,8 @@ struct TOsRelease {
 };
 
 /// Shape:  shell assignments, one a line; values bare, in single or in double quotes, with the escapes the
-///         shell knows in each. The last assignment of a name counts, as in a shell.
+///         shell knows in each. A bare value may contain blanks; after a quoted part a blank ends the value.
+///         The last assignment of a name counts, as in a shell.
 /// Errors: lines that are no assignment, and values whose quotes do not close, are skipped.
 /// Source: os-release(5).
 TOsRelease ParseOsRelease(std::string_view text);

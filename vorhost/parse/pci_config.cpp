@@ -99,6 +99,15 @@ std::optional<std::uint8_t> ReadExpressPortType(const TByteView& config, const T
     return static_cast<std::uint8_t>((*flags >> 4) & 0x0F);
 }
 
+// The header of a bridge has no room for these registers.
+void ReadBridgeSubsystem(const TByteView& config, const THeaderLayout& layout, TPciConfig& result) {
+    constexpr std::uint8_t subsystemCapability = 0x0D;
+    if (const auto capability = FindCapability(config, layout.capabilityPointer, subsystemCapability)) {
+        result.subsystemVendorId = config.GetWord(*capability + 4);
+        result.subsystemId = config.GetWord(*capability + 6);
+    }
+}
+
 }  // namespace
 
 std::optional<TPciConfig> ParsePciConfig(std::string_view bytes) {
@@ -129,6 +138,9 @@ std::optional<TPciConfig> ParsePciConfig(std::string_view bytes) {
     }
     if (result.HasCapabilities()) {
         result.expressPortType = ReadExpressPortType(config, *layout);
+        if (layout->header == EPciHeader::bridge) {
+            ReadBridgeSubsystem(config, *layout, result);
+        }
     }
     return result;
 }

@@ -29,8 +29,8 @@ struct TPciConfig {
     std::optional<std::uint32_t> expansionRom;       // 30, header 1: 38
     std::optional<std::uint8_t> minGrant;            // 3E, header 0
     std::optional<std::uint8_t> maxLatency;          // 3F, header 0
-    std::optional<std::uint16_t> subsystemVendorId;  // 2C, header 2: 40
-    std::optional<std::uint16_t> subsystemId;        // 2E, header 2: 42
+    std::optional<std::uint16_t> subsystemVendorId;  // 2C, header 1: capability 0Dh, header 2: 40
+    std::optional<std::uint16_t> subsystemId;        // 2E, header 1: capability 0Dh, header 2: 42
     std::optional<std::uint8_t> primaryBus;          // 18, headers 1 and 2
     std::optional<std::uint8_t> secondaryBus;        // 19
     std::optional<std::uint8_t> subordinateBus;      // 1A
