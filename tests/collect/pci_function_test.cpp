@@ -109,13 +109,14 @@ TEST(PciFunctions, TellTheirSelectTimingOnlyWhereTheyHaveOne) {
 
 class TSmallDatabase final : public IDeviceNames {
   public:
-    TDeviceName FindPci(std::uint16_t vendorId, std::uint16_t deviceId) const override {
+    TDeviceName FindPci(const TPciNumbers& numbers) const override {
         TDeviceName name;
-        if (vendorId == 0x8086) {
+        if (numbers.vendorId == 0x8086) {
             name.vendor = "Intel Corporation";
         }
-        if (deviceId == 0x100E) {
-            name.device = "82540EM";
+        if (numbers.deviceId == 0x100E) {
+            const bool isCard = numbers.subsystemVendorId == 0x1028 && numbers.subsystemId == 0x0102;
+            name.device = isCard ? "82540EM (Sample Desktop Adapter)" : "82540EM";
         }
         return name;
     }
@@ -135,6 +136,27 @@ TEST(PciFunctions, TakeTheirNamesFromADatabaseWhereThereIsOne) {
                             "Ethernet controller 1af4:1234"));
     EXPECT_THAT(collected.GetAll(device, "DeviceID"),
                 ElementsAre("0000:00:01.0", "0000:00:02.0", "0000:00:03.0"));
+}
+
+TEST(PciFunctions, OfACardHaveItsOwnNameBehindThatOfItsChip) {
+    const TMachine machine = ParseMachineTree(
+        "/sys/bus/pci/devices/0000:00:01.0/config registers 64:\n"
+        "| 00: 86 80 0e 10\n| 0a: 00 02\n| 2c: 28 10 02 01\n");
+    const TSmallDatabase names;
+    TCollected collected;
+    collected.reports = CollectAll({machine.files, machine.calls, collected.target, std::nullopt, &names});
+    EXPECT_THAT(collected.GetAll(device, "ElementName"),
+                ElementsAre("Intel Corporation 82540EM (Sample Desktop Adapter)"));
+}
+
+TEST(PciFunctions, OfATreeWithoutTheBusAreCollected) {
+    const std::string folder = "/sys/devices/pci0000:00/0000:00:1f.2/";
+    const std::string tree = folder + "vendor = 0x8086\n" + folder + "device = 0x2922\n" + folder +
+                             "class = 0x010601\n" + folder +
+                             "modalias = pci:v00008086d00002922sv00001AF4sd00001100bc01sc06i01\n";
+    EXPECT_EQ(Get(tree, device, "DeviceID"), "0000:00:1f.2");
+    EXPECT_EQ(Get(tree, device, "SubsystemVendorID"), "6900");
+    EXPECT_EQ(Get(tree, device, "SubsystemID"), "4352");
 }
 
 TEST(GetPciClassName, FallsBackToTheBaseClassAndToAWordForAll) {

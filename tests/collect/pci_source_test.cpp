@@ -11,6 +11,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::Pair;
 
 const std::string folder = "/sys/bus/pci/devices/0000:00:01.0";
 
@@ -57,6 +58,58 @@ TEST(PciSources, OfUnreadableRegistersTakeWhatTheKernelKept) {
     EXPECT_EQ(sources[0].subclass, 0x03);
     EXPECT_EQ(sources[0].programmingInterface, 0x30);
     EXPECT_FALSE(sources[0].isExpress);
+}
+
+TEST(PciSources, FallBackToTheModaliasForMissingNumbers) {
+    const auto sources = Read(folder + "/config !denied\n" + folder +
+                              "/modalias = pci:v00001AF4d00001042sv00001AF4sd00001100bc01sc00i00\n");
+    ASSERT_EQ(sources.size(), 1U);
+    EXPECT_EQ(sources[0].vendorId, 0x1AF4);
+    EXPECT_EQ(sources[0].deviceId, 0x1042);
+    EXPECT_EQ(sources[0].subsystemVendorId, 0x1AF4);
+    EXPECT_EQ(sources[0].subsystemId, 0x1100);
+    EXPECT_EQ(sources[0].baseClass, 0x01);
+}
+
+TEST(PciSources, TakeTheSubsystemFromTheRegistersElseTheAttributesElseTheModalias) {
+    const std::string attributes =
+        folder + "/subsystem_vendor = 0x1028\n" + folder + "/subsystem_device = 0x0102\n";
+    const std::string modalias =
+        folder + "/modalias = pci:v00008086d00001234sv0000103Csd00000203bc06sc04i00\n";
+    const std::string device = folder + "/config registers 64:\n| 00: 86 80 34 12\n| 2c: f4 1a 01 11\n";
+    const std::string bridge = folder + "/config registers 64:\n| 00: 86 80 34 12\n| 0a: 04 06\n| 0e: 01\n";
+    const std::string kept =
+        folder + "/vendor = 0x8086\n" + folder + "/device = 0x1234\n" + folder + "/class = 0x020000\n";
+    const auto subsystem = [](const std::string& tree) {
+        const auto sources = Read(tree);
+        return sources.size() == 1 ? std::pair(sources[0].subsystemVendorId, sources[0].subsystemId)
+                                   : std::pair(std::uint16_t{0xFFFF}, std::uint16_t{0xFFFF});
+    };
+    EXPECT_THAT(subsystem(device + attributes + modalias), Pair(0x1AF4, 0x1101));
+    EXPECT_THAT(subsystem(bridge + attributes + modalias), Pair(0x1028, 0x0102));
+    EXPECT_THAT(subsystem(bridge + modalias), Pair(0x103C, 0x0203));
+    EXPECT_THAT(subsystem(kept + attributes + modalias), Pair(0x1028, 0x0102));
+    EXPECT_THAT(subsystem(kept + modalias), Pair(0x103C, 0x0203));
+    EXPECT_THAT(subsystem(kept), Pair(0, 0));
+}
+
+TEST(PciSources, AreFoundBelowTheirHostBridgesInATreeWithoutTheBus) {
+    const std::string root = "/sys/devices/pci0000:00/";
+    std::vector<std::string> found;
+    for (const TPciSource& source :
+         Read(root + "0000:00:1c.0/0000:02:00.0/vendor = 0x8086\n" + root +
+              "0000:00:1c.0/0000:02:00.0/device = 0x1234\n" + root +
+              "0000:00:1c.0/0000:02:00.0/class = 0x020000\n" + root +
+              "0000:00:1c.0/config registers 64:\n| 00: 86 80 34 12\n| 0a: 04 06\n| 0e: 01\n" + root +
+              "0000:00:1c.0/0000:00:1c.0:pcie001/vendor = 0x8086\n" + root +
+              "0000:00:02.0/config registers 64:\n| 00: 86 80 34 12\n" +
+              "/sys/devices/pci10000:e0/10000:e0:06.0/config registers 64:\n| 00: 86 80 34 12\n" +
+              "/sys/devices/platform/0000:00:03.0/config registers 64:\n| 00: 86 80 34 12\n")) {
+        found.push_back(source.folder);
+    }
+    EXPECT_THAT(found,
+                ElementsAre(root + "0000:00:02.0", root + "0000:00:1c.0", root + "0000:00:1c.0/0000:02:00.0",
+                            "/sys/devices/pci10000:e0/10000:e0:06.0"));
 }
 
 TEST(PciSources, LeaveOutWhatCannotBeTold) {

@@ -184,7 +184,7 @@ TEST(UsbPorts, WithoutReadableBusFolderAreNone) {
 
 class TSmallDatabase final : public IDeviceNames {
   public:
-    TDeviceName FindPci(std::uint16_t, std::uint16_t) const override { return {}; }
+    TDeviceName FindPci(const TPciNumbers&) const override { return {}; }
     TDeviceName FindUsb(std::uint16_t vendorId, std::uint16_t productId) const override {
         TDeviceName name;
         if (vendorId == 0x1D6B) {

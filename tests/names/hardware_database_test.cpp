@@ -26,8 +26,8 @@ bool HasDatabase() {
 
 TEST(HardwareDatabase, HasNoNameForNumbersThatNobodyHas) {
     const THardwareDatabase names;
-    EXPECT_EQ(names.FindPci(unknownVendor, unknownDevice).vendor, std::nullopt);
-    EXPECT_EQ(names.FindPci(unknownVendor, unknownDevice).device, std::nullopt);
+    EXPECT_EQ(names.FindPci({unknownVendor, unknownDevice}).vendor, std::nullopt);
+    EXPECT_EQ(names.FindPci({unknownVendor, unknownDevice}).device, std::nullopt);
     EXPECT_EQ(names.FindUsb(unknownVendor, unknownDevice).vendor, std::nullopt);
     EXPECT_EQ(names.FindUsb(unknownVendor, unknownDevice).device, std::nullopt);
 }
@@ -42,7 +42,7 @@ TEST(HardwareDatabase, OfNoSystemHasNoNames) {
         GTEST_SKIP() << "this system has a hardware database";
     }
     const THardwareDatabase names;
-    EXPECT_EQ(names.FindPci(intel, 0x100E).vendor, std::nullopt);
+    EXPECT_EQ(names.FindPci({intel, 0x100E}).vendor, std::nullopt);
     EXPECT_EQ(names.FindUsb(linuxFoundation, 0x0002).vendor, std::nullopt);
 }
 
@@ -51,7 +51,7 @@ TEST(HardwareDatabase, NamesVendorsThatEveryDatabaseHas) {
         GTEST_SKIP() << "this system has no hardware database";
     }
     const THardwareDatabase names;
-    EXPECT_EQ(names.FindPci(intel, 0x100E).vendor, "Intel Corporation");
+    EXPECT_EQ(names.FindPci({intel, 0x100E}).vendor, "Intel Corporation");
     EXPECT_EQ(names.FindUsb(linuxFoundation, 0x0002).vendor, "Linux Foundation");
     EXPECT_EQ(names.FindUsb(linuxFoundation, 0x0002).device, "2.0 root hub");
 }
@@ -61,9 +61,21 @@ TEST(HardwareDatabase, NamesADeviceWithoutItsVendor) {
         GTEST_SKIP() << "this system has no hardware database";
     }
     const THardwareDatabase names;
-    const auto device = names.FindPci(intel, 0x100E).device;
+    const auto device = names.FindPci({intel, 0x100E}).device;
     ASSERT_TRUE(device.has_value());
     EXPECT_TRUE(device->starts_with("82540EM")) << *device;
+}
+
+// The card has an entry of its own below that of its chip.
+TEST(HardwareDatabase, NamesACardByItsChipAndItsOwnName) {
+    if (!HasDatabase()) {
+        GTEST_SKIP() << "this system has no hardware database";
+    }
+    const THardwareDatabase names;
+    EXPECT_EQ(names.FindPci({intel, 0x100E, intel, 0x001E, 0x02, 0x00, 0x00}).device,
+              "82540EM Gigabit Ethernet Controller (PRO/1000 MT Desktop Adapter)");
+    EXPECT_EQ(names.FindPci({intel, 0x100E, unknownVendor, unknownDevice, 0x02, 0x00, 0x00}).device,
+              "82540EM Gigabit Ethernet Controller");
 }
 
 TEST(HardwareDatabase, NamesTheVendorOfADeviceThatIsNotListed) {
@@ -71,16 +83,16 @@ TEST(HardwareDatabase, NamesTheVendorOfADeviceThatIsNotListed) {
         GTEST_SKIP() << "this system has no hardware database";
     }
     const THardwareDatabase names;
-    EXPECT_EQ(names.FindPci(intel, unknownDevice).vendor, "Intel Corporation");
-    EXPECT_EQ(names.FindPci(intel, unknownDevice).device, std::nullopt);
+    EXPECT_EQ(names.FindPci({intel, unknownDevice}).vendor, "Intel Corporation");
+    EXPECT_EQ(names.FindPci({intel, unknownDevice}).device, std::nullopt);
 }
 
 TEST(HardwareDatabase, AnswersAQuestionTwiceAlike) {
     const THardwareDatabase names;
     for (const std::uint16_t device : {std::uint16_t{0x100E}, unknownDevice}) {
-        const TDeviceName once = names.FindPci(intel, device);
-        EXPECT_EQ(names.FindPci(intel, device).vendor, once.vendor);
-        EXPECT_EQ(names.FindPci(intel, device).device, once.device);
+        const TDeviceName once = names.FindPci({intel, device});
+        EXPECT_EQ(names.FindPci({intel, device}).vendor, once.vendor);
+        EXPECT_EQ(names.FindPci({intel, device}).device, once.device);
     }
 }
 

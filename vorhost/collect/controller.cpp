@@ -66,7 +66,7 @@ constexpr TSourcePattern sourcePatterns[] = {
     "/sys/bus/pci/devices", "/sys/bus/pci/devices/*", "/sys/bus/pci/devices/*/*",
     "/sys/bus/usb/devices", "/sys/bus/usb/devices/*", "/sys/bus/usb/devices/*/version",
     "/sys/class/drm",       "/sys/class/drm/*",       "/sys/class/drm/*/device",
-    "/sys/devices/**",
+    "/sys/devices",         "/sys/devices/**",
 };
 
 // ---- USB

@@ -2,6 +2,8 @@
 // works without one. Names never enter a key: databases change.
 #pragma once
 
+#include "vorhost/parse/pci_modalias.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -10,14 +12,15 @@ namespace NVORHOST {
 
 struct TDeviceName {
     std::optional<std::string> vendor;  ///< absent when the database does not list the vendor
-    std::optional<std::string> device;  ///< without the vendor's name; absent when it is not listed
+    /// Without the vendor's name; of a PCI card that is listed, "chip (card)". Absent when it is not listed.
+    std::optional<std::string> device;
 };
 
 class IDeviceNames {
   public:
     virtual ~IDeviceNames() = default;
 
-    virtual TDeviceName FindPci(std::uint16_t vendorId, std::uint16_t deviceId) const = 0;
+    virtual TDeviceName FindPci(const TPciNumbers& numbers) const = 0;
     virtual TDeviceName FindUsb(std::uint16_t vendorId, std::uint16_t productId) const = 0;
 };
 

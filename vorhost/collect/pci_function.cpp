@@ -66,10 +66,7 @@ constexpr TClassShape classes[] = {
     MakeShape<TFunction, bridgeRows>("KELSG_PCIBridge"),
 };
 
-constexpr std::array<TSourcePattern, 2> sourcePatterns{
-    "/sys/bus/pci/devices",
-    "/sys/bus/pci/devices/*/*",
-};
+constexpr auto sourcePatterns = pciSources;
 
 // ---- value maps
 
@@ -176,11 +173,10 @@ std::uint16_t FindInterruptPin(std::uint8_t pin) {
     return pin <= lastPin ? pin : unknown;
 }
 
-void SetSubsystem(std::optional<std::uint16_t> vendor, std::optional<std::uint16_t> subsystem,
-                  TFunction& function) {
-    if (vendor && *vendor != 0 && *vendor != 0xFFFF) {
-        function.subsystemVendorId = vendor;
-        function.subsystemId = subsystem;
+void SetSubsystem(const TPciSource& source, TFunction& function) {
+    if (source.subsystemVendorId != 0 && source.subsystemVendorId != 0xFFFF) {
+        function.subsystemVendorId = source.subsystemVendorId;
+        function.subsystemId = source.subsystemId;
     }
 }
 
@@ -197,7 +193,6 @@ void SetFromConfig(const TPciSource& source, TFunction& function) {
     function.baseAddress = FindBaseAddresses(config);
     function.maxLatency = config.maxLatency;
     function.minGrantTime = config.minGrant;
-    SetSubsystem(config.subsystemVendorId, config.subsystemId, function);
     function.ioBase = config.ioBase;
     function.ioLimit = config.ioLimit;
     function.memoryBase = config.memoryBase;
@@ -205,11 +200,6 @@ void SetFromConfig(const TPciSource& source, TFunction& function) {
     function.primaryBus = config.primaryBus;
     function.secondaryBus = config.secondaryBus;
     function.subordinateBus = config.subordinateBus;
-}
-
-void SetFromAttributes(const ISystemFiles& files, const TPciSource& source, TFunction& function) {
-    SetSubsystem(ReadHexNumber<std::uint16_t>(files, source.folder + "/subsystem_vendor"),
-                 ReadHexNumber<std::uint16_t>(files, source.folder + "/subsystem_device"), function);
 }
 
 TFunction MakeFunction(TCollection& collection, const TPciSource& source) {
@@ -220,10 +210,9 @@ TFunction MakeFunction(TCollection& collection, const TPciSource& source) {
     function.deviceId = source.address;
     function.protocolSupported = FindProtocol(files, source);
     function.classCode = source.baseClass;
+    SetSubsystem(source, function);
     if (source.config) {
         SetFromConfig(source, function);
-    } else {
-        SetFromAttributes(files, source, function);
     }
     if (IsBridge(source)) {
         const auto portType = source.config ? source.config->expressPortType : std::nullopt;

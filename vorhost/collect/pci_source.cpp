@@ -2,8 +2,10 @@
 
 #include "vorhost/collect/attribute.h"
 #include "vorhost/collect/pci_class_name.h"
+#include "vorhost/parse/lines.h"
 
 #include <algorithm>
+#include <map>
 #include <string_view>
 
 namespace NVORHOST {
@@ -11,6 +13,7 @@ namespace NVORHOST {
 namespace {
 
 constexpr std::string_view functionsFolder = "/sys/bus/pci/devices";
+constexpr std::string_view devicesFolder = "/sys/devices";
 
 bool IsBridgeHeader(const TPciConfig& config) {
     return config.header != EPciHeader::device;
@@ -44,33 +47,89 @@ bool IsExpress(const ISystemFiles& files, const TPciSource& source) {
     return bytes.value.size() < pciConfigBytes || !config || config->expressPortType.has_value();
 }
 
-bool SetFromConfig(TPciSource& source) {
-    if (!source.config) {
-        return false;
+std::optional<TPciNumbers> ReadModalias(const ISystemFiles& files, const std::string& folder) {
+    return ParsePciModalias(ReadAttribute(files, folder + "/modalias").value_or(""));
+}
+
+// Bridges keep these numbers in a capability, which only root may read, and older ones have none; the kernel
+// shows what it found to everyone.
+void SetSubsystem(const ISystemFiles& files, const std::string& folder, TPciNumbers& numbers) {
+    const auto vendor = ReadHexNumber<std::uint16_t>(files, folder + "/subsystem_vendor");
+    const auto subsystem = ReadHexNumber<std::uint16_t>(files, folder + "/subsystem_device");
+    if (vendor && subsystem) {
+        numbers.subsystemVendorId = *vendor;
+        numbers.subsystemId = *subsystem;
+    } else if (const auto kept = ReadModalias(files, folder)) {
+        numbers.subsystemVendorId = kept->subsystemVendorId;
+        numbers.subsystemId = kept->subsystemId;
     }
-    source.vendorId = source.config->vendorId;
-    source.deviceId = source.config->deviceId;
-    source.baseClass = source.config->baseClass;
-    source.subclass = source.config->subclass;
-    source.programmingInterface = source.config->programmingInterface;
-    return true;
+}
+
+TPciNumbers TakeNumbers(const TPciConfig& config) {
+    return {config.vendorId,
+            config.deviceId,
+            config.subsystemVendorId.value_or(0),
+            config.subsystemId.value_or(0),
+            config.baseClass,
+            config.subclass,
+            config.programmingInterface};
 }
 
 // A sleeping function answers with ones, and captured trees may lack the registers; the kernel has kept what
 // identified it.
-bool SetFromAttributes(const ISystemFiles& files, TPciSource& source) {
-    const auto vendor = ReadHexNumber<std::uint16_t>(files, source.folder + "/vendor");
-    const auto device = ReadHexNumber<std::uint16_t>(files, source.folder + "/device");
-    const auto classCode = ReadHexNumber<std::uint32_t>(files, source.folder + "/class");
-    if (!vendor || !device || !classCode) {
-        return false;
+std::optional<TPciNumbers> FindNumbers(const ISystemFiles& files, const TPciSource& source) {
+    if (!source.config) {
+        return ReadPciNumbers(files, source.folder);
     }
-    source.vendorId = *vendor;
-    source.deviceId = *device;
-    source.baseClass = static_cast<std::uint8_t>(*classCode >> 16);
-    source.subclass = static_cast<std::uint8_t>(*classCode >> 8);
-    source.programmingInterface = static_cast<std::uint8_t>(*classCode);
-    return true;
+    TPciNumbers numbers = TakeNumbers(*source.config);
+    if (!source.config->subsystemVendorId || !source.config->subsystemId) {
+        SetSubsystem(files, source.folder, numbers);
+    }
+    return numbers;
+}
+
+// ---- where the functions are
+
+using TFolders = std::map<std::string, std::string>;  // address -> folder
+
+// "0000:00:1f.2"; domains of more than four digits are those that no firmware numbers.
+bool IsAddress(std::string_view name) {
+    const auto isHex = [](std::string_view digits) {
+        return !digits.empty() &&
+               digits.find_first_not_of("0123456789abcdefABCDEF") == std::string_view::npos;
+    };
+    const auto [domain, rest] = SplitAt(name, ':');
+    const auto [bus, place] = SplitAt(rest, ':');
+    const auto [device, function] = SplitAt(place, '.');
+    return domain.size() >= 4 && bus.size() == 2 && device.size() == 2 && function.size() == 1 &&
+           isHex(domain) && isHex(bus) && isHex(device) && isHex(function);
+}
+
+// The functions behind a bridge are folders within its own. An address is taken once, which ends loops of
+// links in trees that no kernel made.
+void AddFolders(const ISystemFiles& files, const std::string& parent, TFolders& folders) {
+    for (const std::string& name : files.List(parent).value) {
+        const std::string folder = parent + "/" + name;
+        if (IsAddress(name) && folders.emplace(name, folder).second) {
+            AddFolders(files, folder, folders);
+        }
+    }
+}
+
+TFolders FindFolders(const ISystemFiles& files) {
+    TFolders folders;
+    for (const std::string& address : files.List(functionsFolder).value) {
+        folders.emplace(address, std::string(functionsFolder) + "/" + address);
+    }
+    if (!folders.empty()) {
+        return folders;
+    }
+    for (const std::string& root : files.List(devicesFolder).value) {
+        if (root.starts_with("pci")) {
+            AddFolders(files, std::string(devicesFolder) + "/" + root, folders);
+        }
+    }
+    return folders;
 }
 
 std::string Hex4(std::uint16_t number) {
@@ -86,17 +145,35 @@ std::string Hex4(std::uint16_t number) {
 
 std::vector<TPciSource> ReadPciSources(const ISystemFiles& files) {
     std::vector<TPciSource> sources;
-    for (const std::string& address : files.List(functionsFolder).value) {
+    for (const auto& [address, folder] : FindFolders(files)) {
         TPciSource source;
         source.address = address;
-        source.folder = std::string(functionsFolder) + "/" + address;
-        source.config = ReadConfig(files, source.folder + "/config");
-        if (SetFromConfig(source) || SetFromAttributes(files, source)) {
+        source.folder = folder;
+        source.config = ReadConfig(files, folder + "/config");
+        if (const auto numbers = FindNumbers(files, source)) {
+            static_cast<TPciNumbers&>(source) = *numbers;
             source.isExpress = IsExpress(files, source);
             sources.push_back(std::move(source));
         }
     }
     return sources;
+}
+
+std::optional<TPciNumbers> ReadPciNumbers(const ISystemFiles& files, const std::string& folder) {
+    const auto vendor = ReadHexNumber<std::uint16_t>(files, folder + "/vendor");
+    const auto device = ReadHexNumber<std::uint16_t>(files, folder + "/device");
+    const auto classCode = ReadHexNumber<std::uint32_t>(files, folder + "/class");
+    if (!vendor || !device || !classCode) {
+        return ReadModalias(files, folder);
+    }
+    TPciNumbers numbers;
+    numbers.vendorId = *vendor;
+    numbers.deviceId = *device;
+    numbers.baseClass = static_cast<std::uint8_t>(*classCode >> 16);
+    numbers.subclass = static_cast<std::uint8_t>(*classCode >> 8);
+    numbers.programmingInterface = static_cast<std::uint8_t>(*classCode);
+    SetSubsystem(files, folder, numbers);
+    return numbers;
 }
 
 bool IsBridge(const TPciSource& source) {
@@ -111,7 +188,7 @@ bool IsBridge(const TPciSource& source) {
 }
 
 std::string MakePciElementName(const TPciSource& source, const IDeviceNames* names) {
-    const TDeviceName found = names ? names->FindPci(source.vendorId, source.deviceId) : TDeviceName{};
+    const TDeviceName found = names ? names->FindPci(source) : TDeviceName{};
     if (found.vendor && found.device) {
         return *found.vendor + " " + *found.device;
     }

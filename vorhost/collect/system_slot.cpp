@@ -6,6 +6,7 @@
 #include "vorhost/collect/named_place.h"
 #include "vorhost/collect/pci_class_name.h"
 #include "vorhost/collect/pci_slot.h"
+#include "vorhost/collect/pci_source.h"
 #include "vorhost/collect/slot_kind.h"
 #include "vorhost/parse/placeholders.h"
 #include "vorhost/parse/smbios_slot.h"
@@ -49,7 +50,7 @@ constexpr TClassShape classes[] = {
 };
 
 // A bridge's folder lists the functions behind it.
-constexpr auto sourcePatterns = Join(smbiosSources, std::array<TSourcePattern, 7>{
+constexpr auto sourcePatterns = Join(smbiosSources, std::array<TSourcePattern, 10>{
                                                         "/sys/bus/pci/slots",
                                                         "/sys/bus/pci/slots/*/address",
                                                         "/sys/bus/pci/slots/*/latch",
@@ -57,6 +58,9 @@ constexpr auto sourcePatterns = Join(smbiosSources, std::array<TSourcePattern, 7
                                                         "/sys/bus/pci/devices/*/class",
                                                         "/sys/bus/pci/devices/*/vendor",
                                                         "/sys/bus/pci/devices/*/device",
+                                                        "/sys/bus/pci/devices/*/subsystem_vendor",
+                                                        "/sys/bus/pci/devices/*/subsystem_device",
+                                                        "/sys/bus/pci/devices/*/modalias",
                                                     });
 
 constexpr std::uint8_t isAvailable = 0x03;  // usage: nothing is in the slot
@@ -107,16 +111,16 @@ std::optional<bool> ReadOpenSwitch(const ISystemFiles& files, const TSlotFolders
 std::string NameFunction(TCollection& collection, const std::string& address) {
     const ISystemFiles& files = collection.GetFiles();
     const std::string folder = "/sys/bus/pci/devices/" + address;
-    const auto vendorId = ReadHexNumber<std::uint16_t>(files, folder + "/vendor");
-    const auto deviceId = ReadHexNumber<std::uint16_t>(files, folder + "/device");
-    const auto classCode = ReadHexNumber<std::uint32_t>(files, folder + "/class").value_or(0);
+    const auto numbers = ReadPciNumbers(files, folder);
     const IDeviceNames* names = collection.GetDeviceNames();
-    if (names != nullptr && vendorId && deviceId) {
-        const TDeviceName found = names->FindPci(*vendorId, *deviceId);
+    if (names != nullptr && numbers) {
+        const TDeviceName found = names->FindPci(*numbers);
         if (found.vendor && found.device) {
             return *found.vendor + " " + *found.device;
         }
     }
+    // The slot was found by the class, which counts where the other numbers are missing.
+    const auto classCode = ReadHexNumber<std::uint32_t>(files, folder + "/class").value_or(0);
     return std::string(GetPciClassName(static_cast<std::uint8_t>(classCode >> 16),
                                        static_cast<std::uint8_t>(classCode >> 8)));
 }

@@ -2,6 +2,7 @@
 
 #include <libudev.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <string_view>
 
@@ -13,11 +14,11 @@ constexpr std::string_view vendorKey = "ID_VENDOR_FROM_DATABASE";
 constexpr std::string_view modelKey = "ID_MODEL_FROM_DATABASE";
 
 // The text that the database's patterns are written for, as the kernel gives it in modalias.
-template <typename... TNumbers>
-std::string Format(const char* format, TNumbers... numbers) {
-    char text[64];
-    const int length = std::snprintf(text, sizeof text, format, numbers...);
-    return {text, static_cast<std::size_t>(length)};
+std::string MakeUsbModalias(std::uint16_t vendorId, std::uint16_t productId) {
+    char text[32];
+    const int length = std::snprintf(text, sizeof text, "usb:v%04Xp%04X", static_cast<unsigned>(vendorId),
+                                     static_cast<unsigned>(productId));
+    return {text, static_cast<std::size_t>(std::max(length, 0))};
 }
 
 }  // namespace
@@ -72,12 +73,13 @@ TDeviceName THardwareDatabase::Find(const std::string& modalias) const {
     return place->second;
 }
 
-TDeviceName THardwareDatabase::FindPci(std::uint16_t vendorId, std::uint16_t deviceId) const {
-    return Find(Format("pci:v%08Xd%08X", vendorId, deviceId));
+// Cards have entries of their own by the subsystem's numbers, so the database is asked for the whole text.
+TDeviceName THardwareDatabase::FindPci(const TPciNumbers& numbers) const {
+    return Find(MakePciModalias(numbers));
 }
 
 TDeviceName THardwareDatabase::FindUsb(std::uint16_t vendorId, std::uint16_t productId) const {
-    return Find(Format("usb:v%04Xp%04X", vendorId, productId));
+    return Find(MakeUsbModalias(vendorId, productId));
 }
 
 }  // namespace NVORHOST

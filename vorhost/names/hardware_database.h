@@ -20,7 +20,7 @@ class THardwareDatabase final : public IDeviceNames {
     THardwareDatabase(const THardwareDatabase&) = delete;
     THardwareDatabase& operator=(const THardwareDatabase&) = delete;
 
-    TDeviceName FindPci(std::uint16_t vendorId, std::uint16_t deviceId) const override;
+    TDeviceName FindPci(const TPciNumbers& numbers) const override;
     TDeviceName FindUsb(std::uint16_t vendorId, std::uint16_t productId) const override;
 
   private:
