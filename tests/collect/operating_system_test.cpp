@@ -42,6 +42,27 @@ TEST(OperatingSystem, HasTheKernelsNumberAsVersionWhereTheDistributionGivesNone)
     EXPECT_EQ(Get("@KernelRelease = custom\n", "Version"), "absent");
 }
 
+TEST(OperatingSystem, FallsBackToTheKernelsOwnLineForItsRelease) {
+    const std::string line = "/proc/version = Linux version 5.14.0-1 (builder@example.org) #1 SMP\n";
+    EXPECT_EQ(Get(line, "KernelRelease"), "5.14.0-1");
+    EXPECT_EQ(Get(line, "Version"), "5.14.0");
+    EXPECT_EQ(Get(line, "Description"), "Linux 5.14.0-1");
+    EXPECT_EQ(Get("@KernelRelease = 6.1.0\n" + line, "KernelRelease"), "6.1.0");
+}
+
+TEST(OperatingSystem, WithoutOsReleaseIsNamedByTheOlderFiles) {
+    const std::string redHat = "/etc/redhat-release = CentOS release 6.9 (Final)\n";
+    const std::string debian = "/etc/debian_version = 7.8\n";
+    EXPECT_EQ(Get(redHat, "ElementName"), "CentOS release 6.9 (Final)");
+    EXPECT_EQ(Get(redHat, "Version"), "6.9");
+    EXPECT_EQ(Get("/etc/SuSE-release:\n| Sample 11 (x86_64)\n| VERSION = 11\n| PATCHLEVEL = 3\n", "Version"),
+              "11.3");
+    EXPECT_EQ(Get(debian, "ElementName"), "Debian GNU/Linux 7.8");
+    EXPECT_EQ(Get(debian, "Version"), "7.8");
+    EXPECT_EQ(Get("@KernelRelease = 3.2.0-4\n/etc/debian_version = wheezy/sid\n", "Version"), "3.2.0");
+    EXPECT_EQ(Get("/etc/os-release = NAME=New\n" + redHat + debian, "ElementName"), "New");
+}
+
 TEST(OperatingSystem, CountsFoldersOfDigitsAsProcesses) {
     EXPECT_EQ(
         Get("/proc/1/\n/proc/2000/\n/proc/self -> 1\n/proc/12a/\n/proc/meminfo = x\n", "NumberOfProcesses"),

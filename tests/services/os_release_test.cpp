@@ -22,6 +22,24 @@ TEST(OsRelease, ResolvesTheShellsQuoting) {
     EXPECT_EQ(ParsePrettyName("PRETTY_NAME=a\\ b\n"), "a b");
 }
 
+TEST(OsRelease, KeepsABackslashBeforeAnOrdinaryByteInDoubleQuotes) {
+    EXPECT_EQ(ParsePrettyName("PRETTY_NAME=\"a \\d\"\n"), "a \\d");
+}
+
+TEST(OsRelease, KeepsTheBlanksInABareName) {
+    EXPECT_EQ(ParsePrettyName("PRETTY_NAME=Debian GNU\n"), "Debian GNU");
+    EXPECT_EQ(ParsePrettyName("  PRETTY_NAME= Debian GNU \n"), "Debian GNU");
+}
+
+TEST(OsRelease, EndsAQuotedNameAtTheNextBlank) {
+    EXPECT_EQ(ParsePrettyName("PRETTY_NAME=\"Debian GNU\" # comment\n"), "Debian GNU");
+}
+
+TEST(OsRelease, SkipsAnOpenQuote) {
+    EXPECT_EQ(ParsePrettyName("PRETTY_NAME=\"open\n"), std::nullopt);
+    EXPECT_EQ(ParsePrettyName("PRETTY_NAME=Linux\nPRETTY_NAME='open\n"), "Linux");
+}
+
 TEST(OsRelease, DropsBlanksAndCarriageReturnAtTheLineEnd) {
     EXPECT_EQ(ParsePrettyName("PRETTY_NAME=\"Linux\" \r\nID=x\n"), "Linux");
 }

@@ -5,6 +5,8 @@
 #include "vorhost/parse/meminfo.h"
 #include "vorhost/parse/os_release.h"
 #include "vorhost/parse/proc_stat.h"
+#include "vorhost/parse/proc_version.h"
+#include "vorhost/parse/release_files.h"
 #include "vorhost/parse/utmp.h"
 
 #include <algorithm>
@@ -50,8 +52,23 @@ constexpr TClassShape classes[] = {
     MakeShape<TOperatingSystem, operatingSystemRows>("KELSG_OperatingSystem"),
 };
 
-constexpr std::array<TSourcePattern, 6> sourcePatterns{
-    "/etc/os-release", "/usr/lib/os-release", "/proc", "/proc/meminfo", "/proc/stat", "/run/utmp",
+constexpr std::array<TSourcePattern, 10> sourcePatterns{
+    "/etc/os-release",   "/usr/lib/os-release", "/etc/redhat-release",
+    "/etc/SuSE-release", "/etc/debian_version", "/proc",
+    "/proc/meminfo",     "/proc/stat",          "/proc/version",
+    "/run/utmp",
+};
+
+// Systems from before os-release; the first file that names the system counts.
+struct TReleaseFile {
+    std::string_view path;
+    TOsRelease (*parse)(std::string_view text);
+};
+
+constexpr TReleaseFile olderReleaseFiles[] = {
+    {"/etc/redhat-release", ParseRedHatRelease},
+    {"/etc/SuSE-release", ParseSuseRelease},
+    {"/etc/debian_version", ParseDebianVersion},
 };
 
 std::optional<std::uint64_t> Add(std::optional<std::uint64_t> left, std::optional<std::uint64_t> right) {
@@ -71,7 +88,25 @@ TOsRelease ReadOsRelease(const ISystemFiles& files) {
     if (!text.IsOk()) {
         text = files.ReadText("/usr/lib/os-release");
     }
-    return ParseOsRelease(text.value);
+    const TOsRelease release = ParseOsRelease(text.value);
+    if (release.prettyName || release.name) {
+        return release;
+    }
+    for (const TReleaseFile& file : olderReleaseFiles) {
+        TOsRelease older = file.parse(files.ReadText(file.path).value);
+        if (older.prettyName) {
+            return older;
+        }
+    }
+    return release;
+}
+
+// A captured tree may lack the answers of system calls.
+std::optional<std::string> FindKernelRelease(TCollection& collection) {
+    if (auto release = collection.GetCalls().KernelRelease()) {
+        return release;
+    }
+    return ParseKernelRelease(collection.GetFiles().ReadText("/proc/version").value);
 }
 
 // "6.1.0-13-amd64" begins with the number 6.1.0.
@@ -87,7 +122,7 @@ void SetNames(TCollection& collection, TOperatingSystem& system) {
     const TOsRelease release = ReadOsRelease(collection.GetFiles());
     const ISystemCalls& calls = collection.GetCalls();
     system.csName = calls.NodeName();
-    system.kernelRelease = calls.KernelRelease();
+    system.kernelRelease = FindKernelRelease(collection);
     system.elementName = release.prettyName ? release.prettyName : release.name;
     if (!system.elementName) {
         system.elementName = "Linux";

@@ -2,31 +2,46 @@
 #include "vorhost/services/os_release.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace NVORHOST {
 namespace {
 
-// Single quotes keep everything, double quotes let a backslash through for the next byte, and so does bare
-// text.
-std::string Unquote(std::string_view text) {
+// In double quotes a backslash only escapes these; before anything else it stands for itself.
+bool IsEscapable(char byte) {
+    return byte == '"' || byte == '\\' || byte == '$' || byte == '`';
+}
+
+// The value that a shell would assign, quote removal included, with one exception: blanks before the first
+// quote belong to the value, because people write PRETTY_NAME=Debian GNU. Nothing for an open quote.
+std::optional<std::string> Unquote(std::string_view value) {
     std::string plain;
     char quote = '\0';
-    for (std::size_t at = 0; at < text.size(); ++at) {
-        const char byte = text[at];
-        const bool opens = quote == '\0' && (byte == '"' || byte == '\'');
-        if (opens || (quote != '\0' && byte == quote)) {
-            quote = opens ? byte : '\0';
-        } else if (byte == '\\' && quote != '\'' && at + 1 < text.size()) {
-            plain += text[++at];
+    bool hasQuotes = false;
+    for (std::size_t at = 0; at < value.size(); ++at) {
+        const char byte = value[at];
+        const bool hasNext = at + 1 < value.size();
+        if (quote == '\0' && (byte == '"' || byte == '\'')) {
+            quote = byte;
+            hasQuotes = true;
+        } else if (byte == quote) {
+            quote = '\0';
+        } else if (byte == '\\' && hasNext &&
+                   (quote == '\0' || (quote == '"' && IsEscapable(value[at + 1])))) {
+            plain += value[++at];
+        } else if (quote == '\0' && hasQuotes && (byte == ' ' || byte == '\t')) {
+            break;
         } else {
             plain += byte;
         }
     }
-    return plain;
+    return quote == '\0' ? std::optional(plain) : std::nullopt;
 }
 
-std::string_view TrimEnd(std::string_view text) {
-    return text.substr(0, text.find_last_not_of(" \t\r") + 1);
+std::string_view TrimBlanks(std::string_view text) {
+    constexpr std::string_view blanks = " \t\r";
+    const std::size_t start = std::min(text.find_first_not_of(blanks), text.size());
+    return text.substr(start, text.find_last_not_of(blanks) + 1 - start);
 }
 
 }  // namespace
@@ -35,10 +50,14 @@ std::optional<std::string> ParsePrettyName(std::string_view osRelease) {
     constexpr std::string_view key = "PRETTY_NAME=";
     std::optional<std::string> name;
     while (!osRelease.empty()) {
-        const std::string_view line = osRelease.substr(0, osRelease.find('\n'));
-        osRelease.remove_prefix(std::min(line.size() + 1, osRelease.size()));
-        if (line.starts_with(key)) {
-            name = Unquote(TrimEnd(line.substr(key.size())));
+        const std::string_view whole = osRelease.substr(0, osRelease.find('\n'));
+        osRelease.remove_prefix(std::min(whole.size() + 1, osRelease.size()));
+        const std::string_view line = TrimBlanks(whole);
+        if (!line.starts_with(key)) {
+            continue;
+        }
+        if (auto value = Unquote(TrimBlanks(line.substr(key.size())))) {
+            name = std::move(value);
         }
     }
     return name.has_value() && name->empty() ? std::nullopt : name;

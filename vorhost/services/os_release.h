@@ -9,7 +9,8 @@
 
 namespace NVORHOST {
 
-/// The value of PRETTY_NAME in the text of an os-release file, quotes and escapes resolved.
+/// The value of PRETTY_NAME in the text of an os-release file, quotes and escapes resolved. A bare value may
+/// contain blanks; after a quoted part a blank ends the value.
 /// Absent: nullopt when no line assigns it a text.
 /// Source: os-release(5); the last assignment counts, as in the shell.
 NKELVOR20_API std::optional<std::string> ParsePrettyName(std::string_view osRelease);
