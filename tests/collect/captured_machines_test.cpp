@@ -103,7 +103,7 @@ TEST_F(TCapturedMachineTest, EmulatedPc) {
     // 160 and 176 MiB; 32 and 48 MiB and the mirror's 95.
     EXPECT_THAT(collected_.GetAll("KELSG_LSILogicalDisk", "NumberOfBlocks"), ElementsAre("327680", "360448"));
     EXPECT_THAT(collected_.GetAll("KELSG_LogicalDisk", "ElementName"),
-                ElementsAre("vg0-home", "vg0-var--log", "md0"));
+                ElementsAre("vg0/home", "vg0/var-log", "md0"));
     EXPECT_THAT(collected_.GetAll("KELSG_LogicalDisk", "NumberOfBlocks"),
                 ElementsAre("65536", "98304", "194560"));
     EXPECT_THAT(collected_.GetAll("KELSG_LogicalDisk", "PackageRedundancy"), ElementsAre("0", "absent", "1"));

@@ -55,6 +55,137 @@ TEST(Disks, OfHypervisorsAndEmulatorsAreOfTheGeneralClass) {
                             "Xen virtual disk"));
 }
 
+// A captured tree may hold nothing of the adapter but its place.
+TEST(Disks, BelowAVirtioDeviceAreVirtualByTheirPathAlone) {
+    TCollected collected;
+    Collect(
+        "/sys/block/sda -> ../devices/pci0000:00/0000:00:08.0/virtio5/host0/target0:0:0/0:0:0:0/block/sda\n"
+        "/sys/block/vda -> ../devices/pci0000:00/0000:00:07.0/virtio3/block/vda\n",
+        collected);
+    EXPECT_EQ(collected.CountInstances(physical), 0U);
+    EXPECT_THAT(collected.GetAll(other, "Description"),
+                ElementsAre("SCSI virtual disk", "virtio virtual disk"));
+}
+
+// A drive on USB: `attributes` are those of the SCSI device, `vendorId` is that of the USB device.
+std::string UsbDisk(const std::string& name, const std::string& vendorId,
+                    const std::vector<std::string>& attributes) {
+    const std::string port = "/sys/devices/pci0000:00/0000:00:14.0/usb1/1-3";
+    return Disk(name, "0000:00:14.0/usb1/1-3/1-3:1.0/host7/target7:0:0/7:0:0:0", "scsi", attributes) + port +
+           "/idVendor = " + vendorId + "\n";
+}
+
+// The description of the one disk of a tree, after its class.
+std::string DescribeDisk(const std::string& tree) {
+    TCollected collected;
+    Collect(tree, collected);
+    EXPECT_EQ(collected.CountInstances(physical) + collected.CountInstances(other), 1U);
+    const bool isPhysical = collected.CountInstances(physical) == 1;
+    return std::string(isPhysical ? "physical: " : "other: ") +
+           collected.Get(isPhysical ? physical : other, "Description");
+}
+
+TEST(Disks, ThatAManagementControllerEmulatesAreToldByTheirNames) {
+    const std::vector<std::pair<std::string, std::string>> names = {
+        {"iDRAC", "Virtual Floppy"},   {"iDRAC", "LCDRIVE"},          {"HP", "Virtual Floppy"},
+        {"HP iLO", "LUN 00 Media 0"},  {"AMI", "Virtual HDISK0"},     {"ATEN", "Virtual Disk"},
+        {"Cisco", "vKVM-Mapped vHDD"}, {"Cisco", "CIMC-Mapped vFDD"}, {"Linux", "File-Stor Gadget"},
+        {"Virtual", "USB Drive"},
+    };
+    for (const auto& [vendor, model] : names) {
+        EXPECT_EQ(DescribeDisk(UsbDisk("sda", "1234", {"vendor = " + vendor, "model = " + model})),
+                  "other: USB virtual disk")
+            << vendor << " " << model;
+    }
+}
+
+TEST(Disks, ThatAManagementControllerEmulatesAreToldByTheirUsbVendor) {
+    for (const char* vendorId : {"046b", "0557", "0624", "14dd"}) {
+        EXPECT_EQ(DescribeDisk(UsbDisk("sda", vendorId, {"vendor = Any", "model = Drive"})),
+                  "other: USB virtual disk")
+            << vendorId;
+    }
+}
+
+TEST(Disks, OnUsbArePhysicalUnlessAManagementControllerIsNamed) {
+    for (const char* model : {"Storage", "iLO Internal SD-CARD", "NonVirtual Disk"}) {
+        EXPECT_EQ(DescribeDisk(UsbDisk("sda", "0781", {"vendor = HP", std::string("model = ") + model})),
+                  "physical: USB disk drive")
+            << model;
+    }
+}
+
+// Storage arrays call their volumes virtual disks, too.
+TEST(Disks, OnOtherBusesAreNotTakenForThoseOfAManagementController) {
+    EXPECT_EQ(DescribeDisk(ScsiDisk("sda", 0, {"vendor = ARRAY", "model = Virtual Disk"})),
+              "physical: SCSI disk drive");
+}
+
+std::string Rotational(const std::string& name, const std::string& value) {
+    return "/sys/block/" + name + "/queue/rotational = " + value + "\n";
+}
+
+TEST(Disks, AreDescribedAsHardDisksOrSolidStateDrives) {
+    const std::string ata = "/sys/devices/pci0000:00/0000:00:1f.2/ata1/host0/target0:0:0/0:0:0:0/block/sda";
+    const std::string disk = "/sys/block/sda -> " + ata + "\n" + ata + "/removable = 0\n";
+    EXPECT_EQ(DescribeDisk(disk + ata + "/queue/rotational = 0\n"), "physical: ATA solid-state drive");
+    EXPECT_EQ(DescribeDisk(disk + ata + "/queue/rotational = 1\n"), "physical: ATA hard disk drive");
+    EXPECT_EQ(DescribeDisk(disk), "physical: ATA disk drive");
+    EXPECT_EQ(DescribeDisk("/sys/block/nvme0n1/size = 8\n" + Rotational("nvme0n1", "0")),
+              "physical: NVMe solid-state drive");
+}
+
+TEST(Disks, ThatAreVirtualAreNotSaidToRotate) {
+    EXPECT_EQ(DescribeDisk("/sys/block/vda/size = 8\n" + Rotational("vda", "1")),
+              "other: virtio virtual disk");
+}
+
+// Sticks and card readers have the kernel's default.
+TEST(Disks, ForRemovableMediaAreNotSaidToRotate) {
+    EXPECT_EQ(DescribeDisk("/sys/block/sda/removable = 1\n" + Rotational("sda", "1")),
+              "physical: SCSI disk drive");
+    EXPECT_EQ(DescribeDisk("/sys/block/sda/removable = 1\n" + Rotational("sda", "0")),
+              "physical: SCSI solid-state drive");
+}
+
+// A name space behind one controller with the transport given.
+std::string NameSpace(const std::string& transport) {
+    const std::string controller = "/sys/devices/virtual/sample/ctl/nvme0";
+    return "/sys/block/nvme0n1 -> " + controller + "/nvme0n1\n" + controller +
+           "/nvme0n1/device -> ../../nvme0\n" + controller + "/transport = " + transport + "\n" + controller +
+           "/model = SAMPLE\n";
+}
+
+TEST(Disks, OfNvmeOverFabricsAreNoPhysicalDisks) {
+    for (const char* transport : {"tcp", "rdma", "fc", "loop"}) {
+        EXPECT_EQ(DescribeDisk(NameSpace(transport)), "other: NVMe network disk") << transport;
+    }
+    EXPECT_EQ(DescribeDisk(NameSpace("pcie")), "physical: NVMe disk drive");
+}
+
+TEST(Disks, OfNvmeOverFabricsAreToldByTheirPathWithoutATransport) {
+    EXPECT_EQ(DescribeDisk("/sys/block/nvme0n1 -> ../devices/virtual/nvme-fabrics/ctl/nvme0/nvme0n1\n"),
+              "other: NVMe network disk");
+}
+
+TEST(Disks, OfAMultipathHeadHaveTheTransportOfItsControllers) {
+    const auto head = [](const std::string& transport) {
+        const std::string subsystem = "/sys/devices/virtual/nvme-subsystem/nvme-subsys0";
+        return "/sys/block/nvme0n1 -> " + subsystem + "/nvme0n1\n" + subsystem +
+               "/nvme0n1/device -> ../../nvme-subsys0\n" + subsystem +
+               "/nvme1 -> ../../sample/ctl/nvme1\n/sys/devices/virtual/sample/ctl/nvme1/transport = " +
+               transport + "\n";
+    };
+    EXPECT_EQ(DescribeDisk(head("tcp")), "other: NVMe network disk");
+    EXPECT_EQ(DescribeDisk(head("pcie")), "physical: NVMe disk drive");
+}
+
+TEST(Disks, OfAnIscsiSessionAreNoPhysicalDisks) {
+    EXPECT_EQ(DescribeDisk("/sys/block/sda -> "
+                           "../devices/platform/host3/session1/target3:0:0/3:0:0:1/block/sda\n"),
+              "other: iSCSI network disk");
+}
+
 // The class of the one unit at a channel of a host.
 std::string ClassOf(const std::string& driver, int channel) {
     const std::string address = "0:" + std::to_string(channel) + ":0:0";

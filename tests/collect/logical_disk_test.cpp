@@ -110,6 +110,42 @@ TEST(FindMapperKind, TellsWhatPeopleWorkWithFromLayers) {
     EXPECT_EQ(describe("", "x"), "none");
 }
 
+TEST(ReadableMapperName, SplitsGroupAndVolumeAtTheSingleHyphen) {
+    const std::string lvm = "LVM-" + std::string(64, 'x');
+    EXPECT_EQ(ReadableMapperName(lvm, "vg.a--b-lv"), "vg.a-b/lv");
+    EXPECT_EQ(ReadableMapperName(lvm, "vg-lv--1--2"), "vg/lv-1-2");
+    EXPECT_EQ(ReadableMapperName(lvm, "a---b"), "a-/b");
+    EXPECT_EQ(ReadableMapperName(lvm, "a----b-c"), "a--b/c");
+    EXPECT_EQ(ReadableMapperName(lvm, "dm-0"), "dm/0");
+    EXPECT_EQ(ReadableMapperName(lvm, "plain"), "plain");
+}
+
+TEST(ReadableMapperName, DecodesEscapesAndKeepsTheHyphensOfOtherDevices) {
+    EXPECT_EQ(ReadableMapperName("mpath-1", "my\\x20disk--a"), "my disk--a");
+    EXPECT_EQ(ReadableMapperName("CRYPT-LUKS2-0-luks-1", "luks-0123-4567"), "luks-0123-4567");
+}
+
+TEST(FindMapperPartition, ReadsNumberAndUuidOfTheWhole) {
+    const auto found = FindMapperPartition("part12-mpath-3600a");
+    ASSERT_TRUE(found.has_value());
+    EXPECT_EQ(found->number, 12U);
+    EXPECT_EQ(found->wholeUuid, "mpath-3600a");
+    for (const char* uuid : {"", "mpath-3600a", "part-mpath-3600a", "part1", "part1-", "partx-mpath-1"}) {
+        EXPECT_FALSE(FindMapperPartition(uuid).has_value()) << uuid;
+    }
+}
+
+TEST(LogicalDisks, OfLvmHaveTheNamesThatPeopleGaveAndKeysOfTheMappersName) {
+    const std::string uuids(64, 'x');
+    TCollected collected;
+    Collect(
+        "/sys/block/dm-0/dm/name = vg.a--b-lv\n/sys/block/dm-0/dm/uuid = LVM-" + uuids +
+            "\n/sys/block/dm-1/dm/name = my\\x20disk\n/sys/block/dm-1/dm/uuid = CRYPT-PLAIN-my\\x20disk\n",
+        collected);
+    EXPECT_THAT(collected.GetAll(logical, "ElementName"), ElementsAre("vg.a-b/lv", "my disk"));
+    EXPECT_THAT(collected.GetAll(logical, "DeviceID"), ElementsAre(uuids, "CRYPT-PLAIN-my\\x20disk"));
+}
+
 TEST(LogicalDisks, OfLvmHaveTheUuidsOfGroupAndVolumeAsTheirKey) {
     const std::string uuids(64, 'x');
     TCollected collected;

@@ -4,6 +4,7 @@
 #include "vorhost/collect/collection.h"
 #include "vorhost/collect/device_key.h"
 #include "vorhost/collect/device_position.h"
+#include "vorhost/collect/emulated_medium.h"
 #include "vorhost/collect/operational_status.h"
 #include "vorhost/collect/scsi_device.h"
 #include "vorhost/parse/placeholders.h"
@@ -29,6 +30,8 @@ struct TBlockDevice {
         return ReadAttribute(files, path + "/" + std::string(attribute));
     }
     bool IsBelow(std::string_view part) const { return devicePath.starts_with(part); }
+    /// True when the name of a folder on the way begins with `prefix`, given with the slash before it.
+    bool IsBelowFolder(std::string_view prefix) const { return devicePath.find(prefix) != std::string::npos; }
 };
 
 bool HasNumberBehind(std::string_view name, std::string_view prefix) {
@@ -121,6 +124,27 @@ std::string ReadNvmeIdentity(const TBlockDevice& device) {
     return serial ? *serial + "-" + nameSpace : "";
 }
 
+// A fabric may end on another machine, and also on this one ("loop"): there is no drive in either case.
+bool IsFabricTransport(std::string_view transport) {
+    constexpr std::string_view fabrics[] = {"tcp", "rdma", "fc", "loop"};
+    return std::find(std::begin(fabrics), std::end(fabrics), transport) != std::end(fabrics);
+}
+
+// The disk of a subsystem has no controller of its own but links to those that lead to it.
+bool IsRemoteNvme(const TBlockDevice& device) {
+    if (device.IsBelowFolder("/nvme-fabrics/")) {
+        return true;
+    }
+    if (const auto transport = device.Read("device/transport")) {
+        return IsFabricTransport(*transport);
+    }
+    const auto names = device.files.List(device.path + "/device").value;
+    return std::any_of(names.begin(), names.end(), [&](const std::string& name) {
+        return HasNumberBehind(name, "nvme") &&
+               IsFabricTransport(device.Read("device/" + name + "/transport").value_or(""));
+    });
+}
+
 // ---- MMC and SD
 
 std::optional<std::string> ReadMmcModel(const TBlockDevice& device) {
@@ -152,6 +176,15 @@ bool IsAlwaysDisk(const TBlockDevice&) {
     return true;
 }
 
+bool IsNeverRemote(const TBlockDevice&) {
+    return false;
+}
+
+// The initiator opens a session with the machine that has the disk.
+bool IsRemoteScsi(const TBlockDevice& device) {
+    return device.IsBelowFolder("/session");
+}
+
 // "mmcblk0", not its hardware partitions "mmcblk0boot0" and "mmcblk0rpmb".
 bool IsMmcDisk(const TBlockDevice& device) {
     return HasNumberBehind(device.kernelName, "mmcblk");
@@ -169,6 +202,7 @@ struct TDiskKind {
     std::optional<std::string> (*readModel)(const TBlockDevice& device);
     std::string (*readIdentity)(const TBlockDevice& device);
     std::string (*readState)(const TBlockDevice& device);
+    bool (*isRemote)(const TBlockDevice& device);
     EDiskBacking backing;  // unless a rule below says otherwise
 };
 
@@ -179,17 +213,17 @@ std::string NoState(const TBlockDevice&) {
 // clang-format off
 constexpr TDiskKind diskKinds[] = {
     {"scsi", "sd", IsScsiDisk, FindTransportAsScsi, ReadModelAsScsi, ReadIdentityAsScsi, ScsiState,
-     EDiskBacking::physical},
+     IsRemoteScsi, EDiskBacking::physical},
     {"nvme", "nvme", IsAlwaysDisk, [](const TBlockDevice&) { return std::string("NVMe"); }, ReadNvmeModel,
-     ReadNvmeIdentity, ScsiState, EDiskBacking::physical},
+     ReadNvmeIdentity, ScsiState, IsRemoteNvme, EDiskBacking::physical},
     {"nvme-subsystem", "nvme", IsAlwaysDisk, [](const TBlockDevice&) { return std::string("NVMe"); },
-     ReadNvmeModel, ReadNvmeIdentity, NoState, EDiskBacking::physical},
+     ReadNvmeModel, ReadNvmeIdentity, NoState, IsRemoteNvme, EDiskBacking::physical},
     {"mmc", "mmcblk", IsMmcDisk, [](const TBlockDevice&) { return std::string("MMC"); }, ReadMmcModel,
-     ReadMmcIdentity, NoState, EDiskBacking::physical},
+     ReadMmcIdentity, NoState, IsNeverRemote, EDiskBacking::physical},
     {"virtio", "vd", IsAlwaysDisk, [](const TBlockDevice&) { return std::string("virtio"); }, ReadNoModel,
-     ReadVirtioIdentity, NoState, EDiskBacking::simulated},
+     ReadVirtioIdentity, NoState, IsNeverRemote, EDiskBacking::simulated},
     {"xen", "xvd", IsAlwaysDisk, [](const TBlockDevice&) { return std::string("Xen"); }, ReadNoModel,
-     ReadNoIdentity, NoState, EDiskBacking::simulated},
+     ReadNoIdentity, NoState, IsNeverRemote, EDiskBacking::simulated},
 };
 // clang-format on
 
@@ -230,11 +264,23 @@ constexpr std::string_view simulatedModels[] = {
     "XENSRC",
 };
 
+// A bus that only hypervisors have; a captured tree may hold nothing else of the adapter.
+constexpr std::string_view paravirtualBus = "/virtio";
+
 bool IsSimulated(const TBlockDevice& device, const std::optional<std::string>& model) {
     const auto isAdapter = [&](std::string_view row) { return row == device.scsiHostDriver; };
     const auto isModel = [&](std::string_view row) { return model && model->starts_with(row); };
     return std::any_of(std::begin(simulatedAdapters), std::end(simulatedAdapters), isAdapter) ||
-           std::any_of(std::begin(simulatedModels), std::end(simulatedModels), isModel);
+           std::any_of(std::begin(simulatedModels), std::end(simulatedModels), isModel) ||
+           device.IsBelowFolder(paravirtualBus) || IsEmulatedMedium(ToScsi(device), model);
+}
+
+EDiskBacking FindBacking(const TDiskKind& kind, const TBlockDevice& device,
+                         const std::optional<std::string>& model) {
+    if (IsSimulated(device, model)) {
+        return EDiskBacking::simulated;
+    }
+    return kind.isRemote(device) ? EDiskBacking::remote : kind.backing;
 }
 
 bool IsMadeByKernel(const TBlockDevice& device) {
@@ -276,10 +322,13 @@ std::optional<TFoundDisk> ReadDisk(const ISystemFiles& files, const std::string&
     }
     disk.transport = kind->findTransport(device);
     disk.model = kind->readModel(device);
-    disk.backing = IsSimulated(device, disk.model) ? EDiskBacking::simulated : kind->backing;
+    disk.backing = FindBacking(*kind, device, disk.model);
     ReadSizes(device, disk);
     if (const auto removable = device.Read("removable")) {
         disk.isRemovable = *removable == "1";
+    }
+    if (const auto rotational = device.Read("queue/rotational")) {
+        disk.isRotational = *rotational == "1";
     }
     disk.operationalStatus = FindDiskStatus(kind->readState(device));
     if (disk.backing == EDiskBacking::physical) {

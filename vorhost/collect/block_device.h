@@ -18,7 +18,8 @@ class TCollection;
 /// What stands behind a disk.
 enum class EDiskBacking {
     physical,    ///< one device of its own
-    simulated,   ///< a hypervisor's or an emulator's
+    simulated,   ///< a hypervisor's, an emulator's or a management controller's
+    remote,      ///< on another machine, reached over a network
     raidVolume,  ///< made by an adapter from disks behind it
 };
 
@@ -26,7 +27,7 @@ struct TDisk {
     std::string kernelName;  ///< "sda"
     std::string key;         ///< unique among the machine's disks
     std::string position;    ///< as of device_position.h; the kernel's name when nothing else tells
-    std::string transport;   ///< "ATA", "SCSI", "SAS", "USB", "NVMe", "MMC", "virtio", "Xen"
+    std::string transport;   ///< "ATA", "SCSI", "iSCSI", "SAS", "USB", "NVMe", "MMC", "virtio", "Xen"
     EDiskBacking backing = EDiskBacking::physical;
     ERaidFamily raidFamily = ERaidFamily::none;  ///< of a RAID volume
     /// Vendor and model as people know the disk; absent when it does not say.
@@ -34,6 +35,7 @@ struct TDisk {
     std::optional<std::uint64_t> sizeBytes;       ///< absent for a drive without medium
     std::optional<std::uint64_t> blockSizeBytes;  ///< logical block; absent with the size
     std::optional<bool> isRemovable;
+    std::optional<bool> isRotational;  ///< true for platters; the kernel's default where a drive does not say
     /// CIM operational status; absent where the kernel keeps no state.
     std::optional<std::vector<std::uint16_t>> operationalStatus;
     /// Of a RAID volume as far as its driver tells; unknown for what a hypervisor presents.
@@ -51,12 +53,14 @@ inline bool IsLogicalDisk(const TDisk& disk) {
 std::vector<TDisk> ReadDisks(TCollection& collection);
 
 /// What that reads.
-inline constexpr std::array<TSourcePattern, 14> diskSources{
+inline constexpr std::array<TSourcePattern, 17> diskSources{
     "/sys/block",
     "/sys/block/*",
     "/sys/block/*/*",
     "/sys/block/*/device/*",
+    "/sys/block/*/device/nvme*/transport",
     "/sys/block/*/queue/logical_block_size",
+    "/sys/block/*/queue/rotational",
     "/sys/class/raid_devices/**",
     "/sys/class/scsi_host/*/proc_name",
     "/sys/devices/**/*:*:*.*",
@@ -64,6 +68,7 @@ inline constexpr std::array<TSourcePattern, 14> diskSources{
     "/sys/devices/**/ata_port/*/port_no",
     "/sys/devices/**/sas_device/*/sas_address",
     "/sys/devices/**/usb*/version",
+    "/sys/devices/**/idVendor",
     "/sys/devices/**/serial",
     "/sys/devices/**/usb*/serial",
 };

@@ -14,16 +14,34 @@ constexpr TClassShape classes[] = {
 
 constexpr auto sourcePatterns = diskSources;
 
+// Drives for removable media rotate by the kernel's default, sticks and card readers too.
+std::string_view DescribePhysical(const TDisk& disk) {
+    if (!disk.isRotational || (*disk.isRotational && disk.isRemovable.value_or(false))) {
+        return "disk drive";
+    }
+    return *disk.isRotational ? "hard disk drive" : "solid-state drive";
+}
+
+template <const char* words>
+std::string_view DescribeAs(const TDisk&) {
+    return words;
+}
+
 struct TBackingRow {
     EDiskBacking backing;
     const TClassShape& shape;
-    std::string_view words;  // behind the transport's name
+    std::string_view (*describe)(const TDisk& disk);  // behind the transport's name
 };
 
+constexpr char virtualDisk[] = "virtual disk";
+constexpr char networkDisk[] = "network disk";
+constexpr char raidVolume[] = "RAID volume";
+
 constexpr TBackingRow backingRows[] = {
-    {EDiskBacking::physical, classes[0], "disk drive"},
-    {EDiskBacking::simulated, classes[1], "virtual disk"},
-    {EDiskBacking::raidVolume, classes[1], "RAID volume"},
+    {EDiskBacking::physical, classes[0], DescribePhysical},
+    {EDiskBacking::simulated, classes[1], DescribeAs<virtualDisk>},
+    {EDiskBacking::remote, classes[1], DescribeAs<networkDisk>},
+    {EDiskBacking::raidVolume, classes[1], DescribeAs<raidVolume>},
 };
 
 // A medium that cannot be removed is locked in and was never mounted, says CIM; of others sysfs tells
@@ -63,7 +81,8 @@ void CollectDiskDrives(TCollection& collection) {
     for (const TDisk& disk : collection.GetDisks()) {
         for (const TBackingRow& row : backingRows) {
             if (row.backing == disk.backing && !IsLogicalDisk(disk)) {
-                collection.Commit<TMediaDrive>(row.shape, mediaDriveRows, MakeDrive(disk, row.words));
+                collection.Commit<TMediaDrive>(row.shape, mediaDriveRows,
+                                               MakeDrive(disk, row.describe(disk)));
             }
         }
     }

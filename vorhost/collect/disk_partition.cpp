@@ -4,14 +4,19 @@
 #include "vorhost/collect/collection.h"
 #include "vorhost/collect/keyed_records.h"
 #include "vorhost/collect/operational_status.h"
+#include "vorhost/collect/volume_uuid.h"
 #include "vorhost/parse/udev_record.h"
 #include "vorhost/parse/uevent.h"
 
 #include <algorithm>
+#include <map>
+#include <set>
 
 namespace NVORHOST {
 
 namespace {
+
+constexpr const char* blockFolder = "/sys/block/";
 
 struct TPartition {
     std::optional<std::string> elementName, description, deviceId;
@@ -56,7 +61,7 @@ constexpr std::uint16_t primaryType = 1;
 constexpr std::uint16_t extendedType = 2;
 constexpr std::uint16_t logicalType = 3;
 
-// A disk or an md array, as its partitions see it.
+// A disk or a volume, as its partitions see it.
 struct TWhole {
     std::string kernelName;
     std::string key;
@@ -65,7 +70,18 @@ struct TWhole {
     std::optional<std::uint64_t> blockSizeBytes;
     std::optional<TOperationalStatus> operationalStatus;
     TRedundancy redundancy;
+    std::string mapperUuid;          // of a device mapper volume, else empty
+    std::vector<std::string> paths;  // of a multipath set, else empty
 };
+
+// A partition that is a device mapper device of its own.
+struct TMappedPartition {
+    std::string kernelName;
+    std::uint32_t number;
+};
+
+using TMappedPartitions =
+    std::map<std::string, std::vector<TMappedPartition>, std::less<>>;  // by whole's UUID
 
 // What the kernel and, where it runs, udev say of one partition.
 struct TPartitionSource {
@@ -218,34 +234,80 @@ TPartition MakePartition(const ISystemFiles& files, const TPartitionSource& sour
     return partition;
 }
 
-std::optional<TPartitionSource> ReadSource(const ISystemFiles& files, const TWhole& whole,
-                                           const std::string& kernelName) {
-    const std::string folder = "/sys/block/" + whole.kernelName + "/" + kernelName;
-    const auto number = ReadNumber<std::uint32_t>(files, folder + "/partition");
-    if (!number) {
-        return std::nullopt;
-    }
-    TPartitionSource source{&whole, kernelName, folder, *number, files.ReadText(folder + "/uevent").value,
-                            {}};
+TPartitionSource ReadSource(const ISystemFiles& files, const TWhole& whole, const std::string& folder,
+                            std::uint32_t number) {
+    TPartitionSource source{&whole, folder.substr(folder.rfind('/') + 1),     folder,
+                            number, files.ReadText(folder + "/uevent").value, {}};
     if (const auto deviceNumber = ReadAttribute(files, folder + "/dev")) {
         source.udevRecord = files.ReadText("/run/udev/data/b" + *deviceNumber).value;
     }
     return source;
 }
 
-std::vector<TPartitionSource> ReadSources(const ISystemFiles& files, const TWhole& whole) {
+// Those that the kernel made from the table on the block device `tableName`.
+std::vector<TPartitionSource> ReadKernelSources(const ISystemFiles& files, const TWhole& whole,
+                                                const std::string& tableName) {
     std::vector<TPartitionSource> sources;
-    for (const std::string& name : files.List("/sys/block/" + whole.kernelName).value) {
-        if (!name.starts_with(whole.kernelName)) {
+    const std::string tableFolder = blockFolder + tableName;
+    for (const std::string& name : files.List(tableFolder).value) {
+        if (!name.starts_with(tableName)) {
             continue;  // an attribute
         }
-        if (auto source = ReadSource(files, whole, name)) {
-            sources.push_back(std::move(*source));
+        const std::string folder = tableFolder + "/" + name;
+        if (const auto number = ReadNumber<std::uint32_t>(files, folder + "/partition")) {
+            sources.push_back(ReadSource(files, whole, folder, *number));
         }
+    }
+    return sources;
+}
+
+std::vector<TPartitionSource> ReadMappedSources(const ISystemFiles& files, const TWhole& whole,
+                                                const TMappedPartitions& mapped) {
+    std::vector<TPartitionSource> sources;
+    if (const auto found = mapped.find(whole.mapperUuid); found != mapped.end()) {
+        for (const TMappedPartition& partition : found->second) {
+            sources.push_back(ReadSource(files, whole, blockFolder + partition.kernelName, partition.number));
+        }
+    }
+    return sources;
+}
+
+// Each path to a multipath set shows the set's partition table; the first that was read is as good as the
+// set.
+std::vector<TPartitionSource> ReadPathSources(const ISystemFiles& files, const TWhole& whole) {
+    for (const std::string& path : whole.paths) {
+        auto sources = ReadKernelSources(files, whole, path);
+        if (!sources.empty()) {
+            return sources;
+        }
+    }
+    return {};
+}
+
+std::vector<TPartitionSource> ReadSources(const ISystemFiles& files, const TWhole& whole,
+                                          const TMappedPartitions& mapped) {
+    auto sources = whole.mapperUuid.empty() ? ReadKernelSources(files, whole, whole.kernelName)
+                                            : ReadMappedSources(files, whole, mapped);
+    if (sources.empty()) {
+        sources = ReadPathSources(files, whole);
     }
     std::sort(sources.begin(), sources.end(),
               [](const auto& a, const auto& b) { return a.number < b.number; });
     return sources;
+}
+
+TMappedPartitions ReadMappedPartitions(const ISystemFiles& files) {
+    TMappedPartitions partitions;
+    for (const std::string& name : files.List("/sys/block").value) {
+        if (!name.starts_with("dm-")) {
+            continue;
+        }
+        const std::string uuid = ReadAttribute(files, blockFolder + name + "/dm/uuid").value_or("");
+        if (const auto partition = FindMapperPartition(uuid)) {
+            partitions[std::string(partition->wholeUuid)].push_back({name, partition->number});
+        }
+    }
+    return partitions;
 }
 
 TKeySource MakeKeySource(const TPartitionSource& source) {
@@ -255,14 +317,27 @@ TKeySource MakeKeySource(const TPartitionSource& source) {
 }
 
 std::vector<TWhole> FindWholes(TCollection& collection) {
+    std::set<std::string> paths;
+    for (const TSoftwareVolume& volume : collection.GetSoftwareVolumes()) {
+        paths.insert(volume.paths.begin(), volume.paths.end());
+    }
     std::vector<TWhole> wholes;
     for (const TDisk& disk : collection.GetDisks()) {
-        wholes.push_back({disk.kernelName, disk.key, disk.position, disk.model.value_or(disk.key),
-                          disk.blockSizeBytes, disk.operationalStatus, disk.redundancy});
+        if (!paths.contains(disk.kernelName)) {
+            wholes.push_back({disk.kernelName,
+                              disk.key,
+                              disk.position,
+                              disk.model.value_or(disk.key),
+                              disk.blockSizeBytes,
+                              disk.operationalStatus,
+                              disk.redundancy,
+                              {},
+                              {}});
+        }
     }
     for (const TSoftwareVolume& volume : collection.GetSoftwareVolumes()) {
-        wholes.push_back({volume.kernelName, volume.key, volume.name, volume.name, volume.blockSizeBytes,
-                          volume.operationalStatus, volume.redundancy});
+        wholes.push_back({volume.kernelName, volume.key, volume.position, volume.name, volume.blockSizeBytes,
+                          volume.operationalStatus, volume.redundancy, volume.mapperUuid, volume.paths});
     }
     return wholes;
 }
@@ -279,8 +354,9 @@ std::span<const TSourcePattern> GetDiskPartitionSources() {
 
 void CollectDiskPartitions(TCollection& collection) {
     std::vector<TKeyedRecord<TPartition>> partitions;
+    const TMappedPartitions mapped = ReadMappedPartitions(collection.GetFiles());
     for (const TWhole& whole : FindWholes(collection)) {
-        for (const TPartitionSource& source : ReadSources(collection.GetFiles(), whole)) {
+        for (const TPartitionSource& source : ReadSources(collection.GetFiles(), whole, mapped)) {
             partitions.push_back({MakePartition(collection.GetFiles(), source), MakeKeySource(source)});
         }
     }

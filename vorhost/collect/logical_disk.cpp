@@ -125,6 +125,9 @@ void CollectLogicalDisks(TCollection& collection) {
         CommitVolume(collection, disk);
     }
     for (const TSoftwareVolume& volume : collection.GetSoftwareVolumes()) {
+        if (!volume.isLogicalDisk) {
+            continue;
+        }
         TLogicalDisk logical = MakeLogicalDisk(volume);
         logical.elementName = volume.name;
         logical.description = volume.description;

@@ -3,6 +3,7 @@
 #include "vorhost/collect/attribute.h"
 #include "vorhost/collect/collection.h"
 #include "vorhost/collect/device_position.h"
+#include "vorhost/collect/emulated_medium.h"
 #include "vorhost/collect/media_drive.h"
 #include "vorhost/collect/scsi_device.h"
 #include "vorhost/parse/cdrom_info.h"
@@ -135,7 +136,9 @@ TFoundDrive MakeDrive(const TOpticalDrive& drive, const std::vector<TCdromAbilit
     const bool readsDvd = ReadsDvd(drive, abilities, model);
     TFoundDrive found{readsDvd ? &dvdShape : &cdromShape, {}};
     TMediaDrive& record = found.record;
-    record.description = FindScsiTransport(drive.device) + (readsDvd ? " DVD drive" : " CD-ROM drive");
+    record.description = FindScsiTransport(drive.device) +
+                         (IsEmulatedMedium(drive.device, model) ? " virtual" : "") +
+                         (readsDvd ? " DVD drive" : " CD-ROM drive");
     record.elementName = model ? model : record.description;
     record.operationalStatus =
         FindDiskStatus(ReadAttribute(drive.files, drive.device.folder + "/state").value_or(""));

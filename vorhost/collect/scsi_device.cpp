@@ -69,11 +69,11 @@ std::string UnitSuffix(const TScsiDevice& device) {
 }
 
 std::string ReadUsbSerial(const TScsiDevice& device) {
-    const auto usbDevice = FindFolder(device.devicePath, IsUsbDeviceName);
+    const std::string usbDevice = FindUsbDeviceFolder(device);
     if (usbDevice.empty()) {
         return {};
     }
-    auto serial = ReadAttribute(device.files, std::string(usbDevice) + "/serial");
+    auto serial = ReadAttribute(device.files, usbDevice + "/serial");
     serial = WithoutPlaceholder(std::move(serial));
     return serial ? *serial + UnitSuffix(device) : "";
 }
@@ -110,6 +110,7 @@ std::string FindScsiTransport(const TScsiDevice& device) {
         {"/usb", "USB"},
         {"/ata", "ATA"},
         {"/end_device-", "SAS"},
+        {"/session", "iSCSI"},
     };
     for (const TRow& row : rows) {
         if (device.devicePath.find(row.part) != std::string::npos) {
@@ -118,6 +119,10 @@ std::string FindScsiTransport(const TScsiDevice& device) {
     }
     // Kernels before 2.6.39 had no folder for the link.
     return Read(device, "vendor") == "ATA" ? "ATA" : "SCSI";
+}
+
+std::string FindUsbDeviceFolder(const TScsiDevice& device) {
+    return std::string(FindFolder(device.devicePath, IsUsbDeviceName));
 }
 
 std::string ReadScsiHostDriver(const TScsiDevice& device) {

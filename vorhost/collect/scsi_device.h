@@ -23,8 +23,11 @@ std::optional<std::string> ReadScsiModel(const TScsiDevice& device);
 /// Its world-wide name, else its serial number; empty when it has neither.
 std::string ReadScsiIdentity(const TScsiDevice& device);
 
-/// "USB", "ATA", "SAS" or "SCSI".
+/// "USB", "ATA", "SAS", "iSCSI" or "SCSI".
 std::string FindScsiTransport(const TScsiDevice& device);
+
+/// The folder of the USB device that it belongs to; empty when it is on no USB bus.
+std::string FindUsbDeviceFolder(const TScsiDevice& device);
 
 /// The name by which the driver of its host calls itself ("megaraid_sas"), else by which the kernel knows it;
 /// empty without one. Reads ".../driver" of the adapter besides what is listed below.
@@ -34,10 +37,11 @@ std::string ReadScsiHostDriver(const TScsiDevice& device);
 std::string FindScsiAddress(const TScsiDevice& device);
 
 /// What these and the position of such a device read besides the attributes in its folder.
-inline constexpr std::array<TSourcePattern, 6> scsiSources{
+inline constexpr std::array<TSourcePattern, 7> scsiSources{
     "/sys/class/scsi_host/*/proc_name",   "/sys/devices/**/*:*:*.*",
     "/sys/devices/**/ata_port/*/port_no", "/sys/devices/**/sas_device/*/sas_address",
     "/sys/devices/**/usb*/version",       "/sys/devices/**/serial",
+    "/sys/devices/**/idVendor",
 };
 
 }  // namespace NVORHOST

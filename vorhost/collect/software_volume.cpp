@@ -221,6 +221,7 @@ std::optional<TFoundVolume> FindArray(const ISystemFiles& files, const std::stri
     }
     TFoundVolume found;
     found.volume.name = kernelName;
+    found.volume.position = kernelName;
     found.volume.description = DescribeArray(level);
     found.identity = ReadArrayIdentity(array, kernelName);
     return found;
@@ -235,9 +236,25 @@ std::optional<TFoundVolume> FindMapped(const ISystemFiles& files, const std::str
         return std::nullopt;
     }
     TFoundVolume found;
-    found.volume.name = name.empty() ? kernelName : name;
+    found.volume.position = name.empty() ? kernelName : name;
+    found.volume.name = ReadableMapperName(uuid, found.volume.position);
+    found.volume.mapperUuid = uuid;
+    if (IsMultipath(uuid)) {
+        found.volume.paths = files.List(std::string(blockFolder) + kernelName + "/slaves").value;
+    }
     found.volume.description = kind->description;
     found.identity = MapperIdentity(uuid);
+    return found;
+}
+
+TFoundVolume FindCached(const ISystemFiles& files, const std::string& kernelName) {
+    TFoundVolume found;
+    found.volume.name = kernelName;
+    found.volume.position = kernelName;
+    found.volume.description = "Cached disk";
+    found.volume.isLogicalDisk = false;
+    found.identity =
+        ReadAttribute(files, std::string(blockFolder) + kernelName + "/bcache/backing_dev_uuid").value_or("");
     return found;
 }
 
@@ -253,6 +270,9 @@ void ReadSizes(const ISystemFiles& files, TSoftwareVolume& volume) {
 std::optional<TFoundVolume> FindVolume(const ISystemFiles& files, const std::string& kernelName) {
     if (kernelName.starts_with("md")) {
         return FindArray(files, kernelName);
+    }
+    if (kernelName.starts_with("bcache")) {
+        return FindCached(files, kernelName);
     }
     return kernelName.starts_with("dm-") ? FindMapped(files, kernelName) : std::nullopt;
 }
@@ -276,7 +296,7 @@ std::vector<TSoftwareVolume> ReadSoftwareVolumes(TCollection& collection) {
         const TLayer layer = layers.Find(kernelName);
         volume.operationalStatus = layer.status;
         volume.redundancy = layer.redundancy;
-        keySources.push_back({std::move(found->identity), volume.name});
+        keySources.push_back({std::move(found->identity), volume.position});
     }
     auto keys = collection.MakeKeys(keySources, "volume");
     for (std::size_t i = 0; i < volumes.size(); ++i) {

@@ -1,5 +1,9 @@
 #include "vorhost/collect/volume_uuid.h"
 
+#include "vorhost/parse/lines.h"
+#include "vorhost/parse/numbers.h"
+#include "vorhost/parse/udev_record.h"
+
 #include <algorithm>
 #include <array>
 
@@ -8,12 +12,13 @@ namespace NVORHOST {
 namespace {
 
 constexpr std::string_view lvmPrefix = "LVM-";
+constexpr std::string_view multipathPrefix = "mpath-";
 constexpr std::string_view hexDigits = "0123456789abcdefABCDEF";
 
 // cryptsetup's integrity, verity and temporary devices are no encrypted volumes and not listed.
 constexpr TMapperKind kinds[] = {
     {lvmPrefix, "LVM logical volume"},
-    {"mpath-", "Multipath device"},
+    {multipathPrefix, "Multipath device"},
     {"CRYPT-LUKS", "Encrypted device, LUKS"},
     {"CRYPT-PLAIN-", "Encrypted device"},
     {"CRYPT-LOOPAES-", "Encrypted device, loop-AES"},
@@ -28,18 +33,35 @@ constexpr std::string_view otherParts[] = {"_cdata", "_cmeta",  "_corig",   "_cp
                                            "_tdata", "_tmeta",  "_vdata",   "_vorigin", "_iorig",
                                            "_imeta", "_wcorig", "_pmspare", "_vpool"};
 
-// "group-volume", where a hyphen in either name is doubled.
-std::string_view VolumePart(std::string_view mapperName) {
+// Where "group-volume" has the hyphen between the names, npos without one. A hyphen in either name is
+// doubled.
+std::size_t FindNameSeparator(std::string_view mapperName) {
     for (std::size_t i = 0; i < mapperName.size(); ++i) {
         if (mapperName[i] != '-') {
             continue;
         }
         if (i + 1 == mapperName.size() || mapperName[i + 1] != '-') {
-            return mapperName.substr(i + 1);
+            return i;
         }
         ++i;
     }
-    return {};
+    return std::string_view::npos;
+}
+
+std::string_view VolumePart(std::string_view mapperName) {
+    const std::size_t separator = FindNameSeparator(mapperName);
+    return separator == std::string_view::npos ? std::string_view{} : mapperName.substr(separator + 1);
+}
+
+std::string JoinHyphens(std::string_view name) {
+    std::string joined;
+    for (std::size_t i = 0; i < name.size(); ++i) {
+        joined += name[i];
+        if (name.substr(i, 2) == "--") {
+            ++i;
+        }
+    }
+    return joined;
 }
 
 template <typename TWords>
@@ -88,6 +110,29 @@ std::optional<TMapperKind> FindMapperKind(std::string_view uuid, std::string_vie
         }
     }
     return std::nullopt;
+}
+
+std::string ReadableMapperName(std::string_view uuid, std::string_view name) {
+    const std::size_t separator = FindNameSeparator(name);
+    if (!uuid.starts_with(lvmPrefix) || separator == std::string_view::npos) {
+        return DecodeUdevEscapes(name);
+    }
+    return JoinHyphens(name.substr(0, separator)) + "/" + JoinHyphens(name.substr(separator + 1));
+}
+
+std::optional<TMapperPartition> FindMapperPartition(std::string_view uuid) {
+    constexpr std::string_view prefix = "part";
+    const auto [part, wholeUuid] = SplitAt(uuid, '-');
+    const auto number =
+        part.starts_with(prefix) ? ParseNumber<std::uint32_t>(part.substr(prefix.size())) : std::nullopt;
+    if (!number || wholeUuid.empty()) {
+        return std::nullopt;
+    }
+    return TMapperPartition{*number, wholeUuid};
+}
+
+bool IsMultipath(std::string_view uuid) {
+    return uuid.starts_with(multipathPrefix);
 }
 
 bool IsMirrorPart(std::string_view mapperName) {
