@@ -1,6 +1,9 @@
 """The table of agreements: fields that were compared, and what became of each."""
 
 import collections
+import contextlib
+
+from capture_comparison.namespace import CollectionFailed
 
 
 class Agreement:
@@ -9,14 +12,19 @@ class Agreement:
     def __init__(self, name):
         self.name = name
         self._agreed = collections.Counter()
+        self._lacking = collections.Counter()  # neither side has a value
         self._explained = collections.defaultdict(list)  # reason -> [(field, line)]
         self._unexplained = []  # (field, line)
+        self._not_compared = []  # lines
         self._machines = set()
 
     def compare(self, machine, place, field, theirs, ours, explain=None):
         """Compares two values of one field; None is absence. `explain(theirs, ours)` gives a reason for a
         difference, or None."""
         self._machines.add(machine)
+        if theirs is None and ours is None:
+            self._lacking[field] += 1
+            return
         if theirs == ours:
             self._agreed[field] += 1
             return
@@ -27,28 +35,51 @@ class Agreement:
         else:
             self._unexplained.append((field, line))
 
+    @contextlib.contextmanager
+    def attempt(self, machine):
+        """Counts a machine whose data this program cannot read, rather than ending the run with it. A program
+        that fails to collect from it is a finding."""
+        try:
+            yield
+        except CollectionFailed as failure:
+            self._unexplained.append(("collection", f"{machine}: {failure}"))
+        except Exception as error:  # data of other people's making can fail anywhere
+            self._not_compared.append(f"{machine}: {type(error).__name__}: {error}")
+
     def is_explained(self):
         """Something was compared, and no difference is left over."""
         return bool(self._agreed) and not self._unexplained
+
+    def totals(self):
+        """Fields compared, agreed, explained and different, those that both sides lack, machines not compared."""
+        explained = sum(len(entries) for entries in self._explained.values())
+        agreed = sum(self._agreed.values())
+        return (agreed + explained + len(self._unexplained), agreed, explained, len(self._unexplained),
+                sum(self._lacking.values()), len(self._not_compared))
 
     def print(self, verbose=False):
         explained = collections.Counter(field for entries in self._explained.values() for field, _ in entries)
         unexplained = collections.Counter(field for field, _ in self._unexplained)
         print(f"\n{self.name}: {len(self._machines)} machines")
-        print(f"{'field':<36}{'compared':>10}{'agreed':>10}{'explained':>11}{'differ':>8}")
-        totals = [0, 0, 0, 0]
-        for field in sorted(set(self._agreed) | set(explained) | set(unexplained)):
+        print(f"{'field':<36}{'compared':>10}{'agreed':>10}{'explained':>11}{'differ':>8}{'both lack':>11}")
+        for field in sorted(set(self._agreed) | set(explained) | set(unexplained) | set(self._lacking)):
             row = [self._agreed[field], explained[field], unexplained[field]]
-            row.insert(0, sum(row))
-            totals = [total + value for total, value in zip(totals, row)]
-            print(f"{field:<36}{row[0]:>10}{row[1]:>10}{row[2]:>11}{row[3]:>8}")
-        print(f"{'all':<36}{totals[0]:>10}{totals[1]:>10}{totals[2]:>11}{totals[3]:>8}")
+            print(_row(field, sum(row), *row, self._lacking[field]))
+        print(_row("all", *self.totals()[:5]))
         for reason, entries in sorted(self._explained.items()):
             print(f"explained, {len(entries)}: {reason}")
             for _, line in entries if verbose else []:
                 print(f"    {line}")
+        if self._not_compared:
+            print(f"not compared, {len(self._not_compared)}: the data cannot be read")
+        for line in self._not_compared:
+            print(f"    {line}")
         for _, line in self._unexplained:
             print(f"DIFFERS {line}")
+
+
+def _row(field, compared, agreed, explained, differ, lacking):
+    return f"{field:<36}{compared:>10}{agreed:>10}{explained:>11}{differ:>8}{lacking:>11}"
 
 
 def _show(value):

@@ -1,5 +1,6 @@
 """Disks, partitions and volumes of captured trees against lsblk's and other decodes of them."""
 
+import collections
 import json
 import re
 
@@ -17,7 +18,7 @@ VOLUMES = {"ghw-xeon-L5640.tar.gz": ["sda"]}
 DISK_CLASSES = ("KELSG_DiskDrive", "CIM_DiskDrive")
 VOLUME_CLASSES = ("KELSG_LSILogicalDisk", "KELSG_LSIIDELogicalDisk", "KELSG_srLogicalDisk")
 OPTICAL_CLASSES = ("KELSG_CDROMDrive", "KELSG_DVDDrive")
-NO_DISKS = ("loop", "ram", "zram", "dm-", "md", "sr", "fd")
+NO_DISKS = ("loop", "ram", "zram", "dm-", "md", "sr", "fd", "bcache")
 
 
 def parse_table(text):
@@ -43,7 +44,9 @@ def kernel_name(row):
 
 
 def human(size):
-    """As lsblk writes sizes without --bytes: one decimal at most."""
+    """As lsblk writes sizes without --bytes: one decimal at most. None without a size."""
+    if size is None:
+        return None
     for exponent, unit in enumerate("BKMGTP"):
         if size < 1024 ** (exponent + 1):
             break
@@ -58,6 +61,23 @@ def instances_of(instances, classes):
 def partitions_by_name(instances):
     """Kernel name -> partition: the element's name begins with it."""
     return {partition["ElementName"].split()[0]: partition for partition in instances.get("CIM_DiskPartition", [])}
+
+
+def media_sizes(disks):
+    """Sizes in kilobytes as numbers, the smallest first; None for a reader without a medium."""
+    sizes = [int(disk["MaxMediaSize"]) if "MaxMediaSize" in disk else None for disk in disks]
+    return sorted(sizes, key=lambda size: size or 0)
+
+
+def kilobytes(sizes):
+    """The same of sizes in bytes."""
+    return sorted((size // 1000 or None for size in sizes), key=lambda size: size or 0)
+
+
+def logical_volume_name(mapper_name):
+    """As lvs prints it: "group/volume". The mapper doubles the hyphens in either name."""
+    match = re.fullmatch(r"((?:[^-]|--)+)-((?:[^-]|--)+)", mapper_name)
+    return "/".join(part.replace("--", "-") for part in match.groups()) if match else mapper_name
 
 
 def is_disk(name):
@@ -76,9 +96,9 @@ def compare_exact(machine, rows, instances, agreement):
     volumes = VOLUMES.get(machine, [])
     agreement.compare(machine, "volumes", "RAID volume: count", len(volumes),
                       len(instances_of(instances, VOLUME_CLASSES)))
-    disks = sorted(int(row["SIZE"]) // 1000 for row in rows
-                   if row["TYPE"] == "disk" and is_disk(kernel_name(row)) and kernel_name(row) not in volumes)
-    ours = sorted(int(disk["MaxMediaSize"]) for disk in instances_of(instances, DISK_CLASSES))
+    disks = kilobytes(int(row["SIZE"]) for row in rows
+                      if row["TYPE"] == "disk" and is_disk(kernel_name(row)) and kernel_name(row) not in volumes)
+    ours = media_sizes(instances_of(instances, DISK_CLASSES))
     agreement.compare(machine, "disks", "disk: count", len(disks), len(ours))
     for theirs, size in zip(disks, ours):
         agreement.compare(machine, "disks", "disk: MaxMediaSize", theirs, size)
@@ -98,7 +118,8 @@ def compare_summary(machine, summary, instances, agreement):
     partitions = partitions_by_name(instances)
     for disk, instance in zip(disks, ours):
         if disk["name"] not in VOLUMES.get(machine, []):
-            agreement.compare(machine, disk["name"], "disk: MaxMediaSize", str(disk["size_bytes"] // 1000),
+            agreement.compare(machine, disk["name"], "disk: MaxMediaSize",
+                              str(disk["size_bytes"] // 1000) if disk["size_bytes"] else None,
                               instance.get("MaxMediaSize"))
         for partition in disk["partitions"]:
             agreement.compare(machine, partition["name"], "partition: Size", str(partition["size_bytes"]),
@@ -116,8 +137,13 @@ def explain_model(theirs, ours):
         if len(theirs) >= 15 and ours.startswith(theirs) else None
 
 
+def number(properties, name, factor=1):
+    """The property as a number of units; None without it."""
+    return int(properties[name]) * factor if name in properties else None
+
+
 def compare_rounded(machine, basic, topology, vendor, instances, agreement):
-    models = {kernel_name(row): row["MODEL"] for row in vendor}
+    models = collections.defaultdict(str, {kernel_name(row): row["MODEL"] for row in vendor})
     sectors = {kernel_name(row): row["LOG-SEC"] for row in topology}
     disks = sorted((row for row in basic if row["TYPE"] == "disk"), key=lambda row: models[kernel_name(row)])
     ours = sorted(instances_of(instances, DISK_CLASSES), key=lambda disk: disk["ElementName"])
@@ -125,24 +151,32 @@ def compare_rounded(machine, basic, topology, vendor, instances, agreement):
     for row, disk in zip(disks, ours):
         name = kernel_name(row)
         agreement.compare(machine, name, "disk: size as lsblk rounds it", row["SIZE"],
-                          human(int(disk["MaxMediaSize"]) * 1000))
+                          human(number(disk, "MaxMediaSize", 1000)))
         agreement.compare(machine, name, "disk: ElementName", models[name], disk["ElementName"], explain_model)
-        agreement.compare(machine, name, "disk: DefaultBlockSize", sectors[name], disk["DefaultBlockSize"])
+        agreement.compare(machine, name, "disk: DefaultBlockSize", sectors.get(name), disk.get("DefaultBlockSize"))
     partitions = partitions_by_name(instances)
     theirs = {kernel_name(row): row for row in basic if row["TYPE"] == "part"}
     agreement.compare(machine, "partitions", "partition: names", sorted(theirs), sorted(partitions))
     for name, row in theirs.items():
         agreement.compare(machine, name, "partition: size as lsblk rounds it", row["SIZE"],
-                          human(int(partitions[name]["Size"])))
-    volumes = {row["NAME"].lstrip("|`-"): row for row in basic if row["TYPE"] == "lvm"}
+                          human(number(partitions.get(name, {}), "Size")))
+    volumes = {logical_volume_name(row["NAME"].lstrip("|`-")): row for row in basic if row["TYPE"] == "lvm"}
     logical = {volume["ElementName"]: volume for volume in instances.get("KELSG_LogicalDisk", [])}
     agreement.compare(machine, "volumes", "volume: names", sorted(volumes), sorted(logical))
     for name, row in volumes.items():
-        size = int(logical[name]["NumberOfBlocks"]) * int(logical[name]["BlockSize"])
+        volume = logical.get(name, {})
+        size = number(volume, "NumberOfBlocks", number(volume, "BlockSize") or 0)
         agreement.compare(machine, name, "volume: size as lsblk rounds it", row["SIZE"], human(size))
 
 
 # ---- NVMe subsystems
+
+
+def describe_nvme(tree, name):
+    """The kernel says of the node whether it rotates; without its word nobody knows."""
+    rotational = tree / f"sys/block/{name}/queue/rotational"
+    word = {"0": "solid-state", "1": "hard disk"}.get(rotational.read_text().strip() if rotational.is_file() else "")
+    return f"NVMe {word or 'disk'} drive"
 
 
 def compare_nvme(machine, hosts, tree, instances, agreement):
@@ -152,7 +186,8 @@ def compare_nvme(machine, hosts, tree, instances, agreement):
     ours = instances_of(instances, DISK_CLASSES)
     agreement.compare(machine, "name spaces", "NVMe name space: count", len(theirs), len(ours))
     for name, disk in zip(theirs, sorted(ours, key=lambda disk: disk["DeviceID"])):
-        agreement.compare(machine, name, "NVMe name space: description", "NVMe disk drive", disk["Description"])
+        agreement.compare(machine, name, "NVMe name space: description", describe_nvme(tree, name),
+                          disk["Description"])
 
 
 def add_block_folder(tree):
@@ -188,23 +223,24 @@ def compare_found(archive, tree, counts, vorhost, agreement):
 def compare(captures, vorhost, agreement):
     folder = captures / "trees"
     for archive, trees in FOUND.items():
-        with sysroot.unpacked(folder / archive) as root:
+        with agreement.attempt(archive), sysroot.unpacked(folder / archive) as root:
             for name, counts in trees.items():
                 compare_found(archive, root / name, counts, vorhost, agreement)
     for archive, (root, text) in TREES.items():
-        with sysroot.unpacked(folder / archive, root) as tree:
+        with agreement.attempt(archive), sysroot.unpacked(folder / archive, root) as tree:
             instances = namespace.collect(vorhost, tree)
-        compare_exact(archive, parse_table((folder / text).read_text(encoding="utf-8")), instances, agreement)
-        summary = folder / text.replace(".lsblk.txt", ".ghw-block.json")
-        if summary.is_file():
-            compare_summary(archive, json.loads(summary.read_text(encoding="utf-8")), instances, agreement)
+            compare_exact(archive, parse_table((folder / text).read_text(encoding="utf-8")), instances, agreement)
+            summary = folder / text.replace(".lsblk.txt", ".ghw-block.json")
+            if summary.is_file():
+                compare_summary(archive, json.loads(summary.read_text(encoding="utf-8")), instances, agreement)
     for name in ROUNDED_TREES:
-        with sysroot.unpacked(folder / f"{name}.tar.xz", name.removeprefix("lsblk-")) as tree:
+        with agreement.attempt(name), \
+                sysroot.unpacked(folder / f"{name}.tar.xz", name.removeprefix("lsblk-")) as tree:
             instances = namespace.collect(vorhost, tree)
-        tables = [parse_table((folder / f"{name}.expected/{name}-{kind}.txt").read_text(encoding="utf-8"))
-                  for kind in ("basic", "topo", "vendor")]
-        compare_rounded(name, *tables, instances, agreement)
-    with sysroot.unpacked(folder / "libnvme-tree-pcie.tar.xz") as tree:
+            tables = [parse_table((folder / f"{name}.expected/{name}-{kind}.txt").read_text(encoding="utf-8"))
+                      for kind in ("basic", "topo", "vendor")]
+            compare_rounded(name, *tables, instances, agreement)
+    with agreement.attempt("libnvme-tree-pcie"), sysroot.unpacked(folder / "libnvme-tree-pcie.tar.xz") as tree:
         add_block_folder(tree)
         hosts = json.loads((folder / "libnvme-tree-pcie.expected.out").read_text(encoding="utf-8"))["hosts"]
         compare_nvme("libnvme-tree-pcie", hosts, tree, namespace.collect(vorhost, tree), agreement)

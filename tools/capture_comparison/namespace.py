@@ -4,12 +4,23 @@ import subprocess
 import xml.etree.ElementTree as ElementTree
 
 
+class CollectionFailed(Exception):
+    """The program did not give a namespace."""
+
+
 def collect(vorhost, sysroot):
     """The instances of every class, in order, each as {property: text or list of texts}."""
-    run = subprocess.run([vorhost, "snapshot", "--sysroot", str(sysroot), "-"], capture_output=True, check=True,
-                         timeout=60)
+    try:
+        run = subprocess.run([vorhost, "snapshot", "--sysroot", str(sysroot), "-"], capture_output=True, check=True,
+                             timeout=60)
+        root = ElementTree.fromstring(run.stdout)
+    except subprocess.CalledProcessError as error:
+        lines = error.stderr.decode(errors="replace").strip().splitlines()
+        raise CollectionFailed(f"exit status {error.returncode}: {lines[-1] if lines else ''}") from error
+    except (OSError, subprocess.TimeoutExpired, ElementTree.ParseError) as error:
+        raise CollectionFailed(str(error)) from error
     instances = {}
-    for instance in ElementTree.fromstring(run.stdout).iter("INSTANCE"):
+    for instance in root.iter("INSTANCE"):
         properties = {}
         for element in instance.findall("PROPERTY"):
             if element.find("VALUE") is not None:

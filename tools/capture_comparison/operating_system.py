@@ -9,11 +9,14 @@ from capture_comparison import namespace, sysroot
 
 
 def read_assignments(text):
-    """The variables that a shell would have: the format is defined by it."""
+    """The variables that a shell would have, which defines the format, and bare values with blanks as a whole."""
     values = {}
     for line in text.splitlines():
         name, separator, value = line.strip().partition("=")
         if not separator or name.startswith("#"):
+            continue
+        if not set(value) & set("'\"\\"):  # people write blanks without quotes, too
+            values[name] = value.strip()
             continue
         try:
             words = shlex.split(value)
@@ -26,12 +29,22 @@ def read_assignments(text):
 def compare_release(machine, release, tree, vorhost, agreement, explain=lambda theirs, ours: None):
     """`release`: variable -> value, empty when the machine has no such file."""
     system = namespace.collect(vorhost, tree)["KELSG_OperatingSystem"][0]
-    name = release.get("PRETTY_NAME") or release.get("NAME") or "Linux"
+    name = release.get("PRETTY_NAME") or release.get("NAME") or read_maker_file(tree) or "Linux"
     agreement.compare(machine, "system", "operating system: ElementName", name, system.get("ElementName"),
                       lambda theirs, ours: explain_blanks(theirs, ours) or explain(theirs, ours))
     agreement.compare(machine, "system", "operating system: Version", release.get("VERSION_ID") or None,
                       system.get("Version"),
                       lambda theirs, ours: explain_version(theirs, ours) or explain(theirs, ours))
+
+
+def read_maker_file(tree):
+    """The first line of the file in which makers named their systems before os-release."""
+    for path, prefix in (("redhat-release", ""), ("SuSE-release", ""), ("debian_version", "Debian GNU/Linux ")):
+        file = tree / "etc" / path
+        lines = file.read_text(errors="replace").split("\n") if file.is_file() else [""]
+        if lines[0].strip():
+            return prefix + lines[0].strip()
+    return None
 
 
 def explain_blanks(theirs, ours):
@@ -44,7 +57,7 @@ def explain_version(theirs, ours):
 
 
 def compare_text(machine, text, vorhost, agreement):
-    with sysroot.assembled() as tree:
+    with agreement.attempt(machine), sysroot.assembled() as tree:
         tree.add("/etc/os-release", text)
         compare_release(machine, read_assignments(text), tree.root, vorhost, agreement)
 
@@ -53,15 +66,17 @@ def compare_samples(archive, vorhost, agreement):
     with tarfile.open(archive) as tar:
         for member in tar:
             if member.isfile():
-                compare_text(member.name, tar.extractfile(member).read().decode(), vorhost, agreement)
+                text = tar.extractfile(member).read().decode(errors="replace")
+                compare_text(member.name, text, vorhost, agreement)
 
 
 def compare_roots(archive, vorhost, agreement):
     with sysroot.unpacked(archive) as folder:
         for root in sorted(path for path in folder.iterdir() if path.is_dir()):
-            files = [root / "etc/os-release", root / "usr/lib/os-release"]
-            text = next((path.read_text() for path in files if path.is_file()), "")
-            compare_release(root.name, read_assignments(text), root, vorhost, agreement)
+            with agreement.attempt(root.name):
+                files = [root / "etc/os-release", root / "usr/lib/os-release"]
+                text = next((path.read_text() for path in files if path.is_file()), "")
+                compare_release(root.name, read_assignments(text), root, vorhost, agreement)
 
 
 def compare_facts(archive, vorhost, agreement):
@@ -70,11 +85,11 @@ def compare_facts(archive, vorhost, agreement):
         for member in tar:
             if not member.isfile():
                 continue
-            facts = json.load(tar.extractfile(member))
-            inputs = facts["input"]
-            shell = read_assignments(inputs.get("/etc/os-release") or inputs.get("/usr/lib/os-release", ""))
-            library = facts.get("distro", {}).get("os_release_info", {})
-            with sysroot.assembled() as tree:
+            with agreement.attempt(member.name), sysroot.assembled() as tree:
+                facts = json.load(tar.extractfile(member))
+                inputs = facts["input"]
+                shell = read_assignments(inputs.get("/etc/os-release") or inputs.get("/usr/lib/os-release", ""))
+                library = facts.get("distro", {}).get("os_release_info", {})
                 for path, text in inputs.items():
                     tree.add(path, text)
                 compare_release(member.name, {name.upper(): value for name, value in library.items()} or shell,
@@ -83,7 +98,7 @@ def compare_facts(archive, vorhost, agreement):
 
 def explain_facts(shell, _, ours):
     if not shell:
-        return "a system without os-release has no name here; the library reads files of its maker's as well"
+        return "a system without the release files that are read here has no name; the library reads more of them"
     if ours in (shell.get("PRETTY_NAME"), shell.get("VERSION_ID")):
         return "the library's values are not those of the file beside them, which the shell reads as here"
     return None

@@ -101,6 +101,20 @@ def explain_name(theirs, ours):
     return None
 
 
+def expected_name(function, ours):
+    """lspci has the card's name in a line of its own, behind the name of the card's maker. A card that the database
+    does not know is a "Device" there, or has the name of its chip."""
+    subsystem = function.find(r"Subsystem: (.*) \[[0-9a-f]{4}:[0-9a-f]{4}\]")
+    if not subsystem or subsystem[1].split()[-1] == "Device":
+        return function.name
+    card = (ours or "").removeprefix(f"{function.name} (").removesuffix(")")
+    if ours == f"{function.name} ({card})" and subsystem[1].endswith(f" {card}"):
+        return ours
+    if subsystem[1].split()[-2:] == function.name.split()[-2:]:
+        return function.name
+    return f"{function.name} ({subsystem[1]})"
+
+
 # Two lists of names for the same numbers.
 SYNONYMS = {
     "Co-processor": "Coprocessor",
@@ -121,7 +135,7 @@ def compare_function(machine, function, ours, agreement):
     def check(field, theirs, explain=None):
         agreement.compare(machine, function.address, field, theirs, ours.get(field), explain)
 
-    check("ElementName", function.name, explain_name)
+    check("ElementName", expected_name(function, ours.get("ElementName")), explain_name)
     check("Description", function.class_name, explain_class)
     check("ClassCode", str(function.class_code >> 8))
     check("InterruptPin", pin(function))
@@ -205,11 +219,11 @@ def text_of(captures, archive):
 
 def compare(captures, vorhost, agreement):
     for archive, root in TREES.items():
-        with sysroot.unpacked(captures / archive, root) as tree:
+        with agreement.attempt(archive), sysroot.unpacked(captures / archive, root) as tree:
             compare_machine(archive, text_of(captures, archive), namespace.collect(vorhost, tree), agreement)
     for dump in sorted((captures / "pci").glob("*.lspci-Dnnvv.txt")):
         source = dump.with_name(dump.name.replace(".lspci-Dnnvv", ""))
-        with sysroot.assembled() as tree:
+        with agreement.attempt(source.name), sysroot.assembled() as tree:
             for address, config in lspci_text.parse_dump(source.read_text(encoding="utf-8")).items():
                 tree.add(f"/sys/bus/pci/devices/{address}/config", bytes(config))
             compare_machine(source.name, dump.read_text(encoding="utf-8"), namespace.collect(vorhost, tree.root),

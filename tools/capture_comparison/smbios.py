@@ -371,8 +371,9 @@ def compare(captures, vorhost, agreement):
         with tarfile.open(folder / "smbios-sysroots.tar.gz") as archive:
             archive.extractall(root)
         for tree in sorted(path for path in pathlib.Path(root).iterdir() if path.is_dir()):
-            text = find_text(folder, tree.name).read_text(encoding="utf-8", errors="replace")
-            records = dmidecode_text.parse(text)
-            instances = namespace.collect(vorhost, tree)
-            for compare_class in COMPARED:
-                compare_class(tree.name, records, instances, agreement)
+            with agreement.attempt(tree.name):
+                text = find_text(folder, tree.name).read_text(encoding="utf-8", errors="replace")
+                records = dmidecode_text.parse(text)
+                instances = namespace.collect(vorhost, tree)
+                for compare_class in COMPARED:
+                    compare_class(tree.name, records, instances, agreement)

@@ -8,7 +8,9 @@ import re
 import xml.etree.ElementTree as ElementTree
 
 from capture_comparison import namespace, sysroot, udev_tree
-from capture_comparison.block import DISK_CLASSES, OPTICAL_CLASSES, instances_of, is_disk, partitions_by_name
+from capture_comparison.block import (
+    DISK_CLASSES, OPTICAL_CLASSES, instances_of, is_disk, kilobytes, logical_volume_name, media_sizes,
+    partitions_by_name)
 
 # ---- what a machine has, in the words of neither side
 
@@ -50,8 +52,8 @@ def compare_machine(machine, instances, agreement):
     def check(place, field, theirs, ours, explain=None):
         agreement.compare(machine.name, place, field, theirs, ours, explain)
 
-    ours = sorted(int(disk["MaxMediaSize"]) for disk in instances_of(instances, DISK_CLASSES))
-    theirs = sorted(size // 1000 for size in machine.disk_sizes)
+    ours = media_sizes(instances_of(instances, DISK_CLASSES))
+    theirs = kilobytes(machine.disk_sizes)
     check("disks", "disk: count", len(theirs), len(ours))
     for size, collected in zip(theirs, ours):
         check("disks", "disk: MaxMediaSize", size, collected)
@@ -60,7 +62,7 @@ def compare_machine(machine, instances, agreement):
     partitions = partitions_by_name(instances)
     check("partitions", "partition: names", sorted(machine.partitions), sorted(partitions), explain_mapped)
     for name, properties in machine.partitions.items():
-        if name.startswith("dm-"):
+        if name.startswith("dm-") and name not in partitions:
             continue
         for field, value in properties.items():
             check(name, f"partition: {field}", value, partitions.get(name, {}).get(field))
@@ -74,10 +76,15 @@ def compare_machine(machine, instances, agreement):
 # ---- probert: udev's properties and attributes, with the tables as sfdisk reads them
 
 
+def size_of(record):
+    """In bytes; 0 where the probe has no size, as for a reader without a medium."""
+    return int(record["attrs"].get("size") or 0)
+
+
 def add_probert_device(tree, record):
     attributes = {name: value for name, value in record["attrs"].items()
                   if isinstance(value, str) and name not in ("device", "subsystem", "dev", "partition")}
-    attributes["size"] = str(int(attributes["size"]) // 512)
+    attributes["size"] = str(size_of(record) // 512)
     attributes.setdefault("queue/logical_block_size", "512")
     attributes = {**udev_tree.array_attributes(record), **udev_tree.mapper_attributes(record), **attributes}
     udev_tree.add_block_device(tree, record, attributes)
@@ -100,15 +107,20 @@ def add_table(machine, table, blockdev):
         machine.partitions[name] = properties
 
 
+def volume_name(record):
+    """By udev's own split of a logical volume's name; others have one name."""
+    if "DM_VG_NAME" in record and "DM_LV_NAME" in record:
+        return f"{record['DM_VG_NAME']}/{record['DM_LV_NAME']}"
+    return udev_tree.decode(record["DM_NAME"])
+
+
 def read_probert(path, tree):
     machine = Machine(path.name)
     probe = json.loads(path.read_text(encoding="utf-8"))
     probe = probe.get("storage", probe)
     for device, record in probe["blockdev"].items():
         name = udev_tree.name_of(record)
-        size = int(record["attrs"]["size"])
-        if name.startswith("bcache"):
-            continue
+        size = size_of(record)
         add_probert_device(tree, record)
         if udev_tree.is_partition(record):
             if not any(record["DEVPATH"].startswith(f"{probe['blockdev'][disk]['DEVPATH']}/")
@@ -117,20 +129,22 @@ def read_probert(path, tree):
             continue
         if name.startswith("sr"):
             machine.optical += 1
-        elif is_disk(name):
+        elif is_disk(name) and "MAJOR" in record:
             machine.disk_sizes.append(size)
         if record.get("partitiontable"):
             add_table(machine, record["partitiontable"], probe["blockdev"])
-        if "DM_UUID" in record:
-            machine.volumes[record["DM_NAME"]] = {"DeviceID": record["DM_UUID"].removeprefix("LVM-")}
-    for device, array in probe["raid"].items():
+        if re.match(r"part\d+-", record.get("DM_UUID", "")):
+            machine.partitions[name] = {"Size": str(size)}
+        elif "DM_UUID" in record:
+            machine.volumes[volume_name(record)] = {"DeviceID": record["DM_UUID"].removeprefix("LVM-")}
+    for device, array in (probe.get("raid") or {}).items():
         if array["MD_LEVEL"] != "container":
             machine.volumes[device.rpartition("/")[2]] = {
                 "DeviceID": array_uuid(array["MD_UUID"]),
                 "Description": f"Software RAID {array['MD_LEVEL'].removeprefix('raid')} array",
-                "NumberOfBlocks": str(int(probe["blockdev"][device]["attrs"]["size"]) // 512)}
-    for volume in (probe["lvm"] or {}).get("logical_volumes", {}).values():
-        name = "-".join(part.replace("-", "--") for part in (volume["volgroup"], volume["name"]))
+                "NumberOfBlocks": str(size_of(probe["blockdev"][device]) // 512)}
+    for volume in (probe.get("lvm") or {}).get("logical_volumes", {}).values():
+        name = f"{volume['volgroup']}/{volume['name']}"
         machine.volumes.setdefault(name, {})["NumberOfBlocks"] = str(int(volume["size"].rstrip("B")) // 512)
     return machine
 
@@ -203,7 +217,8 @@ def read_graph(path, mockup, graph):
             "DeviceID": array_uuid(array.findtext("uuid")), "NumberOfBlocks": str(region_bytes(array) // 512)}
     for volume in graph.iter("LvmLv"):
         if volume.findtext("dm-table-name") and volume.findtext("sysfs-path") in records:
-            machine.volumes[volume.findtext("dm-table-name")] = {"NumberOfBlocks": str(region_bytes(volume) // 512)}
+            name = logical_volume_name(volume.findtext("dm-table-name"))
+            machine.volumes[name] = {"NumberOfBlocks": str(region_bytes(volume) // 512)}
     for encryption in graph.iter("Luks"):
         if encryption.findtext("sysfs-path") in records:
             machine.volumes[encryption.findtext("dm-table-name")] = {
@@ -223,13 +238,13 @@ def compare(captures, vorhost, agreement):
     for archive in ("subiquity-machines.tar.xz", "curtin-probert.tar.xz"):
         with sysroot.unpacked(folder / archive) as probes:
             for path in sorted(pathlib.Path(probes).glob("*.json")):
-                with sysroot.assembled() as tree:
+                with agreement.attempt(path.name), sysroot.assembled() as tree:
                     machine = read_probert(path, tree)
                     compare_machine(machine, namespace.collect(vorhost, tree.root), agreement)
     with sysroot.unpacked(folder / "libstorage-ng-probe.tar.xz") as probes:
         for path in sorted(pathlib.Path(probes).glob("*-mockup.xml")):
-            mockup = Mockup(path)
-            graph = ElementTree.parse(path.with_name(path.name.replace("-mockup", "-devicegraph"))).getroot()
-            with sysroot.assembled() as tree:
+            with agreement.attempt(path.name), sysroot.assembled() as tree:
+                mockup = Mockup(path)
+                graph = ElementTree.parse(path.with_name(path.name.replace("-mockup", "-devicegraph"))).getroot()
                 add_mockup(tree, mockup, graph)
                 compare_machine(read_graph(path, mockup, graph), namespace.collect(vorhost, tree.root), agreement)

@@ -27,6 +27,11 @@ def is_partition(record):
     return record.get("DEVTYPE") == "partition"
 
 
+def partition_number(record):
+    """The digits at the end of the name where nobody looked at the table."""
+    return record.get("PARTN") or record.get("ID_PART_ENTRY_NUMBER") or re.search(r"\d*$", name_of(record))[0]
+
+
 SCSI_TYPES = {"disk": "0", "tape": "1", "cd": "5", "cd/dvd": "5", "dvd": "5", "optical": "7"}
 
 
@@ -54,13 +59,17 @@ def _add_parent(tree, record):
 def add_block_device(tree, record, attributes):
     """A disk, volume or partition with udev's record of it and attributes of its own."""
     path = f"/sys{record['DEVPATH']}"
-    number = f"{record['MAJOR']}:{record['MINOR']}"
-    for name, value in {"dev": number, **attributes}.items():
+    for name, value in attributes.items():
         tree.add(f"{path}/{name}", value)
-    tree.add(f"/run/udev/data/b{number}",
-             "\n".join(f"E:{key}={value}" for key, value in record.items() if isinstance(value, str)))
+    if "MAJOR" in record:
+        number = f"{record['MAJOR']}:{record['MINOR']}"
+        tree.add(f"{path}/dev", number)
+        tree.add(f"/run/udev/data/b{number}",
+                 "\n".join(f"E:{key}={value}" for key, value in record.items() if isinstance(value, str)))
+    else:
+        tree.add(f"{path}/hidden", "1")  # the kernel makes no node for one path of several
     if is_partition(record):
-        tree.add(f"{path}/partition", record.get("PARTN") or record["ID_PART_ENTRY_NUMBER"])
+        tree.add(f"{path}/partition", partition_number(record))
     else:
         tree.link(f"/sys/block/{name_of(record)}", f"..{record['DEVPATH']}")
         _add_parent(tree, record)

@@ -119,6 +119,6 @@ def compare_machine(machine, devices, folders, instances, agreement):
 
 def compare(captures, vorhost, agreement):
     for name in DEVICES:
-        devices = parse((captures / f"usb/{name}.lsusb-v.txt").read_text(encoding="utf-8"))
-        with sysroot.unpacked(captures / f"usb/{name}.sysroot.tar.gz") as tree:
+        with agreement.attempt(name), sysroot.unpacked(captures / f"usb/{name}.sysroot.tar.gz") as tree:
+            devices = parse((captures / f"usb/{name}.lsusb-v.txt").read_text(encoding="utf-8"))
             compare_machine(name, devices, find_folders(tree), namespace.collect(vorhost, tree), agreement)
