@@ -310,12 +310,16 @@ TEST(Collect, LeavesNothingButTheInventory) {
     EXPECT_EQ(names, std::vector<std::string>{"hardwareinventory.xml.gz"});
 }
 
-TEST(Collect, RemovesWhatDeadRunsHaveLeft) {
+TEST(Collect, NamesTheOlderSystemInformationThatItLeavesAsOfAnEarlierRun) {
     const TTemporaryDirectory directory;
-    std::filesystem::create_directory(directory / ".vorhost-dead01");
-    WriteFile(directory / ".vorhost-dead01/hardwareinventory.xml.gz", "half a file");
-    ASSERT_EQ(RunVorhost({CollectArguments(), directory.GetPath(), {}}).status, 0);
-    EXPECT_FALSE(std::filesystem::exists(directory / ".vorhost-dead01"));
+    auto arguments = CollectArguments();
+    EXPECT_THAT(RunVorhost({arguments, directory.GetPath(), {}}).standardOutput, Not(HasSubstr("Earlier")));
+    WriteFile(directory / "systeminformation.xml.gz", "earlier");
+    EXPECT_THAT(RunVorhost({arguments, directory.GetPath(), {}}).standardOutput,
+                HasSubstr("\nEarlier     systeminformation.xml.gz is of an earlier run\n"));
+    EXPECT_EQ(ReadFile(directory / "systeminformation.xml.gz"), "earlier");
+    arguments.insert(arguments.end(), {"--kel-id", "K1"});
+    EXPECT_THAT(RunVorhost({arguments, directory.GetPath(), {}}).standardOutput, Not(HasSubstr("Earlier")));
 }
 
 TEST(Collect, InventoriesAreReadableByTheirOwnerAlone) {

@@ -83,7 +83,8 @@ TEST(Interruption, RemovesAFileThatIsBeingWrittenAndLeavesTheEarlierOne) {
     EXPECT_EXIT(
         {
             EndOnSignals();
-            WriteOutputFile(directory / "file", [](std::ostream& out) {
+            const TOutputPlace place(directory / "file", "");
+            WriteOutputFile(place, "file", /*syncs=*/true, [](std::ostream& out) {
                 out << "half a f" << std::flush;
                 std::raise(SIGTERM);
                 WaitForTheEnd();
@@ -99,8 +100,9 @@ TEST(Interruption, RemovesADirectoryThatIsBeingFilled) {
     EXPECT_EXIT(
         {
             EndOnSignals();
-            const TPrivateDirectory workplace(directory.GetPath(), "");
-            std::filesystem::current_path(workplace.GetPath());
+            const TTargetDirectory target(directory.GetPath(), "");
+            const TPrivateDirectory workplace(target, "", /*syncs=*/true);
+            ASSERT_EQ(::fchdir(workplace.GetDescriptor()), 0);
             std::raise(SIGTERM);
             for (int number = 0;; number = (number + 1) % 1000) {
                 std::error_code ignored;

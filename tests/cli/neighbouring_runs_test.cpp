@@ -117,14 +117,5 @@ TEST(NeighbouringRuns, ARunKilledWithinThePluginLeavesTheEarlierInventoryAndTheN
     ExpectWholeInventory(directory);
 }
 
-TEST(NeighbouringRuns, ASnapshotTidiesUpWhatAKilledOneHasLeft) {
-    const TTemporaryDirectory directory;
-    std::filesystem::create_directory(directory / ".vorhost-dead01");
-    WriteFile(directory / ".vorhost-dead01/s.xml", "half a file");
-    ASSERT_EQ(RunVorhost({{"snapshot", "s.xml", "--namespace", smallServer}, directory.GetPath(), {}}).status,
-              0);
-    EXPECT_EQ(directory.GetNames(), TNames{"s.xml"});
-}
-
 }  // namespace
 }  // namespace NVORHOST

@@ -23,7 +23,7 @@ void Replace(std::string& text, const std::string& from, const std::string& to) 
 
 // Without what differs from run to run.
 std::string Anonymous(std::string text, const std::string& folder) {
-    static const std::regex directory("\\.vorhost-\\w{6}");
+    static const std::regex directory("\\.vorhost-[\\w.-]+-\\d+-\\d+-\\w{6}");
     static const std::regex plugin("/\\S*\\.pi\\.so");
     Replace(text, folder, "DIR");
     return std::regex_replace(std::regex_replace(text, directory, ".vorhost-*"), plugin, "PLUGIN");
@@ -107,6 +107,18 @@ bool IsLike(const TProgramResult& one, const TProgramResult& other) {
            one.standardError == other.standardError;
 }
 
+// Removes the line that begins so, and returns the rest of it; empty when there is none.
+std::string TakeLine(std::string& text, const std::string& start) {
+    const std::size_t line = text.find("\n" + start);
+    if (line == std::string::npos) {
+        return {};
+    }
+    const std::size_t end = text.find('\n', line + 1);
+    const std::string rest = text.substr(line + 1 + start.size(), end - line - 1 - start.size());
+    text.erase(line, end - line);
+    return rest;
+}
+
 bool IsInPrivateDirectory(const std::string& path) {
     return path.find(".vorhost-*") != std::string::npos;
 }
@@ -186,10 +198,11 @@ TFaultedScenario::TEnd TFaultedScenario::RunEndedBy(const TCallFault& fault) con
     Replace(watched, "DIR", folder.GetPath());
     const TFaultedRun run = RunWithFault(RunIn(folder.GetPath(), scenario_), fault, watched);
     const TFiles files = FilesIn(folder.GetPath());
-    TEnd end{Anonymous(run.path, folder.GetPath()), run.result.status, DescribeState(files), false, {}};
+    TEnd end{Anonymous(run.path, folder.GetPath()), run.result.status, DescribeState(files), false, {}, {}};
     end.leavesDirectory =
         std::ranges::any_of(files, [](const auto& file) { return IsInPrivateDirectory(file.first); });
-    const auto next = Anonymous(NVORHOST::RunVorhost(RunIn(folder.GetPath(), scenario_)), folder.GetPath());
+    auto next = Anonymous(NVORHOST::RunVorhost(RunIn(folder.GetPath(), scenario_)), folder.GetPath());
+    end.completed = TakeLine(next.standardOutput, "Completed   ");
     TFiles left = FilesIn(folder.GetPath());
     TFiles expected = after_;
     left.erase(scenario_.log);

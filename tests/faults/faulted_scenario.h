@@ -49,6 +49,7 @@ class TFaultedScenario {
         bool leavesDirectory = false;  ///< the private one
         /// What another run makes of it: "done" when all is as if the first one had never been.
         std::string nextRun;
+        std::string completed;  ///< what that run reports to have completed; empty when nothing
     };
     /// The fault is a signal that ends the run.
     TEnd RunEndedBy(const TCallFault& fault) const;

@@ -177,9 +177,10 @@ TEST_F(TSmallDisk, FailsRunsUntilThereIsRoomForAllOfTheirFiles) {
     ExpectFailuresThenSuccess(lines);
 }
 
-// The root, the earlier inventory, two documents, the result, and a private directory for each of both.
+// The root, the earlier inventory, two documents, the result, and two private directories with a journal
+// each.
 TEST_F(TSmallDisk, FailsRunsUntilItCanTakeAllOfTheirFiles) {
-    const auto lines = RunsOn("nr_inodes", {"2", "3", "4", "5", "6", "7"});
+    const auto lines = RunsOn("nr_inodes", {"2", "3", "4", "5", "6", "7", "8", "9"});
     if (lines.empty()) {
         GTEST_SKIP() << "file systems cannot be mounted here";
     }

@@ -5,12 +5,13 @@
 //   NOXINFO_FAULT_PATHS=/a:/b       only calls count that touch what is at or below one of these paths
 //   NOXINFO_FAULT_REPORT=/file      receives "KIND PATH" of the first call that was failed
 //
-// Kinds: open (and openat2 by itself), create, mkdir, list, readlink, read, write, close, rename, chmod,
-// unlink. In place of an error, read and write take "SHORT": half of what was asked for is done, and said to
-// be; write takes "FULL": it lacks its last byte, and every later one fails with ENOSPC. With "KILL" the
-// program is killed before the call, with "TERM" it gets that signal and goes on. A close that fails has
-// closed, as those of the kernel have. Only the functions that the program and its libraries call are here; a
-// call that comes through another one is not counted, and the table of the test then misses it.
+// Kinds: open (and openat2 by itself), create, mkdir, list, readlink, stat, read, write, close, rename,
+// chmod, unlink, sync, lock, chdir. In place of an error, read and write take "SHORT": half of what was asked
+// for is done, and said to be; write takes "FULL": it lacks its last byte, and every later one fails with
+// ENOSPC. With "KILL" the program is killed before the call, with "TERM" it gets that signal and goes on. A
+// close that fails has closed, as those of the kernel have. Only the functions that the program and its
+// libraries call are here; a call that comes through another one is not counted, and the table of the test
+// then misses it.
 //
 // The names and the untyped arguments are those of the C library; the environment is read once, at the first
 // call.
@@ -19,6 +20,7 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <linux/openat2.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/uio.h>
@@ -44,6 +46,9 @@ constexpr int shortCount = -1;
 constexpr int fullDisk = -2;
 constexpr int killed = -3;
 constexpr int terminated = -4;
+constexpr int doneByNobody = -5;
+constexpr int cutWithNames = -6;
+constexpr int cutWithoutNames = -7;
 
 struct TErrorName {
     std::string_view name;
@@ -51,12 +56,17 @@ struct TErrorName {
 };
 
 constexpr TErrorName errorNames[] = {
-    {"ENOSPC", ENOSPC}, {"EIO", EIO},          {"EMFILE", EMFILE}, {"EROFS", EROFS}, {"EINTR", EINTR},
-    {"EAGAIN", EAGAIN}, {"SHORT", shortCount}, {"FULL", fullDisk}, {"KILL", killed}, {"TERM", terminated},
+    {"ENOSPC", ENOSPC},    {"EIO", EIO},
+    {"EMFILE", EMFILE},    {"EROFS", EROFS},
+    {"EINTR", EINTR},      {"EAGAIN", EAGAIN},
+    {"EACCES", EACCES},    {"SHORT", shortCount},
+    {"FULL", fullDisk},    {"KILL", killed},
+    {"TERM", terminated},  {"DONE", doneByNobody},
+    {"CUT", cutWithNames}, {"CUTNAMES", cutWithoutNames},
 };
 
 // What was done of the call that a fault met.
-enum class EFate { passes, fails, isHalved, lacksItsLastByte };
+enum class EFate { passes, fails, isHalved, lacksItsLastByte, isOnlySaid };
 
 std::string_view Environment(const char* name) {
     const char* const value = std::getenv(name);
@@ -123,6 +133,8 @@ class TFault {
 
     bool Watches(std::string_view kind) const { return kind == kind_; }
 
+    bool LosesPower() const { return error_ == cutWithNames || error_ == cutWithoutNames; }
+
     /// Counts a call of the watched kind and says what becomes of it; sets errno when it fails.
     EFate Meet(std::string_view path) {
         if (!IsWatched(path)) {
@@ -138,6 +150,13 @@ class TFault {
         if (error_ == killed || error_ == terminated) {
             (void)std::raise(error_ == killed ? SIGKILL : SIGTERM);
             return EFate::passes;
+        }
+        if (LosesPower()) {
+            ShutDown();
+            (void)std::raise(SIGKILL);
+        }
+        if (error_ == doneByNobody) {
+            return EFate::isOnlySaid;
         }
         if (error_ == shortCount) {
             return EFate::isHalved;
@@ -159,6 +178,17 @@ class TFault {
             }
         }
         return false;
+    }
+
+    // As the file systems ext4 and XFS have it.
+    void ShutDown() const {
+        constexpr unsigned long request = 0x8004587D;
+        const unsigned flags = error_ == cutWithNames ? 1 : 2;
+        const std::string path(paths_.substr(0, paths_.find(':')));
+        const auto folder = ::syscall(SYS_openat, AT_FDCWD, path.c_str(), O_RDONLY | O_CLOEXEC, 0);
+        if (::syscall(SYS_ioctl, folder, request, &flags) != 0) {
+            std::abort();
+        }
     }
 
     void Report(const std::string& line) const {
@@ -239,6 +269,12 @@ NOXINFO_PRELOADED int openat(int directory, const char* path, int flags, ...) {
                : NOXINFO_NEXT(openat)(directory, path, flags, mode);
 }
 
+// What the compiler makes of an openat whose flags it does not know.
+NOXINFO_PRELOADED int __openat_2(int directory, const char* path, int flags) {
+    return MeetPath("open", path, directory) == EFate::fails ? -1
+                                                             : NOXINFO_NEXT(openat)(directory, path, flags);
+}
+
 NOXINFO_PRELOADED std::FILE* fopen64(const char* path, const char* mode) {
     return MeetPath("open", path) == EFate::fails ? nullptr : NOXINFO_NEXT(fopen64)(path, mode);
 }
@@ -270,6 +306,11 @@ NOXINFO_PRELOADED char* mkdtemp(char* pattern) noexcept {
     return MeetPath("mkdir", pattern) == EFate::fails ? nullptr : NOXINFO_NEXT(mkdtemp)(pattern);
 }
 
+NOXINFO_PRELOADED int mkdirat(int directory, const char* path, mode_t mode) noexcept {
+    return MeetPath("mkdir", path, directory) == EFate::fails ? -1
+                                                              : NOXINFO_NEXT(mkdirat)(directory, path, mode);
+}
+
 NOXINFO_PRELOADED DIR* fdopendir(int descriptor) {
     return MeetDescriptor("list", descriptor) == EFate::fails ? nullptr : NOXINFO_NEXT(fdopendir)(descriptor);
 }
@@ -288,6 +329,11 @@ NOXINFO_PRELOADED ssize_t readlinkat(int directory, const char* path, char* targ
 NOXINFO_PRELOADED ssize_t read(int descriptor, void* bytes, std::size_t size) {
     const EFate fate = MeetDescriptor("read", descriptor);
     return fate == EFate::fails ? -1 : NOXINFO_NEXT(read)(descriptor, bytes, SizeLeft(fate, size));
+}
+
+NOXINFO_PRELOADED ssize_t pread(int descriptor, void* bytes, std::size_t size, off_t offset) {
+    const EFate fate = MeetDescriptor("read", descriptor);
+    return fate == EFate::fails ? -1 : NOXINFO_NEXT(pread)(descriptor, bytes, SizeLeft(fate, size), offset);
 }
 
 NOXINFO_PRELOADED ssize_t write(int descriptor, const void* bytes, std::size_t size) {
@@ -336,6 +382,49 @@ NOXINFO_PRELOADED int fclose(std::FILE* file) {
 
 NOXINFO_PRELOADED int rename(const char* from, const char* to) noexcept {
     return MeetPath("rename", to) == EFate::fails ? -1 : NOXINFO_NEXT(rename)(from, to);
+}
+
+NOXINFO_PRELOADED int renameat(int fromDirectory, const char* from, int toDirectory,
+                               const char* to) noexcept {
+    return MeetPath("rename", to, toDirectory) == EFate::fails
+               ? -1
+               : NOXINFO_NEXT(renameat)(fromDirectory, from, toDirectory, to);
+}
+
+NOXINFO_PRELOADED int fchmod(int descriptor, mode_t mode) noexcept {
+    return MeetDescriptor("chmod", descriptor) == EFate::fails ? -1 : NOXINFO_NEXT(fchmod)(descriptor, mode);
+}
+
+NOXINFO_PRELOADED int fstat(int descriptor, struct stat* status) noexcept {
+    return MeetDescriptor("stat", descriptor) == EFate::fails ? -1 : NOXINFO_NEXT(fstat)(descriptor, status);
+}
+
+NOXINFO_PRELOADED int fstatat(int directory, const char* path, struct stat* status, int flags) noexcept {
+    return MeetPath("stat", path, directory) == EFate::fails
+               ? -1
+               : NOXINFO_NEXT(fstatat)(directory, path, status, flags);
+}
+
+// Only counted, but where the power is to fail: waiting for the disk in thousands of runs would show nothing
+// more.
+NOXINFO_PRELOADED int fsync(int descriptor) {
+    const EFate fate = MeetDescriptor("sync", descriptor);
+    return fate == EFate::fails ? -1 : Fault().LosesPower() ? NOXINFO_NEXT(fsync)(descriptor) : 0;
+}
+
+NOXINFO_PRELOADED int flock(int descriptor, int operation) noexcept {
+    return MeetDescriptor("lock", descriptor) == EFate::fails ? -1
+                                                              : NOXINFO_NEXT(flock)(descriptor, operation);
+}
+
+NOXINFO_PRELOADED int fchdir(int descriptor) noexcept {
+    return MeetDescriptor("chdir", descriptor) == EFate::fails ? -1 : NOXINFO_NEXT(fchdir)(descriptor);
+}
+
+NOXINFO_PRELOADED int faccessat(int directory, const char* path, int mode, int flags) noexcept {
+    return MeetPath("stat", path, directory) == EFate::fails
+               ? -1
+               : NOXINFO_NEXT(faccessat)(directory, path, mode, flags);
 }
 
 NOXINFO_PRELOADED int chmod(const char* path, mode_t mode) noexcept {

@@ -10,6 +10,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <iostream>
 #include <optional>
 #include <set>
@@ -34,8 +35,8 @@ struct TError {
 constexpr TError hardErrors[] = {{"ENOSPC", ENOSPC}, {"EIO", EIO}, {"EMFILE", EMFILE}, {"EROFS", EROFS}};
 constexpr TError interrupt = {"EINTR", EINTR};
 
-constexpr const char* kinds[] = {"open",  "create", "mkdir",  "list",  "readlink", "read",
-                                 "write", "close",  "rename", "chmod", "unlink"};
+constexpr const char* kinds[] = {"open",  "create", "mkdir", "list",   "readlink", "read", "write",
+                                 "close", "rename", "chmod", "unlink", "sync",     "lock", "chdir"};
 
 /// What becomes of a run when a call fails. ERROR stands for the system's text of the error; for the rest see
 /// `TFaultedScenario::TOutcome`. A call that has several rows is made several times.
@@ -137,6 +138,16 @@ std::vector<std::string> CollectArguments(const std::string& result) {
 // A file is written in a private directory of its own, beside the place that it is moved to. When the directory
 // cannot be removed, the next run does it.
 const std::vector<TRow> outputFileRows = {
+    // The place is found before anything runs.
+    {"open", "FOLDER",
+     "cannot write FOLDER/FILE: ERROR", alike},
+    {"open", "FOLDER/FILE",
+     "cannot write FOLDER/FILE: ERROR", alike},
+    {"close", "FOLDER/FILE",
+     "done", alike},
+    {"close", "FOLDER",
+     "done", alike},
+    // What dead runs have left may stay where it is.
     {"open", "FOLDER",
      "done", alike},
     {"list", "FOLDER",
@@ -144,6 +155,14 @@ const std::vector<TRow> outputFileRows = {
     {"mkdir", "FOLDER/.vorhost-*",
      "cannot write FOLDER/FILE: ERROR", alike},
     {"open", "FOLDER/.vorhost-*",
+     "cannot write FOLDER/FILE: ERROR", alike},
+    {"lock", "FOLDER/.vorhost-*",
+     "done", alike},
+    {"open", "FOLDER/.vorhost-*/.vorhost-journal",
+     "cannot write FOLDER/FILE: ERROR", alike},
+    {"write", "FOLDER/.vorhost-*/.vorhost-journal",
+     "cannot write FOLDER/FILE: ERROR", "done"},
+    {"list", "FOLDER/.vorhost-*",
      "cannot write FOLDER/FILE: ERROR", alike},
     {"open", "FOLDER/.vorhost-*/FILE",
      "cannot write FOLDER/FILE: ERROR", alike},
@@ -153,26 +172,39 @@ const std::vector<TRow> outputFileRows = {
      "cannot write FOLDER/FILE: ERROR", alike},
     {"chmod", "FOLDER/.vorhost-*/FILE",
      "cannot write to FOLDER/FILE: ERROR", alike},
+    {"sync", "FOLDER/.vorhost-*/FILE",
+     "cannot write to FOLDER/FILE: ERROR", "done"},
     {"rename", "FOLDER/FILE",
      "cannot write to FOLDER/FILE: ERROR", alike},
+    {"sync", "FOLDER",
+     "cannot write to FOLDER/FILE: ERROR; SHORT is newMORE", "done"},
     {"open", "FOLDER/.vorhost-*",
-     "done; leaves LEFT.vorhost-*", alike},
+     "done; leaves LEFT.vorhost-*; leaves LEFT.vorhost-*/.vorhost-journal", alike},
     {"list", "FOLDER/.vorhost-*",
-     "done; leaves LEFT.vorhost-*", alike},
+     "done; leaves LEFT.vorhost-*; leaves LEFT.vorhost-*/.vorhost-journal", alike},
+    {"unlink", "FOLDER/.vorhost-*/.vorhost-journal",
+     "done; leaves LEFT.vorhost-*; leaves LEFT.vorhost-*/.vorhost-journal", alike},
     {"unlink", "FOLDER/.vorhost-*",
      "done; leaves LEFT.vorhost-*", alike},
+    {"close", "FOLDER/.vorhost-*/.vorhost-journal (deleted)",
+     "done", alike},
     {"close", "FOLDER/.vorhost-* (deleted)",
      "done", alike},
 };
 // clang-format on
 
-std::vector<TRow> OutputFileRows(const std::string& folder, const std::string& file) {
+// `moved` are the files moved after it.
+std::vector<TRow> OutputFileRows(const std::string& folder, const std::string& file,
+                                 const std::string& moved = "") {
     std::vector<TRow> rows = outputFileRows;
     const std::string left = folder == "DIR" ? "" : folder.substr(folder.find('/') + 1) + "/";
     for (TRow& row : rows) {
         for (std::string* text : {&row.path, &row.onError}) {
             Replace(*text, "FOLDER", folder);
             Replace(*text, "FILE", file);
+            Replace(*text, "SHORT", left + file);
+            Replace(*text, "MORE", moved);
+            Replace(*text, "LEFT", left);
             Replace(*text, "LEFT", left);
         }
     }
@@ -194,7 +226,12 @@ TScenario Collect() {
 }
 
 // clang-format off
-const std::vector<TRow> collectRows = Joined(OutputFileRows("DIR", "result.xml"), {
+const std::vector<TRow> collectRows = Joined(OutputFileRows("DIR", "result.xml",
+     "; target/hardwareinventory.xml.gz is new; target/systeminformation.xml.gz is new"), {
+    {"sync", "DIR/target",
+     "cannot write to DIR/target/hardwareinventory.xml.gz: ERROR; result.xml is new; target/hardwareinventory.xml.gz is new; target/systeminformation.xml.gz is new", "done"},
+    {"open", "DIR",
+     "cannot append to log file DIR/run.log: ERROR", alike},
     {"open", "DIR/run.log",
      "cannot append to log file DIR/run.log: ERROR", alike},
     {"write", "DIR/run.log",
@@ -208,6 +245,10 @@ const std::vector<TRow> collectRows = Joined(OutputFileRows("DIR", "result.xml")
      "DIR/ns.xml: cannot be read: ERROR", "done"},
     {"close", "DIR/ns.xml",
      "done", alike},
+    {"open", "DIR/target",
+     "cannot write to directory DIR/target: ERROR", alike},
+    {"close", "DIR/target",
+     "done", alike},
     // What dead runs have left may stay where it is.
     {"open", "DIR/target",
      "done", alike},
@@ -218,16 +259,26 @@ const std::vector<TRow> collectRows = Joined(OutputFileRows("DIR", "result.xml")
      "cannot write to DIR/target: ERROR", alike},
     {"open", "DIR/target/.vorhost-*",
      "cannot write to DIR/target: ERROR", alike},
-    {"open", "DIR/target/.vorhost-*",
-     "cannot read hardwareinventory.xml.gz: ERROR", alike},
-    {"close", "DIR/target/.vorhost-*",
+    {"lock", "DIR/target/.vorhost-*",
      "done", alike},
-    {"open", "DIR/target/.vorhost-*",
-     "done; leaves target/.vorhost-*", alike},
+    {"open", "DIR/target/.vorhost-*/.vorhost-journal",
+     "cannot write to DIR/target: ERROR", alike},
+    {"write", "DIR/target/.vorhost-*/.vorhost-journal",
+     "cannot write to DIR/target: ERROR", "done"},
     {"list", "DIR/target/.vorhost-*",
-     "done; leaves target/.vorhost-*", alike},
+     "cannot write to DIR/target: ERROR", alike},
+    {"chdir", "DIR/target/.vorhost-*",
+     "cannot enter the directory of this run: ERROR", alike},
+    {"open", "DIR/target/.vorhost-*",
+     "done; leaves target/.vorhost-*; leaves target/.vorhost-*/.vorhost-journal", alike},
+    {"list", "DIR/target/.vorhost-*",
+     "done; leaves target/.vorhost-*; leaves target/.vorhost-*/.vorhost-journal", alike},
+    {"unlink", "DIR/target/.vorhost-*/.vorhost-journal",
+     "done; leaves target/.vorhost-*; leaves target/.vorhost-*/.vorhost-journal", alike},
     {"unlink", "DIR/target/.vorhost-*",
      "done; leaves target/.vorhost-*", alike},
+    {"close", "DIR/target/.vorhost-*/.vorhost-journal (deleted)",
+     "done", alike},
     {"close", "DIR/target/.vorhost-* (deleted)",
      "done", alike},
     // The plug-in: it says when it cannot create a file, and nothing of what comes later. zlib takes no
@@ -268,6 +319,23 @@ const std::vector<TRow> collectRows = Joined(OutputFileRows("DIR", "result.xml")
      "cannot write to DIR/target/hardwareinventory.xml.gz: ERROR", alike},
     {"chmod", "DIR/target/.vorhost-*/systeminformation.xml.gz",
      "cannot write to DIR/target/systeminformation.xml.gz: ERROR", alike},
+    {"sync", "DIR/target/.vorhost-*/hardwareinventory.xml.gz",
+     "cannot write to DIR/target/hardwareinventory.xml.gz: ERROR", "done"},
+    {"sync", "DIR/target/.vorhost-*/systeminformation.xml.gz",
+     "cannot write to DIR/target/systeminformation.xml.gz: ERROR", "done"},
+    {"close", "DIR/target/hardwareinventory.xml.gz",
+     "done", alike},
+    {"close", "DIR/target/systeminformation.xml.gz",
+     "done", alike},
+    // The list of the files that are moved together.
+    {"write", "DIR/target/.vorhost-*/.vorhost-journal",
+     "cannot write to DIR/target/.vorhost-*: ERROR", "done"},
+    {"sync", "DIR/target/.vorhost-*/.vorhost-journal",
+     "cannot write to DIR/target/.vorhost-*: ERROR", "done"},
+    {"sync", "DIR/target/.vorhost-*",
+     "cannot write to DIR/target/.vorhost-*: ERROR", "done"},
+    {"lock", "DIR/target",
+     "done", alike},
     // Files are moved when all of them are finished; those that are moved stay.
     {"rename", "DIR/target/hardwareinventory.xml.gz",
      "cannot write to DIR/target/hardwareinventory.xml.gz: ERROR; result.xml is new", alike},
@@ -278,8 +346,7 @@ const std::vector<TRow> collectRows = Joined(OutputFileRows("DIR", "result.xml")
 
 // Its private directory still holds the documents when it is removed.
 TScenario CollectThatFails() {
-    return {CollectArguments("DIR/absent/result.xml"), NamespaceAnd(earlierInventory), "run.log",
-            "DIR/target"};
+    return {CollectArguments("/dev/full"), NamespaceAnd(earlierInventory), "run.log", "DIR/target"};
 }
 
 TScenario Snapshot() {
@@ -367,6 +434,26 @@ TEST_P(TIoFaults, EndAsTheTableSays) {
     expectations.CheckAllWereMet();
 }
 
+class TStatusFaults : public testing::TestWithParam<TScenario (*)()> {};
+
+// A file whose status is unknown is not taken for another one, and no other one is taken for it.
+TEST_P(TStatusFaults, EndTheRunOrChangeNothing) {
+    const TFaultedScenario scenario(GetParam()());
+    int faults = 0;
+    for (unsigned number = 1;; ++number) {
+        const auto failed = scenario.RunWith({"stat", number, false, "EIO"});
+        if (failed.path.empty()) {
+            break;
+        }
+        ++faults;
+        EXPECT_THAT(failed.end, AnyOf(StartsWith("done"), StartsWith("cannot "))) << failed.path;
+        EXPECT_THAT(failed.end, Not(AnyOf(HasSubstr("broken"), HasSubstr("gone")))) << failed.path;
+    }
+    EXPECT_GT(faults, 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Run, TStatusFaults, testing::Values(&Collect, &Snapshot, &Capture));
+
 // Whatever comes on top of the first failure, when the disk has gone for good.
 TEST_P(TIoFaults, HurtNothingWhenTheyLast) {
     for (unsigned number = 1; const auto failed = FailCall(number, "EIO", /*isLasting=*/true); ++number) {
@@ -387,6 +474,10 @@ TEST_P(TIoFaults, LeaveOldOrNewFilesWhenTheRunIsKilledInstead) {
         EXPECT_EQ(end.status, 137);
         EXPECT_THAT(end.files, AnyOf("all old", "some new", "all new"));
         EXPECT_EQ(end.nextRun, "done");
+        const bool isBetweenDocuments = end.path == "DIR/target/systeminformation.xml.gz" &&
+                                        std::string_view(GetParam().kind) == "rename";
+        EXPECT_EQ(end.completed,
+                  isBetweenDocuments ? "systeminformation.xml.gz of a run that was killed" : "");
     }
 }
 
@@ -412,11 +503,49 @@ INSTANTIATE_TEST_SUITE_P(Run, TIoFaults, testing::ValuesIn(AllCases()), [](const
 // In which order they are removed is the file system's choice.
 TEST(ADirectoryThatCannotBeRemoved, IsLeftToTheNextRun) {
     const TFaultedScenario scenario(CollectThatFails());
-    for (const unsigned number : {1U, 2U, 3U}) {
+    for (const unsigned number : {1U, 2U, 3U, 4U}) {
         EXPECT_THAT(scenario.RunWith({"unlink", number, false, "EIO"}).end,
                     StartsWith("done; leaves target/.vorhost-*"));
     }
-    EXPECT_EQ(scenario.RunWith({"unlink", 4, false, "EIO"}).path, "");
+    EXPECT_EQ(scenario.RunWith({"unlink", 5, false, "EIO"}).path, "");
+}
+
+TEST(AWorkingDirectoryThatCannotBeReturnedTo, EndsTheRun) {
+    TScenario collect = Collect();
+    collect.watched += ":" + std::filesystem::current_path().string();
+    const TFaultedScenario scenario(collect);
+    EXPECT_EQ(scenario.RunWith({"chdir", 1, false, "EACCES"}).end,
+              "cannot enter the directory of this run: Permission denied");
+    EXPECT_EQ(scenario.RunWith({"chdir", 2, false, "EACCES"}).end,
+              "cannot return to the working directory: Permission denied");
+}
+
+// A file is on the disk before its new name can be, and the list of files before the first of them moves.
+TEST(SyncCalls, ComeBeforeAndAfterTheMoves) {
+    const TFaultedScenario scenario(Collect());
+    std::vector<std::string> synced;
+    for (unsigned number = 1;; ++number) {
+        const auto failed = scenario.RunWith({"sync", number, false, "EIO"});
+        if (failed.path.empty()) {
+            break;
+        }
+        synced.push_back(failed.path + (failed.end.find("is new") == std::string::npos ? "" : ", moved"));
+    }
+    EXPECT_EQ(synced, (std::vector<std::string>{
+                          "DIR/target/.vorhost-*/hardwareinventory.xml.gz",
+                          "DIR/target/.vorhost-*/systeminformation.xml.gz",
+                          "DIR/.vorhost-*/result.xml",
+                          "DIR/target/.vorhost-*/.vorhost-journal",
+                          "DIR/target/.vorhost-*",
+                          "DIR/target, moved",
+                          "DIR, moved",
+                      }));
+}
+
+TEST(SyncCalls, AreLeftOutOnRequest) {
+    TScenario collect = Collect();
+    collect.arguments.emplace_back("--no-sync");
+    EXPECT_EQ(TFaultedScenario(collect).RunWith({"sync", 1, false, "EIO"}).path, "");
 }
 
 TEST(ShortCounts, AreMadeUpFor) {

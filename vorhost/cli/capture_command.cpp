@@ -46,6 +46,7 @@ void RequireNothingLeft(const TRedactedMachine& redacted, const TCapturedTree& t
 }  // namespace
 
 void RunCapture(const TCaptureOptions& options, std::ostream& out) {
+    const TOutputPlace place = FindOutputPlace(options.file, options.source.logFile);
     const TLogSinks sinks(options.source);
     ApplySettings(options.source);
     const TMachineDoor machine(options.source);
@@ -71,8 +72,9 @@ void RunCapture(const TCaptureOptions& options, std::ostream& out) {
         summary.redacted = DescribeCounts(redacted->identities.CountIdentities());
     }
     sinks.RequireWritten();
-    WriteOutputFile(options.file, [&tree](std::ostream& file) { WriteArchive(tree, file); });
-    if (options.file != "-") {
+    WriteOutputFile(place, options.file, options.source.syncs,
+                    [&tree](std::ostream& file) { WriteArchive(tree, file); });
+    if (!place.IsStandardOutput()) {
         summary.origin = machine.Describe();
         summary.file = options.file;
         PrintCaptureSummary(summary, out);

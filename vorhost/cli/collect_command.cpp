@@ -6,27 +6,26 @@
 #include "vorhost/cli/log_sinks.h"
 #include "vorhost/cli/namespace_source.h"
 #include "vorhost/cli/output_file.h"
+#include "vorhost/cli/output_place.h"
 #include "vorhost/cli/plugin_request.h"
 #include "vorhost/cli/private_directory.h"
 #include "vorhost/cli/program_paths.h"
 #include "vorhost/cli/run_failure.h"
 #include "vorhost/cli/summary.h"
+#include "vorhost/cli/target_directory.h"
 #include "vorhost/services/host_settings.h"
-#include "vorhost/system/rooted_files.h"
 #include "vorhost/upload/entity_service.h"
 
 #include <boost/shared_ptr.hpp>
-#include <unistd.h>
+#include <fcntl.h>
+#include <sys/stat.h>
 
-#include <cerrno>
 #include <chrono>
 #include <cstdlib>
-#include <filesystem>
 #include <optional>
 #include <ostream>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -62,18 +61,6 @@ class TStepClock {
     std::vector<TStepTime> times_;
 };
 
-void CheckDirectory(const std::string& path) {
-    std::error_code error;
-    if (!std::filesystem::is_directory(path, error)) {
-        throw TRunFailure("cannot write to directory " + path + ": " +
-                          (error ? error.message() : "not a directory"));
-    }
-    if (::access(path.c_str(), W_OK | X_OK) != 0) {
-        throw TRunFailure("cannot write to directory " + path + ": " +
-                          std::generic_category().message(errno));
-    }
-}
-
 void SetIdentity(const std::optional<std::string>& kelId) {
     if (kelId) {
         // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread looks at the environment
@@ -107,32 +94,9 @@ boost::shared_ptr<TMemoryClass> ResultClass(TMemoryNamespace& collected) {
     return found ? found : collected.AddClass(resultClassName);
 }
 
-// What the run was to write: each document is read through, and ready to be moved, before any file is moved.
-std::vector<TInventoryDocument> FinishedDocuments(const TPrivateDirectory& workplace) {
-    std::vector<const char*> names{hardwareFileName};
-    if (HasIdentity()) {
-        names.push_back(systemFileName);
-    }
-    std::vector<TInventoryDocument> documents;
-    for (const char* name : names) {
-        documents.push_back(ReadInventoryDocument(workplace.GetPath(), name));
-        if (!documents.back().isWhole) {
-            throw TRunFailure(std::string("the plug-in has not written ") + name + " to its end" +
-                              workplace.DescribeObstacle());
-        }
-        workplace.Protect(name);
-    }
-    return documents;
-}
-
-// The plug-in says nothing when it cannot read its document back, and makes a result of what it has.
-void RequireInventory(const TInstances& results, const TPrivateDirectory& workplace) {
-    const TRootedFiles files(workplace.GetPath());
-    const auto bytes = files.ReadBytes(std::string("/") + hardwareFileName, std::string::npos);
-    if (!bytes.IsOk()) {
-        throw TRunFailure("cannot read " + bytes.error.substr(1));
-    }
-    const TCIMValue expected(EncodeBase64(bytes.value));
+// The plug-in reports nothing when it cannot read its document back, and makes a result of what it has.
+void RequireInventory(const TInstances& results, const std::string& bytes) {
+    const TCIMValue expected(EncodeBase64(bytes));
     for (const auto& result : results) {
         const TCIMValue* const inventory = result->Find(inventoryProperty);
         if (inventory != nullptr && *inventory != expected) {
@@ -142,15 +106,46 @@ void RequireInventory(const TInstances& results, const TPrivateDirectory& workpl
     }
 }
 
-// All of them, or none when a signal ends the run: one run's files belong together.
-void MoveIntoPlace(std::optional<TOutputFile>& resultFile, TPrivateDirectory& workplace,
-                   const std::vector<TInventoryDocument>& documents) {
-    const TUninterrupted together;
-    if (resultFile) {
-        resultFile->MoveIntoPlace(together);
+// A run's documents, each read through and ready to be moved before any file is moved.
+std::vector<TInventoryDocument> FinishDocuments(TPrivateDirectory& workplace, const TInstances& results,
+                                                bool comparesResults) {
+    std::vector<const char*> names{hardwareFileName};
+    if (HasIdentity()) {
+        names.push_back(systemFileName);
     }
-    for (const TInventoryDocument& document : documents) {
-        workplace.MoveOut(document.fileName, together);
+    std::vector<TInventoryDocument> documents;
+    for (const char* name : names) {
+        TFileDescriptor file = workplace.OpenFile(name, O_RDONLY | O_NONBLOCK);
+        documents.push_back(ReadInventoryDocument(file, name));
+        if (!documents.back().isWhole) {
+            throw TRunFailure(std::string("the plug-in has not written ") + name + " to its end" +
+                              workplace.DescribeObstacle());
+        }
+        if (comparesResults && name == hardwareFileName) {
+            RequireInventory(results, ReadCompressedDocument(file, name));
+        }
+        workplace.Finish(name, std::move(file));
+    }
+    return documents;
+}
+
+// All of them, or none when a signal ends the run: one run's files belong together. Other runs move theirs
+// before or after that.
+void MoveIntoPlace(std::optional<TOutputFile>& resultFile, TPrivateDirectory& workplace,
+                   const TTargetDirectory& target) {
+    workplace.PrepareMoves();
+    {
+        const TTargetLock lock(target);
+        workplace.CompleteOthers(lock);
+        const TUninterrupted together;
+        if (resultFile) {
+            resultFile->MoveIntoPlace(together);
+        }
+        workplace.MoveOut(together);
+    }
+    workplace.SyncMoves();
+    if (resultFile) {
+        resultFile->SyncMove();
     }
 }
 
@@ -173,6 +168,48 @@ std::string HintAtComputerSystem(const TSourceOptions& source, const TMemoryName
     return std::string("no computer system was collected, whose type is needed") +
            (isLeftOut ? ": --only has to have computer-system, and --skip must not" : "");
 }
+
+// Documents in the target that this run has not written.
+std::vector<std::string> FindEarlierDocuments(const TTargetDirectory& target) {
+    struct stat status {};
+    const bool isThere = !HasIdentity() &&
+                         ::fstatat(target.GetDescriptor(), systemFileName, &status, AT_SYMLINK_NOFOLLOW) == 0;
+    return isThere ? std::vector<std::string>{systemFileName} : std::vector<std::string>();
+}
+
+// Where the files of a run go. All are found before anything runs, so that none is the same as another one.
+class TCollectOutputs {
+  public:
+    explicit TCollectOutputs(const TCollectOptions& options)
+        : target_(options.directory, "cannot write to directory " + options.directory),
+          hardware_(target_, hardwareFileName),
+          system_(target_, systemFileName) {
+        target_.RequireWritable("cannot write to directory " + options.directory);
+        std::vector<TNamedPlace> places{
+            {"the document " + target_.PathOf(hardwareFileName), hardware_},
+            {"the document " + target_.PathOf(systemFileName), system_},
+        };
+        if (!options.source.logFile.empty()) {
+            log_.emplace(options.source.logFile, "cannot append to log file " + options.source.logFile);
+            places.push_back({"the log file " + options.source.logFile, *log_});
+        }
+        if (!options.resultFile.empty()) {
+            result_.emplace(options.resultFile, "cannot write " + options.resultFile);
+            places.push_back({"the result file " + options.resultFile, *result_});
+        }
+        RequireDistinct(places);
+    }
+
+    const TTargetDirectory& GetTarget() const { return target_; }
+    const std::optional<TOutputPlace>& GetResult() const { return result_; }
+
+  private:
+    TTargetDirectory target_;
+    TOutputPlace hardware_;
+    TOutputPlace system_;
+    std::optional<TOutputPlace> log_;
+    std::optional<TOutputPlace> result_;
+};
 
 std::string TextOf(const TMemoryInstance& instance, std::string_view property) {
     const TCIMValue* value = instance.Find(property);
@@ -210,7 +247,8 @@ std::string DescribeCredential(const TPluginAnswer& answer, bool hasEntityServic
 
 void RunCollect(const TCollectOptions& options, std::ostream& out) {
     TStepClock clock;
-    CheckDirectory(options.directory);
+    const TCollectOutputs outputs(options);
+    const bool syncs = options.source.syncs;
     const TLogSinks sinks(options.source);
     SetIdentity(options.kelId);
     SetHostSettings({options.source.localTime, ChooseReachability(options), nullptr});
@@ -218,7 +256,7 @@ void RunCollect(const TCollectOptions& options, std::ostream& out) {
     clock.Finish("collect");
 
     ApplySettings(options, source.collected);
-    TPrivateDirectory workplace(options.directory, "cannot write to " + options.directory);
+    TPrivateDirectory workplace(outputs.GetTarget(), "cannot write to " + options.directory, syncs);
     const TPluginRequest request{options.pluginFile.empty() ? FindOwnPlugin() : options.pluginFile,
                                  source.collected,
                                  ResultClass(*source.collected),
@@ -231,15 +269,16 @@ void RunCollect(const TCollectOptions& options, std::ostream& out) {
 
     const TInstances& results = answer.results;
     TRunSummary summary;
-    summary.documents = FinishedDocuments(workplace);
+    summary.documents = FinishDocuments(workplace, results, outputs.GetResult().has_value());
     std::optional<TOutputFile> resultFile;
-    if (!options.resultFile.empty()) {
-        RequireInventory(results, workplace);
-        resultFile.emplace(options.resultFile, [&](std::ostream& file) {
+    if (outputs.GetResult()) {
+        resultFile.emplace(*outputs.GetResult(), options.resultFile, syncs, [&](std::ostream& file) {
             SaveInstances(request.resultClass->GetName(), results, file);
         });
     }
-    MoveIntoPlace(resultFile, workplace, summary.documents);
+    MoveIntoPlace(resultFile, workplace, outputs.GetTarget());
+    summary.completedFiles = workplace.GetCompleted();
+    summary.earlierFiles = FindEarlierDocuments(outputs.GetTarget());
     summary.directory = options.directory;
     summary.origin = source.origin;
     summary.machine = DescribeMachine(*source.collected, *results.front());

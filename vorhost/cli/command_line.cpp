@@ -133,6 +133,8 @@ void AddRunOptions(CLI::App& command, TSourceOptions& options) {
         .add_option("--log-file", options.logFile, "Append every log line, as LEVEL MESSAGE, to this file")
         ->type_name("FILE");
     command.add_flag("--verbose", options.verbose, "Print debug and warning lines to standard error");
+    command.add_flag_callback(
+        "--no-sync", [&options] { options.syncs = false; }, "Do not wait until the files are on the disk");
 }
 
 // A saved namespace takes the place of the machine.

@@ -27,6 +27,7 @@ struct TSourceOptions {
     TCollectorChoice collectors;
     std::string logFile;  ///< empty: not given
     bool verbose = false;
+    bool syncs = true;  ///< files are on the disk before they replace earlier ones
 };
 
 struct TCollectOptions {

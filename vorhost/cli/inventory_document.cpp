@@ -4,13 +4,18 @@
 #include "vorhost/cli/run_failure.h"
 #include "vorhost/cli/xml_check.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstddef>
-#include <filesystem>
 #include <optional>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 namespace NVORHOST {
 namespace {
@@ -44,14 +49,30 @@ void NoteFault(const TXmlCheck& check, const std::string& line, TInventoryDocume
     }
 }
 
+[[noreturn]] void Fail(const std::string& fileName, int error) {
+    throw TRunFailure("cannot read " + fileName + ": " + std::generic_category().message(error));
+}
+
+// The reader closes what it reads from.
+void Attach(gzifstream& stream, const TFileDescriptor& file, const std::string& fileName) {
+    TFileDescriptor duplicate(file.IsOpen() ? ::fcntl(file.Get(), F_DUPFD_CLOEXEC, 0) : -1);
+    if (!duplicate.IsOpen()) {
+        Fail(fileName, errno);
+    }
+    stream.attach(duplicate.Get(), std::ios::in | std::ios::binary);
+    if (stream) {
+        (void)duplicate.Release();
+    }
+}
+
 }  // namespace
 
-TInventoryDocument ReadInventoryDocument(const std::string& directory, const std::string& fileName) {
-    const std::string path = directory + "/" + fileName;
+TInventoryDocument ReadInventoryDocument(const TFileDescriptor& file, const std::string& fileName) {
     TInventoryDocument document;
     document.fileName = fileName;
+    gzifstream stream;
+    Attach(stream, file, fileName);
     errno = 0;
-    gzifstream stream(path.c_str(), std::ios::in | std::ios::binary);
     std::string line;
     std::string last;
     TXmlCheck check;
@@ -66,11 +87,29 @@ TInventoryDocument ReadInventoryDocument(const std::string& directory, const std
     // The compressed data has an end of its own, which only closing asks for.
     document.isWhole = stream.rdbuf()->close() != nullptr && last == documentEnd;
     if (!document.isWhole && errno != 0) {
-        throw TRunFailure("cannot read " + fileName + ": " + std::generic_category().message(errno));
+        Fail(fileName, errno);
     }
-    std::error_code ignored;
-    document.sizeBytes = std::filesystem::file_size(path, ignored);
+    struct stat status {};
+    if (::fstat(file.Get(), &status) != 0) {
+        Fail(fileName, errno);
+    }
+    document.sizeBytes = static_cast<std::uintmax_t>(status.st_size);
     return document;
+}
+
+std::string ReadCompressedDocument(const TFileDescriptor& file, const std::string& fileName) {
+    std::string bytes;
+    std::array<char, 65536> part{};
+    for (;;) {
+        const ssize_t count = ::pread(file.Get(), part.data(), part.size(), static_cast<off_t>(bytes.size()));
+        if (count == 0) {
+            return bytes;
+        }
+        if (count < 0 && errno != EINTR) {
+            Fail(fileName, errno);
+        }
+        bytes.append(part.data(), count < 0 ? 0 : static_cast<std::size_t>(count));
+    }
 }
 
 }  // namespace NVORHOST

@@ -1,6 +1,8 @@
 // Looks into a finished inventory document, so that the summary tells what was really written.
 #pragma once
 
+#include "vorhost/system/file_descriptor.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -18,7 +20,11 @@ struct TInventoryDocument {
     std::string faultyText;      ///< what it has around the fault
 };
 
-/// Reads a document through to its end. Errors: throws TRunFailure for a file that cannot be read.
-TInventoryDocument ReadInventoryDocument(const std::string& directory, const std::string& fileName);
+/// Reads a document through to its end; `file` stays open. Errors: throws TRunFailure for a file that cannot
+/// be read, or is not open, which errno then explains.
+TInventoryDocument ReadInventoryDocument(const TFileDescriptor& file, const std::string& fileName);
+
+/// Reads the compressed bytes of a document from its start. Errors as above.
+std::string ReadCompressedDocument(const TFileDescriptor& file, const std::string& fileName);
 
 }  // namespace NVORHOST

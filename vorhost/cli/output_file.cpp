@@ -2,11 +2,13 @@
 
 #include "vorhost/cli/run_failure.h"
 
+#include <ext/stdio_filebuf.h>
+#include <fcntl.h>
+
 #include <cerrno>
-#include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <system_error>
+#include <utility>
 
 namespace NVORHOST {
 namespace {
@@ -15,22 +17,22 @@ namespace {
     throw TRunFailure("cannot write " + path + ": " + std::generic_category().message(error));
 }
 
-// A device, a pipe or a terminal is written to, not replaced.
-bool IsSpecialFile(const std::string& path) {
-    std::error_code ignored;
-    const auto status = std::filesystem::status(path, ignored);
-    return std::filesystem::exists(status) && !std::filesystem::is_regular_file(status) &&
-           !std::filesystem::is_directory(status);
-}
-
-// `path` is what the user asked for; `file` is what is written.
-void WriteThrough(const std::string& path, const std::string& file,
-                  const std::function<void(std::ostream&)>& write) {
+// Closes a duplicate, because closing reports errors, too. `path` is what the user asked for.
+void Write(const TFileDescriptor& file, const std::string& path,
+           const std::function<void(std::ostream&)>& write) {
+    TFileDescriptor duplicate(file.IsOpen() ? ::fcntl(file.Get(), F_DUPFD_CLOEXEC, 0) : -1);
+    if (!duplicate.IsOpen()) {
+        Fail(path, errno);
+    }
+    __gnu_cxx::stdio_filebuf<char> buffer(duplicate.Get(), std::ios::out | std::ios::binary);
+    if (!buffer.is_open()) {
+        Fail(path, errno);
+    }
+    (void)duplicate.Release();
+    std::ostream stream(&buffer);
     errno = 0;
-    std::ofstream stream(file, std::ios::binary);
     write(stream);
-    stream.close();
-    if (!stream) {
+    if (!stream || buffer.close() == nullptr) {
         Fail(path, errno != 0 ? errno : EIO);
     }
 }
@@ -48,30 +50,40 @@ void WriteStandardOutput(const std::function<void(std::ostream&)>& write) {
     }
 }
 
-TOutputFile::TOutputFile(const std::string& path, const std::function<void(std::ostream&)>& write) {
-    if (path == "-") {
+TOutputFile::TOutputFile(const TOutputPlace& place, const std::string& path, bool syncs,
+                         const std::function<void(std::ostream&)>& write) {
+    if (place.IsStandardOutput()) {
         WriteStandardOutput(write);
-    } else if (IsSpecialFile(path)) {
-        WriteThrough(path, path, write);
+    } else if (place.GetKind() != TOutputPlace::EKind::file) {
+        Write(place.OpenDirectly(), path, write);
     } else {
-        const std::filesystem::path target(path);
-        name_ = target.filename().string();
-        workplace_.emplace(target.parent_path().string(), "cannot write " + path);
-        WriteThrough(path, workplace_->GetPath() + "/" + name_, write);
-        workplace_->Protect(name_);
+        workplace_.emplace(*place.GetDirectory(), "cannot write " + path, syncs);
+        TFileDescriptor file = workplace_->OpenFile(place.GetName(), O_WRONLY | O_CREAT | O_EXCL);
+        Write(file, path, write);
+        workplace_->Finish(place.GetName(), std::move(file));
     }
 }
 
 void TOutputFile::MoveIntoPlace(const TUninterrupted& together) {
     if (workplace_) {
-        workplace_->MoveOut(name_, together);
+        workplace_->MoveOut(together);
     }
 }
 
-void WriteOutputFile(const std::string& path, const std::function<void(std::ostream&)>& write) {
-    TOutputFile file(path, write);
-    const TUninterrupted together;
-    file.MoveIntoPlace(together);
+void TOutputFile::SyncMove() const {
+    if (workplace_) {
+        workplace_->SyncMoves();
+    }
+}
+
+void WriteOutputFile(const TOutputPlace& place, const std::string& path, bool syncs,
+                     const std::function<void(std::ostream&)>& write) {
+    TOutputFile file(place, path, syncs, write);
+    {
+        const TUninterrupted together;
+        file.MoveIntoPlace(together);
+    }
+    file.SyncMove();
 }
 
 }  // namespace NVORHOST

@@ -4,10 +4,14 @@
 #include "vorhost/cli/run_failure.h"
 #include "vorhost/services/host_settings.h"
 #include "vorhost/services/plugin_library.h"
+#include "vorhost/system/file_descriptor.h"
 #include "vorhost/upload/entity_service.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <exception>
-#include <filesystem>
 #include <system_error>
 
 namespace NVORHOST {
@@ -15,26 +19,34 @@ namespace {
 
 using TClock = std::chrono::steady_clock;
 
-// The plug-in writes to the current directory, and paths of the command line mean the one the user stands in:
-// so the change is made around the request alone.
+// The plug-in writes to the current directory, and relative paths mean the directory that the user is in: so
+// the change is made around the request alone.
 class TWorkingDirectory {
   public:
-    explicit TWorkingDirectory(const std::string& path) : previous_(std::filesystem::current_path()) {
-        std::error_code error;
-        std::filesystem::current_path(path, error);
-        if (error) {
-            throw TRunFailure("cannot enter directory " + path + ": " + error.message());
+    explicit TWorkingDirectory(const TPrivateDirectory& workplace)
+        : previous_(::open(".", O_PATH | O_DIRECTORY | O_CLOEXEC)) {
+        const bool hasNoWayBack = !previous_.IsOpen() && errno != EACCES;
+        if (hasNoWayBack || ::fchdir(workplace.GetDescriptor()) != 0) {
+            throw TRunFailure("cannot enter the directory of this run: " +
+                              std::generic_category().message(errno));
         }
     }
-    ~TWorkingDirectory() {
-        std::error_code ignored;  // the way back may be gone; nothing relative is opened afterwards
-        std::filesystem::current_path(previous_, ignored);
-    }
+    ~TWorkingDirectory() { (void)GoBack(); }  // only after a failure, which is the one to report
     TWorkingDirectory(const TWorkingDirectory&) = delete;
     TWorkingDirectory& operator=(const TWorkingDirectory&) = delete;
 
+    void Leave() {
+        if (!GoBack()) {
+            throw TRunFailure("cannot return to the working directory: " +
+                              std::generic_category().message(errno));
+        }
+    }
+
   private:
-    std::filesystem::path previous_;
+    // From a directory that may not be searched, no relative path leads anywhere, before and after.
+    bool GoBack() { return previous_.IsOpen() ? ::fchdir(previous_.Get()) == 0 : ::chdir("/") == 0; }
+
+    TFileDescriptor previous_;
 };
 
 [[noreturn]] void Fail(const TPluginRequest& request, const std::string& cause) {
@@ -43,7 +55,7 @@ class TWorkingDirectory {
 
 // Whatever the plug-in throws is turned into a text while its library, which may hold that text, is loaded.
 void GetData(TPluginLibrary& plugin, const TPluginRequest& request) {
-    const TWorkingDirectory inDirectory(request.workplace.GetPath());
+    TWorkingDirectory inDirectory(request.workplace);
     std::vector<boost::shared_ptr<ICIMClass>> resultClasses{request.resultClass};
     try {
         plugin.GetData(request.collected, resultClasses);
@@ -56,6 +68,7 @@ void GetData(TPluginLibrary& plugin, const TPluginRequest& request) {
     } catch (...) {
         Fail(request, "exception of unknown type");
     }
+    inDirectory.Leave();
 }
 
 void RequireResult(const TPluginAnswer& answer, const TPluginRequest& request) {

@@ -1,174 +1,254 @@
 #include "vorhost/cli/private_directory.h"
 
+#include "vorhost/cli/abandoned_runs.h"
+#include "vorhost/cli/directory_entries.h"
 #include "vorhost/cli/run_failure.h"
-#include "vorhost/system/file_descriptor.h"
+#include "vorhost/cli/run_journal.h"
+#include "vorhost/cli/run_name.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
-#include <cstdlib>
-#include <filesystem>
-#include <string_view>
 #include <system_error>
 #include <thread>
+#include <utility>
 
 namespace NVORHOST {
 namespace {
 
-constexpr std::string_view namePrefix = ".vorhost-";
 constexpr int maxAttempts = 32;
 constexpr mode_t ownerOnly = S_IRUSR | S_IWUSR;
+constexpr mode_t permissions = S_IRWXU | S_IRWXG | S_IRWXO;
 constexpr off_t probeBytes = 65536;  // more than any buffer of the plug-in holds back
 
 [[noreturn]] void Fail(const std::string& failure, int error) {
     throw TRunFailure(failure + ": " + std::generic_category().message(error));
 }
 
-// The descriptor of a directory whose lock was free; else -1, and errno says why.
-int OpenLocked(const std::string& path) {
-    const int descriptor = ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-    if (descriptor < 0) {
-        return -1;
-    }
-    if (::flock(descriptor, LOCK_EX | LOCK_NB) != 0) {
-        const int error = errno;
-        ::close(descriptor);
-        errno = error;
-        return -1;
-    }
-    return descriptor;
-}
-
-// As above, for a directory just made; -1 only when another run is removing it or has done so.
-int LockOwn(const std::string& path, const std::string& failure) {
-    const int descriptor = OpenLocked(path);
-    if (descriptor < 0 && errno != ENOENT && errno != EWOULDBLOCK) {
-        const int error = errno;
-        ::rmdir(path.c_str());
-        Fail(failure, error);
-    }
+struct stat StatusOf(int descriptor) {
     struct stat status {};
-    if (descriptor >= 0 && (::fstat(descriptor, &status) != 0 || status.st_nlink == 0)) {
-        ::close(descriptor);
-        return -1;
+    if (::fstat(descriptor, &status) != 0) {
+        status = {};
     }
-    return descriptor;
-}
-
-// A run that was killed leaves its directory, but not its lock.
-void RemoveAbandoned(const std::string& path) {
-    const int descriptor = OpenLocked(path);
-    if (descriptor < 0) {
-        return;
-    }
-    std::error_code ignored;  // somebody else's, or being removed by another run: no concern of this one
-    std::filesystem::remove_all(path, ignored);
-    ::close(descriptor);
-}
-
-void RemoveAllAbandoned(const std::string& target) {
-    std::error_code error;
-    for (std::filesystem::directory_iterator entry(target, error), end; !error && entry != end;
-         entry.increment(error)) {
-        if (entry->path().filename().string().starts_with(namePrefix)) {
-            RemoveAbandoned(entry->path().string());
-        }
-    }
+    return status;
 }
 
 // The plug-in may be at work in there, and quicker at making files than anybody is at removing them. It makes
 // them in the working directory of the process: once that is a directory which is gone, no more can be made.
 // It has to be gone before it is the working directory: in an empty one, the plug-in could be quicker.
-void TakeWorkingDirectoryAway(const std::string& path) {
-    const std::string nowhere = path + "/.gone";
-    (void)::mkdir(nowhere.c_str(), S_IRWXU);
-    const int descriptor = ::open(nowhere.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-    const bool isAway = descriptor >= 0 && ::rmdir(nowhere.c_str()) == 0 && ::fchdir(descriptor) == 0;
+void TakeWorkingDirectoryAway(int directory) {
+    constexpr char nowhere[] = ".gone";
+    (void)::mkdirat(directory, nowhere, S_IRWXU);
+    const TFileDescriptor gone(::openat(directory, nowhere, O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    const bool isAway =
+        gone.IsOpen() && ::unlinkat(directory, nowhere, AT_REMOVEDIR) == 0 && ::fchdir(gone.Get()) == 0;
     (void)isAway;  // no worse off than before if it is not
-    ::close(descriptor);
 }
 
-void RemoveInUse(const std::string& path) {
+void RemoveInUse(const TTargetDirectory& target, const std::string& name, int directory) {
     constexpr int maxRemovals = 1000;
     constexpr std::chrono::milliseconds pause(1);
-    TakeWorkingDirectoryAway(path);
-    std::error_code ignored;  // what cannot be removed is left to the next run
+    TakeWorkingDirectoryAway(directory);
     for (int removal = 0; removal < maxRemovals; ++removal) {
-        std::filesystem::remove_all(path, ignored);
-        if (!std::filesystem::exists(std::filesystem::symlink_status(path, ignored))) {
+        if (RemovePrivateDirectory(target, name, directory) || StatusOf(directory).st_nlink == 0) {
             return;
         }
         std::this_thread::sleep_for(pause);  // something was under way, which ends by itself
     }
+    // What cannot be removed is left to the next run.
+}
+
+// Only a directory that this user has just made is empty and has the owner that new files of this user get,
+// which a file server may decide. EEXIST, as for a name in use, when it is another one; else 0 or why it
+// cannot be listed.
+int CheckNewAndOwn(int directory, int journal) {
+    if ((StatusOf(directory).st_mode & permissions) != S_IRWXU) {
+        (void)::fchmod(directory, S_IRWXU);  // some file systems have no modes
+    }
+    const auto entries = ListEntries(directory);
+    if (!entries) {
+        return errno;
+    }
+    const bool isNewAndOwn = *entries == std::vector<std::string>{journalName} &&
+                             StatusOf(directory).st_uid == StatusOf(journal).st_uid;
+    return isNewAndOwn ? 0 : EEXIST;
+}
+
+// Another run takes it for abandoned, or somebody else has removed or replaced it.
+bool IsLost(int error) {
+    return error == EEXIST || error == ENOENT || error == EWOULDBLOCK;
+}
+
+// Some file systems have nothing to sync.
+int Sync(int descriptor) {
+    while (::fsync(descriptor) != 0) {
+        if (errno != EINTR) {
+            return errno == EINVAL || errno == ENOSYS || errno == EOPNOTSUPP ? 0 : errno;
+        }
+    }
+    return 0;
 }
 
 }  // namespace
 
-TPrivateDirectory::TPrivateDirectory(const std::string& target, const std::string& failure)
-    : target_(target.empty() ? "." : target) {
-    std::error_code error;
-    const auto absolute = std::filesystem::absolute(target_, error);
-    if (error) {
-        Fail(failure, error.value());
+TPrivateDirectory::TPrivateDirectory(const TTargetDirectory& target, const std::string& failure, bool syncs)
+    : target_(target), syncs_(syncs) {
+    bool isMade = false;
+    for (int attempt = 0; attempt < maxAttempts && !isMade; ++attempt) {
+        isMade = Make(failure);
     }
-    RemoveAllAbandoned(target_);
-    const std::string pattern = (absolute / (std::string(namePrefix) + "XXXXXX")).string();
-    // Between making and locking it, another run may take the directory for abandoned.
-    for (int attempt = 0; attempt < maxAttempts && lock_ < 0; ++attempt) {
-        Make(pattern, failure);
-        lock_ = LockOwn(path_, failure);
+    if (!isMade) {
+        throw TRunFailure(failure + ": the directory made for this run keeps being removed or replaced");
     }
-    if (lock_ < 0) {
-        throw TRunFailure(failure + ": other runs keep removing what this one makes");
-    }
+    RemoveAbandonedRuns();
 }
 
 TPrivateDirectory::~TPrivateDirectory() {
-    std::error_code ignored;  // what is left is removed by the next run
-    std::filesystem::remove_all(path_, ignored);
-    ::close(lock_);
+    (void)RemovePrivateDirectory(target_, name_, GetDescriptor());  // what is left is removed by the next run
 }
 
-void TPrivateDirectory::Make(const std::string& pattern, const std::string& failure) {
-    unfinished_.reset();
-    path_ = pattern;
+bool TPrivateDirectory::Make(const std::string& failure) {
+    name_ = MakePrivateName();
     const TUninterrupted begun;
-    if (::mkdtemp(path_.data()) == nullptr) {
+    if (::mkdirat(target_.GetDescriptor(), name_.c_str(), S_IRWXU) != 0) {
         Fail(failure, errno);
     }
-    unfinished_.emplace(begun, [path = path_] { RemoveInUse(path); });
+    const int error = Open();
+    if (error != 0) {
+        // Nothing is removed that was not just made.
+        (void)::unlinkat(target_.GetDescriptor(), name_.c_str(), AT_REMOVEDIR);
+        if (!IsLost(error)) {
+            Fail(failure, error);
+        }
+        return false;
+    }
+    unfinished_.emplace(begun, [&target = target_, name = name_, directory = GetDescriptor()] {
+        RemoveInUse(target, name, directory);
+    });
+    return true;
 }
 
-void TPrivateDirectory::Protect(const std::string& fileName) const {
-    if (::chmod(PathOf(fileName).c_str(), ownerOnly) != 0) {
-        Fail("cannot write to " + TargetOf(fileName), errno);
+int TPrivateDirectory::Open() {
+    directory_ = TFileDescriptor(
+        ::openat(target_.GetDescriptor(), name_.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    if (!directory_.IsOpen()) {
+        return errno;
+    }
+    if (::flock(GetDescriptor(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
+        return errno;  // without locks, the name has to do
+    }
+    int error = 0;
+    journal_ = BeginJournal(GetDescriptor(), name_, error);
+    if (error == 0) {
+        error = CheckNewAndOwn(GetDescriptor(), journal_.Get());
+    }
+    if (error != 0 && journal_.IsOpen()) {
+        (void)::unlinkat(GetDescriptor(), journalName, 0);
+    }
+    return error;
+}
+
+void TPrivateDirectory::RemoveAbandonedRuns() {
+    const auto names = FindAbandoned(target_);
+    if (!names.empty()) {
+        CompleteOthers(TTargetLock(target_));
     }
 }
 
-void TPrivateDirectory::MoveOut(const std::string& fileName, const TUninterrupted& /*together*/) {
-    if (::rename(PathOf(fileName).c_str(), TargetOf(fileName).c_str()) != 0) {
-        Fail("cannot write to " + TargetOf(fileName), errno);
+void TPrivateDirectory::CompleteOthers(const TTargetLock& lock) {
+    const auto names = FindAbandoned(target_);
+    const auto moved = RemoveAbandoned(target_, names, StatusOf(journal_.Get()).st_uid, lock);
+    completed_.insert(completed_.end(), moved.begin(), moved.end());
+    std::ranges::sort(completed_);
+}
+
+TFileDescriptor TPrivateDirectory::OpenFile(const std::string& fileName, int flags) const {
+    return TFileDescriptor(
+        ::openat(GetDescriptor(), fileName.c_str(), flags | O_NOFOLLOW | O_CLOEXEC, ownerOnly));
+}
+
+void TPrivateDirectory::Finish(const std::string& fileName, TFileDescriptor file) {
+    int error = ::fchmod(file.Get(), ownerOnly) == 0 ? 0 : errno;
+    if (error == 0 && syncs_) {
+        error = Sync(file.Get());
+    }
+    if (error != 0) {
+        Fail("cannot write to " + target_.PathOf(fileName), error);
+    }
+    finished_.push_back({fileName, std::move(file)});
+}
+
+void TPrivateDirectory::PrepareMoves() {
+    if (finished_.size() < 2) {
+        return;
+    }
+    int error = 0;
+    std::vector<TMovedFile> moves;
+    for (const TFinishedFile& finished : finished_) {
+        struct stat status {};
+        error = ::fstat(finished.file.Get(), &status) == 0 ? error : errno;
+        moves.push_back(TMovedFile::Make(finished.name, status));
+    }
+    if (error == 0 && !RecordMoves(journal_.Get(), moves)) {
+        error = errno;
+    }
+    for (const int descriptor : {journal_.Get(), GetDescriptor()}) {
+        if (error == 0 && syncs_) {
+            error = Sync(descriptor);
+        }
+    }
+    if (error != 0) {
+        Fail("cannot write to " + target_.PathOf(name_), error);
+    }
+}
+
+void TPrivateDirectory::MoveOut(const TUninterrupted& /*together*/) {
+    for (const TFinishedFile& finished : finished_) {
+        MoveFile(finished);
+    }
+}
+
+void TPrivateDirectory::MoveFile(const TFinishedFile& finished) const {
+    const std::string failure = "cannot write to " + target_.PathOf(finished.name);
+    const char* const name = finished.name.c_str();
+    if (!IsEntry(GetDescriptor(), name, finished.file.Get())) {
+        throw TRunFailure(failure + ": another file has replaced the one that was written");
+    }
+    if (::renameat(GetDescriptor(), name, target_.GetDescriptor(), name) != 0) {
+        Fail(failure, errno);
+    }
+    // A later run may have replaced it already, which leaves it without a name.
+    if (!IsEntry(target_.GetDescriptor(), name, finished.file.Get()) &&
+        StatusOf(finished.file.Get()).st_nlink != 0) {
+        throw TRunFailure(failure + ": another file is in its place");
+    }
+}
+
+void TPrivateDirectory::SyncMoves() const {
+    if (!syncs_ || finished_.empty()) {
+        return;
+    }
+    int error = Sync(target_.GetDescriptor());
+    if (error == EBADF) {
+        // A directory that may not be read cannot be synced by itself; the whole file system can.
+        error = ::syncfs(GetDescriptor()) == 0 ? 0 : errno;
+    }
+    if (error != 0) {
+        Fail("cannot write to " + target_.PathOf(finished_.front().name), error);
     }
 }
 
 std::string TPrivateDirectory::DescribeObstacle() const {
-    const std::string probe = PathOf("probe");
-    const TFileDescriptor file(::open(probe.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, ownerOnly));
+    constexpr char probe[] = "probe";
+    const TFileDescriptor file = OpenFile(probe, O_WRONLY | O_CREAT);
     const int error = file.IsOpen() ? ::posix_fallocate(file.Get(), 0, probeBytes) : errno;
-    ::unlink(probe.c_str());
+    (void)::unlinkat(GetDescriptor(), probe, 0);
     return error == 0 ? "" : ": " + std::generic_category().message(error);
-}
-
-std::string TPrivateDirectory::PathOf(const std::string& fileName) const {
-    return path_ + "/" + fileName;
-}
-
-std::string TPrivateDirectory::TargetOf(const std::string& fileName) const {
-    return (std::filesystem::path(target_) / fileName).lexically_normal().string();
 }
 
 }  // namespace NVORHOST

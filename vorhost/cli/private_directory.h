@@ -1,49 +1,76 @@
 // A directory of one run's own inside the target directory: the plug-in writes there, and only finished files
-// are moved out. So a reader never sees half a file, and whatever happens to a run, an earlier inventory
-// stays.
+// are moved out. So a reader never sees half a file, and however a run ends, an earlier inventory stays. Both
+// directories are used by descriptor alone: exchanging their paths redirects nothing.
 #pragma once
 
 #include "vorhost/cli/interruption.h"
+#include "vorhost/cli/target_directory.h"
+#include "vorhost/system/file_descriptor.h"
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace NVORHOST {
 
 /// Made on construction (mode 0700), removed with all it holds on destruction, or by a signal that ends the
-/// program. It is locked as long as its run lives; those that dead runs have left in the same target are
-/// removed on construction.
+/// program. Directories that runs killed on this host have left in the same target are removed on
+/// construction.
 class TPrivateDirectory {
   public:
-    /// `failure` is what could not be done when the directory cannot be had, for people: "cannot write to x".
-    /// Errors: TRunFailure with that and the cause.
-    TPrivateDirectory(const std::string& target, const std::string& failure);
+    /// `target` must outlive this object; `failure` is what could not be done when the directory cannot be
+    /// had, for people: "cannot write to x". Without `syncs`, files are moved before they are on the disk.
+    /// Errors: TRunFailure with `failure` and the cause.
+    TPrivateDirectory(const TTargetDirectory& target, const std::string& failure, bool syncs);
     ~TPrivateDirectory();
     TPrivateDirectory(const TPrivateDirectory&) = delete;
     TPrivateDirectory& operator=(const TPrivateDirectory&) = delete;
 
-    /// Absolute, so that it stays right when the working directory changes.
-    const std::string& GetPath() const { return path_; }
+    int GetDescriptor() const { return directory_.Get(); }
 
-    /// Makes a finished file readable by its owner alone.
-    void Protect(const std::string& fileName) const;
-    /// Moves a finished file to the target under the same name, replacing what has that name there (a
-    /// symbolic link itself, not what it leads to).
-    void MoveOut(const std::string& fileName, const TUninterrupted& together);
+    /// Opens a file with `flags` as of open(2); a link is not followed. A new file is readable by its owner
+    /// alone. Errors: not open, with errno.
+    TFileDescriptor OpenFile(const std::string& fileName, int flags) const;
+
+    /// Takes over a file that is written: makes it readable by its owner alone and puts it on the disk.
+    void Finish(const std::string& fileName, TFileDescriptor file);
+    /// Notes the finished files in the journal, so that all of them or none are moved out, even if the run is
+    /// killed. To be called once, before the lock on the target is taken.
+    void PrepareMoves();
+    /// Completes what runs killed meanwhile have begun: files of this run are not to meet the rest of theirs.
+    void CompleteOthers(const TTargetLock& lock);
+    /// Moves the finished files to the target under the same names, replacing what has these names there (a
+    /// symbolic link itself, not the file that it refers to).
+    void MoveOut(const TUninterrupted& together);
+    /// Puts the moves on the disk.
+    void SyncMoves() const;
+
+    /// The files of killed runs whose move was completed, sorted.
+    const std::vector<std::string>& GetCompleted() const { return completed_; }
 
     /// A colon and why nothing more can be written here, as the system puts it; empty when something can. The
-    /// plug-in does not say what kept it from writing; a full disk still does.
+    /// plug-in does not report what kept it from writing; a full disk still does.
     std::string DescribeObstacle() const;
 
   private:
-    std::string PathOf(const std::string& fileName) const;
-    std::string TargetOf(const std::string& fileName) const;
-    void Make(const std::string& pattern, const std::string& failure);
+    struct TFinishedFile {
+        std::string name;
+        TFileDescriptor file;
+    };
 
-    std::string target_;
-    std::string path_;
+    bool Make(const std::string& failure);
+    int Open();
+    void RemoveAbandonedRuns();
+    void MoveFile(const TFinishedFile& finished) const;
+
+    const TTargetDirectory& target_;
+    bool syncs_;
+    std::string name_;
+    TFileDescriptor directory_;  // locked
+    TFileDescriptor journal_;
     std::optional<TUnfinished> unfinished_;
-    int lock_ = -1;  // descriptor of the directory, locked
+    std::vector<TFinishedFile> finished_;
+    std::vector<std::string> completed_;
 };
 
 }  // namespace NVORHOST

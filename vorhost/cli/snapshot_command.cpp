@@ -11,13 +11,15 @@
 namespace NVORHOST {
 
 void RunSnapshot(const TSnapshotOptions& options) {
+    const TOutputPlace file = FindOutputPlace(options.file, options.source.logFile);
     const TLogSinks sinks(options.source);
     THostSettings settings;
     settings.localTime = options.source.localTime;
     SetHostSettings(settings);
     const TNamespaceSource source = ObtainNamespace(options.source);
     sinks.RequireWritten();
-    WriteOutputFile(options.file, [&source](std::ostream& out) { SaveNamespace(*source.collected, out); });
+    WriteOutputFile(file, options.file, options.source.syncs,
+                    [&source](std::ostream& out) { SaveNamespace(*source.collected, out); });
 }
 
 }  // namespace NVORHOST

@@ -111,6 +111,12 @@ void PrintSummary(const TRunSummary& summary, std::ostream& out) {
         label = "";
     }
     PrintFaults(summary.documents, out);
+    for (const std::string& name : summary.earlierFiles) {
+        PrintRow(out, "Earlier", name + " is of an earlier run");
+    }
+    for (const std::string& name : summary.completedFiles) {
+        PrintRow(out, "Completed", name + " of a run that was killed");
+    }
     PrintRow(out, "Credential", summary.credential);
     PrintRow(out, "Time", DescribeTimes(summary.times));
 }

@@ -23,6 +23,8 @@ struct TRunSummary {
     std::string machine;
     std::string directory;                      ///< where the documents are now
     std::vector<TInventoryDocument> documents;  ///< the hardware inventory first
+    std::vector<std::string> completedFiles;    ///< of a killed run, moved into place by this one
+    std::vector<std::string> earlierFiles;      ///< documents beside this run's that an earlier run wrote
     std::string credential;                     ///< what became of it, for people
     std::size_t failedCollectors = 0;
     std::vector<std::string> deniedSources;

@@ -1,0 +1,43 @@
+// Private directories as runs leave them that were killed.
+#pragma once
+
+#include "temporary_directory.h"
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <filesystem>
+#include <string>
+
+namespace NVORHOST {
+
+inline std::string ThisHost() {
+    std::array<char, 256> name{};
+    ::gethostname(name.data(), name.size() - 1);
+    return name.data();
+}
+
+/// Returns the number of a process that has ended.
+inline std::string EndedProcess() {
+    const pid_t process = ::fork();
+    if (process == 0) {
+        ::_exit(0);
+    }
+    ::waitpid(process, nullptr, 0);
+    return std::to_string(process);
+}
+
+/// Makes a directory of that name with a file and the journal that such a directory has.
+inline void MakeAbandoned(const std::string& target, const std::string& name) {
+    std::filesystem::create_directory(target + "/" + name);
+    std::filesystem::permissions(target + "/" + name, std::filesystem::perms::owner_all);
+    WriteFile(target + "/" + name + "/.vorhost-journal", name + "\n");
+    WriteFile(target + "/" + name + "/s.xml", "half a file");
+}
+
+inline std::string AbandonedName() {
+    return ".vorhost-" + ThisHost() + "-" + EndedProcess() + "-1-aB3dE6";
+}
+
+}  // namespace NVORHOST

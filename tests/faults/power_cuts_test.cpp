@@ -1,0 +1,109 @@
+// A file system that is shut down in the midst of a run, as a power failure does it: when it is mounted
+// again, the earlier documents are there or the new ones, whole.
+#include "faulted_run.h"
+#include "tests/cli/rounds.h"
+#include "tests/cli/temporary_directory.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <iostream>
+#include <string>
+
+namespace NTEST {
+namespace {
+
+using NVORHOST::ReadCompressedFile;
+using NVORHOST::ReadFile;
+using NVORHOST::Rounds;
+using NVORHOST::RunProgram;
+using NVORHOST::TTemporaryDirectory;
+
+const std::string smallServer = VORHOST_TEST_DATA "/small-server.xml";
+
+// What is renamed is not written out of the file system's own accord.
+constexpr char mountDisk[] = "mount -o loop,noauto_da_alloc disk mounted";
+constexpr char makeDisk[] = "truncate -s 4M disk && mkfs.ext4 -q -F -b 1024 -N 64 disk && mkdir -p mounted";
+
+class TPowerCut : public testing::TestWithParam<const char*> {
+  protected:
+    ~TPowerCut() override { (void)Run("umount mounted"); }
+
+    bool Run(const std::string& command) {
+        const auto result = RunProgram("sh", {{"-c", command}, folder_.GetPath(), {}});
+        error_ = result.standardError;
+        return result.status == 0;
+    }
+    bool MakeDisk() {
+        // The program's paths for file systems are not everybody's.
+        return Run(std::string("PATH=$PATH:/usr/sbin:/sbin; ") + makeDisk + " && " + mountDisk +
+                   " && mkdir mounted/target && umount mounted");
+    }
+
+    /// False when the run makes fewer calls than that.
+    bool CutAt(const char* kind, unsigned number) {
+        EXPECT_TRUE(Run(mountDisk)) << error_;
+        const auto run = RunWithFault({{"collect", "--namespace", smallServer, "--reachability", "no",
+                                        "--kel-id", "K1", "--directory", folder_ / "mounted/target"},
+                                       "",
+                                       {}},
+                                      {kind, number, false, GetParam()}, folder_ / "mounted");
+        EXPECT_TRUE(Run("umount mounted && " + std::string(mountDisk))) << error_;
+        return !run.path.empty();
+    }
+
+    /// "none", "earlier", "new", or what is wrong.
+    std::string StateOf(const std::string& name) const {
+        const std::string path = folder_ / "mounted/target/" + name;
+        if (!std::filesystem::exists(path)) {
+            return "none";
+        }
+        const std::string text = ReadCompressedFile(path);
+        if (text == "earlier") {
+            return text;
+        }
+        return text.ends_with("</ResourceCollection>\n")
+                   ? "new"
+                   : "broken, " + std::to_string(text.size()) + " bytes";
+    }
+
+    TTemporaryDirectory folder_;
+    std::string error_;
+};
+
+TEST_P(TPowerCut, LeavesEarlierOrNewDocumentsWhole) {
+    if (!MakeDisk()) {
+        GTEST_SKIP() << "no file system can be made and mounted here: " << error_;
+    }
+    int cuts = 0;
+    const int step = Rounds(1) > 1 ? 1 : 3;  // every third call does in the normal suite
+    for (const char* kind : {"write", "sync", "rename", "unlink"}) {
+        for (unsigned number = 1;; number += static_cast<unsigned>(step)) {
+            ASSERT_TRUE(
+                Run(std::string(mountDisk) +
+                    " && rm -rf mounted/target/.v* && for name in hardwareinventory systeminformation; do "
+                    "printf earlier >mounted/target/$name.xml.gz; done && sync && umount mounted"))
+                << error_;
+            const bool isCut = CutAt(kind, number);
+            for (const char* name : {"hardwareinventory.xml.gz", "systeminformation.xml.gz"}) {
+                const std::string state = StateOf(name);
+                EXPECT_TRUE(state == "new" || (state == "earlier" && isCut))
+                    << kind << " " << number << ": " << name << " is " << state;
+            }
+            ASSERT_TRUE(Run("umount mounted")) << error_;
+            if (!isCut) {
+                break;
+            }
+            ++cuts;
+        }
+    }
+    std::cout << cuts << " cuts\n";
+    EXPECT_GT(cuts, 0);
+}
+
+// With the journal of the file system flushed, names are on the disk and bytes are not; without, neither is.
+INSTANTIATE_TEST_SUITE_P(Losing, TPowerCut, testing::Values("CUT", "CUTNAMES"),
+                         [](const auto& value) { return std::string(value.param); });
+
+}  // namespace
+}  // namespace NTEST
