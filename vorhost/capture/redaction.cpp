@@ -2,15 +2,16 @@
 
 #include "vorhost/capture/identity_search.h"
 #include "vorhost/capture/identity_texts.h"
+#include "vorhost/capture/property_redaction.h"
+#include "vorhost/capture/replaced_lines.h"
+#include "vorhost/capture/scsi_redaction.h"
 #include "vorhost/capture/smbios_redaction.h"
 #include "vorhost/capture/text_kinds.h"
-#include "vorhost/parse/byte_view.h"
 #include "vorhost/parse/ip_address.h"
 #include "vorhost/parse/lines.h"
 #include "vorhost/parse/numbers.h"
 #include "vorhost/parse/proc_net.h"
 #include "vorhost/parse/spd_eeprom.h"
-#include "vorhost/parse/udev_record.h"
 #include "vorhost/system/path_pattern.h"
 
 #include <algorithm>
@@ -23,24 +24,6 @@
 namespace NVORHOST {
 
 namespace {
-
-// `text` with each line replaced by what `replace` makes of it.
-template <typename TReplace>
-std::string ReplaceLines(std::string_view text, TReplace&& replace) {
-    std::string replaced;
-    ForEachLine(text, [&](std::string_view line) {
-        replaced += replace(line);
-        replaced += '\n';
-    });
-    if (!text.ends_with('\n') && !replaced.empty()) {
-        replaced.pop_back();
-    }
-    return replaced;
-}
-
-std::string_view LastWord(std::string_view text) {
-    return text.substr(text.find_last_of(' ') + 1);
-}
 
 // ---- files of one value
 
@@ -79,231 +62,6 @@ void LearnHostName(std::string_view bytes, TRedactedMachine& redaction) {
     redaction.identities.LearnHostName(bytes);
 }
 
-// Marks of names in a registry, which follow.
-constexpr std::string_view worldWideMarks[] = {"naa.", "eui.", "uuid."};
-
-// "t10." is vendor, model and serial number. "nvme." holds a serial number and a model, each as hexadecimal
-// digits. What has no such mark is one name.
-void LearnWorldWideId(std::string_view bytes, TRedactedMachine& redaction) {
-    std::string_view text = TrimBlanks(bytes);
-    if (text.starts_with("t10.")) {
-        redaction.identities.Learn(LastWord(text));
-        return;
-    }
-    if (text.starts_with("nvme.")) {
-        const std::string_view digits = SplitAt(SplitAt(text, '-').second, '-').first;
-        redaction.identities.Learn(IsHex(digits) ? FromHex(digits) : std::string(digits));
-        return;
-    }
-    for (const std::string_view mark : worldWideMarks) {
-        text.remove_prefix(text.starts_with(mark) ? mark.size() : 0);
-    }
-    redaction.identities.Learn(text, EIdentityKind::worldWideName);
-}
-
-// ---- the udev database and uevent attributes
-
-// What the values of a key are.
-enum class EProperty {
-    identity,       // one identity, whatever it looks like
-    serial,         // a serial number, or one at the end of vendor and model
-    worldWideName,  // with a mark
-    arrayName,      // with the host that made the array in front of a colon
-    lastWord,       // vendor, model and serial number, joined by "_"
-    names,          // of devices and hosts
-    words,      // of the kernel and of makers: a name or a short serial number may be one of them by chance
-    published,  // UUIDs in them are those of kinds of devices
-};
-
-struct TPropertyRule {
-    std::string_view key;  // "*" is any part of it
-    EProperty property;
-    EIdentityKind kind = EIdentityKind::serialNumber;
-};
-
-// The first row that matches counts; a key without one has names.
-// clang-format off
-constexpr TPropertyRule propertyRules[] = {
-    {"ID_SERIAL",                   EProperty::serial},
-    {"ID_USB_SERIAL",               EProperty::serial},
-    {"ID_SERIAL_SHORT",             EProperty::identity},
-    {"ID_USB_SERIAL_SHORT",         EProperty::identity},
-    {"ID_SCSI_SERIAL",              EProperty::identity},
-    {"SCSI_IDENT_SERIAL",           EProperty::identity},
-    {"SCSI_IDENT_*_VENDOR",         EProperty::identity},
-    {"SCSI_IDENT_*_NAA_*",          EProperty::identity, EIdentityKind::worldWideName},
-    {"SCSI_IDENT_*_EUI64*",         EProperty::identity, EIdentityKind::worldWideName},
-    {"SCSI_IDENT_*_T10",            EProperty::lastWord},
-    {"DM_SERIAL",                   EProperty::identity},
-    {"POWER_SUPPLY_SERIAL_NUMBER",  EProperty::identity},
-    {"ID_FS_UUID*",                 EProperty::identity, EIdentityKind::uuid},
-    {"ID_PART_ENTRY_UUID",          EProperty::identity, EIdentityKind::uuid},
-    {"ID_PART_TABLE_UUID",          EProperty::identity, EIdentityKind::uuid},
-    {"PARTUUID",                    EProperty::identity, EIdentityKind::uuid},
-    {"MD_UUID",                     EProperty::identity, EIdentityKind::uuid},
-    {"ID_UUID",                     EProperty::identity, EIdentityKind::uuid},
-    {"HID_UNIQ",                    EProperty::identity},
-    {"ID_WWN_VENDOR_EXTENSION",     EProperty::identity, EIdentityKind::worldWideName},
-    {"ID_WWN*",                     EProperty::worldWideName},
-    {"MD_NAME",                     EProperty::arrayName},
-    {"MODALIAS",                    EProperty::published},
-    {"ID_PART_ENTRY_TYPE",          EProperty::published},
-    {"ID_PART_ENTRY_NAME",          EProperty::names},
-    {"ID_PART_*",                   EProperty::words},
-    {"ID_FS_LABEL*",                EProperty::names},
-    {"ID_FS_*",                     EProperty::words},
-    {"ID_MODEL*",                   EProperty::words},
-    {"ID_VENDOR*",                  EProperty::words},
-    {"ID_USB_*",                    EProperty::words},
-    {"ID_PCI_*",                    EProperty::words},
-    {"ID_ATA*",                     EProperty::words},
-    {"ID_CDROM*",                   EProperty::words},
-    {"ID_INPUT*",                   EProperty::words},
-    {"ID_SCSI*",                    EProperty::words},
-    {"ID_TYPE",                     EProperty::words},
-    {"ID_BUS",                      EProperty::words},
-    {"ID_REVISION",                 EProperty::words},
-    {"SCSI_*",                      EProperty::words},
-    {"MD_LEVEL",                    EProperty::words},
-    {"MD_DEVICES",                  EProperty::words},
-    {"MD_METADATA",                 EProperty::words},
-    {"POWER_SUPPLY_*",              EProperty::words},
-    {"PCI_*",                       EProperty::words},
-    {"HID_*",                       EProperty::words},
-    {"DEVTYPE",                     EProperty::words},
-    {"DEVNAME",                     EProperty::words},
-    {"DEVPATH",                     EProperty::words},
-    {"SUBSYSTEM",                   EProperty::words},
-    {"DRIVER",                      EProperty::words},
-    {"TYPE",                        EProperty::words},
-    {"PRODUCT",                     EProperty::words},
-    {"INTERFACE",                   EProperty::words},
-    {"TAGS",                        EProperty::words},
-    {"CURRENT_TAGS",                EProperty::words},
-};
-// clang-format on
-
-bool MatchesKey(std::string_view pattern, std::string_view key) {
-    const auto star = pattern.find('*');
-    if (star == std::string_view::npos || !key.starts_with(pattern.substr(0, star))) {
-        return pattern == key;
-    }
-    const std::string_view rest = pattern.substr(star + 1);
-    for (std::size_t end = star; end <= key.size(); ++end) {
-        if (MatchesKey(rest, key.substr(end))) {
-            return true;
-        }
-    }
-    return false;
-}
-
-const TPropertyRule& FindPropertyRule(std::string_view key) {
-    static constexpr TPropertyRule names{"*", EProperty::names};
-    const auto* const rule = std::ranges::find_if(
-        propertyRules, [&](const TPropertyRule& row) { return MatchesKey(row.key, key); });
-    return rule == std::end(propertyRules) ? names : *rule;
-}
-
-ETextContext ContextOf(EProperty property) {
-    switch (property) {
-        case EProperty::words:
-            return ETextContext::anything;
-        case EProperty::published:
-            return ETextContext::published;
-        default:
-            return ETextContext::identities;
-    }
-}
-
-// A line of a record, "E:KEY=value", or of an attribute, "KEY=value".
-struct TPropertyLine {
-    std::string_view mark, key, value;  // the line is these, with "=" between the last two
-};
-
-std::optional<TPropertyLine> ParsePropertyLine(std::string_view line) {
-    constexpr std::string_view mark = "E:";
-    const std::size_t start = line.starts_with(mark) ? mark.size() : 0;
-    const auto equals = line.find('=');
-    if (equals == std::string_view::npos || equals < start || (start == 0 && line.substr(1, 1) == ":")) {
-        return std::nullopt;
-    }
-    return TPropertyLine{line.substr(0, start), line.substr(start, equals - start), line.substr(equals + 1)};
-}
-
-// Links of devices are names; other lines without a property are numbers and words.
-ETextContext ContextOfLine(std::string_view line) {
-    if (const auto property = ParsePropertyLine(line)) {
-        return ContextOf(FindPropertyRule(property->key).property);
-    }
-    return line.starts_with("S:") ? ETextContext::identities : ETextContext::anything;
-}
-
-// The whole of ID_SERIAL is model and serial number, or one of them alone; the same with "ID_USB_".
-bool IsSerialAlone(std::string_view record, std::string_view key, std::string_view serial) {
-    const std::string prefix(key.substr(0, key.size() - std::string_view("SERIAL").size()));
-    const auto find = [&](std::string_view name) {
-        return FindUdevProperty(record, prefix + std::string(name)).value_or("");
-    };
-    const std::string vendorAndModel = std::string(find("VENDOR")) + "_" + std::string(find("MODEL"));
-    return find("SERIAL_SHORT").empty() && serial != vendorAndModel && serial != find("MODEL");
-}
-
-void LearnProperty(std::string_view record, const TPropertyLine& line, TRedactedMachine& redaction) {
-    const TPropertyRule& rule = FindPropertyRule(line.key);
-    switch (rule.property) {
-        case EProperty::identity:
-            redaction.identities.Learn(line.value, rule.kind);
-            return;
-        case EProperty::serial:
-            if (IsSerialAlone(record, line.key, line.value)) {
-                redaction.identities.Learn(line.value, rule.kind);
-            }
-            return;
-        case EProperty::worldWideName:
-            LearnWorldWideId(line.value, redaction);
-            return;
-        case EProperty::arrayName:
-            if (line.value.find(':') != std::string_view::npos) {
-                redaction.identities.LearnHostName(SplitAt(line.value, ':').first);
-            }
-            return;
-        case EProperty::lastWord:
-            redaction.identities.Learn(line.value.substr(line.value.find_last_of("_ ") + 1));
-            return;
-        default:
-            return;
-    }
-}
-
-void LearnProperties(std::string_view bytes, TRedactedMachine& redaction) {
-    ForEachLine(bytes, [&](std::string_view line) {
-        const auto property = ParsePropertyLine(line);
-        if (property) {
-            LearnProperty(bytes, *property, redaction);
-        }
-        redaction.identities.LearnForms(property ? property->value : line, ContextOfLine(line));
-    });
-}
-
-std::string ReplaceProperty(std::string_view record, const TPropertyLine& line,
-                            const TRedactedMachine& redaction) {
-    const TIdentityTexts& identities = redaction.identities;
-    const EProperty property = FindPropertyRule(line.key).property;
-    const bool isValue = property == EProperty::identity ||
-                         (property == EProperty::serial && IsSerialAlone(record, line.key, line.value));
-    return std::string(line.mark) + identities.Replace(line.key, ETextContext::anything) + "=" +
-           (isValue ? identities.ReplaceValue(line.value)
-                    : identities.Replace(line.value, ContextOf(property)));
-}
-
-std::string ReplaceProperties(std::string_view bytes, const TRedactedMachine& redaction) {
-    return ReplaceLines(bytes, [&](std::string_view line) {
-        const auto property = ParsePropertyLine(line);
-        return property ? ReplaceProperty(bytes, *property, redaction)
-                        : redaction.identities.Replace(line, ContextOfLine(line));
-    });
-}
-
 // ---- binary files
 
 void LearnSmbiosTable(std::string_view bytes, TRedactedMachine& redaction) {
@@ -340,73 +98,6 @@ std::string ReplaceSpdSerial(std::string_view bytes, const TRedactedMachine& red
                      redaction.identities.IsKnown(turned)
                          ? Reversed(pseudonyms.ReplaceBytes(Reversed(serial)))
                          : pseudonyms.ReplaceBytes(serial));
-    return replaced;
-}
-
-constexpr std::size_t vpdHeaderSize = 4;
-
-void LearnVpdSerial(std::string_view bytes, TRedactedMachine& redaction) {
-    redaction.identities.Learn(bytes.substr(std::min(vpdHeaderSize, bytes.size())));
-}
-
-std::string ReplaceVpdSerial(std::string_view bytes, const TRedactedMachine& redaction) {
-    const std::size_t header = std::min(vpdHeaderSize, bytes.size());
-    return std::string(bytes.substr(0, header)) + redaction.identities.ReplaceValue(bytes.substr(header));
-}
-
-// A page of designators: each says how it is coded, what it is, and how long.
-// Source: SPC-4, 7.8.6.
-struct TDesignator {
-    bool isBinary = false;
-    std::uint8_t type = 0;
-    std::size_t start = 0;
-    std::string_view bytes;
-};
-
-std::vector<TDesignator> FindDesignators(std::string_view page) {
-    std::vector<TDesignator> designators;
-    const TByteView view(page);
-    for (std::size_t start = vpdHeaderSize; view.GetDword(start);) {
-        const std::size_t length = *view.GetByte(start + 3);
-        const std::size_t place = start + vpdHeaderSize;
-        if (const auto bytes = view.GetRange(place, length)) {
-            designators.push_back({/*isBinary=*/(*view.GetByte(start) & 0x0F) == 1,
-                                   static_cast<std::uint8_t>(*view.GetByte(start + 1) & 0x0F), place,
-                                   *bytes});
-        }
-        start = place + length;
-    }
-    return designators;
-}
-
-constexpr std::size_t leastName = 8;  // bytes of a binary designator that is a world-wide name
-
-void LearnVpdDesignators(std::string_view page, TRedactedMachine& redaction) {
-    constexpr std::uint8_t vendorSpecific = 0;
-    constexpr std::uint8_t vendorAndSerial = 1;  // T10 vendor identification
-    redaction.identities.LearnForms(page, ETextContext::identities);
-    for (const TDesignator& designator : FindDesignators(page)) {
-        if (designator.isBinary && designator.bytes.size() >= leastName) {
-            redaction.identities.Learn(ToHex(designator.bytes), EIdentityKind::worldWideName);
-        }
-        if (!designator.isBinary && designator.type == vendorSpecific) {
-            redaction.identities.Learn(designator.bytes);
-        }
-        if (!designator.isBinary && designator.type == vendorAndSerial) {
-            redaction.identities.Learn(LastWord(TrimBlanks(designator.bytes)));
-        }
-    }
-}
-
-// World-wide names stand in it as bytes, what else identifies as text.
-std::string ReplaceVpdDesignators(std::string_view page, const TRedactedMachine& redaction) {
-    std::string replaced = redaction.identities.Replace(page, ETextContext::identities);
-    for (const TDesignator& designator : FindDesignators(page)) {
-        if (designator.isBinary && designator.bytes.size() >= leastName) {
-            replaced.replace(designator.start, designator.bytes.size(),
-                             redaction.identities.GetPseudonyms().ReplaceBytes(designator.bytes));
-        }
-    }
     return replaced;
 }
 
@@ -570,6 +261,16 @@ std::string ReplaceBuilder(std::string_view bytes, const TRedactedMachine& redac
 
 // ---- which file is what
 
+template <auto learn>
+void LearnWith(std::string_view bytes, TRedactedMachine& redaction) {
+    learn(bytes, redaction.identities);
+}
+
+template <auto replace>
+std::string ReplaceWith(std::string_view bytes, const TRedactedMachine& redaction) {
+    return replace(bytes, redaction.identities);
+}
+
 struct TFileRule {
     std::string_view pattern;
     void (*learn)(std::string_view bytes, TRedactedMachine& redaction);
@@ -594,17 +295,17 @@ constexpr TFileRule fileRules[] = {
     {"/proc/**/net/fib_trie",            LearnTrie,        ReplaceTrie,        ETextContext::anything},
     {"/proc/**/net/route",               LearnNothing,     ReplaceRoutes,      ETextContext::anything},
     {"/proc/**/net/if_inet6",            LearnIpv6Interfaces, ReplaceIpv6Interfaces, ETextContext::anything},
-    {"/run/udev/data/*",                 LearnProperties,  ReplaceProperties,  ETextContext::identities},
+    {"/run/udev/data/*",                 LearnWith<LearnProperties>,  ReplaceWith<ReplaceProperties>,  ETextContext::identities},
     {"/run/utmp",                        LearnSessions,    ReplaceSessions,    ETextContext::identities},
-    {"/sys/**/uevent",                   LearnProperties,  ReplaceProperties,  ETextContext::identities},
+    {"/sys/**/uevent",                   LearnWith<LearnProperties>,  ReplaceWith<ReplaceProperties>,  ETextContext::identities},
     {"/sys/**/class_id",                 LearnNothing,     KeepAll,            ETextContext::published},
     {"/sys/**/modalias",                 LearnNothing,     KeepAll,            ETextContext::published},
     {"/sys/**/dm/name",                  LearnForms,       ReplaceIdentities,  ETextContext::identities},
     {"/sys/**/dm/uuid",                  LearnForms,       ReplaceIdentities,  ETextContext::identities},
     {"/sys/**/eeprom",                   LearnSpdSerial,   ReplaceSpdSerial,   ETextContext::published},
-    {"/sys/**/vpd_pg80",                 LearnVpdSerial,   ReplaceVpdSerial,   ETextContext::anything},
-    {"/sys/**/vpd_pg83",                 LearnVpdDesignators, ReplaceVpdDesignators, ETextContext::identities},
-    {"/sys/**/wwid",                     LearnWorldWideId, ReplaceIdentities,  ETextContext::identities},
+    {"/sys/**/vpd_pg80",                 LearnWith<LearnVpdSerial>,   ReplaceWith<ReplaceVpdSerial>,   ETextContext::anything},
+    {"/sys/**/vpd_pg83",                 LearnWith<LearnVpdDesignators>, ReplaceWith<ReplaceVpdDesignators>, ETextContext::identities},
+    {"/sys/**/wwid",                     LearnWith<LearnWorldWideId>, ReplaceIdentities,  ETextContext::identities},
     // Files that hold one value that identifies.
     {"/sys/**/serial",                   LearnValue<serialNumber>,  ReplaceValue, ETextContext::anything},
     {"/sys/**/serial_number",            LearnValue<serialNumber>,  ReplaceValue, ETextContext::anything},
@@ -698,25 +399,14 @@ void RedactAnswers(const TRedactedMachine& redaction, TCapturedAnswers& answers)
     answers.refusals = std::move(refusals);
 }
 
-std::optional<EIdentityKind> FindInProperties(std::string_view bytes, const TIdentitySearch& search) {
-    std::optional<EIdentityKind> found;
-    ForEachLine(bytes, [&](std::string_view line) {
-        const auto property = ParsePropertyLine(line);
-        if (!found) {
-            found = search.Find(property ? property->value : line, ContextOfLine(line));
-        }
-    });
-    return found ? found : search.Find(bytes, ETextContext::published);
-}
-
 std::optional<EIdentityKind> FindInNode(const std::string& path, const TCapturedTree::TNode& node,
                                         const TIdentitySearch& search) {
     if (node.kind != TCapturedTree::EKind::file) {
         return search.Find(node.bytes, ContextOf(path));
     }
     const TFileRule& rule = FindRule(path);
-    return rule.replace == ReplaceProperties ? FindInProperties(node.bytes, search)
-                                             : search.Find(node.bytes, rule.context);
+    return rule.replace == ReplaceWith<ReplaceProperties> ? FindInProperties(node.bytes, search)
+                                                          : search.Find(node.bytes, rule.context);
 }
 
 }  // namespace
