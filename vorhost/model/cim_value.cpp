@@ -220,9 +220,8 @@ TCIMValue::TCIMValue(const TCIMValue& other) : TCIMValue(other.type_, other.isAr
 }
 TCIMValue::TCIMValue(TCIMValue&& other) noexcept
     : TCIMValue(other.type_, other.isArray_, std::move(other.GetPayload())) {}
-// The variant takes care of the assignment to itself.
-TCIMValue& TCIMValue::operator=(
-    const TCIMValue& other) {           // NOLINT(*-unhandled-self-assignment,cert-oop54-cpp)
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment,cert-oop54-cpp): the variant handles it.
+TCIMValue& TCIMValue::operator=(const TCIMValue& other) {
     GetPayload() = other.GetPayload();  // first, as it may throw
     type_ = other.type_;
     isArray_ = other.isArray_;
