@@ -60,8 +60,8 @@ std::string Disguise(std::string_view text, std::string_view pseudonym) {
 
 // ---- words
 
-// The length of the start of `text` that has the words of `words`, whatever case they are in and whatever
-// separates them; 0 when it has others.
+// The length of the start of `text` that has the words of `words`, in any case and with any characters that
+// separate them; 0 when it has others.
 std::size_t MatchWords(std::string_view text, std::string_view words) {
     std::size_t length = 0;
     for (std::size_t i = 0; i < words.size();) {

@@ -31,7 +31,7 @@ class TIdentityTexts {
     explicit TIdentityTexts(TPseudonyms::TKey key) : pseudonyms_(key) {}
 
     /// Remembers a value that identifies, blanks around it aside. Everything must be learnt before the first
-    /// text is replaced. A value in a form that identifies is of that form's kind, whatever `kind` is.
+    /// text is replaced. A value in a form that identifies is of that form's kind, not of `kind`.
     void Learn(std::string_view value, EIdentityKind kind = EIdentityKind::serialNumber);
     /// The name of a host, with and without its domain; names that every host may have are left out.
     void LearnHostName(std::string_view name);

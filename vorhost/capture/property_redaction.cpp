@@ -14,7 +14,7 @@ namespace {
 
 // What the values of a key are.
 enum class EProperty {
-    identity,       // one identity, whatever it looks like
+    identity,       // one identity in any form
     serial,         // a serial number, or one at the end of vendor and model
     worldWideName,  // with a mark
     arrayName,      // with the host that made the array in front of a colon

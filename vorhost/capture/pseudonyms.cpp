@@ -202,7 +202,7 @@ std::string TPseudonyms::ReplaceIpv6(std::string_view bytes) {
         return replaced;
     }
     std::string context = "ipv6";
-    // The first byte tells the scope of the address.
+    // The first byte is the scope of the address.
     replaced[1] = static_cast<char>(bytes.starts_with(linkLocal)
                                         ? bytes[1]
                                         : ReplaceNumber(context + "/" + std::to_string(bytes[0]),

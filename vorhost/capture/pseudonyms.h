@@ -1,6 +1,6 @@
 // Pseudonyms of what identifies a machine. They follow from the original and a random key that nobody keeps,
 // so there is no way back; and they are as long as the original, letter for letter and digit for digit, so
-// that whatever holds them stays well formed.
+// that files and names with them stay well formed.
 #pragma once
 
 #include <array>
@@ -20,8 +20,8 @@ class TPseudonyms {
     /// A key of the system's random numbers.
     static TKey MakeKey();
 
-    /// The pseudonym of an identifier, the same for the same letters and digits, whatever their case and what
-    /// stands between them; two identifiers have two pseudonyms, and none is its own. Bytes that are not
+    /// The pseudonym of an identifier, the same for the same letters and digits, in any case and with any
+    /// separators; two identifiers have two pseudonyms, and none is its own. Bytes that are not
     /// ASCII become letters. Letters of a text that is hexadecimal stay hexadecimal. Where 16 or 32
     /// hexadecimal digits may be a world-wide name, the first one, its format, stays. Texts that firmware
     /// vendors leave where a value belongs (placeholders.h) identify nobody and stay as they are.

@@ -341,7 +341,7 @@ std::string ReplacePath(std::string_view path, const TRedactedMachine& redaction
     return redaction.identities.Replace(path, ContextOf(path));
 }
 
-// What an attribute is called says the kernel, even where a device has the same word for its serial number.
+// The kernel names attributes, even where a device has the same word as its serial number.
 std::string ReplaceFilePath(std::string_view path, const TRedactedMachine& redaction) {
     const std::size_t name = path.starts_with("/sys/") ? path.rfind('/') : path.size();
     return ReplacePath(path.substr(0, name), redaction) + std::string(path.substr(name));
@@ -376,7 +376,7 @@ std::string ReplaceContents(const std::string& path, const TCapturedTree::TNode&
     if (node.kind != TCapturedTree::EKind::file) {
         return redaction.identities.Replace(node.bytes, ContextOf(path));
     }
-    // Whatever a file is, the identities that reach anywhere are replaced in all of it.
+    // Identities that reach anywhere are replaced in files of every kind.
     return redaction.identities.Replace(FindRule(path).replace(node.bytes, redaction),
                                         ETextContext::published);
 }

@@ -23,7 +23,7 @@ constexpr std::string_view worldWideMarks[] = {"naa.", "eui.", "uuid."};
 
 constexpr std::size_t vpdHeaderSize = 4;
 
-// A page of designators: each says how it is coded, what it is, and how long.
+// A page of designators: each has its code set, type and length in front.
 // Source: SPC-4, 7.8.6.
 struct TDesignator {
     bool isBinary = false;

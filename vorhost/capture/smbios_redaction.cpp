@@ -209,7 +209,7 @@ std::string RedactSmbios(std::string_view table, TSmbiosVersion version, const T
         RedactStructure(structure, identities, redacted);
         soundEnd = structure.end;
     }
-    // Behind the structures stands the end of the table, or one that is unsound and stays so.
+    // The end of the table follows the structures, or a malformed structure that stays malformed.
     const std::size_t rest = std::min(soundEnd + headerSize, redacted.size());
     Overwrite({rest, redacted.size() - rest}, redacted);
     return redacted;
