@@ -14,11 +14,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::size_t bytes = 0;
     for (const TSmbiosStructure& structure : ParseSmbiosTable(table)) {
         Require(structure.GetType() != 127, "the end of the table is no structure of it");
-        bytes += structure.GetFields().GetSize();
+        bytes += structure.GetSize();
         for (std::size_t offset = 4; offset < 256; ++offset) {
             const auto text = structure.GetText(offset);
             Require(!text || text->size() < size, "a text lies within the table");
         }
+        (void)structure.HasMinimumLength();
+        (void)ParseSmbiosFirmware(structure);
         (void)ParseSmbiosSystem(structure, version);
         (void)ParseSmbiosBoard(structure);
         (void)ParseSmbiosChassis(structure);
@@ -30,5 +32,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         (void)ParseSmbiosDeviceAddress(structure);
     }
     Require(bytes <= size, "structures do not overlap");
+    (void)FindSmbiosTableFlaw(table);
     return 0;
 }

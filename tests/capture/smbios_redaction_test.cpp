@@ -111,6 +111,21 @@ TEST(SmbiosRedaction, KeepsPlaceholders) {
     EXPECT_EQ(Redact(table), table);
 }
 
+TEST(SmbiosRedaction, OverwritesTheTextsThatAnEmptyOneLeavesOver) {
+    const std::string table =
+        ParseByteLine("01 08 00 01 01 00 00 00 \"Example\" 00 00 \"EX4200042\" 00 \"SECRET-2\" 00 00") +
+        ParseByteLine("02 08 00 02 01 02 00 00 \"Example\" 00 \"Board\" 00 00 \"BOARD-77123\" 00 00") +
+        ParseByteLine("7f 04 00 03 00 00");
+    const std::string redacted = Redact(table);
+    for (const char* secret : {"EX42", "SECRET", "BOARD-77"}) {
+        EXPECT_THAT(redacted, Not(HasSubstr(secret)));
+    }
+    const auto structures = ParseSmbiosTable(redacted);
+    ASSERT_EQ(structures.size(), 2U);
+    EXPECT_EQ(structures[1].GetText(5), "Board");
+    EXPECT_EQ(FindSmbiosTableFlaw(redacted), FindSmbiosTableFlaw(table));
+}
+
 TEST(SmbiosRedaction, LeavesAnUnsoundTableAsUnsoundAtEveryLength) {
     const std::string table = MakeTable();
     for (std::size_t length = 0; length <= table.size(); ++length) {

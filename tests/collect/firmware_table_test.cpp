@@ -1,4 +1,5 @@
-// What the collectors of the firmware's structure table share: unsound tables, and the rows of their classes.
+// What the collectors of the firmware's structure table share: malformed tables, and the rows of their
+// classes.
 #include "tests/collect/collect_fixture.h"
 
 #include <gmock/gmock.h>
@@ -14,30 +15,54 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// A board, a socket with a module, and behind them a structure that is shorter than its header.
-constexpr const char* unsoundTable =
+// A board, a socket with a module, and after them a structure that is too short for its type, one that is
+// shorter than its header, and a whole one.
+constexpr const char* malformedTable =
     "/sys/firmware/dmi/tables/DMI bytes:\n"
     "| 02 08 00 02 01 02 00 00 \"Maker\" 00 \"Board\" 00 00\n"
     "| 11 15 00 11 00 10 fe ff 48 00 40 00 00 20 09 00 01 00 1a 00 00 \"DIMM_A1\" 00 00\n"
-    "| 11 02 01 11 00 00\n"
-    "| 11 15 02 11 00 10 fe ff 48 00 40 00 00 20 09 00 01 00 1a 00 00 \"PHANTOM\" 00 00\n";
+    "| 11 14 01 11 00 10 fe ff 48 00 40 00 ff 7f 09 00 01 00 1a 00 \"PHANTOM\" 00 00\n"
+    "| 11 02 02 11 00 00\n"
+    "| 11 15 03 11 00 10 fe ff 48 00 40 00 00 20 09 00 01 00 1a 00 00 \"DIMM_B1\" 00 00\n"
+    "| 7f 04 04 11 00 00\n";
 
-TEST(FirmwareTable, GivesWhatIsSoundInFrontOfAFlaw) {
+TEST(FirmwareTable, GivesTheDevicesBeforeAndAfterAMalformedStructure) {
     TCollected collected;
-    Collect(unsoundTable, collected);
+    Collect(malformedTable, collected);
     EXPECT_THAT(collected.GetAll("KELSG_Card", "Model"), ElementsAre("Board"));
-    EXPECT_THAT(collected.GetAll("KELSG_SPDData", "Tag"), ElementsAre("DIMM_A1"));
+    EXPECT_THAT(collected.GetAll("KELSG_SPDData", "Tag"), ElementsAre("DIMM_A1", "DIMM_B1"));
 }
 
-TEST(FirmwareTable, GivesOneNoteForItsFlaw) {
+TEST(FirmwareTable, GivesOneWarningWhenItIsMalformed) {
     TCollected collected;
-    Collect(unsoundTable, collected);
-    std::vector<std::string> notes;
+    Collect(malformedTable, collected);
+    std::vector<std::string> warnings;
     for (const TCollectReport& report : collected.reports) {
-        notes.insert(notes.end(), report.notes.begin(), report.notes.end());
+        EXPECT_THAT(report.notes, IsEmpty()) << report.collector;
+        warnings.insert(warnings.end(), report.warnings.begin(), report.warnings.end());
     }
-    EXPECT_THAT(notes, ElementsAre("the firmware's structure table is unsound at byte 51 of 87, behind 2 "
-                                   "structures: a structure is shorter than its header"));
+    EXPECT_THAT(warnings,
+                ElementsAre("malformed SMBIOS table: byte 80 of 122, after 3 structures: a structure is "
+                            "shorter than its header; 1 structure shorter than the minimum length of "
+                            "the type"));
+}
+
+// Texts as firmware writes them that pads names to a width of its own.
+TEST(FirmwareTable, LosesThePaddingWithinNames) {
+    TCollected collected;
+    Collect(
+        "/sys/firmware/dmi/tables/DMI smbios:\n"
+        "| 2: 01 02 00 00 \"Maker   of  boards\" \"Board\"\n"
+        "| 9: 01 06 05 03 04 00 00 04 00 \"PCI   1\"\n"
+        "| 17: 00 10 fe ff 48 00 40 00 00 20 09 00 01 02 1a 80 20 6a 0a 03 00 00 04 \"DIMM  A1\" \"Bank 0\" "
+        "\"Kingston       \" \"               HP647647-071-HYE\"\n",
+        collected);
+    EXPECT_EQ(collected.Get("KELSG_Card", "ElementName"), "Maker of boards Board");
+    EXPECT_EQ(collected.Get("KELSG_Card", "Manufacturer"), "Maker   of  boards");
+    EXPECT_EQ(collected.Get("KELSG_SystemSlot", "ElementName"), "PCI 1");
+    EXPECT_EQ(collected.Get("KELSG_SystemSlot", "Tag"), "PCI   1");
+    EXPECT_EQ(collected.Get("KELSG_SPDData", "ElementName"), "Kingston HP647647-071-HYE");
+    EXPECT_EQ(collected.Get("KELSG_SPDData", "Tag"), "DIMM  A1");
 }
 
 // Everything that one of these classes can tell.
@@ -90,11 +115,12 @@ TEST(FirmwareTable, SetsEveryPropertyButThese) {
                     "KELSG_SystemSlot.ThermalRating", "KELSG_SystemSlot.Version"));
 }
 
-TEST(FirmwareTable, IsNotedNowhereWhenItIsSound) {
+TEST(FirmwareTable, GivesNoWarningWhenItIsWellFormed) {
     TCollected collected;
     Collect(richMachine, collected);
     for (const TCollectReport& report : collected.reports) {
         EXPECT_THAT(report.notes, IsEmpty()) << report.collector;
+        EXPECT_THAT(report.warnings, IsEmpty()) << report.collector;
     }
 }
 

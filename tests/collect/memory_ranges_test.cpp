@@ -150,7 +150,9 @@ TEST(MemoryArrays, TellTheirAddressesInKibibytesAndBytes) {
 TEST(MemoryArrays, TellByTheirUseWhatIsLostWithoutPower) {
     const auto tell = [](const std::string& use) {
         TCollected collected;
-        Collect(Table("| 16: 03 " + use + " 03\n| 19: 00 00 00 00 ff ff 0f 00 00 01 01\n"), collected);
+        Collect(Table("| 16: 03 " + use +
+                      " 03 00 00 00 01 fe ff 04 00\n| 19: 00 00 00 00 ff ff 0f 00 00 01 01\n"),
+                collected);
         return collected.Get(arrayAddress, "ElementName") + " " + collected.Get(arrayAddress, "Volatile");
     };
     EXPECT_EQ(tell("01"), "Memory 0x0-0x3fffffff absent");
@@ -166,7 +168,9 @@ TEST(MemoryArrays, TellByTheirUseWhatIsLostWithoutPower) {
 TEST(MemoryArrays, TellTheirErrorCorrection) {
     const auto describe = [](const std::string& correction) {
         TCollected collected;
-        Collect(Table("| 16: 03 03 " + correction + "\n| 19: 00 00 00 00 ff ff 0f 00 00 01 01\n"), collected);
+        Collect(Table("| 16: 03 03 " + correction +
+                      " 00 00 00 01 fe ff 04 00\n| 19: 00 00 00 00 ff ff 0f 00 00 01 01\n"),
+                collected);
         return collected.Get(arrayAddress, "Description");
     };
     EXPECT_EQ(describe("02"), "Addresses of a memory array");

@@ -109,6 +109,22 @@ TEST(ProgramOnMachine, TellsAnOrdinaryUserWhatNeedsRoot) {
                              "3 vorhost-processor: may not read /sys/devices/system/cpu/cpu0/topology/ppin"));
 }
 
+TEST(ProgramOnMachine, WarnsOfAMalformedFirmwareTable) {
+    const TTemporaryDirectory directory;
+    WriteMachine(ReadMachine("malformed-smbios"), directory / "machine", EEntryOrder::forwards);
+    const auto result =
+        RunVorhost({{"collect", "--sysroot", "machine", "--reachability", "no", "--log-file", "run.log"},
+                    directory.GetPath(),
+                    {}});
+    ASSERT_EQ(result.status, 0) << result.standardError;
+    EXPECT_THAT(
+        result.standardOutput,
+        HasSubstr("\nWarning     malformed SMBIOS table: byte 307 of 397, after 9 structures: a structure "
+                  "is shorter than its header; 2 malformed places in all; 2 structures shorter than the "
+                  "minimum length of the type\n"));
+    EXPECT_THAT(LinesWith("malformed SMBIOS table", ReadFile(directory / "run.log")), testing::SizeIs(1));
+}
+
 TEST(ProgramOnMachine, CountsBytesThatAreNoCharacters) {
     const TTemporaryDirectory directory;
     TMachine machine = ReadMachine("container");

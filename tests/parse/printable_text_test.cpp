@@ -62,5 +62,13 @@ TEST(ToPrintableText, MarksATornSequence) {
     EXPECT_EQ(ToPrintableText("a\xE2\x82").text, std::string("a") + mark + mark);
 }
 
+TEST(SqueezeBlanks, MakesRunsOfBlanksOneAndDropsThoseAtTheEnds) {
+    EXPECT_EQ(SqueezeBlanks("Kingston                       HP647647-071-HYE"), "Kingston HP647647-071-HYE");
+    EXPECT_EQ(SqueezeBlanks("  a  b c   "), "a b c");
+    EXPECT_EQ(SqueezeBlanks("one word"), "one word");
+    EXPECT_EQ(SqueezeBlanks("   "), "");
+    EXPECT_EQ(SqueezeBlanks(""), "");
+}
+
 }  // namespace
 }  // namespace NVORHOST

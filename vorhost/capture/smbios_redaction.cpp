@@ -64,18 +64,18 @@ struct TPlacedStructure {
     std::size_t end = 0;  // behind its string set
 };
 
+TRange PlaceOf(std::string_view table, std::string_view part) {
+    return {static_cast<std::size_t>(part.data() - table.data()), part.size()};
+}
+
 TPlacedStructure Place(std::string_view table, const TSmbiosStructure& structure) {
-    const std::string_view fields = structure.GetFields().GetBytes();
     TPlacedStructure placed;
     placed.type = structure.GetType();
-    placed.fields = {static_cast<std::size_t>(fields.data() - table.data()), fields.size()};
-    placed.end = placed.fields.start + fields.size();
-    while (table[placed.end] != '\0') {
-        const std::size_t length = table.find('\0', placed.end) - placed.end;
-        placed.texts.push_back({placed.end, length});
-        placed.end += length + 1;
+    placed.fields = PlaceOf(table, structure.GetFields().GetBytes());
+    for (const std::string_view text : structure.GetTexts()) {
+        placed.texts.push_back(PlaceOf(table, text));
     }
-    placed.end += placed.texts.empty() ? 2 : 1;
+    placed.end = placed.fields.start + structure.GetSize();
     return placed;
 }
 
@@ -164,6 +164,12 @@ void RedactBattery(const TPlacedStructure& structure, const TIdentityTexts& iden
     }
 }
 
+bool IsCharacter(char c) {
+    constexpr std::uint8_t del = 0x7F;  // also the type of the end of the table
+    const auto byte = static_cast<std::uint8_t>(c);
+    return byte >= ' ' && byte != del;
+}
+
 void RedactStructure(const TPlacedStructure& structure, const TIdentityTexts& identities,
                      std::string& table) {
     for (const auto& [text, kind] : FindIdentityTexts(table, structure)) {
@@ -203,14 +209,19 @@ void LearnSmbios(std::string_view table, TSmbiosVersion version, TIdentityTexts&
 
 std::string RedactSmbios(std::string_view table, TSmbiosVersion version, const TIdentityTexts& identities) {
     std::string redacted(table);
-    std::size_t soundEnd = 0;
+    std::size_t end = 0;  // of the structure before
     for (const TPlacedStructure& structure : PlaceAll(table)) {
+        // Texts after an empty one belong to no field and may be serial numbers.
+        Overwrite({end, structure.fields.start - end}, redacted);
         RedactUuid(version, structure, identities, redacted);
         RedactStructure(structure, identities, redacted);
-        soundEnd = structure.end;
+        end = structure.end;
     }
-    // The end of the table follows the structures, or a malformed structure that stays malformed.
-    const std::size_t rest = std::min(soundEnd + headerSize, redacted.size());
+    const std::size_t tableEnd = FindSmbiosTableEnd(table);
+    Overwrite({end, tableEnd - end}, redacted);
+    // The header of the end-of-table structure, or of a malformed one, stays; texts may be in its place.
+    const bool isHeader = tableEnd < redacted.size() && !IsCharacter(redacted[tableEnd]);
+    const std::size_t rest = std::min(tableEnd + (isHeader ? headerSize : 0), redacted.size());
     Overwrite({rest, redacted.size() - rest}, redacted);
     return redacted;
 }

@@ -12,8 +12,8 @@ namespace NVORHOST {
 /// Remembers the serial numbers, asset tags and the UUID of a table.
 void LearnSmbios(std::string_view table, TSmbiosVersion version, TIdentityTexts& identities);
 
-/// The table with those replaced; as long as it was, and as sound. Structures that only their maker can read,
-/// and those that may hold addresses and credentials, are overwritten, their headers aside.
+/// The table with those replaced; as long as it was, with the same structures. Structures that only their
+/// maker can read, and those that may hold addresses and credentials, are overwritten, their headers aside.
 std::string RedactSmbios(std::string_view table, TSmbiosVersion version, const TIdentityTexts& identities);
 
 }  // namespace NVORHOST

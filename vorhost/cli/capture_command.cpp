@@ -26,6 +26,7 @@ TCaptureSummary Summarise(const TNamespaceSource& source, const TCapturedTree& t
     summary.failedCollectors = source.failedCollectors;
     summary.deniedSources = source.deniedSources;
     summary.failedSources = source.failedSources;
+    summary.warnings = source.warnings;
     summary.replacedBytes = source.replacedBytes;
     for (const auto& [path, node] : tree.GetNodes()) {
         summary.files += node.kind == TCapturedTree::EKind::file ? 1U : 0U;

@@ -286,6 +286,7 @@ void RunCollect(const TCollectOptions& options, std::ostream& out) {
     summary.failedCollectors = source.failedCollectors;
     summary.deniedSources = source.deniedSources;
     summary.failedSources = source.failedSources;
+    summary.warnings = source.warnings;
     summary.replacedBytes = source.replacedBytes;
     clock.Finish("finish");
     summary.times = clock.TakeTimes();

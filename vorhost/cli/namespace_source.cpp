@@ -52,6 +52,9 @@ void LogReport(const TCollectReport& report, std::set<std::string>& denied, std:
     for (const std::string& note : report.notes) {
         LogWarning(report.collector, note);
     }
+    for (const std::string& warning : report.warnings) {
+        LogWarning(report.collector, warning);
+    }
     if (report.replacedBytes != 0) {
         LogWarning(report.collector,
                    "bytes that are no characters, shown as U+FFFD: " + std::to_string(report.replacedBytes));
@@ -73,6 +76,7 @@ TNamespaceSource CollectNamespace(const ISystemFiles& files, const ISystemCalls&
         LogReport(report, denied, failed);
         source.failedCollectors += report.failure.empty() ? 0U : 1U;
         source.replacedBytes += report.replacedBytes;
+        source.warnings.insert(source.warnings.end(), report.warnings.begin(), report.warnings.end());
     }
     source.deniedSources.assign(denied.begin(), denied.end());
     source.failedSources.assign(failed.begin(), failed.end());

@@ -22,6 +22,7 @@ struct TNamespaceSource {
     std::size_t failedCollectors = 0;        ///< each is in the log
     std::vector<std::string> deniedSources;  ///< files that this user may not read, each once, sorted
     std::vector<std::string> failedSources;  ///< those that cannot be read for another reason, likewise
+    std::vector<std::string> warnings;       ///< one line for each malformed source
     std::size_t replacedBytes = 0;           ///< of the machine's texts, because they are no characters
 };
 

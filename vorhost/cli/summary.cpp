@@ -82,6 +82,9 @@ void PrintTroubles(const TSummary& summary, std::ostream& out) {
     if (!summary.failedSources.empty()) {
         PrintRow(out, "Unread", DescribeSources(summary.failedSources, "could not be read"));
     }
+    for (const std::string& warning : summary.warnings) {
+        PrintRow(out, "Warning", warning);
+    }
     if (summary.replacedBytes != 0) {
         PrintRow(out, "Replaced", Count(summary.replacedBytes, "byte") + " of texts, being no characters");
     }

@@ -29,6 +29,7 @@ struct TRunSummary {
     std::size_t failedCollectors = 0;
     std::vector<std::string> deniedSources;
     std::vector<std::string> failedSources;
+    std::vector<std::string> warnings;  ///< one line for each malformed source
     std::size_t replacedBytes = 0;
     std::vector<TStepTime> times;
 };
@@ -45,6 +46,7 @@ struct TCaptureSummary {
     std::size_t failedCollectors = 0;
     std::vector<std::string> deniedSources;
     std::vector<std::string> failedSources;
+    std::vector<std::string> warnings;  ///< one line for each malformed source
     std::size_t replacedBytes = 0;
 };
 

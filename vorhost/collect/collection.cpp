@@ -16,7 +16,7 @@ const TSmbiosSource& TCollection::GetSmbios() {
     if (!smbios_) {
         smbios_.emplace(files_);
         if (smbios_->GetFlaw()) {
-            Note("the firmware's structure table is unsound at " + *smbios_->GetFlaw());
+            Warn("malformed SMBIOS table: " + *smbios_->GetFlaw());
         }
     }
     return *smbios_;
@@ -55,9 +55,12 @@ std::vector<std::string> TCollection::MakeKeys(const std::vector<TKeySource>& so
     return MakeUniqueKeys(sources, deviceWord, notes_);
 }
 
-std::optional<TCIMValue> TCollection::ToCimValue(const std::string& text) {
+std::optional<TCIMValue> TCollection::ToCimValue(std::string_view property, const std::string& text) {
     auto printable = ToPrintableText(text);
     replacedBytes_ += printable.replacements;
+    if (property == "ElementName" || property == "Description") {
+        printable.text = SqueezeBlanks(printable.text);
+    }
     if (printable.text.empty()) {
         return std::nullopt;
     }

@@ -45,7 +45,8 @@ class TCollection {
     const std::vector<TSoftwareVolume>& GetSoftwareVolumes();
 
     /// Commits one instance with every property of `record` that is not absent. Texts pass the gate of
-    /// printable_text.h; one that is empty behind it counts as absent.
+    /// printable_text.h; one that is empty after it counts as absent. Texts for people, ElementName and
+    /// Description, keep no runs of blanks; keys and numbers keep them.
     template <typename TRecord>
     void Commit(const TClassShape& shape, std::span<const TPropertyRow<TRecord>> rows, const TRecord& record);
 
@@ -54,20 +55,24 @@ class TCollection {
 
     /// A line for the log.
     void Note(std::string line) { notes_.push_back(std::move(line)); }
+    /// A line for the log and for the summary of the run: a source is malformed and devices may be missing.
+    void Warn(std::string line) { warnings_.push_back(std::move(line)); }
 
     std::vector<std::string> TakeNotes() { return std::exchange(notes_, {}); }
+    std::vector<std::string> TakeWarnings() { return std::exchange(warnings_, {}); }
     std::size_t TakeReplacedBytes() { return std::exchange(replacedBytes_, 0); }
 
   private:
-    std::optional<TCIMValue> ToCimValue(const std::string& text);
+    std::optional<TCIMValue> ToCimValue(std::string_view property, const std::string& text);
 
     template <typename TValue>
-    std::optional<TCIMValue> ToCimValue(const TValue& value) {
+    std::optional<TCIMValue> ToCimValue(std::string_view /*property*/, const TValue& value) {
         return TCIMValue(value);
     }
 
     template <typename TElement>
-    std::optional<TCIMValue> ToCimValue(const std::vector<TElement>& elements) {
+    std::optional<TCIMValue> ToCimValue(std::string_view /*property*/,
+                                        const std::vector<TElement>& elements) {
         TCIMValue::TElements values;
         values.reserve(elements.size());
         for (const TElement element : elements) {
@@ -84,6 +89,7 @@ class TCollection {
     std::optional<std::vector<TPciSource>> pciSources_;
     std::optional<std::vector<TSoftwareVolume>> softwareVolumes_;
     std::vector<std::string> notes_;
+    std::vector<std::string> warnings_;
     std::size_t replacedBytes_ = 0;
 };
 
@@ -95,7 +101,7 @@ void TCollection::Commit(const TClassShape& shape, std::span<const TPropertyRow<
         if (!member) {
             return;
         }
-        if (auto value = ToCimValue(*member)) {
+        if (auto value = ToCimValue(name, *member)) {
             instance->Set(name, std::move(*value));
         }
     };

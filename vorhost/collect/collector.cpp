@@ -159,6 +159,7 @@ std::vector<TCollectReport> CollectAll(const TCollectContext& context,
         report.deniedSources = PathsThatEnded(accesses, EReadStatus::denied);
         report.failedSources = PathsThatEnded(accesses, EReadStatus::failed);
         report.notes = collection.TakeNotes();
+        report.warnings = collection.TakeWarnings();
         report.instances = CountInstances(context.target, collector) - instancesBefore;
         report.replacedBytes = collection.TakeReplacedBytes();
         report.duration = std::chrono::steady_clock::now() - start;

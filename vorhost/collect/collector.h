@@ -67,7 +67,8 @@ struct TCollectReport {
     std::string failure;                     ///< empty when it went well, else one line
     std::vector<std::string> deniedSources;  ///< files and folders that are not for this user
     std::vector<std::string> failedSources;  ///< those that could not be read for another reason
-    std::vector<std::string> notes;          ///< lines for the log: keys that collided, unsound tables
+    std::vector<std::string> notes;          ///< lines for the log: keys that collided
+    std::vector<std::string> warnings;       ///< lines for the log and the summary: malformed tables
     std::size_t instances = 0;               ///< committed to the classes it fills
     std::size_t replacedBytes = 0;           ///< bytes of the machine's texts that are no characters
     std::chrono::nanoseconds duration{};

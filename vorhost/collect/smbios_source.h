@@ -19,17 +19,18 @@ class TSmbiosSource {
     TSmbiosSource& operator=(const TSmbiosSource&) = delete;
     ~TSmbiosSource() = default;
 
-    /// The oldest version when the entry point says none.
-    TSmbiosVersion GetVersion() const { return version_; }
+    /// Absent when the entry point cannot be read or is malformed.
+    std::optional<TSmbiosVersion> GetVersion() const { return version_; }
+    /// Those with the minimum length of their type.
     const std::vector<TSmbiosStructure>& GetStructures() const { return structures_; }
-    /// Where and why the table is not sound, one line; absent when it is.
+    /// Where and why the table is malformed, one line; absent for a well-formed table.
     const std::optional<std::string>& GetFlaw() const { return flaw_; }
     /// The first structure of a type, or null.
     const TSmbiosStructure* FindFirst(std::uint8_t type) const;
 
   private:
     std::string bytes_;
-    TSmbiosVersion version_;
+    std::optional<TSmbiosVersion> version_;
     std::vector<TSmbiosStructure> structures_;
     std::optional<std::string> flaw_;
 };

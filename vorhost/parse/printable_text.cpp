@@ -54,4 +54,14 @@ TPrintableText ToPrintableText(std::string_view bytes) {
     return result;
 }
 
+std::string SqueezeBlanks(std::string_view text) {
+    std::string squeezed;
+    for (const char c : Trim(text)) {
+        if (c != ' ' || squeezed.back() != ' ') {
+            squeezed += c;
+        }
+    }
+    return squeezed;
+}
+
 }  // namespace NVORHOST

@@ -17,4 +17,8 @@ struct TPrintableText {
 /// UTF-8 sequence becomes U+FFFD and is counted. NULs at the end are padding and only trimmed.
 TPrintableText ToPrintableText(std::string_view bytes);
 
+/// `text` with each run of blanks made one, and none at its ends. Firmware pads names to the width of its own
+/// columns: "Kingston                       HP647647".
+std::string SqueezeBlanks(std::string_view text);
+
 }  // namespace NVORHOST
