@@ -7,8 +7,9 @@
 
 namespace NVORHOST {
 
-/// True for an empty text, one of the known fillers (case and blanks around aside), a text of one repeated
-/// zero, "F", "X", "-", "." or "*" character, and a counted run such as "0123456789" or "123456789".
+/// True for an empty text, one of the known fillers (case and blanks around aside, some with any number:
+/// "SerNum0", "SerNum01"), a text of one repeated "0", "F", "X", "-", ".", "*" or "?", digits counted up from
+/// 0 or 1 such as "0123456789", eight or more, and serial numbers that every drive of a model has.
 bool IsPlaceholder(std::string_view text);
 
 /// The text, or nothing when it is a placeholder.
