@@ -54,6 +54,80 @@ TEST(Processors, AreNotJoinedWhenSocketsAndPackagesDiffer) {
     EXPECT_THAT(collected.GetAll(processor, "MaxClockSpeed"), ElementsAre("absent", "absent"));
 }
 
+std::string SocketWithStatus(const std::string& name, const std::string& status) {
+    return "| 4: 01 03 b3 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 34 08 " + status + " 00 \"" + name +
+           "\"\n";
+}
+
+std::vector<std::string> Statuses(const std::string& tree) {
+    TCollected collected;
+    Collect(tree, collected);
+    return collected.GetAll(processor, "OperationalStatus");
+}
+
+std::string Cpu(int number, const std::string& file, const std::string& value) {
+    return "/sys/devices/system/cpu/cpu" + std::to_string(number) + "/" + file + " = " + value + "\n";
+}
+
+TEST(Processors, AreOkWhenTheKernelHasThemOnlineThoughTheFirmwareCallsThemIdle) {
+    EXPECT_THAT(Statuses(Sockets(SocketWithStatus("A", "41") + SocketWithStatus("B", "44")) +
+                         Package(0, 0, 3000) + Package(1, 1, 3000) + Cpu(1, "online", "1")),
+                ElementsAre("{2}", "{2}"));
+}
+
+TEST(Processors, AreDormantOnlyWithoutTheKernelsWord) {
+    const std::string sockets = Sockets(SocketWithStatus("A", "41") + SocketWithStatus("B", "44"));
+    EXPECT_THAT(Statuses(sockets), ElementsAre("{2}", "{15}"));
+    EXPECT_THAT(Statuses(sockets + Package(0, 0, 3000)), ElementsAre("{2}", "{15}"));
+}
+
+TEST(Processors, AreStoppedWhenAllOfAPackageAreOffline) {
+    const std::string tree = Sockets(SocketWithStatus("A", "41") + SocketWithStatus("B", "41")) +
+                             Package(0, 0, 3000) + Package(1, 1, 3000) + Package(2, 0, 3000) +
+                             Package(3, 1, 3000) + Cpu(1, "online", "0");
+    EXPECT_THAT(Statuses(tree), ElementsAre("{2}", "{2}"));
+    EXPECT_THAT(Statuses(tree + Cpu(3, "online", "0")), ElementsAre("{2}", "{10}"));
+}
+
+// The kernel takes the topology of an offline processor away.
+TEST(Processors, AreStoppedWhenTheirPackageIsHiddenWithAllItsProcessors) {
+    const std::string sockets = Sockets(SocketWithStatus("A", "41") + SocketWithStatus("B", "44"));
+    EXPECT_THAT(Statuses(sockets + Package(0, 0, 3000) + Cpu(1, "online", "0")), ElementsAre("{2}", "{10}"));
+    EXPECT_THAT(Statuses(sockets + Package(0, 1, 3000) + Cpu(1, "online", "0")), ElementsAre("{10}", "{2}"));
+    // The number of this package is that of no socket.
+    EXPECT_THAT(Statuses(sockets + Package(0, 3, 3000) + Cpu(1, "online", "0")), ElementsAre("{2}", "{15}"));
+}
+
+TEST(Processors, WithoutATableHaveTheKernelsStatus) {
+    EXPECT_THAT(Statuses(Package(0, 0, 3000) + Package(1, 1, 3000) + Cpu(1, "online", "0")),
+                ElementsAre("{2}", "{10}"));
+}
+
+constexpr const char* twoModels =
+    "/proc/cpuinfo:\n"
+    "| processor : 0\n| vendor_id : Maker\n| cpu family : 6\n| model : 58\n| model name : Example  CPU 9\n"
+    "| stepping : 9\n"
+    "| processor : 1\n| vendor_id : Maker\n| cpu family : 6\n| model : 58\n| model name : Example  CPU ";
+
+TEST(Processors, OfOneModelHaveItsNameWhenSocketsAndPackagesDiffer) {
+    TCollected collected;
+    Collect(Sockets(Socket("A") + Socket("B")) + twoModels + "9\n| stepping : 9\n" + Package(0, 0, 3000),
+            collected);
+    EXPECT_THAT(collected.GetAll(processor, "ElementName"), ElementsAre("Example CPU 9", "Example CPU 9"));
+    EXPECT_THAT(collected.GetAll(processor, "Description"),
+                ElementsAre("Central processor, Maker family 6 model 58 stepping 9",
+                            "Central processor, Maker family 6 model 58 stepping 9"));
+}
+
+TEST(Processors, OfSeveralModelsHaveNoNameWhenSocketsAndPackagesDiffer) {
+    TCollected collected;
+    Collect(Sockets(Socket("A") + Socket("B")) + twoModels + "8\n| stepping : 9\n" + Package(0, 0, 3000),
+            collected);
+    EXPECT_THAT(collected.GetAll(processor, "ElementName"), ElementsAre("A", "B"));
+    EXPECT_THAT(collected.GetAll(processor, "Description"),
+                ElementsAre("Central processor", "Central processor"));
+}
+
 TEST(Processors, AreTheKernelsPackagesWithoutATable) {
     TCollected collected;
     Collect(Package(0, 1, 3000) + Package(1, 0, 4000), collected);

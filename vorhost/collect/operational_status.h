@@ -12,6 +12,7 @@ namespace NVORHOST {
 using TOperationalStatus = std::vector<std::uint16_t>;
 
 inline constexpr std::uint16_t statusOk = 2;
+inline constexpr std::uint16_t statusStopped = 10;
 
 /// Of the state of a SCSI disk or an NVMe controller. Absent for a word that neither driver has.
 std::optional<TOperationalStatus> FindDiskStatus(std::string_view state);
@@ -27,7 +28,8 @@ std::optional<TOperationalStatus> FindRaidVolumeStatus(std::string_view state);
 std::optional<TOperationalStatus> FindArrayStatus(std::string_view arrayState, std::uint32_t degraded,
                                                   std::string_view syncAction);
 
-/// Of the status of an SMBIOS processor structure (bits 2:0). Absent for reserved codes.
+/// Maps the status of an SMBIOS processor structure (bits 2:0), the state at the start. Absent for reserved
+/// codes.
 std::optional<TOperationalStatus> FindProcessorStatus(std::uint8_t status);
 
 /// The worst of the states that an SMBIOS chassis structure gives; "unknown" only when no other answers, and

@@ -6,6 +6,7 @@
 #include "vorhost/collect/processor_family.h"
 #include "vorhost/collect/processor_package.h"
 #include "vorhost/parse/placeholders.h"
+#include "vorhost/parse/printable_text.h"
 #include "vorhost/parse/smbios_processor.h"
 
 #include <algorithm>
@@ -38,23 +39,13 @@ constexpr TClassShape classes[] = {
     MakeShape<TProcessor, processorRows>("KELSG_Processor"),
 };
 
-constexpr auto sourcePatterns = Join(smbiosSources, std::array<TSourcePattern, 4>{
+constexpr auto sourcePatterns = Join(smbiosSources, std::array<TSourcePattern, 5>{
                                                         "/proc/cpuinfo",
                                                         "/sys/devices/system/cpu",
+                                                        "/sys/devices/system/cpu/cpu*/online",
                                                         "/sys/devices/system/cpu/cpu*/topology/*",
                                                         "/sys/devices/system/cpu/cpu*/cpufreq/*",
                                                     });
-
-// Model names carry runs of blanks: "Intel(R) Xeon(R) CPU           E5540  @ 2.53GHz".
-std::string SqueezeBlanks(std::string_view text) {
-    std::string squeezed;
-    for (const char c : TrimBlanks(text)) {
-        if (c != ' ' || squeezed.back() != ' ') {
-            squeezed += c;
-        }
-    }
-    return squeezed;
-}
 
 std::vector<TSmbiosProcessor> ReadSockets(TCollection& collection) {
     std::vector<TSmbiosProcessor> sockets;
@@ -83,11 +74,12 @@ void SetFromPackage(const TProcessorPackage& package, TProcessor& processor) {
     processor.currentClockMHz = package.currentClockMHz;
     processor.maxClockMHz = package.maxClockMHz;
     processor.uniqueId = package.inventoryNumber;
+    processor.operationalStatus = {package.isOnline ? statusOk : statusStopped};
 }
 
 void SetFromInfo(const TLogicalProcessor& info, TProcessor& processor) {
     if (!info.model.empty()) {
-        processor.elementName = SqueezeBlanks(info.model);
+        processor.elementName = info.model;
     }
     processor.description = DescribeModel(info);
 }
@@ -99,7 +91,8 @@ void FillIn(std::optional<T>& member, const std::optional<TSource>& found) {
     }
 }
 
-void SetFromSocket(const TSmbiosProcessor& socket, TSmbiosVersion version, TProcessor& processor) {
+void SetFromSocket(const TSmbiosProcessor& socket, std::optional<TSmbiosVersion> version,
+                   TProcessor& processor) {
     // The firmware's speed is that of the start; cpufreq's is of this moment and differs at every look.
     if (socket.currentSpeedMHz) {
         processor.currentClockMHz = *socket.currentSpeedMHz;
@@ -108,7 +101,9 @@ void SetFromSocket(const TSmbiosProcessor& socket, TSmbiosVersion version, TProc
     FillIn(processor.uniqueId, WithoutPlaceholder(socket.serial));
     FillIn(processor.elementName, WithoutPlaceholder(socket.version));
     processor.family = FindProcessorFamily(socket, version);
-    if (socket.status) {
+    // The firmware's status is that of the start, when all but one processor may be idle; the kernel's
+    // counts.
+    if (socket.status && !processor.operationalStatus) {
         processor.operationalStatus = FindProcessorStatus(*socket.status);
     }
 }
@@ -133,19 +128,31 @@ std::optional<bool> Is64Bit(const std::vector<TLogicalProcessor>& processors, co
     return processors.empty() ? std::nullopt : processors.front().isLongModeCapable;
 }
 
+// What all processors of the machine have in common, where they are of one model; else null.
+const TLogicalProcessor* FindCommonModel(const std::vector<TLogicalProcessor>& processors) {
+    const auto isLikeFirst = [&](const TLogicalProcessor& row) {
+        const TLogicalProcessor& first = processors.front();
+        return row.model == first.model && row.vendor == first.vendor && row.family == first.family &&
+               row.modelNumber == first.modelNumber && row.stepping == first.stepping;
+    };
+    return !processors.empty() && std::ranges::all_of(processors, isLikeFirst) ? &processors.front()
+                                                                               : nullptr;
+}
+
 TProcessor MakeFromSocket(TCollection& collection, const TSmbiosProcessor& socket,
                           const TProcessorPackage* package) {
     TProcessor processor;
     if (package != nullptr) {
         SetFromPackage(*package, processor);
     }
-    const TLogicalProcessor* info = package != nullptr && package->info ? &*package->info : nullptr;
-    if (info != nullptr) {
+    const auto& processors = collection.GetLogicalProcessors();
+    const TLogicalProcessor* own = package != nullptr && package->info ? &*package->info : nullptr;
+    if (const TLogicalProcessor* info = own != nullptr ? own : FindCommonModel(processors)) {
         SetFromInfo(*info, processor);
     }
     SetFromSocket(socket, collection.GetSmbios().GetVersion(), processor);
     FillIn(processor.description, std::optional<std::string>("Central processor"));
-    SetWidths(Is64Bit(collection.GetLogicalProcessors(), info, socket), processor);
+    SetWidths(Is64Bit(processors, own, socket), processor);
     return processor;
 }
 
@@ -166,14 +173,42 @@ std::string PackageName(std::uint32_t id) {
 
 using TProcessors = std::vector<TKeyedRecord<TProcessor>>;
 
+// The package in each socket, in order; null where it is not known. Numbers of packages are no numbers of
+// sockets: they are joined where there are as many of one as of the other.
+std::vector<std::optional<TProcessorPackage>> MatchPackages(const ISystemFiles& files,
+                                                            std::size_t socketCount,
+                                                            const std::vector<TProcessorPackage>& packages) {
+    std::vector<std::optional<TProcessorPackage>> matches(socketCount);
+    if (packages.size() == socketCount) {
+        std::ranges::copy(packages, matches.begin());
+        return matches;
+    }
+    // Packages that are offline as a whole are hidden. The ids of the others tell which, when each is that of
+    // a socket.
+    const bool areNumbersOfSockets = std::ranges::all_of(
+        packages, [&](const TProcessorPackage& package) { return package.id < socketCount; });
+    if (packages.empty() || !areNumbersOfSockets || !HasHiddenPackage(files)) {
+        return matches;
+    }
+    for (std::size_t i = 0; i < socketCount; ++i) {
+        matches[i].emplace();
+        matches[i]->id = static_cast<std::uint32_t>(i);
+        matches[i]->isOnline = false;
+    }
+    for (const TProcessorPackage& package : packages) {
+        matches[package.id] = package;
+    }
+    return matches;
+}
+
 TProcessors JoinSockets(TCollection& collection, const std::vector<TSmbiosProcessor>& sockets,
                         const std::vector<TProcessorPackage>& packages) {
     TProcessors processors;
-    const bool areJoined = sockets.size() == packages.size();
+    const auto matches = MatchPackages(collection.GetFiles(), sockets.size(), packages);
     for (std::size_t i = 0; i < sockets.size(); ++i) {
-        const std::string position = areJoined ? PackageName(packages[i].id) : "socket " + std::to_string(i);
+        const std::string position = matches[i] ? PackageName(matches[i]->id) : "socket " + std::to_string(i);
         const auto name = WithoutPlaceholder(sockets[i].socket);
-        processors.push_back({MakeFromSocket(collection, sockets[i], areJoined ? &packages[i] : nullptr),
+        processors.push_back({MakeFromSocket(collection, sockets[i], matches[i] ? &*matches[i] : nullptr),
                               {name ? SqueezeBlanks(*name) : "", position}});
     }
     return processors;

@@ -65,7 +65,8 @@ std::uint16_t ResolveTwiceGiven(const TSmbiosProcessor& processor) {
 
 }  // namespace
 
-std::optional<std::uint16_t> FindProcessorFamily(const TSmbiosProcessor& processor, TSmbiosVersion version) {
+std::optional<std::uint16_t> FindProcessorFamily(const TSmbiosProcessor& processor,
+                                                 std::optional<TSmbiosVersion> version) {
     constexpr std::uint16_t twiceGiven = 0xBE;
     constexpr std::uint16_t pentiumProOf20 = 0x30;  // before the code was given to the Alpha
     constexpr std::uint16_t pentiumPro = 12;

@@ -77,6 +77,12 @@ TPackages GroupByCpuInfo(const std::vector<TLogicalProcessor>& processors) {
     return packages;
 }
 
+// The first processor of a machine often cannot go offline and then has no such file.
+bool IsOnline(const ISystemFiles& files, std::uint32_t cpu) {
+    constexpr std::uint8_t isOffline = 0;
+    return ReadNumber<std::uint8_t>(files, CpuFolder(cpu) + "/online") != isOffline;
+}
+
 std::optional<std::uint32_t> ReadMHz(const ISystemFiles& files, std::uint32_t cpu, std::string_view name) {
     const auto kHz = ReadNumber<std::uint64_t>(files, CpuFolder(cpu) + "/cpufreq/" + std::string(name));
     return kHz && *kHz >= 1000 ? std::optional(static_cast<std::uint32_t>(*kHz / 1000)) : std::nullopt;
@@ -111,10 +117,14 @@ std::vector<TProcessorPackage> ReadProcessorPackages(TCollection& collection) {
         topology = GroupByCpuInfo(processors);
     }
     std::vector<TProcessorPackage> packages;
-    for (const auto& [id, cpus] : topology) {
+    for (auto& [id, cpus] : topology) {
         TProcessorPackage package;
         package.id = id;
-        package.firstCpu = *std::min_element(cpus.begin(), cpus.end());
+        std::ranges::sort(cpus);
+        const auto online =
+            std::ranges::find_if(cpus, [&](std::uint32_t cpu) { return IsOnline(files, cpu); });
+        package.isOnline = online != cpus.end();
+        package.firstCpu = package.isOnline ? *online : cpus.front();
         if (const TLogicalProcessor* info = FindProcessor(processors, package.firstCpu)) {
             package.info = *info;
         }
@@ -128,6 +138,12 @@ std::vector<TProcessorPackage> ReadProcessorPackages(TCollection& collection) {
         packages.push_back(std::move(package));
     }
     return packages;
+}
+
+bool HasHiddenPackage(const ISystemFiles& files) {
+    return std::ranges::any_of(ListCpus(files), [&](std::uint32_t cpu) {
+        return !IsOnline(files, cpu) && !files.Exists(CpuFolder(cpu) + "/topology/physical_package_id");
+    });
 }
 
 }  // namespace NVORHOST
