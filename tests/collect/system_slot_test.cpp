@@ -50,7 +50,7 @@ TEST(SystemSlots, TellWhatTheTableTellsOfASlot) {
 
 TEST(SystemSlots, OfACodeThatNobodyListsTellNothingOfTheirKind) {
     TCollected collected;
-    Collect(Table("| 9: 01 7f 7f 04 04 02 00 \"Odd\"\n"), collected);
+    Collect(Table("| 9: 01 7f 7f 04 04 02 00 00 \"Odd\"\n"), collected);
     EXPECT_EQ(collected.Get(slot, "Description"), "System slot, in use");
     for (const char* property : {"ConnectorGender", "ConnectorLayout", "MaxDataWidth", "Number",
                                  "SpecialPurpose", "SupportsHotPlug"}) {
@@ -122,9 +122,26 @@ TEST(SystemSlots, HaveTheLatchOfTheKernelsSlotAtTheirAddress) {
     EXPECT_EQ(openSwitch(""), "absent");
 }
 
-TEST(SystemSlots, OfOneNameAreToldApartByTheirPlacesInTheTable) {
+TEST(SystemSlots, OfOneNameAreToldApartByTheirAddresses) {
     TCollected collected;
-    Collect(Table(Slot("SSD", "20") + Slot("PCIe", "b6") + Slot("SSD", "20") + Slot("N/A", "b6")), collected);
+    Collect(Table(Slot("SSD", "20", "04", "05 00") + Slot("SSD", "20", "04", "06 08", "01 00") +
+                  Slot("SSD", "20", "03", "ff ff", "ff ff") + Slot("N/A", "20", "04", "07 00")),
+            collected);
+    EXPECT_THAT(collected.GetAll(slot, "Tag"),
+                ElementsAre("SSD@0000:05:00.0", "SSD@0001:06:01.0", "SSD@slot 3", "slot 4"));
+}
+
+TEST(SystemSlots, OfOneNameAndAddressAreToldApartByTheirPlacesInTheTable) {
+    TCollected collected;
+    Collect(Table(Slot("SSD", "20", "04", "00 00") + Slot("SSD", "20", "04", "00 00")), collected);
+    EXPECT_THAT(collected.GetAll(slot, "Tag"), ElementsAre("SSD@slot 1", "SSD@slot 2"));
+}
+
+TEST(SystemSlots, OfOneNameWithoutAddressesAreToldApartByTheirPlacesInTheTable) {
+    TCollected collected;
+    Collect(Table(Slot("SSD", "20", "03", "ff ff", "ff ff") + Slot("PCIe", "b6") +
+                  Slot("SSD", "20", "03", "ff ff", "ff ff") + Slot("N/A", "b6")),
+            collected);
     EXPECT_THAT(collected.GetAll(slot, "Tag"), ElementsAre("SSD@slot 1", "PCIe", "SSD@slot 3", "slot 4"));
     EXPECT_THAT(collected.GetAll(slot, "ElementName"), ElementsAre("SSD", "PCIe", "SSD", "slot 4"));
     EXPECT_THAT(collected.GetReport("slot").notes,

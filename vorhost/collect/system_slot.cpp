@@ -174,8 +174,11 @@ void CollectSystemSlots(TCollection& collection) {
             if (!folders) {  // the kernel names far more slots than there are: read only when asked for
                 folders = ReadPciSlotFolders(collection.GetFiles());
             }
-            TSystemSlot slot = MakeSlot(collection, *folders, ParseSmbiosSlot(structure));
-            places.push_back({slot.elementName.value_or(""), ""});
+            const TSmbiosSlot source = ParseSmbiosSlot(structure);
+            TSystemSlot slot = MakeSlot(collection, *folders, source);
+            // An address alone would be a poor name: slots without a designation go by their number.
+            places.push_back(
+                {slot.elementName.value_or(""), slot.elementName ? source.pciAddress.value_or("") : ""});
             slots.push_back({std::move(slot), {}});
         }
     }
