@@ -126,7 +126,7 @@ TEST_F(TCapturedMachineTest, EmulatedWorkstation) {
     EXPECT_EQ(collected_.Get("KELSG_ComputerSystem", "ProductName"), "WORKSTATION W470");
     EXPECT_EQ(collected_.Get("KELSG_ComputerSystem", "SerialNumber"), "YLNS001234");
     EXPECT_EQ(collected_.Get("KELSG_ComputerSystem", "Name"), "9F5C2A10-7B34-11E9-8F9E-2A86E4085A59");
-    EXPECT_EQ(collected_.Get("KELSG_ComputerSystem", "Description"), "Computer system, Tower");
+    EXPECT_EQ(collected_.Get("KELSG_ComputerSystem", "Description"), "Virtual machine");
     EXPECT_THAT(collected_.GetAll("KELSG_Processor", "ElementName"),
                 ElementsAre("AMD EPYC 7251 8-Core Processor"));
     EXPECT_EQ(collected_.Get("KELSG_Processor", "CurrentClockSpeed"), "2100");

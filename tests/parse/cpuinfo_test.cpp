@@ -53,5 +53,15 @@ TEST(ParseCpuInfo, SkipsWhatStandsBeforeTheFirstProcessor) {
     EXPECT_EQ(processors[0].number, 0U);
 }
 
+TEST(ParseCpuInfo, FindsTheFlagOfAHypervisor) {
+    const auto processors = ParseCpuInfo(
+        "processor : 0\nflags : fpu lm hypervisor lahf_lm\n\n"
+        "processor : 1\nflags : fpu lm no_hypervisor\n\nprocessor : 2\n");
+    ASSERT_EQ(processors.size(), 3U);
+    EXPECT_TRUE(processors[0].isUnderHypervisor);
+    EXPECT_FALSE(processors[1].isUnderHypervisor);
+    EXPECT_FALSE(processors[2].isUnderHypervisor);
+}
+
 }  // namespace
 }  // namespace NVORHOST

@@ -42,6 +42,26 @@ TEST(ParseSmbiosSystem, HasNoIdentityInStructuresOfTheFirstVersion) {
     EXPECT_EQ(system.uuid, std::nullopt);
 }
 
+TEST(ParseSmbiosSystem, HasNoIdentityWithoutAVersion) {
+    const TStructure structure(
+        "1: 01 02 00 00 44 45 4c 4c 42 00 10 35 80 54 b9 c0 4f 50 32 31 06 00 00 \"Maker\" \"Product\"");
+    const auto system = ParseSmbiosSystem(structure.Get(), std::nullopt);
+    EXPECT_EQ(system.product, "Product");
+    EXPECT_EQ(system.uuid, std::nullopt);
+}
+
+TEST(ParseSmbiosFirmware, KnowsAVirtualMachineByTheSecondExtensionByte) {
+    const auto isVirtual = [](const std::string& extensionBytes) {
+        const TStructure structure("0: 00 00 00 00 00 00 00 00 00 00 00 00 00 00 " + extensionBytes);
+        return ParseSmbiosFirmware(structure.Get()).isVirtualMachine;
+    };
+    EXPECT_TRUE(isVirtual("00 10"));
+    EXPECT_TRUE(isVirtual("03 1d 00 00 ff ff"));
+    EXPECT_FALSE(isVirtual("10 0d"));
+    EXPECT_FALSE(isVirtual("10"));
+    EXPECT_FALSE(isVirtual(""));
+}
+
 TEST(FormatSmbiosUuid, KeepsTheStoredOrderBeforeVersion26) {
     const std::string bytes = ParseByteLine("44 45 4c 4c 42 00 10 35 80 54 b9 c0 4f 50 32 31");
     EXPECT_EQ(FormatSmbiosUuid(bytes, oldVersion), "44454C4C-4200-1035-8054-B9C04F503231");

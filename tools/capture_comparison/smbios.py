@@ -339,10 +339,16 @@ def compare_system(machine, records, instances, agreement):
         return
     for field, name, explain in (("Manufacturer", "Manufacturer", explain_text),
                                  ("ProductName", "Product Name", explain_product),
-                                 ("SerialNumber", "Serial Number", explain_text), ("Name", "UUID", explain_uuid)):
+                                 ("SerialNumber", "Serial Number", explain_serial), ("Name", "UUID", explain_uuid)):
         theirs = systems[0].text(name)
         theirs = theirs.upper() if field == "Name" and theirs else theirs
         agreement.compare(machine, "system", f"system: {field}", theirs, ours.get(field), explain)
+
+
+def explain_serial(theirs, ours):
+    if ours is not None and (theirs is None or FILLERS.fullmatch(theirs.strip())):
+        return "a machine without a serial number has that of its only chassis"
+    return explain_text(theirs, ours)
 
 
 def explain_product(theirs, ours):

@@ -32,13 +32,14 @@ constexpr TClassShape classes[] = {
     MakeShape<TComputerSystem, computerSystemRows>("KELSG_ComputerSystem"),
 };
 
-constexpr auto sourcePatterns = Join(smbiosSources, std::array<TSourcePattern, 8>{
+constexpr auto sourcePatterns = Join(smbiosSources, std::array<TSourcePattern, 9>{
                                                         "/sys/class/dmi/id",
                                                         "/sys/class/dmi/id/*",
                                                         "/proc/device-tree",
                                                         "/proc/device-tree/*",
                                                         "/sys/hypervisor/type",
                                                         "/sys/hypervisor/uuid",
+                                                        "/sys/hypervisor/properties/features",
                                                         "/sys/firmware/acpi/tables/FACP",
                                                         "/proc/cpuinfo",
                                                     });

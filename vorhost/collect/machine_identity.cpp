@@ -21,7 +21,8 @@ struct TIdentityParts {
 // ---- firmware
 
 struct TFirmwareTexts {
-    std::optional<std::string> manufacturer, product, serial, uuid, boardManufacturer, boardProduct;
+    std::optional<std::string> manufacturer, product, serial, uuid, boardManufacturer, boardProduct,
+        chassisSerial;
     std::optional<std::uint8_t> chassisKind;
 };
 
@@ -30,6 +31,9 @@ TIdentityParts FromFirmwareTexts(TFirmwareTexts texts) {
     parts.manufacturer = WithoutPlaceholder(std::move(texts.manufacturer));
     parts.product = WithoutPlaceholder(std::move(texts.product));
     parts.serial = WithoutPlaceholder(std::move(texts.serial));
+    if (!parts.serial) {
+        parts.serial = WithoutPlaceholder(std::move(texts.chassisSerial));
+    }
     parts.uuid = std::move(texts.uuid);
     // Machines built from parts leave the system's names open and are known by their board's.
     if (!parts.product) {
@@ -45,27 +49,6 @@ TIdentityParts FromFirmwareTexts(TFirmwareTexts texts) {
     return parts;
 }
 
-TIdentityParts FromSmbios(TCollection& collection) {
-    const TSmbiosSource& smbios = collection.GetSmbios();
-    TFirmwareTexts texts;
-    if (const TSmbiosStructure* structure = smbios.FindFirst(1)) {
-        TSmbiosSystem system = ParseSmbiosSystem(*structure, smbios.GetVersion());
-        texts.manufacturer = std::move(system.manufacturer);
-        texts.product = std::move(system.product);
-        texts.serial = std::move(system.serial);
-        texts.uuid = std::move(system.uuid);
-    }
-    if (const TSmbiosStructure* structure = smbios.FindFirst(2)) {
-        TSmbiosBoard board = ParseSmbiosBoard(*structure);
-        texts.boardManufacturer = std::move(board.manufacturer);
-        texts.boardProduct = std::move(board.product);
-    }
-    if (const TSmbiosStructure* structure = smbios.FindFirst(3)) {
-        texts.chassisKind = ParseSmbiosChassis(*structure).kind;
-    }
-    return FromFirmwareTexts(std::move(texts));
-}
-
 std::string ToUpperCase(std::string text) {
     std::transform(text.begin(), text.end(), text.begin(),
                    [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; });
@@ -75,6 +58,41 @@ std::string ToUpperCase(std::string text) {
 std::optional<std::string> ReadUuid(const ISystemFiles& files, std::string_view path) {
     auto uuid = ReadAttribute(files, path);
     return uuid && !IsPlaceholderUuid(*uuid) ? std::optional(ToUpperCase(std::move(*uuid))) : std::nullopt;
+}
+
+constexpr std::string_view uuidFile = "/sys/class/dmi/id/product_uuid";
+
+// A blade's number and that of its enclosure differ: with several chassis none of them is the machine's.
+std::optional<std::string> FindOnlyChassisSerial(const TSmbiosSource& smbios) {
+    constexpr std::uint8_t chassisType = 3;
+    const auto isChassis = [](const TSmbiosStructure& row) { return row.GetType() == chassisType; };
+    if (std::ranges::count_if(smbios.GetStructures(), isChassis) != 1) {
+        return std::nullopt;
+    }
+    return ParseSmbiosChassis(*smbios.FindFirst(chassisType)).serial;
+}
+
+TIdentityParts FromSmbios(TCollection& collection) {
+    const TSmbiosSource& smbios = collection.GetSmbios();
+    TFirmwareTexts texts;
+    if (const TSmbiosStructure* structure = smbios.FindFirst(1)) {
+        TSmbiosSystem system = ParseSmbiosSystem(*structure, smbios.GetVersion());
+        texts.manufacturer = std::move(system.manufacturer);
+        texts.product = std::move(system.product);
+        texts.serial = std::move(system.serial);
+        // The version decides the order of the UUID's bytes; without it only the kernel knows the order.
+        texts.uuid = smbios.GetVersion() ? std::move(system.uuid) : ReadUuid(collection.GetFiles(), uuidFile);
+    }
+    if (const TSmbiosStructure* structure = smbios.FindFirst(2)) {
+        TSmbiosBoard board = ParseSmbiosBoard(*structure);
+        texts.boardManufacturer = std::move(board.manufacturer);
+        texts.boardProduct = std::move(board.product);
+    }
+    if (const TSmbiosStructure* structure = smbios.FindFirst(3)) {
+        texts.chassisKind = ParseSmbiosChassis(*structure).kind;
+    }
+    texts.chassisSerial = FindOnlyChassisSerial(smbios);
+    return FromFirmwareTexts(std::move(texts));
 }
 
 TIdentityParts FromDmiClass(TCollection& collection) {
@@ -89,9 +107,14 @@ TIdentityParts FromDmiClass(TCollection& collection) {
     texts.manufacturer = read("sys_vendor");
     texts.product = read("product_name");
     texts.serial = read("product_serial");
-    texts.uuid = ReadUuid(files, "/sys/class/dmi/id/product_uuid");
+    texts.uuid = ReadUuid(files, uuidFile);
     texts.boardManufacturer = read("board_vendor");
     texts.boardProduct = read("board_name");
+    if (collection.GetSmbios()
+            .GetStructures()
+            .empty()) {  // else the table has told how many chassis there are
+        texts.chassisSerial = read("chassis_serial");
+    }
     texts.chassisKind = ReadNumber<std::uint8_t>(files, "/sys/class/dmi/id/chassis_type");
     return FromFirmwareTexts(std::move(texts));
 }
@@ -120,51 +143,62 @@ TIdentityParts FromDeviceTree(TCollection& collection) {
 }
 
 constexpr std::string_view virtualMachine = "Virtual machine";
+constexpr std::string_view hypervisorType = "/sys/hypervisor/type";
 
 TIdentityParts FromXen(TCollection& collection) {
     const ISystemFiles& files = collection.GetFiles();
-    if (ReadAttribute(files, "/sys/hypervisor/type") != "xen") {
+    if (ReadAttribute(files, hypervisorType) != "xen") {
         return {};
     }
     TIdentityParts parts;
     parts.product = "Xen virtual machine";
     parts.uuid = ReadUuid(files, "/sys/hypervisor/uuid");
-    parts.description = virtualMachine;
     return parts;
 }
 
 struct THypervisor {
     std::string_view signature;
+    std::string_view name;
     std::string_view product;
 };
 
 // CPUID leaf 40000000h.
 constexpr THypervisor hypervisors[] = {
-    {"KVMKVMKVM", "KVM virtual machine"},           {"Linux KVM Hv", "KVM virtual machine"},
-    {"Microsoft Hv", "Hyper-V virtual machine"},    {"VMwareVMware", "VMware virtual machine"},
-    {"XenVMMXenVMM", "Xen virtual machine"},        {"TCGTCGTCGTCG", "QEMU virtual machine"},
-    {"VBoxVBoxVBox", "VirtualBox virtual machine"}, {"bhyve bhyve ", "bhyve virtual machine"},
-    {"BHyVE BHyVE ", "bhyve virtual machine"},      {"prl hyperv  ", "Parallels virtual machine"},
-    {" lrpepyh vr", "Parallels virtual machine"},   {"ACRNACRNACRN", "ACRN virtual machine"},
-    {"QNXQVMBSQG", "QNX virtual machine"},          {"OpenBSDVMM58", "OpenBSD virtual machine"},
-    {"___ NVMM ___", "NVMM virtual machine"},       {"Jailhouse", "Jailhouse cell"},
-    {"HAXMHAXMHAXM", "HAXM virtual machine"},       {"SRESRESRESRE", "LMHS virtual machine"},
-    {"UnisysSpar64", "s-Par virtual machine"},
+    {"KVMKVMKVM", "KVM", "KVM virtual machine"},
+    {"Linux KVM Hv", "KVM", "KVM virtual machine"},
+    {"Microsoft Hv", "Hyper-V", "Hyper-V virtual machine"},
+    {"VMwareVMware", "VMware", "VMware virtual machine"},
+    {"XenVMMXenVMM", "Xen", "Xen virtual machine"},
+    {"TCGTCGTCGTCG", "QEMU", "QEMU virtual machine"},
+    {"VBoxVBoxVBox", "VirtualBox", "VirtualBox virtual machine"},
+    {"bhyve bhyve ", "bhyve", "bhyve virtual machine"},
+    {"BHyVE BHyVE ", "bhyve", "bhyve virtual machine"},
+    {"prl hyperv  ", "Parallels", "Parallels virtual machine"},
+    {" lrpepyh vr", "Parallels", "Parallels virtual machine"},
+    {"ACRNACRNACRN", "ACRN", "ACRN virtual machine"},
+    {"QNXQVMBSQG", "QNX", "QNX virtual machine"},
+    {"OpenBSDVMM58", "OpenBSD", "OpenBSD virtual machine"},
+    {"___ NVMM ___", "NVMM", "NVMM virtual machine"},
+    {"Jailhouse", "Jailhouse", "Jailhouse cell"},
+    {"HAXMHAXMHAXM", "HAXM", "HAXM virtual machine"},
+    {"SRESRESRESRE", "LMHS", "LMHS virtual machine"},
+    {"UnisysSpar64", "s-Par", "s-Par virtual machine"},
 };
+
+// Null for a signature that is not listed.
+const THypervisor* FindHypervisor(std::string_view signature) {
+    const auto* const row = std::ranges::find(hypervisors, signature, &THypervisor::signature);
+    return row == std::end(hypervisors) ? nullptr : row;
+}
 
 TIdentityParts FromHypervisor(TCollection& collection) {
     const auto signature = collection.GetCalls().HypervisorSignature();
     if (!signature) {
         return {};
     }
+    const THypervisor* hypervisor = FindHypervisor(*signature);
     TIdentityParts parts;
-    parts.product = virtualMachine;  // under a hypervisor that nobody has listed yet
-    parts.description = virtualMachine;
-    for (const THypervisor& row : hypervisors) {
-        if (row.signature == *signature) {
-            parts.product = row.product;
-        }
-    }
+    parts.product = hypervisor != nullptr ? hypervisor->product : virtualMachine;
     return parts;
 }
 
@@ -198,6 +232,44 @@ constexpr TIdentityParts (*identitySources[])(TCollection& collection) = {
     FromSmbios, FromDmiClass, FromDeviceTree, FromXen, FromHypervisor, FromAcpi, FromProcessor,
 };
 
+// ---- virtual machines
+
+// Xen's first domain runs on the machine itself and has the hypervisor's flags all the same.
+bool IsControlDomain(const ISystemFiles& files) {
+    constexpr std::uint32_t isControlDomain = 1U << 11U;
+    const auto features = ReadHexNumber<std::uint32_t>(files, "/sys/hypervisor/properties/features");
+    return features && (*features & isControlDomain) != 0;
+}
+
+bool IsVirtualByFirmware(const TSmbiosSource& smbios) {
+    const TSmbiosStructure* structure = smbios.FindFirst(0);
+    return structure != nullptr && ParseSmbiosFirmware(*structure).isVirtualMachine;
+}
+
+bool IsVirtual(TCollection& collection) {
+    const ISystemFiles& files = collection.GetFiles();
+    if (IsControlDomain(files)) {
+        return false;
+    }
+    const auto& processors = collection.GetLogicalProcessors();
+    return (!processors.empty() && processors.front().isUnderHypervisor) ||
+           IsVirtualByFirmware(collection.GetSmbios()) || ReadAttribute(files, hypervisorType) ||
+           collection.GetCalls().HypervisorSignature();
+}
+
+// "Virtual machine, KVM".
+std::string DescribeVirtualMachine(TCollection& collection) {
+    std::string_view name;
+    if (const auto signature = collection.GetCalls().HypervisorSignature()) {
+        const THypervisor* hypervisor = FindHypervisor(*signature);
+        name = hypervisor != nullptr ? hypervisor->name : "";
+    }
+    if (name.empty() && ReadAttribute(collection.GetFiles(), hypervisorType) == "xen") {
+        name = "Xen";
+    }
+    return std::string(virtualMachine) + (name.empty() ? "" : ", " + std::string(name));
+}
+
 void FillIn(std::optional<std::string>& part, std::optional<std::string>&& found) {
     if (!part) {
         part = std::move(found);
@@ -220,7 +292,9 @@ TMachineIdentity ReadMachineIdentity(TCollection& collection) {
         FillIn(known.description, std::move(found.description));
     }
     return {std::move(known.manufacturer), std::move(*known.product), std::move(known.serial),
-            std::move(known.uuid), known.description.value_or("Computer system")};
+            std::move(known.uuid),
+            IsVirtual(collection) ? DescribeVirtualMachine(collection)
+                                  : known.description.value_or("Computer system")};
 }
 
 }  // namespace NVORHOST

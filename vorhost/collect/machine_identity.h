@@ -16,7 +16,9 @@ struct TMachineIdentity {
     std::string product;  ///< never empty
     std::optional<std::string> serial;
     std::optional<std::string> uuid;  ///< canonical text, upper case
-    std::string description;          ///< what kind of machine; never empty
+    /// The kind of machine, never empty: "Computer system, Tower"; "Virtual machine, KVM" also where the
+    /// firmware has a chassis.
+    std::string description;
 };
 
 /// Sources, in this order: SMBIOS table, the kernel's excerpt of it (which every user may read), device tree,

@@ -31,7 +31,11 @@ constexpr TRow rows[] = {
     {"cpu family", [](auto& cpu, auto value) { cpu.family = value; }},
     {"model", [](auto& cpu, auto value) { cpu.modelNumber = value; }},
     {"stepping", [](auto& cpu, auto value) { cpu.stepping = value; }},
-    {"flags", [](auto& cpu, auto value) { cpu.isLongModeCapable = HasWord(value, "lm"); }},
+    {"flags",
+     [](auto& cpu, auto value) {
+         cpu.isLongModeCapable = HasWord(value, "lm");
+         cpu.isUnderHypervisor = HasWord(value, "hypervisor");
+     }},
 };
 
 }  // namespace

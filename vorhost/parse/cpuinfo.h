@@ -19,6 +19,7 @@ struct TLogicalProcessor {
     std::string modelNumber;                 ///< "model", decimal text
     std::string stepping;                    ///< "stepping", decimal text
     std::optional<bool> isLongModeCapable;   ///< "flags" hold "lm"; absent without that line
+    bool isUnderHypervisor = false;          ///< "flags" hold "hypervisor"
 };
 
 /// Shape:  blocks of "name : value" lines; a block starts at its "processor" line.

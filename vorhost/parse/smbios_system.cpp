@@ -90,14 +90,19 @@ std::optional<std::string> FormatSmbiosUuid(std::string_view bytes, TSmbiosVersi
     return IsPlaceholderUuid(text) ? std::nullopt : std::optional(text);
 }
 
-TSmbiosSystem ParseSmbiosSystem(const TSmbiosStructure& structure, TSmbiosVersion version) {
+TSmbiosFirmware ParseSmbiosFirmware(const TSmbiosStructure& structure) {
+    constexpr unsigned isVirtualMachine = 0x10;
+    return {.isVirtualMachine = (structure.GetFields().GetByte(0x13).value_or(0) & isVirtualMachine) != 0};
+}
+
+TSmbiosSystem ParseSmbiosSystem(const TSmbiosStructure& structure, std::optional<TSmbiosVersion> version) {
     const auto uuid = structure.GetFields().GetRange(0x08, uuidSize);
     return {
         .manufacturer = structure.GetText(0x04),
         .product = structure.GetText(0x05),
         .version = structure.GetText(0x06),
         .serial = structure.GetText(0x07),
-        .uuid = uuid ? FormatSmbiosUuid(*uuid, version) : std::nullopt,
+        .uuid = uuid && version ? FormatSmbiosUuid(*uuid, *version) : std::nullopt,
     };
 }
 

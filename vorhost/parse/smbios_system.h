@@ -1,4 +1,4 @@
-// SMBIOS structures that say what machine this is: system (type 1), baseboard (2) and chassis (3).
+// SMBIOS structures that identify the machine: firmware (type 0), system (1), baseboard (2) and chassis (3).
 #pragma once
 
 #include "vorhost/parse/smbios_table.h"
@@ -11,13 +11,19 @@
 
 namespace NVORHOST {
 
+/// Type 0.
+struct TSmbiosFirmware {
+    bool isVirtualMachine = false;  ///< 13h bit 4
+};
+
 /// Type 1. Texts are the firmware's, placeholders included.
 struct TSmbiosSystem {
     std::optional<std::string> manufacturer;  ///< 04h
     std::optional<std::string> product;       ///< 05h
     std::optional<std::string> version;       ///< 06h
     std::optional<std::string> serial;        ///< 07h
-    /// 08h in the canonical form, upper case. Absent when it is not set (all FFh) or not present (all 00h).
+    /// 08h in the canonical form, upper case. Absent when it is not set (all FFh) or not present (all 00h),
+    /// and without a version, which the order of its bytes depends on.
     std::optional<std::string> uuid;
 };
 
@@ -43,8 +49,9 @@ struct TSmbiosChassis {
 };
 
 /// `structure` must be of the type named. A field past the structure's length is absent.
-/// Source: DSP0134, 7.2 to 7.4.
-TSmbiosSystem ParseSmbiosSystem(const TSmbiosStructure& structure, TSmbiosVersion version);
+/// Source: DSP0134, 7.1 to 7.4.
+TSmbiosFirmware ParseSmbiosFirmware(const TSmbiosStructure& structure);
+TSmbiosSystem ParseSmbiosSystem(const TSmbiosStructure& structure, std::optional<TSmbiosVersion> version);
 TSmbiosBoard ParseSmbiosBoard(const TSmbiosStructure& structure);
 TSmbiosChassis ParseSmbiosChassis(const TSmbiosStructure& structure);
 
