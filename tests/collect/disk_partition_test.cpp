@@ -30,12 +30,13 @@ std::string MultipathSet() {
 
 TEST(DiskPartitions, OfAMultipathSetAreListedOnceOnTheSet) {
     TCollected collected;
-    Collect(MultipathSet() +
-                "/sys/block/dm-1/dm/name = my\\x20set-part1\n/sys/block/dm-1/dm/uuid = part1-mpath-3600a0980\n"
-                "/sys/block/dm-1/size = 4096\n/sys/block/dm-1/dev = 253:1\n"
-                "/run/udev/data/b253:1:\n| E:ID_PART_ENTRY_UUID=1234-01\n| E:ID_PART_ENTRY_SCHEME=dos\n"
-                "| E:ID_PART_ENTRY_TYPE=0x83\n",
-            collected);
+    Collect(
+        MultipathSet() +
+            "/sys/block/dm-1/dm/name = my\\x20set-part1\n/sys/block/dm-1/dm/uuid = part1-mpath-3600a0980\n"
+            "/sys/block/dm-1/size = 4096\n/sys/block/dm-1/dev = 253:1\n"
+            "/run/udev/data/b253:1:\n| E:ID_PART_ENTRY_UUID=1234-01\n| E:ID_PART_ENTRY_SCHEME=dos\n"
+            "| E:ID_PART_ENTRY_TYPE=0x83\n",
+        collected);
     EXPECT_THAT(collected.GetAll(partition, "DeviceID"), ElementsAre("1234-01"));
     EXPECT_THAT(collected.GetAll(partition, "ElementName"), ElementsAre("dm-1"));
     EXPECT_THAT(collected.GetAll(partition, "Description"), ElementsAre("DOS partition 1 of my set"));
@@ -58,15 +59,16 @@ TEST(DiskPartitions, OfOtherDisksAreNotTakenForThoseOfASet) {
 
 TEST(DiskPartitions, OfACachedDiskAreListedAndTheCachedDiskIsNot) {
     TCollected collected;
-    Collect("/sys/block/bcache0 -> ../devices/virtual/block/bcache0\n"
-            "/sys/devices/virtual/block/bcache0/size = 8192\n"
-            "/sys/devices/virtual/block/bcache0/queue/logical_block_size = 512\n"
-            "/sys/devices/virtual/block/bcache0/bcache/backing_dev_uuid = 11111111-2222\n"
-            "/sys/devices/virtual/block/bcache0/slaves/sda -> ../../../../../block/sda\n"
-            "/sys/devices/virtual/block/bcache0/bcache0p1/partition = 1\n"
-            "/sys/devices/virtual/block/bcache0/bcache0p1/size = 4096\n"
-            "/sys/block/sda/device/state = running\n",
-            collected);
+    Collect(
+        "/sys/block/bcache0 -> ../devices/virtual/block/bcache0\n"
+        "/sys/devices/virtual/block/bcache0/size = 8192\n"
+        "/sys/devices/virtual/block/bcache0/queue/logical_block_size = 512\n"
+        "/sys/devices/virtual/block/bcache0/bcache/backing_dev_uuid = 11111111-2222\n"
+        "/sys/devices/virtual/block/bcache0/slaves/sda -> ../../../../../block/sda\n"
+        "/sys/devices/virtual/block/bcache0/bcache0p1/partition = 1\n"
+        "/sys/devices/virtual/block/bcache0/bcache0p1/size = 4096\n"
+        "/sys/block/sda/device/state = running\n",
+        collected);
     EXPECT_THAT(collected.GetAll(partition, "ElementName"), ElementsAre("bcache0p1"));
     EXPECT_THAT(collected.GetAll(partition, "DeviceID"), ElementsAre("11111111-2222-part1"));
     EXPECT_THAT(collected.GetAll(partition, "Description"), ElementsAre("Partition 1 of bcache0"));

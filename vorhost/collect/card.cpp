@@ -2,6 +2,7 @@
 
 #include "vorhost/collect/attribute.h"
 #include "vorhost/collect/collection.h"
+#include "vorhost/collect/dmi_folder.h"
 #include "vorhost/collect/keyed_records.h"
 #include "vorhost/collect/named_place.h"
 #include "vorhost/parse/placeholders.h"
@@ -39,9 +40,11 @@ constexpr TClassShape classes[] = {
     MakeShape<TCard, cardRows>("KELSG_Card"),
 };
 
-constexpr auto sourcePatterns = Join(smbiosSources, std::array<TSourcePattern, 2>{
+constexpr auto sourcePatterns = Join(smbiosSources, std::array<TSourcePattern, 4>{
                                                         "/sys/class/dmi/id",
                                                         "/sys/class/dmi/id/board_*",
+                                                        "/sys/devices/virtual/dmi/id",
+                                                        "/sys/devices/virtual/dmi/id/board_*",
                                                     });
 
 constexpr std::string_view boardWord = "Baseboard";
@@ -139,12 +142,13 @@ std::vector<TSmbiosBoard> ReadTable(TCollection& collection) {
 // The kernel keeps the texts of the first board. Machines without one have the files too, empty or not at
 // all.
 std::vector<TSmbiosBoard> ReadExcerpt(const ISystemFiles& files) {
-    const auto read = [&](std::string_view name) {
-        return ReadAttribute(files, "/sys/class/dmi/id/board_" + std::string(name));
-    };
-    if (!files.Exists("/sys/class/dmi/id")) {
+    const std::string folder(FindDmiFolder(files));
+    if (folder.empty()) {
         return {};
     }
+    const auto read = [&](std::string_view name) {
+        return ReadAttribute(files, folder + "/board_" + std::string(name));
+    };
     TSmbiosBoard board;
     board.manufacturer = read("vendor");
     board.product = read("name");

@@ -32,9 +32,11 @@ constexpr TClassShape classes[] = {
     MakeShape<TComputerSystem, computerSystemRows>("KELSG_ComputerSystem"),
 };
 
-constexpr auto sourcePatterns = Join(smbiosSources, std::array<TSourcePattern, 9>{
+constexpr auto sourcePatterns = Join(smbiosSources, std::array<TSourcePattern, 11>{
                                                         "/sys/class/dmi/id",
                                                         "/sys/class/dmi/id/*",
+                                                        "/sys/devices/virtual/dmi/id",
+                                                        "/sys/devices/virtual/dmi/id/*",
                                                         "/proc/device-tree",
                                                         "/proc/device-tree/*",
                                                         "/sys/hypervisor/type",

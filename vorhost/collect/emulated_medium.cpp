@@ -22,11 +22,11 @@ constexpr std::string_view emulatedModels[] = {
     "Virtual HD",
     "Virtual Media",
     "Virtual USB",
-    "iDRAC",            // "LCDRIVE", "OEMDRV", "SECUPD" and the virtual drives
-    "iLO LUN",          // "iLO LUN 00 Media 0": the controller's own flash memory
-    "CIMC-Mapped v",    // "vDVD", "vHDD", "vFDD" of images on the network
-    "vKVM-Mapped v",    // the same of images that the console sends
-    "File-CD Gadget",   // defaults of the Linux gadget driver, which runs on many controllers
+    "iDRAC",           // "LCDRIVE", "OEMDRV", "SECUPD" and the virtual drives
+    "iLO LUN",         // "iLO LUN 00 Media 0": the controller's own flash memory
+    "CIMC-Mapped v",   // "vDVD", "vHDD", "vFDD" of images on the network
+    "vKVM-Mapped v",   // the same of images that the console sends
+    "File-CD Gadget",  // defaults of the Linux gadget driver, which runs on many controllers
     "File-Stor Gadget",
 };
 

@@ -9,8 +9,9 @@
 
 namespace NVORHOST {
 
-/// True when the texts of the drive or the vendor of its USB device belong to a management controller. `model`
-/// is that of ReadScsiModel. Drives on other buses are none; without a device path the texts alone decide.
+/// True when the texts of the drive or the vendor of its USB device belong to a management controller.
+/// `model` is that of ReadScsiModel. Drives on other buses are none; without a device path the texts alone
+/// decide.
 bool IsEmulatedMedium(const TScsiDevice& device, const std::optional<std::string>& model);
 
 }  // namespace NVORHOST

@@ -2,6 +2,7 @@
 
 #include "vorhost/collect/attribute.h"
 #include "vorhost/collect/collection.h"
+#include "vorhost/collect/dmi_folder.h"
 #include "vorhost/parse/acpi_table.h"
 #include "vorhost/parse/device_tree.h"
 #include "vorhost/parse/placeholders.h"
@@ -60,7 +61,10 @@ std::optional<std::string> ReadUuid(const ISystemFiles& files, std::string_view 
     return uuid && !IsPlaceholderUuid(*uuid) ? std::optional(ToUpperCase(std::move(*uuid))) : std::nullopt;
 }
 
-constexpr std::string_view uuidFile = "/sys/class/dmi/id/product_uuid";
+std::optional<std::string> ReadDmiUuid(const ISystemFiles& files) {
+    const std::string folder(FindDmiFolder(files));
+    return folder.empty() ? std::nullopt : ReadUuid(files, folder + "/product_uuid");
+}
 
 // A blade's number and that of its enclosure differ: with several chassis none of them is the machine's.
 std::optional<std::string> FindOnlyChassisSerial(const TSmbiosSource& smbios) {
@@ -81,7 +85,7 @@ TIdentityParts FromSmbios(TCollection& collection) {
         texts.product = std::move(system.product);
         texts.serial = std::move(system.serial);
         // The version decides the order of the UUID's bytes; without it only the kernel knows the order.
-        texts.uuid = smbios.GetVersion() ? std::move(system.uuid) : ReadUuid(collection.GetFiles(), uuidFile);
+        texts.uuid = smbios.GetVersion() ? std::move(system.uuid) : ReadDmiUuid(collection.GetFiles());
     }
     if (const TSmbiosStructure* structure = smbios.FindFirst(2)) {
         TSmbiosBoard board = ParseSmbiosBoard(*structure);
@@ -97,25 +101,25 @@ TIdentityParts FromSmbios(TCollection& collection) {
 
 TIdentityParts FromDmiClass(TCollection& collection) {
     const ISystemFiles& files = collection.GetFiles();
-    const auto read = [&](std::string_view name) {
-        return ReadAttribute(files, "/sys/class/dmi/id/" + std::string(name));
-    };
-    if (!files.Exists("/sys/class/dmi/id")) {
+    const std::string folder(FindDmiFolder(files));
+    if (folder.empty()) {
         return {};
     }
+    const auto read = [&](std::string_view name) {
+        return ReadAttribute(files, folder + "/" + std::string(name));
+    };
     TFirmwareTexts texts;
     texts.manufacturer = read("sys_vendor");
     texts.product = read("product_name");
     texts.serial = read("product_serial");
-    texts.uuid = ReadUuid(files, uuidFile);
+    texts.uuid = ReadDmiUuid(files);
     texts.boardManufacturer = read("board_vendor");
     texts.boardProduct = read("board_name");
-    if (collection.GetSmbios()
-            .GetStructures()
-            .empty()) {  // else the table has told how many chassis there are
+    // A table tells how many chassis there are, and FromSmbios has read it.
+    if (collection.GetSmbios().GetStructures().empty()) {
         texts.chassisSerial = read("chassis_serial");
     }
-    texts.chassisKind = ReadNumber<std::uint8_t>(files, "/sys/class/dmi/id/chassis_type");
+    texts.chassisKind = ReadNumber<std::uint8_t>(files, folder + "/chassis_type");
     return FromFirmwareTexts(std::move(texts));
 }
 

@@ -12,8 +12,8 @@ namespace NVORHOST {
 /// "release" when it is a number.
 TOsRelease ParseRedHatRelease(std::string_view text);
 
-/// Reads "SUSE Linux Enterprise Server 11 (x86_64)" and the lines "VERSION = 11" and "PATCHLEVEL = 3" after it:
-/// version "11.3", or "11" without a patch level or with level 0.
+/// Reads "SUSE Linux Enterprise Server 11 (x86_64)" and the lines "VERSION = 11" and "PATCHLEVEL = 3" after
+/// it: version "11.3", or "11" without a patch level or with level 0.
 TOsRelease ParseSuseRelease(std::string_view text);
 
 /// Reads "7.8" as "Debian GNU/Linux 7.8" with version "7.8", and "wheezy/sid" as a name without a version.
