@@ -1,5 +1,6 @@
 """Collects a machine from its captured tree and reads the namespace back."""
 
+import pathlib
 import subprocess
 import xml.etree.ElementTree as ElementTree
 
@@ -10,6 +11,9 @@ class CollectionFailed(Exception):
 
 def collect(vorhost, sysroot):
     """The instances of every class, in order, each as {property: text or list of texts}."""
+    root = pathlib.Path(sysroot)
+    if not (root / "proc").is_dir() and not (root / "sys").is_dir():
+        (root / "proc").mkdir()  # a release file alone is no machine's tree to the program
     try:
         run = subprocess.run([vorhost, "snapshot", "--sysroot", str(sysroot), "-"], capture_output=True, check=True,
                              timeout=60)
