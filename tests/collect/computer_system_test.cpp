@@ -195,7 +195,7 @@ std::string Description(const std::string& tree) {
     return collected.Get(computer, "Description");
 }
 
-TEST(ComputerSystem, IsAVirtualMachineByTheProcessorsFlagWhateverTheFirmwareNames) {
+TEST(ComputerSystem, IsAVirtualMachineByTheProcessorsFlagAlsoWithAProductOfTheFirmware) {
     const std::string tree = Table("| 1: 01 02 00 00 \"Maker\" \"Product\"\n" + std::string(chassis)) +
                              "/proc/cpuinfo:\n| processor : 0\n| flags : fpu lm";
     EXPECT_EQ(Description(tree + " hypervisor\n"), "Virtual machine");

@@ -75,7 +75,7 @@ TEST(Processors, AreOkWhenTheKernelHasThemOnlineThoughTheFirmwareCallsThemIdle) 
                 ElementsAre("{2}", "{2}"));
 }
 
-TEST(Processors, AreDormantOnlyWithoutTheKernelsWord) {
+TEST(Processors, AreDormantOnlyWhereTheKernelHasNoPackageForThem) {
     const std::string sockets = Sockets(SocketWithStatus("A", "41") + SocketWithStatus("B", "44"));
     EXPECT_THAT(Statuses(sockets), ElementsAre("{2}", "{15}"));
     EXPECT_THAT(Statuses(sockets + Package(0, 0, 3000)), ElementsAre("{2}", "{15}"));

@@ -115,7 +115,7 @@ TIdentityParts FromDmiClass(TCollection& collection) {
     texts.uuid = ReadDmiUuid(files);
     texts.boardManufacturer = read("board_vendor");
     texts.boardProduct = read("board_name");
-    // A table tells how many chassis there are, and FromSmbios has read it.
+    // FromSmbios has read the table, which has the number of chassis.
     if (collection.GetSmbios().GetStructures().empty()) {
         texts.chassisSerial = read("chassis_serial");
     }

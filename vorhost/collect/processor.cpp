@@ -183,8 +183,7 @@ std::vector<std::optional<TProcessorPackage>> MatchPackages(const ISystemFiles& 
         std::ranges::copy(packages, matches.begin());
         return matches;
     }
-    // Packages that are offline as a whole are hidden. The ids of the others tell which, when each is that of
-    // a socket.
+    // Packages that are offline as a whole are hidden. The ids of the others give theirs.
     const bool areNumbersOfSockets = std::ranges::all_of(
         packages, [&](const TProcessorPackage& package) { return package.id < socketCount; });
     if (packages.empty() || !areNumbersOfSockets || !HasHiddenPackage(files)) {

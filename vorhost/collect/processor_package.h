@@ -24,7 +24,7 @@ struct TProcessorPackage {
 };
 
 /// In the order of their ids. A package whose processors are all offline is missing where the kernel hides
-/// the topology of such processors; HasHiddenPackage tells of those.
+/// the topology of such processors; HasHiddenPackage detects this.
 std::vector<TProcessorPackage> ReadProcessorPackages(TCollection& collection);
 
 /// True where a processor is offline and sysfs does not have its package.

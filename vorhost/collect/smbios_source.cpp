@@ -8,7 +8,7 @@ TSmbiosSource::TSmbiosSource(const ISystemFiles& files)
     : bytes_(files.ReadText("/sys/firmware/dmi/tables/DMI").value),
       structures_(ParseSmbiosTable(bytes_)),
       flaw_(FindSmbiosTableFlaw(bytes_)) {
-    // A shorter structure would tell of a device that nobody described, with a size made of foreign bytes.
+    // A collector would make a device of a shorter structure, with fields that the firmware never wrote.
     std::erase_if(structures_, [](const TSmbiosStructure& row) { return !row.HasMinimumLength(); });
     if (!structures_.empty()) {
         const auto entryPoint = files.ReadText("/sys/firmware/dmi/tables/smbios_entry_point");
