@@ -8,10 +8,11 @@
 // Kinds: open (and openat2 by itself), create, mkdir, list, readlink, stat, read, write, close, rename,
 // chmod, unlink, sync, lock, chdir. In place of an error, read and write take "SHORT": half of what was asked
 // for is done, and said to be; write takes "FULL": it lacks its last byte, and every later one fails with
-// ENOSPC. With "KILL" the program is killed before the call, with "TERM" it gets that signal and goes on. A
-// close that fails has closed, as those of the kernel have. Only the functions that the program and its
-// libraries call are here; a call that comes through another one is not counted, and the table of the test
-// then misses it.
+// ENOSPC. With "KILL" the program is killed before the call, with "TERM" it gets that signal and goes on.
+// With "BLOCK" the call does not return, with "LATE" it returns after a second, and "ENDLESS" makes a file of
+// read, or a folder of list, go on for ever. A close that fails has closed, as those of the kernel have. Only
+// the functions that the program and its libraries call are here; a call that comes through another one is
+// not counted, and the table of the test then misses it.
 //
 // The names and the untyped arguments are those of the C library; the environment is read once, at the first
 // call.
@@ -49,6 +50,9 @@ constexpr int terminated = -4;
 constexpr int doneByNobody = -5;
 constexpr int cutWithNames = -6;
 constexpr int cutWithoutNames = -7;
+constexpr int blocked = -8;
+constexpr int late = -9;
+constexpr int endless = -10;
 
 struct TErrorName {
     std::string_view name;
@@ -63,10 +67,12 @@ constexpr TErrorName errorNames[] = {
     {"FULL", fullDisk},    {"KILL", killed},
     {"TERM", terminated},  {"DONE", doneByNobody},
     {"CUT", cutWithNames}, {"CUTNAMES", cutWithoutNames},
+    {"ENOMEM", ENOMEM},    {"BLOCK", blocked},
+    {"LATE", late},        {"ENDLESS", endless},
 };
 
 // What was done of the call that a fault met.
-enum class EFate { passes, fails, isHalved, lacksItsLastByte, isOnlySaid };
+enum class EFate { passes, fails, isHalved, lacksItsLastByte, isOnlySaid, isEndless };
 
 std::string_view Environment(const char* name) {
     const char* const value = std::getenv(name);
@@ -158,8 +164,15 @@ class TFault {
         if (error_ == doneByNobody) {
             return EFate::isOnlySaid;
         }
-        if (error_ == shortCount) {
-            return EFate::isHalved;
+        if (error_ == blocked) {
+            BlockForEver();
+        }
+        if (error_ == late) {
+            ::sleep(1);
+            return EFate::passes;
+        }
+        if (error_ == shortCount || error_ == endless) {
+            return error_ == endless ? EFate::isEndless : EFate::isHalved;
         }
         if (error_ == fullDisk && count == number_) {
             return EFate::lacksItsLastByte;
@@ -169,6 +182,16 @@ class TFault {
     }
 
   private:
+    // As a call that the kernel holds: no signal but SIGKILL has an effect.
+    [[noreturn]] static void BlockForEver() {
+        sigset_t all;
+        ::sigfillset(&all);
+        (void)::pthread_sigmask(SIG_BLOCK, &all, nullptr);
+        for (;;) {
+            ::pause();
+        }
+    }
+
     bool IsWatched(std::string_view path) const {
         std::string_view paths = paths_;
         while (!paths.empty()) {
@@ -311,12 +334,35 @@ NOXINFO_PRELOADED int mkdirat(int directory, const char* path, mode_t mode) noex
                                                               : NOXINFO_NEXT(mkdirat)(directory, path, mode);
 }
 
+// The folder that a fault has made endless: asking for its path with each of a million entries takes long.
+static const DIR* endlessFolder = nullptr;
+
+NOXINFO_PRELOADED int closedir(DIR* folder) {
+    if (folder == endlessFolder) {
+        endlessFolder = nullptr;
+    }
+    return NOXINFO_NEXT(closedir)(folder);
+}
+
 NOXINFO_PRELOADED DIR* fdopendir(int descriptor) {
     return MeetDescriptor("list", descriptor) == EFate::fails ? nullptr : NOXINFO_NEXT(fdopendir)(descriptor);
 }
 
 NOXINFO_PRELOADED struct dirent* readdir(DIR* folder) {
-    return MeetDescriptor("list", dirfd(folder)) == EFate::fails ? nullptr : NOXINFO_NEXT(readdir)(folder);
+    static struct dirent endlessEntry {};
+    if (folder == endlessFolder) {
+        return &endlessEntry;
+    }
+    switch (MeetDescriptor("list", dirfd(folder))) {
+        case EFate::fails:
+            return nullptr;
+        case EFate::isEndless:
+            std::strcpy(endlessEntry.d_name, "endless");
+            endlessFolder = folder;
+            return &endlessEntry;
+        default:
+            return NOXINFO_NEXT(readdir)(folder);
+    }
 }
 
 NOXINFO_PRELOADED ssize_t readlinkat(int directory, const char* path, char* target,
@@ -328,6 +374,10 @@ NOXINFO_PRELOADED ssize_t readlinkat(int directory, const char* path, char* targ
 
 NOXINFO_PRELOADED ssize_t read(int descriptor, void* bytes, std::size_t size) {
     const EFate fate = MeetDescriptor("read", descriptor);
+    if (fate == EFate::isEndless) {
+        std::memset(bytes, 'x', size);
+        return static_cast<ssize_t>(size);
+    }
     return fate == EFate::fails ? -1 : NOXINFO_NEXT(read)(descriptor, bytes, SizeLeft(fate, size));
 }
 

@@ -3,6 +3,7 @@
 #include "faulted_run.h"
 #include "machine_on_disk.h"
 #include "tests/cli/temporary_directory.h"
+#include "vorhost/collect/essential_sources.h"
 
 #include <gtest/gtest.h>
 
@@ -111,6 +112,13 @@ TEST_P(TErrorsOfMachines, EndTheCollectionOrAreTold) {
                        ? ""
                        : "does not end, but says " + run.result.standardError;
         }
+        if (NVORHOST::IsEssentialSource(path)) {
+            return run.result.status == 1 && run.result.standardError == "vorhost: cannot collect from " +
+                                                                             Tree() + ": " + path +
+                                                                             ": Input/output error\n"
+                       ? ""
+                       : "is essential, but says " + run.result.standardError;
+        }
         if (run.result.status != 0 || !Document().ends_with("</ResourceCollection>\n")) {
             return "ends: " + run.result.standardError;
         }
@@ -126,6 +134,39 @@ TEST_P(TErrorsOfMachines, EndTheCollectionOrAreTold) {
 
 INSTANTIATE_TEST_SUITE_P(Call, TErrorsOfMachines, testing::Values("open", "list", "readlink", "read"),
                          [](const auto& value) { return std::string(value.param); });
+
+class TExhaustionOfMachines : public TMachineFaults {
+  protected:
+    // What was not read for lack of a resource may be there: an inventory without it must not replace
+    // another.
+    void ExpectTheEnd(const char* error, const std::string& text) const {
+        FailEachCall(error, [&](const TFaultedRun& run) -> std::string {
+            if (run.result.status != 1 || Document() != faultless_) {
+                return "does not end: " + run.result.standardError;
+            }
+            return run.result.standardError.starts_with("vorhost: cannot collect from " + Tree()) &&
+                           run.result.standardError.ends_with(": " + text + "\n")
+                       ? ""
+                       : "says " + run.result.standardError;
+        });
+    }
+};
+
+class TDescriptorsOfMachines : public TExhaustionOfMachines {};
+
+TEST_P(TDescriptorsOfMachines, EndTheCollectionWhenThereAreNoMore) {
+    ExpectTheEnd("EMFILE", "Too many open files");
+}
+
+INSTANTIATE_TEST_SUITE_P(Call, TDescriptorsOfMachines, testing::Values("open"));
+
+class TMemoryOfMachines : public TExhaustionOfMachines {};
+
+TEST_P(TMemoryOfMachines, EndsTheCollectionWhenThereIsNoMore) {
+    ExpectTheEnd("ENOMEM", "Cannot allocate memory");
+}
+
+INSTANTIATE_TEST_SUITE_P(Call, TMemoryOfMachines, testing::Values("list"));
 
 class TReadsOfMachines : public TMachineFaults {};
 

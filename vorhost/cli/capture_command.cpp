@@ -1,16 +1,15 @@
 #include "vorhost/cli/capture_command.h"
 
 #include "vorhost/capture/archive.h"
-#include "vorhost/capture/capturing_files.h"
-#include "vorhost/capture/capturing_system_calls.h"
 #include "vorhost/capture/redaction.h"
 #include "vorhost/cli/log_sinks.h"
-#include "vorhost/cli/machine_door.h"
 #include "vorhost/cli/namespace_source.h"
 #include "vorhost/cli/output_file.h"
 #include "vorhost/cli/run_failure.h"
 #include "vorhost/cli/summary.h"
 #include "vorhost/services/host_settings.h"
+
+#include <iostream>
 
 namespace NVORHOST {
 namespace {
@@ -23,10 +22,7 @@ void ApplySettings(const TSourceOptions& options) {
 
 TCaptureSummary Summarise(const TNamespaceSource& source, const TCapturedTree& tree) {
     TCaptureSummary summary;
-    summary.failedCollectors = source.failedCollectors;
-    summary.deniedSources = source.deniedSources;
-    summary.failedSources = source.failedSources;
-    summary.warnings = source.warnings;
+    summary.gaps = source.gaps;
     summary.replacedBytes = source.replacedBytes;
     for (const auto& [path, node] : tree.GetNodes()) {
         summary.files += node.kind == TCapturedTree::EKind::file ? 1U : 0U;
@@ -46,21 +42,18 @@ void RequireNothingLeft(const TRedactedMachine& redacted, const TCapturedTree& t
 
 }  // namespace
 
-void RunCapture(const TCaptureOptions& options, std::ostream& out) {
+EExitStatus RunCapture(const TCaptureOptions& options, std::ostream& out) {
     const TOutputPlace place = FindOutputPlace(options.file, options.source.logFile);
     const TLogSinks sinks(options.source);
     ApplySettings(options.source);
-    const TMachineDoor machine(options.source);
-    const TCapturingFiles files(machine.GetFiles());
-    const TCapturingSystemCalls calls(machine.GetCalls());
-    const auto localTime = machine.GetLocalTime();
-    const TNamespaceSource source = CollectNamespace(files, calls, localTime, options.source.collectors);
+    TRecordedMachine machine;
+    const TNamespaceSource source = RecordMachine(options.source, machine);
 
-    TCapturedTree tree = files.GetTree();
-    TCapturedAnswers answers = calls.GetAnswers();
-    answers.refusals = files.FindRefusals();
-    if (localTime) {
-        answers.localTime = localTime->ToString();
+    TCapturedTree tree = machine.files.GetTree();
+    TCapturedAnswers& answers = machine.answers;
+    answers.refusals = machine.files.FindRefusals();
+    if (source.localTime) {
+        answers.localTime = source.localTime->ToString();
     }
     std::optional<TRedactedMachine> redacted;
     if (options.redacts) {
@@ -75,11 +68,14 @@ void RunCapture(const TCaptureOptions& options, std::ostream& out) {
     sinks.RequireWritten();
     WriteOutputFile(place, options.file, options.source.syncs,
                     [&tree](std::ostream& file) { WriteArchive(tree, file); });
-    if (!place.IsStandardOutput()) {
-        summary.origin = machine.Describe();
+    if (place.IsStandardOutput()) {
+        PrintTroubles(summary.gaps, summary.replacedBytes, std::cerr);
+    } else {
+        summary.origin = source.origin;
         summary.file = options.file;
         PrintCaptureSummary(summary, out);
     }
+    return StatusOf(source.gaps, options.source);
 }
 
 }  // namespace NVORHOST

@@ -7,8 +7,9 @@
 
 namespace NVORHOST {
 
-/// Runs the collectors, packs what they read, and prints a summary to `out` unless the archive goes there.
+/// Runs the collectors, packs what they read, and prints a summary to `out`; when the archive goes there,
+/// the sources that could not be read are printed to standard error.
 /// Throws TRunFailure when the machine is not there or the archive cannot be written.
-void RunCapture(const TCaptureOptions& options, std::ostream& out);
+EExitStatus RunCapture(const TCaptureOptions& options, std::ostream& out);
 
 }  // namespace NVORHOST

@@ -245,7 +245,7 @@ std::string DescribeCredential(const TPluginAnswer& answer, bool hasEntityServic
 
 }  // namespace
 
-void RunCollect(const TCollectOptions& options, std::ostream& out) {
+EExitStatus RunCollect(const TCollectOptions& options, std::ostream& out) {
     TStepClock clock;
     const TCollectOutputs outputs(options);
     const bool syncs = options.source.syncs;
@@ -283,14 +283,12 @@ void RunCollect(const TCollectOptions& options, std::ostream& out) {
     summary.origin = source.origin;
     summary.machine = DescribeMachine(*source.collected, *results.front());
     summary.credential = DescribeCredential(answer, !options.entityService.empty());
-    summary.failedCollectors = source.failedCollectors;
-    summary.deniedSources = source.deniedSources;
-    summary.failedSources = source.failedSources;
-    summary.warnings = source.warnings;
+    summary.gaps = source.gaps;
     summary.replacedBytes = source.replacedBytes;
     clock.Finish("finish");
     summary.times = clock.TakeTimes();
     PrintSummary(summary, out);
+    return StatusOf(source.gaps, options.source);
 }
 
 }  // namespace NVORHOST

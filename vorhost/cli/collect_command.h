@@ -8,6 +8,6 @@
 namespace NVORHOST {
 
 /// Runs the request and prints the summary to `out`. Throws TRunFailure.
-void RunCollect(const TCollectOptions& options, std::ostream& out);
+EExitStatus RunCollect(const TCollectOptions& options, std::ostream& out);
 
 }  // namespace NVORHOST

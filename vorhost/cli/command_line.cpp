@@ -10,6 +10,8 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <charconv>
+#include <chrono>
 #include <iostream>
 #include <iterator>
 #include <memory>
@@ -86,6 +88,21 @@ std::string ReadEntityService(const std::string& url) {
     return url;
 }
 
+// 0 is no deadline. More than a day is a mistake of units.
+std::optional<std::chrono::milliseconds> ReadDeadline(const std::string& text) {
+    constexpr double maxSeconds = 86400;
+    double seconds = -1;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
+    if (error != std::errc() || end != text.data() + text.size() ||
+        !(seconds >= 0 && seconds <= maxSeconds)) {
+        throw CLI::ValidationError("--deadline", "'" + text + "' is no number of seconds from 0 to 86400");
+    }
+    if (seconds == 0) {
+        return std::nullopt;
+    }
+    return std::chrono::ceil<std::chrono::milliseconds>(std::chrono::duration<double>(seconds));
+}
+
 // Splits "NAME,NAME"; every name must be a collector's.
 std::vector<std::string> ReadCollectorNames(const std::string& option, const std::string& list) {
     std::vector<std::string> names;
@@ -119,6 +136,12 @@ std::vector<CLI::Option*> AddMachineOptions(CLI::App& command, TSourceOptions& o
         AddCollectorNames(command, "--skip", options.collectors.skip, "Run every collector but these"),
         command.add_flag("--with-processes", options.collectors.withProcesses,
                          "Collect the running processes, too"),
+        command
+            .add_option_function<std::string>(
+                "--deadline", [&options](const std::string& text) { options.deadline = ReadDeadline(text); },
+                "Go on without the sources that have not answered after this time; 0 waits for all of them "
+                "(default: 10)")
+            ->type_name("SECONDS"),
     };
 }
 
@@ -132,6 +155,8 @@ void AddRunOptions(CLI::App& command, TSourceOptions& options) {
     command
         .add_option("--log-file", options.logFile, "Append every log line, as LEVEL MESSAGE, to this file")
         ->type_name("FILE");
+    command.add_flag("--strict", options.isStrict,
+                     "Exit with status 3 when a source could not be read, was denied or did not answer");
     command.add_flag("--verbose", options.verbose, "Print debug and warning lines to standard error");
     command.add_flag_callback(
         "--no-sync", [&options] { options.syncs = false; }, "Do not wait until the files are on the disk");

@@ -5,6 +5,7 @@
 #include "vorhost/collect/collector.h"
 #include "vorhost/services/host_settings.h"
 
+#include <chrono>
 #include <optional>
 #include <ostream>
 #include <string>
@@ -17,6 +18,7 @@ enum EExitStatus : int {
     eExitDone = 0,
     eExitFailed = 1,  ///< the request failed; one line on standard error says why
     eExitUsage = 2,   ///< the command line cannot be understood
+    eExitGaps = 3,    ///< with --strict: done, but some sources could not be read
 };
 
 /// Where the namespace comes from and where log lines go: common to all commands.
@@ -25,7 +27,10 @@ struct TSourceOptions {
     std::string sysroot = "/";
     std::optional<NKELVOR20::TCIMDateTime> localTime;
     TCollectorChoice collectors;
-    std::string logFile;  ///< empty: not given
+    /// How long sources may take to answer; absent: as long as they do.
+    std::optional<std::chrono::milliseconds> deadline = std::chrono::seconds(10);
+    bool isStrict = false;  ///< sources that could not be read make the exit status 3
+    std::string logFile;    ///< empty: not given
     bool verbose = false;
     bool syncs = true;  ///< files are on the disk before they replace earlier ones
 };

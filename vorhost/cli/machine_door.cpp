@@ -89,8 +89,16 @@ void RequireProcFileSystem() {
     }
 }
 
+bool IsLiveMachine(const TSourceOptions& options) {
+    return options.sysroot == liveRoot;
+}
+
+std::string DescribeMachine(const TSourceOptions& options) {
+    return IsLiveMachine(options) ? "this machine" : "tree " + options.sysroot;
+}
+
 TMachineDoor::TMachineDoor(const TSourceOptions& options)
-    : isLive_(options.sysroot == liveRoot), localTime_(options.localTime), rootedFiles_(options.sysroot) {
+    : isLive_(IsLiveMachine(options)), localTime_(options.localTime), rootedFiles_(options.sysroot) {
     RequireDirectory(options.sysroot);
     RequireOpen(rootedFiles_);
     if (!isLive_) {
@@ -99,10 +107,6 @@ TMachineDoor::TMachineDoor(const TSourceOptions& options)
         RequireAnswers(rootedFiles_, *capturedCalls_);
         capturedFiles_.emplace(rootedFiles_, capturedCalls_->GetAnswers());
     }
-}
-
-std::string TMachineDoor::Describe() const {
-    return isLive_ ? "this machine" : "tree " + rootedFiles_.GetRoot();
 }
 
 const ISystemFiles& TMachineDoor::GetFiles() const {

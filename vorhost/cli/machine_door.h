@@ -16,13 +16,16 @@ namespace NVORHOST {
 /// TRunFailure where it is missing.
 void RequireProcFileSystem();
 
+/// True for the running machine, false for a tree.
+bool IsLiveMachine(const TSourceOptions& options);
+/// The machine that the options name, for people: "this machine", "tree /x".
+std::string DescribeMachine(const TSourceOptions& options);
+
 class TMachineDoor {
   public:
     /// Throws TRunFailure when the tree is not there or cannot be read at all.
     explicit TMachineDoor(const TSourceOptions& options);
 
-    /// For people: "this machine", "tree /x".
-    std::string Describe() const;
     const ISystemFiles& GetFiles() const;
     const ISystemCalls& GetCalls() const;
     /// The moment of the collection: what the user says, else the clock, else when the tree was captured.

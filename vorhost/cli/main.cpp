@@ -27,22 +27,26 @@ using namespace NVORHOST;  // NOLINT(google-build-using-namespace): this unit is
 struct TRunCommand {
     int operator()(const TCollectOptions& options) const {
         RequireProcFileSystem();
-        return Print([&](std::ostream& out) { RunCollect(options, out); });
+        return PrintResult([&](std::ostream& out) { return RunCollect(options, out); });
     }
     int operator()(const TSnapshotOptions& options) const {
         RequireProcFileSystem();
-        RunSnapshot(options);
-        return eExitDone;
+        return PrintResult([&](std::ostream& out) { return RunSnapshot(options, out); });
     }
     int operator()(const TCaptureOptions& options) const {
         RequireProcFileSystem();
-        return Print([&](std::ostream& out) { RunCapture(options, out); });
+        return PrintResult([&](std::ostream& out) { return RunCapture(options, out); });
     }
     int operator()(const TCollectorsOptions&) const { return Print(ListCollectors); }
     int operator()(const TCompletionOptions&) const { return Print(WriteCompletion); }
     int operator()(const TEarlyExit& exit) const { return exit.status; }
 
   private:
+    static int PrintResult(const std::function<EExitStatus(std::ostream&)>& run) {
+        EExitStatus status = eExitDone;
+        WriteStandardOutput([&](std::ostream& out) { status = run(out); });
+        return status;
+    }
     static int Print(const std::function<void(std::ostream&)>& write) {
         WriteStandardOutput(write);
         return eExitDone;

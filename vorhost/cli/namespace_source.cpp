@@ -3,12 +3,13 @@
 #include "vorhost/cimxml/load.h"
 #include "vorhost/cli/machine_door.h"
 #include "vorhost/cli/run_failure.h"
-#include "vorhost/collect/collector.h"
-#include "vorhost/names/hardware_database.h"
+#include "vorhost/cli/supervised_collection.h"
 #include "vorhost/services/core_logger.h"
 
 #include <boost/make_shared.hpp>
 
+#include <algorithm>
+#include <iterator>
 #include <set>
 #include <string_view>
 
@@ -33,22 +34,29 @@ void LogWarning(std::string_view collector, const std::string& line) {
     TCoreLogger::Get().Log(warningLevel, "vorhost-" + std::string(collector) + ": " + line);
 }
 
-// `denied` and `failed` grow by what the report adds to them: several collectors may have asked for one
-// source.
-void LogReport(const TCollectReport& report, std::set<std::string>& denied, std::set<std::string>& failed) {
+// How often each source was told of does not matter: several collectors may have asked for it.
+struct TToldSources {
+    std::set<std::string> denied;
+    std::set<std::string> failed;
+    std::set<std::string> timedOut;
+};
+
+void LogSources(const TCollectReport& report, const std::vector<std::string>& sources,
+                const std::string& what, std::set<std::string>& told) {
+    for (const std::string& source : sources) {
+        if (told.insert(source).second) {
+            LogWarning(report.collector, what + source);
+        }
+    }
+}
+
+void LogReport(const TCollectReport& report, TToldSources& told) {
     if (!report.failure.empty()) {
         LogWarning(report.collector, "failed: " + report.failure);
     }
-    for (const std::string& source : report.deniedSources) {
-        if (denied.insert(source).second) {
-            LogWarning(report.collector, "may not read " + source);
-        }
-    }
-    for (const std::string& source : report.failedSources) {
-        if (failed.insert(source).second) {
-            LogWarning(report.collector, "cannot read " + source);
-        }
-    }
+    LogSources(report, report.deniedSources, "may not read ", told.denied);
+    LogSources(report, report.failedSources, "cannot read ", told.failed);
+    LogSources(report, report.timedOutSources, "no answer in time from ", told.timedOut);
     for (const std::string& note : report.notes) {
         LogWarning(report.collector, note);
     }
@@ -61,37 +69,44 @@ void LogReport(const TCollectReport& report, std::set<std::string>& denied, std:
     }
 }
 
-}  // namespace
+// Each process that reads a malformed source warns of it.
+void AddNew(const std::vector<std::string>& lines, std::vector<std::string>& all) {
+    std::ranges::copy_if(lines, std::back_inserter(all), [&all](const std::string& line) {
+        return std::ranges::find(all, line) == all.end();
+    });
+}
 
-TNamespaceSource CollectNamespace(const ISystemFiles& files, const ISystemCalls& calls,
-                                  const std::optional<NKELVOR20::TCIMDateTime>& localTime,
-                                  const TCollectorChoice& choice) {
+TNamespaceSource Summarise(const TSupervisedCollection& collection, const TSourceOptions& options) {
     TNamespaceSource source;
-    source.collected = boost::make_shared<TMemoryNamespace>();
-    const THardwareDatabase names;
-    const TCollectContext context{files, calls, *source.collected, localTime, &names};
-    std::set<std::string> denied;
-    std::set<std::string> failed;
-    for (const TCollectReport& report : CollectAll(context, ChooseCollectors(choice))) {
-        LogReport(report, denied, failed);
-        source.failedCollectors += report.failure.empty() ? 0U : 1U;
+    TToldSources told;
+    for (const TCollectReport& report : collection.reports) {
+        LogReport(report, told);
+        source.gaps.failedCollectors += report.failure.empty() ? 0U : 1U;
         source.replacedBytes += report.replacedBytes;
-        source.warnings.insert(source.warnings.end(), report.warnings.begin(), report.warnings.end());
+        AddNew(report.warnings, source.gaps.warnings);
     }
-    source.deniedSources.assign(denied.begin(), denied.end());
-    source.failedSources.assign(failed.begin(), failed.end());
+    source.gaps.deniedSources.assign(told.denied.begin(), told.denied.end());
+    source.gaps.failedSources.assign(told.failed.begin(), told.failed.end());
+    source.gaps.timedOutSources.assign(told.timedOut.begin(), told.timedOut.end());
+    source.origin = DescribeMachine(options);
+    source.localTime = collection.localTime;
     return source;
 }
+
+}  // namespace
 
 TNamespaceSource ObtainNamespace(const TSourceOptions& options) {
     if (!options.namespaceFile.empty()) {
         return LoadFile(options.namespaceFile);
     }
-    const TMachineDoor machine(options);
-    TNamespaceSource source =
-        CollectNamespace(machine.GetFiles(), machine.GetCalls(), machine.GetLocalTime(), options.collectors);
-    source.origin = machine.Describe();
+    const auto collected = boost::make_shared<TMemoryNamespace>();
+    TNamespaceSource source = Summarise(CollectSupervised(options, *collected), options);
+    source.collected = collected;
     return source;
+}
+
+TNamespaceSource RecordMachine(const TSourceOptions& options, TRecordedMachine& machine) {
+    return Summarise(RecordSupervised(options, machine), options);
 }
 
 }  // namespace NVORHOST

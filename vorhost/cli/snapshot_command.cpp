@@ -4,22 +4,25 @@
 #include "vorhost/cli/log_sinks.h"
 #include "vorhost/cli/namespace_source.h"
 #include "vorhost/cli/output_file.h"
+#include "vorhost/cli/summary.h"
 #include "vorhost/services/host_settings.h"
 
-#include <ostream>
+#include <iostream>
 
 namespace NVORHOST {
 
-void RunSnapshot(const TSnapshotOptions& options) {
-    const TOutputPlace file = FindOutputPlace(options.file, options.source.logFile);
+EExitStatus RunSnapshot(const TSnapshotOptions& options, std::ostream& out) {
+    const TOutputPlace place = FindOutputPlace(options.file, options.source.logFile);
     const TLogSinks sinks(options.source);
     THostSettings settings;
     settings.localTime = options.source.localTime;
     SetHostSettings(settings);
     const TNamespaceSource source = ObtainNamespace(options.source);
     sinks.RequireWritten();
-    WriteOutputFile(file, options.file, options.source.syncs,
-                    [&source](std::ostream& out) { SaveNamespace(*source.collected, out); });
+    WriteOutputFile(place, options.file, options.source.syncs,
+                    [&source](std::ostream& file) { SaveNamespace(*source.collected, file); });
+    PrintTroubles(source.gaps, source.replacedBytes, place.IsStandardOutput() ? std::cerr : out);
+    return StatusOf(source.gaps, options.source);
 }
 
 }  // namespace NVORHOST

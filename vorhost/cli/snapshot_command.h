@@ -3,9 +3,12 @@
 
 #include "vorhost/cli/command_line.h"
 
+#include <iosfwd>
+
 namespace NVORHOST {
 
-/// Throws TRunFailure.
-void RunSnapshot(const TSnapshotOptions& options);
+/// Prints the sources that could not be read to `out`, or to standard error when the snapshot goes to
+/// standard output. Throws TRunFailure.
+EExitStatus RunSnapshot(const TSnapshotOptions& options, std::ostream& out);
 
 }  // namespace NVORHOST

@@ -68,27 +68,32 @@ std::string DescribeTimes(const std::vector<TStepTime>& times) {
     return text.str();
 }
 
-// `TSummary` is that of a run or of a capture.
-template <typename TSummary>
-void PrintTroubles(const TSummary& summary, std::ostream& out) {
-    if (summary.failedCollectors != 0) {
+}  // namespace
+
+void PrintTroubles(const TSourceGaps& gaps, std::size_t replacedBytes, std::ostream& out) {
+    if (gaps.failedCollectors != 0) {
         PrintRow(out, "Failed",
-                 Count(summary.failedCollectors, "collector") + "; the log tells which (--verbose)");
+                 Count(gaps.failedCollectors, "collector") + "; the log tells which (--verbose)");
     }
-    const auto& denied = summary.deniedSources;
+    const auto& denied = gaps.deniedSources;
     if (!denied.empty()) {
         PrintRow(out, "Denied", DescribeSources(denied, denied.size() == 1 ? "needs root" : "need root"));
     }
-    if (!summary.failedSources.empty()) {
-        PrintRow(out, "Unread", DescribeSources(summary.failedSources, "could not be read"));
+    if (!gaps.failedSources.empty()) {
+        PrintRow(out, "Unread", DescribeSources(gaps.failedSources, "could not be read"));
     }
-    for (const std::string& warning : summary.warnings) {
+    if (!gaps.timedOutSources.empty()) {
+        PrintRow(out, "Timed out", DescribeSources(gaps.timedOutSources, "did not answer in time"));
+    }
+    for (const std::string& warning : gaps.warnings) {
         PrintRow(out, "Warning", warning);
     }
-    if (summary.replacedBytes != 0) {
-        PrintRow(out, "Replaced", Count(summary.replacedBytes, "byte") + " of texts, being no characters");
+    if (replacedBytes != 0) {
+        PrintRow(out, "Replaced", Count(replacedBytes, "byte") + " of texts, being no characters");
     }
 }
+
+namespace {
 
 // Some values are written unescaped, as the documents' format has it; readers that parse XML stop there.
 void PrintFaults(const std::vector<TInventoryDocument>& documents, std::ostream& out) {
@@ -107,7 +112,7 @@ void PrintSummary(const TRunSummary& summary, std::ostream& out) {
     PrintRow(out, "Machine", summary.machine);
     PrintRow(out, "Source", summary.origin);
     PrintRow(out, "Collected", DescribeResources(summary.documents.front()));
-    PrintTroubles(summary, out);
+    PrintTroubles(summary.gaps, summary.replacedBytes, out);
     std::string_view label = "Files";
     for (const TInventoryDocument& document : summary.documents) {
         PrintRow(out, label, DescribeFile(summary.directory, document));
@@ -135,7 +140,7 @@ void PrintCaptureSummary(const TCaptureSummary& summary, std::ostream& out) {
         PrintRow(out, "Redacted",
                  summary.redacted->empty() ? "nothing identifies the machine" : *summary.redacted);
     }
-    PrintTroubles(summary, out);
+    PrintTroubles(summary.gaps, summary.replacedBytes, out);
     PrintRow(out, "File", summary.file + (ignored ? "" : ", " + WithThousands(bytes) + " bytes"));
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "vorhost/cli/inventory_document.h"
+#include "vorhost/cli/source_gaps.h"
 
 #include <chrono>
 #include <optional>
@@ -26,15 +27,15 @@ struct TRunSummary {
     std::vector<std::string> completedFiles;    ///< of a killed run, moved into place by this one
     std::vector<std::string> earlierFiles;      ///< documents beside this run's that an earlier run wrote
     std::string credential;                     ///< what became of it, for people
-    std::size_t failedCollectors = 0;
-    std::vector<std::string> deniedSources;
-    std::vector<std::string> failedSources;
-    std::vector<std::string> warnings;  ///< one line for each malformed source
+    TSourceGaps gaps;
     std::size_t replacedBytes = 0;
     std::vector<TStepTime> times;
 };
 
 void PrintSummary(const TRunSummary& summary, std::ostream& out);
+
+/// A row for each kind of gap, and one for replaced bytes; nothing when there are none.
+void PrintTroubles(const TSourceGaps& gaps, std::size_t replacedBytes, std::ostream& out);
 
 /// What a capture packed.
 struct TCaptureSummary {
@@ -43,10 +44,7 @@ struct TCaptureSummary {
     std::size_t files = 0;
     std::size_t links = 0;
     std::optional<std::string> redacted;  ///< what was replaced, for people; absent without redaction
-    std::size_t failedCollectors = 0;
-    std::vector<std::string> deniedSources;
-    std::vector<std::string> failedSources;
-    std::vector<std::string> warnings;  ///< one line for each malformed source
+    TSourceGaps gaps;
     std::size_t replacedBytes = 0;
 };
 

@@ -9,6 +9,7 @@
 #include "vorhost/collect/disk_drive.h"
 #include "vorhost/collect/disk_partition.h"
 #include "vorhost/collect/diskette_drive.h"
+#include "vorhost/collect/essential_sources.h"
 #include "vorhost/collect/ip_endpoint.h"
 #include "vorhost/collect/logical_disk.h"
 #include "vorhost/collect/memory_array_address.h"
@@ -27,21 +28,13 @@
 
 #include <algorithm>
 #include <exception>
+#include <new>
+#include <system_error>
 #include <unordered_set>
 
 namespace NVORHOST {
 
 namespace {
-
-void DeclareClasses(TMemoryNamespace& target, std::span<const TCollector> collectors) {
-    for (const TCollector& collector : collectors) {
-        for (const TClassShape& shape : collector.fills) {
-            if (!target.FindClass(shape.name)) {
-                target.AddClass(std::string(shape.name), shape.declare());
-            }
-        }
-    }
-}
 
 std::size_t CountInstances(const TMemoryNamespace& target, const TCollector& collector) {
     std::size_t count = 0;
@@ -56,6 +49,10 @@ std::string RunCollector(const TCollector& collector, TCollection& collection) {
     try {
         collector.collect(collection);
         return {};
+    } catch (const TResourcesExhausted&) {
+        throw;
+    } catch (const std::bad_alloc&) {
+        throw;
     } catch (const NKELVOR20::TVORException& error) {
         return "host status " + std::to_string(error.GetStatusCode().GetCode()) + ": " + error.what();
     } catch (const std::exception& error) {
@@ -75,7 +72,26 @@ std::vector<std::string> PathsThatEnded(const std::vector<TRecordingFiles::TAcce
     return paths;
 }
 
+std::string FindEssentialFailure(const std::vector<TRecordingFiles::TAccess>& accesses) {
+    for (const TRecordingFiles::TAccess& access : accesses) {
+        if (IsInputError(access.cause) && IsEssentialSource(access.path)) {
+            return access.path + ": " + std::generic_category().message(access.cause);
+        }
+    }
+    return {};
+}
+
 }  // namespace
+
+void DeclareClasses(TMemoryNamespace& target, std::span<const TCollector> collectors) {
+    for (const TCollector& collector : collectors) {
+        for (const TClassShape& shape : collector.fills) {
+            if (!target.FindClass(shape.name)) {
+                target.AddClass(std::string(shape.name), shape.declare());
+            }
+        }
+    }
+}
 
 std::span<const TCollector> GetCollectors() {
     // Row order is the order of running, of the classes in the namespace and of listings.
@@ -143,26 +159,48 @@ std::vector<TCollectReport> CollectAll(const TCollectContext& context) {
     return CollectAll(context, ChooseCollectors({}));
 }
 
+struct TCollectorRuns::TParts {
+    explicit TParts(const TCollectContext& givenContext)
+        : context(givenContext), files(context.files), collection(context, files) {}
+
+    const TCollectContext& context;
+    TRecordingFiles files;
+    TCollection collection;
+};
+
+TCollectorRuns::TCollectorRuns(const TCollectContext& context, std::span<const TCollector> collectors)
+    : parts_(std::make_unique<TParts>(context)) {
+    DeclareClasses(context.target, collectors);
+}
+
+TCollectorRuns::~TCollectorRuns() = default;
+
+TCollectReport TCollectorRuns::Run(const TCollector& collector) {
+    const auto start = std::chrono::steady_clock::now();
+    TMemoryNamespace& target = parts_->context.target;
+    const std::size_t instancesBefore = CountInstances(target, collector);
+    TCollectReport report;
+    report.collector = collector.name;
+    report.failure = RunCollector(collector, parts_->collection);
+    const auto accesses = parts_->files.TakeAccesses();
+    report.deniedSources = PathsThatEnded(accesses, EReadStatus::denied);
+    report.failedSources = PathsThatEnded(accesses, EReadStatus::failed);
+    report.timedOutSources = PathsThatEnded(accesses, EReadStatus::timedOut);
+    report.essentialFailure = FindEssentialFailure(accesses);
+    report.notes = parts_->collection.TakeNotes();
+    report.warnings = parts_->collection.TakeWarnings();
+    report.instances = CountInstances(target, collector) - instancesBefore;
+    report.replacedBytes = parts_->collection.TakeReplacedBytes();
+    report.duration = std::chrono::steady_clock::now() - start;
+    return report;
+}
+
 std::vector<TCollectReport> CollectAll(const TCollectContext& context,
                                        std::span<const TCollector> collectors) {
-    TRecordingFiles files(context.files);
-    TCollection collection(context, files);
-    DeclareClasses(context.target, collectors);
+    TCollectorRuns runs(context, collectors);
     std::vector<TCollectReport> reports;
     for (const TCollector& collector : collectors) {
-        const auto start = std::chrono::steady_clock::now();
-        const std::size_t instancesBefore = CountInstances(context.target, collector);
-        TCollectReport& report = reports.emplace_back();
-        report.collector = collector.name;
-        report.failure = RunCollector(collector, collection);
-        const auto accesses = files.TakeAccesses();
-        report.deniedSources = PathsThatEnded(accesses, EReadStatus::denied);
-        report.failedSources = PathsThatEnded(accesses, EReadStatus::failed);
-        report.notes = collection.TakeNotes();
-        report.warnings = collection.TakeWarnings();
-        report.instances = CountInstances(context.target, collector) - instancesBefore;
-        report.replacedBytes = collection.TakeReplacedBytes();
-        report.duration = std::chrono::steady_clock::now() - start;
+        reports.push_back(runs.Run(collector));
     }
     return reports;
 }

@@ -1,8 +1,9 @@
 // The collectors: each reads one aspect of the machine through the system door and fills classes of a
 // namespace.
 //
-// Failure language: what cannot be read is a property that is not set. A collector throws only when the
-// namespace or the memory does, and that is reported here, not passed on.
+// Failure language: what cannot be read is a property that is not set. What a collector throws is reported
+// here, not passed on, but for a lack of memory or descriptors (std::bad_alloc, TResourcesExhausted): that
+// says nothing about the machine, and what was collected so far is no inventory of it.
 #pragma once
 
 #include "host/cim_date_time.h"
@@ -15,6 +16,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -64,15 +66,40 @@ std::vector<TCollector> ChooseCollectors(const TCollectorChoice& choice);
 /// collector of the same run read for all of them is reported with that one.
 struct TCollectReport {
     std::string_view collector;
-    std::string failure;                     ///< empty when it went well, else one line
-    std::vector<std::string> deniedSources;  ///< files and folders that are not for this user
-    std::vector<std::string> failedSources;  ///< those that could not be read for another reason
-    std::vector<std::string> notes;          ///< lines for the log: keys that collided
-    std::vector<std::string> warnings;       ///< lines for the log and the summary: malformed tables
-    std::size_t instances = 0;               ///< committed to the classes it fills
-    std::size_t replacedBytes = 0;           ///< bytes of the machine's texts that are no characters
+    std::string failure;                       ///< empty when it went well, else one line
+    std::vector<std::string> deniedSources;    ///< files and folders that are not for this user
+    std::vector<std::string> failedSources;    ///< those that could not be read for another reason
+    std::vector<std::string> timedOutSources;  ///< those that did not answer in time
+    /// The first essential source (essential_sources.h) that could not be read for an input error, and the
+    /// cause, "/proc/cpuinfo: Input/output error"; empty when there is none.
+    std::string essentialFailure;
+    std::vector<std::string> notes;     ///< lines for the log: keys that collided
+    std::vector<std::string> warnings;  ///< lines for the log and the summary: malformed tables
+    std::size_t instances = 0;          ///< committed to the classes it fills
+    std::size_t replacedBytes = 0;      ///< bytes of the machine's texts that are no characters
     std::chrono::nanoseconds duration{};
 };
+
+/// A collection, one collector at a time. Sources that several of them share are read once.
+class TCollectorRuns {
+  public:
+    /// Declares the classes of these collectors that are not in the namespace yet. `context` and what it
+    /// refers to outlive this object.
+    TCollectorRuns(const TCollectContext& context, std::span<const TCollector> collectors);
+    ~TCollectorRuns();
+    TCollectorRuns(const TCollectorRuns&) = delete;
+    TCollectorRuns& operator=(const TCollectorRuns&) = delete;
+
+    /// Runs one of the collectors. One that throws is reported, and what it had committed stays.
+    TCollectReport Run(const TCollector& collector);
+
+  private:
+    struct TParts;
+    std::unique_ptr<TParts> parts_;
+};
+
+/// Declares the classes of the collectors, as TCollectorRuns does, for a namespace that is filled otherwise.
+void DeclareClasses(TMemoryNamespace& target, std::span<const TCollector> collectors);
 
 /// Declares the classes of every collector that are not in the namespace yet, then runs the collectors in
 /// order. One that throws is reported; the others run all the same, and what the failed one had committed

@@ -1,10 +1,14 @@
 #include "vorhost/names/hardware_database.h"
 
+#include "vorhost/system/system_files.h"
+
 #include <libudev.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <string_view>
+#include <system_error>
 
 namespace NVORHOST {
 
@@ -27,7 +31,11 @@ class THardwareDatabase::TDatabase {
   public:
     TDatabase() : context_(udev_new(), &udev_unref) {
         if (context_) {
+            errno = 0;
             database_.reset(udev_hwdb_new(context_.get()));
+        }
+        if (!database_ && IsExhaustion(errno)) {
+            throw TResourcesExhausted("the hardware database: " + std::generic_category().message(errno));
         }
     }
 

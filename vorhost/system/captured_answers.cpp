@@ -98,6 +98,7 @@ constexpr TStatusName statusNames[] = {
     {EReadStatus::notFound, "not-found"},
     {EReadStatus::denied, "denied"},
     {EReadStatus::failed, "failed"},
+    {EReadStatus::timedOut, "timed-out"},
 };
 
 void Write(std::string_view name, const std::optional<std::string>& value, std::string& text) {
@@ -205,6 +206,24 @@ std::string FormatCapturedAnswers(const TCapturedAnswers& answers) {
         text += FormatRefusal(access, status);
     }
     return text;
+}
+
+void MergeCapturedAnswers(const TCapturedAnswers& more, TCapturedAnswers& answers) {
+    const auto take = [](const auto& from, auto& to) {
+        if (from) {
+            to = from;
+        }
+    };
+    take(more.localTime, answers.localTime);
+    take(more.kernelRelease, answers.kernelRelease);
+    take(more.nodeName, answers.nodeName);
+    take(more.architecture, answers.architecture);
+    take(more.hypervisorSignature, answers.hypervisorSignature);
+    take(more.pageSizeBytes, answers.pageSizeBytes);
+    take(more.clockTicksPerSecond, answers.clockTicksPerSecond);
+    take(more.interfaceAddresses, answers.interfaceAddresses);
+    answers.utcOffsetMinutes.insert(more.utcOffsetMinutes.begin(), more.utcOffsetMinutes.end());
+    answers.refusals.insert(more.refusals.begin(), more.refusals.end());
 }
 
 TCapturedAnswers ParseCapturedAnswers(std::string_view text) {

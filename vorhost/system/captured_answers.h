@@ -44,6 +44,9 @@ std::string FormatCapturedAnswers(const TCapturedAnswers& answers);
 /// Lines of another form are skipped, so that an older program reads what a newer one wrote.
 TCapturedAnswers ParseCapturedAnswers(std::string_view text);
 
+/// Adds to `answers` what `more` holds; where both have a single value, that of `more` replaces it.
+void MergeCapturedAnswers(const TCapturedAnswers& more, TCapturedAnswers& answers);
+
 /// Of the tree behind `files`; ok with nothing in it when the tree keeps none.
 TReadResult<TCapturedAnswers> ReadCapturedAnswers(const ISystemFiles& files);
 

@@ -1,12 +1,16 @@
 #include "vorhost/system/live_system_calls.h"
 
+#include "vorhost/system/system_files.h"
+
 #include <ifaddrs.h>
 #include <netinet/in.h>
 #include <sys/auxv.h>
 #include <sys/utsname.h>
 
+#include <cerrno>
 #include <ctime>
 #include <memory>
+#include <system_error>
 
 #if defined(__x86_64__) || defined(__i386__)
 #include <cpuid.h>
@@ -120,6 +124,10 @@ std::optional<int> TLiveSystemCalls::UtcOffsetMinutes(std::int64_t secondsSinceE
 std::optional<std::vector<TInterfaceAddress>> TLiveSystemCalls::InterfaceAddresses() const {
     ifaddrs* first = nullptr;
     if (getifaddrs(&first) != 0) {
+        if (IsExhaustion(errno)) {
+            throw TResourcesExhausted("addresses of the interfaces: " +
+                                      std::generic_category().message(errno));
+        }
         return std::nullopt;
     }
     const std::unique_ptr<ifaddrs, TFreeAddresses> owner(first);

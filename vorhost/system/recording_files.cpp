@@ -6,7 +6,7 @@ namespace NVORHOST {
 
 template <typename T>
 TReadResult<T> TRecordingFiles::Record(std::string_view path, TReadResult<T> result) const {
-    accesses_.push_back({std::string(path), result.status});
+    accesses_.push_back({std::string(path), result.status, result.cause});
     return result;
 }
 

@@ -14,6 +14,7 @@ class TRecordingFiles final : public ISystemFiles {
     struct TAccess {
         std::string path;
         EReadStatus status;
+        int cause = 0;  ///< as of TReadResult
     };
 
     /// `files` must outlive this object.

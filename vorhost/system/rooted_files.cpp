@@ -44,9 +44,20 @@ bool IsWithoutValue(int error) {
     return std::ranges::find(errors, error) != std::end(errors);
 }
 
+std::string Describe(std::string_view path, int error) {
+    return std::string(path) + ": " + std::generic_category().message(error);
+}
+
+void RequireResources(std::string_view path, int error) {
+    if (IsExhaustion(error)) {
+        throw TResourcesExhausted(Describe(path, error));
+    }
+}
+
 template <typename T>
 TReadResult<T> Failure(std::string_view path, int error) {
-    return {StatusOf(error), T{}, std::string(path) + ": " + std::generic_category().message(error)};
+    RequireResources(path, error);
+    return {StatusOf(error), T{}, Describe(path, error), error};
 }
 
 template <typename T>
@@ -92,6 +103,11 @@ bool IsDotEntry(std::string_view name) {
 }
 
 }  // namespace
+
+bool IsExhaustion(int error) {
+    constexpr int errors[] = {EMFILE, ENFILE, ENOMEM, ENOBUFS};
+    return std::ranges::find(errors, error) != std::end(errors);
+}
 
 TRootedFiles::TRootedFiles(std::string root, EPathResolution resolution)
     : root_(std::move(root)),
@@ -186,7 +202,7 @@ TReadResult<std::string> TRootedFiles::ReadText(std::string_view path) const {
 TReadResult<std::string> TRootedFiles::ReadBytes(std::string_view path, std::size_t maxBytes) const {
     const auto file = OpenRegularFile(path);
     if (!file.IsOk()) {
-        return {file.status, {}, file.error};
+        return {file.status, {}, file.error, file.cause};
     }
     TReadResult<std::string> result{EReadStatus::ok, {}, {}};
     if (!ReadUpTo(file.value, maxBytes, result.value)) {
@@ -213,8 +229,12 @@ TReadResult<std::vector<std::string>> TRootedFiles::List(std::string_view path) 
     // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread has this stream
     while (const dirent* entry = readdir(folder.get())) {
         if (!IsDotEntry(entry->d_name)) {
+            if (names.size() == maxFolderEntries) {
+                return Refusal<TNames>(path, "larger than any folder worth listing");
+            }
             names.emplace_back(entry->d_name);
         }
+        errno = 0;
     }
     if (errno != 0) {
         return Failure<TNames>(path, errno);
@@ -252,7 +272,11 @@ TReadResult<std::string> TRootedFiles::ReadLink(std::string_view path) const {
 }
 
 bool TRootedFiles::Exists(std::string_view path) const {
-    return Open(path, O_PATH).IsOpen();
+    const TFileDescriptor opened = Open(path, O_PATH);
+    if (!opened.IsOpen()) {
+        RequireResources(path, errno);
+    }
+    return opened.IsOpen();
 }
 
 }  // namespace NVORHOST
