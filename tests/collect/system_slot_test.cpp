@@ -79,6 +79,28 @@ TEST(SystemSlots, NameTheFunctionInThem) {
               "System slot, PCI Express 3 x16, in use by Ethernet controller at 0000:05:00.0");
 }
 
+class TCardDatabase final : public IDeviceNames {
+  public:
+    TDeviceName FindPci(const TPciNumbers& numbers) const override {
+        const bool isCard = numbers.subsystemVendorId == 0x1028 && numbers.subsystemId == 0x0102;
+        return {"Maker", isCard ? "Chip (Card)" : "Chip"};
+    }
+    TDeviceName FindUsb(std::uint16_t, std::uint16_t) const override { return {}; }
+};
+
+TEST(SystemSlots, NameTheCardInThemByChipAndCard) {
+    const std::string folder = "/sys/bus/pci/devices/0000:05:00.0/";
+    const TMachine machine =
+        ParseMachineTree(Table(Slot("S", "b6", "04", "05 00")) + folder + "vendor = 0x8086\n" + folder +
+                         "device = 0x100e\n" + folder + "class = 0x020000\n" + folder +
+                         "subsystem_vendor = 0x1028\n" + folder + "subsystem_device = 0x0102\n");
+    const TCardDatabase names;
+    TCollected collected;
+    collected.reports = CollectAll({machine.files, machine.calls, collected.target, std::nullopt, &names});
+    EXPECT_EQ(collected.Get(slot, "Description"),
+              "System slot, PCI Express 3 x16, in use by Maker Chip (Card) at 0000:05:00.0");
+}
+
 TEST(SystemSlots, NameTheFunctionBehindThePortThatTheFirmwareGives) {
     TCollected collected;
     const std::string port = "/sys/bus/pci/devices/0000:00:1c.0";

@@ -94,6 +94,8 @@ INTERFACES = {0x00: "2", 0x10: "3"}  # UHCI, OHCI; all others are "other"
 def explain_name(theirs, ours):
     if re.search(r" Device$", theirs) and re.search(r"[0-9a-f]{4}:[0-9a-f]{4}$", ours):
         return "a function that the database does not know is named by its class and numbers"
+    if " ".join(theirs.split()) == ours:
+        return "blanks in a row are one"
     if theirs.partition("#")[0].strip() == ours:
         return "names of the compiled database end at \"#\""
     if "RTL8111/8168/8211/8411" in ours and "RTL8111/8168/8411" in theirs:

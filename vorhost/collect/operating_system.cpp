@@ -88,7 +88,7 @@ TOsRelease ReadOsRelease(const ISystemFiles& files) {
     if (!text.IsOk()) {
         text = files.ReadText("/usr/lib/os-release");
     }
-    const TOsRelease release = ParseOsRelease(text.value);
+    TOsRelease release = ParseOsRelease(text.value);
     if (release.prettyName || release.name) {
         return release;
     }
