@@ -3,9 +3,11 @@
 #include "program_run.h"
 #include "rounds.h"
 #include "temporary_directory.h"
+#include "waiting.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -113,6 +115,39 @@ TEST(SeveralHosts, NeverRemoveEachOthersFiles) {
         EXPECT_EQ(result.standardError, "");
     }
     EXPECT_EQ(directory.GetNames(), inventory);
+}
+
+// The run of the first host waits until somebody reads its result, with its documents finished.
+constexpr char runOfAHost[] = R"(
+hostname "$1" || exit 125
+LD_PRELOAD=$2 NOXINFO_FAULT=lock:1+:DONE NOXINFO_FAULT_PATHS=$PWD exec "$3" collect --namespace "$4" \
+    --reachability no --kel-id K1 --no-sync --result "$5" >/dev/null
+)";
+
+TProgramRun RunOnHost(const std::string& host, const TTemporaryDirectory& directory,
+                      const std::string& result) {
+    return {{"--user", "--map-root-user", "--uts", "--pid", "--fork", "--mount-proc", "sh", "-c", runOfAHost,
+             "sh", host, NOXINFO_IO_FAULTS, VORHOST_PROGRAM, smallServer, result},
+            directory.GetPath(),
+            {}};
+}
+
+TEST(SeveralHosts, LeaveARunUnderWayOnAnotherHostAlone) {
+    const TTemporaryDirectory directory;
+    const TTemporaryDirectory elsewhere;
+    ASSERT_EQ(::mkfifo((elsewhere / "pipe").c_str(), S_IRUSR | S_IWUSR), 0);
+    if (RunProgram("unshare", RunOnHost("beta", directory, "/dev/null")).status != 0) {
+        GTEST_SKIP() << "a host name cannot be set here";
+    }
+    for (int round = 0; round < Rounds(2); ++round) {
+        TRunningProgram waiting("unshare", RunOnHost("alpha", directory, elsewhere / "pipe"));
+        ASSERT_TRUE(WaitUntil([&] { return HasUnfinished(directory.GetPath(), inventory[1]); }));
+        EXPECT_EQ(RunProgram("unshare", RunOnHost("beta", directory, "/dev/null")).status, 0);
+        EXPECT_NE(ReadFile(elsewhere / "pipe"), "");
+        const auto result = waiting.Wait();
+        EXPECT_EQ(result.status, 0) << result.standardError;
+        EXPECT_EQ(directory.GetNames(), inventory);
+    }
 }
 
 }  // namespace

@@ -67,6 +67,26 @@ TEST(OutputPlaces, ACaptureToStandardOutputIsTheArchiveAlone) {
     EXPECT_THAT(result.standardOutput, HasSubstr("vorhost-system.txt"));
 }
 
+TEST(OutputPlaces, ADashIsStandardInputForANamespace) {
+    const TTemporaryDirectory directory;
+    const auto result =
+        RunShell("cat " + smallServer + " | " VORHOST_PROGRAM " collect --reachability no --namespace -",
+                 directory.GetPath());
+    EXPECT_EQ(result.status, 0) << result.standardError;
+    EXPECT_THAT(result.standardOutput, HasSubstr("\nSource      standard input\n"));
+}
+
+TEST(OutputPlaces, ADashOrADescriptorTakesTheLog) {
+    const TTemporaryDirectory directory;
+    for (const char* name : {"-", "/dev/stderr"}) {
+        const auto result = RunShell(collect + "--log-file " + name, directory.GetPath());
+        EXPECT_EQ(result.status, 0) << result.standardError;
+        const std::string& log = name == std::string("-") ? result.standardOutput : result.standardError;
+        EXPECT_THAT(log, HasSubstr("debug output: Ready for hwinventory\n"));
+        EXPECT_EQ(directory.GetNames(), TNames{"hardwareinventory.xml.gz"});
+    }
+}
+
 TEST(OutputPlaces, AResultGoesToAnyDescriptor) {
     const TTemporaryDirectory directory;
     const auto result = RunShell(collect + "--result /dev/fd/5 5> result.xml", directory.GetPath());

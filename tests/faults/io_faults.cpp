@@ -463,8 +463,11 @@ NOXINFO_PRELOADED int fsync(int descriptor) {
 }
 
 NOXINFO_PRELOADED int flock(int descriptor, int operation) noexcept {
-    return MeetDescriptor("lock", descriptor) == EFate::fails ? -1
-                                                              : NOXINFO_NEXT(flock)(descriptor, operation);
+    const EFate fate = MeetDescriptor("lock", descriptor);
+    if (fate == EFate::isOnlySaid) {
+        return 0;
+    }
+    return fate == EFate::fails ? -1 : NOXINFO_NEXT(flock)(descriptor, operation);
 }
 
 NOXINFO_PRELOADED int fchdir(int descriptor) noexcept {

@@ -1,5 +1,6 @@
 #include "vorhost/cli/log_sinks.h"
 
+#include "vorhost/cli/output_place.h"
 #include "vorhost/cli/run_failure.h"
 #include "vorhost/services/core_logger.h"
 #include "vorhost/system/file_descriptor.h"
@@ -30,6 +31,10 @@ constexpr int hardFailureLevel = 0;
 // The log names the customer and the machine, so it is for its owner alone, and nobody else's link leads it
 // to another file.
 TFileDescriptor OpenLogFile(const std::string& path) {
+    const TOutputPlace place(path, "cannot append to log file " + path);
+    if (place.GetKind() == TOutputPlace::EKind::descriptor) {
+        return place.OpenDirectly();  // "-", /dev/stderr and their like, which are links themselves
+    }
     constexpr int flags = O_WRONLY | O_APPEND | O_CREAT | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC;
     return TFileDescriptor(::open(path.c_str(), flags, S_IRUSR | S_IWUSR));
 }

@@ -21,9 +21,10 @@ constexpr int warningLevel = 3;
 TNamespaceSource LoadFile(const std::string& path) {
     TNamespaceSource source;
     source.collected = boost::make_shared<TMemoryNamespace>();
-    source.origin = "file " + path;
+    const bool isStandardInput = path == "-";
+    source.origin = isStandardInput ? "standard input" : "file " + path;
     try {
-        LoadNamespace(path, *source.collected);
+        LoadNamespace(isStandardInput ? "/dev/stdin" : path, *source.collected);
     } catch (const TCimXmlError& error) {
         throw TRunFailure(error.what());
     }
