@@ -105,7 +105,7 @@ TCIMValue ReadScalar(ECimType type, TMessageReader& message) {
 
 void WriteValue(const TCIMValue& value, TMessageWriter& message) {
     const EShape shape = ShapeOf(value);
-    message.WriteNumber(value.GetType());
+    message.WriteNumber(static_cast<std::uint64_t>(static_cast<ECimType>(value.GetType())));
     message.WriteNumber(shape);
     if (shape == eScalar) {
         WriteScalar(value, message);
