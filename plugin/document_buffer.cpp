@@ -39,8 +39,8 @@ std::stringstream MakeDocumentBuffer() {
         // Documents of most machines need a hundredth of it: start small and grow.
     }
     std::stringstream buffer(std::move(room), std::ios_base::in | std::ios_base::out);
-    // Where there is no memory for the text, it has to show: a stream would swallow the rest, and half a
-    // document would go out as a whole one.
+    // A stream swallows what it has no memory for. Without the exception, half a document would be
+    // delivered as a whole one.
     buffer.exceptions(std::ios_base::badbit);
     return buffer;
 }

@@ -1,4 +1,4 @@
-// What the summary has to say of the credential, for every way in which there may be none.
+// The summary names the reason for every case in which there is no credential.
 
 #include "local_http_server.h"
 #include "program_run.h"

@@ -67,7 +67,7 @@ TEST_F(TLeftOverDirectory, IsRemovedWhenAnotherProcessHasItsNumber) {
 }
 
 TEST_F(TLeftOverDirectory, StaysWhenItsProcessIsAlive) {
-    // Time 0 stands for an unknown one, which no process has.
+    // A start time of 0 means unknown; no process has it.
     EXPECT_FALSE(
         IsRemovedWhenNamed(".vorhost-" + ThisHost() + "-" + std::to_string(::getpid()) + "-0-aB3dE6"));
 }

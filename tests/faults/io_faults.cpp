@@ -292,7 +292,7 @@ NOXINFO_PRELOADED int openat(int directory, const char* path, int flags, ...) {
                : NOXINFO_NEXT(openat)(directory, path, flags, mode);
 }
 
-// What the compiler makes of an openat whose flags it does not know.
+// With fortified calls, the compiler turns an openat with variable flags into this function.
 NOXINFO_PRELOADED int __openat_2(int directory, const char* path, int flags) {
     return MeetPath("open", path, directory) == EFate::fails ? -1
                                                              : NOXINFO_NEXT(openat)(directory, path, flags);
