@@ -185,7 +185,7 @@ class TCollectOutputs {
           hardware_(target_, hardwareFileName),
           system_(target_, systemFileName) {
         target_.RequireWritable("cannot write to directory " + options.directory);
-        std::vector<TNamedPlace> places{
+        std::vector<TOutputPurpose> places{
             {"the document " + target_.PathOf(hardwareFileName), hardware_},
             {"the document " + target_.PathOf(systemFileName), system_},
         };

@@ -186,7 +186,7 @@ bool TOutputPlace::IsSameAs(const TOutputPlace& other) const {
     return parent_ && parent_ == other.parent_ && name_ == other.name_;
 }
 
-void RequireDistinct(const std::vector<TNamedPlace>& places) {
+void RequireDistinct(const std::vector<TOutputPurpose>& places) {
     for (auto one = places.begin(); one != places.end(); ++one) {
         for (auto other = places.begin(); other != one; ++other) {
             if (one->place.IsSameAs(other->place)) {

@@ -64,13 +64,13 @@ class TOutputPlace {
 };
 
 /// A place and what it is for, for people: "the log file x".
-struct TNamedPlace {
+struct TOutputPurpose {
     std::string description;
     const TOutputPlace& place;
 };
 
 /// Throws TRunFailure when two of the places are the same file.
-void RequireDistinct(const std::vector<TNamedPlace>& places);
+void RequireDistinct(const std::vector<TOutputPurpose>& places);
 
 /// Finds where the one file that a command writes goes; the log file, if any, must be another one. Errors:
 /// throws TRunFailure as above.
