@@ -1,6 +1,7 @@
 // `vorhost collect` on saved namespaces: documents, result, log, summary and every way to fail.
 
 #include "program_run.h"
+#include "sanitized.h"
 #include "temporary_directory.h"
 
 #include <gmock/gmock.h>
@@ -19,14 +20,6 @@ using ::testing::HasSubstr;
 using ::testing::Not;
 
 const std::string smallServer = VORHOST_TEST_DATA "/small-server.xml";
-
-#if defined(__SANITIZE_ADDRESS__)
-constexpr bool isSanitized = true;
-#elif defined(__has_feature)
-constexpr bool isSanitized = __has_feature(address_sanitizer) != 0;
-#else
-constexpr bool isSanitized = false;
-#endif
 
 // A run on the small server at a fixed time, without network.
 std::vector<std::string> CollectArguments(std::vector<std::string> more = {}) {

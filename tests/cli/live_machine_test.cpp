@@ -1,6 +1,7 @@
 // The whole program on the machine the tests run on: whatever it is, there is a complete inventory of it.
 
 #include "program_run.h"
+#include "sanitized.h"
 #include "temporary_directory.h"
 
 #include <gmock/gmock.h>
@@ -69,6 +70,9 @@ std::optional<TProgramResult> RunWithoutProc(const std::string& command, const s
 }
 
 TEST(LiveMachine, WithoutProcEndsInOneLine) {
+    if (isSanitized) {
+        GTEST_SKIP() << "the sanitizer's runtime needs /proc";
+    }
     for (const char* arguments :
          {"collect", "collect --namespace any.xml", "snapshot -", "capture c.tar.xz"}) {
         const TTemporaryDirectory directory;
