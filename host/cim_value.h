@@ -133,7 +133,7 @@ class NKELVOR20_API TCIMValue {
 
     TCIMType type_;
     bool isArray_;
-    alignas(8) std::byte storage_[40];  // of the payload
+    alignas(8) std::byte storage_[40];  // holds the payload
 };
 
 static_assert(TCIMValue::TCIMType::eDateTime == 14, "plug-ins know the date-time by this code");

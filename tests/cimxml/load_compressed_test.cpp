@@ -69,7 +69,7 @@ TEST_F(Compressed, RefusesEveryTruncation) {
 
 TEST_F(Compressed, RefusesDamage) {
     std::string bytes = Gzip(document_);
-    bytes[bytes.size() - 5] ^= 1;  // of the checksum
+    bytes[bytes.size() - 5] ^= 1;  // breaks the checksum
     EXPECT_EQ(ErrorOf(bytes), "the compressed data is damaged");
     EXPECT_EQ(ErrorOf(Gzip(document_) + "more"), "the compressed data is damaged");
 }

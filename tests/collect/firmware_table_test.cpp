@@ -1,4 +1,4 @@
-// What the collectors of the firmware's structure table share: malformed tables, and the rows of their
+// Collectors of the firmware's structure table share the warning of a malformed table and the rows of their
 // classes.
 #include "tests/collect/collect_fixture.h"
 

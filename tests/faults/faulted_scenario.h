@@ -49,7 +49,7 @@ class TFaultedScenario {
         bool leavesDirectory = false;  ///< the private one
         /// What another run makes of it: "done" when all is as if the first one had never been.
         std::string nextRun;
-        std::string completed;  ///< what that run reports to have completed; empty when nothing
+        std::string completed;  ///< the "Completed" row of its summary; empty without one
     };
     /// The fault is a signal that ends the run.
     TEnd RunEndedBy(const TCallFault& fault) const;

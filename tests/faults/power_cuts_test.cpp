@@ -21,7 +21,7 @@ using NVORHOST::TTemporaryDirectory;
 
 const std::string smallServer = VORHOST_TEST_DATA "/small-server.xml";
 
-// What is renamed is not written out of the file system's own accord.
+// Without this option, ext4 writes a file's data when it is renamed, which would hide a missing sync.
 constexpr char mountDisk[] = "mount -o loop,noauto_da_alloc disk mounted";
 // The kernel releases a loop device some time after the file system on it has gone. Mounted through a second
 // device meanwhile, the disk would have two caches that do not agree.

@@ -108,7 +108,7 @@ INSTANTIATE_TEST_SUITE_P(
                     "20230631120000.000000+000",    // June has 30 days
                     "20240230120000.000000+000",    // February never has 30
                     "20230229120000.000000+000",    // no leap year
-                    "21000229120000.000000+000",    // a century that is no leap year
+                    "21000229120000.000000+000",    // 2100 is not a leap year
                     "00000000000000.000000+000",    // no month and no day
                     "20230015120000.000000+000",    // no month
                     "202300********.******+000",    //

@@ -70,8 +70,8 @@ TEST(ParseSmbiosTable, GoesOnAfterAFormattedAreaThatRunsPastTheEnd) {
 TEST(ParseSmbiosTable, StopsWhereNoStructureFollowsAMalformedOne) {
     const std::string table = MakeSmbiosStructure("1: 01 \"Maker\"", 1) + "\x02\xFF\x00\x01\x00\x00"s;
     EXPECT_THAT(TypesOf(table), ElementsAre(1));
-    // What follows is no structure: the type is reserved, the next is too short for its type, and the last
-    // one does not end where another begins.
+    // None of these is a structure: the first has a reserved type, the second is too short for its type, and
+    // the third does not end where another begins.
     EXPECT_THAT(TypesOf(table + "\x50\x04\x00\x01\x00\x00"s + end), ElementsAre(1));
     EXPECT_THAT(TypesOf(table + "\x11\x14\x00\x01\x00\x00"s + end), ElementsAre(1));
     EXPECT_THAT(TypesOf(table + "\x0B\x05\x00\x01\x01\x01\x00\x00\x01\x02\x03"s), ElementsAre(1));

@@ -167,7 +167,7 @@ TEST(EntityServiceUrl, IsAnHttpOrHttpsUrlWithAHost) {
     }
     EXPECT_EQ(FindEntityServiceFault("file:///etc/hostname"), "it starts with neither http:// nor https://");
     EXPECT_EQ(FindEntityServiceFault("http:///path"), "it has no host");
-    EXPECT_EQ(FindEntityServiceFault("http://host:/"), "its port is no number from 1 to 65535");
+    EXPECT_EQ(FindEntityServiceFault("http://host:/"), "its port is not a number from 1 to 65535");
     EXPECT_EQ(FindEntityServiceFault("http://host\n"), "it has a blank or a control character");
 }
 

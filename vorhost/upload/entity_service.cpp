@@ -74,7 +74,7 @@ std::string FindEntityServiceFault(std::string_view url) {
     const std::string_view hostAndPort = HostAndPort(rest.substr(0, rest.find_first_of("/?#")));
     const auto port = PortOf(hostAndPort);
     if (port && !IsPort(*port)) {
-        return "its port is no number from 1 to 65535";
+        return "its port is not a number from 1 to 65535";
     }
     if (hostAndPort.size() == (port ? port->size() + 1 : 0)) {
         return "it has no host";
