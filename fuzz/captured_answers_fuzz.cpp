@@ -1,6 +1,6 @@
 // The answers that a captured tree keeps: what reads is written, and what was written reads the same.
 #include "fuzz.h"
-#include "vorhost/system/captured_answers.h"
+#include "machine/replay/captured_answers.h"
 
 #include <string>
 

@@ -1,9 +1,9 @@
 // A machine with random identities in every place that the collectors read: none of them is left in its
 // redacted capture, in any writing. The input chooses the identities and the text around them.
 #include "fuzz.h"
-#include "vorhost/capture/redaction.h"
-#include "vorhost/capture/text_kinds.h"
-#include "vorhost/parse/ip_address.h"
+#include "machine/capture/redaction.h"
+#include "machine/parse/ip_address.h"
+#include "text/text_kinds.h"
 
 #include <algorithm>
 #include <string>

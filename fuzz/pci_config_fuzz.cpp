@@ -1,6 +1,6 @@
 // Any configuration space is read to its end at most, circular capability lists included.
 #include "fuzz.h"
-#include "vorhost/parse/pci_config.h"
+#include "machine/parse/pci_config.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using NVORHOST::EPciHeader;

@@ -1,7 +1,7 @@
 // Whatever a captured file holds, its redacted form is as long, and the same for the same key; the first byte
 // chooses the file.
 #include "fuzz.h"
-#include "vorhost/capture/redaction.h"
+#include "machine/capture/redaction.h"
 
 #include <iterator>
 #include <string>

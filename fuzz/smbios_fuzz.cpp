@@ -1,10 +1,10 @@
 // Whatever the table holds, structures stay within it, and their texts within them.
 #include "fuzz.h"
-#include "vorhost/parse/smbios_memory.h"
-#include "vorhost/parse/smbios_processor.h"
-#include "vorhost/parse/smbios_slot.h"
-#include "vorhost/parse/smbios_system.h"
-#include "vorhost/parse/smbios_table.h"
+#include "machine/parse/smbios_memory.h"
+#include "machine/parse/smbios_processor.h"
+#include "machine/parse/smbios_slot.h"
+#include "machine/parse/smbios_system.h"
+#include "machine/parse/smbios_table.h"
 
 using namespace NVORHOST;  // NOLINT(google-build-using-namespace): the parsers of one folder, all of them
 

@@ -1,11 +1,11 @@
 // Sources that never answer, grow without end or exhaust the resources of a run: the run ends in time with
 // all the rest and names them, or fails and keeps the earlier files.
 #include "faulted_run.h"
+#include "machine/collect/run/collector.h"
+#include "machine/system/recording_files.h"
 #include "machine_on_disk.h"
-#include "tests/cli/temporary_directory.h"
-#include "tests/cli/waiting.h"
-#include "vorhost/collect/collector.h"
-#include "vorhost/system/recording_files.h"
+#include "tests/program/temporary_directory.h"
+#include "tests/program/waiting.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #include "faulted_run.h"
 
-#include "tests/cli/temporary_directory.h"
+#include "tests/program/temporary_directory.h"
 
 #include <filesystem>
 

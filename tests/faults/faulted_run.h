@@ -1,7 +1,7 @@
 // Runs the program with one of its input and output calls failing.
 #pragma once
 
-#include "tests/cli/program_run.h"
+#include "tests/program/program_run.h"
 
 #include <string>
 

@@ -1,6 +1,6 @@
 // Disks that are really full: a small file system of the test's own, and the device that has no room at all.
-#include "tests/cli/program_run.h"
-#include "tests/cli/temporary_directory.h"
+#include "tests/program/program_run.h"
+#include "tests/program/temporary_directory.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

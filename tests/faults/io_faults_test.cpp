@@ -3,7 +3,7 @@
 // there before the run is there afterwards, or its successor is, whole; and nothing is left over.
 #include "faulted_scenario.h"
 #include "machine_on_disk.h"
-#include "tests/cli/temporary_directory.h"
+#include "tests/program/temporary_directory.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,9 +1,9 @@
 // A collection from a machine whose files cannot all be read: it does without them and says so. Only where
 // everything would be missing, or another machine would be collected, it ends.
 #include "faulted_run.h"
+#include "machine/collect/run/essential_sources.h"
 #include "machine_on_disk.h"
-#include "tests/cli/temporary_directory.h"
-#include "vorhost/collect/essential_sources.h"
+#include "tests/program/temporary_directory.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "machine_on_disk.h"
 
-#include "vorhost/system/captured_answers.h"
+#include "machine/replay/captured_answers.h"
 
 #include <filesystem>
 #include <fstream>

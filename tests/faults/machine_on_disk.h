@@ -1,7 +1,7 @@
 // A machine of a test's own making as a tree of files, for programs to be pointed at.
 #pragma once
 
-#include "tests/system/machine_tree.h"
+#include "tests/machine/system/machine_tree.h"
 
 #include <string>
 

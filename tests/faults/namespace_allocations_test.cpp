@@ -2,7 +2,7 @@
 // place after the other: the exception reaches the caller, nothing is loaded by half, and nothing leaks.
 #include "full_namespace.h"
 #include "tests/allocations/allocation_faults.h"
-#include "tests/cli/temporary_directory.h"
+#include "tests/program/temporary_directory.h"
 #include "vorhost/cimxml/load.h"
 #include "vorhost/cimxml/save.h"
 

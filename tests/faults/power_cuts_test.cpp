@@ -1,8 +1,8 @@
 // A file system that is shut down in the midst of a run, as a power failure does it: when it is mounted
 // again, the earlier documents are there or the new ones, whole.
 #include "faulted_run.h"
-#include "tests/cli/rounds.h"
-#include "tests/cli/temporary_directory.h"
+#include "tests/program/rounds.h"
+#include "tests/program/temporary_directory.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "machine_folder.h"
 
-#include "vorhost/system/captured_answers.h"
+#include "machine/replay/captured_answers.h"
 
 #include <algorithm>
 #include <fstream>

@@ -1,7 +1,7 @@
 // A machine of this folder on the disk, where the program can be pointed at it.
 #pragma once
 
-#include "tests/system/machine_tree.h"
+#include "tests/machine/system/machine_tree.h"
 
 #include <filesystem>
 #include <string>

@@ -1,7 +1,7 @@
 // The whole program on every machine of this folder: what it writes depends on the machine alone.
 #include "machine_folder.h"
-#include "tests/cli/program_run.h"
-#include "tests/cli/temporary_directory.h"
+#include "tests/program/program_run.h"
+#include "tests/program/temporary_directory.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

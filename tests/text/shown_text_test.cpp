@@ -1,5 +1,5 @@
 // Texts of foreign origin as people get to see them.
-#include "vorhost/text/shown_text.h"
+#include "text/shown_text.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "vorhost/cimxml/cim_xml_error.h"
 
-#include "vorhost/text/shown_text.h"
+#include "text/shown_text.h"
 
 namespace NVORHOST {
 namespace {

@@ -1,7 +1,7 @@
 // The log of one run. Lines are rare and sinks are few, so a line goes to each of them at once, unbuffered.
 #include "vorhost/services/core_logger.h"
 
-#include "vorhost/text/shown_text.h"
+#include "text/shown_text.h"
 
 #include <iostream>
 #include <utility>

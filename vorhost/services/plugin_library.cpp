@@ -6,9 +6,9 @@
 
 #include "host/plugin_callbacks.h"
 #include "host/root_object.h"
+#include "text/shown_text.h"
 #include "vorhost/services/core_logger.h"
 #include "vorhost/services/plugin_registry.h"
-#include "vorhost/text/shown_text.h"
 
 #include <dlfcn.h>
 

@@ -2,7 +2,7 @@
 #include "host/zet_upload.h"
 
 #include "host/root_object.h"
-#include "vorhost/text/shown_text.h"
+#include "text/shown_text.h"
 #include "vorhost/upload/entity_service.h"
 #include "vorhost/upload/form_post.h"
 

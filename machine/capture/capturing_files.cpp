@@ -1,0 +1,149 @@
+#include "machine/capture/capturing_files.h"
+
+#include <utility>
+#include <vector>
+
+namespace NVORHOST {
+
+namespace {
+
+constexpr int maxLinks = 40;  // as the kernel has it
+
+// Names still to walk, the next one last.
+void PushNames(std::string_view path, std::vector<std::string>& names) {
+    while (!path.empty()) {
+        const auto slash = path.rfind('/');
+        const auto name = slash == std::string_view::npos ? path : path.substr(slash + 1);
+        if (!name.empty() && name != ".") {
+            names.emplace_back(name);
+        }
+        path = slash == std::string_view::npos ? std::string_view{} : path.substr(0, slash);
+    }
+}
+
+}  // namespace
+
+const std::optional<std::string>& TCapturingFiles::FindLinkTarget(const std::string& path) const {
+    const auto [place, isNew] = linkTargets_.try_emplace(path);
+    if (isNew) {
+        auto target = files_.ReadLink(path);
+        if (target.IsOk()) {
+            tree_.AddLink(path, target.value);
+            place->second = std::move(target.value);
+        }
+    }
+    return place->second;
+}
+
+std::string TCapturingFiles::Resolve(std::string_view path, bool followsLast) const {
+    std::vector<std::string> names;
+    PushNames(path, names);
+    std::string resolved;
+    int links = 0;
+    while (!names.empty()) {
+        const std::string name = std::move(names.back());
+        names.pop_back();
+        if (name == "..") {
+            resolved.erase(std::min(resolved.rfind('/'), resolved.size()));
+            continue;
+        }
+        std::string next = resolved + "/" + name;
+        const bool follows = followsLast || !names.empty();
+        const auto& target = FindLinkTarget(next);
+        if (!target || !follows || ++links > maxLinks) {
+            resolved = std::move(next);
+            continue;
+        }
+        if (target->starts_with('/')) {
+            resolved.clear();
+        }
+        PushNames(*target, names);
+    }
+    return resolved;
+}
+
+void TCapturingFiles::KeepRefusal(EAccess access, std::string_view path, EReadStatus status) const {
+    refusals_.emplace(TAccessOfPath{access, std::string(path)}, status);
+}
+
+TReadResult<std::string> TCapturingFiles::ReadText(std::string_view path) const {
+    auto text = ReadBytes(path, maxFileBytes + 1);
+    if (text.value.size() <= maxFileBytes) {
+        return text;
+    }
+    KeepRefusal(EAccess::read, path, EReadStatus::failed);
+    return {EReadStatus::failed, {}, std::string(path) + ": larger than any file worth reading"};
+}
+
+TReadResult<std::string> TCapturingFiles::ReadBytes(std::string_view path, std::size_t maxBytes) const {
+    const std::string resolved = Resolve(path, /*followsLast=*/true);
+    const auto known = contents_.find(resolved);
+    if (known != contents_.end() && (known->second.isWhole || known->second.bytes.size() >= maxBytes)) {
+        return {EReadStatus::ok, known->second.bytes.substr(0, maxBytes), {}};
+    }
+    auto result = files_.ReadBytes(path, maxBytes);
+    if (result.IsOk()) {
+        contents_[resolved] = {result.value, /*isWhole=*/result.value.size() < maxBytes};
+        tree_.AddFile(resolved, result.value);
+    } else {
+        KeepRefusal(EAccess::read, path, result.status);
+    }
+    return result;
+}
+
+TReadResult<std::vector<std::string>> TCapturingFiles::List(std::string_view path) const {
+    const std::string resolved = Resolve(path, /*followsLast=*/true);
+    if (const auto known = lists_.find(resolved); known != lists_.end()) {
+        return {EReadStatus::ok, known->second, {}};
+    }
+    auto result = files_.List(path);
+    if (!result.IsOk()) {
+        KeepRefusal(EAccess::list, path, result.status);
+        return result;
+    }
+    tree_.AddFolder(resolved);
+    for (const std::string& name : result.value) {
+        tree_.AddName(resolved + "/" + name);
+    }
+    lists_[resolved] = result.value;
+    return result;
+}
+
+TReadResult<std::string> TCapturingFiles::ReadLink(std::string_view path) const {
+    const std::string resolved = Resolve(path, /*followsLast=*/false);
+    if (const auto& known = FindLinkTarget(resolved)) {
+        return {EReadStatus::ok, *known, {}};
+    }
+    auto result = files_.ReadLink(path);
+    if (result.status == EReadStatus::failed && files_.Exists(path)) {
+        tree_.AddName(resolved);  // no link there either, whatever else it is
+    } else {
+        KeepRefusal(EAccess::readLink, path, result.status);
+    }
+    return result;
+}
+
+bool TCapturingFiles::Exists(std::string_view path) const {
+    const std::string resolved = Resolve(path, /*followsLast=*/true);
+    const bool exists = files_.Exists(path);
+    if (exists) {
+        tree_.AddName(resolved);
+    } else {
+        KeepRefusal(EAccess::exists, path, EReadStatus::notFound);
+    }
+    return exists;
+}
+
+std::map<TAccessOfPath, EReadStatus> TCapturingFiles::FindRefusals() const {
+    std::map<TAccessOfPath, EReadStatus> refusals;
+    for (const auto& [access, status] : refusals_) {
+        const bool followsLast = access.access != EAccess::readLink;
+        // What is not in the tree is not found there either; what ended while it was looked at may be.
+        if (status != EReadStatus::notFound || tree_.Find(Resolve(access.path, followsLast)) != nullptr) {
+            refusals.emplace(access, status);
+        }
+    }
+    return refusals;
+}
+
+}  // namespace NVORHOST

@@ -1,0 +1,167 @@
+#include "machine/capture/identity_search.h"
+
+#include "text/text_kinds.h"
+
+#include <algorithm>
+#include <array>
+#include <iterator>
+
+namespace NVORHOST {
+
+namespace {
+
+std::string Reversed(std::string_view text) {
+    return {text.rbegin(), text.rend()};
+}
+
+// The groups of `size` characters in the order they are in, each of them reversed; the rest as it is.
+std::string SwapWithin(std::string_view text, std::size_t size) {
+    std::string swapped(text);
+    for (std::size_t start = 0; start + size <= text.size(); start += size) {
+        std::reverse(swapped.begin() + static_cast<std::ptrdiff_t>(start),
+                     swapped.begin() + static_cast<std::ptrdiff_t>(start + size));
+    }
+    return swapped;
+}
+
+// The first three fields of a UUID are numbers, which firmware writes with the low byte first.
+std::string SwapUuid(std::string_view bytes) {
+    return SwapWithin(bytes.substr(0, 4), 4) + SwapWithin(bytes.substr(4, 4), 2) +
+           std::string(bytes.substr(8));
+}
+
+// The orders that firmware and kernels write the bytes of a number in.
+std::vector<std::string> OrdersOf(const std::string& bytes) {
+    constexpr std::size_t uuidBytes = 16;
+    std::vector<std::string> orders{bytes, Reversed(bytes), SwapWithin(bytes, 2), SwapWithin(bytes, 4),
+                                    SwapWithin(bytes, 8)};
+    if (bytes.size() == uuidBytes) {
+        orders.push_back(SwapUuid(bytes));
+    }
+    return orders;
+}
+
+std::string WithCase(std::string_view text, char (*change)(char)) {
+    std::string changed(text);
+    std::ranges::transform(changed, changed.begin(), change);
+    return changed;
+}
+
+// The characters of the Base64 text of `bytes` that do not depend on the `offset` bytes in front of them, nor
+// on the bytes behind them.
+std::string EncodeBase64(std::string_view bytes, std::size_t offset) {
+    constexpr std::string_view digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    constexpr std::size_t bitsOfDigit = 6;
+    std::string text;
+    const std::size_t firstBit = (bitsOfDigit - offset * 8 % bitsOfDigit) % bitsOfDigit;
+    for (std::size_t bit = firstBit; bit + bitsOfDigit <= bytes.size() * 8; bit += bitsOfDigit) {
+        unsigned int value = 0;
+        for (std::size_t i = bit; i < bit + bitsOfDigit; ++i) {
+            const auto byte = static_cast<std::uint8_t>(bytes[i / 8]);
+            value = value << 1U | (byte >> (7 - i % 8) & 1U);
+        }
+        text += digits[value];
+    }
+    return text;
+}
+
+// Patterns of few different characters would be found by chance.
+bool IsDistinct(std::string_view bytes) {
+    constexpr std::size_t least = 5;
+    std::string runs;
+    std::ranges::unique_copy(bytes, std::back_inserter(runs));
+    return runs.size() >= least;
+}
+
+std::string Squeeze(std::string_view text) {
+    std::string squeezed;
+    squeezed.reserve(text.size());
+    for (const char c : text) {
+        if (IsAlphanumeric(c)) {
+            squeezed += ToLower(c);
+        }
+    }
+    return squeezed;
+}
+
+std::string WithoutLineEnds(std::string_view text) {
+    std::string joined(text);
+    std::erase_if(joined, [](char c) { return c == '\n' || c == '\r'; });
+    return joined;
+}
+
+}  // namespace
+
+TIdentitySearch::TIdentitySearch(const TIdentityTexts& identities) : identities_(identities) {
+    for (std::size_t i = 0; i < identities.GetIdentities().size(); ++i) {
+        const TIdentity& identity = identities.GetIdentities()[i];
+        if (identity.reach == EIdentityReach::anywhere) {
+            AddText(identity, i);
+            AddBytes(identity, i);
+        }
+    }
+}
+
+void TIdentitySearch::AddText(const TIdentity& identity, std::size_t index) {
+    // UTF-16 is among these, as NULs are squeezed out.
+    squeezed_.Add(identity.canonical, index);
+    squeezed_.Add(Reversed(identity.canonical), index);
+    squeezed_.Add(SwapWithin(identity.canonical, 2), index);
+    const std::string& text = identity.text;
+    for (const std::string& spelled : {text, WithCase(text, ToLower), WithCase(text, ToUpper)}) {
+        squeezed_.Add(ToHex(spelled), index);
+        squeezed_.Add(ToHex(Reversed(spelled)), index);
+        squeezed_.Add(ToHex(SwapWithin(spelled, 2)), index);
+        AddBase64(spelled, index);
+    }
+}
+
+void TIdentitySearch::AddBytes(const TIdentity& identity, std::size_t index) {
+    const std::string& digits = identity.canonical;
+    constexpr std::size_t leastDigits = 12;
+    if (!IsHex(digits) || digits.size() % 2 != 0 || digits.size() < leastDigits) {
+        return;
+    }
+    const std::string bytes = FromHex(digits);
+    for (const std::string& order : OrdersOf(bytes)) {
+        if (IsDistinct(order)) {
+            raw_.Add(order, index);
+            squeezed_.Add(ToHex(order), index);
+        }
+    }
+    if (IsDistinct(bytes)) {
+        AddBase64(bytes, index);
+    }
+}
+
+void TIdentitySearch::AddBase64(std::string_view bytes, std::size_t index) {
+    for (const std::size_t offset : {0U, 1U, 2U}) {
+        const std::string text = EncodeBase64(bytes, offset);
+        if (IsDistinct(text)) {
+            base64_.Add(text, index);
+        }
+    }
+}
+
+std::optional<EIdentityKind> TIdentitySearch::KindOfFirst(const TBytePatterns& patterns,
+                                                          std::string_view text) const {
+    const auto matches = patterns.FindAll(text);
+    return matches.empty() ? std::nullopt
+                           : std::optional(identities_.GetIdentities()[matches.front().owner].kind);
+}
+
+std::optional<EIdentityKind> TIdentitySearch::Find(std::string_view bytes, ETextContext context) const {
+    if (const auto kind = KindOfFirst(squeezed_, Squeeze(bytes))) {
+        return kind;
+    }
+    if (const auto kind = KindOfFirst(raw_, bytes)) {
+        return kind;
+    }
+    if (const auto kind = KindOfFirst(base64_, WithoutLineEnds(bytes))) {
+        return kind;
+    }
+    const TIdentity* word = identities_.FindWord(bytes, context);
+    return word != nullptr ? std::optional(word->kind) : std::nullopt;
+}
+
+}  // namespace NVORHOST

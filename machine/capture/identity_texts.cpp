@@ -1,0 +1,370 @@
+#include "machine/capture/identity_texts.h"
+
+#include "machine/parse/ip_address.h"
+#include "machine/parse/placeholders.h"
+#include "text/numbers.h"
+#include "text/text_kinds.h"
+
+#include <algorithm>
+#include <functional>
+
+namespace NVORHOST {
+
+namespace {
+
+// ---- characters
+
+// The length of what separates words at the start of `text`: a character that is part of none, or the escape
+// of one as systemd and udev write it, "\x2d".
+std::size_t SeparatorLength(std::string_view text) {
+    constexpr std::size_t escapeLength = 4;
+    if (text.empty() || IsIdentityCharacter(text.front())) {
+        return 0;
+    }
+    const bool isEscape = text.size() >= escapeLength && text.starts_with("\\x") && IsHex(text.substr(2, 2));
+    return isEscape ? escapeLength : 1;
+}
+
+std::size_t SeparatorsLength(std::string_view text) {
+    std::size_t length = 0;
+    while (const std::size_t next = SeparatorLength(text.substr(length))) {
+        length += next;
+    }
+    return length;
+}
+
+std::size_t WordLength(std::string_view text) {
+    const auto* const end = std::ranges::find_if_not(text, IsAlphanumeric);
+    return static_cast<std::size_t>(end - text.begin());
+}
+
+bool EndsWord(std::string_view text, std::size_t length) {
+    return length >= text.size() || !IsAlphanumeric(text[length]);
+}
+
+// `text` with its identity characters replaced by those of the pseudonym, in the case that they are in.
+std::string Disguise(std::string_view text, std::string_view pseudonym) {
+    std::string replaced(text);
+    std::size_t next = 0;
+    for (std::size_t i = 0; i < text.size() && next < pseudonym.size();) {
+        if (const std::size_t separator = SeparatorLength(text.substr(i))) {
+            i += separator;
+            continue;
+        }
+        replaced[i] = IsUpper(text[i]) ? ToUpper(pseudonym[next]) : pseudonym[next];
+        ++next;
+        ++i;
+    }
+    return replaced;
+}
+
+// ---- words
+
+// The length of the start of `text` that has the words of `words`, in any case and with any characters that
+// separate them; 0 when it has others.
+std::size_t MatchWords(std::string_view text, std::string_view words) {
+    std::size_t length = 0;
+    for (std::size_t i = 0; i < words.size();) {
+        if (const std::size_t separators = SeparatorsLength(words.substr(i))) {
+            const std::size_t found = SeparatorsLength(text.substr(std::min(length, text.size())));
+            if (found == 0) {
+                return 0;
+            }
+            i += separators;
+            length += found;
+            continue;
+        }
+        if (length >= text.size() || ToLower(text[length]) != ToLower(words[i])) {
+            return 0;
+        }
+        ++length;
+        ++i;
+    }
+    return EndsWord(text, length) ? length : 0;
+}
+
+// Of IPv4 addresses, one of the separators is between all numbers; "10:0:0:5" is a place on a SCSI bus.
+bool IsSpelledLikeAddress(std::string_view text, std::string_view address) {
+    const bool isIpv4 = address.find(':') == std::string_view::npos;
+    const std::string_view separators = isIpv4 ? "._-" : ":_";
+    const auto first = text.find_first_of(separators);
+    return text.size() == address.size() && first != std::string_view::npos &&
+           std::ranges::all_of(text, [&](char c) { return IsAlphanumeric(c) || c == text[first]; });
+}
+
+// ---- values
+
+constexpr std::string_view numberMark = "0x";
+
+bool IsAnyHost(std::string_view name) {
+    return name == "localhost" || name == "localhost.localdomain" || name == "(none)";
+}
+
+// Without the mark of a number and the digit that SCSI puts before a world-wide name, which identify nobody.
+std::string_view WithoutMark(std::string_view text, EIdentityKind kind) {
+    if (text.starts_with(numberMark)) {
+        return text.substr(numberMark.size());
+    }
+    const bool isScsiName = kind == EIdentityKind::worldWideName && text.starts_with('3') &&
+                            (text.size() == 17 || text.size() == 33) && IsHex(text);
+    return isScsiName ? text.substr(1) : text;
+}
+
+// udev may have put "_" in the place of every separator.
+std::optional<std::string> ParseAddress(std::string_view text) {
+    const auto withSeparator = [&](char separator) {
+        std::string spelled(text);
+        std::ranges::replace(spelled, '_', separator);
+        return spelled;
+    };
+    auto address = ParseIpv4Address(withSeparator('.'));
+    return address ? address : ParseIpv6Address(withSeparator(':'));
+}
+
+bool IsPrintable(std::string_view bytes) {
+    return std::ranges::all_of(bytes, [](char c) { return c >= ' ' && c <= '~'; });
+}
+
+}  // namespace
+
+// ---- learning
+
+void TIdentityTexts::Add(std::string_view value, EIdentityKind kind) {
+    const std::string text(WithoutMark(value, kind));
+    TIdentity identity{text, ToCanonical(text), kind, EIdentityReach::itself};
+    const bool isPlaceholder =
+        kind != EIdentityKind::ipAddress && (IsPlaceholder(text) || IsPlaceholder(identity.canonical));
+    if (identity.canonical.empty() || isPlaceholder || !known_.insert({text, kind}).second) {
+        return;
+    }
+    identity.reach = FindReach(identity.canonical, kind);
+    pseudonyms_.Reserve(identity.canonical);
+    const std::size_t index = identities_.size();
+    if (identity.reach == EIdentityReach::anywhere) {
+        everywhere_.Add(identity.canonical, index);
+    }
+    identities_.push_back(std::move(identity));
+    const std::string& added = identities_.back().text;
+    const auto first = std::ranges::find_if(added, IsIdentityCharacter);
+    std::vector<std::size_t>& sameStart = byFirstCharacter_[static_cast<std::uint8_t>(ToLower(*first))];
+    sameStart.push_back(index);
+    std::ranges::stable_sort(sameStart, std::ranges::greater(),
+                             [&](std::size_t i) { return identities_[i].text.size(); });
+}
+
+void TIdentityTexts::LearnAddress(std::string_view text) {
+    const auto address = ParseAddress(text);
+    if (!address || pseudonyms_.ReplaceAddress(*address) == *address) {
+        return;  // loopback and the like
+    }
+    Add(*FormatIpAddress(*address), EIdentityKind::ipAddress);
+    Add(text, EIdentityKind::ipAddress);  // with zeros that are usually left out
+}
+
+void TIdentityTexts::Learn(std::string_view value, EIdentityKind kind) {
+    const std::string_view text = TrimBlanks(value);
+    const auto form = MatchForm(text, {}, ETextContext::identities);
+    if (kind == EIdentityKind::ipAddress) {
+        LearnAddress(text);
+    } else if (form && form->start + form->length == text.size()) {
+        Add(text.substr(form->start), form->kind);
+    } else {
+        Add(text, kind);
+    }
+}
+
+void TIdentityTexts::LearnHostName(std::string_view name) {
+    const std::string text(TrimBlanks(name));
+    if (IsAnyHost(text)) {
+        return;
+    }
+    Add(text, EIdentityKind::hostName);
+    if (const auto dot = text.find('.'); dot != std::string::npos && dot != 0) {
+        Add(std::string_view(text).substr(0, dot), EIdentityKind::hostName);
+    }
+}
+
+namespace {
+
+// Calls `visit` with each place of `text` where a word begins; `visit` returns how many characters to go on.
+template <typename TVisit>
+void ForEachWordStart(std::string_view text, TVisit&& visit) {
+    for (std::size_t place = 0; place < text.size();) {
+        const std::size_t separators = SeparatorLength(text.substr(place));
+        place += separators != 0 ? separators : std::max<std::size_t>(visit(place), 1);
+    }
+}
+
+}  // namespace
+
+void TIdentityTexts::LearnForms(std::string_view text, ETextContext context) {
+    ForEachWordStart(text, [&](std::size_t place) {
+        const std::string_view rest = text.substr(place);
+        if (const auto form = MatchForm(rest, text.substr(0, place), context)) {
+            Learn(rest.substr(form->start, form->length), form->kind);
+            return form->start + form->length;
+        }
+        return WordLength(rest);
+    });
+}
+
+// ---- replacing
+
+// Empty when the text is no address.
+std::string TIdentityTexts::ReplaceAddressText(std::string_view text) const {
+    const auto address = ParseAddress(text);
+    return address ? FormatIpAddress(pseudonyms_.ReplaceAddress(*address)).value_or("") : std::string();
+}
+
+std::string TIdentityTexts::PseudonymOf(const TIdentity& identity) const {
+    if (identity.kind == EIdentityKind::hostName) {
+        return ToCanonical(pseudonyms_.ReplaceHostName(identity.text));
+    }
+    if (identity.kind == EIdentityKind::ipAddress) {
+        const auto replaced = ReplaceAddressText(identity.text);
+        if (replaced.size() == identity.text.size()) {
+            return ToCanonical(replaced);
+        }
+    }
+    return pseudonyms_.Replace(identity.canonical);
+}
+
+std::string TIdentityTexts::ReplaceHostName(std::string_view name) const {
+    return IsAnyHost(TrimBlanks(name)) ? std::string(name) : pseudonyms_.ReplaceHostName(name);
+}
+
+bool TIdentityTexts::IsKnown(std::string_view value) const {
+    return std::ranges::find(identities_, ToCanonical(value), &TIdentity::canonical) != identities_.end();
+}
+
+TIdentityTexts::TWordMatch TIdentityTexts::MatchWord(std::string_view text, ETextContext context) const {
+    const EIdentityReach least = context == ETextContext::identities ? EIdentityReach::names
+                                 : context == ETextContext::anything ? EIdentityReach::words
+                                                                     : EIdentityReach::anywhere;
+    TWordMatch longest;
+    for (const std::size_t start : {std::size_t{0}, text.starts_with(numberMark) ? numberMark.size() : 0}) {
+        const std::string_view rest = text.substr(start);
+        const auto first = rest.empty() ? std::uint8_t{0} : static_cast<std::uint8_t>(ToLower(rest.front()));
+        for (const std::size_t index : byFirstCharacter_[first]) {
+            const TIdentity& identity = identities_[index];
+            const std::size_t length = identity.reach >= least ? MatchWords(rest, identity.text) : 0;
+            const bool fits = identity.kind != EIdentityKind::ipAddress ||
+                              IsSpelledLikeAddress(rest.substr(0, length), identity.text);
+            if (length > longest.length && fits) {
+                longest = {&identity, start, length};
+            }
+        }
+    }
+    return longest;
+}
+
+const TIdentity* TIdentityTexts::FindWord(std::string_view text, ETextContext context) const {
+    const TIdentity* found = nullptr;
+    ForEachWordStart(text, [&](std::size_t place) {
+        const std::string_view rest = text.substr(place);
+        if (const TWordMatch match = MatchWord(rest, context); match.length != 0 && found == nullptr) {
+            found = match.identity;
+        }
+        return WordLength(rest);
+    });
+    return found;
+}
+
+std::string TIdentityTexts::ReplaceForm(std::string_view text, const TFormMatch& form) const {
+    const std::string_view identity = text.substr(form.start, form.length);
+    const std::string address =
+        form.kind == EIdentityKind::ipAddress ? ReplaceAddressText(identity) : std::string();
+    return std::string(text.substr(0, form.start)) + (address.size() == identity.size()
+                                                          ? Disguise(identity, ToCanonical(address))
+                                                          : pseudonyms_.Replace(identity));
+}
+
+// NVMe spells serial number and model as the hexadecimal digits of their characters, blanks around them
+// included.
+std::optional<std::string> TIdentityTexts::ReplaceHexText(std::string_view word, ETextContext context) const {
+    constexpr std::size_t least = 6;
+    if (word.size() < least || word.size() % 2 != 0 || !IsHex(word)) {
+        return std::nullopt;
+    }
+    const std::string decoded = FromHex(word);
+    if (!IsPrintable(decoded)) {
+        return std::nullopt;
+    }
+    const std::string replaced = ReplaceWords(decoded, context);
+    if (replaced == decoded) {
+        return std::nullopt;
+    }
+    std::string digits = ToHex(replaced);
+    if (std::ranges::any_of(word, IsUpper)) {
+        std::ranges::transform(digits, digits.begin(), ToUpper);
+    }
+    return digits;
+}
+
+std::string TIdentityTexts::ReplaceWords(std::string_view text, ETextContext context) const {
+    std::string replaced;
+    replaced.reserve(text.size());
+    ForEachWordStart(text, [&](std::size_t place) {
+        const std::string_view rest = text.substr(place);
+        replaced += text.substr(replaced.size(), place - replaced.size());
+        if (const TWordMatch match = MatchWord(rest, context); match.length != 0) {
+            replaced += rest.substr(0, match.start);
+            replaced += Disguise(rest.substr(match.start, match.length), PseudonymOf(*match.identity));
+        } else if (const auto hex = ReplaceHexText(rest.substr(0, WordLength(rest)), context)) {
+            replaced += *hex;
+        } else if (const auto form = MatchForm(rest, text.substr(0, place), context)) {
+            replaced += ReplaceForm(rest, *form);
+        } else {
+            replaced += rest.substr(0, std::max<std::size_t>(WordLength(rest), 1));
+        }
+        return replaced.size() - place;
+    });
+    replaced += text.substr(replaced.size());
+    return replaced;
+}
+
+// Separators may be missing or others, and an identity may be part of a longer word.
+std::string TIdentityTexts::ReplaceAnywhere(std::string text) const {
+    std::string squeezed;
+    std::vector<std::size_t> places;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (IsAlphanumeric(text[i])) {
+            squeezed += ToLower(text[i]);
+            places.push_back(i);
+        }
+    }
+    std::size_t end = 0;
+    for (const TBytePatterns::TMatch& match : everywhere_.FindAll(squeezed)) {
+        if (match.start < end) {
+            continue;
+        }
+        const std::string pseudonym = PseudonymOf(identities_[match.owner]);
+        for (std::size_t i = 0; i < match.length; ++i) {
+            char& c = text[places[match.start + i]];
+            c = IsUpper(c) ? ToUpper(pseudonym[i]) : pseudonym[i];
+        }
+        end = match.start + match.length;
+    }
+    return text;
+}
+
+std::string TIdentityTexts::Replace(std::string_view text, ETextContext context) const {
+    return ReplaceAnywhere(ReplaceWords(text, context));
+}
+
+TIdentityCounts TIdentityTexts::CountIdentities() const {
+    std::set<std::pair<EIdentityKind, std::string>> different;
+    for (const TIdentity& identity : identities_) {
+        const bool isHost = identity.kind == EIdentityKind::hostName;  // with and without its domain
+        different.insert({identity.kind, isHost
+                                             ? ToCanonical(identity.text.substr(0, identity.text.find('.')))
+                                             : identity.canonical});
+    }
+    TIdentityCounts counts;
+    for (const auto& [kind, canonical] : different) {
+        ++counts[kind];
+    }
+    return counts;
+}
+
+}  // namespace NVORHOST

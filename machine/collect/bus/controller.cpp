@@ -1,0 +1,285 @@
+#include "machine/collect/bus/controller.h"
+
+#include "machine/collect/bus/pci_class_name.h"
+#include "machine/collect/bus/usb_tree.h"
+#include "machine/collect/frame/attribute.h"
+#include "machine/collect/frame/collection.h"
+#include "machine/collect/frame/device_position.h"
+#include "text/lines.h"
+
+#include <algorithm>
+#include <limits>
+#include <set>
+
+namespace NVORHOST {
+
+namespace {
+
+struct TController {
+    std::optional<std::string> elementName, description, deviceId;
+    std::optional<std::uint32_t> maxNumberControlled, videoMemoryBytes;
+    std::optional<std::uint16_t> protocolSupported, interfaceType, usbVersion;
+};
+
+constexpr TPropertyRow<TController> videoRows[] = {
+    {"ElementName", &TController::elementName},
+    {"Description", &TController::description},
+    {"DeviceID", &TController::deviceId},
+    {"OperationalStatus", TNeverKnown{ECimType::eUint16, /*isArray=*/true}},
+    {"MaxNumberControlled", TNeverKnown{ECimType::eUint32}},
+    {"ProtocolSupported", TNeverKnown{ECimType::eUint16}},
+    {"TimeOfLastReset", TNeverKnown{ECimType::eDateTime}},
+    {"MaxMemorySupported", &TController::videoMemoryBytes},
+    {"NumberOfVideoPages", TNeverKnown{ECimType::eUint32}},
+    {"VideoMemoryType", TNeverKnown{ECimType::eUint16}},
+};
+
+constexpr TPropertyRow<TController> usbRows[] = {
+    {"ElementName", &TController::elementName},
+    {"Description", &TController::description},
+    {"DeviceID", &TController::deviceId},
+    {"OperationalStatus", TNeverKnown{ECimType::eUint16, /*isArray=*/true}},
+    {"MaxNumberControlled", &TController::maxNumberControlled},
+    {"ProtocolSupported", &TController::protocolSupported},
+    {"TimeOfLastReset", TNeverKnown{ECimType::eDateTime}},
+    {"InterfaceType", &TController::interfaceType},
+    {"USBVersion", &TController::usbVersion},
+};
+
+constexpr TPropertyRow<TController> ideRows[] = {
+    {"ElementName", &TController::elementName},
+    {"Description", &TController::description},
+    {"DeviceID", &TController::deviceId},
+    {"OperationalStatus", TNeverKnown{ECimType::eUint16, /*isArray=*/true}},
+};
+
+constexpr TClassShape classes[] = {
+    MakeShape<TController, videoRows>("KELSG_VideoController"),
+    MakeShape<TController, usbRows>("KELSG_USBController"),
+    MakeShape<TController, ideRows>("KELSG_IDEProtocolController"),
+};
+constexpr const TClassShape& videoClass = classes[0];
+constexpr const TClassShape& usbClass = classes[1];
+constexpr const TClassShape& ideClass = classes[2];
+
+constexpr TSourcePattern sourcePatterns[] = {
+    "/sys/bus/pci/devices", "/sys/bus/pci/devices/*", "/sys/bus/pci/devices/*/*",
+    "/sys/bus/usb/devices", "/sys/bus/usb/devices/*", "/sys/bus/usb/devices/*/version",
+    "/sys/class/drm",       "/sys/class/drm/*",       "/sys/class/drm/*/device",
+    "/sys/devices",         "/sys/devices/**",
+};
+
+// ---- USB
+
+// CIM_USBController.InterfaceType by the programming interface of PCI class 0C03h: UHCI and OHCI have a
+// number, later ones are "other".
+struct TUsbInterface {
+    std::uint8_t programmingInterface;
+    std::uint16_t interfaceType;
+    std::string_view word;
+    std::uint16_t usbVersion;  // BCD, of a controller whose root hub is not to be seen; 0: it may be several
+};
+
+constexpr std::uint16_t otherInterface = 1;
+constexpr TUsbInterface usbInterfaces[] = {
+    {0x00, 2, "UHCI", 0x0110},
+    {0x10, 3, "OHCI", 0x0110},
+    {0x20, otherInterface, "EHCI", 0x0200},
+    {0x30, otherInterface, "xHCI", 0x0},
+    {0x40, otherInterface, "USB4", 0},
+    {0x80, otherInterface, "", 0},
+    {0xFE, otherInterface, "device", 0},
+};
+
+constexpr std::uint16_t usbAddressSpace = 127;  // a controller gives addresses 1 to 127
+constexpr std::uint16_t usbProtocol = 16;
+
+const TUsbInterface* FindUsbInterface(std::uint8_t programmingInterface) {
+    const auto* const row =
+        std::find_if(std::begin(usbInterfaces), std::end(usbInterfaces), [&](const TUsbInterface& candidate) {
+            return candidate.programmingInterface == programmingInterface;
+        });
+    return row == std::end(usbInterfaces) ? nullptr : row;
+}
+
+// " 2.00" as the register has it, 0200h.
+std::optional<std::uint16_t> ParseUsbVersion(std::string_view text) {
+    const auto [major, minor] = SplitAt(TrimBlanks(text), '.');
+    const auto majorNumber = ParseNumber<std::uint8_t>(major, 16);
+    const auto minorNumber = minor.size() == 2 ? ParseNumber<std::uint8_t>(minor, 16) : std::nullopt;
+    if (!majorNumber || !minorNumber) {
+        return std::nullopt;
+    }
+    return static_cast<std::uint16_t>(*majorNumber << 8 | *minorNumber);
+}
+
+// The highest of the controller's root hubs: xHCI has one for USB 2 and one for USB 3.
+std::optional<std::uint16_t> FindRootHubVersion(const ISystemFiles& files,
+                                                const std::vector<TUsbRootHub>& hubs,
+                                                std::string_view controllerPath) {
+    std::optional<std::uint16_t> highest;
+    for (const TUsbRootHub& hub : hubs) {
+        if (hub.controllerPath != controllerPath) {
+            continue;
+        }
+        const auto text = ReadAttribute(files, "/sys/bus/usb/devices/" + hub.name + "/version");
+        highest = std::max(highest, text ? ParseUsbVersion(*text) : std::nullopt);  // absent is the smallest
+    }
+    return highest;
+}
+
+std::string LastName(std::string_view path) {
+    return std::string(path.substr(path.rfind('/') + 1));
+}
+
+std::string FindPciPath(const ISystemFiles& files, const TPciSource& source) {
+    const auto link = files.ReadLink(source.folder);
+    return link.IsOk() ? ResolveLinkText(source.folder, link.value) : source.folder;
+}
+
+TController MakePciController(TCollection& collection, const TPciSource& source) {
+    TController controller;
+    controller.elementName = MakePciElementName(source, collection.GetDeviceNames());
+    controller.description = GetPciClassName(source.baseClass, source.subclass);
+    controller.deviceId = source.address;
+    return controller;
+}
+
+void CommitPciUsb(TCollection& collection, const TPciSource& source, const std::vector<TUsbRootHub>& hubs) {
+    TController controller = MakePciController(collection, source);
+    controller.maxNumberControlled = usbAddressSpace;
+    controller.protocolSupported = usbProtocol;
+    controller.usbVersion =
+        FindRootHubVersion(collection.GetFiles(), hubs, FindPciPath(collection.GetFiles(), source));
+    if (const TUsbInterface* row = FindUsbInterface(source.programmingInterface)) {
+        controller.interfaceType = row->interfaceType;
+        if (!row->word.empty()) {
+            *controller.description += " (" + std::string(row->word) + ")";
+        }
+        if (!controller.usbVersion && row->usbVersion != 0) {
+            controller.usbVersion = row->usbVersion;
+        }
+    }
+    collection.Commit<TController>(usbClass, usbRows, controller);
+}
+
+// Root hubs that hang on no PCI function: system-on-chip and simulated controllers.
+void CommitOtherUsb(TCollection& collection, const std::vector<TUsbRootHub>& hubs,
+                    const std::set<std::string>& pciPaths) {
+    std::set<std::string> done;
+    for (const TUsbRootHub& hub : hubs) {
+        if (pciPaths.contains(hub.controllerPath) || !done.insert(hub.controllerPath).second) {
+            continue;
+        }
+        TController controller;
+        controller.deviceId = LastName(hub.controllerPath);
+        controller.elementName = "USB controller " + *controller.deviceId;
+        controller.description = "USB controller";
+        controller.maxNumberControlled = usbAddressSpace;
+        controller.protocolSupported = usbProtocol;
+        controller.usbVersion = FindRootHubVersion(collection.GetFiles(), hubs, hub.controllerPath);
+        collection.Commit<TController>(usbClass, usbRows, controller);
+    }
+}
+
+// ---- display
+
+void CommitPciVideo(TCollection& collection, const TPciSource& source) {
+    TController controller = MakePciController(collection, source);
+    // More than the property's 32 bits hold is left out rather than cut.
+    const auto bytes =
+        ReadNumber<std::uint64_t>(collection.GetFiles(), source.folder + "/mem_info_vram_total");
+    if (bytes && *bytes != 0 && *bytes <= std::numeric_limits<std::uint32_t>::max()) {
+        controller.videoMemoryBytes = static_cast<std::uint32_t>(*bytes);
+    }
+    collection.Commit<TController>(videoClass, videoRows, controller);
+}
+
+// "card0", not its connectors "card0-VGA-1".
+bool IsDisplayCard(std::string_view name) {
+    return name.starts_with("card") && ParseNumber<unsigned>(name.substr(4)).has_value();
+}
+
+// True when a folder on the way to `path` is one of the PCI functions.
+bool IsBelow(const std::set<std::string, std::less<>>& addresses, std::string_view path) {
+    while (!path.empty()) {
+        const auto [name, rest] = SplitAt(path, '/');
+        if (addresses.contains(name)) {
+            return true;
+        }
+        path = rest;
+    }
+    return false;
+}
+
+// Where the device of a card of the direct rendering manager sits; empty when the card has none.
+std::string FindCardDevice(const ISystemFiles& files, const std::string& cardFolder) {
+    const auto card = files.ReadLink(cardFolder);
+    const auto device = files.ReadLink(cardFolder + "/device");
+    if (!device.IsOk()) {
+        return {};
+    }
+    const std::string folder = card.IsOk() ? ResolveLinkText(cardFolder, card.value) : cardFolder;
+    return ResolveLinkText(folder + "/device", device.value);
+}
+
+// Cards of the direct rendering manager that are no PCI functions: a frame buffer that the firmware set up, a
+// display adapter on USB. A card of several parts hangs on one device.
+void CommitOtherVideos(TCollection& collection, const std::set<std::string, std::less<>>& pciDisplays) {
+    const ISystemFiles& files = collection.GetFiles();
+    std::set<std::string> done;
+    for (const std::string& name : files.List("/sys/class/drm").value) {
+        if (!IsDisplayCard(name)) {
+            continue;
+        }
+        const std::string device = FindCardDevice(files, "/sys/class/drm/" + name);
+        if (device.empty() || IsBelow(pciDisplays, device) || !done.insert(device).second) {
+            continue;
+        }
+        TController controller;
+        const std::string position = ReadDevicePosition(files, device + "/" + name);
+        controller.deviceId = position.empty() ? LastName(device) : position;
+        controller.elementName = "Display controller " + *controller.deviceId;
+        controller.description = "Display controller";
+        collection.Commit<TController>(videoClass, videoRows, controller);
+    }
+}
+
+// ---- PCI functions by class
+
+constexpr std::uint8_t displayClass = 0x03;
+
+bool HasClass(const TPciSource& source, std::uint8_t baseClass, std::uint8_t subclass) {
+    return source.baseClass == baseClass && source.subclass == subclass;
+}
+
+}  // namespace
+
+std::span<const TClassShape> GetControllerClasses() {
+    return classes;
+}
+
+std::span<const TSourcePattern> GetControllerSources() {
+    return sourcePatterns;
+}
+
+void CollectControllers(TCollection& collection) {
+    const std::vector<TUsbRootHub> hubs = ReadUsbRootHubs(collection.GetFiles());
+    std::set<std::string> usbPaths;
+    std::set<std::string, std::less<>> displays;
+    for (const TPciSource& source : collection.GetPciSources()) {
+        if (source.baseClass == displayClass) {
+            CommitPciVideo(collection, source);
+            displays.insert(source.address);
+        } else if (HasClass(source, 0x0C, 0x03)) {
+            CommitPciUsb(collection, source, hubs);
+            usbPaths.insert(FindPciPath(collection.GetFiles(), source));
+        } else if (HasClass(source, 0x01, 0x01)) {
+            collection.Commit<TController>(ideClass, ideRows, MakePciController(collection, source));
+        }
+    }
+    CommitOtherVideos(collection, displays);
+    CommitOtherUsb(collection, hubs, usbPaths);
+}
+
+}  // namespace NVORHOST

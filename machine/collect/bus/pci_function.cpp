@@ -1,0 +1,247 @@
+#include "machine/collect/bus/pci_function.h"
+
+#include "machine/collect/bus/pci_class_name.h"
+#include "machine/collect/bus/pci_source.h"
+#include "machine/collect/frame/attribute.h"
+#include "machine/collect/frame/collection.h"
+
+#include <algorithm>
+
+namespace NVORHOST {
+
+namespace {
+
+struct TFunction {
+    std::optional<std::string> elementName, description, deviceId;
+    std::optional<std::uint16_t> protocolSupported, deviceSelectTiming, interruptPin, subsystemId,
+        subsystemVendorId, bridgeType, memoryBase, memoryLimit;
+    std::optional<std::uint8_t> cacheLineSize, classCode, latencyTimer, maxLatency, minGrantTime, ioBase,
+        ioLimit, primaryBus, secondaryBus, subordinateBus;
+    std::optional<std::uint32_t> expansionRom;
+    std::optional<bool> selfTestEnabled;
+    std::optional<std::vector<std::uint32_t>> baseAddress;
+};
+
+// What every function has.
+constexpr TPropertyRow<TFunction> functionRows[] = {
+    {"ElementName", &TFunction::elementName},
+    {"Description", &TFunction::description},
+    {"DeviceID", &TFunction::deviceId},
+    {"OperationalStatus", TNeverKnown{ECimType::eUint16, /*isArray=*/true}},
+    {"MaxNumberControlled", TNeverKnown{ECimType::eUint32}},
+    {"ProtocolSupported", &TFunction::protocolSupported},
+    {"TimeOfLastReset", TNeverKnown{ECimType::eDateTime}},
+    {"CacheLineSize", &TFunction::cacheLineSize},
+    {"ClassCode", &TFunction::classCode},
+    {"DeviceSelectTiming", &TFunction::deviceSelectTiming},
+    {"ExpansionROMBaseAddress", &TFunction::expansionRom},
+    {"InterruptPin", &TFunction::interruptPin},
+    {"LatencyTimer", &TFunction::latencyTimer},
+    {"SelfTestEnabled", &TFunction::selfTestEnabled},
+    {"BaseAddress", &TFunction::baseAddress},
+};
+
+constexpr TPropertyRow<TFunction> deviceOwnRows[] = {
+    {"MaxLatency", &TFunction::maxLatency},
+    {"MinGrantTime", &TFunction::minGrantTime},
+    {"SubsystemID", &TFunction::subsystemId},
+    {"SubsystemVendorID", &TFunction::subsystemVendorId},
+};
+constexpr auto deviceRows = JoinRows(functionRows, deviceOwnRows);
+
+constexpr TPropertyRow<TFunction> bridgeOwnRows[] = {
+    {"BridgeType", &TFunction::bridgeType},
+    {"IOBase", &TFunction::ioBase},
+    {"IOLimit", &TFunction::ioLimit},
+    {"MemoryBase", &TFunction::memoryBase},
+    {"MemoryLimit", &TFunction::memoryLimit},
+    {"PrimaryBusNumber", &TFunction::primaryBus},
+    {"SecondaryBusNumber", &TFunction::secondaryBus},
+    {"SubordinateBusNumber", &TFunction::subordinateBus},
+};
+constexpr auto bridgeRows = JoinRows(functionRows, bridgeOwnRows);
+
+constexpr TClassShape classes[] = {
+    MakeShape<TFunction, deviceRows>("KELSG_PCIDevice"),
+    MakeShape<TFunction, bridgeRows>("KELSG_PCIBridge"),
+};
+
+constexpr auto sourcePatterns = pciSources;
+
+// ---- value maps
+
+struct TClassValue {
+    std::uint8_t baseClass;
+    std::uint8_t subclass;
+    std::uint16_t value;
+};
+
+// CIM_Controller.ProtocolSupported, towards what the function controls.
+constexpr TClassValue protocols[] = {
+    {0x01, 0x01, 37},  // IDE
+    {0x01, 0x05, 6},   // ATA
+    {0x01, 0x06, 48},  // Serial ATA
+    {0x01, 0x07, 1},   // SAS: other
+    {0x01, 0x08, 1},   // NVMe: other
+    {0x06, 0x01, 4},   // ISA
+    {0x06, 0x02, 3},   // EISA
+    {0x06, 0x03, 35},  // MCA
+    {0x06, 0x04, 5},   // PCI
+    {0x06, 0x05, 15},  // PCMCIA
+    {0x06, 0x07, 15},  // CardBus
+    {0x07, 0x00, 27},  // RS232
+    {0x07, 0x01, 17},  // parallel
+    {0x0C, 0x00, 12},  // SBP-2 over 1394
+    {0x0C, 0x03, 16},  // USB
+    {0x0C, 0x04, 10},  // Fibre Channel
+};
+
+// Class 0100h also has adapters of other transports; these drivers are for parallel ones alone.
+constexpr std::string_view parallelScsiDrivers[] = {
+    "sym53c8xx", "aic7xxx", "aic79xx", "am53c974", "tmscsim", "dc395x",    "BusLogic", "mptspi",
+    "qla1280",   "initio",  "atp870u", "advansys", "a100u2w", "ncr53c8xx", "nsp32",
+};
+
+// CIM_PCIBridge.BridgeType, of subclasses with a number of their own; the others are "other".
+std::uint16_t FindBridgeType(std::uint8_t subclass, std::optional<std::uint8_t> expressPortType) {
+    constexpr std::uint8_t pciSubclass = 0x04;
+    constexpr std::uint8_t lastSameNumber = 0x08;
+    constexpr std::uint16_t other = 128;
+    constexpr std::uint16_t express = 10;
+    constexpr std::uint16_t expressToPci = 11;
+    constexpr std::uint8_t expressPortTypes[] = {4, 5, 6, 8};  // root, upstream, downstream, from PCI
+    constexpr std::uint8_t toPciPortType = 7;
+    if (subclass == pciSubclass && expressPortType) {
+        if (*expressPortType == toPciPortType) {
+            return expressToPci;
+        }
+        if (std::find(std::begin(expressPortTypes), std::end(expressPortTypes), *expressPortType) !=
+            std::end(expressPortTypes)) {
+            return express;
+        }
+    }
+    return subclass <= lastSameNumber ? subclass : other;
+}
+
+// Status bits 10:9 as CIM_PCIController.DeviceSelectTiming.
+std::uint16_t FindSelectTiming(std::uint16_t status) {
+    constexpr std::uint16_t fast = 2;
+    return static_cast<std::uint16_t>(fast + ((status >> 9) & 0x03));
+}
+
+// ---- one function
+
+std::optional<std::uint16_t> FindProtocol(const ISystemFiles& files, const TPciSource& source) {
+    constexpr std::uint16_t parallelScsi = 9;
+    for (const TClassValue& row : protocols) {
+        if (row.baseClass == source.baseClass && row.subclass == source.subclass) {
+            return row.value;
+        }
+    }
+    if (source.baseClass != 0x01 || source.subclass != 0x00) {
+        return std::nullopt;
+    }
+    const auto driver = ReadLinkedName(files, source.folder + "/driver");
+    const bool isParallel =
+        driver && std::find(std::begin(parallelScsiDrivers), std::end(parallelScsiDrivers), *driver) !=
+                      std::end(parallelScsiDrivers);
+    return isParallel ? std::optional(parallelScsi) : std::nullopt;
+}
+
+// PCI Express functions show zeros where PCI ones tell their timing.
+bool TellsNoTiming(const TPciSource& source) {
+    constexpr std::uint16_t timingBits = 0x0600;
+    return source.isExpress && (source.config->status & timingBits) == 0;
+}
+
+std::optional<std::uint32_t> FindRomAddress(const TPciConfig& config) {
+    constexpr std::uint32_t addressBits = 0xFFFFF800;  // bit 0 enables, the others are reserved
+    const std::uint32_t address = config.expansionRom.value_or(0) & addressBits;
+    return address == 0 ? std::nullopt : std::optional(address);
+}
+
+std::optional<std::vector<std::uint32_t>> FindBaseAddresses(const TPciConfig& config) {
+    std::vector<std::uint32_t> addresses;
+    std::copy_if(config.baseAddresses.begin(), config.baseAddresses.end(), std::back_inserter(addresses),
+                 [](std::uint32_t address) { return address != 0; });
+    return addresses.empty() ? std::nullopt : std::optional(std::move(addresses));
+}
+
+std::uint16_t FindInterruptPin(std::uint8_t pin) {
+    constexpr std::uint8_t lastPin = 4;
+    constexpr std::uint16_t unknown = 5;
+    return pin <= lastPin ? pin : unknown;
+}
+
+void SetSubsystem(const TPciSource& source, TFunction& function) {
+    if (source.subsystemVendorId != 0 && source.subsystemVendorId != 0xFFFF) {
+        function.subsystemVendorId = source.subsystemVendorId;
+        function.subsystemId = source.subsystemId;
+    }
+}
+
+void SetFromConfig(const TPciSource& source, TFunction& function) {
+    const TPciConfig& config = *source.config;
+    function.cacheLineSize = config.cacheLineSize;
+    function.latencyTimer = config.latencyTimer;
+    if (!TellsNoTiming(source)) {
+        function.deviceSelectTiming = FindSelectTiming(config.status);
+    }
+    function.expansionRom = FindRomAddress(config);
+    function.interruptPin = FindInterruptPin(config.interruptPin);
+    function.selfTestEnabled = (config.selfTest & 0x80) != 0;
+    function.baseAddress = FindBaseAddresses(config);
+    function.maxLatency = config.maxLatency;
+    function.minGrantTime = config.minGrant;
+    function.ioBase = config.ioBase;
+    function.ioLimit = config.ioLimit;
+    function.memoryBase = config.memoryBase;
+    function.memoryLimit = config.memoryLimit;
+    function.primaryBus = config.primaryBus;
+    function.secondaryBus = config.secondaryBus;
+    function.subordinateBus = config.subordinateBus;
+}
+
+TFunction MakeFunction(TCollection& collection, const TPciSource& source) {
+    const ISystemFiles& files = collection.GetFiles();
+    TFunction function;
+    function.elementName = MakePciElementName(source, collection.GetDeviceNames());
+    function.description = GetPciClassName(source.baseClass, source.subclass);
+    function.deviceId = source.address;
+    function.protocolSupported = FindProtocol(files, source);
+    function.classCode = source.baseClass;
+    SetSubsystem(source, function);
+    if (source.config) {
+        SetFromConfig(source, function);
+    }
+    if (IsBridge(source)) {
+        const auto portType = source.config ? source.config->expressPortType : std::nullopt;
+        function.bridgeType = FindBridgeType(source.subclass, portType);
+    }
+    return function;
+}
+
+}  // namespace
+
+std::span<const TClassShape> GetPciFunctionClasses() {
+    return classes;
+}
+
+std::span<const TSourcePattern> GetPciFunctionSources() {
+    return sourcePatterns;
+}
+
+void CollectPciFunctions(TCollection& collection) {
+    const TClassShape& deviceClass = classes[0];
+    const TClassShape& bridgeClass = classes[1];
+    for (const TPciSource& source : collection.GetPciSources()) {
+        const TFunction function = MakeFunction(collection, source);
+        if (IsBridge(source)) {
+            collection.Commit<TFunction>(bridgeClass, bridgeRows, function);
+        } else {
+            collection.Commit<TFunction>(deviceClass, deviceRows, function);
+        }
+    }
+}
+
+}  // namespace NVORHOST

@@ -1,0 +1,140 @@
+#include "machine/collect/bus/usb_port.h"
+
+#include "machine/collect/bus/usb_tree.h"
+#include "machine/collect/frame/attribute.h"
+#include "machine/collect/frame/collection.h"
+#include "machine/collect/frame/keyed_records.h"
+
+#include <algorithm>
+
+namespace NVORHOST {
+
+namespace {
+
+struct TPortRecord {
+    std::optional<std::string> elementName, description, deviceId;
+    std::optional<std::uint64_t> speedBitsPerSecond, maxSpeedBitsPerSecond;
+};
+
+constexpr TPropertyRow<TPortRecord> portRows[] = {
+    {"ElementName", &TPortRecord::elementName},
+    {"Description", &TPortRecord::description},
+    {"DeviceID", &TPortRecord::deviceId},
+    {"OperationalStatus", TNeverKnown{ECimType::eUint16, /*isArray=*/true}},
+    {"MaxSpeed", &TPortRecord::maxSpeedBitsPerSecond},
+    {"Speed", &TPortRecord::speedBitsPerSecond},
+};
+
+constexpr TClassShape classes[] = {
+    MakeShape<TPortRecord, portRows>("KELSG_USBPort"),
+};
+
+constexpr TSourcePattern sourcePatterns[] = {
+    "/sys/bus/usb/devices",
+    "/sys/bus/usb/devices/*",
+    "/sys/bus/usb/devices/*/*",
+    "/sys/bus/usb/devices/*/*/device",
+    "/sys/bus/usb/devices/*/*/device/*",
+    "/sys/devices/**",
+};
+
+// Megabits as the kernel writes them, "1.5" or "480"; "unknown" is absent.
+struct TSpeedRow {
+    std::string_view text;
+    std::uint64_t bitsPerSecond;
+};
+
+constexpr TSpeedRow speedRows[] = {
+    {"1.5", 1'500'000},        {"12", 12'000'000},        {"480", 480'000'000},
+    {"5000", 5'000'000'000},   {"10000", 10'000'000'000}, {"20000", 20'000'000'000},
+    {"40000", 40'000'000'000}, {"80000", 80'000'000'000},
+};
+
+std::optional<std::uint64_t> ReadSpeed(const ISystemFiles& files, const std::string& path) {
+    const auto text = ReadAttribute(files, path);
+    const auto* const row = std::find_if(std::begin(speedRows), std::end(speedRows),
+                                         [&](const TSpeedRow& candidate) { return candidate.text == text; });
+    return row == std::end(speedRows) ? std::nullopt : std::optional(row->bitsPerSecond);
+}
+
+TDeviceName FindInDatabase(TCollection& collection, const std::string& folder) {
+    const ISystemFiles& files = collection.GetFiles();
+    const IDeviceNames* names = collection.GetDeviceNames();
+    const auto vendorId = ReadHexNumber<std::uint16_t>(files, folder + "/idVendor");
+    const auto productId = ReadHexNumber<std::uint16_t>(files, folder + "/idProduct");
+    return names != nullptr && vendorId && productId ? names->FindUsb(*vendorId, *productId) : TDeviceName{};
+}
+
+// What is plugged in, by its own words, else by the database's.
+std::string NameAttached(TCollection& collection, const std::string& folder) {
+    const ISystemFiles& files = collection.GetFiles();
+    auto maker = ReadAttribute(files, folder + "/manufacturer");
+    auto product = ReadAttribute(files, folder + "/product");
+    if (!maker || !product) {
+        TDeviceName found = FindInDatabase(collection, folder);
+        if (!maker) {
+            maker = std::move(found.vendor);
+        }
+        if (!product) {
+            product = std::move(found.device);
+        }
+    }
+    const bool saysMakerTwice = maker && product && product->starts_with(*maker + " ");
+    std::string name = saysMakerTwice ? "" : maker.value_or("");
+    name += (name.empty() || !product ? "" : " ") + product.value_or("");
+    return name.empty() ? "a USB device" : name;
+}
+
+// Each hub's speed is read once: its ports stand one after the other.
+class THubSpeed {
+  public:
+    std::optional<std::uint64_t> Read(const ISystemFiles& files, const std::string& hub) {
+        if (hub != hub_) {
+            speed_ = ReadSpeed(files, "/sys/bus/usb/devices/" + hub + "/speed");
+            hub_ = hub;
+        }
+        return speed_;
+    }
+
+  private:
+    std::string hub_;
+    std::optional<std::uint64_t> speed_;
+};
+
+TPortRecord MakePort(TCollection& collection, const TUsbPort& port, THubSpeed& hubSpeed) {
+    constexpr std::uint64_t nothingAttached = 0;
+    const ISystemFiles& files = collection.GetFiles();
+    TPortRecord record;
+    record.elementName = "USB port " + port.number + " of " + port.hub;
+    record.maxSpeedBitsPerSecond = hubSpeed.Read(files, port.hub);
+    if (files.Exists(port.attached)) {
+        record.speedBitsPerSecond = ReadSpeed(files, port.attached + "/speed");
+        record.description = "USB port with " + NameAttached(collection, port.attached);
+    } else {
+        record.speedBitsPerSecond = nothingAttached;
+        record.description = "USB port, empty";
+    }
+    return record;
+}
+
+}  // namespace
+
+std::span<const TClassShape> GetUsbPortClasses() {
+    return classes;
+}
+
+std::span<const TSourcePattern> GetUsbPortSources() {
+    return sourcePatterns;
+}
+
+void CollectUsbPorts(TCollection& collection) {
+    std::vector<TKeyedRecord<TPortRecord>> records;
+    THubSpeed hubSpeed;
+    for (const TUsbPort& port : ReadUsbPorts(collection.GetFiles())) {
+        records.push_back({MakePort(collection, port, hubSpeed), {"", port.position}});
+    }
+    CommitKeyed<TPortRecord>(collection, classes[0], portRows, std::move(records), &TPortRecord::deviceId,
+                             "USB port");
+}
+
+}  // namespace NVORHOST

@@ -1,0 +1,187 @@
+#include "machine/collect/firmware/card.h"
+
+#include "machine/collect/frame/attribute.h"
+#include "machine/collect/frame/collection.h"
+#include "machine/collect/frame/dmi_folder.h"
+#include "machine/collect/frame/keyed_records.h"
+#include "machine/collect/frame/named_place.h"
+#include "machine/parse/placeholders.h"
+#include "machine/parse/smbios_system.h"
+
+namespace NVORHOST {
+
+namespace {
+
+struct TCard {
+    std::optional<std::string> elementName, description, manufacturer, model, serialNumber, tag, version,
+        userTracking;
+    std::optional<std::uint16_t> removalConditions;
+    std::optional<bool> hostingBoard, requiresDaughterBoard;
+};
+
+constexpr TPropertyRow<TCard> cardRows[] = {
+    {"ElementName", &TCard::elementName},
+    {"Description", &TCard::description},
+    {"ManufactureDate", TNeverKnown{ECimType::eDateTime}},
+    {"Manufacturer", &TCard::manufacturer},
+    {"Model", &TCard::model},
+    {"PartNumber", TNeverKnown{ECimType::eString}},
+    {"SerialNumber", &TCard::serialNumber},
+    {"Tag", &TCard::tag},
+    {"Version", &TCard::version},
+    {"RemovalConditions", &TCard::removalConditions},
+    {"UserTracking", &TCard::userTracking},
+    {"HostingBoard", &TCard::hostingBoard},
+    {"RequiresDaughterBoard", &TCard::requiresDaughterBoard},
+    {"SpecialRequirements", TNeverKnown{ECimType::eBoolean}},
+};
+
+constexpr TClassShape classes[] = {
+    MakeShape<TCard, cardRows>("KELSG_Card"),
+};
+
+constexpr auto sourcePatterns = Join(smbiosSources, std::array<TSourcePattern, 4>{
+                                                        "/sys/class/dmi/id",
+                                                        "/sys/class/dmi/id/board_*",
+                                                        "/sys/devices/virtual/dmi/id",
+                                                        "/sys/devices/virtual/dmi/id/board_*",
+                                                    });
+
+constexpr std::string_view boardWord = "Baseboard";
+
+struct TBoardKind {
+    std::uint8_t code;
+    std::string_view name;
+};
+
+// DSP0134, 7.3.2. 01h Unknown and 02h Other name nothing.
+constexpr TBoardKind boardKinds[] = {
+    {0x03, "server blade"},
+    {0x04, "connectivity switch"},
+    {0x05, "system management module"},
+    {0x06, "processor module"},
+    {0x07, "I/O module"},
+    {0x08, "memory module"},
+    {0x09, "daughter board"},
+    {0x0A, "motherboard"},
+    {0x0B, "processor and memory module"},
+    {0x0C, "processor and I/O module"},
+    {0x0D, "interconnect board"},
+};
+
+std::string Describe(const TSmbiosBoard& board) {
+    for (const TBoardKind& row : boardKinds) {
+        if (row.code == board.kind) {
+            return std::string(boardWord) + ", " + std::string(row.name);
+        }
+    }
+    return std::string(boardWord);
+}
+
+// CIM_PhysicalPackage.RemovalConditions of the board's features.
+std::uint16_t FindRemovalConditions(std::uint8_t features) {
+    constexpr std::uint8_t isHotSwappable = 0x10;
+    constexpr std::uint8_t isRemovableOrReplaceable = 0x0C;
+    constexpr std::uint16_t notApplicable = 2;
+    constexpr std::uint16_t whenOff = 3;
+    constexpr std::uint16_t whenOnOrOff = 4;
+    if ((features & isHotSwappable) != 0) {
+        return whenOnOrOff;
+    }
+    return (features & isRemovableOrReplaceable) != 0 ? whenOff : notApplicable;
+}
+
+std::optional<std::string> MakeElementName(const TCard& card) {
+    if (card.manufacturer && card.model) {
+        return *card.manufacturer + " " + *card.model;
+    }
+    return card.model;
+}
+
+TCard MakeCard(const TSmbiosBoard& board) {
+    constexpr std::uint8_t isHosting = 0x01;
+    constexpr std::uint8_t needsDaughterBoard = 0x02;
+    TCard card;
+    card.description = Describe(board);
+    card.manufacturer = WithoutPlaceholder(board.manufacturer);
+    card.model = WithoutPlaceholder(board.product);
+    card.version = WithoutPlaceholder(board.version);
+    card.serialNumber = WithoutPlaceholder(board.serial);
+    card.userTracking = WithoutPlaceholder(board.assetTag);
+    card.elementName = MakeElementName(card);
+    if (board.features) {
+        card.removalConditions = FindRemovalConditions(*board.features);
+        card.hostingBoard = (*board.features & isHosting) != 0;
+        card.requiresDaughterBoard = (*board.features & needsDaughterBoard) != 0;
+    }
+    return card;
+}
+
+// Boards have no names of their own: alone, one has the same key whoever asks, as the kernel's excerpt knows
+// no location.
+std::vector<TKeySource> MakeKeySources(const std::vector<TSmbiosBoard>& boards) {
+    std::vector<TNamedPlace> places;
+    places.reserve(boards.size());
+    for (const TSmbiosBoard& board : boards) {
+        places.push_back({std::string(boardWord), WithoutPlaceholder(board.location).value_or("")});
+    }
+    return MakePlaceKeySources(places, "board");
+}
+
+std::vector<TSmbiosBoard> ReadTable(TCollection& collection) {
+    constexpr std::uint8_t boardType = 2;
+    std::vector<TSmbiosBoard> boards;
+    for (const TSmbiosStructure& structure : collection.GetSmbios().GetStructures()) {
+        if (structure.GetType() == boardType) {
+            boards.push_back(ParseSmbiosBoard(structure));
+        }
+    }
+    return boards;
+}
+
+// The kernel keeps the texts of the first board. Machines without one have the files too, empty or not at
+// all.
+std::vector<TSmbiosBoard> ReadExcerpt(const ISystemFiles& files) {
+    const std::string folder(FindDmiFolder(files));
+    if (folder.empty()) {
+        return {};
+    }
+    const auto read = [&](std::string_view name) {
+        return ReadAttribute(files, folder + "/board_" + std::string(name));
+    };
+    TSmbiosBoard board;
+    board.manufacturer = read("vendor");
+    board.product = read("name");
+    board.version = read("version");
+    board.assetTag = read("asset_tag");
+    if (!board.manufacturer && !board.product) {
+        return {};
+    }
+    board.serial = read("serial");
+    return {std::move(board)};
+}
+
+}  // namespace
+
+std::span<const TClassShape> GetCardClasses() {
+    return classes;
+}
+
+std::span<const TSourcePattern> GetCardSources() {
+    return sourcePatterns;
+}
+
+void CollectCards(TCollection& collection) {
+    auto boards = ReadTable(collection);
+    if (boards.empty() && collection.GetSmbios().GetStructures().empty()) {
+        boards = ReadExcerpt(collection.GetFiles());
+    }
+    auto keySources = MakeKeySources(boards);
+    std::vector<TKeyedRecord<TCard>> cards;
+    for (std::size_t i = 0; i < boards.size(); ++i) {
+        cards.push_back({MakeCard(boards[i]), std::move(keySources[i])});
+    }
+    CommitKeyed<TCard>(collection, classes[0], cardRows, std::move(cards), &TCard::tag, "board");
+}
+
+}  // namespace NVORHOST

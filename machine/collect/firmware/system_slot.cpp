@@ -1,0 +1,193 @@
+#include "machine/collect/firmware/system_slot.h"
+
+#include "machine/collect/bus/pci_class_name.h"
+#include "machine/collect/bus/pci_slot.h"
+#include "machine/collect/bus/pci_source.h"
+#include "machine/collect/firmware/slot_kind.h"
+#include "machine/collect/frame/attribute.h"
+#include "machine/collect/frame/collection.h"
+#include "machine/collect/frame/keyed_records.h"
+#include "machine/collect/frame/named_place.h"
+#include "machine/parse/placeholders.h"
+#include "machine/parse/smbios_slot.h"
+
+namespace NVORHOST {
+
+namespace {
+
+struct TSystemSlot {
+    std::optional<std::string> elementName, description, tag;
+    std::optional<std::uint16_t> connectorGender, connectorLayout, maxDataWidthBits, number;
+    std::optional<bool> openSwitch, specialPurpose, supportsHotPlug;
+};
+
+constexpr TPropertyRow<TSystemSlot> systemSlotRows[] = {
+    {"ElementName", &TSystemSlot::elementName},
+    {"Description", &TSystemSlot::description},
+    {"ManufactureDate", TNeverKnown{ECimType::eDateTime}},
+    {"Manufacturer", TNeverKnown{ECimType::eString}},
+    {"Model", TNeverKnown{ECimType::eString}},
+    {"PartNumber", TNeverKnown{ECimType::eString}},
+    {"SerialNumber", TNeverKnown{ECimType::eString}},
+    {"Tag", &TSystemSlot::tag},
+    {"Version", TNeverKnown{ECimType::eString}},
+    {"ConnectorGender", &TSystemSlot::connectorGender},
+    {"ConnectorLayout", &TSystemSlot::connectorLayout},
+    {"ConnectorPinout", TNeverKnown{ECimType::eString}},
+    {"NumPhysicalPins", TNeverKnown{ECimType::eUint32}},
+    {"HeightAllowed", TNeverKnown{ECimType::eReal32}},
+    {"LengthAllowed", TNeverKnown{ECimType::eReal32}},
+    {"MaxDataWidth", &TSystemSlot::maxDataWidthBits},
+    {"Number", &TSystemSlot::number},
+    {"OpenSwitch", &TSystemSlot::openSwitch},
+    {"SpecialPurpose", &TSystemSlot::specialPurpose},
+    {"SupportsHotPlug", &TSystemSlot::supportsHotPlug},
+    {"ThermalRating", TNeverKnown{ECimType::eUint32}},
+};
+
+constexpr TClassShape classes[] = {
+    MakeShape<TSystemSlot, systemSlotRows>("KELSG_SystemSlot"),
+};
+
+// A bridge's folder lists the functions behind it.
+constexpr auto sourcePatterns = Join(smbiosSources, std::array<TSourcePattern, 10>{
+                                                        "/sys/bus/pci/slots",
+                                                        "/sys/bus/pci/slots/*/address",
+                                                        "/sys/bus/pci/slots/*/latch",
+                                                        "/sys/bus/pci/devices/*",
+                                                        "/sys/bus/pci/devices/*/class",
+                                                        "/sys/bus/pci/devices/*/vendor",
+                                                        "/sys/bus/pci/devices/*/device",
+                                                        "/sys/bus/pci/devices/*/subsystem_vendor",
+                                                        "/sys/bus/pci/devices/*/subsystem_device",
+                                                        "/sys/bus/pci/devices/*/modalias",
+                                                    });
+
+constexpr std::uint8_t isAvailable = 0x03;  // usage: nothing is in the slot
+
+// What several slots are looked up in.
+using TSlotFolders = std::map<std::string, std::string>;
+
+std::uint16_t FindLayout(const TSlotKind& kind, const TSmbiosSlot& slot) {
+    constexpr std::uint16_t expressOfAnySize = 18;
+    if (kind.connectorLayout != expressOfAnySize || !slot.physicalWidth) {
+        return kind.connectorLayout;
+    }
+    return FindExpressLayout(*slot.physicalWidth).value_or(expressOfAnySize);
+}
+
+void SetFromKind(const TSmbiosSlot& slot, TSystemSlot& target) {
+    constexpr std::uint16_t female = 3;
+    const TSlotKind* kind = slot.kind ? FindSlotKind(*slot.kind) : nullptr;
+    if (kind == nullptr) {
+        return;
+    }
+    target.connectorLayout = FindLayout(*kind, slot);
+    target.specialPurpose = kind->specialPurpose;
+    if (kind->connector == ESlotConnector::cardEdge) {
+        target.connectorGender = female;
+    }
+    if (kind->number == ESlotNumber::given && slot.number) {
+        target.number = *slot.number;
+    }
+}
+
+// "0000:05:00.0" without the function, as the kernel names slots.
+std::string WithoutFunction(const std::string& address) {
+    return address.substr(0, address.rfind('.'));
+}
+
+std::optional<bool> ReadOpenSwitch(const ISystemFiles& files, const TSlotFolders& folders,
+                                   const TSmbiosSlot& slot) {
+    constexpr std::uint8_t isOpen = 1;
+    const auto found = slot.pciAddress ? folders.find(WithoutFunction(*slot.pciAddress)) : folders.end();
+    if (found == folders.end()) {
+        return std::nullopt;
+    }
+    const auto latch = ReadNumber<std::uint8_t>(files, found->second + "/latch");
+    return latch ? std::optional(*latch == isOpen) : std::nullopt;
+}
+
+std::string NameFunction(TCollection& collection, const std::string& address) {
+    const ISystemFiles& files = collection.GetFiles();
+    const std::string folder = "/sys/bus/pci/devices/" + address;
+    const auto numbers = ReadPciNumbers(files, folder);
+    const IDeviceNames* names = collection.GetDeviceNames();
+    if (names != nullptr && numbers) {
+        const TDeviceName found = names->FindPci(*numbers);
+        if (found.vendor && found.device) {
+            return *found.vendor + " " + *found.device;
+        }
+    }
+    // The slot was found by the class, which counts where the other numbers are missing.
+    const auto classCode = ReadHexNumber<std::uint32_t>(files, folder + "/class").value_or(0);
+    return std::string(GetPciClassName(static_cast<std::uint8_t>(classCode >> 16),
+                                       static_cast<std::uint8_t>(classCode >> 8)));
+}
+
+// "System slot, PCI Express 3 x8, in use by Ethernet controller at 0000:05:00.0".
+std::string Describe(TCollection& collection, const TSmbiosSlot& slot) {
+    std::string description = "System slot";
+    const TSlotKind* kind = slot.kind ? FindSlotKind(*slot.kind) : nullptr;
+    if (kind != nullptr && !kind->name.empty()) {
+        description += ", " + std::string(kind->name);
+    }
+    // Firmware that calls a slot free and gives it an address all the same means the bus, not a card.
+    const auto function = slot.pciAddress && slot.usage != isAvailable
+                              ? FindFunctionInSlot(collection.GetFiles(), *slot.pciAddress)
+                              : std::nullopt;
+    if (function) {
+        return description + ", in use by " + NameFunction(collection, *function) + " at " + *function;
+    }
+    const std::string_view usage = slot.usage ? GetSlotUsageName(*slot.usage) : std::string_view{};
+    return usage.empty() ? description : description + ", " + std::string(usage);
+}
+
+TSystemSlot MakeSlot(TCollection& collection, const TSlotFolders& folders, const TSmbiosSlot& slot) {
+    TSystemSlot target;
+    target.elementName = WithoutPlaceholder(slot.designation);
+    target.description = Describe(collection, slot);
+    target.maxDataWidthBits = slot.dataWidth ? FindMaxDataWidth(*slot.dataWidth) : std::nullopt;
+    target.openSwitch = ReadOpenSwitch(collection.GetFiles(), folders, slot);
+    target.supportsHotPlug = slot.supportsHotPlug;
+    SetFromKind(slot, target);
+    return target;
+}
+
+}  // namespace
+
+std::span<const TClassShape> GetSystemSlotClasses() {
+    return classes;
+}
+
+std::span<const TSourcePattern> GetSystemSlotSources() {
+    return sourcePatterns;
+}
+
+void CollectSystemSlots(TCollection& collection) {
+    constexpr std::uint8_t slotType = 9;
+    std::optional<TSlotFolders> folders;
+    std::vector<TKeyedRecord<TSystemSlot>> slots;
+    std::vector<TNamedPlace> places;
+    for (const TSmbiosStructure& structure : collection.GetSmbios().GetStructures()) {
+        if (structure.GetType() == slotType) {
+            if (!folders) {  // the kernel names far more slots than there are: read only when asked for
+                folders = ReadPciSlotFolders(collection.GetFiles());
+            }
+            const TSmbiosSlot source = ParseSmbiosSlot(structure);
+            TSystemSlot slot = MakeSlot(collection, *folders, source);
+            // An address alone would be a poor name: slots without a designation go by their number.
+            places.push_back(
+                {slot.elementName.value_or(""), slot.elementName ? source.pciAddress.value_or("") : ""});
+            slots.push_back({std::move(slot), {}});
+        }
+    }
+    auto keySources = MakePlaceKeySources(places, "slot");
+    for (std::size_t i = 0; i < slots.size(); ++i) {
+        slots[i].keySource = std::move(keySources[i]);
+    }
+    CommitKeyed<TSystemSlot>(collection, classes[0], systemSlotRows, std::move(slots), &TSystemSlot::tag,
+                             "slot");
+}
+
+}  // namespace NVORHOST

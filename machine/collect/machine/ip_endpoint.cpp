@@ -1,0 +1,103 @@
+#include "machine/collect/machine/ip_endpoint.h"
+
+#include "machine/collect/frame/attribute.h"
+#include "machine/collect/frame/collection.h"
+#include "machine/collect/frame/operational_status.h"
+#include "machine/parse/proc_net.h"
+
+#include <algorithm>
+#include <tuple>
+
+namespace NVORHOST {
+
+namespace {
+
+struct TIpEndpoint {
+    std::optional<std::string> elementName, description, ipv4Address, ipv6Address;
+    std::optional<TOperationalStatus> operationalStatus;
+};
+
+constexpr TPropertyRow<TIpEndpoint> ipEndpointRows[] = {
+    {"ElementName", &TIpEndpoint::elementName},
+    {"Description", &TIpEndpoint::description},
+    {"OperationalStatus", &TIpEndpoint::operationalStatus},
+    {"IPv4Address", &TIpEndpoint::ipv4Address},
+    {"IPv6Address", &TIpEndpoint::ipv6Address},
+};
+
+constexpr TClassShape classes[] = {
+    MakeShape<TIpEndpoint, ipEndpointRows>("KELSG_IPProtocolEndpoint"),
+};
+
+constexpr TSourcePattern sourcePatterns[] = {
+    "/proc/net/fib_trie",
+    "/proc/net/route",
+    "/proc/net/if_inet6",
+    "/sys/class/net/*/operstate",
+};
+
+using TAddresses = std::vector<TInterfaceAddress>;
+
+TAddresses ReadAddressesOfTree(const ISystemFiles& files) {
+    TAddresses addresses;
+    const auto routes = ParseIpv4Routes(files.ReadText("/proc/net/route").value);
+    for (const std::string& address : ParseLocalIpv4Addresses(files.ReadText("/proc/net/fib_trie").value)) {
+        addresses.push_back({FindInterface(routes, address), address});
+    }
+    for (const TIpv6Interface& row : ParseIpv6Interfaces(files.ReadText("/proc/net/if_inet6").value)) {
+        addresses.push_back({row.interface, row.address});
+    }
+    return addresses;
+}
+
+// The kernel gives an address once for each network it is in.
+void SortOnce(TAddresses& addresses) {
+    const auto order = [](const TInterfaceAddress& row) {
+        return std::make_tuple(std::string_view(row.interface), row.address.size(),
+                               std::string_view(row.address));
+    };
+    std::sort(addresses.begin(), addresses.end(),
+              [&](const auto& a, const auto& b) { return order(a) < order(b); });
+    const auto isSame = [&](const auto& a, const auto& b) { return order(a) == order(b); };
+    addresses.erase(std::unique(addresses.begin(), addresses.end(), isSame), addresses.end());
+}
+
+TIpEndpoint MakeEndpoint(const ISystemFiles& files, const TInterfaceAddress& row, const std::string& text) {
+    const bool isIpv4 = row.address.size() == ipv4Bytes;
+    TIpEndpoint endpoint;
+    endpoint.description = isIpv4 ? "IPv4 address" : "IPv6 address";
+    (isIpv4 ? endpoint.ipv4Address : endpoint.ipv6Address) = text;
+    if (row.interface.empty()) {
+        endpoint.elementName = text;
+        return endpoint;
+    }
+    endpoint.elementName = row.interface + " " + text;
+    *endpoint.description += " of " + row.interface;
+    const auto state = ReadAttribute(files, "/sys/class/net/" + row.interface + "/operstate");
+    endpoint.operationalStatus = FindInterfaceStatus(state.value_or(""));
+    return endpoint;
+}
+
+}  // namespace
+
+std::span<const TClassShape> GetIpEndpointClasses() {
+    return classes;
+}
+
+std::span<const TSourcePattern> GetIpEndpointSources() {
+    return sourcePatterns;
+}
+
+void CollectIpEndpoints(TCollection& collection) {
+    const ISystemFiles& files = collection.GetFiles();
+    const auto answer = collection.GetCalls().InterfaceAddresses();
+    TAddresses addresses = answer ? *answer : ReadAddressesOfTree(files);
+    SortOnce(addresses);
+    for (const TInterfaceAddress& row : addresses) {
+        if (const auto text = FormatIpAddress(row.address)) {
+            collection.Commit<TIpEndpoint>(classes[0], ipEndpointRows, MakeEndpoint(files, row, *text));
+        }
+    }
+}
+
+}  // namespace NVORHOST

@@ -1,0 +1,193 @@
+#include "machine/collect/machine/operating_system.h"
+
+#include "machine/collect/frame/collection.h"
+#include "machine/collect/frame/operational_status.h"
+#include "machine/parse/meminfo.h"
+#include "machine/parse/os_release.h"
+#include "machine/parse/proc_stat.h"
+#include "machine/parse/proc_version.h"
+#include "machine/parse/release_files.h"
+#include "machine/parse/utmp.h"
+
+#include <algorithm>
+
+namespace NVORHOST {
+
+namespace {
+
+struct TOperatingSystem {
+    std::optional<std::string> elementName, description, csName, kernelRelease, version;
+    std::optional<TOperationalStatus> operationalStatus;
+    std::optional<std::int16_t> currentTimeZone;  // minutes east of UTC
+    std::optional<std::uint32_t> pageSizeBytes, numberOfLicensedUsers, numberOfProcesses, numberOfUsers;
+    std::optional<std::uint64_t> freePhysicalKiB, freeVirtualKiB, totalVisibleKiB, totalSwapKiB,
+        totalVirtualKiB;
+    std::optional<TCIMDateTime> lastBootUpTime, localDateTime;
+    std::optional<std::uint16_t> osType;
+};
+
+constexpr TPropertyRow<TOperatingSystem> operatingSystemRows[] = {
+    {"ElementName", &TOperatingSystem::elementName},
+    {"Description", &TOperatingSystem::description},
+    {"OperationalStatus", &TOperatingSystem::operationalStatus},
+    {"CSName", &TOperatingSystem::csName},
+    {"CurrentTimeZone", &TOperatingSystem::currentTimeZone},
+    {"PageSize", &TOperatingSystem::pageSizeBytes},
+    {"FreePhysicalMemory", &TOperatingSystem::freePhysicalKiB},
+    {"FreeVirtualMemory", &TOperatingSystem::freeVirtualKiB},
+    {"KernelRelease", &TOperatingSystem::kernelRelease},
+    {"LastBootUpTime", &TOperatingSystem::lastBootUpTime},
+    {"LocalDateTime", &TOperatingSystem::localDateTime},
+    {"NumberOfLicensedUsers", &TOperatingSystem::numberOfLicensedUsers},
+    {"NumberOfProcesses", &TOperatingSystem::numberOfProcesses},
+    {"NumberOfUsers", &TOperatingSystem::numberOfUsers},
+    {"OSType", &TOperatingSystem::osType},
+    {"Version", &TOperatingSystem::version},
+    {"TotalSwapSpaceSize", &TOperatingSystem::totalSwapKiB},
+    {"TotalVirtualMemorySize", &TOperatingSystem::totalVirtualKiB},
+    {"TotalVisibleMemorySize", &TOperatingSystem::totalVisibleKiB},
+};
+
+constexpr TClassShape classes[] = {
+    MakeShape<TOperatingSystem, operatingSystemRows>("KELSG_OperatingSystem"),
+};
+
+constexpr std::array<TSourcePattern, 10> sourcePatterns{
+    "/etc/os-release",   "/usr/lib/os-release", "/etc/redhat-release",
+    "/etc/SuSE-release", "/etc/debian_version", "/proc",
+    "/proc/meminfo",     "/proc/stat",          "/proc/version",
+    "/run/utmp",
+};
+
+// Systems from before os-release; the first file that names the system counts.
+struct TReleaseFile {
+    std::string_view path;
+    TOsRelease (*parse)(std::string_view text);
+};
+
+constexpr TReleaseFile olderReleaseFiles[] = {
+    {"/etc/redhat-release", ParseRedHatRelease},
+    {"/etc/SuSE-release", ParseSuseRelease},
+    {"/etc/debian_version", ParseDebianVersion},
+};
+
+std::optional<std::uint64_t> Add(std::optional<std::uint64_t> left, std::optional<std::uint64_t> right) {
+    return left && right ? std::optional(*left + *right) : std::nullopt;
+}
+
+void SetMemory(const TMemInfo& memory, TOperatingSystem& system) {
+    system.freePhysicalKiB = memory.freeKiB;
+    system.freeVirtualKiB = Add(memory.freeKiB, memory.swapFreeKiB);
+    system.totalVisibleKiB = memory.totalKiB;
+    system.totalSwapKiB = memory.swapTotalKiB;
+    system.totalVirtualKiB = Add(memory.totalKiB, memory.swapTotalKiB);
+}
+
+TOsRelease ReadOsRelease(const ISystemFiles& files) {
+    auto text = files.ReadText("/etc/os-release");
+    if (!text.IsOk()) {
+        text = files.ReadText("/usr/lib/os-release");
+    }
+    TOsRelease release = ParseOsRelease(text.value);
+    if (release.prettyName || release.name) {
+        return release;
+    }
+    for (const TReleaseFile& file : olderReleaseFiles) {
+        TOsRelease older = file.parse(files.ReadText(file.path).value);
+        if (older.prettyName) {
+            return older;
+        }
+    }
+    return release;
+}
+
+// A captured tree may lack the answers of system calls.
+std::optional<std::string> FindKernelRelease(TCollection& collection) {
+    if (auto release = collection.GetCalls().KernelRelease()) {
+        return release;
+    }
+    return ParseKernelRelease(collection.GetFiles().ReadText("/proc/version").value);
+}
+
+// "6.1.0-13-amd64" begins with the number 6.1.0.
+std::optional<std::string> KernelNumber(const std::optional<std::string>& release) {
+    if (!release) {
+        return std::nullopt;
+    }
+    const auto length = std::min(release->find_first_not_of("0123456789."), release->size());
+    return length == 0 ? std::nullopt : std::optional(release->substr(0, length));
+}
+
+void SetNames(TCollection& collection, TOperatingSystem& system) {
+    const TOsRelease release = ReadOsRelease(collection.GetFiles());
+    const ISystemCalls& calls = collection.GetCalls();
+    system.csName = calls.NodeName();
+    system.kernelRelease = FindKernelRelease(collection);
+    system.elementName = release.prettyName ? release.prettyName : release.name;
+    if (!system.elementName) {
+        system.elementName = "Linux";
+    }
+    system.version = release.versionId ? release.versionId : KernelNumber(system.kernelRelease);
+    system.description = "Linux";
+    if (system.kernelRelease) {
+        *system.description += " " + *system.kernelRelease;
+    }
+    if (const auto architecture = calls.Architecture()) {
+        *system.description += " on " + *architecture;
+    }
+}
+
+void SetTimes(TCollection& collection, TOperatingSystem& system) {
+    system.localDateTime = collection.GetLocalTime();
+    if (system.localDateTime) {
+        system.currentTimeZone = system.localDateTime->GetUTCOffset();
+    }
+    const auto bootTime = ParseBootTime(collection.GetFiles().ReadText("/proc/stat").value);
+    if (bootTime) {
+        system.lastBootUpTime = collection.ToDateTime(*bootTime);
+    }
+}
+
+// Process folders are the names of digits only. A tree without any was not captured with its processes.
+std::optional<std::uint32_t> CountProcesses(const ISystemFiles& files) {
+    const auto names = files.List("/proc").value;
+    const auto count = std::count_if(names.begin(), names.end(), [](const std::string& name) {
+        return name.find_first_not_of("0123456789") == std::string::npos;
+    });
+    return count == 0 ? std::nullopt : std::optional(static_cast<std::uint32_t>(count));
+}
+
+void SetCounts(const ISystemFiles& files, TOperatingSystem& system) {
+    constexpr std::uint32_t unlimited = 0;
+    system.numberOfLicensedUsers = unlimited;
+    system.numberOfProcesses = CountProcesses(files);
+    if (const auto sessions = files.ReadText("/run/utmp"); sessions.IsOk()) {
+        system.numberOfUsers = CountUserProcesses(sessions.value);
+    }
+}
+
+}  // namespace
+
+std::span<const TClassShape> GetOperatingSystemClasses() {
+    return classes;
+}
+
+std::span<const TSourcePattern> GetOperatingSystemSources() {
+    return sourcePatterns;
+}
+
+void CollectOperatingSystem(TCollection& collection) {
+    constexpr std::uint16_t linuxType = 36;
+    const ISystemFiles& files = collection.GetFiles();
+    TOperatingSystem system;
+    system.operationalStatus = {statusOk};
+    system.osType = linuxType;
+    system.pageSizeBytes = collection.GetCalls().PageSizeBytes();
+    SetNames(collection, system);
+    SetMemory(ParseMemInfo(files.ReadText("/proc/meminfo").value), system);
+    SetTimes(collection, system);
+    SetCounts(files, system);
+    collection.Commit<TOperatingSystem>(classes[0], operatingSystemRows, system);
+}
+
+}  // namespace NVORHOST

@@ -1,0 +1,124 @@
+#include "machine/collect/machine/process.h"
+
+#include "machine/collect/frame/collection.h"
+#include "machine/parse/proc_stat.h"
+#include "machine/parse/process_stat.h"
+#include "text/numbers.h"
+
+#include <algorithm>
+
+namespace NVORHOST {
+
+namespace {
+
+struct TProcess {
+    std::optional<std::string> elementName, description, processId;
+    std::optional<TCIMDateTime> creationDate;
+    std::optional<std::uint16_t> executionState;
+    std::optional<std::uint32_t> priority;
+};
+
+constexpr TPropertyRow<TProcess> processRows[] = {
+    {"ElementName", &TProcess::elementName},
+    {"Description", &TProcess::description},
+    {"ProcessID", &TProcess::processId},
+    {"CreationDate", &TProcess::creationDate},
+    {"ExecutionState", &TProcess::executionState},
+    {"Priority", &TProcess::priority},
+    {"TerminationDate", TNeverKnown{ECimType::eDateTime}},
+};
+
+constexpr TClassShape classes[] = {
+    MakeShape<TProcess, processRows>("KELSG_Process"),
+};
+
+constexpr TSourcePattern sourcePatterns[] = {
+    "/proc",
+    "/proc/stat",
+    "/proc/*/stat",
+};
+
+struct TStateLetter {
+    char letter;
+    std::uint16_t executionState;
+};
+
+constexpr std::uint16_t unknownState = 0;
+constexpr std::uint16_t blocked = 4;
+
+constexpr TStateLetter stateLetters[] = {
+    {'R', 3},                            // running
+    {'S', blocked},                      // asleep until something happens
+    {'D', blocked},                      // the same, and no signal wakes it
+    {'I', blocked},                      // idle kernel thread
+    {'T', 8},                            // stopped
+    {'t', 8},                            // stopped by a debugger
+    {'Z', 7},                            // terminated, its parent has not asked yet
+    {'X', 7},       {'x', 7}, {'P', 1},  // parked
+    {'K', 1},                            // wakekill and waking: names of kernels before 4.14
+    {'W', 1},
+};
+
+std::uint16_t FindExecutionState(char letter) {
+    const auto* const row = std::ranges::find(stateLetters, letter, &TStateLetter::letter);
+    return row == std::end(stateLetters) ? unknownState : row->executionState;
+}
+
+// The kernel's own scale, from 0 for the highest real-time priority to 139. Deadline scheduling has none.
+std::optional<std::uint32_t> ToPriority(std::int32_t priority) {
+    constexpr std::int32_t shift = 100;
+    return priority < -shift ? std::nullopt : std::optional(static_cast<std::uint32_t>(priority + shift));
+}
+
+std::vector<std::uint32_t> ListProcesses(const ISystemFiles& files) {
+    std::vector<std::uint32_t> numbers;
+    for (const std::string& name : files.List("/proc").value) {
+        if (const auto number = ParseNumber<std::uint32_t>(name)) {
+            numbers.push_back(*number);
+        }
+    }
+    std::sort(numbers.begin(), numbers.end());
+    return numbers;
+}
+
+TProcess MakeProcess(const TCollection& collection, const TProcessStat& stat,
+                     std::optional<std::int64_t> bootTime) {
+    constexpr std::uint32_t usualTicksPerSecond = 100;  // USER_HZ, fixed on x86
+    TProcess process;
+    process.elementName = stat.name;
+    process.description = stat.isKernelThread ? "Kernel thread" : "Process";
+    process.executionState = FindExecutionState(stat.state);
+    process.priority = ToPriority(stat.priority);
+    if (bootTime) {
+        const auto ticks = collection.GetCalls().ClockTicksPerSecond().value_or(usualTicksPerSecond);
+        process.creationDate =
+            collection.ToDateTime(*bootTime + static_cast<std::int64_t>(stat.startTicks / ticks));
+    }
+    return process;
+}
+
+}  // namespace
+
+std::span<const TClassShape> GetProcessClasses() {
+    return classes;
+}
+
+std::span<const TSourcePattern> GetProcessSources() {
+    return sourcePatterns;
+}
+
+void CollectProcesses(TCollection& collection) {
+    const ISystemFiles& files = collection.GetFiles();
+    const auto bootTime = ParseBootTime(files.ReadText("/proc/stat").value);
+    for (const std::uint32_t number : ListProcesses(files)) {
+        const std::string name = std::to_string(number);
+        const auto stat = ParseProcessStat(files.ReadText("/proc/" + name + "/stat").value);
+        if (stat) {
+            TProcess process = MakeProcess(collection, *stat, bootTime);
+            process.processId = name;
+            collection.Commit<TProcess>(classes[0], processRows, process);
+        }
+    }
+}
+
+}  // namespace NVORHOST

@@ -1,0 +1,63 @@
+#include "machine/collect/memory/memory_kind.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace NVORHOST {
+
+namespace {
+
+// CIM_PhysicalComponent.RemovalConditions.
+constexpr std::optional<std::uint16_t> soldered = 2;  // not applicable
+constexpr std::optional<std::uint16_t> whenOff = 3;
+constexpr std::optional<std::uint16_t> untold = std::nullopt;
+
+// DSP0134, 7.18.1.
+constexpr TMemoryFormFactor formFactors[] = {
+    {0x01, "", 1, untold},
+    {0x02, "", 0, untold},
+    {0x03, "SIMM", 7, whenOff},
+    {0x04, "SIP", 2, untold},
+    {0x05, "chip", 1, soldered},
+    {0x06, "DIP", 3, untold},
+    {0x07, "ZIP", 4, untold},
+    {0x08, "proprietary card", 6, untold},
+    {0x09, "DIMM", 8, whenOff},
+    {0x0A, "TSOP", 9, untold},
+    {0x0B, "row of chips", 1, soldered},
+    {0x0C, "RIMM", 11, whenOff},
+    {0x0D, "SODIMM", 12, whenOff},
+    {0x0E, "SRIMM", 13, whenOff},
+    {0x0F, "FB-DIMM", 1, whenOff},
+    {0x10, "die", 1, soldered},
+    {0x11, "CAMM", 1, whenOff},
+    {0x12, "CUDIMM", 1, whenOff},
+    {0x13, "CSODIMM", 1, whenOff},
+};
+
+// DSP0134, 7.18.2. The two lists have the same numbers for 01h and from 18h to 1Eh only.
+constexpr TMemoryKind kinds[] = {
+    {0x01, "", 1},        {0x02, "", 0},        {0x03, "DRAM", 2},    {0x04, "EDRAM", 6},
+    {0x05, "VRAM", 7},    {0x06, "SRAM", 8},    {0x07, "RAM", 9},     {0x08, "ROM", 10},
+    {0x09, "Flash", 11},  {0x0A, "EEPROM", 12}, {0x0B, "FEPROM", 13}, {0x0C, "EPROM", 14},
+    {0x0D, "CDRAM", 15},  {0x0E, "3DRAM", 16},  {0x0F, "SDRAM", 17},  {0x10, "SGRAM", 18},
+    {0x11, "RDRAM", 19},  {0x12, "DDR", 20},    {0x13, "DDR2", 21},   {0x14, "DDR2 FB-DIMM", 23},
+    {0x18, "DDR3", 24},   {0x19, "FBD2", 25},   {0x1A, "DDR4", 26},   {0x1B, "LPDDR", 27},
+    {0x1C, "LPDDR2", 28}, {0x1D, "LPDDR3", 29}, {0x1E, "LPDDR4", 30}, {0x1F, "logical non-volatile", 1},
+    {0x20, "HBM", 1},     {0x21, "HBM2", 1},    {0x22, "DDR5", 1},    {0x23, "LPDDR5", 1},
+    {0x24, "HBM3", 1},    {0x25, "MRDIMM", 1},
+};
+
+}  // namespace
+
+const TMemoryFormFactor* FindMemoryFormFactor(std::uint8_t code) {
+    const auto* const row = std::ranges::find(formFactors, code, &TMemoryFormFactor::code);
+    return row == std::end(formFactors) ? nullptr : row;
+}
+
+const TMemoryKind* FindMemoryKind(std::uint8_t code) {
+    const auto* const row = std::ranges::find(kinds, code, &TMemoryKind::code);
+    return row == std::end(kinds) ? nullptr : row;
+}
+
+}  // namespace NVORHOST

@@ -1,0 +1,225 @@
+#include "machine/collect/memory/memory_module.h"
+
+#include "machine/collect/frame/collection.h"
+#include "machine/collect/frame/keyed_records.h"
+#include "machine/collect/frame/named_place.h"
+#include "machine/collect/memory/memory_kind.h"
+#include "machine/collect/memory/spd_source.h"
+#include "machine/parse/placeholders.h"
+#include "machine/parse/smbios_memory.h"
+
+#include <algorithm>
+#include <unordered_map>
+
+namespace NVORHOST {
+
+namespace {
+
+struct TMemoryModule {
+    std::optional<std::string> elementName, description, manufacturer, partNumber, serialNumber, tag,
+        bankLabel;
+    std::optional<std::uint16_t> removalConditions, formFactor, memoryType, dataWidthBits, totalWidthBits;
+    std::optional<std::uint32_t> interleavePosition, positionInRow, speed;
+    std::optional<std::uint64_t> capacityBytes;
+};
+
+constexpr TPropertyRow<TMemoryModule> memoryModuleRows[] = {
+    {"ElementName", &TMemoryModule::elementName},
+    {"Description", &TMemoryModule::description},
+    {"ManufactureDate", TNeverKnown{ECimType::eDateTime}},  // modules tell the week, not the day
+    {"Manufacturer", &TMemoryModule::manufacturer},
+    {"Model", TNeverKnown{ECimType::eString}},
+    {"PartNumber", &TMemoryModule::partNumber},
+    {"SerialNumber", &TMemoryModule::serialNumber},
+    {"Tag", &TMemoryModule::tag},
+    {"Version", TNeverKnown{ECimType::eString}},
+    {"RemovalConditions", &TMemoryModule::removalConditions},
+    {"FormFactor", &TMemoryModule::formFactor},
+    {"BankLabel", &TMemoryModule::bankLabel},
+    {"Capacity", &TMemoryModule::capacityBytes},
+    {"DataWidth", &TMemoryModule::dataWidthBits},
+    {"InterleavePosition", &TMemoryModule::interleavePosition},
+    {"MemoryType", &TMemoryModule::memoryType},
+    {"PositionInRow", &TMemoryModule::positionInRow},
+    {"Speed", &TMemoryModule::speed},  // MT/s
+    {"TotalWidth", &TMemoryModule::totalWidthBits},
+};
+
+constexpr TClassShape classes[] = {
+    MakeShape<TMemoryModule, memoryModuleRows>("KELSG_SPDData"),
+};
+
+constexpr auto sourcePatterns = Join(smbiosSources, spdSources);
+
+// ---- what the table tells
+
+std::vector<TSmbiosMemoryDevice> ReadSockets(const std::vector<TSmbiosStructure>& structures) {
+    constexpr std::uint8_t deviceType = 17;
+    std::vector<TSmbiosMemoryDevice> sockets;
+    for (const TSmbiosStructure& structure : structures) {
+        if (structure.GetType() == deviceType) {
+            sockets.push_back(ParseSmbiosMemoryDevice(structure));
+        }
+    }
+    return sockets;
+}
+
+using TDeviceAddresses = std::unordered_map<std::uint16_t, std::vector<TSmbiosDeviceAddress>>;
+
+// By the handle of the device.
+TDeviceAddresses ReadDeviceAddresses(const std::vector<TSmbiosStructure>& structures) {
+    constexpr std::uint8_t deviceAddressType = 20;
+    TDeviceAddresses addresses;
+    for (const TSmbiosStructure& structure : structures) {
+        if (structure.GetType() != deviceAddressType) {
+            continue;
+        }
+        const TSmbiosDeviceAddress address = ParseSmbiosDeviceAddress(structure);
+        if (address.deviceHandle) {
+            addresses[*address.deviceHandle].push_back(address);
+        }
+    }
+    return addresses;
+}
+
+// A device that is mapped in several pieces has a position when all of them say the same.
+std::optional<std::uint32_t> FindCommon(const std::vector<TSmbiosDeviceAddress>& addresses,
+                                        std::optional<std::uint8_t> TSmbiosDeviceAddress::*member) {
+    const auto& position = addresses.front().*member;
+    const bool isCommon =
+        std::all_of(addresses.begin(), addresses.end(),
+                    [&](const TSmbiosDeviceAddress& address) { return address.*member == position; });
+    return isCommon && position ? std::optional<std::uint32_t>(*position) : std::nullopt;
+}
+
+void SetWidths(const TSmbiosMemoryDevice& device, TMemoryModule& module) {
+    constexpr std::uint16_t checkBitsOnly = 8;  // a module for error correction has no data bits
+    if (device.totalWidthBits.value_or(0) != 0) {
+        module.totalWidthBits = device.totalWidthBits;
+    }
+    if (device.dataWidthBits.value_or(0) != 0 || device.totalWidthBits == checkBitsOnly) {
+        module.dataWidthBits = device.dataWidthBits;
+    }
+}
+
+void SetKinds(const TSmbiosMemoryDevice& device, TMemoryModule& module) {
+    if (const auto* factor = device.formFactor ? FindMemoryFormFactor(*device.formFactor) : nullptr) {
+        module.formFactor = factor->cimFormFactor;
+        module.removalConditions = factor->removalConditions;
+    }
+    if (const auto* kind = device.kind ? FindMemoryKind(*device.kind) : nullptr) {
+        module.memoryType = kind->cimMemoryType;
+    }
+}
+
+// ---- names
+
+// "Memory module, DDR4 DIMM, made in week 7 of 2019".
+std::string Describe(const TSmbiosMemoryDevice& device, const TSpdModule* eeprom) {
+    const auto* kind = device.kind ? FindMemoryKind(*device.kind) : nullptr;
+    const auto* factor = device.formFactor ? FindMemoryFormFactor(*device.formFactor) : nullptr;
+    std::string name(kind != nullptr ? kind->name : "");
+    if (factor != nullptr && !name.ends_with(factor->name)) {  // as "DDR2 FB-DIMM" does
+        name += (name.empty() ? "" : " ") + std::string(factor->name);
+    }
+    std::string description = "Memory module" + (name.empty() ? "" : ", " + name);
+    if (eeprom != nullptr && eeprom->made) {
+        description += ", made in week " + std::to_string(eeprom->made->week) + " of " +
+                       std::to_string(eeprom->made->year);
+    }
+    return description;
+}
+
+// Firmware that does not know the maker's name writes its number: "00CE00B300CE".
+bool IsMakerNumber(std::string_view text) {
+    constexpr std::string_view hexadecimal = "0123456789ABCDEFabcdef";
+    return text.find_first_not_of(hexadecimal) == std::string_view::npos &&
+           text.find_first_of("0123456789") != std::string_view::npos;
+}
+
+std::optional<std::string> MakeElementName(const TMemoryModule& module) {
+    if (module.partNumber && module.manufacturer && !IsMakerNumber(*module.manufacturer)) {
+        return *module.manufacturer + " " + *module.partNumber;
+    }
+    return module.partNumber;
+}
+
+TMemoryModule MakeModule(const TSmbiosMemoryDevice& device, const TSpdModule* eeprom,
+                         const TDeviceAddresses& addresses) {
+    TMemoryModule module;
+    module.description = Describe(device, eeprom);
+    module.manufacturer = WithoutPlaceholder(device.manufacturer);
+    module.partNumber = WithoutPlaceholder(device.part);
+    module.serialNumber = WithoutPlaceholder(device.serial);
+    module.bankLabel = WithoutPlaceholder(device.bank);
+    module.capacityBytes = device.capacityBytes;
+    module.speed = device.speed;
+    SetWidths(device, module);
+    SetKinds(device, module);
+    if (const auto found = addresses.find(device.handle); found != addresses.end()) {
+        module.positionInRow = FindCommon(found->second, &TSmbiosDeviceAddress::rowPosition);
+        module.interleavePosition = FindCommon(found->second, &TSmbiosDeviceAddress::interleavePosition);
+    }
+    if (eeprom != nullptr) {
+        module.partNumber = module.partNumber ? module.partNumber : eeprom->part;
+        module.serialNumber = module.serialNumber ? module.serialNumber : eeprom->serial;
+    }
+    module.elementName = MakeElementName(module);
+    return module;
+}
+
+// ---- keys
+
+std::vector<TKeySource> MakeKeySources(const std::vector<TSmbiosMemoryDevice>& sockets) {
+    std::vector<TNamedPlace> places;
+    for (const TSmbiosMemoryDevice& socket : sockets) {
+        places.push_back(
+            {WithoutPlaceholder(socket.locator).value_or(""), WithoutPlaceholder(socket.bank).value_or("")});
+    }
+    return MakePlaceKeySources(places, "memory device");
+}
+
+// An empty socket may keep the texts of its last module.
+std::vector<TModuleTexts> MakeModuleTexts(const std::vector<TSmbiosMemoryDevice>& sockets) {
+    std::vector<TModuleTexts> texts;
+    for (const TSmbiosMemoryDevice& socket : sockets) {
+        texts.push_back(socket.isPopulated
+                            ? TModuleTexts{WithoutPlaceholder(socket.serial), WithoutPlaceholder(socket.part)}
+                            : TModuleTexts{});
+    }
+    return texts;
+}
+
+}  // namespace
+
+std::span<const TClassShape> GetMemoryModuleClasses() {
+    return classes;
+}
+
+std::span<const TSourcePattern> GetMemoryModuleSources() {
+    return sourcePatterns;
+}
+
+void CollectMemoryModules(TCollection& collection) {
+    const auto& structures = collection.GetSmbios().GetStructures();
+    const auto sockets = ReadSockets(structures);
+    if (sockets.empty()) {
+        return;  // nothing that an EEPROM could be tied to
+    }
+    const auto addresses = ReadDeviceAddresses(structures);
+    const auto eeproms = ReadSpdModules(collection.GetFiles());
+    const auto matches = MatchSpdModules(MakeModuleTexts(sockets), eeproms);
+    auto keySources = MakeKeySources(sockets);
+    std::vector<TKeyedRecord<TMemoryModule>> modules;
+    for (std::size_t i = 0; i < sockets.size(); ++i) {
+        auto& entry = modules.emplace_back();
+        entry.keySource = std::move(keySources[i]);
+        if (sockets[i].isPopulated) {
+            entry.record = MakeModule(sockets[i], matches[i], addresses);
+        }
+    }
+    CommitKeyed<TMemoryModule>(collection, classes[0], memoryModuleRows, std::move(modules),
+                               &TMemoryModule::tag, "memory socket");
+}
+
+}  // namespace NVORHOST

@@ -1,0 +1,109 @@
+#include "machine/collect/memory/spd_source.h"
+
+#include "text/numbers.h"
+
+#include <algorithm>
+#include <string_view>
+
+namespace NVORHOST {
+
+namespace {
+
+// Drivers of EEPROMs on memory modules: DDR4, DDR5, and any kind, older modules' among them.
+constexpr std::string_view driverFolders[] = {
+    "/sys/bus/i2c/drivers/ee1004",
+    "/sys/bus/i2c/drivers/spd5118",
+    "/sys/bus/i2c/drivers/at24",
+};
+
+constexpr std::size_t maxEepromBytes = 1024;
+
+std::string ToUpperCase(std::string_view text) {
+    std::string upper(TrimBlanks(text));
+    std::transform(upper.begin(), upper.end(), upper.begin(),
+                   [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; });
+    return upper;
+}
+
+// "1A2B3C4D" is "4D3C2B1A".
+std::string ReverseBytes(const std::string& digits) {
+    std::string reversed;
+    for (std::size_t i = digits.size(); i >= 2; i -= 2) {
+        reversed += digits.substr(i - 2, 2);
+    }
+    return reversed;
+}
+
+bool IsSameSerial(const std::string& firmware, const std::string& eeprom) {
+    const std::string digits = ToUpperCase(firmware);
+    return digits == eeprom || digits == ReverseBytes(eeprom);
+}
+
+bool IsSamePart(const std::string& firmware, const std::string& eeprom) {
+    return ToUpperCase(firmware) == ToUpperCase(eeprom);
+}
+
+bool FitsBySerial(const TModuleTexts& module, const TSpdModule& eeprom) {
+    if (!module.serial || !eeprom.serial || !IsSameSerial(*module.serial, *eeprom.serial)) {
+        return false;
+    }
+    return !module.part || !eeprom.part || IsSamePart(*module.part, *eeprom.part);
+}
+
+bool FitsByPart(const TModuleTexts& module, const TSpdModule& eeprom) {
+    const bool haveSerials = module.serial && eeprom.serial;
+    return !haveSerials && module.part && eeprom.part && IsSamePart(*module.part, *eeprom.part);
+}
+
+// The only element of `range` that fits, or its end.
+template <typename TRange, typename TFits>
+auto FindOnly(const TRange& range, TFits fits) {
+    const auto first = std::find_if(range.begin(), range.end(), fits);
+    if (first == range.end() || std::find_if(first + 1, range.end(), fits) != range.end()) {
+        return range.end();
+    }
+    return first;
+}
+
+}  // namespace
+
+std::vector<TSpdModule> ReadSpdModules(const ISystemFiles& files) {
+    std::vector<TSpdModule> eeproms;
+    for (const std::string_view driver : driverFolders) {
+        for (const std::string& name : files.List(driver).value) {
+            // Beside the devices ("1-0050") stand the driver's own files.
+            if (name.find('-') == std::string::npos) {
+                continue;
+            }
+            const std::string path = std::string(driver) + "/" + name + "/eeprom";
+            if (auto eeprom = ParseSpdEeprom(files.ReadBytes(path, maxEepromBytes).value)) {
+                eeproms.push_back(std::move(*eeprom));
+            }
+        }
+    }
+    return eeproms;
+}
+
+std::vector<const TSpdModule*> MatchSpdModules(const std::vector<TModuleTexts>& modules,
+                                               const std::vector<TSpdModule>& eeproms) {
+    std::vector<const TSpdModule*> matches(modules.size());
+    const auto match = [&](const auto& fits) {
+        for (std::size_t i = 0; i < modules.size(); ++i) {
+            const auto eeprom =
+                FindOnly(eeproms, [&](const TSpdModule& candidate) { return fits(modules[i], candidate); });
+            if (matches[i] != nullptr || eeprom == eeproms.end()) {
+                continue;
+            }
+            const auto module =
+                FindOnly(modules, [&](const TModuleTexts& candidate) { return fits(candidate, *eeprom); });
+            if (module != modules.end()) {
+                matches[i] = &*eeprom;
+            }
+        }
+    };
+    match(FitsBySerial);
+    match(FitsByPart);
+    return matches;
+}
+
+}  // namespace NVORHOST

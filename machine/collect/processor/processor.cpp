@@ -1,0 +1,243 @@
+#include "machine/collect/processor/processor.h"
+
+#include "machine/collect/frame/collection.h"
+#include "machine/collect/frame/keyed_records.h"
+#include "machine/collect/frame/operational_status.h"
+#include "machine/collect/processor/processor_family.h"
+#include "machine/collect/processor/processor_package.h"
+#include "machine/parse/placeholders.h"
+#include "machine/parse/smbios_processor.h"
+#include "text/printable_text.h"
+
+#include <algorithm>
+
+namespace NVORHOST {
+
+namespace {
+
+struct TProcessor {
+    std::optional<std::string> elementName, description, deviceId, uniqueId;
+    std::optional<TOperationalStatus> operationalStatus;
+    std::optional<std::uint16_t> addressWidthBits, dataWidthBits, family;
+    std::optional<std::uint32_t> currentClockMHz, maxClockMHz;
+};
+
+constexpr TPropertyRow<TProcessor> processorRows[] = {
+    {"ElementName", &TProcessor::elementName},
+    {"Description", &TProcessor::description},
+    {"DeviceID", &TProcessor::deviceId},
+    {"OperationalStatus", &TProcessor::operationalStatus},
+    {"AddressWidth", &TProcessor::addressWidthBits},
+    {"CurrentClockSpeed", &TProcessor::currentClockMHz},
+    {"DataWidth", &TProcessor::dataWidthBits},
+    {"Family", &TProcessor::family},
+    {"MaxClockSpeed", &TProcessor::maxClockMHz},
+    {"UniqueID", &TProcessor::uniqueId},
+};
+
+constexpr TClassShape classes[] = {
+    MakeShape<TProcessor, processorRows>("KELSG_Processor"),
+};
+
+constexpr auto sourcePatterns = Join(smbiosSources, std::array<TSourcePattern, 5>{
+                                                        "/proc/cpuinfo",
+                                                        "/sys/devices/system/cpu",
+                                                        "/sys/devices/system/cpu/cpu*/online",
+                                                        "/sys/devices/system/cpu/cpu*/topology/*",
+                                                        "/sys/devices/system/cpu/cpu*/cpufreq/*",
+                                                    });
+
+std::vector<TSmbiosProcessor> ReadSockets(TCollection& collection) {
+    std::vector<TSmbiosProcessor> sockets;
+    for (const TSmbiosStructure& structure : collection.GetSmbios().GetStructures()) {
+        if (structure.GetType() != 4) {
+            continue;
+        }
+        TSmbiosProcessor processor = ParseSmbiosProcessor(structure);
+        if (processor.IsCentral() && processor.IsPopulated()) {
+            sockets.push_back(std::move(processor));
+        }
+    }
+    return sockets;
+}
+
+std::string DescribeModel(const TLogicalProcessor& info) {
+    std::string description = "Central processor";
+    if (!info.vendor.empty() && !info.family.empty()) {
+        description += ", " + info.vendor + " family " + info.family + " model " + info.modelNumber +
+                       " stepping " + info.stepping;
+    }
+    return description;
+}
+
+void SetFromPackage(const TProcessorPackage& package, TProcessor& processor) {
+    processor.currentClockMHz = package.currentClockMHz;
+    processor.maxClockMHz = package.maxClockMHz;
+    processor.uniqueId = package.inventoryNumber;
+    processor.operationalStatus = {package.isOnline ? statusOk : statusStopped};
+}
+
+void SetFromInfo(const TLogicalProcessor& info, TProcessor& processor) {
+    if (!info.model.empty()) {
+        processor.elementName = info.model;
+    }
+    processor.description = DescribeModel(info);
+}
+
+template <typename T, typename TSource>
+void FillIn(std::optional<T>& member, const std::optional<TSource>& found) {
+    if (!member && found) {
+        member = *found;
+    }
+}
+
+void SetFromSocket(const TSmbiosProcessor& socket, std::optional<TSmbiosVersion> version,
+                   TProcessor& processor) {
+    // The firmware's speed is that of the start; cpufreq's is of this moment and differs at every look.
+    if (socket.currentSpeedMHz) {
+        processor.currentClockMHz = *socket.currentSpeedMHz;
+    }
+    FillIn(processor.maxClockMHz, socket.maxSpeedMHz);
+    FillIn(processor.uniqueId, WithoutPlaceholder(socket.serial));
+    FillIn(processor.elementName, WithoutPlaceholder(socket.version));
+    processor.family = FindProcessorFamily(socket, version);
+    // The firmware's status is that of the start, when all but one processor may be idle; the kernel's
+    // counts.
+    if (socket.status && !processor.operationalStatus) {
+        processor.operationalStatus = FindProcessorStatus(*socket.status);
+    }
+}
+
+void SetWidths(std::optional<bool> is64Bit, TProcessor& processor) {
+    if (is64Bit) {
+        processor.addressWidthBits = *is64Bit ? std::uint16_t{64} : std::uint16_t{32};
+        processor.dataWidthBits = processor.addressWidthBits;
+    }
+}
+
+// The processor's own flags, else those that all of the machine's processors share; the firmware's word
+// counts where it says more.
+std::optional<bool> Is64Bit(const std::vector<TLogicalProcessor>& processors, const TLogicalProcessor* own,
+                            const TSmbiosProcessor& socket) {
+    if (socket.Is64BitCapable()) {
+        return true;
+    }
+    if (own != nullptr) {
+        return own->isLongModeCapable;
+    }
+    return processors.empty() ? std::nullopt : processors.front().isLongModeCapable;
+}
+
+// What all processors of the machine have in common, where they are of one model; else null.
+const TLogicalProcessor* FindCommonModel(const std::vector<TLogicalProcessor>& processors) {
+    const auto isLikeFirst = [&](const TLogicalProcessor& row) {
+        const TLogicalProcessor& first = processors.front();
+        return row.model == first.model && row.vendor == first.vendor && row.family == first.family &&
+               row.modelNumber == first.modelNumber && row.stepping == first.stepping;
+    };
+    return !processors.empty() && std::ranges::all_of(processors, isLikeFirst) ? &processors.front()
+                                                                               : nullptr;
+}
+
+TProcessor MakeFromSocket(TCollection& collection, const TSmbiosProcessor& socket,
+                          const TProcessorPackage* package) {
+    TProcessor processor;
+    if (package != nullptr) {
+        SetFromPackage(*package, processor);
+    }
+    const auto& processors = collection.GetLogicalProcessors();
+    const TLogicalProcessor* own = package != nullptr && package->info ? &*package->info : nullptr;
+    if (const TLogicalProcessor* info = own != nullptr ? own : FindCommonModel(processors)) {
+        SetFromInfo(*info, processor);
+    }
+    SetFromSocket(socket, collection.GetSmbios().GetVersion(), processor);
+    FillIn(processor.description, std::optional<std::string>("Central processor"));
+    SetWidths(Is64Bit(processors, own, socket), processor);
+    return processor;
+}
+
+TProcessor MakeFromPackage(const TProcessorPackage& package) {
+    TProcessor processor;
+    SetFromPackage(package, processor);
+    if (package.info) {
+        SetFromInfo(*package.info, processor);
+        SetWidths(package.info->isLongModeCapable, processor);
+    }
+    FillIn(processor.description, std::optional<std::string>("Central processor"));
+    return processor;
+}
+
+std::string PackageName(std::uint32_t id) {
+    return "package " + std::to_string(id);
+}
+
+using TProcessors = std::vector<TKeyedRecord<TProcessor>>;
+
+// The package in each socket, in order; null where it is not known. Numbers of packages are no numbers of
+// sockets: they are joined where there are as many of one as of the other.
+std::vector<std::optional<TProcessorPackage>> MatchPackages(const ISystemFiles& files,
+                                                            std::size_t socketCount,
+                                                            const std::vector<TProcessorPackage>& packages) {
+    std::vector<std::optional<TProcessorPackage>> matches(socketCount);
+    if (packages.size() == socketCount) {
+        std::ranges::copy(packages, matches.begin());
+        return matches;
+    }
+    // Packages that are offline as a whole are hidden. The ids of the others give theirs.
+    const bool areNumbersOfSockets = std::ranges::all_of(
+        packages, [&](const TProcessorPackage& package) { return package.id < socketCount; });
+    if (packages.empty() || !areNumbersOfSockets || !HasHiddenPackage(files)) {
+        return matches;
+    }
+    for (std::size_t i = 0; i < socketCount; ++i) {
+        matches[i].emplace();
+        matches[i]->id = static_cast<std::uint32_t>(i);
+        matches[i]->isOnline = false;
+    }
+    for (const TProcessorPackage& package : packages) {
+        matches[package.id] = package;
+    }
+    return matches;
+}
+
+TProcessors JoinSockets(TCollection& collection, const std::vector<TSmbiosProcessor>& sockets,
+                        const std::vector<TProcessorPackage>& packages) {
+    TProcessors processors;
+    const auto matches = MatchPackages(collection.GetFiles(), sockets.size(), packages);
+    for (std::size_t i = 0; i < sockets.size(); ++i) {
+        const std::string position = matches[i] ? PackageName(matches[i]->id) : "socket " + std::to_string(i);
+        const auto name = WithoutPlaceholder(sockets[i].socket);
+        processors.push_back({MakeFromSocket(collection, sockets[i], matches[i] ? &*matches[i] : nullptr),
+                              {name ? SqueezeBlanks(*name) : "", position}});
+    }
+    return processors;
+}
+
+TProcessors TakePackages(const std::vector<TProcessorPackage>& packages) {
+    TProcessors processors;
+    for (const TProcessorPackage& package : packages) {
+        processors.push_back({MakeFromPackage(package), {"", PackageName(package.id)}});
+    }
+    return processors;
+}
+
+}  // namespace
+
+std::span<const TClassShape> GetProcessorClasses() {
+    return classes;
+}
+
+std::span<const TSourcePattern> GetProcessorSources() {
+    return sourcePatterns;
+}
+
+void CollectProcessors(TCollection& collection) {
+    const auto sockets = ReadSockets(collection);
+    const auto packages = ReadProcessorPackages(collection);
+    CommitKeyed<TProcessor>(
+        collection, classes[0], processorRows,
+        sockets.empty() ? TakePackages(packages) : JoinSockets(collection, sockets, packages),
+        &TProcessor::deviceId, "processor");
+}
+
+}  // namespace NVORHOST

@@ -1,0 +1,149 @@
+#include "machine/collect/processor/processor_package.h"
+
+#include "machine/collect/frame/attribute.h"
+#include "machine/collect/frame/collection.h"
+#include "machine/parse/cpu_list.h"
+#include "machine/parse/placeholders.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+
+namespace NVORHOST {
+
+namespace {
+
+std::string CpuFolder(std::uint32_t cpu) {
+    return "/sys/devices/system/cpu/cpu" + std::to_string(cpu);
+}
+
+// N of every "cpuN", ascending.
+std::vector<std::uint32_t> ListCpus(const ISystemFiles& files) {
+    std::vector<std::uint32_t> cpus;
+    for (const std::string& name : files.List("/sys/devices/system/cpu").value) {
+        const auto number =
+            name.starts_with("cpu") ? ParseNumber<std::uint32_t>(name.substr(3)) : std::nullopt;
+        if (number) {
+            cpus.push_back(*number);
+        }
+    }
+    std::sort(cpus.begin(), cpus.end());
+    return cpus;
+}
+
+std::vector<std::uint32_t> ReadPackageCpus(const ISystemFiles& files, std::uint32_t cpu) {
+    const std::string topology = CpuFolder(cpu) + "/topology/";
+    auto list = ReadAttribute(files, topology + "package_cpus_list");
+    if (!list) {
+        list = ReadAttribute(files, topology + "core_siblings_list");  // its name before Linux 5.3
+    }
+    return list ? ParseCpuList(*list) : std::vector<std::uint32_t>{};
+}
+
+// Package id to its processors. One look for each package: the others of a package are on its first one's
+// list.
+using TPackages = std::map<std::uint32_t, std::vector<std::uint32_t>>;
+
+TPackages ReadTopology(const ISystemFiles& files) {
+    TPackages packages;
+    std::set<std::uint32_t> seen;
+    for (const std::uint32_t cpu : ListCpus(files)) {
+        if (seen.contains(cpu)) {
+            continue;
+        }
+        const auto id = ReadNumber<std::uint32_t>(files, CpuFolder(cpu) + "/topology/physical_package_id");
+        if (!id) {
+            continue;
+        }
+        auto& members = packages[*id];
+        for (const std::uint32_t member : ReadPackageCpus(files, cpu)) {
+            if (seen.insert(member).second) {
+                members.push_back(member);
+            }
+        }
+        if (seen.insert(cpu).second) {
+            members.push_back(cpu);
+        }
+    }
+    return packages;
+}
+
+// Where sysfs does not tell: "physical id" of /proc/cpuinfo; a kernel that gives none knows of one package.
+TPackages GroupByCpuInfo(const std::vector<TLogicalProcessor>& processors) {
+    TPackages packages;
+    for (const TLogicalProcessor& processor : processors) {
+        packages[processor.packageId.value_or(0)].push_back(processor.number);
+    }
+    return packages;
+}
+
+// The first processor of a machine often cannot go offline and then has no such file.
+bool IsOnline(const ISystemFiles& files, std::uint32_t cpu) {
+    constexpr std::uint8_t isOffline = 0;
+    return ReadNumber<std::uint8_t>(files, CpuFolder(cpu) + "/online") != isOffline;
+}
+
+std::optional<std::uint32_t> ReadMHz(const ISystemFiles& files, std::uint32_t cpu, std::string_view name) {
+    const auto kHz = ReadNumber<std::uint64_t>(files, CpuFolder(cpu) + "/cpufreq/" + std::string(name));
+    return kHz && *kHz >= 1000 ? std::optional(static_cast<std::uint32_t>(*kHz / 1000)) : std::nullopt;
+}
+
+// Cores of one package may differ, so each is asked.
+std::optional<std::uint32_t> ReadMaxMHz(const ISystemFiles& files, const std::vector<std::uint32_t>& cpus) {
+    std::optional<std::uint32_t> fastest;
+    for (const std::uint32_t cpu : cpus) {
+        const auto clock = ReadMHz(files, cpu, "cpuinfo_max_freq");
+        if (!clock && !fastest) {
+            return std::nullopt;  // no cpufreq: the other processors need not be asked
+        }
+        fastest = std::max(fastest, clock);
+    }
+    return fastest;
+}
+
+const TLogicalProcessor* FindProcessor(const std::vector<TLogicalProcessor>& processors, std::uint32_t cpu) {
+    const auto found = std::find_if(processors.begin(), processors.end(),
+                                    [&](const TLogicalProcessor& row) { return row.number == cpu; });
+    return found == processors.end() ? nullptr : &*found;
+}
+
+}  // namespace
+
+std::vector<TProcessorPackage> ReadProcessorPackages(TCollection& collection) {
+    const ISystemFiles& files = collection.GetFiles();
+    const auto& processors = collection.GetLogicalProcessors();
+    TPackages topology = ReadTopology(files);
+    if (topology.empty()) {
+        topology = GroupByCpuInfo(processors);
+    }
+    std::vector<TProcessorPackage> packages;
+    for (auto& [id, cpus] : topology) {
+        TProcessorPackage package;
+        package.id = id;
+        std::ranges::sort(cpus);
+        const auto online =
+            std::ranges::find_if(cpus, [&](std::uint32_t cpu) { return IsOnline(files, cpu); });
+        package.isOnline = online != cpus.end();
+        package.firstCpu = package.isOnline ? *online : cpus.front();
+        if (const TLogicalProcessor* info = FindProcessor(processors, package.firstCpu)) {
+            package.info = *info;
+        }
+        package.maxClockMHz = ReadMaxMHz(files, cpus);
+        package.currentClockMHz = ReadMHz(files, package.firstCpu, "scaling_cur_freq");
+        if (!package.currentClockMHz && package.info) {
+            package.currentClockMHz = package.info->clockMHz;
+        }
+        package.inventoryNumber =
+            WithoutPlaceholder(ReadAttribute(files, CpuFolder(package.firstCpu) + "/topology/ppin"));
+        packages.push_back(std::move(package));
+    }
+    return packages;
+}
+
+bool HasHiddenPackage(const ISystemFiles& files) {
+    return std::ranges::any_of(ListCpus(files), [&](std::uint32_t cpu) {
+        return !IsOnline(files, cpu) && !files.Exists(CpuFolder(cpu) + "/topology/physical_package_id");
+    });
+}
+
+}  // namespace NVORHOST

@@ -1,0 +1,367 @@
+#include "machine/collect/storage/disk_partition.h"
+
+#include "machine/collect/frame/attribute.h"
+#include "machine/collect/frame/collection.h"
+#include "machine/collect/frame/keyed_records.h"
+#include "machine/collect/frame/operational_status.h"
+#include "machine/collect/storage/volume_uuid.h"
+#include "machine/parse/udev_record.h"
+#include "machine/parse/uevent.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+
+namespace NVORHOST {
+
+namespace {
+
+constexpr const char* blockFolder = "/sys/block/";
+
+struct TPartition {
+    std::optional<std::string> elementName, description, deviceId;
+    std::optional<TOperationalStatus> operationalStatus;
+    std::optional<std::uint64_t> consumableBlocks, numberOfBlocks, sizeBytes;
+    std::optional<std::uint16_t> dataOrganization, dataRedundancy, packageRedundancy, subtype, type;
+    std::optional<bool> sequentialAccess, bootable, isPrimary;
+};
+
+constexpr TPropertyRow<TPartition> partitionRows[] = {
+    {"ElementName", &TPartition::elementName},
+    {"Description", &TPartition::description},
+    {"DeviceID", &TPartition::deviceId},
+    {"OperationalStatus", &TPartition::operationalStatus},
+    {"ConsumableBlocks", &TPartition::consumableBlocks},
+    {"DataOrganization", &TPartition::dataOrganization},
+    {"DataRedundancy", &TPartition::dataRedundancy},
+    {"DeltaReservation", TNeverKnown{ECimType::eUint8}},
+    {"NumberOfBlocks", &TPartition::numberOfBlocks},
+    {"PackageRedundancy", &TPartition::packageRedundancy},
+    {"SequentialAccess", &TPartition::sequentialAccess},
+    {"Bootable", &TPartition::bootable},
+    {"Size", &TPartition::sizeBytes},
+    {"PartitionSubtype", &TPartition::subtype},
+    {"PartitionType", &TPartition::type},
+    {"PrimaryPartition", &TPartition::isPrimary},
+};
+
+constexpr TClassShape classes[] = {
+    MakeShape<TPartition, partitionRows>("CIM_DiskPartition"),
+};
+
+constexpr auto sourcePatterns = Join(Join(diskSources, softwareVolumeSources), std::array<TSourcePattern, 4>{
+                                                                                   "/sys/block/*/*/partition",
+                                                                                   "/sys/block/*/*/uevent",
+                                                                                   "/sys/block/*/*/dev",
+                                                                                   "/sys/block/*/*/size",
+                                                                               });
+
+// CIM_DiskPartition.PartitionType.
+constexpr std::uint16_t primaryType = 1;
+constexpr std::uint16_t extendedType = 2;
+constexpr std::uint16_t logicalType = 3;
+
+// A disk or a volume, as its partitions see it.
+struct TWhole {
+    std::string kernelName;
+    std::string key;
+    std::string position;
+    std::string name;  // as people know it
+    std::optional<std::uint64_t> blockSizeBytes;
+    std::optional<TOperationalStatus> operationalStatus;
+    TRedundancy redundancy;
+    std::string mapperUuid;          // of a device mapper volume, else empty
+    std::vector<std::string> paths;  // of a multipath set, else empty
+};
+
+// A partition that is a device mapper device of its own.
+struct TMappedPartition {
+    std::string kernelName;
+    std::uint32_t number;
+};
+
+using TMappedPartitions =
+    std::map<std::string, std::vector<TMappedPartition>, std::less<>>;  // by whole's UUID
+
+// What the kernel and, where it runs, udev say of one partition.
+struct TPartitionSource {
+    const TWhole* whole;  // never null
+    std::string kernelName;
+    std::string folder;
+    std::uint32_t number;
+    std::string uevent;
+    std::string udevRecord;
+
+    std::optional<std::string_view> FindUdev(std::string_view key) const {
+        return FindUdevProperty(udevRecord, key);
+    }
+    // A flag word that a rule left out is zero.
+    std::optional<std::uint64_t> FindFlags() const {
+        const auto text = FindUdev("ID_PART_ENTRY_FLAGS");
+        return text ? ParseHexNumber<std::uint64_t>(*text) : std::optional<std::uint64_t>(0);
+    }
+};
+
+// ---- what the partition table's scheme decides
+
+std::uint16_t FindDosType(std::uint32_t number, std::uint8_t entryType) {
+    constexpr std::uint32_t firstLogicalNumber = 5;
+    constexpr std::uint8_t extendedEntryTypes[] = {0x05, 0x0F, 0x85};
+    if (number >= firstLogicalNumber) {
+        return logicalType;
+    }
+    const bool isExtended = std::find(std::begin(extendedEntryTypes), std::end(extendedEntryTypes),
+                                      entryType) != std::end(extendedEntryTypes);
+    return isExtended ? extendedType : primaryType;
+}
+
+void SetFromDos(const TPartitionSource& source, TPartition& partition) {
+    constexpr std::uint64_t activeFlag = 0x80;
+    if (const auto flags = source.FindFlags()) {
+        partition.bootable = (*flags & activeFlag) != 0;
+    }
+    const auto entryType = ParseHexNumber<std::uint8_t>(source.FindUdev("ID_PART_ENTRY_TYPE").value_or(""));
+    if (entryType) {
+        partition.subtype = std::uint16_t{*entryType};
+        partition.type = FindDosType(source.number, *entryType);
+        partition.isPrimary = partition.type == primaryType;
+    }
+}
+
+void SetFromGpt(const TPartitionSource& source, TPartition& partition) {
+    constexpr std::string_view efiSystem = "c12a7328-f81f-11d2-ba4b-00a0c93ec93b";
+    constexpr std::uint64_t legacyBootableFlag = 0x04;
+    const auto flags = source.FindFlags();
+    if (flags) {
+        partition.bootable =
+            source.FindUdev("ID_PART_ENTRY_TYPE") == efiSystem || (*flags & legacyBootableFlag) != 0;
+    }
+}
+
+struct TScheme {
+    std::string_view udevName;
+    std::string_view word;
+    void (*set)(const TPartitionSource& source, TPartition& partition);
+};
+
+constexpr TScheme schemes[] = {
+    {"dos", "DOS", SetFromDos},
+    {"gpt", "GPT", SetFromGpt},
+};
+
+// ---- sizes
+
+std::optional<std::uint64_t> FindSectors(const ISystemFiles& files, const TPartitionSource& source) {
+    // The kernel shows two sectors of the container of logical partitions, whatever its size.
+    constexpr std::uint64_t shownOfContainer = 2;
+    const auto sectors = ReadNumber<std::uint64_t>(files, source.folder + "/size");
+    if (sectors && *sectors > shownOfContainer) {
+        return sectors;
+    }
+    return ParseNumber<std::uint64_t>(source.FindUdev("ID_PART_ENTRY_SIZE").value_or(""));
+}
+
+void SetSizes(std::optional<std::uint64_t> sectors, TPartition& partition, const TWhole& whole) {
+    if (!sectors) {
+        return;
+    }
+    partition.sizeBytes = *sectors * 512;
+    if (whole.blockSizeBytes && *whole.blockSizeBytes != 0) {
+        partition.numberOfBlocks = *partition.sizeBytes / *whole.blockSizeBytes;
+        if (partition.type != extendedType) {
+            partition.consumableBlocks = partition.numberOfBlocks;
+        }
+    }
+}
+
+// ---- names
+
+std::string FindIdentity(const TPartitionSource& source) {
+    if (const auto uuid = FindUeventValue(source.uevent, "PARTUUID")) {
+        return std::string(*uuid);
+    }
+    return std::string(source.FindUdev("ID_PART_ENTRY_UUID").value_or(""));
+}
+
+std::string FindLabel(const TPartitionSource& source) {
+    if (const auto name = FindUeventValue(source.uevent, "PARTNAME")) {
+        return std::string(*name);
+    }
+    return DecodeUdevEscapes(source.FindUdev("ID_PART_ENTRY_NAME").value_or(""));
+}
+
+std::string NumberSuffix(const TPartitionSource& source) {
+    return "-part" + std::to_string(source.number);
+}
+
+std::string Describe(const TPartitionSource& source, const TScheme* scheme) {
+    std::string description = scheme == nullptr ? "Partition " : std::string(scheme->word) + " partition ";
+    return description + std::to_string(source.number) + " of " + source.whole->name;
+}
+
+std::string MakeElementName(const TPartitionSource& source) {
+    const std::string label = FindLabel(source);
+    return label.empty() ? source.kernelName : source.kernelName + " (" + label + ")";
+}
+
+const TScheme* FindScheme(const TPartitionSource& source) {
+    const auto name = source.FindUdev("ID_PART_ENTRY_SCHEME");
+    for (const TScheme& scheme : schemes) {
+        if (scheme.udevName == name) {
+            return &scheme;
+        }
+    }
+    return nullptr;
+}
+
+// ---- one partition, all partitions
+
+TPartition MakePartition(const ISystemFiles& files, const TPartitionSource& source) {
+    constexpr std::uint16_t fixedBlock = 2;
+    const TScheme* scheme = FindScheme(source);
+    TPartition partition;
+    partition.elementName = MakeElementName(source);
+    partition.description = Describe(source, scheme);
+    partition.operationalStatus = source.whole->operationalStatus;
+    partition.dataOrganization = fixedBlock;
+    partition.sequentialAccess = false;
+    partition.dataRedundancy = source.whole->redundancy.dataCopies;
+    partition.packageRedundancy = source.whole->redundancy.sparePackages;
+    if (scheme != nullptr) {
+        scheme->set(source, partition);
+    }
+    SetSizes(FindSectors(files, source), partition, *source.whole);
+    return partition;
+}
+
+TPartitionSource ReadSource(const ISystemFiles& files, const TWhole& whole, const std::string& folder,
+                            std::uint32_t number) {
+    TPartitionSource source{&whole, folder.substr(folder.rfind('/') + 1),     folder,
+                            number, files.ReadText(folder + "/uevent").value, {}};
+    if (const auto deviceNumber = ReadAttribute(files, folder + "/dev")) {
+        source.udevRecord = files.ReadText("/run/udev/data/b" + *deviceNumber).value;
+    }
+    return source;
+}
+
+// Those that the kernel made from the table on the block device `tableName`.
+std::vector<TPartitionSource> ReadKernelSources(const ISystemFiles& files, const TWhole& whole,
+                                                const std::string& tableName) {
+    std::vector<TPartitionSource> sources;
+    const std::string tableFolder = blockFolder + tableName;
+    for (const std::string& name : files.List(tableFolder).value) {
+        if (!name.starts_with(tableName)) {
+            continue;  // an attribute
+        }
+        const std::string folder = tableFolder + "/" + name;
+        if (const auto number = ReadNumber<std::uint32_t>(files, folder + "/partition")) {
+            sources.push_back(ReadSource(files, whole, folder, *number));
+        }
+    }
+    return sources;
+}
+
+std::vector<TPartitionSource> ReadMappedSources(const ISystemFiles& files, const TWhole& whole,
+                                                const TMappedPartitions& mapped) {
+    std::vector<TPartitionSource> sources;
+    if (const auto found = mapped.find(whole.mapperUuid); found != mapped.end()) {
+        for (const TMappedPartition& partition : found->second) {
+            sources.push_back(ReadSource(files, whole, blockFolder + partition.kernelName, partition.number));
+        }
+    }
+    return sources;
+}
+
+// Each path to a multipath set shows the set's partition table; the first that was read is as good as the
+// set.
+std::vector<TPartitionSource> ReadPathSources(const ISystemFiles& files, const TWhole& whole) {
+    for (const std::string& path : whole.paths) {
+        auto sources = ReadKernelSources(files, whole, path);
+        if (!sources.empty()) {
+            return sources;
+        }
+    }
+    return {};
+}
+
+std::vector<TPartitionSource> ReadSources(const ISystemFiles& files, const TWhole& whole,
+                                          const TMappedPartitions& mapped) {
+    auto sources = whole.mapperUuid.empty() ? ReadKernelSources(files, whole, whole.kernelName)
+                                            : ReadMappedSources(files, whole, mapped);
+    if (sources.empty()) {
+        sources = ReadPathSources(files, whole);
+    }
+    std::sort(sources.begin(), sources.end(),
+              [](const auto& a, const auto& b) { return a.number < b.number; });
+    return sources;
+}
+
+TMappedPartitions ReadMappedPartitions(const ISystemFiles& files) {
+    TMappedPartitions partitions;
+    for (const std::string& name : files.List("/sys/block").value) {
+        if (!name.starts_with("dm-")) {
+            continue;
+        }
+        const std::string uuid = ReadAttribute(files, blockFolder + name + "/dm/uuid").value_or("");
+        if (const auto partition = FindMapperPartition(uuid)) {
+            partitions[std::string(partition->wholeUuid)].push_back({name, partition->number});
+        }
+    }
+    return partitions;
+}
+
+TKeySource MakeKeySource(const TPartitionSource& source) {
+    const std::string identity = FindIdentity(source);
+    const std::string suffix = NumberSuffix(source);
+    return {identity.empty() ? source.whole->key + suffix : identity, source.whole->position + suffix};
+}
+
+std::vector<TWhole> FindWholes(TCollection& collection) {
+    std::set<std::string> paths;
+    for (const TSoftwareVolume& volume : collection.GetSoftwareVolumes()) {
+        paths.insert(volume.paths.begin(), volume.paths.end());
+    }
+    std::vector<TWhole> wholes;
+    for (const TDisk& disk : collection.GetDisks()) {
+        if (!paths.contains(disk.kernelName)) {
+            wholes.push_back({disk.kernelName,
+                              disk.key,
+                              disk.position,
+                              disk.model.value_or(disk.key),
+                              disk.blockSizeBytes,
+                              disk.operationalStatus,
+                              disk.redundancy,
+                              {},
+                              {}});
+        }
+    }
+    for (const TSoftwareVolume& volume : collection.GetSoftwareVolumes()) {
+        wholes.push_back({volume.kernelName, volume.key, volume.position, volume.name, volume.blockSizeBytes,
+                          volume.operationalStatus, volume.redundancy, volume.mapperUuid, volume.paths});
+    }
+    return wholes;
+}
+
+}  // namespace
+
+std::span<const TClassShape> GetDiskPartitionClasses() {
+    return classes;
+}
+
+std::span<const TSourcePattern> GetDiskPartitionSources() {
+    return sourcePatterns;
+}
+
+void CollectDiskPartitions(TCollection& collection) {
+    std::vector<TKeyedRecord<TPartition>> partitions;
+    const TMappedPartitions mapped = ReadMappedPartitions(collection.GetFiles());
+    for (const TWhole& whole : FindWholes(collection)) {
+        for (const TPartitionSource& source : ReadSources(collection.GetFiles(), whole, mapped)) {
+            partitions.push_back({MakePartition(collection.GetFiles(), source), MakeKeySource(source)});
+        }
+    }
+    CommitKeyed<TPartition>(collection, classes[0], partitionRows, std::move(partitions),
+                            &TPartition::deviceId, "partition");
+}
+
+}  // namespace NVORHOST

@@ -1,0 +1,45 @@
+// The record behind the classes of drives: disks, diskettes, tapes and optical discs have the same
+// properties.
+#pragma once
+
+#include "machine/collect/frame/class_shape.h"
+#include "machine/collect/frame/operational_status.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace NVORHOST {
+
+struct TMediaDrive {
+    std::optional<std::string> elementName, description, deviceId;
+    std::optional<TOperationalStatus> operationalStatus;
+    std::optional<std::uint64_t> defaultBlockSizeBytes, maxBlockSizeBytes, minBlockSizeBytes, maxMediaSizeKB,
+        mountCount, totalMountTimeSeconds;
+    std::optional<bool> mediaIsLocked;
+};
+
+inline constexpr TPropertyRow<TMediaDrive> mediaDriveRows[] = {
+    {"ElementName", &TMediaDrive::elementName},
+    {"Description", &TMediaDrive::description},
+    {"DeviceID", &TMediaDrive::deviceId},
+    {"OperationalStatus", &TMediaDrive::operationalStatus},
+    {"DefaultBlockSize", &TMediaDrive::defaultBlockSizeBytes},
+    {"LoadTime", TNeverKnown{ECimType::eUint64}},
+    {"MaxAccessTime", TNeverKnown{ECimType::eUint64}},
+    {"MaxBlockSize", &TMediaDrive::maxBlockSizeBytes},
+    {"MaxMediaSize", &TMediaDrive::maxMediaSizeKB},
+    {"MediaIsLocked", &TMediaDrive::mediaIsLocked},
+    {"MinBlockSize", &TMediaDrive::minBlockSizeBytes},
+    {"MountCount", &TMediaDrive::mountCount},
+    {"NeedsCleaning", TNeverKnown{ECimType::eBoolean}},
+    {"TimeOfLastMount", TNeverKnown{ECimType::eDateTime}},
+    {"TotalMountTime", &TMediaDrive::totalMountTimeSeconds},
+    {"UnloadTime", TNeverKnown{ECimType::eUint64}},
+};
+
+/// For media whose blocks all have one size. What is absent stays absent.
+void SetFixedBlocks(std::optional<std::uint64_t> sizeBytes, std::optional<std::uint64_t> blockSizeBytes,
+                    TMediaDrive& drive);
+
+}  // namespace NVORHOST

@@ -1,0 +1,65 @@
+#include "machine/parse/cpuinfo.h"
+
+#include "text/lines.h"
+#include "text/numbers.h"
+
+namespace NVORHOST {
+
+namespace {
+
+bool HasWord(std::string_view words, std::string_view wanted) {
+    while (!words.empty()) {
+        const auto [word, rest] = SplitAt(words, ' ');
+        if (word == wanted) {
+            return true;
+        }
+        words = rest;
+    }
+    return false;
+}
+
+struct TRow {
+    std::string_view name;
+    void (*set)(TLogicalProcessor& processor, std::string_view value);
+};
+
+constexpr TRow rows[] = {
+    {"physical id", [](auto& cpu, auto value) { cpu.packageId = ParseNumber<std::uint32_t>(value); }},
+    {"cpu MHz", [](auto& cpu, auto value) { cpu.clockMHz = ParseRounded(value); }},
+    {"vendor_id", [](auto& cpu, auto value) { cpu.vendor = value; }},
+    {"model name", [](auto& cpu, auto value) { cpu.model = value; }},
+    {"cpu family", [](auto& cpu, auto value) { cpu.family = value; }},
+    {"model", [](auto& cpu, auto value) { cpu.modelNumber = value; }},
+    {"stepping", [](auto& cpu, auto value) { cpu.stepping = value; }},
+    {"flags",
+     [](auto& cpu, auto value) {
+         cpu.isLongModeCapable = HasWord(value, "lm");
+         cpu.isUnderHypervisor = HasWord(value, "hypervisor");
+     }},
+};
+
+}  // namespace
+
+std::vector<TLogicalProcessor> ParseCpuInfo(std::string_view text) {
+    std::vector<TLogicalProcessor> processors;
+    ForEachLine(text, [&](std::string_view line) {
+        const auto [left, right] = SplitAt(line, ':');
+        const std::string_view name = TrimBlanks(left);
+        const std::string_view value = TrimBlanks(right);
+        if (name == "processor") {
+            // Other architectures also have a "Processor" text line; only a number starts a block.
+            if (const auto number = ParseNumber<std::uint32_t>(value)) {
+                processors.emplace_back().number = *number;
+            }
+            return;
+        }
+        for (const TRow& row : rows) {
+            if (row.name == name && !processors.empty()) {
+                row.set(processors.back(), value);
+            }
+        }
+    });
+    return processors;
+}
+
+}  // namespace NVORHOST

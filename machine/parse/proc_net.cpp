@@ -1,0 +1,150 @@
+#include "machine/parse/proc_net.h"
+
+#include "text/lines.h"
+#include "text/numbers.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <optional>
+
+namespace NVORHOST {
+
+namespace {
+
+// The next word of `line`, blanks and tabs around it aside; empty at the end.
+std::string_view TakeWord(std::string_view& line) {
+    constexpr std::string_view blanks = " \t";
+    line.remove_prefix(std::min(line.find_first_not_of(blanks), line.size()));
+    const std::string_view word = line.substr(0, line.find_first_of(blanks));
+    line.remove_prefix(word.size());
+    return word;
+}
+
+std::optional<std::string> ParseLittleEndianWord(std::string_view text) {
+    const auto number = text.size() == 8 ? ParseHexNumber<std::uint32_t>(text) : std::nullopt;
+    if (!number) {
+        return std::nullopt;
+    }
+    std::string bytes;
+    for (unsigned int shift = 0; shift < 32; shift += 8) {
+        bytes += static_cast<char>(*number >> shift & 0xFFU);
+    }
+    return bytes;
+}
+
+std::optional<std::string> ParseHexBytes(std::string_view digits, std::size_t count) {
+    if (digits.size() != 2 * count) {
+        return std::nullopt;
+    }
+    std::string bytes;
+    for (std::size_t i = 0; i < count; ++i) {
+        const auto byte = ParseNumber<std::uint8_t>(digits.substr(2 * i, 2), 16);
+        if (!byte) {
+            return std::nullopt;
+        }
+        bytes += static_cast<char>(*byte);
+    }
+    return bytes;
+}
+
+std::optional<TIpv4Route> ParseRoute(std::string_view line) {
+    TIpv4Route route;
+    route.interface = TakeWord(line);
+    const auto destination = ParseLittleEndianWord(TakeWord(line));
+    const auto gateway = TakeWord(line);
+    const auto flags = ParseHexNumber<std::uint16_t>(TakeWord(line));
+    for (int skipped = 0; skipped < 3; ++skipped) {  // RefCnt, Use, Metric
+        (void)TakeWord(line);                        // no property comes from them
+    }
+    const auto mask = ParseLittleEndianWord(TakeWord(line));
+    if (!destination || gateway.empty() || !flags || !mask) {
+        return std::nullopt;
+    }
+    constexpr std::uint16_t gatewayFlag = 0x0002;  // RTF_GATEWAY
+    route.destination = *destination;
+    route.mask = *mask;
+    route.hasGateway = (*flags & gatewayFlag) != 0;
+    return route;
+}
+
+bool IsWithin(std::string_view address, const TIpv4Route& route) {
+    for (std::size_t i = 0; i < ipv4Bytes; ++i) {
+        if (((address[i] ^ route.destination[i]) & route.mask[i]) != 0) {
+            return false;
+        }
+    }
+    return true;
+}
+
+constexpr std::string_view everyNetwork{"\0\0\0\0", ipv4Bytes};  // mask of the default route
+
+}  // namespace
+
+std::vector<std::string> ParseLocalIpv4Addresses(std::string_view fibTrie) {
+    std::vector<std::string> addresses;
+    std::optional<std::string> leaf;
+    ForEachLine(fibTrie, [&](std::string_view line) {
+        const std::string_view first = TakeWord(line);
+        if (first == "|--") {
+            leaf = ParseIpv4Address(TakeWord(line));
+        } else if (first == "/32" && TakeWord(line) == "host" && TakeWord(line) == "LOCAL" && leaf) {
+            addresses.push_back(*leaf);
+        }
+    });
+    // The tables "main" and "local" are printed one after the other, and may be one and the same.
+    std::sort(addresses.begin(), addresses.end());
+    addresses.erase(std::unique(addresses.begin(), addresses.end()), addresses.end());
+    return addresses;
+}
+
+std::vector<TIpv6Interface> ParseIpv6Interfaces(std::string_view ifInet6) {
+    std::vector<TIpv6Interface> interfaces;
+    ForEachLine(ifInet6, [&](std::string_view line) {
+        const auto address = ParseHexBytes(TakeWord(line), ipv6Bytes);
+        for (int skipped = 0; skipped < 4; ++skipped) {  // index, prefix length, scope, flags
+            (void)TakeWord(line);                        // no property comes from them
+        }
+        const std::string_view name = TakeWord(line);
+        if (address && !name.empty()) {
+            interfaces.push_back({std::string(name), *address});
+        }
+    });
+    return interfaces;
+}
+
+std::vector<TIpv4Route> ParseIpv4Routes(std::string_view route) {
+    std::vector<TIpv4Route> routes;
+    ForEachLine(route, [&](std::string_view line) {
+        if (auto parsed = ParseRoute(line)) {
+            routes.push_back(std::move(*parsed));
+        }
+    });
+    return routes;
+}
+
+std::string FindInterface(const std::vector<TIpv4Route>& routes, std::string_view address) {
+    constexpr char loopbackNetwork = 127;
+    if (address.size() != ipv4Bytes) {
+        return {};
+    }
+    if (address.front() == loopbackNetwork) {
+        return "lo";
+    }
+    const TIpv4Route* best = nullptr;
+    bool isAmbiguous = false;
+    for (const TIpv4Route& route : routes) {
+        if (route.hasGateway || route.mask == everyNetwork || !IsWithin(address, route)) {
+            continue;
+        }
+        // Masks are runs of ones from the left, so the longer one is the greater string of bytes.
+        if (best == nullptr || route.mask > best->mask) {
+            best = &route;
+            isAmbiguous = false;
+        } else if (route.mask == best->mask && route.interface != best->interface) {
+            isAmbiguous = true;
+        }
+    }
+    return best == nullptr || isAmbiguous ? std::string() : best->interface;
+}
+
+}  // namespace NVORHOST

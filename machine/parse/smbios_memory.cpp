@@ -1,0 +1,125 @@
+#include "machine/parse/smbios_memory.h"
+
+namespace NVORHOST {
+
+namespace {
+
+constexpr std::uint64_t kibibyte = 1024;
+constexpr std::uint64_t mebibyte = 1024 * kibibyte;
+constexpr std::uint32_t extendedBits = 0x7FFFFFFF;  // bit 31 of the extended fields is reserved
+
+template <typename T>
+std::optional<T> Unless(std::optional<T> value, T unknown) {
+    return value == unknown ? std::nullopt : value;
+}
+
+std::optional<std::uint64_t> ParseCapacity(const TByteView& fields) {
+    constexpr std::uint16_t none = 0;
+    constexpr std::uint16_t unknown = 0xFFFF;
+    constexpr std::uint16_t isInExtendedField = 0x7FFF;
+    constexpr std::uint16_t isInKibibytes = 0x8000;
+    const auto size = fields.GetWord(0x0C);
+    if (!size || *size == none || *size == unknown) {
+        return std::nullopt;
+    }
+    if (*size == isInExtendedField) {
+        // Structures too short for the extended field mean what they say: 32767 MiB.
+        const std::uint64_t mebibytes = fields.GetDword(0x1C).value_or(*size) & extendedBits;
+        return Unless(std::optional(mebibytes * mebibyte), std::uint64_t{0});
+    }
+    return (*size & isInKibibytes) != 0 ? (*size & 0x7FFFU) * kibibyte : *size * mebibyte;
+}
+
+std::optional<std::uint32_t> ParseSpeed(const TByteView& fields) {
+    constexpr std::uint32_t unknown = 0;
+    constexpr std::uint16_t isInExtendedField = 0xFFFF;
+    const auto speed = fields.GetWord(0x15);
+    if (!speed) {
+        return std::nullopt;
+    }
+    if (*speed != isInExtendedField) {
+        return Unless(std::optional<std::uint32_t>(*speed), unknown);
+    }
+    const auto extended = fields.GetDword(0x54);
+    return extended ? Unless(std::optional(*extended & extendedBits), unknown) : std::nullopt;
+}
+
+// Both fields at once: an extended start never goes with a plain end.
+std::optional<TAddressRange> ParseRange(const TByteView& fields) {
+    constexpr std::uint32_t isInExtendedField = 0xFFFFFFFF;
+    const auto start = fields.GetDword(0x04);
+    const auto end = fields.GetDword(0x08);
+    if (!start || !end) {
+        return std::nullopt;
+    }
+    if (*start != isInExtendedField) {
+        // The end is the number of the last kibibyte.
+        return TAddressRange{*start * kibibyte, *end * kibibyte + (kibibyte - 1)};
+    }
+    const auto extendedStart = fields.GetQword(0x0F);
+    const auto extendedEnd = fields.GetQword(0x17);
+    if (!extendedStart || !extendedEnd) {
+        return std::nullopt;
+    }
+    return TAddressRange{*extendedStart, *extendedEnd};
+}
+
+bool IsMapped(const TAddressRange& range) {
+    return range.last >= range.first && range.last >= kibibyte;
+}
+
+}  // namespace
+
+TSmbiosMemoryArray ParseSmbiosMemoryArray(const TSmbiosStructure& structure) {
+    const TByteView& fields = structure.GetFields();
+    return {
+        .handle = structure.GetHandle(),
+        .location = fields.GetByte(0x04),
+        .use = fields.GetByte(0x05),
+        .errorCorrection = fields.GetByte(0x06),
+    };
+}
+
+TSmbiosMemoryDevice ParseSmbiosMemoryDevice(const TSmbiosStructure& structure) {
+    constexpr std::uint16_t unknownWidth = 0xFFFF;
+    const TByteView& fields = structure.GetFields();
+    return {
+        .handle = structure.GetHandle(),
+        .arrayHandle = fields.GetWord(0x04),
+        .totalWidthBits = Unless(fields.GetWord(0x08), unknownWidth),
+        .dataWidthBits = Unless(fields.GetWord(0x0A), unknownWidth),
+        .isPopulated = fields.GetWord(0x0C).value_or(0) != 0,
+        .capacityBytes = ParseCapacity(fields),
+        .formFactor = fields.GetByte(0x0E),
+        .locator = structure.GetText(0x10),
+        .bank = structure.GetText(0x11),
+        .kind = fields.GetByte(0x12),
+        .detail = fields.GetWord(0x13),
+        .speed = ParseSpeed(fields),
+        .manufacturer = structure.GetText(0x17),
+        .serial = structure.GetText(0x18),
+        .part = structure.GetText(0x1A),
+    };
+}
+
+TSmbiosArrayAddress ParseSmbiosArrayAddress(const TSmbiosStructure& structure) {
+    const TByteView& fields = structure.GetFields();
+    const auto range = ParseRange(fields);
+    return {
+        .arrayHandle = fields.GetWord(0x0C),
+        .range = range && IsMapped(*range) ? range : std::nullopt,
+    };
+}
+
+TSmbiosDeviceAddress ParseSmbiosDeviceAddress(const TSmbiosStructure& structure) {
+    constexpr std::uint8_t reserved = 0;
+    constexpr std::uint8_t unknown = 0xFF;
+    const TByteView& fields = structure.GetFields();
+    return {
+        .deviceHandle = fields.GetWord(0x0C),
+        .rowPosition = Unless(Unless(fields.GetByte(0x10), reserved), unknown),
+        .interleavePosition = Unless(fields.GetByte(0x11), unknown),
+    };
+}
+
+}  // namespace NVORHOST

@@ -1,0 +1,36 @@
+// SMBIOS processor structures (type 4), one for each socket.
+#pragma once
+
+#include "machine/parse/smbios_table.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace NVORHOST {
+
+/// Texts are the firmware's, placeholders included.
+struct TSmbiosProcessor {
+    std::optional<std::string> socket;             ///< 04h
+    std::optional<std::uint8_t> kind;              ///< 05h; 3 is a central processor
+    std::optional<std::uint16_t> family;           ///< 06h, or 28h when 06h refers to it; absent for 0, FFh
+    std::optional<std::string> manufacturer;       ///< 07h
+    std::optional<std::string> version;            ///< 10h
+    std::optional<std::uint16_t> maxSpeedMHz;      ///< 14h; absent for 0, unknown
+    std::optional<std::uint16_t> currentSpeedMHz;  ///< 16h; absent for 0, unknown
+    std::optional<std::uint8_t> status;            ///< 18h
+    std::optional<std::string> serial;             ///< 20h
+    std::optional<std::uint16_t> characteristics;  ///< 26h
+
+    bool IsCentral() const { return kind == 3; }
+    /// Bit 6 of the status.
+    bool IsPopulated() const { return status && (*status & 0x40) != 0; }
+    /// Bit 2 of the characteristics.
+    bool Is64BitCapable() const { return characteristics && (*characteristics & 0x04) != 0; }
+};
+
+/// `structure` must be of type 4. A field past the structure's length is absent.
+/// Source: DSP0134, 7.5.
+TSmbiosProcessor ParseSmbiosProcessor(const TSmbiosStructure& structure);
+
+}  // namespace NVORHOST

@@ -1,0 +1,247 @@
+#include "machine/replay/captured_answers.h"
+
+#include <arpa/inet.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <iterator>
+
+namespace NVORHOST {
+
+namespace {
+
+// ---- words
+
+bool StandsForItself(char c) {
+    return c > ' ' && c <= '~' && c != '%';
+}
+
+std::string Escape(std::string_view text) {
+    constexpr std::string_view digits = "0123456789abcdef";
+    std::string escaped;
+    for (const char c : text) {
+        if (StandsForItself(c)) {
+            escaped += c;
+        } else {
+            const auto byte = static_cast<unsigned char>(c);
+            escaped += {'%', digits[byte >> 4U], digits[byte & 0x0FU]};
+        }
+    }
+    return escaped;
+}
+
+template <typename T>
+std::optional<T> ToNumber(std::string_view text, int base = 10) {
+    T number{};
+    const auto* const end = text.data() + text.size();
+    const auto result = std::from_chars(text.data(), end, number, base);
+    return result.ec == std::errc{} && result.ptr == end ? std::optional(number) : std::nullopt;
+}
+
+std::string Unescape(std::string_view text) {
+    std::string plain;
+    while (!text.empty()) {
+        const auto byte = text.front() == '%' && text.size() >= 3
+                              ? ToNumber<unsigned char>(text.substr(1, 2), 16)
+                              : std::nullopt;
+        plain += byte ? static_cast<char>(*byte) : text.front();
+        text.remove_prefix(byte ? 3 : 1);
+    }
+    return plain;
+}
+
+std::string_view TakeWord(std::string_view& line) {
+    const std::string_view word = line.substr(0, line.find(' '));
+    line.remove_prefix(std::min(word.size() + 1, line.size()));
+    return word;
+}
+
+// ---- addresses
+
+std::string FormatAddress(const std::string& bytes) {
+    std::array<char, INET6_ADDRSTRLEN> text{};
+    const int family = bytes.size() == sizeof(in_addr) ? AF_INET : AF_INET6;
+    return inet_ntop(family, bytes.data(), text.data(), text.size()) == nullptr ? "" : text.data();
+}
+
+std::string ParseAddress(const std::string& text) {
+    std::string bytes(sizeof(in6_addr), '\0');
+    if (inet_pton(AF_INET6, text.c_str(), bytes.data()) == 1) {
+        return bytes;
+    }
+    bytes.resize(sizeof(in_addr));
+    return inet_pton(AF_INET, text.c_str(), bytes.data()) == 1 ? bytes : std::string();
+}
+
+// ---- lines
+
+struct TAccessName {
+    EAccess access;
+    std::string_view name;
+};
+
+constexpr TAccessName accessNames[] = {
+    {EAccess::read, "read"},
+    {EAccess::list, "list"},
+    {EAccess::readLink, "read-link"},
+    {EAccess::exists, "exists"},
+};
+
+struct TStatusName {
+    EReadStatus status;
+    std::string_view name;
+};
+
+constexpr TStatusName statusNames[] = {
+    {EReadStatus::notFound, "not-found"},
+    {EReadStatus::denied, "denied"},
+    {EReadStatus::failed, "failed"},
+    {EReadStatus::timedOut, "timed-out"},
+};
+
+void Write(std::string_view name, const std::optional<std::string>& value, std::string& text) {
+    if (value) {
+        text += std::string(name) + " " + Escape(*value) + "\n";
+    }
+}
+
+void Write(std::string_view name, const std::optional<std::uint32_t>& value, std::string& text) {
+    if (value) {
+        text += std::string(name) + " " + std::to_string(*value) + "\n";
+    }
+}
+
+void Read(std::string_view words, std::optional<std::string>& value) {
+    value = Unescape(words);
+}
+
+void Read(std::string_view words, std::optional<std::uint32_t>& value) {
+    value = ToNumber<std::uint32_t>(words);
+}
+
+constexpr std::string_view offsetLine = "UtcOffsetMinutes";
+constexpr std::string_view addressesLine = "InterfaceAddresses";
+constexpr std::string_view addressLine = "InterfaceAddress";
+
+// Calls `visit` with the name and the member of every answer that is one word.
+template <typename TAnswers, typename TVisit>
+void ForEachWordAnswer(TAnswers& answers, TVisit&& visit) {
+    visit("LocalTime", answers.localTime);
+    visit("KernelRelease", answers.kernelRelease);
+    visit("NodeName", answers.nodeName);
+    visit("Architecture", answers.architecture);
+    visit("HypervisorSignature", answers.hypervisorSignature);
+    visit("PageSizeBytes", answers.pageSizeBytes);
+    visit("ClockTicksPerSecond", answers.clockTicksPerSecond);
+}
+
+std::string FormatRefusal(const TAccessOfPath& access, EReadStatus status) {
+    const auto* const accessRow = std::ranges::find(accessNames, access.access, &TAccessName::access);
+    const auto* const statusRow = std::ranges::find(statusNames, status, &TStatusName::status);
+    return std::string(statusRow->name) + " " + std::string(accessRow->name) + " " + Escape(access.path) +
+           "\n";
+}
+
+void ReadAddress(std::string_view words, TCapturedAnswers& answers) {
+    TInterfaceAddress row;
+    row.interface = Unescape(TakeWord(words));
+    row.address = ParseAddress(std::string(words));
+    if (answers.interfaceAddresses && !row.address.empty()) {
+        answers.interfaceAddresses->push_back(std::move(row));
+    }
+}
+
+void ReadOffset(std::string_view words, TCapturedAnswers& answers) {
+    const auto moment = ToNumber<std::int64_t>(TakeWord(words));
+    const auto offset = ToNumber<int>(words);
+    if (moment && offset) {
+        answers.utcOffsetMinutes[*moment] = *offset;
+    }
+}
+
+void ReadRefusal(std::string_view statusName, std::string_view words, TCapturedAnswers& answers) {
+    const auto* const status = std::ranges::find(statusNames, statusName, &TStatusName::name);
+    const auto* const access = std::ranges::find(accessNames, TakeWord(words), &TAccessName::name);
+    if (status != std::end(statusNames) && access != std::end(accessNames)) {
+        answers.refusals[{access->access, Unescape(words)}] = status->status;
+    }
+}
+
+void ReadLine(std::string_view line, TCapturedAnswers& answers) {
+    const std::string_view name = TakeWord(line);
+    ForEachWordAnswer(answers, [&](std::string_view answer, auto& member) {
+        if (answer == name) {
+            Read(line, member);
+        }
+    });
+    if (name == offsetLine) {
+        ReadOffset(line, answers);
+    } else if (name == addressesLine) {
+        answers.interfaceAddresses.emplace();
+    } else if (name == addressLine) {
+        ReadAddress(line, answers);
+    } else {
+        ReadRefusal(name, line, answers);
+    }
+}
+
+}  // namespace
+
+std::string FormatCapturedAnswers(const TCapturedAnswers& answers) {
+    std::string text = "# Answers of the captured machine beside its files.\n";
+    ForEachWordAnswer(answers, [&](std::string_view name, const auto& member) { Write(name, member, text); });
+    for (const auto& [moment, offset] : answers.utcOffsetMinutes) {
+        text += std::string(offsetLine) + " " + std::to_string(moment) + " " + std::to_string(offset) + "\n";
+    }
+    if (answers.interfaceAddresses) {
+        text += std::string(addressesLine) + "\n";
+        for (const TInterfaceAddress& row : *answers.interfaceAddresses) {
+            text += std::string(addressLine) + " " + Escape(row.interface) + " " +
+                    FormatAddress(row.address) + "\n";
+        }
+    }
+    for (const auto& [access, status] : answers.refusals) {
+        text += FormatRefusal(access, status);
+    }
+    return text;
+}
+
+void MergeCapturedAnswers(const TCapturedAnswers& more, TCapturedAnswers& answers) {
+    const auto take = [](const auto& from, auto& to) {
+        if (from) {
+            to = from;
+        }
+    };
+    take(more.localTime, answers.localTime);
+    take(more.kernelRelease, answers.kernelRelease);
+    take(more.nodeName, answers.nodeName);
+    take(more.architecture, answers.architecture);
+    take(more.hypervisorSignature, answers.hypervisorSignature);
+    take(more.pageSizeBytes, answers.pageSizeBytes);
+    take(more.clockTicksPerSecond, answers.clockTicksPerSecond);
+    take(more.interfaceAddresses, answers.interfaceAddresses);
+    answers.utcOffsetMinutes.insert(more.utcOffsetMinutes.begin(), more.utcOffsetMinutes.end());
+    answers.refusals.insert(more.refusals.begin(), more.refusals.end());
+}
+
+TCapturedAnswers ParseCapturedAnswers(std::string_view text) {
+    TCapturedAnswers answers;
+    while (!text.empty()) {
+        const auto end = std::min(text.find('\n'), text.size());
+        ReadLine(text.substr(0, end), answers);
+        text.remove_prefix(std::min(end + 1, text.size()));
+    }
+    return answers;
+}
+
+TReadResult<TCapturedAnswers> ReadCapturedAnswers(const ISystemFiles& files) {
+    const auto text = files.ReadText(capturedAnswersPath);
+    if (!text.IsOk() && text.status != EReadStatus::notFound) {
+        return {text.status, {}, text.error};
+    }
+    return {EReadStatus::ok, ParseCapturedAnswers(text.value), {}};
+}
+
+}  // namespace NVORHOST

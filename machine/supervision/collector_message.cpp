@@ -1,0 +1,218 @@
+#include "machine/supervision/collector_message.h"
+
+#include <array>
+#include <bit>
+#include <cstring>
+
+namespace NVORHOST {
+namespace {
+
+using ECimType = TCIMValue::TCIMType::ECIMType;
+
+// ---- values
+
+enum EShape : std::uint64_t { eNull, eScalar, eNullArray, eArray };
+
+EShape ShapeOf(const TCIMValue& value) {
+    if (value.IsArray()) {
+        return value.IsNull() ? eNullArray : eArray;
+    }
+    return value.IsNull() ? eNull : eScalar;
+}
+
+void WriteDateTime(const TCIMDateTime& time, TMessageWriter& message) {
+    std::array<char, sizeof(time)> bytes{};
+    std::memcpy(bytes.data(), &time, sizeof(time));
+    message.WriteText({bytes.data(), bytes.size()});
+}
+
+TCIMDateTime ReadDateTime(TMessageReader& message) {
+    TCIMDateTime time;
+    const std::string_view bytes = message.ReadText();
+    std::memcpy(static_cast<void*>(&time), bytes.data(), std::min(bytes.size(), sizeof(time)));
+    return time;
+}
+
+void WriteScalar(const TCIMValue& value, TMessageWriter& message) {
+    switch (value.GetType()) {
+        case ECimType::eBoolean:
+            message.WriteNumber(value.GetBoolean() ? 1 : 0);
+            break;
+        case ECimType::eChar16:
+            message.WriteNumber(value.GetChar16());
+            break;
+        case ECimType::eUint8:
+        case ECimType::eUint16:
+        case ECimType::eUint32:
+        case ECimType::eUint64:
+            message.WriteNumber(value.GetUnsigned());
+            break;
+        case ECimType::eSint8:
+        case ECimType::eSint16:
+        case ECimType::eSint32:
+        case ECimType::eSint64:
+            message.WriteNumber(static_cast<std::uint64_t>(value.GetSigned()));
+            break;
+        case ECimType::eReal32:
+        case ECimType::eReal64:
+            message.WriteNumber(std::bit_cast<std::uint64_t>(value.GetReal()));
+            break;
+        case ECimType::eString:
+        case ECimType::eReference:
+            message.WriteText(std::string(value));
+            break;
+        case ECimType::eDateTime:
+            WriteDateTime(TCIMDateTime(value), message);
+            break;
+    }
+}
+
+TCIMValue ReadScalar(ECimType type, TMessageReader& message) {
+    switch (type) {
+        case ECimType::eBoolean:
+            return TCIMValue(message.ReadNumber() != 0);
+        case ECimType::eChar16:
+            return TCIMValue(static_cast<char16_t>(message.ReadNumber()));
+        case ECimType::eUint8:
+            return TCIMValue(static_cast<std::uint8_t>(message.ReadNumber()));
+        case ECimType::eUint16:
+            return TCIMValue(static_cast<std::uint16_t>(message.ReadNumber()));
+        case ECimType::eUint32:
+            return TCIMValue(static_cast<std::uint32_t>(message.ReadNumber()));
+        case ECimType::eUint64:
+            return TCIMValue(message.ReadNumber());
+        case ECimType::eSint8:
+            return TCIMValue(static_cast<std::int8_t>(message.ReadNumber()));
+        case ECimType::eSint16:
+            return TCIMValue(static_cast<std::int16_t>(message.ReadNumber()));
+        case ECimType::eSint32:
+            return TCIMValue(static_cast<std::int32_t>(message.ReadNumber()));
+        case ECimType::eSint64:
+            return TCIMValue(static_cast<std::int64_t>(message.ReadNumber()));
+        case ECimType::eReal32:
+            return TCIMValue(static_cast<float>(std::bit_cast<double>(message.ReadNumber())));
+        case ECimType::eReal64:
+            return TCIMValue(std::bit_cast<double>(message.ReadNumber()));
+        case ECimType::eString:
+            return {std::string(message.ReadText())};
+        case ECimType::eReference:
+            return TCIMValue::Reference(std::string(message.ReadText()));
+        case ECimType::eDateTime:
+            return TCIMValue(ReadDateTime(message));
+    }
+    return TCIMValue(type);
+}
+
+void WriteValue(const TCIMValue& value, TMessageWriter& message) {
+    const EShape shape = ShapeOf(value);
+    message.WriteNumber(static_cast<std::uint64_t>(static_cast<ECimType>(value.GetType())));
+    message.WriteNumber(shape);
+    if (shape == eScalar) {
+        WriteScalar(value, message);
+    } else if (shape == eArray) {
+        const auto& elements = static_cast<const TCIMValue::TElements&>(value);
+        message.WriteNumber(elements.size());
+        for (const TCIMValue& element : elements) {
+            WriteValue(element, message);
+        }
+    }
+}
+
+TCIMValue ReadValue(TMessageReader& message) {
+    const auto type = static_cast<ECimType>(message.ReadNumber());
+    switch (static_cast<EShape>(message.ReadNumber())) {
+        case eNull:
+            return TCIMValue(type);
+        case eScalar:
+            return ReadScalar(type, message);
+        case eNullArray:
+            return TCIMValue::NullArray(type);
+        case eArray:
+            break;
+    }
+    TCIMValue::TElements elements;
+    for (std::uint64_t left = message.ReadNumber(); left > 0; --left) {
+        elements.push_back(ReadValue(message));
+    }
+    return TCIMValue::Array(type, std::move(elements));
+}
+
+// ---- lists
+
+void WriteTexts(const std::vector<std::string>& texts, TMessageWriter& message) {
+    message.WriteNumber(texts.size());
+    for (const std::string& text : texts) {
+        message.WriteText(text);
+    }
+}
+
+std::vector<std::string> ReadTexts(TMessageReader& message) {
+    std::vector<std::string> texts;
+    for (std::uint64_t left = message.ReadNumber(); left > 0; --left) {
+        texts.emplace_back(message.ReadText());
+    }
+    return texts;
+}
+
+}  // namespace
+
+void TInstancesWriter::WriteNew(const TCollector& collector, TMessageWriter& message) {
+    for (const TClassShape& shape : collector.fills) {
+        const auto& instances = source_.FindClass(shape.name)->GetInstances();
+        std::size_t& written = written_[shape.name];
+        message.WriteNumber(instances.size() - written);
+        for (; written < instances.size(); ++written) {
+            const auto properties = instances[written]->GetProperties();
+            message.WriteNumber(properties.size());
+            for (const TPropertyView& property : properties) {
+                message.WriteText(property.name);
+                WriteValue(property.value, message);
+            }
+        }
+    }
+}
+
+void ReadInstances(const TCollector& collector, TMessageReader& message, TMemoryNamespace& target) {
+    for (const TClassShape& shape : collector.fills) {
+        const auto filled = target.FindClass(shape.name);
+        for (std::uint64_t left = message.ReadNumber(); left > 0; --left) {
+            const auto instance = filled->NewInstance();
+            for (std::uint64_t properties = message.ReadNumber(); properties > 0; --properties) {
+                const std::string_view name = message.ReadText();
+                instance->Set(name, ReadValue(message));
+            }
+            instance->CommitInstance({});
+        }
+    }
+}
+
+void WriteReport(const TCollectReport& report, TMessageWriter& message) {
+    message.WriteText(report.failure);
+    WriteTexts(report.deniedSources, message);
+    WriteTexts(report.failedSources, message);
+    WriteTexts(report.timedOutSources, message);
+    message.WriteText(report.essentialFailure);
+    WriteTexts(report.notes, message);
+    WriteTexts(report.warnings, message);
+    message.WriteNumber(report.instances);
+    message.WriteNumber(report.replacedBytes);
+    message.WriteNumber(static_cast<std::uint64_t>(report.duration.count()));
+}
+
+TCollectReport ReadReport(const TCollector& collector, TMessageReader& message) {
+    TCollectReport report;
+    report.collector = collector.name;
+    report.failure = message.ReadText();
+    report.deniedSources = ReadTexts(message);
+    report.failedSources = ReadTexts(message);
+    report.timedOutSources = ReadTexts(message);
+    report.essentialFailure = message.ReadText();
+    report.notes = ReadTexts(message);
+    report.warnings = ReadTexts(message);
+    report.instances = message.ReadNumber();
+    report.replacedBytes = message.ReadNumber();
+    report.duration = std::chrono::nanoseconds(static_cast<std::int64_t>(message.ReadNumber()));
+    return report;
+}
+
+}  // namespace NVORHOST

@@ -1,0 +1,130 @@
+#include "machine/supervision/machine_door.h"
+
+#include "host/os_specific.h"
+#include "machine/replay/captured_answers.h"
+#include "vorhost/run/run_failure.h"
+
+#include <unistd.h>
+
+#include <filesystem>
+#include <set>
+#include <string>
+#include <system_error>
+
+namespace NVORHOST {
+namespace {
+
+constexpr char liveRoot[] = "/";
+
+[[noreturn]] void Refuse(const std::filesystem::path& root, const std::string& cause) {
+    throw TRunFailure("cannot collect from " + root.string() + ": " + cause);
+}
+
+void RequireDirectory(const std::filesystem::path& root) {
+    std::error_code ignored;  // whatever it is, there is no directory
+    if (std::filesystem::is_directory(root, ignored)) {
+        return;
+    }
+    if (!std::filesystem::exists(root, ignored)) {
+        Refuse(root, "there is no such directory");
+    }
+    Refuse(root, "not a directory; a capture has to be unpacked into one: mkdir DIR && tar -xJf FILE -C DIR");
+}
+
+bool IsMachine(const std::filesystem::path& root) {
+    std::error_code ignored;  // of no use, then, in either case
+    return std::filesystem::exists(root / std::string(capturedAnswersPath.substr(1)), ignored) ||
+           std::filesystem::is_directory(root / "proc", ignored) ||
+           std::filesystem::is_directory(root / "sys", ignored);
+}
+
+// A machine's tree in the folder, or around it; empty when there is none.
+std::filesystem::path FindMachineNear(const std::filesystem::path& root) {
+    std::error_code error;
+    std::set<std::filesystem::path> inside;
+    for (std::filesystem::directory_iterator entry(root, error), end; !error && entry != end;
+         entry.increment(error)) {
+        if (IsMachine(entry->path())) {
+            inside.insert(entry->path());
+        }
+    }
+    if (!inside.empty()) {
+        return inside.begin()->lexically_normal();
+    }
+    const auto around = std::filesystem::canonical(root, error).parent_path();
+    return !error && around != liveRoot && IsMachine(around) ? around : std::filesystem::path();
+}
+
+// Collectors would take everything for missing in any other folder, and a machine without anything is none.
+void RequireMachine(const std::filesystem::path& root) {
+    if (IsMachine(root)) {
+        return;
+    }
+    const std::filesystem::path near = FindMachineNear(root);
+    Refuse(root, "no machine's tree: it has neither proc nor sys nor " +
+                     std::string(capturedAnswersPath.substr(1)) +
+                     (near.empty() ? "" : "; did you mean " + near.string() + "?"));
+}
+
+// Collectors take what they cannot read for missing: below a root that cannot be opened, everything.
+void RequireOpen(const TRootedFiles& files) {
+    if (files.GetRootError() != 0) {
+        throw TRunFailure("cannot collect from " + files.GetRoot() + ": " +
+                          std::generic_category().message(files.GetRootError()));
+    }
+}
+
+// Without its answers, a tree would be another machine.
+void RequireAnswers(const TRootedFiles& files, const TCapturedSystemCalls& calls) {
+    if (!calls.GetAnswersError().empty()) {
+        throw TRunFailure("cannot collect from " + files.GetRoot() + ": " + calls.GetAnswersError());
+    }
+}
+
+}  // namespace
+
+void RequireProcFileSystem() {
+    if (::access("/proc/self/fd", R_OK | X_OK) != 0) {
+        throw TRunFailure("cannot run where /proc is missing: mount the process file system there");
+    }
+}
+
+bool IsLiveMachine(const TMachineOptions& options) {
+    return options.sysroot == liveRoot;
+}
+
+std::string DescribeMachine(const TMachineOptions& options) {
+    return IsLiveMachine(options) ? "this machine" : "tree " + options.sysroot;
+}
+
+TMachineDoor::TMachineDoor(const TMachineOptions& options)
+    : isLive_(IsLiveMachine(options)), localTime_(options.localTime), rootedFiles_(options.sysroot) {
+    RequireDirectory(options.sysroot);
+    RequireOpen(rootedFiles_);
+    if (!isLive_) {
+        RequireMachine(options.sysroot);
+        capturedCalls_.emplace(rootedFiles_);
+        RequireAnswers(rootedFiles_, *capturedCalls_);
+        capturedFiles_.emplace(rootedFiles_, capturedCalls_->GetAnswers());
+    }
+}
+
+const ISystemFiles& TMachineDoor::GetFiles() const {
+    return isLive_ ? static_cast<const ISystemFiles&>(rootedFiles_) : *capturedFiles_;
+}
+
+const ISystemCalls& TMachineDoor::GetCalls() const {
+    return isLive_ ? static_cast<const ISystemCalls&>(liveCalls_) : *capturedCalls_;
+}
+
+std::optional<NKELVOR20::TCIMDateTime> TMachineDoor::GetLocalTime() const {
+    if (isLive_) {
+        return NKELVOR20::TOSSpecific::GetLocalTime();
+    }
+    if (localTime_) {
+        return localTime_;
+    }
+    return NKELVOR20::TCIMDateTime::FromText(capturedCalls_->GetAnswers().localTime.value_or(""));
+}
+
+}  // namespace NVORHOST

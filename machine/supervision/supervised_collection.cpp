@@ -1,0 +1,326 @@
+#include "machine/supervision/supervised_collection.h"
+
+#include "machine/supervision/collecting_process.h"
+#include "machine/supervision/collector_message.h"
+#include "vorhost/run/run_failure.h"
+
+#include <poll.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+
+namespace NVORHOST {
+namespace {
+
+using TClock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+// Each share is one of the time that is left, so that there is always some left for the rest, however many
+// sources do not answer.
+constexpr int shareOfAccess = 32;
+constexpr int shareOfCollector = 8;
+constexpr milliseconds longestAccess(1000);  // also under a deadline of hours
+constexpr milliseconds longestCollector(5000);
+constexpr milliseconds shortestWait(5);
+constexpr milliseconds grace(500);  // past the deadline, for a process that works and waits for nothing
+constexpr std::size_t maxPathsOfCollector = 3;
+constexpr std::size_t maxProcesses = 64;
+
+milliseconds Share(TClock::duration left, int share, milliseconds longest) {
+    const auto part = std::chrono::duration_cast<milliseconds>(left) / share;
+    return std::clamp(part, shortestWait, longest);
+}
+
+std::string DescribeSeconds(milliseconds time) {
+    std::string text = std::to_string(time.count() / 1000);
+    if (const auto rest = time.count() % 1000; rest != 0) {
+        std::string digits = std::to_string(1000 + rest).substr(1);
+        digits.erase(digits.find_last_not_of('0') + 1);
+        text += "." + digits;
+    }
+    return text + " s";
+}
+
+// Where the newest process is, and since when.
+struct TProgress {
+    std::uint32_t step = 0;
+    TClock::time_point stepSince = TClock::now();
+    std::optional<std::uint32_t> collector;
+    TClock::time_point collectorSince = TClock::now();
+
+    void Look(const TAccessPlace& place) {
+        const auto now = TClock::now();
+        if (const auto current = place.GetStep(); current != step) {
+            step = current;
+            stepSince = now;
+        }
+        if (place.HasTask() && collector != place.GetTask()) {
+            collector = place.GetTask();
+            collectorSince = now;
+        }
+    }
+};
+
+class TSupervision {
+  public:
+    /// `take` receives the message of each collector that counts, in their order; `see` receives before that,
+    /// for captures, those that do not come from the first process.
+    using TTake = std::function<TCollectReport(const TCollector&, TMessageReader&)>;
+    using TSee = std::function<void(const TCollector&, TMessageReader&)>;
+
+    TSupervision(TCollectionTask task, TTake take, TSee see)
+        : task_(std::move(task)), take_(std::move(take)), see_(std::move(see)) {
+        if (task_.options.deadline) {
+            end_ = TClock::now() + *task_.options.deadline;
+        }
+    }
+
+    TSupervisedCollection Run() {
+        Start();
+        while (!IsDone() && !IsOver()) {
+            Wait();
+            GoOnWithoutWhatStalls();
+        }
+        GiveUp();
+        TakeRest();
+        return std::move(collected_);
+    }
+
+  private:
+    struct TWorker {
+        explicit TWorker(const TCollectionTask& task) : process(task) {}
+
+        TCollectingProcess process;
+        std::map<std::uint64_t, std::string> results;  // by place of the collector; of the first worker none
+        bool isDone = false;
+    };
+
+    bool IsFirst(const TWorker& worker) const { return &worker == workers_.front().get(); }
+    bool IsDone() const { return workers_.front()->isDone; }
+
+    bool IsOver() {
+        if (!end_ || TClock::now() < *end_) {
+            return false;
+        }
+        const TWorker& newest = *workers_.back();
+        return newest.isDone || TClock::now() >= *end_ + grace ||
+               !newest.process.GetPlace().GetPath().empty();
+    }
+
+    void Start() {
+        workers_.push_back(std::make_unique<TWorker>(task_));
+        progress_ = {};
+    }
+
+    void Wait() {
+        std::vector<pollfd> readable;
+        std::vector<TWorker*> readers;
+        for (const auto& worker : workers_) {
+            if (worker->process.GetDescriptor() >= 0) {
+                readable.push_back({worker->process.GetDescriptor(), POLLIN, 0});
+                readers.push_back(worker.get());
+            }
+        }
+        const int count = ::poll(readable.data(), readable.size(), TimeToWait());
+        for (std::size_t i = 0; count > 0 && i < readable.size(); ++i) {
+            if (readable[i].revents != 0) {
+                Read(*readers[i]);
+            }
+        }
+    }
+
+    int TimeToWait() const {
+        if (!end_) {
+            return -1;
+        }
+        const auto left = *end_ - TClock::now();
+        return static_cast<int>(Share(left, shareOfAccess, longestAccess).count());
+    }
+
+    void Read(TWorker& worker) {
+        for (TCollectingProcess::TMessage& message : worker.process.ReadMessages()) {
+            switch (message.kind) {
+                case ECollectionMessage::opened:
+                    task_.localTime = NKELVOR20::TCIMDateTime::FromText(message.bytes);
+                    break;
+                case ECollectionMessage::result:
+                    TakeResult(worker, std::move(message.bytes));
+                    break;
+                case ECollectionMessage::failed:
+                    throw TRunFailure(message.bytes);
+                case ECollectionMessage::done:
+                    worker.isDone = true;
+                    break;
+            }
+        }
+        if (worker.process.GetDescriptor() < 0 && !worker.isDone) {
+            throw TRunFailure("the process that collects from " + task_.options.sysroot + " " +
+                              worker.process.DescribeEnd());
+        }
+    }
+
+    // Those of the first process come in order, and nothing better can come.
+    void TakeResult(TWorker& worker, std::string bytes) {
+        TMessageReader message(bytes);
+        const std::uint64_t place = message.ReadNumber();
+        if (IsFirst(worker)) {
+            collected_.reports.push_back(take_(task_.collectors[place], message));
+        } else {
+            worker.results[place] = std::move(bytes);
+        }
+    }
+
+    void GoOnWithoutWhatStalls() {
+        TWorker& newest = *workers_.back();
+        if (!end_ || newest.isDone || workers_.size() == maxProcesses) {
+            return;
+        }
+        const TAccessPlace& place = newest.process.GetPlace();
+        progress_.Look(place);
+        if (!progress_.collector || *progress_.collector + std::size_t{1} > task_.collectors.size()) {
+            return;
+        }
+        const auto now = TClock::now();
+        const auto left = *end_ - now;
+        const std::string path = place.GetPath();
+        if (!path.empty() && now - progress_.stepSince >= Share(left, shareOfAccess, longestAccess)) {
+            GoOnWithout(path, *progress_.collector);
+        } else if (now - progress_.collectorSince >= Share(left, shareOfCollector, longestCollector)) {
+            GoOnBehind(*progress_.collector);
+        }
+    }
+
+    void GoOnWithout(const std::string& path, std::size_t collector) {
+        task_.unanswered.insert(path);
+        if (++stalls_[collector] > maxPathsOfCollector) {
+            GoOnBehind(collector);
+        } else {
+            task_.first = collector;
+            Start();
+        }
+    }
+
+    void GoOnBehind(std::size_t collector) {
+        if (collector + 1 < task_.collectors.size()) {
+            task_.first = collector + 1;
+            Start();
+        }
+    }
+
+    // At once for all, so that the time to die is not that of one after the other. What a process was waiting
+    // for is kept.
+    void GiveUp() {
+        for (const auto& worker : workers_) {
+            const TAccessPlace& place = worker->process.GetPlace();
+            if (!worker->isDone && place.HasTask()) {
+                waitedFor_.emplace(place.GetTask(), place.GetPath());
+            }
+        }
+        if (!IsDone() && !workers_.front()->process.GetPlace().HasTask()) {
+            const std::string path = workers_.front()->process.GetPlace().GetPath();
+            workers_.clear();
+            throw TRunFailure("cannot collect from " + task_.options.sysroot + ": no answer within " +
+                              DescribeSeconds(*task_.options.deadline) +
+                              (path.empty() ? "" : " from " + path));
+        }
+        if (see_ && !IsDone()) {
+            ForEachLaterResult(see_);
+        }
+    }
+
+    template <typename TVisit>
+    void ForEachLaterResult(const TVisit& visit) {
+        for (std::size_t i = 1; i < workers_.size(); ++i) {
+            for (auto& [place, bytes] : workers_[i]->results) {
+                TMessageReader message(bytes);
+                (void)message.ReadNumber();
+                visit(task_.collectors[place], message);
+            }
+        }
+    }
+
+    void TakeRest() {
+        while (collected_.reports.size() < task_.collectors.size()) {
+            collected_.reports.push_back(TakeBest(collected_.reports.size()));
+        }
+        collected_.localTime = task_.localTime;
+    }
+
+    TCollectReport TakeBest(std::size_t collector) {
+        for (const auto& worker : workers_) {
+            const auto found = worker->results.find(collector);
+            if (found != worker->results.end()) {
+                TMessageReader message(found->second);
+                (void)message.ReadNumber();
+                return take_(task_.collectors[collector], message);
+            }
+        }
+        return ReportNothing(collector);
+    }
+
+    TCollectReport ReportNothing(std::size_t collector) {
+        TCollectReport report;
+        report.collector = task_.collectors[collector].name;
+        report.failure = "not done within " + DescribeSeconds(*task_.options.deadline);
+        const auto path = waitedFor_.find(collector);
+        if (path != waitedFor_.end() && !path->second.empty()) {
+            report.timedOutSources.push_back(path->second);
+        }
+        return report;
+    }
+
+    TCollectionTask task_;
+    TTake take_;
+    TSee see_;
+    std::optional<TClock::time_point> end_;
+    std::vector<std::unique_ptr<TWorker>>
+        workers_;                                // each but the first refuses what those before it wait for
+    TProgress progress_;                         // of the last of them
+    std::map<std::size_t, std::size_t> stalls_;  // paths by collector
+    std::map<std::size_t, std::string> waitedFor_;  // the path that a given up process was waiting for
+    TSupervisedCollection collected_;
+};
+
+TCollectionTask MakeTask(const TMachineOptions& options, ECollects collects) {
+    TCollectionTask task;
+    task.options = options;
+    task.collects = collects;
+    task.collectors = ChooseCollectors(options.collectors);
+    return task;
+}
+
+}  // namespace
+
+TSupervisedCollection CollectSupervised(const TMachineOptions& options, TMemoryNamespace& target) {
+    const TCollectionTask task = MakeTask(options, ECollects::instances);
+    DeclareClasses(target, task.collectors);
+    const auto take = [&target](const TCollector& collector, TMessageReader& message) {
+        TCollectReport report = ReadReport(collector, message);
+        ReadInstances(collector, message, target);
+        return report;
+    };
+    return TSupervision(task, take, nullptr).Run();
+}
+
+TSupervisedCollection RecordSupervised(const TMachineOptions& options, TRecordedMachine& machine) {
+    const auto take = [&machine](const TCollector& collector, TMessageReader& message) {
+        TCollectReport report = ReadReport(collector, message);
+        AddLog(ReadMachineLog(message), machine);
+        return report;
+    };
+    // A process that went on asks in a later collector what it has asked before, and may have asked that for
+    // a collector whose result another process gave.
+    const auto see = [&machine](const TCollector& collector, TMessageReader& message) {
+        (void)ReadReport(collector, message);
+        AddAnswers(ReadMachineLog(message), machine);
+    };
+    return TSupervision(MakeTask(options, ECollects::logs), take, see).Run();
+}
+
+}  // namespace NVORHOST

@@ -1,0 +1,144 @@
+#include "machine/system/live_system_calls.h"
+
+#include "machine/system/system_files.h"
+
+#include <ifaddrs.h>
+#include <netinet/in.h>
+#include <sys/auxv.h>
+#include <sys/utsname.h>
+
+#include <cerrno>
+#include <ctime>
+#include <memory>
+#include <system_error>
+
+#if defined(__x86_64__) || defined(__i386__)
+#include <cpuid.h>
+
+#include <array>
+#include <cstring>
+#endif
+
+namespace NVORHOST {
+
+namespace {
+
+std::optional<utsname> ReadUname() {
+    utsname names{};
+    if (uname(&names) != 0) {
+        return std::nullopt;
+    }
+    return names;
+}
+
+// 0 is what getauxval answers for an entry the kernel did not pass.
+std::optional<std::uint32_t> ReadAuxiliaryValue(unsigned long type) {
+    const unsigned long value = getauxval(type);
+    return value == 0 ? std::nullopt : std::optional(static_cast<std::uint32_t>(value));
+}
+
+template <typename TAddress>
+std::string BytesOf(const TAddress& address) {
+    return {reinterpret_cast<const char*>(&address), sizeof(address)};  // NOLINT(*-reinterpret-cast)
+}
+
+// Empty for addresses of other families.
+std::string AddressOf(const sockaddr* address) {
+    if (address == nullptr) {
+        return {};
+    }
+    // The family says what the structure really is.
+    switch (address->sa_family) {
+        case AF_INET:
+            return BytesOf(reinterpret_cast<const sockaddr_in*>(address)->sin_addr);  // NOLINT(*-cast)
+        case AF_INET6:
+            return BytesOf(reinterpret_cast<const sockaddr_in6*>(address)->sin6_addr);  // NOLINT(*-cast)
+        default:
+            return {};
+    }
+}
+
+// An IPv4 address may carry a label of its own, "eth0:1".
+std::string InterfaceOf(std::string_view label) {
+    return std::string(label.substr(0, label.find(':')));
+}
+
+struct TFreeAddresses {
+    void operator()(ifaddrs* addresses) const { freeifaddrs(addresses); }
+};
+
+}  // namespace
+
+std::optional<std::string> TLiveSystemCalls::KernelRelease() const {
+    const auto names = ReadUname();
+    return names ? std::optional<std::string>(names->release) : std::nullopt;
+}
+
+std::optional<std::string> TLiveSystemCalls::NodeName() const {
+    const auto names = ReadUname();
+    return names ? std::optional<std::string>(names->nodename) : std::nullopt;
+}
+
+std::optional<std::string> TLiveSystemCalls::Architecture() const {
+    const auto names = ReadUname();
+    return names ? std::optional<std::string>(names->machine) : std::nullopt;
+}
+
+std::optional<std::uint32_t> TLiveSystemCalls::PageSizeBytes() const {
+    return ReadAuxiliaryValue(AT_PAGESZ);
+}
+
+std::optional<std::uint32_t> TLiveSystemCalls::ClockTicksPerSecond() const {
+    return ReadAuxiliaryValue(AT_CLKTCK);
+}
+
+std::optional<std::string> TLiveSystemCalls::HypervisorSignature() const {
+#if defined(__x86_64__) || defined(__i386__)
+    constexpr unsigned int runsUnderHypervisor = 1U << 31;  // leaf 1, ECX
+    std::array<unsigned int, 4> registers{};
+    if (__get_cpuid(1, &registers[0], &registers[1], &registers[2], &registers[3]) == 0 ||
+        (registers[2] & runsUnderHypervisor) == 0) {
+        return std::nullopt;
+    }
+    // __get_cpuid refuses this leaf, since it lies above the processor's own highest one.
+    __cpuid(0x40000000U, registers[0], registers[1], registers[2], registers[3]);
+    std::array<char, 13> signature{};
+    std::memcpy(signature.data(), &registers[1], 12);
+    std::string text(signature.data(), 12);
+    text.erase(text.find_last_not_of('\0') + 1);
+    return text;
+#else
+    return std::nullopt;
+#endif
+}
+
+std::optional<int> TLiveSystemCalls::UtcOffsetMinutes(std::int64_t secondsSinceEpoch) const {
+    const std::time_t moment = secondsSinceEpoch;
+    std::tm local{};
+    if (localtime_r(&moment, &local) == nullptr) {
+        return std::nullopt;
+    }
+    return static_cast<int>(local.tm_gmtoff / 60);
+}
+
+std::optional<std::vector<TInterfaceAddress>> TLiveSystemCalls::InterfaceAddresses() const {
+    ifaddrs* first = nullptr;
+    if (getifaddrs(&first) != 0) {
+        if (IsExhaustion(errno)) {
+            throw TResourcesExhausted("addresses of the interfaces: " +
+                                      std::generic_category().message(errno));
+        }
+        return std::nullopt;
+    }
+    const std::unique_ptr<ifaddrs, TFreeAddresses> owner(first);
+    std::vector<TInterfaceAddress> addresses;
+    for (const ifaddrs* row = first; row != nullptr; row = row->ifa_next) {
+        std::string address = AddressOf(row->ifa_addr);
+        if (!address.empty()) {
+            addresses.push_back({InterfaceOf(row->ifa_name), std::move(address)});
+        }
+    }
+    return addresses;
+}
+
+}  // namespace NVORHOST

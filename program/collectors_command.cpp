@@ -1,0 +1,36 @@
+#include "program/collectors_command.h"
+
+#include "machine/collect/run/collector.h"
+
+#include <string_view>
+
+namespace NVORHOST {
+namespace {
+
+template <typename TRows, typename TText>
+void WriteRows(std::ostream& out, std::string_view label, const TRows& rows, TText&& textOf) {
+    for (const auto& row : rows) {
+        out << "  " << label << ' ' << textOf(row) << '\n';
+        label = "     ";  // under the text of the first row
+    }
+}
+
+void ListCollector(const TCollector& collector, std::ostream& out) {
+    out << collector.name << ": " << collector.description;
+    out << (collector.onlyWhenAskedFor ? "; only with --with-processes\n" : "\n");
+    WriteRows(out, "fills", collector.fills, [](const TClassShape& shape) { return shape.name; });
+    WriteRows(out, "reads", collector.reads, [](TSourcePattern pattern) { return pattern; });
+}
+
+}  // namespace
+
+void ListCollectors(std::ostream& out) {
+    std::string_view separator;
+    for (const TCollector& collector : GetCollectors()) {
+        out << separator;
+        ListCollector(collector, out);
+        separator = "\n";
+    }
+}
+
+}  // namespace NVORHOST

@@ -1,0 +1,341 @@
+#include "program/command_line.h"
+
+#include "program/completion_script.h"
+#include "program/help_format.h"
+#include "program/nearest_word.h"
+#include "program/usage_check.h"
+#include "text/shown_text.h"
+#include "vorhost/upload/entity_service.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <charconv>
+#include <chrono>
+#include <iostream>
+#include <iterator>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace NVORHOST {
+namespace {
+
+using NKELVOR20::TCIMDateTime;
+
+struct TReachabilityName {
+    std::string_view name;
+    EReachability reachability;
+};
+
+constexpr TReachabilityName reachabilityNames[] = {
+    {"network", EReachability::network},
+    {"yes", EReachability::yes},
+    {"no", EReachability::no},
+};
+
+EReachability ReadReachability(const std::string& text) {
+    const auto* const row = std::ranges::find(reachabilityNames, text, &TReachabilityName::name);
+    if (row == std::end(reachabilityNames)) {
+        throw CLI::ValidationError("--reachability", "'" + text + "' is none of network, yes, no");
+    }
+    return row->reachability;
+}
+
+TCIMDateTime ReadLocalTime(const std::string& text) {
+    const auto time = TCIMDateTime::FromText(text);
+    if (!time || time->IsInterval()) {
+        throw CLI::ValidationError("--local-time", "'" + text +
+                                                       "' is no CIM date-time such as "
+                                                       "20240229134500.000000+060");
+    }
+    return *time;
+}
+
+std::vector<std::string> CollectorNames() {
+    std::vector<std::string> names;
+    for (const TCollector& collector : GetCollectors()) {
+        names.emplace_back(collector.name);
+    }
+    return names;
+}
+
+std::string Join(const std::vector<std::string>& words) {
+    std::string text;
+    for (const std::string& word : words) {
+        text += (text.empty() ? "" : ", ") + word;
+    }
+    return text;
+}
+
+void RequireCollector(const std::string& option, const std::string& name) {
+    const auto known = CollectorNames();
+    if (std::ranges::find(known, name) == known.end()) {
+        const std::string guess = DidYouMean(name, known);
+        throw CLI::ValidationError(option, "'" + name + "' is no collector" +
+                                               (guess.empty() ? "; there are " + Join(known) : guess));
+    }
+}
+
+// The message is without the URL, which may hold a password.
+std::string ReadEntityService(const std::string& url) {
+    if (const std::string fault = FindEntityServiceFault(url); !fault.empty()) {
+        throw CLI::ValidationError("--entity-service", "the URL cannot be used: " + fault);
+    }
+    return url;
+}
+
+// 0 is no deadline. More than a day is a mistake of units.
+std::optional<std::chrono::milliseconds> ReadDeadline(const std::string& text) {
+    constexpr double maxSeconds = 86400;
+    double seconds = -1;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
+    if (error != std::errc() || end != text.data() + text.size() ||
+        !(seconds >= 0 && seconds <= maxSeconds)) {
+        throw CLI::ValidationError("--deadline", "'" + text + "' is no number of seconds from 0 to 86400");
+    }
+    if (seconds == 0) {
+        return std::nullopt;
+    }
+    return std::chrono::ceil<std::chrono::milliseconds>(std::chrono::duration<double>(seconds));
+}
+
+// Splits "NAME,NAME"; every name must be a collector's.
+std::vector<std::string> ReadCollectorNames(const std::string& option, const std::string& list) {
+    std::vector<std::string> names;
+    std::istringstream words(list);
+    for (std::string name; std::getline(words, name, ',');) {
+        RequireCollector(option, name);
+        names.push_back(name);
+    }
+    return names;
+}
+
+CLI::Option* AddCollectorNames(CLI::App& command, const std::string& option, std::vector<std::string>& names,
+                               const std::string& description) {
+    return command
+        .add_option_function<std::string>(
+            option, [option, &names](const std::string& text) { names = ReadCollectorNames(option, text); },
+            description)
+        ->join(',')
+        ->type_name("NAME,...");
+}
+
+// Every command that looks at a machine.
+std::vector<CLI::Option*> AddMachineOptions(CLI::App& command, TSourceOptions& options) {
+    return {
+        command
+            .add_option("--sysroot", options.machine.sysroot,
+                        "Collect from the tree below this directory instead of /")
+            ->type_name("DIR"),
+        AddCollectorNames(command, "--only", options.machine.collectors.only,
+                          "Run these collectors alone; vorhost collectors lists them"),
+        AddCollectorNames(command, "--skip", options.machine.collectors.skip,
+                          "Run every collector but these"),
+        command.add_flag("--with-processes", options.machine.collectors.withProcesses,
+                         "Collect the running processes, too"),
+        command
+            .add_option_function<std::string>(
+                "--deadline",
+                [&options](const std::string& text) { options.machine.deadline = ReadDeadline(text); },
+                "Go on without the sources that have not answered after this time; 0 waits for all of them "
+                "(default: 10)")
+            ->type_name("SECONDS"),
+    };
+}
+
+void AddRunOptions(CLI::App& command, TSourceOptions& options) {
+    command
+        .add_option_function<std::string>(
+            "--local-time",
+            [&options](const std::string& text) { options.machine.localTime = ReadLocalTime(text); },
+            "Use this local time instead of the clock: yyyymmddhhmmss.mmmmmm and the offset from UTC in "
+            "minutes, as +060")
+        ->type_name("CIMDATETIME");
+    command
+        .add_option("--log-file", options.log.file, "Append every log line, as LEVEL MESSAGE, to this file")
+        ->type_name("FILE");
+    command.add_flag("--strict", options.isStrict,
+                     "Exit with status 3 when a source could not be read, was denied or did not answer");
+    command.add_flag("--verbose", options.log.verbose, "Print debug and warning lines to standard error");
+    command.add_flag_callback(
+        "--no-sync", [&options] { options.syncs = false; }, "Do not wait until the files are on the disk");
+}
+
+// A saved namespace takes the place of the machine.
+void AddSourceOptions(CLI::App& command, TSourceOptions& options) {
+    auto* file = command
+                     .add_option("--namespace", options.namespaceFile,
+                                 "Take the namespace from this CIM-XML file instead of the machine")
+                     ->type_name("FILE");
+    for (CLI::Option* option : AddMachineOptions(command, options)) {
+        option->excludes(file);
+    }
+    AddRunOptions(command, options);
+}
+
+void AddCollectCommand(CLI::App& program, TCollectOptions& options) {
+    CLI::App& command = *program.add_subcommand("collect", "Write the inventory files of this machine");
+    AddSourceOptions(command, options.source);
+    command
+        .add_option("--directory", options.directory,
+                    "Directory that receives the inventory files (default: the current one)")
+        ->type_name("DIR");
+    command
+        .add_option("--kel-id", options.kelId,
+                    "Customer identity of this run (default: the environment variable ZETKELID)")
+        ->type_name("ID");
+    command
+        .add_option_function<std::string>(
+            "--reachability",
+            [&options](const std::string& text) { options.reachability = ReadReachability(text); },
+            "Whether the maker's web server counts as reachable: network (a connection is tried), yes, no "
+            "(default: network with a customer identity, yes without one)")
+        ->type_name("network|yes|no");
+    command
+        .add_option_function<std::string>(
+            "--entity-service",
+            [&options](const std::string& url) { options.entityService = ReadEntityService(url); },
+            "Ask this service, an http or https URL, for the credential instead of deriving it")
+        ->type_name("URL");
+    command
+        .add_option("--plugin", options.pluginFile,
+                    "Plug-in to run (default: the one installed with this program)")
+        ->type_name("FILE");
+    command.add_flag("--isolate", options.isolates,
+                     "Run the plug-in in a process of its own, which it may take down without harm");
+    command.add_option("--result", options.resultFile, "Write the result instances to this file, as CIM-XML")
+        ->type_name("FILE");
+}
+
+void AddSnapshotCommand(CLI::App& program, TSnapshotOptions& options) {
+    CLI::App& command = *program.add_subcommand("snapshot", "Save the whole namespace as CIM-XML");
+    AddSourceOptions(command, options.source);
+    command.add_option("FILE", options.file, "File to write; - is standard output")
+        ->type_name("FILE")
+        ->required();
+}
+
+void AddCaptureCommand(CLI::App& program, TCaptureOptions& options) {
+    CLI::App& command =
+        *program.add_subcommand("capture", "Pack the files that the collectors read, as a test case");
+    AddMachineOptions(command, options.source);
+    AddRunOptions(command, options.source);
+    command.add_flag("--redact", options.redacts,
+                     "Replace serial numbers, UUIDs, WWNs, MAC and IP addresses and host names by stable "
+                     "pseudonyms");
+    command.add_option("FILE", options.file, "Archive to write, FILE.tar.xz; - is standard output")
+        ->type_name("FILE")
+        ->required();
+}
+
+// The command line as a model: what it may hold, and where its values go.
+struct TModel {
+    TModel() {
+        program.formatter(std::make_shared<THelpFormat>());
+        program.require_subcommand(1);
+        program.set_version_flag("--version", versionText, "Print the version and exit");
+        AddCollectCommand(program, collect);
+        AddSnapshotCommand(program, snapshot);
+        AddCaptureCommand(program, capture);
+        AddWordCommands();
+    }
+
+    CLI::App program{"Hardware inventory of a Linux machine.", "vorhost"};
+    TCollectOptions collect;
+    TSnapshotOptions snapshot;
+    TCaptureOptions capture;
+    std::string helpTopic;
+
+    static constexpr char versionText[] = "vorhost " NOXINFO_VERSION;
+
+  private:
+    void AddWordCommands() {
+        program.add_subcommand("collectors", "List the collectors, what each fills and what it reads");
+        program.add_subcommand("completion", "Print the completion of bash");
+        program.add_subcommand("help", "Print this help, or that of a command")
+            ->add_option("COMMAND", helpTopic, "Command to describe")
+            ->type_name("COMMAND");
+        program.add_subcommand("version", "Print the version");
+        for (CLI::App* command : program.get_subcommands({})) {
+            command->group("Commands");
+        }
+        for (CLI::App* command : program.get_subcommands({})) {
+            command->set_help_flag("-h,--help", "Print this help and exit");
+        }
+        program.set_help_flag("-h,--help", "Print this help and exit");
+    }
+};
+
+using TWords = std::vector<std::string>;
+
+std::string HelpCommandFor(const CLI::App* command) {
+    return command == nullptr || command->get_name() == "help" ? "vorhost --help"
+                                                               : "vorhost " + command->get_name() + " --help";
+}
+
+// `help collect` is `collect --help`.
+TWords WithoutHelpCommand(const CLI::App& program, TWords words) {
+    const CLI::App* const command = FindCommand(program, words);
+    if (command == nullptr || command->get_name() != "help" || words.back() == "--help" ||
+        words.back() == "-h") {
+        return words;
+    }
+    words.erase(words.begin());
+    words.emplace_back("--help");
+    return words;
+}
+
+void Parse(CLI::App& program, TWords words) {
+    if (words.empty()) {
+        throw CLI::ValidationError("a command is missing: collect, snapshot, capture or collectors");
+    }
+    CheckWords(program, words);
+    words = WithoutHelpCommand(program, std::move(words));
+    CheckWords(program, words);
+    std::ranges::reverse(words);  // as the library wants them
+    program.parse(std::move(words));
+}
+
+}  // namespace
+
+void WriteCompletion(std::ostream& out) {
+    WriteCompletionScript(TModel().program, out);
+}
+
+TCommand ParseCommandLine(int argc, const char* const* argv) {
+    const TWords words(argv + std::min(argc, 1), argv + argc);
+    TModel model;
+    try {
+        Parse(model.program, words);
+    } catch (const CLI::Success& request) {
+        return TEarlyExit{model.program.exit(request)};
+    } catch (const CLI::ParseError& error) {
+        std::cerr << "vorhost: " << ToShownText(error.what()) << "\nTry '"
+                  << HelpCommandFor(FindCommand(model.program, words)) << "'.\n";
+        return TEarlyExit{eExitUsage};
+    }
+    const std::string command = model.program.get_subcommands().front()->get_name();
+    if (command == "collect") {
+        return model.collect;
+    }
+    if (command == "snapshot") {
+        return model.snapshot;
+    }
+    if (command == "capture") {
+        return model.capture;
+    }
+    if (command == "collectors") {
+        return TCollectorsOptions{};
+    }
+    if (command == "completion") {
+        return TCompletionOptions{};
+    }
+    std::cout << TModel::versionText << '\n';
+    return TEarlyExit{eExitDone};
+}
+
+}  // namespace NVORHOST

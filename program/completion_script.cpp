@@ -1,0 +1,181 @@
+#include "program/completion_script.h"
+
+#include "machine/collect/run/collector.h"
+
+#include <algorithm>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace NVORHOST {
+namespace {
+
+// What may be typed as a value, by the name of its type; words in between "|" are themselves the choice.
+struct TValueKind {
+    std::string_view typeName;
+    std::string_view kind;
+};
+constexpr TValueKind valueKinds[] = {
+    {"FILE", "files"},
+    {"DIR", "folders"},
+    {"NAME,...", "collectors"},
+    {"COMMAND", "commands"},
+};
+
+std::string KindOf(const std::string& typeName) {
+    for (const TValueKind& row : valueKinds) {
+        if (row.typeName == typeName) {
+            return std::string(row.kind);
+        }
+    }
+    std::string words = typeName;
+    std::ranges::replace(words, '|', ' ');
+    return words.find(' ') == std::string::npos ? "nothing" : words;
+}
+
+std::vector<const CLI::Option*> OptionsOf(const CLI::App& app) {
+    return app.get_options([](const CLI::Option* option) { return option->nonpositional(); });
+}
+
+std::string LongNamesOf(const CLI::App& app) {
+    std::string names;
+    for (const CLI::Option* option : OptionsOf(app)) {
+        names += (names.empty() ? "--" : " --") + option->get_lnames().front();
+    }
+    return names;
+}
+
+std::string CommandNames(const CLI::App& program) {
+    std::string names;
+    for (const CLI::App* command : program.get_subcommands({})) {
+        names += (names.empty() ? "" : " ") + command->get_name();
+    }
+    return names;
+}
+
+std::string CollectorNames() {
+    std::string names;
+    for (const TCollector& collector : GetCollectors()) {
+        names.append(names.empty() ? "" : " ").append(collector.name);
+    }
+    return names;
+}
+
+// Of every option that takes a value.
+std::map<std::string, std::string> ValueKinds(const CLI::App& program) {
+    std::map<std::string, std::string> kinds;
+    for (const CLI::App* command : program.get_subcommands({})) {
+        for (const CLI::Option* option : OptionsOf(*command)) {
+            if (option->get_items_expected_min() > 0) {
+                kinds["--" + option->get_lnames().front()] = KindOf(option->get_type_name());
+            }
+        }
+    }
+    return kinds;
+}
+
+std::string ArgumentKind(const CLI::App& command) {
+    const auto arguments =
+        command.get_options([](const CLI::Option* option) { return option->get_positional(); });
+    return arguments.empty() ? "nothing" : KindOf(arguments.front()->get_type_name());
+}
+
+void WriteTables(const CLI::App& program, std::ostream& out) {
+    out << "_vorhost_commands='" << CommandNames(program) << "'\n"
+        << "_vorhost_collectors='" << CollectorNames() << "'\n\n"
+        << "# Sets `kind` to what the value of an option is; fails for an option without a value.\n"
+        << "_vorhost_value_kind() {\n  case $1 in\n";
+    for (const auto& [name, kind] : ValueKinds(program)) {
+        out << "    " << name << ") kind='" << kind << "' ;;\n";
+    }
+    out << "    *) return 1 ;;\n  esac\n}\n\n"
+        << "# Sets `options` and `kind` to what may follow a command.\n"
+        << "_vorhost_command() {\n  case $1 in\n";
+    for (const CLI::App* command : program.get_subcommands({})) {
+        out << "    " << command->get_name() << ") options='" << LongNamesOf(*command) << "' kind='"
+            << ArgumentKind(*command) << "' ;;\n";
+    }
+    out << "    *) options='" << LongNamesOf(program) << "' kind='commands' ;;\n  esac\n}\n";
+}
+
+constexpr std::string_view head = R"(# bash completion for vorhost, as 'vorhost completion' prints it
+
+)";
+
+constexpr std::string_view functions = R"(
+# Offers the words of a list that start with `current`.
+_vorhost_offer() {
+  mapfile -t COMPREPLY < <(compgen -P "$prefix" -W "$1" -- "$current")
+}
+
+# Names of files are left to readline, which quotes blanks and the like.
+_vorhost_offer_kind() {
+  case $kind in
+    files) compopt -o default ;;
+    folders) compopt -o dirnames ;;
+    commands) _vorhost_offer "$_vorhost_commands" ;;
+    collectors)
+      # What precedes the last comma stays.
+      if [[ $current == *,* ]]; then
+        prefix+=${current%,*},
+        current=${current##*,}
+      fi
+      _vorhost_offer "$_vorhost_collectors"
+      ;;
+    nothing) ;;
+    *) _vorhost_offer "$kind" ;;
+  esac
+}
+
+_vorhost() {
+  local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
+  local prefix= option= command= options= kind= i start=0
+  COMPREPLY=()
+  # Another program, such as sudo, may come first.
+  for ((i = 0; i < COMP_CWORD; i++)); do
+    if [[ ${COMP_WORDS[i]##*/} == vorhost ]]; then
+      start=$i
+      break
+    fi
+  done
+  for ((i = start + 1; i < COMP_CWORD; i++)); do
+    if [[ ${COMP_WORDS[i]} != -* ]]; then
+      command=${COMP_WORDS[i]}
+      break
+    fi
+  done
+  # Readline takes "=" for a word of its own unless COMP_WORDBREAKS is without it.
+  if [[ $current == = ]]; then
+    current= option=$previous
+  elif [[ $previous == = ]]; then
+    option=${COMP_WORDS[COMP_CWORD - 2]}
+  elif [[ $current == --*=* ]]; then
+    option=${current%%=*} prefix=${current%%=*}= current=${current#*=}
+  else
+    option=$previous
+  fi
+  if _vorhost_value_kind "$option"; then
+    _vorhost_offer_kind
+    return
+  fi
+  _vorhost_command "$command"
+  if [[ $current == -* || (-z $current && $kind == nothing) ]]; then
+    _vorhost_offer "$options"
+  else
+    _vorhost_offer_kind
+  fi
+}
+
+complete -F _vorhost vorhost
+)";
+
+}  // namespace
+
+void WriteCompletionScript(const CLI::App& program, std::ostream& out) {
+    out << head;
+    WriteTables(program, out);
+    out << functions;
+}
+
+}  // namespace NVORHOST

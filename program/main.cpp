@@ -1,0 +1,87 @@
+// Entry point of vorhost: chooses the command and turns failures into one line and an exit status.
+
+#include "machine/supervision/machine_door.h"
+#include "program/capture_command.h"
+#include "program/collect_command.h"
+#include "program/collectors_command.h"
+#include "program/command_line.h"
+#include "program/snapshot_command.h"
+#include "text/shown_text.h"
+#include "vorhost/run/interruption.h"
+#include "vorhost/run/output_file.h"
+#include "vorhost/run/run_failure.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <exception>
+#include <functional>
+#include <iostream>
+#include <string>
+#include <variant>
+
+namespace {
+
+using namespace NVORHOST;  // NOLINT(google-build-using-namespace): this unit is that namespace's program
+
+struct TRunCommand {
+    int operator()(const TCollectOptions& options) const {
+        RequireProcFileSystem();
+        return PrintResult([&](std::ostream& out) { return RunCollect(options, out); });
+    }
+    int operator()(const TSnapshotOptions& options) const {
+        RequireProcFileSystem();
+        return PrintResult([&](std::ostream& out) { return RunSnapshot(options, out); });
+    }
+    int operator()(const TCaptureOptions& options) const {
+        RequireProcFileSystem();
+        return PrintResult([&](std::ostream& out) { return RunCapture(options, out); });
+    }
+    int operator()(const TCollectorsOptions&) const { return Print(ListCollectors); }
+    int operator()(const TCompletionOptions&) const { return Print(WriteCompletion); }
+    int operator()(const TEarlyExit& exit) const { return exit.status; }
+
+  private:
+    static int PrintResult(const std::function<EExitStatus(std::ostream&)>& run) {
+        EExitStatus status = eExitDone;
+        WriteStandardOutput([&](std::ostream& out) { status = run(out); });
+        return status;
+    }
+    static int Print(const std::function<void(std::ostream&)>& write) {
+        WriteStandardOutput(write);
+        return eExitDone;
+    }
+};
+
+// A file that got the number of a closed standard stream would receive what is meant for the stream. Reading
+// from what takes the place finds nothing, writing to it fails.
+void OccupyStandardStreams() {
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (::fcntl(stream, F_GETFD) < 0) {
+            (void)::open("/dev/null", O_RDONLY);  // gets the lowest number that is free: this one
+        }
+    }
+}
+
+void Report(const std::string& failure) {
+    GiveWayToSignals();
+    std::cerr << "vorhost: " << ToShownText(failure) << '\n';
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    OccupyStandardStreams();
+    try {
+        EndOnSignals();
+        TCommand command;
+        // Help and version are printed while the command line is read.
+        WriteStandardOutput([&](std::ostream&) { command = ParseCommandLine(argc, argv); });
+        const int status = std::visit(TRunCommand{}, command);
+        GiveWayToSignals();
+        return status;
+    } catch (const std::exception& error) {
+        Report(DescribeFailure(error));
+    }
+    return eExitFailed;
+}

@@ -1,0 +1,21 @@
+#include "program/program_paths.h"
+
+#include "vorhost/run/run_failure.h"
+
+#include <filesystem>
+#include <system_error>
+
+namespace NVORHOST {
+
+std::string FindOwnPlugin() {
+    std::error_code error;
+    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
+    if (error) {
+        throw TRunFailure("the plug-in of this program cannot be found: /proc/self/exe: " + error.message() +
+                          "; --plugin names one");
+    }
+    const auto plugins = program.parent_path() / NOXINFO_PLUGIN_FROM_BIN;
+    return (plugins / "libnoxinfo.pi.so").lexically_normal().string();
+}
+
+}  // namespace NVORHOST

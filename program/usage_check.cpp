@@ -1,0 +1,186 @@
+#include "program/usage_check.h"
+
+#include "program/nearest_word.h"
+
+#include <algorithm>
+#include <set>
+#include <string_view>
+#include <vector>
+
+namespace NVORHOST {
+namespace {
+
+[[noreturn]] void Refuse(const std::string& cause) {
+    throw CLI::ValidationError(cause);
+}
+
+bool IsOption(std::string_view word) {
+    return word.size() > 1 && word.front() == '-';
+}
+
+// The name of an option without its "=VALUE".
+std::string NameOf(const std::string& word) {
+    return word.starts_with("--") ? word.substr(0, word.find('=')) : word;
+}
+
+const CLI::Option* FindOption(const CLI::App& app, const std::string& name) {
+    const auto options = app.get_options(
+        [&name](const CLI::Option* option) { return option->nonpositional() && option->check_name(name); });
+    return options.empty() ? nullptr : options.front();
+}
+
+// Lists may come in several parts; the library itself drops their empty elements.
+bool IsList(const CLI::Option& option) {
+    return option.get_type_name().ends_with(",...");
+}
+
+std::vector<std::string> OptionNames(const CLI::App& app) {
+    std::vector<std::string> names;
+    for (const CLI::Option* option : app.get_options()) {
+        for (const std::string& name : option->get_lnames()) {
+            names.push_back("--" + name);
+        }
+    }
+    return names;
+}
+
+std::vector<std::string> CommandNames(const CLI::App& program) {
+    std::vector<std::string> names;
+    for (const CLI::App* command : program.get_subcommands({})) {
+        names.push_back(command->get_name());
+    }
+    return names;
+}
+
+// The first of the program's commands that has an option of this name; empty when none has it.
+std::string OwnerOf(const CLI::App& program, const std::string& name) {
+    const auto commands = program.get_subcommands(
+        [&name](const CLI::App* command) { return FindOption(*command, name) != nullptr; });
+    return commands.empty() ? "" : commands.front()->get_name();
+}
+
+[[noreturn]] void RefuseOption(const CLI::App& program, const CLI::App& app, const std::string& name) {
+    if (const std::string owner = OwnerOf(program, name); !owner.empty()) {
+        const bool isTooEarly = &program == &app;
+        Refuse(isTooEarly
+                   ? "option " + name + " has to follow the command, as in vorhost " + owner + " " + name
+                   : "option " + name + " is not one of vorhost " + app.get_name() + " but of vorhost " +
+                         owner);
+    }
+    Refuse("unknown option " + name + DidYouMean(name, OptionNames(app)));
+}
+
+[[noreturn]] void RefuseCommand(const CLI::App& program, const std::string& word) {
+    Refuse("unknown command '" + word + "'" + DidYouMean(word, CommandNames(program)));
+}
+
+// Goes through the words of one app: the program before its command, or a command.
+class TWordCheck {
+  public:
+    TWordCheck(const CLI::App& program, const CLI::App& app, std::span<const std::string> words)
+        : program_(program), app_(app), rest_(words) {}
+
+    void CheckCommand() {
+        while (!rest_.empty()) {
+            const std::string& word = rest_.front();
+            rest_ = rest_.subspan(1);
+            if (word == "--") {
+                areAllArguments_ = true;
+            } else if (IsOption(word) && !areAllArguments_) {
+                CheckOption(word);
+            } else {
+                CheckArgument(word);
+            }
+        }
+    }
+
+  private:
+    void CheckOption(const std::string& word) {
+        const std::string name = NameOf(word);
+        const CLI::Option* const option = FindOption(app_, name);
+        if (option == nullptr) {
+            RefuseOption(program_, app_, name);
+        }
+        const bool hasValue = name.size() < word.size();
+        if (option->get_items_expected_min() == 0) {
+            if (hasValue) {
+                Refuse(name + " takes no value");
+            }
+            return;
+        }
+        CheckValue(name, *option, hasValue ? word.substr(name.size() + 1) : TakeValue(name, *option));
+        if (!IsList(*option) && !given_.insert(option).second) {
+            Refuse(name + " is given twice");
+        }
+    }
+
+    std::string TakeValue(const std::string& name, const CLI::Option& option) {
+        if (rest_.empty()) {
+            Refuse(name + " needs a value: " + option.get_type_name());
+        }
+        const std::string value = rest_.front();
+        rest_ = rest_.subspan(1);
+        return value;
+    }
+
+    static void CheckValue(const std::string& name, const CLI::Option& option, const std::string& value) {
+        if (value.empty()) {
+            Refuse(name + ": the value is empty, " + option.get_type_name() + " is needed");
+        }
+        if (IsList(option) && ("," + value + ",").find(",,") != std::string::npos) {
+            Refuse(name + ": a name in '" + value + "' is empty");
+        }
+    }
+
+    void CheckArgument(const std::string& word) {
+        const auto arguments =
+            app_.get_options([](const CLI::Option* option) { return option->get_positional(); });
+        if (arguments_ == arguments.size()) {
+            const std::string guess = areAllArguments_ ? "" : DidYouMean(word, OptionNames(app_));
+            Refuse("unexpected argument '" + word + "'" + guess);
+        }
+        if (word.empty()) {
+            Refuse("the argument " + arguments[arguments_]->get_type_name() + " is empty");
+        }
+        ++arguments_;
+    }
+
+    const CLI::App& program_;
+    const CLI::App& app_;
+    std::span<const std::string> rest_;
+    std::set<const CLI::Option*> given_;
+    std::size_t arguments_ = 0;
+    bool areAllArguments_ = false;
+};
+
+auto FindCommandWord(std::span<const std::string> words) {
+    return std::ranges::find_if_not(words, IsOption);
+}
+
+}  // namespace
+
+const CLI::App* FindCommand(const CLI::App& program, std::span<const std::string> words) {
+    const auto word = FindCommandWord(words);
+    if (word == words.end()) {
+        return nullptr;
+    }
+    const auto commands =
+        program.get_subcommands([&word](const CLI::App* command) { return command->get_name() == *word; });
+    return commands.empty() ? nullptr : commands.front();
+}
+
+void CheckWords(const CLI::App& program, std::span<const std::string> words) {
+    const auto word = FindCommandWord(words);
+    const auto before = static_cast<std::size_t>(word - words.begin());
+    TWordCheck(program, program, words.first(before)).CheckCommand();
+    if (word == words.end()) {
+        return;
+    }
+    const CLI::App* const command = FindCommand(program, words);
+    if (command == nullptr) {
+        RefuseCommand(program, *word);
+    }
+    TWordCheck(program, *command, words.subspan(before + 1)).CheckCommand();
+}
+
+}  // namespace NVORHOST

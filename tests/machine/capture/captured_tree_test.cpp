@@ -1,0 +1,72 @@
+#include "machine/capture/captured_tree.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace NVORHOST {
+namespace {
+
+using testing::ElementsAre;
+using EKind = TCapturedTree::EKind;
+
+std::vector<std::string> Paths(const TCapturedTree& tree) {
+    std::vector<std::string> paths;
+    for (const auto& [path, node] : tree.GetNodes()) {
+        paths.push_back(path);
+    }
+    return paths;
+}
+
+TEST(CapturedTree, MakesTheFoldersOnTheWay) {
+    TCapturedTree tree;
+    tree.AddFile("/sys/class/x", "1\n");
+    EXPECT_THAT(Paths(tree), ElementsAre("/sys", "/sys/class", "/sys/class/x"));
+    EXPECT_EQ(tree.Find("/sys")->kind, EKind::folder);
+    EXPECT_EQ(tree.Find("/sys/class/x")->bytes, "1\n");
+    EXPECT_EQ(tree.Find("/sys/class/y"), nullptr);
+}
+
+TEST(CapturedTree, ANameGivesWayToWhatItTurnsOutToBe) {
+    TCapturedTree tree;
+    for (const char* path : {"/a", "/b", "/c", "/d"}) {
+        tree.AddName(path);
+        EXPECT_EQ(tree.Find(path)->kind, EKind::name);
+    }
+    tree.AddFile("/a", "");
+    tree.AddFolder("/b");
+    tree.AddLink("/c", "a");
+    tree.AddName("/d/e");
+    EXPECT_EQ(tree.Find("/a")->kind, EKind::file);
+    EXPECT_EQ(tree.Find("/b")->kind, EKind::folder);
+    EXPECT_EQ(tree.Find("/c")->kind, EKind::link);
+    EXPECT_EQ(tree.Find("/d")->kind, EKind::folder);
+}
+
+TEST(CapturedTree, WhatIsKnownStays) {
+    TCapturedTree tree;
+    tree.AddFile("/a", "text");
+    tree.AddName("/a");
+    tree.AddFolder("/a");
+    EXPECT_EQ(tree.Find("/a")->kind, EKind::file);
+    EXPECT_EQ(tree.Find("/a")->bytes, "text");
+}
+
+TEST(CapturedTree, KeepsTheLongerPartOfAFile) {
+    TCapturedTree tree;
+    tree.AddFile("/a", "te");
+    tree.AddFile("/a", "text");
+    tree.AddFile("/a", "t");
+    EXPECT_EQ(tree.Find("/a")->bytes, "text");
+}
+
+TEST(CapturedTree, TheTopIsNoEntry) {
+    TCapturedTree tree;
+    tree.AddFolder("");
+    EXPECT_TRUE(tree.GetNodes().empty());
+}
+
+}  // namespace
+}  // namespace NVORHOST

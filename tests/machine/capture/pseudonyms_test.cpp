@@ -1,0 +1,205 @@
+#include "machine/capture/pseudonyms.h"
+
+#include "machine/parse/ip_address.h"
+#include "tests/machine/system/machine_tree.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+
+namespace NVORHOST {
+namespace {
+
+using testing::MatchesRegex;
+using testing::StartsWith;
+
+constexpr TPseudonyms::TKey key{0x0123456789ABCDEFU, 0xFEDCBA9876543210U};
+
+TEST(Pseudonyms, AreAsLongAsTheOriginalAndOfTheSameKinds) {
+    TPseudonyms pseudonyms(key);
+    const std::string serial = pseudonyms.Replace("WD-WCC4e1234 567\n");
+    EXPECT_THAT(serial,
+                MatchesRegex("[A-Z][A-Z]-[A-Z][A-Z][A-Z][0-9][a-z][0-9][0-9][0-9][0-9] [0-9][0-9][0-9]\n"));
+    EXPECT_NE(serial, "WD-WCC4e1234 567\n");
+}
+
+TEST(Pseudonyms, AreTheSameForTheSameOriginal) {
+    TPseudonyms pseudonyms(key);
+    EXPECT_EQ(pseudonyms.Replace("EX4200042"), pseudonyms.Replace("EX4200042"));
+    EXPECT_EQ(TPseudonyms(key).Replace("EX4200042"), pseudonyms.Replace("EX4200042"));
+}
+
+TEST(Pseudonyms, FollowFromTheKey) {
+    EXPECT_NE(TPseudonyms({1, 2}).Replace("EX4200042"), TPseudonyms({3, 4}).Replace("EX4200042"));
+    EXPECT_NE(TPseudonyms::MakeKey(), TPseudonyms::MakeKey());
+}
+
+TEST(Pseudonyms, DoNotDependOnCaseAndSeparators) {
+    TPseudonyms pseudonyms(key);
+    const std::string dashed = pseudonyms.Replace("9f5c2a10-7b34-11e9-8f9e-2a86e4085a59");
+    std::string plain = pseudonyms.Replace("9F5C2A107B3411E98F9E2A86E4085A59");
+    EXPECT_THAT(plain, MatchesRegex("[0-9A-F]+"));
+    for (const std::size_t dash : {8U, 13U, 18U, 23U}) {
+        plain.insert(dash, "-");
+    }
+    std::string upper;
+    for (const char c : dashed) {
+        upper += static_cast<char>(std::toupper(c));
+    }
+    EXPECT_EQ(plain, upper);
+}
+
+TEST(Pseudonyms, OfHexadecimalTextAreHexadecimal) {
+    TPseudonyms pseudonyms(key);
+    EXPECT_THAT(pseudonyms.Replace("52:54:00:b2:0f:0a"), MatchesRegex("[0-9a-f:]+"));
+    EXPECT_THAT(pseudonyms.Replace("0x00ab12cd34ef"), MatchesRegex("0x[0-9a-f]+"));
+}
+
+TEST(Pseudonyms, OfWorldWideNamesKeepTheirFormat) {
+    TPseudonyms pseudonyms(key);
+    const std::string name = pseudonyms.Replace("5000c500a1b2c3d4");
+    EXPECT_THAT(name, StartsWith("5"));
+    EXPECT_EQ(pseudonyms.Replace("35000c500a1b2c3d4"), "3" + name);
+    EXPECT_EQ(pseudonyms.Replace("0x5000c500a1b2c3d4"), "0x" + name);
+    EXPECT_EQ(pseudonyms.ReplaceBytes(ParseByteLine("5000c500a1b2c3d4")), ParseByteLine(name));
+}
+
+TEST(Pseudonyms, OfDifferentOriginalsDiffer) {
+    TPseudonyms pseudonyms(key);
+    std::set<std::string> found;
+    for (int number = 0; number < 1000; ++number) {
+        const std::string original = std::to_string(1000 + number);
+        EXPECT_TRUE(found.insert(pseudonyms.Replace("A" + original)).second) << original;
+    }
+    found.clear();
+    for (const char* digit : {"1", "2", "3", "4", "5", "6", "7", "8", "9"}) {
+        EXPECT_TRUE(found.insert(pseudonyms.Replace(digit)).second) << digit;
+    }
+}
+
+TEST(Pseudonyms, AreNeverTheOriginal) {
+    for (std::uint64_t seed = 0; seed < 50; ++seed) {
+        TPseudonyms pseudonyms({seed, 1});
+        for (char first = '1'; first <= '9'; ++first) {
+            EXPECT_NE(pseudonyms.Replace(std::string(1, first)), std::string(1, first));
+        }
+        for (char last = 'a'; last <= 'e'; ++last) {
+            EXPECT_NE(pseudonyms.Replace(std::string(1, last)), std::string(1, last));
+        }
+    }
+}
+
+TEST(Pseudonyms, AreNotWhatIsReserved) {
+    for (std::uint64_t seed = 0; seed < 50; ++seed) {
+        TPseudonyms pseudonyms({seed, 1});
+        pseudonyms.Reserve("q1");
+        pseudonyms.Reserve("Q2");
+        for (const char* text : {"q1", "q2", "q3"}) {
+            EXPECT_THAT(pseudonyms.Replace(text), testing::Not(testing::AnyOf("q1", "q2")));
+        }
+    }
+}
+
+TEST(Pseudonyms, OfBytesThatAreNotAsciiAreLetters) {
+    TPseudonyms pseudonyms(key);
+    EXPECT_THAT(pseudonyms.Replace("\xE6\x97\xA5-1"), MatchesRegex("[a-z]{3}-[0-9]"));
+}
+
+TEST(Pseudonyms, PlaceholdersIdentifyNobodyAndStay) {
+    TPseudonyms pseudonyms(key);
+    for (const char* text : {"", "   ", "To Be Filled By O.E.M.", "Not Specified", "0123456789", "00000000",
+                             "00:00:00:00:00:00", "ff:ff:ff:ff:ff:ff", "00000000-0000-0000-0000-000000000000",
+                             "FFFFFFFF-FFFF-FFFF-FFFF-FFFFFFFFFFFF"}) {
+        EXPECT_EQ(pseudonyms.Replace(text), text);
+    }
+}
+
+TEST(Pseudonyms, OfAHostAreTheSameWithAndWithoutItsDomain) {
+    TPseudonyms pseudonyms(key);
+    const std::string whole = pseudonyms.ReplaceHostName("db-1.example.org");
+    EXPECT_THAT(whole, StartsWith(pseudonyms.ReplaceHostName("db-1") + "."));
+    EXPECT_THAT(whole, MatchesRegex("[a-z][a-z]-[0-9]\\.[a-z]+\\.[a-z]+"));
+}
+
+// ---- Internet addresses
+
+std::string ReplaceText(TPseudonyms& pseudonyms, const std::string& bytes) {
+    return FormatIpAddress(pseudonyms.ReplaceAddress(bytes)).value_or("?");
+}
+
+std::string ReplaceIpv4(TPseudonyms& pseudonyms, const char* text) {
+    return ReplaceText(pseudonyms, *ParseIpv4Address(text));
+}
+
+TEST(PseudonymsOfAddresses, AreAddressesAsLong) {
+    TPseudonyms pseudonyms(key);
+    const std::string address = ReplaceIpv4(pseudonyms, "192.168.1.70");
+    EXPECT_THAT(address, MatchesRegex("[0-9][0-9][0-9]\\.[0-9][0-9][0-9]\\.[0-9]\\.[0-9][0-9]"));
+    EXPECT_NE(address, "192.168.1.70");
+}
+
+TEST(PseudonymsOfAddresses, AreNeverTheOriginal) {
+    for (std::uint64_t seed = 0; seed < 1000; ++seed) {
+        TPseudonyms pseudonyms({seed, 1});
+        EXPECT_NE(ReplaceIpv4(pseudonyms, "10.0.0.5"), "10.0.0.5");
+        EXPECT_NE(ReplaceText(pseudonyms, ParseByteLine("fd000000000000000000000000000002")), "fd00::2");
+    }
+}
+
+TEST(PseudonymsOfAddresses, InOneNetworkAreInOneNetwork) {
+    TPseudonyms pseudonyms(key);
+    const std::string network = ReplaceIpv4(pseudonyms, "192.168.1.0");
+    EXPECT_THAT(network, testing::EndsWith(".0"));
+    const std::string common = network.substr(0, network.size() - 1);
+    EXPECT_THAT(ReplaceIpv4(pseudonyms, "192.168.1.70"), StartsWith(common));
+    EXPECT_THAT(ReplaceIpv4(pseudonyms, "192.168.1.255"), common + "255");
+}
+
+TEST(PseudonymsOfAddresses, AreAllDifferent) {
+    TPseudonyms pseudonyms(key);
+    std::set<std::string> found;
+    for (int last = 0; last < 256; ++last) {
+        found.insert(ReplaceIpv4(pseudonyms, ("10.1.2." + std::to_string(last)).c_str()));
+    }
+    EXPECT_EQ(found.size(), 256U);
+}
+
+TEST(PseudonymsOfAddresses, LoopbackMulticastAndBroadcastStay) {
+    TPseudonyms pseudonyms(key);
+    for (const char* text : {"127.0.0.1", "0.0.0.0", "255.255.255.255", "224.0.0.1"}) {
+        EXPECT_EQ(ReplaceIpv4(pseudonyms, text), text);
+    }
+    EXPECT_EQ(ReplaceText(pseudonyms, std::string(15, '\0') + '\1'), "::1");
+    EXPECT_EQ(ReplaceText(pseudonyms, std::string(16, '\0')), "::");
+    EXPECT_EQ(ReplaceText(pseudonyms, ParseByteLine("ff020000000000000000000000000001")), "ff02::1");
+}
+
+TEST(PseudonymsOfAddresses, NoOtherAddressBecomesLoopback) {
+    TPseudonyms pseudonyms(key);
+    for (int first = 100; first < 224; ++first) {
+        const std::string text = std::to_string(first) + ".1.1.1";
+        if (first != 127) {
+            EXPECT_THAT(ReplaceIpv4(pseudonyms, text.c_str()), testing::Not(StartsWith("127.")));
+        }
+    }
+}
+
+TEST(PseudonymsOfAddresses, OfIpv6KeepScopeAndLengthOfEachGroup) {
+    TPseudonyms pseudonyms(key);
+    EXPECT_THAT(ReplaceText(pseudonyms, ParseByteLine("fe800000000000005054 00ff feb20001")),
+                MatchesRegex("fe80::[0-9a-f]{4}:[0-9a-f]{2}:[0-9a-f]{4}:[0-9a-f]"));
+    const std::string unique = ReplaceText(pseudonyms, ParseByteLine("fd12345600000000 0000000000000002"));
+    EXPECT_THAT(unique, MatchesRegex("fd[0-9a-f]{2}:[0-9a-f]{4}::[0-9a-f]"));
+    EXPECT_NE(unique, "fd12:3456::2");
+}
+
+TEST(PseudonymsOfAddresses, OfIpv4InsideIpv6AreThoseOfIpv4) {
+    TPseudonyms pseudonyms(key);
+    EXPECT_EQ(ReplaceText(pseudonyms, ParseByteLine("00000000 00000000 0000ffff c0000211")),
+              "::ffff:" + ReplaceIpv4(pseudonyms, "192.0.2.17"));
+}
+
+}  // namespace
+}  // namespace NVORHOST

@@ -1,0 +1,208 @@
+// Ranges of the firmware's memory map, and addresses of the memory arrays.
+#include "tests/machine/collect/collect_fixture.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace NVORHOST {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+// ---- the firmware's map
+
+constexpr const char* mapRange = "KELSG_ACPI";
+
+std::string MemMap(const std::string& number, const std::string& start, const std::string& end,
+                   const std::string& type) {
+    const std::string folder = "/sys/firmware/memmap/" + number;
+    return folder + "/start = " + start + "\n" + folder + "/end = " + end + "\n" + folder +
+           "/type = " + type + "\n";
+}
+
+TEST(MemoryMap, TellsEachRangeInKibibytesAndBytes) {
+    TCollected collected;
+    Collect(MemMap("0", "0x100000", "0x3ffdbfff", "System RAM"), collected);
+    ASSERT_EQ(collected.CountInstances(mapRange), 1U);
+    EXPECT_EQ(collected.Get(mapRange, "ElementName"), "System RAM 0x100000-0x3ffdbfff");
+    EXPECT_EQ(collected.Get(mapRange, "Description"), "Range of the firmware's memory map, System RAM");
+    EXPECT_EQ(collected.Get(mapRange, "DeviceID"), "0x0000000000100000");
+    EXPECT_EQ(collected.Get(mapRange, "BlockSize"), "1");
+    EXPECT_EQ(collected.Get(mapRange, "NumberOfBlocks"), "1072545792");
+    EXPECT_EQ(collected.Get(mapRange, "ConsumableBlocks"), "1072545792");
+    EXPECT_EQ(collected.Get(mapRange, "StartingAddress"), "1024");
+    EXPECT_EQ(collected.Get(mapRange, "EndingAddress"), "1048431");
+    EXPECT_EQ(collected.Get(mapRange, "SequentialAccess"), "false");
+    EXPECT_EQ(collected.Get(mapRange, "Volatile"), "true");
+}
+
+TEST(MemoryMap, IsInTheOrderOfAddresses) {
+    TCollected collected;
+    Collect(MemMap("0", "0x0", "0xfff", "Reserved") + MemMap("2", "0x2000", "0x2fff", "System RAM") +
+                MemMap("10", "0x9000", "0x9fff", "ACPI Tables"),
+            collected);
+    EXPECT_THAT(collected.GetAll(mapRange, "DeviceID"),
+                ElementsAre("0x0000000000000000", "0x0000000000002000", "0x0000000000009000"));
+}
+
+TEST(MemoryMap, TellsWhatIsLostWithoutPower) {
+    const auto tell = [](const std::string& type) {
+        TCollected collected;
+        Collect(MemMap("0", "0x1000", "0x1fff", type), collected);
+        return collected.Get(mapRange, "Volatile") + " " + collected.Get(mapRange, "ConsumableBlocks");
+    };
+    EXPECT_EQ(tell("System RAM"), "true 4096");
+    EXPECT_EQ(tell("Soft Reserved"), "true absent");
+    EXPECT_EQ(tell("Persistent Memory"), "false absent");
+    EXPECT_EQ(tell("Persistent Memory (legacy)"), "false absent");
+    EXPECT_EQ(tell("Persistent Memory (type-7)"), "false absent");
+    EXPECT_EQ(tell("Persistent Memory (type-12)"), "false absent");
+    EXPECT_EQ(tell("ACPI Tables"), "absent absent");
+    EXPECT_EQ(tell("ACPI Non-volatile Storage"), "absent absent");
+    EXPECT_EQ(tell("Unusable memory"), "absent absent");
+    EXPECT_EQ(tell("Reserved"), "absent absent");
+    EXPECT_EQ(tell("A type of tomorrow"), "absent absent");
+}
+
+TEST(MemoryMap, TellsRangesOfOneStartApartByTheirEnds) {
+    TCollected collected;
+    Collect(MemMap("0", "0x1000", "0x1fff", "Reserved") + MemMap("1", "0x1000", "0x2fff", "System RAM"),
+            collected);
+    EXPECT_THAT(collected.GetAll(mapRange, "DeviceID"), ElementsAre("0x0000000000001000@0x0000000000001fff",
+                                                                    "0x0000000000001000@0x0000000000002fff"));
+    EXPECT_EQ(collected.GetReport("memory-map").notes.size(), 1U);
+}
+
+TEST(MemoryMap, LeavesOutWhatIsNoRange) {
+    TCollected collected;
+    Collect(MemMap("0", "0x2000", "0x1fff", "Reserved") + MemMap("1", "2000h", "0x2fff", "Reserved") +
+                "/sys/firmware/memmap/2/start = 0x3000\n/sys/firmware/memmap/2/end = 0x3fff\n" +
+                MemMap("3", "0x0", "0xffffffffffffffff", "Reserved"),
+            collected);
+    EXPECT_THAT(collected.GetAll(mapRange, "EndingAddress"), ElementsAre("18014398509481983"));
+    EXPECT_THAT(collected.GetAll(mapRange, "NumberOfBlocks"), ElementsAre("absent"));  // one more than fits
+}
+
+constexpr const char* ioMem =
+    "/proc/iomem:\n"
+    "| 00000000-00000fff : Reserved\n"
+    "| 00001000-0009fbff : System RAM\n"
+    "| 000a0000-000bffff : PCI Bus 0000:00\n"
+    "| 00100000-3ffdbfff : System RAM\n"
+    "|   2c600000-2d401d31 : Kernel code\n"
+    "| 3ffdc000-3fffffff : RAM buffer\n";
+
+TEST(MemoryMap, ComesFromTheKernelsOwnMapWhereThereIsNoOther) {
+    TCollected collected;
+    Collect(ioMem, collected);
+    EXPECT_THAT(
+        collected.GetAll(mapRange, "ElementName"),
+        ElementsAre("Reserved 0x0-0xfff", "System RAM 0x1000-0x9fbff", "System RAM 0x100000-0x3ffdbfff"));
+    EXPECT_THAT(collected.GetReport("memory-map").notes, IsEmpty());
+}
+
+TEST(MemoryMap, DoesNotMixTheTwo) {
+    TCollected collected;
+    Collect(MemMap("0", "0x1000", "0x1fff", "Reserved") + ioMem, collected);
+    EXPECT_EQ(collected.CountInstances(mapRange), 1U);
+}
+
+TEST(MemoryMap, IsEmptyForUsersToWhomTheKernelShowsNoAddresses) {
+    TCollected collected;
+    Collect(
+        "/proc/iomem:\n"
+        "| 00000000-00000000 : Reserved\n"
+        "| 00000000-00000000 : System RAM\n",
+        collected);
+    EXPECT_EQ(collected.CountInstances(mapRange), 0U);
+    EXPECT_THAT(collected.GetReport("memory-map").notes,
+                ElementsAre("/proc/iomem shows its addresses to root only"));
+}
+
+// ---- memory arrays
+
+constexpr const char* arrayAddress = "KELSG_MAS";
+
+std::string Table(const std::string& lines) {
+    return "/sys/firmware/dmi/tables/DMI smbios:\n" + lines;
+}
+
+// Structures of a table are numbered from 0100h.
+constexpr const char* array0100 = "| 16: 03 03 06 00 00 00 01 fe ff 04 00\n";
+
+TEST(MemoryArrays, TellTheirAddressesInKibibytesAndBytes) {
+    TCollected collected;
+    Collect(Table(std::string(array0100) + "| 19: 00 00 40 00 ff ff 5f 00 00 01 02\n"), collected);
+    ASSERT_EQ(collected.CountInstances(arrayAddress), 1U);
+    EXPECT_EQ(collected.Get(arrayAddress, "ElementName"), "System memory 0x100000000-0x17fffffff");
+    EXPECT_EQ(collected.Get(arrayAddress, "Description"), "Addresses of a memory array with multi-bit ECC");
+    EXPECT_EQ(collected.Get(arrayAddress, "DeviceID"), "memory array 1 at 0x0000000100000000");
+    EXPECT_EQ(collected.Get(arrayAddress, "BlockSize"), "1");
+    EXPECT_EQ(collected.Get(arrayAddress, "NumberOfBlocks"), "2147483648");
+    EXPECT_EQ(collected.Get(arrayAddress, "StartingAddress"), "4194304");
+    EXPECT_EQ(collected.Get(arrayAddress, "EndingAddress"), "6291455");
+    EXPECT_EQ(collected.Get(arrayAddress, "SequentialAccess"), "false");
+    EXPECT_EQ(collected.Get(arrayAddress, "Volatile"), "true");
+    EXPECT_EQ(collected.Get(arrayAddress, "ConsumableBlocks"), "absent");
+}
+
+TEST(MemoryArrays, TellByTheirUseWhatIsLostWithoutPower) {
+    const auto tell = [](const std::string& use) {
+        TCollected collected;
+        Collect(Table("| 16: 03 " + use +
+                      " 03 00 00 00 01 fe ff 04 00\n| 19: 00 00 00 00 ff ff 0f 00 00 01 01\n"),
+                collected);
+        return collected.Get(arrayAddress, "ElementName") + " " + collected.Get(arrayAddress, "Volatile");
+    };
+    EXPECT_EQ(tell("01"), "Memory 0x0-0x3fffffff absent");
+    EXPECT_EQ(tell("02"), "Memory 0x0-0x3fffffff absent");
+    EXPECT_EQ(tell("03"), "System memory 0x0-0x3fffffff true");
+    EXPECT_EQ(tell("04"), "Video memory 0x0-0x3fffffff true");
+    EXPECT_EQ(tell("05"), "Flash memory 0x0-0x3fffffff false");
+    EXPECT_EQ(tell("06"), "Non-volatile RAM 0x0-0x3fffffff false");
+    EXPECT_EQ(tell("07"), "Cache memory 0x0-0x3fffffff true");
+    EXPECT_EQ(tell("08"), "Memory 0x0-0x3fffffff absent");
+}
+
+TEST(MemoryArrays, TellTheirErrorCorrection) {
+    const auto describe = [](const std::string& correction) {
+        TCollected collected;
+        Collect(Table("| 16: 03 03 " + correction +
+                      " 00 00 00 01 fe ff 04 00\n| 19: 00 00 00 00 ff ff 0f 00 00 01 01\n"),
+                collected);
+        return collected.Get(arrayAddress, "Description");
+    };
+    EXPECT_EQ(describe("02"), "Addresses of a memory array");
+    EXPECT_EQ(describe("03"), "Addresses of a memory array without error correction");
+    EXPECT_EQ(describe("04"), "Addresses of a memory array with parity");
+    EXPECT_EQ(describe("05"), "Addresses of a memory array with single-bit ECC");
+    EXPECT_EQ(describe("06"), "Addresses of a memory array with multi-bit ECC");
+    EXPECT_EQ(describe("07"), "Addresses of a memory array with CRC");
+}
+
+TEST(MemoryArrays, OfOneStartAreToldApartByTheirNumbers) {
+    TCollected collected;
+    Collect(Table(std::string(array0100) + array0100 + "| 19: 00 00 00 00 ff ff 0f 00 00 01 02\n" +
+                  "| 19: 00 00 00 00 ff ff 0f 00 01 01 02\n"),
+            collected);
+    EXPECT_THAT(collected.GetAll(arrayAddress, "DeviceID"),
+                ElementsAre("memory array 1 at 0x0000000000000000", "memory array 2 at 0x0000000000000000"));
+}
+
+TEST(MemoryArrays, ThatTheTableLacksTellTheirAddressesAlone) {
+    TCollected collected;
+    Collect(Table("| 19: 00 00 00 00 ff ff 0f 00 99 99 02\n"), collected);
+    EXPECT_EQ(collected.Get(arrayAddress, "DeviceID"), "memory array at 0x0000000000000000");
+    EXPECT_EQ(collected.Get(arrayAddress, "Description"), "Addresses of a memory array");
+    EXPECT_EQ(collected.Get(arrayAddress, "Volatile"), "absent");
+}
+
+TEST(MemoryArrays, WithoutMemoryHaveNoAddresses) {
+    TCollected collected;
+    Collect(Table(std::string(array0100) + "| 19: 00 00 00 00 00 00 00 00 00 01 00\n"), collected);
+    EXPECT_EQ(collected.CountInstances(arrayAddress), 0U);
+}
+
+}  // namespace
+}  // namespace NVORHOST

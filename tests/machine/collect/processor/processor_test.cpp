@@ -1,0 +1,225 @@
+// Sockets of the firmware's table joined with the kernel's packages.
+#include "machine/collect/frame/operational_status.h"
+#include "machine/collect/processor/processor_family.h"
+#include "tests/machine/collect/collect_fixture.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace NVORHOST {
+namespace {
+
+using testing::ElementsAre;
+
+constexpr const char* processor = "KELSG_Processor";
+
+// A populated socket with a name and a speed at start, in MHz as two hexadecimal bytes.
+std::string Socket(const std::string& name, const std::string& speed = "34 08") {
+    return "| 4: 01 03 b3 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 " + speed + " 41 00 \"" + name +
+           "\"\n";
+}
+
+std::string Sockets(const std::string& lines) {
+    return "/sys/firmware/dmi/tables/DMI smbios:\n" + lines;
+}
+
+std::string Package(int cpu, int id, int maxMHz) {
+    const std::string folder = "/sys/devices/system/cpu/cpu" + std::to_string(cpu);
+    return folder + "/topology/physical_package_id = " + std::to_string(id) + "\n" + folder +
+           "/cpufreq/cpuinfo_max_freq = " + std::to_string(maxMHz) + "000\n";
+}
+
+TEST(Processors, AreOneForEachPopulatedSocket) {
+    TCollected collected;
+    Collect(Sockets(Socket("CPU1") +
+                    "| 4: 01 03 b3 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 "
+                    "\"CPU2\"\n" +
+                    "| 4: 01 04 b3 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 41 00 \"DSP\"\n"),
+            collected);
+    EXPECT_THAT(collected.GetAll(processor, "DeviceID"), ElementsAre("CPU1"));
+}
+
+TEST(Processors, AreJoinedInOrderWhenThereAreAsManyPackagesAsSockets) {
+    TCollected collected;
+    Collect(Sockets(Socket("A") + Socket("B")) + Package(0, 3, 3000) + Package(1, 7, 4000), collected);
+    EXPECT_THAT(collected.GetAll(processor, "DeviceID"), ElementsAre("A", "B"));
+    EXPECT_THAT(collected.GetAll(processor, "MaxClockSpeed"), ElementsAre("3000", "4000"));
+    EXPECT_THAT(collected.GetAll(processor, "CurrentClockSpeed"), ElementsAre("2100", "2100"));
+}
+
+TEST(Processors, AreNotJoinedWhenSocketsAndPackagesDiffer) {
+    TCollected collected;
+    Collect(Sockets(Socket("A") + Socket("B")) + Package(0, 0, 3000), collected);
+    EXPECT_THAT(collected.GetAll(processor, "DeviceID"), ElementsAre("A", "B"));
+    EXPECT_THAT(collected.GetAll(processor, "MaxClockSpeed"), ElementsAre("absent", "absent"));
+}
+
+std::string SocketWithStatus(const std::string& name, const std::string& status) {
+    return "| 4: 01 03 b3 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 34 08 " + status + " 00 \"" + name +
+           "\"\n";
+}
+
+std::vector<std::string> Statuses(const std::string& tree) {
+    TCollected collected;
+    Collect(tree, collected);
+    return collected.GetAll(processor, "OperationalStatus");
+}
+
+std::string Cpu(int number, const std::string& file, const std::string& value) {
+    return "/sys/devices/system/cpu/cpu" + std::to_string(number) + "/" + file + " = " + value + "\n";
+}
+
+TEST(Processors, AreOkWhenTheKernelHasThemOnlineThoughTheFirmwareCallsThemIdle) {
+    EXPECT_THAT(Statuses(Sockets(SocketWithStatus("A", "41") + SocketWithStatus("B", "44")) +
+                         Package(0, 0, 3000) + Package(1, 1, 3000) + Cpu(1, "online", "1")),
+                ElementsAre("{2}", "{2}"));
+}
+
+TEST(Processors, AreDormantOnlyWhereTheKernelHasNoPackageForThem) {
+    const std::string sockets = Sockets(SocketWithStatus("A", "41") + SocketWithStatus("B", "44"));
+    EXPECT_THAT(Statuses(sockets), ElementsAre("{2}", "{15}"));
+    EXPECT_THAT(Statuses(sockets + Package(0, 0, 3000)), ElementsAre("{2}", "{15}"));
+}
+
+TEST(Processors, AreStoppedWhenAllOfAPackageAreOffline) {
+    const std::string tree = Sockets(SocketWithStatus("A", "41") + SocketWithStatus("B", "41")) +
+                             Package(0, 0, 3000) + Package(1, 1, 3000) + Package(2, 0, 3000) +
+                             Package(3, 1, 3000) + Cpu(1, "online", "0");
+    EXPECT_THAT(Statuses(tree), ElementsAre("{2}", "{2}"));
+    EXPECT_THAT(Statuses(tree + Cpu(3, "online", "0")), ElementsAre("{2}", "{10}"));
+}
+
+// The kernel takes the topology of an offline processor away.
+TEST(Processors, AreStoppedWhenTheirPackageIsHiddenWithAllItsProcessors) {
+    const std::string sockets = Sockets(SocketWithStatus("A", "41") + SocketWithStatus("B", "44"));
+    EXPECT_THAT(Statuses(sockets + Package(0, 0, 3000) + Cpu(1, "online", "0")), ElementsAre("{2}", "{10}"));
+    EXPECT_THAT(Statuses(sockets + Package(0, 1, 3000) + Cpu(1, "online", "0")), ElementsAre("{10}", "{2}"));
+    // The number of this package is that of no socket.
+    EXPECT_THAT(Statuses(sockets + Package(0, 3, 3000) + Cpu(1, "online", "0")), ElementsAre("{2}", "{15}"));
+}
+
+TEST(Processors, WithoutATableHaveTheKernelsStatus) {
+    EXPECT_THAT(Statuses(Package(0, 0, 3000) + Package(1, 1, 3000) + Cpu(1, "online", "0")),
+                ElementsAre("{2}", "{10}"));
+}
+
+constexpr const char* twoModels =
+    "/proc/cpuinfo:\n"
+    "| processor : 0\n| vendor_id : Maker\n| cpu family : 6\n| model : 58\n| model name : Example  CPU 9\n"
+    "| stepping : 9\n"
+    "| processor : 1\n| vendor_id : Maker\n| cpu family : 6\n| model : 58\n| model name : Example  CPU ";
+
+TEST(Processors, OfOneModelHaveItsNameWhenSocketsAndPackagesDiffer) {
+    TCollected collected;
+    Collect(Sockets(Socket("A") + Socket("B")) + twoModels + "9\n| stepping : 9\n" + Package(0, 0, 3000),
+            collected);
+    EXPECT_THAT(collected.GetAll(processor, "ElementName"), ElementsAre("Example CPU 9", "Example CPU 9"));
+    EXPECT_THAT(collected.GetAll(processor, "Description"),
+                ElementsAre("Central processor, Maker family 6 model 58 stepping 9",
+                            "Central processor, Maker family 6 model 58 stepping 9"));
+}
+
+TEST(Processors, OfSeveralModelsHaveNoNameWhenSocketsAndPackagesDiffer) {
+    TCollected collected;
+    Collect(Sockets(Socket("A") + Socket("B")) + twoModels + "8\n| stepping : 9\n" + Package(0, 0, 3000),
+            collected);
+    EXPECT_THAT(collected.GetAll(processor, "ElementName"), ElementsAre("A", "B"));
+    EXPECT_THAT(collected.GetAll(processor, "Description"),
+                ElementsAre("Central processor", "Central processor"));
+}
+
+TEST(Processors, AreTheKernelsPackagesWithoutATable) {
+    TCollected collected;
+    Collect(Package(0, 1, 3000) + Package(1, 0, 4000), collected);
+    EXPECT_THAT(collected.GetAll(processor, "DeviceID"), ElementsAre("package 0", "package 1"));
+    EXPECT_THAT(collected.GetAll(processor, "MaxClockSpeed"), ElementsAre("4000", "3000"));
+}
+
+TEST(Processors, AreCountedByPhysicalIdWhereSysfsHasNoTopology) {
+    TCollected collected;
+    Collect(
+        "/proc/cpuinfo:\n"
+        "| processor : 0\n| physical id : 0\n"
+        "| processor : 1\n| physical id : 1\n"
+        "| processor : 2\n| physical id : 0\n",
+        collected);
+    EXPECT_THAT(collected.GetAll(processor, "DeviceID"), ElementsAre("package 0", "package 1"));
+}
+
+TEST(Processors, WithOneNameAreToldApartByTheirPackages) {
+    TCollected collected;
+    Collect(Sockets(Socket("CPU") + Socket("CPU")) + Package(0, 0, 3000) + Package(1, 1, 3000), collected);
+    EXPECT_THAT(collected.GetAll(processor, "DeviceID"), ElementsAre("CPU@package 0", "CPU@package 1"));
+    EXPECT_THAT(collected.GetReport("processor").notes,
+                ElementsAre("2 processors share the key CPU; their positions tell them apart"));
+}
+
+TEST(Processors, KeepTheirWidthOpenWhereNothingTellsIt) {
+    const auto width = [](const std::string& tree) {
+        TCollected collected;
+        Collect(tree, collected);
+        return collected.Get(processor, "AddressWidth");
+    };
+    EXPECT_EQ(width("/proc/cpuinfo:\n| processor : 0\n| flags : fpu lm\n"), "64");
+    EXPECT_EQ(width("/proc/cpuinfo:\n| processor : 0\n| flags : fpu\n"), "32");
+    EXPECT_EQ(width("/proc/cpuinfo:\n| processor : 0\n| Features : fp asimd\n"), "absent");
+    EXPECT_EQ(width(Sockets(Socket("A"))), "absent");
+    EXPECT_EQ(width(Sockets(Socket("A")) + "/proc/cpuinfo:\n| processor : 0\n| flags : lm\n"), "64");
+}
+
+TEST(FindProcessorStatus, FollowsTheReferencesCodes) {
+    EXPECT_EQ(FindProcessorStatus(0x41), (TOperationalStatus{2}));
+    EXPECT_EQ(FindProcessorStatus(0x42), (TOperationalStatus{10}));
+    EXPECT_EQ(FindProcessorStatus(0x43), (TOperationalStatus{6}));
+    EXPECT_EQ(FindProcessorStatus(0x44), (TOperationalStatus{15}));
+    EXPECT_EQ(FindProcessorStatus(0x47), (TOperationalStatus{1}));
+    EXPECT_EQ(FindProcessorStatus(0x40), (TOperationalStatus{0}));
+    EXPECT_EQ(FindProcessorStatus(0x45), std::nullopt);
+}
+
+std::optional<std::uint16_t> Family(std::optional<std::uint16_t> code, const char* maker = "Intel",
+                                    TSmbiosVersion version = {3, 0}) {
+    TSmbiosProcessor socket;
+    socket.family = code;
+    socket.manufacturer = maker;
+    return FindProcessorFamily(socket, version);
+}
+
+TEST(FindProcessorFamily, KeepsNumbersThatBothListsHave) {
+    EXPECT_EQ(Family(0x01), 1);
+    EXPECT_EQ(Family(0x02), 2);
+    EXPECT_EQ(Family(0xB3), 179);
+    EXPECT_EQ(Family(0x1E), 30);
+    EXPECT_EQ(Family(0x118), 280);
+}
+
+TEST(FindProcessorFamily, MovesNumbersThatTheListsHaveInOtherPlaces) {
+    EXPECT_EQ(Family(0x18), 29);
+    EXPECT_EQ(Family(0x19), 24);
+    EXPECT_EQ(Family(0x1D), 28);
+    EXPECT_EQ(Family(0x101), 280);
+}
+
+TEST(FindProcessorFamily, CallsFamiliesOtherThatOnlyTheReferenceHas) {
+    EXPECT_EQ(Family(0x16), 1);
+    EXPECT_EQ(Family(0x6B), 1);
+    EXPECT_EQ(Family(0x202), 1);
+    EXPECT_EQ(Family(0x271), 1);
+}
+
+TEST(FindProcessorFamily, IsAbsentForCodesThatNobodyListsAndForNone) {
+    EXPECT_EQ(Family(0x17), std::nullopt);
+    EXPECT_EQ(Family(0x7F0), std::nullopt);
+    EXPECT_EQ(Family(std::nullopt), std::nullopt);
+}
+
+TEST(FindProcessorFamily, AsksTheMakerWhereACodeWasGivenTwice) {
+    EXPECT_EQ(Family(0xBE, "Intel(R) Corporation"), 191);
+    EXPECT_EQ(Family(0xBE, "AMD"), 190);
+    EXPECT_EQ(Family(0xBE, "Other"), 2);
+    EXPECT_EQ(Family(0x30, "Intel", {2, 0}), 12);
+    EXPECT_EQ(Family(0x30, "Intel", {2, 1}), 48);
+}
+
+}  // namespace
+}  // namespace NVORHOST

@@ -1,0 +1,106 @@
+// docs/collectors.md against the code: the same collectors, classes, properties and types in the same order,
+// and a word on the source of each property.
+#include "machine/collect/run/collector.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace NVORHOST {
+namespace {
+
+using testing::Each;
+using testing::ElementsAreArray;
+using testing::IsEmpty;
+using testing::Not;
+
+constexpr std::string_view collectorHeading = "## `";
+constexpr std::string_view classHeading = "### `";
+constexpr std::string_view propertyRow = "| `";
+
+struct TDocument {
+    std::vector<std::string> collectors;
+    std::vector<std::string> properties;  // "Class.Property type"
+    std::vector<std::string> sources;     // of each property
+};
+
+// What stands between the first two backticks of a line.
+std::string Quoted(std::string_view line) {
+    const auto start = line.find('`') + 1;
+    return std::string(line.substr(start, line.find('`', start) - start));
+}
+
+// "| `Name` | type | unit | source |" without the blanks around each.
+std::vector<std::string> Cells(std::string_view line) {
+    std::vector<std::string> cells;
+    for (auto start = line.find('|') + 1; line.find('|', start) != std::string_view::npos;) {
+        const auto end = line.find('|', start);
+        std::string_view cell = line.substr(start, end - start);
+        while (cell.starts_with(' ')) {
+            cell.remove_prefix(1);
+        }
+        while (cell.ends_with(' ')) {
+            cell.remove_suffix(1);
+        }
+        cells.emplace_back(cell);
+        start = end + 1;
+    }
+    return cells;
+}
+
+TDocument ReadDocument() {
+    TDocument document;
+    std::ifstream file(NOXINFO_SOURCE_DIR "/docs/collectors.md");
+    std::string className;
+    for (std::string line; std::getline(file, line);) {
+        if (line.starts_with(collectorHeading)) {
+            document.collectors.push_back(Quoted(line));
+        } else if (line.starts_with(classHeading)) {
+            className = Quoted(line);
+        } else if (line.starts_with(propertyRow)) {
+            const auto cells = Cells(line);
+            document.properties.push_back(className + "." + Quoted(line) + " " + cells.at(1));
+            document.sources.push_back(cells.at(3));
+        }
+    }
+    return document;
+}
+
+std::vector<std::string> ListProperties() {
+    std::vector<std::string> properties;
+    for (const TCollector& collector : GetCollectors()) {
+        for (const TClassShape& shape : collector.fills) {
+            for (const TPropertyDeclaration& property : shape.declare()) {
+                const NKELVOR20::TCIMValue::TCIMType type(property.type);
+                properties.push_back(std::string(shape.name) + "." + property.name + " " + type.ToString() +
+                                     (property.isArray ? "[]" : ""));
+            }
+        }
+    }
+    return properties;
+}
+
+TEST(CollectorsDocument, ListsTheCollectorsInTheirOrder) {
+    std::vector<std::string> names;
+    for (const TCollector& collector : GetCollectors()) {
+        names.emplace_back(collector.name);
+    }
+    EXPECT_THAT(ReadDocument().collectors, ElementsAreArray(names));
+}
+
+TEST(CollectorsDocument, ListsEveryPropertyWithItsType) {
+    EXPECT_THAT(ReadDocument().properties, ElementsAreArray(ListProperties()));
+}
+
+TEST(CollectorsDocument, TellsTheSourceOfEveryProperty) {
+    const TDocument document = ReadDocument();
+    EXPECT_THAT(document.sources, Not(IsEmpty()));
+    EXPECT_THAT(document.sources, Each(Not(IsEmpty())));
+}
+
+}  // namespace
+}  // namespace NVORHOST

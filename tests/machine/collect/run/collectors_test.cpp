@@ -1,0 +1,233 @@
+// The table of collectors, what it declares, and how a run of it fares.
+#include "host/vor_exception.h"
+#include "machine/collect/frame/collection.h"
+#include "tests/machine/collect/collect_fixture.h"
+#include "tests/machine/collect/namespace_text.h"
+#include "writer/resource_catalogue.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <set>
+#include <stdexcept>
+
+namespace NVORHOST {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+TEST(GetCollectors, HaveNamesDescriptionsAndFunctionsOfTheirOwn) {
+    std::set<std::string_view> names;
+    for (const TCollector& collector : GetCollectors()) {
+        EXPECT_TRUE(names.insert(collector.name).second) << collector.name;
+        EXPECT_FALSE(collector.description.empty()) << collector.name;
+        EXPECT_FALSE(collector.fills.empty()) << collector.name;
+        EXPECT_NE(collector.collect, nullptr) << collector.name;
+    }
+    EXPECT_GE(names.size(), 8U);
+}
+
+TEST(GetCollectors, DeclareEachClassOnce) {
+    std::set<std::string_view> classes;
+    for (const TCollector& collector : GetCollectors()) {
+        for (const TClassShape& shape : collector.fills) {
+            EXPECT_TRUE(classes.insert(shape.name).second) << shape.name;
+        }
+    }
+    EXPECT_GE(classes.size(), 10U);
+}
+
+// What the document writer asks of a class, each of these classes can answer, be it with a null.
+TEST(GetCollectors, DeclareEveryPropertyThatTheDocumentsWrite) {
+    for (const TCollector& collector : GetCollectors()) {
+        for (const TClassShape& shape : collector.fills) {
+            const TResourceClass* row = FindResourceClass(shape.name);
+            if (row == nullptr) {
+                continue;  // a class of the host's own
+            }
+            std::set<std::string> declared;
+            for (const TPropertyDeclaration& declaration : shape.declare()) {
+                EXPECT_TRUE(declared.insert(declaration.name).second) << shape.name << declaration.name;
+            }
+            EXPECT_TRUE(declared.contains(std::string(row->keyProperty))) << shape.name;
+            for (const auto& property : row->properties) {
+                if (property.origin == EValueOrigin::instance) {
+                    EXPECT_TRUE(declared.contains(std::string(property.sourceName)))
+                        << shape.name << "." << property.sourceName;
+                }
+            }
+        }
+    }
+}
+
+std::string ReadMachine(const std::string& shape) {
+    std::ifstream file(std::string(NOXINFO_MACHINES) + "/" + shape + "/tree.txt", std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+std::string NameOf(const TMemoryClass& cimClass, std::string_view property) {
+    return cimClass.GetName() + "." + std::string(property);
+}
+
+void NoteProperties(const TMemoryNamespace& source, std::set<std::string>& declared,
+                    std::set<std::string>& set) {
+    for (const auto& cimClass : source.GetClasses()) {
+        for (const TPropertyDeclaration& declaration : cimClass->GetDeclarations()) {
+            declared.insert(NameOf(*cimClass, declaration.name));
+        }
+        for (const auto& instance : cimClass->GetInstances()) {
+            for (const TPropertyView property : instance->GetProperties()) {
+                set.insert(NameOf(*cimClass, property.name));
+            }
+        }
+    }
+}
+
+// What Linux cannot tell, or what a plug-in fills. Every other row of these collectors reaches some machine's
+// namespace.
+TEST(GetCollectors, SetEveryPropertyButTheseOnSomeMachine) {
+    std::set<std::string> declared;
+    std::set<std::string> set;
+    for (const char* shape :
+         {"server-two-sockets", "vm-without-smbios", "nvme-laptop", "desktop-dos", "media-drives"}) {
+        const TMachine machine = ParseMachineTree(ReadMachine(shape));
+        TMemoryNamespace target;
+        const TCollectorChoice choice{{"computer-system", "operating-system", "processor", "disk",
+                                       "partition", "pci", "data-source", "result"},
+                                      {}};
+        (void)CollectAll({machine.files, machine.calls, target, CollectionTime()}, ChooseCollectors(choice));
+        NoteProperties(target, declared, set);
+    }
+    std::set<std::string> unset;
+    std::set_difference(declared.begin(), declared.end(), set.begin(), set.end(),
+                        std::inserter(unset, unset.end()));
+    EXPECT_THAT(unset, ElementsAre("CIM_DiskDrive.LoadTime", "CIM_DiskDrive.MaxAccessTime",
+                                   "CIM_DiskDrive.NeedsCleaning", "CIM_DiskDrive.TimeOfLastMount",
+                                   "CIM_DiskDrive.UnloadTime", "CIM_DiskPartition.DeltaReservation",
+                                   "KELSG_CADAT.Credential", "KELSG_CADAT.InventoryRCF", "KELSG_CADAT.KELID",
+                                   "KELSG_CADAT.MachineType", "KELSG_ComputerSystem.PrimaryOwnerContact",
+                                   "KELSG_ComputerSystem.PrimaryOwnerName", "KELSG_DiskDrive.LoadTime",
+                                   "KELSG_DiskDrive.MaxAccessTime", "KELSG_DiskDrive.NeedsCleaning",
+                                   "KELSG_DiskDrive.TimeOfLastMount", "KELSG_DiskDrive.UnloadTime",
+                                   "KELSG_PCIBridge.MaxNumberControlled", "KELSG_PCIBridge.OperationalStatus",
+                                   "KELSG_PCIBridge.TimeOfLastReset", "KELSG_PCIDevice.MaxNumberControlled",
+                                   "KELSG_PCIDevice.OperationalStatus", "KELSG_PCIDevice.TimeOfLastReset"));
+    EXPECT_TRUE(std::includes(declared.begin(), declared.end(), set.begin(), set.end()));
+}
+
+TEST(GetCollectors, AnswerWithATypedNullForWhatIsNotSet) {
+    TCollected collected;
+    Collect("", collected);
+    const auto& system = collected.target.FindClass("KELSG_ComputerSystem")->GetInstances().at(0);
+    const auto serial = system->GetProperty("SerialNumber", {});
+    EXPECT_TRUE(serial->IsNull({}));
+    EXPECT_EQ(serial->GetType({}), ECimType::eString);
+}
+
+// ---- a run of collectors
+
+struct TSample {
+    std::optional<std::string> text;
+};
+constexpr TPropertyRow<TSample> sampleRows[] = {{"Text", &TSample::text}};
+constexpr TClassShape sampleShapes[] = {MakeShape<TSample, sampleRows>("Sample")};
+
+void CommitSample(TCollection& collection) {
+    collection.Commit<TSample>(sampleShapes[0], sampleRows, TSample{"sample"});
+}
+
+class TRunTest : public testing::Test {
+  protected:
+    std::vector<TCollectReport> Run(const std::vector<TCollector>& collectors) {
+        return CollectAll({machine_.files, machine_.calls, target_, std::nullopt}, collectors);
+    }
+
+    TMachine machine_;
+    TMemoryNamespace target_;
+};
+
+TEST_F(TRunTest, ReportsACollectorThatThrowsAndRunsTheOthers) {
+    const auto reports = Run({
+        {"first",
+         "throws after it committed",
+         sampleShapes,
+         {},
+         [](TCollection& collection) {
+             CommitSample(collection);
+             throw std::runtime_error("disk on fire");
+         }},
+        {"second",
+         "throws a host exception",
+         sampleShapes,
+         {},
+         [](TCollection&) { throw NKELVOR20::TVORException(NKELVOR20::TVORStatusCode::typeMismatch); }},
+        {"third", "goes well", sampleShapes, {}, CommitSample},
+    });
+    ASSERT_EQ(reports.size(), 3U);
+    EXPECT_EQ(reports[0].failure, "disk on fire");
+    EXPECT_EQ(reports[0].instances, 1U);
+    EXPECT_THAT(reports[1].failure, HasSubstr("host status 9"));
+    EXPECT_EQ(reports[1].instances, 0U);
+    EXPECT_EQ(reports[2].collector, "third");
+    EXPECT_EQ(reports[2].failure, "");
+    EXPECT_EQ(target_.FindClass("Sample")->GetInstances().size(), 2U);
+}
+
+TEST_F(TRunTest, DeclaresTheClassesOfACollectorThatFindsNothing) {
+    (void)Run({{"idle", "finds nothing", sampleShapes, {}, [](TCollection&) {}}});
+    ASSERT_NE(target_.FindClass("Sample"), nullptr);
+    EXPECT_EQ(target_.FindClass("Sample")->GetDeclarations().at(0).name, "Text");
+}
+
+TEST_F(TRunTest, KeepsAClassThatTheNamespaceAlreadyHas) {
+    target_.AddClass("Sample");
+    (void)Run({{"sample", "commits", sampleShapes, {}, CommitSample}});
+    EXPECT_EQ(target_.FindClass("Sample")->GetInstances().size(), 1U);
+}
+
+TEST_F(TRunTest, NamesEachDeniedAndFailedSourceOnce) {
+    machine_.files.AddRefusal("/secret", EReadStatus::denied);
+    machine_.files.AddRefusal("/broken", EReadStatus::failed);
+    const auto reports = Run({{"reader", "reads twice", sampleShapes, {}, [](TCollection& collection) {
+                                   for (int i = 0; i < 2; ++i) {
+                                       (void)collection.GetFiles().ReadText("/secret");
+                                       (void)collection.GetFiles().ReadText("/broken");
+                                       (void)collection.GetFiles().ReadText("/missing");
+                                   }
+                               }}});
+    EXPECT_THAT(reports[0].deniedSources, ElementsAre("/secret"));
+    EXPECT_THAT(reports[0].failedSources, ElementsAre("/broken"));
+}
+
+TEST_F(TRunTest, CleansTextsAndCountsWhatItReplaced) {
+    const auto reports = Run({{"text", "commits dirt", sampleShapes, {}, [](TCollection& collection) {
+                                   const TSample dirty{std::string("  a\xFF\x01z \0", 9)};
+                                   collection.Commit<TSample>(sampleShapes[0], sampleRows, dirty);
+                                   collection.Commit<TSample>(sampleShapes[0], sampleRows, TSample{" \n"});
+                               }}});
+    EXPECT_EQ(ToText(target_), "Sample[0].Text = string a\xEF\xBF\xBD\xEF\xBF\xBDz\n");
+    EXPECT_EQ(reports[0].replacedBytes, 2U);
+    EXPECT_EQ(reports[0].instances, 2U);
+}
+
+TEST(CollectAll, FindsItsWayOnAMachineThatHoldsNothing) {
+    TCollected collected;
+    Collect("", collected);
+    for (const TCollectReport& report : collected.reports) {
+        EXPECT_EQ(report.failure, "") << report.collector;
+        EXPECT_THAT(report.deniedSources, IsEmpty());
+    }
+    EXPECT_EQ(collected.Get("KELSG_ComputerSystem", "ProductName"), "Computer");
+    EXPECT_EQ(collected.Get("KELSG_OperatingSystem", "ElementName"), "Linux");
+    EXPECT_EQ(collected.CountInstances("KELSG_Processor"), 0U);
+    EXPECT_EQ(collected.CountInstances("KELSG_DiskDrive"), 0U);
+    EXPECT_EQ(collected.CountInstances("KELSG_PCIDevice"), 0U);
+}
+
+}  // namespace
+}  // namespace NVORHOST

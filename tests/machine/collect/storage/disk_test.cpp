@@ -1,0 +1,448 @@
+// Which block devices are disks, of which class, and what their keys are made from.
+#include "machine/collect/frame/device_key.h"
+#include "machine/collect/frame/device_position.h"
+#include "machine/collect/frame/operational_status.h"
+#include "tests/machine/collect/collect_fixture.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace NVORHOST {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr const char* physical = "KELSG_DiskDrive";
+constexpr const char* other = "CIM_DiskDrive";
+
+// A disk below a PCI function: `way` is what lies between, attributes are lines "name = value" of the SCSI
+// device (or what else stands behind ".../device").
+std::string Disk(const std::string& name, const std::string& way, const std::string& subsystem,
+                 const std::vector<std::string>& attributes) {
+    const std::string device = "/sys/devices/pci0000:00/" + way;
+    const std::string block = device + "/block/" + name;
+    std::string tree = "/sys/block/" + name + " -> " + block + "\n" + block + "/size = 2048\n" + block +
+                       "/removable = 0\n" + block + "/queue/logical_block_size = 512\n" + block +
+                       "/device -> ../..\n" + device + "/subsystem -> /sys/bus/" + subsystem + "\n";
+    for (const std::string& attribute : attributes) {
+        tree += device + "/" + attribute + "\n";
+    }
+    return tree;
+}
+
+std::string ScsiDisk(const std::string& name, int host, const std::vector<std::string>& attributes) {
+    const std::string number = std::to_string(host);
+    return Disk(name, "0000:00:05.0/host" + number + "/target" + number + ":0:0/" + number + ":0:0:0", "scsi",
+                attributes);
+}
+
+std::string Driver(int host, const std::string& name) {
+    return "/sys/class/scsi_host/host" + std::to_string(host) + "/proc_name = " + name + "\n";
+}
+
+TEST(Disks, OfHypervisorsAndEmulatorsAreOfTheGeneralClass) {
+    TCollected collected;
+    Collect(ScsiDisk("sda", 0, {"vendor = QEMU", "model = QEMU HARDDISK"}) +
+                ScsiDisk("sdb", 1, {"vendor = Msft", "model = Virtual Disk"}) +
+                ScsiDisk("sdc", 2, {"vendor = Any", "model = Disk"}) + Driver(2, "vmw_pvscsi") +
+                Disk("xvda", "vbd-51712", "xen", {}) + Disk("vda", "0000:00:07.0/virtio3", "virtio", {}) +
+                ScsiDisk("sdd", 3, {"vendor = SAMPLE", "model = Real"}),
+            collected);
+    EXPECT_THAT(collected.GetAll(physical, "ElementName"), ElementsAre("SAMPLE Real"));
+    EXPECT_THAT(collected.GetAll(other, "ElementName"),
+                ElementsAre("QEMU HARDDISK", "Msft Virtual Disk", "Any Disk", "virtio virtual disk",
+                            "Xen virtual disk"));
+}
+
+// A captured tree may hold nothing of the adapter but its place.
+TEST(Disks, BelowAVirtioDeviceAreVirtualByTheirPathAlone) {
+    TCollected collected;
+    Collect(
+        "/sys/block/sda -> ../devices/pci0000:00/0000:00:08.0/virtio5/host0/target0:0:0/0:0:0:0/block/sda\n"
+        "/sys/block/vda -> ../devices/pci0000:00/0000:00:07.0/virtio3/block/vda\n",
+        collected);
+    EXPECT_EQ(collected.CountInstances(physical), 0U);
+    EXPECT_THAT(collected.GetAll(other, "Description"),
+                ElementsAre("SCSI virtual disk", "virtio virtual disk"));
+}
+
+// A drive on USB: `attributes` are those of the SCSI device, `vendorId` is that of the USB device.
+std::string UsbDisk(const std::string& name, const std::string& vendorId,
+                    const std::vector<std::string>& attributes) {
+    const std::string port = "/sys/devices/pci0000:00/0000:00:14.0/usb1/1-3";
+    return Disk(name, "0000:00:14.0/usb1/1-3/1-3:1.0/host7/target7:0:0/7:0:0:0", "scsi", attributes) + port +
+           "/idVendor = " + vendorId + "\n";
+}
+
+// The description of the one disk of a tree, after its class.
+std::string DescribeDisk(const std::string& tree) {
+    TCollected collected;
+    Collect(tree, collected);
+    EXPECT_EQ(collected.CountInstances(physical) + collected.CountInstances(other), 1U);
+    const bool isPhysical = collected.CountInstances(physical) == 1;
+    return std::string(isPhysical ? "physical: " : "other: ") +
+           collected.Get(isPhysical ? physical : other, "Description");
+}
+
+TEST(Disks, ThatAManagementControllerEmulatesAreToldByTheirNames) {
+    const std::vector<std::pair<std::string, std::string>> names = {
+        {"iDRAC", "Virtual Floppy"},   {"iDRAC", "LCDRIVE"},          {"HP", "Virtual Floppy"},
+        {"HP iLO", "LUN 00 Media 0"},  {"AMI", "Virtual HDISK0"},     {"ATEN", "Virtual Disk"},
+        {"Cisco", "vKVM-Mapped vHDD"}, {"Cisco", "CIMC-Mapped vFDD"}, {"Linux", "File-Stor Gadget"},
+        {"Virtual", "USB Drive"},
+    };
+    for (const auto& [vendor, model] : names) {
+        EXPECT_EQ(DescribeDisk(UsbDisk("sda", "1234", {"vendor = " + vendor, "model = " + model})),
+                  "other: USB virtual disk")
+            << vendor << " " << model;
+    }
+}
+
+TEST(Disks, ThatAManagementControllerEmulatesAreToldByTheirUsbVendor) {
+    for (const char* vendorId : {"046b", "0557", "0624", "14dd"}) {
+        EXPECT_EQ(DescribeDisk(UsbDisk("sda", vendorId, {"vendor = Any", "model = Drive"})),
+                  "other: USB virtual disk")
+            << vendorId;
+    }
+}
+
+TEST(Disks, OnUsbArePhysicalUnlessAManagementControllerIsNamed) {
+    for (const char* model : {"Storage", "iLO Internal SD-CARD", "NonVirtual Disk"}) {
+        EXPECT_EQ(DescribeDisk(UsbDisk("sda", "0781", {"vendor = HP", std::string("model = ") + model})),
+                  "physical: USB disk drive")
+            << model;
+    }
+}
+
+// Storage arrays call their volumes virtual disks, too.
+TEST(Disks, OnOtherBusesAreNotTakenForThoseOfAManagementController) {
+    EXPECT_EQ(DescribeDisk(ScsiDisk("sda", 0, {"vendor = ARRAY", "model = Virtual Disk"})),
+              "physical: SCSI disk drive");
+}
+
+std::string Rotational(const std::string& name, const std::string& value) {
+    return "/sys/block/" + name + "/queue/rotational = " + value + "\n";
+}
+
+TEST(Disks, AreDescribedAsHardDisksOrSolidStateDrives) {
+    const std::string ata = "/sys/devices/pci0000:00/0000:00:1f.2/ata1/host0/target0:0:0/0:0:0:0/block/sda";
+    const std::string disk = "/sys/block/sda -> " + ata + "\n" + ata + "/removable = 0\n";
+    EXPECT_EQ(DescribeDisk(disk + ata + "/queue/rotational = 0\n"), "physical: ATA solid-state drive");
+    EXPECT_EQ(DescribeDisk(disk + ata + "/queue/rotational = 1\n"), "physical: ATA hard disk drive");
+    EXPECT_EQ(DescribeDisk(disk), "physical: ATA disk drive");
+    EXPECT_EQ(DescribeDisk("/sys/block/nvme0n1/size = 8\n" + Rotational("nvme0n1", "0")),
+              "physical: NVMe solid-state drive");
+}
+
+TEST(Disks, ThatAreVirtualAreNotSaidToRotate) {
+    EXPECT_EQ(DescribeDisk("/sys/block/vda/size = 8\n" + Rotational("vda", "1")),
+              "other: virtio virtual disk");
+}
+
+// Sticks and card readers have the kernel's default.
+TEST(Disks, ForRemovableMediaAreNotSaidToRotate) {
+    EXPECT_EQ(DescribeDisk("/sys/block/sda/removable = 1\n" + Rotational("sda", "1")),
+              "physical: SCSI disk drive");
+    EXPECT_EQ(DescribeDisk("/sys/block/sda/removable = 1\n" + Rotational("sda", "0")),
+              "physical: SCSI solid-state drive");
+}
+
+// A name space behind one controller with the transport given.
+std::string NameSpace(const std::string& transport) {
+    const std::string controller = "/sys/devices/virtual/sample/ctl/nvme0";
+    return "/sys/block/nvme0n1 -> " + controller + "/nvme0n1\n" + controller +
+           "/nvme0n1/device -> ../../nvme0\n" + controller + "/transport = " + transport + "\n" + controller +
+           "/model = SAMPLE\n";
+}
+
+TEST(Disks, OfNvmeOverFabricsAreNoPhysicalDisks) {
+    for (const char* transport : {"tcp", "rdma", "fc", "loop"}) {
+        EXPECT_EQ(DescribeDisk(NameSpace(transport)), "other: NVMe network disk") << transport;
+    }
+    EXPECT_EQ(DescribeDisk(NameSpace("pcie")), "physical: NVMe disk drive");
+}
+
+TEST(Disks, OfNvmeOverFabricsAreToldByTheirPathWithoutATransport) {
+    EXPECT_EQ(DescribeDisk("/sys/block/nvme0n1 -> ../devices/virtual/nvme-fabrics/ctl/nvme0/nvme0n1\n"),
+              "other: NVMe network disk");
+}
+
+TEST(Disks, OfAMultipathHeadHaveTheTransportOfItsControllers) {
+    const auto head = [](const std::string& transport) {
+        const std::string subsystem = "/sys/devices/virtual/nvme-subsystem/nvme-subsys0";
+        return "/sys/block/nvme0n1 -> " + subsystem + "/nvme0n1\n" + subsystem +
+               "/nvme0n1/device -> ../../nvme-subsys0\n" + subsystem +
+               "/nvme1 -> ../../sample/ctl/nvme1\n/sys/devices/virtual/sample/ctl/nvme1/transport = " +
+               transport + "\n";
+    };
+    EXPECT_EQ(DescribeDisk(head("tcp")), "other: NVMe network disk");
+    EXPECT_EQ(DescribeDisk(head("pcie")), "physical: NVMe disk drive");
+}
+
+TEST(Disks, OfAnIscsiSessionAreNoPhysicalDisks) {
+    EXPECT_EQ(DescribeDisk("/sys/block/sda -> "
+                           "../devices/platform/host3/session1/target3:0:0/3:0:0:1/block/sda\n"),
+              "other: iSCSI network disk");
+}
+
+// The class of the one unit at a channel of a host.
+std::string ClassOf(const std::string& driver, int channel) {
+    const std::string address = "0:" + std::to_string(channel) + ":0:0";
+    TCollected collected;
+    Collect(Disk("sda", "0000:00:05.0/host0/target0:0:0/" + address, "scsi", {"model = Disk"}) +
+                Driver(0, driver),
+            collected);
+    std::string classes;
+    for (const char* name : {physical, other, "KELSG_LSILogicalDisk", "KELSG_LSIIDELogicalDisk",
+                             "KELSG_srLogicalDisk", "KELSG_LogicalDisk"}) {
+        for (std::size_t i = 0; i < collected.CountInstances(name); ++i) {
+            classes += name;
+        }
+    }
+    return classes;
+}
+
+TEST(Disks, BehindAHostThatDoesNotNameItsDriverAreToldByTheDriverOfTheAdapter) {
+    const std::string disk = Disk("sda", "0000:00:05.0/host0/target0:2:0/0:2:0:0", "scsi", {"model = Disk"});
+    const std::string driver =
+        "/sys/devices/pci0000:00/0000:00:05.0/driver -> ../../../bus/pci/drivers/megaraid_sas\n";
+    for (const std::string& host : {std::string(), Driver(0, "(null)"), Driver(0, "<NULL>")}) {
+        TCollected collected;
+        Collect(disk + driver + host, collected);
+        EXPECT_EQ(collected.CountInstances("KELSG_LSILogicalDisk"), 1U) << host;
+        EXPECT_EQ(collected.CountInstances(physical), 0U) << host;
+    }
+}
+
+TEST(Disks, BehindRaidAdaptersAreToldFromVolumesByDriverAndChannel) {
+    EXPECT_EQ(ClassOf("megaraid_sas", 0), physical);
+    EXPECT_EQ(ClassOf("megaraid_sas", 1), physical);
+    EXPECT_EQ(ClassOf("megaraid_sas", 2), "KELSG_LSILogicalDisk");
+    EXPECT_EQ(ClassOf("megaraid_sas", 3), "KELSG_LSILogicalDisk");
+    EXPECT_EQ(ClassOf("mpt3sas", 0), physical);
+    EXPECT_EQ(ClassOf("mpt3sas", 1), "KELSG_LSILogicalDisk");
+    EXPECT_EQ(ClassOf("mptsas", 1), "KELSG_LSILogicalDisk");
+    EXPECT_EQ(ClassOf("megaraid", 4), "KELSG_LSILogicalDisk");
+    EXPECT_EQ(ClassOf("3w-xxxx", 0), "KELSG_LSIIDELogicalDisk");
+    EXPECT_EQ(ClassOf("3w-sas", 0), "KELSG_LSILogicalDisk");
+    EXPECT_EQ(ClassOf("aacraid", 0), "KELSG_srLogicalDisk");
+    EXPECT_EQ(ClassOf("aacraid", 1), physical);
+    EXPECT_EQ(ClassOf("ips", 0), "KELSG_srLogicalDisk");
+    EXPECT_EQ(ClassOf("stex", 0), other);
+    EXPECT_EQ(ClassOf("ahci", 0), physical);
+}
+
+TEST(Disks, OfSmartArraysSayThemselvesWhetherTheyAreVolumes) {
+    TCollected collected;
+    Collect(ScsiDisk("sda", 0, {"model = VOLUME", "raid_level = RAID-1(+0)"}) +
+                ScsiDisk("sdb", 1, {"model = DISK", "raid_level = N/A"}),
+            collected);
+    EXPECT_THAT(collected.GetAll(other, "ElementName"), ElementsAre("VOLUME"));
+    EXPECT_THAT(collected.GetAll(physical, "ElementName"), ElementsAre("DISK"));
+}
+
+TEST(Disks, AreNotOpticalDrivesFloppiesAndDevicesMadeByTheKernel) {
+    TCollected collected;
+    Collect(ScsiDisk("sr0", 0, {"type = 5"}) + Disk("fd0", "floppy.0", "platform", {}) +
+                Disk("pmem0", "ndbus0/region0/namespace0.0", "nd", {}) +
+                "/sys/block/loop0 -> ../devices/virtual/block/loop0\n"
+                "/sys/block/dm-0 -> ../devices/virtual/block/dm-0\n"
+                "/sys/block/md0 -> ../devices/virtual/block/md0\n"
+                "/sys/block/zram0 -> ../devices/virtual/block/zram0\n",
+            collected);
+    EXPECT_EQ(collected.CountInstances(physical) + collected.CountInstances(other), 0U);
+}
+
+TEST(Disks, AreFoundByNameWhereATreeHasNoLinks) {
+    TCollected collected;
+    Collect(
+        "/sys/block/sda/size = 2048\n/sys/block/nvme0n1/size = 2048\n/sys/block/sr0/size = 2048\n"
+        "/sys/block/dm-0/size = 2048\n",
+        collected);
+    EXPECT_THAT(collected.GetAll(physical, "DeviceID"), ElementsAre("nvme0n1", "sda"));
+}
+
+TEST(Disks, HiddenBehindAMultipathHeadAreNotCountedTwice) {
+    TCollected collected;
+    Collect(
+        "/sys/block/nvme0n1 -> ../devices/virtual/nvme-subsystem/nvme-subsys0/nvme0n1\n"
+        "/sys/devices/virtual/nvme-subsystem/nvme-subsys0/nvme0n1/size = 2048\n"
+        "/sys/devices/virtual/nvme-subsystem/nvme-subsys0/nvme0n1/wwid = eui.0025388b01a2b3c4\n"
+        "/sys/block/nvme0c0n1 -> ../devices/pci0000:00/0000:00:06.0/nvme/nvme0/nvme0c0n1\n"
+        "/sys/devices/pci0000:00/0000:00:06.0/nvme/nvme0/nvme0c0n1/hidden = 1\n",
+        collected);
+    EXPECT_THAT(collected.GetAll(physical, "DeviceID"), ElementsAre("eui.0025388b01a2b3c4"));
+}
+
+TEST(Disks, WithoutMediumHaveNoSizes) {
+    TCollected collected;
+    Collect(
+        "/sys/block/sda/size = 0\n/sys/block/sda/removable = 1\n"
+        "/sys/block/sda/queue/logical_block_size = 512\n",
+        collected);
+    EXPECT_EQ(collected.Get(physical, "MaxMediaSize"), "absent");
+    EXPECT_EQ(collected.Get(physical, "DefaultBlockSize"), "absent");
+    EXPECT_EQ(collected.Get(physical, "MediaIsLocked"), "absent");
+    EXPECT_EQ(collected.Get(physical, "MountCount"), "absent");
+}
+
+TEST(Disks, AreMeasuredInKilobytesOfAThousandBytesRoundedDown) {
+    TCollected collected;
+    Collect("/sys/block/sda/size = 1953525169\n", collected);
+    EXPECT_EQ(collected.Get(physical, "MaxMediaSize"), "1000204886");
+}
+
+TEST(Disks, OfAtaHaveTheirWholeModelFromThePageThatHoldsIt) {
+    TCollected collected;
+    Collect(ScsiDisk("sda", 0,
+                     {"vendor = ATA", "model = SAMPLE HD 1000-1",
+                      "vpd_pg83 bytes:\n| 00 83 00 48 02 01 00 44 "
+                      "\"ATA     SAMPLE HD 1000-16BYTES AND MORE         S1                  \""}),
+            collected);
+    EXPECT_EQ(collected.Get(physical, "ElementName"), "SAMPLE HD 1000-16BYTES AND MORE");
+}
+
+// The kernel makes the attribute for every SCSI device and refuses to show it for one without such a name.
+TEST(DiskKeys, AWorldWideNameThatTheKernelHasNoValueForIsNoFailure) {
+    TMachine machine = ParseMachineTree(
+        ScsiDisk("sda", 0, {"wwid = unread", "model = Disk", "vpd_pg80 bytes:\n| 00 80 00 02 \"S1\""}));
+    machine.files.AddRefusal("/sys/devices/pci0000:00/0000:00:05.0/host0/target0:0:0/0:0:0:0/wwid",
+                             EReadStatus::notFound);
+    TCollected collected;
+    Collect(machine.files, machine.calls, collected);
+    EXPECT_THAT(collected.GetAll(physical, "DeviceID"), ElementsAre("S1"));
+    for (const TCollectReport& report : collected.reports) {
+        EXPECT_THAT(report.failedSources, IsEmpty());
+    }
+}
+
+TEST(DiskKeys, PreferTheWorldWideNameThenTheSerialNumberThenThePosition) {
+    TCollected collected;
+    Collect(
+        ScsiDisk("sda", 0, {"wwid = naa.5000c5001234abcd", "vpd_pg80 bytes:\n| 00 80 00 02 \"S1\""}) +
+            ScsiDisk("sdb", 1, {"wwid = t10.ATA     MODEL  S2", "vpd_pg80 bytes:\n| 00 80 00 02 \"S2\""}) +
+            ScsiDisk("sdc", 2, {"wwid = naa.0000000000000000"}),
+        collected);
+    EXPECT_THAT(collected.GetAll(physical, "DeviceID"),
+                ElementsAre("naa.5000c5001234abcd", "S2", "0000:00:05.0/host-3/0:0:0"));
+}
+
+TEST(DiskKeys, OfNameSpacesOfOneControllerCarryTheirNumber) {
+    TCollected collected;
+    const std::string controller = "/sys/devices/pci0000:00/0000:00:06.0/nvme/nvme0";
+    Collect("/sys/block/nvme0n1 -> " + controller + "/nvme0n1\n/sys/block/nvme0n2 -> " + controller +
+                "/nvme0n2\n" + controller + "/nvme0n1/device -> ../../nvme0\n" + controller +
+                "/nvme0n2/device -> ../../nvme0\n" + controller + "/serial = SN7\n" + controller +
+                "/nvme0n1/wwid = nvme.1b36-534e37-4d-00000001\n",
+            collected);
+    EXPECT_THAT(collected.GetAll(physical, "DeviceID"), ElementsAre("SN7-n1", "SN7-n2"));
+}
+
+TEST(DiskKeys, StayTheSameWhenTheKernelNumbersEverythingAnew) {
+    const auto key = [](const std::string& name, const std::string& way) {
+        TCollected collected;
+        Collect(Disk(name, way, "scsi", {}), collected);
+        return collected.Get(physical, "DeviceID");
+    };
+    EXPECT_EQ(key("sda", "0000:00:14.0/usb1/1-2/1-2.3/1-2.3:1.0/host0/target0:0:0/0:0:0:1"),
+              "0000:00:14.0/2.3:1.0/0:0:1");
+    EXPECT_EQ(key("sdq", "0000:00:14.0/usb5/5-2/5-2.3/5-2.3:1.0/host9/target9:0:0/9:0:0:1"),
+              "0000:00:14.0/2.3:1.0/0:0:1");
+}
+
+// ---- positions
+
+TEST(ReadDevicePosition, NamesThePortsOnTheWay) {
+    const TMachine machine = ParseMachineTree(
+        "/sys/devices/pci0000:00/0000:00:1f.2/ata3/ata_port/ata3/port_no = 1\n"
+        "/sys/devices/pci0000:00/0000:00:14.0/usb2/version =  3.00\n"
+        "/sys/devices/pci0000:00/0000:00:02.0/host0/port-0:1/end_device-0:1/sas_device/end_device-0:1/"
+        "sas_address = 0x5000c50000000005\n");
+    const auto position = [&](const char* path) { return ReadDevicePosition(machine.files, path); };
+    EXPECT_EQ(position("/sys/devices/pci0000:00/0000:00:1f.2/ata3/host2/target2:0:0/2:0:0:0/block/sdb"),
+              "0000:00:1f.2/ata-1/0:0:0");
+    EXPECT_EQ(
+        position("/sys/devices/pci0000:00/0000:00:14.0/usb2/2-1/2-1:1.0/host8/target8:0:0/8:0:0:0/block/sdc"),
+        "0000:00:14.0/usb3/1:1.0/0:0:0");
+    EXPECT_EQ(
+        position("/sys/devices/pci0000:00/0000:00:02.0/host0/port-0:1/end_device-0:1/target0:0:1/0:0:1:0/"
+                 "block/sde"),
+        "0000:00:02.0/sas-0x5000c50000000005/0");
+    EXPECT_EQ(position("/sys/devices/pci0000:00/0000:00:04.0/0000:01:00.0/nvme/nvme0/nvme0n2"),
+              "0000:01:00.0/n2");
+    EXPECT_EQ(position("/sys/devices/pci0000:00/0000:00:02.0/virtio1/block/vda"), "0000:00:02.0");
+    EXPECT_EQ(position("/sys/devices/vbd-51712/block/xvda"), "vbd-51712");
+    EXPECT_EQ(position("/sys/devices/platform/soc/fe340000.mmc/mmc_host/mmc0/mmc0:aaaa/block/mmcblk0"),
+              "soc/fe340000.mmc");
+}
+
+TEST(ReadDevicePosition, IsEmptyWhereThePathTellsNothing) {
+    const TMemoryFiles files;
+    EXPECT_EQ(ReadDevicePosition(files, ""), "");
+    EXPECT_EQ(ReadDevicePosition(files, "/sys/block/sda"), "");
+    EXPECT_EQ(ReadDevicePosition(files, "/sys/devices/virtual/block/loop0"), "");
+}
+
+TEST(ResolveLinkText, FollowsTextOnly) {
+    EXPECT_EQ(ResolveLinkText("/sys/block/sda", "../devices/pci0000:00/sda"), "/sys/devices/pci0000:00/sda");
+    EXPECT_EQ(ResolveLinkText("/sys/block/sda", "/sys/devices/sda"), "/sys/devices/sda");
+    EXPECT_EQ(ResolveLinkText("/a", "../../../b/./c"), "/b/c");
+}
+
+// ---- keys
+
+TEST(MakeUniqueKeys, UsesPositionsOnlyWhereIdentitiesAreMissingOrShared) {
+    std::vector<std::string> notes;
+    EXPECT_THAT(MakeUniqueKeys({{"A", "p1"}, {"", "p2"}, {"B", "p3"}, {"B", "p4"}}, "disk", notes),
+                ElementsAre("A", "p2", "B@p3", "B@p4"));
+    EXPECT_THAT(notes, ElementsAre("2 disks share the key B; their positions tell them apart"));
+}
+
+TEST(MakeUniqueKeys, NumbersWhatEvenPositionsDoNotTellApart) {
+    std::vector<std::string> notes;
+    EXPECT_THAT(MakeUniqueKeys({{"A", "p"}, {"A", "p"}, {"", "q"}, {"", "q"}}, "disk", notes),
+                ElementsAre("A@p", "A@p#2", "q", "q#2"));
+}
+
+TEST(MakeUniqueKeys, DoNotDependOnTheOtherDevicesPresent) {
+    std::vector<std::string> notes;
+    EXPECT_THAT(MakeUniqueKeys({{"B", "p3"}, {"B", "p4"}}, "disk", notes), ElementsAre("B@p3", "B@p4"));
+    EXPECT_THAT(MakeUniqueKeys({{"B", "p4"}, {"C", "p1"}, {"B", "p3"}}, "disk", notes),
+                ElementsAre("B@p4", "C", "B@p3"));
+}
+
+TEST(MakeUniqueKeys, FitLongKeysAndKeepThemApart) {
+    std::vector<std::string> notes;
+    const std::string longName(70, 'x');
+    const auto keys = MakeUniqueKeys({{longName + "1", ""}, {longName + "2", ""}, {std::string(64, 'y'), ""}},
+                                     "disk", notes);
+    EXPECT_EQ(keys[0].size(), 64U);
+    EXPECT_EQ(keys[0].substr(0, 47), keys[1].substr(0, 47));
+    EXPECT_NE(keys[0], keys[1]);
+    EXPECT_EQ(keys[2], std::string(64, 'y'));
+    EXPECT_THAT(notes, IsEmpty());
+}
+
+// ---- states
+
+TEST(FindDiskStatus, KnowsTheWordsOfBothDrivers) {
+    const auto status = [](std::string_view word) {
+        return FindDiskStatus(word).value_or(TOperationalStatus{});
+    };
+    EXPECT_THAT(status("running"), ElementsAre(2));
+    EXPECT_THAT(status("transport-offline"), ElementsAre(13));
+    EXPECT_THAT(status("created"), ElementsAre(8));
+    EXPECT_THAT(status("quiesce"), ElementsAre(15));
+    EXPECT_THAT(status("created-blocked"), ElementsAre(4));
+    EXPECT_THAT(status("cancel"), ElementsAre(9));
+    EXPECT_THAT(status("live"), ElementsAre(2));
+    EXPECT_THAT(status("resetting"), ElementsAre(8));
+    EXPECT_THAT(status("deleting (no IO)"), ElementsAre(9));
+    EXPECT_THAT(status("dead"), ElementsAre(7));
+    EXPECT_EQ(FindDiskStatus("unheard of"), std::nullopt);
+    EXPECT_EQ(FindDiskStatus(""), std::nullopt);
+}
+
+}  // namespace
+}  // namespace NVORHOST

@@ -1,0 +1,1 @@
+// A program without tests, whose precompiled headers of the test framework the other test programs reuse.
