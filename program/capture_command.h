@@ -1,4 +1,4 @@
-// The command `vorhost capture`: a machine as an archive of the files that its collectors read.
+// The command `noxinfo capture`: a machine as an archive of the files that its collectors read.
 #pragma once
 
 #include "program/command_line.h"

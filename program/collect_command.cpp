@@ -161,7 +161,7 @@ std::string HintAtComputerSystem(const TSourceOptions& source, const TMemoryName
     }
     if (!source.namespaceFile.empty()) {
         return HasInstances(collected, resultClassName)
-                   ? source.namespaceFile + " holds the result of a run: vorhost snapshot saves a namespace"
+                   ? source.namespaceFile + " holds the result of a run: noxinfo snapshot saves a namespace"
                    : source.namespaceFile + " holds no computer system, whose type is needed";
     }
     const bool isLeftOut = !source.machine.collectors.only.empty() || !source.machine.collectors.skip.empty();

@@ -1,4 +1,4 @@
-// `vorhost collect`: fills a namespace, runs the plug-in on it and reports.
+// `noxinfo collect`: fills a namespace, runs the plug-in on it and reports.
 #pragma once
 
 #include "program/command_line.h"

@@ -1,4 +1,4 @@
-// The command `vorhost collectors`: what there is to choose from.
+// The command `noxinfo collectors`: what there is to choose from.
 #pragma once
 
 #include <ostream>

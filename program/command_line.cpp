@@ -132,7 +132,7 @@ std::vector<CLI::Option*> AddMachineOptions(CLI::App& command, TSourceOptions& o
                         "Collect from the tree below this directory instead of /")
             ->type_name("DIR"),
         AddCollectorNames(command, "--only", options.machine.collectors.only,
-                          "Run these collectors alone; vorhost collectors lists them"),
+                          "Run these collectors alone; noxinfo collectors lists them"),
         AddCollectorNames(command, "--skip", options.machine.collectors.skip,
                           "Run every collector but these"),
         command.add_flag("--with-processes", options.machine.collectors.withProcesses,
@@ -244,13 +244,13 @@ struct TModel {
         AddWordCommands();
     }
 
-    CLI::App program{"Hardware inventory of a Linux machine.", "vorhost"};
+    CLI::App program{"Hardware inventory of a Linux machine.", "noxinfo"};
     TCollectOptions collect;
     TSnapshotOptions snapshot;
     TCaptureOptions capture;
     std::string helpTopic;
 
-    static constexpr char versionText[] = "vorhost " NOXINFO_VERSION;
+    static constexpr char versionText[] = "noxinfo " NOXINFO_VERSION;
 
   private:
     void AddWordCommands() {
@@ -273,8 +273,8 @@ struct TModel {
 using TWords = std::vector<std::string>;
 
 std::string HelpCommandFor(const CLI::App* command) {
-    return command == nullptr || command->get_name() == "help" ? "vorhost --help"
-                                                               : "vorhost " + command->get_name() + " --help";
+    return command == nullptr || command->get_name() == "help" ? "noxinfo --help"
+                                                               : "noxinfo " + command->get_name() + " --help";
 }
 
 // `help collect` is `collect --help`.
@@ -314,7 +314,7 @@ TCommand ParseCommandLine(int argc, const char* const* argv) {
     } catch (const CLI::Success& request) {
         return TEarlyExit{model.program.exit(request)};
     } catch (const CLI::ParseError& error) {
-        std::cerr << "vorhost: " << ToShownText(error.what()) << "\nTry '"
+        std::cerr << "noxinfo: " << ToShownText(error.what()) << "\nTry '"
                   << HelpCommandFor(FindCommand(model.program, words)) << "'.\n";
         return TEarlyExit{eExitUsage};
     }

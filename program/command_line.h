@@ -1,4 +1,4 @@
-// The command line of vorhost: what a user may ask for, read into plain structures.
+// The command line of noxinfo: what a user may ask for, read into plain structures.
 #pragma once
 
 #include "machine/supervision/machine_options.h"

@@ -82,16 +82,16 @@ std::string ArgumentKind(const CLI::App& command) {
 }
 
 void WriteTables(const CLI::App& program, std::ostream& out) {
-    out << "_vorhost_commands='" << CommandNames(program) << "'\n"
-        << "_vorhost_collectors='" << CollectorNames() << "'\n\n"
+    out << "_noxinfo_commands='" << CommandNames(program) << "'\n"
+        << "_noxinfo_collectors='" << CollectorNames() << "'\n\n"
         << "# Sets `kind` to what the value of an option is; fails for an option without a value.\n"
-        << "_vorhost_value_kind() {\n  case $1 in\n";
+        << "_noxinfo_value_kind() {\n  case $1 in\n";
     for (const auto& [name, kind] : ValueKinds(program)) {
         out << "    " << name << ") kind='" << kind << "' ;;\n";
     }
     out << "    *) return 1 ;;\n  esac\n}\n\n"
         << "# Sets `options` and `kind` to what may follow a command.\n"
-        << "_vorhost_command() {\n  case $1 in\n";
+        << "_noxinfo_command() {\n  case $1 in\n";
     for (const CLI::App* command : program.get_subcommands({})) {
         out << "    " << command->get_name() << ") options='" << LongNamesOf(*command) << "' kind='"
             << ArgumentKind(*command) << "' ;;\n";
@@ -99,42 +99,42 @@ void WriteTables(const CLI::App& program, std::ostream& out) {
     out << "    *) options='" << LongNamesOf(program) << "' kind='commands' ;;\n  esac\n}\n";
 }
 
-constexpr std::string_view head = R"(# bash completion for vorhost, as 'vorhost completion' prints it
+constexpr std::string_view head = R"(# bash completion for noxinfo, as 'noxinfo completion' prints it
 
 )";
 
 constexpr std::string_view functions = R"(
 # Offers the words of a list that start with `current`.
-_vorhost_offer() {
+_noxinfo_offer() {
   mapfile -t COMPREPLY < <(compgen -P "$prefix" -W "$1" -- "$current")
 }
 
 # Names of files are left to readline, which quotes blanks and the like.
-_vorhost_offer_kind() {
+_noxinfo_offer_kind() {
   case $kind in
     files) compopt -o default ;;
     folders) compopt -o dirnames ;;
-    commands) _vorhost_offer "$_vorhost_commands" ;;
+    commands) _noxinfo_offer "$_noxinfo_commands" ;;
     collectors)
       # What precedes the last comma stays.
       if [[ $current == *,* ]]; then
         prefix+=${current%,*},
         current=${current##*,}
       fi
-      _vorhost_offer "$_vorhost_collectors"
+      _noxinfo_offer "$_noxinfo_collectors"
       ;;
     nothing) ;;
-    *) _vorhost_offer "$kind" ;;
+    *) _noxinfo_offer "$kind" ;;
   esac
 }
 
-_vorhost() {
+_noxinfo() {
   local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
   local prefix= option= command= options= kind= i start=0
   COMPREPLY=()
   # Another program, such as sudo, may come first.
   for ((i = 0; i < COMP_CWORD; i++)); do
-    if [[ ${COMP_WORDS[i]##*/} == vorhost ]]; then
+    if [[ ${COMP_WORDS[i]##*/} == noxinfo ]]; then
       start=$i
       break
     fi
@@ -155,19 +155,19 @@ _vorhost() {
   else
     option=$previous
   fi
-  if _vorhost_value_kind "$option"; then
-    _vorhost_offer_kind
+  if _noxinfo_value_kind "$option"; then
+    _noxinfo_offer_kind
     return
   fi
-  _vorhost_command "$command"
+  _noxinfo_command "$command"
   if [[ $current == -* || (-z $current && $kind == nothing) ]]; then
-    _vorhost_offer "$options"
+    _noxinfo_offer "$options"
   else
-    _vorhost_offer_kind
+    _noxinfo_offer_kind
   fi
 }
 
-complete -F _vorhost vorhost
+complete -F _noxinfo noxinfo
 )";
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Entry point of vorhost: chooses the command and turns failures into one line and an exit status.
+// Entry point of noxinfo: chooses the command and turns failures into one line and an exit status.
 
 #include "machine/supervision/machine_door.h"
 #include "program/capture_command.h"
@@ -65,7 +65,7 @@ void OccupyStandardStreams() {
 
 void Report(const std::string& failure) {
     GiveWayToSignals();
-    std::cerr << "vorhost: " << ToShownText(failure) << '\n';
+    std::cerr << "noxinfo: " << ToShownText(failure) << '\n';
 }
 
 }  // namespace

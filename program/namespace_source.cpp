@@ -32,7 +32,7 @@ TNamespaceSource LoadFile(const std::string& path) {
 }
 
 void LogWarning(std::string_view collector, const std::string& line) {
-    TCoreLogger::Get().Log(warningLevel, "vorhost-" + std::string(collector) + ": " + line);
+    TCoreLogger::Get().Log(warningLevel, "noxinfo-" + std::string(collector) + ": " + line);
 }
 
 // How often each source was told of does not matter: several collectors may have asked for it.

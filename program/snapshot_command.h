@@ -1,4 +1,4 @@
-// `vorhost snapshot`: saves the whole namespace.
+// `noxinfo snapshot`: saves the whole namespace.
 #pragma once
 
 #include "program/command_line.h"

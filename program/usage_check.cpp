@@ -63,8 +63,8 @@ std::string OwnerOf(const CLI::App& program, const std::string& name) {
     if (const std::string owner = OwnerOf(program, name); !owner.empty()) {
         const bool isTooEarly = &program == &app;
         Refuse(isTooEarly
-                   ? "option " + name + " has to follow the command, as in vorhost " + owner + " " + name
-                   : "option " + name + " is not one of vorhost " + app.get_name() + " but of vorhost " +
+                   ? "option " + name + " has to follow the command, as in noxinfo " + owner + " " + name
+                   : "option " + name + " is not one of noxinfo " + app.get_name() + " but of noxinfo " +
                          owner);
     }
     Refuse("unknown option " + name + DidYouMean(name, OptionNames(app)));

@@ -16,7 +16,7 @@
 namespace NVORHOST {
 
 /// Where the answers stand in a captured tree.
-inline constexpr std::string_view capturedAnswersPath = "/vorhost-system.txt";
+inline constexpr std::string_view capturedAnswersPath = "/noxinfo-system.txt";
 
 /// The ways to look at a path.
 enum class EAccess { read, list, readLink, exists };

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """What compare-captures makes of data that is incomplete: it finishes, and it counts what it cannot compare.
 
-Usage: compare_captures_test.py TOOLS VORHOST
+Usage: compare_captures_test.py TOOLS NOXINFO
 """
 
 import contextlib
@@ -13,7 +13,7 @@ import tarfile
 import tempfile
 import unittest
 
-TOOLS, VORHOST = sys.argv[1:3]
+TOOLS, NOXINFO = sys.argv[1:3]
 sys.dont_write_bytecode = True
 sys.path.insert(0, TOOLS)
 
@@ -80,7 +80,7 @@ class UdevTest(unittest.TestCase):
             path = pathlib.Path(folder) / "machine.txt"
             path.write_text(text, encoding="utf-8")
             with agreement.attempt("machine"):
-                udev.compare_machine(path, VORHOST, agreement)
+                udev.compare_machine(path, NOXINFO, agreement)
         return agreement
 
     def test_a_path_of_nvme_has_no_node_and_is_no_disk(self):
@@ -101,7 +101,7 @@ class StorageTest(unittest.TestCase):
             path.write_text(json.dumps(probe), encoding="utf-8")
             with agreement.attempt("probe"):
                 machine = storage.read_probert(path, tree)
-                storage.compare_machine(machine, storage.namespace.collect(VORHOST, tree.root), agreement)
+                storage.compare_machine(machine, storage.namespace.collect(NOXINFO, tree.root), agreement)
         return agreement
 
     def test_a_reader_without_a_medium_is_a_disk_without_a_size(self):
@@ -156,7 +156,7 @@ class OperatingSystemTest(unittest.TestCase):
                 member = tarfile.TarInfo("sample")
                 member.size = len(content)
                 tar.addfile(member, io.BytesIO(content))
-            operating_system.compare_samples(archive, VORHOST, agreement)
+            operating_system.compare_samples(archive, NOXINFO, agreement)
         self.assertTrue(agreement.is_explained(), printed(agreement))
 
 

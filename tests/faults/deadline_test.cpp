@@ -159,7 +159,7 @@ class TDeadlineOfCollectors : public TDeadline {
                 arguments.push_back("out");
             }
             const TProgramRun run = WithFault(Command(arguments, name), "open:1+:BLOCK", {paths.front()});
-            runs[name] = std::make_unique<TRunningProgram>(VORHOST_PROGRAM, run);
+            runs[name] = std::make_unique<TRunningProgram>(NOXINFO_PROGRAM, run);
         }
         return runs;
     }
@@ -180,7 +180,7 @@ TEST_F(TDeadlineOfCollectors, ASnapshotHoldsEverythingThatOtherSourcesGive) {
         SCOPED_TRACE(name);
         const std::string path = reads.at(name).front();
         ExpectNamed(run->Wait(), path);
-        const auto rest = NVORHOST::RunVorhost(
+        const auto rest = NVORHOST::RunNoxinfo(
             Command({"snapshot", "rest", "--only", WithoutReadersOf(path, reads)}, name));
         ASSERT_EQ(rest.status, 0) << rest.standardError;
         const auto instances = InstancesOf(ReadFile(FolderOf(name) + "/out"));
@@ -209,14 +209,14 @@ TEST_F(TDeadlineOfCollectors, ACaptureEndsWithAnArchive) {
         const std::string path = reads.at(name).front();
         ExpectNamed(run->Wait(), path);
         EXPECT_EQ(NVORHOST::RunProgram("tar", {{"-xJf", "out"}, FolderOf(name), {}}).status, 0);
-        EXPECT_THAT(ReadFile(FolderOf(name) + "/vorhost-system.txt"), HasSubstr(" " + path + "\n"));
+        EXPECT_THAT(ReadFile(FolderOf(name) + "/noxinfo-system.txt"), HasSubstr(" " + path + "\n"));
     }
 }
 
 // ---- which sources
 
 TEST_F(TDeadline, SeveralSourcesThatNeverAnswerCostOneDeadline) {
-    const auto result = NVORHOST::RunVorhost(
+    const auto result = NVORHOST::RunNoxinfo(
         WithFault(Command({"collect", "--deadline", "2", "--strict"}), "open:1+:BLOCK",
                   {"/proc/meminfo", "/proc/cpuinfo", "/proc/iomem", "/sys/block", "/sys/bus/pci/devices",
                    "/sys/bus/usb/devices", "/proc/net", "/sys/firmware/dmi/tables/DMI"}));
@@ -226,9 +226,9 @@ TEST_F(TDeadline, SeveralSourcesThatNeverAnswerCostOneDeadline) {
 }
 
 TEST_F(TDeadline, ASourceThatAnswersLateIsReadWhole) {
-    const auto prompt = NVORHOST::RunVorhost(Command({"snapshot", "out"}, "prompt"));
+    const auto prompt = NVORHOST::RunNoxinfo(Command({"snapshot", "out"}, "prompt"));
     ASSERT_EQ(prompt.status, 0) << prompt.standardError;
-    const auto result = NVORHOST::RunVorhost(WithFault(
+    const auto result = NVORHOST::RunNoxinfo(WithFault(
         Command({"snapshot", "out", "--deadline", "20"}, "late"), "open:1:LATE", {"/proc/cpuinfo"}));
     EXPECT_EQ(result.status, 0) << result.standardError;
     EXPECT_EQ(result.standardOutput, prompt.standardOutput);
@@ -236,23 +236,23 @@ TEST_F(TDeadline, ASourceThatAnswersLateIsReadWhole) {
 }
 
 TEST_F(TDeadline, AMachineThatCannotBeOpenedInTimeIsNamed) {
-    const auto result = NVORHOST::RunVorhost(
-        WithFault(Command({"collect", "--deadline", "0.5"}), "open:1+:BLOCK", {"/vorhost-system.txt"}));
+    const auto result = NVORHOST::RunNoxinfo(
+        WithFault(Command({"collect", "--deadline", "0.5"}), "open:1+:BLOCK", {"/noxinfo-system.txt"}));
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.standardError,
-              "vorhost: cannot collect from " + Tree() + ": no answer within 0.5 s from " + Tree() + "\n");
+              "noxinfo: cannot collect from " + Tree() + ": no answer within 0.5 s from " + Tree() + "\n");
     EXPECT_TRUE(NamesIn("target").empty());
 }
 
 TEST_F(TDeadline, AnEndlessFileIsUnread) {
-    const auto result = NVORHOST::RunVorhost(
+    const auto result = NVORHOST::RunNoxinfo(
         WithFault(Command({"collect", "--strict"}), "read:1+:ENDLESS", {"/proc/cpuinfo"}));
     EXPECT_EQ(result.status, 3) << result.standardError;
     EXPECT_THAT(result.standardOutput, HasSubstr("Unread      1 source could not be read: /proc/cpuinfo\n"));
 }
 
 TEST_F(TDeadline, AnEndlessFolderIsUnread) {
-    const auto result = NVORHOST::RunVorhost(
+    const auto result = NVORHOST::RunNoxinfo(
         WithFault(Command({"collect", "--deadline", "0"}), "list:2+:ENDLESS", {"/sys/block"}));
     EXPECT_EQ(result.status, 0) << result.standardError;
     EXPECT_THAT(result.standardOutput, HasSubstr("Unread      1 source could not be read: /sys/block\n"));
@@ -284,7 +284,7 @@ class TStuckRun : public TDeadline {
   protected:
     TStuckRun() {
         program_ = std::make_unique<TRunningProgram>(
-            VORHOST_PROGRAM,
+            NOXINFO_PROGRAM,
             WithFault(Command({"collect", "--deadline", "0"}), "open:1+:BLOCK", {"/proc/meminfo"}));
         EXPECT_TRUE(WaitUntil([this] { return IsStuck(); }));
     }
@@ -346,7 +346,7 @@ TEST_F(TStuckRun, FailsWhenTheProcessIsKilled) {
     const auto result = program_->Wait();
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.standardError,
-              "vorhost: the process that collects from " + Tree() + " died of signal 9 (Killed)\n");
+              "noxinfo: the process that collects from " + Tree() + " died of signal 9 (Killed)\n");
     EXPECT_TRUE(NamesIn("target").empty());
 }
 

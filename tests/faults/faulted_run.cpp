@@ -18,7 +18,7 @@ TFaultedRun RunWithFault(const TProgramRun& run, const TCallFault& fault, const 
         fault.kind + ":" + std::to_string(fault.number) + (fault.isLasting ? "+" : "") + ":" + fault.error;
     faulted.environment["NOXINFO_FAULT_PATHS"] = watched;
     faulted.environment["NOXINFO_FAULT_REPORT"] = report;
-    TFaultedRun done{NVORHOST::RunVorhost(faulted), {}};
+    TFaultedRun done{NVORHOST::RunNoxinfo(faulted), {}};
     if (std::filesystem::exists(report)) {
         const std::string line = NVORHOST::ReadFile(report);
         const std::size_t path = line.find(' ') + 1;

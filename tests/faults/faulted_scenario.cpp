@@ -23,10 +23,10 @@ void Replace(std::string& text, const std::string& from, const std::string& to) 
 
 // Without what differs from run to run.
 std::string Anonymous(std::string text, const std::string& folder) {
-    static const std::regex directory("\\.vorhost-[\\w.-]+-\\d+-\\d+-\\w{6}");
+    static const std::regex directory("\\.noxinfo-[\\w.-]+-\\d+-\\d+-\\w{6}");
     static const std::regex plugin("/\\S*\\.pi\\.so");
     Replace(text, folder, "DIR");
-    return std::regex_replace(std::regex_replace(text, directory, ".vorhost-*"), plugin, "PLUGIN");
+    return std::regex_replace(std::regex_replace(text, directory, ".noxinfo-*"), plugin, "PLUGIN");
 }
 
 TProgramResult Anonymous(TProgramResult result, const std::string& folder) {
@@ -93,7 +93,7 @@ std::string DescribeFiles(const TFiles& actual, const TFiles& expected, const TF
 }
 
 std::string DescribeFailure(const TProgramResult& result) {
-    const std::string program = "vorhost: ";
+    const std::string program = "noxinfo: ";
     const std::string& error = result.standardError;
     if (result.status != 1 || !error.starts_with(program) || error.find('\n') != error.size() - 1) {
         return "status " + std::to_string(result.status) + ": " + error;
@@ -120,7 +120,7 @@ std::string TakeLine(std::string& text, const std::string& start) {
 }
 
 bool IsInPrivateDirectory(const std::string& path) {
-    return path.find(".vorhost-*") != std::string::npos;
+    return path.find(".noxinfo-*") != std::string::npos;
 }
 
 }  // namespace
@@ -141,7 +141,7 @@ TFiles FilesIn(const std::string& folder) {
 TFaultedScenario::TFaultedScenario(TScenario scenario) : scenario_(std::move(scenario)) {
     const TTemporaryDirectory folder;
     Fill(folder.GetPath(), scenario_.before);
-    result_ = Anonymous(NVORHOST::RunVorhost(RunIn(folder.GetPath(), scenario_)), folder.GetPath());
+    result_ = Anonymous(NVORHOST::RunNoxinfo(RunIn(folder.GetPath(), scenario_)), folder.GetPath());
     after_ = FilesIn(folder.GetPath());
 }
 
@@ -201,7 +201,7 @@ TFaultedScenario::TEnd TFaultedScenario::RunEndedBy(const TCallFault& fault) con
     TEnd end{Anonymous(run.path, folder.GetPath()), run.result.status, DescribeState(files), false, {}, {}};
     end.leavesDirectory =
         std::ranges::any_of(files, [](const auto& file) { return IsInPrivateDirectory(file.first); });
-    auto next = Anonymous(NVORHOST::RunVorhost(RunIn(folder.GetPath(), scenario_)), folder.GetPath());
+    auto next = Anonymous(NVORHOST::RunNoxinfo(RunIn(folder.GetPath(), scenario_)), folder.GetPath());
     end.completed = TakeLine(next.standardOutput, "Completed   ");
     TFiles left = FilesIn(folder.GetPath());
     TFiles expected = after_;

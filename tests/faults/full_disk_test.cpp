@@ -21,7 +21,7 @@ using testing::StartsWith;
 
 using TArguments = std::vector<std::string>;
 
-const std::string smallServer = VORHOST_TEST_DATA "/small-server.xml";
+const std::string smallServer = NOXINFO_TEST_DATA "/small-server.xml";
 
 TArguments CollectArguments(const TArguments& more = {}) {
     TArguments arguments{
@@ -38,7 +38,7 @@ class TFullDisk : public testing::Test {
 
     /// The program's own last words; the earlier inventory must still be there alone.
     std::string FailureOf(const TArguments& arguments) {
-        const auto result = RunVorhost({arguments, directory_.GetPath(), {}});
+        const auto result = RunNoxinfo({arguments, directory_.GetPath(), {}});
         EXPECT_EQ(result.status, 1);
         EXPECT_EQ(result.standardOutput, "");
         EXPECT_EQ(ReadFile(directory_ / "hardwareinventory.xml.gz"), "earlier");
@@ -48,7 +48,7 @@ class TFullDisk : public testing::Test {
 
     /// What a shell makes of the program with these redirections.
     TProgramResult RunRedirected(const std::string& redirection, const TArguments& arguments) {
-        TArguments all{"-c", "exec \"$0\" \"$@\" " + redirection, VORHOST_PROGRAM};
+        TArguments all{"-c", "exec \"$0\" \"$@\" " + redirection, NOXINFO_PROGRAM};
         all.insert(all.end(), arguments.begin(), arguments.end());
         return RunProgram("sh", {all, directory_.GetPath(), {}});
     }
@@ -62,31 +62,31 @@ class TFullDisk : public testing::Test {
 
 TEST_F(TFullDisk, HasNoRoomForAResult) {
     EXPECT_EQ(FailureOf(CollectArguments({"--result", "/dev/full"})),
-              "vorhost: cannot write /dev/full: No space left on device\n");
+              "noxinfo: cannot write /dev/full: No space left on device\n");
 }
 
 TEST_F(TFullDisk, HasNoRoomForASnapshot) {
     EXPECT_EQ(FailureOf({"snapshot", "--namespace", smallServer, "/dev/full"}),
-              "vorhost: cannot write /dev/full: No space left on device\n");
+              "noxinfo: cannot write /dev/full: No space left on device\n");
 }
 
 TEST_F(TFullDisk, HasNoRoomForACapture) {
     const TTemporaryDirectory tree;
     std::filesystem::create_directory(tree / "sys");
     EXPECT_EQ(FailureOf({"capture", "--sysroot", tree.GetPath(), "/dev/full"}),
-              "vorhost: cannot write /dev/full: No space left on device\n");
+              "noxinfo: cannot write /dev/full: No space left on device\n");
 }
 
 TEST_F(TFullDisk, HasNoRoomForALog) {
     EXPECT_EQ(FailureOf(CollectArguments({"--log-file", "/dev/full"})),
-              "vorhost: cannot append to log file /dev/full: No space left on device\n");
+              "noxinfo: cannot append to log file /dev/full: No space left on device\n");
 }
 
 TEST_F(TFullDisk, HasNoRoomForTheLogOfASnapshot) {
     const TTemporaryDirectory tree;
     std::filesystem::create_directories(tree / "proc/cpuinfo");  // no file, as a warning says
     EXPECT_EQ(FailureOf({"snapshot", "--sysroot", tree.GetPath(), "--log-file", "/dev/full", "snapshot.xml"}),
-              "vorhost: cannot append to log file /dev/full: No space left on device\n");
+              "noxinfo: cannot append to log file /dev/full: No space left on device\n");
 }
 
 TEST_F(TFullDisk, HasNoRoomForWhatIsPrinted) {
@@ -97,7 +97,7 @@ TEST_F(TFullDisk, HasNoRoomForWhatIsPrinted) {
           TArguments{"--version"}}) {
         const auto result = RunRedirected(">/dev/full", arguments);
         EXPECT_EQ(result.status, 1) << arguments.front();
-        EXPECT_EQ(result.standardError, "vorhost: cannot write standard output: No space left on device\n")
+        EXPECT_EQ(result.standardError, "noxinfo: cannot write standard output: No space left on device\n")
             << arguments.front();
     }
 }
@@ -105,7 +105,7 @@ TEST_F(TFullDisk, HasNoRoomForWhatIsPrinted) {
 TEST_F(TFullDisk, IsNothingAgainstAStandardOutputThatIsClosed) {
     const auto result = RunRedirected(">&-", CollectArguments({"--log-file", "run.log"}));
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.standardError, "vorhost: cannot write standard output: Bad file descriptor\n");
+    EXPECT_EQ(result.standardError, "noxinfo: cannot write standard output: Bad file descriptor\n");
     // Nor does the summary go to one of the files instead.
     EXPECT_THAT(ReadCompressedFile(directory_ / "hardwareinventory.xml.gz"),
                 EndsWith("</ResourceCollection>\n"));
@@ -121,12 +121,12 @@ TEST_F(TFullDisk, HasNoRoomForMessagesEither) {
 // ended with and what it left.
 constexpr char runsOnASmallDisk[] = R"(
 set -eu
-vorhost=$1; namespace=$2; disk=$3; options=$4; shift 4
+noxinfo=$1; namespace=$2; disk=$3; options=$4; shift 4
 for size in "$@"; do
     mount -t tmpfs -o "$options=$size" tmpfs "$disk"
     echo earlier >"$disk/hardwareinventory.xml.gz"
     status=0
-    error=$("$vorhost" collect --namespace "$namespace" --local-time 20240229134500.000000+060 --kel-id K1 \
+    error=$("$noxinfo" collect --namespace "$namespace" --local-time 20240229134500.000000+060 --kel-id K1 \
         --reachability no --directory "$disk" --result "$disk/result.xml" 2>&1 >/dev/null) || status=$?
     grep -qx earlier "$disk/hardwareinventory.xml.gz" && inventory=earlier || inventory=new
     echo "$status $inventory$(cd "$disk" && find . -mindepth 1 ! -name hardwareinventory.xml.gz | sort | tr '\n' ' ' |
@@ -140,7 +140,7 @@ class TSmallDisk : public TFullDisk {
     /// A line for each run; none, and a reason, where file systems cannot be made.
     std::vector<std::string> RunsOn(const std::string& option, const TArguments& sizes) {
         TArguments arguments{"--user",    "--map-root-user",    "--mount", "sh",
-                             "-c",        runsOnASmallDisk,     "sh",      VORHOST_PROGRAM,
+                             "-c",        runsOnASmallDisk,     "sh",      NOXINFO_PROGRAM,
                              smallServer, directory_.GetPath(), option};
         arguments.insert(arguments.end(), sizes.begin(), sizes.end());
         const auto result = RunProgram("unshare", {arguments, "", {}});
@@ -164,7 +164,7 @@ class TSmallDisk : public TFullDisk {
         EXPECT_FALSE(failed.empty());
         EXPECT_FALSE(done.empty());
         EXPECT_THAT(failed,
-                    Each(AllOf(StartsWith("1 earlier: vorhost: "), EndsWith(": No space left on device"))));
+                    Each(AllOf(StartsWith("1 earlier: noxinfo: "), EndsWith(": No space left on device"))));
         EXPECT_THAT(done, Each("0 new ./result.xml ./systeminformation.xml.gz: "));
     }
 };

@@ -104,16 +104,16 @@ class TErrorsOfMachines : public TMachineFaults {};
 TEST_P(TErrorsOfMachines, EndTheCollectionOrAreTold) {
     FailEachCall("EIO", [this](const TFaultedRun& run) -> std::string {
         const std::string path = OnMachine(run.path);
-        if (path.empty() || path == "/vorhost-system.txt") {
+        if (path.empty() || path == "/noxinfo-system.txt") {
             return run.result.status == 1 &&
-                           run.result.standardError == "vorhost: cannot collect from " + Tree() +
+                           run.result.standardError == "noxinfo: cannot collect from " + Tree() +
                                                            (path.empty() ? "" : ": " + path) +
                                                            ": Input/output error\n"
                        ? ""
                        : "does not end, but says " + run.result.standardError;
         }
         if (NVORHOST::IsEssentialSource(path)) {
-            return run.result.status == 1 && run.result.standardError == "vorhost: cannot collect from " +
+            return run.result.status == 1 && run.result.standardError == "noxinfo: cannot collect from " +
                                                                              Tree() + ": " + path +
                                                                              ": Input/output error\n"
                        ? ""
@@ -144,7 +144,7 @@ class TExhaustionOfMachines : public TMachineFaults {
             if (run.result.status != 1 || Document() != faultless_) {
                 return "does not end: " + run.result.standardError;
             }
-            return run.result.standardError.starts_with("vorhost: cannot collect from " + Tree()) &&
+            return run.result.standardError.starts_with("noxinfo: cannot collect from " + Tree()) &&
                            run.result.standardError.ends_with(": " + text + "\n")
                        ? ""
                        : "says " + run.result.standardError;

@@ -19,7 +19,7 @@ using NVORHOST::Rounds;
 using NVORHOST::RunProgram;
 using NVORHOST::TTemporaryDirectory;
 
-const std::string smallServer = VORHOST_TEST_DATA "/small-server.xml";
+const std::string smallServer = NOXINFO_TEST_DATA "/small-server.xml";
 
 // Without this option, ext4 writes a file's data when it is renamed, which would hide a missing sync.
 constexpr char mountDisk[] = "mount -o loop,noauto_da_alloc disk mounted";

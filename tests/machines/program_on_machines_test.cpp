@@ -26,7 +26,7 @@ using TEnvironment = std::map<std::string, std::string>;
 std::string CollectDocuments(const std::string& sysroot, const TEnvironment& environment) {
     const TTemporaryDirectory directory;
     const auto result =
-        RunVorhost({{"collect", "--sysroot", sysroot, "--local-time", "20240301120000.000000+060", "--kel-id",
+        RunNoxinfo({{"collect", "--sysroot", sysroot, "--local-time", "20240301120000.000000+060", "--kel-id",
                      "K0000001", "--reachability", "no"},
                     directory.GetPath(),
                     environment});
@@ -72,10 +72,10 @@ TEST_P(TProgramOnMachineTest, WritesTheSameDocumentsInEveryLocaleAndZone) {
 // As root, without the capabilities that let it read everything.
 TProgramResult RunAsOrdinaryUser(std::vector<std::string> arguments, const std::string& directory) {
     if (::geteuid() != 0) {
-        return RunVorhost({std::move(arguments), directory, {}});
+        return RunNoxinfo({std::move(arguments), directory, {}});
     }
     arguments.insert(arguments.begin(),
-                     {"--bounding-set=-dac_override,-dac_read_search", "--inh-caps=-all", VORHOST_PROGRAM});
+                     {"--bounding-set=-dac_override,-dac_read_search", "--inh-caps=-all", NOXINFO_PROGRAM});
     return RunProgram("setpriv", {std::move(arguments), directory, {}});
 }
 
@@ -103,17 +103,17 @@ TEST(ProgramOnMachine, TellsAnOrdinaryUserWhatNeedsRoot) {
                   "/sys/class/dmi/id/product_uuid, /sys/devices/system/cpu/cpu0/topology/ppin, ...\n"));
     EXPECT_THAT(
         LinesWith("may not read", ReadFile(directory / "run.log")),
-        UnorderedElementsAre("3 vorhost-computer-system: may not read /sys/firmware/dmi/tables/DMI",
-                             "3 vorhost-computer-system: may not read /sys/class/dmi/id/product_serial",
-                             "3 vorhost-computer-system: may not read /sys/class/dmi/id/product_uuid",
-                             "3 vorhost-processor: may not read /sys/devices/system/cpu/cpu0/topology/ppin"));
+        UnorderedElementsAre("3 noxinfo-computer-system: may not read /sys/firmware/dmi/tables/DMI",
+                             "3 noxinfo-computer-system: may not read /sys/class/dmi/id/product_serial",
+                             "3 noxinfo-computer-system: may not read /sys/class/dmi/id/product_uuid",
+                             "3 noxinfo-processor: may not read /sys/devices/system/cpu/cpu0/topology/ppin"));
 }
 
 TEST(ProgramOnMachine, WarnsOfAMalformedFirmwareTable) {
     const TTemporaryDirectory directory;
     WriteMachine(ReadMachine("malformed-smbios"), directory / "machine", EEntryOrder::forwards);
     const auto result =
-        RunVorhost({{"collect", "--sysroot", "machine", "--reachability", "no", "--log-file", "run.log"},
+        RunNoxinfo({{"collect", "--sysroot", "machine", "--reachability", "no", "--log-file", "run.log"},
                     directory.GetPath(),
                     {}});
     ASSERT_EQ(result.status, 0) << result.standardError;
@@ -131,13 +131,13 @@ TEST(ProgramOnMachine, CountsBytesThatAreNoCharacters) {
     machine.files.AddFile("/etc/os-release", "PRETTY_NAME=\"Caf\xE9 \xFF\xFE\"\n");
     WriteMachine(machine, directory / "machine", EEntryOrder::forwards);
     const auto result =
-        RunVorhost({{"collect", "--sysroot", "machine", "--reachability", "no", "--log-file", "run.log"},
+        RunNoxinfo({{"collect", "--sysroot", "machine", "--reachability", "no", "--log-file", "run.log"},
                     directory.GetPath(),
                     {}});
     ASSERT_EQ(result.status, 0) << result.standardError;
     EXPECT_THAT(result.standardOutput, HasSubstr("\nReplaced    3 bytes of texts, being no characters\n"));
     EXPECT_THAT(LinesWith("no characters", ReadFile(directory / "run.log")),
-                ElementsAre("3 vorhost-operating-system: bytes that are no characters, shown as U+FFFD: 3"));
+                ElementsAre("3 noxinfo-operating-system: bytes that are no characters, shown as U+FFFD: 3"));
 }
 
 }  // namespace

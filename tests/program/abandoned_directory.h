@@ -32,12 +32,12 @@ inline std::string EndedProcess() {
 inline void MakeAbandoned(const std::string& target, const std::string& name) {
     std::filesystem::create_directory(target + "/" + name);
     std::filesystem::permissions(target + "/" + name, std::filesystem::perms::owner_all);
-    WriteFile(target + "/" + name + "/.vorhost-journal", name + "\n");
+    WriteFile(target + "/" + name + "/.noxinfo-journal", name + "\n");
     WriteFile(target + "/" + name + "/s.xml", "half a file");
 }
 
 inline std::string AbandonedName() {
-    return ".vorhost-" + ThisHost() + "-" + EndedProcess() + "-1-aB3dE6";
+    return ".noxinfo-" + ThisHost() + "-" + EndedProcess() + "-1-aB3dE6";
 }
 
 }  // namespace NVORHOST

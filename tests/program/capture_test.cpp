@@ -1,4 +1,4 @@
-// `vorhost capture`: the archive holds what was read and takes the machine's place.
+// `noxinfo capture`: the archive holds what was read and takes the machine's place.
 
 #include "program_run.h"
 #include "temporary_directory.h"
@@ -58,7 +58,7 @@ std::string Listing(const std::string& directory) {
 
 // What the collectors make of a tree.
 std::string Snapshot(const std::string& sysroot) {
-    const auto result = RunVorhost({{"snapshot", "--sysroot", sysroot, "-"}, "", {}});
+    const auto result = RunNoxinfo({{"snapshot", "--sysroot", sysroot, "-"}, "", {}});
     EXPECT_EQ(result.status, 0) << result.standardError;
     return result.standardOutput;
 }
@@ -92,7 +92,7 @@ void MakeMachine(const std::string& root) {
 TProgramResult Capture(std::vector<std::string> options, const std::string& directory) {
     std::vector<std::string> arguments{"capture"};
     arguments.insert(arguments.end(), options.begin(), options.end());
-    return RunVorhost({arguments, directory, {}});
+    return RunNoxinfo({arguments, directory, {}});
 }
 
 TEST(Capture, OfATreeGivesTheSameNamespaceAsTheTree) {
@@ -142,7 +142,7 @@ TEST(Capture, OfThisMachineGivesTheSameDocumentsAtEveryCollection) {
     std::vector<std::string> documents;
     for (const std::string name : {"first", "second"}) {
         std::filesystem::create_directory(directory / name);
-        const auto result = RunVorhost({{"collect", "--sysroot", "m", "--local-time", time, "--reachability",
+        const auto result = RunNoxinfo({{"collect", "--sysroot", "m", "--local-time", time, "--reachability",
                                          "no", "--directory", name, "--kel-id", "K1"},
                                         directory.GetPath(),
                                         {}});
@@ -172,7 +172,7 @@ TEST(Capture, GivesWhatThisMachineGives) {
     const TTemporaryDirectory directory;
     ASSERT_EQ(Capture({"--local-time", time, "m.tar.xz"}, directory.GetPath()).status, 0);
     Unpack(directory / "m.tar.xz", directory / "m");
-    const auto live = RunVorhost({{"snapshot", "--local-time", time, "-"}, "", {}});
+    const auto live = RunNoxinfo({{"snapshot", "--local-time", time, "-"}, "", {}});
     ASSERT_EQ(live.status, 0) << live.standardError;
     EXPECT_EQ(WithoutWhatMoves(Snapshot(directory / "m")), WithoutWhatMoves(live.standardOutput));
 }
@@ -212,7 +212,7 @@ TEST_P(TCaptureInLocaleTest, KeepsTheBytesOfNames) {
     const TTemporaryDirectory directory;
     MakeMachine(directory / "machine");
     AddNamesOfEveryCharset(directory / "machine");
-    const auto result = RunVorhost(
+    const auto result = RunNoxinfo(
         {{"capture", "--sysroot", "machine", "m.tar.xz"}, directory.GetPath(), {{"LC_ALL", GetParam()}}});
     ASSERT_EQ(result.status, 0) << result.standardError;
     const std::string names = ListArchive(directory / "m.tar.xz");
@@ -277,7 +277,7 @@ TEST(Capture, WithAnIdentityLeftIsNotWritten) {
     const auto result = Capture({"--sysroot", "machine", "--redact", "m.tar.xz"}, directory.GetPath());
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.standardError,
-              "vorhost: cannot write m.tar.xz: serial number left in /sys/class/dmi/id/product_name after "
+              "noxinfo: cannot write m.tar.xz: serial number left in /sys/class/dmi/id/product_name after "
               "redaction\n");
     EXPECT_EQ(ReadFile(directory / "m.tar.xz"), "earlier");
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(directory.GetPath()), {}), 2);
@@ -316,7 +316,7 @@ TEST(Capture, ThatFailsLeavesTheEarlierFileAndNoOther) {
     WriteFile(directory / "m.tar.xz", "earlier");
     const auto result = Capture({"--sysroot", "absent", "m.tar.xz"}, directory.GetPath());
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.standardError, "vorhost: cannot collect from absent: there is no such directory\n");
+    EXPECT_EQ(result.standardError, "noxinfo: cannot collect from absent: there is no such directory\n");
     EXPECT_EQ(ReadFile(directory / "m.tar.xz"), "earlier");
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(directory.GetPath()), {}), 1);
 }
@@ -326,25 +326,25 @@ TEST(Capture, ToAFolderThatIsNotThereFails) {
     MakeMachine(directory / "machine");
     const auto result = Capture({"--sysroot", "machine", "absent/m.tar.xz"}, directory.GetPath());
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.standardError, "vorhost: cannot write absent/m.tar.xz: No such file or directory\n");
+    EXPECT_EQ(result.standardError, "noxinfo: cannot write absent/m.tar.xz: No such file or directory\n");
 }
 
 TEST(Capture, NeedsAFile) {
-    const auto result = RunVorhost({{"capture"}, "", {}});
+    const auto result = RunNoxinfo({{"capture"}, "", {}});
     EXPECT_EQ(result.status, 2);
-    EXPECT_EQ(result.standardError, "vorhost: FILE is required\nTry 'vorhost capture --help'.\n");
+    EXPECT_EQ(result.standardError, "noxinfo: FILE is required\nTry 'noxinfo capture --help'.\n");
 }
 
 // ---- what an ordinary user may not read
 
-// Runs vorhost as a user without rights; a machine file of mode 000 refuses even its owner then.
+// Runs noxinfo as a user without rights; a machine file of mode 000 refuses even its owner then.
 TProgramResult RunUnprivileged(std::vector<std::string> arguments, const std::string& directory) {
     if (::geteuid() != 0) {
-        return RunVorhost({std::move(arguments), directory, {}});
+        return RunNoxinfo({std::move(arguments), directory, {}});
     }
     // The user must be able to reach the program and the directories of the test.
     std::vector<std::string> words{"--bounding-set=-dac_override,-dac_read_search", "--inh-caps=-all",
-                                   VORHOST_PROGRAM};
+                                   NOXINFO_PROGRAM};
     words.insert(words.end(), arguments.begin(), arguments.end());
     return RunProgram("setpriv", {words, directory, {}});
 }
@@ -385,9 +385,9 @@ TEST(DeniedSources, AreCountedInTheSummaryAndNamedOnceInTheLog) {
     EXPECT_THAT(result.standardOutput, HasSubstr(deniedRow));
     EXPECT_THAT(
         LinesWith("may not read", ReadFile(directory / "run.log")),
-        UnorderedElementsAre("3 vorhost-computer-system: may not read /sys/firmware/dmi/tables/DMI",
-                             "3 vorhost-computer-system: may not read /sys/class/dmi/id/product_serial",
-                             "3 vorhost-computer-system: may not read /sys/class/dmi/id/product_uuid"));
+        UnorderedElementsAre("3 noxinfo-computer-system: may not read /sys/firmware/dmi/tables/DMI",
+                             "3 noxinfo-computer-system: may not read /sys/class/dmi/id/product_serial",
+                             "3 noxinfo-computer-system: may not read /sys/class/dmi/id/product_uuid"));
 }
 
 TEST(DeniedSources, ThatSeveralCollectorsAskForAreNamedOnce) {
@@ -400,7 +400,7 @@ TEST(DeniedSources, ThatSeveralCollectorsAskForAreNamedOnce) {
     ASSERT_EQ(result.status, 0) << result.standardError;
     EXPECT_THAT(result.standardOutput, HasSubstr("Denied      1 source needs root: /sys/block\n"));
     EXPECT_THAT(LinesWith("may not read", ReadFile(directory / "run.log")),
-                ElementsAre("3 vorhost-disk: may not read /sys/block"));
+                ElementsAre("3 noxinfo-disk: may not read /sys/block"));
     std::filesystem::permissions(directory / "machine/sys/block", std::filesystem::perms::owner_all);
 }
 
@@ -412,10 +412,10 @@ TEST(DeniedSources, AreDeniedToWhoeverCollectsFromTheCapture) {
     ASSERT_EQ(captured.status, 0) << captured.standardError;
     EXPECT_THAT(captured.standardOutput, HasSubstr(deniedRow));
     Unpack(directory / "m.tar.xz", directory / "captured");
-    EXPECT_THAT(ReadFile(directory / "captured/vorhost-system.txt"),
+    EXPECT_THAT(ReadFile(directory / "captured/noxinfo-system.txt"),
                 HasSubstr("denied read /sys/class/dmi/id/product_serial\n"));
     const auto result =
-        RunVorhost({{"collect", "--sysroot", "captured", "--reachability", "no"}, directory.GetPath(), {}});
+        RunNoxinfo({{"collect", "--sysroot", "captured", "--reachability", "no"}, directory.GetPath(), {}});
     ASSERT_EQ(result.status, 0) << result.standardError;
     EXPECT_THAT(result.standardOutput, HasSubstr(deniedRow));
     EXPECT_THAT(result.standardOutput, HasSubstr("Machine     Works Server, type Works Server\n"));

@@ -43,13 +43,13 @@ std::string Snapshot(const TSmallTree& tree, std::vector<std::string> options) {
     std::vector<std::string> arguments{"snapshot", "--sysroot", tree.GetPath()};
     arguments.insert(arguments.end(), options.begin(), options.end());
     arguments.emplace_back("-");
-    const auto result = RunVorhost({arguments, "", {}});
+    const auto result = RunNoxinfo({arguments, "", {}});
     EXPECT_EQ(result.status, 0) << result.standardError;
     return result.standardOutput;
 }
 
 TEST(Collectors, AreListedWithWhatTheyFillAndRead) {
-    const auto result = RunVorhost({{"collectors"}, "", {}});
+    const auto result = RunNoxinfo({{"collectors"}, "", {}});
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.standardError, "");
     EXPECT_THAT(result.standardOutput,
@@ -100,7 +100,7 @@ TEST(Collectors, ThoseSkippedDoNotRunEvenWhenNamed) {
 TEST(Collectors, AnInventoryOfAPartHasThatPart) {
     const TSmallTree tree;
     const TTemporaryDirectory directory;
-    const auto result = RunVorhost({{"collect", "--sysroot", tree.GetPath(), "--reachability", "no", "--only",
+    const auto result = RunNoxinfo({{"collect", "--sysroot", tree.GetPath(), "--reachability", "no", "--only",
                                      "computer-system,processor"},
                                     directory.GetPath(),
                                     {}});
@@ -111,7 +111,7 @@ TEST(Collectors, AnInventoryOfAPartHasThatPart) {
 TEST(Collectors, AnInventoryNeedsTheComputerSystem) {
     const TSmallTree tree;
     const TTemporaryDirectory directory;
-    const auto result = RunVorhost(
+    const auto result = RunNoxinfo(
         {{"collect", "--sysroot", tree.GetPath(), "--reachability", "no", "--skip", "computer-system"},
          directory.GetPath(),
          {}});
@@ -124,15 +124,15 @@ TEST(Collectors, AnInventoryNeedsTheComputerSystem) {
 
 TEST(Collectors, AnUnknownNameIsWrongUsageWithTheKnownOnes) {
     for (const std::string option : {"--only", "--skip"}) {
-        const auto result = RunVorhost({{"snapshot", option, "pci,coffee-machine", "-"}, "", {}});
+        const auto result = RunNoxinfo({{"snapshot", option, "pci,coffee-machine", "-"}, "", {}});
         EXPECT_EQ(result.status, 2);
         EXPECT_EQ(result.standardOutput, "");
         EXPECT_THAT(
             result.standardError,
-            StartsWith("vorhost: " + option +
+            StartsWith("noxinfo: " + option +
                        ": 'coffee-machine' is no collector; there are computer-system, operating-system, "));
         EXPECT_THAT(result.standardError, HasSubstr(", process, "));
-        EXPECT_THAT(result.standardError, HasSubstr("\nTry 'vorhost snapshot --help'.\n"));
+        EXPECT_THAT(result.standardError, HasSubstr("\nTry 'noxinfo snapshot --help'.\n"));
     }
 }
 
@@ -141,7 +141,7 @@ TEST(Collectors, ASavedNamespaceLeavesNothingToChoose) {
          {std::vector<std::string>{"--only", "pci"}, {"--skip", "pci"}, {"--with-processes"}}) {
         std::vector<std::string> arguments{"collect", "--namespace", "a.xml"};
         arguments.insert(arguments.end(), option.begin(), option.end());
-        const auto result = RunVorhost({arguments, "", {}});
+        const auto result = RunNoxinfo({arguments, "", {}});
         EXPECT_EQ(result.status, 2);
         EXPECT_THAT(result.standardError, HasSubstr("excludes"));
     }

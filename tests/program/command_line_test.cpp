@@ -46,17 +46,17 @@ const std::vector<std::vector<std::string>> helps{
 std::set<std::string> OptionsOfTheProgram() {
     std::string help;
     for (const auto& arguments : helps) {
-        help += RunVorhost({arguments, "", {}}).standardOutput;
+        help += RunNoxinfo({arguments, "", {}}).standardOutput;
     }
     return LongOptions(help);
 }
 
 // The line about what is wrong; everything else about a refusal is checked on the way.
 std::string RefusalOf(const std::vector<std::string>& arguments, const std::string& help) {
-    const auto result = RunVorhost({arguments, "", {}});
+    const auto result = RunNoxinfo({arguments, "", {}});
     EXPECT_EQ(result.status, 2);
     EXPECT_EQ(result.standardOutput, "");
-    const std::string start = "vorhost: ";
+    const std::string start = "noxinfo: ";
     const std::string end = "\nTry '" + help + "'.\n";
     const std::string& text = result.standardError;
     EXPECT_THAT(text, StartsWith(start));
@@ -68,18 +68,18 @@ std::string RefusalOf(const std::vector<std::string>& arguments, const std::stri
 
 std::string CollectRefusal(std::vector<std::string> arguments) {
     arguments.insert(arguments.begin(), "collect");
-    return RefusalOf(arguments, "vorhost collect --help");
+    return RefusalOf(arguments, "noxinfo collect --help");
 }
 
 TEST(CommandLine, VersionNamesTheProgramAndItsVersion) {
-    const auto result = RunVorhost({{"--version"}, "", {}});
+    const auto result = RunNoxinfo({{"--version"}, "", {}});
     EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.standardOutput, "vorhost " NOXINFO_VERSION "\n");
+    EXPECT_EQ(result.standardOutput, "noxinfo " NOXINFO_VERSION "\n");
     EXPECT_EQ(result.standardError, "");
 }
 
 TEST(CommandLine, HelpListsTheCommands) {
-    const auto result = RunVorhost({{"--help"}, "", {}});
+    const auto result = RunNoxinfo({{"--help"}, "", {}});
     EXPECT_EQ(result.status, 0);
     for (const char* command : {"\n  collect ", "\n  snapshot ", "\n  capture ", "\n  collectors "}) {
         EXPECT_THAT(result.standardOutput, HasSubstr(command));
@@ -87,7 +87,7 @@ TEST(CommandLine, HelpListsTheCommands) {
 }
 
 TEST(CommandLine, HelpOfCollectListsEveryOption) {
-    const auto result = RunVorhost({{"collect", "--help"}, "", {}});
+    const auto result = RunNoxinfo({{"collect", "--help"}, "", {}});
     EXPECT_EQ(result.status, 0);
     for (const char* option :
          {"--namespace", "--sysroot", "--directory", "--kel-id", "--local-time", "--reachability",
@@ -98,7 +98,7 @@ TEST(CommandLine, HelpOfCollectListsEveryOption) {
 
 TEST(CommandLine, HelpFitsAnEightyColumnTerminal) {
     for (const auto& arguments : helps) {
-        std::istringstream help(RunVorhost({arguments, "", {}}).standardOutput);
+        std::istringstream help(RunNoxinfo({arguments, "", {}}).standardOutput);
         for (std::string line; std::getline(help, line);) {
             EXPECT_LE(line.size(), 80U) << line;
             EXPECT_THAT(line, Not(HasSubstr("Excludes")));
@@ -108,30 +108,30 @@ TEST(CommandLine, HelpFitsAnEightyColumnTerminal) {
 
 TEST(CommandLine, HelpIsACommandToo) {
     for (const std::string command : {"collect", "snapshot", "capture", "collectors", "help"}) {
-        const auto byCommand = RunVorhost({{"help", command}, "", {}});
+        const auto byCommand = RunNoxinfo({{"help", command}, "", {}});
         EXPECT_EQ(byCommand.status, 0);
-        EXPECT_EQ(byCommand.standardOutput, RunVorhost({{command, "--help"}, "", {}}).standardOutput);
+        EXPECT_EQ(byCommand.standardOutput, RunNoxinfo({{command, "--help"}, "", {}}).standardOutput);
     }
-    EXPECT_EQ(RunVorhost({{"help"}, "", {}}).standardOutput, RunVorhost({{"--help"}, "", {}}).standardOutput);
+    EXPECT_EQ(RunNoxinfo({{"help"}, "", {}}).standardOutput, RunNoxinfo({{"--help"}, "", {}}).standardOutput);
 }
 
 TEST(CommandLine, VersionIsACommandToo) {
-    const auto result = RunVorhost({{"version"}, "", {}});
+    const auto result = RunNoxinfo({{"version"}, "", {}});
     EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.standardOutput, "vorhost " NOXINFO_VERSION "\n");
+    EXPECT_EQ(result.standardOutput, "noxinfo " NOXINFO_VERSION "\n");
 }
 
 TEST(CommandLine, NoCommandIsWrongUsage) {
-    EXPECT_EQ(RefusalOf({}, "vorhost --help"),
+    EXPECT_EQ(RefusalOf({}, "noxinfo --help"),
               "a command is missing: collect, snapshot, capture or collectors");
 }
 
 TEST(CommandLine, UnknownCommandIsNamedWithTheNearestOne) {
-    EXPECT_EQ(RefusalOf({"colect"}, "vorhost --help"), "unknown command 'colect': did you mean collect?");
-    EXPECT_EQ(RefusalOf({"cap"}, "vorhost --help"), "unknown command 'cap': did you mean capture?");
-    EXPECT_EQ(RefusalOf({"inventory"}, "vorhost --help"), "unknown command 'inventory'");
-    EXPECT_EQ(RefusalOf({""}, "vorhost --help"), "unknown command ''");
-    EXPECT_EQ(RefusalOf({"help", "colect"}, "vorhost --help"),
+    EXPECT_EQ(RefusalOf({"colect"}, "noxinfo --help"), "unknown command 'colect': did you mean collect?");
+    EXPECT_EQ(RefusalOf({"cap"}, "noxinfo --help"), "unknown command 'cap': did you mean capture?");
+    EXPECT_EQ(RefusalOf({"inventory"}, "noxinfo --help"), "unknown command 'inventory'");
+    EXPECT_EQ(RefusalOf({""}, "noxinfo --help"), "unknown command ''");
+    EXPECT_EQ(RefusalOf({"help", "colect"}, "noxinfo --help"),
               "unknown command 'colect': did you mean collect?");
 }
 
@@ -141,15 +141,15 @@ TEST(CommandLine, UnknownOptionIsNamedWithTheNearestOne) {
     EXPECT_EQ(CollectRefusal({"--dir", "x"}), "unknown option --dir: did you mean --directory?");
     EXPECT_EQ(CollectRefusal({"--color"}), "unknown option --color");
     EXPECT_EQ(CollectRefusal({"-x"}), "unknown option -x");
-    EXPECT_EQ(RefusalOf({"--vresion"}, "vorhost --help"),
+    EXPECT_EQ(RefusalOf({"--vresion"}, "noxinfo --help"),
               "unknown option --vresion: did you mean --version?");
 }
 
 TEST(CommandLine, OptionOfAnotherCommandIsNamedWithThatCommand) {
-    EXPECT_EQ(RefusalOf({"snapshot", "--kel-id", "K1", "x.xml"}, "vorhost snapshot --help"),
-              "option --kel-id is not one of vorhost snapshot but of vorhost collect");
-    EXPECT_EQ(RefusalOf({"--kel-id", "K1", "collect"}, "vorhost --help"),
-              "option --kel-id has to follow the command, as in vorhost collect --kel-id");
+    EXPECT_EQ(RefusalOf({"snapshot", "--kel-id", "K1", "x.xml"}, "noxinfo snapshot --help"),
+              "option --kel-id is not one of noxinfo snapshot but of noxinfo collect");
+    EXPECT_EQ(RefusalOf({"--kel-id", "K1", "collect"}, "noxinfo --help"),
+              "option --kel-id has to follow the command, as in noxinfo collect --kel-id");
 }
 
 TEST(CommandLine, UnexpectedArgumentIsNamedWithTheOptionItLooksLike) {
@@ -171,7 +171,7 @@ TEST(CommandLine, EmptyValueIsWrongUsage) {
         EXPECT_EQ(CollectRefusal({option + "="}), expected);
         EXPECT_EQ(CollectRefusal({option}), option + " needs a value: " + value);
     }
-    EXPECT_EQ(RefusalOf({"snapshot", ""}, "vorhost snapshot --help"), "the argument FILE is empty");
+    EXPECT_EQ(RefusalOf({"snapshot", ""}, "noxinfo snapshot --help"), "the argument FILE is empty");
 }
 
 TEST(CommandLine, EmptyElementOfAListIsWrongUsage) {
@@ -215,42 +215,42 @@ TEST(CommandLine, UnusableEntityServiceIsWrongUsageAndKeepsItsPassword) {
 }
 
 TEST(CommandLine, UnknownReachabilityIsWrongUsage) {
-    const auto result = RunVorhost({{"collect", "--reachability", "maybe"}, "", {}});
+    const auto result = RunNoxinfo({{"collect", "--reachability", "maybe"}, "", {}});
     EXPECT_EQ(result.status, 2);
     EXPECT_EQ(
         result.standardError,
-        "vorhost: --reachability: 'maybe' is none of network, yes, no\nTry 'vorhost collect --help'.\n");
+        "noxinfo: --reachability: 'maybe' is none of network, yes, no\nTry 'noxinfo collect --help'.\n");
 }
 
 TEST(CommandLine, LocalTimeMustBeACimDateTime) {
     for (const char* time :
          {"now", "2024-02-29T13:45:00", "20241329134500.000000+060", "00000001000000.000000:000",
           "20240230134500.000000+060", "00000000000000.000000+000", "20240229134500.000000+999"}) {
-        const auto result = RunVorhost({{"collect", "--local-time", time}, "", {}});
+        const auto result = RunNoxinfo({{"collect", "--local-time", time}, "", {}});
         EXPECT_EQ(result.status, 2) << time;
-        EXPECT_THAT(result.standardError, StartsWith("vorhost: --local-time: '" + std::string(time) +
+        EXPECT_THAT(result.standardError, StartsWith("noxinfo: --local-time: '" + std::string(time) +
                                                      "' is no CIM date-time such as "
                                                      "20240229134500.000000+060\n"));
     }
 }
 
 TEST(CommandLine, NamespaceFileAndSysrootExcludeEachOther) {
-    const auto result = RunVorhost({{"collect", "--namespace", "a.xml", "--sysroot", "/b"}, "", {}});
+    const auto result = RunNoxinfo({{"collect", "--namespace", "a.xml", "--sysroot", "/b"}, "", {}});
     EXPECT_EQ(result.status, 2);
     EXPECT_EQ(result.standardError,
-              "vorhost: --namespace excludes --sysroot\nTry 'vorhost collect --help'.\n");
+              "noxinfo: --namespace excludes --sysroot\nTry 'noxinfo collect --help'.\n");
 }
 
 TEST(CommandLine, SnapshotNeedsAFile) {
-    const auto result = RunVorhost({{"snapshot"}, "", {}});
+    const auto result = RunNoxinfo({{"snapshot"}, "", {}});
     EXPECT_EQ(result.status, 2);
-    EXPECT_EQ(result.standardError, "vorhost: FILE is required\nTry 'vorhost snapshot --help'.\n");
+    EXPECT_EQ(result.standardError, "noxinfo: FILE is required\nTry 'noxinfo snapshot --help'.\n");
 }
 
 TEST(CommandLine, ManualPageDescribesEveryOptionAndNoOther) {
     std::set<std::string> described;
     for (const std::string& option :
-         LongOptions(ReadFile(VORHOST_DOCS "/vorhost.1.in"), "Fl -[a-z][a-z-]+")) {
+         LongOptions(ReadFile(NOXINFO_DOCS "/noxinfo.1.in"), "Fl -[a-z][a-z-]+")) {
         described.insert("-" + option.substr(3));
     }
     EXPECT_EQ(described, OptionsOfTheProgram());

@@ -18,19 +18,19 @@
 namespace NVORHOST {
 namespace {
 
-// An interactive bash on a terminal of its own, in which vorhost and sudo print their
+// An interactive bash on a terminal of its own, in which noxinfo and sudo print their
 // arguments.
 class TBash {
   public:
     explicit TBash(const TTemporaryDirectory& directory) {
-        WriteFile(directory / ".completion", RunVorhost({{"completion"}, "", {}}).standardOutput);
+        WriteFile(directory / ".completion", RunNoxinfo({{"completion"}, "", {}}).standardOutput);
         WriteFile(directory / ".bashrc",
                   "PS1='ready> '\n"
                   "source .completion\n"
-                  "complete -o default -F _vorhost sudo\n"
+                  "complete -o default -F _noxinfo sudo\n"
                   "bind 'set bell-style none' 'set enable-bracketed-paste off'\n"
-                  "vorhost() { printf '\\nwords:'; printf ' <%s>' \"$@\"; printf '\\n'; }\n"
-                  "sudo() { vorhost \"$@\"; }\n");
+                  "noxinfo() { printf '\\nwords:'; printf ' <%s>' \"$@\"; printf '\\n'; }\n"
+                  "sudo() { noxinfo \"$@\"; }\n");
         process_ = ::forkpty(&terminal_, nullptr, nullptr, nullptr);
         if (process_ == 0) {
             if (::chdir(directory.GetPath().c_str()) == 0 && ::setenv("TERM", "dumb", 1) == 0) {
@@ -94,58 +94,58 @@ class Completion : public testing::Test {
 };
 
 TEST_F(Completion, CompletesCommands) {
-    EXPECT_EQ(Complete("vorhost colle"), "<collect>");  // as far as collect and collectors agree
-    EXPECT_EQ(Complete("vorhost snap"), "<snapshot>");
-    EXPECT_EQ(Complete("vorhost help capt"), "<help> <capture>");
+    EXPECT_EQ(Complete("noxinfo colle"), "<collect>");  // as far as collect and collectors agree
+    EXPECT_EQ(Complete("noxinfo snap"), "<snapshot>");
+    EXPECT_EQ(Complete("noxinfo help capt"), "<help> <capture>");
 }
 
 TEST_F(Completion, CompletesOptionsOfTheCommandAlone) {
-    EXPECT_EQ(Complete("vorhost collect --dir"), "<collect> <--directory>");
-    EXPECT_EQ(Complete("vorhost snapshot --dir"), "<snapshot> <--dir>");
-    EXPECT_EQ(Complete("vorhost capture --re"), "<capture> <--redact>");
-    EXPECT_EQ(Complete("vorhost --vers"), "<--version>");
+    EXPECT_EQ(Complete("noxinfo collect --dir"), "<collect> <--directory>");
+    EXPECT_EQ(Complete("noxinfo snapshot --dir"), "<snapshot> <--dir>");
+    EXPECT_EQ(Complete("noxinfo capture --re"), "<capture> <--redact>");
+    EXPECT_EQ(Complete("noxinfo --vers"), "<--version>");
 }
 
 TEST_F(Completion, CompletesCollectorsInAnyPlaceOfAList) {
-    EXPECT_EQ(Complete("vorhost collect --only comp"), "<collect> <--only> <computer-system>");
-    EXPECT_EQ(Complete("vorhost collect --only=comp"), "<collect> <--only=computer-system>");
-    EXPECT_EQ(Complete("vorhost collect --skip board,comp"), "<collect> <--skip> <board,computer-system>");
-    EXPECT_EQ(Complete("vorhost collect --skip=board,disk,comp"),
+    EXPECT_EQ(Complete("noxinfo collect --only comp"), "<collect> <--only> <computer-system>");
+    EXPECT_EQ(Complete("noxinfo collect --only=comp"), "<collect> <--only=computer-system>");
+    EXPECT_EQ(Complete("noxinfo collect --skip board,comp"), "<collect> <--skip> <board,computer-system>");
+    EXPECT_EQ(Complete("noxinfo collect --skip=board,disk,comp"),
               "<collect> <--skip=board,disk,computer-system>");
 }
 
 TEST_F(Completion, TakesNoFolderForACollector) {
     std::filesystem::create_directory(directory_ / "computer-system");
-    EXPECT_EQ(Complete("vorhost collect --only comp"), "<collect> <--only> <computer-system>");
+    EXPECT_EQ(Complete("noxinfo collect --only comp"), "<collect> <--only> <computer-system>");
 }
 
 TEST_F(Completion, CompletesChoices) {
-    EXPECT_EQ(Complete("vorhost collect --reachability net"), "<collect> <--reachability> <network>");
-    EXPECT_EQ(Complete("vorhost collect --reachability=ye"), "<collect> <--reachability=yes>");
+    EXPECT_EQ(Complete("noxinfo collect --reachability net"), "<collect> <--reachability> <network>");
+    EXPECT_EQ(Complete("noxinfo collect --reachability=ye"), "<collect> <--reachability=yes>");
 }
 
 TEST_F(Completion, CompletesNamesWithBlanks) {
     WriteFile(directory_ / "my saved machine.xml", "");
     std::filesystem::create_directory(directory_ / "other place");
-    EXPECT_EQ(Complete("vorhost collect --namespace my"), "<collect> <--namespace> <my saved machine.xml>");
-    EXPECT_EQ(Complete("vorhost collect --namespace=my"), "<collect> <--namespace=my saved machine.xml>");
-    EXPECT_EQ(Complete("vorhost snapshot my"), "<snapshot> <my saved machine.xml>");
-    EXPECT_EQ(Complete("vorhost collect --directory oth"), "<collect> <--directory> <other place/>");
-    EXPECT_EQ(Complete("vorhost collect --directory my"), "<collect> <--directory> <my>");
-    EXPECT_EQ(Complete("vorhost collect --directory other\\ place --kel"),
+    EXPECT_EQ(Complete("noxinfo collect --namespace my"), "<collect> <--namespace> <my saved machine.xml>");
+    EXPECT_EQ(Complete("noxinfo collect --namespace=my"), "<collect> <--namespace=my saved machine.xml>");
+    EXPECT_EQ(Complete("noxinfo snapshot my"), "<snapshot> <my saved machine.xml>");
+    EXPECT_EQ(Complete("noxinfo collect --directory oth"), "<collect> <--directory> <other place/>");
+    EXPECT_EQ(Complete("noxinfo collect --directory my"), "<collect> <--directory> <my>");
+    EXPECT_EQ(Complete("noxinfo collect --directory other\\ place --kel"),
               "<collect> <--directory> <other place> <--kel-id>");
 }
 
 TEST_F(Completion, WorksWhereTheProgramFollowsSudo) {
-    EXPECT_EQ(Complete("sudo vorhost snap"), "<vorhost> <snapshot>");
-    EXPECT_EQ(Complete("sudo -u root vorhost collect --only=comp"),
-              "<-u> <root> <vorhost> <collect> <--only=computer-system>");
-    EXPECT_EQ(Complete("sudo /opt/bin/vorhost collect --dir"), "</opt/bin/vorhost> <collect> <--directory>");
+    EXPECT_EQ(Complete("sudo noxinfo snap"), "<noxinfo> <snapshot>");
+    EXPECT_EQ(Complete("sudo -u root noxinfo collect --only=comp"),
+              "<-u> <root> <noxinfo> <collect> <--only=computer-system>");
+    EXPECT_EQ(Complete("sudo /opt/bin/noxinfo collect --dir"), "</opt/bin/noxinfo> <collect> <--directory>");
 }
 
 TEST_F(Completion, LeavesValuesOfAnotherKindAlone) {
     WriteFile(directory_ / "K0000001", "");
-    EXPECT_EQ(Complete("vorhost collect --kel-id K0"), "<collect> <--kel-id> <K0>");
+    EXPECT_EQ(Complete("noxinfo collect --kel-id K0"), "<collect> <--kel-id> <K0>");
 }
 
 }  // namespace

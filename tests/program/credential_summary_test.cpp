@@ -20,9 +20,9 @@ std::string Response(const std::string& status, const std::string& body) {
 // The summary's line about it.
 std::string CredentialOf(std::vector<std::string> more) {
     const TTemporaryDirectory directory;
-    std::vector<std::string> arguments{"collect", "--namespace", VORHOST_TEST_DATA "/small-server.xml"};
+    std::vector<std::string> arguments{"collect", "--namespace", NOXINFO_TEST_DATA "/small-server.xml"};
     arguments.insert(arguments.end(), more.begin(), more.end());
-    const auto result = RunVorhost({arguments, directory.GetPath(), {{"no_proxy", "127.0.0.1"}}});
+    const auto result = RunNoxinfo({arguments, directory.GetPath(), {{"no_proxy", "127.0.0.1"}}});
     EXPECT_EQ(result.status, 0) << result.standardError;
     const auto start = result.standardOutput.find("Credential  ");
     return start == std::string::npos

@@ -23,7 +23,7 @@
 namespace NVORHOST {
 namespace {
 
-const std::string smallServer = VORHOST_TEST_DATA "/small-server.xml";
+const std::string smallServer = NOXINFO_TEST_DATA "/small-server.xml";
 constexpr const char* writtenNames[] = {"hardwareinventory.xml.gz", "systeminformation.xml.gz", "result.xml",
                                         "s.xml", "m.tar.xz"};
 
@@ -56,7 +56,7 @@ class TAttacker {
         bool isWaiting = true;
         while (!isDone_) {
             const std::string created = ReadEvent();
-            if (created.starts_with(".vorhost-")) {
+            if (created.starts_with(".noxinfo-")) {
                 victim = created;
                 isWaiting = true;
             }
@@ -119,7 +119,7 @@ TEST_P(TExchangedDirectory, LetsNoFileElsewhereBeWritten) {
         MakeTrap(directory, elsewhere / "victim");
         {
             const TAttacker attacker(directory, static_cast<EAttack>(round % 3));
-            const auto result = RunVorhost({GetParam().arguments, directory.GetPath(), {}});
+            const auto result = RunNoxinfo({GetParam().arguments, directory.GetPath(), {}});
             EXPECT_LE(result.status, 1) << result.standardError;
             exchanges += attacker.CountExchanges();
         }

@@ -1,4 +1,4 @@
-// `vorhost collect --isolate`: another process, and otherwise no difference.
+// `noxinfo collect --isolate`: another process, and otherwise no difference.
 
 #include "program_run.h"
 #include "temporary_directory.h"
@@ -17,7 +17,7 @@ namespace {
 using ::testing::HasSubstr;
 using TNames = std::vector<std::string>;
 
-const std::string smallServer = VORHOST_TEST_DATA "/small-server.xml";
+const std::string smallServer = NOXINFO_TEST_DATA "/small-server.xml";
 
 std::vector<std::string> CollectArguments(std::vector<std::string> more) {
     std::vector<std::string> arguments{
@@ -42,7 +42,7 @@ TOutcome Collect(std::vector<std::string> more, bool isolates) {
     if (isolates) {
         more.emplace_back("--isolate");
     }
-    TOutcome outcome{RunVorhost({CollectArguments(std::move(more)), directory.GetPath(), {}}), {}};
+    TOutcome outcome{RunNoxinfo({CollectArguments(std::move(more)), directory.GetPath(), {}}), {}};
     for (const std::string& name : directory.GetNames()) {
         outcome.files.emplace_back(name, ReadFile(directory / name));
     }
@@ -78,11 +78,11 @@ TEST(Isolation, ChangesNothingOfAFailedRun) {
     WriteFile(machine / "empty.xml",
               "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><DECLARATION><DECLGROUP/></DECLARATION></CIM>");
     const auto result =
-        RunVorhost({{"collect", "--namespace", machine / "empty.xml", "--isolate"}, machine.GetPath(), {}});
+        RunNoxinfo({{"collect", "--namespace", machine / "empty.xml", "--isolate"}, machine.GetPath(), {}});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.standardError,
               "0 NOXINFO: Can not get machine type from CIM result\n"
-              "vorhost: the plug-in made no result: NOXINFO: Can not get machine type from CIM result; " +
+              "noxinfo: the plug-in made no result: NOXINFO: Can not get machine type from CIM result; " +
                   (machine / "empty.xml") + " holds no computer system, whose type is needed\n");
     EXPECT_EQ(machine.GetNames(), TNames{"empty.xml"});
 }
@@ -90,10 +90,10 @@ TEST(Isolation, ChangesNothingOfAFailedRun) {
 TEST(Isolation, HandsOverAFailureWithControlBytes) {
     const TTemporaryDirectory directory;
     const auto result =
-        RunVorhost({CollectArguments({"--plugin", "./a\x01.so", "--isolate"}), directory.GetPath(), {}});
+        RunNoxinfo({CollectArguments({"--plugin", "./a\x01.so", "--isolate"}), directory.GetPath(), {}});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.standardError,
-              "vorhost: ./a\\x01.so: cannot open shared object file: No such file or directory\n");
+              "noxinfo: ./a\\x01.so: cannot open shared object file: No such file or directory\n");
 }
 
 TEST(Isolation, TimesTheSameSteps) {
@@ -125,7 +125,7 @@ class TWaitingPlugin : public testing::Test {
 
     TTemporaryDirectory directory_;
     TRunningProgram program_{
-        VORHOST_PROGRAM,
+        NOXINFO_PROGRAM,
         {{"collect", "--namespace", smallServer, "--plugin", MISBEHAVING_PLUGIN, "--isolate"},
          directory_.GetPath(),
          {{"MISBEHAVIOUR", "GetData: waits"}}}};
@@ -154,7 +154,7 @@ TEST_F(TWaitingPlugin, EndsWithTheRunThatIsKilled) {
     EXPECT_TRUE(program_.Wait().isKilled);
     EXPECT_TRUE(WaitUntil([&] { return HasPluginEnded(); }));
     // Whose lock on the directory ended with it.
-    EXPECT_EQ(RunVorhost({CollectArguments({}), directory_.GetPath(), {}}).status, 0);
+    EXPECT_EQ(RunNoxinfo({CollectArguments({}), directory_.GetPath(), {}}).status, 0);
     EXPECT_EQ(directory_.GetNames(), TNames{"hardwareinventory.xml.gz"});
 }
 
@@ -162,7 +162,7 @@ TEST_F(TWaitingPlugin, ThatIsKilledIsReported) {
     ::kill(std::stoi(plugin_), SIGKILL);
     const auto result = program_.Wait();
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.standardError, "vorhost: plug-in " MISBEHAVING_PLUGIN " died of signal 9 (Killed)\n");
+    EXPECT_EQ(result.standardError, "noxinfo: plug-in " MISBEHAVING_PLUGIN " died of signal 9 (Killed)\n");
     EXPECT_TRUE(directory_.IsEmpty());
 }
 

@@ -22,7 +22,7 @@ namespace {
 
 using TNames = std::vector<std::string>;
 
-const std::string smallServer = VORHOST_TEST_DATA "/small-server.xml";
+const std::string smallServer = NOXINFO_TEST_DATA "/small-server.xml";
 const TNames inventory{"hardwareinventory.xml.gz", "systeminformation.xml.gz"};
 
 /// The second of a run's time is its number, which both documents carry.
@@ -49,7 +49,7 @@ TEST(ParallelRuns, LeaveTheDocumentsOfOneRun) {
     for (int round = 0; round < Rounds(4); ++round) {
         std::deque<TRunningProgram> runs;
         for (int number = 0; number < runsAtATime; ++number) {
-            runs.emplace_back(VORHOST_PROGRAM,
+            runs.emplace_back(NOXINFO_PROGRAM,
                               TProgramRun{CollectArguments(number), directory.GetPath(), {}});
         }
         for (TRunningProgram& run : runs) {
@@ -64,15 +64,15 @@ TEST(ParallelRuns, LeaveTheDocumentsOfOneRun) {
 // The next run writes none of the documents: it only tidies up.
 TEST(KilledRuns, LeaveAPairToTheNextRun) {
     const TTemporaryDirectory directory;
-    ASSERT_EQ(RunVorhost({CollectArguments(0), directory.GetPath(), {}}).status, 0);
+    ASSERT_EQ(RunNoxinfo({CollectArguments(0), directory.GetPath(), {}}).status, 0);
     std::mt19937 random(1);
     int kills = 0;
     for (int round = 1; round <= Rounds(20); ++round) {
-        TRunningProgram run(VORHOST_PROGRAM, {CollectArguments(round), directory.GetPath(), {}});
+        TRunningProgram run(NOXINFO_PROGRAM, {CollectArguments(round), directory.GetPath(), {}});
         ::usleep(static_cast<useconds_t>(random() % 25'000));
         run.Send(SIGKILL);
         kills += run.Wait().isKilled ? 1 : 0;
-        const auto next = RunVorhost(
+        const auto next = RunNoxinfo(
             {{"snapshot", "s.xml", "--no-sync", "--namespace", smallServer}, directory.GetPath(), {}});
         EXPECT_EQ(next.status, 0) << next.standardError;
         ExpectPair(directory);
@@ -102,7 +102,7 @@ TEST(SeveralHosts, NeverRemoveEachOthersFiles) {
         hosts.emplace_back(
             "unshare", TProgramRun{{"--user", "--map-root-user", "--uts", "--pid", "--fork", "--mount-proc",
                                     "sh", "-c", runsOfAHost, "sh", name, std::to_string(Rounds(5)),
-                                    NOXINFO_IO_FAULTS, VORHOST_PROGRAM, smallServer},
+                                    NOXINFO_IO_FAULTS, NOXINFO_PROGRAM, smallServer},
                                    directory.GetPath(),
                                    {}});
     }
@@ -127,7 +127,7 @@ LD_PRELOAD=$2 NOXINFO_FAULT=lock:1+:DONE NOXINFO_FAULT_PATHS=$PWD exec "$3" coll
 TProgramRun RunOnHost(const std::string& host, const TTemporaryDirectory& directory,
                       const std::string& result) {
     return {{"--user", "--map-root-user", "--uts", "--pid", "--fork", "--mount-proc", "sh", "-c", runOfAHost,
-             "sh", host, NOXINFO_IO_FAULTS, VORHOST_PROGRAM, smallServer, result},
+             "sh", host, NOXINFO_IO_FAULTS, NOXINFO_PROGRAM, smallServer, result},
             directory.GetPath(),
             {}};
 }

@@ -20,13 +20,13 @@ namespace {
 
 using TNames = std::vector<std::string>;
 
-const std::string smallServer = VORHOST_TEST_DATA "/small-server.xml";
+const std::string smallServer = NOXINFO_TEST_DATA "/small-server.xml";
 
 class TLeftOverDirectory : public testing::Test {
   protected:
     bool IsRemovedByTheNextRun(const std::string& name) const {
         const auto result =
-            RunVorhost({{"snapshot", "s.xml", "--namespace", smallServer}, directory_.GetPath(), {}});
+            RunNoxinfo({{"snapshot", "s.xml", "--namespace", smallServer}, directory_.GetPath(), {}});
         EXPECT_EQ(result.status, 0) << result.standardError;
         return !std::filesystem::exists(directory_ / name);
     }
@@ -63,13 +63,13 @@ TEST_F(TLeftOverDirectory, IsRemovedWhenItsProcessWasKilledBeforeAnythingWasInIt
 
 TEST_F(TLeftOverDirectory, IsRemovedWhenAnotherProcessHasItsNumber) {
     EXPECT_TRUE(
-        IsRemovedWhenNamed(".vorhost-" + ThisHost() + "-" + std::to_string(::getpid()) + "-1-aB3dE6"));
+        IsRemovedWhenNamed(".noxinfo-" + ThisHost() + "-" + std::to_string(::getpid()) + "-1-aB3dE6"));
 }
 
 TEST_F(TLeftOverDirectory, StaysWhenItsProcessIsAlive) {
     // A start time of 0 means unknown; no process has it.
     EXPECT_FALSE(
-        IsRemovedWhenNamed(".vorhost-" + ThisHost() + "-" + std::to_string(::getpid()) + "-0-aB3dE6"));
+        IsRemovedWhenNamed(".noxinfo-" + ThisHost() + "-" + std::to_string(::getpid()) + "-0-aB3dE6"));
 }
 
 TEST_F(TLeftOverDirectory, StaysWhenItIsLocked) {
@@ -83,17 +83,17 @@ TEST_F(TLeftOverDirectory, StaysWhenItIsLocked) {
 }
 
 TEST_F(TLeftOverDirectory, StaysWhenItBelongsToAnotherHost) {
-    EXPECT_FALSE(IsRemovedWhenNamed(".vorhost-x" + ThisHost() + "-" + EndedProcess() + "-1-aB3dE6"));
+    EXPECT_FALSE(IsRemovedWhenNamed(".noxinfo-x" + ThisHost() + "-" + EndedProcess() + "-1-aB3dE6"));
 }
 
 TEST_F(TLeftOverDirectory, StaysWhenItsNameHasAnotherForm) {
-    const std::string host = ".vorhost-" + ThisHost();
+    const std::string host = ".noxinfo-" + ThisHost();
     const std::string process = "-" + EndedProcess();
     for (const std::string& name :
-         {std::string(".vorhost-dead01"), host, host + process, host + process + "-1", host + "--1-aB3dE6",
+         {std::string(".noxinfo-dead01"), host, host + process, host + process + "-1", host + "--1-aB3dE6",
           host + process + "--aB3dE6", host + process + "-1-aB3dE", host + process + "-1-aB3dE67",
           host + process + "-1-aB3d_6", host + process + "x-1-aB3dE6", host + "-0-1-aB3dE6",
-          host + "--5-1-aB3dE6", host + process + "-1-aB3dE6-old", std::string(".vorhost-backup")}) {
+          host + "--5-1-aB3dE6", host + process + "-1-aB3dE6-old", std::string(".noxinfo-backup")}) {
         EXPECT_FALSE(IsRemovedWhenNamed(name)) << name;
     }
 }
@@ -145,7 +145,7 @@ TEST_F(TLeftOverDirectory, StaysWhenAFileSystemIsMountedInIt) {
         const auto result = RunProgram(
             "unshare", {{"--user", "--map-root-user", "--mount", "sh", "-c",
                          mount + " " + name +
-                             "/inner && exec " VORHOST_PROGRAM " snapshot s.xml --namespace " + smallServer},
+                             "/inner && exec " NOXINFO_PROGRAM " snapshot s.xml --namespace " + smallServer},
                         directory_.GetPath(),
                         {}});
         if (result.status != 0) {

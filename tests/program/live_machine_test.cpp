@@ -21,7 +21,7 @@ using ::testing::StartsWith;
 TEST(LiveMachine, HasAnInventoryWithServerOperatingSystemAndProcessor) {
     const TTemporaryDirectory directory;
     const auto result =
-        RunVorhost({{"collect", "--reachability", "no", "--kel-id", "K1"}, directory.GetPath(), {}});
+        RunNoxinfo({{"collect", "--reachability", "no", "--kel-id", "K1"}, directory.GetPath(), {}});
     ASSERT_EQ(result.status, 0) << result.standardError;
     EXPECT_THAT(result.standardOutput, HasSubstr("Source      this machine\n"));
     const std::string document = ReadCompressedFile(directory / "hardwareinventory.xml.gz");
@@ -41,7 +41,7 @@ TEST(LiveMachine, CollectingTwiceAtOneTimeNamesTheSameResources) {
     const TTemporaryDirectory first;
     const TTemporaryDirectory second;
     const auto identifiers = [](const TTemporaryDirectory& directory) {
-        const auto result = RunVorhost({{"collect", "--reachability", "no"}, directory.GetPath(), {}});
+        const auto result = RunNoxinfo({{"collect", "--reachability", "no"}, directory.GetPath(), {}});
         EXPECT_EQ(result.status, 0) << result.standardError;
         std::istringstream document(ReadCompressedFile(directory / "hardwareinventory.xml.gz"));
         std::string starts;
@@ -78,14 +78,14 @@ TEST(LiveMachine, WithoutProcEndsInOneLine) {
         const TTemporaryDirectory directory;
         WriteFile(directory / "hardwareinventory.xml.gz", "earlier");
         const auto result =
-            RunWithoutProc(std::string("exec " VORHOST_PROGRAM " ") + arguments, directory.GetPath());
+            RunWithoutProc(std::string("exec " NOXINFO_PROGRAM " ") + arguments, directory.GetPath());
         if (!result) {
             GTEST_SKIP() << "this user may not mount anything over /proc";
         }
         EXPECT_EQ(result->status, 1);
         EXPECT_EQ(result->standardOutput, "");
         EXPECT_EQ(result->standardError,
-                  "vorhost: cannot run where /proc is missing: mount the process file system there\n");
+                  "noxinfo: cannot run where /proc is missing: mount the process file system there\n");
         EXPECT_EQ(ReadFile(directory / "hardwareinventory.xml.gz"), "earlier");
     }
 }

@@ -20,7 +20,7 @@ namespace {
 using ::testing::EndsWith;
 using TNames = std::vector<std::string>;
 
-const std::string smallServer = VORHOST_TEST_DATA "/small-server.xml";
+const std::string smallServer = NOXINFO_TEST_DATA "/small-server.xml";
 const TNames inventory{"hardwareinventory.xml.gz", "systeminformation.xml.gz"};
 
 TProgramRun Collecting(const TTemporaryDirectory& directory, std::vector<std::string> more = {}) {
@@ -34,16 +34,16 @@ TProgramRun Collecting(const TTemporaryDirectory& directory, std::vector<std::st
 void ExpectWholeInventory(const TTemporaryDirectory& directory) {
     EXPECT_EQ(directory.GetNames(), inventory);
     EXPECT_EQ(ReadCompressedFile(directory / inventory[0]),
-              ReadFile(VORHOST_TEST_DATA "/small-server.hardware.xml"));
+              ReadFile(NOXINFO_TEST_DATA "/small-server.hardware.xml"));
     EXPECT_EQ(ReadCompressedFile(directory / inventory[1]),
-              ReadFile(VORHOST_TEST_DATA "/small-server.system.xml"));
+              ReadFile(NOXINFO_TEST_DATA "/small-server.system.xml"));
 }
 
 // A run with its documents finished that cannot get rid of its result.
 class TStuckRun {
   public:
     explicit TStuckRun(const TTemporaryDirectory& directory)
-        : program_(VORHOST_PROGRAM, Collecting(directory, {"--result", MakePipe()})) {
+        : program_(NOXINFO_PROGRAM, Collecting(directory, {"--result", MakePipe()})) {
         isStuck_ = WaitUntil([&] { return HasUnfinished(directory.GetPath(), inventory[0]); });
     }
 
@@ -67,7 +67,7 @@ TEST(NeighbouringRuns, BothSucceedWhenOneBeginsAndEndsWithinTheOther) {
     const TTemporaryDirectory directory;
     TStuckRun outer(directory);
     ASSERT_TRUE(outer.IsStuck());
-    EXPECT_EQ(RunVorhost(Collecting(directory)).status, 0);
+    EXPECT_EQ(RunNoxinfo(Collecting(directory)).status, 0);
     EXPECT_THAT(outer.TakeResult(), EndsWith("</CIM>\n"));
     EXPECT_EQ(outer.GetProgram().Wait().status, 0);
     ExpectWholeInventory(directory);
@@ -78,7 +78,7 @@ TEST(NeighbouringRuns, AllSucceedWhenTheyAreStartedAtATime) {
     for (int round = 0; round < 5; ++round) {
         std::deque<TRunningProgram> runs;
         for (int number = 0; number < 6; ++number) {
-            runs.emplace_back(VORHOST_PROGRAM, Collecting(directory));
+            runs.emplace_back(NOXINFO_PROGRAM, Collecting(directory));
         }
         for (TRunningProgram& run : runs) {
             const auto result = run.Wait();
@@ -99,7 +99,7 @@ TEST(NeighbouringRuns, ARunThatIsKilledLeavesTheEarlierInventoryAndTheNextOneTid
     }
     EXPECT_EQ(ReadFile(directory / inventory[0]), "earlier");
     EXPECT_TRUE(HasUnfinished(directory.GetPath(), inventory[0]));
-    EXPECT_EQ(RunVorhost(Collecting(directory)).status, 0);
+    EXPECT_EQ(RunNoxinfo(Collecting(directory)).status, 0);
     ExpectWholeInventory(directory);
 }
 
@@ -108,12 +108,12 @@ TEST(NeighbouringRuns, ARunKilledWithinThePluginLeavesTheEarlierInventoryAndTheN
     WriteFile(directory / inventory[0], "earlier");
     TProgramRun run = Collecting(directory, {"--plugin", MISBEHAVING_PLUGIN});
     run.environment["MISBEHAVIOUR"] = "GetData: waits";
-    TRunningProgram program = StartVorhost(run);
+    TRunningProgram program = StartNoxinfo(run);
     ASSERT_TRUE(WaitUntil([&] { return HasUnfinished(directory.GetPath(), inventory[0]); }));
     program.Send(SIGKILL);
     EXPECT_TRUE(program.Wait().isKilled);
     EXPECT_EQ(ReadFile(directory / inventory[0]), "earlier");
-    EXPECT_EQ(RunVorhost(Collecting(directory)).status, 0);
+    EXPECT_EQ(RunNoxinfo(Collecting(directory)).status, 0);
     ExpectWholeInventory(directory);
 }
 

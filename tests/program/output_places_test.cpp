@@ -20,9 +20,9 @@ using ::testing::HasSubstr;
 using ::testing::StartsWith;
 using TNames = std::vector<std::string>;
 
-const std::string smallServer = VORHOST_TEST_DATA "/small-server.xml";
-const std::string snapshot = VORHOST_PROGRAM " snapshot --namespace " + smallServer + " ";
-const std::string collect = VORHOST_PROGRAM " collect --reachability no --namespace " + smallServer + " ";
+const std::string smallServer = NOXINFO_TEST_DATA "/small-server.xml";
+const std::string snapshot = NOXINFO_PROGRAM " snapshot --namespace " + smallServer + " ";
+const std::string collect = NOXINFO_PROGRAM " collect --reachability no --namespace " + smallServer + " ";
 
 TProgramResult RunShell(const std::string& command, const std::string& directory) {
     return RunProgram("sh", {{"-c", command}, directory, {}});
@@ -53,24 +53,24 @@ TEST(OutputPlaces, AFileThatIsADescriptorIsContinuedNotReplaced) {
 TEST(OutputPlaces, ADescriptorThatIsNotOpenForWritingIsAnError) {
     const TTemporaryDirectory directory;
     const auto closed = RunShell(snapshot + "/dev/fd/9", directory.GetPath());
-    EXPECT_EQ(closed.standardError, "vorhost: cannot write /dev/fd/9: Bad file descriptor\n");
+    EXPECT_EQ(closed.standardError, "noxinfo: cannot write /dev/fd/9: Bad file descriptor\n");
     const auto reading = RunShell(snapshot + "/dev/fd/9 9</dev/null", directory.GetPath());
-    EXPECT_EQ(reading.standardError, "vorhost: cannot write /dev/fd/9: Bad file descriptor\n");
+    EXPECT_EQ(reading.standardError, "noxinfo: cannot write /dev/fd/9: Bad file descriptor\n");
 }
 
 TEST(OutputPlaces, ACaptureToStandardOutputIsTheArchiveAlone) {
     const TTemporaryDirectory directory;
     fs::create_directories(directory / "tree/proc");
-    const auto result = RunShell(VORHOST_PROGRAM " capture --sysroot tree /dev/stdout | xz -dc | tar -t",
+    const auto result = RunShell(NOXINFO_PROGRAM " capture --sysroot tree /dev/stdout | xz -dc | tar -t",
                                  directory.GetPath());
     EXPECT_EQ(result.standardError, "");
-    EXPECT_THAT(result.standardOutput, HasSubstr("vorhost-system.txt"));
+    EXPECT_THAT(result.standardOutput, HasSubstr("noxinfo-system.txt"));
 }
 
 TEST(OutputPlaces, ADashIsStandardInputForANamespace) {
     const TTemporaryDirectory directory;
     const auto result =
-        RunShell("cat " + smallServer + " | " VORHOST_PROGRAM " collect --reachability no --namespace -",
+        RunShell("cat " + smallServer + " | " NOXINFO_PROGRAM " collect --reachability no --namespace -",
                  directory.GetPath());
     EXPECT_EQ(result.status, 0) << result.standardError;
     EXPECT_THAT(result.standardOutput, HasSubstr("\nSource      standard input\n"));
@@ -121,9 +121,9 @@ TEST(OutputPlaces, ALinkOfAnotherUserIsRefused) {
     fs::create_symlink("victim", directory / "link");
     ASSERT_EQ(::lchown((directory / "link").c_str(), 65534, 65534), 0);
     EXPECT_EQ(RunShell(snapshot + "link", directory.GetPath()).standardError,
-              "vorhost: cannot write link: it is a symbolic link of another user\n");
+              "noxinfo: cannot write link: it is a symbolic link of another user\n");
     EXPECT_EQ(RunShell(snapshot + "s.xml --log-file link", directory.GetPath()).standardError,
-              "vorhost: cannot append to log file link: it is a symbolic link of another user\n");
+              "noxinfo: cannot append to log file link: it is a symbolic link of another user\n");
     EXPECT_EQ(ReadFile(directory / "victim"), "precious");
 }
 
@@ -131,11 +131,11 @@ TEST(OutputPlaces, ALinkToItselfAndADirectoryAreErrors) {
     const TTemporaryDirectory directory;
     fs::create_symlink("loop", directory / "loop");
     EXPECT_EQ(RunShell(snapshot + "loop", directory.GetPath()).standardError,
-              "vorhost: cannot write loop: Too many levels of symbolic links\n");
+              "noxinfo: cannot write loop: Too many levels of symbolic links\n");
     EXPECT_EQ(RunShell(snapshot + ".", directory.GetPath()).standardError,
-              "vorhost: cannot write .: Is a directory\n");
+              "noxinfo: cannot write .: Is a directory\n");
     EXPECT_EQ(RunShell(snapshot + "./", directory.GetPath()).standardError,
-              "vorhost: cannot write ./: Is a directory\n");
+              "noxinfo: cannot write ./: Is a directory\n");
 }
 
 struct TCase {
@@ -160,7 +160,7 @@ TEST_P(TSameFile, IsRefusedBeforeAnythingRuns) {
     const TNames before = directory.GetNames();
     const auto result = RunShell(GetParam().command, directory.GetPath());
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.standardError, std::string("vorhost: ") + GetParam().failure + " are the same file\n");
+    EXPECT_EQ(result.standardError, std::string("noxinfo: ") + GetParam().failure + " are the same file\n");
     EXPECT_EQ(ReadFile(directory / "file"), "earlier");
     EXPECT_EQ(directory.GetNames(), before);
 }
@@ -181,7 +181,7 @@ const std::vector<TCase> sameFiles = {
     {"LogAndDocument", collect + "--log-file here/hardwareinventory.xml.gz",
      "the document hardwareinventory.xml.gz and the log file here/hardwareinventory.xml.gz"},
     {"SnapshotAndLog", snapshot + "new --log-file here/new", "the log file here/new and the output file new"},
-    {"CaptureAndLog", VORHOST_PROGRAM " capture soft --log-file hard",
+    {"CaptureAndLog", NOXINFO_PROGRAM " capture soft --log-file hard",
      "the log file hard and the output file soft"},
     {"ResultAndLogByADescriptor", collect + "--result /dev/fd/5 --log-file file 5>>file",
      "the log file file and the result file /dev/fd/5"},
@@ -214,7 +214,7 @@ TEST(DeletedWorkingDirectory, CannotReceiveFiles) {
     const TTemporaryDirectory directory;
     const auto result = RunShell("mkdir gone && cd gone && rmdir ../gone && " + collect, directory.GetPath());
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.standardError, "vorhost: cannot write to .: No such file or directory\n");
+    EXPECT_EQ(result.standardError, "noxinfo: cannot write to .: No such file or directory\n");
 }
 
 // Root may search every directory, so that root's run has to become another user's.
@@ -233,7 +233,7 @@ TEST(UnsearchableWorkingDirectory, IsNoObstacleForAbsolutePaths) {
     const std::string target = directory / "target";
     const auto result = RunProgram(
         "setpriv",
-        {{"--reuid=65534", "--regid=65534", "--clear-groups", VORHOST_PROGRAM, "collect", "--namespace",
+        {{"--reuid=65534", "--regid=65534", "--clear-groups", NOXINFO_PROGRAM, "collect", "--namespace",
           target + "/ns.xml", "--reachability", "no", "--directory", target, "--result", target + "/r.xml"},
          directory / "closed",
          {}});

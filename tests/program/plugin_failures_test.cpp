@@ -18,7 +18,7 @@ namespace {
 using ::testing::EndsWith;
 using TNames = std::vector<std::string>;
 
-const std::string smallServer = VORHOST_TEST_DATA "/small-server.xml";
+const std::string smallServer = NOXINFO_TEST_DATA "/small-server.xml";
 constexpr char earlier[] = "an earlier inventory";
 
 struct TCase {
@@ -42,12 +42,12 @@ TProgramResult Collect(const TCase& tested, const TTemporaryDirectory& directory
     }
     // A sanitizer's own report of a crash would take the place of the crash.
     run.environment["ASAN_OPTIONS"] = "detect_odr_violation=0:handle_segv=0:handle_abort=0";
-    return RunVorhost(run);
+    return RunNoxinfo(run);
 }
 
 std::string Failure(const TCase& tested) {
     std::string text = tested.failure;
-    return "vorhost: " + text.replace(text.find("PLUGIN"), 6, tested.pluginFile) + "\n";
+    return "noxinfo: " + text.replace(text.find("PLUGIN"), 6, tested.pluginFile) + "\n";
 }
 
 void ExpectNothingButTheEarlierInventory(const TTemporaryDirectory& directory) {
@@ -156,7 +156,7 @@ TEST_P(TPluginThatEndsTheProgram, EndsAFailedRunThatLeavesTheEarlierInventory) {
     EXPECT_EQ(result.status, 1);
     EXPECT_FALSE(result.isKilled);
     EXPECT_EQ(result.standardOutput, "");
-    EXPECT_EQ(result.standardError, "vorhost: the plug-in ended the program before the run was done\n");
+    EXPECT_EQ(result.standardError, "noxinfo: the plug-in ended the program before the run was done\n");
     ExpectNothingButTheEarlierInventory(directory);
 }
 
@@ -168,13 +168,13 @@ INSTANTIATE_TEST_SUITE_P(Each, TPluginThatEndsTheProgram,
 TEST(DeadlyPlugin, IsReportedWhereTheEndsOfProcessesAreIgnored) {
     const TTemporaryDirectory directory;
     const auto result =
-        RunProgram("sh", {{"-c", "trap '' CHLD; exec " VORHOST_PROGRAM " collect --isolate --namespace " +
+        RunProgram("sh", {{"-c", "trap '' CHLD; exec " NOXINFO_PROGRAM " collect --isolate --namespace " +
                                      smallServer + " --plugin " MISBEHAVING_PLUGIN},
                           directory.GetPath(),
                           {{"MISBEHAVIOUR", "GetData: exits"}}});
     EXPECT_EQ(result.status, 1);
     EXPECT_THAT(result.standardError,
-                EndsWith("vorhost: plug-in " MISBEHAVING_PLUGIN " ended its process with exit status 3\n"));
+                EndsWith("noxinfo: plug-in " MISBEHAVING_PLUGIN " ended its process with exit status 3\n"));
 }
 
 TEST(APluginWithoutResult, IsNoUseEither) {
@@ -183,7 +183,7 @@ TEST(APluginWithoutResult, IsNoUseEither) {
         const auto result = Collect(Misbehaving("", "GetData: prints", ""), directory, isolates);
         EXPECT_EQ(result.status, 1);
         EXPECT_EQ(result.standardOutput, "printed\n");
-        EXPECT_EQ(result.standardError, "vorhost: the plug-in made no result\n");
+        EXPECT_EQ(result.standardError, "noxinfo: the plug-in made no result\n");
         ExpectNothingButTheEarlierInventory(directory);
     }
 }

@@ -50,7 +50,7 @@ std::vector<char*> Pointers(std::vector<std::string>& texts) {
 // Output goes to files, so that a program that prints much cannot block on a pipe nobody reads.
 class TRunningProgram::TCapture {
   public:
-    TCapture() : path_((std::filesystem::temp_directory_path() / "vorhost-test-XXXXXX").string()) {
+    TCapture() : path_((std::filesystem::temp_directory_path() / "noxinfo-test-XXXXXX").string()) {
         descriptor_ = ::mkstemp(path_.data());
         if (descriptor_ < 0) {
             throw std::runtime_error("cannot make a temporary file");
@@ -113,16 +113,16 @@ TProgramResult TRunningProgram::Wait() {
     return result;
 }
 
-TRunningProgram StartVorhost(const TProgramRun& run) {
-    return {VORHOST_PROGRAM, run};
+TRunningProgram StartNoxinfo(const TProgramRun& run) {
+    return {NOXINFO_PROGRAM, run};
 }
 
 TProgramResult RunProgram(const std::string& program, const TProgramRun& run) {
     return TRunningProgram(program, run).Wait();
 }
 
-TProgramResult RunVorhost(const TProgramRun& run) {
-    return RunProgram(VORHOST_PROGRAM, run);
+TProgramResult RunNoxinfo(const TProgramRun& run) {
+    return RunProgram(NOXINFO_PROGRAM, run);
 }
 
 }  // namespace NVORHOST

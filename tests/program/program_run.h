@@ -47,10 +47,10 @@ class TRunningProgram {
     pid_t process_ = -1;
 };
 
-/// Starts vorhost.
-TRunningProgram StartVorhost(const TProgramRun& run);
-/// Runs vorhost to its end.
-TProgramResult RunVorhost(const TProgramRun& run);
+/// Starts noxinfo.
+TRunningProgram StartNoxinfo(const TProgramRun& run);
+/// Runs noxinfo to its end.
+TProgramResult RunNoxinfo(const TProgramRun& run);
 /// Runs another program, found by PATH, to its end.
 TProgramResult RunProgram(const std::string& program, const TProgramRun& run);
 

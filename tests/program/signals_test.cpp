@@ -24,7 +24,7 @@ namespace {
 
 using TNames = std::vector<std::string>;
 
-const std::string smallServer = VORHOST_TEST_DATA "/small-server.xml";
+const std::string smallServer = NOXINFO_TEST_DATA "/small-server.xml";
 
 // A run of the plug-in that does this.
 TProgramRun Misbehaving(const std::string& misbehaviour, const std::string& directory) {
@@ -93,7 +93,7 @@ class TSignals : public testing::TestWithParam<int> {};
 TEST_P(TSignals, EndACollectionWithinThePlugin) {
     const TTemporaryDirectory directory;
     WriteFile(directory / "hardwareinventory.xml.gz", "earlier");
-    TRunningProgram program = StartVorhost(Misbehaving("GetData: waits", directory.GetPath()));
+    TRunningProgram program = StartNoxinfo(Misbehaving("GetData: waits", directory.GetPath()));
     ASSERT_TRUE(IsWriting(directory));
     program.Send(GetParam());
     const auto result = program.Wait();
@@ -115,7 +115,7 @@ TEST(Signals, EndARunWhoseFilesExceedTheLimitOfTheirSize) {
     const TTemporaryDirectory directory;
     WriteFile(directory / "s.xml", "earlier");
     const auto result = RunProgram(
-        "sh", {{"-c", "ulimit -f 1; exec " VORHOST_PROGRAM " snapshot s.xml --namespace " + smallServer},
+        "sh", {{"-c", "ulimit -f 1; exec " NOXINFO_PROGRAM " snapshot s.xml --namespace " + smallServer},
                directory.GetPath(),
                {}});
     EXPECT_EQ(result.status, 128 + SIGXFSZ);
@@ -127,7 +127,7 @@ TEST(Signals, EndASnapshotWhoseReaderHasGone) {
     const TTemporaryDirectory directory;
     WriteFile(directory / "large.xml", LargeNamespace());
     const auto result =
-        RunProgram("bash", {{"-c", VORHOST_PROGRAM " snapshot - --namespace large.xml | true; "
+        RunProgram("bash", {{"-c", NOXINFO_PROGRAM " snapshot - --namespace large.xml | true; "
                                                    "exit ${PIPESTATUS[0]}"},
                             directory.GetPath(),
                             {}});
@@ -138,7 +138,7 @@ TEST(Signals, EndASnapshotWhoseReaderHasGone) {
 
 TEST(Signals, EndAPluginThatKeepsWriting) {
     const TTemporaryDirectory directory;
-    TRunningProgram program = StartVorhost(Misbehaving("GetData: writes for ever", directory.GetPath()));
+    TRunningProgram program = StartNoxinfo(Misbehaving("GetData: writes for ever", directory.GetPath()));
     ASSERT_TRUE(IsWriting(directory));
     program.Send(SIGTERM);
     EXPECT_EQ(program.Wait().status, 143);
@@ -147,7 +147,7 @@ TEST(Signals, EndAPluginThatKeepsWriting) {
 
 TEST(Signals, EndAPluginThatIsBeingLoaded) {
     const TTemporaryDirectory directory;
-    TRunningProgram program = StartVorhost(Misbehaving("loading: waits", directory.GetPath()));
+    TRunningProgram program = StartNoxinfo(Misbehaving("loading: waits", directory.GetPath()));
     ASSERT_TRUE(WaitUntil([&] { return !directory.IsEmpty(); }));
     program.Send(SIGINT);
     EXPECT_EQ(program.Wait().status, 130);
@@ -157,7 +157,7 @@ TEST(Signals, ThatAreIgnoredFromTheBeginningStayIgnored) {
     const TTemporaryDirectory directory;
     TProgramRun run = Misbehaving("GetData: waits", directory.GetPath());
     run.environment["GO"] = directory / "go";
-    std::string command = "trap '' HUP; exec " VORHOST_PROGRAM;
+    std::string command = "trap '' HUP; exec " NOXINFO_PROGRAM;
     for (const std::string& argument : run.arguments) {
         command += " " + argument;
     }
@@ -168,7 +168,7 @@ TEST(Signals, ThatAreIgnoredFromTheBeginningStayIgnored) {
     WriteFile(directory / "go", "");
     const auto result = program.Wait();
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.standardError, "vorhost: the plug-in made no result\n");
+    EXPECT_EQ(result.standardError, "noxinfo: the plug-in made no result\n");
 }
 
 TEST(Signals, EndASnapshotThatNobodyReads) {
@@ -178,7 +178,7 @@ TEST(Signals, EndASnapshotThatNobodyReads) {
     TPipe pipe(directory / "pipe");
     pipe.LetWriteLittle();
     TRunningProgram program =
-        StartVorhost({{"snapshot", "pipe", "--namespace", machine / "large.xml"}, directory.GetPath(), {}});
+        StartNoxinfo({{"snapshot", "pipe", "--namespace", machine / "large.xml"}, directory.GetPath(), {}});
     ASSERT_TRUE(WaitUntil([&] { return pipe.IsFull(); }));
     program.Send(SIGTERM);
     EXPECT_EQ(program.Wait().status, 143);
@@ -189,7 +189,7 @@ TEST(Signals, EndASnapshotOfAFileThatDoesNotCome) {
     const TTemporaryDirectory directory;
     TPipe pipe(directory / "pipe");
     TRunningProgram program =
-        StartVorhost({{"snapshot", "file", "--namespace", "pipe"}, directory.GetPath(), {}});
+        StartNoxinfo({{"snapshot", "file", "--namespace", "pipe"}, directory.GetPath(), {}});
     ASSERT_TRUE(WaitUntil([&] { return pipe.HasReader(); }));
     program.Send(SIGINT);
     EXPECT_EQ(program.Wait().status, 130);
@@ -204,7 +204,7 @@ TEST(Signals, EndACaptureThatNobodyReads) {
     TPipe pipe(directory / "pipe");
     pipe.LetWriteLittle();
     TRunningProgram program =
-        StartVorhost({{"capture", "pipe", "--sysroot", machine.GetPath()}, directory.GetPath(), {}});
+        StartNoxinfo({{"capture", "pipe", "--sysroot", machine.GetPath()}, directory.GetPath(), {}});
     ASSERT_TRUE(WaitUntil([&] { return pipe.IsFull(); }));
     program.Send(SIGTERM);
     EXPECT_EQ(program.Wait().status, 143);

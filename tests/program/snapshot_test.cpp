@@ -1,4 +1,4 @@
-// `vorhost snapshot`: what it saves is the namespace that collect would have used.
+// `noxinfo snapshot`: what it saves is the namespace that collect would have used.
 
 #include "program_run.h"
 #include "temporary_directory.h"
@@ -16,22 +16,22 @@ namespace {
 using ::testing::HasSubstr;
 
 constexpr char time[] = "20240229134500.000000+060";
-const std::string smallServer = VORHOST_TEST_DATA "/small-server.xml";
+const std::string smallServer = NOXINFO_TEST_DATA "/small-server.xml";
 
 TEST(Snapshot, ASavedMachineGivesTheSameDocumentsAsTheMachine) {
     const TTemporaryDirectory live;
     const TTemporaryDirectory replayed;
     // The machine goes on living between two collections; its saved namespace does not.
-    ASSERT_EQ(RunVorhost({{"snapshot", "machine.xml", "--local-time", time}, live.GetPath(), {}}).status, 0);
+    ASSERT_EQ(RunNoxinfo({{"snapshot", "machine.xml", "--local-time", time}, live.GetPath(), {}}).status, 0);
     for (const TTemporaryDirectory* directory : {&live, &replayed}) {
-        const auto result = RunVorhost({{"collect", "--namespace", live / "machine.xml", "--local-time", time,
+        const auto result = RunNoxinfo({{"collect", "--namespace", live / "machine.xml", "--local-time", time,
                                          "--reachability", "no", "--kel-id", "K1"},
                                         directory->GetPath(),
                                         {}});
         ASSERT_EQ(result.status, 0) << result.standardError;
     }
     ASSERT_EQ(
-        RunVorhost({{"snapshot", "again.xml", "--namespace", live / "machine.xml"}, replayed.GetPath(), {}})
+        RunNoxinfo({{"snapshot", "again.xml", "--namespace", live / "machine.xml"}, replayed.GetPath(), {}})
             .status,
         0);
     EXPECT_EQ(ReadFile(replayed / "again.xml"), ReadFile(live / "machine.xml"));
@@ -42,7 +42,7 @@ TEST(Snapshot, ASavedMachineGivesTheSameDocumentsAsTheMachine) {
 
 TEST(Snapshot, ADashWritesToStandardOutput) {
     const TTemporaryDirectory directory;
-    const auto result = RunVorhost({{"snapshot", "-", "--namespace", smallServer}, directory.GetPath(), {}});
+    const auto result = RunNoxinfo({{"snapshot", "-", "--namespace", smallServer}, directory.GetPath(), {}});
     EXPECT_EQ(result.status, 0) << result.standardError;
     EXPECT_THAT(result.standardOutput, HasSubstr("<VALUE>EX4200042</VALUE>"));
     EXPECT_TRUE(directory.IsEmpty());
@@ -50,7 +50,7 @@ TEST(Snapshot, ADashWritesToStandardOutput) {
 
 TEST(Snapshot, IsReadableByItsOwnerAlone) {
     const TTemporaryDirectory directory;
-    ASSERT_EQ(RunVorhost({{"snapshot", "s.xml", "--namespace", smallServer}, directory.GetPath(), {}}).status,
+    ASSERT_EQ(RunNoxinfo({{"snapshot", "s.xml", "--namespace", smallServer}, directory.GetPath(), {}}).status,
               0);
     struct stat status {};
     ASSERT_EQ(::stat((directory / "s.xml").c_str(), &status), 0);
@@ -61,26 +61,26 @@ TEST(Snapshot, AFailedWriteLeavesTheEarlierFile) {
     const TTemporaryDirectory directory;
     WriteFile(directory / "bad.xml", "<CIM>");
     WriteFile(directory / "s.xml", "earlier");
-    EXPECT_EQ(RunVorhost({{"snapshot", "s.xml", "--namespace", "bad.xml"}, directory.GetPath(), {}}).status,
+    EXPECT_EQ(RunNoxinfo({{"snapshot", "s.xml", "--namespace", "bad.xml"}, directory.GetPath(), {}}).status,
               1);
     EXPECT_EQ(ReadFile(directory / "s.xml"), "earlier");
 }
 
 TEST(Snapshot, ADeviceIsWrittenToNotReplaced) {
-    EXPECT_EQ(RunVorhost({{"snapshot", "/dev/null", "--namespace", smallServer}, "", {}}).status, 0);
+    EXPECT_EQ(RunNoxinfo({{"snapshot", "/dev/null", "--namespace", smallServer}, "", {}}).status, 0);
     EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
-    const auto full = RunVorhost({{"snapshot", "/dev/full", "--namespace", smallServer}, "", {}});
+    const auto full = RunNoxinfo({{"snapshot", "/dev/full", "--namespace", smallServer}, "", {}});
     EXPECT_EQ(full.status, 1);
-    EXPECT_EQ(full.standardError, "vorhost: cannot write /dev/full: No space left on device\n");
+    EXPECT_EQ(full.standardError, "noxinfo: cannot write /dev/full: No space left on device\n");
 }
 
 TEST(Snapshot, AFullDeviceIsAFailure) {
-    const auto result = RunProgram("sh", {{"-c", std::string(VORHOST_PROGRAM) + " snapshot - --namespace " +
+    const auto result = RunProgram("sh", {{"-c", std::string(NOXINFO_PROGRAM) + " snapshot - --namespace " +
                                                      smallServer + " >/dev/full"},
                                           "",
                                           {}});
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.standardError, "vorhost: cannot write standard output: No space left on device\n");
+    EXPECT_EQ(result.standardError, "noxinfo: cannot write standard output: No space left on device\n");
 }
 
 }  // namespace

@@ -16,7 +16,7 @@ namespace NVORHOST {
 
 class TTemporaryDirectory {
   public:
-    TTemporaryDirectory() : path_((std::filesystem::temp_directory_path() / "vorhost-dir-XXXXXX").string()) {
+    TTemporaryDirectory() : path_((std::filesystem::temp_directory_path() / "noxinfo-dir-XXXXXX").string()) {
         if (::mkdtemp(path_.data()) == nullptr) {
             throw std::runtime_error("cannot make a temporary directory");
         }

@@ -30,7 +30,7 @@ inline std::string UnfinishedFile(const std::string& directory, const std::strin
     std::filesystem::directory_iterator entry(directory, error);
     for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
         const std::string name = entry->path().filename().string();
-        if (name.starts_with(".vorhost-") && std::filesystem::exists(entry->path() / fileName, error)) {
+        if (name.starts_with(".noxinfo-") && std::filesystem::exists(entry->path() / fileName, error)) {
             return entry->path() / fileName;
         }
     }

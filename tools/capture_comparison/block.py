@@ -210,8 +210,8 @@ FOUND = {  # archive -> {folder in it: {classes: instances}}
 }
 
 
-def compare_found(archive, tree, counts, vorhost, agreement):
-    instances = namespace.collect(vorhost, tree)
+def compare_found(archive, tree, counts, noxinfo, agreement):
+    instances = namespace.collect(noxinfo, tree)
     for classes, count in counts.items():
         agreement.compare(f"{archive} {tree.name}", "drives", f"{classes[0]}: count", count,
                           len(instances_of(instances, classes)))
@@ -220,15 +220,15 @@ def compare_found(archive, tree, counts, vorhost, agreement):
 # ---- all of it
 
 
-def compare(captures, vorhost, agreement):
+def compare(captures, noxinfo, agreement):
     folder = captures / "trees"
     for archive, trees in FOUND.items():
         with agreement.attempt(archive), sysroot.unpacked(folder / archive) as root:
             for name, counts in trees.items():
-                compare_found(archive, root / name, counts, vorhost, agreement)
+                compare_found(archive, root / name, counts, noxinfo, agreement)
     for archive, (root, text) in TREES.items():
         with agreement.attempt(archive), sysroot.unpacked(folder / archive, root) as tree:
-            instances = namespace.collect(vorhost, tree)
+            instances = namespace.collect(noxinfo, tree)
             compare_exact(archive, parse_table((folder / text).read_text(encoding="utf-8")), instances, agreement)
             summary = folder / text.replace(".lsblk.txt", ".ghw-block.json")
             if summary.is_file():
@@ -236,11 +236,11 @@ def compare(captures, vorhost, agreement):
     for name in ROUNDED_TREES:
         with agreement.attempt(name), \
                 sysroot.unpacked(folder / f"{name}.tar.xz", name.removeprefix("lsblk-")) as tree:
-            instances = namespace.collect(vorhost, tree)
+            instances = namespace.collect(noxinfo, tree)
             tables = [parse_table((folder / f"{name}.expected/{name}-{kind}.txt").read_text(encoding="utf-8"))
                       for kind in ("basic", "topo", "vendor")]
             compare_rounded(name, *tables, instances, agreement)
     with agreement.attempt("libnvme-tree-pcie"), sysroot.unpacked(folder / "libnvme-tree-pcie.tar.xz") as tree:
         add_block_folder(tree)
         hosts = json.loads((folder / "libnvme-tree-pcie.expected.out").read_text(encoding="utf-8"))["hosts"]
-        compare_nvme("libnvme-tree-pcie", hosts, tree, namespace.collect(vorhost, tree), agreement)
+        compare_nvme("libnvme-tree-pcie", hosts, tree, namespace.collect(noxinfo, tree), agreement)

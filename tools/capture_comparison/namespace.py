@@ -9,13 +9,13 @@ class CollectionFailed(Exception):
     """The program did not give a namespace."""
 
 
-def collect(vorhost, sysroot):
+def collect(noxinfo, sysroot):
     """The instances of every class, in order, each as {property: text or list of texts}."""
     root = pathlib.Path(sysroot)
     if not (root / "proc").is_dir() and not (root / "sys").is_dir():
         (root / "proc").mkdir()  # a release file alone is no machine's tree to the program
     try:
-        run = subprocess.run([vorhost, "snapshot", "--sysroot", str(sysroot), "-"], capture_output=True, check=True,
+        run = subprocess.run([noxinfo, "snapshot", "--sysroot", str(sysroot), "-"], capture_output=True, check=True,
                              timeout=60)
         root = ElementTree.fromstring(run.stdout)
     except subprocess.CalledProcessError as error:

@@ -26,9 +26,9 @@ def read_assignments(text):
     return values
 
 
-def compare_release(machine, release, tree, vorhost, agreement, explain=lambda theirs, ours: None):
+def compare_release(machine, release, tree, noxinfo, agreement, explain=lambda theirs, ours: None):
     """`release`: variable -> value, empty when the machine has no such file."""
-    system = namespace.collect(vorhost, tree)["KELSG_OperatingSystem"][0]
+    system = namespace.collect(noxinfo, tree)["KELSG_OperatingSystem"][0]
     name = release.get("PRETTY_NAME") or release.get("NAME") or read_maker_file(tree) or "Linux"
     agreement.compare(machine, "system", "operating system: ElementName", name, system.get("ElementName"),
                       lambda theirs, ours: explain_blanks(theirs, ours) or explain(theirs, ours))
@@ -56,30 +56,30 @@ def explain_version(theirs, ours):
         if theirs is None and ours and ours[0].isdigit() else None
 
 
-def compare_text(machine, text, vorhost, agreement):
+def compare_text(machine, text, noxinfo, agreement):
     with agreement.attempt(machine), sysroot.assembled() as tree:
         tree.add("/etc/os-release", text)
-        compare_release(machine, read_assignments(text), tree.root, vorhost, agreement)
+        compare_release(machine, read_assignments(text), tree.root, noxinfo, agreement)
 
 
-def compare_samples(archive, vorhost, agreement):
+def compare_samples(archive, noxinfo, agreement):
     with tarfile.open(archive) as tar:
         for member in tar:
             if member.isfile():
                 text = tar.extractfile(member).read().decode(errors="replace")
-                compare_text(member.name, text, vorhost, agreement)
+                compare_text(member.name, text, noxinfo, agreement)
 
 
-def compare_roots(archive, vorhost, agreement):
+def compare_roots(archive, noxinfo, agreement):
     with sysroot.unpacked(archive) as folder:
         for root in sorted(path for path in folder.iterdir() if path.is_dir()):
             with agreement.attempt(root.name):
                 files = [root / "etc/os-release", root / "usr/lib/os-release"]
                 text = next((path.read_text() for path in files if path.is_file()), "")
-                compare_release(root.name, read_assignments(text), root, vorhost, agreement)
+                compare_release(root.name, read_assignments(text), root, noxinfo, agreement)
 
 
-def compare_facts(archive, vorhost, agreement):
+def compare_facts(archive, noxinfo, agreement):
     """Files of a machine beside what a library for distributions reads from them."""
     with tarfile.open(archive) as tar:
         for member in tar:
@@ -93,7 +93,7 @@ def compare_facts(archive, vorhost, agreement):
                 for path, text in inputs.items():
                     tree.add(path, text)
                 compare_release(member.name, {name.upper(): value for name, value in library.items()} or shell,
-                                tree.root, vorhost, agreement, functools.partial(explain_facts, shell))
+                                tree.root, noxinfo, agreement, functools.partial(explain_facts, shell))
 
 
 def explain_facts(shell, _, ours):
@@ -104,7 +104,7 @@ def explain_facts(shell, _, ours):
     return None
 
 
-def compare(captures, vorhost, agreement):
-    compare_samples(captures / "os/os_release-samples.tar.gz", vorhost, agreement)
-    compare_roots(captures / "os/go-sysinfo-roots.tar.gz", vorhost, agreement)
-    compare_facts(captures / "os/ansible-distribution-fixtures.tar.gz", vorhost, agreement)
+def compare(captures, noxinfo, agreement):
+    compare_samples(captures / "os/os_release-samples.tar.gz", noxinfo, agreement)
+    compare_roots(captures / "os/go-sysinfo-roots.tar.gz", noxinfo, agreement)
+    compare_facts(captures / "os/ansible-distribution-fixtures.tar.gz", noxinfo, agreement)

@@ -219,14 +219,14 @@ def text_of(captures, archive):
     return (captures / name).read_text(encoding="utf-8")
 
 
-def compare(captures, vorhost, agreement):
+def compare(captures, noxinfo, agreement):
     for archive, root in TREES.items():
         with agreement.attempt(archive), sysroot.unpacked(captures / archive, root) as tree:
-            compare_machine(archive, text_of(captures, archive), namespace.collect(vorhost, tree), agreement)
+            compare_machine(archive, text_of(captures, archive), namespace.collect(noxinfo, tree), agreement)
     for dump in sorted((captures / "pci").glob("*.lspci-Dnnvv.txt")):
         source = dump.with_name(dump.name.replace(".lspci-Dnnvv", ""))
         with agreement.attempt(source.name), sysroot.assembled() as tree:
             for address, config in lspci_text.parse_dump(source.read_text(encoding="utf-8")).items():
                 tree.add(f"/sys/bus/pci/devices/{address}/config", bytes(config))
-            compare_machine(source.name, dump.read_text(encoding="utf-8"), namespace.collect(vorhost, tree.root),
+            compare_machine(source.name, dump.read_text(encoding="utf-8"), namespace.collect(noxinfo, tree.root),
                             agreement)

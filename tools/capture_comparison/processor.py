@@ -136,18 +136,18 @@ def compare_machine_info(machine, info, instances, agreement):
 # ---- all of it
 
 
-def compare(captures, vorhost, agreement):
+def compare(captures, noxinfo, agreement):
     folder = captures / "trees"
     for archive, root in LSCPU.items():
         decodes = [folder / f"{stem(archive)}.{ending}" for ending in ("lscpu.txt", "expected.txt")]
         with agreement.attempt(stem(archive)), sysroot.unpacked(folder / archive, root) as tree:
             text = next(path for path in decodes if path.is_file()).read_text(encoding="utf-8")
-            compare_lscpu(stem(archive), parse_lscpu(text), namespace.collect(vorhost, tree), agreement)
+            compare_lscpu(stem(archive), parse_lscpu(text), namespace.collect(noxinfo, tree), agreement)
     for archive, root in HWLOC.items():
         with agreement.attempt(stem(archive)), sysroot.unpacked(folder / archive, root) as tree:
             facts, packages = read_hwloc(folder, archive)
-            compare_hwloc(stem(archive), facts, packages, namespace.collect(vorhost, tree), agreement)
+            compare_hwloc(stem(archive), facts, packages, namespace.collect(noxinfo, tree), agreement)
     for archive in MACHINE_INFO:
         with agreement.attempt(stem(archive)), sysroot.unpacked(folder / archive) as tree:
             info = json.loads((tree / "machineinfo.json").read_text(encoding="utf-8"))
-            compare_machine_info(stem(archive), info, namespace.collect(vorhost, tree), agreement)
+            compare_machine_info(stem(archive), info, namespace.collect(noxinfo, tree), agreement)

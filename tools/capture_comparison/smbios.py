@@ -371,7 +371,7 @@ def explain_uuid(theirs, ours):
 COMPARED = (compare_system, compare_boards, compare_processors, compare_memory, compare_memory_arrays, compare_slots)
 
 
-def compare(captures, vorhost, agreement):
+def compare(captures, noxinfo, agreement):
     folder = captures / "smbios"
     with tempfile.TemporaryDirectory(prefix="captures-") as root:
         with tarfile.open(folder / "smbios-sysroots.tar.gz") as archive:
@@ -380,6 +380,6 @@ def compare(captures, vorhost, agreement):
             with agreement.attempt(tree.name):
                 text = find_text(folder, tree.name).read_text(encoding="utf-8", errors="replace")
                 records = dmidecode_text.parse(text)
-                instances = namespace.collect(vorhost, tree)
+                instances = namespace.collect(noxinfo, tree)
                 for compare_class in COMPARED:
                     compare_class(tree.name, records, instances, agreement)

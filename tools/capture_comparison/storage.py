@@ -233,18 +233,18 @@ def read_graph(path, mockup, graph):
 # ---- all of it
 
 
-def compare(captures, vorhost, agreement):
+def compare(captures, noxinfo, agreement):
     folder = captures / "storage"
     for archive in ("subiquity-machines.tar.xz", "curtin-probert.tar.xz"):
         with sysroot.unpacked(folder / archive) as probes:
             for path in sorted(pathlib.Path(probes).glob("*.json")):
                 with agreement.attempt(path.name), sysroot.assembled() as tree:
                     machine = read_probert(path, tree)
-                    compare_machine(machine, namespace.collect(vorhost, tree.root), agreement)
+                    compare_machine(machine, namespace.collect(noxinfo, tree.root), agreement)
     with sysroot.unpacked(folder / "libstorage-ng-probe.tar.xz") as probes:
         for path in sorted(pathlib.Path(probes).glob("*-mockup.xml")):
             with agreement.attempt(path.name), sysroot.assembled() as tree:
                 mockup = Mockup(path)
                 graph = ElementTree.parse(path.with_name(path.name.replace("-mockup", "-devicegraph"))).getroot()
                 add_mockup(tree, mockup, graph)
-                compare_machine(read_graph(path, mockup, graph), namespace.collect(vorhost, tree.root), agreement)
+                compare_machine(read_graph(path, mockup, graph), namespace.collect(noxinfo, tree.root), agreement)

@@ -182,11 +182,11 @@ def flatten(rows):
 # ---- all of it
 
 
-def compare_machine(path, vorhost, agreement):
+def compare_machine(path, noxinfo, agreement):
     records = udev_tree.parse_records(path.read_text(encoding="utf-8", errors="replace"))
     with sysroot.assembled() as tree:
         build(tree, records)
-        instances = namespace.collect(vorhost, tree.root)
+        instances = namespace.collect(noxinfo, tree.root)
     compare_functions(path.stem, records, instances, agreement)
     compare_drives(path.stem, records, instances, agreement)
     compare_partitions(path.stem, records, instances, agreement)
@@ -196,8 +196,8 @@ def compare_machine(path, vorhost, agreement):
         compare_lsblk(path.stem, rows, instances, agreement)
 
 
-def compare(captures, vorhost, agreement):
+def compare(captures, noxinfo, agreement):
     with sysroot.unpacked(captures / "udev/checkbox-udevadm-export-db.tar.xz") as folder:
         for path in sorted(pathlib.Path(folder).glob("*.txt")):
             with agreement.attempt(path.stem):
-                compare_machine(path, vorhost, agreement)
+                compare_machine(path, noxinfo, agreement)

@@ -117,8 +117,8 @@ def compare_machine(machine, devices, folders, instances, agreement):
                               controllers.get(address, {}).get("USBVersion"))
 
 
-def compare(captures, vorhost, agreement):
+def compare(captures, noxinfo, agreement):
     for name in DEVICES:
         with agreement.attempt(name), sysroot.unpacked(captures / f"usb/{name}.sysroot.tar.gz") as tree:
             devices = parse((captures / f"usb/{name}.lsusb-v.txt").read_text(encoding="utf-8"))
-            compare_machine(name, devices, find_folders(tree), namespace.collect(vorhost, tree), agreement)
+            compare_machine(name, devices, find_folders(tree), namespace.collect(noxinfo, tree), agreement)

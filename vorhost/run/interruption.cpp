@@ -85,7 +85,7 @@ void EndWhenCutShort() {
     UndoUnfinished(registry);
     std::cout.flush();
     (void)std::fflush(nullptr);
-    std::cerr << "vorhost: the plug-in ended the program before the run was done\n";
+    std::cerr << "noxinfo: the plug-in ended the program before the run was done\n";
     ::_exit(eExitFailed);
 }
 

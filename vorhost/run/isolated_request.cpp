@@ -32,7 +32,7 @@
 namespace NVORHOST {
 namespace {
 
-constexpr char outcomeClassName[] = "VORHOST_Outcome";
+constexpr char outcomeClassName[] = "NOXINFO_Outcome";
 constexpr char failureProperty[] = "Failure";
 constexpr char loadTimeProperty[] = "LoadNanoseconds";
 constexpr char obstacleProperty[] = "CredentialObstacle";
@@ -53,7 +53,7 @@ class THandOverError : public TRunFailure {
 class TAnswerFile {
   public:
     explicit TAnswerFile(const TPluginRequest& request)
-        : descriptor_(::memfd_create("vorhost-answer", MFD_CLOEXEC)) {
+        : descriptor_(::memfd_create("noxinfo-answer", MFD_CLOEXEC)) {
         if (!descriptor_.IsOpen()) {
             FailToStart(request, errno);
         }

@@ -1,4 +1,4 @@
-// The file ".vorhost-journal" of a private directory. Its first line is the name of that directory, which
+// The file ".noxinfo-journal" of a private directory. Its first line is the name of that directory, which
 // proves that the directory is one of this program's, also after somebody has renamed a directory. Before
 // several files are moved out, it receives a line for each of them, so that the next run can complete what a
 // run that was killed between two moves had begun.
@@ -15,7 +15,7 @@
 
 namespace NVORHOST {
 
-inline constexpr char journalName[] = ".vorhost-journal";
+inline constexpr char journalName[] = ".noxinfo-journal";
 
 /// A finished file, known by more than its name. Moving the file changes none of it.
 struct TMovedFile {

@@ -18,7 +18,7 @@
 namespace NVORHOST {
 namespace {
 
-constexpr std::string_view prefix = ".vorhost-";
+constexpr std::string_view prefix = ".noxinfo-";
 constexpr std::string_view digits = "0123456789abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ";
 constexpr std::size_t randomDigits = 6;
 

@@ -8,7 +8,7 @@
 
 namespace NVORHOST {
 
-/// Makes a new name of this process: ".vorhost-HOST-PID-START-XXXXXX", where START is the time at which the
+/// Makes a new name of this process: ".noxinfo-HOST-PID-START-XXXXXX", where START is the time at which the
 /// process started, in clock ticks since boot, and the last part is random.
 std::string MakePrivateName();
 

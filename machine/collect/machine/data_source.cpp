@@ -34,7 +34,7 @@ std::span<const TSourcePattern> GetDataSourceSources() {
 }
 
 void CollectDataSource(TCollection& collection) {
-    const TDataSource source{"vorhost", "Inventory of this machine's hardware", "vorhost", NOXINFO_VERSION};
+    const TDataSource source{"noxinfo", "Inventory of this machine's hardware", "noxinfo", NOXINFO_VERSION};
     collection.Commit<TDataSource>(classes[0], dataSourceRows, source);
 }
 

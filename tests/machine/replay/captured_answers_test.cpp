@@ -95,7 +95,7 @@ TEST(CapturedAnswers, LinesOfAnotherFormAreSkipped) {
 
 TEST(TCapturedSystemCalls, PrefersTheKeptAnswersToTheTreesFiles) {
     TMemoryFiles files;
-    files.AddFile("/vorhost-system.txt", text);
+    files.AddFile("/noxinfo-system.txt", text);
     files.AddFile("/proc/sys/kernel/osrelease", "other\n");
     files.AddFile("/proc/sys/kernel/hostname", "other\n");
     const TCapturedSystemCalls calls(files);
@@ -112,13 +112,13 @@ TEST(TCapturedSystemCalls, PrefersTheKeptAnswersToTheTreesFiles) {
 TEST(TCapturedSystemCalls, TellsOfKeptAnswersThatCannotBeRead) {
     TMemoryFiles files;
     EXPECT_EQ(TCapturedSystemCalls(files).GetAnswersError(), "");
-    files.AddRefusal("/vorhost-system.txt", EReadStatus::denied);
-    EXPECT_THAT(TCapturedSystemCalls(files).GetAnswersError(), testing::StartsWith("/vorhost-system.txt: "));
+    files.AddRefusal("/noxinfo-system.txt", EReadStatus::denied);
+    EXPECT_THAT(TCapturedSystemCalls(files).GetAnswersError(), testing::StartsWith("/noxinfo-system.txt: "));
 }
 
 TEST(TCapturedSystemCalls, KnowsTheOffsetsOfTheMomentsThatWereAskedAbout) {
     TMemoryFiles files;
-    files.AddFile("/vorhost-system.txt", text);
+    files.AddFile("/noxinfo-system.txt", text);
     const TCapturedSystemCalls calls(files);
     EXPECT_EQ(calls.UtcOffsetMinutes(1700000000), 60);
     EXPECT_EQ(calls.UtcOffsetMinutes(1700000001), std::nullopt);
