@@ -3,7 +3,8 @@
 #include "fuzz.h"
 #include "machine/capture/redaction.h"
 #include "machine/parse/ip_address.h"
-#include "text/text_kinds.h"
+#include "text/ascii.h"
+#include "text/hex.h"
 
 #include <algorithm>
 #include <string>
@@ -106,7 +107,7 @@ std::string SwapUuid(std::string bytes) {
 // A system, a board, a memory module, an inactive structure and one of the maker's own.
 std::string MakeSmbios(const TSecrets& secrets) {
     const auto text = [](const std::string& value) { return value + '\0'; };
-    const std::string uuid = SwapUuid(FromHex(Without(secrets.uuid, "-")));
+    const std::string uuid = SwapUuid(*ParseHex(Without(secrets.uuid, "-")));
     const std::string serial = text(secrets.serial);
     const std::string tag = text(secrets.assetTag);
     std::string table =
@@ -122,7 +123,7 @@ std::string MakeSmbios(const TSecrets& secrets) {
 // The designators of a disk: its NAA name as bytes, and vendor, model and serial number as text.
 std::string MakeDesignators(const TSecrets& secrets) {
     const std::string text = "ATA     SAMPLE  " + Without(secrets.serial, " ");
-    std::string page = std::string("\x01\x03\0\x08", 4) + FromHex(secrets.worldWideName);
+    std::string page = std::string("\x01\x03\0\x08", 4) + *ParseHex(secrets.worldWideName);
     page += std::string("\x02\x01\0", 3) + static_cast<char>(text.size()) + text;
     return std::string("\0\x83\0", 3) + static_cast<char>(page.size()) + page;
 }
@@ -245,8 +246,8 @@ void RequireGone(const std::string& secret, EIdentityKind kind, const std::vecto
         const std::string squeezed = Squeeze(text);
         Require(squeezed.find(plain) == std::string::npos, "no identity is left");
         Require(squeezed.find(hex) == std::string::npos, "no identity is left in hexadecimal digits");
-        if (IsHex(plain) && plain.size() % 2 == 0 && plain.size() >= 12) {
-            const std::string bytes = FromHex(plain);
+        if (const auto decoded = ParseHex(plain); decoded && plain.size() >= 12) {
+            const std::string& bytes = *decoded;
             Require(text.find(bytes) == std::string::npos, "no identity is left in bytes");
             Require(plain.size() != 32 || text.find(SwapUuid(bytes)) == std::string::npos,
                     "no UUID is left in the order of firmware");

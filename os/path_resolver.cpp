@@ -1,5 +1,7 @@
 #include "os/path_resolver.h"
 
+#include "os/path_walk.h"
+
 #include <fcntl.h>
 #include <linux/openat2.h>
 #include <sys/stat.h>
@@ -14,38 +16,7 @@
 #include <vector>
 
 namespace NVORHOST {
-
 namespace {
-
-constexpr int maxLinks = 40;  // as the kernel has it
-
-// The names still to walk, the next one last.
-class TPendingNames {
-  public:
-    explicit TPendingNames(std::string_view path) { PushPath(path); }
-
-    bool IsEmpty() const { return names_.empty(); }
-
-    std::string Pop() {
-        std::string name = std::move(names_.back());
-        names_.pop_back();
-        return name;
-    }
-
-    void PushPath(std::string_view path) {
-        while (!path.empty()) {
-            const auto slash = path.rfind('/');
-            const auto name = slash == std::string_view::npos ? path : path.substr(slash + 1);
-            if (!name.empty() && name != ".") {
-                names_.emplace_back(name);
-            }
-            path = slash == std::string_view::npos ? std::string_view{} : path.substr(0, slash);
-        }
-    }
-
-  private:
-    std::vector<std::string> names_;
-};
 
 TFileDescriptor Fail(int error) {
     errno = error;
@@ -54,12 +25,12 @@ TFileDescriptor Fail(int error) {
 
 bool IsLink(const TFileDescriptor& entry) {
     struct stat status {};
-    return fstat(entry.Get(), &status) == 0 && S_ISLNK(status.st_mode);
+    return ::fstat(entry.Get(), &status) == 0 && S_ISLNK(status.st_mode);
 }
 
 bool ReadTarget(const TFileDescriptor& link, std::string& target) {
     std::array<char, PATH_MAX> buffer{};
-    const ssize_t length = readlinkat(link.Get(), "", buffer.data(), buffer.size());
+    const ssize_t length = ::readlinkat(link.Get(), "", buffer.data(), buffer.size());
     if (length < 0) {
         return false;
     }
@@ -67,7 +38,7 @@ bool ReadTarget(const TFileDescriptor& link, std::string& target) {
     return true;
 }
 
-// A walk from the root: the folders entered so far, so that ".." needs no look at the file system.
+// The folders entered so far on a walk from the root, so that ".." needs no access to the file system.
 class TWalk {
   public:
     explicit TWalk(int root) : root_(root) {}
@@ -92,12 +63,12 @@ TFileDescriptor OpenByKernel(int folder, std::string_view path, int flags, std::
     open_how how{};
     how.flags = static_cast<std::uint64_t>(flags | O_CLOEXEC);
     how.resolve = resolution;
-    const long descriptor = syscall(SYS_openat2, folder, terminated.c_str(), &how, sizeof(how));
+    const long descriptor = ::syscall(SYS_openat2, folder, terminated.c_str(), &how, sizeof(how));
     return descriptor < 0 ? TFileDescriptor() : TFileDescriptor(static_cast<int>(descriptor));
 }
 
 TFileDescriptor OpenEntry(const TWalk& walk, const char* name, int flags) {
-    return TFileDescriptor(openat(walk.Here(), name, flags | O_CLOEXEC | O_NOFOLLOW));
+    return TFileDescriptor(::openat(walk.Here(), name, flags | O_CLOEXEC | O_NOFOLLOW));
 }
 
 }  // namespace
@@ -127,7 +98,7 @@ TFileDescriptor OpenInRootByWalk(int root, std::string_view path, int flags) {
         const bool keepsLink = names.IsEmpty() && (flags & O_NOFOLLOW) != 0;
         if (IsLink(entry) && !keepsLink) {
             std::string target;
-            if (++links > maxLinks || !ReadTarget(entry, target)) {
+            if (++links > maxLinksOnPath || !ReadTarget(entry, target)) {
                 return Fail(ELOOP);
             }
             if (target.starts_with('/')) {
@@ -140,7 +111,7 @@ TFileDescriptor OpenInRootByWalk(int root, std::string_view path, int flags) {
             walk.Enter(std::move(entry));
         }
     }
-    return TFileDescriptor(openat(walk.Here(), ".", (flags & ~O_NOFOLLOW) | O_CLOEXEC));
+    return TFileDescriptor(::openat(walk.Here(), ".", (flags & ~O_NOFOLLOW) | O_CLOEXEC));
 }
 
 }  // namespace NVORHOST

@@ -1,5 +1,7 @@
-// Numbers in the kernel's texts. A number is the whole token and in range, or it is absent.
+// Parses numbers. A number is the whole token and in range, or it is absent.
 #pragma once
+
+#include "text/trim.h"
 
 #include <charconv>
 #include <concepts>
@@ -9,10 +11,8 @@
 
 namespace NVORHOST {
 
-/// `text` without the blanks, tabs and line ends around it.
-std::string_view TrimBlanks(std::string_view text);
-
-/// The number that `text` is, blanks around it aside, in `base`. No sign but "-" for signed types, no prefix.
+/// Parses `text`, blanks around it aside, as a number in `base`; nullopt if it is malformed or out of range.
+/// The only sign is "-", for signed types; there is no prefix.
 template <std::integral T>
 std::optional<T> ParseNumber(std::string_view text, int base = 10) {
     const std::string_view token = TrimBlanks(text);
@@ -25,7 +25,7 @@ std::optional<T> ParseNumber(std::string_view text, int base = 10) {
     return number;
 }
 
-/// A hexadecimal number with or without "0x".
+/// Parses a hexadecimal number with or without "0x"; nullopt as for ParseNumber.
 template <std::unsigned_integral T>
 std::optional<T> ParseHexNumber(std::string_view text) {
     std::string_view token = TrimBlanks(text);
@@ -35,7 +35,8 @@ std::optional<T> ParseHexNumber(std::string_view text) {
     return ParseNumber<T>(token, 16);
 }
 
-/// A decimal fraction without sign or exponent, as in "2299.992", rounded to the nearest integer, halves up.
+/// Parses a decimal fraction without sign or exponent, such as "2299.992", and rounds it to the nearest
+/// integer, halves up. Returns nullopt if it is malformed or the result is out of range.
 std::optional<std::uint32_t> ParseRounded(std::string_view text);
 
 }  // namespace NVORHOST

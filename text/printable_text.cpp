@@ -1,15 +1,15 @@
 #include "text/printable_text.h"
 
+#include "text/trim.h"
 #include "text/utf8.h"
 
 #include <cstdint>
 
 namespace NVORHOST {
-
 namespace {
 
 constexpr std::string_view replacementCharacter = "\xEF\xBF\xBD";  // U+FFFD
-constexpr std::string_view outerBlanks{" \t\r\n\v\f\0", 7};
+constexpr std::string_view outerBlanks{" \t\r\n\v\f\0", 7};        // NULs at the end are padding
 
 std::uint8_t ByteAt(std::string_view bytes, std::size_t index) {
     return static_cast<std::uint8_t>(bytes[index]);
@@ -20,19 +20,11 @@ bool IsC1Control(std::string_view sequence) {
     return ByteAt(sequence, 0) == 0xC2 && ByteAt(sequence, 1) < 0xA0;
 }
 
-std::string_view Trim(std::string_view bytes) {
-    const auto first = bytes.find_first_not_of(outerBlanks);
-    if (first == std::string_view::npos) {
-        return {};
-    }
-    return bytes.substr(first, bytes.find_last_not_of(outerBlanks) - first + 1);
-}
-
 }  // namespace
 
 TPrintableText ToPrintableText(std::string_view bytes) {
     TPrintableText result;
-    std::string_view rest = Trim(bytes);
+    std::string_view rest = Trim(bytes, outerBlanks);
     result.text.reserve(rest.size());
     while (!rest.empty()) {
         std::size_t length = 1;
@@ -56,7 +48,7 @@ TPrintableText ToPrintableText(std::string_view bytes) {
 
 std::string SqueezeBlanks(std::string_view text) {
     std::string squeezed;
-    for (const char c : Trim(text)) {
+    for (const char c : Trim(text, outerBlanks)) {
         if (c != ' ' || squeezed.back() != ' ') {
             squeezed += c;
         }

@@ -1,16 +1,16 @@
 #include "text/shown_text.h"
 
+#include "text/find_row.h"
+#include "text/hex.h"
 #include "text/utf8.h"
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdint>
-#include <iterator>
 
 namespace NVORHOST {
 namespace {
 
-// Code points of more than one byte that are not to be seen, or that reorder what is.
+// Code points above ASCII that are invisible or that reorder the text around them.
 struct TRange {
     char32_t first, last;
 };
@@ -29,46 +29,23 @@ struct TNamedControl {
 };
 constexpr TNamedControl namedControls[] = {{'\n', "\\n"}, {'\r', "\\r"}, {'\t', "\\t"}};
 
-void AppendHex(std::string& text, std::uint32_t number, int digits) {
-    for (int shift = 4 * (digits - 1); shift >= 0; shift -= 4) {
-        text += "0123456789abcdef"[number >> shift & 0xFU];
-    }
-}
-
-bool IsControl(char byte) {
-    const auto code = static_cast<unsigned char>(byte);
-    return code < 0x20 || code == 0x7F;
-}
-
-// Of a well-formed sequence of two or more bytes.
-char32_t CodePoint(std::string_view sequence) {
-    const auto lead = static_cast<unsigned char>(sequence.front());
-    char32_t code = lead & (0xFFU >> (sequence.size() + 1));
-    for (const char tail : sequence.substr(1)) {
-        code = code << 6U | (static_cast<unsigned char>(tail) & 0x3FU);
-    }
-    return code;
-}
-
 void AppendByte(std::string& shown, char byte) {
-    const auto* const control = std::ranges::find(namedControls, byte, &TNamedControl::byte);
-    if (control != std::end(namedControls)) {
+    const auto code = static_cast<unsigned char>(byte);
+    if (const auto* const control = FindRow(namedControls, &TNamedControl::byte, byte)) {
         shown += control->shown;
-    } else if (IsControl(byte) || static_cast<unsigned char>(byte) >= 0x80) {
-        shown += "\\x";
-        AppendHex(shown, static_cast<unsigned char>(byte), 2);
+    } else if (code < 0x20 || code >= 0x7F) {
+        shown += "\\x" + ToHexDigits(code, 2);
     } else {
         shown += byte;
     }
 }
 
 void AppendSequence(std::string& shown, std::string_view sequence) {
-    const char32_t code = CodePoint(sequence);
+    const char32_t code = DecodeUtf8(sequence);
     const bool isHidden = std::ranges::any_of(
         hiddenRanges, [code](const TRange& range) { return code >= range.first && code <= range.last; });
     if (isHidden) {
-        shown += "\\u";
-        AppendHex(shown, code, 4);
+        shown += "\\u" + ToHexDigits(code, 4);
     } else {
         shown += sequence;
     }

@@ -5,8 +5,8 @@
 namespace NVORHOST {
 namespace {
 
-// Which lead bytes start a sequence, how long it is, and what its second byte may be: the bounds exclude
-// overlong forms, surrogates and code points above U+10FFFF.
+// Lead bytes, the length of the sequences that they start, and the bounds of the second byte. The bounds
+// exclude overlong forms, surrogates and code points above U+10FFFF.
 struct TLeadByte {
     std::uint8_t first, last, length, secondFrom, secondTo;
 };
@@ -20,7 +20,7 @@ std::uint8_t ByteAt(std::string_view bytes, std::size_t index) {
     return static_cast<std::uint8_t>(bytes[index]);
 }
 
-bool IsTail(const TLeadByte& lead, std::string_view bytes) {
+bool IsWellFormed(const TLeadByte& lead, std::string_view bytes) {
     if (bytes.size() < lead.length) {
         return false;
     }
@@ -29,7 +29,7 @@ bool IsTail(const TLeadByte& lead, std::string_view bytes) {
         return false;
     }
     for (std::size_t i = 2; i < lead.length; ++i) {
-        if ((ByteAt(bytes, i) & 0xC0) != 0x80) {
+        if ((ByteAt(bytes, i) & 0xC0U) != 0x80) {
             return false;
         }
     }
@@ -44,10 +44,42 @@ std::size_t MultiByteLength(std::string_view bytes) {
     }
     for (const TLeadByte& lead : leadBytes) {
         if (ByteAt(bytes, 0) >= lead.first && ByteAt(bytes, 0) <= lead.last) {
-            return IsTail(lead, bytes) ? lead.length : 0;
+            return IsWellFormed(lead, bytes) ? lead.length : 0;
         }
     }
     return 0;
+}
+
+char32_t DecodeUtf8(std::string_view sequence) {
+    if (sequence.size() == 1) {
+        return ByteAt(sequence, 0);
+    }
+    char32_t code = ByteAt(sequence, 0) & (0xFFU >> (sequence.size() + 1));
+    for (std::size_t i = 1; i < sequence.size(); ++i) {
+        code = code << 6U | (ByteAt(sequence, i) & 0x3FU);
+    }
+    return code;
+}
+
+std::string EncodeUtf8(char32_t code) {
+    constexpr char32_t lastCode = 0x10FFFF;
+    constexpr char32_t replacement = 0xFFFD;
+    if (code > lastCode || IsSurrogate(code)) {
+        code = replacement;
+    }
+    const auto continuation = [code](unsigned shift) {
+        return static_cast<char>(0x80U | (code >> shift & 0x3FU));
+    };
+    if (code < 0x80) {
+        return {static_cast<char>(code)};
+    }
+    if (code < 0x800) {
+        return {static_cast<char>(0xC0U | code >> 6U), continuation(0)};
+    }
+    if (code < 0x10000) {
+        return {static_cast<char>(0xE0U | code >> 12U), continuation(6), continuation(0)};
+    }
+    return {static_cast<char>(0xF0U | code >> 18U), continuation(12), continuation(6), continuation(0)};
 }
 
 }  // namespace NVORHOST

@@ -1,27 +1,10 @@
 #include "machine/capture/capturing_files.h"
 
+#include "os/path_walk.h"
+
 #include <utility>
-#include <vector>
 
 namespace NVORHOST {
-
-namespace {
-
-constexpr int maxLinks = 40;  // as the kernel has it
-
-// Names still to walk, the next one last.
-void PushNames(std::string_view path, std::vector<std::string>& names) {
-    while (!path.empty()) {
-        const auto slash = path.rfind('/');
-        const auto name = slash == std::string_view::npos ? path : path.substr(slash + 1);
-        if (!name.empty() && name != ".") {
-            names.emplace_back(name);
-        }
-        path = slash == std::string_view::npos ? std::string_view{} : path.substr(0, slash);
-    }
-}
-
-}  // namespace
 
 const std::optional<std::string>& TCapturingFiles::FindLinkTarget(const std::string& path) const {
     const auto [place, isNew] = linkTargets_.try_emplace(path);
@@ -36,28 +19,26 @@ const std::optional<std::string>& TCapturingFiles::FindLinkTarget(const std::str
 }
 
 std::string TCapturingFiles::Resolve(std::string_view path, bool followsLast) const {
-    std::vector<std::string> names;
-    PushNames(path, names);
+    TPendingNames names(path);
     std::string resolved;
     int links = 0;
-    while (!names.empty()) {
-        const std::string name = std::move(names.back());
-        names.pop_back();
+    while (!names.IsEmpty()) {
+        const std::string name = names.Pop();
         if (name == "..") {
             resolved.erase(std::min(resolved.rfind('/'), resolved.size()));
             continue;
         }
         std::string next = resolved + "/" + name;
-        const bool follows = followsLast || !names.empty();
+        const bool follows = followsLast || !names.IsEmpty();
         const auto& target = FindLinkTarget(next);
-        if (!target || !follows || ++links > maxLinks) {
+        if (!target || !follows || ++links > maxLinksOnPath) {
             resolved = std::move(next);
             continue;
         }
         if (target->starts_with('/')) {
             resolved.clear();
         }
-        PushNames(*target, names);
+        names.PushPath(*target);
     }
     return resolved;
 }

@@ -1,7 +1,10 @@
 #include "machine/capture/identities.h"
 
+#include "machine/capture/canonical_form.h"
 #include "machine/parse/placeholders.h"
-#include "text/text_kinds.h"
+#include "text/ascii.h"
+#include "text/find_row.h"
+#include "text/hex.h"
 
 #include <algorithm>
 #include <cmath>
@@ -87,13 +90,13 @@ EIdentityReach FindReachOfNumber(std::string_view canonical) {
 }  // namespace
 
 std::string_view NameOf(EIdentityKind kind) {
-    return std::ranges::find(kindNames, kind, &TKindName::kind)->name;
+    return FindRow(kindNames, &TKindName::kind, kind)->name;
 }
 
 std::string DescribeCounts(const TIdentityCounts& counts) {
     std::string text;
     for (const auto& [kind, count] : counts) {
-        const TKindName& row = *std::ranges::find(kindNames, kind, &TKindName::kind);
+        const TKindName& row = *FindRow(kindNames, &TKindName::kind, kind);
         text += text.empty() ? "" : ", ";
         text += std::to_string(count) + " " + std::string(count == 1 ? row.name : row.plural);
     }

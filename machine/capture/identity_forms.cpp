@@ -1,7 +1,8 @@
 #include "machine/capture/identity_forms.h"
 
 #include "machine/parse/ip_address.h"
-#include "text/text_kinds.h"
+#include "text/ascii.h"
+#include "text/hex.h"
 
 #include <algorithm>
 #include <initializer_list>

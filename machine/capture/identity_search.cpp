@@ -1,6 +1,7 @@
 #include "machine/capture/identity_search.h"
 
-#include "text/text_kinds.h"
+#include "text/ascii.h"
+#include "text/hex.h"
 
 #include <algorithm>
 #include <array>
@@ -39,12 +40,6 @@ std::vector<std::string> OrdersOf(const std::string& bytes) {
         orders.push_back(SwapUuid(bytes));
     }
     return orders;
-}
-
-std::string WithCase(std::string_view text, char (*change)(char)) {
-    std::string changed(text);
-    std::ranges::transform(changed, changed.begin(), change);
-    return changed;
 }
 
 // The characters of the Base64 text of `bytes` that do not depend on the `offset` bytes in front of them, nor
@@ -108,7 +103,7 @@ void TIdentitySearch::AddText(const TIdentity& identity, std::size_t index) {
     squeezed_.Add(Reversed(identity.canonical), index);
     squeezed_.Add(SwapWithin(identity.canonical, 2), index);
     const std::string& text = identity.text;
-    for (const std::string& spelled : {text, WithCase(text, ToLower), WithCase(text, ToUpper)}) {
+    for (const std::string& spelled : {text, ToLowerCase(text), ToUpperCase(text)}) {
         squeezed_.Add(ToHex(spelled), index);
         squeezed_.Add(ToHex(Reversed(spelled)), index);
         squeezed_.Add(ToHex(SwapWithin(spelled, 2)), index);
@@ -119,18 +114,18 @@ void TIdentitySearch::AddText(const TIdentity& identity, std::size_t index) {
 void TIdentitySearch::AddBytes(const TIdentity& identity, std::size_t index) {
     const std::string& digits = identity.canonical;
     constexpr std::size_t leastDigits = 12;
-    if (!IsHex(digits) || digits.size() % 2 != 0 || digits.size() < leastDigits) {
+    const auto bytes = digits.size() < leastDigits ? std::nullopt : ParseHex(digits);
+    if (!bytes) {
         return;
     }
-    const std::string bytes = FromHex(digits);
-    for (const std::string& order : OrdersOf(bytes)) {
+    for (const std::string& order : OrdersOf(*bytes)) {
         if (IsDistinct(order)) {
             raw_.Add(order, index);
             squeezed_.Add(ToHex(order), index);
         }
     }
-    if (IsDistinct(bytes)) {
-        AddBase64(bytes, index);
+    if (IsDistinct(*bytes)) {
+        AddBase64(*bytes, index);
     }
 }
 

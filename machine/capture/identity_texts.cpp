@@ -1,9 +1,11 @@
 #include "machine/capture/identity_texts.h"
 
+#include "machine/capture/canonical_form.h"
 #include "machine/parse/ip_address.h"
 #include "machine/parse/placeholders.h"
-#include "text/numbers.h"
-#include "text/text_kinds.h"
+#include "text/ascii.h"
+#include "text/hex.h"
+#include "text/trim.h"
 
 #include <algorithm>
 #include <functional>
@@ -283,22 +285,15 @@ std::string TIdentityTexts::ReplaceForm(std::string_view text, const TFormMatch&
 // included.
 std::optional<std::string> TIdentityTexts::ReplaceHexText(std::string_view word, ETextContext context) const {
     constexpr std::size_t least = 6;
-    if (word.size() < least || word.size() % 2 != 0 || !IsHex(word)) {
+    const auto decoded = word.size() < least ? std::nullopt : ParseHex(word);
+    if (!decoded || !IsPrintable(*decoded)) {
         return std::nullopt;
     }
-    const std::string decoded = FromHex(word);
-    if (!IsPrintable(decoded)) {
+    const std::string replaced = ReplaceWords(*decoded, context);
+    if (replaced == *decoded) {
         return std::nullopt;
     }
-    const std::string replaced = ReplaceWords(decoded, context);
-    if (replaced == decoded) {
-        return std::nullopt;
-    }
-    std::string digits = ToHex(replaced);
-    if (std::ranges::any_of(word, IsUpper)) {
-        std::ranges::transform(digits, digits.begin(), ToUpper);
-    }
-    return digits;
+    return ToHex(replaced, std::ranges::any_of(word, IsUpper) ? EHexCase::upper : EHexCase::lower);
 }
 
 std::string TIdentityTexts::ReplaceWords(std::string_view text, ETextContext context) const {

@@ -1,9 +1,11 @@
 #include "machine/capture/pseudonyms.h"
 
+#include "machine/capture/canonical_form.h"
 #include "machine/capture/keyed_digest.h"
 #include "machine/parse/ip_address.h"
 #include "machine/parse/placeholders.h"
-#include "text/text_kinds.h"
+#include "text/ascii.h"
+#include "text/hex.h"
 
 #include <algorithm>
 #include <random>
@@ -106,7 +108,7 @@ void TPseudonyms::Reserve(std::string_view text) {
 }
 
 std::string TPseudonyms::ReplaceBytes(std::string_view bytes) {
-    return FromHex(Replace(ToHex(bytes)));
+    return *ParseHex(Replace(ToHex(bytes)));  // pseudonyms of hexadecimal digits are such digits
 }
 
 std::string TPseudonyms::ReplaceHostName(std::string_view name) {

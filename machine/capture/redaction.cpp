@@ -10,9 +10,8 @@
 #include "machine/parse/proc_net.h"
 #include "machine/parse/spd_eeprom.h"
 #include "machine/system/path_pattern.h"
+#include "text/hex.h"
 #include "text/lines.h"
-#include "text/numbers.h"
-#include "text/text_kinds.h"
 
 #include <algorithm>
 #include <array>
@@ -207,14 +206,14 @@ std::string ReplaceRoutes(std::string_view bytes, const TRedactedMachine& redact
             if (column == interfaceColumn) {
                 return ReplaceAnything(word, redaction);
             }
-            if ((column != destinationColumn && column != gatewayColumn) || word.size() != 2 * ipv4Bytes ||
-                !IsHex(word)) {
+            const bool isAddress = column == destinationColumn || column == gatewayColumn;
+            const auto stored = isAddress && word.size() == 2 * ipv4Bytes ? ParseHex(word) : std::nullopt;
+            if (!stored) {
                 return std::string(word);
             }
-            const auto address = Reversed(FromHex(word));  // a little-endian word
-            std::string text = ToHex(Reversed(redaction.identities.GetPseudonyms().ReplaceAddress(address)));
-            std::ranges::transform(text, text.begin(), ToUpper);
-            return text;
+            const auto address = Reversed(*stored);  // a little-endian word
+            return ToHex(Reversed(redaction.identities.GetPseudonyms().ReplaceAddress(address)),
+                         EHexCase::upper);
         });
     });
 }
@@ -222,10 +221,9 @@ std::string ReplaceRoutes(std::string_view bytes, const TRedactedMachine& redact
 std::string ReplaceIpv6Interfaces(std::string_view bytes, const TRedactedMachine& redaction) {
     return ReplaceLines(bytes, [&](std::string_view line) {
         return ReplaceWords(line, [&](std::size_t column, std::string_view word) {
-            if (column == 0 && word.size() == 2 * ipv6Bytes && IsHex(word)) {
-                return ToHex(redaction.identities.GetPseudonyms().ReplaceAddress(FromHex(word)));
-            }
-            return ReplaceAnything(word, redaction);
+            const auto address = column == 0 && word.size() == 2 * ipv6Bytes ? ParseHex(word) : std::nullopt;
+            return address ? ToHex(redaction.identities.GetPseudonyms().ReplaceAddress(*address))
+                           : ReplaceAnything(word, redaction);
         });
     });
 }

@@ -1,9 +1,9 @@
 #include "machine/capture/scsi_redaction.h"
 
 #include "machine/parse/byte_view.h"
+#include "text/hex.h"
 #include "text/lines.h"
-#include "text/numbers.h"
-#include "text/text_kinds.h"
+#include "text/trim.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -62,7 +62,7 @@ void LearnWorldWideId(std::string_view bytes, TIdentityTexts& identities) {
     }
     if (text.starts_with("nvme.")) {
         const std::string_view digits = SplitAt(SplitAt(text, '-').second, '-').first;
-        identities.Learn(IsHex(digits) ? FromHex(digits) : std::string(digits));
+        identities.Learn(ParseHex(digits).value_or(std::string(digits)));
         return;
     }
     for (const std::string_view mark : worldWideMarks) {

@@ -1,7 +1,6 @@
 #include "machine/capture/smbios_redaction.h"
 
 #include "machine/parse/smbios_system.h"
-#include "text/text_kinds.h"
 
 #include <algorithm>
 #include <cstddef>

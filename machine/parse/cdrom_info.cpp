@@ -1,22 +1,18 @@
 #include "machine/parse/cdrom_info.h"
 
+#include "text/find_row.h"
 #include "text/lines.h"
-#include "text/numbers.h"
 
 namespace NVORHOST {
 
 namespace {
 
-// The words behind the colon of a line.
-std::vector<std::string_view> Cells(std::string_view text) {
-    constexpr std::string_view blanks = " \t\r";
-    std::vector<std::string_view> cells;
-    for (text = TrimBlanks(text); !text.empty(); text = TrimBlanks(text)) {
-        const auto end = text.find_first_of(blanks);
-        cells.push_back(text.substr(0, end));
-        text.remove_prefix(cells.back().size());
+std::vector<std::string_view> SplitWords(std::string_view text) {
+    std::vector<std::string_view> words;
+    for (auto word = TakeWord(text); !word.empty(); word = TakeWord(text)) {
+        words.push_back(word);
     }
-    return cells;
+    return words;
 }
 
 void SetNames(const std::vector<std::string_view>& cells, std::vector<TCdromAbilities>& drives) {
@@ -49,10 +45,8 @@ std::vector<TCdromAbilities> ParseCdromInfo(std::string_view text) {
     std::vector<TCdromAbilities> drives;
     ForEachLine(text, [&](std::string_view line) {
         const auto [title, cells] = SplitAt(line, ':');
-        for (const TInfoLine& known : infoLines) {
-            if (known.title == TrimBlanks(title)) {
-                known.set(Cells(cells), drives);
-            }
+        if (const auto* const known = FindRow(infoLines, &TInfoLine::title, TrimBlanks(title))) {
+            known->set(SplitWords(cells), drives);
         }
     });
     return drives;

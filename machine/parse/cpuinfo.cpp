@@ -1,5 +1,6 @@
 #include "machine/parse/cpuinfo.h"
 
+#include "text/find_row.h"
 #include "text/lines.h"
 #include "text/numbers.h"
 
@@ -8,12 +9,10 @@ namespace NVORHOST {
 namespace {
 
 bool HasWord(std::string_view words, std::string_view wanted) {
-    while (!words.empty()) {
-        const auto [word, rest] = SplitAt(words, ' ');
+    for (auto word = TakeWord(words); !word.empty(); word = TakeWord(words)) {
         if (word == wanted) {
             return true;
         }
-        words = rest;
     }
     return false;
 }
@@ -53,10 +52,9 @@ std::vector<TLogicalProcessor> ParseCpuInfo(std::string_view text) {
             }
             return;
         }
-        for (const TRow& row : rows) {
-            if (row.name == name && !processors.empty()) {
-                row.set(processors.back(), value);
-            }
+        const auto* const row = FindRow(rows, &TRow::name, name);
+        if (row != nullptr && !processors.empty()) {
+            row->set(processors.back(), value);
         }
     });
     return processors;

@@ -1,5 +1,6 @@
 #include "machine/parse/meminfo.h"
 
+#include "text/find_row.h"
 #include "text/lines.h"
 #include "text/numbers.h"
 
@@ -34,10 +35,8 @@ TMemInfo ParseMemInfo(std::string_view text) {
     TMemInfo info;
     ForEachLine(text, [&](std::string_view line) {
         const auto [name, value] = SplitAt(line, ':');
-        for (const TRow& row : rows) {
-            if (row.name == name) {
-                info.*row.member = ParseKiB(value);
-            }
+        if (const auto* const row = FindRow(rows, &TRow::name, name)) {
+            info.*row->member = ParseKiB(value);
         }
     });
     return info;

@@ -7,7 +7,7 @@
 
 namespace NVORHOST {
 
-/// Members are absent when their line is missing or its value is empty.
+/// A member is absent if no line assigns its variable or if the value is empty.
 struct TOsRelease {
     std::optional<std::string> name;        ///< NAME
     std::optional<std::string> prettyName;  ///< PRETTY_NAME
@@ -15,10 +15,7 @@ struct TOsRelease {
     std::optional<std::string> versionId;   ///< VERSION_ID
 };
 
-/// Shape:  shell assignments, one a line; values bare, in single or in double quotes, with the escapes the
-///         shell knows in each. A bare value may contain blanks; after a quoted part a blank ends the value.
-///         The last assignment of a name counts, as in a shell.
-/// Errors: lines that are no assignment, and values whose quotes do not close, are skipped.
+/// Reads values as FindOsReleaseValue does.
 /// Source: os-release(5).
 TOsRelease ParseOsRelease(std::string_view text);
 

@@ -1,6 +1,7 @@
 #include "machine/parse/pci_config.h"
 
 #include "machine/parse/byte_view.h"
+#include "text/find_row.h"
 
 namespace NVORHOST {
 
@@ -20,12 +21,7 @@ constexpr THeaderLayout layouts[] = {
 };
 
 const THeaderLayout* FindLayout(std::uint8_t headerRegister) {
-    for (const THeaderLayout& layout : layouts) {
-        if (static_cast<std::uint8_t>(layout.header) == (headerRegister & 0x7F)) {
-            return &layout;
-        }
-    }
-    return nullptr;
+    return FindRow(layouts, &THeaderLayout::header, static_cast<EPciHeader>(headerRegister & 0x7FU));
 }
 
 // Offset of a capability in the list, or nothing when the list ends, leaves the bytes or runs in a circle.

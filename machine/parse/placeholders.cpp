@@ -1,9 +1,9 @@
 #include "machine/parse/placeholders.h"
 
-#include "text/numbers.h"
+#include "text/ascii.h"
+#include "text/trim.h"
 
 #include <algorithm>
-#include <cctype>
 
 namespace NVORHOST {
 
@@ -88,18 +88,10 @@ constexpr std::string_view constantSerials[] = {
     "20100201396000000",
 };
 
-char ToLower(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 bool IsOneRepeatedFiller(std::string_view text) {
     constexpr std::string_view fillingCharacters = "0fx-.*? ";
     return fillingCharacters.find(text.front()) != std::string_view::npos &&
            std::all_of(text.begin(), text.end(), [&](char c) { return c == text.front(); });
-}
-
-bool IsDigit(char c) {
-    return c >= '0' && c <= '9';
 }
 
 // "0123456789", and longer with 0 after 9. Shorter runs are real numbers too often.
@@ -133,11 +125,9 @@ bool Matches(std::string_view pattern, std::string_view text) {
 }  // namespace
 
 bool IsPlaceholder(std::string_view text) {
-    std::string lower(TrimBlanks(text));
-    std::transform(lower.begin(), lower.end(), lower.begin(), ToLower);
-    const auto isIn = [&](const auto& table) {
-        return std::any_of(std::begin(table), std::end(table),
-                           [&](std::string_view pattern) { return Matches(pattern, lower); });
+    const std::string lower = ToLowerCase(TrimBlanks(text));
+    const auto isIn = [&lower](const auto& table) {
+        return std::ranges::any_of(table, [&](std::string_view pattern) { return Matches(pattern, lower); });
     };
     return lower.empty() || IsOneRepeatedFiller(lower) || IsCountedRun(lower) || isIn(fillers) ||
            isIn(constantSerials);

@@ -1,5 +1,6 @@
 #include "machine/parse/proc_net.h"
 
+#include "text/hex.h"
 #include "text/lines.h"
 #include "text/numbers.h"
 
@@ -11,38 +12,11 @@ namespace NVORHOST {
 
 namespace {
 
-// The next word of `line`, blanks and tabs around it aside; empty at the end.
-std::string_view TakeWord(std::string_view& line) {
-    constexpr std::string_view blanks = " \t";
-    line.remove_prefix(std::min(line.find_first_not_of(blanks), line.size()));
-    const std::string_view word = line.substr(0, line.find_first_of(blanks));
-    line.remove_prefix(word.size());
-    return word;
-}
-
-std::optional<std::string> ParseLittleEndianWord(std::string_view text) {
-    const auto number = text.size() == 8 ? ParseHexNumber<std::uint32_t>(text) : std::nullopt;
-    if (!number) {
-        return std::nullopt;
-    }
-    std::string bytes;
-    for (unsigned int shift = 0; shift < 32; shift += 8) {
-        bytes += static_cast<char>(*number >> shift & 0xFFU);
-    }
-    return bytes;
-}
-
-std::optional<std::string> ParseHexBytes(std::string_view digits, std::size_t count) {
-    if (digits.size() != 2 * count) {
-        return std::nullopt;
-    }
-    std::string bytes;
-    for (std::size_t i = 0; i < count; ++i) {
-        const auto byte = ParseNumber<std::uint8_t>(digits.substr(2 * i, 2), 16);
-        if (!byte) {
-            return std::nullopt;
-        }
-        bytes += static_cast<char>(*byte);
+// The kernel prints the 4 bytes as the number that a little-endian processor reads from them.
+std::optional<std::string> ParseLittleEndianWord(std::string_view digits) {
+    auto bytes = digits.size() == 2 * ipv4Bytes ? ParseHex(digits) : std::nullopt;
+    if (bytes) {
+        std::ranges::reverse(*bytes);
     }
     return bytes;
 }
@@ -100,12 +74,12 @@ std::vector<std::string> ParseLocalIpv4Addresses(std::string_view fibTrie) {
 std::vector<TIpv6Interface> ParseIpv6Interfaces(std::string_view ifInet6) {
     std::vector<TIpv6Interface> interfaces;
     ForEachLine(ifInet6, [&](std::string_view line) {
-        const auto address = ParseHexBytes(TakeWord(line), ipv6Bytes);
+        const auto address = ParseHex(TakeWord(line));
         for (int skipped = 0; skipped < 4; ++skipped) {  // index, prefix length, scope, flags
             (void)TakeWord(line);                        // no property comes from them
         }
         const std::string_view name = TakeWord(line);
-        if (address && !name.empty()) {
+        if (address && address->size() == ipv6Bytes && !name.empty()) {
             interfaces.push_back({std::string(name), *address});
         }
     });

@@ -1,7 +1,7 @@
 #include "machine/parse/release_files.h"
 
+#include "text/ascii.h"
 #include "text/lines.h"
-#include "text/numbers.h"
 
 namespace NVORHOST {
 
@@ -12,7 +12,7 @@ std::string_view FirstLine(std::string_view text) {
 }
 
 bool IsVersion(std::string_view word) {
-    return !word.empty() && word.front() >= '0' && word.front() <= '9';
+    return !word.empty() && IsDigit(word.front());
 }
 
 std::optional<std::string> NonEmpty(std::string_view text) {

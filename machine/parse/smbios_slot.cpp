@@ -1,19 +1,10 @@
 #include "machine/parse/smbios_slot.h"
 
-#include <string_view>
+#include "text/hex.h"
 
 namespace NVORHOST {
 
 namespace {
-
-std::string Hex(std::uint32_t number, int digitCount) {
-    constexpr std::string_view digits = "0123456789abcdef";
-    std::string text;
-    for (int shift = 4 * (digitCount - 1); shift >= 0; shift -= 4) {
-        text += digits[(number >> shift) & 0x0F];
-    }
-    return text;
-}
 
 std::optional<std::string> ParseAddress(const TByteView& fields) {
     const auto segment = fields.GetWord(0x0D);
@@ -25,8 +16,8 @@ std::optional<std::string> ParseAddress(const TByteView& fields) {
     if (*segment == 0xFFFF && *bus == 0xFF && *deviceFunction == 0xFF) {
         return std::nullopt;
     }
-    return Hex(*segment, 4) + ":" + Hex(*bus, 2) + ":" + Hex(*deviceFunction >> 3U, 2) + "." +
-           Hex(*deviceFunction & 0x07U, 1);
+    return ToHexDigits(*segment, 4) + ":" + ToHexDigits(*bus, 2) + ":" +
+           ToHexDigits(*deviceFunction >> 3U, 2) + "." + ToHexDigits(*deviceFunction & 0x07U, 1);
 }
 
 std::optional<bool> ParseHotPlug(const TByteView& fields) {

@@ -1,5 +1,9 @@
 #include "machine/parse/smbios_system.h"
 
+#include "text/ascii.h"
+#include "text/find_row.h"
+#include "text/hex.h"
+
 #include <algorithm>
 
 namespace NVORHOST {
@@ -64,16 +68,12 @@ constexpr TChassisKind chassisKinds[] = {
 }  // namespace
 
 bool IsPlaceholderUuid(std::string_view uuid) {
-    const auto equals = [&](std::string_view other) {
-        return std::equal(uuid.begin(), uuid.end(), other.begin(), other.end(), [](char a, char b) {
-            return (a >= 'a' && a <= 'f' ? static_cast<char>(a - 'a' + 'A') : a) == b;
-        });
-    };
-    return std::any_of(std::begin(placeholderUuids), std::end(placeholderUuids), equals);
+    return std::ranges::any_of(placeholderUuids, [uuid](std::string_view placeholder) {
+        return EqualIgnoringCase(uuid, placeholder);
+    });
 }
 
 std::optional<std::string> FormatSmbiosUuid(std::string_view bytes, TSmbiosVersion version) {
-    constexpr std::string_view digits = "0123456789ABCDEF";
     if (bytes.size() != uuidSize) {
         return std::nullopt;
     }
@@ -83,9 +83,7 @@ std::optional<std::string> FormatSmbiosUuid(std::string_view bytes, TSmbiosVersi
         if (i == 4 || i == 6 || i == 8 || i == 10) {
             text += '-';
         }
-        const auto byte = static_cast<std::uint8_t>(bytes[order[i]]);
-        text += digits[byte >> 4];
-        text += digits[byte & 0x0F];
+        text += ToHex(bytes.substr(order[i], 1), EHexCase::upper);
     }
     return IsPlaceholderUuid(text) ? std::nullopt : std::optional(text);
 }

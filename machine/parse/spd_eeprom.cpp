@@ -1,7 +1,9 @@
 #include "machine/parse/spd_eeprom.h"
 
 #include "machine/parse/byte_view.h"
-#include "text/numbers.h"
+#include "text/find_row.h"
+#include "text/hex.h"
+#include "text/trim.h"
 
 #include <algorithm>
 
@@ -35,20 +37,13 @@ constexpr TSpdLayout layouts[] = {
 };
 
 std::optional<std::string> FormatSerial(std::string_view bytes) {
-    constexpr std::string_view digits = "0123456789ABCDEF";
     const auto isEach = [&](char filler) {
         return std::all_of(bytes.begin(), bytes.end(), [&](char c) { return c == filler; });
     };
     if (isEach('\0') || isEach('\xFF')) {
         return std::nullopt;
     }
-    std::string text;
-    for (const char c : bytes) {
-        const auto byte = static_cast<std::uint8_t>(c);
-        text += digits[byte >> 4];
-        text += digits[byte & 0x0F];
-    }
-    return text;
+    return ToHex(bytes, EHexCase::upper);
 }
 
 // Padded with blanks, by some makers with NULs.
@@ -90,20 +85,14 @@ std::optional<TSpdModule> ParseLayout(const TByteView& view, const TSpdLayout& l
 
 std::optional<TSpdModule> ParseSpdEeprom(std::string_view bytes) {
     const TByteView view(bytes);
-    const auto kind = view.GetByte(2);
-    for (const TSpdLayout& layout : layouts) {
-        if (layout.kind == kind) {
-            return ParseLayout(view, layout);
-        }
-    }
-    return std::nullopt;
+    const auto* const layout = FindRow(layouts, &TSpdLayout::kind, view.GetByte(2));
+    return layout == nullptr ? std::nullopt : ParseLayout(view, *layout);
 }
 
 std::optional<std::size_t> FindSpdSerial(std::string_view bytes) {
     const TByteView view(bytes);
-    const auto* const layout = std::ranges::find_if(
-        layouts, [kind = view.GetByte(2)](const TSpdLayout& row) { return row.kind == kind; });
-    if (layout == std::end(layouts) || !view.GetRange(layout->serialOffset, serialSize)) {
+    const auto* const layout = FindRow(layouts, &TSpdLayout::kind, view.GetByte(2));
+    if (layout == nullptr || !view.GetRange(layout->serialOffset, serialSize)) {
         return std::nullopt;
     }
     return layout->serialOffset;

@@ -1,9 +1,7 @@
 #include "machine/parse/udev_record.h"
 
+#include "text/hex.h"
 #include "text/lines.h"
-#include "text/numbers.h"
-
-#include <cstdint>
 
 namespace NVORHOST {
 
@@ -25,9 +23,9 @@ std::string DecodeUdevEscapes(std::string_view text) {
     std::string decoded;
     while (!text.empty()) {
         const bool isEscape = text.starts_with("\\x") && text.size() >= 4;
-        const auto code = isEscape ? ParseNumber<std::uint8_t>(text.substr(2, 2), 16) : std::nullopt;
-        decoded += code ? static_cast<char>(*code) : text.front();
-        text.remove_prefix(code ? 4 : 1);
+        const auto byte = isEscape ? ParseHex(text.substr(2, 2)) : std::nullopt;
+        decoded += byte ? byte->front() : text.front();
+        text.remove_prefix(byte ? 4 : 1);
     }
     return decoded;
 }

@@ -1,12 +1,14 @@
 #include "machine/replay/captured_answers.h"
 
+#include "text/find_row.h"
+#include "text/hex.h"
+#include "text/lines.h"
+#include "text/numbers.h"
+
 #include <arpa/inet.h>
 #include <sys/socket.h>
 
-#include <algorithm>
 #include <array>
-#include <charconv>
-#include <iterator>
 
 namespace NVORHOST {
 
@@ -14,48 +16,31 @@ namespace {
 
 // ---- words
 
-bool StandsForItself(char c) {
+bool IsPlain(char c) {
     return c > ' ' && c <= '~' && c != '%';
 }
 
 std::string Escape(std::string_view text) {
-    constexpr std::string_view digits = "0123456789abcdef";
     std::string escaped;
     for (const char c : text) {
-        if (StandsForItself(c)) {
+        if (IsPlain(c)) {
             escaped += c;
         } else {
-            const auto byte = static_cast<unsigned char>(c);
-            escaped += {'%', digits[byte >> 4U], digits[byte & 0x0FU]};
+            escaped += "%" + ToHexDigits(static_cast<std::uint8_t>(c), 2);
         }
     }
     return escaped;
 }
 
-template <typename T>
-std::optional<T> ToNumber(std::string_view text, int base = 10) {
-    T number{};
-    const auto* const end = text.data() + text.size();
-    const auto result = std::from_chars(text.data(), end, number, base);
-    return result.ec == std::errc{} && result.ptr == end ? std::optional(number) : std::nullopt;
-}
-
 std::string Unescape(std::string_view text) {
     std::string plain;
     while (!text.empty()) {
-        const auto byte = text.front() == '%' && text.size() >= 3
-                              ? ToNumber<unsigned char>(text.substr(1, 2), 16)
-                              : std::nullopt;
-        plain += byte ? static_cast<char>(*byte) : text.front();
+        const bool isEscape = text.front() == '%' && text.size() >= 3;
+        const auto byte = isEscape ? ParseHex(text.substr(1, 2)) : std::nullopt;
+        plain += byte ? byte->front() : text.front();
         text.remove_prefix(byte ? 3 : 1);
     }
     return plain;
-}
-
-std::string_view TakeWord(std::string_view& line) {
-    const std::string_view word = line.substr(0, line.find(' '));
-    line.remove_prefix(std::min(word.size() + 1, line.size()));
-    return word;
 }
 
 // ---- addresses
@@ -118,7 +103,7 @@ void Read(std::string_view words, std::optional<std::string>& value) {
 }
 
 void Read(std::string_view words, std::optional<std::uint32_t>& value) {
-    value = ToNumber<std::uint32_t>(words);
+    value = ParseNumber<std::uint32_t>(words);
 }
 
 constexpr std::string_view offsetLine = "UtcOffsetMinutes";
@@ -138,15 +123,15 @@ void ForEachWordAnswer(TAnswers& answers, TVisit&& visit) {
 }
 
 std::string FormatRefusal(const TAccessOfPath& access, EReadStatus status) {
-    const auto* const accessRow = std::ranges::find(accessNames, access.access, &TAccessName::access);
-    const auto* const statusRow = std::ranges::find(statusNames, status, &TStatusName::status);
+    const auto* const accessRow = FindRow(accessNames, &TAccessName::access, access.access);
+    const auto* const statusRow = FindRow(statusNames, &TStatusName::status, status);
     return std::string(statusRow->name) + " " + std::string(accessRow->name) + " " + Escape(access.path) +
            "\n";
 }
 
 void ReadAddress(std::string_view words, TCapturedAnswers& answers) {
     TInterfaceAddress row;
-    row.interface = Unescape(TakeWord(words));
+    row.interface = Unescape(TakeUntil(words, ' '));
     row.address = ParseAddress(std::string(words));
     if (answers.interfaceAddresses && !row.address.empty()) {
         answers.interfaceAddresses->push_back(std::move(row));
@@ -154,23 +139,23 @@ void ReadAddress(std::string_view words, TCapturedAnswers& answers) {
 }
 
 void ReadOffset(std::string_view words, TCapturedAnswers& answers) {
-    const auto moment = ToNumber<std::int64_t>(TakeWord(words));
-    const auto offset = ToNumber<int>(words);
+    const auto moment = ParseNumber<std::int64_t>(TakeUntil(words, ' '));
+    const auto offset = ParseNumber<int>(words);
     if (moment && offset) {
         answers.utcOffsetMinutes[*moment] = *offset;
     }
 }
 
 void ReadRefusal(std::string_view statusName, std::string_view words, TCapturedAnswers& answers) {
-    const auto* const status = std::ranges::find(statusNames, statusName, &TStatusName::name);
-    const auto* const access = std::ranges::find(accessNames, TakeWord(words), &TAccessName::name);
-    if (status != std::end(statusNames) && access != std::end(accessNames)) {
+    const auto* const status = FindRow(statusNames, &TStatusName::name, statusName);
+    const auto* const access = FindRow(accessNames, &TAccessName::name, TakeUntil(words, ' '));
+    if (status != nullptr && access != nullptr) {
         answers.refusals[{access->access, Unescape(words)}] = status->status;
     }
 }
 
 void ReadLine(std::string_view line, TCapturedAnswers& answers) {
-    const std::string_view name = TakeWord(line);
+    const std::string_view name = TakeUntil(line, ' ');
     ForEachWordAnswer(answers, [&](std::string_view answer, auto& member) {
         if (answer == name) {
             Read(line, member);
@@ -228,11 +213,7 @@ void MergeCapturedAnswers(const TCapturedAnswers& more, TCapturedAnswers& answer
 
 TCapturedAnswers ParseCapturedAnswers(std::string_view text) {
     TCapturedAnswers answers;
-    while (!text.empty()) {
-        const auto end = std::min(text.find('\n'), text.size());
-        ReadLine(text.substr(0, end), answers);
-        text.remove_prefix(std::min(end + 1, text.size()));
-    }
+    ForEachLine(text, [&answers](std::string_view line) { ReadLine(line, answers); });
     return answers;
 }
 

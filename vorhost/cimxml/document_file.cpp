@@ -81,8 +81,8 @@ class TDocumentFile::TInflater {
 };
 
 TDocumentFile::TDocumentFile(const std::string& path)
-    : path_(path), descriptor_(open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
-    if (descriptor_ < 0) {
+    : path_(path), file_(::open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
+    if (!file_.IsOpen()) {
         Fail("cannot be read: " + std::system_category().message(errno));
     }
     // A pipe may hand out less at a time than a mark is long.
@@ -93,7 +93,6 @@ TDocumentFile::TDocumentFile(const std::string& path)
     const std::string_view start(buffer_.data(), size_);
     for (const TCompression& other : otherCompressions) {
         if (start.starts_with(other.mark)) {
-            (void)close(descriptor_);
             Fail("is compressed with " + std::string(other.name) + ": decompress it first, with " +
                  std::string(other.remedy));
         }
@@ -104,9 +103,7 @@ TDocumentFile::TDocumentFile(const std::string& path)
     }
 }
 
-TDocumentFile::~TDocumentFile() {
-    (void)close(descriptor_);  // nothing was written that closing could lose
-}
+TDocumentFile::~TDocumentFile() = default;
 
 std::string_view TDocumentFile::Read() {
     if (inflater_ != nullptr) {
@@ -126,7 +123,7 @@ void TDocumentFile::Fail(const std::string& cause) const {
 void TDocumentFile::Fill() {
     ssize_t count = 0;
     do {
-        count = read(descriptor_, buffer_.data() + size_, buffer_.size() - size_);
+        count = ::read(file_.Get(), buffer_.data() + size_, buffer_.size() - size_);
     } while (count < 0 && errno == EINTR);
     if (count < 0) {
         Fail("cannot be read: " + std::system_category().message(errno));

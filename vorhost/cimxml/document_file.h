@@ -1,6 +1,8 @@
 // The bytes of a document file, which may be compressed with gzip.
 #pragma once
 
+#include "os/file_descriptor.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -36,7 +38,7 @@ class TDocumentFile {
     std::string_view Inflate();
 
     std::string path_;
-    int descriptor_;
+    TFileDescriptor file_;
     std::array<char, 65536> buffer_{};
     std::size_t size_ = 0;  // bytes of the file in the buffer
     std::unique_ptr<TInflater> inflater_;

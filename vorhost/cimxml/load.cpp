@@ -1,47 +1,24 @@
-// Finds the reader's module beside the program's libraries and hands the work to it.
 #include "vorhost/cimxml/load.h"
 
+#include "os/module.h"
 #include "vorhost/cimxml/loader_entry.h"
 
-#include <dlfcn.h>
-
-#include <filesystem>
-#include <system_error>
+#include <stdexcept>
 
 namespace NVORHOST {
 namespace {
 
-// By the program's own place and not by a search path: the build tree and an installed tree, wherever it was
-// moved to, are laid out alike, and no other module of this name can be picked up.
-std::string ModulePath() {
-    std::error_code error;
-    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
-    if (error) {
-        throw TCimXmlError("the reader of CIM-XML cannot be found: /proc/self/exe: " + error.message());
+TLoaderEntry LoadEntry() {
+    try {
+        return LoadFunction<TLoaderEntry>(
+            FindBesideProgram(NOXINFO_LIB_FROM_BIN "/noxinfo/" NOXINFO_CIMXML_LOADER), loaderEntryName);
+    } catch (const std::runtime_error& error) {
+        throw TCimXmlError(std::string("the CIM-XML reader cannot be loaded: ") + error.what());
     }
-    return (program.parent_path() / NOXINFO_LIB_FROM_BIN / "noxinfo" / NOXINFO_CIMXML_LOADER)
-        .lexically_normal()
-        .string();
-}
-
-[[noreturn]] void ThrowNotLoadable() {
-    const char* const cause = dlerror();  // NOLINT(concurrency-mt-unsafe): per thread in glibc
-    throw TCimXmlError(std::string("the reader of CIM-XML cannot be loaded: ") +
-                       (cause != nullptr ? cause : "unknown cause"));
-}
-
-TLoaderEntry FindEntry() {
-    // Never closed: exceptions that the module threw may still be held somewhere.
-    void* const module = dlopen(ModulePath().c_str(), RTLD_NOW | RTLD_LOCAL);
-    void* const symbol = module != nullptr ? dlsym(module, loaderEntryName) : nullptr;
-    if (symbol == nullptr) {
-        ThrowNotLoadable();
-    }
-    return reinterpret_cast<TLoaderEntry>(symbol);  // NOLINT(*-reinterpret-cast): how dlsym hands it out
 }
 
 TLoaderEntry GetEntry() {
-    static const TLoaderEntry entry = FindEntry();
+    static const TLoaderEntry entry = LoadEntry();
     return entry;
 }
 

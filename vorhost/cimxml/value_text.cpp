@@ -1,6 +1,8 @@
 // One table with a row for each intrinsic type; everything else serves a cell of it.
 #include "vorhost/cimxml/value_text.h"
 
+#include "text/ascii.h"
+#include "text/utf8.h"
 #include "vorhost/cimxml/cim_xml_error.h"
 #include "vorhost/cimxml/xml_text.h"
 #include "vorhost/model/cim_name.h"
@@ -33,10 +35,6 @@ constexpr std::string_view notANumberText = "NaN";
 
 [[noreturn]] void ThrowOutOfRange(std::string_view text, TCIMType type) {
     throw TCimXmlCause(Quote(text) + " is out of range for " + type.ToString());
-}
-
-bool IsDigit(char byte) {
-    return byte >= '0' && byte <= '9';
 }
 
 // Takes a leading sign off the text; true for "-".
@@ -167,28 +165,22 @@ TOptionalText BooleanText(const TCIMValue& value) {
     return std::string(value.GetBoolean() ? trueText : falseText);
 }
 
-// The code of a text that is one character of up to three UTF-8 bytes, which are those of one UTF-16 unit.
-// What XML delivers is valid UTF-8, so the length of the text tells the form.
+// Parses one character of the Basic Multilingual Plane. XML delivers valid UTF-8, so a text that starts with
+// a multi-byte sequence is one character if and only if that sequence is the whole text.
 TCIMValue ParseChar16(TCIMType type, const std::string& text) {
-    constexpr std::array<unsigned, 4> leadBits{0, 0x7F, 0x1F, 0x0F};
-    constexpr std::array<unsigned, 4> lowestLead{0, 0, 0xC0, 0xE0};
-    const std::size_t length = text.size();
-    const unsigned lead = text.empty() ? 0 : static_cast<unsigned char>(text.front());
-    if (length == 0 || length > 3 || (lead & ~leadBits.at(length)) != lowestLead.at(length)) {
+    constexpr std::size_t mostBytes = 3;  // four bytes are a surrogate pair in UTF-16
+    const bool isAscii = text.size() == 1 && static_cast<unsigned char>(text.front()) < 0x80;
+    const std::size_t length = isAscii ? 1 : MultiByteLength(text);
+    if (length == 0 || length != text.size() || length > mostBytes) {
         ThrowMalformed(text, type);
     }
-    unsigned code = lead & leadBits.at(length);
-    for (const char byte : std::string_view(text).substr(1)) {
-        code = code << 6U | (static_cast<unsigned char>(byte) & 0x3FU);
-    }
-    return TCIMValue(static_cast<char16_t>(code));
+    return TCIMValue(static_cast<char16_t>(DecodeUtf8(text)));
 }
 
 TOptionalText Char16Text(const TCIMValue& value) {
     const char16_t unit = value.GetChar16();
     const std::string text = value.ToString(10);
-    const bool isSurrogate = unit >= 0xD800 && unit <= 0xDFFF;
-    return isSurrogate || !IsXmlText(text) ? std::nullopt : TOptionalText(text);
+    return IsSurrogate(unit) || !IsXmlText(text) ? std::nullopt : TOptionalText(text);
 }
 
 TCIMValue ParseString(TCIMType /*type*/, const std::string& text) {

@@ -1,19 +1,18 @@
-// What XML 1.0 lets a document carry as text.
+// The text that an XML 1.0 document can carry.
 #pragma once
 
 #include <string_view>
 
 namespace NVORHOST {
 
-/// True when `bytes` are UTF-8 of characters that XML 1.0 allows: no control characters but tab, line feed
-/// and carriage return, no surrogates, neither U+FFFE nor U+FFFF, no overlong forms. Source: XML 1.0,
-/// production 2 (Char).
+/// True if `bytes` are well-formed UTF-8 without characters that XML 1.0 forbids: control characters other
+/// than tab, line feed and carriage return, U+FFFE and U+FFFF. Source: XML 1.0, production 2 (Char).
 bool IsXmlText(std::string_view bytes);
 
-/// White space as XML knows it: space, tab, line feed, carriage return.
+/// The white space of XML: space, tab, line feed, carriage return. Source: XML 1.0, production 3 (S).
 constexpr std::string_view xmlSpace = " \t\n\r";
 
-/// `text` without the white space at its two ends.
+/// Returns `text` without the white space at its ends.
 std::string_view TrimXmlSpace(std::string_view text);
 
 }  // namespace NVORHOST

@@ -1,6 +1,8 @@
 // CIM date-times: their fields, and their text form (DSP0004, 5.2.4) both ways.
 #include "host/cim_date_time.h"
 
+#include "text/ascii.h"
+
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -10,6 +12,7 @@
 namespace NKELVOR20 {
 namespace {
 
+using NVORHOST::IsDigit;
 using TFields = TCIMDateTime::TFields;
 
 constexpr std::size_t textLength = 25;
@@ -69,10 +72,6 @@ std::span<const TFieldRow> RowsOf(bool isInterval) {
         return intervalRows;
     }
     return timestampRows;
-}
-
-bool IsDigit(char byte) {
-    return byte >= '0' && byte <= '9';
 }
 
 // All of `digits` must be digits.

@@ -2,16 +2,14 @@
 // work on eight bytes at a time, and names in their usual spelling never reach the letter-by-letter compare.
 #include "vorhost/model/cim_name.h"
 
+#include "text/ascii.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
 
 namespace NVORHOST {
 namespace {
-
-constexpr char ToLowerAscii(char letter) noexcept {
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter | 0x20) : letter;
-}
 
 // The odd constant (2^64 divided by the golden ratio) spreads every input bit upwards; the shift brings the
 // spread bits back to the low end, where tables take their index from.
@@ -51,7 +49,7 @@ bool EqualCimNames(std::string_view left, std::string_view right) noexcept {
     if (left == right) {
         return true;
     }
-    return std::ranges::equal(left, right, {}, ToLowerAscii, ToLowerAscii);
+    return EqualIgnoringCase(left, right);
 }
 
 std::size_t TCimNameHash::operator()(std::string_view name) const noexcept {

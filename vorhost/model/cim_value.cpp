@@ -3,6 +3,7 @@
 #include "host/cim_value.h"
 
 #include "host/vor_exception.h"
+#include "text/utf8.h"
 
 #include <algorithm>
 #include <array>
@@ -62,27 +63,14 @@ const T& Require(const TVariant& payload) {
     return *held;
 }
 
-// A single UTF-16 unit cannot be half of a pair, so a surrogate has no character of its own.
-std::string ToUtf8(char16_t unit) {
-    constexpr char16_t replacement = 0xFFFD;
-    const unsigned code = unit >= 0xD800 && unit <= 0xDFFF ? replacement : unit;
-    const auto continuation = [](unsigned bits) { return static_cast<char>(0x80U | (bits & 0x3FU)); };
-    if (code < 0x80) {
-        return {static_cast<char>(code)};
-    }
-    if (code < 0x800) {
-        return {static_cast<char>(0xC0U | code >> 6U), continuation(code)};
-    }
-    return {static_cast<char>(0xE0U | code >> 12U), continuation(code >> 6U), continuation(code)};
-}
-
 // One overload for each kind of payload.
 struct TTextForm {
     unsigned char radix;
 
     std::string operator()(std::monostate /*null*/) const { return {}; }
     std::string operator()(bool value) const { return value ? "true" : "false"; }
-    std::string operator()(char16_t unit) const { return ToUtf8(unit); }
+    /// Half of a surrogate pair becomes the replacement character.
+    std::string operator()(char16_t unit) const { return NVORHOST::EncodeUtf8(unit); }
     std::string operator()(std::uint64_t value) const { return Integer(value); }
     std::string operator()(std::int64_t value) const { return Integer(value); }
     std::string operator()(float value) const { return Real(value); }

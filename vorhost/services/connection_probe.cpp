@@ -3,10 +3,11 @@
 // time.
 #include "vorhost/services/connection_probe.h"
 
+#include "os/file_descriptor.h"
+
 #include <netdb.h>
 #include <poll.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -29,28 +30,9 @@ struct TAddress {
     socklen_t size = 0;
 };
 
-class TSocket {
-  public:
-    explicit TSocket(int family)
-        : descriptor_(::socket(family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)) {}
-    ~TSocket() {
-        if (descriptor_ >= 0) {
-            ::close(descriptor_);
-        }
-    }
-    TSocket(TSocket&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
-    TSocket& operator=(TSocket&& other) noexcept {
-        std::swap(descriptor_, other.descriptor_);
-        return *this;
-    }
-    TSocket(const TSocket&) = delete;
-    TSocket& operator=(const TSocket&) = delete;
-
-    int GetDescriptor() const { return descriptor_; }
-
-  private:
-    int descriptor_;
-};
+TFileDescriptor OpenSocket(int family) {
+    return TFileDescriptor(::socket(family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+}
 
 // Shared between the waiting caller and the resolving thread; whoever leaves last frees it.
 class TResolution {
@@ -107,12 +89,12 @@ std::vector<TAddress> ResolveUntil(const std::string& hostName, const std::strin
 
 enum class EAttempt { connected, pending, failed };
 
-EAttempt Begin(const TSocket& socket, const TAddress& address) {
+EAttempt Begin(const TFileDescriptor& socket, const TAddress& address) {
     const auto* target = reinterpret_cast<const sockaddr*>(&address.bytes);  // NOLINT(*-reinterpret-cast)
-    if (socket.GetDescriptor() >= 0 && ::connect(socket.GetDescriptor(), target, address.size) == 0) {
+    if (socket.IsOpen() && ::connect(socket.Get(), target, address.size) == 0) {
         return EAttempt::connected;
     }
-    return socket.GetDescriptor() >= 0 && errno == EINPROGRESS ? EAttempt::pending : EAttempt::failed;
+    return socket.IsOpen() && errno == EINPROGRESS ? EAttempt::pending : EAttempt::failed;
 }
 
 EAttempt Check(const pollfd& polled) {
@@ -131,10 +113,10 @@ class TAttempts {
     // True when one is there at once.
     bool BeginAll(const std::vector<TAddress>& addresses) {
         return std::ranges::any_of(addresses, [this](const TAddress& address) {
-            TSocket socket(address.bytes.ss_family);
+            TFileDescriptor socket = OpenSocket(address.bytes.ss_family);
             const EAttempt state = Begin(socket, address);
             if (state == EAttempt::pending) {
-                polled_.push_back({socket.GetDescriptor(), POLLOUT, 0});
+                polled_.push_back({socket.Get(), POLLOUT, 0});
                 sockets_.push_back(std::move(socket));
             }
             return state == EAttempt::connected;
@@ -170,7 +152,7 @@ class TAttempts {
         return false;
     }
 
-    std::vector<TSocket> sockets_;
+    std::vector<TFileDescriptor> sockets_;
     std::vector<pollfd> polled_;
 };
 

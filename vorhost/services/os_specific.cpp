@@ -3,9 +3,9 @@
 #include "host/os_specific.h"
 
 #include "host/vor_exception.h"
+#include "text/os_release.h"
 #include "vorhost/services/connection_probe.h"
 #include "vorhost/services/host_settings.h"
-#include "vorhost/services/os_release.h"
 
 #include <sys/utsname.h>
 
@@ -64,7 +64,7 @@ std::optional<std::string> ReadPrettyName() {
     for (const char* path : {"/etc/os-release", "/usr/lib/os-release"}) {
         std::ifstream file(path, std::ios::binary);
         const std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-        if (auto name = NVORHOST::ParsePrettyName(text)) {
+        if (auto name = NVORHOST::FindOsReleaseValue(text, "PRETTY_NAME")) {
             return name;
         }
     }

@@ -1,17 +1,18 @@
-// The upload service's identifiers: derived on the spot, or issued by a service over HTTP.
 #include "host/zet_upload.h"
 
 #include "host/root_object.h"
+#include "os/module.h"
 #include "text/shown_text.h"
+#include "text/trim.h"
 #include "vorhost/upload/entity_service.h"
 #include "vorhost/upload/form_post.h"
 
 #include <boost/uuid/name_generator_sha1.hpp>
 #include <boost/uuid/uuid_io.hpp>
-#include <dlfcn.h>
 
 #include <array>
 #include <cstddef>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -23,7 +24,7 @@ using NVORHOST::TFormField;
 using NVORHOST::TPostForm;
 using NVORHOST::TPostResult;
 
-// In the order of the operation's arguments, which is also the order of the name that is hashed.
+// The arguments of the operation in its order, which is also the order of the name that is hashed.
 using TArguments = std::array<TFormField, 5>;
 
 std::string DeriveIdentifier(const TArguments& arguments) {
@@ -35,31 +36,19 @@ std::string DeriveIdentifier(const TArguments& arguments) {
     return boost::uuids::to_string(generate(name));
 }
 
-// The module lies relative to this very library, wherever an installation has been moved to.
-std::string GetModulePath() {
-    static const char anchor = 0;
-    Dl_info self{};
-    if (::dladdr(&anchor, &self) == 0 || self.dli_fname == nullptr) {
-        return NOXINFO_HTTP_MODULE;
-    }
-    const std::string_view own = self.dli_fname;
-    return std::string(own.substr(0, own.rfind('/') + 1)) + NOXINFO_HTTP_MODULE;
-}
-
 struct TModule {
     TPostForm* postForm = nullptr;
     std::string failure;
 };
 
-// Stays loaded: libcurl keeps state for the whole process.
 TModule LoadModule() {
-    void* handle = ::dlopen(GetModulePath().c_str(), RTLD_NOW | RTLD_LOCAL);
-    void* symbol = handle == nullptr ? nullptr : ::dlsym(handle, NVORHOST::postFormSymbol);
-    if (symbol == nullptr) {
-        const char* cause = ::dlerror();  // NOLINT(concurrency-mt-unsafe): per thread in glibc
-        return {nullptr, cause == nullptr ? "the HTTP module cannot be loaded" : cause};
+    static const char anchor = 0;  // of this library, beside which the module is installed
+    try {
+        const std::string path = NVORHOST::FindBesideObject(&anchor, NOXINFO_HTTP_MODULE);
+        return {NVORHOST::LoadFunction<TPostForm*>(path, NVORHOST::postFormSymbol), {}};
+    } catch (const std::runtime_error& error) {
+        return {nullptr, error.what()};
     }
-    return {reinterpret_cast<TPostForm*>(symbol), {}};  // NOLINT(*-reinterpret-cast): as dlsym is meant
 }
 
 TPostResult PostForm(const std::string& url, const TArguments& arguments) {
@@ -71,16 +60,7 @@ TPostResult PostForm(const std::string& url, const TArguments& arguments) {
     return result;
 }
 
-std::string Trim(std::string_view text) {
-    constexpr std::string_view blanks = " \t\r\n\v\f";
-    const auto begin = text.find_first_not_of(blanks);
-    if (begin == std::string_view::npos) {
-        return {};
-    }
-    return std::string(text.substr(begin, text.find_last_not_of(blanks) - begin + 1));
-}
-
-// What is wrong with an identifier that a service has issued; empty when nothing is.
+// Describes why an identifier that the service issued is unusable; empty for a usable one.
 std::string FindFault(const std::string& identifier) {
     constexpr std::size_t longestBytes = 1024;
     if (identifier.size() > longestBytes) {
@@ -103,7 +83,7 @@ std::string RequestIdentifier(const std::string& url, const TArguments& argument
     if (!result.succeeded) {
         return Fail(url, result.text);
     }
-    std::string identifier = Trim(result.text);
+    std::string identifier(NVORHOST::TrimBlanks(result.text));
     const std::string fault = FindFault(identifier);
     return fault.empty() ? identifier : Fail(url, "no usable answer: " + fault);
 }

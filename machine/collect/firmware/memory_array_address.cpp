@@ -3,7 +3,7 @@
 #include "machine/collect/frame/collection.h"
 #include "machine/collect/frame/keyed_records.h"
 #include "machine/parse/smbios_memory.h"
-#include "text/hexadecimal.h"
+#include "text/hex.h"
 
 #include <algorithm>
 #include <iterator>

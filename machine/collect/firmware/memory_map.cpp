@@ -4,7 +4,7 @@
 #include "machine/collect/frame/collection.h"
 #include "machine/collect/frame/keyed_records.h"
 #include "machine/parse/iomem.h"
-#include "text/hexadecimal.h"
+#include "text/hex.h"
 
 #include <algorithm>
 #include <iterator>

@@ -175,31 +175,6 @@ std::string Join(const std::vector<std::string>& parts) {
 
 }  // namespace
 
-std::string ResolveLinkText(std::string_view linkPath, std::string_view target) {
-    std::vector<std::string_view> names;
-    const auto walk = [&](std::string_view path) {
-        while (!path.empty()) {
-            const auto [name, rest] = SplitAt(path, '/');
-            if (name == ".." && !names.empty()) {
-                names.pop_back();
-            } else if (!name.empty() && name != "." && name != "..") {
-                names.push_back(name);
-            }
-            path = rest;
-        }
-    };
-    if (!target.starts_with('/')) {
-        walk(linkPath.substr(0, linkPath.rfind('/')));
-    }
-    walk(target);
-    std::string resolved;
-    for (const std::string_view name : names) {
-        resolved += '/';
-        resolved += name;
-    }
-    return resolved;
-}
-
 std::string FindEntryDevice(const ISystemFiles& files, const std::string& entry) {
     if (const auto link = files.ReadLink(entry); link.IsOk()) {
         return ResolveLinkText(entry, link.value);

@@ -2,14 +2,12 @@
 #pragma once
 
 #include "machine/system/system_files.h"
+#include "os/path_walk.h"
 
 #include <string>
 #include <string_view>
 
 namespace NVORHOST {
-
-/// `path` made absolute and free of "." and "..", as text only: `target` as a link at `linkPath` has it.
-std::string ResolveLinkText(std::string_view linkPath, std::string_view target);
 
 /// The folder below /sys/devices that the entry of a class leads to ("/sys/block/sda"). Kernels that have
 /// folders there link the device inside. Empty without links.
