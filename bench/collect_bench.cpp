@@ -1,7 +1,7 @@
 // Collecting from machines of growing size: twice the machine is to take twice the time. The machines are
 // trees below TMPDIR; on a file system in memory they are made and removed the quickest.
 #include "bench/ratio.h"
-#include "machine/collect/run/collector.h"
+#include "machine/collect/run/collection_run.h"
 #include "machine/system/rooted_files.h"
 
 #include <benchmark/benchmark.h>

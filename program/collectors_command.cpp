@@ -1,6 +1,6 @@
 #include "program/collectors_command.h"
 
-#include "machine/collect/run/collector.h"
+#include "machine/collect/run/collectors.h"
 
 #include <string_view>
 
@@ -17,8 +17,9 @@ void WriteRows(std::ostream& out, std::string_view label, const TRows& rows, TTe
 
 void ListCollector(const TCollector& collector, std::ostream& out) {
     out << collector.name << ": " << collector.description;
-    out << (collector.onlyWhenAskedFor ? "; only with --with-processes\n" : "\n");
-    WriteRows(out, "fills", collector.fills, [](const TClassShape& shape) { return shape.name; });
+    out << (collector.isOptIn ? "; only with --with-processes\n" : "\n");
+    WriteRows(out, "fills", collector.fills,
+              [](const IClassDeclaration* declaration) { return declaration->GetName(); });
     WriteRows(out, "reads", collector.reads, [](TSourcePattern pattern) { return pattern; });
 }
 

@@ -1,6 +1,6 @@
 #include "program/completion_script.h"
 
-#include "machine/collect/run/collector.h"
+#include "machine/collect/run/collectors.h"
 
 #include <algorithm>
 #include <map>

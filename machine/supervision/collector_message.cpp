@@ -157,9 +157,9 @@ std::vector<std::string> ReadTexts(TMessageReader& message) {
 }  // namespace
 
 void TInstancesWriter::WriteNew(const TCollector& collector, TMessageWriter& message) {
-    for (const TClassShape& shape : collector.fills) {
-        const auto& instances = source_.FindClass(shape.name)->GetInstances();
-        std::size_t& written = written_[shape.name];
+    for (const IClassDeclaration* declaration : collector.fills) {
+        const auto& instances = source_.FindClass(declaration->GetName())->GetInstances();
+        std::size_t& written = written_[declaration->GetName()];
         message.WriteNumber(instances.size() - written);
         for (; written < instances.size(); ++written) {
             const auto properties = instances[written]->GetProperties();
@@ -173,8 +173,8 @@ void TInstancesWriter::WriteNew(const TCollector& collector, TMessageWriter& mes
 }
 
 void ReadInstances(const TCollector& collector, TMessageReader& message, TMemoryNamespace& target) {
-    for (const TClassShape& shape : collector.fills) {
-        const auto filled = target.FindClass(shape.name);
+    for (const IClassDeclaration* declaration : collector.fills) {
+        const auto filled = target.FindClass(declaration->GetName());
         for (std::uint64_t left = message.ReadNumber(); left > 0; --left) {
             const auto instance = filled->NewInstance();
             for (std::uint64_t properties = message.ReadNumber(); properties > 0; --properties) {

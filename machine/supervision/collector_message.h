@@ -1,7 +1,7 @@
 // What one collector gave, as a message: its report and the instances it has committed.
 #pragma once
 
-#include "machine/collect/run/collector.h"
+#include "machine/collect/run/collection_run.h"
 #include "machine/supervision/message.h"
 #include "vorhost/model/memory_namespace.h"
 

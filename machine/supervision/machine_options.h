@@ -2,7 +2,7 @@
 #pragma once
 
 #include "host/cim_date_time.h"
-#include "machine/collect/run/collector.h"
+#include "machine/collect/run/collectors.h"
 
 #include <chrono>
 #include <optional>

@@ -8,6 +8,7 @@
 //   counts      a1 b1    c2 d2    e3 f3 g3
 #pragma once
 
+#include "machine/collect/run/collection_run.h"
 #include "machine/supervision/machine_options.h"
 #include "machine/supervision/recorded_machine.h"
 #include "vorhost/model/memory_namespace.h"

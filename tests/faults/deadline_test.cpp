@@ -1,7 +1,7 @@
 // Sources that never answer, grow without end or exhaust the resources of a run: the run ends in time with
 // all the rest and names them, or fails and keeps the earlier files.
 #include "faulted_run.h"
-#include "machine/collect/run/collector.h"
+#include "machine/collect/run/collection_run.h"
 #include "machine/system/recording_files.h"
 #include "machine_on_disk.h"
 #include "tests/program/temporary_directory.h"

@@ -1,18 +1,21 @@
-#include "machine/collect/bus/controller.h"
-
+// KELSG_VideoController, KELSG_USBController and KELSG_IDEProtocolController: one instance per controller:
+// first the PCI functions of these classes in the order of their addresses, then display and USB controllers
+// on other buses. A PCI controller is also collected as a PCI function.
 #include "machine/collect/bus/pci_class_name.h"
+#include "machine/collect/bus/pci_source.h"
 #include "machine/collect/bus/usb_tree.h"
 #include "machine/collect/frame/attribute.h"
 #include "machine/collect/frame/collection.h"
+#include "machine/collect/frame/collector.h"
 #include "machine/collect/frame/device_position.h"
 #include "text/lines.h"
+#include "text/numbers.h"
 
 #include <algorithm>
 #include <limits>
 #include <set>
 
 namespace NVORHOST {
-
 namespace {
 
 struct TController {
@@ -25,23 +28,23 @@ constexpr TPropertyRow<TController> videoRows[] = {
     {"ElementName", &TController::elementName},
     {"Description", &TController::description},
     {"DeviceID", &TController::deviceId},
-    {"OperationalStatus", TNeverKnown{ECimType::eUint16, /*isArray=*/true}},
-    {"MaxNumberControlled", TNeverKnown{ECimType::eUint32}},
-    {"ProtocolSupported", TNeverKnown{ECimType::eUint16}},
-    {"TimeOfLastReset", TNeverKnown{ECimType::eDateTime}},
+    {"OperationalStatus", TUnavailable{ECimType::eUint16, /*isArray=*/true}},
+    {"MaxNumberControlled", TUnavailable{ECimType::eUint32}},
+    {"ProtocolSupported", TUnavailable{ECimType::eUint16}},
+    {"TimeOfLastReset", TUnavailable{ECimType::eDateTime}},
     {"MaxMemorySupported", &TController::videoMemoryBytes},
-    {"NumberOfVideoPages", TNeverKnown{ECimType::eUint32}},
-    {"VideoMemoryType", TNeverKnown{ECimType::eUint16}},
+    {"NumberOfVideoPages", TUnavailable{ECimType::eUint32}},
+    {"VideoMemoryType", TUnavailable{ECimType::eUint16}},
 };
 
 constexpr TPropertyRow<TController> usbRows[] = {
     {"ElementName", &TController::elementName},
     {"Description", &TController::description},
     {"DeviceID", &TController::deviceId},
-    {"OperationalStatus", TNeverKnown{ECimType::eUint16, /*isArray=*/true}},
+    {"OperationalStatus", TUnavailable{ECimType::eUint16, /*isArray=*/true}},
     {"MaxNumberControlled", &TController::maxNumberControlled},
     {"ProtocolSupported", &TController::protocolSupported},
-    {"TimeOfLastReset", TNeverKnown{ECimType::eDateTime}},
+    {"TimeOfLastReset", TUnavailable{ECimType::eDateTime}},
     {"InterfaceType", &TController::interfaceType},
     {"USBVersion", &TController::usbVersion},
 };
@@ -50,17 +53,14 @@ constexpr TPropertyRow<TController> ideRows[] = {
     {"ElementName", &TController::elementName},
     {"Description", &TController::description},
     {"DeviceID", &TController::deviceId},
-    {"OperationalStatus", TNeverKnown{ECimType::eUint16, /*isArray=*/true}},
+    {"OperationalStatus", TUnavailable{ECimType::eUint16, /*isArray=*/true}},
 };
 
-constexpr TClassShape classes[] = {
-    MakeShape<TController, videoRows>("KELSG_VideoController"),
-    MakeShape<TController, usbRows>("KELSG_USBController"),
-    MakeShape<TController, ideRows>("KELSG_IDEProtocolController"),
-};
-constexpr const TClassShape& videoClass = classes[0];
-constexpr const TClassShape& usbClass = classes[1];
-constexpr const TClassShape& ideClass = classes[2];
+constexpr TCimClass<TController> videoControllerClass{"KELSG_VideoController", videoRows};
+constexpr TCimClass<TController> usbControllerClass{"KELSG_USBController", usbRows};
+constexpr TCimClass<TController> ideControllerClass{"KELSG_IDEProtocolController", ideRows};
+constexpr const IClassDeclaration* classes[] = {&videoControllerClass, &usbControllerClass,
+                                                &ideControllerClass};
 
 constexpr TSourcePattern sourcePatterns[] = {
     "/sys/bus/pci/devices", "/sys/bus/pci/devices/*", "/sys/bus/pci/devices/*/*",
@@ -160,7 +160,7 @@ void CommitPciUsb(TCollection& collection, const TPciSource& source, const std::
             controller.usbVersion = row->usbVersion;
         }
     }
-    collection.Commit<TController>(usbClass, usbRows, controller);
+    collection.Commit(usbControllerClass, controller);
 }
 
 // Root hubs that hang on no PCI function: system-on-chip and simulated controllers.
@@ -178,7 +178,7 @@ void CommitOtherUsb(TCollection& collection, const std::vector<TUsbRootHub>& hub
         controller.maxNumberControlled = usbAddressSpace;
         controller.protocolSupported = usbProtocol;
         controller.usbVersion = FindRootHubVersion(collection.GetFiles(), hubs, hub.controllerPath);
-        collection.Commit<TController>(usbClass, usbRows, controller);
+        collection.Commit(usbControllerClass, controller);
     }
 }
 
@@ -192,7 +192,7 @@ void CommitPciVideo(TCollection& collection, const TPciSource& source) {
     if (bytes && *bytes != 0 && *bytes <= std::numeric_limits<std::uint32_t>::max()) {
         controller.videoMemoryBytes = static_cast<std::uint32_t>(*bytes);
     }
-    collection.Commit<TController>(videoClass, videoRows, controller);
+    collection.Commit(videoControllerClass, controller);
 }
 
 // "card0", not its connectors "card0-VGA-1".
@@ -241,7 +241,7 @@ void CommitOtherVideos(TCollection& collection, const std::set<std::string, std:
         controller.deviceId = position.empty() ? LastName(device) : position;
         controller.elementName = "Display controller " + *controller.deviceId;
         controller.description = "Display controller";
-        collection.Commit<TController>(videoClass, videoRows, controller);
+        collection.Commit(videoControllerClass, controller);
     }
 }
 
@@ -253,21 +253,11 @@ bool HasClass(const TPciSource& source, std::uint8_t baseClass, std::uint8_t sub
     return source.baseClass == baseClass && source.subclass == subclass;
 }
 
-}  // namespace
-
-std::span<const TClassShape> GetControllerClasses() {
-    return classes;
-}
-
-std::span<const TSourcePattern> GetControllerSources() {
-    return sourcePatterns;
-}
-
 void CollectControllers(TCollection& collection) {
     const std::vector<TUsbRootHub> hubs = ReadUsbRootHubs(collection.GetFiles());
     std::set<std::string> usbPaths;
     std::set<std::string, std::less<>> displays;
-    for (const TPciSource& source : collection.GetPciSources()) {
+    for (const TPciSource& source : GetPciSources(collection)) {
         if (source.baseClass == displayClass) {
             CommitPciVideo(collection, source);
             displays.insert(source.address);
@@ -275,11 +265,21 @@ void CollectControllers(TCollection& collection) {
             CommitPciUsb(collection, source, hubs);
             usbPaths.insert(FindPciPath(collection.GetFiles(), source));
         } else if (HasClass(source, 0x01, 0x01)) {
-            collection.Commit<TController>(ideClass, ideRows, MakePciController(collection, source));
+            collection.Commit(ideControllerClass, MakePciController(collection, source));
         }
     }
     CommitOtherVideos(collection, displays);
     CommitOtherUsb(collection, hubs, usbPaths);
 }
+
+}  // namespace
+
+extern constinit const TCollector controllerCollector{
+    .name = "controller",
+    .description = "Display, USB and IDE controllers",
+    .fills = classes,
+    .reads = sourcePatterns,
+    .collect = CollectControllers,
+};
 
 }  // namespace NVORHOST

@@ -1,7 +1,6 @@
 #include "machine/collect/bus/pci_class_name.h"
 
 namespace NVORHOST {
-
 namespace {
 
 struct TBaseClassRow {

@@ -1,14 +1,15 @@
-#include "machine/collect/bus/pci_function.h"
-
+// KELSG_PCIDevice and KELSG_PCIBridge: one instance per PCI function in the order of their addresses:
+// KELSG_PCIDevice for header type 0, KELSG_PCIBridge for types 1 and 2. The class code decides if the
+// registers cannot be read.
 #include "machine/collect/bus/pci_class_name.h"
 #include "machine/collect/bus/pci_source.h"
 #include "machine/collect/frame/attribute.h"
 #include "machine/collect/frame/collection.h"
+#include "machine/collect/frame/collector.h"
 
 #include <algorithm>
 
 namespace NVORHOST {
-
 namespace {
 
 struct TFunction {
@@ -27,10 +28,10 @@ constexpr TPropertyRow<TFunction> functionRows[] = {
     {"ElementName", &TFunction::elementName},
     {"Description", &TFunction::description},
     {"DeviceID", &TFunction::deviceId},
-    {"OperationalStatus", TNeverKnown{ECimType::eUint16, /*isArray=*/true}},
-    {"MaxNumberControlled", TNeverKnown{ECimType::eUint32}},
+    {"OperationalStatus", TUnavailable{ECimType::eUint16, /*isArray=*/true}},
+    {"MaxNumberControlled", TUnavailable{ECimType::eUint32}},
     {"ProtocolSupported", &TFunction::protocolSupported},
-    {"TimeOfLastReset", TNeverKnown{ECimType::eDateTime}},
+    {"TimeOfLastReset", TUnavailable{ECimType::eDateTime}},
     {"CacheLineSize", &TFunction::cacheLineSize},
     {"ClassCode", &TFunction::classCode},
     {"DeviceSelectTiming", &TFunction::deviceSelectTiming},
@@ -61,10 +62,9 @@ constexpr TPropertyRow<TFunction> bridgeOwnRows[] = {
 };
 constexpr auto bridgeRows = JoinRows(functionRows, bridgeOwnRows);
 
-constexpr TClassShape classes[] = {
-    MakeShape<TFunction, deviceRows>("KELSG_PCIDevice"),
-    MakeShape<TFunction, bridgeRows>("KELSG_PCIBridge"),
-};
+constexpr TCimClass<TFunction> pciDeviceClass{"KELSG_PCIDevice", deviceRows};
+constexpr TCimClass<TFunction> pciBridgeClass{"KELSG_PCIBridge", bridgeRows};
+constexpr const IClassDeclaration* classes[] = {&pciDeviceClass, &pciBridgeClass};
 
 constexpr auto sourcePatterns = pciSources;
 
@@ -221,27 +221,25 @@ TFunction MakeFunction(TCollection& collection, const TPciSource& source) {
     return function;
 }
 
-}  // namespace
-
-std::span<const TClassShape> GetPciFunctionClasses() {
-    return classes;
-}
-
-std::span<const TSourcePattern> GetPciFunctionSources() {
-    return sourcePatterns;
-}
-
 void CollectPciFunctions(TCollection& collection) {
-    const TClassShape& deviceClass = classes[0];
-    const TClassShape& bridgeClass = classes[1];
-    for (const TPciSource& source : collection.GetPciSources()) {
+    for (const TPciSource& source : GetPciSources(collection)) {
         const TFunction function = MakeFunction(collection, source);
         if (IsBridge(source)) {
-            collection.Commit<TFunction>(bridgeClass, bridgeRows, function);
+            collection.Commit(pciBridgeClass, function);
         } else {
-            collection.Commit<TFunction>(deviceClass, deviceRows, function);
+            collection.Commit(pciDeviceClass, function);
         }
     }
 }
+
+}  // namespace
+
+extern constinit const TCollector pciFunctionCollector{
+    .name = "pci",
+    .description = "Functions and bridges on the PCI buses",
+    .fills = classes,
+    .reads = sourcePatterns,
+    .collect = CollectPciFunctions,
+};
 
 }  // namespace NVORHOST

@@ -5,7 +5,6 @@
 #include <cstdint>
 
 namespace NVORHOST {
-
 namespace {
 
 constexpr std::string_view slotsFolder = "/sys/bus/pci/slots/";

@@ -2,6 +2,7 @@
 
 #include "machine/collect/bus/pci_class_name.h"
 #include "machine/collect/frame/attribute.h"
+#include "machine/collect/frame/collection.h"
 #include "text/lines.h"
 
 #include <algorithm>
@@ -9,7 +10,6 @@
 #include <string_view>
 
 namespace NVORHOST {
-
 namespace {
 
 constexpr std::string_view functionsFolder = "/sys/bus/pci/devices";
@@ -141,7 +141,15 @@ std::string Hex4(std::uint16_t number) {
     return text;
 }
 
+std::vector<TPciSource> ReadSharedSources(TCollection& collection) {
+    return ReadPciSources(collection.GetFiles());
+}
+
 }  // namespace
+
+const std::vector<TPciSource>& GetPciSources(TCollection& collection) {
+    return collection.ReadOnce(ReadSharedSources);
+}
 
 std::vector<TPciSource> ReadPciSources(const ISystemFiles& files) {
     std::vector<TPciSource> sources;

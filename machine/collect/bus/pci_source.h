@@ -1,4 +1,4 @@
-// The functions on the machine's PCI buses as several collectors need them, read once.
+// The functions on the machine's PCI buses, shared between collectors.
 #pragma once
 
 #include "machine/collect/frame/device_names.h"
@@ -14,6 +14,8 @@
 
 namespace NVORHOST {
 
+class TCollection;
+
 /// What is known of a function before it becomes instances.
 struct TPciSource : TPciNumbers {
     std::string address;               ///< with its domain, "0000:00:1f.2"
@@ -25,6 +27,9 @@ struct TPciSource : TPciNumbers {
 /// Every function in the order of their addresses. A captured tree without /sys/bus/pci has them below
 /// /sys/devices/pci*.
 std::vector<TPciSource> ReadPciSources(const ISystemFiles& files);
+
+/// The functions of the collection's machine, read at the first call.
+const std::vector<TPciSource>& GetPciSources(TCollection& collection);
 
 /// What that reads.
 inline constexpr std::array<TSourcePattern, 4> pciSources{

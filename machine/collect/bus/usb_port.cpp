@@ -1,14 +1,13 @@
-#include "machine/collect/bus/usb_port.h"
-
+// KELSG_USBPort: one instance per port of every hub, root hubs and empty ports included.
 #include "machine/collect/bus/usb_tree.h"
 #include "machine/collect/frame/attribute.h"
 #include "machine/collect/frame/collection.h"
+#include "machine/collect/frame/collector.h"
 #include "machine/collect/frame/keyed_records.h"
 
 #include <algorithm>
 
 namespace NVORHOST {
-
 namespace {
 
 struct TPortRecord {
@@ -20,14 +19,13 @@ constexpr TPropertyRow<TPortRecord> portRows[] = {
     {"ElementName", &TPortRecord::elementName},
     {"Description", &TPortRecord::description},
     {"DeviceID", &TPortRecord::deviceId},
-    {"OperationalStatus", TNeverKnown{ECimType::eUint16, /*isArray=*/true}},
+    {"OperationalStatus", TUnavailable{ECimType::eUint16, /*isArray=*/true}},
     {"MaxSpeed", &TPortRecord::maxSpeedBitsPerSecond},
     {"Speed", &TPortRecord::speedBitsPerSecond},
 };
 
-constexpr TClassShape classes[] = {
-    MakeShape<TPortRecord, portRows>("KELSG_USBPort"),
-};
+constexpr TCimClass<TPortRecord> usbPortClass{"KELSG_USBPort", portRows};
+constexpr const IClassDeclaration* classes[] = {&usbPortClass};
 
 constexpr TSourcePattern sourcePatterns[] = {
     "/sys/bus/usb/devices",
@@ -117,24 +115,23 @@ TPortRecord MakePort(TCollection& collection, const TUsbPort& port, THubSpeed& h
     return record;
 }
 
-}  // namespace
-
-std::span<const TClassShape> GetUsbPortClasses() {
-    return classes;
-}
-
-std::span<const TSourcePattern> GetUsbPortSources() {
-    return sourcePatterns;
-}
-
 void CollectUsbPorts(TCollection& collection) {
     std::vector<TKeyedRecord<TPortRecord>> records;
     THubSpeed hubSpeed;
     for (const TUsbPort& port : ReadUsbPorts(collection.GetFiles())) {
         records.push_back({MakePort(collection, port, hubSpeed), {"", port.position}});
     }
-    CommitKeyed<TPortRecord>(collection, classes[0], portRows, std::move(records), &TPortRecord::deviceId,
-                             "USB port");
+    CommitKeyed(collection, usbPortClass, std::move(records), &TPortRecord::deviceId, "USB port");
 }
+
+}  // namespace
+
+extern constinit const TCollector usbPortCollector{
+    .name = "usb-port",
+    .description = "Ports of the USB hubs",
+    .fills = classes,
+    .reads = sourcePatterns,
+    .collect = CollectUsbPorts,
+};
 
 }  // namespace NVORHOST

@@ -11,7 +11,6 @@
 #include <utility>
 
 namespace NVORHOST {
-
 namespace {
 
 constexpr std::string_view devicesFolder = "/sys/bus/usb/devices";

@@ -1,15 +1,16 @@
-#include "machine/collect/firmware/card.h"
-
+// KELSG_Card: one instance per board of the SMBIOS table; without a table one for the board of
+// /sys/class/dmi/id.
 #include "machine/collect/frame/attribute.h"
 #include "machine/collect/frame/collection.h"
+#include "machine/collect/frame/collector.h"
 #include "machine/collect/frame/dmi_folder.h"
 #include "machine/collect/frame/keyed_records.h"
 #include "machine/collect/frame/named_place.h"
+#include "machine/collect/frame/smbios_source.h"
 #include "machine/parse/placeholders.h"
 #include "machine/parse/smbios_system.h"
 
 namespace NVORHOST {
-
 namespace {
 
 struct TCard {
@@ -22,10 +23,10 @@ struct TCard {
 constexpr TPropertyRow<TCard> cardRows[] = {
     {"ElementName", &TCard::elementName},
     {"Description", &TCard::description},
-    {"ManufactureDate", TNeverKnown{ECimType::eDateTime}},
+    {"ManufactureDate", TUnavailable{ECimType::eDateTime}},
     {"Manufacturer", &TCard::manufacturer},
     {"Model", &TCard::model},
-    {"PartNumber", TNeverKnown{ECimType::eString}},
+    {"PartNumber", TUnavailable{ECimType::eString}},
     {"SerialNumber", &TCard::serialNumber},
     {"Tag", &TCard::tag},
     {"Version", &TCard::version},
@@ -33,12 +34,11 @@ constexpr TPropertyRow<TCard> cardRows[] = {
     {"UserTracking", &TCard::userTracking},
     {"HostingBoard", &TCard::hostingBoard},
     {"RequiresDaughterBoard", &TCard::requiresDaughterBoard},
-    {"SpecialRequirements", TNeverKnown{ECimType::eBoolean}},
+    {"SpecialRequirements", TUnavailable{ECimType::eBoolean}},
 };
 
-constexpr TClassShape classes[] = {
-    MakeShape<TCard, cardRows>("KELSG_Card"),
-};
+constexpr TCimClass<TCard> cardClass{"KELSG_Card", cardRows};
+constexpr const IClassDeclaration* classes[] = {&cardClass};
 
 constexpr auto sourcePatterns = Join(smbiosSources, std::array<TSourcePattern, 4>{
                                                         "/sys/class/dmi/id",
@@ -131,7 +131,7 @@ std::vector<TKeySource> MakeKeySources(const std::vector<TSmbiosBoard>& boards) 
 std::vector<TSmbiosBoard> ReadTable(TCollection& collection) {
     constexpr std::uint8_t boardType = 2;
     std::vector<TSmbiosBoard> boards;
-    for (const TSmbiosStructure& structure : collection.GetSmbios().GetStructures()) {
+    for (const TSmbiosStructure& structure : GetSmbios(collection).GetStructures()) {
         if (structure.GetType() == boardType) {
             boards.push_back(ParseSmbiosBoard(structure));
         }
@@ -161,19 +161,9 @@ std::vector<TSmbiosBoard> ReadExcerpt(const ISystemFiles& files) {
     return {std::move(board)};
 }
 
-}  // namespace
-
-std::span<const TClassShape> GetCardClasses() {
-    return classes;
-}
-
-std::span<const TSourcePattern> GetCardSources() {
-    return sourcePatterns;
-}
-
 void CollectCards(TCollection& collection) {
     auto boards = ReadTable(collection);
-    if (boards.empty() && collection.GetSmbios().GetStructures().empty()) {
+    if (boards.empty() && GetSmbios(collection).GetStructures().empty()) {
         boards = ReadExcerpt(collection.GetFiles());
     }
     auto keySources = MakeKeySources(boards);
@@ -181,7 +171,17 @@ void CollectCards(TCollection& collection) {
     for (std::size_t i = 0; i < boards.size(); ++i) {
         cards.push_back({MakeCard(boards[i]), std::move(keySources[i])});
     }
-    CommitKeyed<TCard>(collection, classes[0], cardRows, std::move(cards), &TCard::tag, "board");
+    CommitKeyed(collection, cardClass, std::move(cards), &TCard::tag, "board");
 }
+
+}  // namespace
+
+extern constinit const TCollector cardCollector{
+    .name = "board",
+    .description = "Boards",
+    .fills = classes,
+    .reads = sourcePatterns,
+    .collect = CollectCards,
+};
 
 }  // namespace NVORHOST

@@ -1,7 +1,9 @@
-#include "machine/collect/firmware/memory_array_address.h"
-
+// KELSG_MAS: one instance per memory array mapped address of the SMBIOS table, in its order, joined with its
+// array.
 #include "machine/collect/frame/collection.h"
+#include "machine/collect/frame/collector.h"
 #include "machine/collect/frame/keyed_records.h"
+#include "machine/collect/frame/smbios_source.h"
 #include "machine/parse/smbios_memory.h"
 #include "text/hex.h"
 
@@ -9,7 +11,6 @@
 #include <iterator>
 
 namespace NVORHOST {
-
 namespace {
 
 struct TArrayAddress {
@@ -23,21 +24,20 @@ constexpr TPropertyRow<TArrayAddress> arrayAddressRows[] = {
     {"Description", &TArrayAddress::description},
     {"DeviceID", &TArrayAddress::deviceId},
     {"BlockSize", &TArrayAddress::blockSizeBytes},
-    {"ConsumableBlocks", TNeverKnown{ECimType::eUint64}},  // the firmware's map tells what is usable
-    {"DataOrganization", TNeverKnown{ECimType::eUint16}},
-    {"DataRedundancy", TNeverKnown{ECimType::eUint16}},
-    {"DeltaReservation", TNeverKnown{ECimType::eUint8}},
+    {"ConsumableBlocks", TUnavailable{ECimType::eUint64}},  // the firmware's map tells what is usable
+    {"DataOrganization", TUnavailable{ECimType::eUint16}},
+    {"DataRedundancy", TUnavailable{ECimType::eUint16}},
+    {"DeltaReservation", TUnavailable{ECimType::eUint8}},
     {"NumberOfBlocks", &TArrayAddress::blocks},
-    {"PackageRedundancy", TNeverKnown{ECimType::eUint16}},
+    {"PackageRedundancy", TUnavailable{ECimType::eUint16}},
     {"SequentialAccess", &TArrayAddress::isSequential},
     {"EndingAddress", &TArrayAddress::endKiB},
     {"StartingAddress", &TArrayAddress::startKiB},
     {"Volatile", &TArrayAddress::isVolatile},
 };
 
-constexpr TClassShape classes[] = {
-    MakeShape<TArrayAddress, arrayAddressRows>("KELSG_MAS"),
-};
+constexpr TCimClass<TArrayAddress> memoryArrayAddressClass{"KELSG_MAS", arrayAddressRows};
+constexpr const IClassDeclaration* classes[] = {&memoryArrayAddressClass};
 
 struct TArrayUse {
     std::uint8_t code;
@@ -131,19 +131,9 @@ TKeySource MakeKeySource(const TAddressRange& range, const TNumberedArray* array
     return {name + " at " + FormatHex(range.first, addressDigits), FormatHex(range.last, addressDigits)};
 }
 
-}  // namespace
-
-std::span<const TClassShape> GetMemoryArrayAddressClasses() {
-    return classes;
-}
-
-std::span<const TSourcePattern> GetMemoryArrayAddressSources() {
-    return smbiosSources;
-}
-
 void CollectMemoryArrayAddresses(TCollection& collection) {
     constexpr std::uint8_t arrayAddressType = 19;
-    const auto& structures = collection.GetSmbios().GetStructures();
+    const auto& structures = GetSmbios(collection).GetStructures();
     const auto arrays = ReadArrays(structures);
     std::vector<TKeyedRecord<TArrayAddress>> addresses;
     for (const TSmbiosStructure& structure : structures) {
@@ -156,8 +146,18 @@ void CollectMemoryArrayAddresses(TCollection& collection) {
             addresses.push_back({MakeAddress(*source.range, array), MakeKeySource(*source.range, array)});
         }
     }
-    CommitKeyed<TArrayAddress>(collection, classes[0], arrayAddressRows, std::move(addresses),
-                               &TArrayAddress::deviceId, "memory array address");
+    CommitKeyed(collection, memoryArrayAddressClass, std::move(addresses), &TArrayAddress::deviceId,
+                "memory array address");
 }
+
+}  // namespace
+
+extern constinit const TCollector memoryArrayAddressCollector{
+    .name = "memory-array",
+    .description = "Addresses of the memory arrays",
+    .fills = classes,
+    .reads = smbiosSources,
+    .collect = CollectMemoryArrayAddresses,
+};
 
 }  // namespace NVORHOST

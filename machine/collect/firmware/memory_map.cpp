@@ -1,7 +1,9 @@
-#include "machine/collect/firmware/memory_map.h"
-
+// KELSG_ACPI: one instance per range of /sys/firmware/memmap, in the order of addresses; without that folder
+// one per range of /proc/iomem that comes from the firmware's map. Addresses that the kernel hides give no
+// instance.
 #include "machine/collect/frame/attribute.h"
 #include "machine/collect/frame/collection.h"
+#include "machine/collect/frame/collector.h"
 #include "machine/collect/frame/keyed_records.h"
 #include "machine/parse/iomem.h"
 #include "text/hex.h"
@@ -11,7 +13,6 @@
 #include <tuple>
 
 namespace NVORHOST {
-
 namespace {
 
 struct TMapRange {
@@ -26,20 +27,19 @@ constexpr TPropertyRow<TMapRange> mapRangeRows[] = {
     {"DeviceID", &TMapRange::deviceId},
     {"BlockSize", &TMapRange::blockSizeBytes},
     {"ConsumableBlocks", &TMapRange::consumableBlocks},
-    {"DataOrganization", TNeverKnown{ECimType::eUint16}},
-    {"DataRedundancy", TNeverKnown{ECimType::eUint16}},
-    {"DeltaReservation", TNeverKnown{ECimType::eUint8}},
+    {"DataOrganization", TUnavailable{ECimType::eUint16}},
+    {"DataRedundancy", TUnavailable{ECimType::eUint16}},
+    {"DeltaReservation", TUnavailable{ECimType::eUint8}},
     {"NumberOfBlocks", &TMapRange::blocks},
-    {"PackageRedundancy", TNeverKnown{ECimType::eUint16}},
+    {"PackageRedundancy", TUnavailable{ECimType::eUint16}},
     {"SequentialAccess", &TMapRange::isSequential},
     {"EndingAddress", &TMapRange::endKiB},
     {"StartingAddress", &TMapRange::startKiB},
     {"Volatile", &TMapRange::isVolatile},
 };
 
-constexpr TClassShape classes[] = {
-    MakeShape<TMapRange, mapRangeRows>("KELSG_ACPI"),
-};
+constexpr TCimClass<TMapRange> memoryMapClass{"KELSG_ACPI", mapRangeRows};
+constexpr const IClassDeclaration* classes[] = {&memoryMapClass};
 
 constexpr TSourcePattern sourcePatterns[] = {
     "/sys/firmware/memmap",
@@ -134,16 +134,6 @@ TMapRange MakeRange(const TIoMemRange& source) {
     return range;
 }
 
-}  // namespace
-
-std::span<const TClassShape> GetMemoryMapClasses() {
-    return classes;
-}
-
-std::span<const TSourcePattern> GetMemoryMapSources() {
-    return sourcePatterns;
-}
-
 void CollectMemoryMap(TCollection& collection) {
     constexpr int addressDigits = 16;
     auto ranges = ReadMemMap(collection.GetFiles());
@@ -158,8 +148,17 @@ void CollectMemoryMap(TCollection& collection) {
         records.push_back({MakeRange(range),
                            {FormatHex(range.first, addressDigits), FormatHex(range.last, addressDigits)}});
     }
-    CommitKeyed<TMapRange>(collection, classes[0], mapRangeRows, std::move(records), &TMapRange::deviceId,
-                           "memory-map range");
+    CommitKeyed(collection, memoryMapClass, std::move(records), &TMapRange::deviceId, "memory-map range");
 }
+
+}  // namespace
+
+extern constinit const TCollector memoryMapCollector{
+    .name = "memory-map",
+    .description = "The firmware's map of memory",
+    .fills = classes,
+    .reads = sourcePatterns,
+    .collect = CollectMemoryMap,
+};
 
 }  // namespace NVORHOST

@@ -4,7 +4,6 @@
 #include <iterator>
 
 namespace NVORHOST {
-
 namespace {
 
 // CIM_PhysicalConnector.ConnectorLayout.

@@ -1,18 +1,19 @@
-#include "machine/collect/firmware/system_slot.h"
-
+// KELSG_SystemSlot: one instance per slot of the SMBIOS table, in its order, empty slots included. The card
+// in a PCI slot and the state of the slot's latch come from the kernel.
 #include "machine/collect/bus/pci_class_name.h"
 #include "machine/collect/bus/pci_slot.h"
 #include "machine/collect/bus/pci_source.h"
 #include "machine/collect/firmware/slot_kind.h"
 #include "machine/collect/frame/attribute.h"
 #include "machine/collect/frame/collection.h"
+#include "machine/collect/frame/collector.h"
 #include "machine/collect/frame/keyed_records.h"
 #include "machine/collect/frame/named_place.h"
+#include "machine/collect/frame/smbios_source.h"
 #include "machine/parse/placeholders.h"
 #include "machine/parse/smbios_slot.h"
 
 namespace NVORHOST {
-
 namespace {
 
 struct TSystemSlot {
@@ -24,30 +25,29 @@ struct TSystemSlot {
 constexpr TPropertyRow<TSystemSlot> systemSlotRows[] = {
     {"ElementName", &TSystemSlot::elementName},
     {"Description", &TSystemSlot::description},
-    {"ManufactureDate", TNeverKnown{ECimType::eDateTime}},
-    {"Manufacturer", TNeverKnown{ECimType::eString}},
-    {"Model", TNeverKnown{ECimType::eString}},
-    {"PartNumber", TNeverKnown{ECimType::eString}},
-    {"SerialNumber", TNeverKnown{ECimType::eString}},
+    {"ManufactureDate", TUnavailable{ECimType::eDateTime}},
+    {"Manufacturer", TUnavailable{ECimType::eString}},
+    {"Model", TUnavailable{ECimType::eString}},
+    {"PartNumber", TUnavailable{ECimType::eString}},
+    {"SerialNumber", TUnavailable{ECimType::eString}},
     {"Tag", &TSystemSlot::tag},
-    {"Version", TNeverKnown{ECimType::eString}},
+    {"Version", TUnavailable{ECimType::eString}},
     {"ConnectorGender", &TSystemSlot::connectorGender},
     {"ConnectorLayout", &TSystemSlot::connectorLayout},
-    {"ConnectorPinout", TNeverKnown{ECimType::eString}},
-    {"NumPhysicalPins", TNeverKnown{ECimType::eUint32}},
-    {"HeightAllowed", TNeverKnown{ECimType::eReal32}},
-    {"LengthAllowed", TNeverKnown{ECimType::eReal32}},
+    {"ConnectorPinout", TUnavailable{ECimType::eString}},
+    {"NumPhysicalPins", TUnavailable{ECimType::eUint32}},
+    {"HeightAllowed", TUnavailable{ECimType::eReal32}},
+    {"LengthAllowed", TUnavailable{ECimType::eReal32}},
     {"MaxDataWidth", &TSystemSlot::maxDataWidthBits},
     {"Number", &TSystemSlot::number},
     {"OpenSwitch", &TSystemSlot::openSwitch},
     {"SpecialPurpose", &TSystemSlot::specialPurpose},
     {"SupportsHotPlug", &TSystemSlot::supportsHotPlug},
-    {"ThermalRating", TNeverKnown{ECimType::eUint32}},
+    {"ThermalRating", TUnavailable{ECimType::eUint32}},
 };
 
-constexpr TClassShape classes[] = {
-    MakeShape<TSystemSlot, systemSlotRows>("KELSG_SystemSlot"),
-};
+constexpr TCimClass<TSystemSlot> systemSlotClass{"KELSG_SystemSlot", systemSlotRows};
+constexpr const IClassDeclaration* classes[] = {&systemSlotClass};
 
 // A bridge's folder lists the functions behind it.
 constexpr auto sourcePatterns = Join(smbiosSources, std::array<TSourcePattern, 10>{
@@ -154,22 +154,12 @@ TSystemSlot MakeSlot(TCollection& collection, const TSlotFolders& folders, const
     return target;
 }
 
-}  // namespace
-
-std::span<const TClassShape> GetSystemSlotClasses() {
-    return classes;
-}
-
-std::span<const TSourcePattern> GetSystemSlotSources() {
-    return sourcePatterns;
-}
-
 void CollectSystemSlots(TCollection& collection) {
     constexpr std::uint8_t slotType = 9;
     std::optional<TSlotFolders> folders;
     std::vector<TKeyedRecord<TSystemSlot>> slots;
     std::vector<TNamedPlace> places;
-    for (const TSmbiosStructure& structure : collection.GetSmbios().GetStructures()) {
+    for (const TSmbiosStructure& structure : GetSmbios(collection).GetStructures()) {
         if (structure.GetType() == slotType) {
             if (!folders) {  // the kernel names far more slots than there are: read only when asked for
                 folders = ReadPciSlotFolders(collection.GetFiles());
@@ -186,8 +176,17 @@ void CollectSystemSlots(TCollection& collection) {
     for (std::size_t i = 0; i < slots.size(); ++i) {
         slots[i].keySource = std::move(keySources[i]);
     }
-    CommitKeyed<TSystemSlot>(collection, classes[0], systemSlotRows, std::move(slots), &TSystemSlot::tag,
-                             "slot");
+    CommitKeyed(collection, systemSlotClass, std::move(slots), &TSystemSlot::tag, "slot");
 }
+
+}  // namespace
+
+extern constinit const TCollector systemSlotCollector{
+    .name = "slot",
+    .description = "Expansion slots and what is in them",
+    .fills = classes,
+    .reads = sourcePatterns,
+    .collect = CollectSystemSlots,
+};
 
 }  // namespace NVORHOST

@@ -1,5 +1,7 @@
 #include "machine/collect/frame/attribute.h"
 
+#include "text/numbers.h"
+
 namespace NVORHOST {
 
 std::optional<std::string> ReadAttribute(const ISystemFiles& files, std::string_view path) {

@@ -1,27 +1,28 @@
-// One run of the collectors, as they see it: the machine, the namespace they fill, and what several of them
-// need and one of them reads.
+// One run of the collectors: access to the machine, the namespace being filled, and sources shared between
+// collectors. It depends on no kind of device.
 #pragma once
 
-#include "machine/collect/bus/pci_source.h"
-#include "machine/collect/frame/class_shape.h"
+#include "machine/collect/frame/cim_class.h"
+#include "machine/collect/frame/collect_context.h"
 #include "machine/collect/frame/device_key.h"
-#include "machine/collect/frame/smbios_source.h"
-#include "machine/collect/run/collector.h"
-#include "machine/collect/storage/block_device.h"
-#include "machine/collect/storage/software_volume.h"
-#include "machine/parse/cpuinfo.h"
-#include "text/numbers.h"
 
+#include <cstddef>
+#include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
+#include <unordered_map>
+#include <utility>
+#include <variant>
 #include <vector>
 
 namespace NVORHOST {
 
 class TCollection {
   public:
-    /// `files` is read instead of the context's, so that a run can be recorded.
+    /// `files` is used in place of `context.files`, so that a run can record its accesses.
     TCollection(const TCollectContext& context, const ISystemFiles& files)
         : context_(context), files_(files) {}
     TCollection(const TCollection&) = delete;
@@ -31,31 +32,29 @@ class TCollection {
     const ISystemFiles& GetFiles() const { return files_; }
     const ISystemCalls& GetCalls() const { return context_.calls; }
     const std::optional<TCIMDateTime>& GetLocalTime() const { return context_.localTime; }
-    /// Null when the run has no database of names.
+    /// Null if the run has no database of device names.
     const IDeviceNames* GetDeviceNames() const { return context_.deviceNames; }
 
-    /// The moment, given in seconds since 1970-01-01 UTC, in local time where its zone is known, else in UTC.
+    /// Converts seconds since 1970-01-01 UTC to local time; to UTC if the zone is unknown.
     TCIMDateTime ToDateTime(std::int64_t secondsSinceEpoch) const;
 
-    /// Sources that several collectors share; each is read once, when it is first asked for.
-    const TSmbiosSource& GetSmbios();
-    const std::vector<TLogicalProcessor>& GetLogicalProcessors();
-    const std::vector<TDisk>& GetDisks();
-    const std::vector<TPciSource>& GetPciSources();
-    const std::vector<TSoftwareVolume>& GetSoftwareVolumes();
+    /// Returns the result of `read(*this)`, which is called only once per collection: the way for several
+    /// collectors to share a source. The result lives as long as the collection.
+    template <typename TSource>
+    const TSource& ReadOnce(TSource (*read)(TCollection& collection));
 
-    /// Commits one instance with every property of `record` that is not absent. Texts pass the gate of
-    /// printable_text.h; one that is empty after it counts as absent. Texts for people, ElementName and
-    /// Description, keep no runs of blanks; keys and numbers keep them.
+    /// Commits one instance with every property of `record` that has a value. Texts are cleaned by
+    /// ToPrintableText; a text that is empty afterwards counts as absent. Runs of blanks are squeezed in
+    /// ElementName and Description, which are for people, but not in keys and numbers.
     template <typename TRecord>
-    void Commit(const TClassShape& shape, std::span<const TPropertyRow<TRecord>> rows, const TRecord& record);
+    void Commit(const TCimClass<TRecord>& cimClass, const TRecord& record);
 
-    /// As MakeUniqueKeys; what it notes goes to the log.
+    /// Calls MakeUniqueKeys and logs its notes.
     std::vector<std::string> MakeKeys(const std::vector<TKeySource>& sources, std::string_view deviceWord);
 
-    /// A line for the log.
+    /// Adds a line to the log.
     void Note(std::string line) { notes_.push_back(std::move(line)); }
-    /// A line for the log and for the summary of the run: a source is malformed and devices may be missing.
+    /// Adds a line to the log and to the summary: a source is malformed and devices may be missing.
     void Warn(std::string line) { warnings_.push_back(std::move(line)); }
 
     std::vector<std::string> TakeNotes() { return std::exchange(notes_, {}); }
@@ -63,6 +62,9 @@ class TCollection {
     std::size_t TakeReplacedBytes() { return std::exchange(replacedBytes_, 0); }
 
   private:
+    // Any function pointer converts to this type and back without loss.
+    using TReader = void (*)();
+
     std::optional<TCIMValue> ToCimValue(std::string_view property, const std::string& text);
 
     template <typename TValue>
@@ -83,20 +85,28 @@ class TCollection {
 
     const TCollectContext& context_;
     const ISystemFiles& files_;
-    std::optional<TSmbiosSource> smbios_;
-    std::optional<std::vector<TLogicalProcessor>> logicalProcessors_;
-    std::optional<std::vector<TDisk>> disks_;
-    std::optional<std::vector<TPciSource>> pciSources_;
-    std::optional<std::vector<TSoftwareVolume>> softwareVolumes_;
+    std::unordered_map<TReader, std::shared_ptr<const void>> sources_;  // results of ReadOnce
     std::vector<std::string> notes_;
     std::vector<std::string> warnings_;
     std::size_t replacedBytes_ = 0;
 };
 
+template <typename TSource>
+const TSource& TCollection::ReadOnce(TSource (*read)(TCollection& collection)) {
+    const auto key = reinterpret_cast<TReader>(read);
+    auto found = sources_.find(key);
+    if (found == sources_.end()) {
+        // Constructed in place, for sources that cannot be moved, and before the insertion: `read` may itself
+        // call ReadOnce.
+        std::shared_ptr<const void> source(new TSource(read(*this)));
+        found = sources_.emplace(key, std::move(source)).first;
+    }
+    return *static_cast<const TSource*>(found->second.get());
+}
+
 template <typename TRecord>
-void TCollection::Commit(const TClassShape& shape, std::span<const TPropertyRow<TRecord>> rows,
-                         const TRecord& record) {
-    const auto instance = context_.target.FindClass(shape.name)->NewInstance();
+void TCollection::Commit(const TCimClass<TRecord>& cimClass, const TRecord& record) {
+    const auto instance = context_.target.FindClass(cimClass.GetName())->NewInstance();
     const auto set = [&](std::string_view name, const auto& member) {
         if (!member) {
             return;
@@ -105,10 +115,10 @@ void TCollection::Commit(const TClassShape& shape, std::span<const TPropertyRow<
             instance->Set(name, std::move(*value));
         }
     };
-    for (const TPropertyRow<TRecord>& row : rows) {
+    for (const TPropertyRow<TRecord>& row : cimClass.GetRows()) {
         std::visit(
             [&](const auto& member) {
-                if constexpr (!std::is_same_v<std::decay_t<decltype(member)>, TNeverKnown>) {
+                if constexpr (!std::is_same_v<std::decay_t<decltype(member)>, TUnavailable>) {
                     set(row.name, record.*member);
                 }
             },

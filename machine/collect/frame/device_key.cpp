@@ -6,7 +6,6 @@
 #include <unordered_map>
 
 namespace NVORHOST {
-
 namespace {
 
 // FNV-1a, 64 bits, as 16 digits: short, and the same on every machine.

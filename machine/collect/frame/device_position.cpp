@@ -2,13 +2,13 @@
 
 #include "machine/collect/frame/attribute.h"
 #include "text/lines.h"
+#include "text/numbers.h"
 
 #include <algorithm>
 #include <optional>
 #include <vector>
 
 namespace NVORHOST {
-
 namespace {
 
 constexpr std::string_view devicesRoot = "/sys/devices/";

@@ -1,7 +1,6 @@
 #include "machine/collect/frame/dmi_folder.h"
 
 namespace NVORHOST {
-
 namespace {
 
 constexpr std::string_view folders[] = {"/sys/class/dmi/id", "/sys/devices/virtual/dmi/id"};

@@ -3,7 +3,6 @@
 #include <span>
 
 namespace NVORHOST {
-
 namespace {
 
 struct TStateWord {

@@ -1,18 +1,30 @@
 #include "machine/collect/frame/smbios_source.h"
 
+#include "machine/collect/frame/collection.h"
+
 #include <algorithm>
 
 namespace NVORHOST {
+namespace {
 
-TSmbiosSource::TSmbiosSource(const ISystemFiles& files)
-    : bytes_(files.ReadText("/sys/firmware/dmi/tables/DMI").value),
-      structures_(ParseSmbiosTable(bytes_)),
-      flaw_(FindSmbiosTableFlaw(bytes_)) {
-    // A collector would make a device of a shorter structure, with fields that the firmware never wrote.
+TSmbiosSource ReadSmbios(TCollection& collection) {
+    return TSmbiosSource(collection);
+}
+
+}  // namespace
+
+TSmbiosSource::TSmbiosSource(TCollection& collection)
+    : bytes_(collection.GetFiles().ReadText("/sys/firmware/dmi/tables/DMI").value),
+      structures_(ParseSmbiosTable(bytes_)) {
+    // A shorter structure is malformed: a collector would report a device with fields that were never
+    // written.
     std::erase_if(structures_, [](const TSmbiosStructure& row) { return !row.HasMinimumLength(); });
     if (!structures_.empty()) {
-        const auto entryPoint = files.ReadText("/sys/firmware/dmi/tables/smbios_entry_point");
+        const auto entryPoint = collection.GetFiles().ReadText("/sys/firmware/dmi/tables/smbios_entry_point");
         version_ = ParseSmbiosEntryPoint(entryPoint.value);
+    }
+    if (const auto flaw = FindSmbiosTableFlaw(bytes_)) {
+        collection.Warn("malformed SMBIOS table: " + *flaw);
     }
 }
 
@@ -20,6 +32,10 @@ const TSmbiosStructure* TSmbiosSource::FindFirst(std::uint8_t type) const {
     const auto found = std::find_if(structures_.begin(), structures_.end(),
                                     [&](const TSmbiosStructure& row) { return row.GetType() == type; });
     return found == structures_.end() ? nullptr : &*found;
+}
+
+const TSmbiosSource& GetSmbios(TCollection& collection) {
+    return collection.ReadOnce(ReadSmbios);
 }
 
 }  // namespace NVORHOST

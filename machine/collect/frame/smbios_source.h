@@ -1,38 +1,41 @@
-// The machine's SMBIOS table, read once for all collectors.
+// The machine's SMBIOS table, shared between collectors.
 #pragma once
 
 #include "machine/parse/smbios_table.h"
-#include "machine/system/system_files.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace NVORHOST {
 
+class TCollection;
+
 class TSmbiosSource {
   public:
-    /// Reads /sys/firmware/dmi/tables; without it, or when it is denied, there are no structures.
-    explicit TSmbiosSource(const ISystemFiles& files);
+    /// Reads /sys/firmware/dmi/tables. There are no structures if it is missing or permission is denied; a
+    /// malformed table gives a warning.
+    explicit TSmbiosSource(TCollection& collection);
     // The structures are views into the bytes.
     TSmbiosSource(const TSmbiosSource&) = delete;
     TSmbiosSource& operator=(const TSmbiosSource&) = delete;
     ~TSmbiosSource() = default;
 
-    /// Absent when the entry point cannot be read or is malformed.
+    /// Absent if the entry point cannot be read or is malformed.
     std::optional<TSmbiosVersion> GetVersion() const { return version_; }
-    /// Those with the minimum length of their type.
+    /// All structures that have the minimum length of their type, in the order of the table.
     const std::vector<TSmbiosStructure>& GetStructures() const { return structures_; }
-    /// Where and why the table is malformed, one line; absent for a well-formed table.
-    const std::optional<std::string>& GetFlaw() const { return flaw_; }
-    /// The first structure of a type, or null.
+    /// The first structure of a type; null if there is none.
     const TSmbiosStructure* FindFirst(std::uint8_t type) const;
 
   private:
     std::string bytes_;
     std::optional<TSmbiosVersion> version_;
     std::vector<TSmbiosStructure> structures_;
-    std::optional<std::string> flaw_;
 };
+
+/// The table of the collection's machine, read at the first call.
+const TSmbiosSource& GetSmbios(TCollection& collection);
 
 }  // namespace NVORHOST

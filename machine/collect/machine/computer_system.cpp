@@ -1,12 +1,13 @@
-#include "machine/collect/machine/computer_system.h"
-
+// KELSG_ComputerSystem: one instance. ProductName, from which the machine type is derived, is always set:
+// from the firmware, the device tree, the hypervisor's name or, as the last resort, the processor.
 #include "machine/collect/frame/collection.h"
+#include "machine/collect/frame/collector.h"
 #include "machine/collect/frame/operational_status.h"
+#include "machine/collect/frame/smbios_source.h"
 #include "machine/collect/machine/machine_identity.h"
 #include "machine/parse/smbios_system.h"
 
 namespace NVORHOST {
-
 namespace {
 
 struct TComputerSystem {
@@ -19,8 +20,8 @@ constexpr TPropertyRow<TComputerSystem> computerSystemRows[] = {
     {"ElementName", &TComputerSystem::elementName},
     {"Description", &TComputerSystem::description},
     {"OperationalStatus", &TComputerSystem::operationalStatus},
-    {"PrimaryOwnerContact", TNeverKnown{ECimType::eString}},
-    {"PrimaryOwnerName", TNeverKnown{ECimType::eString}},
+    {"PrimaryOwnerContact", TUnavailable{ECimType::eString}},
+    {"PrimaryOwnerName", TUnavailable{ECimType::eString}},
     {"Dedicated", &TComputerSystem::dedicated},
     {"Manufacturer", &TComputerSystem::manufacturer},
     {"ProductName", &TComputerSystem::productName},
@@ -28,9 +29,8 @@ constexpr TPropertyRow<TComputerSystem> computerSystemRows[] = {
     {"Name", &TComputerSystem::name},
 };
 
-constexpr TClassShape classes[] = {
-    MakeShape<TComputerSystem, computerSystemRows>("KELSG_ComputerSystem"),
-};
+constexpr TCimClass<TComputerSystem> computerSystemClass{"KELSG_ComputerSystem", computerSystemRows};
+constexpr const IClassDeclaration* classes[] = {&computerSystemClass};
 
 constexpr auto sourcePatterns = Join(smbiosSources, std::array<TSourcePattern, 11>{
                                                         "/sys/class/dmi/id",
@@ -47,22 +47,12 @@ constexpr auto sourcePatterns = Join(smbiosSources, std::array<TSourcePattern, 1
                                                     });
 
 std::optional<TOperationalStatus> ReadChassisStatus(TCollection& collection) {
-    const TSmbiosStructure* structure = collection.GetSmbios().FindFirst(3);
+    const TSmbiosStructure* structure = GetSmbios(collection).FindFirst(3);
     if (structure == nullptr) {
         return std::nullopt;
     }
     const TSmbiosChassis chassis = ParseSmbiosChassis(*structure);
     return FindChassisStatus({chassis.bootUpState, chassis.powerState, chassis.thermalState});
-}
-
-}  // namespace
-
-std::span<const TClassShape> GetComputerSystemClasses() {
-    return classes;
-}
-
-std::span<const TSourcePattern> GetComputerSystemSources() {
-    return sourcePatterns;
 }
 
 void CollectComputerSystem(TCollection& collection) {
@@ -77,7 +67,17 @@ void CollectComputerSystem(TCollection& collection) {
     system.productName = std::move(identity.product);
     system.serialNumber = std::move(identity.serial);
     system.name = std::move(identity.uuid);
-    collection.Commit<TComputerSystem>(classes[0], computerSystemRows, system);
+    collection.Commit(computerSystemClass, system);
 }
+
+}  // namespace
+
+extern constinit const TCollector computerSystemCollector{
+    .name = "computer-system",
+    .description = "The machine: maker, product, serial number, identity",
+    .fills = classes,
+    .reads = sourcePatterns,
+    .collect = CollectComputerSystem,
+};
 
 }  // namespace NVORHOST

@@ -1,9 +1,8 @@
-#include "machine/collect/machine/data_source.h"
-
+// KELSG_DataSource: one instance that describes the collecting program; its Version is this project's.
 #include "machine/collect/frame/collection.h"
+#include "machine/collect/frame/collector.h"
 
 namespace NVORHOST {
-
 namespace {
 
 struct TDataSource {
@@ -17,25 +16,24 @@ constexpr TPropertyRow<TDataSource> dataSourceRows[] = {
     {"Version", &TDataSource::version},
 };
 
-constexpr TClassShape classes[] = {
-    MakeShape<TDataSource, dataSourceRows>("KELSG_DataSource"),
-};
+constexpr TCimClass<TDataSource> dataSourceClass{"KELSG_DataSource", dataSourceRows};
+constexpr const IClassDeclaration* classes[] = {&dataSourceClass};
 
 constexpr std::span<const TSourcePattern> sourcePatterns;  // the program knows itself
 
-}  // namespace
-
-std::span<const TClassShape> GetDataSourceClasses() {
-    return classes;
-}
-
-std::span<const TSourcePattern> GetDataSourceSources() {
-    return sourcePatterns;
-}
-
 void CollectDataSource(TCollection& collection) {
     const TDataSource source{"noxinfo", "Inventory of this machine's hardware", "noxinfo", NOXINFO_VERSION};
-    collection.Commit<TDataSource>(classes[0], dataSourceRows, source);
+    collection.Commit(dataSourceClass, source);
 }
+
+}  // namespace
+
+extern constinit const TCollector dataSourceCollector{
+    .name = "data-source",
+    .description = "This program and its version",
+    .fills = classes,
+    .reads = sourcePatterns,
+    .collect = CollectDataSource,
+};
 
 }  // namespace NVORHOST

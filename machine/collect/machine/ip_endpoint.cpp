@@ -1,7 +1,9 @@
-#include "machine/collect/machine/ip_endpoint.h"
-
+// KELSG_IPProtocolEndpoint: one instance per address of an interface, sorted by interface name, IPv4 before
+// IPv6, and address. A tree captured without the answers of system calls identifies the interfaces of IPv4
+// addresses by its routes; an address that no route covers has no interface.
 #include "machine/collect/frame/attribute.h"
 #include "machine/collect/frame/collection.h"
+#include "machine/collect/frame/collector.h"
 #include "machine/collect/frame/operational_status.h"
 #include "machine/parse/proc_net.h"
 
@@ -9,7 +11,6 @@
 #include <tuple>
 
 namespace NVORHOST {
-
 namespace {
 
 struct TIpEndpoint {
@@ -25,9 +26,8 @@ constexpr TPropertyRow<TIpEndpoint> ipEndpointRows[] = {
     {"IPv6Address", &TIpEndpoint::ipv6Address},
 };
 
-constexpr TClassShape classes[] = {
-    MakeShape<TIpEndpoint, ipEndpointRows>("KELSG_IPProtocolEndpoint"),
-};
+constexpr TCimClass<TIpEndpoint> ipEndpointClass{"KELSG_IPProtocolEndpoint", ipEndpointRows};
+constexpr const IClassDeclaration* classes[] = {&ipEndpointClass};
 
 constexpr TSourcePattern sourcePatterns[] = {
     "/proc/net/fib_trie",
@@ -78,16 +78,6 @@ TIpEndpoint MakeEndpoint(const ISystemFiles& files, const TInterfaceAddress& row
     return endpoint;
 }
 
-}  // namespace
-
-std::span<const TClassShape> GetIpEndpointClasses() {
-    return classes;
-}
-
-std::span<const TSourcePattern> GetIpEndpointSources() {
-    return sourcePatterns;
-}
-
 void CollectIpEndpoints(TCollection& collection) {
     const ISystemFiles& files = collection.GetFiles();
     const auto answer = collection.GetCalls().InterfaceAddresses();
@@ -95,9 +85,19 @@ void CollectIpEndpoints(TCollection& collection) {
     SortOnce(addresses);
     for (const TInterfaceAddress& row : addresses) {
         if (const auto text = FormatIpAddress(row.address)) {
-            collection.Commit<TIpEndpoint>(classes[0], ipEndpointRows, MakeEndpoint(files, row, *text));
+            collection.Commit(ipEndpointClass, MakeEndpoint(files, row, *text));
         }
     }
 }
+
+}  // namespace
+
+extern constinit const TCollector ipEndpointCollector{
+    .name = "ip-endpoint",
+    .description = "Addresses of the network interfaces",
+    .fills = classes,
+    .reads = sourcePatterns,
+    .collect = CollectIpEndpoints,
+};
 
 }  // namespace NVORHOST

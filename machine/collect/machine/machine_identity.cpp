@@ -3,15 +3,17 @@
 #include "machine/collect/frame/attribute.h"
 #include "machine/collect/frame/collection.h"
 #include "machine/collect/frame/dmi_folder.h"
+#include "machine/collect/frame/logical_processors.h"
+#include "machine/collect/frame/smbios_source.h"
 #include "machine/parse/acpi_table.h"
 #include "machine/parse/device_tree.h"
 #include "machine/parse/placeholders.h"
+#include "text/numbers.h"
 
 #include <algorithm>
 #include <string_view>
 
 namespace NVORHOST {
-
 namespace {
 
 // What one source can tell; members it cannot are absent.
@@ -77,7 +79,7 @@ std::optional<std::string> FindOnlyChassisSerial(const TSmbiosSource& smbios) {
 }
 
 TIdentityParts FromSmbios(TCollection& collection) {
-    const TSmbiosSource& smbios = collection.GetSmbios();
+    const TSmbiosSource& smbios = GetSmbios(collection);
     TFirmwareTexts texts;
     if (const TSmbiosStructure* structure = smbios.FindFirst(1)) {
         TSmbiosSystem system = ParseSmbiosSystem(*structure, smbios.GetVersion());
@@ -116,7 +118,7 @@ TIdentityParts FromDmiClass(TCollection& collection) {
     texts.boardManufacturer = read("board_vendor");
     texts.boardProduct = read("board_name");
     // FromSmbios has read the table, which has the number of chassis.
-    if (collection.GetSmbios().GetStructures().empty()) {
+    if (GetSmbios(collection).GetStructures().empty()) {
         texts.chassisSerial = read("chassis_serial");
     }
     texts.chassisKind = ReadNumber<std::uint8_t>(files, folder + "/chassis_type");
@@ -221,7 +223,7 @@ TIdentityParts FromAcpi(TCollection& collection) {
 
 TIdentityParts FromProcessor(TCollection& collection) {
     TIdentityParts parts;
-    const auto& processors = collection.GetLogicalProcessors();
+    const auto& processors = GetLogicalProcessors(collection);
     if (!processors.empty() && !processors.front().model.empty()) {
         parts.product = processors.front().model + " computer";
     } else if (const auto architecture = collection.GetCalls().Architecture()) {
@@ -255,9 +257,9 @@ bool IsVirtual(TCollection& collection) {
     if (IsControlDomain(files)) {
         return false;
     }
-    const auto& processors = collection.GetLogicalProcessors();
+    const auto& processors = GetLogicalProcessors(collection);
     return (!processors.empty() && processors.front().isUnderHypervisor) ||
-           IsVirtualByFirmware(collection.GetSmbios()) || ReadAttribute(files, hypervisorType) ||
+           IsVirtualByFirmware(GetSmbios(collection)) || ReadAttribute(files, hypervisorType) ||
            collection.GetCalls().HypervisorSignature();
 }
 

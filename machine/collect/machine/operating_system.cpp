@@ -1,6 +1,6 @@
-#include "machine/collect/machine/operating_system.h"
-
+// KELSG_OperatingSystem: one instance with the running system, its memory and its clock.
 #include "machine/collect/frame/collection.h"
+#include "machine/collect/frame/collector.h"
 #include "machine/collect/frame/operational_status.h"
 #include "machine/parse/meminfo.h"
 #include "machine/parse/os_release.h"
@@ -12,7 +12,6 @@
 #include <algorithm>
 
 namespace NVORHOST {
-
 namespace {
 
 struct TOperatingSystem {
@@ -48,9 +47,8 @@ constexpr TPropertyRow<TOperatingSystem> operatingSystemRows[] = {
     {"TotalVisibleMemorySize", &TOperatingSystem::totalVisibleKiB},
 };
 
-constexpr TClassShape classes[] = {
-    MakeShape<TOperatingSystem, operatingSystemRows>("KELSG_OperatingSystem"),
-};
+constexpr TCimClass<TOperatingSystem> operatingSystemClass{"KELSG_OperatingSystem", operatingSystemRows};
+constexpr const IClassDeclaration* classes[] = {&operatingSystemClass};
 
 constexpr std::array<TSourcePattern, 10> sourcePatterns{
     "/etc/os-release",   "/usr/lib/os-release", "/etc/redhat-release",
@@ -166,16 +164,6 @@ void SetCounts(const ISystemFiles& files, TOperatingSystem& system) {
     }
 }
 
-}  // namespace
-
-std::span<const TClassShape> GetOperatingSystemClasses() {
-    return classes;
-}
-
-std::span<const TSourcePattern> GetOperatingSystemSources() {
-    return sourcePatterns;
-}
-
 void CollectOperatingSystem(TCollection& collection) {
     constexpr std::uint16_t linuxType = 36;
     const ISystemFiles& files = collection.GetFiles();
@@ -187,7 +175,17 @@ void CollectOperatingSystem(TCollection& collection) {
     SetMemory(ParseMemInfo(files.ReadText("/proc/meminfo").value), system);
     SetTimes(collection, system);
     SetCounts(files, system);
-    collection.Commit<TOperatingSystem>(classes[0], operatingSystemRows, system);
+    collection.Commit(operatingSystemClass, system);
 }
+
+}  // namespace
+
+extern constinit const TCollector operatingSystemCollector{
+    .name = "operating-system",
+    .description = "The running system: name, kernel, memory, times",
+    .fills = classes,
+    .reads = sourcePatterns,
+    .collect = CollectOperatingSystem,
+};
 
 }  // namespace NVORHOST

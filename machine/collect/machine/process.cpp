@@ -1,6 +1,8 @@
-#include "machine/collect/machine/process.h"
-
+// KELSG_Process: one instance per process, in the order of their numbers; a process that ends while it is
+// read is left out. The collector is opt-in: no document contains processes, and they differ from one run to
+// the next.
 #include "machine/collect/frame/collection.h"
+#include "machine/collect/frame/collector.h"
 #include "machine/parse/proc_stat.h"
 #include "machine/parse/process_stat.h"
 #include "text/numbers.h"
@@ -8,7 +10,6 @@
 #include <algorithm>
 
 namespace NVORHOST {
-
 namespace {
 
 struct TProcess {
@@ -25,12 +26,11 @@ constexpr TPropertyRow<TProcess> processRows[] = {
     {"CreationDate", &TProcess::creationDate},
     {"ExecutionState", &TProcess::executionState},
     {"Priority", &TProcess::priority},
-    {"TerminationDate", TNeverKnown{ECimType::eDateTime}},
+    {"TerminationDate", TUnavailable{ECimType::eDateTime}},
 };
 
-constexpr TClassShape classes[] = {
-    MakeShape<TProcess, processRows>("KELSG_Process"),
-};
+constexpr TCimClass<TProcess> processClass{"KELSG_Process", processRows};
+constexpr const IClassDeclaration* classes[] = {&processClass};
 
 constexpr TSourcePattern sourcePatterns[] = {
     "/proc",
@@ -97,16 +97,6 @@ TProcess MakeProcess(const TCollection& collection, const TProcessStat& stat,
     return process;
 }
 
-}  // namespace
-
-std::span<const TClassShape> GetProcessClasses() {
-    return classes;
-}
-
-std::span<const TSourcePattern> GetProcessSources() {
-    return sourcePatterns;
-}
-
 void CollectProcesses(TCollection& collection) {
     const ISystemFiles& files = collection.GetFiles();
     const auto bootTime = ParseBootTime(files.ReadText("/proc/stat").value);
@@ -116,9 +106,20 @@ void CollectProcesses(TCollection& collection) {
         if (stat) {
             TProcess process = MakeProcess(collection, *stat, bootTime);
             process.processId = name;
-            collection.Commit<TProcess>(classes[0], processRows, process);
+            collection.Commit(processClass, process);
         }
     }
 }
+
+}  // namespace
+
+extern constinit const TCollector processCollector{
+    .name = "process",
+    .description = "What runs on the machine",
+    .fills = classes,
+    .reads = sourcePatterns,
+    .collect = CollectProcesses,
+    .isOptIn = true,
+};
 
 }  // namespace NVORHOST

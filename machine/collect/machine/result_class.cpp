@@ -1,7 +1,7 @@
-#include "machine/collect/machine/result_class.h"
-
+// KELSG_CADAT: the class whose instances the plug-in makes. The collector declares it and commits nothing.
+#include "machine/collect/frame/collection.h"
+#include "machine/collect/frame/collector.h"
 namespace NVORHOST {
-
 namespace {
 
 struct TResult {
@@ -15,22 +15,21 @@ constexpr TPropertyRow<TResult> resultRows[] = {
     {"Credential", &TResult::credential},
 };
 
-constexpr TClassShape classes[] = {
-    MakeShape<TResult, resultRows>("KELSG_CADAT"),
-};
+constexpr TCimClass<TResult> resultClass{"KELSG_CADAT", resultRows};
+constexpr const IClassDeclaration* classes[] = {&resultClass};
 
 constexpr std::span<const TSourcePattern> sourcePatterns;  // a declaration, no collection
 
+void CollectResults(TCollection&) {}
+
 }  // namespace
 
-std::span<const TClassShape> GetResultClasses() {
-    return classes;
-}
-
-std::span<const TSourcePattern> GetResultSources() {
-    return sourcePatterns;
-}
-
-void CollectResultClass(TCollection&) {}
+extern constinit const TCollector resultCollector{
+    .name = "result",
+    .description = "The class that plug-ins put their results into",
+    .fills = classes,
+    .reads = sourcePatterns,
+    .collect = CollectResults,
+};
 
 }  // namespace NVORHOST

@@ -1,8 +1,10 @@
-#include "machine/collect/memory/memory_module.h"
-
+// KELSG_SPDData: one instance per populated memory device of the SMBIOS table, in its order. The module's own
+// EEPROM adds what the table lacks, if the kernel exposes it and its texts identify the module.
 #include "machine/collect/frame/collection.h"
+#include "machine/collect/frame/collector.h"
 #include "machine/collect/frame/keyed_records.h"
 #include "machine/collect/frame/named_place.h"
+#include "machine/collect/frame/smbios_source.h"
 #include "machine/collect/memory/memory_kind.h"
 #include "machine/collect/memory/spd_source.h"
 #include "machine/parse/placeholders.h"
@@ -12,7 +14,6 @@
 #include <unordered_map>
 
 namespace NVORHOST {
-
 namespace {
 
 struct TMemoryModule {
@@ -26,13 +27,13 @@ struct TMemoryModule {
 constexpr TPropertyRow<TMemoryModule> memoryModuleRows[] = {
     {"ElementName", &TMemoryModule::elementName},
     {"Description", &TMemoryModule::description},
-    {"ManufactureDate", TNeverKnown{ECimType::eDateTime}},  // modules tell the week, not the day
+    {"ManufactureDate", TUnavailable{ECimType::eDateTime}},  // modules tell the week, not the day
     {"Manufacturer", &TMemoryModule::manufacturer},
-    {"Model", TNeverKnown{ECimType::eString}},
+    {"Model", TUnavailable{ECimType::eString}},
     {"PartNumber", &TMemoryModule::partNumber},
     {"SerialNumber", &TMemoryModule::serialNumber},
     {"Tag", &TMemoryModule::tag},
-    {"Version", TNeverKnown{ECimType::eString}},
+    {"Version", TUnavailable{ECimType::eString}},
     {"RemovalConditions", &TMemoryModule::removalConditions},
     {"FormFactor", &TMemoryModule::formFactor},
     {"BankLabel", &TMemoryModule::bankLabel},
@@ -45,9 +46,8 @@ constexpr TPropertyRow<TMemoryModule> memoryModuleRows[] = {
     {"TotalWidth", &TMemoryModule::totalWidthBits},
 };
 
-constexpr TClassShape classes[] = {
-    MakeShape<TMemoryModule, memoryModuleRows>("KELSG_SPDData"),
-};
+constexpr TCimClass<TMemoryModule> memoryModuleClass{"KELSG_SPDData", memoryModuleRows};
+constexpr const IClassDeclaration* classes[] = {&memoryModuleClass};
 
 constexpr auto sourcePatterns = Join(smbiosSources, spdSources);
 
@@ -190,18 +190,8 @@ std::vector<TModuleTexts> MakeModuleTexts(const std::vector<TSmbiosMemoryDevice>
     return texts;
 }
 
-}  // namespace
-
-std::span<const TClassShape> GetMemoryModuleClasses() {
-    return classes;
-}
-
-std::span<const TSourcePattern> GetMemoryModuleSources() {
-    return sourcePatterns;
-}
-
 void CollectMemoryModules(TCollection& collection) {
-    const auto& structures = collection.GetSmbios().GetStructures();
+    const auto& structures = GetSmbios(collection).GetStructures();
     const auto sockets = ReadSockets(structures);
     if (sockets.empty()) {
         return;  // nothing that an EEPROM could be tied to
@@ -218,8 +208,17 @@ void CollectMemoryModules(TCollection& collection) {
             entry.record = MakeModule(sockets[i], matches[i], addresses);
         }
     }
-    CommitKeyed<TMemoryModule>(collection, classes[0], memoryModuleRows, std::move(modules),
-                               &TMemoryModule::tag, "memory socket");
+    CommitKeyed(collection, memoryModuleClass, std::move(modules), &TMemoryModule::tag, "memory socket");
 }
+
+}  // namespace
+
+extern constinit const TCollector memoryModuleCollector{
+    .name = "memory",
+    .description = "Memory modules in their sockets",
+    .fills = classes,
+    .reads = sourcePatterns,
+    .collect = CollectMemoryModules,
+};
 
 }  // namespace NVORHOST

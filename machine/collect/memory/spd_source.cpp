@@ -6,7 +6,6 @@
 #include <string_view>
 
 namespace NVORHOST {
-
 namespace {
 
 // Drivers of EEPROMs on memory modules: DDR4, DDR5, and any kind, older modules' among them.

@@ -1,8 +1,12 @@
-#include "machine/collect/processor/processor.h"
-
+// KELSG_Processor: one instance per populated socket of the SMBIOS table, joined in order with the kernel's
+// packages if there are as many packages as sockets; without such a table one instance per package. A socket
+// without a package gets the processors' model name if all processors of the machine are of one model.
 #include "machine/collect/frame/collection.h"
+#include "machine/collect/frame/collector.h"
 #include "machine/collect/frame/keyed_records.h"
+#include "machine/collect/frame/logical_processors.h"
 #include "machine/collect/frame/operational_status.h"
+#include "machine/collect/frame/smbios_source.h"
 #include "machine/collect/processor/processor_family.h"
 #include "machine/collect/processor/processor_package.h"
 #include "machine/parse/placeholders.h"
@@ -12,7 +16,6 @@
 #include <algorithm>
 
 namespace NVORHOST {
-
 namespace {
 
 struct TProcessor {
@@ -35,9 +38,8 @@ constexpr TPropertyRow<TProcessor> processorRows[] = {
     {"UniqueID", &TProcessor::uniqueId},
 };
 
-constexpr TClassShape classes[] = {
-    MakeShape<TProcessor, processorRows>("KELSG_Processor"),
-};
+constexpr TCimClass<TProcessor> processorClass{"KELSG_Processor", processorRows};
+constexpr const IClassDeclaration* classes[] = {&processorClass};
 
 constexpr auto sourcePatterns = Join(smbiosSources, std::array<TSourcePattern, 5>{
                                                         "/proc/cpuinfo",
@@ -49,7 +51,7 @@ constexpr auto sourcePatterns = Join(smbiosSources, std::array<TSourcePattern, 5
 
 std::vector<TSmbiosProcessor> ReadSockets(TCollection& collection) {
     std::vector<TSmbiosProcessor> sockets;
-    for (const TSmbiosStructure& structure : collection.GetSmbios().GetStructures()) {
+    for (const TSmbiosStructure& structure : GetSmbios(collection).GetStructures()) {
         if (structure.GetType() != 4) {
             continue;
         }
@@ -145,12 +147,12 @@ TProcessor MakeFromSocket(TCollection& collection, const TSmbiosProcessor& socke
     if (package != nullptr) {
         SetFromPackage(*package, processor);
     }
-    const auto& processors = collection.GetLogicalProcessors();
+    const auto& processors = GetLogicalProcessors(collection);
     const TLogicalProcessor* own = package != nullptr && package->info ? &*package->info : nullptr;
     if (const TLogicalProcessor* info = own != nullptr ? own : FindCommonModel(processors)) {
         SetFromInfo(*info, processor);
     }
-    SetFromSocket(socket, collection.GetSmbios().GetVersion(), processor);
+    SetFromSocket(socket, GetSmbios(collection).GetVersion(), processor);
     FillIn(processor.description, std::optional<std::string>("Central processor"));
     SetWidths(Is64Bit(processors, own, socket), processor);
     return processor;
@@ -221,23 +223,22 @@ TProcessors TakePackages(const std::vector<TProcessorPackage>& packages) {
     return processors;
 }
 
-}  // namespace
-
-std::span<const TClassShape> GetProcessorClasses() {
-    return classes;
-}
-
-std::span<const TSourcePattern> GetProcessorSources() {
-    return sourcePatterns;
-}
-
 void CollectProcessors(TCollection& collection) {
     const auto sockets = ReadSockets(collection);
     const auto packages = ReadProcessorPackages(collection);
-    CommitKeyed<TProcessor>(
-        collection, classes[0], processorRows,
-        sockets.empty() ? TakePackages(packages) : JoinSockets(collection, sockets, packages),
-        &TProcessor::deviceId, "processor");
+    CommitKeyed(collection, processorClass,
+                sockets.empty() ? TakePackages(packages) : JoinSockets(collection, sockets, packages),
+                &TProcessor::deviceId, "processor");
 }
+
+}  // namespace
+
+extern constinit const TCollector processorCollector{
+    .name = "processor",
+    .description = "Processors in their sockets",
+    .fills = classes,
+    .reads = sourcePatterns,
+    .collect = CollectProcessors,
+};
 
 }  // namespace NVORHOST

@@ -4,7 +4,6 @@
 #include <string_view>
 
 namespace NVORHOST {
-
 namespace {
 
 constexpr std::uint16_t other = 1;

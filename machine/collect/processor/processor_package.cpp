@@ -2,15 +2,16 @@
 
 #include "machine/collect/frame/attribute.h"
 #include "machine/collect/frame/collection.h"
+#include "machine/collect/frame/logical_processors.h"
 #include "machine/parse/cpu_list.h"
 #include "machine/parse/placeholders.h"
+#include "text/numbers.h"
 
 #include <algorithm>
 #include <map>
 #include <set>
 
 namespace NVORHOST {
-
 namespace {
 
 std::string CpuFolder(std::uint32_t cpu) {
@@ -111,7 +112,7 @@ const TLogicalProcessor* FindProcessor(const std::vector<TLogicalProcessor>& pro
 
 std::vector<TProcessorPackage> ReadProcessorPackages(TCollection& collection) {
     const ISystemFiles& files = collection.GetFiles();
-    const auto& processors = collection.GetLogicalProcessors();
+    const auto& processors = GetLogicalProcessors(collection);
     TPackages topology = ReadTopology(files);
     if (topology.empty()) {
         topology = GroupByCpuInfo(processors);

@@ -5,7 +5,6 @@
 #include <iterator>
 
 namespace NVORHOST {
-
 namespace {
 
 constexpr std::string_view essentialSources[] = {

@@ -8,12 +8,12 @@
 #include "machine/collect/storage/emulated_medium.h"
 #include "machine/collect/storage/scsi_device.h"
 #include "machine/parse/placeholders.h"
+#include "text/numbers.h"
 
 #include <algorithm>
 #include <string_view>
 
 namespace NVORHOST {
-
 namespace {
 
 constexpr std::string_view blockFolder = "/sys/block/";
@@ -339,8 +339,6 @@ std::optional<TFoundDisk> ReadDisk(const ISystemFiles& files, const std::string&
     return found;
 }
 
-}  // namespace
-
 std::vector<TDisk> ReadDisks(TCollection& collection) {
     std::vector<TDisk> disks;
     std::vector<TKeySource> keySources;
@@ -355,6 +353,12 @@ std::vector<TDisk> ReadDisks(TCollection& collection) {
         disks[i].key = std::move(keys[i]);
     }
     return disks;
+}
+
+}  // namespace
+
+const std::vector<TDisk>& GetDisks(TCollection& collection) {
+    return collection.ReadOnce(ReadDisks);
 }
 
 }  // namespace NVORHOST

@@ -50,7 +50,7 @@ inline bool IsLogicalDisk(const TDisk& disk) {
 /// Every disk in the order of the kernel's names, drives for removable disks included. Not among them: loop,
 /// RAM and zram devices, md and dm devices, optical drives, floppy drives, hardware partitions of MMC,
 /// hidden paths of multipath NVMe.
-std::vector<TDisk> ReadDisks(TCollection& collection);
+const std::vector<TDisk>& GetDisks(TCollection& collection);
 
 /// What that reads.
 inline constexpr std::array<TSourcePattern, 17> diskSources{

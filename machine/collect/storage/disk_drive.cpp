@@ -1,16 +1,17 @@
-#include "machine/collect/storage/disk_drive.h"
-
+// KELSG_DiskDrive and CIM_DiskDrive: one instance per disk. A physical disk is a KELSG_DiskDrive; a disk
+// presented by a hypervisor, an emulator or a RAID adapter is a CIM_DiskDrive. Volumes of RAID adapters that
+// have a class of their own are collected by logical_disk.cpp.
 #include "machine/collect/frame/collection.h"
+#include "machine/collect/frame/collector.h"
+#include "machine/collect/storage/block_device.h"
 #include "machine/collect/storage/media_drive.h"
 
 namespace NVORHOST {
-
 namespace {
 
-constexpr TClassShape classes[] = {
-    MakeShape<TMediaDrive, mediaDriveRows>("KELSG_DiskDrive"),
-    MakeShape<TMediaDrive, mediaDriveRows>("CIM_DiskDrive"),
-};
+constexpr TCimClass<TMediaDrive> physicalDiskClass{"KELSG_DiskDrive", mediaDriveRows};
+constexpr TCimClass<TMediaDrive> virtualDiskClass{"CIM_DiskDrive", mediaDriveRows};
+constexpr const IClassDeclaration* classes[] = {&physicalDiskClass, &virtualDiskClass};
 
 constexpr auto sourcePatterns = diskSources;
 
@@ -29,7 +30,7 @@ std::string_view DescribeAs(const TDisk&) {
 
 struct TBackingRow {
     EDiskBacking backing;
-    const TClassShape& shape;
+    const TCimClass<TMediaDrive>& cimClass;
     std::string_view (*describe)(const TDisk& disk);  // behind the transport's name
 };
 
@@ -38,10 +39,10 @@ constexpr char networkDisk[] = "network disk";
 constexpr char raidVolume[] = "RAID volume";
 
 constexpr TBackingRow backingRows[] = {
-    {EDiskBacking::physical, classes[0], DescribePhysical},
-    {EDiskBacking::simulated, classes[1], DescribeAs<virtualDisk>},
-    {EDiskBacking::remote, classes[1], DescribeAs<networkDisk>},
-    {EDiskBacking::raidVolume, classes[1], DescribeAs<raidVolume>},
+    {EDiskBacking::physical, physicalDiskClass, DescribePhysical},
+    {EDiskBacking::simulated, virtualDiskClass, DescribeAs<virtualDisk>},
+    {EDiskBacking::remote, virtualDiskClass, DescribeAs<networkDisk>},
+    {EDiskBacking::raidVolume, virtualDiskClass, DescribeAs<raidVolume>},
 };
 
 // A medium that cannot be removed is locked in and was never mounted, says CIM; of others sysfs tells
@@ -67,25 +68,24 @@ TMediaDrive MakeDrive(const TDisk& disk, std::string_view words) {
     return drive;
 }
 
-}  // namespace
-
-std::span<const TClassShape> GetDiskDriveClasses() {
-    return classes;
-}
-
-std::span<const TSourcePattern> GetDiskDriveSources() {
-    return sourcePatterns;
-}
-
 void CollectDiskDrives(TCollection& collection) {
-    for (const TDisk& disk : collection.GetDisks()) {
+    for (const TDisk& disk : GetDisks(collection)) {
         for (const TBackingRow& row : backingRows) {
             if (row.backing == disk.backing && !IsLogicalDisk(disk)) {
-                collection.Commit<TMediaDrive>(row.shape, mediaDriveRows,
-                                               MakeDrive(disk, row.describe(disk)));
+                collection.Commit(row.cimClass, MakeDrive(disk, row.describe(disk)));
             }
         }
     }
 }
+
+}  // namespace
+
+extern constinit const TCollector diskDriveCollector{
+    .name = "disk",
+    .description = "Disks, physical and virtual",
+    .fills = classes,
+    .reads = sourcePatterns,
+    .collect = CollectDiskDrives,
+};
 
 }  // namespace NVORHOST

@@ -1,19 +1,23 @@
-#include "machine/collect/storage/disk_partition.h"
-
+// CIM_DiskPartition: one instance per partition, first those of the disks, then those of the software
+// volumes, each in the order of their numbers. The partitions of a multipath set belong to the set, not to
+// the disks that are its paths.
 #include "machine/collect/frame/attribute.h"
 #include "machine/collect/frame/collection.h"
+#include "machine/collect/frame/collector.h"
 #include "machine/collect/frame/keyed_records.h"
 #include "machine/collect/frame/operational_status.h"
+#include "machine/collect/storage/block_device.h"
+#include "machine/collect/storage/software_volume.h"
 #include "machine/collect/storage/volume_uuid.h"
 #include "machine/parse/udev_record.h"
 #include "machine/parse/uevent.h"
+#include "text/numbers.h"
 
 #include <algorithm>
 #include <map>
 #include <set>
 
 namespace NVORHOST {
-
 namespace {
 
 constexpr const char* blockFolder = "/sys/block/";
@@ -34,7 +38,7 @@ constexpr TPropertyRow<TPartition> partitionRows[] = {
     {"ConsumableBlocks", &TPartition::consumableBlocks},
     {"DataOrganization", &TPartition::dataOrganization},
     {"DataRedundancy", &TPartition::dataRedundancy},
-    {"DeltaReservation", TNeverKnown{ECimType::eUint8}},
+    {"DeltaReservation", TUnavailable{ECimType::eUint8}},
     {"NumberOfBlocks", &TPartition::numberOfBlocks},
     {"PackageRedundancy", &TPartition::packageRedundancy},
     {"SequentialAccess", &TPartition::sequentialAccess},
@@ -45,9 +49,8 @@ constexpr TPropertyRow<TPartition> partitionRows[] = {
     {"PrimaryPartition", &TPartition::isPrimary},
 };
 
-constexpr TClassShape classes[] = {
-    MakeShape<TPartition, partitionRows>("CIM_DiskPartition"),
-};
+constexpr TCimClass<TPartition> diskPartitionClass{"CIM_DiskPartition", partitionRows};
+constexpr const IClassDeclaration* classes[] = {&diskPartitionClass};
 
 constexpr auto sourcePatterns = Join(Join(diskSources, softwareVolumeSources), std::array<TSourcePattern, 4>{
                                                                                    "/sys/block/*/*/partition",
@@ -318,11 +321,11 @@ TKeySource MakeKeySource(const TPartitionSource& source) {
 
 std::vector<TWhole> FindWholes(TCollection& collection) {
     std::set<std::string> paths;
-    for (const TSoftwareVolume& volume : collection.GetSoftwareVolumes()) {
+    for (const TSoftwareVolume& volume : GetSoftwareVolumes(collection)) {
         paths.insert(volume.paths.begin(), volume.paths.end());
     }
     std::vector<TWhole> wholes;
-    for (const TDisk& disk : collection.GetDisks()) {
+    for (const TDisk& disk : GetDisks(collection)) {
         if (!paths.contains(disk.kernelName)) {
             wholes.push_back({disk.kernelName,
                               disk.key,
@@ -335,21 +338,11 @@ std::vector<TWhole> FindWholes(TCollection& collection) {
                               {}});
         }
     }
-    for (const TSoftwareVolume& volume : collection.GetSoftwareVolumes()) {
+    for (const TSoftwareVolume& volume : GetSoftwareVolumes(collection)) {
         wholes.push_back({volume.kernelName, volume.key, volume.position, volume.name, volume.blockSizeBytes,
                           volume.operationalStatus, volume.redundancy, volume.mapperUuid, volume.paths});
     }
     return wholes;
-}
-
-}  // namespace
-
-std::span<const TClassShape> GetDiskPartitionClasses() {
-    return classes;
-}
-
-std::span<const TSourcePattern> GetDiskPartitionSources() {
-    return sourcePatterns;
 }
 
 void CollectDiskPartitions(TCollection& collection) {
@@ -360,8 +353,17 @@ void CollectDiskPartitions(TCollection& collection) {
             partitions.push_back({MakePartition(collection.GetFiles(), source), MakeKeySource(source)});
         }
     }
-    CommitKeyed<TPartition>(collection, classes[0], partitionRows, std::move(partitions),
-                            &TPartition::deviceId, "partition");
+    CommitKeyed(collection, diskPartitionClass, std::move(partitions), &TPartition::deviceId, "partition");
 }
+
+}  // namespace
+
+extern constinit const TCollector diskPartitionCollector{
+    .name = "partition",
+    .description = "Partitions of disks and md arrays",
+    .fills = classes,
+    .reads = sourcePatterns,
+    .collect = CollectDiskPartitions,
+};
 
 }  // namespace NVORHOST

@@ -1,20 +1,19 @@
-#include "machine/collect/storage/diskette_drive.h"
-
+// KELSG_DisketteDrive: one instance per drive of the floppy driver.
 #include "machine/collect/frame/attribute.h"
 #include "machine/collect/frame/collection.h"
+#include "machine/collect/frame/collector.h"
 #include "machine/collect/frame/device_position.h"
 #include "machine/collect/frame/keyed_records.h"
 #include "machine/collect/storage/media_drive.h"
+#include "text/numbers.h"
 
 #include <array>
 
 namespace NVORHOST {
-
 namespace {
 
-constexpr TClassShape classes[] = {
-    MakeShape<TMediaDrive, mediaDriveRows>("KELSG_DisketteDrive"),
-};
+constexpr TCimClass<TMediaDrive> disketteDriveClass{"KELSG_DisketteDrive", mediaDriveRows};
+constexpr const IClassDeclaration* classes[] = {&disketteDriveClass};
 
 constexpr std::array<TSourcePattern, 6> sourcePatterns{
     "/sys/block",
@@ -68,16 +67,6 @@ TMediaDrive ReadDrive(const ISystemFiles& files, const std::string& folder) {
     return drive;
 }
 
-}  // namespace
-
-std::span<const TClassShape> GetDisketteDriveClasses() {
-    return classes;
-}
-
-std::span<const TSourcePattern> GetDisketteDriveSources() {
-    return sourcePatterns;
-}
-
 void CollectDisketteDrives(TCollection& collection) {
     const ISystemFiles& files = collection.GetFiles();
     std::vector<TKeyedRecord<TMediaDrive>> drives;
@@ -89,8 +78,17 @@ void CollectDisketteDrives(TCollection& collection) {
         const std::string position = ReadDevicePosition(files, FindEntryDevice(files, folder));
         drives.push_back({ReadDrive(files, folder), {{}, position.empty() ? name : position}});
     }
-    CommitKeyed<TMediaDrive>(collection, classes[0], mediaDriveRows, std::move(drives),
-                             &TMediaDrive::deviceId, "diskette drive");
+    CommitKeyed(collection, disketteDriveClass, std::move(drives), &TMediaDrive::deviceId, "diskette drive");
 }
+
+}  // namespace
+
+extern constinit const TCollector disketteDriveCollector{
+    .name = "diskette-drive",
+    .description = "Diskette drives",
+    .fills = classes,
+    .reads = sourcePatterns,
+    .collect = CollectDisketteDrives,
+};
 
 }  // namespace NVORHOST

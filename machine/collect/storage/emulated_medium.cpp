@@ -7,7 +7,6 @@
 #include <string_view>
 
 namespace NVORHOST {
-
 namespace {
 
 // Parts of "vendor model", each at the start of a word. An SD card in a slot of the controller is a physical

@@ -1,9 +1,12 @@
-#include "machine/collect/storage/logical_disk.h"
-
+// Logical disks: one KELSG_LogicalDisk per software volume; one KELSG_LSILogicalDisk, KELSG_LSIIDELogicalDisk
+// or KELSG_srLogicalDisk per volume of a RAID adapter, by the family of the adapter, and a KELSG_srDiskGroup
+// besides each KELSG_srLogicalDisk.
 #include "machine/collect/frame/collection.h"
+#include "machine/collect/frame/collector.h"
+#include "machine/collect/storage/block_device.h"
+#include "machine/collect/storage/software_volume.h"
 
 namespace NVORHOST {
-
 namespace {
 
 struct TLogicalDisk {
@@ -23,7 +26,7 @@ constexpr TPropertyRow<TLogicalDisk> logicalDiskRows[] = {
     {"ConsumableBlocks", &TLogicalDisk::consumableBlocks},
     {"DataOrganization", &TLogicalDisk::dataOrganization},
     {"DataRedundancy", &TLogicalDisk::dataRedundancy},
-    {"DeltaReservation", TNeverKnown{ECimType::eUint8}},
+    {"DeltaReservation", TUnavailable{ECimType::eUint8}},
     {"NumberOfBlocks", &TLogicalDisk::numberOfBlocks},
     {"PackageRedundancy", &TLogicalDisk::packageRedundancy},
     {"SequentialAccess", &TLogicalDisk::sequentialAccess},
@@ -40,18 +43,15 @@ constexpr TPropertyRow<TDiskGroup> diskGroupRows[] = {
     {"Tag", &TDiskGroup::tag},
 };
 
-constexpr TClassShape classes[] = {
-    MakeShape<TLogicalDisk, logicalDiskRows>("KELSG_LSILogicalDisk"),
-    MakeShape<TLogicalDisk, logicalDiskRows>("KELSG_LSIIDELogicalDisk"),
-    MakeShape<TLogicalDisk, logicalDiskRows>("KELSG_srLogicalDisk"),
-    MakeShape<TLogicalDisk, logicalDiskRows>("KELSG_LogicalDisk"),
-    MakeShape<TDiskGroup, diskGroupRows>("KELSG_srDiskGroup"),
-};
+constexpr TCimClass<TLogicalDisk> lsiDiskClass{"KELSG_LSILogicalDisk", logicalDiskRows};
+constexpr TCimClass<TLogicalDisk> lsiIdeDiskClass{"KELSG_LSIIDELogicalDisk", logicalDiskRows};
+constexpr TCimClass<TLogicalDisk> srDiskClass{"KELSG_srLogicalDisk", logicalDiskRows};
+constexpr TCimClass<TLogicalDisk> softwareDiskClass{"KELSG_LogicalDisk", logicalDiskRows};
+constexpr TCimClass<TDiskGroup> diskGroupClass{"KELSG_srDiskGroup", diskGroupRows};
+constexpr const IClassDeclaration* classes[] = {&lsiDiskClass, &lsiIdeDiskClass, &srDiskClass,
+                                                &softwareDiskClass, &diskGroupClass};
 
 constexpr auto sourcePatterns = Join(diskSources, softwareVolumeSources);
-
-constexpr const TClassShape& softwareShape = classes[3];
-constexpr const TClassShape& diskGroupShape = classes[4];
 
 // The members are behind the adapter and out of sight: all that is known of a group is the volume that it
 // makes up.
@@ -61,19 +61,19 @@ void CommitDiskGroup(TCollection& collection, const TDisk& disk) {
     group.description = "Disks that a RAID adapter makes one volume of";
     group.collectionId = disk.key;
     group.tag = disk.key;
-    collection.Commit<TDiskGroup>(diskGroupShape, diskGroupRows, group);
+    collection.Commit(diskGroupClass, group);
 }
 
 struct TFamilyRow {
     ERaidFamily family;
-    const TClassShape& shape;
+    const TCimClass<TLogicalDisk>& cimClass;
     void (*commitGroup)(TCollection& collection, const TDisk& disk);
 };
 
 constexpr TFamilyRow familyRows[] = {
-    {ERaidFamily::lsi, classes[0], nullptr},
-    {ERaidFamily::lsiIde, classes[1], nullptr},
-    {ERaidFamily::sr, classes[2], CommitDiskGroup},
+    {ERaidFamily::lsi, lsiDiskClass, nullptr},
+    {ERaidFamily::lsiIde, lsiIdeDiskClass, nullptr},
+    {ERaidFamily::sr, srDiskClass, CommitDiskGroup},
 };
 
 // Of a disk behind an adapter or of a volume of the kernel: both say the same by the same names.
@@ -103,36 +103,36 @@ void CommitVolume(TCollection& collection, const TDisk& disk) {
         TLogicalDisk logical = MakeLogicalDisk(disk);
         logical.description = disk.transport + " RAID volume";
         logical.elementName = disk.model ? disk.model : logical.description;
-        collection.Commit<TLogicalDisk>(row.shape, logicalDiskRows, logical);
+        collection.Commit(row.cimClass, logical);
         if (row.commitGroup != nullptr) {
             row.commitGroup(collection, disk);
         }
     }
 }
 
-}  // namespace
-
-std::span<const TClassShape> GetLogicalDiskClasses() {
-    return classes;
-}
-
-std::span<const TSourcePattern> GetLogicalDiskSources() {
-    return sourcePatterns;
-}
-
 void CollectLogicalDisks(TCollection& collection) {
-    for (const TDisk& disk : collection.GetDisks()) {
+    for (const TDisk& disk : GetDisks(collection)) {
         CommitVolume(collection, disk);
     }
-    for (const TSoftwareVolume& volume : collection.GetSoftwareVolumes()) {
+    for (const TSoftwareVolume& volume : GetSoftwareVolumes(collection)) {
         if (!volume.isLogicalDisk) {
             continue;
         }
         TLogicalDisk logical = MakeLogicalDisk(volume);
         logical.elementName = volume.name;
         logical.description = volume.description;
-        collection.Commit<TLogicalDisk>(softwareShape, logicalDiskRows, logical);
+        collection.Commit(softwareDiskClass, logical);
     }
 }
+
+}  // namespace
+
+extern constinit const TCollector logicalDiskCollector{
+    .name = "logical-disk",
+    .description = "Volumes of md, LVM, multipath, encryption and RAID adapters",
+    .fills = classes,
+    .reads = sourcePatterns,
+    .collect = CollectLogicalDisks,
+};
 
 }  // namespace NVORHOST

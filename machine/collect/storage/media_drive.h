@@ -2,7 +2,7 @@
 // properties.
 #pragma once
 
-#include "machine/collect/frame/class_shape.h"
+#include "machine/collect/frame/cim_class.h"
 #include "machine/collect/frame/operational_status.h"
 
 #include <cstdint>
@@ -25,17 +25,17 @@ inline constexpr TPropertyRow<TMediaDrive> mediaDriveRows[] = {
     {"DeviceID", &TMediaDrive::deviceId},
     {"OperationalStatus", &TMediaDrive::operationalStatus},
     {"DefaultBlockSize", &TMediaDrive::defaultBlockSizeBytes},
-    {"LoadTime", TNeverKnown{ECimType::eUint64}},
-    {"MaxAccessTime", TNeverKnown{ECimType::eUint64}},
+    {"LoadTime", TUnavailable{ECimType::eUint64}},
+    {"MaxAccessTime", TUnavailable{ECimType::eUint64}},
     {"MaxBlockSize", &TMediaDrive::maxBlockSizeBytes},
     {"MaxMediaSize", &TMediaDrive::maxMediaSizeKB},
     {"MediaIsLocked", &TMediaDrive::mediaIsLocked},
     {"MinBlockSize", &TMediaDrive::minBlockSizeBytes},
     {"MountCount", &TMediaDrive::mountCount},
-    {"NeedsCleaning", TNeverKnown{ECimType::eBoolean}},
-    {"TimeOfLastMount", TNeverKnown{ECimType::eDateTime}},
+    {"NeedsCleaning", TUnavailable{ECimType::eBoolean}},
+    {"TimeOfLastMount", TUnavailable{ECimType::eDateTime}},
     {"TotalMountTime", &TMediaDrive::totalMountTimeSeconds},
-    {"UnloadTime", TNeverKnown{ECimType::eUint64}},
+    {"UnloadTime", TUnavailable{ECimType::eUint64}},
 };
 
 /// For media whose blocks all have one size. What is absent stays absent.

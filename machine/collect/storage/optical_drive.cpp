@@ -1,7 +1,9 @@
-#include "machine/collect/storage/optical_drive.h"
-
+// KELSG_CDROMDrive and KELSG_DVDDrive: one instance per optical drive. A drive that reads DVDs, by the
+// kernel's or udev's account or by its model name, is a KELSG_DVDDrive; every other one is a
+// KELSG_CDROMDrive.
 #include "machine/collect/frame/attribute.h"
 #include "machine/collect/frame/collection.h"
+#include "machine/collect/frame/collector.h"
 #include "machine/collect/frame/device_position.h"
 #include "machine/collect/storage/emulated_medium.h"
 #include "machine/collect/storage/media_drive.h"
@@ -9,18 +11,17 @@
 #include "machine/parse/cdrom_info.h"
 #include "machine/parse/placeholders.h"
 #include "machine/parse/udev_record.h"
+#include "text/numbers.h"
 
 #include <algorithm>
 #include <array>
 
 namespace NVORHOST {
-
 namespace {
 
-constexpr TClassShape classes[] = {
-    MakeShape<TMediaDrive, mediaDriveRows>("KELSG_CDROMDrive"),
-    MakeShape<TMediaDrive, mediaDriveRows>("KELSG_DVDDrive"),
-};
+constexpr TCimClass<TMediaDrive> cdromDriveClass{"KELSG_CDROMDrive", mediaDriveRows};
+constexpr TCimClass<TMediaDrive> dvdDriveClass{"KELSG_DVDDrive", mediaDriveRows};
+constexpr const IClassDeclaration* classes[] = {&cdromDriveClass, &dvdDriveClass};
 
 constexpr auto sourcePatterns = Join(scsiSources, std::array<TSourcePattern, 9>{
                                                       "/proc/sys/dev/cdrom/info",
@@ -33,9 +34,6 @@ constexpr auto sourcePatterns = Join(scsiSources, std::array<TSourcePattern, 9>{
                                                       "/sys/block/sr*/device/*",
                                                       "/sys/block/sr*/queue/logical_block_size",
                                                   });
-
-constexpr const TClassShape& cdromShape = classes[0];
-constexpr const TClassShape& dvdShape = classes[1];
 
 struct TOpticalDrive {
     const ISystemFiles& files;
@@ -127,14 +125,14 @@ TOpticalDrive ReadDrive(const ISystemFiles& files, const std::string& kernelName
 }
 
 struct TFoundDrive {
-    const TClassShape* shape;  // never null
+    const TCimClass<TMediaDrive>* cimClass;  // never null
     TMediaDrive record;
 };
 
 TFoundDrive MakeDrive(const TOpticalDrive& drive, const std::vector<TCdromAbilities>& abilities) {
     const auto model = ReadModel(drive);
     const bool readsDvd = ReadsDvd(drive, abilities, model);
-    TFoundDrive found{readsDvd ? &dvdShape : &cdromShape, {}};
+    TFoundDrive found{readsDvd ? &dvdDriveClass : &cdromDriveClass, {}};
     TMediaDrive& record = found.record;
     record.description = FindScsiTransport(drive.device) +
                          (IsEmulatedMedium(drive.device, model) ? " virtual" : "") +
@@ -144,16 +142,6 @@ TFoundDrive MakeDrive(const TOpticalDrive& drive, const std::vector<TCdromAbilit
         FindDiskStatus(ReadAttribute(drive.files, drive.device.folder + "/state").value_or(""));
     SetSizes(drive, record);
     return found;
-}
-
-}  // namespace
-
-std::span<const TClassShape> GetOpticalDriveClasses() {
-    return classes;
-}
-
-std::span<const TSourcePattern> GetOpticalDriveSources() {
-    return sourcePatterns;
 }
 
 void CollectOpticalDrives(TCollection& collection) {
@@ -173,8 +161,18 @@ void CollectOpticalDrives(TCollection& collection) {
     const auto keys = collection.MakeKeys(keySources, "optical drive");
     for (std::size_t i = 0; i < drives.size(); ++i) {
         drives[i].record.deviceId = keys[i];
-        collection.Commit<TMediaDrive>(*drives[i].shape, mediaDriveRows, drives[i].record);
+        collection.Commit(*drives[i].cimClass, drives[i].record);
     }
 }
+
+}  // namespace
+
+extern constinit const TCollector opticalDriveCollector{
+    .name = "optical-drive",
+    .description = "CD and DVD drives",
+    .fills = classes,
+    .reads = sourcePatterns,
+    .collect = CollectOpticalDrives,
+};
 
 }  // namespace NVORHOST

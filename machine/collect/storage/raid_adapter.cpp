@@ -7,7 +7,6 @@
 #include <cstdint>
 
 namespace NVORHOST {
-
 namespace {
 
 // Volumes are the units on the channels from first to last; what else the host shows are devices that the

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 namespace NVORHOST {
-
 namespace {
 
 std::uint16_t Without(std::uint32_t count, std::uint32_t lost) {

@@ -3,12 +3,12 @@
 #include "machine/collect/frame/attribute.h"
 #include "machine/parse/placeholders.h"
 #include "machine/parse/scsi_vpd.h"
+#include "text/numbers.h"
 
 #include <algorithm>
 #include <string_view>
 
 namespace NVORHOST {
-
 namespace {
 
 constexpr std::size_t maxVpdBytes = std::size_t{1} << 16;

@@ -3,6 +3,7 @@
 #include "machine/collect/frame/attribute.h"
 #include "machine/collect/frame/collection.h"
 #include "machine/collect/frame/device_position.h"
+#include "machine/collect/storage/block_device.h"
 #include "machine/collect/storage/volume_uuid.h"
 #include "machine/parse/udev_record.h"
 
@@ -11,7 +12,6 @@
 #include <unordered_map>
 
 namespace NVORHOST {
-
 namespace {
 
 constexpr std::string_view blockFolder = "/sys/block/";
@@ -277,12 +277,10 @@ std::optional<TFoundVolume> FindVolume(const ISystemFiles& files, const std::str
     return kernelName.starts_with("dm-") ? FindMapped(files, kernelName) : std::nullopt;
 }
 
-}  // namespace
-
 std::vector<TSoftwareVolume> ReadSoftwareVolumes(TCollection& collection) {
     const ISystemFiles& files = collection.GetFiles();
     const auto names = files.List("/sys/block").value;
-    TLayers layers(files, collection.GetDisks(), names);
+    TLayers layers(files, GetDisks(collection), names);
     std::vector<TSoftwareVolume> volumes;
     std::vector<TKeySource> keySources;
     for (const std::string& kernelName : names) {
@@ -303,6 +301,12 @@ std::vector<TSoftwareVolume> ReadSoftwareVolumes(TCollection& collection) {
         volumes[i].key = std::move(keys[i]);
     }
     return volumes;
+}
+
+}  // namespace
+
+const std::vector<TSoftwareVolume>& GetSoftwareVolumes(TCollection& collection) {
+    return collection.ReadOnce(ReadSoftwareVolumes);
 }
 
 }  // namespace NVORHOST

@@ -36,7 +36,7 @@ struct TSoftwareVolume {
 
 /// Every volume in the order of the kernel's names. Not among them: containers of arrays, layers that LVM
 /// keeps for itself, device mapper devices of other makers.
-std::vector<TSoftwareVolume> ReadSoftwareVolumes(TCollection& collection);
+const std::vector<TSoftwareVolume>& GetSoftwareVolumes(TCollection& collection);
 
 /// What that reads besides the disks.
 inline constexpr std::array<TSourcePattern, 9> softwareVolumeSources{

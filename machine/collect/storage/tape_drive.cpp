@@ -1,21 +1,20 @@
-#include "machine/collect/storage/tape_drive.h"
-
+// KELSG_TapeDrive: one instance per SCSI tape drive, in the order of the kernel's names.
 #include "machine/collect/frame/attribute.h"
 #include "machine/collect/frame/collection.h"
+#include "machine/collect/frame/collector.h"
 #include "machine/collect/frame/device_position.h"
 #include "machine/collect/frame/keyed_records.h"
 #include "machine/collect/storage/media_drive.h"
 #include "machine/collect/storage/scsi_device.h"
+#include "text/numbers.h"
 
 #include <array>
 
 namespace NVORHOST {
-
 namespace {
 
-constexpr TClassShape classes[] = {
-    MakeShape<TMediaDrive, mediaDriveRows>("KELSG_TapeDrive"),
-};
+constexpr TCimClass<TMediaDrive> tapeDriveClass{"KELSG_TapeDrive", mediaDriveRows};
+constexpr const IClassDeclaration* classes[] = {&tapeDriveClass};
 
 constexpr auto sourcePatterns = Join(scsiSources, std::array<TSourcePattern, 5>{
                                                       "/sys/class/scsi_tape",
@@ -44,16 +43,6 @@ TMediaDrive ReadDrive(const ISystemFiles& files, const std::string& folder, cons
     return drive;
 }
 
-}  // namespace
-
-std::span<const TClassShape> GetTapeDriveClasses() {
-    return classes;
-}
-
-std::span<const TSourcePattern> GetTapeDriveSources() {
-    return sourcePatterns;
-}
-
 void CollectTapeDrives(TCollection& collection) {
     const ISystemFiles& files = collection.GetFiles();
     std::vector<TKeyedRecord<TMediaDrive>> drives;
@@ -67,8 +56,17 @@ void CollectTapeDrives(TCollection& collection) {
         drives.push_back({ReadDrive(files, folder, device),
                           {ReadScsiIdentity(device), position.empty() ? name : position}});
     }
-    CommitKeyed<TMediaDrive>(collection, classes[0], mediaDriveRows, std::move(drives),
-                             &TMediaDrive::deviceId, "tape drive");
+    CommitKeyed(collection, tapeDriveClass, std::move(drives), &TMediaDrive::deviceId, "tape drive");
 }
+
+}  // namespace
+
+extern constinit const TCollector tapeDriveCollector{
+    .name = "tape-drive",
+    .description = "Tape drives",
+    .fills = classes,
+    .reads = sourcePatterns,
+    .collect = CollectTapeDrives,
+};
 
 }  // namespace NVORHOST

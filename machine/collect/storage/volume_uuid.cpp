@@ -8,7 +8,6 @@
 #include <array>
 
 namespace NVORHOST {
-
 namespace {
 
 constexpr std::string_view lvmPrefix = "LVM-";

@@ -1,7 +1,7 @@
 // Collects from a machine of a test's making, and asks the namespace about it.
 #pragma once
 
-#include "machine/collect/run/collector.h"
+#include "machine/collect/run/collection_run.h"
 #include "tests/machine/system/machine_tree.h"
 
 #include <optional>

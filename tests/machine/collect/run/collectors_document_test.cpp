@@ -1,6 +1,6 @@
 // docs/collectors.md against the code: the same collectors, classes, properties and types in the same order,
 // and a word on the source of each property.
-#include "machine/collect/run/collector.h"
+#include "machine/collect/run/collectors.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -73,11 +73,11 @@ TDocument ReadDocument() {
 std::vector<std::string> ListProperties() {
     std::vector<std::string> properties;
     for (const TCollector& collector : GetCollectors()) {
-        for (const TClassShape& shape : collector.fills) {
-            for (const TPropertyDeclaration& property : shape.declare()) {
+        for (const IClassDeclaration* declaration : collector.fills) {
+            for (const TPropertyDeclaration& property : declaration->GetProperties()) {
                 const NKELVOR20::TCIMValue::TCIMType type(property.type);
-                properties.push_back(std::string(shape.name) + "." + property.name + " " + type.ToString() +
-                                     (property.isArray ? "[]" : ""));
+                properties.push_back(std::string(declaration->GetName()) + "." + property.name + " " +
+                                     type.ToString() + (property.isArray ? "[]" : ""));
             }
         }
     }

@@ -35,8 +35,8 @@ TEST(GetCollectors, HaveNamesDescriptionsAndFunctionsOfTheirOwn) {
 TEST(GetCollectors, DeclareEachClassOnce) {
     std::set<std::string_view> classes;
     for (const TCollector& collector : GetCollectors()) {
-        for (const TClassShape& shape : collector.fills) {
-            EXPECT_TRUE(classes.insert(shape.name).second) << shape.name;
+        for (const IClassDeclaration* declaration : collector.fills) {
+            EXPECT_TRUE(classes.insert(declaration->GetName()).second) << declaration->GetName();
         }
     }
     EXPECT_GE(classes.size(), 10U);
@@ -45,20 +45,20 @@ TEST(GetCollectors, DeclareEachClassOnce) {
 // What the document writer asks of a class, each of these classes can answer, be it with a null.
 TEST(GetCollectors, DeclareEveryPropertyThatTheDocumentsWrite) {
     for (const TCollector& collector : GetCollectors()) {
-        for (const TClassShape& shape : collector.fills) {
-            const TResourceClass* row = FindResourceClass(shape.name);
+        for (const IClassDeclaration* declaration : collector.fills) {
+            const TResourceClass* row = FindResourceClass(declaration->GetName());
             if (row == nullptr) {
                 continue;  // a class of the host's own
             }
             std::set<std::string> declared;
-            for (const TPropertyDeclaration& declaration : shape.declare()) {
-                EXPECT_TRUE(declared.insert(declaration.name).second) << shape.name << declaration.name;
+            for (const TPropertyDeclaration& property : declaration->GetProperties()) {
+                EXPECT_TRUE(declared.insert(property.name).second) << declaration->GetName() << property.name;
             }
-            EXPECT_TRUE(declared.contains(std::string(row->keyProperty))) << shape.name;
+            EXPECT_TRUE(declared.contains(std::string(row->keyProperty))) << declaration->GetName();
             for (const auto& property : row->properties) {
                 if (property.origin == EValueOrigin::instance) {
                     EXPECT_TRUE(declared.contains(std::string(property.sourceName)))
-                        << shape.name << "." << property.sourceName;
+                        << declaration->GetName() << "." << property.sourceName;
                 }
             }
         }
@@ -135,10 +135,11 @@ struct TSample {
     std::optional<std::string> text;
 };
 constexpr TPropertyRow<TSample> sampleRows[] = {{"Text", &TSample::text}};
-constexpr TClassShape sampleShapes[] = {MakeShape<TSample, sampleRows>("Sample")};
+constexpr TCimClass<TSample> sampleClass{"Sample", sampleRows};
+constexpr const IClassDeclaration* sampleClasses[] = {&sampleClass};
 
 void CommitSample(TCollection& collection) {
-    collection.Commit<TSample>(sampleShapes[0], sampleRows, TSample{"sample"});
+    collection.Commit(sampleClass, TSample{"sample"});
 }
 
 class TRunTest : public testing::Test {
@@ -155,7 +156,7 @@ TEST_F(TRunTest, ReportsACollectorThatThrowsAndRunsTheOthers) {
     const auto reports = Run({
         {"first",
          "throws after it committed",
-         sampleShapes,
+         sampleClasses,
          {},
          [](TCollection& collection) {
              CommitSample(collection);
@@ -163,10 +164,10 @@ TEST_F(TRunTest, ReportsACollectorThatThrowsAndRunsTheOthers) {
          }},
         {"second",
          "throws a host exception",
-         sampleShapes,
+         sampleClasses,
          {},
          [](TCollection&) { throw NKELVOR20::TVORException(NKELVOR20::TVORStatusCode::typeMismatch); }},
-        {"third", "goes well", sampleShapes, {}, CommitSample},
+        {"third", "goes well", sampleClasses, {}, CommitSample},
     });
     ASSERT_EQ(reports.size(), 3U);
     EXPECT_EQ(reports[0].failure, "disk on fire");
@@ -179,21 +180,21 @@ TEST_F(TRunTest, ReportsACollectorThatThrowsAndRunsTheOthers) {
 }
 
 TEST_F(TRunTest, DeclaresTheClassesOfACollectorThatFindsNothing) {
-    (void)Run({{"idle", "finds nothing", sampleShapes, {}, [](TCollection&) {}}});
+    (void)Run({{"idle", "finds nothing", sampleClasses, {}, [](TCollection&) {}}});
     ASSERT_NE(target_.FindClass("Sample"), nullptr);
     EXPECT_EQ(target_.FindClass("Sample")->GetDeclarations().at(0).name, "Text");
 }
 
 TEST_F(TRunTest, KeepsAClassThatTheNamespaceAlreadyHas) {
     target_.AddClass("Sample");
-    (void)Run({{"sample", "commits", sampleShapes, {}, CommitSample}});
+    (void)Run({{"sample", "commits", sampleClasses, {}, CommitSample}});
     EXPECT_EQ(target_.FindClass("Sample")->GetInstances().size(), 1U);
 }
 
 TEST_F(TRunTest, NamesEachDeniedAndFailedSourceOnce) {
     machine_.files.AddRefusal("/secret", EReadStatus::denied);
     machine_.files.AddRefusal("/broken", EReadStatus::failed);
-    const auto reports = Run({{"reader", "reads twice", sampleShapes, {}, [](TCollection& collection) {
+    const auto reports = Run({{"reader", "reads twice", sampleClasses, {}, [](TCollection& collection) {
                                    for (int i = 0; i < 2; ++i) {
                                        (void)collection.GetFiles().ReadText("/secret");
                                        (void)collection.GetFiles().ReadText("/broken");
@@ -205,10 +206,10 @@ TEST_F(TRunTest, NamesEachDeniedAndFailedSourceOnce) {
 }
 
 TEST_F(TRunTest, CleansTextsAndCountsWhatItReplaced) {
-    const auto reports = Run({{"text", "commits dirt", sampleShapes, {}, [](TCollection& collection) {
+    const auto reports = Run({{"text", "commits dirt", sampleClasses, {}, [](TCollection& collection) {
                                    const TSample dirty{std::string("  a\xFF\x01z \0", 9)};
-                                   collection.Commit<TSample>(sampleShapes[0], sampleRows, dirty);
-                                   collection.Commit<TSample>(sampleShapes[0], sampleRows, TSample{" \n"});
+                                   collection.Commit(sampleClass, dirty);
+                                   collection.Commit(sampleClass, TSample{" \n"});
                                }}});
     EXPECT_EQ(ToText(target_), "Sample[0].Text = string a\xEF\xBF\xBD\xEF\xBF\xBDz\n");
     EXPECT_EQ(reports[0].replacedBytes, 2U);

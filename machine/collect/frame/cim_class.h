@@ -1,5 +1,6 @@
-// A CIM class as a table of rows, each tying a property to the member of a record that holds its value. The
-// CIM type follows from the member's, so a class cannot be declared one way and filled another.
+// A CIM class as one value: its name and a table of rows, each of which ties a property to the member of a
+// record that holds its value. The CIM type follows from the member's type, and an instance can only be
+// committed from a record of the class's own type, so a class cannot be declared one way and filled another.
 #pragma once
 
 #include "host/cim_value.h"
@@ -21,17 +22,16 @@ namespace NVORHOST {
 
 using ECimType = NKELVOR20::TCIMValue::TCIMType::ECIMType;
 
-/// A property that the class has and Linux cannot tell: declared, never set.
-struct TNeverKnown {
+/// A property that is declared but never set, because Linux offers no source for it.
+struct TUnavailable {
     ECimType type;
     bool isArray = false;
 };
 
-/// The members a record may have: a value of a CIM type, or its absence. Dates are whole date-times; the one
-/// array element type besides words is the doubleword.
+/// A pointer to a record member: an optional of a CIM scalar, or of an array of 16-bit or 32-bit words.
 template <typename TRecord>
 using TPropertyMember =
-    std::variant<TNeverKnown, std::optional<bool> TRecord::*, std::optional<std::uint8_t> TRecord::*,
+    std::variant<TUnavailable, std::optional<bool> TRecord::*, std::optional<std::uint8_t> TRecord::*,
                  std::optional<std::uint16_t> TRecord::*, std::optional<std::int16_t> TRecord::*,
                  std::optional<std::uint32_t> TRecord::*, std::optional<std::uint64_t> TRecord::*,
                  std::optional<std::string> TRecord::*, std::optional<TCIMDateTime> TRecord::*,
@@ -44,7 +44,7 @@ struct TPropertyRow {
     TPropertyMember<TRecord> member;
 };
 
-/// The rows of two tables, for classes that begin alike.
+/// Concatenates two tables of rows, for classes that share their first properties.
 template <typename TRecord, std::size_t firstSize, std::size_t secondSize>
 constexpr auto JoinRows(const TPropertyRow<TRecord> (&first)[firstSize],
                         const TPropertyRow<TRecord> (&second)[secondSize]) {
@@ -53,12 +53,6 @@ constexpr auto JoinRows(const TPropertyRow<TRecord> (&first)[firstSize],
     }
     (std::make_index_sequence<firstSize>(), std::make_index_sequence<secondSize>());
 }
-
-/// A class whatever its record: its name and what it declares, in row order.
-struct TClassShape {
-    std::string_view name;
-    std::vector<TPropertyDeclaration> (*declare)();
-};
 
 /// The CIM type of a member's value.
 template <typename TValue>
@@ -84,12 +78,12 @@ constexpr ECimType cimTypeOf = [] {
     }
 }();
 
-/// What a row with such a member declares.
+/// Maps a row's member to the declaration of its property.
 template <typename TRecord>
 struct TDeclareMember {
     std::string_view name;
 
-    TPropertyDeclaration operator()(TNeverKnown never) const {
+    TPropertyDeclaration operator()(TUnavailable never) const {
         return {std::string(name), never.type, never.isArray};
     }
     template <typename TValue>
@@ -102,20 +96,42 @@ struct TDeclareMember {
     }
 };
 
-template <typename TRecord>
-std::vector<TPropertyDeclaration> DeclareRows(std::span<const TPropertyRow<TRecord>> rows) {
-    std::vector<TPropertyDeclaration> declarations;
-    declarations.reserve(rows.size());
-    for (const TPropertyRow<TRecord>& row : rows) {
-        declarations.push_back(std::visit(TDeclareMember<TRecord>{row.name}, row.member));
-    }
-    return declarations;
-}
+/// The part of a class that does not depend on its record type: enough to declare it in a namespace.
+class IClassDeclaration {
+  public:
+    virtual std::string_view GetName() const = 0;
+    /// The properties in row order.
+    virtual std::vector<TPropertyDeclaration> GetProperties() const = 0;
 
-/// The shape of a class whose rows are the array `rows` of TPropertyRow<TRecord>.
-template <typename TRecord, const auto& rows>
-constexpr TClassShape MakeShape(std::string_view name) {
-    return {name, [] { return DeclareRows<TRecord>(rows); }};
-}
+  protected:
+    constexpr IClassDeclaration() = default;
+    IClassDeclaration(const IClassDeclaration&) = default;
+    IClassDeclaration& operator=(const IClassDeclaration&) = default;
+    ~IClassDeclaration() = default;
+};
+
+/// A class whose instances are filled from records of type TRecord. The rows outlive it.
+template <typename TRecord>
+class TCimClass final : public IClassDeclaration {
+  public:
+    constexpr TCimClass(std::string_view name, std::span<const TPropertyRow<TRecord>> rows)
+        : name_(name), rows_(rows) {}
+
+    std::string_view GetName() const override { return name_; }
+    std::span<const TPropertyRow<TRecord>> GetRows() const { return rows_; }
+
+    std::vector<TPropertyDeclaration> GetProperties() const override {
+        std::vector<TPropertyDeclaration> declarations;
+        declarations.reserve(rows_.size());
+        for (const TPropertyRow<TRecord>& row : rows_) {
+            declarations.push_back(std::visit(TDeclareMember<TRecord>{row.name}, row.member));
+        }
+        return declarations;
+    }
+
+  private:
+    std::string_view name_;
+    std::span<const TPropertyRow<TRecord>> rows_;
+};
 
 }  // namespace NVORHOST

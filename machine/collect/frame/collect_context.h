@@ -1,0 +1,26 @@
+// Everything that a collection needs from outside: the machine, the namespace to fill, the time, device
+// names.
+#pragma once
+
+#include "host/cim_date_time.h"
+#include "machine/collect/frame/device_names.h"
+#include "machine/system/system_calls.h"
+#include "machine/system/system_files.h"
+#include "vorhost/model/memory_namespace.h"
+
+#include <optional>
+
+namespace NVORHOST {
+
+/// Non-owning: the referenced objects outlive the collection.
+struct TCollectContext {
+    const ISystemFiles& files;
+    const ISystemCalls& calls;
+    TMemoryNamespace& target;
+    /// Time of the collection, with the zone for local times; absent if unknown, as on a captured tree.
+    std::optional<TCIMDateTime> localTime;
+    /// Null if there is no database; devices are then named by their class and numbers.
+    const IDeviceNames* deviceNames = nullptr;
+};
+
+}  // namespace NVORHOST

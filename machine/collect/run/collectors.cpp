@@ -1,0 +1,58 @@
+#include "machine/collect/run/collectors.h"
+
+#include <algorithm>
+
+namespace NVORHOST {
+
+// Each is defined in the source file of its collector.
+extern const TCollector computerSystemCollector, operatingSystemCollector, processorCollector,
+    memoryModuleCollector, memoryArrayAddressCollector, memoryMapCollector, cardCollector,
+    systemSlotCollector, diskDriveCollector, disketteDriveCollector, tapeDriveCollector,
+    opticalDriveCollector, logicalDiskCollector, diskPartitionCollector, pciFunctionCollector,
+    controllerCollector, usbPortCollector, ipEndpointCollector, processCollector, dataSourceCollector,
+    resultCollector;
+
+std::span<const TCollector> GetCollectors() {
+    // Row order is the order of running, of the classes in the namespace and of listings.
+    static const TCollector collectors[] = {
+        computerSystemCollector,
+        operatingSystemCollector,
+        processorCollector,
+        memoryModuleCollector,
+        memoryArrayAddressCollector,
+        memoryMapCollector,
+        cardCollector,
+        systemSlotCollector,
+        diskDriveCollector,
+        disketteDriveCollector,
+        tapeDriveCollector,
+        opticalDriveCollector,
+        logicalDiskCollector,
+        diskPartitionCollector,
+        pciFunctionCollector,
+        controllerCollector,
+        usbPortCollector,
+        ipEndpointCollector,
+        processCollector,
+        dataSourceCollector,
+        resultCollector,
+    };
+    return collectors;
+}
+
+std::vector<TCollector> ChooseCollectors(const TCollectorChoice& choice) {
+    const auto names = [](const std::vector<std::string>& list, const TCollector& collector) {
+        return std::ranges::find(list, collector.name) != list.end();
+    };
+    std::vector<TCollector> chosen;
+    for (const TCollector& collector : GetCollectors()) {
+        const bool isWanted = choice.only.empty() ? !collector.isOptIn : names(choice.only, collector);
+        const bool isAskedFor = choice.withProcesses && collector.isOptIn;
+        if ((isWanted || isAskedFor) && !names(choice.skip, collector)) {
+            chosen.push_back(collector);
+        }
+    }
+    return chosen;
+}
+
+}  // namespace NVORHOST
