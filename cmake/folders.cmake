@@ -28,8 +28,8 @@ function(noxinfo_library target folder)
 endfunction()
 
 # noxinfo_part(TARGET FOLDER LIBRARY SHARED_LIBRARY SOURCES ... [USES ...] [PRIVATE_USES ...])
-# The sources of one folder as part of a shared library. TARGET stands for the folder's headers and, to link
-# against, that library; TARGET_objects is what the library itself is linked from. USES are folder targets.
+# The sources of one folder as part of a shared library. TARGET provides the folder's headers and, for linking,
+# that library; TARGET_objects is what the library itself is linked from. USES are folder targets.
 function(noxinfo_part target folder)
   cmake_parse_arguments(PARSE_ARGV 2 arg "" "LIBRARY" "SOURCES;USES;PRIVATE_USES")
   add_library(${target} INTERFACE)

@@ -1,4 +1,4 @@
-"""The table of agreements: fields that were compared, and what became of each."""
+"""Counts agreements and differences field by field."""
 
 import collections
 import contextlib
@@ -47,7 +47,7 @@ class Agreement:
             self._not_compared.append(f"{machine}: {type(error).__name__}: {error}")
 
     def is_explained(self):
-        """Something was compared, and no difference is left over."""
+        """True if something was compared and every difference is explained."""
         return bool(self._agreed) and not self._unexplained
 
     def totals(self):

@@ -13,7 +13,7 @@ TREES = {  # archive -> (folder in it, lsblk's text with sizes in bytes)
                                                       "hwloc-32em64t-2n8c+dax+nvme+mic+dimms.lsblk.txt"),
 }
 ROUNDED_TREES = ("lsblk-simple-lvm", "lsblk-simple-nvme")
-# Disks that are volumes of a RAID adapter: to lsblk they are disks like others.
+# lsblk lists the volumes of a RAID adapter as plain disks.
 VOLUMES = {"ghw-xeon-L5640.tar.gz": ["sda"]}
 DISK_CLASSES = ("KELSG_DiskDrive", "CIM_DiskDrive")
 VOLUME_CLASSES = ("KELSG_LSILogicalDisk", "KELSG_LSIIDELogicalDisk", "KELSG_srLogicalDisk")
@@ -22,7 +22,7 @@ NO_DISKS = ("loop", "ram", "zram", "dm-", "md", "sr", "fd", "bcache")
 
 
 def parse_table(text):
-    """Rows of a table whose columns are where the words of its first line are; the numbers' columns end there."""
+    """Splits a table at the columns of its heading line; columns of numbers end below their heading."""
     header, *lines = text.splitlines()
     columns = [(match[0], match.start(), match.end()) for match in re.finditer(r"\S+", header)]
     right = {"SIZE", "RM", "RO", "ROTA", "MAJ:MIN", "LOG-SEC", "PHY-SEC"}
@@ -44,7 +44,7 @@ def kernel_name(row):
 
 
 def human(size):
-    """As lsblk writes sizes without --bytes: one decimal at most. None without a size."""
+    """Formats a size as lsblk does without --bytes, with at most one decimal; None without a size."""
     if size is None:
         return None
     for exponent, unit in enumerate("BKMGTP"):
@@ -59,23 +59,23 @@ def instances_of(instances, classes):
 
 
 def partitions_by_name(instances):
-    """Kernel name -> partition: the element's name begins with it."""
+    """Maps kernel names to partitions; ElementName begins with the kernel name."""
     return {partition["ElementName"].split()[0]: partition for partition in instances.get("CIM_DiskPartition", [])}
 
 
 def media_sizes(disks):
-    """Sizes in kilobytes as numbers, the smallest first; None for a reader without a medium."""
+    """Sorts sizes in kilobytes; None is the size of a reader without a medium."""
     sizes = [int(disk["MaxMediaSize"]) if "MaxMediaSize" in disk else None for disk in disks]
     return sorted(sizes, key=lambda size: size or 0)
 
 
 def kilobytes(sizes):
-    """The same of sizes in bytes."""
+    """Sorts sizes in bytes; None is the size of a reader without a medium."""
     return sorted((size // 1000 or None for size in sizes), key=lambda size: size or 0)
 
 
 def logical_volume_name(mapper_name):
-    """As lvs prints it: "group/volume". The mapper doubles the hyphens in either name."""
+    """Returns "group/volume", as lvs prints it. The device mapper doubles the hyphens in both names."""
     match = re.fullmatch(r"((?:[^-]|--)+)-((?:[^-]|--)+)", mapper_name)
     return "/".join(part.replace("--", "-") for part in match.groups()) if match else mapper_name
 
@@ -111,7 +111,7 @@ def compare_exact(machine, rows, instances, agreement):
 
 
 def compare_summary(machine, summary, instances, agreement):
-    """What another inventory said of the disks while the machine ran."""
+    """Compares with the disks that another inventory program listed on the running machine."""
     disks = [disk for disk in summary["block"]["disks"] if is_disk(disk["name"])]
     ours = instances_of(instances, DISK_CLASSES + VOLUME_CLASSES)
     agreement.compare(machine, "disks", "disk: count", len(disks), len(ours))
@@ -138,7 +138,7 @@ def explain_model(theirs, ours):
 
 
 def number(properties, name, factor=1):
-    """The property as a number of units; None without it."""
+    """Returns the property as a number of units, or None if it is absent."""
     return int(properties[name]) * factor if name in properties else None
 
 
@@ -173,14 +173,14 @@ def compare_rounded(machine, basic, topology, vendor, instances, agreement):
 
 
 def describe_nvme(tree, name):
-    """The kernel says of the node whether it rotates; without its word nobody knows."""
+    """Compares media only where the tree has the rotational attribute."""
     rotational = tree / f"sys/block/{name}/queue/rotational"
     word = {"0": "solid-state", "1": "hard disk"}.get(rotational.read_text().strip() if rotational.is_file() else "")
     return f"NVMe {word or 'disk'} drive"
 
 
 def compare_nvme(machine, hosts, tree, instances, agreement):
-    """The tree has no /sys/block: what is compared is which nodes of the kernel are disks."""
+    """Compares only which block devices are disks, for trees without /sys/block."""
     theirs = sorted(space["name"] for host in hosts for subsystem in host["subsystems"]
                     for space in subsystem["namespaces"])
     ours = instances_of(instances, DISK_CLASSES)
@@ -191,7 +191,7 @@ def compare_nvme(machine, hosts, tree, instances, agreement):
 
 
 def add_block_folder(tree):
-    """The links that the kernel has for every block device; the capture left them out."""
+    """Adds the links to block devices that the capture left out."""
     folder = tree / "sys/block"
     folder.mkdir()
     for device in sorted((tree / "sys/devices").rglob("nvme*n[0-9]*")):
@@ -199,7 +199,7 @@ def add_block_folder(tree):
             (folder / device.name).symlink_to(f"../{device.relative_to(tree / 'sys')}")
 
 
-# ---- trees of a few files without a decode: what they are of is what is found
+# ---- small trees without a decode, whose content is known
 
 
 FOUND = {  # archive -> {folder in it: {classes: instances}}
@@ -217,7 +217,7 @@ def compare_found(archive, tree, counts, noxinfo, agreement):
                           len(instances_of(instances, classes)))
 
 
-# ---- all of it
+# ---- every comparison
 
 
 def compare(captures, noxinfo, agreement):

@@ -15,7 +15,7 @@ class Record:
         self.fields = {}
 
     def text(self, name):
-        """The field as a string of the structure: None when the structure has no such string."""
+        """Returns the field as a string of the structure, or None if the structure has no such string."""
         value = self.fields.get(name)
         return None if value in (None, "Not Specified", "<BAD INDEX>") else value
 

@@ -1,4 +1,4 @@
-"""Reads the text that lspci -Dnnvv prints, and the dumps of registers that lspci -xxx does."""
+"""Reads the output of lspci -Dnnvv and the register dumps of lspci -xxx."""
 
 import re
 
@@ -9,7 +9,7 @@ HEADER = re.compile(
 
 
 class Function:
-    """One function: what its first line says, and the lines below it that are indented once."""
+    """One function: its heading line, and the lines below it that are indented once."""
 
     def __init__(self, match):
         self.address = match["address"]
@@ -22,7 +22,7 @@ class Function:
         self.lines = []
 
     def find(self, pattern):
-        """The first match at the start of a line."""
+        """Returns the first match at the start of a line."""
         return next(filter(None, (re.match(pattern, line) for line in self.lines)), None)
 
     def find_all(self, pattern):
@@ -45,7 +45,7 @@ def parse(text):
 
 
 def parse_dump(text):
-    """Address -> bytes of the configuration space, from lines such as "10: 0c 00 ..."."""
+    """Maps addresses to bytes of the configuration space, from lines such as "10: 0c 00 ..."."""
     functions = {}
     current = None
     for line in text.splitlines():

@@ -6,11 +6,11 @@ import xml.etree.ElementTree as ElementTree
 
 
 class CollectionFailed(Exception):
-    """The program did not give a namespace."""
+    """The program failed to collect a namespace."""
 
 
 def collect(noxinfo, sysroot):
-    """The instances of every class, in order, each as {property: text or list of texts}."""
+    """Returns the instances of every class in order, each as {property: text or list of texts}."""
     root = pathlib.Path(sysroot)
     if not (root / "proc").is_dir() and not (root / "sys").is_dir():
         (root / "proc").mkdir()  # a release file alone is no machine's tree to the program

@@ -1,4 +1,4 @@
-"""Release files of many distributions against what the shell, and another library, make of them."""
+"""Compares release files of many distributions with the shell and with another library."""
 
 import functools
 import json
@@ -9,7 +9,7 @@ from capture_comparison import namespace, sysroot
 
 
 def read_assignments(text):
-    """The variables that a shell would have, which defines the format, and bare values with blanks as a whole."""
+    """Returns the variables as a shell would set them, and unquoted values with blanks whole."""
     values = {}
     for line in text.splitlines():
         name, separator, value = line.strip().partition("=")
@@ -38,7 +38,7 @@ def compare_release(machine, release, tree, noxinfo, agreement, explain=lambda t
 
 
 def read_maker_file(tree):
-    """The first line of the file in which makers named their systems before os-release."""
+    """Returns the first line of the release file that distributions used before os-release."""
     for path, prefix in (("redhat-release", ""), ("SuSE-release", ""), ("debian_version", "Debian GNU/Linux ")):
         file = tree / "etc" / path
         lines = file.read_text(errors="replace").split("\n") if file.is_file() else [""]
@@ -80,7 +80,7 @@ def compare_roots(archive, noxinfo, agreement):
 
 
 def compare_facts(archive, noxinfo, agreement):
-    """Files of a machine beside what a library for distributions reads from them."""
+    """Compares with the values that a distribution library reads from the same files."""
     with tarfile.open(archive) as tar:
         for member in tar:
             if not member.isfile():

@@ -1,4 +1,4 @@
-"""PCI functions of captured machines and of dumps of registers against lspci's text of them."""
+"""Compares PCI functions of captured machines and of register dumps with the output of lspci."""
 
 import re
 
@@ -55,7 +55,7 @@ def explain_rom(_, ours):
 
 
 def window(function, name):
-    """(first, last address, bits) of what a bridge passes on; None when it is closed."""
+    """Returns (first address, last address, bits) of a bridge window, or None if it is closed."""
     match = function.find(rf"{name} behind bridge: ([0-9a-f]+)-([0-9a-f]+) .*\[(\d+)-bit\]")
     return (int(match[1], 16), int(match[2], 16), int(match[3])) if match else None
 
@@ -104,8 +104,8 @@ def explain_name(theirs, ours):
 
 
 def expected_name(function, ours):
-    """lspci has the card's name in a line of its own, behind the name of the card's maker. A card that the database
-    does not know is a "Device" there, or has the name of its chip."""
+    """lspci prints the card's name in a line of its own after the name of its maker. A card that is missing in the
+    database is a "Device" there, or has the name of its chip."""
     subsystem = function.find(r"Subsystem: (.*) \[[0-9a-f]{4}:[0-9a-f]{4}\]")
     if not subsystem or subsystem[1].split()[-1] == "Device":
         return function.name
@@ -117,7 +117,7 @@ def expected_name(function, ours):
     return f"{function.name} ({subsystem[1]})"
 
 
-# Two lists of names for the same numbers.
+# Names from two editions of the database may differ.
 SYNONYMS = {
     "Co-processor": "Coprocessor",
     "Non-Essential Instrumentation": "Non-essential instrumentation",
@@ -211,7 +211,7 @@ def compare_machine(machine, text, instances, agreement):
     compare_controllers(machine, functions, instances, agreement)
 
 
-# ---- all of it
+# ---- every comparison
 
 
 def text_of(captures, archive):

@@ -1,4 +1,4 @@
-"""Processors, boards and machines of captured trees against lscpu's, hwloc's and other decodes of them."""
+"""Compares processors, boards and machines of captured trees with lscpu, hwloc and other decodes."""
 
 import json
 import re
@@ -71,7 +71,7 @@ def compare_lscpu(machine, facts, instances, agreement):
 
 
 def parse_console(text):
-    """(facts of the machine, facts of each package) from lines of 'Name=value' and 'Name="value"'."""
+    """Returns (facts of the machine, facts of each package) from lines of 'Name=value' and 'Name="value"'."""
     def facts(line):
         return {name: value.strip('"') for name, value in re.findall(r'(\w+)=("[^"]*"|[^ )]+)', line)}
 
@@ -133,7 +133,7 @@ def compare_machine_info(machine, info, instances, agreement):
         agreement.compare(machine, "memory", f"memory: {field}", str(info[name] // 1024), system.get(field))
 
 
-# ---- all of it
+# ---- every comparison
 
 
 def compare(captures, noxinfo, agreement):

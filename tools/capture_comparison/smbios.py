@@ -1,4 +1,4 @@
-"""Slots, memory, boards and processors of captured SMBIOS tables against dmidecode's text of them."""
+"""Compares slots, memory, boards and processors of captured SMBIOS tables with the output of dmidecode."""
 
 import pathlib
 import re
@@ -7,11 +7,11 @@ import tempfile
 
 from capture_comparison import dmidecode_text, namespace
 
-# ---- where a table's text stands
+# ---- finding the decode of a table
 
 
 def find_text(folder, tree):
-    """The decode of the tree "GROUP-NAME": GROUP/NAME*.dmidecode.txt, or GROUP/NAME/dmidecode.txt."""
+    """Finds the decode of the tree "GROUP-NAME": GROUP/NAME*.dmidecode.txt, or GROUP/NAME/dmidecode.txt."""
     for group in sorted(path for path in folder.iterdir() if path.is_dir()):
         if not tree.startswith(group.name + "-"):
             continue
@@ -26,7 +26,7 @@ def find_text(folder, tree):
 
 
 def number(text, unit):
-    """"2133 MT/s" in MT/s is 2133; any other text is nothing."""
+    """Returns 2133 for "2133 MT/s" with the unit MT/s, and None for any other text."""
     match = re.fullmatch(rf"(\d+) {re.escape(unit)}", text or "")
     return match[1] if match else None
 
@@ -35,7 +35,7 @@ UNITS = {"bytes": 1, "kB": 2**10, "MB": 2**20, "GB": 2**30, "TB": 2**40}
 
 
 def size(text):
-    """"16 GB" in bytes."""
+    """Converts a size such as "16 GB" to bytes."""
     match = re.fullmatch(r"(\d+) (\w+)", text or "")
     return str(int(match[1]) * UNITS[match[2]]) if match and match[2] in UNITS else None
 
@@ -48,9 +48,9 @@ def squeezed(text):
     return None if text is None else " ".join(text.split())
 
 
-# ---- texts: why two may differ
+# ---- reasons why texts may differ
 
-# What firmware leaves where a value belongs; the collected text is absent then.
+# Placeholders of firmware; the collected property is absent for them.
 FILLERS = re.compile(
     r"(not specified|not available|none|n/?a|null|unknown|undefined|empty|default string|default|o\.?e\.?m\.?"
     r"|to be filled by o\.e\.m\.?|fill by oem|system (manufacturer|product name|version|serial number)"
@@ -92,14 +92,14 @@ def code(table, text):
 
 
 def position(values, absent):
-    """The number that all structures of a device agree on."""
+    """Returns the number that all structures of a device agree on."""
     distinct = set(values)
     value = distinct.pop() if len(distinct) == 1 else None
     return None if value in absent else value
 
 
 def check_keys(machine, what, key, instances, agreement):
-    """No two instances of a class have one key."""
+    """Checks that the instances of a class have different keys."""
     keys = [instance.get(key) for instance in instances]
     agreement.compare(machine, what, f"{what}: distinct keys", len(keys), len(set(keys) - {None}))
 
@@ -119,7 +119,7 @@ def compare_memory(machine, records, instances, agreement):
         def check(field, theirs, explain=None, module=module, place=place):
             agreement.compare(machine, place, f"memory: {field}", theirs, module.get(field), explain)
 
-        # The key is the locator; a collision adds to it.
+        # The key is the locator; a duplicate gets its position appended.
         locator = device.text("Locator")
         tag = module.get("Tag", "")
         agreement.compare(machine, place, "memory: Tag", squeezed(locator),
@@ -191,7 +191,7 @@ SLOT_TYPES = {  # dmidecode's name -> (name in the description, ConnectorLayout,
 
 
 def slot_type(text):
-    """(width, description, layout, special purpose) of a text such as "x8 PCI Express 3 x16"."""
+    """Returns (width, description, layout, special purpose) of a text such as "x8 PCI Express 3 x16"."""
     width, _, rest = text.partition(" ")
     if width not in WIDTHS:
         width, rest = None, text
@@ -366,7 +366,7 @@ def explain_uuid(theirs, ours):
     return None
 
 
-# ---- all of it
+# ---- every comparison
 
 COMPARED = (compare_system, compare_boards, compare_processors, compare_memory, compare_memory_arrays, compare_slots)
 

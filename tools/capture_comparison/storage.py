@@ -12,7 +12,7 @@ from capture_comparison.block import (
     DISK_CLASSES, OPTICAL_CLASSES, instances_of, is_disk, kilobytes, logical_volume_name, media_sizes,
     partitions_by_name)
 
-# ---- what a machine has, in the words of neither side
+# ---- a machine in neutral terms
 
 
 class Machine:
@@ -43,7 +43,7 @@ def array_uuid(text):
 
 
 def explain_mapped(theirs, ours):
-    """Device-mapper devices over a firmware's RAID set are no class of the inventory, nor what lies on them."""
+    """True for device-mapper devices on a firmware RAID set and on top of it, which are not collected."""
     return "partitions of a firmware RAID set are listed on the disk that has its table, not on the set" \
         if [name for name in theirs if not name.startswith("dm-")] == ours else None
 
@@ -77,7 +77,7 @@ def compare_machine(machine, instances, agreement):
 
 
 def size_of(record):
-    """In bytes; 0 where the probe has no size, as for a reader without a medium."""
+    """Returns the size in bytes, 0 if the probe has none, as for a reader without a medium."""
     return int(record["attrs"].get("size") or 0)
 
 
@@ -108,7 +108,7 @@ def add_table(machine, table, blockdev):
 
 
 def volume_name(record):
-    """By udev's own split of a logical volume's name; others have one name."""
+    """Returns "group/volume" as split by udev; other volumes have one name."""
     if "DM_VG_NAME" in record and "DM_LV_NAME" in record:
         return f"{record['DM_VG_NAME']}/{record['DM_LV_NAME']}"
     return udev_tree.decode(record["DM_NAME"])
@@ -149,7 +149,7 @@ def read_probert(path, tree):
     return machine
 
 
-# ---- libstorage-ng: outputs of commands, with the graph of devices that is to come of them
+# ---- libstorage-ng: outputs of commands, with the expected graph of devices
 
 
 class Mockup:
@@ -172,7 +172,7 @@ def region_bytes(device):
 
 
 def sizes_of(graph):
-    """Path below /sys -> bytes."""
+    """Maps paths below /sys to sizes in bytes."""
     return {device.findtext("sysfs-path"): region_bytes(device) for device in graph.iter()
             if device.find("region") is not None and device.find("sysfs-path") is not None}
 
@@ -191,7 +191,7 @@ def add_mockup(tree, mockup, graph):
 
 
 def read_graph(path, mockup, graph):
-    """Arrays and volumes of the graph carry what mdadm and LVM said of them, not udev."""
+    """Adds the UUIDs that mdadm and LVM report for arrays and volumes of the graph."""
     machine = Machine(path.name)
     records = mockup.records()
     for disk in graph.iter("Disk"):
@@ -230,7 +230,7 @@ def read_graph(path, mockup, graph):
     return machine
 
 
-# ---- all of it
+# ---- every comparison
 
 
 def compare(captures, noxinfo, agreement):

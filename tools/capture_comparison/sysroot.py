@@ -9,7 +9,7 @@ import tempfile
 
 @contextlib.contextmanager
 def unpacked(archive, root="."):
-    """The folder `root` of an archive, for as long as the context lasts. Device nodes stay out of it."""
+    """Unpacks the folder `root` of an archive, without device nodes, and removes it at the end of the context."""
     with tempfile.TemporaryDirectory(prefix="captures-") as folder:
         with tarfile.open(archive) as tar:
             members = [member for member in tar if member.isfile() or member.isdir() or member.issym()]
@@ -45,7 +45,7 @@ class Tree:
 
 @contextlib.contextmanager
 def assembled():
-    """An empty tree, for as long as the context lasts."""
+    """Makes an empty tree and removes it at the end of the context."""
     folder = tempfile.mkdtemp(prefix="captures-")
     try:
         yield Tree(folder)

@@ -1,4 +1,4 @@
-"""PCI functions, block devices and partitions of many machines as udev knew them, against what is collected from
+"""Compares PCI functions, block devices and partitions in udev databases of many machines with a collection from
 the same identifiers. Names come from each machine's own edition of the hardware database."""
 
 import functools
@@ -43,7 +43,7 @@ def is_whole(record):
 
 
 def is_numbered_partition(record):
-    """Partitions without a number of their own are those of machines whose udev did not look at tables."""
+    """True for partitions without a number: udev did not read the partition tables of such machines."""
     return record.get("SUBSYSTEM") == "block" and udev_tree.is_partition(record) and \
         ("PARTN" in record or "ID_PART_ENTRY_NUMBER" in record)
 
@@ -60,7 +60,7 @@ def build(tree, records):
 
 
 def explain_name(record, theirs, ours):
-    """Two editions of one database: words that name a product stay, others change."""
+    """Explains names from two editions of the database, which share the words that name a product."""
     numbers = set(re.findall(r"\w*\d\w*", theirs))
     common = set(re.findall(r"\w{3,}", theirs.lower())) & set(re.findall(r"\w{3,}", ours.lower()))
     if numbers & set(re.findall(r"\w*\d\w*", ours)) or len(common) >= 2:
@@ -108,7 +108,7 @@ def compare_functions(machine, records, instances, agreement):
 
 
 def kind_of(record):
-    """What a whole block device is, by udev's own type, else by its name; None when it is no drive."""
+    """Returns the kind of a whole block device by udev's type or by its name; None if it is not a drive."""
     name = udev_tree.name_of(record)
     if re.match(r"fd\d", name):
         return "diskette"
@@ -153,12 +153,12 @@ def compare_partitions(machine, records, instances, agreement):
                               partition.get("ElementName"))
 
 
-# Of these machines the text holds a few devices, lsblk's list all.
+# The udev text of these machines holds a few devices only, the list of lsblk all of them.
 EXCERPTS = ("HP_DVDRW_WITH_ISO9660_DISC", "KIOXIA_TransMemory")
 
 
 def compare_lsblk(machine, rows, instances, agreement):
-    """Another program's list of the same machine."""
+    """Compares with another program's list of the same machine."""
     def explain(*_):
         return "the text is an excerpt, lsblk's list is of the whole machine" if machine in EXCERPTS else None
 
@@ -179,7 +179,7 @@ def flatten(rows):
         yield from flatten(row.get("children", []))
 
 
-# ---- all of it
+# ---- every comparison
 
 
 def compare_machine(path, noxinfo, agreement):

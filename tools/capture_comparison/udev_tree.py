@@ -1,10 +1,10 @@
-"""Puts trees together from what udev knows of devices, where nobody kept the kernel's own files."""
+"""Builds trees from udev databases, for machines whose kernel files were not captured."""
 
 import re
 
 
 def parse_records(text):
-    """The devices of `udevadm info` texts, each as {key: value}."""
+    """Returns the devices of `udevadm info` texts, each as {key: value}."""
     records = []
     for block in re.split(r"\n\s*\n", text):
         record = dict(line[3:].split("=", 1) for line in block.splitlines()
@@ -15,7 +15,7 @@ def parse_records(text):
 
 
 def decode(text):
-    """The text of a property whose name ends in "_ENC"."""
+    """Decodes a property whose name ends in "_ENC"."""
     return re.sub(r"\\x([0-9a-f]{2})", lambda match: chr(int(match[1], 16)), text).strip()
 
 
@@ -28,7 +28,7 @@ def is_partition(record):
 
 
 def partition_number(record):
-    """The digits at the end of the name where nobody looked at the table."""
+    """Returns the partition number, or the digits at the end of the name if udev did not read the table."""
     return record.get("PARTN") or record.get("ID_PART_ENTRY_NUMBER") or re.search(r"\d*$", name_of(record))[0]
 
 
@@ -36,7 +36,7 @@ SCSI_TYPES = {"disk": "0", "tape": "1", "cd": "5", "cd/dvd": "5", "dvd": "5", "o
 
 
 def _add_parent(tree, record):
-    """The device that a block device belongs to: its folder, subsystem, and what it says of itself."""
+    """The device that a block device belongs to: its folder, subsystem and identity."""
     path = record["DEVPATH"]
     scsi = re.fullmatch(r"(.*/\d+:\d+:\d+:\d+)/block/[^/]+", path)
     other = re.fullmatch(r"(.*/(virtio\d+|nvme\d+|nvme-subsys\d+|mmc\d+:\w+|floppy\.\d+))(?:/block)?/[^/]+", path)
@@ -57,7 +57,7 @@ def _add_parent(tree, record):
 
 
 def add_block_device(tree, record, attributes):
-    """A disk, volume or partition with udev's record of it and attributes of its own."""
+    """Adds a disk, volume or partition with its udev record and its attributes."""
     path = f"/sys{record['DEVPATH']}"
     for name, value in attributes.items():
         tree.add(f"{path}/{name}", value)
@@ -76,7 +76,7 @@ def add_block_device(tree, record, attributes):
 
 
 def array_attributes(record):
-    """What md shows of an array that is well, or of a container of arrays."""
+    """Returns the md attributes of an intact array, or of a container of arrays."""
     if "MD_LEVEL" not in record:
         return {}
     if record["MD_LEVEL"] == "container":

@@ -1,4 +1,4 @@
-"""USB devices and their controllers in captured trees against lsusb's text of them."""
+"""Compares USB devices and their controllers in captured trees with the output of lsusb."""
 
 import re
 
@@ -23,13 +23,13 @@ class Device:
         return self.vendor == ROOT_HUB[0] and self.product in ROOT_HUB[1]
 
     def own_text(self, field):
-        """What the device says behind the number of the text; None when it has no such text."""
+        """Returns the string descriptor after its number, or None if the device has no such string."""
         number, _, text = self.fields[field].partition(" ")
         return text if number != "0" and text else None
 
     @property
     def version(self):
-        """bcdUSB as a decimal number."""
+        """Returns bcdUSB as a decimal number."""
         major, _, minor = self.fields["bcdUSB"].partition(".")
         return str(int(major, 16) << 8 | int(minor, 16))
 
@@ -52,7 +52,7 @@ def read_attribute(folder, name):
 
 
 def find_folders(tree):
-    """(bus, device number) -> the device's folder."""
+    """Maps (bus, device number) to the device's folder."""
     found = {}
     for folder in sorted((tree / "sys/bus/usb/devices").iterdir()):
         bus, number = read_attribute(folder, "busnum"), read_attribute(folder, "devnum")
@@ -62,7 +62,7 @@ def find_folders(tree):
 
 
 def port_of(name):
-    """The name of the port that a device sits in: "1-2.3" is in port 3 of 1-2, "1-2" in port 2 of usb1."""
+    """Returns the name of the port of a device: "1-2.3" is in port 3 of 1-2, "1-2" in port 2 of usb1."""
     hub, separator, number = name.rpartition(".")
     if not separator:
         bus, _, number = name.partition("-")
@@ -111,7 +111,7 @@ def compare_machine(machine, devices, folders, instances, agreement):
     controllers = {instance["DeviceID"]: instance for instance in instances.get("KELSG_USBController", [])}
     for device in devices:
         if device.is_root_hub:
-            # The kernel gives its hub the address of the controller as serial number.
+            # The serial number of a root hub is the address of its controller.
             address = device.own_text("iSerial")
             agreement.compare(machine, address, "USB controller: USBVersion", device.version,
                               controllers.get(address, {}).get("USBVersion"))
