@@ -3,27 +3,21 @@
 #include "machine/capture/archive.h"
 #include "machine/capture/redaction.h"
 #include "program/namespace_source.h"
+#include "program/strict_mode.h"
 #include "program/summary.h"
 #include "vorhost/run/log_sinks.h"
 #include "vorhost/run/output_file.h"
+#include "vorhost/run/run_environment.h"
 #include "vorhost/run/run_failure.h"
-#include "vorhost/services/host_settings.h"
 
 #include <iostream>
 
 namespace NVORHOST {
 namespace {
 
-void ApplySettings(const TSourceOptions& options) {
-    THostSettings settings;
-    settings.localTime = options.machine.localTime;
-    SetHostSettings(settings);
-}
-
 TCaptureSummary Summarise(const TNamespaceSource& source, const TCapturedTree& tree) {
     TCaptureSummary summary;
-    summary.gaps = source.gaps;
-    summary.replacedBytes = source.replacedBytes;
+    summary.outcome = source.outcome;
     for (const auto& [path, node] : tree.GetNodes()) {
         summary.files += node.kind == TCapturedTree::EKind::file ? 1U : 0U;
         summary.links += node.kind == TCapturedTree::EKind::link ? 1U : 0U;
@@ -31,7 +25,7 @@ TCaptureSummary Summarise(const TNamespaceSource& source, const TCapturedTree& t
     return summary;
 }
 
-// A capture with an identity in it is never written.
+// An archive that still contains an identity is not written.
 void RequireNothingLeft(const TRedactedMachine& redacted, const TCapturedTree& tree,
                         const std::string& file) {
     if (const auto left = FindIdentityLeft(redacted, tree)) {
@@ -43,9 +37,9 @@ void RequireNothingLeft(const TRedactedMachine& redacted, const TCapturedTree& t
 }  // namespace
 
 EExitStatus RunCapture(const TCaptureOptions& options, std::ostream& out) {
-    const TOutputPlace place = FindOutputPlace(options.file, options.source.log.file);
+    const TOutputPlace place = ResolveOutputPlace(options.file, options.source.log.file);
     const TLogSinks sinks(options.source.log);
-    ApplySettings(options.source);
+    const TRunEnvironment environment({.localTime = options.source.machine.localTime});
     TRecordedMachine machine;
     const TNamespaceSource source = RecordMachine(options.source, machine);
 
@@ -69,13 +63,13 @@ EExitStatus RunCapture(const TCaptureOptions& options, std::ostream& out) {
     WriteOutputFile(place, options.file, options.source.syncs,
                     [&tree](std::ostream& file) { WriteArchive(tree, file); });
     if (place.IsStandardOutput()) {
-        PrintTroubles(summary.gaps, summary.replacedBytes, std::cerr);
+        PrintOutcome(summary.outcome, std::cerr);
     } else {
         summary.origin = source.origin;
         summary.file = options.file;
         PrintCaptureSummary(summary, out);
     }
-    return StatusOf(source.gaps, options.source.isStrict);
+    return GetExitStatus(source.outcome, options.source.isStrict);
 }
 
 }  // namespace NVORHOST

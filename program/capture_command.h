@@ -1,4 +1,4 @@
-// The command `noxinfo capture`: a machine as an archive of the files that its collectors read.
+// The command `noxinfo capture`, which packs the files that the collectors read into an archive.
 #pragma once
 
 #include "program/command_line.h"
@@ -7,9 +7,9 @@
 
 namespace NVORHOST {
 
-/// Runs the collectors, packs what they read, and prints a summary to `out`; when the archive goes there,
-/// the sources that could not be read are printed to standard error.
-/// Throws TRunFailure when the machine is not there or the archive cannot be written.
+/// Runs the collectors, packs what they read, and prints a summary to `out`. If the archive goes to standard
+/// output, only the outcome of the collection is printed, to standard error.
+/// Errors: throws TRunFailure if the machine cannot be opened or the archive cannot be written.
 EExitStatus RunCapture(const TCaptureOptions& options, std::ostream& out);
 
 }  // namespace NVORHOST

@@ -1,7 +1,8 @@
 #include "program/collect_command.h"
 
-#include "program/program_paths.h"
 #include "program/namespace_source.h"
+#include "program/program_paths.h"
+#include "program/strict_mode.h"
 #include "program/summary.h"
 #include "vorhost/cimxml/base64.h"
 #include "vorhost/cimxml/save.h"
@@ -11,17 +12,15 @@
 #include "vorhost/run/output_place.h"
 #include "vorhost/run/plugin_request.h"
 #include "vorhost/run/private_directory.h"
+#include "vorhost/run/run_environment.h"
 #include "vorhost/run/run_failure.h"
 #include "vorhost/run/target_directory.h"
-#include "vorhost/services/host_settings.h"
-#include "vorhost/upload/entity_service.h"
 
 #include <boost/shared_ptr.hpp>
 #include <fcntl.h>
 #include <sys/stat.h>
 
 #include <chrono>
-#include <cstdlib>
 #include <optional>
 #include <ostream>
 #include <string>
@@ -32,7 +31,6 @@
 namespace NVORHOST {
 namespace {
 
-constexpr char identityVariable[] = "ZETKELID";
 constexpr char resultClassName[] = "KELSG_CADAT";
 constexpr char computerSystemClassName[] = "KELSG_ComputerSystem";
 constexpr char hardwareFileName[] = "hardwareinventory.xml.gz";
@@ -41,11 +39,11 @@ constexpr char systemFileName[] = "systeminformation.xml.gz";
 
 using TInstances = std::vector<boost::shared_ptr<TMemoryInstance>>;
 
-// Measures the steps of a run one after the other.
+// Measures the consecutive steps of a run.
 class TStepClock {
   public:
     void Finish(std::string step) { Finish(std::move(step), std::chrono::steady_clock::now() - last_); }
-    // A step of known duration.
+    // Finishes a step whose duration is known; the rest of the elapsed time belongs to the next step.
     void Finish(std::string step, std::chrono::nanoseconds duration) {
         times_.push_back({std::move(step), duration});
         last_ += duration;
@@ -61,65 +59,42 @@ class TStepClock {
     std::vector<TStepTime> times_;
 };
 
-void SetIdentity(const std::optional<std::string>& kelId) {
-    if (kelId) {
-        // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread looks at the environment
-        ::setenv(identityVariable, kelId->c_str(), /*overwrite=*/1);
-    }
+TRunSettings MakeSettings(const TCollectOptions& options) {
+    return {options.source.machine.localTime, options.kelId, options.reachability, options.entityService};
 }
 
-bool HasIdentity() {
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread changes the environment
-    const char* identity = std::getenv(identityVariable);
-    return identity != nullptr && *identity != '\0';
-}
-
-// Without an identity no credential is asked for, so nobody need learn of this machine.
-EReachability ChooseReachability(const TCollectOptions& options) {
-    return options.reachability.value_or(HasIdentity() ? EReachability::network : EReachability::yes);
-}
-
-void ApplySettings(const TCollectOptions& options, const boost::shared_ptr<TMemoryNamespace>& collected) {
-    THostSettings settings;
-    settings.localTime = options.source.machine.localTime;
-    settings.reachability = ChooseReachability(options);
-    settings.collected = collected;
-    SetHostSettings(settings);
-    SetEntityService(options.entityService);
-}
-
-// A saved namespace need not have the class that results go to.
-boost::shared_ptr<TMemoryClass> ResultClass(TMemoryNamespace& collected) {
+// Adds the class of the results to a saved namespace that lacks it.
+boost::shared_ptr<TMemoryClass> GetResultClass(TMemoryNamespace& collected) {
     const auto found = collected.FindClass(resultClassName);
     return found ? found : collected.AddClass(resultClassName);
 }
 
-// The plug-in reports nothing when it cannot read its document back, and makes a result of what it has.
+// The plug-in does not report a failure to read its document back; its result is then truncated.
 void RequireInventory(const TInstances& results, const std::string& bytes) {
     const TCIMValue expected(EncodeBase64(bytes));
     for (const auto& result : results) {
         const TCIMValue* const inventory = result->Find(inventoryProperty);
         if (inventory != nullptr && *inventory != expected) {
-            throw TRunFailure(std::string("the plug-in has not read ") + hardwareFileName +
-                              " back to its end");
+            throw TRunFailure(std::string("the plug-in returned a truncated copy of ") + hardwareFileName);
         }
     }
 }
 
-// A run's documents, each read through and ready to be moved before any file is moved.
+std::vector<const char*> ListDocuments(bool hasIdentity) {
+    return hasIdentity ? std::vector<const char*>{hardwareFileName, systemFileName}
+                       : std::vector<const char*>{hardwareFileName};
+}
+
+// Reads every document to its end before any of them is moved.
 std::vector<TInventoryDocument> FinishDocuments(TPrivateDirectory& workplace, const TInstances& results,
-                                                bool comparesResults) {
-    std::vector<const char*> names{hardwareFileName};
-    if (HasIdentity()) {
-        names.push_back(systemFileName);
-    }
+                                                bool hasIdentity, bool comparesResults) {
     std::vector<TInventoryDocument> documents;
-    for (const char* name : names) {
+    for (const char* name : ListDocuments(hasIdentity)) {
         TFileDescriptor file = workplace.OpenFile(name, O_RDONLY | O_NONBLOCK);
         documents.push_back(ReadInventoryDocument(file, name));
-        if (!documents.back().isWhole) {
-            throw TRunFailure(std::string("the plug-in has not written ") + name + " to its end" +
-                              workplace.DescribeObstacle());
+        if (!documents.back().isComplete) {
+            throw TRunFailure(std::string("the plug-in wrote a truncated ") + name +
+                              DescribeWriteFailure(workplace));
         }
         if (comparesResults && name == hardwareFileName) {
             RequireInventory(results, ReadCompressedDocument(file, name));
@@ -129,19 +104,19 @@ std::vector<TInventoryDocument> FinishDocuments(TPrivateDirectory& workplace, co
     return documents;
 }
 
-// All of them, or none when a signal ends the run: one run's files belong together. Other runs move theirs
-// before or after that.
+// Moves all files, or none if a signal ends the run. The lock prevents other runs from moving theirs in
+// between.
 void MoveIntoPlace(std::optional<TOutputFile>& resultFile, TPrivateDirectory& workplace,
                    const TTargetDirectory& target) {
     workplace.PrepareMoves();
     {
         const TTargetLock lock(target);
         workplace.CompleteOthers(lock);
-        const TUninterrupted together;
+        const TSignalGuard guard;
         if (resultFile) {
-            resultFile->MoveIntoPlace(together);
+            resultFile->MoveIntoPlace(guard);
         }
-        workplace.MoveOut(together);
+        workplace.MoveOut(guard);
     }
     workplace.SyncMoves();
     if (resultFile) {
@@ -154,30 +129,32 @@ bool HasInstances(const TMemoryNamespace& collected, const char* className) {
     return found != nullptr && !found->GetInstances().empty();
 }
 
-// Nothing is inventoried without the type of the machine.
-std::string HintAtComputerSystem(const TSourceOptions& source, const TMemoryNamespace& collected) {
+// The plug-in returns no result without the machine type, which it takes from the computer system.
+std::optional<std::string> FindNoResultHint(const TSourceOptions& source, const TMemoryNamespace& collected) {
     if (HasInstances(collected, computerSystemClassName)) {
-        return {};
+        return std::nullopt;
     }
-    if (!source.namespaceFile.empty()) {
+    if (source.namespaceFile) {
         return HasInstances(collected, resultClassName)
-                   ? source.namespaceFile + " holds the result of a run: noxinfo snapshot saves a namespace"
-                   : source.namespaceFile + " holds no computer system, whose type is needed";
+                   ? *source.namespaceFile + " is the result of a run; noxinfo snapshot saves a namespace"
+                   : *source.namespaceFile + " has no computer system, which is required";
     }
-    const bool isLeftOut = !source.machine.collectors.only.empty() || !source.machine.collectors.skip.empty();
-    return std::string("no computer system was collected, whose type is needed") +
-           (isLeftOut ? ": --only has to have computer-system, and --skip must not" : "");
+    const bool isSelected =
+        !source.machine.collectors.only.empty() || !source.machine.collectors.skip.empty();
+    return std::string("no computer system was collected, which is required") +
+           (isSelected ? ": --only must include computer-system, and --skip must not" : "");
 }
 
-// Documents in the target that this run has not written.
-std::vector<std::string> FindEarlierDocuments(const TTargetDirectory& target) {
+// Lists the documents in the target directory that this run does not replace.
+std::vector<std::string> ListEarlierDocuments(const TTargetDirectory& target, bool hasIdentity) {
     struct stat status {};
-    const bool isThere = !HasIdentity() &&
-                         ::fstatat(target.GetDescriptor(), systemFileName, &status, AT_SYMLINK_NOFOLLOW) == 0;
-    return isThere ? std::vector<std::string>{systemFileName} : std::vector<std::string>();
+    const bool exists =
+        !hasIdentity && ::fstatat(target.GetDescriptor(), systemFileName, &status, AT_SYMLINK_NOFOLLOW) == 0;
+    return exists ? std::vector<std::string>{systemFileName} : std::vector<std::string>();
 }
 
-// Where the files of a run go. All are found before anything runs, so that none is the same as another one.
+// The output files of a run. They are resolved before the run, to ensure that no two of them are the same
+// file.
 class TCollectOutputs {
   public:
     explicit TCollectOutputs(const TCollectOptions& options)
@@ -186,22 +163,22 @@ class TCollectOutputs {
           system_(target_, systemFileName) {
         target_.RequireWritable("cannot write to directory " + options.directory);
         std::vector<TOutputPurpose> places{
-            {"the document " + target_.PathOf(hardwareFileName), hardware_},
-            {"the document " + target_.PathOf(systemFileName), system_},
+            {"the document " + target_.GetPath(hardwareFileName), hardware_},
+            {"the document " + target_.GetPath(systemFileName), system_},
         };
-        if (!options.source.log.file.empty()) {
-            log_.emplace(options.source.log.file, "cannot append to log file " + options.source.log.file);
-            places.push_back({"the log file " + options.source.log.file, *log_});
+        if (const auto& logFile = options.source.log.file) {
+            log_.emplace(*logFile, "cannot append to log file " + *logFile);
+            places.push_back({"the log file " + *logFile, *log_});
         }
-        if (!options.resultFile.empty()) {
-            result_.emplace(options.resultFile, "cannot write " + options.resultFile);
-            places.push_back({"the result file " + options.resultFile, *result_});
+        if (const auto& resultFile = options.resultFile) {
+            result_.emplace(*resultFile, "cannot write " + *resultFile);
+            places.push_back({"the result file " + *resultFile, *result_});
         }
         RequireDistinct(places);
     }
 
     const TTargetDirectory& GetTarget() const { return target_; }
-    const std::optional<TOutputPlace>& GetResult() const { return result_; }
+    const std::optional<TOutputPlace>& FindResult() const { return result_; }
 
   private:
     TTargetDirectory target_;
@@ -211,36 +188,36 @@ class TCollectOutputs {
     std::optional<TOutputPlace> result_;
 };
 
-std::string TextOf(const TMemoryInstance& instance, std::string_view property) {
+// Returns "" for a missing property.
+std::string GetText(const TMemoryInstance& instance, std::string_view property) {
     const TCIMValue* value = instance.Find(property);
     return value == nullptr ? std::string() : value->ToString(10);
 }
 
 std::string DescribeMachine(const TMemoryNamespace& collected, const TMemoryInstance& result) {
-    std::string text = "type " + TextOf(result, "MachineType");
+    std::string text = "type " + GetText(result, "MachineType");
     const auto systems = collected.FindClass(computerSystemClassName);
     if (systems == nullptr || systems->GetInstances().empty()) {
         return text;
     }
     const TMemoryInstance& system = *systems->GetInstances().front();
-    std::string name = TextOf(system, "Manufacturer");
-    name += (name.empty() ? "" : " ") + TextOf(system, "ProductName");
-    const std::string serial = TextOf(system, "SerialNumber");
+    std::string name = GetText(system, "Manufacturer");
+    name += (name.empty() ? "" : " ") + GetText(system, "ProductName");
+    const std::string serial = GetText(system, "SerialNumber");
     return name + ", " + text + (serial.empty() ? "" : ", serial number " + serial);
 }
 
-std::string DescribeCredential(const TPluginAnswer& answer, bool hasEntityService) {
-    if (!TextOf(*answer.results.front(), "Credential").empty()) {
+std::string DescribeCredential(const TPluginAnswer& answer, bool hasIdentity, bool hasEntityService) {
+    if (!GetText(*answer.results.front(), "Credential").empty()) {
         return "obtained";
     }
-    if (!HasIdentity()) {
+    if (!hasIdentity) {
         return "none: no customer identity";
     }
-    if (!answer.credentialObstacle.empty()) {
-        return "none: " + answer.credentialObstacle;
+    if (answer.credentialObstacle) {
+        return "none: " + *answer.credentialObstacle;
     }
-    return hasEntityService ? "none: entity service: empty answer"
-                            : "none: the plug-in has not asked for one";
+    return hasEntityService ? "none: entity service: empty answer" : "none: the plug-in did not request one";
 }
 
 }  // namespace
@@ -250,45 +227,45 @@ EExitStatus RunCollect(const TCollectOptions& options, std::ostream& out) {
     const TCollectOutputs outputs(options);
     const bool syncs = options.source.syncs;
     const TLogSinks sinks(options.source.log);
-    SetIdentity(options.kelId);
-    SetHostSettings({options.source.machine.localTime, ChooseReachability(options), nullptr});
+    TRunEnvironment environment(MakeSettings(options));
     const TNamespaceSource source = ObtainNamespace(options.source);
     clock.Finish("collect");
 
-    ApplySettings(options, source.collected);
+    environment.SetCollected(source.collected);
     TPrivateDirectory workplace(outputs.GetTarget(), "cannot write to " + options.directory, syncs);
-    const TPluginRequest request{options.pluginFile.empty() ? FindOwnPlugin() : options.pluginFile,
+    const TPluginRequest request{options.pluginFile ? *options.pluginFile : FindOwnPlugin(),
                                  source.collected,
-                                 ResultClass(*source.collected),
+                                 GetResultClass(*source.collected),
                                  workplace,
                                  sinks,
-                                 HintAtComputerSystem(options.source, *source.collected)};
-    const TPluginAnswer answer = options.isolates ? AskPluginInIsolation(request) : AskPlugin(request);
+                                 FindNoResultHint(options.source, *source.collected)};
+    const TPluginAnswer answer = options.isolates ? RunIsolatedRequest(request) : RunPluginRequest(request);
     clock.Finish("load plug-in", answer.loadTime);
     clock.Finish("request");
 
+    const bool hasIdentity = environment.HasIdentity();
     const TInstances& results = answer.results;
     TRunSummary summary;
-    summary.documents = FinishDocuments(workplace, results, outputs.GetResult().has_value());
+    summary.documents = FinishDocuments(workplace, results, hasIdentity,
+                                        /*comparesResults=*/outputs.FindResult().has_value());
     std::optional<TOutputFile> resultFile;
-    if (outputs.GetResult()) {
-        resultFile.emplace(*outputs.GetResult(), options.resultFile, syncs, [&](std::ostream& file) {
+    if (outputs.FindResult()) {
+        resultFile.emplace(*outputs.FindResult(), *options.resultFile, syncs, [&](std::ostream& file) {
             SaveInstances(request.resultClass->GetName(), results, file);
         });
     }
     MoveIntoPlace(resultFile, workplace, outputs.GetTarget());
     summary.completedFiles = workplace.GetCompleted();
-    summary.earlierFiles = FindEarlierDocuments(outputs.GetTarget());
+    summary.earlierFiles = ListEarlierDocuments(outputs.GetTarget(), hasIdentity);
     summary.directory = options.directory;
     summary.origin = source.origin;
     summary.machine = DescribeMachine(*source.collected, *results.front());
-    summary.credential = DescribeCredential(answer, !options.entityService.empty());
-    summary.gaps = source.gaps;
-    summary.replacedBytes = source.replacedBytes;
+    summary.credential = DescribeCredential(answer, hasIdentity, options.entityService.has_value());
+    summary.outcome = source.outcome;
     clock.Finish("finish");
     summary.times = clock.TakeTimes();
     PrintSummary(summary, out);
-    return StatusOf(source.gaps, options.source.isStrict);
+    return GetExitStatus(source.outcome, options.source.isStrict);
 }
 
 }  // namespace NVORHOST

@@ -1,4 +1,4 @@
-// `noxinfo collect`: fills a namespace, runs the plug-in on it and reports.
+// The command `noxinfo collect`, which fills a namespace and runs the plug-in on it.
 #pragma once
 
 #include "program/command_line.h"
@@ -7,7 +7,8 @@
 
 namespace NVORHOST {
 
-/// Runs the request and prints the summary to `out`. Throws TRunFailure.
+/// Makes the request, publishes its files, and prints the summary to `out`.
+/// Errors: throws TRunFailure or TPluginError; earlier files in the target directory are then unchanged.
 EExitStatus RunCollect(const TCollectOptions& options, std::ostream& out);
 
 }  // namespace NVORHOST

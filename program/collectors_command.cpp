@@ -11,7 +11,7 @@ template <typename TRows, typename TText>
 void WriteRows(std::ostream& out, std::string_view label, const TRows& rows, TText&& textOf) {
     for (const auto& row : rows) {
         out << "  " << label << ' ' << textOf(row) << '\n';
-        label = "     ";  // under the text of the first row
+        label = "     ";  // aligns further rows with the first
     }
 }
 

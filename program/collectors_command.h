@@ -1,11 +1,11 @@
-// The command `noxinfo collectors`: what there is to choose from.
+// The command `noxinfo collectors`, which lists the collectors.
 #pragma once
 
 #include <ostream>
 
 namespace NVORHOST {
 
-/// Writes each collector with the classes that it fills and the paths that it reads.
+/// Prints each collector with the classes that it fills and the paths that it reads.
 void ListCollectors(std::ostream& out);
 
 }  // namespace NVORHOST

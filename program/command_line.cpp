@@ -37,19 +37,19 @@ constexpr TReachabilityName reachabilityNames[] = {
     {"no", EReachability::no},
 };
 
-EReachability ReadReachability(const std::string& text) {
+EReachability ParseReachability(const std::string& text) {
     const auto* const row = std::ranges::find(reachabilityNames, text, &TReachabilityName::name);
     if (row == std::end(reachabilityNames)) {
-        throw CLI::ValidationError("--reachability", "'" + text + "' is none of network, yes, no");
+        throw CLI::ValidationError("--reachability", "'" + text + "' is not one of network, yes, no");
     }
     return row->reachability;
 }
 
-TCIMDateTime ReadLocalTime(const std::string& text) {
+TCIMDateTime ParseLocalTime(const std::string& text) {
     const auto time = TCIMDateTime::FromText(text);
     if (!time || time->IsInterval()) {
         throw CLI::ValidationError("--local-time", "'" + text +
-                                                       "' is no CIM date-time such as "
+                                                       "' is not a valid CIM date-time such as "
                                                        "20240229134500.000000+060");
     }
     return *time;
@@ -75,27 +75,27 @@ void RequireCollector(const std::string& option, const std::string& name) {
     const auto known = CollectorNames();
     if (std::ranges::find(known, name) == known.end()) {
         const std::string guess = DidYouMean(name, known);
-        throw CLI::ValidationError(option, "'" + name + "' is no collector" +
-                                               (guess.empty() ? "; there are " + Join(known) : guess));
+        throw CLI::ValidationError(option, "unknown collector '" + name + "'" +
+                                               (guess.empty() ? "; known are " + Join(known) : guess));
     }
 }
 
-// The message is without the URL, which may hold a password.
-std::string ReadEntityService(const std::string& url) {
-    if (const std::string fault = FindEntityServiceFault(url); !fault.empty()) {
-        throw CLI::ValidationError("--entity-service", "the URL cannot be used: " + fault);
+// The message does not contain the URL, which may contain a password.
+std::string ParseEntityService(const std::string& url) {
+    if (const auto fault = FindEntityServiceFault(url)) {
+        throw CLI::ValidationError("--entity-service", "the URL cannot be used: " + *fault);
     }
     return url;
 }
 
-// 0 is no deadline. More than a day is a mistake of units.
-std::optional<std::chrono::milliseconds> ReadDeadline(const std::string& text) {
+// Returns nullopt, no deadline, for 0. More than a day is probably a mistake in units.
+std::optional<std::chrono::milliseconds> ParseDeadline(const std::string& text) {
     constexpr double maxSeconds = 86400;
     double seconds = -1;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
     if (error != std::errc() || end != text.data() + text.size() ||
         !(seconds >= 0 && seconds <= maxSeconds)) {
-        throw CLI::ValidationError("--deadline", "'" + text + "' is no number of seconds from 0 to 86400");
+        throw CLI::ValidationError("--deadline", "'" + text + "' is not a number of seconds from 0 to 86400");
     }
     if (seconds == 0) {
         return std::nullopt;
@@ -103,8 +103,8 @@ std::optional<std::chrono::milliseconds> ReadDeadline(const std::string& text) {
     return std::chrono::ceil<std::chrono::milliseconds>(std::chrono::duration<double>(seconds));
 }
 
-// Splits "NAME,NAME"; every name must be a collector's.
-std::vector<std::string> ReadCollectorNames(const std::string& option, const std::string& list) {
+// Splits "NAME,NAME" and requires that each is the name of a collector.
+std::vector<std::string> ParseCollectorNames(const std::string& option, const std::string& list) {
     std::vector<std::string> names;
     std::istringstream words(list);
     for (std::string name; std::getline(words, name, ',');) {
@@ -118,13 +118,13 @@ CLI::Option* AddCollectorNames(CLI::App& command, const std::string& option, std
                                const std::string& description) {
     return command
         .add_option_function<std::string>(
-            option, [option, &names](const std::string& text) { names = ReadCollectorNames(option, text); },
+            option, [option, &names](const std::string& text) { names = ParseCollectorNames(option, text); },
             description)
         ->join(',')
         ->type_name("NAME,...");
 }
 
-// Every command that looks at a machine.
+// The options of every command that collects from a machine.
 std::vector<CLI::Option*> AddMachineOptions(CLI::App& command, TSourceOptions& options) {
     return {
         command
@@ -132,16 +132,16 @@ std::vector<CLI::Option*> AddMachineOptions(CLI::App& command, TSourceOptions& o
                         "Collect from the tree below this directory instead of /")
             ->type_name("DIR"),
         AddCollectorNames(command, "--only", options.machine.collectors.only,
-                          "Run these collectors alone; noxinfo collectors lists them"),
+                          "Run only these collectors; noxinfo collectors lists them"),
         AddCollectorNames(command, "--skip", options.machine.collectors.skip,
-                          "Run every collector but these"),
+                          "Run every collector except these"),
         command.add_flag("--with-processes", options.machine.collectors.withProcesses,
-                         "Collect the running processes, too"),
+                         "Also collect the running processes"),
         command
             .add_option_function<std::string>(
                 "--deadline",
-                [&options](const std::string& text) { options.machine.deadline = ReadDeadline(text); },
-                "Go on without the sources that have not answered after this time; 0 waits for all of them "
+                [&options](const std::string& text) { options.machine.deadline = ParseDeadline(text); },
+                "Continue without sources that have not answered after this time; 0 waits for all of them "
                 "(default: 10)")
             ->type_name("SECONDS"),
     };
@@ -151,7 +151,7 @@ void AddRunOptions(CLI::App& command, TSourceOptions& options) {
     command
         .add_option_function<std::string>(
             "--local-time",
-            [&options](const std::string& text) { options.machine.localTime = ReadLocalTime(text); },
+            [&options](const std::string& text) { options.machine.localTime = ParseLocalTime(text); },
             "Use this local time instead of the clock: yyyymmddhhmmss.mmmmmm and the offset from UTC in "
             "minutes, as +060")
         ->type_name("CIMDATETIME");
@@ -162,10 +162,10 @@ void AddRunOptions(CLI::App& command, TSourceOptions& options) {
                      "Exit with status 3 when a source could not be read, was denied or did not answer");
     command.add_flag("--verbose", options.log.verbose, "Print debug and warning lines to standard error");
     command.add_flag_callback(
-        "--no-sync", [&options] { options.syncs = false; }, "Do not wait until the files are on the disk");
+        "--no-sync", [&options] { options.syncs = false; }, "Do not wait until the files are on disk");
 }
 
-// A saved namespace takes the place of the machine.
+// --namespace replaces the machine, so it excludes the options of the machine.
 void AddSourceOptions(CLI::App& command, TSourceOptions& options) {
     auto* file = command
                      .add_option("--namespace", options.namespaceFile,
@@ -191,22 +191,22 @@ void AddCollectCommand(CLI::App& program, TCollectOptions& options) {
     command
         .add_option_function<std::string>(
             "--reachability",
-            [&options](const std::string& text) { options.reachability = ReadReachability(text); },
-            "Whether the maker's web server counts as reachable: network (a connection is tried), yes, no "
+            [&options](const std::string& text) { options.reachability = ParseReachability(text); },
+            "Whether the maker's web server counts as reachable: network (try a connection), yes, no "
             "(default: network with a customer identity, yes without one)")
         ->type_name("network|yes|no");
     command
         .add_option_function<std::string>(
             "--entity-service",
-            [&options](const std::string& url) { options.entityService = ReadEntityService(url); },
-            "Ask this service, an http or https URL, for the credential instead of deriving it")
+            [&options](const std::string& url) { options.entityService = ParseEntityService(url); },
+            "Request the credential from this service, an http or https URL, instead of deriving it")
         ->type_name("URL");
     command
         .add_option("--plugin", options.pluginFile,
                     "Plug-in to run (default: the one installed with this program)")
         ->type_name("FILE");
     command.add_flag("--isolate", options.isolates,
-                     "Run the plug-in in a process of its own, which it may take down without harm");
+                     "Run the plug-in in a separate process, so that a crash is reported as a failed run");
     command.add_option("--result", options.resultFile, "Write the result instances to this file, as CIM-XML")
         ->type_name("FILE");
 }
@@ -232,7 +232,7 @@ void AddCaptureCommand(CLI::App& program, TCaptureOptions& options) {
         ->required();
 }
 
-// The command line as a model: what it may hold, and where its values go.
+// The commands and options, and the variables that receive their values.
 struct TModel {
     TModel() {
         program.formatter(std::make_shared<THelpFormat>());
@@ -254,9 +254,9 @@ struct TModel {
 
   private:
     void AddWordCommands() {
-        program.add_subcommand("collectors", "List the collectors, what each fills and what it reads");
-        program.add_subcommand("completion", "Print the completion of bash");
-        program.add_subcommand("help", "Print this help, or that of a command")
+        program.add_subcommand("collectors", "List the collectors with their classes and sources");
+        program.add_subcommand("completion", "Print the bash completion script");
+        program.add_subcommand("help", "Print this help, or the help of a command")
             ->add_option("COMMAND", helpTopic, "Command to describe")
             ->type_name("COMMAND");
         program.add_subcommand("version", "Print the version");
@@ -277,7 +277,7 @@ std::string HelpCommandFor(const CLI::App* command) {
                                                                : "noxinfo " + command->get_name() + " --help";
 }
 
-// `help collect` is `collect --help`.
+// Turns `help collect` into `collect --help`.
 TWords WithoutHelpCommand(const CLI::App& program, TWords words) {
     const CLI::App* const command = FindCommand(program, words);
     if (command == nullptr || command->get_name() != "help" || words.back() == "--help" ||
@@ -291,12 +291,12 @@ TWords WithoutHelpCommand(const CLI::App& program, TWords words) {
 
 void Parse(CLI::App& program, TWords words) {
     if (words.empty()) {
-        throw CLI::ValidationError("a command is missing: collect, snapshot, capture or collectors");
+        throw CLI::ValidationError("missing command: collect, snapshot, capture or collectors");
     }
     CheckWords(program, words);
     words = WithoutHelpCommand(program, std::move(words));
     CheckWords(program, words);
-    std::ranges::reverse(words);  // as the library wants them
+    std::ranges::reverse(words);  // CLI11 expects the words in reverse order
     program.parse(std::move(words));
 }
 

@@ -1,4 +1,4 @@
-// The command line of noxinfo: what a user may ask for, read into plain structures.
+// Parses the command line of noxinfo into plain structures.
 #pragma once
 
 #include "machine/supervision/machine_options.h"
@@ -13,24 +13,24 @@
 
 namespace NVORHOST {
 
-/// Where the namespace comes from and where log lines go: common to all commands.
+/// The options that all commands have: the source of the namespace, and the log.
 struct TSourceOptions {
-    std::string namespaceFile;  ///< CIM-XML file instead of the machine; empty: not given
+    std::optional<std::string> namespaceFile;  ///< CIM-XML file to load; absent: collect from the machine
     TMachineOptions machine;
-    bool isStrict = false;  ///< sources that could not be read make the exit status 3
+    bool isStrict = false;  ///< gaps in the collection make the exit status 3
     TLogOptions log;
-    bool syncs = true;  ///< files are on the disk before they replace earlier ones
+    bool syncs = true;  ///< sync files to disk before they replace earlier ones
 };
 
 struct TCollectOptions {
     TSourceOptions source;
     std::string directory = ".";
-    std::optional<std::string> kelId;           ///< absent: what the environment says
-    std::optional<EReachability> reachability;  ///< absent: the network with an identity, else `yes`
-    std::string entityService;                  ///< URL; empty: none
-    std::string pluginFile;                     ///< empty: the one that belongs to this program
-    std::string resultFile;                     ///< empty: not given
-    bool isolates = false;                      ///< the plug-in runs in a process of its own
+    std::optional<std::string> kelId;           ///< absent: environment variable ZETKELID
+    std::optional<EReachability> reachability;  ///< absent: `network` with an identity, otherwise `yes`
+    std::optional<std::string> entityService;   ///< URL; absent: credentials are derived locally
+    std::optional<std::string> pluginFile;      ///< absent: the plug-in installed with this program
+    std::optional<std::string> resultFile;      ///< absent: the results are not saved
+    bool isolates = false;                      ///< run the plug-in in a separate process
 };
 
 struct TSnapshotOptions {
@@ -39,18 +39,18 @@ struct TSnapshotOptions {
 };
 
 struct TCaptureOptions {
-    TSourceOptions source;  ///< never a namespace file
+    TSourceOptions source;  ///< without namespaceFile
     std::string file;       ///< "-" is standard output
-    bool redacts = false;   ///< what identifies the machine is replaced
+    bool redacts = false;   ///< replace identities by pseudonyms
 };
 
-/// List the collectors.
+/// `noxinfo collectors`, which has no options.
 struct TCollectorsOptions {};
 
-/// Print the completion of bash.
+/// `noxinfo completion`, which has no options.
 struct TCompletionOptions {};
 
-/// The program is to end at once, without running a command.
+/// The program must end without running a command.
 struct TEarlyExit {
     int status = eExitDone;
 };
@@ -58,11 +58,11 @@ struct TEarlyExit {
 using TCommand = std::variant<TCollectOptions, TSnapshotOptions, TCaptureOptions, TCollectorsOptions,
                               TCompletionOptions, TEarlyExit>;
 
-/// Reads the command line. Prints help and version to standard output, and what is wrong, with a hint, to
-/// standard error; both come back as TEarlyExit.
+/// Parses the command line. Prints help or version to standard output, and usage errors to standard error;
+/// returns TEarlyExit in both cases.
 TCommand ParseCommandLine(int argc, const char* const* argv);
 
-/// Prints the completion of bash, made of the same options.
+/// Prints the bash completion script for the options that ParseCommandLine accepts.
 void WriteCompletion(std::ostream& out);
 
 }  // namespace NVORHOST

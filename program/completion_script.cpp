@@ -11,7 +11,7 @@
 namespace NVORHOST {
 namespace {
 
-// What may be typed as a value, by the name of its type; words in between "|" are themselves the choice.
+// The kind of completion for each type of value. A type such as "yes|no" is a choice of words instead.
 struct TValueKind {
     std::string_view typeName;
     std::string_view kind;
@@ -62,7 +62,7 @@ std::string CollectorNames() {
     return names;
 }
 
-// Of every option that takes a value.
+// Maps every option that takes a value to its kind of completion.
 std::map<std::string, std::string> ValueKinds(const CLI::App& program) {
     std::map<std::string, std::string> kinds;
     for (const CLI::App* command : program.get_subcommands({})) {
@@ -84,13 +84,13 @@ std::string ArgumentKind(const CLI::App& command) {
 void WriteTables(const CLI::App& program, std::ostream& out) {
     out << "_noxinfo_commands='" << CommandNames(program) << "'\n"
         << "_noxinfo_collectors='" << CollectorNames() << "'\n\n"
-        << "# Sets `kind` to what the value of an option is; fails for an option without a value.\n"
+        << "# Sets `kind` to the kind of value of an option; fails for an option without a value.\n"
         << "_noxinfo_value_kind() {\n  case $1 in\n";
     for (const auto& [name, kind] : ValueKinds(program)) {
         out << "    " << name << ") kind='" << kind << "' ;;\n";
     }
     out << "    *) return 1 ;;\n  esac\n}\n\n"
-        << "# Sets `options` and `kind` to what may follow a command.\n"
+        << "# Sets `options` and `kind` to the words that may follow a command.\n"
         << "_noxinfo_command() {\n  case $1 in\n";
     for (const CLI::App* command : program.get_subcommands({})) {
         out << "    " << command->get_name() << ") options='" << LongNamesOf(*command) << "' kind='"
@@ -99,7 +99,7 @@ void WriteTables(const CLI::App& program, std::ostream& out) {
     out << "    *) options='" << LongNamesOf(program) << "' kind='commands' ;;\n  esac\n}\n";
 }
 
-constexpr std::string_view head = R"(# bash completion for noxinfo, as 'noxinfo completion' prints it
+constexpr std::string_view head = R"(# bash completion for noxinfo, printed by 'noxinfo completion'
 
 )";
 
@@ -109,14 +109,14 @@ _noxinfo_offer() {
   mapfile -t COMPREPLY < <(compgen -P "$prefix" -W "$1" -- "$current")
 }
 
-# Names of files are left to readline, which quotes blanks and the like.
+# Readline completes file names, because it quotes special characters.
 _noxinfo_offer_kind() {
   case $kind in
     files) compopt -o default ;;
     folders) compopt -o dirnames ;;
     commands) _noxinfo_offer "$_noxinfo_commands" ;;
     collectors)
-      # What precedes the last comma stays.
+      # The names before the last comma are kept.
       if [[ $current == *,* ]]; then
         prefix+=${current%,*},
         current=${current##*,}
@@ -132,7 +132,7 @@ _noxinfo() {
   local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
   local prefix= option= command= options= kind= i start=0
   COMPREPLY=()
-  # Another program, such as sudo, may come first.
+  # Skip a preceding program, such as sudo.
   for ((i = 0; i < COMP_CWORD; i++)); do
     if [[ ${COMP_WORDS[i]##*/} == noxinfo ]]; then
       start=$i
@@ -145,7 +145,7 @@ _noxinfo() {
       break
     fi
   done
-  # Readline takes "=" for a word of its own unless COMP_WORDBREAKS is without it.
+  # "=" is a separate word unless COMP_WORDBREAKS lacks it.
   if [[ $current == = ]]; then
     current= option=$previous
   elif [[ $previous == = ]]; then

@@ -1,5 +1,4 @@
-// The bash completion of the program, made from the options that it reads, so that it knows all of them and
-// no other.
+// Writes the bash completion script. It is generated from the parser's options, so the two cannot differ.
 #pragma once
 
 #include <CLI/CLI.hpp>

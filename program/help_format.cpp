@@ -9,7 +9,7 @@ namespace {
 constexpr std::size_t lineWidth = 80;
 constexpr std::size_t descriptionColumn = 28;
 
-// Appends the words of `text`, each further line starting at `indent`.
+// Appends `text`, wrapped between words. The first line starts at `column`, further lines at `indent`.
 void AppendWrapped(std::string& lines, std::size_t column, std::size_t indent, const std::string& text) {
     std::istringstream words(text);
     bool isFirst = true;
@@ -27,7 +27,7 @@ void AppendWrapped(std::string& lines, std::size_t column, std::size_t indent, c
     lines += '\n';
 }
 
-// A name and its description; a long name has a line of its own.
+// Formats a name and its description. A long name gets a separate line.
 std::string Entry(const std::string& name, const std::string& description) {
     std::string lines = "  " + name;
     if (lines.size() + 2 > descriptionColumn) {

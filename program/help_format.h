@@ -1,4 +1,4 @@
-// The layout of the program's help: 80 columns, descriptions wrapped between words.
+// The layout of the help texts: 80 columns, with descriptions wrapped between words.
 #pragma once
 
 #include <CLI/CLI.hpp>

@@ -1,4 +1,4 @@
-// Entry point of noxinfo: chooses the command and turns failures into one line and an exit status.
+// Entry point of noxinfo: runs the command and turns failures into one line and an exit status.
 
 #include "machine/supervision/machine_door.h"
 #include "program/capture_command.h"
@@ -53,18 +53,18 @@ struct TRunCommand {
     }
 };
 
-// A file that got the number of a closed standard stream would receive what is meant for the stream. Reading
-// from what takes the place finds nothing, writing to it fails.
+// If a standard stream is closed, the next file that is opened would get its descriptor and receive its
+// output. The read-only null device takes its place: it reads as empty and fails on writes.
 void OccupyStandardStreams() {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         if (::fcntl(stream, F_GETFD) < 0) {
-            (void)::open("/dev/null", O_RDONLY);  // gets the lowest number that is free: this one
+            (void)::open("/dev/null", O_RDONLY);  // gets the lowest free descriptor: this one
         }
     }
 }
 
 void Report(const std::string& failure) {
-    GiveWayToSignals();
+    BlockIfSignalled();
     std::cerr << "noxinfo: " << ToShownText(failure) << '\n';
 }
 
@@ -75,10 +75,10 @@ int main(int argc, char** argv) {
     try {
         EndOnSignals();
         TCommand command;
-        // Help and version are printed while the command line is read.
+        // ParseCommandLine prints help and version.
         WriteStandardOutput([&](std::ostream&) { command = ParseCommandLine(argc, argv); });
         const int status = std::visit(TRunCommand{}, command);
-        GiveWayToSignals();
+        BlockIfSignalled();
         return status;
     } catch (const std::exception& error) {
         Report(DescribeFailure(error));

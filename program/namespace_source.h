@@ -1,34 +1,33 @@
-// Where a run's namespace comes from: this machine, a captured tree, or a file.
+// The source of the namespace of a run: the machine, a captured tree, or a file.
 #pragma once
 
+#include "machine/supervision/collect_outcome.h"
 #include "machine/supervision/recorded_machine.h"
-#include "machine/supervision/source_gaps.h"
 #include "program/command_line.h"
 #include "vorhost/model/memory_namespace.h"
 
 #include <boost/shared_ptr.hpp>
 
-#include <cstddef>
 #include <optional>
 #include <string>
 
 namespace NVORHOST {
 
-/// A filled namespace and what became of filling it.
+/// A filled namespace, its origin and the outcome of filling it.
 struct TNamespaceSource {
-    boost::shared_ptr<TMemoryNamespace> collected;
-    std::string origin;  ///< for people: "this machine", "tree /x", "file y.xml"
-    TSourceGaps gaps;
-    std::size_t replacedBytes = 0;  ///< of the machine's texts, because they are no characters
-    /// The moment of the collection; absent for a file, and for a tree that does not tell.
+    boost::shared_ptr<TMemoryNamespace> collected;  ///< null after RecordMachine
+    std::string origin;                             ///< for people: "this machine", "tree /x", "file y.xml"
+    TCollectOutcome outcome;
+    /// Time of the collection; absent for a file and for a tree without a recorded time.
     std::optional<NKELVOR20::TCIMDateTime> localTime;
 };
 
-/// Fills a namespace as the options say and logs what goes wrong. Throws TRunFailure when a file cannot be
-/// read, a tree is not there, or a machine cannot be collected from.
+/// Loads a namespace file or collects from the machine, as the options require. Logs a warning for each gap.
+/// Errors: throws TRunFailure if the file cannot be loaded or the machine cannot be opened.
 TNamespaceSource ObtainNamespace(const TSourceOptions& options);
 
-/// Runs the collectors as well, but fills `machine` with what they read; `collected` stays null.
+/// Runs the collectors and fills `machine` with what they read.
+/// Errors: throws TRunFailure if the machine cannot be opened.
 TNamespaceSource RecordMachine(const TSourceOptions& options, TRecordedMachine& machine);
 
 }  // namespace NVORHOST

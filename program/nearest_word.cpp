@@ -7,7 +7,7 @@
 namespace NVORHOST {
 namespace {
 
-// The optimal string alignment distance, by rows of its table.
+// Computes the optimal string alignment distance by dynamic programming.
 std::size_t Distance(std::string_view one, std::string_view other) {
     std::vector<std::vector<std::size_t>> table(one.size() + 1, std::vector<std::size_t>(other.size() + 1));
     for (std::size_t i = 0; i <= one.size(); ++i) {
@@ -26,7 +26,7 @@ std::size_t Distance(std::string_view one, std::string_view other) {
     return table[one.size()][other.size()];
 }
 
-// Of a word without the dashes of an option.
+// Strips the leading dashes of an option.
 std::string_view Letters(std::string_view word) {
     const auto first = word.find_first_not_of('-');
     return first == std::string_view::npos ? std::string_view() : word.substr(first);
@@ -34,14 +34,14 @@ std::string_view Letters(std::string_view word) {
 
 }  // namespace
 
-std::string FindNearest(std::string_view word, std::span<const std::string> known) {
-    constexpr std::size_t longest = 64;  // the table grows with the square
+std::optional<std::string> FindNearest(std::string_view word, std::span<const std::string> known) {
+    constexpr std::size_t longest = 64;  // bounds the table, whose size is quadratic
     const std::string_view letters = Letters(word);
     if (letters.empty() || letters.size() > longest) {
-        return {};
+        return std::nullopt;
     }
-    std::string nearest;
-    std::size_t least = std::max<std::size_t>(letters.size() / 3, 1) + 1;  // this far is too far
+    std::optional<std::string> nearest;
+    std::size_t least = std::max<std::size_t>(letters.size() / 3, 1) + 1;  // exclusive upper limit
     for (const std::string& each : known) {
         const bool isBeginning = letters.size() > 1 && Letters(each).starts_with(letters);
         const std::size_t distance = isBeginning ? 1 : Distance(letters, Letters(each));
@@ -54,8 +54,8 @@ std::string FindNearest(std::string_view word, std::span<const std::string> know
 }
 
 std::string DidYouMean(std::string_view word, std::span<const std::string> known) {
-    const std::string nearest = FindNearest(word, known);
-    return nearest.empty() ? "" : ": did you mean " + nearest + "?";
+    const auto nearest = FindNearest(word, known);
+    return nearest ? ": did you mean " + *nearest + "?" : "";
 }
 
 }  // namespace NVORHOST

@@ -1,17 +1,19 @@
-// Guesses which word a user meant.
+// Suggests the known word that a misspelt word resembles.
 #pragma once
 
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 
 namespace NVORHOST {
 
-/// The known word that `word` was probably meant to be: one that starts with it, else the one that the fewest
-/// insertions, deletions, replacements and swaps of neighbours make of it. Absent: empty when none is near.
-std::string FindNearest(std::string_view word, std::span<const std::string> known);
+/// Finds the known word with the smallest edit distance to `word`: insertions, deletions, replacements and
+/// swaps of neighbouring characters. A known word that starts with `word` counts as distance 1. Leading
+/// dashes are ignored. Absent: nullopt if no known word is near enough.
+std::optional<std::string> FindNearest(std::string_view word, std::span<const std::string> known);
 
-/// ": did you mean NEAREST?", or nothing when no known word is near.
+/// Returns ": did you mean NEAREST?", or "" if no known word is near enough.
 std::string DidYouMean(std::string_view word, std::span<const std::string> known);
 
 }  // namespace NVORHOST

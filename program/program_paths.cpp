@@ -11,8 +11,8 @@ std::string FindOwnPlugin() {
     std::error_code error;
     const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
     if (error) {
-        throw TRunFailure("the plug-in of this program cannot be found: /proc/self/exe: " + error.message() +
-                          "; --plugin names one");
+        throw TRunFailure("cannot find the plug-in of this program: /proc/self/exe: " + error.message() +
+                          "; use --plugin");
     }
     const auto plugins = program.parent_path() / NOXINFO_PLUGIN_FROM_BIN;
     return (plugins / "libnoxinfo.pi.so").lexically_normal().string();

@@ -1,12 +1,12 @@
-// Finds the parts of an installation from where the program itself lies, so that it can be moved as a whole.
+// Finds the parts of an installation relative to the program, so that an installed tree can be moved.
 #pragma once
 
 #include <string>
 
 namespace NVORHOST {
 
-/// The plug-in that belongs to this program, in the build tree and installed alike. Not checked for
-/// existence.
+/// The path of the plug-in that belongs to this program, in the build tree or installed. It need not exist.
+/// Errors: throws TRunFailure if the path of the program cannot be read.
 std::string FindOwnPlugin();
 
 }  // namespace NVORHOST

@@ -1,4 +1,4 @@
-// `noxinfo snapshot`: saves the whole namespace.
+// The command `noxinfo snapshot`, which saves the whole namespace.
 #pragma once
 
 #include "program/command_line.h"
@@ -7,8 +7,8 @@
 
 namespace NVORHOST {
 
-/// Prints the sources that could not be read to `out`, or to standard error when the snapshot goes to
-/// standard output. Throws TRunFailure.
+/// Saves the namespace. Prints the outcome of the collection to `out`, or to standard error if the snapshot
+/// goes to standard output. Errors: throws TRunFailure.
 EExitStatus RunSnapshot(const TSnapshotOptions& options, std::ostream& out);
 
 }  // namespace NVORHOST

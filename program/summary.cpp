@@ -46,14 +46,25 @@ std::string Count(std::size_t number, const std::string& word) {
     return std::to_string(number) + " " + word + (number == 1 ? "" : "s");
 }
 
-// The first few by name: enough to see what kind of thing is missing.
-std::string DescribeSources(const std::vector<std::string>& sources, const std::string& what) {
-    constexpr std::size_t named = 3;
-    std::string text = Count(sources.size(), "source") + " " + what + ": ";
-    for (std::size_t i = 0; i < std::min(named, sources.size()); ++i) {
+// Names only the first few sources, which is enough to recognise what is missing.
+std::string DescribeSources(const std::vector<std::string>& sources, const std::string& problem) {
+    constexpr std::size_t maxNamed = 3;
+    std::string text = Count(sources.size(), "source") + " " + problem + ": ";
+    for (std::size_t i = 0; i < std::min(maxNamed, sources.size()); ++i) {
         text += (i == 0 ? "" : ", ") + sources[i];
     }
-    return text + (sources.size() > named ? ", ..." : "");
+    return text + (sources.size() > maxNamed ? ", ..." : "");
+}
+
+// The format of the documents requires some values to be written unescaped, so a document can be malformed.
+void PrintFaults(const std::vector<TInventoryDocument>& documents, std::ostream& out) {
+    for (const TInventoryDocument& document : documents) {
+        if (document.fault) {
+            PrintRow(out, "Malformed",
+                     document.fileName + " is not well-formed XML: unescaped value in line " +
+                         std::to_string(document.fault->line) + ": " + document.fault->text);
+        }
+    }
 }
 
 std::string DescribeTimes(const std::vector<TStepTime>& times) {
@@ -70,49 +81,35 @@ std::string DescribeTimes(const std::vector<TStepTime>& times) {
 
 }  // namespace
 
-void PrintTroubles(const TSourceGaps& gaps, std::size_t replacedBytes, std::ostream& out) {
-    if (gaps.failedCollectors != 0) {
-        PrintRow(out, "Failed",
-                 Count(gaps.failedCollectors, "collector") + "; the log tells which (--verbose)");
+void PrintOutcome(const TCollectOutcome& outcome, std::ostream& out) {
+    if (outcome.failedCollectors != 0) {
+        PrintRow(out, "Failed", Count(outcome.failedCollectors, "collector") + "; see the log (--verbose)");
     }
-    const auto& denied = gaps.deniedSources;
+    const auto& denied = outcome.deniedSources;
     if (!denied.empty()) {
         PrintRow(out, "Denied", DescribeSources(denied, denied.size() == 1 ? "needs root" : "need root"));
     }
-    if (!gaps.failedSources.empty()) {
-        PrintRow(out, "Unread", DescribeSources(gaps.failedSources, "could not be read"));
+    if (!outcome.failedSources.empty()) {
+        PrintRow(out, "Unread", DescribeSources(outcome.failedSources, "could not be read"));
     }
-    if (!gaps.timedOutSources.empty()) {
-        PrintRow(out, "Timed out", DescribeSources(gaps.timedOutSources, "did not answer in time"));
+    if (!outcome.timedOutSources.empty()) {
+        PrintRow(out, "Timed out", DescribeSources(outcome.timedOutSources, "did not answer in time"));
     }
-    for (const std::string& warning : gaps.warnings) {
+    for (const std::string& warning : outcome.warnings) {
         PrintRow(out, "Warning", warning);
     }
-    if (replacedBytes != 0) {
-        PrintRow(out, "Replaced", Count(replacedBytes, "byte") + " of texts, being no characters");
+    if (outcome.replacedBytes != 0) {
+        PrintRow(out, "Replaced",
+                 Count(outcome.replacedBytes, "byte") + " of device text " +
+                     (outcome.replacedBytes == 1 ? "was" : "were") + " not valid UTF-8");
     }
 }
-
-namespace {
-
-// Some values are written unescaped, as the documents' format has it; readers that parse XML stop there.
-void PrintFaults(const std::vector<TInventoryDocument>& documents, std::ostream& out) {
-    for (const TInventoryDocument& document : documents) {
-        if (document.faultyLine != 0) {
-            PrintRow(out, "Malformed",
-                     document.fileName + " is no XML: line " + std::to_string(document.faultyLine) +
-                         " has an unescaped value: " + document.faultyText);
-        }
-    }
-}
-
-}  // namespace
 
 void PrintSummary(const TRunSummary& summary, std::ostream& out) {
     PrintRow(out, "Machine", summary.machine);
     PrintRow(out, "Source", summary.origin);
     PrintRow(out, "Collected", DescribeResources(summary.documents.front()));
-    PrintTroubles(summary.gaps, summary.replacedBytes, out);
+    PrintOutcome(summary.outcome, out);
     std::string_view label = "Files";
     for (const TInventoryDocument& document : summary.documents) {
         PrintRow(out, label, DescribeFile(summary.directory, document));
@@ -120,7 +117,7 @@ void PrintSummary(const TRunSummary& summary, std::ostream& out) {
     }
     PrintFaults(summary.documents, out);
     for (const std::string& name : summary.earlierFiles) {
-        PrintRow(out, "Earlier", name + " is of an earlier run");
+        PrintRow(out, "Earlier", name + " was written by an earlier run");
     }
     for (const std::string& name : summary.completedFiles) {
         PrintRow(out, "Completed", name + " of a run that was killed");
@@ -130,7 +127,7 @@ void PrintSummary(const TRunSummary& summary, std::ostream& out) {
 }
 
 void PrintCaptureSummary(const TCaptureSummary& summary, std::ostream& out) {
-    std::error_code ignored;  // the size is for people only
+    std::error_code ignored;  // the size is omitted then
     const auto bytes = std::filesystem::file_size(summary.file, ignored);
     PrintRow(out, "Source", summary.origin);
     PrintRow(out, "Captured",
@@ -140,7 +137,7 @@ void PrintCaptureSummary(const TCaptureSummary& summary, std::ostream& out) {
         PrintRow(out, "Redacted",
                  summary.redacted->empty() ? "nothing identifies the machine" : *summary.redacted);
     }
-    PrintTroubles(summary.gaps, summary.replacedBytes, out);
+    PrintOutcome(summary.outcome, out);
     PrintRow(out, "File", summary.file + (ignored ? "" : ", " + WithThousands(bytes) + " bytes"));
 }
 

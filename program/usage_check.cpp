@@ -3,6 +3,7 @@
 #include "program/nearest_word.h"
 
 #include <algorithm>
+#include <optional>
 #include <set>
 #include <string_view>
 #include <vector>
@@ -18,7 +19,7 @@ bool IsOption(std::string_view word) {
     return word.size() > 1 && word.front() == '-';
 }
 
-// The name of an option without its "=VALUE".
+// Strips "=VALUE" from an option.
 std::string NameOf(const std::string& word) {
     return word.starts_with("--") ? word.substr(0, word.find('=')) : word;
 }
@@ -29,7 +30,7 @@ const CLI::Option* FindOption(const CLI::App& app, const std::string& name) {
     return options.empty() ? nullptr : options.front();
 }
 
-// Lists may come in several parts; the library itself drops their empty elements.
+// Options with a list may be repeated. CLI11 itself drops empty elements of a list.
 bool IsList(const CLI::Option& option) {
     return option.get_type_name().ends_with(",...");
 }
@@ -52,20 +53,20 @@ std::vector<std::string> CommandNames(const CLI::App& program) {
     return names;
 }
 
-// The first of the program's commands that has an option of this name; empty when none has it.
-std::string OwnerOf(const CLI::App& program, const std::string& name) {
+// Finds the first command that has an option of this name.
+std::optional<std::string> FindOwner(const CLI::App& program, const std::string& name) {
     const auto commands = program.get_subcommands(
         [&name](const CLI::App* command) { return FindOption(*command, name) != nullptr; });
-    return commands.empty() ? "" : commands.front()->get_name();
+    return commands.empty() ? std::nullopt : std::optional(commands.front()->get_name());
 }
 
 [[noreturn]] void RefuseOption(const CLI::App& program, const CLI::App& app, const std::string& name) {
-    if (const std::string owner = OwnerOf(program, name); !owner.empty()) {
+    if (const auto owner = FindOwner(program, name)) {
         const bool isTooEarly = &program == &app;
         Refuse(isTooEarly
-                   ? "option " + name + " has to follow the command, as in noxinfo " + owner + " " + name
-                   : "option " + name + " is not one of noxinfo " + app.get_name() + " but of noxinfo " +
-                         owner);
+                   ? "option " + name + " must follow the command, as in noxinfo " + *owner + " " + name
+                   : "option " + name + " belongs to noxinfo " + *owner + ", not to noxinfo " +
+                         app.get_name());
     }
     Refuse("unknown option " + name + DidYouMean(name, OptionNames(app)));
 }
@@ -74,7 +75,7 @@ std::string OwnerOf(const CLI::App& program, const std::string& name) {
     Refuse("unknown command '" + word + "'" + DidYouMean(word, CommandNames(program)));
 }
 
-// Goes through the words of one app: the program before its command, or a command.
+// Checks the words of one app: those before the command, or those of the command.
 class TWordCheck {
   public:
     TWordCheck(const CLI::App& program, const CLI::App& app, std::span<const std::string> words)
@@ -116,7 +117,7 @@ class TWordCheck {
 
     std::string TakeValue(const std::string& name, const CLI::Option& option) {
         if (rest_.empty()) {
-            Refuse(name + " needs a value: " + option.get_type_name());
+            Refuse(name + " requires a value: " + option.get_type_name());
         }
         const std::string value = rest_.front();
         rest_ = rest_.subspan(1);
@@ -125,10 +126,10 @@ class TWordCheck {
 
     static void CheckValue(const std::string& name, const CLI::Option& option, const std::string& value) {
         if (value.empty()) {
-            Refuse(name + ": the value is empty, " + option.get_type_name() + " is needed");
+            Refuse(name + ": empty value; " + option.get_type_name() + " is required");
         }
         if (IsList(option) && ("," + value + ",").find(",,") != std::string::npos) {
-            Refuse(name + ": a name in '" + value + "' is empty");
+            Refuse(name + ": empty name in '" + value + "'");
         }
     }
 
@@ -140,7 +141,7 @@ class TWordCheck {
             Refuse("unexpected argument '" + word + "'" + guess);
         }
         if (word.empty()) {
-            Refuse("the argument " + arguments[arguments_]->get_type_name() + " is empty");
+            Refuse("empty argument " + arguments[arguments_]->get_type_name());
         }
         ++arguments_;
     }
@@ -148,7 +149,7 @@ class TWordCheck {
     const CLI::App& program_;
     const CLI::App& app_;
     std::span<const std::string> rest_;
-    std::set<const CLI::Option*> given_;
+    std::set<const CLI::Option*> given_;  // options that must not be repeated
     std::size_t arguments_ = 0;
     bool areAllArguments_ = false;
 };

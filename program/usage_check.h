@@ -1,5 +1,5 @@
-// Looks at the words of a command line before they are parsed, so that unknown words, unknown options and
-// empty values are named, each with the nearest known one.
+// Checks the words of a command line before CLI11 parses them, for better messages: they name the first wrong
+// word and suggest the nearest known one.
 #pragma once
 
 #include <CLI/CLI.hpp>
@@ -9,13 +9,12 @@
 
 namespace NVORHOST {
 
-/// `words` is the command line without the program's name.
-/// Errors: throws CLI::ValidationError for the first word that `program` does not know, for a value that is
-/// empty or
-///         missing, and for a value that the option does not take.
+/// Checks `words`, the command line without the name of the program.
+/// Errors: throws CLI::ValidationError for an unknown word or option, a missing or empty value, a value of an
+///         option that takes none, and an option that is given twice.
 void CheckWords(const CLI::App& program, std::span<const std::string> words);
 
-/// The command that the words name; null when they name none.
+/// Finds the command that the words name; null if they name none.
 const CLI::App* FindCommand(const CLI::App& program, std::span<const std::string> words);
 
 }  // namespace NVORHOST

@@ -9,8 +9,6 @@ namespace {
 
 using ECimType = TCIMValue::TCIMType::ECIMType;
 
-// ---- values
-
 enum EShape : std::uint64_t { eNull, eScalar, eNullArray, eArray };
 
 EShape ShapeOf(const TCIMValue& value) {
@@ -136,8 +134,6 @@ TCIMValue ReadValue(TMessageReader& message) {
     }
     return TCIMValue::Array(type, std::move(elements));
 }
-
-// ---- lists
 
 void WriteTexts(const std::vector<std::string>& texts, TMessageWriter& message) {
     message.WriteNumber(texts.size());

@@ -1,4 +1,4 @@
-// What one collector gave, as a message: its report and the instances it has committed.
+// Encodes the result of one collector as a message: its report and the instances that it committed.
 #pragma once
 
 #include "machine/collect/run/collection_run.h"
@@ -11,13 +11,14 @@
 
 namespace NVORHOST {
 
-/// Writes the instances of a namespace, each one once.
+/// Writes the instances of a namespace, each of them once.
 class TInstancesWriter {
   public:
     /// `source` must outlive this object.
     explicit TInstancesWriter(const TMemoryNamespace& source) : source_(source) {}
 
-    /// Those of the classes that `collector` fills which no earlier call wrote, in the order of their commit.
+    /// Writes the instances of the classes that `collector` fills, in the order of their commit, except those
+    /// that an earlier call wrote.
     void WriteNew(const TCollector& collector, TMessageWriter& message);
 
   private:
@@ -25,11 +26,13 @@ class TInstancesWriter {
     std::unordered_map<std::string_view, std::size_t> written_;  // by class name
 };
 
-/// Commits the instances that WriteNew wrote for the same collector to `target`, which has its classes.
+/// Reads the instances that WriteNew wrote for the same collector and commits them to `target`, which must
+/// have the classes.
 void ReadInstances(const TCollector& collector, TMessageReader& message, TMemoryNamespace& target);
 
-/// Every member but `collector`.
+/// Writes every member except `collector`.
 void WriteReport(const TCollectReport& report, TMessageWriter& message);
+/// Reads what WriteReport wrote for the same collector.
 TCollectReport ReadReport(const TCollector& collector, TMessageReader& message);
 
 }  // namespace NVORHOST

@@ -21,25 +21,25 @@ constexpr char liveRoot[] = "/";
 }
 
 void RequireDirectory(const std::filesystem::path& root) {
-    std::error_code ignored;  // whatever it is, there is no directory
+    std::error_code ignored;  // any error means that the directory is missing
     if (std::filesystem::is_directory(root, ignored)) {
         return;
     }
     if (!std::filesystem::exists(root, ignored)) {
-        Refuse(root, "there is no such directory");
+        Refuse(root, "no such directory");
     }
-    Refuse(root, "not a directory; a capture has to be unpacked into one: mkdir DIR && tar -xJf FILE -C DIR");
+    Refuse(root, "not a directory; unpack a capture first: mkdir DIR && tar -xJf FILE -C DIR");
 }
 
 bool IsMachine(const std::filesystem::path& root) {
-    std::error_code ignored;  // of no use, then, in either case
+    std::error_code ignored;  // an entry that cannot be examined counts as missing
     return std::filesystem::exists(root / std::string(capturedAnswersPath.substr(1)), ignored) ||
            std::filesystem::is_directory(root / "proc", ignored) ||
            std::filesystem::is_directory(root / "sys", ignored);
 }
 
-// A machine's tree in the folder, or around it; empty when there is none.
-std::filesystem::path FindMachineNear(const std::filesystem::path& root) {
+// Finds the tree of a machine in a subdirectory or in the parent directory, for a hint.
+std::optional<std::filesystem::path> FindMachineNear(const std::filesystem::path& root) {
     std::error_code error;
     std::set<std::filesystem::path> inside;
     for (std::filesystem::directory_iterator entry(root, error), end; !error && entry != end;
@@ -51,22 +51,22 @@ std::filesystem::path FindMachineNear(const std::filesystem::path& root) {
     if (!inside.empty()) {
         return inside.begin()->lexically_normal();
     }
-    const auto around = std::filesystem::canonical(root, error).parent_path();
-    return !error && around != liveRoot && IsMachine(around) ? around : std::filesystem::path();
+    const auto parent = std::filesystem::canonical(root, error).parent_path();
+    return !error && parent != liveRoot && IsMachine(parent) ? std::optional(parent) : std::nullopt;
 }
 
-// Collectors would take everything for missing in any other folder, and a machine without anything is none.
+// In any other directory, collectors would find every source missing and produce an empty inventory.
 void RequireMachine(const std::filesystem::path& root) {
     if (IsMachine(root)) {
         return;
     }
-    const std::filesystem::path near = FindMachineNear(root);
-    Refuse(root, "no machine's tree: it has neither proc nor sys nor " +
+    const auto near = FindMachineNear(root);
+    Refuse(root, "not the tree of a machine: it has neither proc nor sys nor " +
                      std::string(capturedAnswersPath.substr(1)) +
-                     (near.empty() ? "" : "; did you mean " + near.string() + "?"));
+                     (near ? "; did you mean " + near->string() + "?" : ""));
 }
 
-// Collectors take what they cannot read for missing: below a root that cannot be opened, everything.
+// Below a root that cannot be opened, collectors would find every source missing.
 void RequireOpen(const TRootedFiles& files) {
     if (files.GetRootError() != 0) {
         throw TRunFailure("cannot collect from " + files.GetRoot() + ": " +
@@ -74,7 +74,7 @@ void RequireOpen(const TRootedFiles& files) {
     }
 }
 
-// Without its answers, a tree would be another machine.
+// Without the recorded answers, the tree would produce the inventory of a different machine.
 void RequireAnswers(const TRootedFiles& files, const TCapturedSystemCalls& calls) {
     if (!calls.GetAnswersError().empty()) {
         throw TRunFailure("cannot collect from " + files.GetRoot() + ": " + calls.GetAnswersError());
@@ -85,7 +85,7 @@ void RequireAnswers(const TRootedFiles& files, const TCapturedSystemCalls& calls
 
 void RequireProcFileSystem() {
     if (::access("/proc/self/fd", R_OK | X_OK) != 0) {
-        throw TRunFailure("cannot run where /proc is missing: mount the process file system there");
+        throw TRunFailure("/proc is missing: mount the process file system there");
     }
 }
 
@@ -117,7 +117,7 @@ const ISystemCalls& TMachineDoor::GetCalls() const {
     return isLive_ ? static_cast<const ISystemCalls&>(liveCalls_) : *capturedCalls_;
 }
 
-std::optional<NKELVOR20::TCIMDateTime> TMachineDoor::GetLocalTime() const {
+std::optional<NKELVOR20::TCIMDateTime> TMachineDoor::FindLocalTime() const {
     if (isLive_) {
         return NKELVOR20::TOSSpecific::GetLocalTime();
     }

@@ -1,4 +1,4 @@
-// The machine that a run looks at: the running one, or a tree that stands for one.
+// The machine that a run collects from: the running one, or a tree that was captured from one.
 #pragma once
 
 #include "machine/replay/captured_files.h"
@@ -12,33 +12,33 @@
 
 namespace NVORHOST {
 
-/// Files are opened, and the program finds its plug-in, through /proc of the running system. Throws
-/// TRunFailure where it is missing.
+/// Throws TRunFailure if /proc is not mounted. Files are opened, and the plug-in is found, through /proc of
+/// the running system.
 void RequireProcFileSystem();
 
-/// True for the running machine, false for a tree.
+/// True for the running machine, false for a captured tree.
 bool IsLiveMachine(const TMachineOptions& options);
-/// The machine that the options name, for people: "this machine", "tree /x".
+/// Describes the machine for people: "this machine", "tree /x".
 std::string DescribeMachine(const TMachineOptions& options);
 
 class TMachineDoor {
   public:
-    /// Throws TRunFailure when the tree is not there or cannot be read at all.
+    /// Errors: throws TRunFailure if the tree is missing, is not readable, or is not the tree of a machine.
     explicit TMachineDoor(const TMachineOptions& options);
 
     const ISystemFiles& GetFiles() const;
     const ISystemCalls& GetCalls() const;
-    /// The moment of the collection: what the user says, else the clock, else when the tree was captured.
-    /// Absent for a tree that does not tell.
-    std::optional<NKELVOR20::TCIMDateTime> GetLocalTime() const;
+    /// The time of the collection: the one that the options give; otherwise the clock, or for a tree the
+    /// recorded time of its capture. Absent for a tree without a recorded time.
+    std::optional<NKELVOR20::TCIMDateTime> FindLocalTime() const;
 
   private:
     bool isLive_;
     std::optional<NKELVOR20::TCIMDateTime> localTime_;
     TRootedFiles rootedFiles_;
     TLiveSystemCalls liveCalls_;
-    std::optional<TCapturedSystemCalls> capturedCalls_;  // of trees
-    std::optional<TCapturedFiles> capturedFiles_;        // of trees
+    std::optional<TCapturedSystemCalls> capturedCalls_;  // only for trees
+    std::optional<TCapturedFiles> capturedFiles_;        // only for trees
 };
 
 }  // namespace NVORHOST

@@ -1,4 +1,4 @@
-// What a user may ask of a collection: which machine, which collectors, how long.
+// The options of a collection: which machine, which collectors, how long.
 #pragma once
 
 #include "host/cim_date_time.h"
@@ -12,9 +12,10 @@ namespace NVORHOST {
 
 struct TMachineOptions {
     std::string sysroot = "/";
+    /// Replaces the clock; absent: the clock, or the time of the capture.
     std::optional<NKELVOR20::TCIMDateTime> localTime;
     TCollectorChoice collectors;
-    /// How long sources may take to answer; absent: as long as they do.
+    /// Time limit of the collection; absent: none.
     std::optional<std::chrono::milliseconds> deadline = std::chrono::seconds(10);
 };
 

@@ -5,19 +5,19 @@
 namespace NVORHOST {
 namespace {
 
-constexpr unsigned bitsOfByte = 7;
-constexpr std::uint64_t moreFollow = 1U << bitsOfByte;
+constexpr unsigned bitsPerByte = 7;
+constexpr std::uint64_t continuationBit = 1U << bitsPerByte;
 
 [[noreturn]] void FailTruncated() {
-    throw TRunFailure("a message of a process of this run is truncated");
+    throw TRunFailure("truncated message from a process of this run");
 }
 
 }  // namespace
 
 void TMessageWriter::WriteNumber(std::uint64_t number) {
-    while (number >= moreFollow) {
-        bytes_ += static_cast<char>((number & (moreFollow - 1)) | moreFollow);
-        number >>= bitsOfByte;
+    while (number >= continuationBit) {
+        bytes_ += static_cast<char>((number & (continuationBit - 1)) | continuationBit);
+        number >>= bitsPerByte;
     }
     bytes_ += static_cast<char>(number);
 }
@@ -29,11 +29,11 @@ void TMessageWriter::WriteText(std::string_view text) {
 
 std::uint64_t TMessageReader::ReadNumber() {
     std::uint64_t number = 0;
-    for (unsigned shift = 0; !bytes_.empty() && shift < 64; shift += bitsOfByte) {
+    for (unsigned shift = 0; !bytes_.empty() && shift < 64; shift += bitsPerByte) {
         const auto byte = static_cast<unsigned char>(bytes_.front());
         bytes_.remove_prefix(1);
-        number |= (byte & (moreFollow - 1)) << shift;
-        if ((byte & moreFollow) == 0) {
+        number |= (byte & (continuationBit - 1)) << shift;
+        if ((byte & continuationBit) == 0) {
             return number;
         }
     }

@@ -1,5 +1,5 @@
-// Numbers and texts as bytes, for messages between a run and the processes that it forks off. Both ends are
-// the same program, so that nothing but the length of a message is checked.
+// Encodes numbers and texts as bytes, for messages between a run and its forked processes. Sender and
+// receiver are the same program, so only the length of a message is checked.
 #pragma once
 
 #include <cstddef>
@@ -11,9 +11,9 @@ namespace NVORHOST {
 
 class TMessageWriter {
   public:
-    /// 7 bits a byte, the lowest first; the highest bit marks that more follow.
+    /// Writes 7 bits per byte, the lowest first; the high bit of a byte means that more bytes follow.
     void WriteNumber(std::uint64_t number);
-    /// The length as a number, then the bytes.
+    /// Writes the length as a number, then the bytes.
     void WriteText(std::string_view text);
 
     const std::string& GetBytes() const { return bytes_; }
@@ -22,14 +22,15 @@ class TMessageWriter {
     std::string bytes_;
 };
 
-/// Reads what a TMessageWriter wrote, in the same order. Errors: throws TRunFailure at the end of the bytes.
+/// Reads what a TMessageWriter wrote, in the same order.
+/// Errors: throws TRunFailure if the bytes end too early.
 class TMessageReader {
   public:
     /// `bytes` must outlive this object.
     explicit TMessageReader(std::string_view bytes) : bytes_(bytes) {}
 
     std::uint64_t ReadNumber();
-    /// Valid as long as the bytes are.
+    /// The result points into `bytes`.
     std::string_view ReadText();
 
   private:

@@ -1,4 +1,4 @@
-// A machine as a capture keeps it, put together from what collecting processes have read.
+// The content of a capture, assembled from what the collecting processes have read.
 #pragma once
 
 #include "machine/capture/capturing_files.h"
@@ -10,14 +10,15 @@
 
 namespace NVORHOST {
 
-/// Looks at nothing itself: the files answer from the logs that were read.
+/// Reads nothing itself: its files answer from the logs that were added.
 struct TRecordedMachine {
     TAnsweredFiles answered;
     TCapturingFiles files{answered};
-    TCapturedAnswers answers;  ///< of the system calls
+    TCapturedAnswers answers;  ///< answers of system calls
 };
 
-/// What one collector has read: the questions that it asked, and the answers that the machine gave.
+/// What one collector has read. `questions` are the accesses of the collector; `answers` are the accesses
+/// that reached the machine, with their results.
 struct TMachineLog {
     std::vector<TLoggingFiles::TEntry> answers;
     std::vector<TLoggingFiles::TEntry> questions;
@@ -27,8 +28,9 @@ struct TMachineLog {
 void WriteMachineLog(const TMachineLog& log, TMessageWriter& message);
 TMachineLog ReadMachineLog(TMessageReader& message);
 
-/// Adds a log to the machine: its answers alone, or the whole of it, which asks the questions again.
+/// Adds only the answers of a log, without putting anything into the capture.
 void AddAnswers(const TMachineLog& log, TRecordedMachine& machine);
+/// Adds the answers of a log and repeats its questions, which puts their files into the capture.
 void AddLog(const TMachineLog& log, TRecordedMachine& machine);
 
 }  // namespace NVORHOST

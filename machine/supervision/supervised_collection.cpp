@@ -21,14 +21,14 @@ namespace {
 using TClock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-// Each share is one of the time that is left, so that there is always some left for the rest, however many
-// sources do not answer.
+// An access or a collector gets 1/32 or 1/8 of the remaining time, so that time remains for the others, no
+// matter how many sources do not answer.
 constexpr int shareOfAccess = 32;
 constexpr int shareOfCollector = 8;
-constexpr milliseconds longestAccess(1000);  // also under a deadline of hours
+constexpr milliseconds longestAccess(1000);  // applies even if the deadline is hours away
 constexpr milliseconds longestCollector(5000);
 constexpr milliseconds shortestWait(5);
-constexpr milliseconds grace(500);  // past the deadline, for a process that works and waits for nothing
+constexpr milliseconds grace(500);  // past the deadline, for a process that is not blocked in an access
 constexpr std::size_t maxPathsOfCollector = 3;
 constexpr std::size_t maxProcesses = 64;
 
@@ -47,14 +47,14 @@ std::string DescribeSeconds(milliseconds time) {
     return text + " s";
 }
 
-// Where the newest process is, and since when.
+// The access and the collector that the newest process is working on, and since when.
 struct TProgress {
     std::uint32_t step = 0;
     TClock::time_point stepSince = TClock::now();
     std::optional<std::uint32_t> collector;
     TClock::time_point collectorSince = TClock::now();
 
-    void Look(const TAccessPlace& place) {
+    void Update(const TAccessPlace& place) {
         const auto now = TClock::now();
         if (const auto current = place.GetStep(); current != step) {
             step = current;
@@ -69,13 +69,13 @@ struct TProgress {
 
 class TSupervision {
   public:
-    /// `take` receives the message of each collector that counts, in their order; `see` receives before that,
-    /// for captures, those that do not come from the first process.
+    /// `take` receives the result of each collector that counts, in the order of the collectors. Before the
+    /// results of other processes than the first are taken, `preview`, if not null, receives all of them.
     using TTake = std::function<TCollectReport(const TCollector&, TMessageReader&)>;
-    using TSee = std::function<void(const TCollector&, TMessageReader&)>;
+    using TPreview = std::function<void(const TCollector&, TMessageReader&)>;
 
-    TSupervision(TCollectionTask task, TTake take, TSee see)
-        : task_(std::move(task)), take_(std::move(take)), see_(std::move(see)) {
+    TSupervision(TCollectionTask task, TTake take, TPreview preview)
+        : task_(std::move(task)), take_(std::move(take)), preview_(std::move(preview)) {
         if (task_.options.deadline) {
             end_ = TClock::now() + *task_.options.deadline;
         }
@@ -85,9 +85,11 @@ class TSupervision {
         Start();
         while (!IsDone() && !IsOver()) {
             Wait();
-            GoOnWithoutWhatStalls();
+            RestartIfStalled();
         }
-        GiveUp();
+        if (!IsDone()) {
+            StopWaiting();
+        }
         TakeRest();
         return std::move(collected_);
     }
@@ -97,7 +99,8 @@ class TSupervision {
         explicit TWorker(const TCollectionTask& task) : process(task) {}
 
         TCollectingProcess process;
-        std::map<std::uint64_t, std::string> results;  // by place of the collector; of the first worker none
+        std::map<std::uint64_t, std::string>
+            results;  // by index of the collector; empty for the first worker
         bool isDone = false;
     };
 
@@ -165,24 +168,24 @@ class TSupervision {
         }
     }
 
-    // Those of the first process come in order, and nothing better can come.
+    // Results of the first process arrive in order and are never replaced: it runs without refused paths.
     void TakeResult(TWorker& worker, std::string bytes) {
         TMessageReader message(bytes);
-        const std::uint64_t place = message.ReadNumber();
+        const std::uint64_t collector = message.ReadNumber();
         if (IsFirst(worker)) {
-            collected_.reports.push_back(take_(task_.collectors[place], message));
+            collected_.reports.push_back(take_(task_.collectors[collector], message));
         } else {
-            worker.results[place] = std::move(bytes);
+            worker.results[collector] = std::move(bytes);
         }
     }
 
-    void GoOnWithoutWhatStalls() {
+    void RestartIfStalled() {
         TWorker& newest = *workers_.back();
         if (!end_ || newest.isDone || workers_.size() == maxProcesses) {
             return;
         }
         const TAccessPlace& place = newest.process.GetPlace();
-        progress_.Look(place);
+        progress_.Update(place);
         if (!progress_.collector || *progress_.collector + std::size_t{1} > task_.collectors.size()) {
             return;
         }
@@ -190,57 +193,58 @@ class TSupervision {
         const auto left = *end_ - now;
         const std::string path = place.GetPath();
         if (!path.empty() && now - progress_.stepSince >= Share(left, shareOfAccess, longestAccess)) {
-            GoOnWithout(path, *progress_.collector);
+            RestartWithoutPath(path, *progress_.collector);
         } else if (now - progress_.collectorSince >= Share(left, shareOfCollector, longestCollector)) {
-            GoOnBehind(*progress_.collector);
+            RestartAfter(*progress_.collector);
         }
     }
 
-    void GoOnWithout(const std::string& path, std::size_t collector) {
+    void RestartWithoutPath(const std::string& path, std::size_t collector) {
         task_.unanswered.insert(path);
         if (++stalls_[collector] > maxPathsOfCollector) {
-            GoOnBehind(collector);
+            RestartAfter(collector);
         } else {
             task_.first = collector;
             Start();
         }
     }
 
-    void GoOnBehind(std::size_t collector) {
+    void RestartAfter(std::size_t collector) {
         if (collector + 1 < task_.collectors.size()) {
             task_.first = collector + 1;
             Start();
         }
     }
 
-    // At once for all, so that the time to die is not that of one after the other. What a process was waiting
-    // for is kept.
-    void GiveUp() {
+    // Records the paths that processes are waiting for, before the processes are killed.
+    void StopWaiting() {
         for (const auto& worker : workers_) {
             const TAccessPlace& place = worker->process.GetPlace();
             if (!worker->isDone && place.HasTask()) {
-                waitedFor_.emplace(place.GetTask(), place.GetPath());
+                pendingPaths_.emplace(place.GetTask(), place.GetPath());
             }
         }
-        if (!IsDone() && !workers_.front()->process.GetPlace().HasTask()) {
-            const std::string path = workers_.front()->process.GetPlace().GetPath();
-            workers_.clear();
-            throw TRunFailure("cannot collect from " + task_.options.sysroot + ": no answer within " +
-                              DescribeSeconds(*task_.options.deadline) +
-                              (path.empty() ? "" : " from " + path));
+        if (!workers_.front()->process.GetPlace().HasTask()) {
+            FailToOpen(workers_.front()->process.GetPlace().GetPath());
         }
-        if (see_ && !IsDone()) {
-            ForEachLaterResult(see_);
+        if (preview_) {
+            ForEachLaterResult(preview_);
         }
+    }
+
+    [[noreturn]] void FailToOpen(const std::string& path) {
+        workers_.clear();
+        throw TRunFailure("cannot collect from " + task_.options.sysroot + ": no answer within " +
+                          DescribeSeconds(*task_.options.deadline) + (path.empty() ? "" : " from " + path));
     }
 
     template <typename TVisit>
     void ForEachLaterResult(const TVisit& visit) {
         for (std::size_t i = 1; i < workers_.size(); ++i) {
-            for (auto& [place, bytes] : workers_[i]->results) {
+            for (auto& [collector, bytes] : workers_[i]->results) {
                 TMessageReader message(bytes);
                 (void)message.ReadNumber();
-                visit(task_.collectors[place], message);
+                visit(task_.collectors[collector], message);
             }
         }
     }
@@ -267,9 +271,9 @@ class TSupervision {
     TCollectReport ReportNothing(std::size_t collector) {
         TCollectReport report;
         report.collector = task_.collectors[collector].name;
-        report.failure = "not done within " + DescribeSeconds(*task_.options.deadline);
-        const auto path = waitedFor_.find(collector);
-        if (path != waitedFor_.end() && !path->second.empty()) {
+        report.failure = "not finished within " + DescribeSeconds(*task_.options.deadline);
+        const auto path = pendingPaths_.find(collector);
+        if (path != pendingPaths_.end() && !path->second.empty()) {
             report.timedOutSources.push_back(path->second);
         }
         return report;
@@ -277,13 +281,12 @@ class TSupervision {
 
     TCollectionTask task_;
     TTake take_;
-    TSee see_;
-    std::optional<TClock::time_point> end_;
-    std::vector<std::unique_ptr<TWorker>>
-        workers_;                                // each but the first refuses what those before it wait for
-    TProgress progress_;                         // of the last of them
-    std::map<std::size_t, std::size_t> stalls_;  // paths by collector
-    std::map<std::size_t, std::string> waitedFor_;  // the path that a given up process was waiting for
+    TPreview preview_;
+    std::optional<TClock::time_point> end_;            // absent without a deadline
+    std::vector<std::unique_ptr<TWorker>> workers_;    // each refuses the paths that earlier ones wait for
+    TProgress progress_;                               // progress of the last worker
+    std::map<std::size_t, std::size_t> stalls_;        // number of stalled paths by collector
+    std::map<std::size_t, std::string> pendingPaths_;  // by collector; recorded at the deadline
     TSupervisedCollection collected_;
 };
 
@@ -314,13 +317,14 @@ TSupervisedCollection RecordSupervised(const TMachineOptions& options, TRecorded
         AddLog(ReadMachineLog(message), machine);
         return report;
     };
-    // A process that went on asks in a later collector what it has asked before, and may have asked that for
-    // a collector whose result another process gave.
-    const auto see = [&machine](const TCollector& collector, TMessageReader& message) {
+    // A process logs an answer only once, with the collector that asked first. If the result of that
+    // collector is taken from another process, the answer is still needed by later collectors of this
+    // process.
+    const auto preview = [&machine](const TCollector& collector, TMessageReader& message) {
         (void)ReadReport(collector, message);
         AddAnswers(ReadMachineLog(message), machine);
     };
-    return TSupervision(MakeTask(options, ECollects::logs), take, see).Run();
+    return TSupervision(MakeTask(options, ECollects::logs), take, preview).Run();
 }
 
 }  // namespace NVORHOST

@@ -1,6 +1,6 @@
-// A collection that ends in time. Collectors run in a process of their own. When an access takes long,
-// another process goes on without the path, beside the first one, which may still get its answer; at the
-// deadline, each collector's best result counts, and what still waits is given up.
+// A collection that ends before its deadline. Collectors run in a separate process. When an access takes
+// long, another process continues without that path, while the first one may still get its answer. At the
+// deadline the best result of each collector counts, and the processes that still wait are killed.
 //
 //   process 1   a  b  c...............................waits for /sys/x          killed at the deadline
 //   process 2            c  d  e........waits for /sys/y; /sys/x is refused     killed at the deadline
@@ -19,15 +19,17 @@
 namespace NVORHOST {
 
 struct TSupervisedCollection {
-    std::vector<TCollectReport> reports;  ///< in the order of the collectors
-    std::optional<NKELVOR20::TCIMDateTime> localTime;
+    std::vector<TCollectReport> reports;               ///< in the order of the collectors
+    std::optional<NKELVOR20::TCIMDateTime> localTime;  ///< time of the collection; absent if unknown
 };
 
-/// Runs the chosen collectors and fills `target`. Errors: throws TRunFailure when the machine cannot be
-/// opened, an essential source cannot be read, or memory, descriptors or processes are short.
+/// Runs the chosen collectors and fills `target`.
+/// Errors: throws TRunFailure if the machine cannot be opened, an essential source cannot be read, or memory,
+/// descriptors or processes run out.
 TSupervisedCollection CollectSupervised(const TMachineOptions& options, TMemoryNamespace& target);
 
-/// The same, but keeps what the collectors read instead of what they make of it.
+/// Runs the chosen collectors and keeps what they read instead of their instances. Errors: see
+/// CollectSupervised.
 TSupervisedCollection RecordSupervised(const TMachineOptions& options, TRecordedMachine& machine);
 
 }  // namespace NVORHOST

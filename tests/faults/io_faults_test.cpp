@@ -288,17 +288,17 @@ const std::vector<TRow> collectRows = Joined(OutputFileRows("DIR", "result.xml",
     {"open", "DIR/target/.noxinfo-*/hardwareinventory.xml.gz",
      "PLUGIN: the request failed: cannot create file (host status 11)", alike},
     {"write", "DIR/target/.noxinfo-*/systeminformation.xml.gz",
-     "the plug-in has not written systeminformation.xml.gz to its end", alike},
+     "the plug-in wrote a truncated systeminformation.xml.gz", alike},
     {"write", "DIR/target/.noxinfo-*/hardwareinventory.xml.gz",
-     "the plug-in has not written hardwareinventory.xml.gz to its end", alike},
+     "the plug-in wrote a truncated hardwareinventory.xml.gz", alike},
     {"close", "DIR/target/.noxinfo-*/systeminformation.xml.gz",
      "done", alike},
     {"close", "DIR/target/.noxinfo-*/hardwareinventory.xml.gz",
      "done", alike},
     {"open", "DIR/target/.noxinfo-*/hardwareinventory.xml.gz",
-     "the plug-in has not read hardwareinventory.xml.gz back to its end", alike},
+     "the plug-in returned a truncated copy of hardwareinventory.xml.gz", alike},
     {"read", "DIR/target/.noxinfo-*/hardwareinventory.xml.gz",
-     "the plug-in has not read hardwareinventory.xml.gz back to its end", "done"},
+     "the plug-in returned a truncated copy of hardwareinventory.xml.gz", "done"},
     // The second look at the end of the file, when all of it is read.
     {"read", "DIR/target/.noxinfo-*/hardwareinventory.xml.gz",
      "done", alike},
@@ -570,7 +570,7 @@ TEST(AFullDisk, IsToldHoweverLittleIsMissing) {
     collect.watched = "DIR/target";
     const TFaultedScenario scenario(collect);
     EXPECT_EQ(scenario.RunWith({"write", 2, false, "FULL"}).end,
-              "the plug-in has not written hardwareinventory.xml.gz to its end: No space left on device");
+              "the plug-in wrote a truncated hardwareinventory.xml.gz: No space left on device");
 }
 
 }  // namespace

@@ -101,12 +101,12 @@ TEST(ProgramOnMachine, TellsAnOrdinaryUserWhatNeedsRoot) {
         result.standardOutput,
         HasSubstr("\nDenied      4 sources need root: /sys/class/dmi/id/product_serial, "
                   "/sys/class/dmi/id/product_uuid, /sys/devices/system/cpu/cpu0/topology/ppin, ...\n"));
-    EXPECT_THAT(
-        LinesWith("may not read", ReadFile(directory / "run.log")),
-        UnorderedElementsAre("3 noxinfo-computer-system: may not read /sys/firmware/dmi/tables/DMI",
-                             "3 noxinfo-computer-system: may not read /sys/class/dmi/id/product_serial",
-                             "3 noxinfo-computer-system: may not read /sys/class/dmi/id/product_uuid",
-                             "3 noxinfo-processor: may not read /sys/devices/system/cpu/cpu0/topology/ppin"));
+    EXPECT_THAT(LinesWith("permission denied", ReadFile(directory / "run.log")),
+                UnorderedElementsAre(
+                    "3 noxinfo-computer-system: permission denied: /sys/firmware/dmi/tables/DMI",
+                    "3 noxinfo-computer-system: permission denied: /sys/class/dmi/id/product_serial",
+                    "3 noxinfo-computer-system: permission denied: /sys/class/dmi/id/product_uuid",
+                    "3 noxinfo-processor: permission denied: /sys/devices/system/cpu/cpu0/topology/ppin"));
 }
 
 TEST(ProgramOnMachine, WarnsOfAMalformedFirmwareTable) {
@@ -135,9 +135,11 @@ TEST(ProgramOnMachine, CountsBytesThatAreNoCharacters) {
                     directory.GetPath(),
                     {}});
     ASSERT_EQ(result.status, 0) << result.standardError;
-    EXPECT_THAT(result.standardOutput, HasSubstr("\nReplaced    3 bytes of texts, being no characters\n"));
-    EXPECT_THAT(LinesWith("no characters", ReadFile(directory / "run.log")),
-                ElementsAre("3 noxinfo-operating-system: bytes that are no characters, shown as U+FFFD: 3"));
+    EXPECT_THAT(result.standardOutput,
+                HasSubstr("\nReplaced    3 bytes of device text were not valid UTF-8\n"));
+    EXPECT_THAT(
+        LinesWith("UTF-8", ReadFile(directory / "run.log")),
+        ElementsAre("3 noxinfo-operating-system: invalid UTF-8 in device text; bytes replaced by U+FFFD: 3"));
 }
 
 }  // namespace

@@ -316,7 +316,7 @@ TEST(Capture, ThatFailsLeavesTheEarlierFileAndNoOther) {
     WriteFile(directory / "m.tar.xz", "earlier");
     const auto result = Capture({"--sysroot", "absent", "m.tar.xz"}, directory.GetPath());
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.standardError, "noxinfo: cannot collect from absent: there is no such directory\n");
+    EXPECT_EQ(result.standardError, "noxinfo: cannot collect from absent: no such directory\n");
     EXPECT_EQ(ReadFile(directory / "m.tar.xz"), "earlier");
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(directory.GetPath()), {}), 1);
 }
@@ -384,10 +384,10 @@ TEST(DeniedSources, AreCountedInTheSummaryAndNamedOnceInTheLog) {
     ASSERT_EQ(result.status, 0) << result.standardError;
     EXPECT_THAT(result.standardOutput, HasSubstr(deniedRow));
     EXPECT_THAT(
-        LinesWith("may not read", ReadFile(directory / "run.log")),
-        UnorderedElementsAre("3 noxinfo-computer-system: may not read /sys/firmware/dmi/tables/DMI",
-                             "3 noxinfo-computer-system: may not read /sys/class/dmi/id/product_serial",
-                             "3 noxinfo-computer-system: may not read /sys/class/dmi/id/product_uuid"));
+        LinesWith("permission denied", ReadFile(directory / "run.log")),
+        UnorderedElementsAre("3 noxinfo-computer-system: permission denied: /sys/firmware/dmi/tables/DMI",
+                             "3 noxinfo-computer-system: permission denied: /sys/class/dmi/id/product_serial",
+                             "3 noxinfo-computer-system: permission denied: /sys/class/dmi/id/product_uuid"));
 }
 
 TEST(DeniedSources, ThatSeveralCollectorsAskForAreNamedOnce) {
@@ -399,8 +399,8 @@ TEST(DeniedSources, ThatSeveralCollectorsAskForAreNamedOnce) {
         directory.GetPath());
     ASSERT_EQ(result.status, 0) << result.standardError;
     EXPECT_THAT(result.standardOutput, HasSubstr("Denied      1 source needs root: /sys/block\n"));
-    EXPECT_THAT(LinesWith("may not read", ReadFile(directory / "run.log")),
-                ElementsAre("3 noxinfo-disk: may not read /sys/block"));
+    EXPECT_THAT(LinesWith("permission denied", ReadFile(directory / "run.log")),
+                ElementsAre("3 noxinfo-disk: permission denied: /sys/block"));
     std::filesystem::permissions(directory / "machine/sys/block", std::filesystem::perms::owner_all);
 }
 

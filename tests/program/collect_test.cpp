@@ -230,7 +230,7 @@ TEST(Collect, NamesOfFilesAreShownWithoutControlBytesAndDirectionMarks) {
     EXPECT_EQ(RunNoxinfo({{"collect", "--namespace", name}, directory.GetPath(), {}}).standardError,
               "noxinfo: " + shown + ": cannot be read: Is a directory\n");
     EXPECT_EQ(RunNoxinfo({{"collect", "--sysroot", name + "x"}, directory.GetPath(), {}}).standardError,
-              "noxinfo: cannot collect from " + shown + "x: there is no such directory\n");
+              "noxinfo: cannot collect from " + shown + "x: no such directory\n");
     EXPECT_EQ(RunNoxinfo({{name}, "", {}}).standardError,
               "noxinfo: unknown command '" + shown + "'\nTry 'noxinfo --help'.\n");
 }
@@ -251,11 +251,11 @@ TEST(Collect, ANamespaceWithoutMachineTypeFailsAndWritesNothing) {
     const auto result = RunNoxinfo({{"collect", "--namespace", "empty.xml"}, directory.GetPath(), {}});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.standardOutput, "");
-    EXPECT_EQ(
-        result.standardError,
-        "0 NOXINFO: Can not get machine type from CIM result\n"
-        "noxinfo: the plug-in made no result: NOXINFO: Can not get machine type from CIM result; empty.xml "
-        "holds no computer system, whose type is needed\n");
+    EXPECT_EQ(result.standardError,
+              "0 NOXINFO: Can not get machine type from CIM result\n"
+              "noxinfo: the plug-in returned no result: NOXINFO: Can not get machine type from CIM result; "
+              "empty.xml "
+              "has no computer system, which is required\n");
     EXPECT_FALSE(std::filesystem::exists(directory / "hardwareinventory.xml.gz"));
 }
 
@@ -309,7 +309,7 @@ TEST(Collect, NamesTheOlderSystemInformationThatItLeavesAsOfAnEarlierRun) {
     EXPECT_THAT(RunNoxinfo({arguments, directory.GetPath(), {}}).standardOutput, Not(HasSubstr("Earlier")));
     WriteFile(directory / "systeminformation.xml.gz", "earlier");
     EXPECT_THAT(RunNoxinfo({arguments, directory.GetPath(), {}}).standardOutput,
-                HasSubstr("\nEarlier     systeminformation.xml.gz is of an earlier run\n"));
+                HasSubstr("\nEarlier     systeminformation.xml.gz was written by an earlier run\n"));
     EXPECT_EQ(ReadFile(directory / "systeminformation.xml.gz"), "earlier");
     arguments.insert(arguments.end(), {"--kel-id", "K1"});
     EXPECT_THAT(RunNoxinfo({arguments, directory.GetPath(), {}}).standardOutput, Not(HasSubstr("Earlier")));
@@ -358,7 +358,7 @@ TEST(Collect, AMissingSysrootFails) {
     const TTemporaryDirectory directory;
     const auto result = RunNoxinfo({{"collect", "--sysroot", "absent"}, directory.GetPath(), {}});
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.standardError, "noxinfo: cannot collect from absent: there is no such directory\n");
+    EXPECT_EQ(result.standardError, "noxinfo: cannot collect from absent: no such directory\n");
 }
 
 TEST(Collect, AFolderThatIsNoMachinesTreeIsRefusedWithTheTreeNearby) {
@@ -370,7 +370,7 @@ TEST(Collect, AFolderThatIsNoMachinesTreeIsRefusedWithTheTreeNearby) {
         EXPECT_EQ(result.status, 1);
         return result.standardError;
     };
-    const std::string cause = "no machine's tree: it has neither proc nor sys nor noxinfo-system.txt";
+    const std::string cause = "not the tree of a machine: it has neither proc nor sys nor noxinfo-system.txt";
     EXPECT_EQ(failureOf("empty"), "noxinfo: cannot collect from empty: " + cause + "\n");
     EXPECT_EQ(failureOf("tree"),
               "noxinfo: cannot collect from tree: " + cause + "; did you mean tree/machine?\n");
@@ -380,10 +380,9 @@ TEST(Collect, AFolderThatIsNoMachinesTreeIsRefusedWithTheTreeNearby) {
               "noxinfo: cannot collect from tree/machine/sys: " + cause + "; did you mean " +
                   std::filesystem::canonical(directory / "tree/machine").string() + "?\n");
     WriteFile(directory / "machine.tar.xz", "");
-    EXPECT_EQ(
-        failureOf("machine.tar.xz"),
-        "noxinfo: cannot collect from machine.tar.xz: not a directory; a capture has to be unpacked into "
-        "one: mkdir DIR && tar -xJf FILE -C DIR\n");
+    EXPECT_EQ(failureOf("machine.tar.xz"),
+              "noxinfo: cannot collect from machine.tar.xz: not a directory; unpack a capture first: "
+              "mkdir DIR && tar -xJf FILE -C DIR\n");
 }
 
 TEST(Collect, ATreeWithNothingButTheMarkOfACaptureIsAMachine) {
@@ -398,7 +397,7 @@ TEST(Collect, TheResultOfARunIsNotTakenForANamespace) {
     ASSERT_EQ(RunNoxinfo({CollectArguments({"--result", "result.xml"}), directory.GetPath(), {}}).status, 0);
     const auto result = RunNoxinfo({{"collect", "--namespace", "result.xml"}, directory.GetPath(), {}});
     EXPECT_EQ(result.status, 1);
-    EXPECT_THAT(result.standardError, HasSubstr("; result.xml holds the result of a run: noxinfo snapshot "
+    EXPECT_THAT(result.standardError, HasSubstr("; result.xml is the result of a run; noxinfo snapshot "
                                                 "saves a namespace\n"));
 }
 
@@ -424,10 +423,11 @@ TEST(Collect, SummaryMentionsADocumentThatIsNoXml) {
                     directory.GetPath(),
                     {}});
     ASSERT_EQ(result.status, 0) << result.standardError;
-    EXPECT_THAT(result.standardOutput,
-                HasSubstr("Malformed   systeminformation.xml.gz is no XML: line 14 has an unescaped value: "
-                          "er Works,1234-AB5-EX<1> A&B\" resourceTyp\n"));
-    EXPECT_THAT(result.standardOutput, Not(HasSubstr("hardwareinventory.xml.gz is no XML")));
+    EXPECT_THAT(
+        result.standardOutput,
+        HasSubstr("Malformed   systeminformation.xml.gz is not well-formed XML: unescaped value in line 14: "
+                  "er Works,1234-AB5-EX<1> A&B\" resourceTyp\n"));
+    EXPECT_THAT(result.standardOutput, Not(HasSubstr("hardwareinventory.xml.gz is not well-formed XML")));
 }
 
 TEST(Collect, SummaryOfDocumentsThatAreXmlMentionsNoMalformedOne) {

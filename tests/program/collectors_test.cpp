@@ -118,7 +118,7 @@ TEST(Collectors, AnInventoryNeedsTheComputerSystem) {
     EXPECT_EQ(result.status, 1);
     EXPECT_THAT(result.standardError,
                 HasSubstr("Can not get machine type from CIM result; no computer system was collected, whose "
-                          "type is needed: --only has to have computer-system, and --skip must not\n"));
+                          "type is needed: --only must include computer-system, and --skip must not\n"));
     EXPECT_TRUE(directory.IsEmpty());
 }
 
@@ -129,8 +129,9 @@ TEST(Collectors, AnUnknownNameIsWrongUsageWithTheKnownOnes) {
         EXPECT_EQ(result.standardOutput, "");
         EXPECT_THAT(
             result.standardError,
-            StartsWith("noxinfo: " + option +
-                       ": 'coffee-machine' is no collector; there are computer-system, operating-system, "));
+            StartsWith(
+                "noxinfo: " + option +
+                ": unknown collector 'coffee-machine'; known are computer-system, operating-system, "));
         EXPECT_THAT(result.standardError, HasSubstr(", process, "));
         EXPECT_THAT(result.standardError, HasSubstr("\nTry 'noxinfo snapshot --help'.\n"));
     }

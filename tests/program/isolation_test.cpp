@@ -82,8 +82,8 @@ TEST(Isolation, ChangesNothingOfAFailedRun) {
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.standardError,
               "0 NOXINFO: Can not get machine type from CIM result\n"
-              "noxinfo: the plug-in made no result: NOXINFO: Can not get machine type from CIM result; " +
-                  (machine / "empty.xml") + " holds no computer system, whose type is needed\n");
+              "noxinfo: the plug-in returned no result: NOXINFO: Can not get machine type from CIM result; " +
+                  (machine / "empty.xml") + " has no computer system, which is required\n");
     EXPECT_EQ(machine.GetNames(), TNames{"empty.xml"});
 }
 

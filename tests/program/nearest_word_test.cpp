@@ -27,10 +27,10 @@ TEST(NearestWord, IsOneThatStartsWithTheWord) {
 
 TEST(NearestWord, IsMissingWhenNoneIsNear) {
     for (const char* word : {"", "-", "--", "x", "--color", "inventory", "zzz"}) {
-        EXPECT_EQ(FindNearest(word, known), "") << word;
+        EXPECT_EQ(FindNearest(word, known), std::nullopt) << word;
     }
-    EXPECT_EQ(FindNearest(std::string(1'000'000, 'x'), known), "");
-    EXPECT_EQ(FindNearest("collect", {}), "");
+    EXPECT_EQ(FindNearest(std::string(1'000'000, 'x'), known), std::nullopt);
+    EXPECT_EQ(FindNearest("collect", {}), std::nullopt);
 }
 
 TEST(NearestWord, IsAskedAboutOnlyWhenThereIsOne) {

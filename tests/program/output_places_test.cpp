@@ -121,9 +121,9 @@ TEST(OutputPlaces, ALinkOfAnotherUserIsRefused) {
     fs::create_symlink("victim", directory / "link");
     ASSERT_EQ(::lchown((directory / "link").c_str(), 65534, 65534), 0);
     EXPECT_EQ(RunShell(snapshot + "link", directory.GetPath()).standardError,
-              "noxinfo: cannot write link: it is a symbolic link of another user\n");
+              "noxinfo: cannot write link: symbolic link of another user\n");
     EXPECT_EQ(RunShell(snapshot + "s.xml --log-file link", directory.GetPath()).standardError,
-              "noxinfo: cannot append to log file link: it is a symbolic link of another user\n");
+              "noxinfo: cannot append to log file link: symbolic link of another user\n");
     EXPECT_EQ(ReadFile(directory / "victim"), "precious");
 }
 

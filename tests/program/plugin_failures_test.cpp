@@ -183,7 +183,7 @@ TEST(APluginWithoutResult, IsNoUseEither) {
         const auto result = Collect(Misbehaving("", "GetData: prints", ""), directory, isolates);
         EXPECT_EQ(result.status, 1);
         EXPECT_EQ(result.standardOutput, "printed\n");
-        EXPECT_EQ(result.standardError, "noxinfo: the plug-in made no result\n");
+        EXPECT_EQ(result.standardError, "noxinfo: the plug-in returned no result\n");
         ExpectNothingButTheEarlierInventory(directory);
     }
 }

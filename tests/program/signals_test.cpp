@@ -168,7 +168,7 @@ TEST(Signals, ThatAreIgnoredFromTheBeginningStayIgnored) {
     WriteFile(directory / "go", "");
     const auto result = program.Wait();
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.standardError, "noxinfo: the plug-in made no result\n");
+    EXPECT_EQ(result.standardError, "noxinfo: the plug-in returned no result\n");
 }
 
 TEST(Signals, EndASnapshotThatNobodyReads) {

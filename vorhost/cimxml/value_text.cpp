@@ -263,7 +263,7 @@ TCIMValue RefuseBytes(TCIMType type, const std::string& /*bytes*/) {
     throw TCimXmlCause("a " + type.ToString() + " is not written in base64");
 }
 
-std::string HaveNoBytes(const TCIMValue& value) {
+std::string ThrowNoBytes(const TCIMValue& value) {
     throw TCimXmlCause("the " + value.GetType().ToString() + " \"" + value.ToString(10) + "\" is not valid");
 }
 
@@ -279,7 +279,7 @@ struct TTypeRow {
 
 template <std::integral T>
 constexpr TTypeRow IntegerRow(TCIMType::ECIMType type, std::string_view name) {
-    return {type, name, ParseInteger<T>, IntegerText, RefuseBytes, HaveNoBytes};
+    return {type, name, ParseInteger<T>, IntegerText, RefuseBytes, ThrowNoBytes};
 }
 
 template <std::floating_point T, std::unsigned_integral TBits>
@@ -288,7 +288,7 @@ constexpr TTypeRow RealRow(TCIMType::ECIMType type, std::string_view name) {
 }
 
 constexpr std::array typeRows{
-    TTypeRow{TCIMType::eBoolean, "boolean", ParseBoolean, BooleanText, RefuseBytes, HaveNoBytes},
+    TTypeRow{TCIMType::eBoolean, "boolean", ParseBoolean, BooleanText, RefuseBytes, ThrowNoBytes},
     TTypeRow{TCIMType::eChar16, "char16", ParseChar16, Char16Text, ParseBytes<char16_t, std::uint16_t>,
              Char16Bytes},
     IntegerRow<std::uint8_t>(TCIMType::eUint8, "uint8"),
@@ -302,7 +302,7 @@ constexpr std::array typeRows{
     RealRow<float, std::uint32_t>(TCIMType::eReal32, "real32"),
     RealRow<double, std::uint64_t>(TCIMType::eReal64, "real64"),
     TTypeRow{TCIMType::eString, "string", ParseString, StringText, ParseString, StringBytes},
-    TTypeRow{TCIMType::eDateTime, "datetime", ParseDateTime, DateTimeText, RefuseBytes, HaveNoBytes},
+    TTypeRow{TCIMType::eDateTime, "datetime", ParseDateTime, DateTimeText, RefuseBytes, ThrowNoBytes},
     TTypeRow{TCIMType::eReference, "reference", ParseReference, StringText, ParseReference, StringBytes},
 };
 

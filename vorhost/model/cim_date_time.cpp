@@ -75,7 +75,7 @@ std::span<const TFieldRow> RowsOf(bool isInterval) {
 }
 
 // All of `digits` must be digits.
-std::uint32_t ReadNumber(std::string_view digits) {
+std::uint32_t ParseDigits(std::string_view digits) {
     std::uint32_t value = 0;
     for (const char digit : digits) {
         value = value * 10 + static_cast<std::uint32_t>(digit - '0');
@@ -97,7 +97,7 @@ bool MayEndAt(std::size_t significant, std::span<const TFieldRow> rows) {
 }
 
 // Fills the fields in front of the sign; false when the digits do not make up valid ones.
-bool ReadFields(std::string_view digits, TFields& fields) {
+bool ParseFields(std::string_view digits, TFields& fields) {
     const std::size_t significant = std::min(digits.find('*'), digits.size());
     const std::string_view kept = digits.substr(0, significant);
     const auto rows = RowsOf(fields.isInterval);
@@ -108,7 +108,7 @@ bool ReadFields(std::string_view digits, TFields& fields) {
     std::string filled(kept);
     filled.append(digits.size() - significant, '0');
     for (const auto& row : rows) {
-        const std::uint32_t value = ReadNumber(std::string_view(filled).substr(row.begin, row.digits));
+        const std::uint32_t value = ParseDigits(std::string_view(filled).substr(row.begin, row.digits));
         if (value > row.maximum || (row.begin < significant && value < row.minimum)) {
             return false;
         }
@@ -134,13 +134,13 @@ bool IsDayOfItsMonth(const TFields& fields) {
 }
 
 // Reads sign and offset; false when they are neither an offset nor an interval's ":000".
-bool ReadZone(std::string_view zone, TFields& fields) {
+bool ParseZone(std::string_view zone, TFields& fields) {
     const char sign = zone.front();
     const std::string_view offset = zone.substr(1);
     if (!std::ranges::all_of(offset, IsDigit)) {
         return false;
     }
-    const auto minutes = static_cast<std::int16_t>(ReadNumber(offset));
+    const auto minutes = static_cast<std::int16_t>(ParseDigits(offset));
     fields.isInterval = sign == ':';
     fields.utcOffset = static_cast<std::int16_t>(sign == '-' ? -minutes : minutes);
     const bool isOffset = fields.utcOffset >= westernmostOffset && fields.utcOffset <= easternmostOffset;
@@ -163,7 +163,7 @@ std::optional<TCIMDateTime> TCIMDateTime::FromText(std::string_view text) {
     std::string digits(text.substr(0, dotAt));
     digits += text.substr(dotAt + 1, signAt - dotAt - 1);
     TFields fields;
-    if (!ReadZone(text.substr(signAt), fields) || !ReadFields(digits, fields) || !IsDayOfItsMonth(fields)) {
+    if (!ParseZone(text.substr(signAt), fields) || !ParseFields(digits, fields) || !IsDayOfItsMonth(fields)) {
         return std::nullopt;
     }
     return TCIMDateTime(fields);

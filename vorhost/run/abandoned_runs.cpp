@@ -22,36 +22,35 @@ bool HasFile(int directory, const TMovedFile& file) {
            S_ISREG(status.st_mode) && TMovedFile::Make(file.fileName, status) == file;
 }
 
-// Files that were moved and replaced since then belong to a later run: adding the rest of an earlier one
-// would mix the documents of two runs.
+// If a moved file has been replaced since, the target contains files of a later run. Nothing is moved then,
+// since it would mix the documents of two runs.
 std::vector<std::string> CompleteMoves(const TTargetDirectory& target, int directory,
                                        const std::vector<TMovedFile>& moves) {
     const int targetDescriptor = target.GetDescriptor();
-    std::vector<std::string> waiting;
+    std::vector<std::string> remaining;
     for (const TMovedFile& move : moves) {
         if (HasFile(directory, move)) {
-            waiting.push_back(move.fileName);
+            remaining.push_back(move.fileName);
         } else if (!HasFile(targetDescriptor, move)) {
             return {};
         }
     }
     std::vector<std::string> moved;
-    if (waiting.size() == moves.size()) {
-        return moved;  // nothing was published yet
+    if (remaining.size() == moves.size()) {
+        return moved;  // the run had not moved any file
     }
-    for (const std::string& name : waiting) {
+    for (const std::string& name : remaining) {
         if (::renameat(directory, name.c_str(), targetDescriptor, name.c_str()) == 0) {
             moved.push_back(name);
         }
     }
     if (!moved.empty()) {
-        (void)::fsync(targetDescriptor);  // a crash now leaves the moves to be completed once more, or done
+        (void)::fsync(targetDescriptor);  // if this fails, a crash at worst repeats the moves
     }
     return moved;
 }
 
-// Locked by another process: it is in use, whatever its name says. A file system without locks has only the
-// name.
+// True if another process has locked the directory. On a file system without locks, only the name counts.
 bool IsInUse(int directory) {
     return ::flock(directory, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
 }
@@ -63,7 +62,7 @@ bool IsOurs(int directory, const std::string& name, uid_t owner) {
     }
     const auto entries = ListEntries(directory);
     if (entries && std::ranges::all_of(*entries, [](const auto& entry) { return entry == journalName; })) {
-        return true;  // the run was killed while it made the directory; nothing can be lost
+        return true;  // the run was killed while it created the directory, which contains no files to lose
     }
     const auto journal = ReadJournal(directory);
     return journal && journal->directoryName == name;
@@ -71,7 +70,7 @@ bool IsOurs(int directory, const std::string& name, uid_t owner) {
 
 }  // namespace
 
-std::vector<std::string> FindAbandoned(const TTargetDirectory& target) {
+std::vector<std::string> ListAbandoned(const TTargetDirectory& target) {
     auto names = ListEntries(target.GetDescriptor()).value_or(std::vector<std::string>());
     std::erase_if(names, [](const std::string& name) { return !IsAbandonedName(name); });
     return names;

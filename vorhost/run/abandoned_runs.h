@@ -1,4 +1,4 @@
-// What runs that were killed have left in a target directory: completed where that is possible, and removed.
+// Completes and removes what killed runs have left in a target directory.
 #pragma once
 
 #include "vorhost/run/target_directory.h"
@@ -10,21 +10,21 @@
 
 namespace NVORHOST {
 
-/// Names of directories in the target that look abandoned by runs of this host.
-std::vector<std::string> FindAbandoned(const TTargetDirectory& target);
+/// Lists the directories in the target whose name is that of an ended run of this host.
+std::vector<std::string> ListAbandoned(const TTargetDirectory& target);
 
-/// Removes each of these directories that belongs to `owner`, has a journal that proves its origin, is not
-/// locked, and holds no other file system. If its run was killed between moving its first file and its last,
-/// and nobody has replaced the files moved, the rest of them are moved first. Whatever fails is left to the
-/// next run. Returns the names of the files moved.
+/// Removes those of the named directories that belong to `owner`, have a journal with their name, are not
+/// locked, and contain no mount. If the run was killed after it had moved some of its files, and these have
+/// not been replaced since, the remaining files are moved first. Failures are ignored: the next run tries
+/// again. Returns the names of the moved files.
 std::vector<std::string> RemoveAbandoned(const TTargetDirectory& target,
                                          const std::vector<std::string>& names, uid_t owner,
                                          const TTargetLock& lock);
 
-/// Removes a private directory, its journal last. False when something is left.
+/// Removes a private directory, its journal last. Returns false if something remains.
 bool RemovePrivateDirectory(const TTargetDirectory& target, const std::string& name, int directory);
 
-/// True when the entry is what the descriptor refers to, and not a link to it.
+/// True if the entry is the file that `descriptor` refers to, and not a symbolic link to it.
 bool IsEntry(int directory, const std::string& name, int descriptor);
 
 }  // namespace NVORHOST

@@ -18,7 +18,7 @@ struct TCloseDirectory {
 }  // namespace
 
 std::optional<std::vector<std::string>> ListEntries(int directory) {
-    // A new description: the position of a duplicate would be shared.
+    // Opens the directory again, because a duplicate would share its read position with `directory`.
     TFileDescriptor opened(::openat(directory, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!opened.IsOpen()) {
         return std::nullopt;
@@ -27,7 +27,7 @@ std::optional<std::vector<std::string>> ListEntries(int directory) {
     if (list == nullptr) {
         return std::nullopt;
     }
-    (void)opened.Release();  // closed with the list from here on
+    (void)opened.Release();  // `list` owns it now
     std::vector<std::string> names;
     errno = 0;
     while (const dirent* const entry = ::readdir(list.get())) {  // NOLINT(concurrency-mt-unsafe): own list

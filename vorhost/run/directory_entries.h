@@ -1,4 +1,4 @@
-// Lists a directory by descriptor.
+// Lists a directory that is open by descriptor.
 #pragma once
 
 #include <optional>
@@ -7,8 +7,7 @@
 
 namespace NVORHOST {
 
-/// Names of all entries but "." and "..", in the file system's order. Absent, with errno, when the directory
-/// cannot be listed.
+/// Names of all entries except "." and "..", in the order of the file system. Errors: nullopt, with errno.
 std::optional<std::vector<std::string>> ListEntries(int directory);
 
 }  // namespace NVORHOST

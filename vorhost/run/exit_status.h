@@ -1,14 +1,13 @@
-// How the program ends, for scripts.
+// The exit statuses of the program, for scripts.
 #pragma once
 
 namespace NVORHOST {
 
-/// Exit statuses of the program.
 enum EExitStatus : int {
     eExitDone = 0,
-    eExitFailed = 1,  ///< the request failed; one line on standard error says why
-    eExitUsage = 2,   ///< the command line cannot be understood
-    eExitGaps = 3,    ///< with --strict: done, but some sources could not be read
+    eExitFailed = 1,  ///< the request failed; one line on standard error gives the reason
+    eExitUsage = 2,   ///< the command line is wrong
+    eExitGaps = 3,    ///< with --strict: done, but a source could not be read
 };
 
 }  // namespace NVORHOST

@@ -1,6 +1,3 @@
-// Removing directories and waiting for processes is nothing that a signal handler may do, and the thread that
-// a signal meets may be at work on the very same: so handlers only wake a thread that waits for them. The
-// signals are not blocked, because programs that a plug-in starts would inherit that.
 #include "vorhost/run/interruption.h"
 
 #include "vorhost/run/exit_status.h"
@@ -22,25 +19,25 @@
 namespace NVORHOST {
 namespace {
 
-// Every signal that can end a process from outside or through one of its limits without a dump, and SIGQUIT.
+// Signals that end a process from outside or at a resource limit, without a core dump; and SIGQUIT.
 constexpr std::array endingSignals = {
     SIGTERM, SIGINT,  SIGHUP,  SIGQUIT, SIGPIPE, SIGALRM,   SIGXCPU,   SIGXFSZ,
     SIGUSR1, SIGUSR2, SIGPOLL, SIGPROF, SIGPWR,  SIGVTALRM, SIGSTKFLT,
 };
 constexpr int firstSignalStatus = 128;
 
-// Handlers have no other way to anything than through objects of the whole process.
+// A signal handler can only reach globals.
 std::atomic<int> receivedSignal = 0;
 static_assert(std::atomic<int>::is_always_lock_free, "written by signal handlers");
 sem_t signalReceived;
 
 struct TRegistry {
     std::mutex mutex;
-    std::vector<const TUnfinished*> unfinished;
-    pid_t process = ::getpid();  // a process forked off has a copy of all this, and no say in it
+    std::vector<const TPendingCleanup*> pending;
+    pid_t process = ::getpid();  // a forked process has a copy of the registry but must not run its cleanups
 };
 
-// Never destroyed: the waiting thread outlives the statics of the program.
+// Never destroyed: the thread outlives the static objects.
 TRegistry& GetRegistry() {
     static TRegistry& registry = *new TRegistry;
     return registry;
@@ -54,35 +51,35 @@ extern "C" void ReceiveSignal(int number) {
     errno = error;
 }
 
-void UndoUnfinished(const TRegistry& registry) {
-    for (auto each = registry.unfinished.rbegin(); each != registry.unfinished.rend(); ++each) {
+void RunPendingCleanups(const TRegistry& registry) {
+    for (auto each = registry.pending.rbegin(); each != registry.pending.rend(); ++each) {
         try {
-            (*each)->Undo();
-        } catch (...) {  // NOLINT(bugprone-empty-catch): the program ends either way, and the rest is undone
+            (*each)->Run();
+        } catch (...) {  // NOLINT(bugprone-empty-catch): the program ends; the other cleanups still run
         }
     }
 }
 
-[[noreturn]] void EndWhenReceived() {
+[[noreturn]] void EndAfterSignal() {
     while (::sem_wait(&signalReceived) != 0) {
     }
     TRegistry& registry = GetRegistry();
-    registry.mutex.lock();  // for good: nothing is begun or finished any more
-    UndoUnfinished(registry);
+    registry.mutex.lock();  // never unlocked: no further step begins or completes
+    RunPendingCleanups(registry);
     ::_exit(firstSignalStatus + receivedSignal);
 }
 
-// Runs at every exit of the program. The plug-in calls exit as well as main does, but in the midst of a run.
-void EndWhenCutShort() {
+// Runs at every exit of the program. Cleanups are pending only if the plug-in called exit during a request.
+void EndUnfinishedRun() {
     TRegistry& registry = GetRegistry();
     if (registry.process != ::getpid()) {
         return;
     }
-    registry.mutex.lock();  // for good, as above
-    if (registry.unfinished.empty()) {
+    registry.mutex.lock();  // never unlocked: no further step begins or completes
+    if (registry.pending.empty()) {
         return;
     }
-    UndoUnfinished(registry);
+    RunPendingCleanups(registry);
     std::cout.flush();
     (void)std::fflush(nullptr);
     std::cerr << "noxinfo: the plug-in ended the program before the run was done\n";
@@ -105,9 +102,9 @@ void Handle(int number) {
 
 void EndOnSignals() {
     (void)::sem_init(&signalReceived, /*pshared=*/0, 0);  // cannot fail for this value
-    std::thread(EndWhenReceived).detach();
-    (void)std::atexit(&EndWhenCutShort);  // there is room for the first ones
-    (void)std::at_quick_exit(&EndWhenCutShort);
+    std::thread(EndAfterSignal).detach();
+    (void)std::atexit(&EndUnfinishedRun);  // cannot fail: room for 32 functions is guaranteed
+    (void)std::at_quick_exit(&EndUnfinishedRun);
     for (const int number : endingSignals) {
         Handle(number);
     }
@@ -122,26 +119,26 @@ void RestoreDefaultSignals() {
     }
 }
 
-void GiveWayToSignals() {
+void BlockIfSignalled() {
     while (receivedSignal != 0) {
         ::pause();
     }
 }
 
-TUninterrupted::TUninterrupted() : lock_(GetRegistry().mutex) {}
+TSignalGuard::TSignalGuard() : lock_(GetRegistry().mutex) {}
 
-TUnfinished::TUnfinished(const TUninterrupted& /*begun*/, std::function<void()> undo)
-    : undo_(std::move(undo)) {
-    GetRegistry().unfinished.push_back(this);
+TPendingCleanup::TPendingCleanup(const TSignalGuard& /*guard*/, std::function<void()> cleanup)
+    : cleanup_(std::move(cleanup)) {
+    GetRegistry().pending.push_back(this);
 }
 
-TUnfinished::~TUnfinished() {
-    const TUninterrupted finished;
-    Finish(finished);
+TPendingCleanup::~TPendingCleanup() {
+    const TSignalGuard guard;
+    Dismiss(guard);
 }
 
-void TUnfinished::Finish(const TUninterrupted& /*finished*/) {
-    std::erase(GetRegistry().unfinished, this);
+void TPendingCleanup::Dismiss(const TSignalGuard& /*guard*/) {
+    std::erase(GetRegistry().pending, this);
 }
 
 }  // namespace NVORHOST

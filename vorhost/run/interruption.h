@@ -1,6 +1,7 @@
-// Ends a run that is asked to end: SIGTERM, SIGINT, SIGHUP and every other signal that ends a process by
-// default, crashes apart, take effect at any point of a run, in a plug-in that never returns as well, and
-// leave nothing unfinished behind. Nor does a plug-in that ends the program.
+// Ends a run on a signal without leaving partial files or processes. Handled are SIGTERM, SIGINT, SIGHUP and
+// every other signal whose default action ends a process without a core dump. They take effect at any point
+// of a run, even in a plug-in that never returns. A plug-in that calls exit() is handled as well. Signal
+// handlers only wake a thread, which then runs the pending cleanups (docs/decisions/0005).
 #pragma once
 
 #include <functional>
@@ -8,52 +9,53 @@
 
 namespace NVORHOST {
 
-/// From here on each of the signals ends the program with status 128 + its number, as soon as no
-/// `TUninterrupted` is there, after undoing what is unfinished. A signal that is ignored already, as nohup
-/// has it, stays ignored. A call of exit or quick_exit while something is unfinished undoes it as well, and
-/// ends the program as a failed run, whatever status the call asked for. To be called once, before there is
-/// anything to undo. Errors: throws std::system_error when there is no thread to be had.
+/// Handles the signals from now on. Each of them ends the program with status 128 + its number, as soon as no
+/// `TSignalGuard` exists and after the pending cleanups have run. A signal that is already ignored, as under
+/// nohup, stays ignored. A call of exit or quick_exit with cleanups pending runs them, too, and ends the
+/// program with status 1, regardless of the status that was passed.
+/// Call once, before the first `TPendingCleanup`.
+/// Errors: throws std::system_error when the thread cannot be created.
 void EndOnSignals();
 
-/// Gives the signals their default effect again, those that are ignored apart. For a process forked off,
-/// which has no thread that waits for them.
+/// Restores the default action of the signals, except for ignored ones. For a forked process, which does not
+/// have the thread that runs the cleanups.
 void RestoreDefaultSignals();
 
-/// Does not return when one of the signals has come: the program is about to end. For whoever is to report
-/// how a run went, which the signal may have had its part in.
-void GiveWayToSignals();
+/// Blocks forever once a signal has been received, so that a run being torn down does not report a misleading
+/// failure. Call before printing an outcome.
+void BlockIfSignalled();
 
-/// While it lives, no signal ends the program: for the few steps that happen all or not at all. One at a
-/// time.
-class TUninterrupted {
+/// Postpones the end of the program by a signal while it exists: for a few steps that must happen together.
+/// Not recursive.
+class TSignalGuard {
   public:
-    TUninterrupted();
-    ~TUninterrupted() = default;
-    TUninterrupted(const TUninterrupted&) = delete;
-    TUninterrupted& operator=(const TUninterrupted&) = delete;
+    TSignalGuard();
+    ~TSignalGuard() = default;
+    TSignalGuard(const TSignalGuard&) = delete;
+    TSignalGuard& operator=(const TSignalGuard&) = delete;
 
   private:
     std::lock_guard<std::mutex> lock_;
 };
 
-/// Something begun that must not outlive the program. What was begun last is undone first.
-class TUnfinished {
+/// A function that runs when the program ends in the middle of a run. Cleanups run in reverse order of their
+/// construction.
+class TPendingCleanup {
   public:
-    /// `undo` runs only when the program is ended in the midst of a run; for a signal on another thread,
-    /// while this one may still be at work. Beginning and noting it have to stand under the same
-    /// `TUninterrupted`.
-    TUnfinished(const TUninterrupted& begun, std::function<void()> undo);
-    /// Forgets it. Not while the thread has a `TUninterrupted`, which it would wait for.
-    ~TUnfinished();
-    TUnfinished(const TUnfinished&) = delete;
-    TUnfinished& operator=(const TUnfinished&) = delete;
+    /// After a signal, `cleanup` runs on another thread while this thread may still be working. `guard` must
+    /// also cover the step that `cleanup` reverts.
+    TPendingCleanup(const TSignalGuard& guard, std::function<void()> cleanup);
+    /// Dismisses the cleanup. The thread must not hold a `TSignalGuard`: this takes one.
+    ~TPendingCleanup();
+    TPendingCleanup(const TPendingCleanup&) = delete;
+    TPendingCleanup& operator=(const TPendingCleanup&) = delete;
 
-    /// Forgets it at the same moment at which it is finished.
-    void Finish(const TUninterrupted& finished);
-    void Undo() const { undo_(); }
+    /// Dismisses the cleanup under a guard that also covers the step that makes it unnecessary. Idempotent.
+    void Dismiss(const TSignalGuard& guard);
+    void Run() const { cleanup_(); }
 
   private:
-    std::function<void()> undo_;
+    std::function<void()> cleanup_;
 };
 
 }  // namespace NVORHOST

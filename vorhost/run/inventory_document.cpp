@@ -20,7 +20,7 @@
 namespace NVORHOST {
 namespace {
 
-// Every element of a document is a line of its own, and no value holds a line end.
+// Every element is on a line of its own, and no value contains a line end.
 constexpr std::string_view instanceStart = "<ResourceInstance ";
 constexpr std::string_view typeAttribute = "resourceType=\"";
 constexpr std::string_view documentEnd = "</ResourceCollection>";
@@ -29,7 +29,7 @@ std::optional<std::string> FindResourceType(std::string_view line) {
     if (!line.starts_with(instanceStart)) {
         return std::nullopt;
     }
-    // The last one: values in front of it are not escaped and may hold anything.
+    // The last occurrence: earlier attribute values may be unescaped and contain the same text.
     const std::size_t attribute = line.rfind(typeAttribute);
     if (attribute == std::string_view::npos) {
         return std::nullopt;
@@ -38,14 +38,13 @@ std::optional<std::string> FindResourceType(std::string_view line) {
     return std::string(value.substr(0, value.find('"')));
 }
 
-void NoteFault(const TXmlCheck& check, const std::string& line, TInventoryDocument& document) {
+void RecordFault(const TXmlCheck& check, const std::string& line, TInventoryDocument& document) {
     constexpr std::size_t bytesBefore = 20;
     constexpr std::size_t bytesAfter = 20;
-    const auto fault = check.GetFault();
-    if (fault && document.faultyLine == 0) {
+    const auto fault = check.FindFault();
+    if (fault && !document.fault) {
         const std::size_t begin = fault->offset - std::min(fault->offset, bytesBefore);
-        document.faultyLine = fault->line;
-        document.faultyText = line.substr(begin, fault->offset - begin + bytesAfter);
+        document.fault = {fault->line, line.substr(begin, fault->offset - begin + bytesAfter)};
     }
 }
 
@@ -53,7 +52,7 @@ void NoteFault(const TXmlCheck& check, const std::string& line, TInventoryDocume
     throw TRunFailure("cannot read " + fileName + ": " + std::generic_category().message(error));
 }
 
-// The reader closes what it reads from.
+// Attaches a duplicate of the descriptor, because the stream closes its descriptor.
 void Attach(gzifstream& stream, const TFileDescriptor& file, const std::string& fileName) {
     TFileDescriptor duplicate(file.IsOpen() ? ::fcntl(file.Get(), F_DUPFD_CLOEXEC, 0) : -1);
     if (!duplicate.IsOpen()) {
@@ -77,16 +76,16 @@ TInventoryDocument ReadInventoryDocument(const TFileDescriptor& file, const std:
     std::string last;
     TXmlCheck check;
     while (std::getline(stream, line)) {
-        check.ReadLine(line);
-        NoteFault(check, line, document);
+        check.AddLine(line);
+        RecordFault(check, line, document);
         if (const auto type = FindResourceType(line)) {
             ++document.resources[*type];
         }
         last.swap(line);
     }
-    // The compressed data has an end of its own, which only closing asks for.
-    document.isWhole = stream.rdbuf()->close() != nullptr && last == documentEnd;
-    if (!document.isWhole && errno != 0) {
+    // Only closing checks the trailer of the compressed data.
+    document.isComplete = stream.rdbuf()->close() != nullptr && last == documentEnd;
+    if (!document.isComplete && errno != 0) {
         Fail(fileName, errno);
     }
     struct stat status {};

@@ -1,4 +1,4 @@
-// Looks into a finished inventory document, so that the summary tells what was really written.
+// Reads a finished inventory document back, so that the summary describes the file and not the intention.
 #pragma once
 
 #include "os/file_descriptor.h"
@@ -6,25 +6,31 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 
 namespace NVORHOST {
 
-/// What one compressed document holds.
-struct TInventoryDocument {
-    std::string fileName;
-    std::uintmax_t sizeBytes = 0;                    ///< of the compressed file
-    std::map<std::string, std::uint64_t> resources;  ///< resource type to number of instances
-    bool isWhole = false;                            ///< neither damaged nor cut short
-    std::size_t faultyLine = 0;  ///< 1-based, of the first line that is not well-formed XML; 0 when all are
-    std::string faultyText;      ///< what it has around the fault
+/// The first place of a document that is not well-formed XML.
+struct TDocumentFault {
+    std::size_t line = 0;  ///< 1-based
+    std::string text;      ///< up to 20 bytes before and after the fault
 };
 
-/// Reads a document through to its end; `file` stays open. Errors: throws TRunFailure for a file that cannot
-/// be read, or is not open, which errno then explains.
+/// The content of one compressed document.
+struct TInventoryDocument {
+    std::string fileName;
+    std::uintmax_t sizeBytes = 0;                    ///< size of the compressed file
+    std::map<std::string, std::uint64_t> resources;  ///< number of instances by resource type
+    bool isComplete = false;                         ///< neither damaged nor truncated
+    std::optional<TDocumentFault> fault;             ///< absent if the document is well-formed
+};
+
+/// Reads a document to its end; `file` stays open.
+/// Errors: throws TRunFailure if the file cannot be read. If `file` is not open, errno must be the cause.
 TInventoryDocument ReadInventoryDocument(const TFileDescriptor& file, const std::string& fileName);
 
-/// Reads the compressed bytes of a document from its start. Errors as above.
+/// Reads all compressed bytes of a document. Errors: see ReadInventoryDocument.
 std::string ReadCompressedDocument(const TFileDescriptor& file, const std::string& fileName);
 
 }  // namespace NVORHOST

@@ -1,27 +1,27 @@
-// The process that makes the request is forked off, so it finds all that was collected, and the settings and
-// the log of the run, in place. What it answers comes back as a CIM-XML document in a file without a name:
-// the results, and an instance that tells how it went. A document that breaks off, or none, is no answer.
+// The forked process inherits the collected namespace, the settings and the log. It returns its answer as a
+// CIM-XML document in an anonymous file: the results, and an instance of `outcomeClassName` with the load
+// time or the failure. A missing or truncated document means that the process died.
 #include "vorhost/run/isolated_request.h"
 
 #include "os/file_descriptor.h"
 #include "text/shown_text.h"
 #include "vorhost/cimxml/load.h"
 #include "vorhost/cimxml/save.h"
+#include "vorhost/run/child_process.h"
 #include "vorhost/run/exit_status.h"
 #include "vorhost/run/run_failure.h"
 
 #include <sys/mman.h>
-#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
-#include <csignal>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <functional>
 #include <iostream>
 #include <new>
 #include <optional>
@@ -42,14 +42,14 @@ constexpr char obstacleProperty[] = "CredentialObstacle";
                       std::generic_category().message(error));
 }
 
-// The host itself cannot hand the answer over: no fault of the plug-in.
+// The host cannot transfer the answer; the plug-in is not at fault.
 class THandOverError : public TRunFailure {
   public:
     using TRunFailure::TRunFailure;
 };
 
-// Shared by both processes, gone with the last of them. Its descriptor alone is used, so that it needs
-// neither another one nor /proc.
+// An anonymous file that both processes share. It is accessed only by its descriptor, with explicit offsets,
+// so that it needs neither /proc nor a second descriptor.
 class TAnswerFile {
   public:
     explicit TAnswerFile(const TPluginRequest& request)
@@ -93,31 +93,31 @@ class TAnswerFile {
     TFileDescriptor descriptor_;
 };
 
-// What keeps the host's own part of the process from handing an answer over. Memory that both processes
-// share: nothing can fail about noting it.
-class THostTrouble {
+// The reason why the child cannot transfer its answer. It is passed in shared memory, because that cannot
+// fail.
+class TSharedFailure {
   public:
-    explicit THostTrouble(const TPluginRequest& request)
+    explicit TSharedFailure(const TPluginRequest& request)
         : text_(static_cast<char*>(
               ::mmap(nullptr, sizeBytes, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0))) {
         if (text_ == MAP_FAILED) {
             FailToStart(request, errno);
         }
     }
-    ~THostTrouble() { (void)::munmap(text_, sizeBytes); }  // fails for what is no mapping
-    THostTrouble(const THostTrouble&) = delete;
-    THostTrouble& operator=(const THostTrouble&) = delete;
+    ~TSharedFailure() { (void)::munmap(text_, sizeBytes); }
+    TSharedFailure(const TSharedFailure&) = delete;
+    TSharedFailure& operator=(const TSharedFailure&) = delete;
 
-    void Note(const char* cause) noexcept { (void)std::strncpy(text_, cause, sizeBytes - 1); }
-    std::string Get() const { return text_; }
+    void Set(const char* cause) noexcept { (void)std::strncpy(text_, cause, sizeBytes - 1); }
+    std::optional<std::string> Find() const {
+        return *text_ == '\0' ? std::nullopt : std::optional<std::string>(text_);
+    }
 
   private:
-    static constexpr std::size_t sizeBytes = 1024;  // zero bytes at first
+    static constexpr std::size_t sizeBytes = 1024;  // initially all zero
 
     char* text_;
 };
-
-// ---- in the process of the plug-in
 
 TMemoryInstance& AddOutcome(TMemoryNamespace& answer) {
     const auto outcome = answer.AddClass(outcomeClassName)->NewInstance();
@@ -136,16 +136,18 @@ void CopyInstances(const std::vector<boost::shared_ptr<TMemoryInstance>>& instan
 }
 
 void SaveAnswer(const TPluginRequest& request, const TAnswerFile& file) {
-    const TPluginAnswer answer = AskPlugin(request);
+    const TPluginAnswer answer = RunPluginRequest(request);
     TMemoryNamespace saved;
     TMemoryInstance& outcome = AddOutcome(saved);
     outcome.Set(loadTimeProperty, TCIMValue(static_cast<std::uint64_t>(answer.loadTime.count())));
-    outcome.Set(obstacleProperty, TCIMValue(ToShownText(answer.credentialObstacle)));
+    if (answer.credentialObstacle) {
+        outcome.Set(obstacleProperty, TCIMValue(ToShownText(*answer.credentialObstacle)));
+    }
     CopyInstances(answer.results, *saved.AddClass(request.resultClass->GetName()));
     try {
         file.Save(saved);
     } catch (const TCimXmlError& error) {
-        throw TRunFailure(request.pluginFile + ": its result cannot be handed over: " + error.what());
+        throw TRunFailure(request.pluginFile + ": cannot transfer its result: " + error.what());
     }
 }
 
@@ -153,14 +155,6 @@ void SaveFailure(const std::string& failure, const TAnswerFile& file) {
     TMemoryNamespace saved;
     AddOutcome(saved).Set(failureProperty, TCIMValue(ToShownText(failure)));
     file.Save(saved);
-}
-
-// A signal for the parent, a kill included, is to end this process as well.
-void EndWithParent(pid_t parent) {
-    (void)::prctl(PR_SET_PDEATHSIG, SIGKILL);
-    if (::getppid() != parent) {
-        ::_exit(eExitFailed);  // it ended before that was set
-    }
 }
 
 void SaveOutcome(const TPluginRequest& request, const TAnswerFile& file) {
@@ -173,95 +167,44 @@ void SaveOutcome(const TPluginRequest& request, const TAnswerFile& file) {
     }
 }
 
-// Nothing leaves it, for it would go on in what belongs to the parent.
-[[noreturn]] void AnswerAndEnd(const TPluginRequest& request, const TAnswerFile& file,
-                               THostTrouble& trouble) noexcept {
+// noexcept: an escaping exception would unwind into the parent's frames. If there is not even memory for the
+// report of a failure, the child terminates.
+[[noreturn]] void AnswerAndExit(const TPluginRequest& request, const TAnswerFile& file,
+                                TSharedFailure& failure) noexcept {
     try {
         SaveOutcome(request, file);
     } catch (const std::bad_alloc&) {
-        trouble.Note("out of memory");
+        failure.Set("out of memory");
     } catch (const std::exception& error) {
-        trouble.Note(error.what());
+        failure.Set(error.what());
     }
-    // What the plug-in printed comes out; nothing else that belongs to the parent may end twice.
+    // Flushes the output of the plug-in. _exit skips all other end-of-process work, which belongs to the
+    // parent.
     std::cout.flush();
     (void)std::fflush(nullptr);
     ::_exit(eExitDone);
 }
 
-// ---- in the process that asks
-
-class TChildProcess {
-  public:
-    /// `run` does not return.
-    template <typename TRun>
-    TChildProcess(const TPluginRequest& request, const TRun& run) {
-        // A process started with this signal ignored would not be told how its children ended.
-        (void)std::signal(SIGCHLD, SIG_DFL);
-        const pid_t parent = ::getpid();
-        if (const int error = Fork(); error != 0) {
-            FailToStart(request, error);
-        }
-        if (process_ == 0) {
-            EndWithParent(parent);
-            RestoreDefaultSignals();
-            run();
-        }
-    }
-
-    /// The status as of waitpid.
-    int Wait() {
-        // It stays a zombie until no signal can take its number for that of a running process any more.
-        siginfo_t ignored{};
-        while (::waitid(P_PID, static_cast<id_t>(process_), &ignored, WEXITED | WNOWAIT) != 0 &&
-               errno == EINTR) {
-        }
-        const TUninterrupted finished;
-        unfinished_->Finish(finished);
-        return Reap(process_);
-    }
-
-  private:
-    int Fork() {
-        const TUninterrupted begun;
-        process_ = ::fork();
-        if (process_ < 0) {
-            return errno;
-        }
-        if (process_ > 0) {
-            unfinished_.emplace(begun, [process = process_] {
-                ::kill(process, SIGKILL);
-                Reap(process);
-            });
-        }
-        return 0;
-    }
-
-    static int Reap(pid_t process) {
-        int status = 0;
-        while (::waitpid(process, &status, 0) < 0 && errno == EINTR) {
-        }
-        return status;
-    }
-
-    pid_t process_ = -1;
-    std::optional<TUnfinished> unfinished_;  // of the parent's alone
-};
-
-[[noreturn]] void FailToTakeOver(const TPluginRequest& request, const std::string& cause) {
-    throw TRunFailure("the answer of plug-in " + request.pluginFile +
-                      " cannot be taken over from its process: " + cause);
+[[noreturn]] void FailToReceive(const TPluginRequest& request, const std::string& cause) {
+    throw TRunFailure("cannot receive the answer of plug-in " + request.pluginFile +
+                      " from its process: " + cause);
 }
 
-void RequireEnd(const TPluginRequest& request, const THostTrouble& trouble, int status) {
-    if (const std::string cause = trouble.Get(); !cause.empty()) {
-        FailToTakeOver(request, cause);
+// Returns the status of the ended process in the form of waitpid.
+int RunChild(const TPluginRequest& request, const std::function<void()>& run) {
+    try {
+        return TChildProcess(run, /*reapLimit=*/std::nullopt).Wait();
+    } catch (const std::system_error& error) {
+        FailToStart(request, error.code().value());
+    }
+}
+
+void RequireEnd(const TPluginRequest& request, const TSharedFailure& failure, int status) {
+    if (const auto cause = failure.Find()) {
+        FailToReceive(request, *cause);
     }
     if (WIFSIGNALED(status)) {
-        const int number = WTERMSIG(status);
-        const char* const name = ::sigdescr_np(number);
-        throw TRunFailure("plug-in " + request.pluginFile + " died of signal " + std::to_string(number) +
-                          (name == nullptr ? "" : " (" + std::string(name) + ")"));
+        throw TRunFailure("plug-in " + request.pluginFile + " died of " + DescribeSignal(WTERMSIG(status)));
     }
 }
 
@@ -270,7 +213,7 @@ std::string RequireText(const TPluginRequest& request, const TAnswerFile& file, 
     try {
         text = file.Read();
     } catch (const THandOverError& error) {
-        FailToTakeOver(request, error.what());
+        FailToReceive(request, error.what());
     }
     if (WEXITSTATUS(status) != eExitDone || text.empty()) {
         throw TRunFailure("plug-in " + request.pluginFile + " ended its process with exit status " +
@@ -283,7 +226,7 @@ TPluginAnswer ReadAnswer(const TPluginRequest& request, const TMemoryNamespace& 
     const auto outcomes = saved.FindClass(outcomeClassName);
     const auto results = saved.FindClass(request.resultClass->GetName());
     if (outcomes == nullptr || outcomes->GetInstances().empty()) {
-        FailToTakeOver(request, "no outcome");
+        FailToReceive(request, "no outcome");
     }
     const TMemoryInstance& outcome = *outcomes->GetInstances().front();
     if (const TCIMValue* failure = outcome.Find(failureProperty)) {
@@ -291,26 +234,25 @@ TPluginAnswer ReadAnswer(const TPluginRequest& request, const TMemoryNamespace& 
     }
     const TCIMValue* loadTime = outcome.Find(loadTimeProperty);
     if (loadTime == nullptr || results == nullptr || results->GetInstances().empty()) {
-        FailToTakeOver(request, "no result");
+        FailToReceive(request, "no result");
     }
     const TCIMValue* obstacle = outcome.Find(obstacleProperty);
     return {results->GetInstances(), std::chrono::nanoseconds(loadTime->GetUnsigned()),
-            obstacle == nullptr ? std::string() : obstacle->ToString(10)};
+            obstacle == nullptr ? std::nullopt : std::optional(obstacle->ToString(10))};
 }
 
 }  // namespace
 
-TPluginAnswer AskPluginInIsolation(const TPluginRequest& request) {
+TPluginAnswer RunIsolatedRequest(const TPluginRequest& request) {
     const TAnswerFile file(request);
-    THostTrouble trouble(request);
-    TChildProcess process(request, [&] { AnswerAndEnd(request, file, trouble); });
-    const int status = process.Wait();
-    RequireEnd(request, trouble, status);
+    TSharedFailure failure(request);
+    const int status = RunChild(request, [&] { AnswerAndExit(request, file, failure); });
+    RequireEnd(request, failure, status);
     TMemoryNamespace saved;
     try {
         LoadNamespace("its answer", RequireText(request, file, status), saved);
     } catch (const TCimXmlError& error) {
-        FailToTakeOver(request, error.what());
+        FailToReceive(request, error.what());
     }
     return ReadAnswer(request, saved);
 }

@@ -1,14 +1,14 @@
-// A request to a plug-in that may take its process down with it.
+// A request to a plug-in in a separate process, which the plug-in may crash or end.
 #pragma once
 
 #include "vorhost/run/plugin_request.h"
 
 namespace NVORHOST {
 
-/// As `AskPlugin`, with the same answer and the same failures, in a process of its own: what the plug-in does
-/// to that process, this one outlives. What it prints and logs comes out as it would otherwise.
-/// Errors: also TRunFailure when the process ends without an answer, naming the plug-in and what ended it,
-/// and when there is no process to be had.
-TPluginAnswer AskPluginInIsolation(const TPluginRequest& request);
+/// Makes a request like RunPluginRequest, with the same answer, failures, output and log, but in a forked
+/// process.
+/// Errors: throws TRunFailure also if the process cannot be created, or ends without an answer; the message
+/// names the plug-in and how the process ended.
+TPluginAnswer RunIsolatedRequest(const TPluginRequest& request);
 
 }  // namespace NVORHOST

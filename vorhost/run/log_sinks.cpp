@@ -28,12 +28,12 @@ constexpr int hardFailureLevel = 0;
     throw TRunFailure("cannot append to log file " + logFile + ": " + cause);
 }
 
-// The log names the customer and the machine, so it is for its owner alone, and nobody else's link leads it
-// to another file.
+// The log contains the customer identity and serial numbers: a new file gets mode 0600, and symbolic links,
+// which another user could have created, are refused.
 TFileDescriptor OpenLogFile(const std::string& path) {
     const TOutputPlace place(path, "cannot append to log file " + path);
     if (place.GetKind() == TOutputPlace::EKind::descriptor) {
-        return place.OpenDirectly();  // "-", /dev/stderr and their like, which are links themselves
+        return place.OpenDirectly();  // "-" and links to descriptors, such as /dev/stderr
     }
     constexpr int flags = O_WRONLY | O_APPEND | O_CREAT | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC;
     return TFileDescriptor(::open(path.c_str(), flags, S_IRUSR | S_IWUSR));
@@ -60,10 +60,10 @@ TLogSinks::TLogSinks(const TLogOptions& options) : logFile_(options.file) {
             hardFailures_.push_back(message);
         }
     });
-    if (!logFile_.empty()) {
-        LogToFile();
+    if (logFile_) {
+        LogToFile(*logFile_);
     }
-    if (logFile_.empty() || options.verbose) {
+    if (!logFile_ || options.verbose) {
         LogToStandardError(/*everyLevel=*/options.verbose);
     }
 }
@@ -74,18 +74,18 @@ TLogSinks::~TLogSinks() {
 
 void TLogSinks::RequireWritten() const {
     if (logError_ != 0) {
-        Fail(logFile_, logError_);
+        Fail(*logFile_, logError_);
     }
 }
 
-void TLogSinks::LogToFile() {
-    const auto file = std::make_shared<const TFileDescriptor>(OpenLogFile(logFile_));
+void TLogSinks::LogToFile(const std::string& path) {
+    const auto file = std::make_shared<const TFileDescriptor>(OpenLogFile(path));
     if (!file->IsOpen()) {
         const int error = errno;
         TCoreLogger::Get().ClearSinks();
-        Fail(logFile_, error);
+        Fail(path, error);
     }
-    // Line by line, unbuffered: the log is read when something went wrong.
+    // Unbuffered, so that the log is complete even if the program crashes.
     TCoreLogger::Get().AddSink([this, file](int level, const std::string& message) {
         const int error = WriteAll(file->Get(), FormatLogLine(level, message) + '\n');
         if (logError_ == 0) {

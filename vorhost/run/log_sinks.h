@@ -1,37 +1,38 @@
-// Chooses where the core logger's lines go in one run.
+// Directs the lines of the core logger during one run.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace NVORHOST {
 
 struct TLogOptions {
-    std::string file;  ///< empty: not given
-    bool verbose = false;
+    std::optional<std::string> file;  ///< receives every line; absent: hard failures go to standard error
+    bool verbose = false;             ///< every line goes to standard error
 };
 
-/// Sends log lines where the options say, for as long as it lives, and keeps the hard failures for the final
-/// message.
+/// Adds sinks to the core logger according to the options, until destruction. Collects the hard failures for
+/// the final message.
 class TLogSinks {
   public:
-    /// Throws TRunFailure when the log file cannot be opened for appending.
+    /// Errors: throws TRunFailure if the log file cannot be opened for appending.
     explicit TLogSinks(const TLogOptions& options);
     ~TLogSinks();
     TLogSinks(const TLogSinks&) = delete;
     TLogSinks& operator=(const TLogSinks&) = delete;
 
-    /// Throws TRunFailure when a line could not be written to the log file.
+    /// Throws TRunFailure if a line could not be written to the log file.
     void RequireWritten() const;
 
     /// Messages of level 0, in order.
     const std::vector<std::string>& GetHardFailures() const { return hardFailures_; }
 
   private:
-    void LogToFile();
+    void LogToFile(const std::string& path);
     void LogToStandardError(bool everyLevel);
 
-    std::string logFile_;
+    std::optional<std::string> logFile_;
     int logError_ = 0;  // errno of the first line that could not be written
     std::vector<std::string> hardFailures_;
 };

@@ -17,7 +17,7 @@ namespace {
     throw TRunFailure("cannot write " + path + ": " + std::generic_category().message(error));
 }
 
-// Closes a duplicate, because closing reports errors, too. `path` is what the user asked for.
+// Writes through a duplicate of the descriptor, so that closing it reports errors while `file` stays open.
 void Write(const TFileDescriptor& file, const std::string& path,
            const std::function<void(std::ostream&)>& write) {
     TFileDescriptor duplicate(file.IsOpen() ? ::fcntl(file.Get(), F_DUPFD_CLOEXEC, 0) : -1);
@@ -43,7 +43,7 @@ void WriteStandardOutput(const std::function<void(std::ostream&)>& write) {
     errno = 0;
     write(std::cout);
     if (std::cout) {
-        errno = 0;  // nothing has failed so far, whatever left it
+        errno = 0;  // may be left over from a call that was not an output error
     }
     if (!std::cout.flush()) {
         Fail("standard output", errno != 0 ? errno : EIO);
@@ -57,16 +57,16 @@ TOutputFile::TOutputFile(const TOutputPlace& place, const std::string& path, boo
     } else if (place.GetKind() != TOutputPlace::EKind::file) {
         Write(place.OpenDirectly(), path, write);
     } else {
-        workplace_.emplace(*place.GetDirectory(), "cannot write " + path, syncs);
+        workplace_.emplace(*place.FindDirectory(), "cannot write " + path, syncs);
         TFileDescriptor file = workplace_->OpenFile(place.GetName(), O_WRONLY | O_CREAT | O_EXCL);
         Write(file, path, write);
         workplace_->Finish(place.GetName(), std::move(file));
     }
 }
 
-void TOutputFile::MoveIntoPlace(const TUninterrupted& together) {
+void TOutputFile::MoveIntoPlace(const TSignalGuard& guard) {
     if (workplace_) {
-        workplace_->MoveOut(together);
+        workplace_->MoveOut(guard);
     }
 }
 
@@ -80,8 +80,8 @@ void WriteOutputFile(const TOutputPlace& place, const std::string& path, bool sy
                      const std::function<void(std::ostream&)>& write) {
     TOutputFile file(place, path, syncs, write);
     {
-        const TUninterrupted together;
-        file.MoveIntoPlace(together);
+        const TSignalGuard guard;
+        file.MoveIntoPlace(guard);
     }
     file.SyncMove();
 }

@@ -1,4 +1,4 @@
-// Writes a file whole or not at all.
+// Writes a file completely or not at all.
 #pragma once
 
 #include "vorhost/run/interruption.h"
@@ -12,30 +12,31 @@
 
 namespace NVORHOST {
 
-/// A file that is written but not in its place yet.
+/// A file that has been written but not yet moved into its place.
 class TOutputFile {
   public:
-    /// Lets `write` fill a new file in a private directory beside the place. A device, pipe or descriptor is
-    /// written to directly. `path` is the place's name in messages; `place` must outlive this object. Without
-    /// `syncs`, the file is moved before it is on the disk. Errors: throws TRunFailure with path and cause.
+    /// Calls `write` with a new file in a private directory next to the place. A device, pipe or descriptor
+    /// is written directly. `path` is the name in messages. With `syncs`, the file is synced to disk before
+    /// it is moved. `place` must outlive this object. Errors: throws TRunFailure with path and cause.
     TOutputFile(const TOutputPlace& place, const std::string& path, bool syncs,
                 const std::function<void(std::ostream&)>& write);
 
-    /// Replaces an earlier file, mode 0600: inventories carry serial numbers. Without it, the earlier one
-    /// stays as it was. Errors: throws TRunFailure with path and cause.
-    void MoveIntoPlace(const TUninterrupted& together);
-    /// Puts the move on the disk. Errors as above.
+    /// Moves the file into its place, replacing an earlier file. Its mode is 0600, because inventories
+    /// contain serial numbers. If this is not called, the earlier file stays as it was. Errors: throws
+    /// TRunFailure with path and cause.
+    void MoveIntoPlace(const TSignalGuard& guard);
+    /// Syncs the move to disk. Errors: throws TRunFailure with path and cause.
     void SyncMove() const;
 
   private:
-    std::optional<TPrivateDirectory> workplace_;  // absent for what is written to directly
+    std::optional<TPrivateDirectory> workplace_;  // absent for a place that is written directly
 };
 
-/// Writes a file and moves it into place. Parameters and errors as above.
+/// Writes a file and moves it into place. For parameters and errors see TOutputFile.
 void WriteOutputFile(const TOutputPlace& place, const std::string& path, bool syncs,
                      const std::function<void(std::ostream&)>& write);
 
-/// Lets `write` print to standard output. Errors: throws TRunFailure when not all of it got there.
+/// Calls `write` with standard output. Errors: throws TRunFailure if not all of the output could be written.
 void WriteStandardOutput(const std::function<void(std::ostream&)>& write);
 
 }  // namespace NVORHOST

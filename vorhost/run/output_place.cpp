@@ -18,7 +18,7 @@
 namespace NVORHOST {
 namespace {
 
-constexpr int maxLinks = 40;  // as the kernel has it
+constexpr int maxLinks = 40;  // the limit of the kernel
 
 [[noreturn]] void Fail(const std::string& failure, int error) {
     throw TRunFailure(failure + ": " + std::generic_category().message(error));
@@ -28,7 +28,7 @@ bool IsSameFile(const struct stat& one, const struct stat& other) {
     return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
 }
 
-// The number of a descriptor of this process when the entry stands for one.
+// Returns N if the entry is /proc/self/fd/N, by whatever path the directory was opened.
 std::optional<int> FindDescriptor(int directory, const std::string& name) {
     int number = -1;
     const auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), number);
@@ -48,20 +48,20 @@ std::optional<int> FindDescriptor(int directory, const std::string& name) {
     return std::nullopt;
 }
 
-// A link there need not have a text that leads to what it refers to.
+// The text of a link in /proc is not always a path to its target ("pipe:[4242]").
 bool IsInProc(int directory) {
     struct statfs status {};
     return ::fstatfs(directory, &status) == 0 && status.f_type == PROC_SUPER_MAGIC;
 }
 
-// Anybody who may write to the directory could otherwise have any file of this user overwritten.
+// Otherwise another user who may write to the directory could redirect the output to any file of this user.
 void RequireTrusted(int link, const std::string& failure) {
     struct stat status {};
     if (::fstat(link, &status) != 0) {
         Fail(failure, errno);
     }
     if (status.st_uid != ::geteuid() && status.st_uid != 0) {
-        throw TRunFailure(failure + ": it is a symbolic link of another user");
+        throw TRunFailure(failure + ": symbolic link of another user");
     }
 }
 
@@ -128,11 +128,11 @@ void TOutputPlace::Resolve(const std::string& path, const std::string& failure) 
         if (!entry.IsOpen() && errno != ENOENT) {
             Fail(failure, errno);
         }
-        const bool isThere = entry.IsOpen() && ::fstat(entry.Get(), &status) == 0;
-        if (isThere && S_ISDIR(status.st_mode)) {
+        const bool exists = entry.IsOpen() && ::fstat(entry.Get(), &status) == 0;
+        if (exists && S_ISDIR(status.st_mode)) {
             Fail(failure, EISDIR);
         }
-        const bool isLink = isThere && S_ISLNK(status.st_mode);
+        const bool isLink = exists && S_ISLNK(status.st_mode);
         if (!isLink || IsInProc(parent.Get())) {
             kind_ = isLink ? EKind::foreign : EKind::file;
             directory_.emplace(std::move(parent), rest.parent_path().string());
@@ -196,11 +196,11 @@ void RequireDistinct(const std::vector<TOutputPurpose>& places) {
     }
 }
 
-TOutputPlace FindOutputPlace(const std::string& file, const std::string& logFile) {
+TOutputPlace ResolveOutputPlace(const std::string& file, const std::optional<std::string>& logFile) {
     TOutputPlace place(file, "cannot write " + file);
-    if (!logFile.empty()) {
-        const TOutputPlace log(logFile, "cannot append to log file " + logFile);
-        RequireDistinct({{"the log file " + logFile, log}, {"the output file " + file, place}});
+    if (logFile) {
+        const TOutputPlace log(*logFile, "cannot append to log file " + *logFile);
+        RequireDistinct({{"the log file " + *logFile, log}, {"the output file " + file, place}});
     }
     return place;
 }

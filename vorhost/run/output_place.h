@@ -1,5 +1,5 @@
-// Where an output file of the command line goes. The path is resolved once, before anything runs, to a
-// directory that is held open and a name in it, or to an open descriptor.
+// The destination of an output file. Its path is resolved once, before the run starts, to an open directory
+// and a name in it, or to an open descriptor.
 #pragma once
 
 #include "os/file_descriptor.h"
@@ -17,29 +17,29 @@ namespace NVORHOST {
 class TOutputPlace {
   public:
     enum class EKind {
-        file,        ///< regular or new: replaced as a whole
-        special,     ///< a device or pipe: written directly
-        descriptor,  ///< one that this process has been given: "-", /dev/stdout, /dev/fd/N, /proc/self/fd/N
-        foreign,     ///< a descriptor of another process: opened by its link in /proc
+        file,        ///< regular or new file: replaced as a whole
+        special,     ///< device or pipe: written directly
+        descriptor,  ///< open descriptor of this process: "-", /dev/stdout, /dev/fd/N, /proc/self/fd/N
+        foreign,     ///< descriptor of another process: opened through its link in /proc
     };
 
-    /// Symbolic links of this user and of root are followed to the file that they refer to, which need not
-    /// exist; other users' are refused. `failure` is what cannot be done, for people: "cannot write x".
-    /// Errors: TRunFailure with `failure` and the cause.
+    /// Follows symbolic links of this user and of root to their target, which need not exist; refuses links
+    /// of other users. Errors: throws TRunFailure with `failure` ("cannot write x") and the cause.
     TOutputPlace(const std::string& path, const std::string& failure);
-    /// The entry of that name in a directory, links not followed. `directory` must outlive this object.
+    /// The entry of that name in a directory; a symbolic link is not followed. `directory` must outlive this
+    /// object.
     TOutputPlace(const TTargetDirectory& directory, const std::string& name);
 
     EKind GetKind() const { return kind_; }
     bool IsStandardOutput() const { return isStandardOutput_; }
     const std::string& GetName() const { return name_; }
-    /// Absent for a descriptor.
-    const std::optional<TTargetDirectory>& GetDirectory() const { return directory_; }
+    /// The directory of the entry; absent for a descriptor.
+    const std::optional<TTargetDirectory>& FindDirectory() const { return directory_; }
     /// Opens a device, pipe or descriptor for writing. Errors: not open, with errno.
     TFileDescriptor OpenDirectly() const;
 
-    /// True when writing both would write one file: by the same name, a hard link, or a descriptor. Character
-    /// devices, such as terminals and /dev/null, can be written to by several.
+    /// True if both places are the same file: by name, hard link or descriptor. False for character devices,
+    /// such as terminals and /dev/null: several outputs may share one.
     bool IsSameAs(const TOutputPlace& other) const;
 
   private:
@@ -60,20 +60,20 @@ class TOutputPlace {
     std::string name_;
     TFileDescriptor descriptor_;
     std::optional<TIdentity> parent_;
-    std::optional<TIdentity> file_;  // absent when there is none yet
+    std::optional<TIdentity> file_;  // absent for a new file
 };
 
-/// A place and what it is for, for people: "the log file x".
+/// A place and its description for people: "the log file x".
 struct TOutputPurpose {
     std::string description;
     const TOutputPlace& place;
 };
 
-/// Throws TRunFailure when two of the places are the same file.
+/// Throws TRunFailure if two of the places are the same file.
 void RequireDistinct(const std::vector<TOutputPurpose>& places);
 
-/// Finds where the one file that a command writes goes; the log file, if any, must be another one. Errors:
-/// throws TRunFailure as above.
-TOutputPlace FindOutputPlace(const std::string& file, const std::string& logFile);
+/// Resolves the output file of a command that writes only one.
+/// Errors: throws TRunFailure if it cannot be resolved, and if it is the same file as the log file.
+TOutputPlace ResolveOutputPlace(const std::string& file, const std::optional<std::string>& logFile);
 
 }  // namespace NVORHOST

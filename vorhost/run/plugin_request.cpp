@@ -19,19 +19,19 @@ namespace {
 
 using TClock = std::chrono::steady_clock;
 
-// The plug-in writes to the current directory, and relative paths mean the directory that the user is in: so
-// the change is made around the request alone.
+// The plug-in writes to the working directory. It is changed only during the request, because relative paths
+// of the command line refer to the original one.
 class TWorkingDirectory {
   public:
     explicit TWorkingDirectory(const TPrivateDirectory& workplace)
         : previous_(::open(".", O_PATH | O_DIRECTORY | O_CLOEXEC)) {
-        const bool hasNoWayBack = !previous_.IsOpen() && errno != EACCES;
-        if (hasNoWayBack || ::fchdir(workplace.GetDescriptor()) != 0) {
+        const bool canReturn = previous_.IsOpen() || errno == EACCES;
+        if (!canReturn || ::fchdir(workplace.GetDescriptor()) != 0) {
             throw TRunFailure("cannot enter the directory of this run: " +
                               std::generic_category().message(errno));
         }
     }
-    ~TWorkingDirectory() { (void)GoBack(); }  // only after a failure, which is the one to report
+    ~TWorkingDirectory() { (void)GoBack(); }  // after a failure, which is reported instead of this one
     TWorkingDirectory(const TWorkingDirectory&) = delete;
     TWorkingDirectory& operator=(const TWorkingDirectory&) = delete;
 
@@ -43,7 +43,7 @@ class TWorkingDirectory {
     }
 
   private:
-    // From a directory that may not be searched, no relative path leads anywhere, before and after.
+    // Without search permission (EACCES) no relative path can be resolved anyway, so "/" does as well.
     bool GoBack() { return previous_.IsOpen() ? ::fchdir(previous_.Get()) == 0 : ::chdir("/") == 0; }
 
     TFileDescriptor previous_;
@@ -53,7 +53,8 @@ class TWorkingDirectory {
     throw TRunFailure(request.pluginFile + ": the request failed: " + cause);
 }
 
-// Whatever the plug-in throws is turned into a text while its library, which may hold that text, is loaded.
+// Converts exceptions of the plug-in to TRunFailure here: their types and texts may be part of its library,
+// which is about to be unloaded.
 void GetData(TPluginLibrary& plugin, const TPluginRequest& request) {
     TWorkingDirectory inDirectory(request.workplace);
     std::vector<boost::shared_ptr<ICIMClass>> resultClasses{request.resultClass};
@@ -62,7 +63,7 @@ void GetData(TPluginLibrary& plugin, const TPluginRequest& request) {
     } catch (const NKELVOR20::TVORException& error) {
         Fail(request, std::string(error.what()) + " (host status " +
                           std::to_string(error.GetStatusCode().GetCode()) + ")" +
-                          request.workplace.DescribeObstacle());
+                          DescribeWriteFailure(request.workplace));
     } catch (const std::exception& error) {
         Fail(request, std::string("exception: ") + error.what());
     } catch (...) {
@@ -76,22 +77,22 @@ void RequireResult(const TPluginAnswer& answer, const TPluginRequest& request) {
         return;
     }
     const auto& failures = request.sinks.GetHardFailures();
-    throw TRunFailure("the plug-in made no result" + (failures.empty() ? "" : ": " + failures.back()) +
-                      (request.withoutResultHint.empty() ? "" : "; " + request.withoutResultHint));
+    throw TRunFailure("the plug-in returned no result" + (failures.empty() ? "" : ": " + failures.back()) +
+                      (request.noResultHint ? "; " + *request.noResultHint : ""));
 }
 
-std::string DescribeCredentialObstacle() {
+std::optional<std::string> FindCredentialObstacle() {
     if (WasHostUnreachable()) {
         return "the web server cannot be reached";
     }
-    const std::string& failure = GetEntityServiceFailure();
-    return failure.empty() ? "" : "entity service: " + failure;
+    const auto& failure = FindEntityServiceFailure();
+    return failure ? std::optional("entity service: " + *failure) : std::nullopt;
 }
 
 }  // namespace
 
-TPluginAnswer AskPlugin(const TPluginRequest& request) {
-    // Instances that a loaded namespace had already are no results of this request.
+TPluginAnswer RunPluginRequest(const TPluginRequest& request) {
+    // A loaded namespace may already contain instances of the result class.
     const auto countBefore = static_cast<std::ptrdiff_t>(request.resultClass->GetInstances().size());
     TPluginAnswer answer;
     {
@@ -102,7 +103,7 @@ TPluginAnswer AskPlugin(const TPluginRequest& request) {
     }
     const auto& instances = request.resultClass->GetInstances();
     answer.results.assign(instances.begin() + countBefore, instances.end());
-    answer.credentialObstacle = DescribeCredentialObstacle();
+    answer.credentialObstacle = FindCredentialObstacle();
     RequireResult(answer, request);
     request.sinks.RequireWritten();
     return answer;

@@ -1,4 +1,4 @@
-// One request to a plug-in, from loading it to unloading it.
+// One request to a plug-in, from loading to unloading the library.
 #pragma once
 
 #include "vorhost/model/memory_namespace.h"
@@ -8,6 +8,7 @@
 #include <boost/shared_ptr.hpp>
 
 #include <chrono>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,20 +18,20 @@ struct TPluginRequest {
     std::string pluginFile;
     boost::shared_ptr<TMemoryNamespace> collected;
     boost::shared_ptr<TMemoryClass> resultClass;
-    const TPrivateDirectory& workplace;  ///< the working directory of the request
+    const TPrivateDirectory& workplace;  ///< working directory during the request
     const TLogSinks& sinks;
-    std::string withoutResultHint;  ///< what to do when the plug-in makes no result; may be empty
+    std::optional<std::string> noResultHint;  ///< advice for the message about a missing result
 };
 
 struct TPluginAnswer {
-    std::vector<boost::shared_ptr<TMemoryInstance>> results;  ///< at least one; made by this request
-    std::chrono::nanoseconds loadTime{};                      ///< until the plug-in was ready for the request
-    std::string credentialObstacle;  ///< why the host gave it no credential; empty when nothing failed
+    std::vector<boost::shared_ptr<TMemoryInstance>> results;  ///< instances of this request; at least one
+    std::chrono::nanoseconds loadTime{};                      ///< time to load and initialise the plug-in
+    std::optional<std::string> credentialObstacle;            ///< why the host could not issue a credential
 };
 
-/// Loads the plug-in, lets it answer, and unloads it.
-/// Errors: throws TPluginError for a plug-in that cannot be used, TRunFailure for a request that fails, ends
-/// without a result, or could not be logged.
-TPluginAnswer AskPlugin(const TPluginRequest& request);
+/// Loads the plug-in, makes the request, and unloads the plug-in.
+/// Errors: throws TPluginError for an unusable plug-in; TRunFailure for a request that fails or has no
+/// result, and for a log file that could not be written.
+TPluginAnswer RunPluginRequest(const TPluginRequest& request);
 
 }  // namespace NVORHOST

@@ -24,13 +24,14 @@ namespace {
 constexpr int maxAttempts = 32;
 constexpr mode_t ownerOnly = S_IRUSR | S_IWUSR;
 constexpr mode_t permissions = S_IRWXU | S_IRWXG | S_IRWXO;
-constexpr off_t probeBytes = 65536;  // more than any buffer of the plug-in holds back
+constexpr off_t probeBytes = 65536;  // more than any output buffer of the plug-in
 
 [[noreturn]] void Fail(const std::string& failure, int error) {
     throw TRunFailure(failure + ": " + std::generic_category().message(error));
 }
 
-struct stat StatusOf(int descriptor) {
+// Returns zeros if the status cannot be read.
+struct stat GetStatus(int descriptor) {
     struct stat status {};
     if (::fstat(descriptor, &status) != 0) {
         status = {};
@@ -38,36 +39,36 @@ struct stat StatusOf(int descriptor) {
     return status;
 }
 
-// The plug-in may be at work in there, and quicker at making files than anybody is at removing them. It makes
-// them in the working directory of the process: once that is a directory which is gone, no more can be made.
-// It has to be gone before it is the working directory: in an empty one, the plug-in could be quicker.
-void TakeWorkingDirectoryAway(int directory) {
-    constexpr char nowhere[] = ".gone";
-    (void)::mkdirat(directory, nowhere, S_IRWXU);
-    const TFileDescriptor gone(::openat(directory, nowhere, O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-    const bool isAway =
-        gone.IsOpen() && ::unlinkat(directory, nowhere, AT_REMOVEDIR) == 0 && ::fchdir(gone.Get()) == 0;
-    (void)isAway;  // no worse off than before if it is not
+// A plug-in thread may create files faster than they are removed. Changes into a directory that has already
+// been removed: nothing can be created there. The order matters: between fchdir and a later removal, the
+// plug-in could create a file, and the removal would fail.
+void ChdirToRemovedDirectory(int directory) {
+    constexpr char name[] = ".gone";
+    (void)::mkdirat(directory, name, S_IRWXU);
+    const TFileDescriptor removed(::openat(directory, name, O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    const bool isChanged =
+        removed.IsOpen() && ::unlinkat(directory, name, AT_REMOVEDIR) == 0 && ::fchdir(removed.Get()) == 0;
+    (void)isChanged;  // on failure, the removal is still attempted
 }
 
 void RemoveInUse(const TTargetDirectory& target, const std::string& name, int directory) {
     constexpr int maxRemovals = 1000;
     constexpr std::chrono::milliseconds pause(1);
-    TakeWorkingDirectoryAway(directory);
+    ChdirToRemovedDirectory(directory);
     for (int removal = 0; removal < maxRemovals; ++removal) {
-        if (RemovePrivateDirectory(target, name, directory) || StatusOf(directory).st_nlink == 0) {
+        if (RemovePrivateDirectory(target, name, directory) || GetStatus(directory).st_nlink == 0) {
             return;
         }
-        std::this_thread::sleep_for(pause);  // something was under way, which ends by itself
+        std::this_thread::sleep_for(pause);  // a call of the plug-in that had begun will complete soon
     }
-    // What cannot be removed is left to the next run.
+    // The next run removes the rest.
 }
 
-// Only a directory that this user has just made is empty and has the owner that new files of this user get,
-// which a file server may decide. EEXIST, as for a name in use, when it is another one; else 0 or why it
-// cannot be listed.
+// A directory that this user has just created contains only the journal and has the same owner as the
+// journal. The owner need not be the effective user: a file server may map users. Returns 0; EEXIST for
+// another directory of this name; or the errno of listing it.
 int CheckNewAndOwn(int directory, int journal) {
-    if ((StatusOf(directory).st_mode & permissions) != S_IRWXU) {
+    if ((GetStatus(directory).st_mode & permissions) != S_IRWXU) {
         (void)::fchmod(directory, S_IRWXU);  // some file systems have no modes
     }
     const auto entries = ListEntries(directory);
@@ -75,16 +76,16 @@ int CheckNewAndOwn(int directory, int journal) {
         return errno;
     }
     const bool isNewAndOwn = *entries == std::vector<std::string>{journalName} &&
-                             StatusOf(directory).st_uid == StatusOf(journal).st_uid;
+                             GetStatus(directory).st_uid == GetStatus(journal).st_uid;
     return isNewAndOwn ? 0 : EEXIST;
 }
 
-// Another run takes it for abandoned, or somebody else has removed or replaced it.
+// True if another run considers the directory abandoned, or it was removed or replaced.
 bool IsLost(int error) {
     return error == EEXIST || error == ENOENT || error == EWOULDBLOCK;
 }
 
-// Some file systems have nothing to sync.
+// Returns 0 or errno. File systems that do not support fsync are not an error.
 int Sync(int descriptor) {
     while (::fsync(descriptor) != 0) {
         if (errno != EINTR) {
@@ -98,36 +99,36 @@ int Sync(int descriptor) {
 
 TPrivateDirectory::TPrivateDirectory(const TTargetDirectory& target, const std::string& failure, bool syncs)
     : target_(target), syncs_(syncs) {
-    bool isMade = false;
-    for (int attempt = 0; attempt < maxAttempts && !isMade; ++attempt) {
-        isMade = Make(failure);
+    bool isCreated = false;
+    for (int attempt = 0; attempt < maxAttempts && !isCreated; ++attempt) {
+        isCreated = Create(failure);
     }
-    if (!isMade) {
-        throw TRunFailure(failure + ": the directory made for this run keeps being removed or replaced");
+    if (!isCreated) {
+        throw TRunFailure(failure + ": the directory created for this run keeps being removed or replaced");
     }
     RemoveAbandonedRuns();
 }
 
 TPrivateDirectory::~TPrivateDirectory() {
-    (void)RemovePrivateDirectory(target_, name_, GetDescriptor());  // what is left is removed by the next run
+    (void)RemovePrivateDirectory(target_, name_, GetDescriptor());  // the next run removes the rest
 }
 
-bool TPrivateDirectory::Make(const std::string& failure) {
+bool TPrivateDirectory::Create(const std::string& failure) {
     name_ = MakePrivateName();
-    const TUninterrupted begun;
+    const TSignalGuard guard;
     if (::mkdirat(target_.GetDescriptor(), name_.c_str(), S_IRWXU) != 0) {
         Fail(failure, errno);
     }
     const int error = Open();
     if (error != 0) {
-        // Nothing is removed that was not just made.
+        // AT_REMOVEDIR removes only an empty directory.
         (void)::unlinkat(target_.GetDescriptor(), name_.c_str(), AT_REMOVEDIR);
         if (!IsLost(error)) {
             Fail(failure, error);
         }
         return false;
     }
-    unfinished_.emplace(begun, [&target = target_, name = name_, directory = GetDescriptor()] {
+    cleanup_.emplace(guard, [&target = target_, name = name_, directory = GetDescriptor()] {
         RemoveInUse(target, name, directory);
     });
     return true;
@@ -140,10 +141,10 @@ int TPrivateDirectory::Open() {
         return errno;
     }
     if (::flock(GetDescriptor(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
-        return errno;  // without locks, the name has to do
+        return errno;  // other errors: without locks, other runs recognise the owner by the name
     }
     int error = 0;
-    journal_ = BeginJournal(GetDescriptor(), name_, error);
+    journal_ = CreateJournal(GetDescriptor(), name_, error);
     if (error == 0) {
         error = CheckNewAndOwn(GetDescriptor(), journal_.Get());
     }
@@ -154,15 +155,15 @@ int TPrivateDirectory::Open() {
 }
 
 void TPrivateDirectory::RemoveAbandonedRuns() {
-    const auto names = FindAbandoned(target_);
+    const auto names = ListAbandoned(target_);
     if (!names.empty()) {
         CompleteOthers(TTargetLock(target_));
     }
 }
 
 void TPrivateDirectory::CompleteOthers(const TTargetLock& lock) {
-    const auto names = FindAbandoned(target_);
-    const auto moved = RemoveAbandoned(target_, names, StatusOf(journal_.Get()).st_uid, lock);
+    const auto names = ListAbandoned(target_);
+    const auto moved = RemoveAbandoned(target_, names, GetStatus(journal_.Get()).st_uid, lock);
     completed_.insert(completed_.end(), moved.begin(), moved.end());
     std::ranges::sort(completed_);
 }
@@ -178,7 +179,7 @@ void TPrivateDirectory::Finish(const std::string& fileName, TFileDescriptor file
         error = Sync(file.Get());
     }
     if (error != 0) {
-        Fail("cannot write to " + target_.PathOf(fileName), error);
+        Fail("cannot write to " + target_.GetPath(fileName), error);
     }
     finished_.push_back({fileName, std::move(file)});
 }
@@ -194,7 +195,7 @@ void TPrivateDirectory::PrepareMoves() {
         error = ::fstat(finished.file.Get(), &status) == 0 ? error : errno;
         moves.push_back(TMovedFile::Make(finished.name, status));
     }
-    if (error == 0 && !RecordMoves(journal_.Get(), moves)) {
+    if (error == 0 && !WriteMoves(journal_.Get(), moves)) {
         error = errno;
     }
     for (const int descriptor : {journal_.Get(), GetDescriptor()}) {
@@ -203,29 +204,29 @@ void TPrivateDirectory::PrepareMoves() {
         }
     }
     if (error != 0) {
-        Fail("cannot write to " + target_.PathOf(name_), error);
+        Fail("cannot write to " + target_.GetPath(name_), error);
     }
 }
 
-void TPrivateDirectory::MoveOut(const TUninterrupted& /*together*/) {
+void TPrivateDirectory::MoveOut(const TSignalGuard& /*guard*/) {
     for (const TFinishedFile& finished : finished_) {
         MoveFile(finished);
     }
 }
 
 void TPrivateDirectory::MoveFile(const TFinishedFile& finished) const {
-    const std::string failure = "cannot write to " + target_.PathOf(finished.name);
+    const std::string failure = "cannot write to " + target_.GetPath(finished.name);
     const char* const name = finished.name.c_str();
     if (!IsEntry(GetDescriptor(), name, finished.file.Get())) {
-        throw TRunFailure(failure + ": another file has replaced the one that was written");
+        throw TRunFailure(failure + ": the written file was replaced by another one");
     }
     if (::renameat(GetDescriptor(), name, target_.GetDescriptor(), name) != 0) {
         Fail(failure, errno);
     }
-    // A later run may have replaced it already, which leaves it without a name.
+    // A later run may already have replaced the file; its link count is then 0.
     if (!IsEntry(target_.GetDescriptor(), name, finished.file.Get()) &&
-        StatusOf(finished.file.Get()).st_nlink != 0) {
-        throw TRunFailure(failure + ": another file is in its place");
+        GetStatus(finished.file.Get()).st_nlink != 0) {
+        throw TRunFailure(failure + ": another file took its place");
     }
 }
 
@@ -235,19 +236,24 @@ void TPrivateDirectory::SyncMoves() const {
     }
     int error = Sync(target_.GetDescriptor());
     if (error == EBADF) {
-        // A directory that may not be read cannot be synced by itself; the whole file system can.
+        // A directory without read permission is open with O_PATH and cannot be synced; the file system can.
         error = ::syncfs(GetDescriptor()) == 0 ? 0 : errno;
     }
     if (error != 0) {
-        Fail("cannot write to " + target_.PathOf(finished_.front().name), error);
+        Fail("cannot write to " + target_.GetPath(finished_.front().name), error);
     }
 }
 
-std::string TPrivateDirectory::DescribeObstacle() const {
+int TPrivateDirectory::ProbeWriting() const {
     constexpr char probe[] = "probe";
     const TFileDescriptor file = OpenFile(probe, O_WRONLY | O_CREAT);
     const int error = file.IsOpen() ? ::posix_fallocate(file.Get(), 0, probeBytes) : errno;
     (void)::unlinkat(GetDescriptor(), probe, 0);
+    return error;
+}
+
+std::string DescribeWriteFailure(const TPrivateDirectory& directory) {
+    const int error = directory.ProbeWriting();
     return error == 0 ? "" : ": " + std::generic_category().message(error);
 }
 

@@ -1,6 +1,7 @@
-// A directory of one run's own inside the target directory: the plug-in writes there, and only finished files
-// are moved out. So a reader never sees half a file, and however a run ends, an earlier inventory stays. Both
-// directories are used by descriptor alone: exchanging their paths redirects nothing.
+// A private directory of one run inside the target directory. The plug-in writes to it, and only finished
+// files are moved into the target, so that readers never see a partial file and a failed run leaves earlier
+// files untouched. All calls use descriptors of the two directories, so renaming a directory does not
+// redirect them.
 #pragma once
 
 #include "os/file_descriptor.h"
@@ -13,14 +14,12 @@
 
 namespace NVORHOST {
 
-/// Made on construction (mode 0700), removed with all it holds on destruction, or by a signal that ends the
-/// program. Directories that runs killed on this host have left in the same target are removed on
-/// construction.
+/// Created on construction with mode 0700; removed with its contents on destruction or when a signal ends the
+/// program. Construction also removes the directories of runs that were killed on this host.
 class TPrivateDirectory {
   public:
-    /// `target` must outlive this object; `failure` is what could not be done when the directory cannot be
-    /// had, for people: "cannot write to x". Without `syncs`, files are moved before they are on the disk.
-    /// Errors: TRunFailure with `failure` and the cause.
+    /// `target` must outlive this object. With `syncs`, files are synced to disk before they are moved.
+    /// Errors: throws TRunFailure with `failure` ("cannot write to x") and the cause.
     TPrivateDirectory(const TTargetDirectory& target, const std::string& failure, bool syncs);
     ~TPrivateDirectory();
     TPrivateDirectory(const TPrivateDirectory&) = delete;
@@ -28,29 +27,30 @@ class TPrivateDirectory {
 
     int GetDescriptor() const { return directory_.Get(); }
 
-    /// Opens a file with `flags` as of open(2); a link is not followed. A new file is readable by its owner
-    /// alone. Errors: not open, with errno.
+    /// Opens a file with the `flags` of open(2); a symbolic link is not followed. A new file gets mode 0600.
+    /// Errors: not open, with errno.
     TFileDescriptor OpenFile(const std::string& fileName, int flags) const;
 
-    /// Takes over a file that is written: makes it readable by its owner alone and puts it on the disk.
+    /// Takes ownership of a completely written file: sets mode 0600 and syncs it. Errors: throws TRunFailure.
     void Finish(const std::string& fileName, TFileDescriptor file);
-    /// Notes the finished files in the journal, so that all of them or none are moved out, even if the run is
-    /// killed. To be called once, before the lock on the target is taken.
+    /// Records the finished files in the journal. If the run is then killed between two moves, the next run
+    /// completes them. Call once, before the target is locked. Errors: throws TRunFailure.
     void PrepareMoves();
-    /// Completes what runs killed meanwhile have begun: files of this run are not to meet the rest of theirs.
+    /// Completes the moves of runs that have been killed since construction, so that their files do not
+    /// replace files of this run later.
     void CompleteOthers(const TTargetLock& lock);
-    /// Moves the finished files to the target under the same names, replacing what has these names there (a
-    /// symbolic link itself, not the file that it refers to).
-    void MoveOut(const TUninterrupted& together);
-    /// Puts the moves on the disk.
+    /// Moves the finished files to the target under the same names. Existing entries are replaced; a symbolic
+    /// link is replaced itself, not the file that it refers to. Errors: throws TRunFailure.
+    void MoveOut(const TSignalGuard& guard);
+    /// Syncs the moves to disk. Errors: throws TRunFailure.
     void SyncMoves() const;
 
-    /// The files of killed runs whose move was completed, sorted.
+    /// The names of the files of killed runs whose move was completed, sorted.
     const std::vector<std::string>& GetCompleted() const { return completed_; }
 
-    /// A colon and why nothing more can be written here, as the system puts it; empty when something can. The
-    /// plug-in does not report what kept it from writing; a full disk still does.
-    std::string DescribeObstacle() const;
+    /// Tries to write a file. Returns 0, or the errno of the failure. A plug-in does not report why it could
+    /// not write; the cause, such as a full disk, usually still exists after the request.
+    int ProbeWriting() const;
 
   private:
     struct TFinishedFile {
@@ -58,7 +58,7 @@ class TPrivateDirectory {
         TFileDescriptor file;
     };
 
-    bool Make(const std::string& failure);
+    bool Create(const std::string& failure);
     int Open();
     void RemoveAbandonedRuns();
     void MoveFile(const TFinishedFile& finished) const;
@@ -68,9 +68,13 @@ class TPrivateDirectory {
     std::string name_;
     TFileDescriptor directory_;  // locked
     TFileDescriptor journal_;
-    std::optional<TUnfinished> unfinished_;
+    std::optional<TPendingCleanup> cleanup_;
     std::vector<TFinishedFile> finished_;
     std::vector<std::string> completed_;
 };
+
+/// Describes why nothing can be written to the directory: ": No space left on device"; "" if writing
+/// succeeds. Appended to messages.
+std::string DescribeWriteFailure(const TPrivateDirectory& directory);
 
 }  // namespace NVORHOST

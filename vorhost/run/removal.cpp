@@ -28,7 +28,7 @@ bool RemoveEntry(int directory, const std::string& name) {
         return false;
     }
     const TFileDescriptor entry = OpenSubdirectory(directory, name);
-    return entry.IsOpen() && RemoveContents(entry.Get(), nullptr) &&
+    return entry.IsOpen() && RemoveContents(entry.Get(), std::nullopt) &&
            ::unlinkat(directory, name.c_str(), AT_REMOVEDIR) == 0;
 }
 
@@ -36,7 +36,7 @@ bool RemoveEntry(int directory, const std::string& name) {
 
 TFileDescriptor OpenSubdirectory(int directory, const std::string& name) {
     constexpr int flags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
-    // The kernel's own check also finds a mount of the same file system.
+    // Unlike a comparison of device numbers, this also detects a bind mount of the same file system.
     TFileDescriptor entry = OpenWithinFileSystem(directory, name, flags);
     if (!entry.IsOpen() && errno == ENOSYS) {
         entry = TFileDescriptor(::openat(directory, name.c_str(), flags));
@@ -48,14 +48,14 @@ TFileDescriptor OpenSubdirectory(int directory, const std::string& name) {
     return entry;
 }
 
-bool RemoveContents(int directory, const char* kept) {
+bool RemoveContents(int directory, std::optional<std::string_view> kept) {
     const auto names = ListEntries(directory);
     if (!names) {
         return false;
     }
     bool isEmpty = true;
     for (const std::string& name : *names) {
-        if (kept == nullptr || name != kept) {
+        if (name != kept) {
             isEmpty = RemoveEntry(directory, name) && isEmpty;
         }
     }

@@ -1,22 +1,25 @@
-// Removes what is in a directory that is held open, name by name below its descriptor: nothing is ever
-// removed by a path, which somebody else could redirect.
+// Removes the contents of a directory that is open by descriptor. Paths are never used, because another user
+// could redirect them by renaming a directory or creating a link.
 #pragma once
 
 #include "os/file_descriptor.h"
 
+#include <optional>
 #include <string>
+#include <string_view>
 
 namespace NVORHOST {
 
-/// Removes all that is in the directory but the entry `kept`, which may be null. Neither a link nor a mount
-/// leads out of it: what belongs to another file system stays. True when nothing else is left.
-bool RemoveContents(int directory, const char* kept);
+/// Removes all entries of the directory except `kept`. Does not follow links and does not enter other file
+/// systems. Returns false if another entry remains.
+bool RemoveContents(int directory, std::optional<std::string_view> kept);
 
-/// Opens a directory for reading. Not open when the entry is no directory (ENOTDIR or ELOOP) or belongs to
-/// another file system (EXDEV).
+/// Opens a directory for reading.
+/// Errors: not open, with errno: ENOTDIR or ELOOP if the entry is not a directory, EXDEV if it is on another
+/// file system.
 TFileDescriptor OpenSubdirectory(int directory, const std::string& name);
 
-/// True when a mounted file system, or a directory that cannot be looked into, is somewhere below.
+/// True if the directory or one of its subdirectories contains a mount, or cannot be listed.
 bool HoldsOtherFileSystem(int directory);
 
 }  // namespace NVORHOST

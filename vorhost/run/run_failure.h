@@ -1,4 +1,4 @@
-// The failure language of the program: every step that cannot go on throws TRunFailure.
+// How the parts of the program report failures: a step that cannot be completed throws TRunFailure.
 #pragma once
 
 #include <exception>
@@ -7,13 +7,13 @@
 
 namespace NVORHOST {
 
-/// Why a run ends early: one line for people, without the program's name.
+/// The reason why a run ends early, as one line for people without the name of the program.
 class TRunFailure : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
 };
 
-/// The failure as one line for people; one of short memory ends in what to do about it.
+/// Describes a failure as one line for people. For a lack of memory, the line includes advice.
 std::string DescribeFailure(const std::exception& error);
 
 }  // namespace NVORHOST

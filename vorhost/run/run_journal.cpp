@@ -61,14 +61,14 @@ TMovedFile TMovedFile::Make(std::string fileName, const struct stat& status) {
     return {std::move(fileName), status.st_ino, status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
 }
 
-TFileDescriptor BeginJournal(int directory, const std::string& directoryName, int& error) {
+TFileDescriptor CreateJournal(int directory, const std::string& directoryName, int& error) {
     TFileDescriptor journal(::openat(directory, journalName,
                                      O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
     error = journal.IsOpen() && WriteAll(journal.Get(), directoryName + "\n") ? 0 : errno;
     return journal;
 }
 
-bool RecordMoves(int journal, const std::vector<TMovedFile>& moves) {
+bool WriteMoves(int journal, const std::vector<TMovedFile>& moves) {
     std::ostringstream text;
     for (const TMovedFile& move : moves) {
         text << move.inode << ' ' << move.modifiedSeconds << ' ' << move.modifiedNanoseconds << ' '

@@ -1,7 +1,6 @@
-// The file ".noxinfo-journal" of a private directory. Its first line is the name of that directory, which
-// proves that the directory is one of this program's, also after somebody has renamed a directory. Before
-// several files are moved out, it receives a line for each of them, so that the next run can complete what a
-// run that was killed between two moves had begun.
+// The file ".noxinfo-journal" of a private directory. Its first line is the name of the directory; it proves
+// that the directory was created by this program under this name. Before several files are moved, one line
+// for each is appended, so that the next run can complete the moves of a run that was killed between them.
 #pragma once
 
 #include "os/file_descriptor.h"
@@ -17,7 +16,7 @@ namespace NVORHOST {
 
 inline constexpr char journalName[] = ".noxinfo-journal";
 
-/// A finished file, known by more than its name. Moving the file changes none of it.
+/// Identifies a file. Moving the file changes none of the members; replacing it changes at least one.
 struct TMovedFile {
     std::string fileName;
     std::uint64_t inode = 0;
@@ -30,17 +29,18 @@ struct TMovedFile {
 
 struct TRunJournal {
     std::string directoryName;
-    std::vector<TMovedFile> moves;  ///< empty unless the list was written to its end
+    std::vector<TMovedFile> moves;  ///< empty if the list is truncated or malformed
 };
 
-/// Creates the journal in a private directory of that name. Errors: `error` is an errno, else 0; the file may
-/// be open nonetheless, incomplete.
-TFileDescriptor BeginJournal(int directory, const std::string& directoryName, int& error);
+/// Creates the journal in the private directory of that name. Sets `error` to 0 or an errno; the file may be
+/// open but incomplete after an error.
+TFileDescriptor CreateJournal(int directory, const std::string& directoryName, int& error);
 
-/// Appends the list of moves. False, with errno, when it cannot be written.
-bool RecordMoves(int journal, const std::vector<TMovedFile>& moves);
+/// Appends the list of moves. Errors: false, with errno.
+bool WriteMoves(int journal, const std::vector<TMovedFile>& moves);
 
-/// Absent when there is no journal, or a malformed one.
+/// Reads the journal of a private directory. Absent: nullopt if the file is missing or its first line is
+/// incomplete.
 std::optional<TRunJournal> ReadJournal(int directory);
 
 }  // namespace NVORHOST

@@ -1,5 +1,8 @@
 #include "vorhost/run/run_name.h"
 
+#include "text/numbers.h"
+#include "text/text_kinds.h"
+
 #include <signal.h>  // NOLINT(modernize-deprecated-headers,hicpp-deprecated-headers): kill is POSIX's
 #include <sys/random.h>
 #include <sys/utsname.h>
@@ -8,7 +11,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <charconv>
 #include <chrono>
 #include <cstdint>
 #include <fstream>
@@ -26,7 +28,7 @@ bool IsHostCharacter(char byte) {
     return digits.find(byte) != std::string_view::npos || byte == '.' || byte == '-';
 }
 
-// A host name may hold any byte, a file name must not hold a slash.
+// Replaces characters that could occur in a host name but are not safe in a file name, such as "/".
 std::string HostName() {
     utsname names{};
     std::string host = ::uname(&names) == 0 ? names.nodename : "";
@@ -38,7 +40,7 @@ std::string HostName() {
 std::string RandomText() {
     std::array<unsigned char, randomDigits> bytes{};
     if (::getrandom(bytes.data(), bytes.size(), GRND_NONBLOCK) < 0) {
-        // Early at boot: a name that exists already is simply tried again.
+        // Early at boot no random bytes are available. Weak ones suffice: a name that exists is tried again.
         auto ticks = std::chrono::steady_clock::now().time_since_epoch().count();
         for (unsigned char& byte : bytes) {
             byte = static_cast<unsigned char>(ticks);
@@ -52,9 +54,9 @@ std::string RandomText() {
     return text;
 }
 
-// Field 22 of /proc/PID/stat; 0 when it cannot be read. The second field is a name in parentheses, with any
-// bytes.
-std::uint64_t StartTime(const std::string& process) {
+// Reads field 22 of /proc/PID/stat. Counts from the last ")": the second field, a name in parentheses, may
+// contain any bytes.
+std::optional<std::uint64_t> ReadStartTime(const std::string& process) {
     constexpr int fieldsBetween = 19;
     std::ifstream stream("/proc/" + process + "/stat");
     std::ostringstream text;
@@ -66,18 +68,16 @@ std::uint64_t StartTime(const std::string& process) {
         fields >> skipped;
     }
     std::uint64_t time = 0;
-    return fields >> time ? time : 0;
+    return fields >> time ? std::optional(time) : std::nullopt;
 }
 
+// Unlike ParseNumber, accepts no blanks: the text must be exactly as MakePrivateName writes it.
 template <typename TNumber>
-std::optional<TNumber> ReadNumber(std::string_view text) {
-    TNumber number{};
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    const bool isWhole = error == std::errc() && end == text.data() + text.size() && !text.starts_with('-');
-    return isWhole ? std::optional(number) : std::nullopt;
+std::optional<TNumber> ParseDigits(std::string_view text) {
+    return std::ranges::all_of(text, IsDigit) ? ParseNumber<TNumber>(text) : std::nullopt;
 }
 
-// Removes the part behind the last "-" and returns it; empty when there is none.
+// Removes the part after the last "-" and returns it; returns "" if there is no "-".
 std::string_view TakeLastPart(std::string_view& text) {
     const std::size_t dash = text.rfind('-');
     if (dash == std::string_view::npos) {
@@ -92,12 +92,13 @@ bool IsRandomText(std::string_view text) {
     return text.size() == randomDigits && text.find_first_not_of(digits) == std::string_view::npos;
 }
 
+// MakePrivateName writes an unknown start time as 0.
 bool HasEnded(pid_t process, std::uint64_t startTime) {
     if (::kill(process, 0) != 0 && errno == ESRCH) {
         return true;
     }
-    const std::uint64_t actual = StartTime(std::to_string(process));
-    return actual != 0 && startTime != 0 && actual != startTime;
+    const auto actual = ReadStartTime(std::to_string(process));
+    return actual && startTime != 0 && *actual != startTime;
 }
 
 }  // namespace
@@ -105,7 +106,7 @@ bool HasEnded(pid_t process, std::uint64_t startTime) {
 std::string MakePrivateName() {
     const std::string separator = "-";
     return std::string(prefix) + HostName() + separator + std::to_string(::getpid()) + separator +
-           std::to_string(StartTime("self")) + separator + RandomText();
+           std::to_string(ReadStartTime("self").value_or(0)) + separator + RandomText();
 }
 
 bool IsAbandonedName(std::string_view name) {
@@ -114,8 +115,8 @@ bool IsAbandonedName(std::string_view name) {
     }
     name.remove_prefix(prefix.size());
     const bool isRandom = IsRandomText(TakeLastPart(name));
-    const auto startTime = ReadNumber<std::uint64_t>(TakeLastPart(name));
-    const auto process = ReadNumber<pid_t>(TakeLastPart(name));
+    const auto startTime = ParseDigits<std::uint64_t>(TakeLastPart(name));
+    const auto process = ParseDigits<pid_t>(TakeLastPart(name));
     return isRandom && startTime && process && *process > 0 && name == HostName() &&
            HasEnded(*process, *startTime);
 }

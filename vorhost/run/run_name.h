@@ -1,6 +1,6 @@
-// The names of private directories: each carries the host name and the process of the run that made it, so
-// that another run can see whether it is abandoned without a lock, which network file systems keep for one
-// machine only.
+// The names of private directories. A name identifies the host and the process of its run, so that other runs
+// can detect abandoned directories even where locks are not visible to other machines, as on some network
+// file systems.
 #pragma once
 
 #include <string>
@@ -8,12 +8,12 @@
 
 namespace NVORHOST {
 
-/// Makes a new name of this process: ".noxinfo-HOST-PID-START-XXXXXX", where START is the time at which the
-/// process started, in clock ticks since boot, and the last part is random.
+/// Makes a new name for this process: ".noxinfo-HOST-PID-START-XXXXXX". START is the start time of the
+/// process in clock ticks since boot; the last part is random.
 std::string MakePrivateName();
 
-/// True for a name of that form with this host's name and a process that has ended. A process with the same
-/// number that started at another time is a different one.
+/// True for a name of this form with the name of this host and a process that has ended. A process with the
+/// same number but another start time is a different process.
 bool IsAbandonedName(std::string_view name);
 
 }  // namespace NVORHOST

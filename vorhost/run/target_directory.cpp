@@ -26,7 +26,7 @@ TFileDescriptor OpenDirectory(int at, const std::string& path) {
     const std::string name = path.empty() ? "." : path;
     TFileDescriptor directory(::openat(at, name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!directory.IsOpen() && errno == EACCES) {
-        // Files can be created in a directory that may be entered and written but not listed.
+        // Files can be created in a directory with write and search permission but no read permission.
         directory = TFileDescriptor(::openat(at, name.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
     }
     return directory;
@@ -39,7 +39,7 @@ TTargetDirectory::TTargetDirectory(const std::string& path, const std::string& f
     }
 }
 
-std::string TTargetDirectory::PathOf(const std::string& fileName) const {
+std::string TTargetDirectory::GetPath(const std::string& fileName) const {
     return (std::filesystem::path(path_) / fileName).lexically_normal().string();
 }
 
@@ -53,7 +53,7 @@ TTargetLock::TTargetLock(const TTargetDirectory& target) : descriptor_(target.Ge
     constexpr std::chrono::seconds limit(10);
     constexpr std::chrono::milliseconds pause(1);
     const auto end = std::chrono::steady_clock::now() + limit;
-    // A blocking call would let anybody who may read the directory stop a run for good.
+    // Not a blocking call: any user who may read the directory can hold its lock forever.
     while (::flock(descriptor_, LOCK_EX | LOCK_NB) != 0 && (errno == EWOULDBLOCK || errno == EINTR) &&
            std::chrono::steady_clock::now() < end) {
         std::this_thread::sleep_for(pause);
@@ -61,7 +61,7 @@ TTargetLock::TTargetLock(const TTargetDirectory& target) : descriptor_(target.Ge
 }
 
 TTargetLock::~TTargetLock() {
-    (void)::flock(descriptor_, LOCK_UN);  // without the lock there is nothing to release
+    (void)::flock(descriptor_, LOCK_UN);  // has no effect if the lock was not obtained
 }
 
 }  // namespace NVORHOST

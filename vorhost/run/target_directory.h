@@ -1,5 +1,5 @@
-// The directory that receives a run's files, held open by descriptor, so that nobody who may rename entries
-// on the way to it can redirect a run that is under way.
+// The directory that receives the files of a run. It stays open for the whole run, so that renaming a
+// directory in its path does not redirect the run.
 #pragma once
 
 #include "os/file_descriptor.h"
@@ -9,23 +9,24 @@
 
 namespace NVORHOST {
 
-/// Opens a directory, following links: for reading where that is permitted, else for access by name only.
-/// `at` is a descriptor that relative paths start from, or AT_FDCWD. Errors: not open, with errno.
+/// Opens a directory for reading, or with O_PATH if reading is not permitted. Follows symbolic links. A
+/// relative path starts at the descriptor `at`, or at the working directory for AT_FDCWD. "" is `at` itself.
+/// Errors: not open, with errno.
 TFileDescriptor OpenDirectory(int at, const std::string& path);
 
 class TTargetDirectory {
   public:
     /// An empty path is the working directory. Errors: throws TRunFailure with `failure` and the cause.
     TTargetDirectory(const std::string& path, const std::string& failure);
-    /// Takes a directory that is open already; `path` is its name in messages.
+    /// Takes ownership of an open directory; `path` is its name in messages.
     TTargetDirectory(TFileDescriptor directory, std::string path)
         : directory_(std::move(directory)), path_(std::move(path)) {}
 
     int GetDescriptor() const { return directory_.Get(); }
     /// Joins the path of the directory and a file name, for messages.
-    std::string PathOf(const std::string& fileName) const;
+    std::string GetPath(const std::string& fileName) const;
 
-    /// Throws TRunFailure with `failure` and the cause unless files can be created here.
+    /// Throws TRunFailure with `failure` and the cause if files cannot be created in the directory.
     void RequireWritable(const std::string& failure) const;
 
   private:
@@ -33,9 +34,8 @@ class TTargetDirectory {
     std::string path_;
 };
 
-/// Keeps other runs of this machine from moving files into the same directory. Best effort: where the file
-/// system has no locks, or somebody else holds the lock for more than ten seconds, the owner goes on without
-/// it.
+/// Locks the directory against moves of other runs on this machine. Best effort: the run continues without
+/// the lock if the file system does not support locks, or another process keeps it for more than 10 seconds.
 class TTargetLock {
   public:
     explicit TTargetLock(const TTargetDirectory& target);
@@ -44,7 +44,7 @@ class TTargetLock {
     TTargetLock& operator=(const TTargetLock&) = delete;
 
   private:
-    int descriptor_;  // not owned
+    int descriptor_;  // non-owning
 };
 
 }  // namespace NVORHOST

@@ -42,7 +42,7 @@ bool IsReference(std::string_view name) {
 
 }  // namespace
 
-void TXmlCheck::ReadLine(std::string_view line) {
+void TXmlCheck::AddLine(std::string_view line) {
     ++lines_;
     if (fault_) {
         return;

@@ -1,5 +1,5 @@
-// Checks whether a document is well-formed XML. The plug-in writes some values unescaped, as the documents'
-// format has it, so a document is XML only if its values allow it.
+// Checks whether a document is well-formed XML. The format of the documents requires some values to be
+// written unescaped, so some values make a document malformed.
 #pragma once
 
 #include <cstddef>
@@ -10,20 +10,21 @@
 
 namespace NVORHOST {
 
-/// Reads elements, attributes, references and text, as inventory documents have them: neither comments nor
-/// CDATA sections nor document types. Character sets are not checked beyond control bytes.
+/// Checks the subset of XML that occurs in inventory documents: elements, attributes, references and text.
+/// Comments, CDATA sections and document types count as malformed. Of the character rules, only the ban on
+/// control characters is checked.
 class TXmlCheck {
   public:
-    /// The next line, without its end.
-    void ReadLine(std::string_view line);
+    /// Checks the next line, which is passed without its line end.
+    void AddLine(std::string_view line);
 
     struct TFault {
         std::size_t line;    ///< 1-based
-        std::size_t offset;  ///< within the line, in bytes
+        std::size_t offset;  ///< bytes from the start of the line
     };
 
-    /// Where the document stops being well-formed; nullopt while it is.
-    std::optional<TFault> GetFault() const { return fault_; }
+    /// The first place where the document is not well-formed; nullopt if there is none so far.
+    std::optional<TFault> FindFault() const { return fault_; }
 
   private:
     enum class EState {
@@ -39,6 +40,7 @@ class TXmlCheck {
         value
     };
 
+    // These functions return false if the byte is not allowed in the current state.
     bool Read(char byte);
     bool ReadText(char byte);
     bool ReadReference(char byte);
@@ -51,12 +53,12 @@ class TXmlCheck {
     bool Enter(EState state);
 
     EState state_ = EState::text;
-    EState outer_ = EState::text;  // where a reference goes back to
-    std::string word_;             // name or reference under way
-    std::vector<std::string> attributes_;
-    std::vector<std::string> elements_;  // open ones
-    bool isValueDue_ = false;            // after the name of an attribute
-    bool isBlankDue_ = false;            // after the value of one, unless the tag ends
+    EState outer_ = EState::text;          // state after the current reference
+    std::string word_;                     // beginning of the current name or reference
+    std::vector<std::string> attributes_;  // names of the current tag
+    std::vector<std::string> elements_;    // names of the open elements, outermost first
+    bool isValueDue_ = false;              // after an attribute name and "="
+    bool isBlankDue_ = false;  // after an attribute value: a blank or the end of the tag must follow
     std::size_t lines_ = 0;
     std::optional<TFault> fault_;
 };

@@ -1,4 +1,3 @@
-// The one object behind the static services.
 #include "vorhost/services/host_settings.h"
 
 #include <utility>
@@ -27,7 +26,7 @@ bool WasHostUnreachable() {
     return Unreachable();
 }
 
-void NoteReachability(bool isReachable) {
+void SetReachable(bool isReachable) {
     Unreachable() = !isReachable;
 }
 

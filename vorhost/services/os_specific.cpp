@@ -1,5 +1,3 @@
-// The host's view of the system around it. A namespace that was collected elsewhere answers for its own
-// machine; the running system answers for the rest.
 #include "host/os_specific.h"
 
 #include "host/vor_exception.h"
@@ -36,7 +34,7 @@ boost::shared_ptr<ICIMInstance> GetFirstOperatingSystem(ICIMNamespace& collected
     return first;
 }
 
-// The text that the collected namespace has for the running system's own answer.
+// Finds a text property of the first operating system in the collected namespace.
 std::optional<std::string> FindCollected(const std::string& propertyName) {
     const auto& collected = GetHostSettings().collected;
     if (collected == nullptr) {
@@ -50,13 +48,13 @@ std::optional<std::string> FindCollected(const std::string& propertyName) {
         }
         return property->GetValue({});
     } catch (const TVORException&) {
-        return std::nullopt;  // no such class, no such property, or no text: the running system knows
+        return std::nullopt;  // class or property missing, or not a text: fall back to the running system
     }
 }
 
 utsname GetUname() {
     utsname names{};
-    (void)::uname(&names);  // fails for a bad address only; empty names are the answer then
+    (void)::uname(&names);  // fails only for a bad address; the names then stay empty
     return names;
 }
 
@@ -73,7 +71,7 @@ std::optional<std::string> ReadPrettyName() {
 
 TCIMDateTime ReadLocalClock() {
     timespec now{};
-    (void)::clock_gettime(CLOCK_REALTIME, &now);  // cannot fail for this clock and a good address
+    (void)::clock_gettime(CLOCK_REALTIME, &now);  // cannot fail for this clock
     tm local{};
     (void)::localtime_r(&now.tv_sec, &local);
     TCIMDateTime::TFields fields;
@@ -93,7 +91,7 @@ bool Probe(const std::string& hostName, const std::string& port) {
     try {
         return NVORHOST::AcceptsConnection(hostName, port, timeLimit);
     } catch (const std::exception&) {
-        return false;  // no memory or no thread for a probe: whether it would answer stays unknown
+        return false;  // no memory or no thread for the connection attempt
     }
 }
 
@@ -112,14 +110,18 @@ bool IsReachable(const std::string& hostName, const std::string& port) {
 }  // namespace
 
 std::string TOSSpecific::GetEnvironment(std::string variable) {
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): whoever changes the environment while others read it is at fault
+    const auto& identity = GetHostSettings().identity;
+    if (identity && variable == NVORHOST::identityVariable) {
+        return *identity;
+    }
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): the host never changes the environment
     const char* value = std::getenv(variable.c_str());
     return value == nullptr ? std::string() : std::string(value);
 }
 
 int TOSSpecific::DetectHostnameAvailable(std::string hostName, std::string port) {
     const bool isReachable = IsReachable(hostName, port);
-    NVORHOST::NoteReachability(isReachable);
+    NVORHOST::SetReachable(isReachable);
     return isReachable ? available : notAvailable;
 }
 

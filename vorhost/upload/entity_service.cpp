@@ -1,4 +1,3 @@
-// The chosen entity service; one for the process, because the upload service is a static operation.
 #include "vorhost/upload/entity_service.h"
 
 #include <algorithm>
@@ -12,13 +11,13 @@
 namespace NVORHOST {
 namespace {
 
-std::string& ServiceUrl() {
-    static std::string url;
+std::optional<std::string>& ServiceUrl() {
+    static std::optional<std::string> url;
     return url;
 }
 
-std::string& Failure() {
-    static std::string failure;
+std::optional<std::string>& Failure() {
+    static std::optional<std::string> failure;
     return failure;
 }
 
@@ -36,14 +35,14 @@ bool IsGraphic(char byte) {
     return code > 0x20 && code != 0x7F;
 }
 
-// The host and port of "user:password@host:port".
+// Returns "host:port" of "user:password@host:port".
 std::string_view HostAndPort(std::string_view authority) {
     const auto at = authority.rfind('@');
     return at == std::string_view::npos ? authority : authority.substr(at + 1);
 }
 
-// The part after the host's colon; absent without a colon. Colons within brackets belong to an IPv6 address.
-std::optional<std::string_view> PortOf(std::string_view hostAndPort) {
+// Finds the part after the colon that follows the host. Colons in brackets belong to an IPv6 address.
+std::optional<std::string_view> FindPort(std::string_view hostAndPort) {
     const auto bracket = hostAndPort.rfind(']');
     const auto colon = hostAndPort.rfind(':');
     if (colon == std::string_view::npos || (bracket != std::string_view::npos && colon < bracket)) {
@@ -60,42 +59,42 @@ bool IsPort(std::string_view text) {
 
 }  // namespace
 
-std::string FindEntityServiceFault(std::string_view url) {
+std::optional<std::string> FindEntityServiceFault(std::string_view url) {
     const auto* const scheme = std::ranges::find_if(
         schemes, [url](std::string_view each) { return StartsWithIgnoringCase(url, each); });
     if (scheme == std::end(schemes)) {
         return "it starts with neither http:// nor https://";
     }
-    // Bytes above 7Fh may be parts of a host name in its own script.
+    // Bytes above 7Fh are accepted: they occur in internationalised host names.
     if (!std::ranges::all_of(url, IsGraphic)) {
-        return "it has a blank or a control character";
+        return "it contains a blank or a control character";
     }
     const std::string_view rest = url.substr(scheme->size());
     const std::string_view hostAndPort = HostAndPort(rest.substr(0, rest.find_first_of("/?#")));
-    const auto port = PortOf(hostAndPort);
+    const auto port = FindPort(hostAndPort);
     if (port && !IsPort(*port)) {
         return "its port is not a number from 1 to 65535";
     }
     if (hostAndPort.size() == (port ? port->size() + 1 : 0)) {
         return "it has no host";
     }
-    return {};
+    return std::nullopt;
 }
 
-void SetEntityService(std::string url) {
+void SetEntityService(std::optional<std::string> url) {
     ServiceUrl() = std::move(url);
-    Failure().clear();
+    Failure().reset();
 }
 
-const std::string& GetEntityServiceFailure() {
+const std::optional<std::string>& FindEntityServiceFailure() {
     return Failure();
 }
 
-void SetEntityServiceFailure(std::string failure) {
+void SetEntityServiceFailure(std::optional<std::string> failure) {
     Failure() = std::move(failure);
 }
 
-const std::string& GetEntityService() {
+const std::optional<std::string>& FindEntityService() {
     return ServiceUrl();
 }
 

@@ -1,26 +1,28 @@
-// Where the embedded host's upload service gets entity identifiers from.
+// The service that issues entity identifiers, and the result of its last request. Process-wide, because the
+// upload service of host/ is a static operation.
 #pragma once
 
 #include "host/export.h"
 
+#include <optional>
 #include <string>
 #include <string_view>
 
 namespace NVORHOST {
 
-/// With a URL, `TZETUpload::ZETGetEntityId` asks that service by HTTP POST; with an empty one (the default)
-/// it derives a name-based UUID without leaving the machine.
-NKELVOR20_API void SetEntityService(std::string url);
-/// The URL last set; empty when none is.
-const std::string& GetEntityService();
+/// Sets the URL to which `TZETUpload::ZETGetEntityId` sends its HTTP POST requests, and forgets the last
+/// failure. Absent, which is the default: identifiers are name-based UUIDs, derived without network access.
+NKELVOR20_API void SetEntityService(std::optional<std::string> url);
+/// The URL that was last set.
+NKELVOR20_API const std::optional<std::string>& FindEntityService();
 
-/// Why the service issued no identifier when it was last asked, in one line; empty when it issued one,
-/// however empty, and before it is asked. Setting a service clears it.
-NKELVOR20_API const std::string& GetEntityServiceFailure();
-void SetEntityServiceFailure(std::string failure);
+/// Why the last request failed, in one line. Absent if the service issued an identifier, even an empty one,
+/// and before the first request.
+NKELVOR20_API const std::optional<std::string>& FindEntityServiceFailure();
+void SetEntityServiceFailure(std::optional<std::string> failure);
 
-/// Why no service can be asked at this URL, without the URL itself, which may hold a password; empty for an
-/// http or https URL with a host.
-NKELVOR20_API std::string FindEntityServiceFault(std::string_view url);
+/// Checks that a URL is http or https and has a host. Returns what is wrong with it, without the URL itself,
+/// which may contain a password; nullopt for a valid URL.
+NKELVOR20_API std::optional<std::string> FindEntityServiceFault(std::string_view url);
 
 }  // namespace NVORHOST

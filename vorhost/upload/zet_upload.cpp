@@ -78,7 +78,7 @@ std::string Fail(const std::string& url, const std::string& failure) {
 }
 
 std::string RequestIdentifier(const std::string& url, const TArguments& arguments) {
-    NVORHOST::SetEntityServiceFailure({});
+    NVORHOST::SetEntityServiceFailure(std::nullopt);
     const TPostResult result = PostForm(url, arguments);
     if (!result.succeeded) {
         return Fail(url, result.text);
@@ -99,8 +99,8 @@ std::string TZETUpload::ZETGetEntityId(std::string dataKind, std::string content
         {"endpointPath", std::move(endpointPath)},
         {"inventoryPath", std::move(inventoryPath)},
     }};
-    const std::string& service = NVORHOST::GetEntityService();
-    return service.empty() ? DeriveIdentifier(arguments) : RequestIdentifier(service, arguments);
+    const auto& service = NVORHOST::FindEntityService();
+    return service ? RequestIdentifier(*service, arguments) : DeriveIdentifier(arguments);
 }
 
 }  // namespace NKELVOR20

@@ -1,4 +1,3 @@
-// What a signal that ends the program waits for and what it undoes, each in a process of its own.
 #include "vorhost/run/interruption.h"
 
 #include "tests/program/temporary_directory.h"
@@ -22,7 +21,7 @@ using ::testing::KilledBySignal;
 
 constexpr int notEnded = 77;
 
-[[noreturn]] void WaitForTheEnd() {
+[[noreturn]] void WaitForever() {
     for (;;) {
         ::pause();
     }
@@ -32,32 +31,32 @@ void Append(const std::string& path, const std::string& text) {
     std::ofstream(path, std::ios::app) << text;
 }
 
-TEST(Interruption, EndsTheProgramWithAStatusThatTellsTheSignal) {
+TEST(Interruption, EndsTheProgramWithStatus128PlusTheSignalNumber) {
     for (const int number : {SIGHUP, SIGINT, SIGTERM}) {
         EXPECT_EXIT(
             {
-                std::signal(number, SIG_DFL);  // who starts the tests may have it ignored
+                std::signal(number, SIG_DFL);  // the signal may be ignored in the test environment
                 EndOnSignals();
                 std::raise(number);
-                WaitForTheEnd();
+                WaitForever();
             },
             ExitedWithCode(128 + number), "");
     }
 }
 
-TEST(Interruption, LeavesASignalIgnoredThatWasIgnoredBefore) {
+TEST(Interruption, LeavesAnIgnoredSignalIgnored) {
     EXPECT_EXIT(
         {
             std::signal(SIGHUP, SIG_IGN);
             EndOnSignals();
             std::raise(SIGHUP);
-            GiveWayToSignals();
+            BlockIfSignalled();
             ::_exit(notEnded);
         },
         ExitedWithCode(notEnded), "");
 }
 
-TEST(Interruption, IsNothingThatAStartedProgramInherits) {
+TEST(Interruption, DoesNotBlockSignalsInStartedPrograms) {
     EXPECT_EXIT(
         {
             EndOnSignals();
@@ -66,18 +65,18 @@ TEST(Interruption, IsNothingThatAStartedProgramInherits) {
         KilledBySignal(SIGTERM), "");
 }
 
-TEST(Interruption, ComesBeforeTheReportOfTheRun) {
+TEST(Interruption, BlocksBeforeAReportOnceASignalWasReceived) {
     EXPECT_EXIT(
         {
             EndOnSignals();
             std::raise(SIGTERM);
-            GiveWayToSignals();
+            BlockIfSignalled();
             ::_exit(notEnded);
         },
         ExitedWithCode(143), "");
 }
 
-TEST(Interruption, RemovesAFileThatIsBeingWrittenAndLeavesTheEarlierOne) {
+TEST(Interruption, RemovesAPartialFileAndKeepsTheEarlierOne) {
     const TTemporaryDirectory directory;
     WriteFile(directory / "file", "earlier");
     EXPECT_EXIT(
@@ -87,7 +86,7 @@ TEST(Interruption, RemovesAFileThatIsBeingWrittenAndLeavesTheEarlierOne) {
             WriteOutputFile(place, "file", /*syncs=*/true, [](std::ostream& out) {
                 out << "half a f" << std::flush;
                 std::raise(SIGTERM);
-                WaitForTheEnd();
+                WaitForever();
             });
         },
         ExitedWithCode(143), "");
@@ -95,7 +94,7 @@ TEST(Interruption, RemovesAFileThatIsBeingWrittenAndLeavesTheEarlierOne) {
     EXPECT_EQ(ReadFile(directory / "file"), "earlier");
 }
 
-TEST(Interruption, RemovesADirectoryThatIsBeingFilled) {
+TEST(Interruption, RemovesADirectoryWhileFilesAreCreatedInIt) {
     const TTemporaryDirectory directory;
     EXPECT_EXIT(
         {
@@ -113,41 +112,41 @@ TEST(Interruption, RemovesADirectoryThatIsBeingFilled) {
     EXPECT_TRUE(directory.IsEmpty());
 }
 
-TEST(Interruption, WaitsForStepsThatBelongTogether) {
+TEST(Interruption, WaitsForTheEndOfASignalGuard) {
     const TTemporaryDirectory directory;
     EXPECT_EXIT(
         {
             EndOnSignals();
-            std::optional<TUninterrupted> together(std::in_place);
+            std::optional<TSignalGuard> guard(std::in_place);
             std::raise(SIGTERM);
             Append(directory / "first", "done");
-            ::usleep(10000);  // time enough to end the program, were it not held
+            ::usleep(10000);  // long enough to end the program if the guard had no effect
             Append(directory / "second", "done");
-            together.reset();
-            WaitForTheEnd();
+            guard.reset();
+            WaitForever();
         },
         ExitedWithCode(143), "");
     EXPECT_EQ(directory.GetNames(), (std::vector<std::string>{"first", "second"}));
 }
 
-TEST(Interruption, UndoesWhatWasBegunLastFirstAndNothingThatIsFinished) {
+TEST(Interruption, RunsCleanupsInReverseOrderExceptDismissedOnes) {
     const TTemporaryDirectory directory;
     const std::string log = directory / "log";
     EXPECT_EXIT(
         {
             EndOnSignals();
-            std::optional<TUninterrupted> begun(std::in_place);
-            const TUnfinished first(*begun, [&] { Append(log, "first "); });
-            const TUnfinished failing(*begun, [] { throw 42; });
-            TUnfinished finished(*begun, [&] { Append(log, "finished "); });
-            std::optional<TUnfinished> forgotten;
-            forgotten.emplace(*begun, [&] { Append(log, "forgotten "); });
-            const TUnfinished last(*begun, [&] { Append(log, "last "); });
-            finished.Finish(*begun);
-            begun.reset();
-            forgotten.reset();
+            std::optional<TSignalGuard> guard(std::in_place);
+            const TPendingCleanup first(*guard, [&] { Append(log, "first "); });
+            const TPendingCleanup failing(*guard, [] { throw 42; });
+            TPendingCleanup dismissed(*guard, [&] { Append(log, "dismissed "); });
+            std::optional<TPendingCleanup> destroyed;
+            destroyed.emplace(*guard, [&] { Append(log, "destroyed "); });
+            const TPendingCleanup last(*guard, [&] { Append(log, "last "); });
+            dismissed.Dismiss(*guard);
+            guard.reset();
+            destroyed.reset();
             std::raise(SIGTERM);
-            WaitForTheEnd();
+            WaitForever();
         },
         ExitedWithCode(143), "");
     EXPECT_EQ(ReadFile(log), "last first ");

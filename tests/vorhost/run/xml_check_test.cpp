@@ -14,9 +14,9 @@ std::size_t FaultyLine(const std::string& document) {
     TXmlCheck check;
     std::istringstream lines(document);
     for (std::string line; std::getline(lines, line);) {
-        check.ReadLine(line);
+        check.AddLine(line);
     }
-    return check.GetFault() ? check.GetFault()->line : 0;
+    return check.FindFault() ? check.FindFault()->line : 0;
 }
 
 std::size_t FaultyLineWithValue(const std::string& value) {

@@ -14,8 +14,8 @@
 namespace {
 
 using NKELVOR20::TZETUpload;
+using NVORHOST::FindEntityServiceFailure;
 using NVORHOST::FindEntityServiceFault;
-using NVORHOST::GetEntityServiceFailure;
 using NVORHOST::SetEntityService;
 using NVORHOST::TCoreLogger;
 
@@ -33,7 +33,7 @@ class EntityService : public testing::Test {
         });
     }
     ~EntityService() override {
-        SetEntityService("");
+        SetEntityService(std::nullopt);
         TCoreLogger::Get().ClearSinks();
     }
 
@@ -50,7 +50,7 @@ class EntityService : public testing::Test {
         const std::string line = lines_.empty() ? start : lines_.front();
         EXPECT_EQ(line.substr(0, start.size()), start);
         const std::string failure = line.substr(std::min(start.size(), line.size()));
-        EXPECT_EQ(GetEntityServiceFailure(), failure);
+        EXPECT_EQ(FindEntityServiceFailure(), failure);
         return failure;
     }
 
@@ -89,7 +89,7 @@ TEST_F(EntityService, IsAskedAnewEachTime) {
 TEST_F(EntityService, IsNotAskedOnceItIsUnset) {
     TLocalHttpServer server(Response("200 OK", "1"));
     EXPECT_EQ(Ask(server.GetUrl()), "1");
-    SetEntityService("");
+    SetEntityService(std::nullopt);
     EXPECT_EQ(TZETUpload::ZETGetEntityId("a", "b", "c", "d", "e").size(), 36U);
 }
 
@@ -126,7 +126,7 @@ TEST_F(EntityService, TakesAnIdentifierOfUpToAKibibyte) {
     const std::string longest(1024, 'x');
     TLocalHttpServer server(Response("200 OK", " " + longest + "\n"));
     EXPECT_EQ(Ask(server.GetUrl()), longest);
-    EXPECT_EQ(GetEntityServiceFailure(), "");
+    EXPECT_EQ(FindEntityServiceFailure(), std::nullopt);
 }
 
 TEST_F(EntityService, FailsOnALongerIdentifier) {
@@ -149,7 +149,7 @@ TEST_F(EntityService, ForgetsAFailureWithTheNextAnswer) {
     EXPECT_EQ(FailureOf(refusing.GetUrl()), "refused with HTTP status 403");
     TLocalHttpServer issuing(Response("200 OK", "1"));
     EXPECT_EQ(Ask(issuing.GetUrl()), "1");
-    EXPECT_EQ(GetEntityServiceFailure(), "");
+    EXPECT_EQ(FindEntityServiceFailure(), std::nullopt);
 }
 
 TEST_F(EntityService, FailsOnAnythingButHttp) {
@@ -163,12 +163,12 @@ TEST_F(EntityService, FailsOnWhatIsNoUrl) {
 TEST(EntityServiceUrl, IsAnHttpOrHttpsUrlWithAHost) {
     for (const char* url : {"http://host", "HTTPS://host:443/path?query#part", "http://user:ab@host/",
                             "http://[::1]:8080/", "http://[::1]", "http://h\xC3\xB6st/"}) {
-        EXPECT_EQ(FindEntityServiceFault(url), "") << url;
+        EXPECT_EQ(FindEntityServiceFault(url), std::nullopt) << url;
     }
     EXPECT_EQ(FindEntityServiceFault("file:///etc/hostname"), "it starts with neither http:// nor https://");
     EXPECT_EQ(FindEntityServiceFault("http:///path"), "it has no host");
     EXPECT_EQ(FindEntityServiceFault("http://host:/"), "its port is not a number from 1 to 65535");
-    EXPECT_EQ(FindEntityServiceFault("http://host\n"), "it has a blank or a control character");
+    EXPECT_EQ(FindEntityServiceFault("http://host\n"), "it contains a blank or a control character");
 }
 
 }  // namespace
