@@ -117,8 +117,8 @@ TEST(Collectors, AnInventoryNeedsTheComputerSystem) {
          {}});
     EXPECT_EQ(result.status, 1);
     EXPECT_THAT(result.standardError,
-                HasSubstr("Can not get machine type from CIM result; no computer system was collected, whose "
-                          "type is needed: --only must include computer-system, and --skip must not\n"));
+                HasSubstr("Can not get machine type from CIM result; no computer system was collected, which "
+                          "is required: --only must include computer-system, and --skip must not\n"));
     EXPECT_TRUE(directory.IsEmpty());
 }
 

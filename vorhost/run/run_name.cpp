@@ -1,7 +1,7 @@
 #include "vorhost/run/run_name.h"
 
+#include "text/ascii.h"
 #include "text/numbers.h"
-#include "text/text_kinds.h"
 
 #include <signal.h>  // NOLINT(modernize-deprecated-headers,hicpp-deprecated-headers): kill is POSIX's
 #include <sys/random.h>
