@@ -1,7 +1,7 @@
 // What a collection could not read, and what may be wrong in what it read.
 #pragma once
 
-#include "machine/collect/run/collector.h"
+#include "machine/collect/run/collection_run.h"
 
 #include <cstddef>
 #include <span>
