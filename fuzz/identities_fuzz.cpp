@@ -157,7 +157,7 @@ std::string MakeTrie(const std::string& address) {
     return "Local:\n  |-- " + address + "\n     /32 host LOCAL\n";
 }
 
-void AddFiles(const TSecrets& secrets, TCapturedTree& tree) {
+void AddFiles(const TSecrets& secrets, TCaptureTree& tree) {
     const std::string name = "enx" + Without(secrets.mac, ":");
     const auto& [serial, padded, tag, uuid, fileSystem, wwn, expander, mac, host, user, ip4, ip6] = secrets;
     const std::pair<std::string, std::string> files[] = {
@@ -197,7 +197,7 @@ void AddFiles(const TSecrets& secrets, TCapturedTree& tree) {
 }
 
 // Texts that may hold anything: identities in either case, between bytes of the input.
-void AddFreeTexts(const TSecrets& secrets, TInput& input, TCapturedTree& tree) {
+void AddFreeTexts(const TSecrets& secrets, TInput& input, TCaptureTree& tree) {
     for (int i = 0; !input.IsEmpty() && i < 8; ++i) {
         const std::string* const all[] = {&secrets.serial, &secrets.padded, &secrets.uuid,
                                           &secrets.worldWideName, &secrets.mac};
@@ -255,7 +255,7 @@ void RequireGone(const std::string& secret, EIdentityKind kind, const std::vecto
     }
 }
 
-void RequireHostGone(const std::string& host, const TCapturedTree& tree) {
+void RequireHostGone(const std::string& host, const TCaptureTree& tree) {
     if (FindReach(host, EIdentityKind::hostName) == EIdentityReach::itself) {
         return;
     }
@@ -271,14 +271,14 @@ void RequireHostGone(const std::string& host, const TCapturedTree& tree) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     TInput input(data, size);
     const TSecrets secrets = MakeSecrets(input);
-    TCapturedTree tree;
-    TCapturedAnswers answers;
+    TCaptureTree tree;
+    TCaptureAnswers answers;
     answers.nodeName = secrets.host;
     answers.interfaceAddresses = {{"eth0", secrets.address4}, {"eth0", secrets.address6}};
     AddFiles(secrets, tree);
     AddFreeTexts(secrets, input, tree);
     const TRedactedMachine machine = Redact({0x0123456789ABCDEFU, 0xFEDCBA9876543210U}, tree, answers);
-    tree.AddFile(capturedAnswersPath, FormatCapturedAnswers(answers));
+    tree.AddFile(captureAnswersPath, FormatCaptureAnswers(answers));
 
     std::vector<std::string> texts;
     for (const auto& [path, node] : tree.GetNodes()) {

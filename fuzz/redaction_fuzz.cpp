@@ -27,8 +27,8 @@ constexpr const char* paths[] = {
 
 std::string RedactFile(const std::string& path, const std::string& bytes) {
     constexpr NVORHOST::TPseudonyms::TKey key{0x0123456789ABCDEFU, 0xFEDCBA9876543210U};
-    NVORHOST::TCapturedTree tree;
-    NVORHOST::TCapturedAnswers answers;
+    NVORHOST::TCaptureTree tree;
+    NVORHOST::TCaptureAnswers answers;
     tree.AddFile(path, bytes);
     NVORHOST::Redact(key, tree, answers);
     const auto* node = tree.Find(path);

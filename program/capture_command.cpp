@@ -15,19 +15,18 @@
 namespace NVORHOST {
 namespace {
 
-TCaptureSummary Summarise(const TNamespaceSource& source, const TCapturedTree& tree) {
+TCaptureSummary Summarise(const TNamespaceSource& source, const TCaptureTree& tree) {
     TCaptureSummary summary;
     summary.outcome = source.outcome;
     for (const auto& [path, node] : tree.GetNodes()) {
-        summary.files += node.kind == TCapturedTree::EKind::file ? 1U : 0U;
-        summary.links += node.kind == TCapturedTree::EKind::link ? 1U : 0U;
+        summary.files += node.kind == TCaptureTree::EKind::file ? 1U : 0U;
+        summary.links += node.kind == TCaptureTree::EKind::link ? 1U : 0U;
     }
     return summary;
 }
 
 // An archive that still contains an identity is not written.
-void RequireNothingLeft(const TRedactedMachine& redacted, const TCapturedTree& tree,
-                        const std::string& file) {
+void RequireNothingLeft(const TRedactedMachine& redacted, const TCaptureTree& tree, const std::string& file) {
     if (const auto left = FindIdentityLeft(redacted, tree)) {
         throw TRunFailure("cannot write " + file + ": " + std::string(NameOf(left->kind)) + " left in " +
                           left->path + " after redaction");
@@ -43,8 +42,8 @@ EExitStatus RunCapture(const TCaptureOptions& options, std::ostream& out) {
     TRecordedMachine machine;
     const TNamespaceSource source = RecordMachine(options.source, machine);
 
-    TCapturedTree tree = machine.files.GetTree();
-    TCapturedAnswers& answers = machine.answers;
+    TCaptureTree tree = machine.files.GetTree();
+    TCaptureAnswers& answers = machine.answers;
     answers.refusals = machine.files.FindRefusals();
     if (source.localTime) {
         answers.localTime = source.localTime->ToString();
@@ -54,7 +53,7 @@ EExitStatus RunCapture(const TCaptureOptions& options, std::ostream& out) {
         redacted = Redact(TPseudonyms::MakeKey(), tree, answers);
     }
     TCaptureSummary summary = Summarise(source, tree);
-    tree.AddFile(capturedAnswersPath, FormatCapturedAnswers(answers));
+    tree.AddFile(captureAnswersPath, FormatCaptureAnswers(answers));
     if (redacted) {
         RequireNothingLeft(*redacted, tree, options.file);
         summary.redacted = DescribeCounts(redacted->identities.CountIdentities());

@@ -20,7 +20,7 @@ TArchiveEntry LoadEntry() {
 
 }  // namespace
 
-void WriteArchive(const TCapturedTree& tree, std::ostream& out) {
+void WriteArchive(const TCaptureTree& tree, std::ostream& out) {
     LoadEntry()(tree, out);
 }
 

@@ -2,7 +2,7 @@
 // that pack one load it.
 #pragma once
 
-#include "machine/capture/captured_tree.h"
+#include "machine/capture/capture_tree.h"
 
 #include <ostream>
 
@@ -12,6 +12,6 @@ namespace NVORHOST {
 /// machine or user that packs it. Names of which nothing else is known become empty files.
 /// Errors: throws std::runtime_error when the module cannot be loaded or the archive not written; a stream
 /// that fails is left to the caller.
-void WriteArchive(const TCapturedTree& tree, std::ostream& out);
+void WriteArchive(const TCaptureTree& tree, std::ostream& out);
 
 }  // namespace NVORHOST

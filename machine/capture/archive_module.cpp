@@ -40,19 +40,19 @@ la_ssize_t WriteToStream(archive*, void* stream, const void* bytes, std::size_t 
 }
 
 struct TEntryKind {
-    TCapturedTree::EKind kind;
+    TCaptureTree::EKind kind;
     unsigned int type;
     mode_t permissions;
 };
 
 constexpr TEntryKind entryKinds[] = {
-    {TCapturedTree::EKind::name, AE_IFREG, 0644},
-    {TCapturedTree::EKind::file, AE_IFREG, 0644},
-    {TCapturedTree::EKind::folder, AE_IFDIR, 0755},
-    {TCapturedTree::EKind::link, AE_IFLNK, 0777},
+    {TCaptureTree::EKind::name, AE_IFREG, 0644},
+    {TCaptureTree::EKind::file, AE_IFREG, 0644},
+    {TCaptureTree::EKind::folder, AE_IFDIR, 0755},
+    {TCaptureTree::EKind::link, AE_IFLNK, 0777},
 };
 
-void Describe(const std::string& path, const TCapturedTree::TNode& node, archive_entry* entry) {
+void Describe(const std::string& path, const TCaptureTree::TNode& node, archive_entry* entry) {
     archive_entry_set_pathname(entry, path.c_str() + 1);  // relative to wherever it is unpacked
     for (const TEntryKind& row : entryKinds) {
         if (row.kind == node.kind) {
@@ -60,7 +60,7 @@ void Describe(const std::string& path, const TCapturedTree::TNode& node, archive
             archive_entry_set_perm(entry, row.permissions);
         }
     }
-    if (node.kind == TCapturedTree::EKind::link) {
+    if (node.kind == TCaptureTree::EKind::link) {
         archive_entry_set_symlink(entry, node.bytes.c_str());
     } else {
         archive_entry_set_size(entry, static_cast<la_int64_t>(node.bytes.size()));
@@ -68,21 +68,21 @@ void Describe(const std::string& path, const TCapturedTree::TNode& node, archive
     archive_entry_set_mtime(entry, 0, 0);
 }
 
-void WriteNode(archive* writer, const std::string& path, const TCapturedTree::TNode& node) {
+void WriteNode(archive* writer, const std::string& path, const TCaptureTree::TNode& node) {
     const TEntry entry(archive_entry_new());
     if (!entry) {
         throw std::bad_alloc();
     }
     Describe(path, node, entry.get());
     Check(writer, archive_write_header(writer, entry.get()));
-    if (node.kind == TCapturedTree::EKind::file && !node.bytes.empty() &&
+    if (node.kind == TCaptureTree::EKind::file && !node.bytes.empty() &&
         archive_write_data(writer, node.bytes.data(), node.bytes.size()) !=
             static_cast<la_ssize_t>(node.bytes.size())) {
         Check(writer, ARCHIVE_FATAL);
     }
 }
 
-void WriteTarXz(const TCapturedTree& tree, std::ostream& out) {
+void WriteTarXz(const TCaptureTree& tree, std::ostream& out) {
     const TArchive writer(archive_write_new());
     if (!writer) {
         throw std::bad_alloc();
@@ -103,7 +103,7 @@ void WriteTarXz(const TCapturedTree& tree, std::ostream& out) {
 }  // namespace
 }  // namespace NVORHOST
 
-extern "C" NKELVOR20_API void NVORHOST_WriteTarXz(const NVORHOST::TCapturedTree& tree, std::ostream& out) {
+extern "C" NKELVOR20_API void NVORHOST_WriteTarXz(const NVORHOST::TCaptureTree& tree, std::ostream& out) {
     NVORHOST::WriteTarXz(tree, out);
 }
 

@@ -1,7 +1,7 @@
 // Searches what is about to be handed on for identities that are left in it, in any writing.
 #pragma once
 
-#include "machine/capture/captured_tree.h"
+#include "machine/capture/capture_tree.h"
 #include "machine/capture/identity_texts.h"
 
 #include <optional>

@@ -347,14 +347,14 @@ std::string ReplaceFilePath(std::string_view path, const TRedactedMachine& redac
 
 // ---- the whole
 
-TRedactedMachine LearnAll(TPseudonyms::TKey key, const TCapturedTree& tree, const TCapturedAnswers& answers) {
+TRedactedMachine LearnAll(TPseudonyms::TKey key, const TCaptureTree& tree, const TCaptureAnswers& answers) {
     TRedactedMachine redaction{TIdentityTexts(key)};
     if (const auto* node = tree.Find("/sys/firmware/dmi/tables/smbios_entry_point")) {
         redaction.smbiosVersion = ParseSmbiosEntryPoint(node->bytes).value_or(redaction.smbiosVersion);
     }
     for (const auto& [path, node] : tree.GetNodes()) {
         redaction.identities.LearnForms(path, ContextOf(path));
-        if (node.kind == TCapturedTree::EKind::file) {
+        if (node.kind == TCaptureTree::EKind::file) {
             FindRule(path).learn(node.bytes, redaction);
         } else {
             redaction.identities.LearnForms(node.bytes, ContextOf(path));
@@ -369,9 +369,9 @@ TRedactedMachine LearnAll(TPseudonyms::TKey key, const TCapturedTree& tree, cons
     return redaction;
 }
 
-std::string ReplaceContents(const std::string& path, const TCapturedTree::TNode& node,
+std::string ReplaceContents(const std::string& path, const TCaptureTree::TNode& node,
                             const TRedactedMachine& redaction) {
-    if (node.kind != TCapturedTree::EKind::file) {
+    if (node.kind != TCaptureTree::EKind::file) {
         return redaction.identities.Replace(node.bytes, ContextOf(path));
     }
     // Identities that reach anywhere are replaced in files of every kind.
@@ -379,7 +379,7 @@ std::string ReplaceContents(const std::string& path, const TCapturedTree::TNode&
                                         ETextContext::published);
 }
 
-void RedactAnswers(const TRedactedMachine& redaction, TCapturedAnswers& answers) {
+void RedactAnswers(const TRedactedMachine& redaction, TCaptureAnswers& answers) {
     if (answers.nodeName) {
         answers.nodeName = redaction.identities.ReplaceHostName(*answers.nodeName);
     }
@@ -389,17 +389,17 @@ void RedactAnswers(const TRedactedMachine& redaction, TCapturedAnswers& answers)
             row.address = redaction.identities.GetPseudonyms().ReplaceAddress(row.address);
         }
     }
-    std::map<TAccessOfPath, EReadStatus> refusals;
+    std::map<TPathAccess, EReadStatus> refusals;
     for (const auto& [access, status] : answers.refusals) {
         const auto replace = access.access == EAccess::read ? ReplaceFilePath : ReplacePath;
-        refusals.emplace(TAccessOfPath{access.access, replace(access.path, redaction)}, status);
+        refusals.emplace(TPathAccess{access.access, replace(access.path, redaction)}, status);
     }
     answers.refusals = std::move(refusals);
 }
 
-std::optional<EIdentityKind> FindInNode(const std::string& path, const TCapturedTree::TNode& node,
+std::optional<EIdentityKind> FindInNode(const std::string& path, const TCaptureTree::TNode& node,
                                         const TIdentitySearch& search) {
-    if (node.kind != TCapturedTree::EKind::file) {
+    if (node.kind != TCaptureTree::EKind::file) {
         return search.Find(node.bytes, ContextOf(path));
     }
     const TFileRule& rule = FindRule(path);
@@ -409,11 +409,11 @@ std::optional<EIdentityKind> FindInNode(const std::string& path, const TCaptured
 
 }  // namespace
 
-TRedactedMachine Redact(TPseudonyms::TKey key, TCapturedTree& tree, TCapturedAnswers& answers) {
+TRedactedMachine Redact(TPseudonyms::TKey key, TCaptureTree& tree, TCaptureAnswers& answers) {
     TRedactedMachine redaction = LearnAll(key, tree, answers);
-    TCapturedTree redacted;
+    TCaptureTree redacted;
     for (const auto& [path, node] : tree.GetNodes()) {
-        const auto replace = node.kind == TCapturedTree::EKind::file ? ReplaceFilePath : ReplacePath;
+        const auto replace = node.kind == TCaptureTree::EKind::file ? ReplaceFilePath : ReplacePath;
         redacted.AddNode(replace(path, redaction), {node.kind, ReplaceContents(path, node, redaction)});
     }
     tree = std::move(redacted);
@@ -421,7 +421,7 @@ TRedactedMachine Redact(TPseudonyms::TKey key, TCapturedTree& tree, TCapturedAns
     return redaction;
 }
 
-std::optional<TIdentityLeft> FindIdentityLeft(const TRedactedMachine& machine, const TCapturedTree& tree) {
+std::optional<TIdentityLeft> FindIdentityLeft(const TRedactedMachine& machine, const TCaptureTree& tree) {
     const TIdentitySearch search(machine.identities);
     for (const auto& [path, node] : tree.GetNodes()) {
         auto kind = search.Find(path, ContextOf(path));

@@ -2,10 +2,10 @@
 // addresses, host and user names give way to pseudonyms; everything else stays.
 #pragma once
 
-#include "machine/capture/captured_tree.h"
+#include "machine/capture/capture_tree.h"
 #include "machine/capture/identity_texts.h"
 #include "machine/parse/smbios_table.h"
-#include "machine/replay/captured_answers.h"
+#include "machine/replay/capture_answers.h"
 
 #include <optional>
 #include <string>
@@ -20,7 +20,7 @@ struct TRedactedMachine {
 
 /// In the contents of files, in names and in targets of links alike. What is collected from the redacted tree
 /// differs from the original in values that identify, and in nothing else.
-TRedactedMachine Redact(TPseudonyms::TKey key, TCapturedTree& tree, TCapturedAnswers& answers);
+TRedactedMachine Redact(TPseudonyms::TKey key, TCaptureTree& tree, TCaptureAnswers& answers);
 
 /// An identity that the redaction missed.
 struct TIdentityLeft {
@@ -30,6 +30,6 @@ struct TIdentityLeft {
 
 /// Searches every name, content and target of a link for every identity of the machine, in every writing;
 /// absent when none is left.
-std::optional<TIdentityLeft> FindIdentityLeft(const TRedactedMachine& machine, const TCapturedTree& tree);
+std::optional<TIdentityLeft> FindIdentityLeft(const TRedactedMachine& machine, const TCaptureTree& tree);
 
 }  // namespace NVORHOST

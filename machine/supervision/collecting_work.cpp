@@ -1,7 +1,7 @@
 #include "machine/supervision/collecting_work.h"
 
-#include "machine/capture/capturing_files.h"
-#include "machine/capture/capturing_system_calls.h"
+#include "machine/capture/file_recorder.h"
+#include "machine/capture/system_call_recorder.h"
 #include "machine/names/hardware_database.h"
 #include "machine/supervision/collector_message.h"
 #include "machine/supervision/machine_door.h"
@@ -80,9 +80,9 @@ class TDoors {
     TDoors(const TCollectionTask& task, const TMachineDoor& machine, TAccessPlace& place)
         : collects_(task.collects),
           watched_(machine.GetFiles(), place, task.unanswered, OwnEntry(task.options)),
-          answers_(watched_, TLoggingFiles::EKeeps::questionsAndAnswers),
+          answers_(watched_, TRequestLog::EKept::requestsAndResponses),
           capturing_(answers_),
-          questions_(capturing_, TLoggingFiles::EKeeps::questions),
+          questions_(capturing_, TRequestLog::EKept::requests),
           calls_(machine.GetCalls()),
           capturingCalls_(calls_) {}
 
@@ -100,11 +100,11 @@ class TDoors {
   private:
     ECollects collects_;
     TWatchedFiles watched_;
-    TLoggingFiles answers_;
-    TCapturingFiles capturing_;
-    TLoggingFiles questions_;
+    TRequestLog answers_;
+    TFileRecorder capturing_;
+    TRequestLog questions_;
     const ISystemCalls& calls_;
-    TCapturingSystemCalls capturingCalls_;
+    TSystemCallRecorder capturingCalls_;
 };
 
 void RequireEssentials(const TCollectionTask& task, const TCollectReport& report) {

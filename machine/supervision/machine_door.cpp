@@ -1,7 +1,7 @@
 #include "machine/supervision/machine_door.h"
 
 #include "host/os_specific.h"
-#include "machine/replay/captured_answers.h"
+#include "machine/replay/capture_answers.h"
 #include "vorhost/run/run_failure.h"
 
 #include <unistd.h>
@@ -33,7 +33,7 @@ void RequireDirectory(const std::filesystem::path& root) {
 
 bool IsMachine(const std::filesystem::path& root) {
     std::error_code ignored;  // an entry that cannot be examined counts as missing
-    return std::filesystem::exists(root / std::string(capturedAnswersPath.substr(1)), ignored) ||
+    return std::filesystem::exists(root / std::string(captureAnswersPath.substr(1)), ignored) ||
            std::filesystem::is_directory(root / "proc", ignored) ||
            std::filesystem::is_directory(root / "sys", ignored);
 }
@@ -62,7 +62,7 @@ void RequireMachine(const std::filesystem::path& root) {
     }
     const auto near = FindMachineNear(root);
     Refuse(root, "not the tree of a machine: it has neither proc nor sys nor " +
-                     std::string(capturedAnswersPath.substr(1)) +
+                     std::string(captureAnswersPath.substr(1)) +
                      (near ? "; did you mean " + near->string() + "?" : ""));
 }
 
@@ -75,7 +75,7 @@ void RequireOpen(const TRootedFiles& files) {
 }
 
 // Without the recorded answers, the tree would produce the inventory of a different machine.
-void RequireAnswers(const TRootedFiles& files, const TCapturedSystemCalls& calls) {
+void RequireAnswers(const TRootedFiles& files, const TReplaySystemCalls& calls) {
     if (!calls.GetAnswersError().empty()) {
         throw TRunFailure("cannot collect from " + files.GetRoot() + ": " + calls.GetAnswersError());
     }

@@ -1,8 +1,8 @@
 // The machine that a run collects from: the running one, or a tree that was captured from one.
 #pragma once
 
-#include "machine/replay/captured_files.h"
-#include "machine/replay/captured_system_calls.h"
+#include "machine/replay/replay_files.h"
+#include "machine/replay/replay_system_calls.h"
 #include "machine/supervision/machine_options.h"
 #include "machine/system/live_system_calls.h"
 #include "machine/system/rooted_files.h"
@@ -37,8 +37,8 @@ class TMachineDoor {
     std::optional<NKELVOR20::TCIMDateTime> localTime_;
     TRootedFiles rootedFiles_;
     TLiveSystemCalls liveCalls_;
-    std::optional<TCapturedSystemCalls> capturedCalls_;  // only for trees
-    std::optional<TCapturedFiles> capturedFiles_;        // only for trees
+    std::optional<TReplaySystemCalls> capturedCalls_;  // only for trees
+    std::optional<TReplayFiles> capturedFiles_;        // only for trees
 };
 
 }  // namespace NVORHOST

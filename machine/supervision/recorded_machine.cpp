@@ -3,21 +3,21 @@
 namespace NVORHOST {
 namespace {
 
-void WriteQuestion(const TQuestion& question, TMessageWriter& message) {
-    message.WriteNumber(static_cast<std::uint64_t>(question.kind));
+void WriteQuestion(const TFileRequest& question, TMessageWriter& message) {
+    message.WriteNumber(static_cast<std::uint64_t>(question.operation));
     message.WriteText(question.path);
     message.WriteNumber(question.maxBytes);
 }
 
-TQuestion ReadQuestion(TMessageReader& message) {
-    TQuestion question;
-    question.kind = static_cast<EQuestion>(message.ReadNumber());
+TFileRequest ReadQuestion(TMessageReader& message) {
+    TFileRequest question;
+    question.operation = static_cast<EFileOperation>(message.ReadNumber());
     question.path = message.ReadText();
     question.maxBytes = message.ReadNumber();
     return question;
 }
 
-void WriteAnswer(const TAnswer& answer, TMessageWriter& message) {
+void WriteAnswer(const TFileResponse& answer, TMessageWriter& message) {
     message.WriteNumber(static_cast<std::uint64_t>(answer.text.status));
     message.WriteText(answer.text.value);
     message.WriteText(answer.text.error);
@@ -30,8 +30,8 @@ void WriteAnswer(const TAnswer& answer, TMessageWriter& message) {
     message.WriteNumber(answer.exists ? 1 : 0);
 }
 
-TAnswer ReadAnswer(TMessageReader& message) {
-    TAnswer answer;
+TFileResponse ReadAnswer(TMessageReader& message) {
+    TFileResponse answer;
     answer.text.status = static_cast<EReadStatus>(message.ReadNumber());
     answer.text.value = message.ReadText();
     answer.text.error = message.ReadText();
@@ -48,42 +48,42 @@ TAnswer ReadAnswer(TMessageReader& message) {
 
 void WriteMachineLog(const TMachineLog& log, TMessageWriter& message) {
     message.WriteNumber(log.answers.size());
-    for (const TLoggingFiles::TEntry& entry : log.answers) {
-        WriteQuestion(entry.question, message);
-        WriteAnswer(entry.answer, message);
+    for (const TRequestLog::TEntry& entry : log.answers) {
+        WriteQuestion(entry.request, message);
+        WriteAnswer(entry.response, message);
     }
     message.WriteNumber(log.questions.size());
-    for (const TLoggingFiles::TEntry& entry : log.questions) {
-        WriteQuestion(entry.question, message);
+    for (const TRequestLog::TEntry& entry : log.questions) {
+        WriteQuestion(entry.request, message);
     }
-    message.WriteText(FormatCapturedAnswers(log.calls));
+    message.WriteText(FormatCaptureAnswers(log.calls));
 }
 
 TMachineLog ReadMachineLog(TMessageReader& message) {
     TMachineLog log;
     for (std::uint64_t left = message.ReadNumber(); left > 0; --left) {
-        TQuestion question = ReadQuestion(message);
+        TFileRequest question = ReadQuestion(message);
         log.answers.push_back({std::move(question), ReadAnswer(message)});
     }
     for (std::uint64_t left = message.ReadNumber(); left > 0; --left) {
         log.questions.push_back({ReadQuestion(message), {}});
     }
-    log.calls = ParseCapturedAnswers(message.ReadText());
+    log.calls = ParseCaptureAnswers(message.ReadText());
     return log;
 }
 
 void AddAnswers(const TMachineLog& log, TRecordedMachine& machine) {
-    for (const TLoggingFiles::TEntry& entry : log.answers) {
-        machine.answered.Add(entry.question, entry.answer);
+    for (const TRequestLog::TEntry& entry : log.answers) {
+        machine.answered.Add(entry.request, entry.response);
     }
 }
 
 void AddLog(const TMachineLog& log, TRecordedMachine& machine) {
     AddAnswers(log, machine);
-    for (const TLoggingFiles::TEntry& entry : log.questions) {
-        Ask(machine.files, entry.question);
+    for (const TRequestLog::TEntry& entry : log.questions) {
+        Repeat(entry.request, machine.files);
     }
-    MergeCapturedAnswers(log.calls, machine.answers);
+    MergeCaptureAnswers(log.calls, machine.answers);
 }
 
 }  // namespace NVORHOST

@@ -1,9 +1,9 @@
 // The content of a capture, assembled from what the collecting processes have read.
 #pragma once
 
-#include "machine/capture/capturing_files.h"
-#include "machine/replay/answer_log.h"
-#include "machine/replay/captured_answers.h"
+#include "machine/capture/file_recorder.h"
+#include "machine/replay/capture_answers.h"
+#include "machine/replay/request_log.h"
 #include "machine/supervision/message.h"
 
 #include <string_view>
@@ -12,17 +12,17 @@ namespace NVORHOST {
 
 /// Reads nothing itself: its files answer from the logs that were added.
 struct TRecordedMachine {
-    TAnsweredFiles answered;
-    TCapturingFiles files{answered};
-    TCapturedAnswers answers;  ///< answers of system calls
+    TLoggedFiles answered;
+    TFileRecorder files{answered};
+    TCaptureAnswers answers;  ///< answers of system calls
 };
 
 /// What one collector has read. `questions` are the accesses of the collector; `answers` are the accesses
 /// that reached the machine, with their results.
 struct TMachineLog {
-    std::vector<TLoggingFiles::TEntry> answers;
-    std::vector<TLoggingFiles::TEntry> questions;
-    TCapturedAnswers calls;
+    std::vector<TRequestLog::TEntry> answers;
+    std::vector<TRequestLog::TEntry> questions;
+    TCaptureAnswers calls;
 };
 
 void WriteMachineLog(const TMachineLog& log, TMessageWriter& message);

@@ -2,7 +2,7 @@
 // all the rest and names them, or fails and keeps the earlier files.
 #include "faulted_run.h"
 #include "machine/collect/run/collection_run.h"
-#include "machine/system/recording_files.h"
+#include "machine/system/access_log.h"
 #include "machine_on_disk.h"
 #include "tests/program/temporary_directory.h"
 #include "tests/program/waiting.h"
@@ -99,7 +99,7 @@ class TDeadline : public testing::Test {
 
 // The paths that a collector looks at when it runs alone, in the order of the first access.
 std::vector<std::string> ReadsOf(const TCollector& collector, const TMachine& machine) {
-    NVORHOST::TRecordingFiles recording(machine.files);
+    NVORHOST::TAccessLog recording(machine.files);
     NVORHOST::TMemoryNamespace target;
     (void)NVORHOST::CollectAll({recording, machine.calls, target, std::nullopt}, std::span(&collector, 1));
     std::vector<std::string> paths;

@@ -1,6 +1,6 @@
 #include "machine_on_disk.h"
 
-#include "machine/replay/captured_answers.h"
+#include "machine/replay/capture_answers.h"
 
 #include <filesystem>
 #include <fstream>
@@ -32,7 +32,7 @@ void WriteEntry(const ISystemFiles& files, const std::string& path, const std::s
 
 void WriteMachine(const NVORHOST::TMachine& machine, const std::string& folder) {
     WriteEntry(machine.files, "", folder);
-    NVORHOST::TCapturedAnswers answers;
+    NVORHOST::TCaptureAnswers answers;
     answers.kernelRelease = machine.calls.kernelRelease;
     answers.nodeName = machine.calls.nodeName;
     answers.architecture = machine.calls.architecture;
@@ -40,7 +40,7 @@ void WriteMachine(const NVORHOST::TMachine& machine, const std::string& folder) 
     answers.pageSizeBytes = machine.calls.pageSizeBytes;
     answers.clockTicksPerSecond = machine.calls.clockTicksPerSecond;
     answers.interfaceAddresses = machine.calls.interfaceAddresses;
-    WriteBytes(folder + std::string(NVORHOST::capturedAnswersPath), NVORHOST::FormatCapturedAnswers(answers));
+    WriteBytes(folder + std::string(NVORHOST::captureAnswersPath), NVORHOST::FormatCaptureAnswers(answers));
 }
 
 }  // namespace NTEST

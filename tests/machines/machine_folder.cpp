@@ -1,6 +1,6 @@
 #include "machine_folder.h"
 
-#include "machine/replay/captured_answers.h"
+#include "machine/replay/capture_answers.h"
 
 #include <algorithm>
 #include <fstream>
@@ -60,8 +60,8 @@ class TWriter {
     EEntryOrder order_;
 };
 
-TCapturedAnswers MakeAnswers(const TFakeSystemCalls& calls) {
-    TCapturedAnswers answers;
+TCaptureAnswers MakeAnswers(const TFakeSystemCalls& calls) {
+    TCaptureAnswers answers;
     answers.kernelRelease = calls.kernelRelease;
     answers.nodeName = calls.nodeName;
     answers.architecture = calls.architecture;
@@ -92,7 +92,7 @@ TMachine ReadMachine(const std::string& name) {
 
 void WriteMachine(const TMachine& machine, const fs::path& folder, EEntryOrder order) {
     TWriter(machine.files, folder, order).WriteFolder("");
-    WriteBytes(folder / capturedAnswersPath.substr(1), FormatCapturedAnswers(MakeAnswers(machine.calls)));
+    WriteBytes(folder / captureAnswersPath.substr(1), FormatCaptureAnswers(MakeAnswers(machine.calls)));
 }
 
 }  // namespace NVORHOST

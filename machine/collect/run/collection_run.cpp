@@ -3,7 +3,7 @@
 #include "host/vor_exception.h"
 #include "machine/collect/frame/collection.h"
 #include "machine/collect/run/essential_sources.h"
-#include "machine/system/recording_files.h"
+#include "machine/system/access_log.h"
 
 #include <exception>
 #include <new>
@@ -37,11 +37,11 @@ std::string RunCollector(const TCollector& collector, TCollection& collection) {
     }
 }
 
-std::vector<std::string> PathsThatEnded(const std::vector<TRecordingFiles::TAccess>& accesses,
+std::vector<std::string> PathsThatEnded(const std::vector<TAccessLog::TAccess>& accesses,
                                         EReadStatus status) {
     std::vector<std::string> paths;
     std::unordered_set<std::string_view> seen;
-    for (const TRecordingFiles::TAccess& access : accesses) {
+    for (const TAccessLog::TAccess& access : accesses) {
         if (access.status == status && seen.insert(access.path).second) {
             paths.push_back(access.path);
         }
@@ -49,8 +49,8 @@ std::vector<std::string> PathsThatEnded(const std::vector<TRecordingFiles::TAcce
     return paths;
 }
 
-std::string FindEssentialFailure(const std::vector<TRecordingFiles::TAccess>& accesses) {
-    for (const TRecordingFiles::TAccess& access : accesses) {
+std::string FindEssentialFailure(const std::vector<TAccessLog::TAccess>& accesses) {
+    for (const TAccessLog::TAccess& access : accesses) {
         if (IsInputError(access.cause) && IsEssentialSource(access.path)) {
             return access.path + ": " + std::generic_category().message(access.cause);
         }
@@ -79,7 +79,7 @@ struct TCollectorRuns::TParts {
         : context(givenContext), files(context.files), collection(context, files) {}
 
     const TCollectContext& context;
-    TRecordingFiles files;
+    TAccessLog files;
     TCollection collection;
 };
 

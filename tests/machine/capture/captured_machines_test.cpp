@@ -1,9 +1,9 @@
 // Whole machines: their captures take their place, redacted ones too.
-#include "machine/capture/capturing_files.h"
-#include "machine/capture/capturing_system_calls.h"
+#include "machine/capture/file_recorder.h"
 #include "machine/capture/redaction.h"
-#include "machine/replay/captured_files.h"
-#include "machine/replay/captured_system_calls.h"
+#include "machine/capture/system_call_recorder.h"
+#include "machine/replay/replay_files.h"
+#include "machine/replay/replay_system_calls.h"
 #include "tests/machine/collect/collect_fixture.h"
 #include "tests/machine/collect/namespace_text.h"
 
@@ -40,13 +40,13 @@ std::vector<std::string> FindShapes() {
 }
 
 struct TCapture {
-    TCapturedTree tree;
-    TCapturedAnswers answers;
+    TCaptureTree tree;
+    TCaptureAnswers answers;
 };
 
 TCapture CaptureMachine(const TMachine& machine, TCollected& collected) {
-    const TCapturingFiles files(machine.files);
-    const TCapturingSystemCalls calls(machine.calls);
+    const TFileRecorder files(machine.files);
+    const TSystemCallRecorder calls(machine.calls);
     Collect(files, calls, collected);
     TCapture capture{files.GetTree(), calls.GetAnswers()};
     capture.answers.refusals = files.FindRefusals();
@@ -58,26 +58,26 @@ TMemoryFiles Unpack(const TCapture& capture) {
     TMemoryFiles files;
     for (const auto& [path, node] : capture.tree.GetNodes()) {
         switch (node.kind) {
-            case TCapturedTree::EKind::name:
-            case TCapturedTree::EKind::file:
+            case TCaptureTree::EKind::name:
+            case TCaptureTree::EKind::file:
                 files.AddFile(path, node.bytes);
                 break;
-            case TCapturedTree::EKind::folder:
+            case TCaptureTree::EKind::folder:
                 files.AddFolder(path);
                 break;
-            case TCapturedTree::EKind::link:
+            case TCaptureTree::EKind::link:
                 files.AddLink(path, node.bytes);
                 break;
         }
     }
-    files.AddFile(capturedAnswersPath, FormatCapturedAnswers(capture.answers));
+    files.AddFile(captureAnswersPath, FormatCaptureAnswers(capture.answers));
     return files;
 }
 
 void CollectFrom(const TCapture& capture, TCollected& collected) {
     const TMemoryFiles files = Unpack(capture);
-    const TCapturedSystemCalls calls(files);
-    Collect(TCapturedFiles(files, calls.GetAnswers()), calls, collected);
+    const TReplaySystemCalls calls(files);
+    Collect(TReplayFiles(files, calls.GetAnswers()), calls, collected);
 }
 
 std::vector<std::string> Lines(const std::string& text) {
@@ -197,7 +197,7 @@ TEST_P(TMachineCaptureTest, RedactedHoldsNothingThatIdentifies) {
     const TMachine machine = ReadMachine();
     TCapture capture = CaptureMachine(machine, original);
     Redact(key, capture.tree, capture.answers);
-    std::string everything = FormatCapturedAnswers(capture.answers);
+    std::string everything = FormatCaptureAnswers(capture.answers);
     for (const auto& [path, node] : capture.tree.GetNodes()) {
         everything += path + "\n" + node.bytes + "\n";
     }
@@ -215,9 +215,9 @@ TEST_P(TMachineCaptureTest, RedactedPassesTheSearchForWhatIsLeft) {
     TCollected original;
     const TMachine machine = ReadMachine();
     TCapture capture = CaptureMachine(machine, original);
-    const TCapturedTree before = capture.tree;
+    const TCaptureTree before = capture.tree;
     const TRedactedMachine redacted = Redact(key, capture.tree, capture.answers);
-    capture.tree.AddFile(capturedAnswersPath, FormatCapturedAnswers(capture.answers));
+    capture.tree.AddFile(captureAnswersPath, FormatCaptureAnswers(capture.answers));
     const auto left = FindIdentityLeft(redacted, capture.tree);
     EXPECT_EQ(left ? left->path : "nothing", "nothing");
     // The search does find what is in the tree that was not redacted.

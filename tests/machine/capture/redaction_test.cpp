@@ -1,7 +1,7 @@
 // What identifies a machine is found wherever it stands in a capture.
 #include "machine/capture/redaction.h"
 
-#include "machine/capture/capturing_files.h"
+#include "machine/capture/file_recorder.h"
 #include "machine/parse/ip_address.h"
 #include "machine/parse/proc_net.h"
 #include "machine/parse/scsi_vpd.h"
@@ -45,8 +45,8 @@ class TRedactionTest : public testing::Test {
         }
     }
 
-    TCapturedTree tree_;
-    TCapturedAnswers answers_;
+    TCaptureTree tree_;
+    TCaptureAnswers answers_;
 
   private:
     bool isRedacted_ = false;
@@ -444,8 +444,8 @@ TEST_F(TRedactionTest, FilesStayAsLongAsTheyWereWhateverTheyHold) {
              {std::string(), std::string("\n"), std::string(" \t\n\n"), std::string(3, '\0'),
               std::string(700, '\xFF'), std::string(700, '7'), std::string("a=b\nE:\n=\nE:ID_SERIAL\n"),
               std::string("nvme.\nt10.\n"), std::string("5000c500a1b2c3d4 10.0.0.1\t10.0.0.1/8\n")}) {
-            TCapturedTree tree;
-            TCapturedAnswers answers;
+            TCaptureTree tree;
+            TCaptureAnswers answers;
             tree.AddFile(path, text);
             Redact(key, tree, answers);
             EXPECT_EQ(tree.Find(path)->bytes.size(), text.size()) << path;

@@ -1,6 +1,6 @@
 // Trees captured on other machines, with what is known of them from elsewhere. They lie in the folder that
 // NOXINFO_SHARED names, else beside the project's; where they are missing the tests are skipped.
-#include "machine/replay/captured_system_calls.h"
+#include "machine/replay/replay_system_calls.h"
 #include "machine/system/rooted_files.h"
 #include "tests/machine/collect/collect_fixture.h"
 #include "tests/machine/collect/namespace_text.h"
@@ -44,7 +44,7 @@ class TCapturedMachineTest : public testing::Test {
         ASSERT_EQ(std::system(command.c_str()), 0) << command;
         root_ = folder_.GetPath() / root;
         const TRootedFiles files(root_.string());
-        const TCapturedSystemCalls calls(files);
+        const TReplaySystemCalls calls(files);
         Collect(files, calls, collected_);
         for (const TCollectReport& report : collected_.reports) {
             EXPECT_EQ(report.failure, "") << report.collector;

@@ -1,6 +1,6 @@
 // What the collectors say that they read, against what they read on machines.
+#include "machine/system/access_log.h"
 #include "machine/system/path_pattern.h"
-#include "machine/system/recording_files.h"
 #include "tests/machine/collect/collect_fixture.h"
 
 #include <gmock/gmock.h>
@@ -36,7 +36,7 @@ std::map<std::string_view, std::set<std::string>> RecordAccesses() {
     std::map<std::string_view, std::set<std::string>> accesses;
     for (const TMachine& machine : ReadMachines()) {
         for (const TCollector& collector : GetCollectors()) {
-            TRecordingFiles recording(machine.files);
+            TAccessLog recording(machine.files);
             TMemoryNamespace target;
             (void)CollectAll({recording, machine.calls, target, CollectionTime()}, std::span(&collector, 1));
             for (const auto& access : recording.TakeAccesses()) {

@@ -1,5 +1,5 @@
 // The running system's answers, and those of a captured tree.
-#include "machine/replay/captured_system_calls.h"
+#include "machine/replay/replay_system_calls.h"
 #include "machine/system/live_system_calls.h"
 #include "tests/machine/system/memory_files.h"
 
@@ -48,26 +48,26 @@ TEST(TLiveSystemCalls, KnowsLocalTimeOfTheMomentAskedFor) {
     tzset();
 }
 
-TEST(TCapturedSystemCalls, AnswersFromTheTree) {
+TEST(TReplaySystemCalls, AnswersFromTheTree) {
     TMemoryFiles files;
     files.AddFile("/proc/sys/kernel/osrelease", "5.10.0-8-amd64\n");
     files.AddFile("/proc/sys/kernel/hostname", "captured\n");
     files.AddFile("/proc/sys/kernel/arch", "x86_64\n");
-    const TCapturedSystemCalls calls(files);
+    const TReplaySystemCalls calls(files);
     EXPECT_EQ(calls.KernelRelease(), "5.10.0-8-amd64");
     EXPECT_EQ(calls.NodeName(), "captured");
     EXPECT_EQ(calls.Architecture(), "x86_64");
 }
 
-TEST(TCapturedSystemCalls, TakesTheConfiguredHostNameWhereTheRunningOneIsMissing) {
+TEST(TReplaySystemCalls, TakesTheConfiguredHostNameWhereTheRunningOneIsMissing) {
     TMemoryFiles files;
     files.AddFile("/etc/hostname", "configured\n");
-    EXPECT_EQ(TCapturedSystemCalls(files).NodeName(), "configured");
+    EXPECT_EQ(TReplaySystemCalls(files).NodeName(), "configured");
 }
 
-TEST(TCapturedSystemCalls, AnswersNothingThatTheTreeDoesNotHold) {
+TEST(TReplaySystemCalls, AnswersNothingThatTheTreeDoesNotHold) {
     const TMemoryFiles files;
-    const TCapturedSystemCalls calls(files);
+    const TReplaySystemCalls calls(files);
     EXPECT_EQ(calls.KernelRelease(), std::nullopt);
     EXPECT_EQ(calls.NodeName(), std::nullopt);
     EXPECT_EQ(calls.Architecture(), std::nullopt);

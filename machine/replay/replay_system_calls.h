@@ -2,19 +2,19 @@
 // machine that reads the tree shows through.
 #pragma once
 
-#include "machine/replay/captured_answers.h"
+#include "machine/replay/capture_answers.h"
 #include "machine/system/system_calls.h"
 #include "machine/system/system_files.h"
 
 namespace NVORHOST {
 
-class TCapturedSystemCalls final : public ISystemCalls {
+class TReplaySystemCalls final : public ISystemCalls {
   public:
     /// Takes the answers that `files` keeps; `files` must outlive this object.
-    explicit TCapturedSystemCalls(const ISystemFiles& files)
-        : files_(files), answers_(ReadCapturedAnswers(files)) {}
+    explicit TReplaySystemCalls(const ISystemFiles& files)
+        : files_(files), answers_(ReadCaptureAnswers(files)) {}
 
-    const TCapturedAnswers& GetAnswers() const { return answers_.value; }
+    const TCaptureAnswers& GetAnswers() const { return answers_.value; }
     /// Path and cause when the tree keeps answers that cannot be read; else empty.
     const std::string& GetAnswersError() const { return answers_.error; }
 
@@ -42,7 +42,7 @@ class TCapturedSystemCalls final : public ISystemCalls {
 
   private:
     const ISystemFiles& files_;
-    TReadResult<TCapturedAnswers> answers_;
+    TReadResult<TCaptureAnswers> answers_;
 };
 
 }  // namespace NVORHOST

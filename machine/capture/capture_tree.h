@@ -10,7 +10,7 @@ namespace NVORHOST {
 /// Paths are absolute, without links, "." or ".." on the way and without a slash at the end; folders on the
 /// way come to be by themselves. Nothing replaces what is known better: a name is all that is known of an
 /// entry until it turns out to be a file, a folder or a link.
-class TCapturedTree {
+class TCaptureTree {
   public:
     enum class EKind { name, file, folder, link };
 

@@ -1,7 +1,7 @@
 // What a capture keeps of every way to look at a file.
-#include "machine/capture/capturing_files.h"
+#include "machine/capture/file_recorder.h"
 
-#include "machine/capture/capturing_system_calls.h"
+#include "machine/capture/system_call_recorder.h"
 #include "tests/machine/system/machine_tree.h"
 
 #include <gmock/gmock.h>
@@ -15,7 +15,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
-using EKind = TCapturedTree::EKind;
+using EKind = TCaptureTree::EKind;
 
 class TCapturingFilesTest : public testing::Test {
   protected:
@@ -43,7 +43,7 @@ class TCapturingFilesTest : public testing::Test {
     }
 
     TMachine machine_;
-    TCapturingFiles capturing_{machine_.files};
+    TFileRecorder capturing_{machine_.files};
 };
 
 TEST_F(TCapturingFilesTest, KeepsWhatWasReadAndNothingElse) {
@@ -131,9 +131,9 @@ TEST_F(TCapturingFilesTest, RemembersWhatWasDeniedAndWhatFailed) {
     (void)capturing_.ReadBytes("/broken", 5);
     (void)capturing_.List("/closed");
     EXPECT_THAT(capturing_.FindRefusals(),
-                ElementsAre(Pair(TAccessOfPath{EAccess::read, "/broken"}, EReadStatus::failed),
-                            Pair(TAccessOfPath{EAccess::read, "/closed"}, EReadStatus::denied),
-                            Pair(TAccessOfPath{EAccess::list, "/closed"}, EReadStatus::denied)));
+                ElementsAre(Pair(TPathAccess{EAccess::read, "/broken"}, EReadStatus::failed),
+                            Pair(TPathAccess{EAccess::read, "/closed"}, EReadStatus::denied),
+                            Pair(TPathAccess{EAccess::list, "/closed"}, EReadStatus::denied)));
 }
 
 TEST_F(TCapturingFilesTest, WhatIsMissingIsMissingInTheTreeToo) {
@@ -150,10 +150,10 @@ TEST_F(TCapturingFilesTest, RemembersWhatWasListedAndGoneWhenItWasRead) {
     machine_.files.Remove("/proc/17");
     EXPECT_EQ(capturing_.ReadText("/proc/17").status, EReadStatus::notFound);
     EXPECT_THAT(capturing_.FindRefusals(),
-                ElementsAre(Pair(TAccessOfPath{EAccess::read, "/proc/17"}, EReadStatus::notFound)));
+                ElementsAre(Pair(TPathAccess{EAccess::read, "/proc/17"}, EReadStatus::notFound)));
 }
 
-TEST(TCapturingSystemCalls, KeepsTheAnswersThatWereAskedFor) {
+TEST(TSystemCallRecorder, KeepsTheAnswersThatWereAskedFor) {
     TFakeSystemCalls calls;
     calls.kernelRelease = "6.1";
     calls.nodeName = "server";
@@ -163,8 +163,8 @@ TEST(TCapturingSystemCalls, KeepsTheAnswersThatWereAskedFor) {
     calls.clockTicksPerSecond = 100;
     calls.utcOffsetMinutes = 60;
     calls.interfaceAddresses.emplace();
-    const TCapturingSystemCalls capturing(calls);
-    EXPECT_EQ(FormatCapturedAnswers(capturing.GetAnswers()), FormatCapturedAnswers({}));
+    const TSystemCallRecorder capturing(calls);
+    EXPECT_EQ(FormatCaptureAnswers(capturing.GetAnswers()), FormatCaptureAnswers({}));
     EXPECT_EQ(capturing.KernelRelease(), "6.1");
     EXPECT_EQ(capturing.NodeName(), "server");
     EXPECT_EQ(capturing.Architecture(), "x86_64");
@@ -173,7 +173,7 @@ TEST(TCapturingSystemCalls, KeepsTheAnswersThatWereAskedFor) {
     EXPECT_EQ(capturing.ClockTicksPerSecond(), 100U);
     EXPECT_EQ(capturing.UtcOffsetMinutes(17), 60);
     EXPECT_TRUE(capturing.InterfaceAddresses());
-    EXPECT_EQ(FormatCapturedAnswers(capturing.GetAnswers()),
+    EXPECT_EQ(FormatCaptureAnswers(capturing.GetAnswers()),
               "# Answers of the captured machine beside its files.\n"
               "KernelRelease 6.1\nNodeName server\nArchitecture x86_64\nHypervisorSignature KVMKVMKVM\n"
               "PageSizeBytes 4096\nClockTicksPerSecond 100\nUtcOffsetMinutes 17 60\nInterfaceAddresses\n");

@@ -16,38 +16,38 @@
 namespace NVORHOST {
 
 /// Where the answers stand in a captured tree.
-inline constexpr std::string_view capturedAnswersPath = "/noxinfo-system.txt";
+inline constexpr std::string_view captureAnswersPath = "/noxinfo-system.txt";
 
 /// The ways to look at a path.
 enum class EAccess { read, list, readLink, exists };
 
-struct TAccessOfPath {
+struct TPathAccess {
     EAccess access;
     std::string path;  ///< as it was asked for
 
-    auto operator<=>(const TAccessOfPath&) const = default;
+    auto operator<=>(const TPathAccess&) const = default;
 };
 
-struct TCapturedAnswers {
+struct TCaptureAnswers {
     std::optional<std::string> localTime;  ///< of the capture, as a CIM date-time
     std::optional<std::string> kernelRelease, nodeName, architecture, hypervisorSignature;
     std::optional<std::uint32_t> pageSizeBytes, clockTicksPerSecond;
     std::map<std::int64_t, int> utcOffsetMinutes;  ///< by the moments that were asked about
     std::optional<std::vector<TInterfaceAddress>> interfaceAddresses;
     /// Accesses that ended otherwise than the tree's own files let them end.
-    std::map<TAccessOfPath, EReadStatus> refusals;
+    std::map<TPathAccess, EReadStatus> refusals;
 };
 
 /// One line for each answer. Bytes that would break a line or a word are written as "%hh".
-std::string FormatCapturedAnswers(const TCapturedAnswers& answers);
+std::string FormatCaptureAnswers(const TCaptureAnswers& answers);
 
 /// Lines of another form are skipped, so that an older program reads what a newer one wrote.
-TCapturedAnswers ParseCapturedAnswers(std::string_view text);
+TCaptureAnswers ParseCaptureAnswers(std::string_view text);
 
 /// Adds to `answers` what `more` holds; where both have a single value, that of `more` replaces it.
-void MergeCapturedAnswers(const TCapturedAnswers& more, TCapturedAnswers& answers);
+void MergeCaptureAnswers(const TCaptureAnswers& more, TCaptureAnswers& answers);
 
 /// Of the tree behind `files`; ok with nothing in it when the tree keeps none.
-TReadResult<TCapturedAnswers> ReadCapturedAnswers(const ISystemFiles& files);
+TReadResult<TCaptureAnswers> ReadCaptureAnswers(const ISystemFiles& files);
 
 }  // namespace NVORHOST

@@ -1,5 +1,5 @@
 // The record of a collection's accesses.
-#include "machine/system/recording_files.h"
+#include "machine/system/access_log.h"
 
 #include "tests/machine/system/memory_files.h"
 
@@ -16,12 +16,12 @@ MATCHER_P2(IsAccess, path, status, "") {
     return arg.path == path && arg.status == status;
 }
 
-TEST(TRecordingFiles, PassesAnswersOnAndRemembersHowEachAccessEnded) {
+TEST(TAccessLog, PassesAnswersOnAndRemembersHowEachAccessEnded) {
     TMemoryFiles machine;
     machine.AddFile("/file", "text");
     machine.AddLink("/link", "file");
     machine.AddRefusal("/secret", EReadStatus::denied);
-    TRecordingFiles files(machine);
+    TAccessLog files(machine);
 
     EXPECT_EQ(files.ReadText("/file").value, "text");
     EXPECT_EQ(files.ReadBytes("/secret", 1).status, EReadStatus::denied);
@@ -36,9 +36,9 @@ TEST(TRecordingFiles, PassesAnswersOnAndRemembersHowEachAccessEnded) {
                             IsAccess("/link", EReadStatus::ok), IsAccess("/none", EReadStatus::notFound)));
 }
 
-TEST(TRecordingFiles, StartsANewRecordWhenTheOldOneIsTaken) {
+TEST(TAccessLog, StartsANewRecordWhenTheOldOneIsTaken) {
     TMemoryFiles machine;
-    TRecordingFiles files(machine);
+    TAccessLog files(machine);
     (void)files.Exists("/a");  // only the record matters
     (void)files.TakeAccesses();
     EXPECT_THAT(files.TakeAccesses(), IsEmpty());

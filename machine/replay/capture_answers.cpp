@@ -1,4 +1,4 @@
-#include "machine/replay/captured_answers.h"
+#include "machine/replay/capture_answers.h"
 
 #include "text/find_row.h"
 #include "text/hex.h"
@@ -122,14 +122,14 @@ void ForEachWordAnswer(TAnswers& answers, TVisit&& visit) {
     visit("ClockTicksPerSecond", answers.clockTicksPerSecond);
 }
 
-std::string FormatRefusal(const TAccessOfPath& access, EReadStatus status) {
+std::string FormatRefusal(const TPathAccess& access, EReadStatus status) {
     const auto* const accessRow = FindRow(accessNames, &TAccessName::access, access.access);
     const auto* const statusRow = FindRow(statusNames, &TStatusName::status, status);
     return std::string(statusRow->name) + " " + std::string(accessRow->name) + " " + Escape(access.path) +
            "\n";
 }
 
-void ReadAddress(std::string_view words, TCapturedAnswers& answers) {
+void ReadAddress(std::string_view words, TCaptureAnswers& answers) {
     TInterfaceAddress row;
     row.interface = Unescape(TakeUntil(words, ' '));
     row.address = ParseAddress(std::string(words));
@@ -138,7 +138,7 @@ void ReadAddress(std::string_view words, TCapturedAnswers& answers) {
     }
 }
 
-void ReadOffset(std::string_view words, TCapturedAnswers& answers) {
+void ReadOffset(std::string_view words, TCaptureAnswers& answers) {
     const auto moment = ParseNumber<std::int64_t>(TakeUntil(words, ' '));
     const auto offset = ParseNumber<int>(words);
     if (moment && offset) {
@@ -146,7 +146,7 @@ void ReadOffset(std::string_view words, TCapturedAnswers& answers) {
     }
 }
 
-void ReadRefusal(std::string_view statusName, std::string_view words, TCapturedAnswers& answers) {
+void ReadRefusal(std::string_view statusName, std::string_view words, TCaptureAnswers& answers) {
     const auto* const status = FindRow(statusNames, &TStatusName::name, statusName);
     const auto* const access = FindRow(accessNames, &TAccessName::name, TakeUntil(words, ' '));
     if (status != nullptr && access != nullptr) {
@@ -154,7 +154,7 @@ void ReadRefusal(std::string_view statusName, std::string_view words, TCapturedA
     }
 }
 
-void ReadLine(std::string_view line, TCapturedAnswers& answers) {
+void ReadLine(std::string_view line, TCaptureAnswers& answers) {
     const std::string_view name = TakeUntil(line, ' ');
     ForEachWordAnswer(answers, [&](std::string_view answer, auto& member) {
         if (answer == name) {
@@ -174,7 +174,7 @@ void ReadLine(std::string_view line, TCapturedAnswers& answers) {
 
 }  // namespace
 
-std::string FormatCapturedAnswers(const TCapturedAnswers& answers) {
+std::string FormatCaptureAnswers(const TCaptureAnswers& answers) {
     std::string text = "# Answers of the captured machine beside its files.\n";
     ForEachWordAnswer(answers, [&](std::string_view name, const auto& member) { Write(name, member, text); });
     for (const auto& [moment, offset] : answers.utcOffsetMinutes) {
@@ -193,7 +193,7 @@ std::string FormatCapturedAnswers(const TCapturedAnswers& answers) {
     return text;
 }
 
-void MergeCapturedAnswers(const TCapturedAnswers& more, TCapturedAnswers& answers) {
+void MergeCaptureAnswers(const TCaptureAnswers& more, TCaptureAnswers& answers) {
     const auto take = [](const auto& from, auto& to) {
         if (from) {
             to = from;
@@ -211,18 +211,18 @@ void MergeCapturedAnswers(const TCapturedAnswers& more, TCapturedAnswers& answer
     answers.refusals.insert(more.refusals.begin(), more.refusals.end());
 }
 
-TCapturedAnswers ParseCapturedAnswers(std::string_view text) {
-    TCapturedAnswers answers;
+TCaptureAnswers ParseCaptureAnswers(std::string_view text) {
+    TCaptureAnswers answers;
     ForEachLine(text, [&answers](std::string_view line) { ReadLine(line, answers); });
     return answers;
 }
 
-TReadResult<TCapturedAnswers> ReadCapturedAnswers(const ISystemFiles& files) {
-    const auto text = files.ReadText(capturedAnswersPath);
+TReadResult<TCaptureAnswers> ReadCaptureAnswers(const ISystemFiles& files) {
+    const auto text = files.ReadText(captureAnswersPath);
     if (!text.IsOk() && text.status != EReadStatus::notFound) {
         return {text.status, {}, text.error};
     }
-    return {EReadStatus::ok, ParseCapturedAnswers(text.value), {}};
+    return {EReadStatus::ok, ParseCaptureAnswers(text.value), {}};
 }
 
 }  // namespace NVORHOST

@@ -8,7 +8,7 @@
 
 namespace NVORHOST {
 
-class TRecordingFiles final : public ISystemFiles {
+class TAccessLog final : public ISystemFiles {
   public:
     /// One access; an `Exists` counts as ok or notFound.
     struct TAccess {
@@ -18,7 +18,7 @@ class TRecordingFiles final : public ISystemFiles {
     };
 
     /// `files` must outlive this object.
-    explicit TRecordingFiles(const ISystemFiles& files) : files_(files) {}
+    explicit TAccessLog(const ISystemFiles& files) : files_(files) {}
 
     TReadResult<std::string> ReadText(std::string_view path) const override;
     TReadResult<std::string> ReadBytes(std::string_view path, std::size_t maxBytes) const override;

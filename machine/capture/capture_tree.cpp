@@ -1,10 +1,10 @@
-#include "machine/capture/captured_tree.h"
+#include "machine/capture/capture_tree.h"
 
 #include <utility>
 
 namespace NVORHOST {
 
-void TCapturedTree::AddFile(std::string_view path, std::string bytes) {
+void TCaptureTree::AddFile(std::string_view path, std::string bytes) {
     const TNode* known = Find(path);
     if (known != nullptr && known->kind == EKind::file && known->bytes.size() >= bytes.size()) {
         return;
@@ -13,12 +13,12 @@ void TCapturedTree::AddFile(std::string_view path, std::string bytes) {
     AddNode(path, {EKind::file, std::move(bytes)});
 }
 
-const TCapturedTree::TNode* TCapturedTree::Find(std::string_view path) const {
+const TCaptureTree::TNode* TCaptureTree::Find(std::string_view path) const {
     const auto found = nodes_.find(path);
     return found == nodes_.end() ? nullptr : &found->second;
 }
 
-void TCapturedTree::AddNode(std::string_view path, TNode node) {
+void TCaptureTree::AddNode(std::string_view path, TNode node) {
     if (path.empty()) {
         return;
     }

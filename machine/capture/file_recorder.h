@@ -1,8 +1,8 @@
 // Passes every access on and keeps what it gave, so that a tree of just that can take the machine's place.
 #pragma once
 
-#include "machine/capture/captured_tree.h"
-#include "machine/replay/captured_answers.h"
+#include "machine/capture/capture_tree.h"
+#include "machine/replay/capture_answers.h"
 #include "machine/system/system_files.h"
 
 #include <map>
@@ -13,10 +13,10 @@ namespace NVORHOST {
 
 /// What is asked for twice is answered twice alike, as from the captured tree: files of the kernel change
 /// from one look to the next.
-class TCapturingFiles final : public ISystemFiles {
+class TFileRecorder final : public ISystemFiles {
   public:
     /// `files` must outlive this object.
-    explicit TCapturingFiles(const ISystemFiles& files) : files_(files) {}
+    explicit TFileRecorder(const ISystemFiles& files) : files_(files) {}
 
     TReadResult<std::string> ReadText(std::string_view path) const override;
     TReadResult<std::string> ReadBytes(std::string_view path, std::size_t maxBytes) const override;
@@ -24,9 +24,9 @@ class TCapturingFiles final : public ISystemFiles {
     TReadResult<std::string> ReadLink(std::string_view path) const override;
     bool Exists(std::string_view path) const override;
 
-    const TCapturedTree& GetTree() const { return tree_; }
+    const TCaptureTree& GetTree() const { return tree_; }
     /// The accesses so far that ended otherwise than the same access to the tree would.
-    std::map<TAccessOfPath, EReadStatus> FindRefusals() const;
+    std::map<TPathAccess, EReadStatus> FindRefusals() const;
 
   private:
     // A file as far as it was read.
@@ -42,11 +42,11 @@ class TCapturingFiles final : public ISystemFiles {
 
     const ISystemFiles& files_;
     // Looking at a machine changes what is known of it, not the machine.
-    mutable TCapturedTree tree_;
+    mutable TCaptureTree tree_;
     mutable std::map<std::string, std::optional<std::string>> linkTargets_;  // absent: no link
     mutable std::map<std::string, TContents> contents_;                      // by resolved path
     mutable std::map<std::string, std::vector<std::string>> lists_;          // by resolved path
-    mutable std::map<TAccessOfPath, EReadStatus> refusals_;
+    mutable std::map<TPathAccess, EReadStatus> refusals_;
 };
 
 }  // namespace NVORHOST

@@ -1,15 +1,15 @@
 // The files of a captured tree. What was denied on the machine is denied again, whoever reads the tree.
 #pragma once
 
-#include "machine/replay/captured_answers.h"
+#include "machine/replay/capture_answers.h"
 #include "machine/system/system_files.h"
 
 namespace NVORHOST {
 
-class TCapturedFiles final : public ISystemFiles {
+class TReplayFiles final : public ISystemFiles {
   public:
     /// Both must outlive this object.
-    TCapturedFiles(const ISystemFiles& files, const TCapturedAnswers& answers)
+    TReplayFiles(const ISystemFiles& files, const TCaptureAnswers& answers)
         : files_(files), answers_(answers) {}
 
     TReadResult<std::string> ReadText(std::string_view path) const override;
@@ -23,7 +23,7 @@ class TCapturedFiles final : public ISystemFiles {
     EReadStatus FindRefusal(EAccess access, std::string_view path) const;
 
     const ISystemFiles& files_;
-    const TCapturedAnswers& answers_;
+    const TCaptureAnswers& answers_;
 };
 
 }  // namespace NVORHOST

@@ -1,4 +1,4 @@
-#include "machine/capture/captured_tree.h"
+#include "machine/capture/capture_tree.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -10,9 +10,9 @@ namespace NVORHOST {
 namespace {
 
 using testing::ElementsAre;
-using EKind = TCapturedTree::EKind;
+using EKind = TCaptureTree::EKind;
 
-std::vector<std::string> Paths(const TCapturedTree& tree) {
+std::vector<std::string> Paths(const TCaptureTree& tree) {
     std::vector<std::string> paths;
     for (const auto& [path, node] : tree.GetNodes()) {
         paths.push_back(path);
@@ -21,7 +21,7 @@ std::vector<std::string> Paths(const TCapturedTree& tree) {
 }
 
 TEST(CapturedTree, MakesTheFoldersOnTheWay) {
-    TCapturedTree tree;
+    TCaptureTree tree;
     tree.AddFile("/sys/class/x", "1\n");
     EXPECT_THAT(Paths(tree), ElementsAre("/sys", "/sys/class", "/sys/class/x"));
     EXPECT_EQ(tree.Find("/sys")->kind, EKind::folder);
@@ -30,7 +30,7 @@ TEST(CapturedTree, MakesTheFoldersOnTheWay) {
 }
 
 TEST(CapturedTree, ANameGivesWayToWhatItTurnsOutToBe) {
-    TCapturedTree tree;
+    TCaptureTree tree;
     for (const char* path : {"/a", "/b", "/c", "/d"}) {
         tree.AddName(path);
         EXPECT_EQ(tree.Find(path)->kind, EKind::name);
@@ -46,7 +46,7 @@ TEST(CapturedTree, ANameGivesWayToWhatItTurnsOutToBe) {
 }
 
 TEST(CapturedTree, WhatIsKnownStays) {
-    TCapturedTree tree;
+    TCaptureTree tree;
     tree.AddFile("/a", "text");
     tree.AddName("/a");
     tree.AddFolder("/a");
@@ -55,7 +55,7 @@ TEST(CapturedTree, WhatIsKnownStays) {
 }
 
 TEST(CapturedTree, KeepsTheLongerPartOfAFile) {
-    TCapturedTree tree;
+    TCaptureTree tree;
     tree.AddFile("/a", "te");
     tree.AddFile("/a", "text");
     tree.AddFile("/a", "t");
@@ -63,7 +63,7 @@ TEST(CapturedTree, KeepsTheLongerPartOfAFile) {
 }
 
 TEST(CapturedTree, TheTopIsNoEntry) {
-    TCapturedTree tree;
+    TCaptureTree tree;
     tree.AddFolder("");
     EXPECT_TRUE(tree.GetNodes().empty());
 }

@@ -1,15 +1,15 @@
 // Passes every question on and keeps its answer.
 #pragma once
 
-#include "machine/replay/captured_answers.h"
+#include "machine/replay/capture_answers.h"
 #include "machine/system/system_calls.h"
 
 namespace NVORHOST {
 
-class TCapturingSystemCalls final : public ISystemCalls {
+class TSystemCallRecorder final : public ISystemCalls {
   public:
     /// `calls` must outlive this object.
-    explicit TCapturingSystemCalls(const ISystemCalls& calls) : calls_(calls) {}
+    explicit TSystemCallRecorder(const ISystemCalls& calls) : calls_(calls) {}
 
     std::optional<std::string> KernelRelease() const override {
         return answers_.kernelRelease = calls_.KernelRelease();
@@ -39,11 +39,11 @@ class TCapturingSystemCalls final : public ISystemCalls {
     }
 
     /// Of the questions so far.
-    const TCapturedAnswers& GetAnswers() const { return answers_; }
+    const TCaptureAnswers& GetAnswers() const { return answers_; }
 
   private:
     const ISystemCalls& calls_;
-    mutable TCapturedAnswers answers_;  // asking does not change the machine
+    mutable TCaptureAnswers answers_;  // asking does not change the machine
 };
 
 }  // namespace NVORHOST

@@ -1,8 +1,8 @@
 // What a captured tree keeps beside its files, as text and as answers.
-#include "machine/replay/captured_answers.h"
+#include "machine/replay/capture_answers.h"
 
-#include "machine/replay/captured_files.h"
-#include "machine/replay/captured_system_calls.h"
+#include "machine/replay/replay_files.h"
+#include "machine/replay/replay_system_calls.h"
 #include "tests/machine/system/memory_files.h"
 
 #include <gmock/gmock.h>
@@ -18,8 +18,8 @@ using testing::ElementsAre;
 
 const std::string loopback("\x7F\0\0\1", 4);
 
-TCapturedAnswers MakeAnswers() {
-    TCapturedAnswers answers;
+TCaptureAnswers MakeAnswers() {
+    TCaptureAnswers answers;
     answers.localTime = "20240229134500.000000+060";
     answers.kernelRelease = "6.1.0-18-amd64";
     answers.nodeName = "server 1%\n";
@@ -54,34 +54,34 @@ constexpr char text[] =
     "not-found exists /gone\n";
 
 TEST(CapturedAnswers, AreALineEach) {
-    EXPECT_EQ(FormatCapturedAnswers(MakeAnswers()), text);
+    EXPECT_EQ(FormatCaptureAnswers(MakeAnswers()), text);
 }
 
 TEST(CapturedAnswers, AreReadAsTheyWereWritten) {
-    EXPECT_EQ(FormatCapturedAnswers(ParseCapturedAnswers(text)), text);
-    EXPECT_EQ(ParseCapturedAnswers(text).nodeName, "server 1%\n");
-    EXPECT_EQ(ParseCapturedAnswers(text).interfaceAddresses->at(0).address, loopback);
+    EXPECT_EQ(FormatCaptureAnswers(ParseCaptureAnswers(text)), text);
+    EXPECT_EQ(ParseCaptureAnswers(text).nodeName, "server 1%\n");
+    EXPECT_EQ(ParseCaptureAnswers(text).interfaceAddresses->at(0).address, loopback);
 }
 
 TEST(CapturedAnswers, ThatAreNotThereAreAbsent) {
-    const TCapturedAnswers answers = ParseCapturedAnswers("");
+    const TCaptureAnswers answers = ParseCaptureAnswers("");
     EXPECT_FALSE(answers.kernelRelease);
     EXPECT_FALSE(answers.pageSizeBytes);
     EXPECT_FALSE(answers.interfaceAddresses);
     EXPECT_TRUE(answers.refusals.empty());
-    EXPECT_EQ(FormatCapturedAnswers(answers), "# Answers of the captured machine beside its files.\n");
+    EXPECT_EQ(FormatCaptureAnswers(answers), "# Answers of the captured machine beside its files.\n");
 }
 
 TEST(CapturedAnswers, AMachineWithoutAddressesIsNotOneThatWasNotAsked) {
-    TCapturedAnswers answers;
+    TCaptureAnswers answers;
     answers.interfaceAddresses.emplace();
-    const auto read = ParseCapturedAnswers(FormatCapturedAnswers(answers));
+    const auto read = ParseCaptureAnswers(FormatCaptureAnswers(answers));
     ASSERT_TRUE(read.interfaceAddresses);
     EXPECT_TRUE(read.interfaceAddresses->empty());
 }
 
 TEST(CapturedAnswers, LinesOfAnotherFormAreSkipped) {
-    const TCapturedAnswers answers = ParseCapturedAnswers(
+    const TCaptureAnswers answers = ParseCaptureAnswers(
         "FutureAnswer 42\nPageSizeBytes many\nInterfaceAddress lo 127.0.0.1\nUtcOffsetMinutes soon 60\n"
         "InterfaceAddresses\nInterfaceAddress lo 127.0.0\ndenied smell /x\nshy read /x\ndenied\n\n%\n"
         "NodeName a%zz%");
@@ -93,12 +93,12 @@ TEST(CapturedAnswers, LinesOfAnotherFormAreSkipped) {
     EXPECT_EQ(answers.nodeName, "a%zz%");
 }
 
-TEST(TCapturedSystemCalls, PrefersTheKeptAnswersToTheTreesFiles) {
+TEST(TReplaySystemCalls, PrefersTheKeptAnswersToTheTreesFiles) {
     TMemoryFiles files;
     files.AddFile("/noxinfo-system.txt", text);
     files.AddFile("/proc/sys/kernel/osrelease", "other\n");
     files.AddFile("/proc/sys/kernel/hostname", "other\n");
-    const TCapturedSystemCalls calls(files);
+    const TReplaySystemCalls calls(files);
     EXPECT_EQ(calls.KernelRelease(), "6.1.0-18-amd64");
     EXPECT_EQ(calls.NodeName(), "server 1%\n");
     EXPECT_EQ(calls.Architecture(), "x86_64");
@@ -109,17 +109,17 @@ TEST(TCapturedSystemCalls, PrefersTheKeptAnswersToTheTreesFiles) {
     EXPECT_EQ(calls.GetAnswers().localTime, "20240229134500.000000+060");
 }
 
-TEST(TCapturedSystemCalls, TellsOfKeptAnswersThatCannotBeRead) {
+TEST(TReplaySystemCalls, TellsOfKeptAnswersThatCannotBeRead) {
     TMemoryFiles files;
-    EXPECT_EQ(TCapturedSystemCalls(files).GetAnswersError(), "");
+    EXPECT_EQ(TReplaySystemCalls(files).GetAnswersError(), "");
     files.AddRefusal("/noxinfo-system.txt", EReadStatus::denied);
-    EXPECT_THAT(TCapturedSystemCalls(files).GetAnswersError(), testing::StartsWith("/noxinfo-system.txt: "));
+    EXPECT_THAT(TReplaySystemCalls(files).GetAnswersError(), testing::StartsWith("/noxinfo-system.txt: "));
 }
 
-TEST(TCapturedSystemCalls, KnowsTheOffsetsOfTheMomentsThatWereAskedAbout) {
+TEST(TReplaySystemCalls, KnowsTheOffsetsOfTheMomentsThatWereAskedAbout) {
     TMemoryFiles files;
     files.AddFile("/noxinfo-system.txt", text);
-    const TCapturedSystemCalls calls(files);
+    const TReplaySystemCalls calls(files);
     EXPECT_EQ(calls.UtcOffsetMinutes(1700000000), 60);
     EXPECT_EQ(calls.UtcOffsetMinutes(1700000001), std::nullopt);
 }
@@ -132,8 +132,8 @@ class TCapturedFilesTest : public testing::Test {
     }
 
     TMemoryFiles files_;
-    TCapturedAnswers answers_;
-    TCapturedFiles captured_{files_, answers_};
+    TCaptureAnswers answers_;
+    TReplayFiles captured_{files_, answers_};
 };
 
 TEST_F(TCapturedFilesTest, AreTheTreesOwn) {

@@ -1,4 +1,4 @@
-#include "machine/replay/captured_files.h"
+#include "machine/replay/replay_files.h"
 
 namespace NVORHOST {
 
@@ -11,32 +11,32 @@ TReadResult<T> Refuse(EReadStatus status, std::string_view path) {
 
 }  // namespace
 
-EReadStatus TCapturedFiles::FindRefusal(EAccess access, std::string_view path) const {
+EReadStatus TReplayFiles::FindRefusal(EAccess access, std::string_view path) const {
     const auto found = answers_.refusals.find({access, std::string(path)});
     return found == answers_.refusals.end() ? EReadStatus::ok : found->second;
 }
 
-TReadResult<std::string> TCapturedFiles::ReadText(std::string_view path) const {
+TReadResult<std::string> TReplayFiles::ReadText(std::string_view path) const {
     const EReadStatus refusal = FindRefusal(EAccess::read, path);
     return refusal == EReadStatus::ok ? files_.ReadText(path) : Refuse<std::string>(refusal, path);
 }
 
-TReadResult<std::string> TCapturedFiles::ReadBytes(std::string_view path, std::size_t maxBytes) const {
+TReadResult<std::string> TReplayFiles::ReadBytes(std::string_view path, std::size_t maxBytes) const {
     const EReadStatus refusal = FindRefusal(EAccess::read, path);
     return refusal == EReadStatus::ok ? files_.ReadBytes(path, maxBytes) : Refuse<std::string>(refusal, path);
 }
 
-TReadResult<std::vector<std::string>> TCapturedFiles::List(std::string_view path) const {
+TReadResult<std::vector<std::string>> TReplayFiles::List(std::string_view path) const {
     const EReadStatus refusal = FindRefusal(EAccess::list, path);
     return refusal == EReadStatus::ok ? files_.List(path) : Refuse<std::vector<std::string>>(refusal, path);
 }
 
-TReadResult<std::string> TCapturedFiles::ReadLink(std::string_view path) const {
+TReadResult<std::string> TReplayFiles::ReadLink(std::string_view path) const {
     const EReadStatus refusal = FindRefusal(EAccess::readLink, path);
     return refusal == EReadStatus::ok ? files_.ReadLink(path) : Refuse<std::string>(refusal, path);
 }
 
-bool TCapturedFiles::Exists(std::string_view path) const {
+bool TReplayFiles::Exists(std::string_view path) const {
     return FindRefusal(EAccess::exists, path) == EReadStatus::ok && files_.Exists(path);
 }
 

@@ -1,4 +1,4 @@
-#include "machine/replay/captured_system_calls.h"
+#include "machine/replay/replay_system_calls.h"
 
 #include <string_view>
 
@@ -18,12 +18,12 @@ std::optional<std::string> ReadLine(const ISystemFiles& files, std::string_view 
 
 }  // namespace
 
-std::optional<std::string> TCapturedSystemCalls::KernelRelease() const {
+std::optional<std::string> TReplaySystemCalls::KernelRelease() const {
     return answers_.value.kernelRelease ? answers_.value.kernelRelease
                                         : ReadLine(files_, "/proc/sys/kernel/osrelease");
 }
 
-std::optional<std::string> TCapturedSystemCalls::NodeName() const {
+std::optional<std::string> TReplaySystemCalls::NodeName() const {
     if (answers_.value.nodeName) {
         return answers_.value.nodeName;
     }
@@ -31,12 +31,12 @@ std::optional<std::string> TCapturedSystemCalls::NodeName() const {
     return name ? name : ReadLine(files_, "/etc/hostname");
 }
 
-std::optional<std::string> TCapturedSystemCalls::Architecture() const {
+std::optional<std::string> TReplaySystemCalls::Architecture() const {
     return answers_.value.architecture ? answers_.value.architecture
                                        : ReadLine(files_, "/proc/sys/kernel/arch");
 }
 
-std::optional<int> TCapturedSystemCalls::UtcOffsetMinutes(std::int64_t secondsSinceEpoch) const {
+std::optional<int> TReplaySystemCalls::UtcOffsetMinutes(std::int64_t secondsSinceEpoch) const {
     const auto found = answers_.value.utcOffsetMinutes.find(secondsSinceEpoch);
     return found == answers_.value.utcOffsetMinutes.end() ? std::nullopt : std::optional(found->second);
 }

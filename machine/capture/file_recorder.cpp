@@ -1,4 +1,4 @@
-#include "machine/capture/capturing_files.h"
+#include "machine/capture/file_recorder.h"
 
 #include "os/path_walk.h"
 
@@ -6,7 +6,7 @@
 
 namespace NVORHOST {
 
-const std::optional<std::string>& TCapturingFiles::FindLinkTarget(const std::string& path) const {
+const std::optional<std::string>& TFileRecorder::FindLinkTarget(const std::string& path) const {
     const auto [place, isNew] = linkTargets_.try_emplace(path);
     if (isNew) {
         auto target = files_.ReadLink(path);
@@ -18,7 +18,7 @@ const std::optional<std::string>& TCapturingFiles::FindLinkTarget(const std::str
     return place->second;
 }
 
-std::string TCapturingFiles::Resolve(std::string_view path, bool followsLast) const {
+std::string TFileRecorder::Resolve(std::string_view path, bool followsLast) const {
     TPendingNames names(path);
     std::string resolved;
     int links = 0;
@@ -43,11 +43,11 @@ std::string TCapturingFiles::Resolve(std::string_view path, bool followsLast) co
     return resolved;
 }
 
-void TCapturingFiles::KeepRefusal(EAccess access, std::string_view path, EReadStatus status) const {
-    refusals_.emplace(TAccessOfPath{access, std::string(path)}, status);
+void TFileRecorder::KeepRefusal(EAccess access, std::string_view path, EReadStatus status) const {
+    refusals_.emplace(TPathAccess{access, std::string(path)}, status);
 }
 
-TReadResult<std::string> TCapturingFiles::ReadText(std::string_view path) const {
+TReadResult<std::string> TFileRecorder::ReadText(std::string_view path) const {
     auto text = ReadBytes(path, maxFileBytes + 1);
     if (text.value.size() <= maxFileBytes) {
         return text;
@@ -56,7 +56,7 @@ TReadResult<std::string> TCapturingFiles::ReadText(std::string_view path) const 
     return {EReadStatus::failed, {}, std::string(path) + ": larger than any file worth reading"};
 }
 
-TReadResult<std::string> TCapturingFiles::ReadBytes(std::string_view path, std::size_t maxBytes) const {
+TReadResult<std::string> TFileRecorder::ReadBytes(std::string_view path, std::size_t maxBytes) const {
     const std::string resolved = Resolve(path, /*followsLast=*/true);
     const auto known = contents_.find(resolved);
     if (known != contents_.end() && (known->second.isWhole || known->second.bytes.size() >= maxBytes)) {
@@ -72,7 +72,7 @@ TReadResult<std::string> TCapturingFiles::ReadBytes(std::string_view path, std::
     return result;
 }
 
-TReadResult<std::vector<std::string>> TCapturingFiles::List(std::string_view path) const {
+TReadResult<std::vector<std::string>> TFileRecorder::List(std::string_view path) const {
     const std::string resolved = Resolve(path, /*followsLast=*/true);
     if (const auto known = lists_.find(resolved); known != lists_.end()) {
         return {EReadStatus::ok, known->second, {}};
@@ -90,7 +90,7 @@ TReadResult<std::vector<std::string>> TCapturingFiles::List(std::string_view pat
     return result;
 }
 
-TReadResult<std::string> TCapturingFiles::ReadLink(std::string_view path) const {
+TReadResult<std::string> TFileRecorder::ReadLink(std::string_view path) const {
     const std::string resolved = Resolve(path, /*followsLast=*/false);
     if (const auto& known = FindLinkTarget(resolved)) {
         return {EReadStatus::ok, *known, {}};
@@ -104,7 +104,7 @@ TReadResult<std::string> TCapturingFiles::ReadLink(std::string_view path) const 
     return result;
 }
 
-bool TCapturingFiles::Exists(std::string_view path) const {
+bool TFileRecorder::Exists(std::string_view path) const {
     const std::string resolved = Resolve(path, /*followsLast=*/true);
     const bool exists = files_.Exists(path);
     if (exists) {
@@ -115,8 +115,8 @@ bool TCapturingFiles::Exists(std::string_view path) const {
     return exists;
 }
 
-std::map<TAccessOfPath, EReadStatus> TCapturingFiles::FindRefusals() const {
-    std::map<TAccessOfPath, EReadStatus> refusals;
+std::map<TPathAccess, EReadStatus> TFileRecorder::FindRefusals() const {
+    std::map<TPathAccess, EReadStatus> refusals;
     for (const auto& [access, status] : refusals_) {
         const bool followsLast = access.access != EAccess::readLink;
         // What is not in the tree is not found there either; what ended while it was looked at may be.
