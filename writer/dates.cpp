@@ -1,9 +1,10 @@
-// The one text form that dates have in the documents.
+#include "writer/dates.h"
+
 #include "host/os_specific.h"
-#include "writer/nox_xml_writer.h"
 
 #include <charconv>
 #include <cstddef>
+#include <cstdint>
 #include <iterator>
 #include <limits>
 
@@ -11,7 +12,7 @@ namespace {
 
 constexpr unsigned int minutesPerHour = 60;
 
-/// Appends `value` in decimal, with zeros in front up to `width` digits.
+/// Appends `value` in decimal, padded with leading zeros to `width` digits.
 void AppendPadded(std::string& text, std::uint32_t value, std::size_t width) {
     char digits[std::numeric_limits<std::uint32_t>::digits10 + 1];
     const char* const end = std::to_chars(std::begin(digits), std::end(digits), value).ptr;
@@ -22,10 +23,10 @@ void AppendPadded(std::string& text, std::uint32_t value, std::size_t width) {
     text.append(digits, count);
 }
 
-/// Appends sign and whole hours of a UTC offset in minutes.
+/// Appends the sign and the whole hours of a UTC offset.
 void AppendOffset(std::string& text, std::int16_t offsetMinutes) {
-    // Readers know the offset as an unsigned number of which only the top 720 values are negative; anything
-    // below -720 minutes is a large positive offset to them.
+    // The format treats the offset as an unsigned 16-bit number of which only the top 720 values are
+    // negative, so an offset below -720 minutes becomes a large positive one.
     constexpr std::uint32_t modulus = 0x10000;
     constexpr std::uint32_t firstNegative = modulus - 720;
     const std::uint32_t minutes = static_cast<std::uint16_t>(offsetMinutes);
@@ -36,7 +37,7 @@ void AppendOffset(std::string& text, std::int16_t offsetMinutes) {
 
 }  // namespace
 
-std::string TNOXXMLWriterImpl::ConvertCIMDateToUSMI(NKELVOR20::TCIMDateTime dateTime) {
+std::string FormatDateTime(NKELVOR20::TCIMDateTime dateTime) {
     std::string text;
     AppendPadded(text, dateTime.GetYear(), 4);
     text.push_back('-');
@@ -50,11 +51,11 @@ std::string TNOXXMLWriterImpl::ConvertCIMDateToUSMI(NKELVOR20::TCIMDateTime date
     text.push_back(':');
     AppendPadded(text, dateTime.GetSecond(), 2);
     AppendOffset(text, dateTime.GetUTCOffset());
-    // The form has whole hours only: the minutes of the offset are dropped, not rounded.
+    // The format has whole hours only: the minutes of the offset are dropped, not rounded.
     text.append(":00");
     return text;
 }
 
-std::string TNOXXMLWriterImpl::GetRCFTime() {
-    return ConvertCIMDateToUSMI(NKELVOR20::TOSSpecific::GetLocalTime());
+std::string GetTimestamp() {
+    return FormatDateTime(NKELVOR20::TOSSpecific::GetLocalTime());
 }

@@ -1,10 +1,7 @@
-// MD5 with the padding that the existing identifiers were made with. Kept apart from the identifiers, as it
-// is the one piece here whose instructions matter.
-#include "writer/nox_xml_writer.h"
+#include "writer/md5.h"
 
 #include <array>
 #include <bit>
-#include <cstddef>
 #include <cstring>
 #include <memory>
 #include <stdexcept>
@@ -31,7 +28,7 @@ constexpr std::array<std::uint32_t, stepCount> additive = {
 };
 
 struct TRound {
-    std::array<int, 4> rotations;  // of steps 0, 1, 2, 3 modulo 4
+    std::array<int, 4> rotations;  // for steps 0, 1, 2, 3 modulo 4
     std::size_t firstWord;
     std::size_t wordStride;  // modulo 16
 };
@@ -45,8 +42,8 @@ constexpr std::array<TRound, 4> rounds = {{
 
 using TChain = std::array<std::uint32_t, 4>;
 
-/// The auxiliary function of a round, added to `sum`. In each the part that does not need `b`, the newest
-/// word, comes first, so that it runs while `b` is still being computed.
+/// Returns `sum` plus the round's auxiliary function. Terms that do not depend on `b`, the newest word, come
+/// first, so that they execute while `b` is still being computed.
 template <std::size_t round>
 constexpr std::uint32_t AddMixed(std::uint32_t sum, std::uint32_t b, std::uint32_t c, std::uint32_t d) {
     if constexpr (round == 0) {
@@ -60,7 +57,7 @@ constexpr std::uint32_t AddMixed(std::uint32_t sum, std::uint32_t b, std::uint32
     }
 }
 
-/// Each byte in upper-case hexadecimal.
+/// The two upper-case hexadecimal digits of each byte.
 constexpr auto hexPairs = [] {
     constexpr char digits[] = "0123456789ABCDEF";
     std::array<std::array<char, 2>, 256> pairs{};
@@ -70,8 +67,8 @@ constexpr auto hexPairs = [] {
     return pairs;
 }();
 
-/// A message word, read where it is needed: a copy of the whole block would wait for the padding just
-/// written.
+/// Returns a message word. Words are read one by one because copying the whole block would stall on the
+/// padding that was just stored.
 [[gnu::always_inline]] inline std::uint32_t Word(const unsigned char* block, std::size_t index) {
     static_assert(std::endian::native == std::endian::little, "message words are little-endian");
     std::uint32_t word = 0;
@@ -85,7 +82,7 @@ template <std::size_t step>
     constexpr TRound round = rounds[roundIndex];
     constexpr std::size_t word =
         (round.firstWord + round.wordStride * (step % stepsPerRound)) % wordsPerBlock;
-    // The chaining words change places by one at every step instead of being moved.
+    // The roles of the chaining words rotate at each step, so that no word is moved.
     constexpr std::size_t first = (4 - step % 4) % 4;
     std::uint32_t& a = chain[first];
     const std::uint32_t b = chain[(first + 1) % 4];
@@ -103,8 +100,8 @@ template <std::size_t... steps>
 
 }  // namespace
 
-void TNOXXMLWriterImpl::transform(const unsigned char* block, std::uint32_t& a, std::uint32_t& b,
-                                  std::uint32_t& c, std::uint32_t& d) {
+void CompressBlock(const unsigned char* block, std::uint32_t& a, std::uint32_t& b, std::uint32_t& c,
+                   std::uint32_t& d) {
     TChain chain = {a, b, c, d};
     RunSteps(chain, block, std::make_index_sequence<stepCount>());
     a += chain[0];
@@ -113,16 +110,17 @@ void TNOXXMLWriterImpl::transform(const unsigned char* block, std::uint32_t& a, 
     d += chain[3];
 }
 
-void TNOXXMLWriterImpl::toString(const std::uint32_t* digestWords, unsigned char* out) {
-    for (std::size_t byteIndex = 0; byteIndex < digestLength / 2; ++byteIndex) {
+void WriteChainingWords(const std::uint32_t* digestWords, unsigned char* out) {
+    for (std::size_t byteIndex = 0; byteIndex < digestTextLength / 2; ++byteIndex) {
         const std::uint32_t byte = digestWords[byteIndex / 4] >> (byteIndex % 4 * 8) & 0xFFU;
         std::memcpy(out + 2 * byteIndex, hexPairs[byte].data(), 2);
     }
 }
 
-void TNOXXMLWriterImpl::MD5(const char* data, unsigned int length, unsigned char* out) {
+void WriteDigestText(const char* data, unsigned int length, unsigned char* out) {
     const std::uint32_t remainder = length % blockSize;
-    // 56 would need another block for the length field. Existing identifiers were made without it.
+    // Standard MD5 pads a remainder of 56 with one more block. Identifiers already in use were made without
+    // it.
     const std::uint32_t padding = (remainder <= 56 ? blockSize : 2 * blockSize) - remainder;
     const std::uint32_t paddedSize = length + padding;
     if (paddedSize < length) {
@@ -131,22 +129,22 @@ void TNOXXMLWriterImpl::MD5(const char* data, unsigned int length, unsigned char
 
     const auto message = std::make_unique_for_overwrite<unsigned char[]>(paddedSize);
     unsigned char* const end = message.get() + paddedSize;
-    // Whole blocks, cleared before the data goes in, as a size known in advance is cleared in a few stores.
+    // Whole blocks are cleared before the data is copied: a constant size compiles to a few stores.
     std::memset(end - blockSize, 0, blockSize);
     if (padding > blockSize) {
         std::memset(end - std::size_t{2} * blockSize, 0, blockSize);
     }
-    if (length != 0) {  // no data may come with a null pointer
+    if (length != 0) {  // memcpy must not get a null pointer
         std::memcpy(message.get(), data, length);
     }
     message[length] = 0x80;
-    // Only the low half of the length field is ever used; it may overwrite the marker.
+    // Only the low half of the length field is used. It may overwrite the marker.
     const std::uint32_t bitCount = length * 8U;
     std::memcpy(end - lengthFieldSize, &bitCount, sizeof bitCount);
 
     std::uint32_t chain[] = {0x67452301, 0xefcdab89, 0x98badcfe, 0x10325476};
     for (const unsigned char* block = message.get(); block != end; block += blockSize) {
-        transform(block, chain[0], chain[1], chain[2], chain[3]);
+        CompressBlock(block, chain[0], chain[1], chain[2], chain[3]);
     }
-    toString(chain, out);
+    WriteChainingWords(chain, out);
 }

@@ -1,22 +1,20 @@
-// The frame that both documents share, and the hardware-inventory document.
 #include "writer/nox_xml_writer.h"
 
-#include "host/plugin_callbacks.h"
-#include "writer/resource_lists.h"
+#include "writer/dates.h"
+#include "writer/document_frame.h"
+#include "writer/escape.h"
+#include "writer/hardware_document.h"
+#include "writer/instance_writer.h"
+#include "writer/os_type.h"
+#include "writer/product_name.h"
+#include "writer/property_writer.h"
+#include "writer/resource_identity.h"
+#include "writer/system_info_document.h"
+#include "writer/xml_schema_type.h"
 
-#include <cxxabi.h>
+#include <utility>
 
-using NKELVOR20::logicalDevice;
-using NKELVOR20::noxSystemInfo;
-using NKELVOR20::physicalElement;
-
-namespace {
-
-constexpr std::string_view namespaceUri = NOXINFO_NAMESPACE_URI;
-
-}  // namespace
-
-TNOXXMLWriterImpl::TNOXXMLWriterImpl(std::ostream& out) : out_(out) {
+TNOXXMLWriterImpl::TNOXXMLWriterImpl(std::ostream& out) : output_(out) {
     InitMap();
 }
 
@@ -29,41 +27,18 @@ void TNOXXMLWriterImpl::InitMap() {}
 void TNOXXMLWriterImpl::DeInitMap() {}
 
 bool TNOXXMLWriterImpl::WriteNamespace(TNamespacePtr collected) {
-    // The blank in the attribute is part of the format, here and not in the other document.
-    WriteDocumentStart(" timestamp= \"");
-    WriteResourceCollectionCriteria("test", "test", collected);
-    WriteResourceCollectionContext("HardwareInventory", collected);
-    WriteResourceCollectionStatus(collected);
-    WriteResourceList(physicalElement, collected);
-    WriteResourceList(logicalDevice, collected);
-    WriteLine("</ResourceCollection>");
+    WriteHardwareDocument(output_, collected);
     return true;
 }
 
 bool TNOXXMLWriterImpl::WriteResourceCollectionCriteria(std::string criteriaName, std::string criteriaId,
                                                         TNamespacePtr /*collected*/) {
-    if (criteriaName != noxSystemInfo) {
-        return true;
-    }
-    WriteLine(R"(<ResourceCollectionCriteria criteriaName=")", criteriaName, R"(" criteriaId=")", criteriaId,
-              R"(">)");
-    WriteLine(R"(<ResourceListCriteria resourceType="NOXSystemInfo" />)");
-    WriteLine("</ResourceCollectionCriteria>");
+    WriteCriteria(output_, criteriaName, criteriaId);
     return true;
 }
 
 bool TNOXXMLWriterImpl::WriteResourceCollectionContext(std::string contextName, TNamespacePtr collected) {
-    WriteLine("<ResourceCollectionContext>");
-    if (contextName == "HardwareInventory") {
-        WriteResourceInstance("KELSG_ComputerSystem", "Server", collected, /*flag=*/false);
-        WriteResourceInstance("KELSG_OperatingSystem", "OperatingSystem", collected, /*flag=*/false);
-    } else if (contextName == "SystemInfo") {
-        WriteLine(R"(<ResourceInstance resourceName="NOXSystemInfo_ContextName")"
-                  R"( resourceId="NOXSystemInfo_Context_ID_1" resourceType="NOXSystemInfo_Type">)");
-        WriteTextProperty(R"(<Property name="NOXSystemInfo_Name" type=")", [] { return "SystemInfo"; });
-        WriteLine("</ResourceInstance>");
-    }
-    WriteLine("</ResourceCollectionContext>");
+    WriteContext(output_, contextName, collected);
     return true;
 }
 
@@ -72,57 +47,91 @@ bool TNOXXMLWriterImpl::WriteResourceCollectionStatus(TNamespacePtr /*collected*
 }
 
 bool TNOXXMLWriterImpl::WriteResourceList(std::string resourceType, TNamespacePtr collected) {
-    WriteLine(R"(<ResourceList resourceType=")", resourceType, R"(">)");
-    for (const TListRow& row : GetResourceLists()) {
-        if (*row.list == resourceType) {
-            WriteResourceInstance(std::string(row.source.name), std::string(row.type.name), collected,
-                                  row.flag);
-        }
-    }
-    WriteLine("</ResourceList>");
+    WriteHardwareList(output_, resourceType, collected);
     return true;
 }
 
-void TNOXXMLWriterImpl::WriteDocumentStart(std::string_view timestampAttribute) {
-    const std::string timestamp = GetRCFTime();
-    WriteLine(R"(<?xml version="1.0" encoding="UTF-8"?>)");
-    WriteLine(R"(<ResourceCollection xmlns=")", namespaceUri, R"(")", timestampAttribute, timestamp, R"(">)");
+bool TNOXXMLWriterImpl::WriteSysInfoNamespace(TNamespacePtr collected) {
+    WriteSystemInfoDocument(output_, collected);
+    return true;
 }
 
-// What `out_.write` and `out_.flush` do, with one sentry for both: there is a line for every tag.
-void TNOXXMLWriterImpl::FinishLine(const char* end) {
-    const std::ostream::sentry isFit(out_);
-    if (!isFit) {
-        return;
-    }
-    const std::streamsize size = end - line_.data();
-    std::streambuf& buffer = *out_.rdbuf();
-    bool isWritten = false;
-    try {
-        isWritten = buffer.sputn(line_.data(), size) == size && buffer.pubsync() != -1;
-    } catch (const abi::__forced_unwind&) {
-        MarkBad();
-        throw;  // A cancelled thread has to unwind to its end.
-    } catch (...) {
-        MarkBad();
-        if ((out_.exceptions() & std::ios_base::badbit) != 0) {
-            throw;
-        }
-        return;
-    }
-    if (!isWritten) {
-        out_.setstate(std::ios_base::badbit);
-    }
+bool TNOXXMLWriterImpl::WriteResourceListForSysInfo(std::string resourceType, TNamespacePtr collected) {
+    WriteSystemInfoList(output_, resourceType, collected);
+    return true;
 }
 
-void TNOXXMLWriterImpl::MarkBad() {
-    try {
-        out_.setstate(std::ios_base::badbit);
-    } catch (const std::ios_base::failure&) {  // NOLINT(bugprone-empty-catch)
-        // Says less than the exception that is on its way.
-    }
+bool TNOXXMLWriterImpl::WriteSysInfoProperty(std::string name, std::string value, std::string type) {
+    WriteSystemInfoProperty(output_, name, value, type);
+    return true;
 }
 
-void TNOXXMLWriterImpl::WritePiece(std::string_view text) {
-    out_.write(text.data(), static_cast<std::streamsize>(text.size()));
+std::string TNOXXMLWriterImpl::GetUSMIManufacturer(TNamespacePtr collected) {
+    return GetManufacturer(collected);
+}
+
+std::string TNOXXMLWriterImpl::ConvertOSType(unsigned short code) {
+    return std::string(GetOsType(code).platform);
+}
+
+std::string TNOXXMLWriterImpl::ConvertOSName(unsigned short code) {
+    return std::string(GetOsType(code).name);
+}
+
+void TNOXXMLWriterImpl::WriteResourceInstance(std::string className, std::string resourceType,
+                                              TNamespacePtr collected, bool /*flag*/) {
+    WriteInstances(output_, className, resourceType, collected);
+}
+
+bool TNOXXMLWriterImpl::WriteResourceProperty(std::string outputName, std::string sourceName,
+                                              TInstancePtr instance) {
+    const TPropertyBinding binding = BindProperty(outputName, std::move(sourceName));
+    return WriteProperty(output_, binding, binding.sourceName, instance);
+}
+
+void TNOXXMLWriterImpl::WriteValue(const NKELVOR20::TCIMValue& value) {
+    WriteValueLines(output_, value);
+}
+
+std::string TNOXXMLWriterImpl::QuoteString(std::string text) {
+    return Escape(text);
+}
+
+std::string TNOXXMLWriterImpl::ConvertTypeFromCIM(std::string cimType) {
+    return std::string(GetXmlSchemaType(cimType));
+}
+
+std::string TNOXXMLWriterImpl::GetMachineTypeFromCIM(std::string productName) {
+    return CutMachineType(productName);
+}
+
+std::string TNOXXMLWriterImpl::GetModelNumber(std::string productName) {
+    return CutModelNumber(productName);
+}
+
+std::string TNOXXMLWriterImpl::GetResourceID(std::string resourceType, TInstancePtr instance,
+                                             std::string keyProperty1, std::string keyProperty2,
+                                             std::string /*reserved*/) {
+    return MakeResourceId(resourceType, instance, keyProperty1, keyProperty2);
+}
+
+void TNOXXMLWriterImpl::MD5(const char* data, unsigned int length, unsigned char* out) {
+    WriteDigestText(data, length, out);
+}
+
+void TNOXXMLWriterImpl::transform(const unsigned char* block, std::uint32_t& a, std::uint32_t& b,
+                                  std::uint32_t& c, std::uint32_t& d) {
+    CompressBlock(block, a, b, c, d);
+}
+
+void TNOXXMLWriterImpl::toString(const std::uint32_t* digestWords, unsigned char* out) {
+    WriteChainingWords(digestWords, out);
+}
+
+std::string TNOXXMLWriterImpl::ConvertCIMDateToUSMI(NKELVOR20::TCIMDateTime dateTime) {
+    return FormatDateTime(dateTime);
+}
+
+std::string TNOXXMLWriterImpl::GetRCFTime() {
+    return GetTimestamp();
 }

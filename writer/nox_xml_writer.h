@@ -1,15 +1,16 @@
-// Renders a host namespace as a resource-collection document. It exists so that both documents (hardware
-// inventory, system information) share one frame, one way of writing a property and one way of naming a
-// resource, on whatever stream the caller has.
+// The interface of the writer: renders a host namespace as a resource-collection document on any stream. The
+// operations only forward to the engine in the other files of this folder.
 //
-// Failure language of this folder: the writing operations answer true; what the host throws passes to the
-// caller unless an operation says otherwise, and leaves the text written so far on the stream. The stream's
-// state is never looked at: a failed stream swallows the rest.
+// Failure language of this folder: writing operations return true; exceptions from the host pass to the
+// caller unless an operation documents otherwise, and leave the text written so far on the stream. The state
+// of the stream is never checked: a failed stream swallows the rest of the document.
 #pragma once
 
 #include "host/cim_date_time.h"
 #include "host/cim_interfaces.h"
 #include "host/cim_value.h"
+#include "writer/line_output.h"
+#include "writer/md5.h"
 
 #include <boost/shared_ptr.hpp>
 
@@ -18,197 +19,127 @@
 #include <map>
 #include <ostream>
 #include <string>
-#include <string_view>
-#include <vector>
 
-enum class EPropertyForm : unsigned char;
-enum class EValueOrigin;
-struct TResourceClass;
-
-/// Writes one document onto one stream; made, used for a single entry point and dropped.
-/// Shape: every element part is a line of its own, ended by one line feed and one flush of the stream,
-///        without indentation. Only property values are escaped; names, identifiers and the values of the
-///        summary are written as they come.
-/// Arguments travel by value, as these operations are called from other modules too; the work is done by
-/// private operations that copy nothing.
+/// Writes one document onto one stream: construct it, call a single entry point, destroy it.
+/// Shape: every element part is a line of its own, ended by a line feed and a flush of the stream, without
+///        indentation. Only property values are escaped; names, identifiers and the values of the system
+///        information are not.
+/// Arguments are passed by value, because other modules may call these operations.
 class TNOXXMLWriterImpl {
   public:
     using TNamespacePtr = boost::shared_ptr<NKELVOR20::ICIMNamespace>;
     using TInstancePtr = boost::shared_ptr<NKELVOR20::ICIMInstance>;
 
-    /// The stream stays the caller's and must outlive the writer; the writer neither flushes it at the end
-    /// nor closes it.
+    /// `out` is non-owning and must outlive the writer, which neither flushes it at the end nor closes it.
     explicit TNOXXMLWriterImpl(std::ostream& out);
     ~TNOXXMLWriterImpl();
     TNOXXMLWriterImpl(const TNOXXMLWriterImpl&) = delete;
     TNOXXMLWriterImpl& operator=(const TNOXXMLWriterImpl&) = delete;
 
-    /// Set-up and tear-down of the writer's text map. Nothing fills the map, so neither has an effect.
+    /// Set-up and tear-down of the writer's text map. Neither has an effect: nothing fills the map.
     void InitMap();
     void DeInitMap();
 
-    // ---- documents and their frame (nox_xml_writer.cpp)
+    // ---- documents and their frame
 
     /// Writes the whole hardware-inventory document.
     bool WriteNamespace(TNamespacePtr collected);
-    /// Writes the criteria block when `criteriaName` is exactly "NOXSystemInfo", nothing otherwise.
+    /// Writes the criteria block if `criteriaName` is exactly "NOXSystemInfo", nothing otherwise.
     bool WriteResourceCollectionCriteria(std::string criteriaName, std::string criteriaId,
                                          TNamespacePtr collected);
-    /// Writes the context block of "HardwareInventory" or "SystemInfo"; an empty block for any other name.
+    /// Writes the context block of "HardwareInventory" or "SystemInfo", an empty block for any other name.
     bool WriteResourceCollectionContext(std::string contextName, TNamespacePtr collected);
-    /// Keeps the place of a status block in the hardware document; writes nothing.
+    /// Writes nothing: the documents have no status block.
     bool WriteResourceCollectionStatus(TNamespacePtr collected);
-    /// Writes one resource list; any type but "PhysicalElement" and "LogicalDevice" gives an empty one.
+    /// Writes one resource list; an empty one for any type but "PhysicalElement" and "LogicalDevice".
     bool WriteResourceList(std::string resourceType, TNamespacePtr collected);
 
-    // ---- system information (system_info_document.cpp)
+    // ---- system information
 
-    /// Writes the whole system-information document. No source that fails keeps it from being complete.
+    /// Writes the whole system-information document. A source that fails leaves its value empty.
     bool WriteSysInfoNamespace(TNamespacePtr collected);
     /// Writes the resource list with the one instance that describes the system.
     bool WriteResourceListForSysInfo(std::string resourceType, TNamespacePtr collected);
-    /// Writes one property, without a value element when `value` is empty. Nothing is escaped.
+    /// Writes one property, without a value element if `value` is empty. Nothing is escaped.
     bool WriteSysInfoProperty(std::string name, std::string value, std::string type);
-    /// `Manufacturer` of the single `KELSG_ComputerSystem` instance.
-    /// Errors: TVORException with code 15 when there is not exactly one instance; otherwise what the host
-    ///         throws for a missing class, property or value.
+    /// Returns `Manufacturer` of the single `KELSG_ComputerSystem` instance.
+    /// Errors: TVORException with code 15 unless there is exactly one instance; otherwise what the host
+    /// throws
+    ///         for a missing class, property or value.
     static std::string GetUSMIManufacturer(TNamespacePtr collected);
-    /// Platform word of a CIM OSType code: "win32", "win64", "linux" or "other".
+    /// Maps a CIM OSType code to a platform: "win32", "win64", "linux" or "other".
     static std::string ConvertOSType(unsigned short code);
-    /// Display name of a CIM OSType code; "Other" for a code that is not listed.
+    /// Maps a CIM OSType code to a display name; "Other" for an unlisted code.
     static std::string ConvertOSName(unsigned short code);
 
-    // ---- resource instances (resource_instances.cpp)
+    // ---- resource instances
 
-    /// Writes one element for each instance of `className`, in the order in which the host delivers them,
-    /// with the properties that the catalogue lists for the class; nothing for a class that the namespace
-    /// lacks or the catalogue does not list. `flag` has no effect.
-    /// Errors: TVORException of any code but 15 while the class is looked up is raised anew with its code;
-    ///         what is thrown later leaves the element open.
+    /// Writes one element for each instance of `className`, in the order in which the host enumerates them,
+    /// with the properties that the catalogue lists for the class. `flag` has no effect.
+    /// Absent: nothing is written for a class that the namespace lacks or the catalogue does not list.
+    /// Errors: a TVORException of another code than 15 from the class lookup is thrown anew with its code;
+    ///         exceptions thrown later leave the element open.
     void WriteResourceInstance(std::string className, std::string resourceType, TNamespacePtr collected,
                                bool flag);
 
-    // ---- properties and values (property_serialisation.cpp)
+    // ---- properties and values
 
-    /// Writes a property of `instance` under another name. "ObjectType" and "GUID" are written with
-    /// `sourceName` as their value, "Name" from "GetHostName" with the operating system's name; the lookup of
-    /// `sourceName` follows in these cases too.
-    /// Absent: a property that is null, or has a null value, leaves no trace.
-    /// Returns false when the instance has no such property (TVORException from the lookup).
-    /// Errors: std::out_of_range for a product name too short for its model; what the host throws after the
-    ///         lookup. The element's opening line may stand then.
+    /// Writes the property `sourceName` of `instance` under the name `outputName`. For "ObjectType" and
+    /// "GUID" an element with `sourceName` as its value is written first; for "Name" from "GetHostName" one
+    /// with the operating system's name. The lookup of `sourceName` follows in these cases too. Absent:
+    /// nothing is written for a property that is null or has a null value. Returns false if the instance has
+    /// no such property (TVORException from the lookup). Errors: std::out_of_range for a product name that
+    /// ends before its model number; exceptions from the
+    ///         host after the lookup. The element may then be left open.
     bool WriteResourceProperty(std::string outputName, std::string sourceName, TInstancePtr instance);
-    /// Writes the value lines: one "Value" line, or "VALUE" lines within "VALUE.ARRAY"; none for null.
+    /// Writes one "Value" line for a scalar, "VALUE" lines within "VALUE.ARRAY" for an array, nothing for
+    /// null.
     void WriteValue(const NKELVOR20::TCIMValue& value);
-    /// Character data for the document, which is plain ASCII: &, < and > as entities, line ends dropped,
-    /// every other byte outside 0x20 to 0x7F a blank.
+    /// Returns `text` as character data, which is plain ASCII: &, < and > become entities, line ends are
+    /// dropped, and every other byte outside 0x20 to 0x7F becomes a blank.
     static std::string QuoteString(std::string text);
-    /// XML-schema type name of a CIM type name; "string" for a name that is not listed.
+    /// Maps a CIM type name to an XML-schema type name; "string" for an unlisted name.
     static std::string ConvertTypeFromCIM(std::string cimType);
-    /// The up to four characters behind the first "-["; the whole name without one.
+    /// Returns the up to four characters after the first "-["; the whole name if it has no "-[".
     static std::string GetMachineTypeFromCIM(std::string productName);
-    /// The up to three characters behind the machine type; the whole name without "-[".
-    /// Errors: std::out_of_range when the name ends before them.
+    /// Returns the up to three characters after the machine type; the whole name if it has no "-[".
+    /// Errors: throws std::out_of_range if the name ends within the machine type.
     static std::string GetModelNumber(std::string productName);
 
-    // ---- resource identity (resource_identity.cpp, md5.cpp)
+    // ---- resource identity
 
-    /// The identifier under which one resource is recognised across inventories: 32 hexadecimal digits
-    /// made of the type and one key property, or two unless `keyProperty2` is empty. `reserved` is not
-    /// looked at.
-    /// Absent: a key that cannot be read is logged (level 3) and left out, so such resources of one type
-    ///         share an identifier. No exception of the instance or its properties comes out.
+    /// Returns the identifier of a resource across inventories: 32 hexadecimal digits made from its type and
+    /// the value of one key property, or of two if `keyProperty2` is not empty. `reserved` is ignored.
+    /// Absent: a key that cannot be read is left out, after a line in the log (level 3). Such resources of
+    /// one
+    ///         type share an identifier. Exceptions of the instance and its properties are caught.
     static std::string GetResourceID(std::string resourceType, TInstancePtr instance,
                                      std::string keyProperty1, std::string keyProperty2,
                                      std::string reserved);
-    /// Characters of an identifier, or of any digest in text form.
-    static constexpr std::size_t digestLength = 32;
-    /// MD5 of `length` bytes as 32 upper-case hexadecimal characters in `out`, without a terminator.
-    /// Not the standard's digest when `length` is 56 modulo 64 (the padding is one block short), or 512 MiB
-    /// and more (the bit count is taken modulo 2^32).
-    /// Errors: std::bad_alloc; std::length_error when the padded length is no 32-bit number.
+    /// The number of characters of an identifier, or of any digest in text form.
+    static constexpr std::size_t digestLength = digestTextLength;
+    /// Writes the MD5 digest of `length` bytes as 32 upper-case hexadecimal characters, without a terminator.
+    /// The result differs from standard MD5 if `length` is 56 modulo 64, and from 512 MiB on.
+    /// Errors: std::bad_alloc; std::length_error if the padded length does not fit 32 bits.
     static void MD5(const char* data, unsigned int length, unsigned char* out);
-    /// The compression function of MD5 over the 64 bytes of `block`; updates the chaining words.
+    /// The compression function of MD5: updates the chaining words with the 64 bytes of `block`.
     static void transform(const unsigned char* block, std::uint32_t& a, std::uint32_t& b, std::uint32_t& c,
                           std::uint32_t& d);
     /// Writes the four chaining words, each least significant byte first, as 32 upper-case hexadecimal
     /// characters, high nibble first.
     static void toString(const std::uint32_t* digestWords, unsigned char* out);
 
-    // ---- dates (dates.cpp)
+    // ---- dates
 
-    /// "2009-03-07T14:05:09+01:00". Fields are printed as they come, widths are minimums, and the minutes of
-    /// the offset are always 00. Offsets below -720 minutes come out as large positive ones.
+    /// Returns for example "2009-03-07T14:05:09+01:00". Fields are not range-checked, their widths are
+    /// minimums, and the minutes of the offset are always 00. An offset below -720 minutes comes out as a
+    /// large positive one.
     static std::string ConvertCIMDateToUSMI(NKELVOR20::TCIMDateTime dateTime);
-    /// The host's local time in that form.
+    /// Returns the host's local time in that form.
     static std::string GetRCFTime();
 
   private:
-    /// A property of the document as one class has it.
-    struct TBoundProperty {
-        std::string startTag;  // up to the type
-        std::string sourceName;
-        EPropertyForm form;
-    };
-    struct TBoundRow {
-        TBoundProperty property;
-        EValueOrigin origin;  // of the source name
-    };
-    struct TBoundClass {
-        std::string keyProperty;
-        std::vector<TBoundRow> properties;
-    };
-
-    void WriteDocumentStart(std::string_view timestampAttribute);
-    void WriteInstance(const TBoundClass& boundClass, const std::string& resourceType,
-                       const TInstancePtr& instance);
-    bool WriteProperty(const TBoundProperty& bound, const std::string& sourceName,
-                       const TInstancePtr& instance);
-    void WriteSpecialForm(const TBoundProperty& bound, std::string_view sourceName);
-    void WriteValueLines(EPropertyForm form, NKELVOR20::ICIMProperty& property,
-                         NKELVOR20::TCIMValue::TCIMType type, const NKELVOR20::TCIMValue& value);
-    /// A whole string property whose value is not escaped. `getText` is called after the opening line is
-    /// written.
-    template <typename TGetText>
-    void WriteTextProperty(std::string_view startTag, TGetText getText) {
-        WriteLine(startTag, R"(string">)");
-        WriteLine("<Value>", getText(), "</Value>");
-        WriteLine("</Property>");
-    }
-    /// A line of one value between the tags of TTags.
-    template <typename TTags>
-    void WriteEscapedLine(std::string_view text);
-
-    /// Writes the pieces, each convertible to std::string_view, as one line: one write, one flush.
-    template <typename... TPieces>
-    void WriteLine(const TPieces&... pieces) {
-        char* to = MakeLineRoom((std::string_view(pieces).size() + ... + 1));
-        ((to += std::string_view(pieces).copy(to, std::string_view::npos)), ...);
-        *to++ = '\n';
-        FinishLine(to);
-    }
-    char* MakeLineRoom(std::size_t size) {
-        if (line_.size() < size) {
-            line_.resize(2 * size);
-        }
-        return line_.data();
-    }
-    void FinishLine(const char* end);
-    void MarkBad();
-    /// Writes the text at once, without ending the line.
-    void WritePiece(std::string_view text);
-
-    static TBoundProperty BindProperty(std::string_view outputName, std::string sourceName);
-    static TBoundClass BindClass(const TResourceClass& resourceClass);
-    static std::vector<TInstancePtr> ListInstances(NKELVOR20::ICIMClass& cimClass);
-    static std::string MakeResourceID(const std::string& resourceType, const TInstancePtr& instance,
-                                      const std::string& keyProperty1, const std::string& keyProperty2);
-    static std::string DigestKey(const std::string& key);
-    static std::string MakeSysInfoResourceID(std::string_view resourceType, std::string_view machineType,
-                                             std::string_view serialNumber);
-
-    std::ostream& out_;
-    TNamespacePtr namespace_;                   // nothing fills it
-    std::map<std::string, std::string> texts_;  // nothing fills it
-    std::vector<char> line_;                    // kept from line to line, so that a line costs no allocation
+    TLineOutput output_;
+    TNamespacePtr namespace_;                   // never set
+    std::map<std::string, std::string> texts_;  // never filled
 };

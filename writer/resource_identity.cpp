@@ -1,13 +1,15 @@
-// Identifiers by which the receiving side recognises a resource in successive inventories: the digest of a
-// readable key. Every byte of the key is settled by the identifiers that exist already.
+#include "writer/resource_identity.h"
+
 #include "host/vor_exception.h"
 #include "writer/core_log.h"
-#include "writer/nox_xml_writer.h"
+#include "writer/md5.h"
 
 #include <cxxabi.h>
 
+#include <iterator>
 #include <stdexcept>
 
+using NKELVOR20::ICIMInstance;
 using NKELVOR20::ICIMProperty;
 using NKELVOR20::TVORException;
 
@@ -15,12 +17,13 @@ namespace {
 
 using TPropertyPtr = boost::shared_ptr<ICIMProperty>;
 
+/// The handles are null for properties that were not found.
 struct TKeyProperties {
     TPropertyPtr first;
     TPropertyPtr second;
 };
 
-TKeyProperties FindKeyProperties(const TNOXXMLWriterImpl::TInstancePtr& instance, const std::string& first,
+TKeyProperties FindKeyProperties(const boost::shared_ptr<ICIMInstance>& instance, const std::string& first,
                                  const std::string& second) {
     TKeyProperties found;
     try {
@@ -31,15 +34,15 @@ TKeyProperties FindKeyProperties(const TNOXXMLWriterImpl::TInstancePtr& instance
     } catch (const TVORException&) {
         LogWarning("noxinfo-GetResourceID: didn't find Name property");
     } catch (const abi::__forced_unwind&) {
-        throw;       // A cancelled thread has to unwind to its end.
+        throw;       // A cancelled thread must unwind completely.
     } catch (...) {  // NOLINT(bugprone-empty-catch)
-        // The missing value is logged where it is missed.
+        // MakeResourceId logs the missing value.
     }
     return found;
 }
 
 std::string ReadValue(const TPropertyPtr& property) {
-    // Checked here, as the host's assertion handler is free to end the process.
+    // Checked here because the host's assertion handler may end the process.
     if (!property) {
         throw std::invalid_argument("key property was not found");
     }
@@ -48,15 +51,8 @@ std::string ReadValue(const TPropertyPtr& property) {
 
 }  // namespace
 
-std::string TNOXXMLWriterImpl::GetResourceID(std::string resourceType, TInstancePtr instance,
-                                             std::string keyProperty1, std::string keyProperty2,
-                                             std::string /*reserved*/) {
-    return MakeResourceID(resourceType, instance, keyProperty1, keyProperty2);
-}
-
-std::string TNOXXMLWriterImpl::MakeResourceID(const std::string& resourceType, const TInstancePtr& instance,
-                                              const std::string& keyProperty1,
-                                              const std::string& keyProperty2) {
+std::string MakeResourceId(const std::string& resourceType, const boost::shared_ptr<ICIMInstance>& instance,
+                           const std::string& keyProperty1, const std::string& keyProperty2) {
     const TKeyProperties properties = FindKeyProperties(instance, keyProperty1, keyProperty2);
     std::string key = "kel-cdm:///CDM-" + resourceType;
     try {
@@ -69,16 +65,15 @@ std::string TNOXXMLWriterImpl::MakeResourceID(const std::string& resourceType, c
     } catch (const abi::__forced_unwind&) {
         throw;
     } catch (...) {
-        // The key stays as far as it was built, so the resource still gets an identifier.
+        // The identifier is made from the part of the key that was built.
         LogWarning("noxinfo-GetResourceID- class:" + resourceType + " valProperty1=" + keyProperty1 +
                    "didn't find Name value");
     }
     return DigestKey(key);
 }
 
-std::string TNOXXMLWriterImpl::DigestKey(const std::string& key) {
-    unsigned char digest[digestLength];
-    // One byte more than the key: its terminating zero is part of every identifier.
-    MD5(key.c_str(), static_cast<unsigned int>(key.size() + 1), digest);
+std::string DigestKey(const std::string& key) {
+    unsigned char digest[digestTextLength];
+    WriteDigestText(key.c_str(), static_cast<unsigned int>(key.size() + 1), digest);
     return {std::begin(digest), std::end(digest)};
 }
