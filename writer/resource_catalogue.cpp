@@ -1,4 +1,3 @@
-// The catalogue itself. The order of the rows is the order of the document.
 #include "writer/resource_catalogue.h"
 
 #include <algorithm>
@@ -9,7 +8,7 @@ struct TSourceName {
     std::string_view name;
 };
 
-/// The property of the instance, where its name is not the one of the document.
+/// Names the property of the instance if it differs from the name in the document.
 constexpr TSourceName From(std::string_view sourceName) {
     return {sourceName};
 }
@@ -32,10 +31,11 @@ constexpr TCommonHead HeadWithName(TSourceName source) {
 }
 
 constexpr TCommonHead commonHead = HeadWithName(From("ElementName"));
-// Not a property: the writer puts the operating system's name here. The computer's own Name is its UUID.
+// "GetHostName" is not a property: the writer substitutes the operating system's name. The Name of a computer
+// is its UUID, written as SystemBoardUUID.
 constexpr TCommonHead computerSystemHead = HeadWithName(From("GetHostName"));
 
-// One property per line, so that a change shows as a line.
+// One property per line, so that a difference shows one property per line.
 // clang-format off
 constexpr TPropertyRow processProperties[] = {
     Property("CreationDate"),

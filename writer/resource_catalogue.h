@@ -1,6 +1,5 @@
-// The vocabulary of the hardware-inventory document: which classes are reported, what identifies their
-// instances, and which properties go out, in which order and under which names. Plain data, so that a
-// property is added by adding a row.
+// The catalogue of the hardware-inventory document: the classes it reports, the property that identifies
+// their instances, and the properties it writes, in order. Plain data: adding a row adds a property.
 #pragma once
 
 #include <array>
@@ -8,25 +7,25 @@
 #include <span>
 #include <string_view>
 
-/// Where the value of a property row comes from.
+/// The origin of a property's value.
 enum class EValueOrigin {
     instance,      ///< the property `sourceName` of the instance
-    resourceType,  ///< the resource type under which the instance is listed
+    resourceType,  ///< the resource type of the instance
     resourceId,    ///< the identifier of the instance
 };
 
-/// One property of the document. `sourceName` is empty unless the value comes from the instance.
+/// One property of the document. `sourceName` is empty unless the origin is `instance`.
 struct TPropertyRow {
     std::string_view outputName;
     std::string_view sourceName;
     EValueOrigin origin;
 };
 
-/// Every class begins with Name, Description and ObjectType.
+/// The properties that every class begins with: Name, Description and ObjectType.
 using TCommonHead = std::array<TPropertyRow, 3>;
 
-/// One class: its host name, the property that identifies its instances, and its properties in the order of
-/// the document, `head` before `properties`.
+/// One class: its host name, the property that identifies its instances, and its properties in document
+/// order, `head` before `properties`.
 struct TResourceClass {
     std::string_view className;
     std::string_view keyProperty;
@@ -36,8 +35,8 @@ struct TResourceClass {
 
 inline constexpr std::size_t resourceClassCount = 28;
 
-/// The whole catalogue.
+/// Returns the whole catalogue.
 std::span<const TResourceClass, resourceClassCount> GetResourceCatalogue() noexcept;
 
-/// The row of a class, compared exactly; null for a class that is not listed.
+/// Returns the row of a class, compared exactly; null for an unlisted class.
 const TResourceClass* FindResourceClass(std::string_view className) noexcept;

@@ -1,4 +1,3 @@
-// The table of the hardware document's lists.
 #include "writer/resource_lists.h"
 
 #include "host/plugin_callbacks.h"
@@ -8,32 +7,32 @@ using NKELVOR20::physicalElement;
 
 namespace {
 
-// Row order is document order. DVD drives are listed as diskette drives: readers of the documents expect it.
+// Row order is document order. DVD drives are listed as diskette drives because readers expect it.
 // clang-format off
 constexpr TListRow listRows[] = {
-    {&physicalElement, {"Slot"},              {"KELSG_SystemSlot"},            false},
-    {&physicalElement, {"PhysicalMemory"},    {"KELSG_SPDData"},               false},
-    {&physicalElement, {"Card"},              {"KELSG_Card"},                  false},
-    {&logicalDevice,   {"Processor"},         {"KELSG_Processor"},             true},
-    {&logicalDevice,   {"DiskDrive"},         {"KELSG_DiskDrive"},             false},
-    {&logicalDevice,   {"DiskDrive"},         {"CIM_DiskDrive"},               true},
-    {&logicalDevice,   {"DisketteDrive"},     {"KELSG_DisketteDrive"},         false},
-    {&logicalDevice,   {"TapeDrive"},         {"KELSG_TapeDrive"},             false},
-    {&logicalDevice,   {"OpticalDrive"},      {"KELSG_CDROMDrive"},            false},
-    {&logicalDevice,   {"DisketteDrive"},     {"KELSG_DVDDrive"},              false},
-    {&logicalDevice,   {"DiskPartition"},     {"CIM_DiskPartition"},           true},
-    {&logicalDevice,   {"Memory"},            {"KELSG_ACPI"},                  true},
-    {&logicalDevice,   {"Memory"},            {"KELSG_MAS"},                   false},
-    {&logicalDevice,   {"LogicalVolume"},     {"KELSG_LSILogicalDisk"},        false},
-    {&logicalDevice,   {"LogicalVolume"},     {"KELSG_LSIIDELogicalDisk"},     false},
-    {&logicalDevice,   {"LogicalVolume"},     {"KELSG_srLogicalDisk"},         false},
-    {&logicalDevice,   {"LogicalVolume"},     {"KELSG_LogicalDisk"},           false},
-    {&logicalDevice,   {"IDEController"},     {"KELSG_IDEProtocolController"}, true},
-    {&logicalDevice,   {"USBPort"},           {"KELSG_USBPort"},               false},
-    {&logicalDevice,   {"DisplayController"}, {"KELSG_VideoController"},       false},
-    {&logicalDevice,   {"PCIDevice"},         {"KELSG_PCIDevice"},             false},
-    {&logicalDevice,   {"PCIBridge"},         {"KELSG_PCIBridge"},             false},
-    {&logicalDevice,   {"USBController"},     {"KELSG_USBController"},         false},
+    {&physicalElement, {"Slot"},              {"KELSG_SystemSlot"}},
+    {&physicalElement, {"PhysicalMemory"},    {"KELSG_SPDData"}},
+    {&physicalElement, {"Card"},              {"KELSG_Card"}},
+    {&logicalDevice,   {"Processor"},         {"KELSG_Processor"}},
+    {&logicalDevice,   {"DiskDrive"},         {"KELSG_DiskDrive"}},
+    {&logicalDevice,   {"DiskDrive"},         {"CIM_DiskDrive"}},
+    {&logicalDevice,   {"DisketteDrive"},     {"KELSG_DisketteDrive"}},
+    {&logicalDevice,   {"TapeDrive"},         {"KELSG_TapeDrive"}},
+    {&logicalDevice,   {"OpticalDrive"},      {"KELSG_CDROMDrive"}},
+    {&logicalDevice,   {"DisketteDrive"},     {"KELSG_DVDDrive"}},
+    {&logicalDevice,   {"DiskPartition"},     {"CIM_DiskPartition"}},
+    {&logicalDevice,   {"Memory"},            {"KELSG_ACPI"}},
+    {&logicalDevice,   {"Memory"},            {"KELSG_MAS"}},
+    {&logicalDevice,   {"LogicalVolume"},     {"KELSG_LSILogicalDisk"}},
+    {&logicalDevice,   {"LogicalVolume"},     {"KELSG_LSIIDELogicalDisk"}},
+    {&logicalDevice,   {"LogicalVolume"},     {"KELSG_srLogicalDisk"}},
+    {&logicalDevice,   {"LogicalVolume"},     {"KELSG_LogicalDisk"}},
+    {&logicalDevice,   {"IDEController"},     {"KELSG_IDEProtocolController"}},
+    {&logicalDevice,   {"USBPort"},           {"KELSG_USBPort"}},
+    {&logicalDevice,   {"DisplayController"}, {"KELSG_VideoController"}},
+    {&logicalDevice,   {"PCIDevice"},         {"KELSG_PCIDevice"}},
+    {&logicalDevice,   {"PCIBridge"},         {"KELSG_PCIBridge"}},
+    {&logicalDevice,   {"USBController"},     {"KELSG_USBController"}},
 };
 // clang-format on
 

@@ -1,12 +1,12 @@
-// Which host classes the hardware-inventory document lists, under which type and in which list. Plain data,
-// so that a class is listed by adding a row.
+// The host classes that the hardware-inventory document lists, with their resource type and their list. Plain
+// data: adding a row adds a class.
 #pragma once
 
 #include <span>
 #include <string>
 #include <string_view>
 
-// Types of their own, so that a row with swapped cells does not compile.
+// Distinct types, so that a row with swapped cells does not compile.
 struct TListedType {
     std::string_view name;
 };
@@ -14,13 +14,12 @@ struct TSourceClass {
     std::string_view name;
 };
 
-/// The instances of `source`, listed as `type` in the resource list of the type `list`.
+/// Lists the instances of `source` with the resource type `type` in the resource list of type `list`.
 struct TListRow {
-    const std::string* list;  // never null; not built before the module is loaded
+    const std::string* list;  // never null; the string is constructed when the module is loaded
     TListedType type;
     TSourceClass source;
-    bool flag;  // handed on with the class, without effect
 };
 
-/// Every row, in the order of the document.
+/// Returns every row, in document order.
 std::span<const TListRow> GetResourceLists() noexcept;

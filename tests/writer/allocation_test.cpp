@@ -1,5 +1,5 @@
-// What happens when there is no memory for the digest. This program takes the array form of new over, which
-// nothing but the digest's buffer uses here.
+// The writer without memory for a digest. This program replaces the array form of new, which only the
+// digest's buffer uses here.
 #include "tests/doubles/cim_doubles.h"
 #include "tests/doubles/host_doubles.h"
 #include "writer/nox_xml_writer.h"
@@ -17,7 +17,7 @@ namespace {
 bool hasMemory = true;
 int held = 0;
 
-/// No memory for arrays as long as this lives.
+/// While this object exists, array allocations fail.
 class TNoMemory {
   public:
     TNoMemory() { hasMemory = false; }
@@ -51,7 +51,7 @@ namespace {
 using NDOUBLES::Host;
 using NDOUBLES::TLogLine;
 
-TEST(NoMemory, LeavesTheSystemWithoutIdentifierAndLogsOneLine) {
+TEST(NoMemory, WritesAnEmptySystemIdentifierAndLogsOneLine) {
     NDOUBLES::ResetHost();
     std::ostringstream out;
     TNOXXMLWriterImpl writer(out);
@@ -68,7 +68,7 @@ TEST(NoMemory, LeavesTheSystemWithoutIdentifierAndLogsOneLine) {
                                 3, "TNOXXML-WriteResourceListForSysInfo-when get resource id error!"}));
 }
 
-TEST(NoMemory, ComesOutOfTheDigestAndOfTheIdentifierOfAnInstance) {
+TEST(NoMemory, ThrowsBadAllocFromTheDigestAndFromTheIdentifierOfAnInstance) {
     NDOUBLES::ResetHost();
     const auto instance = boost::make_shared<NDOUBLES::TInstanceDouble>();
     instance->Add("DeviceID", "CPU0");
@@ -78,7 +78,7 @@ TEST(NoMemory, ComesOutOfTheDigestAndOfTheIdentifierOfAnInstance) {
     EXPECT_THROW(TNOXXMLWriterImpl::GetResourceID("Processor", instance, "DeviceID", "", ""), std::bad_alloc);
 }
 
-TEST(Digest, GivesItsBufferBack) {
+TEST(Digest, FreesItsBuffer) {
     const int before = held;
     unsigned char digest[TNOXXMLWriterImpl::digestLength];
     TNOXXMLWriterImpl::MD5("a", 1, digest);

@@ -1,4 +1,5 @@
-// A thread that is cancelled while it renders: in the stream, or in a call of the host.
+// A thread that is cancelled while it renders, in the stream or in a call to the host, must unwind
+// completely.
 #include "tests/cancellation/cancelled_thread.h"
 #include "tests/doubles/cim_doubles.h"
 #include "tests/doubles/host_doubles.h"
@@ -42,7 +43,7 @@ TEST_F(CancelledThread, UnwindsThroughTheStreamAndMarksItBad) {
     EXPECT_TRUE(stream.bad());
 }
 
-TEST_F(CancelledThread, UnwindsThroughAStreamThatThrowsOfItself) {
+TEST_F(CancelledThread, UnwindsThroughAStreamThatThrowsOnBadbit) {
     TCancellingBuffer buffer;
     std::ostream stream(&buffer);
     stream.exceptions(std::ios_base::badbit);
@@ -59,7 +60,7 @@ TEST_F(CancelledThread, UnwindsThroughTheLookupOfAKeyProperty) {
     EXPECT_TRUE(NDOUBLES::Host().log.empty());
 }
 
-TEST_F(CancelledThread, UnwindsThroughTheReadingOfAKeyValue) {
+TEST_F(CancelledThread, UnwindsThroughAReadOfAKeyValue) {
     const auto instance = boost::make_shared<TInstanceDouble>();
     instance->Add("DeviceID", "CPU0")->before = [](const std::string&) { CancelThisThread(); };
     EXPECT_TRUE(

@@ -1,6 +1,7 @@
+#include "writer/dates.h"
+
 #include "host/cim_date_time.h"
 #include "tests/doubles/host_doubles.h"
-#include "writer/nox_xml_writer.h"
 
 #include <gtest/gtest.h>
 
@@ -11,47 +12,45 @@
 namespace {
 
 using NKELVOR20::TCIMDateTime;
-using TWriter = TNOXXMLWriterImpl;
 
 std::string WithOffset(int minutes) {
-    return TWriter::ConvertCIMDateToUSMI(TCIMDateTime({.day = 7,
-                                                       .year = 2009,
-                                                       .month = 3,
-                                                       .hour = 14,
-                                                       .minute = 5,
-                                                       .second = 9,
-                                                       .utcOffset = static_cast<std::int16_t>(minutes)}));
+    return FormatDateTime(TCIMDateTime({.day = 7,
+                                        .year = 2009,
+                                        .month = 3,
+                                        .hour = 14,
+                                        .minute = 5,
+                                        .second = 9,
+                                        .utcOffset = static_cast<std::int16_t>(minutes)}));
 }
 
 TEST(Dates, HaveOneTextForm) {
     EXPECT_EQ(WithOffset(60), "2009-03-07T14:05:09+01:00");
 }
 
-TEST(Dates, OfZeroesPrintEveryDigit) {
-    EXPECT_EQ(TWriter::ConvertCIMDateToUSMI(TCIMDateTime()), "0000-00-00T00:00:00+00:00");
+TEST(Dates, PrintEveryDigitOfZeroFields) {
+    EXPECT_EQ(FormatDateTime(TCIMDateTime()), "0000-00-00T00:00:00+00:00");
 }
 
-TEST(Dates, PadSmallFieldsWithZeroes) {
-    EXPECT_EQ(TWriter::ConvertCIMDateToUSMI(
+TEST(Dates, PadShortFieldsWithZeros) {
+    EXPECT_EQ(FormatDateTime(
                   TCIMDateTime({.day = 2, .year = 999, .month = 1, .hour = 3, .minute = 4, .second = 5})),
               "0999-01-02T03:04:05+00:00");
 }
 
-TEST(Dates, PrintLargeFieldsWhole) {
+TEST(Dates, PrintLargeFieldsInFull) {
     EXPECT_EQ(
-        TWriter::ConvertCIMDateToUSMI(TCIMDateTime(
+        FormatDateTime(TCIMDateTime(
             {.day = 4294967295, .year = 12345, .month = 65535, .hour = 100, .minute = 200, .second = 300})),
         "12345-65535-4294967295T100:200:300+00:00");
 }
 
-TEST(Dates, PrintFieldsOutOfRangeAsTheyCome) {
-    EXPECT_EQ(TWriter::ConvertCIMDateToUSMI(TCIMDateTime({.day = 32, .year = 2009, .month = 13, .hour = 24})),
+TEST(Dates, PrintOutOfRangeFieldsUnchanged) {
+    EXPECT_EQ(FormatDateTime(TCIMDateTime({.day = 32, .year = 2009, .month = 13, .hour = 24})),
               "2009-13-32T24:00:00+00:00");
 }
 
-TEST(Dates, LeaveMicrosecondsOut) {
-    EXPECT_EQ(TWriter::ConvertCIMDateToUSMI(TCIMDateTime({.microsecond = 999999})),
-              "0000-00-00T00:00:00+00:00");
+TEST(Dates, OmitMicroseconds) {
+    EXPECT_EQ(FormatDateTime(TCIMDateTime({.microsecond = 999999})), "0000-00-00T00:00:00+00:00");
 }
 
 TEST(DateOffsets, DropTheirMinutes) {
@@ -67,7 +66,7 @@ TEST(DateOffsets, KeepTheSignOfLessThanAnHour) {
     EXPECT_EQ(WithOffset(-1), "2009-03-07T14:05:09-00:00");
 }
 
-TEST(DateOffsets, AreNegativeDownToTwelveHoursOnly) {
+TEST(DateOffsets, AreNegativeOnlyDownToTwelveHours) {
     EXPECT_EQ(WithOffset(-720), "2009-03-07T14:05:09-12:00");
     EXPECT_EQ(WithOffset(-721), "2009-03-07T14:05:09+1080:00");
     EXPECT_EQ(WithOffset(-780), "2009-03-07T14:05:09+1079:00");
@@ -87,10 +86,10 @@ TEST(DateOffsets, FollowOneFormulaForEveryValue) {
     }
 }
 
-TEST(DocumentTime, IsTheHostsLocalTime) {
+TEST(Timestamp, IsTheLocalTimeOfTheHost) {
     NDOUBLES::ResetHost();
     NDOUBLES::Host().localTime = [] { return *TCIMDateTime::FromText("20261231235958.123456-300"); };
-    EXPECT_EQ(TWriter::GetRCFTime(), "2026-12-31T23:59:58-05:00");
+    EXPECT_EQ(GetTimestamp(), "2026-12-31T23:59:58-05:00");
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
-// Whole documents, as files to read and to compare. With NOXINFO_BLESS=1 in the environment the files are
-// written anew from what the writer gives, and the tests say how they changed.
+// Compares whole documents with golden files. With NOXINFO_BLESS=1 in the environment, files that differ are
+// rewritten and the difference is printed.
 #include "tests/doubles/host_doubles.h"
 #include "vorhost/model/memory_namespace.h"
 #include "writer/nox_xml_writer.h"
@@ -124,7 +124,7 @@ std::vector<std::string> Lines(const std::string& text) {
     return lines;
 }
 
-/// The lines between the common beginning and the common end, the old ones with "-", the new ones with "+".
+/// Returns the lines between the common first and last lines: old ones marked "-", new ones "+".
 std::string Difference(const std::string& before, const std::string& after) {
     const auto oldLines = Lines(before);
     const auto newLines = Lines(after);
@@ -139,11 +139,11 @@ std::string Difference(const std::string& before, const std::string& after) {
         ++tail;
     }
     std::string difference = "from line " + std::to_string(head + 1) + ":\n";
-    for (std::size_t at = head; at < oldLines.size() - tail; ++at) {
-        difference += "-" + oldLines[at] + "\n";
+    for (std::size_t i = head; i < oldLines.size() - tail; ++i) {
+        difference += "-" + oldLines[i] + "\n";
     }
-    for (std::size_t at = head; at < newLines.size() - tail; ++at) {
-        difference += "+" + newLines[at] + "\n";
+    for (std::size_t i = head; i < newLines.size() - tail; ++i) {
+        difference += "+" + newLines[i] + "\n";
     }
     return difference;
 }
@@ -157,11 +157,11 @@ void ExpectGolden(const std::string& name, const std::string& text) {
     const char* const bless = std::getenv("NOXINFO_BLESS");
     if (bless != nullptr && std::string_view(bless) == "1") {
         std::ofstream(path, std::ios::binary) << text;
-        std::cout << "renewed " << name << " " << Difference(expected, text);
+        std::cout << "rewrote " << name << " " << Difference(expected, text);
         return;
     }
     ADD_FAILURE() << name << " differs " << Difference(expected, text)
-                  << "NOXINFO_BLESS=1 renews the file, if this is as it should be.";
+                  << "Set NOXINFO_BLESS=1 to rewrite the file if the change is intended.";
 }
 
 class Golden : public testing::Test {

@@ -1,8 +1,9 @@
+#include "writer/instance_writer.h"
+
 #include "host/vor_exception.h"
 #include "tests/doubles/cim_doubles.h"
 #include "tests/doubles/host_doubles.h"
 #include "tests/writer/spy_buffer.h"
-#include "writer/nox_xml_writer.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -24,14 +25,14 @@ using testing::Property;
 using testing::Throws;
 using testing::ThrowsMessage;
 
-class WriteResourceInstance : public testing::Test {
+class InstanceWriter : public testing::Test {
   protected:
-    WriteResourceInstance() { NDOUBLES::ResetHost(); }
+    InstanceWriter() { NDOUBLES::ResetHost(); }
 
-    std::string Written(const std::string& className = "KELSG_Processor", bool flag = false) {
-        out.str("");
-        writer.WriteResourceInstance(className, "Processor", collected, flag);
-        return out.str();
+    std::string Written(const std::string& className = "KELSG_Processor") {
+        text.str("");
+        WriteInstances(out, className, "Processor", collected);
+        return text.str();
     }
 
     boost::shared_ptr<TInstanceDouble> AddProcessor(const std::string& deviceId) {
@@ -42,8 +43,8 @@ class WriteResourceInstance : public testing::Test {
 
     boost::shared_ptr<TNamespaceDouble> collected = boost::make_shared<TNamespaceDouble>();
     boost::shared_ptr<TClassDouble> processors = collected->AddClass("KELSG_Processor");
-    std::ostringstream out;
-    TNOXXMLWriterImpl writer{out};
+    std::ostringstream text;
+    TLineOutput out{text};
 };
 
 constexpr char cpu0[] =
@@ -66,7 +67,7 @@ constexpr char cpu1[] =
     "</Property>\n"
     "</ResourceInstance>\n";
 
-TEST_F(WriteResourceInstance, WritesTheHeadAndThenThePropertiesThatTheInstanceHas) {
+TEST_F(InstanceWriter, WritesThePropertiesThatTheInstanceHasInCatalogueOrder) {
     const auto instance = AddProcessor("CPU0");
     instance->Add("ElementName", "CPU 1");
     instance->Add("Description", "A processor");
@@ -96,58 +97,52 @@ TEST_F(WriteResourceInstance, WritesTheHeadAndThenThePropertiesThatTheInstanceHa
         "</ResourceInstance>\n");
 }
 
-TEST_F(WriteResourceInstance, SkipsPropertiesThatAreNullOrMissing) {
+TEST_F(InstanceWriter, SkipsPropertiesThatAreNullOrMissing) {
     AddProcessor("CPU0")->Add("Description", TCIMValue(TCIMValue::TCIMType(TCIMValue::TCIMType::eString)));
     EXPECT_EQ(Written(), cpu0);
 }
 
-TEST_F(WriteResourceInstance, WritesInstancesInTheOrderOfTheEnumeration) {
+TEST_F(InstanceWriter, WritesInstancesInEnumerationOrder) {
     AddProcessor("CPU1");
     AddProcessor("CPU0");
     EXPECT_EQ(Written(), std::string(cpu1) + cpu0);
 }
 
-TEST_F(WriteResourceInstance, WritesNothingForAClassWithoutInstances) {
+TEST_F(InstanceWriter, WritesNothingForAClassWithoutInstances) {
     EXPECT_EQ(Written(), "");
 }
 
-TEST_F(WriteResourceInstance, TakesNoNoticeOfTheFlag) {
-    AddProcessor("CPU0");
-    EXPECT_EQ(Written("KELSG_Processor", /*flag=*/true), cpu0);
-    EXPECT_EQ(Written("KELSG_Processor", /*flag=*/false), cpu0);
-    EXPECT_THAT(processors->calls, ElementsAre("EnumerateInstances true", "EnumerateInstances true"));
-}
-
-TEST_F(WriteResourceInstance, EnumeratesAClassThatIsNotInTheCatalogueAndWritesNothing) {
+TEST_F(InstanceWriter, WritesNothingForAClassOutsideTheCatalogue) {
     const auto fans = collected->AddClass("KELSG_Fan");
     fans->AddInstance()->Add("DeviceID", "F1");
     EXPECT_EQ(Written("KELSG_Fan"), "");
     EXPECT_THAT(fans->calls, ElementsAre("EnumerateInstances true"));
 }
 
-TEST_F(WriteResourceInstance, ComparesTheClassNameWithTheCatalogueExactly) {
+TEST_F(InstanceWriter, ComparesTheClassNameExactly) {
     const auto fans = collected->AddClass("kelsg_processor");
     fans->AddInstance()->Add("DeviceID", "CPU0");
     EXPECT_EQ(Written("kelsg_processor"), "");
 }
 
-TEST_F(WriteResourceInstance, WritesNothingForAClassThatTheNamespaceLacks) {
+TEST_F(InstanceWriter, WritesNothingForAClassThatTheNamespaceLacks) {
     EXPECT_EQ(Written("KELSG_Card"), "");
     EXPECT_THAT(collected->calls, ElementsAre("GetClass KELSG_Card"));
 }
 
-TEST_F(WriteResourceInstance, DoesNotEscapeTheResourceType) {
+TEST_F(InstanceWriter, DoesNotEscapeTheResourceType) {
     AddProcessor("CPU0");
-    writer.WriteResourceInstance("KELSG_Processor", "A\"&B", collected, false);
-    EXPECT_THAT(out.str(), testing::HasSubstr("\" resourceType=\"A\"&B\">\n"));
-    EXPECT_THAT(out.str(), testing::HasSubstr("<Value>A\"&B</Value>\n"));
+    WriteInstances(out, "KELSG_Processor", "A\"&B", collected);
+    EXPECT_THAT(text.str(), testing::HasSubstr("\" resourceType=\"A\"&B\">\n"));
+    EXPECT_THAT(text.str(), testing::HasSubstr("<Value>A\"&B</Value>\n"));
 }
 
-TEST_F(WriteResourceInstance, FlushesTheStreamOnceForEachLine) {
+TEST_F(InstanceWriter, FlushesTheStreamOnceForEachLine) {
     TSpyBuffer buffer;
     std::ostream stream(&buffer);
     AddProcessor("CPU0");
-    TNOXXMLWriterImpl(stream).WriteResourceInstance("KELSG_Processor", "Processor", collected, false);
+    TLineOutput streamOut(stream);
+    WriteInstances(streamOut, "KELSG_Processor", "Processor", collected);
     EXPECT_THAT(buffer.flushes,
                 ElementsAre("<ResourceInstance resourceId=\"F0412DDD4EDFB7E918E1782A3245949C\""
                             " resourceType=\"Processor\">\n",
@@ -156,13 +151,13 @@ TEST_F(WriteResourceInstance, FlushesTheStreamOnceForEachLine) {
                             "<Value>CPU0</Value>\n", "</Property>\n", "</ResourceInstance>\n"));
 }
 
-/// What a host may derive from its exception.
+/// An exception that a host may derive from its own.
 class TDetailedException : public TVORException {
   public:
     using TVORException::TVORException;
 };
 
-TEST_F(WriteResourceInstance, RaisesOtherFailuresOfTheClassLookupAnewWithTheirCode) {
+TEST_F(InstanceWriter, ThrowsAPlainTvorExceptionWithTheCodeOfAFailedClassLookup) {
     collected->before = [](const std::string&) { throw TDetailedException(2); };
     try {
         Written();
@@ -171,57 +166,56 @@ TEST_F(WriteResourceInstance, RaisesOtherFailuresOfTheClassLookupAnewWithTheirCo
         EXPECT_EQ(error.GetStatusCode().GetCode(), 2);
         EXPECT_EQ(typeid(error), typeid(TVORException));
     }
-    EXPECT_EQ(out.str(), "");
+    EXPECT_EQ(text.str(), "");
 }
 
-TEST_F(WriteResourceInstance, LetsForeignExceptionsOfTheClassLookupPass) {
+TEST_F(InstanceWriter, PassesOtherExceptionsOfTheClassLookupOn) {
     collected->before = [](const std::string&) { throw std::runtime_error("lookup"); };
     EXPECT_THAT([&] { Written(); }, ThrowsMessage<std::runtime_error>("lookup"));
 }
 
-TEST_F(WriteResourceInstance, LetsFailuresOfTheEnumerationPassEvenWithTheCodeOfAMissingClass) {
+TEST_F(InstanceWriter, PassesFailuresOfTheEnumerationOnEvenWithTheCodeOfAMissingClass) {
     processors->before = [](const std::string&) { throw TVORException(15); };
     EXPECT_THROW(Written(), TVORException);
-    EXPECT_EQ(out.str(), "");
+    EXPECT_EQ(text.str(), "");
 }
 
-TEST_F(WriteResourceInstance, AssertsThatTheNamespaceHandleIsNotEmpty) {
-    EXPECT_THAT([&] { writer.WriteResourceInstance("KELSG_Processor", "Processor", nullptr, false); },
+TEST_F(InstanceWriter, AssertsThatTheNamespaceHandleIsNotNull) {
+    EXPECT_THAT([&] { WriteInstances(out, "KELSG_Processor", "Processor", nullptr); },
                 ThrowsMessage<NDOUBLES::TAssertionFailed>("px != 0"));
 }
 
-TEST_F(WriteResourceInstance, AssertsThatTheClassHandleIsNotEmpty) {
+TEST_F(InstanceWriter, AssertsThatTheClassHandleIsNotNull) {
     collected->classes["KELSG_Processor"] = nullptr;
     EXPECT_THAT([&] { Written(); }, ThrowsMessage<NDOUBLES::TAssertionFailed>("px != 0"));
 }
 
-TEST_F(WriteResourceInstance, LeavesTheElementOpenWhenAPropertyThrows) {
+TEST_F(InstanceWriter, LeavesTheElementOpenIfAPropertyThrows) {
     AddProcessor("CPU0")->before = [](const std::string& call) {
         if (call == "GetProperty Description") {
             throw std::runtime_error("lookup");
         }
     };
     EXPECT_THAT([&] { Written(); }, ThrowsMessage<std::runtime_error>("lookup"));
-    EXPECT_EQ(out.str(),
+    EXPECT_EQ(text.str(),
               "<ResourceInstance resourceId=\"F0412DDD4EDFB7E918E1782A3245949C\""
               " resourceType=\"Processor\">\n");
 }
 
-TEST_F(WriteResourceInstance, LeavesTheBeginningOfTheElementWhenTheIdentifierThrows) {
-    // The identifier swallows what instances throw, but not what the log does.
+TEST_F(InstanceWriter, LeavesTheStartOfTheOpeningTagIfTheIdentifierThrows) {
+    // Exceptions of the instance are caught, but exceptions of the logger are not.
     processors->AddInstance();
     NDOUBLES::Host().onLog = [](int, const std::string&) { throw std::runtime_error("log"); };
     EXPECT_THAT([&] { Written(); }, ThrowsMessage<std::runtime_error>("log"));
-    EXPECT_EQ(out.str(), "<ResourceInstance resourceId=\"");
+    EXPECT_EQ(text.str(), "<ResourceInstance resourceId=\"");
 }
 
-TEST_F(WriteResourceInstance, LeavesTheOpeningLineOfAModelThatCannotBeCut) {
+TEST_F(InstanceWriter, LeavesTheModelOpenIfTheProductNameIsTooShort) {
     const auto system = collected->AddClass("KELSG_ComputerSystem")->AddInstance();
     system->Add("Name", "4C4C4544");
     system->Add("ProductName", "Server -[79]");
-    EXPECT_THROW(writer.WriteResourceInstance("KELSG_ComputerSystem", "Server", collected, false),
-                 std::out_of_range);
-    EXPECT_EQ(out.str(),
+    EXPECT_THROW(WriteInstances(out, "KELSG_ComputerSystem", "Server", collected), std::out_of_range);
+    EXPECT_EQ(text.str(),
               "<ResourceInstance resourceId=\"DF37BA3B2EAB4B2CFAE1056A19DAC73A\" resourceType=\"Server\">\n"
               "<Property name=\"Name\" type=\"string\">\n"
               "<Value>Debian GNU/Linux 12 (bookworm)</Value>\n"
@@ -235,7 +229,7 @@ TEST_F(WriteResourceInstance, LeavesTheOpeningLineOfAModelThatCannotBeCut) {
               "<Property name=\"Model\" type=\"string\">\n");
 }
 
-TEST_F(WriteResourceInstance, ReleasesEveryHandleWhenItThrows) {
+TEST_F(InstanceWriter, ReleasesEveryHandleIfAPropertyThrows) {
     const auto instance = AddProcessor("CPU0");
     instance->before = [](const std::string& call) {
         if (call == "GetProperty Description") {
@@ -243,8 +237,8 @@ TEST_F(WriteResourceInstance, ReleasesEveryHandleWhenItThrows) {
         }
     };
     EXPECT_THROW(Written(), std::runtime_error);
-    EXPECT_EQ(instance.use_count(), 2) << "the test's and the class's";
-    EXPECT_EQ(processors.use_count(), 2) << "the test's and the namespace's";
+    EXPECT_EQ(instance.use_count(), 2) << "one handle here, one in the class";
+    EXPECT_EQ(processors.use_count(), 2) << "one handle here, one in the namespace";
     EXPECT_EQ(collected.use_count(), 1);
 }
 

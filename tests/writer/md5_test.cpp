@@ -1,5 +1,6 @@
+#include "writer/md5.h"
+
 #include "tests/writer/plain_md5.h"
-#include "writer/nox_xml_writer.h"
 
 #include <gtest/gtest.h>
 
@@ -12,11 +13,9 @@
 
 namespace {
 
-using TWriter = TNOXXMLWriterImpl;
-
 std::string Md5(std::string_view message) {
-    std::array<unsigned char, TWriter::digestLength> digest{};
-    TWriter::MD5(message.data(), static_cast<unsigned int>(message.size()), digest.data());
+    std::array<unsigned char, digestTextLength> digest{};
+    WriteDigestText(message.data(), static_cast<unsigned int>(message.size()), digest.data());
     return {digest.begin(), digest.end()};
 }
 
@@ -40,16 +39,16 @@ TEST(Md5, DigestsTheTestSuiteOfRfc1321) {
               "57EDF4A22BE3C955AC49DA2E2107B67A");
 }
 
-TEST(Md5, KeepsTheStandardPaddingOnBothSidesOf56Bytes) {
+TEST(Md5, PadsAsTheStandardForLengthsAround56) {
     EXPECT_EQ(Md5(std::string(55, 'x')), "04364420E25C512FD958A70738AA8F72");
     EXPECT_EQ(Md5(std::string(57, 'x')), "693037871C4A9D3D8685018905CB530A");
     EXPECT_EQ(Md5(std::string(63, 'x')), "7DC2CA208106A2F703567BDFF99D8981");
     EXPECT_EQ(Md5(std::string(64, 'x')), "C1BB4F81D892B2D57947682AEB252456");
 }
 
-TEST(Md5, PadsOneBlockTooFewWhenTheLengthIs56Modulo64) {
+TEST(Md5, PadsOneBlockTooFewIfTheLengthIs56Modulo64) {
     EXPECT_EQ(Md5(std::string(56, 'x')), "C213E1DF62B71FDC2C5203DCA1E1D8E6");
-    EXPECT_NE(Md5(std::string(56, 'x')), "668A72D5BA17F08E62DABCAFAD6DB14B") << "the standard's digest";
+    EXPECT_NE(Md5(std::string(56, 'x')), "668A72D5BA17F08E62DABCAFAD6DB14B") << "the standard digest";
     EXPECT_EQ(Md5(std::string(120, 'x')), "6281FCA65AEF78D19004639F65CB5A6B");
 }
 
@@ -94,42 +93,42 @@ TEST(Md5, ReadsFromAnyAlignment) {
     }
 }
 
-TEST(Md5, DigestsNoBytesGivenAsANullPointer) {
-    std::array<unsigned char, TWriter::digestLength> digest{};
-    TWriter::MD5(nullptr, 0, digest.data());
+TEST(Md5, AcceptsANullPointerWithLengthZero) {
+    std::array<unsigned char, digestTextLength> digest{};
+    WriteDigestText(nullptr, 0, digest.data());
     EXPECT_EQ(std::string(digest.begin(), digest.end()), "D41D8CD98F00B204E9800998ECF8427E");
 }
 
 TEST(Md5, WritesThirtyTwoCharactersAndNoTerminator) {
-    std::array<unsigned char, TWriter::digestLength + 2> room{};
+    std::array<unsigned char, digestTextLength + 2> room{};
     room.fill('?');
-    TWriter::MD5("a", 1, room.data() + 1);
+    WriteDigestText("a", 1, room.data() + 1);
     EXPECT_EQ(std::string(room.begin(), room.end()), "?0CC175B9C0F1B6A831C399E269772661?");
 }
 
-TEST(Md5, RefusesALengthWhosePaddedSizeIsNo32BitNumber) {
-    std::array<unsigned char, TWriter::digestLength> digest{};
-    EXPECT_THROW(TWriter::MD5("", std::numeric_limits<unsigned int>::max(), digest.data()),
+TEST(Md5, RejectsALengthWhosePaddedSizeExceeds32Bits) {
+    std::array<unsigned char, digestTextLength> digest{};
+    EXPECT_THROW(WriteDigestText("", std::numeric_limits<unsigned int>::max(), digest.data()),
                  std::length_error);
-    EXPECT_THROW(TWriter::MD5("", 0xFFFFFFC0U, digest.data()), std::length_error);
+    EXPECT_THROW(WriteDigestText("", 0xFFFFFFC0U, digest.data()), std::length_error);
 }
 
-TEST(Transform, UpdatesTheChainingWordsByOneBlock) {
-    // The whole message "a": its byte, the marker, and 8 bits of length.
+TEST(CompressBlock, UpdatesTheChainingWordsWithOneBlock) {
+    // The padded message "a": its byte, the marker, and a length of 8 bits.
     unsigned char block[64] = {'a', 0x80};
     block[56] = 8;
     std::uint32_t words[] = {0x67452301, 0xefcdab89, 0x98badcfe, 0x10325476};
-    TWriter::transform(block, words[0], words[1], words[2], words[3]);
+    CompressBlock(block, words[0], words[1], words[2], words[3]);
     EXPECT_EQ(words[0], 0xb975c10cU);
     EXPECT_EQ(words[1], 0xa8b6f1c0U);
     EXPECT_EQ(words[2], 0xe299c331U);
     EXPECT_EQ(words[3], 0x61267769U);
 }
 
-TEST(ToString, WritesEachWordLeastSignificantByteFirstAndHighNibbleFirst) {
+TEST(WriteChainingWords, WritesEachWordLeastSignificantByteFirstAndHighNibbleFirst) {
     const std::uint32_t words[] = {0x12345678, 0x00000000, 0xFFFFFFFF, 0x0A0B0C0D};
-    unsigned char text[TWriter::digestLength];
-    TWriter::toString(words, text);
+    unsigned char text[digestTextLength];
+    WriteChainingWords(words, text);
     EXPECT_EQ(std::string(std::begin(text), std::end(text)), "7856341200000000FFFFFFFF0D0C0B0A");
 }
 

@@ -1,4 +1,3 @@
-// No table but the rotations: the constants are computed as RFC 1321 defines them.
 #include "tests/writer/plain_md5.h"
 
 #include <cmath>
@@ -11,6 +10,7 @@ std::uint32_t Rotate(std::uint32_t word, unsigned int count) {
     return word << count | word >> (32 - count);
 }
 
+/// Returns the additive constant of a step, computed as RFC 1321 defines it.
 std::uint32_t Sine(int step) {
     return static_cast<std::uint32_t>(std::floor(std::fabs(std::sin(step + 1.0)) * 4294967296.0));
 }
@@ -22,7 +22,7 @@ std::string Pad(std::string_view message, EPadding padding) {
         padded += '\0';
     }
     if (padding == EPadding::oneBlockShort && message.size() % 64 == 56) {
-        padded.resize(message.size());  // the length takes the place of the marker
+        padded.resize(message.size());  // the length field overwrites the marker
     }
     const std::uint64_t bits = std::uint64_t{message.size()} * 8;
     for (unsigned int byte = 0; byte < 8; ++byte) {

@@ -1,12 +1,12 @@
-// A second MD5, written for plainness from the description in RFC 1321, to hold the writer's against.
+// A second implementation of MD5, written plainly from RFC 1321, to compare the writer's with.
 #pragma once
 
 #include <cstdint>
 #include <string>
 #include <string_view>
 
-/// Whether the padding of a message whose length is 56 modulo 64 takes the further block that it needs.
+/// How a message whose length is 56 modulo 64 is padded: with the further block that it needs, or without.
 enum class EPadding { standard, oneBlockShort };
 
-/// Upper-case hexadecimal digest.
+/// Returns the digest in upper-case hexadecimal.
 std::string PlainMd5(std::string_view message, EPadding padding);

@@ -19,8 +19,8 @@ namespace {
 
 using testing::ElementsAreArray;
 
-// The catalogue once more, spelled out: class and key, then all its properties in order. A<B is A from B;
-// #type is the resource type, #id the identifier.
+// The expected catalogue: each class with its key, then its properties in order. A<B means that A is read
+// from B; #type is the resource type, #id the identifier.
 constexpr char listing[] = R"(
 KELSG_Process ProcessID
     Name<ElementName Description ObjectType<#type CreationDate ExecutionState Priority TerminationDate
@@ -190,9 +190,9 @@ TEST(Catalogue, ListsThePropertiesOfEachClassInOrderWithTheirSources) {
         const auto rows = RowsOf(GetResourceCatalogue()[row]);
         const auto& listed = Listing()[row].properties;
         ASSERT_EQ(rows.size(), listed.size()) << Listing()[row].name;
-        for (std::size_t at = 0; at < rows.size(); ++at) {
-            EXPECT_EQ(rows[at].outputName, listed[at].output) << Listing()[row].name;
-            EXPECT_EQ(SourceAsListed(rows[at]), listed[at].source) << Listing()[row].name;
+        for (std::size_t i = 0; i < rows.size(); ++i) {
+            EXPECT_EQ(rows[i].outputName, listed[i].output) << Listing()[row].name;
+            EXPECT_EQ(SourceAsListed(rows[i]), listed[i].source) << Listing()[row].name;
         }
     }
 }
@@ -209,7 +209,7 @@ TEST(Catalogue, Has397PropertyRows) {
     EXPECT_EQ(total, 397U);
 }
 
-TEST(Catalogue, NamesNoClassAndNoPropertyOfAClassTwice) {
+TEST(Catalogue, HasNoDuplicateClassOrProperty) {
     std::set<std::string_view> classes;
     for (const TResourceClass& resourceClass : GetResourceCatalogue()) {
         EXPECT_TRUE(classes.insert(resourceClass.className).second) << resourceClass.className;
@@ -229,15 +229,15 @@ TEST(Catalogue, FindsAClassByItsExactName) {
     EXPECT_EQ(FindResourceClass(""), nullptr);
 }
 
-/// One instance of each class through the writer.
+/// Renders one instance of each class.
 class CatalogueClass : public testing::TestWithParam<std::size_t> {
   protected:
     CatalogueClass() { NDOUBLES::ResetHost(); }
 
     const TListedClass& Listed() const { return Listing()[GetParam()]; }
 
-    /// The document of one instance on which the listed sources and one other property are set, each to
-    /// "value of" its name.
+    /// Renders an instance that has the listed properties and one other, each with the value "value of" and
+    /// the property's name.
     std::string Render() {
         const auto collected = boost::make_shared<NVORHOST::TMemoryNamespace>();
         const auto instance = collected->AddClass(Listed().name)->NewInstance();
@@ -274,7 +274,7 @@ class CatalogueClass : public testing::TestWithParam<std::size_t> {
     }
 };
 
-TEST_P(CatalogueClass, ReachesTheDocumentRowByRowAndNothingElseDoes) {
+TEST_P(CatalogueClass, IsWrittenRowByRowAndWithoutOtherProperties) {
     std::string expected = "<ResourceInstance resourceId=\"" + Identifier() + "\" resourceType=\"Listed\">\n";
     for (const TListedProperty& property : Listed().properties) {
         expected += "<Property name=\"" + property.output + "\" type=\"string\">\n";

@@ -1,4 +1,4 @@
-// A stream buffer that shows when it was flushed.
+// A stream buffer that records its flushes.
 #pragma once
 
 #include <cstddef>
@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-/// Keeps the text, and at every flush what was written since the one before.
+/// Keeps the text, and for each flush the part of it that was written since the previous one.
 class TSpyBuffer final : public std::stringbuf {
   public:
     std::vector<std::string> flushes;

@@ -1,9 +1,10 @@
+#include "writer/system_info_document.h"
+
 #include "host/vor_exception.h"
 #include "tests/doubles/cim_doubles.h"
 #include "tests/doubles/host_doubles.h"
 #include "tests/writer/spy_buffer.h"
 #include "vorhost/model/memory_namespace.h"
-#include "writer/nox_xml_writer.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -21,14 +22,13 @@ using NDOUBLES::TNamespaceDouble;
 using NKELVOR20::TCIMValue;
 using NKELVOR20::TVORException;
 using NVORHOST::TMemoryNamespace;
-using TWriter = TNOXXMLWriterImpl;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 
-class SysInfo : public testing::Test {
+class SystemInfoDocument : public testing::Test {
   protected:
-    SysInfo() { NDOUBLES::ResetHost(); }
+    SystemInfoDocument() { NDOUBLES::ResetHost(); }
 
     void AddComputer(const std::string& manufacturer) {
         auto computers = collected->FindClass("KELSG_ComputerSystem");
@@ -41,13 +41,13 @@ class SysInfo : public testing::Test {
     }
 
     std::string List() {
-        EXPECT_TRUE(writer.WriteResourceListForSysInfo("NOXSystemInfo", collected));
-        return out.str();
+        WriteSystemInfoList(out, "NOXSystemInfo", collected);
+        return text.str();
     }
 
     boost::shared_ptr<TMemoryNamespace> collected = boost::make_shared<TMemoryNamespace>();
-    std::ostringstream out;
-    TWriter writer{out};
+    std::ostringstream text;
+    TLineOutput out{text};
 };
 
 std::string WithValue(const std::string& name, const std::string& value) {
@@ -58,7 +58,7 @@ std::string WithoutValue(const std::string& name) {
     return "<Property name=\"" + name + "\" type=\"string\">\n</Property>\n";
 }
 
-/// A service that is not there today. The type of the answer follows from where it is assigned.
+/// A service that throws. Assignable to any service that returns a string.
 struct TThrows {
     template <typename... TArguments>
     [[noreturn]] std::string operator()(const TArguments&...) const {
@@ -66,10 +66,10 @@ struct TThrows {
     }
 };
 
-TEST_F(SysInfo, DocumentDescribesTheMachineInOneInstance) {
+TEST_F(SystemInfoDocument, DescribesTheMachineInOneInstance) {
     AddComputer("Kessel");
-    EXPECT_TRUE(writer.WriteSysInfoNamespace(collected));
-    EXPECT_EQ(out.str(),
+    WriteSystemInfoDocument(out, collected);
+    EXPECT_EQ(text.str(),
               "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
               "<ResourceCollection xmlns=\"" NOXINFO_NAMESPACE_URI
               "\" timestamp=\"2009-03-07T14:05:09+01:00\">\n"
@@ -100,13 +100,13 @@ TEST_F(SysInfo, DocumentDescribesTheMachineInOneInstance) {
     EXPECT_THAT(Host().log, IsEmpty());
 }
 
-TEST_F(SysInfo, DocumentTakesItsTimeBeforeItWritesAnything) {
+TEST_F(SystemInfoDocument, ReadsTheTimeBeforeItWritesAnything) {
     Host().localTime = []() -> NKELVOR20::TCIMDateTime { throw std::runtime_error("clock"); };
-    EXPECT_THROW(writer.WriteSysInfoNamespace(collected), std::runtime_error);
-    EXPECT_EQ(out.str(), "");
+    EXPECT_THROW(WriteSystemInfoDocument(out, collected), std::runtime_error);
+    EXPECT_EQ(text.str(), "");
 }
 
-TEST_F(SysInfo, DocumentIsCompleteWhenEverySourceFails) {
+TEST_F(SystemInfoDocument, IsCompleteIfEverySourceFails) {
     Host().machineType = TThrows();
     Host().modelNumber = TThrows();
     Host().serialNumber = TThrows();
@@ -127,7 +127,7 @@ TEST_F(SysInfo, DocumentIsCompleteWhenEverySourceFails) {
     EXPECT_THAT(Host().log, IsEmpty());
 }
 
-TEST_F(SysInfo, KeepsTheOtherValuesWhenOneSourceFails) {
+TEST_F(SystemInfoDocument, KeepsTheOtherValuesIfOneSourceFails) {
     AddComputer("Kessel");
     Host().modelNumber = TThrows();
     const std::string list = List();
@@ -135,12 +135,12 @@ TEST_F(SysInfo, KeepsTheOtherValuesWhenOneSourceFails) {
     EXPECT_THAT(list, HasSubstr(WithoutValue("Model") + WithValue("SerialNumber", "KQ12345")));
 }
 
-TEST_F(SysInfo, SurvivesSourcesThatThrowWhatIsNoStandardException) {
+TEST_F(SystemInfoDocument, TreatsAnythingThatASourceThrowsAsAFailure) {
     Host().serialNumber = [](const auto&) -> std::string { throw 42; };
     EXPECT_THAT(List(), HasSubstr(WithoutValue("SerialNumber")));
 }
 
-TEST_F(SysInfo, AsksItsSourcesInAFixedOrder) {
+TEST_F(SystemInfoDocument, ReadsItsSourcesInAFixedOrder) {
     std::vector<std::string> asked;
     const auto answering = [&](const char* source) {
         return [&asked, source](const auto&...) {
@@ -160,13 +160,13 @@ TEST_F(SysInfo, AsksItsSourcesInAFixedOrder) {
     Host().osVersion = answering("OS version");
     Host().machineName = answering("machine name");
     Host().dataSourceVersion = answering("data source version");
-    writer.WriteResourceListForSysInfo("NOXSystemInfo", spy);
+    WriteSystemInfoList(out, "NOXSystemInfo", spy);
     EXPECT_THAT(
         asked, testing::ElementsAre("GetClass KELSG_ComputerSystem", "machine type", "model", "serial number",
                                     "OS type", "OS version", "machine name", "data source version"));
 }
 
-TEST_F(SysInfo, HandsTheNamespaceToTheSchemaHelper) {
+TEST_F(SystemInfoDocument, PassesTheNamespaceToTheSchemaHelper) {
     boost::shared_ptr<NKELVOR20::ICIMNamespace> seen;
     Host().machineType = [&](const auto& asked) {
         seen = asked;
@@ -176,29 +176,30 @@ TEST_F(SysInfo, HandsTheNamespaceToTheSchemaHelper) {
     EXPECT_EQ(seen, collected);
 }
 
-TEST_F(SysInfo, NamesSystemAndHostAlike) {
+TEST_F(SystemInfoDocument, UsesTheMachineNameForSystemAndHost) {
     Host().machineName = [] { return "altair"; };
     EXPECT_THAT(List(), HasSubstr(WithValue("SystemName", "altair") + WithValue("HostName", "altair")));
 }
 
-TEST_F(SysInfo, WritesValuesUnescaped) {
+TEST_F(SystemInfoDocument, WritesValuesUnescaped) {
     AddComputer("Kite & \"Sons\" <Ltd>");
     const std::string list = List();
     EXPECT_THAT(list, HasSubstr(" resourceName=\"Kite & \"Sons\" <Ltd>,8840-21X-KQ12345\" "));
     EXPECT_THAT(list, HasSubstr(WithValue("Manufacturer", "Kite & \"Sons\" <Ltd>")));
 }
 
-TEST_F(SysInfo, ListCarriesTheTypeItIsGiven) {
-    writer.WriteResourceListForSysInfo("T", collected);
-    EXPECT_THAT(out.str(), testing::StartsWith("<ResourceList resourceType=\"T\">\n<ResourceInstance "));
-    EXPECT_THAT(out.str(), HasSubstr("\" resourceType=\"T\">\n<Property "));
+TEST_F(SystemInfoDocument, ListHasTheGivenResourceType) {
+    WriteSystemInfoList(out, "T", collected);
+    EXPECT_THAT(text.str(), testing::StartsWith("<ResourceList resourceType=\"T\">\n<ResourceInstance "));
+    EXPECT_THAT(text.str(), HasSubstr("\" resourceType=\"T\">\n<Property "));
 }
 
-TEST_F(SysInfo, ListIsFlushedOnceForEachLine) {
+TEST_F(SystemInfoDocument, ListIsFlushedOnceForEachLine) {
     TSpyBuffer buffer;
     std::ostream stream(&buffer);
     AddComputer("Kessel");
-    TWriter(stream).WriteResourceListForSysInfo("NOXSystemInfo", collected);
+    TLineOutput streamOut(stream);
+    WriteSystemInfoList(streamOut, "NOXSystemInfo", collected);
     EXPECT_EQ(buffer.flushes.size(), 37U);
     EXPECT_EQ(buffer.flushes[1],
               "<ResourceInstance resourceId=\"C57B0B5A13238E94CCD610F7A0F75442\""
@@ -207,52 +208,52 @@ TEST_F(SysInfo, ListIsFlushedOnceForEachLine) {
 
 // ---- properties
 
-TEST_F(SysInfo, PropertyHasItsValueOnALine) {
-    EXPECT_TRUE(writer.WriteSysInfoProperty("N", "v", "t"));
-    EXPECT_EQ(out.str(), "<Property name=\"N\" type=\"t\">\n<Value>v</Value>\n</Property>\n");
+TEST_F(SystemInfoDocument, PropertyHasItsValueOnALineOfItsOwn) {
+    WriteSystemInfoProperty(out, "N", "v", "t");
+    EXPECT_EQ(text.str(), "<Property name=\"N\" type=\"t\">\n<Value>v</Value>\n</Property>\n");
 }
 
-TEST_F(SysInfo, PropertyWithoutTextHasNoValueElement) {
-    EXPECT_TRUE(writer.WriteSysInfoProperty("N", "", "t"));
-    EXPECT_EQ(out.str(), "<Property name=\"N\" type=\"t\">\n</Property>\n");
+TEST_F(SystemInfoDocument, PropertyWithAnEmptyValueHasNoValueElement) {
+    WriteSystemInfoProperty(out, "N", "", "t");
+    EXPECT_EQ(text.str(), "<Property name=\"N\" type=\"t\">\n</Property>\n");
 }
 
 // ---- manufacturer
 
-TEST_F(SysInfo, ManufacturerIsThatOfTheOneComputer) {
+TEST_F(SystemInfoDocument, ManufacturerComesFromTheOnlyComputer) {
     AddComputer("Kessel");
-    EXPECT_EQ(TWriter::GetUSMIManufacturer(collected), "Kessel");
+    EXPECT_EQ(GetManufacturer(collected), "Kessel");
 }
 
 int CodeOf(const boost::shared_ptr<NKELVOR20::ICIMNamespace>& collected) {
     try {
-        TWriter::GetUSMIManufacturer(collected);
+        GetManufacturer(collected);
     } catch (const TVORException& error) {
         return error.GetStatusCode().GetCode();
     }
     return 0;
 }
 
-TEST_F(SysInfo, ManufacturerNeedsAComputer) {
+TEST_F(SystemInfoDocument, ManufacturerThrowsForNoComputer) {
     collected->AddClass("KELSG_ComputerSystem");
     EXPECT_EQ(CodeOf(collected), 15);
 }
 
-TEST_F(SysInfo, ManufacturerNeedsNoMoreThanOneComputer) {
+TEST_F(SystemInfoDocument, ManufacturerThrowsForTwoComputers) {
     AddComputer("Kessel");
     AddComputer("Kessel");
     EXPECT_EQ(CodeOf(collected), 15);
     EXPECT_THAT(List(), HasSubstr(" resourceName=\",8840-21X-KQ12345\" "));
-    EXPECT_THAT(out.str(), HasSubstr(WithoutValue("Manufacturer")));
+    EXPECT_THAT(text.str(), HasSubstr(WithoutValue("Manufacturer")));
 }
 
-TEST_F(SysInfo, ManufacturerPassesTheHostsFailuresOn) {
+TEST_F(SystemInfoDocument, ManufacturerPassesFailuresOfTheHostOn) {
     EXPECT_EQ(CodeOf(collected), 15) << "no class";
     collected->AddClass("KELSG_ComputerSystem")->NewInstance()->CommitInstance({});
     EXPECT_EQ(CodeOf(collected), 16) << "no property";
 }
 
-TEST_F(SysInfo, ManufacturerOfAnotherTypePassesTheFailedConversionOn) {
+TEST_F(SystemInfoDocument, ManufacturerThrowsTypeMismatchForANumber) {
     const auto computer = collected->AddClass("KELSG_ComputerSystem")->NewInstance();
     computer->Set("Manufacturer", TCIMValue(std::uint8_t{1}));
     computer->CommitInstance({});
@@ -260,62 +261,14 @@ TEST_F(SysInfo, ManufacturerOfAnotherTypePassesTheFailedConversionOn) {
     EXPECT_THAT(List(), HasSubstr(WithoutValue("Manufacturer")));
 }
 
-TEST_F(SysInfo, ManufacturerAssertsThatItsHandlesAreNotEmpty) {
-    EXPECT_THROW(TWriter::GetUSMIManufacturer(nullptr), NDOUBLES::TAssertionFailed);
+TEST_F(SystemInfoDocument, ManufacturerAssertsThatItsHandlesAreNotNull) {
+    EXPECT_THROW(GetManufacturer(nullptr), NDOUBLES::TAssertionFailed);
     const auto empty = boost::make_shared<TNamespaceDouble>();
     empty->classes["KELSG_ComputerSystem"] = nullptr;
-    EXPECT_THROW(TWriter::GetUSMIManufacturer(empty), NDOUBLES::TAssertionFailed);
+    EXPECT_THROW(GetManufacturer(empty), NDOUBLES::TAssertionFailed);
     const auto computer = empty->AddClass("KELSG_ComputerSystem")->AddInstance();
     computer->properties["Manufacturer"] = nullptr;
-    EXPECT_THROW(TWriter::GetUSMIManufacturer(empty), NDOUBLES::TAssertionFailed);
-}
-
-// ---- operating-system codes
-
-TEST(OperatingSystemCodes, HaveAPlatformWordAndADisplayName) {
-    struct TExpected {
-        unsigned short code;
-        const char* type;
-        const char* name;
-    };
-    for (const TExpected& expected : std::vector<TExpected>{
-             {15, "win32", "Windows"},
-             {16, "win32", "Windows"},
-             {17, "win32", "Windows"},
-             {18, "win32", "Windows"},
-             {19, "win32", "Windows"},
-             {36, "linux", "Linux"},
-             {58, "win32", "Windows 2000"},
-             {63, "win32", "Windows"},
-             {67, "win32", "Windows XP"},
-             {69, "win32", "Windows server 2003"},
-             {70, "win64", "Windows server 2003"},
-             {71, "win64", "Windows XP"},
-             {72, "win32", "Windows server 2003"},
-             {73, "win64", "Windows server 2003"},
-             {74, "win32", "Windows Vista"},
-             {75, "win64", "Windows Vista"},
-             {76, "win32", "Windows server 2008"},
-             {77, "win64", "Windows server 2008"},
-             {78, "other", "Vmware ESX Server"},
-         }) {
-        EXPECT_EQ(TWriter::ConvertOSType(expected.code), expected.type) << expected.code;
-        EXPECT_EQ(TWriter::ConvertOSName(expected.code), expected.name) << expected.code;
-    }
-}
-
-TEST(OperatingSystemCodes, AreOtherForEveryOtherCode) {
-    int others = 0;
-    for (int code = 0; code <= 0xFFFF; ++code) {
-        const std::string name = TWriter::ConvertOSName(static_cast<unsigned short>(code));
-        if (name == "Other") {
-            ++others;
-            EXPECT_EQ(TWriter::ConvertOSType(static_cast<unsigned short>(code)), "other") << code;
-        }
-    }
-    EXPECT_EQ(others, 0x10000 - 19);
-    EXPECT_EQ(TWriter::ConvertOSName(0), "Other");
-    EXPECT_EQ(TWriter::ConvertOSName(99), "Other");
+    EXPECT_THROW(GetManufacturer(empty), NDOUBLES::TAssertionFailed);
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
-// Whose names the types of the document come from. This program takes the naming of types over from the
-// host's library.
+// The types in the document come from the names that the host gives. This program replaces the host library's
+// TCIMType::ToString.
 #include "host/cim_value.h"
 #include "tests/doubles/cim_doubles.h"
 #include "tests/doubles/host_doubles.h"
@@ -19,14 +19,14 @@ namespace {
 
 using TType = NKELVOR20::TCIMValue::TCIMType;
 
-std::vector<int> askedCodes;
+std::vector<int> namedCodes;
 std::function<std::string(int code)> nameOf;
 
 }  // namespace
 
 std::string NKELVOR20::TCIMValue::TCIMType::ToString() const {
     const int code = static_cast<ECIMType>(*this);
-    askedCodes.push_back(code);
+    namedCodes.push_back(code);
     return nameOf(code);
 }
 
@@ -41,11 +41,11 @@ class TypeNames : public testing::Test {
   protected:
     TypeNames() {
         NDOUBLES::ResetHost();
-        askedCodes.clear();
+        namedCodes.clear();
         nameOf = [](int code) { return code == TType::eUint16 ? "uint16" : "string"; };
     }
 
-    /// What is written for property X of that value.
+    /// Returns the text that is written for property X with that value.
     std::string Written(const TCIMValue& value) {
         instance->Add("X", value);
         out.str("");
@@ -58,21 +58,21 @@ class TypeNames : public testing::Test {
     TNOXXMLWriterImpl writer{out};
 };
 
-TEST_F(TypeNames, AreAskedOfTheTypeOfEachProperty) {
+TEST_F(TypeNames, AreReadFromTheHostForEachProperty) {
     Written(TCIMValue(std::uint16_t{1}));
     Written(TCIMValue("text"));
     Written(TCIMValue(std::uint16_t{2}));
-    EXPECT_THAT(askedCodes, ElementsAre(5, 13, 5));
+    EXPECT_THAT(namedCodes, ElementsAre(5, 13, 5));
 }
 
-TEST_F(TypeNames, AreThoseThatTheHostGivesNow) {
+TEST_F(TypeNames, AreNotCached) {
     EXPECT_THAT(Written(TCIMValue(std::uint16_t{1})),
                 StartsWith("<Property name=\"X\" type=\"unsignedShort\">\n"));
     nameOf = [](int) { return "sint64"; };
     EXPECT_THAT(Written(TCIMValue(std::uint16_t{1})), StartsWith("<Property name=\"X\" type=\"long\">\n"));
 }
 
-TEST_F(TypeNames, FailOnlyForTheTypeThatTheHostCannotName) {
+TEST_F(TypeNames, FailOnlyForATypeThatTheHostCannotName) {
     nameOf = [](int code) -> std::string {
         if (code == TType::eSint8) {
             throw std::runtime_error("no name");
