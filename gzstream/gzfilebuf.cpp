@@ -1,4 +1,3 @@
-// The gzip stream buffer: zlib's mode texts, the buffer's life, and the transfers between it and zlib.
 #include "gzstream/gzfilebuf.h"
 
 #include <algorithm>
@@ -26,8 +25,8 @@ constexpr mode_row modeRows[] = {
 
 constexpr std::size_t modeTextSize = 6;
 
-// The size of a transfer in zlib's type. A size that the type cannot hold becomes the largest one: zlib
-// refuses every size above INT_MAX, which its answer could not report.
+// Converts a transfer size to zlib's type, saturating. zlib rejects every size above INT_MAX, because its
+// result could not express it.
 unsigned transfer_size(std::streamsize size) {
     return std::in_range<unsigned>(size) ? static_cast<unsigned>(size) : std::numeric_limits<unsigned>::max();
 }
@@ -39,7 +38,7 @@ gzfilebuf::gzfilebuf() {
 }
 
 gzfilebuf::~gzfilebuf() {
-    (void)gzfilebuf::sync();  // There is nobody left to tell.
+    (void)gzfilebuf::sync();  // A destructor cannot report a failure.
     if (own_fd_) {
         (void)close();
     }
@@ -60,7 +59,7 @@ gzfilebuf* gzfilebuf::open_with(TOpen open_file, std::ios_base::openmode mode, b
     if (is_open() || !open_mode(mode, modeText)) {
         return nullptr;
     }
-    // Memory comes first: zlib cannot give a file back without closing it, and writes to it when it does.
+    // Allocate first: zlib cannot release a file without closing it, and closing it writes to it.
     const bool is_new_buffer = own_buffer_ && buffer_ == nullptr;
     if (is_new_buffer) {
         enable_buffer();
@@ -85,9 +84,9 @@ gzfilebuf* gzfilebuf::close() {
     if (!is_open()) {
         return nullptr;
     }
-    // In destruction this is the class's own sync, as it shall be.
+    // In the destructor this calls the class's own sync, as intended.
     const bool flushed = sync() != -1;  // NOLINT(clang-analyzer-optin.cplusplus.VirtualCall)
-    // Forgotten before zlib frees it: a thread that is cancelled in there unwinds into the destructor.
+    // Reset before zlib frees it, because a thread cancelled within gzclose unwinds into the destructor.
     const bool closed = gzclose(std::exchange(file_, nullptr)) >= 0;
     own_fd_ = false;
     disable_buffer();
@@ -130,7 +129,7 @@ void gzfilebuf::enable_buffer() {
     if (buffered) {
         empty_put_area();
     } else {
-        setp(nullptr, nullptr);  // It may still be that of a user buffer given back by setbuf.
+        setp(nullptr, nullptr);  // It may still refer to a user buffer that setbuf replaced.
     }
 }
 
@@ -169,7 +168,7 @@ std::streambuf* gzfilebuf::setbuf(char* p, std::streamsize n) {
 }
 
 int gzfilebuf::sync() {
-    // In destruction this is the class's own overflow, as it shall be.
+    // In the destructor this calls the class's own overflow, as intended.
     const int_type outcome = overflow();  // NOLINT(clang-analyzer-optin.cplusplus.VirtualCall)
     return traits_type::eq_int_type(outcome, traits_type::eof()) ? -1 : 0;
 }
@@ -185,7 +184,7 @@ gzfilebuf::int_type gzfilebuf::underflow() {
     if (gptr() != nullptr && gptr() < egptr()) {
         return traits_type::to_int_type(*gptr());
     }
-    // An open file lacks a buffer only when there was no memory to become unbuffered.
+    // An open file has no buffer only if memory for the unbuffered state was missing.
     if (!is_open_for(std::ios_base::in) || buffer_ == nullptr) {
         return traits_type::eof();
     }
@@ -223,8 +222,8 @@ gzfilebuf::int_type gzfilebuf::overflow(int_type c) {
 }
 
 std::streamsize gzfilebuf::xsputn(const char* s, std::streamsize n) {
-    // The base copies as much as fits between put pointer and put end, which it takes to be in that order.
-    // After an overflow that stored its character and could not write, they are not.
+    // The base assumes that the put pointer is not past the put end. It is after an overflow that stored its
+    // character and could not write.
     return is_put_pointer_valid() ? std::streambuf::xsputn(s, n) : 0;
 }
 

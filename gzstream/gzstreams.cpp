@@ -1,4 +1,3 @@
-// How the outcomes of a gzfilebuf become stream states, alike for both directions.
 #include "gzstream/gzstreams.h"
 
 namespace {
@@ -19,7 +18,7 @@ void report_closed(std::ios& stream, const gzfilebuf* closed) {
 
 }  // namespace
 
-// The base is made before the buffer, so it starts without one; installing it clears the state.
+// The base is constructed before the buffer, so it starts without one; installing it clears the state.
 gzofstream::gzofstream() : std::ostream(nullptr) {
     std::ios::rdbuf(&buffer_);
 }

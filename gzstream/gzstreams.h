@@ -1,4 +1,4 @@
-// The output and input streams over a gzip file: the standard stream syntax around one gzfilebuf each.
+// Output and input streams over a gzip file, each with a gzfilebuf.
 #pragma once
 
 #include "gzstream/gzfilebuf.h"
@@ -8,11 +8,11 @@
 
 /// An output stream into a gzip file, at zlib's default level and strategy.
 ///
-/// Modes:  as `gzfilebuf::open_mode` has them, with `out` always added.
-/// Errors: `failbit` when a file cannot be opened, attached, completed or closed; `badbit` when text
-///         cannot be written. Nothing throws unless `exceptions` asks for it.
-/// The destructor flushes and closes a file opened by name, in silence; an attached descriptor it leaves
-/// open, its gzip stream incomplete (see `gzfilebuf`).
+/// Modes:  those of `gzfilebuf::open_mode`, with `out` always added.
+/// Errors: `failbit` if a file cannot be opened, attached, completed or closed; `badbit` if text cannot be
+///         written. Nothing throws unless `exceptions` requests it.
+/// The destructor flushes and closes a file opened by name and ignores failures. It leaves an attached
+/// descriptor open and its gzip stream incomplete (see `gzfilebuf`).
 class gzofstream : public std::ostream {
   public:
     gzofstream();
@@ -21,9 +21,9 @@ class gzofstream : public std::ostream {
 
     /// Success clears the whole stream state; failure adds `failbit`.
     void open(const char* name, std::ios_base::openmode mode = std::ios_base::out);
-    /// As `open`, on a descriptor, which `close` closes.
+    /// Attaches a descriptor with the same effect on the state; `close` closes the descriptor.
     void attach(int fd, std::ios_base::openmode mode = std::ios_base::out);
-    /// Adds `failbit` when nothing was open or a step failed; never clears the state.
+    /// Adds `failbit` if no file was open or a step failed; never clears the state.
     void close();
 
     gzfilebuf* rdbuf() const { return const_cast<gzfilebuf*>(&buffer_); }
@@ -33,12 +33,12 @@ class gzofstream : public std::ostream {
     gzfilebuf buffer_;
 };
 
-/// An input stream from a gzip file, or from a plain one, which zlib passes through.
+/// An input stream from a gzip file, or from an uncompressed one, which zlib passes through.
 ///
-/// Modes:  as `gzfilebuf::open_mode` has them, with `in` always added.
-/// Errors: `failbit` when a file cannot be opened, attached or closed. A file that is damaged or breaks
-///         off reads as one that ends there; where it breaks off, `close` adds `failbit`.
-/// The destructor closes a file opened by name; an attached descriptor it leaves open.
+/// Modes:  those of `gzfilebuf::open_mode`, with `in` always added.
+/// Errors: `failbit` if a file cannot be opened, attached or closed. A damaged or truncated file ends at the
+///         damage; `close` adds `failbit` for a truncated one.
+/// The destructor closes a file opened by name and leaves an attached descriptor open.
 class gzifstream : public std::istream {
   public:
     gzifstream();
@@ -47,9 +47,9 @@ class gzifstream : public std::istream {
 
     /// Success clears the whole stream state; failure adds `failbit`.
     void open(const char* name, std::ios_base::openmode mode = std::ios_base::in);
-    /// As `open`, on a descriptor, which `close` closes.
+    /// Attaches a descriptor with the same effect on the state; `close` closes the descriptor.
     void attach(int fd, std::ios_base::openmode mode = std::ios_base::in);
-    /// Adds `failbit` when nothing was open or a step failed; never clears the state.
+    /// Adds `failbit` if no file was open or a step failed; never clears the state.
     void close();
 
     gzfilebuf* rdbuf() const { return const_cast<gzfilebuf*>(&buffer_); }

@@ -1,4 +1,4 @@
-// Gathers what an enumeration delivers, in order.
+// Collects the instances of an enumeration, in order.
 //
 // Binary contract: one pointer, no virtual operations; all members inline.
 #pragma once
@@ -10,13 +10,13 @@
 
 namespace NKELVOR20 {
 
-// std::unary_function left the standard with C++17, but it is part of this type's published shape, and the
-// standard library still carries it under a deprecation mark.
+// std::unary_function was removed in C++17, but it is a base class in the contract, and the standard library
+// still has it, marked as deprecated.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
 
-/// A callback for `ICIMClass::EnumerateInstances` that appends each pointer to a vector and asks for the next
-/// one. The vector belongs to the caller and must outlive every copy of the callback.
+/// A callback for `ICIMClass::EnumerateInstances` that appends each pointer to a vector and continues. The
+/// vector is non-owning and must outlive every copy of the callback.
 template <typename T>
 class TAddToVectorCallback : public std::unary_function<boost::shared_ptr<T>, bool> {
   public:

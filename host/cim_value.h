@@ -1,8 +1,8 @@
-// The typed CIM value that crosses the line between host and plug-in.
+// The typed CIM value that host and plug-in exchange.
 //
-// Binary contract: no virtual operations; 48 bytes, aligned to 8. Plug-ins make, copy and destroy values
-// through the members that the host's core library exports. How a value is stored is known to that library
-// alone, so a host may change it without a plug-in being built again.
+// Binary contract: no virtual operations; 48 bytes, aligned to 8. Plug-ins construct, copy and destroy values
+// through the members that the host's core library exports. Only that library depends on how a value is
+// stored, so a host may change it without plug-ins being rebuilt.
 #pragma once
 
 #include "host/cim_date_time.h"
@@ -17,15 +17,15 @@
 namespace NKELVOR20 {
 
 /// A CIM value: a scalar or an array of one intrinsic type, possibly null (DSP0004, 5.2).
-/// Null against empty: a null value has a type and nothing else; an empty string or array is a value.
-/// Errors: a conversion to a type that the value does not have, null included, throws
+/// Null and empty differ: a null value has only a type; an empty string or array is a value.
+/// Errors: a conversion to another type than the value's, or of a null value, throws
 ///         `TVORException(TVORStatusCode::typeMismatch)`.
 class NKELVOR20_API TCIMValue {
   public:
-    /// The type of a value; for an array the type of its elements.
+    /// The type of a value; the type of the elements for an array.
     class NKELVOR20_API TCIMType {
       public:
-        /// Type codes. The numbers are part of the contract: plug-ins test for 14, the date-time.
+        /// Type codes. The numbers are part of the contract: plug-ins compare with 14, the date-time.
         enum ECIMType : int {
             eBoolean = 1,
             eChar16 = 2,
@@ -44,11 +44,12 @@ class NKELVOR20_API TCIMValue {
             eReference = 15,
         };
 
-        // Implicit in both directions on purpose: the class is the enumeration with a name.
+        // Implicit in both directions on purpose: the class is the enumeration with a `ToString`.
         TCIMType(ECIMType code) : code_(code) {}  // NOLINT(google-explicit-constructor)
         operator ECIMType() const;                // NOLINT(google-explicit-constructor)
 
-        /// The CIM name: "boolean", "char16", "uint8" ... "real64", "string", "datetime", "reference".
+        /// Returns the CIM name: "boolean", "char16", "uint8" ... "real64", "string", "datetime",
+        /// "reference".
         std::string ToString() const;
 
       private:
@@ -63,7 +64,7 @@ class NKELVOR20_API TCIMValue {
 
     /// A null scalar of a type.
     explicit TCIMValue(TCIMType type);
-    /// A null scalar of the type with that code, which would otherwise be promoted to an sint32 value.
+    /// A null scalar; without this overload a type code would be promoted to an sint32 value.
     explicit TCIMValue(TCIMType::ECIMType type);
 
     explicit TCIMValue(bool value);
@@ -80,11 +81,11 @@ class NKELVOR20_API TCIMValue {
     explicit TCIMValue(double value);
     explicit TCIMValue(const TCIMDateTime& value);
 
-    /// A reference value; `objectPath` is its text and is handed out unchanged.
+    /// A reference value, whose text is `objectPath` unchanged.
     static TCIMValue Reference(const std::string& objectPath);
     /// An array value. Every element must have the element type `type`; null elements are allowed.
-    /// Errors: throws `TVORException(TVORStatusCode::typeMismatch)` for an element of another type or an
-    /// array.
+    /// Errors: throws `TVORException(TVORStatusCode::typeMismatch)` for an element that is an array or has
+    ///         another type.
     static TCIMValue Array(TCIMType type, TElements elements);
     /// A null array.
     static TCIMValue NullArray(TCIMType type);
@@ -99,28 +100,28 @@ class NKELVOR20_API TCIMValue {
     bool IsNull() const;
     bool IsArray() const;
 
-    /// Text form. Integers in `radix` (2 to 36, lower-case digits, "-" before negatives; another radix throws
-    /// `TVORException(TVORStatusCode::invalidParameter)`); booleans "true"/"false"; reals the shortest
-    /// decimal that reads back the same; strings and references unchanged; char16 as UTF-8 (an unpaired
-    /// surrogate as U+FFFD); date-times in the 25-character form; arrays "{a, b}"; null is empty.
+    /// Returns the text form. Integers in `radix` (2 to 36, lower-case digits, "-" before negatives; another
+    /// radix throws `TVORException(TVORStatusCode::invalidParameter)`); booleans "true"/"false"; reals the
+    /// shortest decimal that reads back the same; strings and references unchanged; char16 as UTF-8 (an
+    /// unpaired surrogate as U+FFFD); date-times in the 25-character form; arrays "{a, b}"; null is empty.
     std::string ToString(unsigned char radix) const;
 
-    /// The text of a string or reference value.
+    /// Returns the text of a string or reference value.
     operator std::string() const;   // NOLINT(google-explicit-constructor)
     operator TCIMDateTime() const;  // NOLINT(google-explicit-constructor)
-    /// The elements of an array; valid as long as this value is neither changed nor destroyed.
+    /// Returns the elements of an array; valid until this value is changed or destroyed.
     operator const TElements&() const;  // NOLINT(google-explicit-constructor)
 
     bool GetBoolean() const;
     char16_t GetChar16() const;
-    /// The value of any unsigned integer type.
+    /// Returns the value of any unsigned integer type.
     std::uint64_t GetUnsigned() const;
-    /// The value of any signed integer type.
+    /// Returns the value of any signed integer type.
     std::int64_t GetSigned() const;
-    /// The value of either real type.
+    /// Returns the value of either real type.
     double GetReal() const;
 
-    /// Same type, same shape, same payload; null equals null of the same type. Reals compare by their bits.
+    /// Compares type, shape and payload; null equals null of the same type. Reals compare by their bits.
     bool operator==(const TCIMValue& other) const;
 
   private:
@@ -136,8 +137,8 @@ class NKELVOR20_API TCIMValue {
     alignas(8) std::byte storage_[40];  // holds the payload
 };
 
-static_assert(TCIMValue::TCIMType::eDateTime == 14, "plug-ins know the date-time by this code");
-static_assert(sizeof(TCIMValue) == 48 && alignof(TCIMValue) == 8, "plug-ins make room for values");
+static_assert(TCIMValue::TCIMType::eDateTime == 14, "plug-ins identify the date-time by this code");
+static_assert(sizeof(TCIMValue) == 48 && alignof(TCIMValue) == 8, "plug-ins allocate values");
 static_assert(sizeof(TCIMValue::TCIMType) == sizeof(int) && std::is_trivially_copyable_v<TCIMValue::TCIMType>,
               "a type is returned in a register");
 static_assert(std::is_nothrow_move_constructible_v<TCIMValue>);

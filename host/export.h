@@ -1,5 +1,5 @@
-// Marks what a host shared library offers to plug-ins. Everything is built with hidden visibility, so a
-// declaration without this mark cannot be reached from another module.
+// Marks the declarations that a host's shared library exports to plug-ins. Everything is built with hidden
+// visibility, so unmarked declarations cannot be used from another module.
 #pragma once
 
 #define NKELVOR20_API __attribute__((visibility("default")))

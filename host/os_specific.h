@@ -1,4 +1,4 @@
-// What the host knows of the operating system around it.
+// The host's operations on the operating system.
 //
 // Binary contract: static operations exported by the host's core library.
 #pragma once
@@ -10,21 +10,21 @@
 
 namespace NKELVOR20 {
 
-/// The host's view of environment, network, clock and names.
+/// Environment, network, clock and names. Static operations only.
 class NKELVOR20_API TOSSpecific {
   public:
     TOSSpecific() = delete;
 
-    /// The value of an environment variable; empty when it is not set. May throw.
+    /// Returns the value of an environment variable; empty if it is not set. May throw.
     static std::string GetEnvironment(std::string variable);
-    /// 0 when something at `hostName` accepts a TCP connection on `port`, another value when not (unknown
-    /// host, refused, no answer in time). Throws nothing of its own.
+    /// Returns 0 if `hostName` accepts a TCP connection on `port`, another value if not (unknown host,
+    /// connection refused, timeout). Throws nothing of its own.
     static int DetectHostnameAvailable(std::string hostName, std::string port);
-    /// The local date and time with its UTC offset.
+    /// Returns the local date and time with its UTC offset.
     static TCIMDateTime GetLocalTime();
-    /// The machine's name in its network.
+    /// Returns the machine's network name.
     static std::string GetMachineName();
-    /// The operating system's name as people know it.
+    /// Returns the display name of the operating system.
     static std::string GetOperatingSystemName();
 };
 

@@ -1,7 +1,7 @@
-// What a plug-in implements: identity and lifecycle (IPluginCallbacks), and the data request
+// The interfaces that a plug-in implements: identity and lifecycle (IPluginCallbacks), and the data request
 // (IPluginBasicQueryCallbacks).
 //
-// Binary contract: behind the two destructor slots, the virtual operations have their slots in this order.
+// Binary contract: the virtual operations follow the two destructor slots in this order.
 // - `IPluginCallbacks`: `GetType`, `GetName`, `GetVersion`, `GetInterfaceVersion`, `PrepareForUnload`,
 // `Init`,
 //   `DeInit`.
@@ -19,18 +19,17 @@
 
 namespace NKELVOR20 {
 
-/// The version of this interface; a plug-in answers it from `GetInterfaceVersion`, and the host refuses
-/// others.
+/// The version of this interface. A plug-in returns it from `GetInterfaceVersion`; the host rejects any
+/// other.
 inline constexpr char fdrPluginInterfaceVersion[] = "1.0";
 
-/// Resource-list types of the inventory documents, for every unit that deals with them. Built when the module
-/// loads and destroyed when it unloads.
-inline const std::string physicalElement =
-    "PhysicalElement";                                     // NOLINT(cert-err58-cpp): terminate is the answer
-inline const std::string logicalDevice = "LogicalDevice";  // NOLINT(cert-err58-cpp): to no memory at load
-inline const std::string noxSystemInfo = "NOXSystemInfo";  // NOLINT(cert-err58-cpp)
+/// Resource-list types of the inventory documents. Constructed when the module is loaded and destroyed when
+/// it is unloaded.
+inline const std::string physicalElement = "PhysicalElement";  // NOLINT(cert-err58-cpp): without memory,
+inline const std::string logicalDevice = "LogicalDevice";      // NOLINT(cert-err58-cpp): loading terminates
+inline const std::string noxSystemInfo = "NOXSystemInfo";      // NOLINT(cert-err58-cpp)
 
-/// Plug-in types that `IPluginCallbacks::GetType` may answer.
+/// Plug-in types that `IPluginCallbacks::GetType` may return.
 enum EPluginType : int {
     eBasicQueryPlugin = 1,  ///< implements IPluginBasicQueryCallbacks
 };
@@ -40,15 +39,15 @@ class NKELVOR20_API IPluginCallbacks {
   public:
     virtual ~IPluginCallbacks() = default;
 
-    /// One of EPluginType.
+    /// Returns one of EPluginType.
     virtual int GetType() = 0;
-    /// The name shown to people.
+    /// Returns the display name.
     virtual std::string GetName() = 0;
-    /// The plug-in's own version.
+    /// Returns the plug-in's own version.
     virtual std::string GetVersion() = 0;
-    /// The `fdrPluginInterfaceVersion` the plug-in was built against.
+    /// Returns the `fdrPluginInterfaceVersion` that the plug-in was built against.
     virtual std::string GetInterfaceVersion() = 0;
-    /// The plug-in destroys itself; the host drops its pointer before the call returns.
+    /// Destroys the plug-in object. The host must not use its pointer afterwards.
     virtual void PrepareForUnload() = 0;
     /// Called before the first request; may be called any number of times.
     virtual void Init() = 0;
@@ -61,10 +60,10 @@ class NKELVOR20_API IPluginBasicQueryCallbacks {
   public:
     virtual ~IPluginBasicQueryCallbacks() = default;
 
-    /// Asks for data about `collected`. The plug-in adds an instance to each class of `resultClasses` that it
-    /// knows; it neither resizes nor reorders the list. Runs to completion on the caller's thread. Throws
-    /// TVORException with `TVORStatusCode::cannotCreateFile` when an output file cannot be created; what host
-    /// operations throw passes through.
+    /// Requests data about `collected`. The plug-in adds an instance to each class of `resultClasses` that it
+    /// supports; it neither resizes nor reorders the list. Runs to completion on the caller's thread. Throws
+    /// TVORException with `TVORStatusCode::cannotCreateFile` if an output file cannot be created; exceptions
+    /// of host operations pass through.
     virtual void GetData(boost::shared_ptr<ICIMNamespace> collected,
                          std::vector<boost::shared_ptr<ICIMClass>>& resultClasses) = 0;
 };

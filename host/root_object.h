@@ -1,8 +1,8 @@
-// Where a plug-in finds the host's services: the core logger and the plug-in manager.
+// The host's services for plug-ins: the core logger and the plug-in manager.
 //
 // Binary contract: static operations exported by the host's core library. ICoreLogger has one virtual
-// operation behind its two destructor slots. TPluginManagerNamespace has no virtual operation beyond
-// ICIMNamespace's; plug-ins never make one, so its size is the host's business.
+// operation after its two destructor slots. TPluginManagerNamespace has no virtual operation beyond
+// ICIMNamespace's; plug-ins never construct one, so its size is not part of the contract.
 #pragma once
 
 #include "host/checked_pointer.h"
@@ -15,16 +15,16 @@ namespace NKELVOR20 {
 
 class IPluginCallbacks;
 
-/// The host's log. Levels that plug-ins use: 0 a hard failure, 3 debug and warning lines.
+/// The host's log. host/log_levels.h has the levels that plug-ins use.
 class NKELVOR20_API ICoreLogger {
   public:
     virtual ~ICoreLogger() = default;
 
-    /// Writes one line; `message` carries no line end.
+    /// Writes one line; `message` has no line end.
     virtual void Log(int level, std::string message) = 0;
 };
 
-/// The plug-in manager. A namespace object, so that it can be reached through the host's general handles.
+/// The plug-in manager. It is a namespace, so that the host's general handles can refer to it.
 class NKELVOR20_API TPluginManagerNamespace : public ICIMNamespace {
   public:
     TPluginManagerNamespace();
@@ -35,9 +35,9 @@ class NKELVOR20_API TPluginManagerNamespace : public ICIMNamespace {
     /// The manager holds no classes: always throws TVORException with `TVORStatusCode::classNotFound`.
     boost::shared_ptr<ICIMClass> GetClass(const std::string& className, TOptionsMap options) override;
 
-    /// Takes over the plug-in object. The host calls its operations from here on and ends its life with
+    /// Takes ownership of the plug-in object. The host calls its operations from then on and destroys it with
     /// `IPluginCallbacks::PrepareForUnload`. Throws TVORException with `invalidParameter` for null and with
-    /// `alreadyExists` for an object that is registered already.
+    /// `alreadyExists` for an object that is already registered.
     void RegisterPlugin(IPluginCallbacks* plugin);
 };
 
@@ -46,9 +46,9 @@ class NKELVOR20_API TRootObject {
   public:
     TRootObject() = delete;
 
-    /// The core logger; never null, owned by the host.
+    /// Returns the core logger; never null, owned by the host.
     static ICoreLogger* GetCoreLogger();
-    /// The plug-in manager; its dynamic type is TPluginManagerNamespace.
+    /// Returns the plug-in manager, whose dynamic type is TPluginManagerNamespace.
     static boost::shared_ptr<ICIMNamespace> GetPluginManager();
 };
 

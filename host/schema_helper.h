@@ -1,4 +1,4 @@
-// Answers about the collected machine that need more than one look into the namespace.
+// Facts about the collected machine that take several host calls to read.
 //
 // Binary contract: static operations exported by the host's core library.
 #pragma once
@@ -12,26 +12,26 @@
 namespace NKELVOR20 {
 
 /// Reads well-known properties of single instances.
-/// Errors, for every operation: throws TVORException when the class is missing (classNotFound), has not
+/// Errors, for every operation: throws TVORException if the class is missing (classNotFound), does not have
 /// exactly one instance (notSingleInstance), lacks the property (propertyNotFound), or the value is null
-/// (valueIsNull). Options maps are accepted and not looked at.
+/// (valueIsNull). Options maps are ignored.
 class NKELVOR20_API TCIMSchemaHelper {
   public:
     TCIMSchemaHelper() = delete;
 
-    /// The four characters behind "-[" in `ProductName` of `KELSG_ComputerSystem`; without "-[" the whole
-    /// name.
+    /// Returns the four characters after "-[" in `ProductName` of `KELSG_ComputerSystem`; the whole name if
+    /// it has no "-[".
     static std::string GetMachineType(boost::shared_ptr<ICIMNamespace> collected);
-    /// The three characters behind the machine type in the same name; without "-[" the whole name. Throws
-    /// TVORException with `malformedData` when the name ends before them.
+    /// Returns the three characters after the machine type in the same name; the whole name if it has no
+    /// "-[". Throws TVORException with `malformedData` if the name ends before them.
     static std::string GetModelNumber(boost::shared_ptr<ICIMNamespace> collected);
-    /// `SerialNumber` of `KELSG_ComputerSystem`.
+    /// Returns `SerialNumber` of `KELSG_ComputerSystem`.
     static std::string GetSerialNumber(boost::shared_ptr<ICIMNamespace> collected, TOptionsMap options);
-    /// `OSType` of `KELSG_OperatingSystem`, a CIM OSType code (36 is Linux).
+    /// Returns `OSType` of `KELSG_OperatingSystem`, a CIM OSType code (36 is Linux).
     static unsigned short GetOperatingSystemType(boost::shared_ptr<ICIMNamespace> collected);
-    /// `Version` of `KELSG_OperatingSystem`.
+    /// Returns `Version` of `KELSG_OperatingSystem`.
     static std::string GetOperatingSystemVersion(boost::shared_ptr<ICIMNamespace> collected);
-    /// `Version` of `KELSG_DataSource`, the software that filled the namespace.
+    /// Returns `Version` of `KELSG_DataSource`, the software that filled the namespace.
     static std::string GetDataSourceVersion(boost::shared_ptr<ICIMNamespace> collected, TOptionsMap options);
 };
 

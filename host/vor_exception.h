@@ -1,8 +1,8 @@
-// How the host and its plug-ins report failures to each other.
+// The exception by which host and plug-ins report failures to each other.
 //
 // Binary contract: TVORException is a vtable pointer followed by the status code; its virtual slots are the
-// two destructors, then what(). Its members are inline, so every module carries them; the layout is pinned
-// below.
+// two destructors, then what(). Its members are inline, so every module has a copy; assertions below pin the
+// layout.
 #pragma once
 
 #include "host/export.h"
@@ -15,7 +15,7 @@ namespace NKELVOR20 {
 /// A status code of the host: a number with a text.
 class NKELVOR20_API TVORStatusCode {
   public:
-    /// The codes the host knows. Plug-ins rely on the numbers of `cannotCreateFile` and `classNotFound`.
+    /// The codes of the host. Plug-ins rely on the numbers of `cannotCreateFile` and `classNotFound`.
     enum ECode : int {
         success = 0,
         failed = 1,
@@ -43,21 +43,21 @@ class NKELVOR20_API TVORStatusCode {
 
     int GetCode() const { return code_; }
 
-    /// A short English text for the code, without a full stop; "unknown status code" for a number not listed.
-    /// The reference stays valid for the life of the program.
+    /// Returns a short English text without a full stop; "unknown status code" for an unlisted number.
+    /// The reference remains valid for the life of the program.
     const std::string& TranslateStatusCode() const;
 
   private:
     int code_;
 };
 
-/// The exception of the host. Carries a status code and nothing else.
+/// The exception of the host. It carries only a status code.
 class NKELVOR20_API TVORException : public std::exception {
   public:
     explicit TVORException(int code) : statusCode_(code) {}
     ~TVORException() override = default;
 
-    /// The text of the status code; valid for the life of the program.
+    /// Returns the text of the status code; valid for the life of the program.
     const char* what() const noexcept override { return statusCode_.TranslateStatusCode().c_str(); }
 
     const TVORStatusCode& GetStatusCode() const noexcept { return statusCode_; }

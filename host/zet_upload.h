@@ -1,4 +1,4 @@
-// The host's upload service, as far as plug-ins need it.
+// The operation of the host's upload service that plug-ins use.
 //
 // Binary contract: a static operation exported by the host's upload library.
 #pragma once
@@ -14,8 +14,8 @@ class NKELVOR20_API TZETUpload {
   public:
     TZETUpload() = delete;
 
-    /// The identifier under which data of one kind is accepted for one identity; may be empty. A host may
-    /// throw TVORException with `serviceUnavailable` when the service that issues it gives none.
+    /// Returns the identifier under which data of one kind is accepted for one identity; may be empty. A host
+    /// may throw TVORException with `serviceUnavailable` if its service issues none.
     static std::string ZETGetEntityId(std::string dataKind, std::string contentType, std::string identity,
                                       std::string endpointPath, std::string inventoryPath);
 };

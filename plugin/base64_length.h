@@ -1,10 +1,10 @@
-// The size of Base64 text, which the encoder and whoever allocates for it must agree on.
+// The length of Base64 text, on which the encoder and its callers must agree.
 #pragma once
 
 #include <cstddef>
 
-/// The characters that `byteCount` bytes encode to, without the terminating NUL. Wider than its argument:
-/// from 3 GiB on the text is longer than an unsigned int can say.
+/// Returns the number of characters that `byteCount` bytes encode to, without the terminating NUL. The result
+/// is wider than the argument, because from 3 GiB on the length exceeds an unsigned int.
 constexpr std::size_t GetBase64Length(unsigned int byteCount) {
     const std::size_t wholeGroups = std::size_t{byteCount} / 3 * 4;
     return byteCount % 3 == 0 ? wholeGroups : wholeGroups + 4;

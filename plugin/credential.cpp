@@ -1,4 +1,3 @@
-// The credential of a result instance: an identifier that the upload service issues for the customer.
 #include "host/os_specific.h"
 #include "host/zet_upload.h"
 #include "plugin/noxinfo_plugin_callbacks.h"
@@ -15,7 +14,7 @@ constexpr int reachable = 0;
 }  // namespace
 
 std::string TNoxinfoPluginCallbacks::GetCredential(std::string kelId) {
-    // The probe comes first, so that the log tells a missing connection apart from a missing identity.
+    // The probe comes first, so that the log distinguishes a missing connection from a missing identity.
     if (TOSSpecific::DetectHostnameAvailable(makerWebServer, webPort) != reachable) {
         DebugOut("There is no internet connection");
         return "";

@@ -1,5 +1,5 @@
-// The one request that the host makes: two documents into files, and the hardware document back to the host.
 #include "gzstream/gzstreams.h"
+#include "host/log_levels.h"
 #include "host/os_specific.h"
 #include "host/root_object.h"
 #include "host/schema_helper.h"
@@ -30,20 +30,18 @@ using NKELVOR20::TVORStatusCode;
 
 namespace {
 
-// In the working directory, and left there: the host may want the files as well as the instance.
+// The files remain in the working directory, because the host may use them besides the instance.
 constexpr char systemFileName[] = "systeminformation.xml.gz";
 constexpr char hardwareFileName[] = "hardwareinventory.xml.gz";
 
 constexpr char identityVariable[] = "ZETKELID";
 constexpr char resultClassName[] = "KELSG_CADAT";
 
-constexpr int hardFailureLevel = 0;
-
 using TWriteDocument = bool (TNOXXMLWriterImpl::*)(boost::shared_ptr<ICIMNamespace>);
 
-/// What every result instance of one request carries.
+/// The values of every result instance of one request.
 struct TResult {
-    const std::string& hardwareBytes;  ///< the hardware file as it lies on disk, gzip and all
+    const std::string& hardwareBytes;  ///< the compressed file as it is on disk
     const std::string& kelId;
     const std::string& machineType;
 };
@@ -52,10 +50,10 @@ std::optional<std::string> ReadMachineType(const boost::shared_ptr<ICIMNamespace
     try {
         return TCIMSchemaHelper::GetMachineType(collected);
     } catch (const abi::__forced_unwind&) {
-        throw;  // A cancelled thread has to unwind to its end.
+        throw;  // A cancelled thread must unwind completely.
     } catch (...) {
-        // Documents that name no machine are of no use to anybody, so the request ends here.
-        TRootObject::GetCoreLogger()->Log(hardFailureLevel,
+        // Documents without a machine type are useless, so the request ends here.
+        TRootObject::GetCoreLogger()->Log(NKELVOR20::hardFailureLevel,
                                           "NOXINFO: Can not get machine type from CIM result");
         return std::nullopt;
     }
@@ -74,7 +72,7 @@ std::optional<std::string> ReadIdentityVariable() {
 std::string ReadIdentity(TNoxinfoPluginCallbacks& plugin) {
     const std::optional<std::string> kelId = ReadIdentityVariable();
     if (!kelId) {
-        // The hardware document needs no identity: go on as for a machine that has none.
+        // The hardware document needs no identity: continue as for a machine without one.
         plugin.DebugOut("When get ZETKELID, a problem happened.");
         return "";
     }
@@ -103,7 +101,7 @@ void WriteDocument(TWriteDocument write, const boost::shared_ptr<ICIMNamespace>&
     Empty(buffer);
 }
 
-// Appends to `buffer`. The stream buffer takes the bytes, not the stream: its lack of memory is to be seen.
+// Appends to the stream buffer instead of the stream, so that std::bad_alloc reaches the caller.
 void ReadFile(const char* fileName, std::stringbuf& buffer) {
     std::ifstream file(fileName, std::ios_base::in | std::ios_base::binary);
     for (char byte = '\0'; file.get(byte);) {
@@ -119,7 +117,7 @@ std::string ReadHardwareBytes(TNoxinfoPluginCallbacks& plugin, std::stringstream
     } catch (const abi::__forced_unwind&) {
         throw;
     } catch (...) {
-        // An instance with part of the file still tells who and which machine it is about.
+        // An instance with part of the file still identifies the customer and the machine.
         plugin.DebugOut("When read hwInventoryFile, a problem happened.");
     }
     std::string bytes = buffer.str();
@@ -127,8 +125,8 @@ std::string ReadHardwareBytes(TNoxinfoPluginCallbacks& plugin, std::stringstream
     return bytes;
 }
 
-// Writes the files and returns the bytes of the hardware file. The one buffer is used in turn, and gone
-// before the result instances need memory of their own.
+// Writes the files and returns the bytes of the hardware file. One buffer serves all steps in turn and is
+// freed before the result instances are created.
 std::string ProduceFiles(TNoxinfoPluginCallbacks& plugin, const boost::shared_ptr<ICIMNamespace>& collected,
                          bool withSystemFile) {
     std::stringstream buffer = MakeDocumentBuffer();
@@ -143,11 +141,11 @@ std::string ProduceFiles(TNoxinfoPluginCallbacks& plugin, const boost::shared_pt
 
 void AddResultInstance(TNoxinfoPluginCallbacks& plugin, ICIMClass& resultClass, const TResult& result) {
     const TOptionsMap noOptions;
-    // Declared before the text, so that the text is freed before the instance is released.
+    // Declared before the text, so that the text is freed first.
     boost::shared_ptr<ICIMInstance> instance;
     const std::unique_ptr<char[]> encoded = EncodeBytes(plugin, result.hardwareBytes);
     instance = resultClass.CreateInstance(noOptions);
-    // The host keeps properties in the order in which they are set.
+    // Hosts keep properties in the order in which they are set.
     instance->SetProperty("InventoryRCF", TCIMValue(encoded.get()), noOptions);
     instance->SetProperty("KELID", TCIMValue(result.kelId), noOptions);
     instance->SetProperty("MachineType", TCIMValue(result.machineType), noOptions);

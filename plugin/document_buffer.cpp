@@ -1,5 +1,3 @@
-// Room is made once and ahead: text that has to grow is copied, and its memory touched anew, at every
-// doubling.
 #include "plugin/document_buffer.h"
 
 #include <sys/mman.h>
@@ -14,11 +12,12 @@
 
 namespace {
 
-// Enough for the documents of some tens of thousands of resources. It is address space until text fills it.
+// Enough for documents of some tens of thousands of resources. Only address space until text fills it.
+// Reserved once, because a buffer that doubles copies its text and faults in new pages each time.
 constexpr std::size_t documentRoom = std::size_t{64} << 20;
 
-// A page fault for each 4 KiB of text takes longer than rendering into it: the kernel may use larger pages.
-// An advice: where it is not taken, nothing is lost.
+// Allows the kernel to use large pages: a page fault for each 4 KiB of text takes longer than rendering it.
+// A failure is harmless.
 void AdviseLargePages(std::string& room) {
     const auto pageSize = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
     void* begin = room.data();
@@ -36,10 +35,10 @@ std::stringstream MakeDocumentBuffer() {
         room.reserve(documentRoom);
         AdviseLargePages(room);
     } catch (const std::bad_alloc&) {
-        // Documents of most machines need a hundredth of it: start small and grow.
+        // The documents of most machines need a hundredth of it: start small and grow.
     }
     std::stringstream buffer(std::move(room), std::ios_base::in | std::ios_base::out);
-    // A stream swallows what it has no memory for. Without the exception, half a document would be
+    // A stream discards text that it has no memory for. Without the exception, half a document would be
     // delivered as a whole one.
     buffer.exceptions(std::ios_base::badbit);
     return buffer;

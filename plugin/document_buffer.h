@@ -1,8 +1,8 @@
-// The stream that the documents of a request are built in.
+// The stream in which the documents of a request are built.
 #pragma once
 
 #include <sstream>
 
-/// An empty stream for reading and writing, with room for large documents made ahead.
-/// Errors: a lack of memory for the text comes out of the stream as an exception (`badbit` throws).
+/// Returns an empty stream for reading and writing, with memory reserved for large documents.
+/// Errors: the stream throws on `badbit`, so that a lack of memory for the text is an exception.
 std::stringstream MakeDocumentBuffer();

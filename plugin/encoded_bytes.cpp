@@ -1,6 +1,6 @@
-// Encoding with its one fallback: a request goes on without the text.
 #include "plugin/encoded_bytes.h"
 
+#include "host/log_levels.h"
 #include "host/root_object.h"
 #include "plugin/base64_length.h"
 
@@ -10,11 +10,9 @@
 
 namespace {
 
-constexpr int warningLevel = 3;
-
 unsigned int ToEncoderCount(std::size_t count) {
     if (!std::in_range<unsigned int>(count)) {
-        // A count taken modulo 2^32 would pass off part of the document as the whole.
+        // A count taken modulo 2^32 would present part of the document as the whole.
         throw std::length_error("too large for the encoder");
     }
     return static_cast<unsigned int>(count);
@@ -31,8 +29,8 @@ std::unique_ptr<char[]> EncodeBytes(TNoxinfoPluginCallbacks& plugin, std::string
         (void)plugin.Base64Encode(reinterpret_cast<const unsigned char*>(bytes.data()), byteCount,
                                   reinterpret_cast<unsigned char*>(text.get()), length);
     } catch (...) {
-        // The instance is made all the same, its inventory null.
-        NKELVOR20::TRootObject::GetCoreLogger()->Log(warningLevel, "noxinfo-base64 error!");
+        // The request continues: the instance is created with a null inventory.
+        NKELVOR20::TRootObject::GetCoreLogger()->Log(NKELVOR20::diagnosticLevel, "noxinfo-base64 error!");
     }
     return text;
 }

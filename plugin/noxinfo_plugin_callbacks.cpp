@@ -1,6 +1,6 @@
-// Identity and lifecycle of the plug-in object, and its line to the host's log.
 #include "plugin/noxinfo_plugin_callbacks.h"
 
+#include "host/log_levels.h"
 #include "host/root_object.h"
 
 #include <boost/pointer_cast.hpp>
@@ -8,12 +8,6 @@
 using NKELVOR20::ICIMNamespace;
 using NKELVOR20::TPluginManagerNamespace;
 using NKELVOR20::TRootObject;
-
-namespace {
-
-constexpr int debugLevel = 3;
-
-}  // namespace
 
 TNoxinfoPluginCallbacks::TNoxinfoPluginCallbacks() {
     const boost::shared_ptr<ICIMNamespace> manager = TRootObject::GetPluginManager();
@@ -40,7 +34,7 @@ std::string TNoxinfoPluginCallbacks::GetInterfaceVersion() {
 }
 
 void TNoxinfoPluginCallbacks::PrepareForUnload() {
-    // The host keeps no count of plug-in objects; this call is how it ends one.
+    // The host frees nothing: this call ends the object.
     delete this;
 }
 
@@ -49,5 +43,6 @@ void TNoxinfoPluginCallbacks::Init() {}
 void TNoxinfoPluginCallbacks::DeInit() {}
 
 void TNoxinfoPluginCallbacks::DebugOut(std::string text) {
-    TRootObject::GetCoreLogger()->Log(debugLevel, "TNoxinfoPluginCallbacks debug output: " + text);
+    TRootObject::GetCoreLogger()->Log(NKELVOR20::diagnosticLevel,
+                                      "TNoxinfoPluginCallbacks debug output: " + text);
 }

@@ -1,9 +1,9 @@
-// The plug-in object: what the host loads, registers and asks for data. It turns the collected namespace into
-// two gzip-compressed documents in the working directory and a result instance that carries the first of
-// them.
+// The plug-in object, which the host loads and requests data from. It turns the collected namespace into two
+// gzip-compressed documents in the working directory and a result instance that contains the hardware
+// document.
 //
-// Failure language of this folder: TVORException. What host operations throw passes through, but for the
-// steps of a request that GetData names.
+// Failure language of this folder: TVORException. Exceptions of host operations pass through, except in the
+// steps that GetData documents.
 #pragma once
 
 #include "host/plugin_callbacks.h"
@@ -13,18 +13,18 @@
 #include <string>
 #include <vector>
 
-/// The plug-in's own version. Apart from `NKELVOR20::fdrPluginInterfaceVersion` on purpose: the two change
+/// The plug-in's own version. Distinct from `NKELVOR20::fdrPluginInterfaceVersion` on purpose: the two change
 /// for different reasons.
 inline constexpr char kPluginVersion[] = "1.0";
 
-/// The query plug-in. Holds no data: all that a request needs lives on the stack of `GetData`, so calls are
-/// independent of each other. Requests must not overlap in one working directory, since they write the same
-/// files. Text travels by value, as it does in the host's interfaces.
+/// The query plug-in. It has no data members, so requests are independent of each other. They must not
+/// overlap in one working directory, because they write the same files. Text is passed by value, as in the
+/// host's interfaces.
 class TNoxinfoPluginCallbacks : public NKELVOR20::IPluginCallbacks,
                                 public NKELVOR20::IPluginBasicQueryCallbacks {
   public:
-    /// Registers the object with the host's plug-in manager, which owns it from then on. A manager that is
-    /// missing or of another type ends in `boost::assertion_failed` with "px != 0".
+    /// Registers the object with the host's plug-in manager, which owns it from then on. If the manager is
+    /// missing or of another type, `boost::assertion_failed` is called with "px != 0".
     TNoxinfoPluginCallbacks();
     ~TNoxinfoPluginCallbacks() override;
     TNoxinfoPluginCallbacks(const TNoxinfoPluginCallbacks&) = delete;
@@ -34,39 +34,38 @@ class TNoxinfoPluginCallbacks : public NKELVOR20::IPluginCallbacks,
     std::string GetName() override;
     std::string GetVersion() override;
     std::string GetInterfaceVersion() override;
-    /// Deletes the object, which therefore must have been made with `new`.
+    /// Deletes the object, which must have been created with `new`.
     void PrepareForUnload() override;
     void Init() override;
     void DeInit() override;
 
     /// Writes "systeminformation.xml.gz" (only with an identity in ZETKELID) and "hardwareinventory.xml.gz"
-    /// to the working directory, then adds to each class named `KELSG_CADAT` an instance that carries the
-    /// bytes of the latter. The list itself is left as it is.
-    /// Absent: without a machine type one line is logged at level 0 and nothing is written. An identity that
-    ///         cannot be read counts as empty. A hardware file that cannot be read back gives no bytes.
-    /// Errors: TVORException with `cannotCreateFile` when a file cannot be opened for writing; failures of
+    /// to the working directory, then adds to each class named `KELSG_CADAT` an instance that contains the
+    /// bytes of the latter. The list itself is not changed.
+    /// Absent: without a machine type, one line is logged at level 0 and nothing is written. An unreadable
+    ///         identity counts as empty. A hardware file that cannot be read back yields no bytes.
+    /// Errors: TVORException with `cannotCreateFile` if a file cannot be opened for writing; exceptions of
     ///         the document writer, of result classes and instances and of `GetCredential` pass through.
-    ///         What the request made is released on every path; files already written stay.
+    ///         Objects of the request are released on every path; files already written remain.
     void GetData(boost::shared_ptr<NKELVOR20::ICIMNamespace> collected,
                  std::vector<boost::shared_ptr<NKELVOR20::ICIMClass>>& resultClasses) override;
 
-    /// Logs `text` at level 3 behind the plug-in's prefix.
+    /// Logs `text` at level 3, after the plug-in's prefix.
     void DebugOut(std::string text);
 
-    /// The identifier under which the host's upload service accepts the inventory of `kelId`; empty when the
-    /// maker's web server cannot be reached, or else when `kelId` is empty. Probes the network every time.
+    /// Returns the identifier under which the host's upload service accepts the inventory of `kelId`; empty
+    /// if the maker's web server cannot be reached or `kelId` is empty. Probes the network at each call.
     std::string GetCredential(std::string kelId);
 
     /// Encodes `inLen` bytes as Base64 (RFC 4648, padded, no line breaks) with a terminating NUL.
-    /// Shape:  `outLen` is the room for characters; `out` must hold one byte more for the NUL.
-    /// Result: `inLen` raised to the next multiple of 3. With too little room nothing is written, and the
-    ///         result means nothing.
+    /// Shape:  `out` has room for `outLen` characters and, in addition, the NUL.
+    /// Returns `inLen` rounded up to a multiple of 3. If the room is too small, nothing is written and the
+    /// result is meaningless.
     unsigned int Base64Encode(const unsigned char* in, unsigned int inLen, unsigned char* out,
                               unsigned int outLen);
 
-    /// Compresses `length` characters of `text` and the byte behind them (the NUL, when `length` is the size
-    /// of the text; a longer `length` counts as the size) in zlib format, and cuts the result at its first
-    /// zero byte. A result of more than 1024 bytes is cut at whatever zlib had written by then. Nothing in
-    /// the plug-in calls it.
+    /// Compresses the first `length` characters of `text` and the byte after them (the NUL if `length` is the
+    /// size of the text; a larger `length` counts as the size) in zlib format. Truncates the result at its
+    /// first zero byte, and to the part that zlib writes into 1024 bytes. Nothing in the plug-in calls it.
     std::string GZEncodeFromStr(std::string text, unsigned long length);
 };

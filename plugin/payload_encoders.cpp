@@ -1,4 +1,3 @@
-// Bytes into the forms that fit a string property.
 #include "plugin/base64_length.h"
 #include "plugin/noxinfo_plugin_callbacks.h"
 
@@ -16,7 +15,7 @@ constexpr char pad = '=';
 
 using TCharacterPair = std::array<char, 2>;
 
-// Two characters for each value of 12 bits: a group takes two look-ups instead of four.
+// The two characters of each 12-bit value: a group takes two lookups instead of four.
 constexpr auto characterPairs = [] {
     std::array<TCharacterPair, 4096> pairs{};
     for (std::size_t bits = 0; bits < pairs.size(); ++bits) {
@@ -31,7 +30,7 @@ void EncodeGroup(const unsigned char* in, unsigned char* out) {
     std::memcpy(out + 2, &characterPairs[bits & 0xFFF], sizeof(TCharacterPair));
 }
 
-// The bytes that are missing count as zero; the characters that would hold nothing else are padding.
+// Missing bytes count as zero. Characters without any bit of the input are padding.
 void EncodeLastGroup(const unsigned char* in, std::size_t byteCount, unsigned char* out) {
     std::array<unsigned char, 3> group{};
     std::copy_n(in, byteCount, group.begin());
@@ -63,7 +62,7 @@ std::string TNoxinfoPluginCallbacks::GZEncodeFromStr(std::string text, unsigned 
     std::array<char, 1024> buffer{};
     uLongf available = buffer.size();
     const uLong sourceLength = std::min<uLong>(length, text.size()) + 1;
-    // A result that does not fit is cut by the buffer; the status would only say so.
+    // The status is ignored: a result that does not fit is truncated to the buffer.
     (void)compress(reinterpret_cast<Bytef*>(buffer.data()), &available,
                    reinterpret_cast<const Bytef*>(text.c_str()), sourceLength);
     return {buffer.begin(), std::find(buffer.begin(), buffer.end(), '\0')};

@@ -1,5 +1,6 @@
 #include "program/namespace_source.h"
 
+#include "host/log_levels.h"
 #include "machine/supervision/machine_door.h"
 #include "machine/supervision/supervised_collection.h"
 #include "vorhost/cimxml/load.h"
@@ -13,8 +14,6 @@
 
 namespace NVORHOST {
 namespace {
-
-constexpr int warningLevel = 3;
 
 TNamespaceSource LoadFile(const std::string& path) {
     TNamespaceSource source;
@@ -30,7 +29,7 @@ TNamespaceSource LoadFile(const std::string& path) {
 }
 
 void LogWarning(std::string_view collector, const std::string& line) {
-    TCoreLogger::Get().Log(warningLevel, "noxinfo-" + std::string(collector) + ": " + line);
+    TCoreLogger::Get().Log(NKELVOR20::diagnosticLevel, "noxinfo-" + std::string(collector) + ": " + line);
 }
 
 // Logs the reports of collectors. Several collectors may report the same source; it is logged only once.

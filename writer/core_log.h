@@ -1,13 +1,13 @@
-// The writer's one way to the host's log.
+// Writes to the host's log.
 #pragma once
 
+#include "host/log_levels.h"
 #include "host/root_object.h"
 
 #include <string>
 #include <utility>
 
-/// Logs a debug or warning line, level 3. What the logger throws passes.
+/// Logs a warning. Exceptions of the logger pass.
 inline void LogWarning(std::string message) {
-    constexpr int debugLevel = 3;
-    NKELVOR20::TRootObject::GetCoreLogger()->Log(debugLevel, std::move(message));
+    NKELVOR20::TRootObject::GetCoreLogger()->Log(NKELVOR20::diagnosticLevel, std::move(message));
 }

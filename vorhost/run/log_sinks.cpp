@@ -1,5 +1,6 @@
 #include "vorhost/run/log_sinks.h"
 
+#include "host/log_levels.h"
 #include "os/file_descriptor.h"
 #include "vorhost/run/output_place.h"
 #include "vorhost/run/run_failure.h"
@@ -19,8 +20,6 @@
 
 namespace NVORHOST {
 namespace {
-
-constexpr int hardFailureLevel = 0;
 
 [[noreturn]] void Fail(const std::string& logFile, int error) {
     const std::string cause =
@@ -56,7 +55,7 @@ int WriteAll(int descriptor, std::string_view bytes) {
 
 TLogSinks::TLogSinks(const TLogOptions& options) : logFile_(options.file) {
     TCoreLogger::Get().AddSink([this](int level, const std::string& message) {
-        if (level == hardFailureLevel) {
+        if (level == NKELVOR20::hardFailureLevel) {
             hardFailures_.push_back(message);
         }
     });
@@ -96,7 +95,7 @@ void TLogSinks::LogToFile(const std::string& path) {
 
 void TLogSinks::LogToStandardError(bool everyLevel) {
     TCoreLogger::Get().AddSink([everyLevel](int level, const std::string& message) {
-        if (everyLevel || level == hardFailureLevel) {
+        if (everyLevel || level == NKELVOR20::hardFailureLevel) {
             std::cerr << FormatLogLine(level, message) << '\n';
         }
     });

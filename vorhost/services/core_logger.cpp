@@ -1,6 +1,7 @@
 // The log of one run. Lines are rare and sinks are few, so a line goes to each of them at once, unbuffered.
 #include "vorhost/services/core_logger.h"
 
+#include "host/log_levels.h"
 #include "text/shown_text.h"
 
 #include <iostream>
@@ -11,8 +12,7 @@ namespace {
 
 // A failure that ends a request must not vanish because nobody chose where the log goes.
 void WriteUnchosen(int level, const std::string& message) {
-    constexpr int hardFailure = 0;
-    if (level == hardFailure) {
+    if (level == NKELVOR20::hardFailureLevel) {
         std::cerr << FormatLogLine(level, message) << std::endl;
     }
 }

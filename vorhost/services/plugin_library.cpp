@@ -4,6 +4,7 @@
 // to go.
 #include "vorhost/services/plugin_library.h"
 
+#include "host/log_levels.h"
 #include "host/plugin_callbacks.h"
 #include "host/root_object.h"
 #include "text/shown_text.h"
@@ -49,9 +50,9 @@ void RunStep(const std::string& path, const char* name, const TStep& step) {
 // For steps at the end of the plug-in's life, where nobody can be told but the log.
 template <typename TStep>
 void RunLastStep(const std::string& path, const char* name, const TStep& step) noexcept {
-    constexpr int warning = 3;
     if (const std::string failure = CatchFailure(step); !failure.empty()) {
-        (void)CatchFailure([&] { TCoreLogger::Get().Log(warning, path + ": " + name + ": " + failure); });
+        (void)CatchFailure(
+            [&] { TCoreLogger::Get().Log(NKELVOR20::diagnosticLevel, path + ": " + name + ": " + failure); });
     }
 }
 

@@ -1,5 +1,6 @@
 #include "host/zet_upload.h"
 
+#include "host/log_levels.h"
 #include "host/root_object.h"
 #include "os/module.h"
 #include "text/shown_text.h"
@@ -71,8 +72,8 @@ std::string FindFault(const std::string& identifier) {
 
 // An inventory without a credential is better than none, so a failure is logged and kept for the summary.
 std::string Fail(const std::string& url, const std::string& failure) {
-    constexpr int warning = 3;
-    TRootObject::GetCoreLogger()->Log(warning, "zetupload: " + NVORHOST::HidePasswords(url) + ": " + failure);
+    TRootObject::GetCoreLogger()->Log(NKELVOR20::diagnosticLevel,
+                                      "zetupload: " + NVORHOST::HidePasswords(url) + ": " + failure);
     NVORHOST::SetEntityServiceFailure(failure);
     return {};
 }
