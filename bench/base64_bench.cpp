@@ -1,5 +1,5 @@
-// The plug-in's Base64 against OpenSSL's on 4 MB, a large hardware file. Both write the same text with the
-// same NUL; below 1 the plug-in is the faster side.
+// Compares the plug-in's Base64 with OpenSSL's on 4 MB, the size of a large hardware file. Both write the
+// same text with a NUL. A ratio below 1 means that the plug-in is faster.
 #include "bench/ratio.h"
 #include "plugin/noxinfo_plugin_callbacks.h"
 
@@ -29,7 +29,7 @@ void Base64AgainstOpenssl(benchmark::State& state) {
     const TBytes bytes = RandomBytes();
     TBytes ours(textLength + 1);
     TBytes theirs(textLength + 1);
-    auto* const plugin = new TNoxinfoPluginCallbacks;  // the host's manager has it from here on
+    auto* const plugin = new TNoxinfoPluginCallbacks;  // owned by the plug-in manager
     TBestTime encoding;
     TBestTime comparison;
     for (auto iteration : state) {

@@ -1,5 +1,5 @@
-// Collecting from machines of growing size: twice the machine is to take twice the time. The machines are
-// trees below TMPDIR; on a file system in memory they are made and removed the quickest.
+// Measures collections from machines of growing size, whose time should be proportional to the size. The
+// machines are trees below TMPDIR, which is best on a file system in memory.
 #include "bench/ratio.h"
 #include "machine/collect/run/collection_run.h"
 #include "machine/system/rooted_files.h"
@@ -20,8 +20,8 @@
 namespace NVORHOST {
 namespace {
 
-// A machine's files below a folder of its own, which goes with it. The kernel finds a file in the same time
-// however many there are; tables in this process would outgrow the processor's caches as the machine grows.
+// A machine's files in a temporary folder, removed on destruction. On a file system, the time to find a file
+// does not depend on the number of files; tables in this process would outgrow the processor's caches.
 class TGeneratedTree {
   public:
     TGeneratedTree() : root_((std::filesystem::temp_directory_path() / "noxinfo-bench-XXXXXX").string()) {
@@ -62,7 +62,7 @@ class TGeneratedTree {
     std::string root_, lastFolder_;
 };
 
-// A machine of which nothing is asked but what its files say.
+// System calls of a machine that has only files.
 struct TNoSystemCalls final : ISystemCalls {
     std::optional<std::string> KernelRelease() const override { return "6.1.0"; }
     std::optional<std::string> NodeName() const override { return "large"; }
@@ -81,8 +81,7 @@ std::string Format(const char* format, TArguments... arguments) {
     return {text, static_cast<std::size_t>(length)};
 }
 
-// Functions of the classes that occur most, display, USB and network among them, on as many buses as it
-// takes.
+// Functions of the most frequent classes, such as display, USB and network, on as many buses as needed.
 void AddPciFunctions(TGeneratedTree& files, unsigned count) {
     constexpr unsigned functionsOfBus = 256;
     constexpr char classes[][2] = {{0x00, 0x02}, {0x00, 0x03}, {0x03, 0x0C}, {0x04, 0x06}, {0x08, 0x01}};
@@ -141,7 +140,7 @@ void AddProcessors(TGeneratedTree& files, unsigned count) {
     files.Add("/proc/cpuinfo", info);
 }
 
-// 10,000 functions, 2,000 disks and 1,024 processors at size 8.
+// Size 8 has 10,000 functions, 2,000 disks and 1,024 processors.
 void FillMachine(TGeneratedTree& tree, unsigned size) {
     AddPciFunctions(tree, 1250 * size);
     AddDisks(tree, 250 * size);
@@ -159,8 +158,8 @@ std::size_t CollectOnce(const TGeneratedTree& tree) {
     return instances;
 }
 
-// How much longer the machine of `size` takes than the smallest one, for each unit of its size: 1 is linear.
-// Both are measured in turn, so that a machine whose speed drifts does not show.
+// Reports the time per unit of size, relative to the smallest machine: 1 is linear. Both are measured
+// alternately, so that drifts in the speed of the computer cancel out.
 void CollectOfSize(benchmark::State& state) {
     constexpr int runs = 5;
     const auto size = static_cast<unsigned>(state.range(0));

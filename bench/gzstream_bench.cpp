@@ -1,7 +1,7 @@
-// What the streams cost on top of zlib: the same inventory text through gzofstream and gzifstream, and
-// through gzwrite and gzread of 8192-byte blocks. Each benchmark runs both ways in turn, so that a busy
-// machine slows both, and reports the time of each and the ratio of their medians; 1 means that the stream
-// costs nothing.
+// Measures the overhead of the streams over zlib: the same inventory text passes through gzofstream and
+// gzifstream, and through gzwrite and gzread in blocks of 8192 bytes. Each benchmark alternates between the
+// two, so that load on the machine slows both, and reports both times and the ratio of their medians. A ratio
+// of 1 means no overhead.
 #include "gzstream/gzstreams.h"
 
 #include <benchmark/benchmark.h>
@@ -33,7 +33,7 @@ std::string HexDigits(std::mt19937& random, int count) {
     return digits;
 }
 
-/// The same 4 MiB of resource instances in every run.
+/// Returns 4 MiB of resource instances, the same in every run.
 std::string MakeInventoryText() {
     constexpr std::string_view classes[] = {"Processor", "PhysicalMemory", "DiskDrive", "PCIDevice",
                                             "Software"};
@@ -54,14 +54,14 @@ std::string MakeInventoryText() {
     return text;
 }
 
-/// A file of its own for this process, removed at the end.
+/// A temporary file, removed on destruction.
 class TTemporaryFile {
   public:
     TTemporaryFile()
         : path_(std::filesystem::temp_directory_path() /
                 ("gzstream-bench-" + std::to_string(getpid()) + ".gz")) {}
     ~TTemporaryFile() {
-        std::error_code ignored;  // A file that stays behind does not spoil the figures.
+        std::error_code ignored;  // A file that cannot be removed does not affect the results.
         std::filesystem::remove(path_, ignored);
     }
     TTemporaryFile(const TTemporaryFile&) = delete;
@@ -119,7 +119,7 @@ std::size_t ReadStream(const char* path) {
     return size;
 }
 
-/// Processor time of this process, in milliseconds.
+/// Returns the processor time of this process in milliseconds.
 double ProcessorTimeMs() {
     timespec now{};
     Require(clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now) == 0, "clock_gettime");
@@ -144,7 +144,7 @@ void CompareInTurn(benchmark::State& state, TStream throughStream, TRaw raw) {
     std::vector<double> streamMs;
     std::vector<double> rawMs;
     for ([[maybe_unused]] const auto& round : state) {
-        // Whoever comes second finds warmer caches, so the order changes from round to round.
+        // The second one finds warmer caches, so the order alternates.
         const bool streamFirst = streamMs.size() % 2 == 0;
         if (streamFirst) {
             streamMs.push_back(TimeMs(throughStream));

@@ -1,4 +1,3 @@
-// Fills the namespace from the writer's own catalogue, so that no property of the document goes unmeasured.
 #include "bench/inventory_workload.h"
 
 #include "writer/nox_xml_writer.h"
@@ -28,7 +27,7 @@ struct TShare {
     std::size_t instancesPerUnit;
 };
 
-// Classes that are not listed have no instance.
+// Unlisted classes have no instance.
 constexpr TShare shares[] = {
     {"KELSG_SystemSlot", 6},
     {"KELSG_SPDData", 8},
@@ -57,7 +56,7 @@ struct TTypeOf {
     bool isArray;
 };
 
-// Properties that are not listed are strings.
+// Unlisted properties are strings.
 constexpr TTypeOf types[] = {
     {"OperationalStatus", TType::eUint16, true},
     {"AddressWidth", TType::eUint16, false},
@@ -102,7 +101,7 @@ struct TTextOf {
     std::string_view pattern;
 };
 
-// What such properties hold on real machines, in length and in variety.
+// Texts of the length and variety that such properties have on real machines.
 constexpr TTextOf texts[] = {
     {"ElementName", R"(Intel(R) C62# series chipset function ## [%%%%])"},
     {"Description", "Kessel Technologies <%%%%> controller & bridge, revision %%"},
@@ -119,7 +118,7 @@ constexpr TTextOf texts[] = {
     {"BankLabel", "P#_Node#_Channel#_Dimm#"},
 };
 
-using TRandom = std::mt19937;  // the same sequence everywhere
+using TRandom = std::mt19937;  // generates the same sequence on every platform
 
 TTypeOf TypeOf(std::string_view property) {
     const auto* const row = std::ranges::find(types, property, &TTypeOf::property);
@@ -140,7 +139,7 @@ TCIMValue Number(TType::ECIMType type, TRandom& random) {
     }
 }
 
-/// The pattern with a random decimal digit for each '#' and a random hexadecimal one for each '%'.
+/// Replaces each '#' by a random decimal digit and each '%' by a random hexadecimal digit.
 std::string FillIn(std::string_view pattern, TRandom& random) {
     constexpr std::string_view digits = "0123456789ABCDEF";
     constexpr unsigned int decimal = 10;

@@ -1,5 +1,6 @@
-// A large machine to measure with: every class of the hardware-inventory document, in proportions like those
-// of a well-equipped server, repeated until the document has the wanted size.
+// A large machine for measurements: every class of the hardware-inventory document, in the proportions of a
+// well-equipped server, multiplied to the wanted size of the document. It is filled from the writer's
+// catalogue, so that every property of the document is measured.
 #pragma once
 
 #include "vorhost/model/memory_namespace.h"
@@ -8,9 +9,10 @@
 
 #include <cstddef>
 
-/// A namespace of `units` machines in one, the same for the same number. Each class declares all properties
-/// that the document reads; of each instance about three quarters are set, the others are null.
+/// Returns a namespace with the instances of `units` machines, always the same for one number. Each class
+/// declares all properties that the document reads; about three quarters of those of each instance are set,
+/// the others are null.
 boost::shared_ptr<NVORHOST::TMemoryNamespace> MakeInventory(std::size_t units);
 
-/// The number of units whose hardware document has about `documentBytes` bytes.
+/// Returns the number of units whose hardware document has about `documentBytes` bytes.
 std::size_t UnitsForDocument(std::size_t documentBytes);

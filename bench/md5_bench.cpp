@@ -1,5 +1,5 @@
-// The writer's MD5 against OpenSSL's one-shot function, on a key as resources have them and on 64 KiB.
-// Ratios: below 1 the writer's is the faster side.
+// Compares the writer's MD5 with OpenSSL's one-shot function, on a key of the length that resources have and
+// on 64 KiB. A ratio below 1 means that the writer is faster.
 #include "bench/ratio.h"
 #include "writer/nox_xml_writer.h"
 
@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::size_t bytesPerMeasurement = 8U << 20U;
 
-// The rival is the plain function on purpose: the newer interface looks the algorithm up at every call.
+// OpenSSL's deprecated function is used on purpose: the newer interface looks up the algorithm at each call.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
 void DigestWithOpenSsl(const std::string& data) {
@@ -39,17 +39,17 @@ void Md5AgainstOpenSsl(benchmark::State& state) {
         });
     };
     TBestTime own;
-    TBestTime rival;
+    TBestTime other;
     for (auto iteration : state) {
         const double seconds = repeat(Digest);
         own.Add(seconds);
-        rival.Add(repeat(DigestWithOpenSsl));
+        other.Add(repeat(DigestWithOpenSsl));
         state.SetIterationTime(seconds / static_cast<double>(calls));
     }
     const double perCall = 1e9 / static_cast<double>(calls);
     state.counters["own_ns"] = own.GetSeconds() * perCall;
-    state.counters["openssl_ns"] = rival.GetSeconds() * perCall;
-    state.counters["own/openssl"] = own.GetSeconds() / rival.GetSeconds();
+    state.counters["openssl_ns"] = other.GetSeconds() * perCall;
+    state.counters["own/openssl"] = own.GetSeconds() / other.GetSeconds();
 }
 
 BENCHMARK(Md5AgainstOpenSsl)->UseManualTime()->Iterations(20)->Arg(40)->Arg(64 << 10);

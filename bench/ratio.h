@@ -1,12 +1,12 @@
-// Ratios that hold on a busy machine: both sides are measured in turn, in processor time, and the best run of
-// each counts.
+// Ratios of times that are stable on a busy machine: both sides are measured alternately in processor time,
+// and the best run of each counts.
 #pragma once
 
 #include <algorithm>
 #include <ctime>
 #include <limits>
 
-/// Seconds of processor time, user and system, that `work` takes on this thread.
+/// Returns the processor time of `work` on this thread, user and system, in seconds.
 template <typename TWork>
 double CpuSeconds(TWork work) {
     const auto now = [] {
@@ -20,7 +20,7 @@ double CpuSeconds(TWork work) {
     return now() - start;
 }
 
-/// The shortest of the times it was given, in seconds.
+/// The shortest of the times added, in seconds.
 class TBestTime {
   public:
     void Add(double seconds) { seconds_ = std::min(seconds_, seconds); }

@@ -1,5 +1,5 @@
-// A whole request of the built plug-in, as the embedded host makes it: against compressing the finished
-// document alone, over numbers of instances, and in memory.
+// Measures whole requests of the built plug-in with the embedded host: compared with only compressing the
+// finished document, for growing numbers of instances, and in memory.
 #include "bench/inventory_workload.h"
 #include "bench/ratio.h"
 #include "vorhost/services/host_settings.h"
@@ -32,7 +32,7 @@ using TNamespacePtr = boost::shared_ptr<TMemoryNamespace>;
 
 constexpr std::size_t documentSize = 50'000'000;
 
-/// Goes to a directory of its own for the life of a measurement, since requests write where they are.
+/// A temporary working directory, because requests write into the current one.
 class TWorkingDirectory {
   public:
     TWorkingDirectory() : home_(std::filesystem::current_path()) {
@@ -55,7 +55,7 @@ class TWorkingDirectory {
     std::filesystem::path path_;
 };
 
-/// The loaded plug-in on a host that touches no network and knows no identity.
+/// The loaded plug-in with a host that has no network and no identity.
 class TRequester {
   public:
     TRequester() {
@@ -80,7 +80,7 @@ class TRequester {
     NVORHOST::TPluginLibrary plugin_{NOXINFO_PLUGIN_FILE};
 };
 
-/// Without a machine type a request ends before it begins.
+/// Adds a machine type, without which a request ends early.
 TNamespacePtr WithMachineType(TNamespacePtr collected) {
     const auto machine = collected->AddClass("KELSG_ComputerSystem")->NewInstance();
     machine->Set("ProductName", TCIMValue("Kessel K4 -[884021X]-"));
@@ -94,7 +94,7 @@ std::string Render(const TNamespacePtr& collected) {
     return std::move(text).str();
 }
 
-/// One gzwrite of the finished text at the default level.
+/// Compresses with one gzwrite at the default level.
 void Compress(const std::string& text) {
     gzFile file = gzopen("finished.xml.gz", "wb");
     gzwrite(file, text.data(), static_cast<unsigned int>(text.size()));
@@ -121,7 +121,7 @@ void RequestAgainstGzip(benchmark::State& state) {
     state.counters["request/gzip"] = request.GetSeconds() / compression.GetSeconds();
 }
 
-/// Devices of one class with little text each, so that a million of them fit any machine.
+/// Returns devices of one class with little text each, so that a million of them fit into memory.
 TNamespacePtr MakeDevices(std::size_t count) {
     constexpr std::string_view className = "KELSG_PCIDevice";
     std::vector<TPropertyDeclaration> declarations;
@@ -152,7 +152,8 @@ void RequestOverInstances(benchmark::State& state) {
     state.SetComplexityN(state.range(0));
 }
 
-// ---- memory, in a process of its own: what an earlier measurement left behind would hide part of the peak
+// ---- memory, in a child process, because memory that an earlier measurement left would hide part of the
+// peak
 
 double StatusBytes(std::string_view key) {
     std::ifstream status("/proc/self/status");
@@ -166,7 +167,7 @@ double StatusBytes(std::string_view key) {
 
 struct TMemoryUse {
     double documentBytes;
-    double peakBytes;  ///< above what the namespace and the loaded plug-in take
+    double peakBytes;  ///< above the memory of the namespace and the loaded plug-in
 };
 
 TMemoryUse MeasureMemoryUse() {
@@ -174,7 +175,7 @@ TMemoryUse MeasureMemoryUse() {
     const auto documentBytes = static_cast<double>(Render(collected).size());
     TRequester requester;
     malloc_trim(0);
-    std::ofstream("/proc/self/clear_refs") << "5";  // the peak starts from here
+    std::ofstream("/proc/self/clear_refs") << "5";  // resets the peak
     const double before = StatusBytes("VmRSS:");
     requester.Request(collected);
     return {documentBytes, StatusBytes("VmHWM:") - before};
@@ -204,7 +205,7 @@ void PeakMemoryOfRequest(benchmark::State& state) {
     }
 }
 
-// First, while this process is still small.
+// Runs first, while this process is still small.
 BENCHMARK(PeakMemoryOfRequest)->Iterations(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(RequestAgainstGzip)->UseManualTime()->Iterations(5)->Unit(benchmark::kMillisecond);
 BENCHMARK(RequestOverInstances)

@@ -1,5 +1,5 @@
-// Rendering a hardware document of 50 MB, against compressing that text and against two XML libraries that
-// write the same document. All figures are ratios: below 1 the writer is the faster side.
+// Compares rendering a hardware document of 50 MB with compressing its text, and with two XML libraries that
+// write the same document. A ratio below 1 means that the writer is faster.
 #include "bench/inventory_workload.h"
 #include "bench/ratio.h"
 #include "host/vor_exception.h"
@@ -43,7 +43,7 @@ std::string Render(const boost::shared_ptr<NVORHOST::TMemoryNamespace>& inventor
     return std::move(out).str();
 }
 
-/// The namespace and its finished document, made once.
+/// The namespace and its finished document, created once.
 struct TWorkload {
     boost::shared_ptr<NVORHOST::TMemoryNamespace> inventory = MakeInventory(UnitsForDocument(documentSize));
     std::string text = Render(inventory);
@@ -54,7 +54,7 @@ const TWorkload& Workload() {
     return workload;
 }
 
-std::size_t AskForValue(NKELVOR20::ICIMInstance& instance, const std::string& name) {
+std::size_t ReadValue(NKELVOR20::ICIMInstance& instance, const std::string& name) {
     try {
         const auto property = instance.GetProperty(name, {});
         if (property->IsNull({})) {
@@ -74,8 +74,8 @@ void RenderDocument() {
     benchmark::DoNotOptimize(out.rdbuf());
 }
 
-/// Into a stream whose memory a document has been in before: what the writer takes without the system's share
-/// of handing out 128 MB to a stream that doubles.
+/// Renders into a stream whose memory was used before, which excludes the time that the system takes to
+/// provide 128 MB to a growing stream.
 void RenderDocumentAgain() {
     static std::ostringstream out;
     out.str("");
@@ -83,9 +83,9 @@ void RenderDocumentAgain() {
     benchmark::DoNotOptimize(out.rdbuf());
 }
 
-/// The host's part in the document: the same questions about every instance, and nothing done with the
-/// answers. One of them, the property named as the resource type, is answered with an exception.
-void AskHost() {
+/// Makes the same host calls as rendering and discards the results. One of them, for the property with the
+/// name of the resource type, throws.
+void CallHost() {
     std::size_t bytes = 0;
     for (const TResourceClass& resourceClass : GetResourceCatalogue()) {
         const auto cimClass = Workload().inventory->FindClass(resourceClass.className);
@@ -101,14 +101,14 @@ void AskHost() {
         }
         for (const auto& instance : cimClass->GetInstances()) {
             for (const std::string& name : names) {
-                bytes += AskForValue(*instance, name);
+                bytes += ReadValue(*instance, name);
             }
         }
     }
     benchmark::DoNotOptimize(bytes);
 }
 
-/// One gzwrite of the finished text at the default level.
+/// Compresses the finished text with one gzwrite at the default level.
 void CompressDocument() {
     const std::string& text = Workload().text;
     gzFile file = gzopen("writer_bench.xml.gz", "wb");
@@ -117,7 +117,7 @@ void CompressDocument() {
     std::remove("writer_bench.xml.gz");
 }
 
-/// Measures `own` and `other` in turn.
+/// Measures `own` and `other` alternately.
 template <typename TOwn, typename TOther>
 void Compare(benchmark::State& state, TOwn own, TOther other, const char* ratioName) {
     const double bytes = static_cast<double>(Workload().text.size());
@@ -139,7 +139,7 @@ void Compare(benchmark::State& state, TOwn own, TOther other, const char* ratioN
 // ---- pugixml
 
 constexpr unsigned int keepEverything = pugi::parse_full | pugi::parse_ws_pcdata;
-constexpr unsigned int asItStands = pugi::format_raw | pugi::format_no_empty_element_tags;
+constexpr unsigned int unchanged = pugi::format_raw | pugi::format_no_empty_element_tags;
 
 const pugi::xml_document& PugixmlTree() {
     static pugi::xml_document tree;
@@ -151,9 +151,9 @@ const pugi::xml_document& PugixmlTree() {
 
 void SaveWithPugixml(const pugi::xml_document& tree) {
     std::ostringstream out;
-    tree.save(out, "", asItStands);
+    tree.save(out, "", unchanged);
     const auto size = static_cast<std::size_t>(out.tellp());
-    // Differences of a few bytes are the line end of the declaration and a blank in the root element.
+    // The texts differ by a few bytes: the line end of the declaration and a blank in the root element.
     if (size + 8 < Workload().text.size()) {
         std::abort();
     }
@@ -210,7 +210,7 @@ void WriteChildren(xmlTextWriter* out, const xmlNode* parent) {
     }
 }
 
-/// libxml2's writer without a tree of its own: the ready tree is only where its strings come from.
+/// Uses libxml2's text writer. The existing tree only provides the strings.
 void StreamWithLibxml2() {
     const TXmlBufferPtr buffer(xmlBufferCreate());
     {
@@ -231,19 +231,19 @@ void RenderAgainAgainstGzip(benchmark::State& state) {
     Compare(state, RenderDocumentAgain, CompressDocument, "render/gzip");
 }
 
-/// No writer can be faster than this.
-void AskHostAgainstGzip(benchmark::State& state) {
-    Compare(state, AskHost, CompressDocument, "host/gzip");
+/// A lower bound for every writer.
+void CallHostAgainstGzip(benchmark::State& state) {
+    Compare(state, CallHost, CompressDocument, "host/gzip");
 }
 
-/// The library only writes; its tree was built before.
+/// The library only writes a tree that was built before.
 void RenderAgainstPugixmlSave(benchmark::State& state) {
     PugixmlTree();
     Compare(
         state, RenderDocument, [] { SaveWithPugixml(PugixmlTree()); }, "render/save");
 }
 
-/// The library builds its tree from ready strings, then writes it.
+/// The library builds its tree from existing strings and writes it.
 void RenderAgainstPugixmlBuildAndSave(benchmark::State& state) {
     PugixmlTree();
     Compare(state, RenderDocument, BuildAndSaveWithPugixml, "render/build+save");
@@ -262,7 +262,7 @@ void RenderAgainstLibxml2TextWriter(benchmark::State& state) {
 constexpr int rounds = 5;
 BENCHMARK(RenderAgainstGzip)->UseManualTime()->Iterations(rounds)->Unit(benchmark::kMillisecond);
 BENCHMARK(RenderAgainAgainstGzip)->UseManualTime()->Iterations(rounds)->Unit(benchmark::kMillisecond);
-BENCHMARK(AskHostAgainstGzip)->UseManualTime()->Iterations(rounds)->Unit(benchmark::kMillisecond);
+BENCHMARK(CallHostAgainstGzip)->UseManualTime()->Iterations(rounds)->Unit(benchmark::kMillisecond);
 BENCHMARK(RenderAgainstPugixmlSave)->UseManualTime()->Iterations(rounds)->Unit(benchmark::kMillisecond);
 BENCHMARK(RenderAgainstPugixmlBuildAndSave)
     ->UseManualTime()

@@ -1,4 +1,4 @@
-// Another implementation decodes what was encoded.
+// OpenSSL decodes the encoded text to the input.
 #include "fuzz.h"
 #include "plugin/noxinfo_plugin_callbacks.h"
 

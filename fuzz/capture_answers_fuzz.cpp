@@ -1,4 +1,4 @@
-// The answers that a captured tree keeps: what reads is written, and what was written reads the same.
+// System-call results of a captured tree: those that can be parsed can be written, and parse the same again.
 #include "fuzz.h"
 #include "machine/replay/capture_answers.h"
 

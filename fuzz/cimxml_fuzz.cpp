@@ -1,4 +1,4 @@
-// A namespace that loads saves, and what was saved loads to an equal namespace.
+// A namespace that loads can be saved, and loads again as an equal namespace.
 #include "equal_namespaces.h"
 #include "fuzz.h"
 #include "vorhost/cimxml/parse.h"

@@ -1,5 +1,5 @@
-// A date-time that reads writes back as the same moment (a UTC offset of "-000" becomes "+000"), and renders
-// in the documents' form.
+// A date-time that can be parsed is written as the same text (except that the UTC offset "-000" becomes
+// "+000"), and is formatted as the documents require.
 #include "fuzz.h"
 #include "host/cim_date_time.h"
 #include "writer/nox_xml_writer.h"

@@ -1,4 +1,4 @@
-// What every fuzz target shares: the entry point's signature and a check that ends the run.
+// The common part of the fuzz targets: the declaration of the entry point and a check that ends the run.
 #pragma once
 
 #include <cstddef>
@@ -13,7 +13,7 @@ inline std::string_view AsText(const std::uint8_t* data, std::size_t size) {
     return {reinterpret_cast<const char*>(data), size};
 }
 
-/// Ends the process when a property does not hold, whatever the build type.
+/// Ends the process, in every build type, if a property does not hold.
 inline void Require(bool holds, const char* property) {
     if (!holds) {
         std::fprintf(stderr, "property violated: %s\n", property);

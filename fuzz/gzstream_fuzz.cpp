@@ -1,4 +1,4 @@
-// A whole file reads as zlib itself reads it; a damaged one to its damage, and never further.
+// A complete file reads as with zlib itself, and a damaged one at most up to its damage.
 #include "fuzz.h"
 #include "gzstream/gzstreams.h"
 
@@ -9,9 +9,9 @@
 
 namespace {
 
-constexpr std::size_t maxText = std::size_t{1} << 20;  // small files can hold very much
+constexpr std::size_t maxText = std::size_t{1} << 20;  // small files can decompress to very large texts
 
-// A file without a name, so that nothing is left behind.
+// An unnamed file, which leaves nothing on the disk.
 int MakeFile(const std::uint8_t* data, std::size_t size) {
     const int file = ::memfd_create("input", MFD_CLOEXEC);
     Require(::write(file, data, size) == static_cast<ssize_t>(size), "the input is written");
@@ -46,7 +46,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     text.resize(static_cast<std::size_t>(stream.gcount()));
     stream.clear();
     stream.close();
-    // zlib gives a shorter last block before the damage; larger blocks may lose that part, never invent one.
+    // zlib returns a shorter last block before the damage. Larger blocks may lose that part but never add
+    // text.
     Require(expected.text.starts_with(text), "what is read is what zlib reads");
     Require(!expected.isWhole || text == expected.text, "a whole file is read whole");
     return 0;

@@ -1,5 +1,5 @@
-// A machine with random identities in every place that the collectors read: none of them is left in its
-// redacted capture, in any writing. The input chooses the identities and the text around them.
+// A machine with random identities in every file that the collectors read: its redacted capture contains none
+// of them in any notation. The input determines the identities and the text around them.
 #include "fuzz.h"
 #include "machine/capture/redaction.h"
 #include "machine/parse/ip_address.h"
@@ -18,7 +18,7 @@ class TInput {
   public:
     TInput(const std::uint8_t* data, std::size_t size) : data_(data), size_(size) {}
 
-    /// Zero when the input is used up.
+    /// Returns zero once the input is used up.
     std::uint8_t TakeByte() {
         const std::uint8_t byte = size_ != 0 ? *data_ : 0;
         data_ += size_ != 0 ? 1 : 0;
@@ -104,7 +104,7 @@ std::string SwapUuid(std::string bytes) {
     return bytes;
 }
 
-// A system, a board, a memory module, an inactive structure and one of the maker's own.
+// A system, a board, a memory module, an inactive and an OEM structure.
 std::string MakeSmbios(const TSecrets& secrets) {
     const auto text = [](const std::string& value) { return value + '\0'; };
     const std::string uuid = SwapUuid(*ParseHex(Without(secrets.uuid, "-")));
@@ -120,7 +120,7 @@ std::string MakeSmbios(const TSecrets& secrets) {
     return table + std::string("\x7F\x04\x06\0\0\0", 6);
 }
 
-// The designators of a disk: its NAA name as bytes, and vendor, model and serial number as text.
+// The designators of a disk: its NAA name in binary, and vendor, model and serial number as text.
 std::string MakeDesignators(const TSecrets& secrets) {
     const std::string text = "ATA     SAMPLE  " + Without(secrets.serial, " ");
     std::string page = std::string("\x01\x03\0\x08", 4) + *ParseHex(secrets.worldWideName);
@@ -196,7 +196,7 @@ void AddFiles(const TSecrets& secrets, TCaptureTree& tree) {
     tree.AddLink("/dev/" + host + "-vg/root", "../dm-0");
 }
 
-// Texts that may hold anything: identities in either case, between bytes of the input.
+// Free texts: identities in either case between bytes of the input.
 void AddFreeTexts(const TSecrets& secrets, TInput& input, TCaptureTree& tree) {
     for (int i = 0; !input.IsEmpty() && i < 8; ++i) {
         const std::string* const all[] = {&secrets.serial, &secrets.padded, &secrets.uuid,
@@ -235,7 +235,7 @@ bool IsWordOf(const std::string& text, const std::string& word) {
     return false;
 }
 
-// Writings of an identity that is distinct enough to be searched for in all texts, by plain searches.
+// The notations of an identity that is distinctive enough to be searched for in all texts.
 void RequireGone(const std::string& secret, EIdentityKind kind, const std::vector<std::string>& texts) {
     if (FindReach(secret, kind) != EIdentityReach::anywhere) {
         return;

@@ -1,4 +1,4 @@
-// Every parser of the kernel's files takes any bytes; the first byte chooses the parser.
+// Every parser of the kernel's files accepts any bytes. The first byte selects the parser.
 #include "fuzz.h"
 #include "machine/parse/acpi_table.h"
 #include "machine/parse/cdrom_info.h"
@@ -27,7 +27,7 @@
 #include <iterator>
 #include <string>
 
-using namespace NVORHOST;  // NOLINT(google-build-using-namespace): the parsers of one folder, all of them
+using namespace NVORHOST;  // NOLINT(google-build-using-namespace): uses all parsers of a folder
 
 namespace {
 
@@ -84,7 +84,7 @@ void DecodeEscapes(std::string_view text) {
     Require(DecodeUdevEscapes(text).size() <= text.size(), "escapes are longer than what they stand for");
 }
 
-// What is found is a part of the text, not a copy.
+// The result is a view of the text, not a copy.
 void FindParts(std::string_view text) {
     for (const auto& part : {FindUdevProperty(text, "ID_SERIAL"), FindUeventValue(text, "DRIVER")}) {
         Require(!part || part->empty() ||
@@ -98,7 +98,7 @@ void CountLogins(std::string_view bytes) {
     Require(CountUserProcesses(bytes) <= bytes.size() / recordBytes, "no more logins than records");
 }
 
-// The first byte of an input is the row: new ones go to the end, so that the corpus keeps its meaning.
+// The first byte of an input is the index of the row. Append new rows, so that the corpus remains valid.
 constexpr void (*parsers[])(std::string_view) = {
     [](std::string_view text) { (void)ParseCpuInfo(text); },
     ParseProcessorNumbers,

@@ -1,4 +1,4 @@
-// Any configuration space is read to its end at most, circular capability lists included.
+// No configuration space is read past its end, not even one with circular capability lists.
 #include "fuzz.h"
 #include "machine/parse/pci_config.h"
 

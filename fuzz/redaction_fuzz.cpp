@@ -1,5 +1,5 @@
-// Whatever a captured file holds, its redacted form is as long, and the same for the same key; the first byte
-// chooses the file.
+// The redacted form of any captured file has the same length, and is the same for the same key. The first
+// byte selects the file.
 #include "fuzz.h"
 #include "machine/capture/redaction.h"
 
@@ -8,7 +8,7 @@
 
 namespace {
 
-// New ones go to the end, so that the corpus keeps its meaning.
+// Append new files, so that the corpus remains valid.
 constexpr const char* paths[] = {
     "/sys/firmware/dmi/tables/DMI",
     "/sys/block/sda/device/vpd_pg80",

@@ -1,5 +1,5 @@
-// Runs a fuzz target over the files of a folder, so that every build replays the corpora without a fuzzer.
-// Fails when the folder holds no file: a replay of nothing proves nothing.
+// Runs a fuzz target on the files of a folder, so that builds without a fuzzer replay the corpora. Fails if
+// the folder has no file, because such a run would test nothing.
 
 #include "fuzz.h"
 

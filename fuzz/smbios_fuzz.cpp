@@ -1,4 +1,4 @@
-// Whatever the table holds, structures stay within it, and their texts within them.
+// Structures stay within any table, and their texts within the structures.
 #include "fuzz.h"
 #include "machine/parse/smbios_memory.h"
 #include "machine/parse/smbios_processor.h"
@@ -6,7 +6,7 @@
 #include "machine/parse/smbios_system.h"
 #include "machine/parse/smbios_table.h"
 
-using namespace NVORHOST;  // NOLINT(google-build-using-namespace): the parsers of one folder, all of them
+using namespace NVORHOST;  // NOLINT(google-build-using-namespace): uses all parsers of a folder
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string_view table = AsText(data, size);

@@ -1,4 +1,4 @@
-// Whatever a value holds, the document around it stays well formed and keeps the value in plain ASCII.
+// A document with any value is well formed and plain ASCII.
 #include "fuzz.h"
 #include "host/cim_value.h"
 #include "writer/nox_xml_writer.h"

@@ -1,5 +1,3 @@
-// Replaces the global allocation functions of the test program. Requests run on one thread, but a helper
-// thread may allocate beside it, hence the atomics.
 #include "tests/allocations/allocation_faults.h"
 
 #include <array>
@@ -9,13 +7,14 @@
 
 namespace {
 
-// Larger arrays are not told apart.
+// Larger arrays are not counted by size.
 constexpr std::size_t countedSizes = 64;
 
 std::atomic<std::size_t> liveAllocations{0};
 std::array<std::atomic<std::size_t>, countedSizes> arrayAllocations{};
 
-// Among the allocations of at least the minimum size: how many still pass, then how many still fail.
+// Of the allocations of at least the minimum size, so many still succeed, and then so many still fail.
+// Atomic, because helper threads of tests may allocate at the same time as the request.
 std::atomic<std::size_t> minimumFaultSize{0};
 std::atomic<std::size_t> allocationsToPass{0};
 std::atomic<std::size_t> allocationsToFail{0};

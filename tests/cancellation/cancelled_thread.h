@@ -1,5 +1,5 @@
-// A thread that is cancelled unwinds its stack as an exception does that nothing may stop: a handler that
-// keeps it ends the whole process. Only a real thread shows whether code lets it pass.
+// A cancelled thread unwinds its stack like an exception that must not be caught: a handler that does not
+// rethrow it aborts the process. Testing that takes a real thread.
 #pragma once
 
 #include <pthread.h>
@@ -15,8 +15,8 @@ namespace NTEST {
     std::abort();
 }
 
-/// Runs `step` on a thread of its own; true when the thread was cancelled and has unwound to its end, false
-/// when `step` returned.
+/// Runs `step` on a new thread. Returns true if the thread was cancelled and unwound completely, false if
+/// `step` returned.
 template <typename TStep>
 bool IsCancelledIn(TStep step) {
     pthread_t thread{};

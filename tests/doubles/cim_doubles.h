@@ -1,5 +1,5 @@
-// CIM objects that do as a test says: answer, throw, hand out null handles, and keep a record of what they
-// were asked. For well-behaved namespaces the embedded host's in-memory model is the better choice.
+// CIM objects that tests control: they can throw and return null handles, and they record their calls. For
+// well-behaved namespaces, use the embedded host's in-memory model.
 #pragma once
 
 #include "host/cim_interfaces.h"
@@ -19,10 +19,11 @@
 namespace NDOUBLES {
 
 using TCalls = std::vector<std::string>;
-/// Runs before a double answers a call, with the call as it stands in the record, and may throw.
+/// Called at the start of each call, with the call as it is recorded. May throw.
 using TBeforeCall = std::function<void(const std::string& call)>;
 
-/// What every double does with a call: plug-ins pass empty options, and the call is recorded.
+/// The common part of all doubles: checks that the options are empty, as plug-ins pass them, and records the
+/// call.
 class TRecordsCalls {
   public:
     TBeforeCall before = [](const std::string&) {};
@@ -44,7 +45,7 @@ class TPropertyDouble final : public NKELVOR20::ICIMProperty, public TRecordsCal
 
     NKELVOR20::TCIMValue value;
     bool isNull = false;
-    std::optional<NKELVOR20::TCIMValue::TCIMType> type;  ///< the value's, unless it is set
+    std::optional<NKELVOR20::TCIMValue::TCIMType> type;  ///< overrides the type of `value`
 
     NKELVOR20::TCIMValue::TCIMType GetType(NKELVOR20::TOptionsMap options) override {
         Called("GetType", options);
@@ -62,7 +63,7 @@ class TPropertyDouble final : public NKELVOR20::ICIMProperty, public TRecordsCal
 
 class TInstanceDouble final : public NKELVOR20::ICIMInstance, public TRecordsCalls {
   public:
-    /// Found by their exact names; a null handle is handed out as such.
+    /// Found by exact name. A null handle is returned as such.
     std::map<std::string, boost::shared_ptr<NKELVOR20::ICIMProperty>> properties;
 
     boost::shared_ptr<TPropertyDouble> Add(const std::string& name, const NKELVOR20::TCIMValue& value) {
@@ -94,7 +95,7 @@ class TClassDouble final : public NKELVOR20::ICIMClass, public TRecordsCalls {
 
     std::string name;
     std::vector<boost::shared_ptr<NKELVOR20::ICIMInstance>> instances;
-    /// What CreateInstance hands out; may be null.
+    /// Returned by CreateInstance; may be null.
     boost::shared_ptr<NKELVOR20::ICIMInstance> created = boost::make_shared<TInstanceDouble>();
 
     boost::shared_ptr<TInstanceDouble> AddInstance() {
@@ -124,7 +125,7 @@ class TClassDouble final : public NKELVOR20::ICIMClass, public TRecordsCalls {
 
 class TNamespaceDouble final : public NKELVOR20::ICIMNamespace, public TRecordsCalls {
   public:
-    /// Found by their exact names; a null handle is handed out as such.
+    /// Found by exact name. A null handle is returned as such.
     std::map<std::string, boost::shared_ptr<NKELVOR20::ICIMClass>> classes;
 
     boost::shared_ptr<TClassDouble> AddClass(const std::string& name) {

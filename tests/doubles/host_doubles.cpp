@@ -1,4 +1,3 @@
-// The doubled services: each records the question, then gives the programmed answer.
 #include "tests/doubles/host_doubles.h"
 
 #include "host/os_specific.h"
@@ -36,7 +35,7 @@ void ResetHost() {
 
 namespace boost {
 
-// Declared here again, so that the program that loads a plug-in offers it to the plug-in.
+// Declared again with default visibility, so that a program exports it to the plug-in that it loads.
 NKELVOR20_API void assertion_failed(char const* expr, char const* function, char const* file, long line);
 
 void assertion_failed(char const* expr, char const*, char const*, long) {

@@ -1,5 +1,5 @@
-// Stands in for the host's static services, so that a test can say what they answer, make them misbehave, and
-// see what they were asked. Values and exceptions are the host's own.
+// Replaces the host's static services, so that tests can set their results, make them fail and check their
+// arguments. Values and exceptions are the host's own.
 #pragma once
 
 #include "host/cim_date_time.h"
@@ -30,7 +30,7 @@ inline void PrintTo(const TLogLine& line, std::ostream* out) {
     *out << line.level << ' ' << line.message;
 }
 
-/// What the doubled `boost::assertion_failed` throws; the message is the expression.
+/// Thrown by the doubled `boost::assertion_failed`. The message is the expression.
 class NKELVOR20_API TAssertionFailed : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
@@ -38,13 +38,13 @@ class NKELVOR20_API TAssertionFailed : public std::runtime_error {
 
 using TNamespacePtr = boost::shared_ptr<NKELVOR20::ICIMNamespace>;
 
-/// One host: what its services answer, and the record of what they were asked. An answer that throws makes
-/// the service throw. Every member may be replaced at any time.
+/// One host: the functions that its services call for their results, and the record of their calls. A
+/// function that throws makes the service throw. Every member may be replaced at any time.
 struct THost {
-    // ---- answers
-    /// Runs before a line is recorded.
+    // ---- results
+    /// Called before a line is recorded.
     std::function<void(int level, const std::string& message)> onLog = [](int, const std::string&) {};
-    /// Null at first: a new TPluginManagerNamespace is made when it is asked for.
+    /// If null, the service returns a new TPluginManagerNamespace.
     std::function<TNamespacePtr()> pluginManager;
     std::function<void(NKELVOR20::IPluginCallbacks*)> onRegister = [](NKELVOR20::IPluginCallbacks*) {};
 
@@ -82,9 +82,9 @@ struct THost {
     std::vector<std::string> failedAssertions;  // their expressions
 };
 
-/// The host of this process.
+/// Returns the host of this process.
 NKELVOR20_API THost& Host();
-/// Back to a host that was never touched; done in the set-up of every test that uses it.
+/// Replaces the host by a new one. The set-up of every test that uses the host calls it.
 NKELVOR20_API void ResetHost();
 
 }  // namespace NDOUBLES

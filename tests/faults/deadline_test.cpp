@@ -1,5 +1,5 @@
-// Sources that never answer, grow without end or exhaust the resources of a run: the run ends in time with
-// all the rest and names them, or fails and keeps the earlier files.
+// Sources that block, never end or exhaust the resources of a run: the run ends in time without them and
+// names them, or fails and keeps the earlier files.
 #include "faulted_run.h"
 #include "machine/collect/run/collection_run.h"
 #include "machine/system/access_log.h"
@@ -42,7 +42,7 @@ using testing::StartsWith;
 
 constexpr char time[] = "20240229134500.000000+060";
 
-// A captured machine on the disk, and runs that collect from it.
+// A fixture with a captured machine on the disk and runs that collect from it.
 class TDeadline : public testing::Test {
   protected:
     explicit TDeadline(const std::string& machine = "desktop-dos")
@@ -53,7 +53,7 @@ class TDeadline : public testing::Test {
 
     std::string Tree() const { return folder_ / "tree"; }
 
-    // In a directory of its own, "target" when it has no other name.
+    // In a directory of its own, named "target" by default.
     TProgramRun Command(std::vector<std::string> arguments, const std::string& directory = "target") const {
         fs::create_directory(folder_ / directory);
         for (const std::string& argument :
@@ -66,7 +66,7 @@ class TDeadline : public testing::Test {
         return {arguments, folder_ / directory, {}};
     }
 
-    // Every call of that kind for one of the paths of the machine.
+    // Fails every call of that kind for one of the paths of the machine.
     TProgramRun WithFault(TProgramRun run, const std::string& fault,
                           const std::vector<std::string>& paths) const {
         run.environment["LD_PRELOAD"] = NOXINFO_IO_FAULTS;
@@ -97,7 +97,7 @@ class TDeadline : public testing::Test {
 
 // ---- each collector
 
-// The paths that a collector looks at when it runs alone, in the order of the first access.
+// Returns the paths that a collector accesses if it runs alone, in the order of the first access.
 std::vector<std::string> ReadsOf(const TCollector& collector, const TMachine& machine) {
     NVORHOST::TAccessLog recording(machine.files);
     NVORHOST::TMemoryNamespace target;
@@ -125,7 +125,7 @@ class TDeadlineOfCollectors : public TDeadline {
   protected:
     TDeadlineOfCollectors() : TDeadline("floppy-dvd-tape") {}
 
-    // The collectors that read anything, and what each reads.
+    // Maps each collector that reads anything to the paths that it reads.
     std::map<std::string, std::vector<std::string>> Reads() const {
         std::map<std::string, std::vector<std::string>> reads;
         for (const TCollector& collector : GetCollectors()) {
@@ -137,7 +137,7 @@ class TDeadlineOfCollectors : public TDeadline {
         return reads;
     }
 
-    // The names of the collectors that get along without the path.
+    // Returns the names of the collectors that do not read the path.
     static std::string WithoutReadersOf(const std::string& path,
                                         const std::map<std::string, std::vector<std::string>>& reads) {
         std::string names = "data-source";
@@ -149,7 +149,7 @@ class TDeadlineOfCollectors : public TDeadline {
         return names;
     }
 
-    // Starts one command for each collector, the first source of which never answers.
+    // Starts one command for each collector, whose first source blocks.
     std::map<std::string, std::unique_ptr<TRunningProgram>> StartAll(
         const std::string& command, const std::map<std::string, std::vector<std::string>>& reads) const {
         std::map<std::string, std::unique_ptr<TRunningProgram>> runs;
@@ -172,7 +172,7 @@ class TDeadlineOfCollectors : public TDeadline {
     }
 };
 
-TEST_F(TDeadlineOfCollectors, ASnapshotHoldsEverythingThatOtherSourcesGive) {
+TEST_F(TDeadlineOfCollectors, ASnapshotHasTheDataOfAllOtherSources) {
     const auto reads = Reads();
     EXPECT_EQ(reads.size(), 19U);  // all but data-source and result
     const auto runs = StartAll("snapshot", reads);
@@ -213,9 +213,9 @@ TEST_F(TDeadlineOfCollectors, ACaptureEndsWithAnArchive) {
     }
 }
 
-// ---- which sources
+// ---- kinds of sources
 
-TEST_F(TDeadline, SeveralSourcesThatNeverAnswerCostOneDeadline) {
+TEST_F(TDeadline, SeveralBlockedSourcesTakeOneDeadlineTogether) {
     const auto result = NVORHOST::RunNoxinfo(
         WithFault(Command({"collect", "--deadline", "2", "--strict"}), "open:1+:BLOCK",
                   {"/proc/meminfo", "/proc/cpuinfo", "/proc/iomem", "/sys/block", "/sys/bus/pci/devices",
@@ -225,7 +225,7 @@ TEST_F(TDeadline, SeveralSourcesThatNeverAnswerCostOneDeadline) {
     EXPECT_THAT(Document(), HasSubstr("resourceType=\"OperatingSystem\""));
 }
 
-TEST_F(TDeadline, ASourceThatAnswersLateIsReadWhole) {
+TEST_F(TDeadline, ASlowSourceIsReadCompletely) {
     const auto prompt = NVORHOST::RunNoxinfo(Command({"snapshot", "out"}, "prompt"));
     ASSERT_EQ(prompt.status, 0) << prompt.standardError;
     const auto result = NVORHOST::RunNoxinfo(WithFault(
@@ -235,7 +235,7 @@ TEST_F(TDeadline, ASourceThatAnswersLateIsReadWhole) {
     EXPECT_EQ(ReadFile(FolderOf("late") + "/out"), ReadFile(FolderOf("prompt") + "/out"));
 }
 
-TEST_F(TDeadline, AMachineThatCannotBeOpenedInTimeIsNamed) {
+TEST_F(TDeadline, NamesAMachineThatCannotBeOpenedInTime) {
     const auto result = NVORHOST::RunNoxinfo(
         WithFault(Command({"collect", "--deadline", "0.5"}), "open:1+:BLOCK", {"/noxinfo-system.txt"}));
     EXPECT_EQ(result.status, 1);
@@ -244,23 +244,23 @@ TEST_F(TDeadline, AMachineThatCannotBeOpenedInTimeIsNamed) {
     EXPECT_TRUE(NamesIn("target").empty());
 }
 
-TEST_F(TDeadline, AnEndlessFileIsUnread) {
+TEST_F(TDeadline, AnEndlessFileIsOmitted) {
     const auto result = NVORHOST::RunNoxinfo(
         WithFault(Command({"collect", "--strict"}), "read:1+:ENDLESS", {"/proc/cpuinfo"}));
     EXPECT_EQ(result.status, 3) << result.standardError;
     EXPECT_THAT(result.standardOutput, HasSubstr("Unread      1 source could not be read: /proc/cpuinfo\n"));
 }
 
-TEST_F(TDeadline, AnEndlessFolderIsUnread) {
+TEST_F(TDeadline, AnEndlessFolderIsOmitted) {
     const auto result = NVORHOST::RunNoxinfo(
         WithFault(Command({"collect", "--deadline", "0"}), "list:2+:ENDLESS", {"/sys/block"}));
     EXPECT_EQ(result.status, 0) << result.standardError;
     EXPECT_THAT(result.standardOutput, HasSubstr("Unread      1 source could not be read: /sys/block\n"));
 }
 
-// ---- what is left of a process that never ends
+// ---- processes that never end
 
-// The processes that a process has started, by number.
+// Returns the ids of the child processes of a process.
 std::vector<std::string> ChildrenOf(pid_t process) {
     const std::string number = std::to_string(process);
     std::istringstream words(ReadFile("/proc/" + number + "/task/" + number + "/children"));
@@ -271,7 +271,7 @@ std::vector<std::string> ChildrenOf(pid_t process) {
     return children;
 }
 
-// Also while nobody has asked how it ended.
+// Also true for a zombie.
 bool HasEnded(const std::string& process) {
     try {
         return ReadFile(process + "/stat").find(") Z ") != std::string::npos;
@@ -295,7 +295,7 @@ class TStuckRun : public TDeadline {
             return false;
         }
         child_ = "/proc/" + children.front();
-        // The mask of the blocked signals is full once the call blocks.
+        // All signals are blocked once the call blocks.
         return ReadFile(child_ + "/status").find("SigBlk:\tfffffff") != std::string::npos;
     }
 
@@ -303,7 +303,7 @@ class TStuckRun : public TDeadline {
     std::string child_;
 };
 
-TEST_F(TStuckRun, KeepsNothingButThePipeInTheProcessThatIsStuck) {
+TEST_F(TStuckRun, KeepsOnlyThePipeOpenInTheBlockedProcess) {
     std::map<std::string, std::string> descriptors;
     for (const auto& entry : fs::directory_iterator(child_ + "/fd")) {
         descriptors[entry.path().filename()] = fs::read_symlink(entry.path());
@@ -318,7 +318,7 @@ TEST_F(TStuckRun, KeepsNothingButThePipeInTheProcessThatIsStuck) {
         EXPECT_TRUE(target == Tree()) << number << " is " << target;
     }
     EXPECT_EQ(fs::read_symlink(child_ + "/cwd"), "/");
-    // The sixth field is the session, that of the process itself: none that has a terminal.
+    // The sixth field is the session: the process leads its own, which has no terminal.
     std::istringstream status(ReadFile(child_ + "/stat"));
     std::vector<std::string> fields;
     for (std::string field; status >> field;) {
@@ -335,13 +335,13 @@ TEST_F(TStuckRun, EndsOnASignal) {
     EXPECT_TRUE(NamesIn("target").empty());
 }
 
-TEST_F(TStuckRun, TakesTheProcessAlongWhenItIsKilled) {
+TEST_F(TStuckRun, KillsTheProcessIfItIsKilled) {
     program_->Send(SIGKILL);
     EXPECT_EQ(program_->Wait().status, 137);
     EXPECT_TRUE(WaitUntil([this] { return HasEnded(child_); }));
 }
 
-TEST_F(TStuckRun, FailsWhenTheProcessIsKilled) {
+TEST_F(TStuckRun, FailsIfTheProcessIsKilled) {
     ASSERT_EQ(::kill(std::stoi(child_.substr(std::string("/proc/").size())), SIGKILL), 0);
     const auto result = program_->Wait();
     EXPECT_EQ(result.status, 1);

@@ -1,4 +1,4 @@
-// Runs the program with one of its input and output calls failing.
+// Runs the program while one of its input and output calls fails.
 #pragma once
 
 #include "tests/program/program_run.h"
@@ -7,20 +7,20 @@
 
 namespace NTEST {
 
-/// What fails: the `number`-th call of `kind`, with `error`, both as io_faults.cpp names them.
+/// A fault: the `number`-th call of `kind` fails with `error`. io_faults.cpp documents kinds and errors.
 struct TCallFault {
     std::string kind;
     unsigned number = 0;
-    bool isLasting = false;  ///< the calls after it fail alike
+    bool isLasting = false;  ///< true if the calls after it fail, too
     std::string error;
 };
 
 struct TFaultedRun {
     NVORHOST::TProgramResult result;
-    std::string path;  ///< what the call that failed was about; empty when the run made fewer calls
+    std::string path;  ///< path of the failed call; empty if the run made fewer calls
 };
 
-/// Only calls that touch what is at or below `watched` are counted.
+/// Counts only calls for paths at or below `watched`.
 TFaultedRun RunWithFault(const NVORHOST::TProgramRun& run, const TCallFault& fault,
                          const std::string& watched);
 

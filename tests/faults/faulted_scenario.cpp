@@ -21,7 +21,7 @@ void Replace(std::string& text, const std::string& from, const std::string& to) 
     }
 }
 
-// Without what differs from run to run.
+// Removes the text that differs from run to run.
 std::string Anonymous(std::string text, const std::string& folder) {
     static const std::regex directory("\\.noxinfo-[\\w.-]+-\\d+-\\d+-\\w{6}");
     static const std::regex plugin("/\\S*\\.pi\\.so");
@@ -58,7 +58,7 @@ bool HasFile(const TFiles& files, const std::string& path, const std::string& by
     return found != files.end() && found->second == bytes;
 }
 
-// How a file that is not as expected differs; empty when it is.
+// Describes how a file differs from the expected one; empty if it does not.
 std::string DescribeFile(const std::string& path, const TFiles& actual, const TFiles& before,
                          const TFiles& after) {
     const auto found = actual.find(path);
@@ -107,7 +107,7 @@ bool IsLike(const TProgramResult& one, const TProgramResult& other) {
            one.standardError == other.standardError;
 }
 
-// Removes the line that begins so, and returns the rest of it; empty when there is none.
+// Removes the line with that beginning and returns the rest of it; empty if there is none.
 std::string TakeLine(std::string& text, const std::string& start) {
     const std::size_t line = text.find("\n" + start);
     if (line == std::string::npos) {

@@ -1,5 +1,5 @@
-// A command, what it finds and what it leaves behind: so that runs with a fault can be held against the one
-// without.
+// A command, the files it finds and the files it leaves, to compare runs with an injected fault with the run
+// without one.
 #pragma once
 
 #include "faulted_run.h"
@@ -10,48 +10,49 @@
 
 namespace NTEST {
 
-/// Contents by path below the folder of a run. A hidden folder counts as a file without contents.
+/// Contents of files by path below the folder of a run. A hidden folder counts as an empty file.
 using TFiles = std::map<std::string, std::string>;
 
 struct TScenario {
-    std::vector<std::string> arguments;  ///< DIR stands for the folder of the run
+    std::vector<std::string> arguments;  ///< DIR is replaced by the folder of the run
     TFiles before;
-    std::string log;      ///< the file that a run adds to, whatever becomes of it; empty: none
-    std::string watched;  ///< calls below it are those that fail
+    std::string log;      ///< the file that every run appends to; empty if there is none
+    std::string watched;  ///< only calls for paths below it fail
 };
 
-/// All files below a folder.
+/// Returns all files below a folder.
 TFiles FilesIn(const std::string& folder);
 
 class TFaultedScenario {
   public:
-    /// Makes the run without a fault, which is the measure of all others.
+    /// Performs the run without a fault, with which all others are compared.
     explicit TFaultedScenario(TScenario scenario);
 
     const NVORHOST::TProgramResult& WithoutFault() const { return result_; }
 
     struct TOutcome {
-        /// What the call that failed was about, with DIR for the folder and * for what runs make up; empty
-        /// when there was no such call.
+        /// Path of the failed call, with DIR for the folder and * for random names; empty if there was no
+        /// such call.
         std::string path;
-        /// "done" for all that the run without a fault shows and leaves, else the one line that it ended with
-        /// and what stood in the folder before. "; X ..." says what is not so.
+        /// "done" if output and files equal those of the run without a fault, otherwise the one line with
+        /// which it failed. "; X ..." is appended for each difference from that, or from the files before the
+        /// run.
         std::string end;
     };
     TOutcome RunWith(const TCallFault& fault) const;
 
     struct TEnd {
-        std::string path;  ///< as above
+        std::string path;  ///< path of the failed call
         int status = -1;
-        /// "all old", "all new" or "some new", of the files that the run is to write; "; X ..." says what is
-        /// in no run's sense.
+        /// "all old", "all new" or "some new" for the files that the run writes; "; X ..." is appended for
+        /// each unexpected one.
         std::string files;
-        bool leavesDirectory = false;  ///< the private one
-        /// What another run makes of it: "done" when all is as if the first one had never been.
+        bool leavesDirectory = false;  ///< true for a private directory that remains
+        /// Outcome of a second run: "done" if all is as if the first one had never run.
         std::string nextRun;
-        std::string completed;  ///< the "Completed" row of its summary; empty without one
+        std::string completed;  ///< the "Completed" row of its summary; empty if there is none
     };
-    /// The fault is a signal that ends the run.
+    /// Performs a run in which the fault is a signal that ends it.
     TEnd RunEndedBy(const TCallFault& fault) const;
 
   private:

@@ -1,6 +1,6 @@
-// One large address range, handed out from its start to its end and never twice: a header page that keeps the
-// size, the pages of the allocation, and the fence. What is left before the allocation keeps a pattern, which
-// is looked at when it is freed.
+// Allocations are taken from one large address range in order and never reuse an address. Each has a header
+// page with its size, its own pages, and the fence. The unused bytes before the allocation have a pattern,
+// which is checked when it is freed.
 #include "fenced_memory.h"
 
 #include <sys/mman.h>
@@ -46,7 +46,7 @@ void* AllocateFenced(std::size_t size) {
     used += wanted;
     ++count;
     std::memcpy(header, &pages, sizeof pages);
-    // Sizes of types are multiples of their alignment, so the end that counts is aligned as well.
+    // Sizes of types are multiples of their alignment, so an end at the fence leaves the start aligned.
     char* const memory = header + pageSize + pages - (size == 0 ? 1 : size);
     std::memset(header + pageSize, slackPattern, static_cast<std::size_t>(memory - (header + pageSize)));
     return memory;
@@ -61,7 +61,7 @@ void FreeFenced(void* memory) {
                     [](char c) { return c != slackPattern; })) {
         std::abort();
     }
-    // Mapped anew, as that gives the memory back, too.
+    // Mapping anew also releases the memory.
     if (mmap(header, pageSize + pages, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED | MAP_NORESERVE, -1,
              0) == MAP_FAILED) {
         std::abort();

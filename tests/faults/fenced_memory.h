@@ -1,10 +1,10 @@
-// Allocations that end right in front of a page nobody may touch, and that nobody may touch once they are
-// freed. Replaces the global allocation functions of its program.
+// Allocations that end at an inaccessible page and become inaccessible when they are freed. Replaces the
+// global allocation functions of its program.
 #pragma once
 
 #include <cstddef>
 
-/// Fences every allocation by operator new that is made as long as it lives, wherever it is freed.
+/// Fences every allocation by operator new while it exists. They may be freed later.
 class TFencedMemory {
   public:
     TFencedMemory();
@@ -12,6 +12,6 @@ class TFencedMemory {
     TFencedMemory(const TFencedMemory&) = delete;
     TFencedMemory& operator=(const TFencedMemory&) = delete;
 
-    /// The allocations fenced so far.
+    /// Returns the number of allocations fenced so far.
     std::size_t Count() const;
 };

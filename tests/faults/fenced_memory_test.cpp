@@ -1,4 +1,4 @@
-// Whole calls with every allocation fenced: a byte too many, or a byte that was freed, ends the program.
+// Calls with every allocation fenced: an access past the end, or to freed memory, ends the program.
 #include "fenced_memory.h"
 
 #include "full_namespace.h"
@@ -19,7 +19,7 @@
 
 namespace {
 
-/// A text of every kind of byte. Short strings live outside the fence, so sizes begin beyond them.
+/// Returns a text of every kind of byte, longer than a short string, which would not be fenced.
 std::string Bytes(std::size_t size) {
     std::string text(size, '\0');
     for (std::size_t at = 0; at < size; ++at) {
@@ -28,19 +28,19 @@ std::string Bytes(std::size_t size) {
     return text;
 }
 
-/// Runs `ask` with texts of many sizes, everything fenced.
-template <typename TAsk>
-void AskFenced(TAsk ask) {
+/// Calls `use` with texts of many sizes while allocations are fenced.
+template <typename TUse>
+void RunFenced(TUse use) {
     for (std::size_t size = 16; size <= 300; ++size) {
         const TFencedMemory fence;
-        ask(Bytes(size));
+        use(Bytes(size));
         EXPECT_GT(fence.Count(), 0U);
     }
 }
 
 using FencedDeathTest = testing::Test;
 
-TEST_F(FencedDeathTest, AByteBehindAnAllocationCannotBeRead) {
+TEST_F(FencedDeathTest, AReadPastAnAllocationEndsTheProgram) {
     testing::FLAGS_gtest_death_test_style = "threadsafe";
     EXPECT_DEATH(
         {
@@ -52,7 +52,7 @@ TEST_F(FencedDeathTest, AByteBehindAnAllocationCannotBeRead) {
         "");
 }
 
-TEST_F(FencedDeathTest, AByteBeforeAnAllocationCannotBeChanged) {
+TEST_F(FencedDeathTest, AWriteBeforeAnAllocationEndsTheProgram) {
     testing::FLAGS_gtest_death_test_style = "threadsafe";
     EXPECT_DEATH(
         {
@@ -65,13 +65,13 @@ TEST_F(FencedDeathTest, AByteBeforeAnAllocationCannotBeChanged) {
         "");
 }
 
-TEST_F(FencedDeathTest, AFreedAllocationCannotBeRead) {
+TEST_F(FencedDeathTest, AReadOfAFreedAllocationEndsTheProgram) {
     testing::FLAGS_gtest_death_test_style = "threadsafe";
     EXPECT_DEATH(
         {
             const TFencedMemory fence;
             auto* const memory = new char[20]();
-            // As a number, since compilers see through a pointer.
+            // As a number, because compilers diagnose the use of a freed pointer.
             const volatile auto gone = reinterpret_cast<std::uintptr_t>(memory);
             delete[] memory;
             std::exit(*reinterpret_cast<const volatile char*>(gone));
@@ -80,14 +80,14 @@ TEST_F(FencedDeathTest, AFreedAllocationCannotBeRead) {
 }
 
 TEST(Fenced, QuoteStringStaysWithinItsText) {
-    AskFenced([](const std::string& text) { (void)TNOXXMLWriterImpl::QuoteString(text); });
-    AskFenced([](const std::string& text) {
+    RunFenced([](const std::string& text) { (void)TNOXXMLWriterImpl::QuoteString(text); });
+    RunFenced([](const std::string& text) {
         EXPECT_EQ(TNOXXMLWriterImpl::QuoteString(std::string(text.size(), '&')).size(), 5 * text.size());
     });
 }
 
-TEST(Fenced, ProductNamesAreCutWithin) {
-    AskFenced([](const std::string& text) {
+TEST(Fenced, ProductNamesAreCutWithinTheirText) {
+    RunFenced([](const std::string& text) {
         (void)TNOXXMLWriterImpl::GetMachineTypeFromCIM(text + "-[");
         (void)TNOXXMLWriterImpl::GetMachineTypeFromCIM(text + "-");
         (void)TNOXXMLWriterImpl::GetModelNumber(text + "-[1234");
@@ -96,22 +96,22 @@ TEST(Fenced, ProductNamesAreCutWithin) {
 }
 
 TEST(Fenced, MD5StaysWithinItsMessage) {
-    AskFenced([](const std::string& text) {
+    RunFenced([](const std::string& text) {
         const std::vector<char> data(text.begin(), text.end());
         std::vector<unsigned char> out(TNOXXMLWriterImpl::digestLength);
         TNOXXMLWriterImpl::MD5(data.data(), static_cast<unsigned int>(data.size()), out.data());
     });
 }
 
-TEST(Fenced, ValuesAreWrittenWithin) {
-    AskFenced([](const std::string& text) {
+TEST(Fenced, ValuesAreWrittenWithinTheirRoom) {
+    RunFenced([](const std::string& text) {
         std::ostringstream out;
         TNOXXMLWriterImpl(out).WriteValue(NKELVOR20::TCIMValue(text));
         TNOXXMLWriterImpl(out).WriteSysInfoProperty(text, text, text);
     });
 }
 
-// The room for a line grows in leaps: among lines that grow by a byte, one just fits and the next one does
+// The room for a line grows in steps: of two lines that differ by a byte, one just fits and the next does
 // not.
 TEST(Fenced, LinesOfEveryLengthFitTheirRoom) {
     const TFencedMemory fence;
@@ -122,7 +122,7 @@ TEST(Fenced, LinesOfEveryLengthFitTheirRoom) {
     }
 }
 
-// The buffer that a stream makes for itself holds 8192 characters, one less for writing.
+// The default buffer of a stream has 8192 characters, of which one is reserved for overflow.
 TEST(Fenced, StreamsStayWithinTheirOwnBuffers) {
     const NTEST::TWorkingDirectory directory;
     for (const std::size_t size : {std::size_t{1}, std::size_t{8190}, std::size_t{8191}, std::size_t{8192},
@@ -150,7 +150,7 @@ TEST(Fenced, StreamsStayWithinTheirOwnBuffers) {
 class FencedPlugin : public NTEST::TRequestFixture {};
 
 TEST_F(FencedPlugin, GZEncodeFromStrStaysWithinItsText) {
-    AskFenced([this](const std::string& text) {
+    RunFenced([this](const std::string& text) {
         (void)plugin_->GZEncodeFromStr(text, text.size());
         (void)plugin_->GZEncodeFromStr(text, text.size() - 1);
         (void)plugin_->GZEncodeFromStr(text, text.size() + 1000);
@@ -158,7 +158,7 @@ TEST_F(FencedPlugin, GZEncodeFromStrStaysWithinItsText) {
 }
 
 TEST_F(FencedPlugin, Base64EncodeStaysWithinInputAndOutput) {
-    AskFenced([this](const std::string& text) {
+    RunFenced([this](const std::string& text) {
         const std::vector<unsigned char> in(text.begin(), text.end());
         std::vector<unsigned char> out((in.size() + 2) / 3 * 4 + 1);
         (void)plugin_->Base64Encode(in.data(), static_cast<unsigned int>(in.size()), out.data(),
@@ -182,7 +182,7 @@ TEST_F(FencedPlugin, AWholeRequestStaysWithinItsAllocations) {
     EXPECT_EQ(NTEST::Unzip(NTEST::systemFile), SystemDocument());
 }
 
-TEST_F(FencedPlugin, ARequestWithoutBytesStaysWithinItsAllocations) {
+TEST_F(FencedPlugin, ARequestWithAnEmptyHardwareFileStaysWithinItsAllocations) {
     std::filesystem::create_symlink("/dev/null", NTEST::hardwareFile);
     const auto resultClass = AddResultClass("KELSG_CADAT");
     {

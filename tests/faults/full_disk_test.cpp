@@ -1,4 +1,4 @@
-// Disks that are really full: a small file system of the test's own, and the device that has no room at all.
+// Full disks: a small file system that the test creates, and the device /dev/full.
 #include "tests/program/program_run.h"
 #include "tests/program/temporary_directory.h"
 
@@ -31,12 +31,12 @@ TArguments CollectArguments(const TArguments& more = {}) {
     return arguments;
 }
 
-/// A directory with an earlier inventory, which no failing run may touch.
+/// A fixture with an earlier inventory, which no failed run may change.
 class TFullDisk : public testing::Test {
   protected:
     TFullDisk() { WriteFile(directory_ / "hardwareinventory.xml.gz", "earlier"); }
 
-    /// The program's own last words; the earlier inventory must still be there alone.
+    /// Returns the error message of the program. Checks that only the earlier inventory is there.
     std::string FailureOf(const TArguments& arguments) {
         const auto result = RunNoxinfo({arguments, directory_.GetPath(), {}});
         EXPECT_EQ(result.status, 1);
@@ -46,7 +46,7 @@ class TFullDisk : public testing::Test {
         return result.standardError;
     }
 
-    /// What a shell makes of the program with these redirections.
+    /// Runs the program in a shell with these redirections.
     TProgramResult RunRedirected(const std::string& redirection, const TArguments& arguments) {
         TArguments all{"-c", "exec \"$0\" \"$@\" " + redirection, NOXINFO_PROGRAM};
         all.insert(all.end(), arguments.begin(), arguments.end());
@@ -60,36 +60,36 @@ class TFullDisk : public testing::Test {
     TTemporaryDirectory directory_;
 };
 
-TEST_F(TFullDisk, HasNoRoomForAResult) {
+TEST_F(TFullDisk, FailsARunWithAResultFile) {
     EXPECT_EQ(FailureOf(CollectArguments({"--result", "/dev/full"})),
               "noxinfo: cannot write /dev/full: No space left on device\n");
 }
 
-TEST_F(TFullDisk, HasNoRoomForASnapshot) {
+TEST_F(TFullDisk, FailsASnapshot) {
     EXPECT_EQ(FailureOf({"snapshot", "--namespace", smallServer, "/dev/full"}),
               "noxinfo: cannot write /dev/full: No space left on device\n");
 }
 
-TEST_F(TFullDisk, HasNoRoomForACapture) {
+TEST_F(TFullDisk, FailsACapture) {
     const TTemporaryDirectory tree;
     std::filesystem::create_directory(tree / "sys");
     EXPECT_EQ(FailureOf({"capture", "--sysroot", tree.GetPath(), "/dev/full"}),
               "noxinfo: cannot write /dev/full: No space left on device\n");
 }
 
-TEST_F(TFullDisk, HasNoRoomForALog) {
+TEST_F(TFullDisk, FailsARunWithALog) {
     EXPECT_EQ(FailureOf(CollectArguments({"--log-file", "/dev/full"})),
               "noxinfo: cannot append to log file /dev/full: No space left on device\n");
 }
 
-TEST_F(TFullDisk, HasNoRoomForTheLogOfASnapshot) {
+TEST_F(TFullDisk, FailsASnapshotWithALog) {
     const TTemporaryDirectory tree;
-    std::filesystem::create_directories(tree / "proc/cpuinfo");  // no file, as a warning says
+    std::filesystem::create_directories(tree / "proc/cpuinfo");  // not a file, which causes a warning
     EXPECT_EQ(FailureOf({"snapshot", "--sysroot", tree.GetPath(), "--log-file", "/dev/full", "snapshot.xml"}),
               "noxinfo: cannot append to log file /dev/full: No space left on device\n");
 }
 
-TEST_F(TFullDisk, HasNoRoomForWhatIsPrinted) {
+TEST_F(TFullDisk, FailsCommandsThatPrint) {
     std::filesystem::create_directory(directory_ / "sys");
     for (const TArguments& arguments :
          {CollectArguments(), TArguments{"snapshot", "--namespace", smallServer, "-"},
@@ -102,23 +102,23 @@ TEST_F(TFullDisk, HasNoRoomForWhatIsPrinted) {
     }
 }
 
-TEST_F(TFullDisk, IsNothingAgainstAStandardOutputThatIsClosed) {
+TEST_F(TFullDisk, IsReportedLikeAClosedStandardOutput) {
     const auto result = RunRedirected(">&-", CollectArguments({"--log-file", "run.log"}));
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.standardError, "noxinfo: cannot write standard output: Bad file descriptor\n");
-    // Nor does the summary go to one of the files instead.
+    // The summary must not go to one of the files instead.
     EXPECT_THAT(ReadCompressedFile(directory_ / "hardwareinventory.xml.gz"),
                 EndsWith("</ResourceCollection>\n"));
     EXPECT_THAT(ReadFile(directory_ / "run.log"), EndsWith("There is no internet connection\n"));
 }
 
-TEST_F(TFullDisk, HasNoRoomForMessagesEither) {
+TEST_F(TFullDisk, FailsARunWhoseMessagesCannotBePrinted) {
     const auto result = RunRedirected("2>/dev/full", CollectArguments({"--result", "/dev/full"}));
     EXPECT_EQ(result.status, 1);
 }
 
-// Makes a file system with room for some pages besides the earlier inventory, and says for each run what it
-// ended with and what it left.
+// Creates a file system with room for some pages besides the earlier inventory, and prints for each run its
+// outcome and the files it left.
 constexpr char runsOnASmallDisk[] = R"(
 set -eu
 noxinfo=$1; namespace=$2; disk=$3; options=$4; shift 4
@@ -137,7 +137,7 @@ done
 
 class TSmallDisk : public TFullDisk {
   protected:
-    /// A line for each run; none, and a reason, where file systems cannot be made.
+    /// Returns a line for each run; none, after printing a reason, if file systems cannot be created.
     std::vector<std::string> RunsOn(const std::string& option, const TArguments& sizes) {
         TArguments arguments{"--user",    "--map-root-user",    "--mount", "sh",
                              "-c",        runsOnASmallDisk,     "sh",      NOXINFO_PROGRAM,
@@ -169,7 +169,7 @@ class TSmallDisk : public TFullDisk {
     }
 };
 
-TEST_F(TSmallDisk, FailsRunsUntilThereIsRoomForAllOfTheirFiles) {
+TEST_F(TSmallDisk, FailsRunsUntilThereIsRoomForAllFiles) {
     const auto lines = RunsOn("size", {"4k", "8k", "12k", "16k", "20k", "24k", "64k"});
     if (lines.empty()) {
         GTEST_SKIP() << "file systems cannot be mounted here";
@@ -177,9 +177,9 @@ TEST_F(TSmallDisk, FailsRunsUntilThereIsRoomForAllOfTheirFiles) {
     ExpectFailuresThenSuccess(lines);
 }
 
-// The root, the earlier inventory, two documents, the result, and two private directories with a journal
-// each.
-TEST_F(TSmallDisk, FailsRunsUntilItCanTakeAllOfTheirFiles) {
+// Inodes: the root, the earlier inventory, two documents, the result, and two private directories with a
+// journal each.
+TEST_F(TSmallDisk, FailsRunsUntilThereAreInodesForAllFiles) {
     const auto lines = RunsOn("nr_inodes", {"2", "3", "4", "5", "6", "7", "8", "9"});
     if (lines.empty()) {
         GTEST_SKIP() << "file systems cannot be mounted here";

@@ -1,4 +1,3 @@
-// The full namespace.
 #include "full_namespace.h"
 
 #include "writer/resource_catalogue.h"
@@ -33,7 +32,7 @@ const std::vector<TCIMValue>& Values() {
     return values;
 }
 
-/// Reading these takes a certain shape.
+/// Properties whose readers require a certain shape.
 TCIMValue ValueOf(const std::string& property, std::size_t turn) {
     if (property == "ProductName") {
         return "Server of the usual kind -[884021X]-";

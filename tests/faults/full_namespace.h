@@ -1,10 +1,11 @@
-// A collected namespace that leaves out nothing that the documents have room for.
+// A namespace with every class and every property of the documents.
 #pragma once
 
 #include "vorhost/model/memory_namespace.h"
 
 #include <boost/shared_ptr.hpp>
 
-/// Every class of the catalogue with `instancesPerClass` instances, each with every property of its class.
-/// Values of all types take turns: texts that need escaping and texts that outgrow a short string among them.
+/// Returns a namespace in which every class of the catalogue has `instancesPerClass` instances with every
+/// property. Values of all types alternate, among them texts that need escaping and texts longer than a short
+/// string.
 boost::shared_ptr<NVORHOST::TMemoryNamespace> MakeFullNamespace(int instancesPerClass);

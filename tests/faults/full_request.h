@@ -1,4 +1,4 @@
-// A request over everything that can be collected, and the rules that its outcome keeps whatever fails.
+// A fixture for requests over a full namespace, with checks that hold for every outcome.
 #pragma once
 
 #include "full_namespace.h"
@@ -22,7 +22,7 @@ class TFullRequest : public TRequestFixture {
         hardwareDocument_ = HardwareDocument();
     }
 
-    /// A host and a result list that know of no request, and no files.
+    /// Resets host, result list and files.
     void StartAfresh() {
         NDOUBLES::ResetHost();
         SetIdentity("the identity 4711 of a customer");
@@ -55,8 +55,8 @@ class TFullRequest : public TRequestFixture {
         });
     }
 
-    /// The instance that a request committed, property by property, each either right or as the log says. A
-    /// file that cannot be opened to be read back leaves no line, only no bytes.
+    /// Checks the committed instance: each property is either right or missing with a line in the log. A file
+    /// that cannot be opened to be read back yields no bytes and no line.
     void CheckInstance(bool mayLackFile) {
         const TProperties properties = PropertiesOfOnlyInstance(*resultClass_);
         ASSERT_EQ(properties.size(), 4U);

@@ -1,5 +1,4 @@
-// Memory that ends where the process may not go: the byte behind it cannot be touched without ending the
-// program.
+// Memory directly before an inaccessible page: an access past its end ends the program.
 #pragma once
 
 #include <sys/mman.h>
@@ -23,7 +22,7 @@ class TGuardedBuffer {
             throw std::system_error(errno, std::generic_category(), "guarded buffer");
         }
     }
-    /// Holds `bytes`, which can only be read.
+    /// Contains `bytes`, read-only.
     explicit TGuardedBuffer(std::string_view bytes) : TGuardedBuffer(bytes.size()) {
         std::memcpy(Data(), bytes.data(), bytes.size());
         if (usable_ != 0 && mprotect(mapping_, usable_, PROT_READ) != 0) {

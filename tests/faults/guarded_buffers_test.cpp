@@ -1,5 +1,4 @@
-// Buffers that a caller hands out, right in front of memory that nobody may touch: one character too many
-// ends the program.
+// Buffers of callers directly before an inaccessible page: an access past the end ends the program.
 #include "guarded_buffer.h"
 #include "gzstream/gzfilebuf.h"
 #include "plugin/noxinfo_plugin_callbacks.h"
@@ -34,7 +33,7 @@ class TGuardedStreamBuffer : public testing::TestWithParam<std::size_t> {
     std::string name_;
 };
 
-TEST_P(TGuardedStreamBuffer, IsWrittenAndReadThroughAndNeverLeft) {
+TEST_P(TGuardedStreamBuffer, IsNotExceededByWritesAndReads) {
     const TGuardedBuffer memory(GetParam());
     const std::string text = Pattern(3 * GetParam() + 100);
     gzfilebuf writing;
@@ -55,12 +54,13 @@ TEST_P(TGuardedStreamBuffer, IsWrittenAndReadThroughAndNeverLeft) {
     EXPECT_NE(reading.close(), nullptr);
 }
 
-TEST_P(TGuardedStreamBuffer, KeepsACharacterThatCannotBeWrittenInside) {
+TEST_P(TGuardedStreamBuffer, IsNotExceededByACharacterThatCannotBeWritten) {
     const TGuardedBuffer memory(GetParam());
     gzfilebuf closed;
     ASSERT_NE(closed.pubsetbuf(memory.Data(), static_cast<std::streamsize>(memory.Size())), nullptr);
     const std::string text = Pattern(memory.Size() + 3);
-    // All but the last character's room is put area; the character that overflows it fills the last.
+    // The put area is one character shorter than the buffer; the character that overflows takes the last
+    // place.
     EXPECT_EQ(closed.sputn(text.data(), std::ssize(text)), std::ssize(text) - 4);
     EXPECT_EQ(closed.sputc('x'), std::char_traits<char>::eof());
     EXPECT_EQ(std::string(memory.Data(), memory.Size()), text.substr(0, memory.Size()));
@@ -81,7 +81,7 @@ TEST(GuardedBase64, StaysWithinInputAndOutput) {
     }
 }
 
-TEST(GuardedBase64, TouchesNothingWithoutRoom) {
+TEST(GuardedBase64, AccessesNothingWithoutRoom) {
     NDOUBLES::ResetHost();
     TNoxinfoPluginCallbacks plugin;
     const TGuardedBuffer nothing(0);

@@ -1,4 +1,3 @@
-// The plain gzip stream buffer.
 #include "gzfilebuf_model.h"
 
 #include <algorithm>
@@ -53,7 +52,7 @@ void TGzFileBufModel::EnableBuffer() {
         nextSize_ = std::max<std::size_t>(nextSize_, 1);
         storage_.assign(nextSize_, '\0');
     } else {
-        // An unbuffered buffer that is opened gets a put area without room, which comes to the same.
+        // The real one gets a put area without room when it is opened unbuffered, which is equivalent.
         hasPutArea_ = true;
     }
     EmptyAreas();

@@ -1,5 +1,5 @@
-// A gzip stream buffer as plain as can be: one array with indices into it, no streambuf, no zlib. What it
-// does is what the real one has to do, call by call.
+// A model of the gzip stream buffer: one array with indices, no streambuf, no zlib. The real one must behave
+// exactly like it, call by call.
 #pragma once
 
 #include "zlib_stand_in.h"
@@ -20,14 +20,14 @@ class TGzFileBufModel {
     bool Open() { return OpenFile(/*byName=*/true); }
     bool Attach() { return OpenFile(/*byName=*/false); }
     bool Close();
-    /// A size of 0 stands for no buffer at all.
+    /// A size of 0 means a null buffer.
     bool SetBuf(std::size_t size);
     int Put(char c);
     std::size_t Write(std::string_view text);
     int Flush() { return Overflow(std::nullopt) ? 0 : -1; }
     int Get();
     std::string Read(std::size_t size);
-    /// Ends this buffer's life and begins another's.
+    /// Destroys this buffer and starts with a new one.
     void Destroy();
 
     bool IsOpen() const { return isOpen_; }
@@ -56,9 +56,9 @@ class TGzFileBufModel {
 
     std::vector<char> storage_;
     bool isUsers_ = false;
-    std::size_t nextSize_ = 8192;  // of an own buffer; 0 asks for the unbuffered state
+    std::size_t nextSize_ = 8192;  // of the next own buffer; 0 for the unbuffered state
     bool hasPutArea_ = false;
-    std::size_t pending_ = 0;  // beyond the put area when a character was stored that could not be written
+    std::size_t pending_ = 0;  // exceeds the put area after a character was stored that could not be written
     std::size_t getAt_ = 0;
     std::size_t getEnd_ = 0;
 };

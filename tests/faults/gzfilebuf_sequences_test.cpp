@@ -1,6 +1,6 @@
-// Everything that can be done to a gzip stream buffer, in every order: each sequence of operations up to a
-// length, compared with the plain model after every step. Long ones run on files in memory, shorter ones on
-// zlib and the disk, or with each kind of zlib call failing.
+// Every sequence of operations on a gzip stream buffer up to a length, compared with the model after each
+// step. Long sequences use files in memory; shorter ones use zlib and the disk, or run with each kind of zlib
+// call failing.
 #include "guarded_buffer.h"
 #include "gzfilebuf_model.h"
 #include "gzstream/gzfilebuf.h"
@@ -22,12 +22,12 @@ constexpr std::array<const char*, 12> operationNames = {"open",      "attach",  
                                                         "setbuf(1)", "setbuf(16)", "put",   "write",
                                                         "flush",     "get",        "read",  "destroy"};
 
-// Longer than the longer user buffer, and so is what there is to read.
+// Longer than the longer user buffer, as is the text to read.
 constexpr std::string_view writtenText = "abcdefghijklmnopqrstu";
 constexpr std::string_view readableText = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ\xFF!";
 constexpr std::size_t readSize = 7;
 
-/// What an operation answered: a number, or the characters read.
+/// The result of an operation: a number, or the characters read.
 struct TAnswer {
     long number = 0;
     std::string text;
@@ -35,7 +35,7 @@ struct TAnswer {
     bool operator==(const TAnswer&) const = default;
 };
 
-/// The operations on the model.
+/// Performs the operations on the model.
 class TExpected {
   public:
     TExpected(bool forWriting, TZlibFaults faults) : model(forWriting, std::string(readableText), faults) {}
@@ -74,7 +74,7 @@ class TExpected {
     TGzFileBufModel model;
 };
 
-/// The operations on the real buffer. Its files are named by `nameNext`, its user buffers guarded.
+/// Performs the operations on the real buffer. `nameNext` names its files; its user buffers are guarded.
 class TActual {
   public:
     TActual(bool forWriting, std::function<std::string()> nameNext)
@@ -156,8 +156,8 @@ std::string Said(const TSequence& sequence) {
     return said;
 }
 
-/// Calls `check` with every sequence of 1 to `longest` operations and returns their number; ends early when
-/// it answers false.
+/// Calls `check` with every sequence of 1 to `longest` operations and returns their number. Stops when
+/// `check` returns false.
 std::size_t ForEachSequence(std::size_t longest, const std::function<bool(const TSequence&)>& check) {
     std::size_t count = 0;
     for (std::size_t length = 1; length <= longest; ++length) {
@@ -179,7 +179,7 @@ std::size_t ForEachSequence(std::size_t longest, const std::function<bool(const 
     return count;
 }
 
-/// Every operation of `sequence` on both; false after the first difference.
+/// Performs `sequence` on both; returns false after the first difference.
 bool AgreeStepByStep(const TSequence& sequence, TExpected& expected, TActual& actual) {
     for (std::size_t step = 0; step < sequence.size(); ++step) {
         const TAnswer wanted = expected.Do(sequence[step]);
@@ -239,7 +239,7 @@ class TInMemory : public testing::TestWithParam<TCase> {
     }
 };
 
-TEST_P(TInMemory, EverySequenceDoesWhatTheModelDoes) {
+TEST_P(TInMemory, EverySequenceMatchesTheModel) {
     EXPECT_EQ(ForEachSequence(GetParam().longest, Agree), GetParam().sequences);
 }
 
@@ -268,7 +268,7 @@ const TCase inMemory[] = {
 
 INSTANTIATE_TEST_SUITE_P(GzFileBuf, TInMemory, testing::ValuesIn(inMemory), NameOf);
 
-/// The same with zlib itself, on files.
+/// Runs the sequences with zlib itself, on files.
 class TOnDisk : public testing::TestWithParam<TCase> {
   protected:
     TOnDisk() {
@@ -291,7 +291,7 @@ class TOnDisk : public testing::TestWithParam<TCase> {
 
     bool Agree(const TSequence& sequence) {
         TExpected expected(GetParam().forWriting, GetParam().faults);
-        // A name per file, taken only when the file can be opened: the model numbers its files like that.
+        // Names count only files that can be opened, as in the model.
         TActual actual(GetParam().forWriting, [&] {
             return GetParam().forWriting
                        ? Written(expected.model.written.size() - (expected.model.IsOpen() ? 1 : 0))
@@ -329,7 +329,7 @@ class TOnDisk : public testing::TestWithParam<TCase> {
     std::filesystem::path folder_;
 };
 
-TEST_P(TOnDisk, EverySequenceDoesWhatTheModelDoes) {
+TEST_P(TOnDisk, EverySequenceMatchesTheModel) {
     EXPECT_EQ(
         ForEachSequence(GetParam().longest, [this](const TSequence& sequence) { return Agree(sequence); }),
         GetParam().sequences);

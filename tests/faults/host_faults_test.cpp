@@ -1,5 +1,5 @@
-// A request on a host that misbehaves: each of its calls throws each kind of exception, hands out what it
-// should not, or more than anybody expects. The tables say what becomes of the request.
+// Requests on a host that misbehaves: its calls throw each kind of exception, return null handles, arrays in
+// place of scalars, or very large data. The table lists the outcome of the request for each call.
 #include "tests/doubles/cim_doubles.h"
 #include "tests/plugin/plain_base64.h"
 #include "tests/plugin/request_fixture.h"
@@ -32,13 +32,13 @@ using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
 
-/// What becomes of a request when one host call throws.
+/// The outcome of a request in which one host call throws.
 enum class EOutcome {
-    passes,    ///< the exception comes out of the request; nothing is committed
-    ends,      ///< the request returns; nothing is written or committed
-    goesOn,    ///< the request is answered, with both documents
-    noSystem,  ///< the request is answered as for a machine without identity
-    skips,     ///< the request is answered; the documents lack what the call was about
+    passes,     ///< the request throws the exception; nothing is committed
+    ends,       ///< the request returns; nothing is written or committed
+    continues,  ///< the request succeeds with both documents
+    noSystem,   ///< the request succeeds as for a machine without an identity
+    skips,      ///< the request succeeds; the documents lack the data of the call
 };
 
 struct TKind {
@@ -59,7 +59,7 @@ constexpr TKind standard = {"StandardException", [] { throw std::runtime_error("
 constexpr TKind noMemory = {"NoMemory", [] { throw std::bad_alloc(); }};
 constexpr TKind number = {"Number", [] { throw 42; }};
 
-/// The kind of the exception that is being handled, by what is caught.
+/// Returns the kind of the exception that is being handled.
 std::string KindOf(const std::exception_ptr& thrown) {
     try {
         std::rethrow_exception(thrown);
@@ -83,7 +83,7 @@ std::string KindOf(const TKind& kind) {
     return "nothing";
 }
 
-/// A machine with a computer, its system and a processor, and a host that can serve it.
+/// A fixture with a machine that has a computer, an operating system and a processor.
 class THostFault : public NTEST::TRequestFixture {
   protected:
     THostFault() {
@@ -100,7 +100,7 @@ class THostFault : public NTEST::TRequestFixture {
 
     void RequestOfDoubles() { plugin_->GetData(doubles_, resultClasses_); }
 
-    /// Where, in the machine or its host, a call of that name is made to do `act`.
+    /// Makes the call of that name, in the machine or its host, run `act`.
     void Arm(const std::string& call, const std::function<void()>& act) {
         const auto when = [call, act](const std::string& made) {
             if (made == call) {
@@ -161,7 +161,7 @@ struct TRow {
     EOutcome ofClassNotFound;  // code 15
     EOutcome ofOtherCodes;
     EOutcome ofOtherExceptions;
-    const char* lacking;  // what the hardware document does not have when the outcome is `skips`
+    const char* lacking;  // text missing from the hardware document if the outcome is `skips`
 };
 
 void PrintTo(const TRow& row, std::ostream* out) {
@@ -175,12 +175,12 @@ constexpr TRow rows[] = {
     {"GetEnvironment",                 EOutcome::noSystem, EOutcome::noSystem, EOutcome::noSystem, ""},
     {"Log",                            EOutcome::passes,   EOutcome::passes,   EOutcome::passes,   ""},
     {"GetLocalTime",                   EOutcome::passes,   EOutcome::passes,   EOutcome::passes,   ""},
-    {"GetModelNumber",                 EOutcome::goesOn,   EOutcome::goesOn,   EOutcome::goesOn,   ""},
-    {"GetSerialNumber",                EOutcome::goesOn,   EOutcome::goesOn,   EOutcome::goesOn,   ""},
-    {"GetOperatingSystemType",         EOutcome::goesOn,   EOutcome::goesOn,   EOutcome::goesOn,   ""},
-    {"GetOperatingSystemVersion",      EOutcome::goesOn,   EOutcome::goesOn,   EOutcome::goesOn,   ""},
-    {"GetDataSourceVersion",           EOutcome::goesOn,   EOutcome::goesOn,   EOutcome::goesOn,   ""},
-    {"GetMachineName",                 EOutcome::goesOn,   EOutcome::goesOn,   EOutcome::goesOn,   ""},
+    {"GetModelNumber",                 EOutcome::continues,   EOutcome::continues,   EOutcome::continues,   ""},
+    {"GetSerialNumber",                EOutcome::continues,   EOutcome::continues,   EOutcome::continues,   ""},
+    {"GetOperatingSystemType",         EOutcome::continues,   EOutcome::continues,   EOutcome::continues,   ""},
+    {"GetOperatingSystemVersion",      EOutcome::continues,   EOutcome::continues,   EOutcome::continues,   ""},
+    {"GetDataSourceVersion",           EOutcome::continues,   EOutcome::continues,   EOutcome::continues,   ""},
+    {"GetMachineName",                 EOutcome::continues,   EOutcome::continues,   EOutcome::continues,   ""},
     {"GetOperatingSystemName",         EOutcome::passes,   EOutcome::passes,   EOutcome::passes,   ""},
     {"DetectHostnameAvailable",        EOutcome::passes,   EOutcome::passes,   EOutcome::passes,   ""},
     {"ZETGetEntityId",                 EOutcome::passes,   EOutcome::passes,   EOutcome::passes,   ""},
@@ -207,7 +207,7 @@ class THostCall : public THostFault, public testing::WithParamInterface<std::tup
         return what.starts_with("code ") ? row.ofOtherCodes : row.ofOtherExceptions;
     }
 
-    /// Runs the request; the kind of what came out of it.
+    /// Runs the request and returns the kind of exception that it throws.
     std::string Thrown() {
         try {
             RequestOfDoubles();
@@ -218,7 +218,7 @@ class THostCall : public THostFault, public testing::WithParamInterface<std::tup
     }
 };
 
-TEST_P(THostCall, ThatThrowsHasItsOutcome) {
+TEST_P(THostCall, HasItsOutcomeIfItThrows) {
     const auto& [row, kind] = GetParam();
     Arm(row.call, kind.raise);
     const EOutcome expected = Expected();
@@ -259,19 +259,19 @@ INSTANTIATE_TEST_SUITE_P(Table, THostCall,
 
 // ---- null handles
 
-TEST_F(THostFault, ANullInstanceOfAnEnumerationFailsTheCheckAndCommitsNothing) {
+TEST_F(THostFault, ANullInstanceOfAnEnumerationIsAssertedAndCommitsNothing) {
     processors_->instances.push_back(nullptr);
     EXPECT_THROW(RequestOfDoubles(), NDOUBLES::TAssertionFailed);
     EXPECT_TRUE(resultClass_->GetInstances().empty());
 }
 
-TEST_F(THostFault, ANullPropertyFailsTheCheckAndCommitsNothing) {
+TEST_F(THostFault, ANullPropertyIsAssertedAndCommitsNothing) {
     processor_->properties["Family"] = nullptr;
     EXPECT_THROW(RequestOfDoubles(), NDOUBLES::TAssertionFailed);
     EXPECT_TRUE(resultClass_->GetInstances().empty());
 }
 
-TEST_F(THostFault, ANullComputerCostsTheSystemDocumentOnlyTheManufacturer) {
+TEST_F(THostFault, ANullComputerLeavesOnlyTheManufacturerEmpty) {
     std::ostringstream out;
     doubles_->classes["KELSG_ComputerSystem"] = nullptr;
     EXPECT_TRUE(TNOXXMLWriterImpl(out).WriteSysInfoNamespace(doubles_));
@@ -279,7 +279,7 @@ TEST_F(THostFault, ANullComputerCostsTheSystemDocumentOnlyTheManufacturer) {
                                  HasSubstr("<Value>8840</Value>"), HasSubstr("</ResourceCollection>\n")));
 }
 
-// ---- arrays where scalars are due
+// ---- arrays in place of scalars
 
 TCIMValue TwoTexts() {
     return TCIMValue::Array(TCIMValue::TCIMType::eString, {"-[123456789", "<b>"});
@@ -294,14 +294,14 @@ class TArrayFault : public THostFault {
     }
 };
 
-TEST_F(TArrayFault, AnArrayAsKeyIsPartOfTheIdentifierAsItsText) {
+TEST_F(TArrayFault, TheTextOfAnArrayIsUsedAsKeyValue) {
     processor_->Add("DeviceID", TwoTexts());
     const std::string ofArray = TNOXXMLWriterImpl::GetResourceID("Processor", processor_, "DeviceID", "", "");
     processor_->Add("DeviceID", "{-[123456789, <b>}");
     EXPECT_EQ(ofArray, TNOXXMLWriterImpl::GetResourceID("Processor", processor_, "DeviceID", "", ""));
 }
 
-TEST_F(TArrayFault, AnArrayAsProductNameIsCutAsItsText) {
+TEST_F(TArrayFault, TheTextOfAnArrayIsCutAsProductName) {
     computer_->Add("ProductName", TwoTexts());
     EXPECT_THAT(HardwareText(), AllOf(HasSubstr("<Property name=\"MachineType\" type=\"string\">\n"
                                                 "<Value>1234</Value>\n</Property>\n"),
@@ -309,7 +309,7 @@ TEST_F(TArrayFault, AnArrayAsProductNameIsCutAsItsText) {
                                                 "<Value>567</Value>\n</Property>\n")));
 }
 
-TEST_F(TArrayFault, AnArrayAsNameIsWrittenAsOne) {
+TEST_F(TArrayFault, AnArrayAsNameIsWrittenAsAnArray) {
     processor_->Add("ElementName", TwoTexts());
     EXPECT_THAT(HardwareText(), HasSubstr("<Property name=\"Name\" type=\"string\">\n<VALUE.ARRAY>\n"
                                           "<VALUE>-[123456789</VALUE>\n<VALUE>&lt;b&gt;</VALUE>\n"
@@ -329,7 +329,7 @@ TEST_F(TArrayFault, AnArrayOfDatesEndsTheRequestWithATypeMismatch) {
     EXPECT_TRUE(resultClass_->GetInstances().empty());
 }
 
-TEST_F(TArrayFault, AnArrayAsManufacturerCountsAsNone) {
+TEST_F(TArrayFault, AnArrayAsManufacturerCountsAsMissing) {
     std::ostringstream out;
     computer_->Add("Manufacturer", TwoTexts());
     TNOXXMLWriterImpl(out).WriteSysInfoNamespace(doubles_);
@@ -346,7 +346,7 @@ std::string EveryByte() {
     return bytes;
 }
 
-TEST_F(THostFault, ResultClassesOfEveryOtherNameAreLeftAlone) {
+TEST_F(THostFault, ResultClassesOfOtherNamesAreIgnored) {
     for (const char byte : EveryByte()) {
         for (std::size_t at = 0; at < 12; ++at) {
             std::string changed = "KELSG_CADAT";
@@ -363,14 +363,14 @@ TEST_F(THostFault, ResultClassesOfEveryOtherNameAreLeftAlone) {
     }
 }
 
-TEST_F(THostFault, AnIdentityOfEveryByteIsHandedOnUnchanged) {
+TEST_F(THostFault, AnIdentityOfEveryByteIsPassedOnUnchanged) {
     SetIdentity(EveryByte());
     RequestOfDoubles();
     EXPECT_EQ(PropertiesOfOnlyInstance(*resultClass_)[1].second, EveryByte());
     EXPECT_EQ(host_.entityRequests.front()[2], EveryByte());
 }
 
-TEST_F(THostFault, AKeyAndAValueOfEveryByteLeaveTheDocumentInPlainCharacters) {
+TEST_F(THostFault, AKeyAndAValueOfEveryByteAreWrittenAsPlainAscii) {
     processor_->Add("DeviceID", EveryByte());
     RequestOfDoubles();
     const std::string document = NTEST::Unzip(NTEST::hardwareFile);
@@ -379,9 +379,9 @@ TEST_F(THostFault, AKeyAndAValueOfEveryByteLeaveTheDocumentInPlainCharacters) {
     EXPECT_THAT(document, HasSubstr("%&amp;'()*+,-./0123456789:;&lt;=&gt;?@"));
 }
 
-// ---- more than anybody expects
+// ---- very large data
 
-/// Hands out one instance any number of times.
+/// Enumerates one instance any number of times.
 class TManyInstances final : public NKELVOR20::ICIMClass {
   public:
     TManyInstances(boost::shared_ptr<ICIMInstance> instance, std::size_t count)
@@ -401,7 +401,7 @@ class TManyInstances final : public NKELVOR20::ICIMClass {
     std::size_t count_;
 };
 
-/// Has every property, all of the same value.
+/// Has every property, all with the same value.
 class TAlikeInstance final : public ICIMInstance {
   public:
     void CommitInstance(TOptionsMap /*options*/) override {}
@@ -417,7 +417,7 @@ class TAlikeInstance final : public ICIMInstance {
         boost::make_shared<NVORHOST::TMemoryProperty>(TCIMValue("x"));
 };
 
-/// Counts lines and keeps nothing.
+/// Counts lines and discards the text.
 class TLineCounter final : public std::streambuf {
   public:
     std::size_t lines = 0;
@@ -437,13 +437,13 @@ TEST_F(THostFault, AMillionInstancesAreWritten) {
     TLineCounter counter;
     std::ostream out(&counter);
     TNOXXMLWriterImpl(out).WriteResourceInstance("KELSG_srDiskGroup", "DiskGroup", doubles_, false);
-    // Two lines around three for each of Name, Description, CollectionID, and for ObjectType and GUID both
-    // the special form and the property.
+    // Two lines for the element; three for each of Name, Description and CollectionID; six for each of
+    // ObjectType and GUID, which have both the special form and the property.
     EXPECT_EQ(counter.lines, count * (2 + 3 * (3 + 2 * 2)));
     EXPECT_TRUE(out.good());
 }
 
-TEST_F(THostFault, AValueOfAHundredMegabytesGoesThroughARequest) {
+TEST_F(THostFault, AValueOfAHundredMegabytesIsReturned) {
     std::string value(100'000'000, 'x');
     value[50'000'000] = '<';
     processor_->Add("ElementName", value);

@@ -1,21 +1,20 @@
-// Preloaded into the program under test: fails one of its input and output calls, so that every one of them
-// can be seen to fail without a disk that breaks on order. The environment says which:
+// Preloaded into the program under test: fails one of its input and output calls, so that the failure of each
+// of them can be tested. The environment selects the call:
 //
-//   NOXINFO_FAULT=write:3:ENOSPC    the third call of that kind; with "3+" every one from the third on
-//   NOXINFO_FAULT_PATHS=/a:/b       only calls count that touch what is at or below one of these paths
-//   NOXINFO_FAULT_REPORT=/file      receives "KIND PATH" of the first call that was failed
+//   NOXINFO_FAULT=write:3:ENOSPC    the third call of that kind; "3+" for every one from the third on
+//   NOXINFO_FAULT_PATHS=/a:/b       only calls for paths at or below one of these count
+//   NOXINFO_FAULT_REPORT=/file      receives "KIND PATH" of the first failed call
 //
 // Kinds: open (and openat2 by itself), create, mkdir, list, readlink, stat, read, write, close, rename,
-// chmod, unlink, sync, lock, chdir. In place of an error, read and write take "SHORT": half of what was asked
-// for is done, and said to be; write takes "FULL": it lacks its last byte, and every later one fails with
-// ENOSPC. With "KILL" the program is killed before the call, with "TERM" it gets that signal and goes on.
-// With "BLOCK" the call does not return, with "LATE" it returns after a second, and "ENDLESS" makes a file of
-// read, or a folder of list, go on for ever. A close that fails has closed, as those of the kernel have. Only
-// the functions that the program and its libraries call are here; a call that comes through another one is
-// not counted, and the table of the test then misses it.
+// chmod, unlink, sync, lock, chdir. Besides errors there are these effects. SHORT: read or write transfers
+// half of the bytes and returns that count. FULL: write omits its last byte, and every later one fails with
+// ENOSPC. KILL: the program is killed before the call. TERM: the program gets that signal and continues.
+// BLOCK: the call does not return. LATE: the call returns after a second. ENDLESS: the file of a read, or the
+// folder of a list, never ends. A failed close has closed the descriptor, as in the kernel. Only the
+// functions that the program and its libraries call are wrapped; a call through another function is not
+// counted, so that the table of the test misses it.
 //
-// The names and the untyped arguments are those of the C library; the environment is read once, at the first
-// call.
+// Names and untyped arguments are those of the C library. The environment is read once, at the first call.
 // NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp,concurrency-mt-unsafe,performance-no-int-to-ptr)
 #include <dirent.h>
 #include <dlfcn.h>
@@ -42,7 +41,7 @@
 
 namespace {
 
-// In place of an errno.
+// Used in place of an errno.
 constexpr int shortCount = -1;
 constexpr int fullDisk = -2;
 constexpr int killed = -3;
@@ -71,7 +70,7 @@ constexpr TErrorName errorNames[] = {
     {"LATE", late},        {"ENDLESS", endless},
 };
 
-// What was done of the call that a fault met.
+// The part of a call that is performed in spite of its fault.
 enum class EFate { passes, fails, isHalved, lacksItsLastByte, isOnlySaid, isEndless };
 
 std::string_view Environment(const char* name) {
@@ -88,7 +87,7 @@ std::string_view TakeField(std::string_view& text) {
 std::string DescriptorPath(int descriptor) {
     const std::string link = "/proc/self/fd/" + std::to_string(descriptor);
     std::array<char, PATH_MAX> target{};
-    // The system call itself: this one is not to count.
+    // The system call itself, because this call must not count.
     const long length = ::syscall(SYS_readlinkat, AT_FDCWD, link.c_str(), target.data(), target.size());
     return length < 0 ? std::string() : std::string(target.data(), static_cast<std::size_t>(length));
 }
@@ -98,7 +97,7 @@ std::string WorkingDirectory() {
     return getcwd(path.data(), path.size()) == nullptr ? std::string() : path.data();
 }
 
-// As the caller means it; "." and doubled slashes are left out.
+// Returns the absolute path without "." and duplicate slashes.
 std::string FullPath(int directory, std::string_view path) {
     constexpr std::string_view descriptors = "/proc/self/fd/";
     if (path.starts_with(descriptors)) {
@@ -141,7 +140,7 @@ class TFault {
 
     bool LosesPower() const { return error_ == cutWithNames || error_ == cutWithoutNames; }
 
-    /// Counts a call of the watched kind and says what becomes of it; sets errno when it fails.
+    /// Counts a call of the watched kind and returns its outcome; sets errno if it fails.
     EFate Meet(std::string_view path) {
         if (!IsWatched(path)) {
             return EFate::passes;
@@ -182,7 +181,7 @@ class TFault {
     }
 
   private:
-    // As a call that the kernel holds: no signal but SIGKILL has an effect.
+    // Blocks like a call within the kernel: only SIGKILL ends it.
     [[noreturn]] static void BlockForEver() {
         sigset_t all;
         ::sigfillset(&all);
@@ -203,7 +202,7 @@ class TFault {
         return false;
     }
 
-    // As the file systems ext4 and XFS have it.
+    // Shuts the file system down with the request of ext4 and XFS.
     void ShutDown() const {
         constexpr unsigned long request = 0x8004587D;
         const unsigned flags = error_ == cutWithNames ? 1 : 2;
@@ -271,7 +270,7 @@ mode_t ModeOf(int flags, va_list rest) {
 extern "C" {
 
 #define NOXINFO_PRELOADED __attribute__((visibility("default")))
-/// The original of a function that this library stands in front of.
+/// Returns the original of a wrapped function.
 #define NOXINFO_NEXT(function) reinterpret_cast<decltype(&(function))>(dlsym(RTLD_NEXT, #function))
 
 NOXINFO_PRELOADED int open(const char* path, int flags, ...) {
@@ -320,7 +319,7 @@ NOXINFO_PRELOADED long syscall(long number, ...) noexcept {
     return NOXINFO_NEXT(syscall)(number, rest[0], rest[1], rest[2], rest[3], rest[4], rest[5]);
 }
 
-// A name that is yet to be made up is told as its pattern.
+// A name that does not exist yet is reported as its pattern.
 NOXINFO_PRELOADED int mkstemp(char* pattern) {
     return MeetPath("create", pattern) == EFate::fails ? -1 : NOXINFO_NEXT(mkstemp)(pattern);
 }
@@ -334,7 +333,8 @@ NOXINFO_PRELOADED int mkdirat(int directory, const char* path, mode_t mode) noex
                                                               : NOXINFO_NEXT(mkdirat)(directory, path, mode);
 }
 
-// The folder that a fault has made endless: asking for its path with each of a million entries takes long.
+// The folder that a fault has made endless. Kept because looking its path up for each of a million entries is
+// slow.
 static const DIR* endlessFolder = nullptr;
 
 NOXINFO_PRELOADED int closedir(DIR* folder) {
@@ -455,8 +455,8 @@ NOXINFO_PRELOADED int fstatat(int directory, const char* path, struct stat* stat
                : NOXINFO_NEXT(fstatat)(directory, path, status, flags);
 }
 
-// Only counted, but where the power is to fail: waiting for the disk in thousands of runs would show nothing
-// more.
+// Only counted, except in tests of power failures: waiting for the disk in thousands of runs would test
+// nothing more.
 NOXINFO_PRELOADED int fsync(int descriptor) {
     const EFate fate = MeetDescriptor("sync", descriptor);
     return fate == EFate::fails ? -1 : Fault().LosesPower() ? NOXINFO_NEXT(fsync)(descriptor) : 0;

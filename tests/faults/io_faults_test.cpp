@@ -1,6 +1,6 @@
-// Every input and output call of a run fails in turn, with every error there is, and what becomes of the run
-// stands in a table: it ends as if nothing had happened, or with one line that names file and cause; what was
-// there before the run is there afterwards, or its successor is, whole; and nothing is left over.
+// Every input and output call of a run fails in turn, with every error it can have. A table lists the
+// outcome: the run succeeds, or fails with one line that names file and cause; each earlier file remains or
+// is replaced as a whole; and nothing else is left.
 #include "faulted_scenario.h"
 #include "machine_on_disk.h"
 #include "tests/program/temporary_directory.h"
@@ -38,8 +38,8 @@ constexpr TError interrupt = {"EINTR", EINTR};
 constexpr const char* kinds[] = {"open",  "create", "mkdir", "list",   "readlink", "read", "write",
                                  "close", "rename", "chmod", "unlink", "sync",     "lock", "chdir"};
 
-/// What becomes of a run when a call fails. ERROR stands for the system's text of the error; for the rest see
-/// `TFaultedScenario::TOutcome`. A call that has several rows is made several times.
+/// The outcome of a run in which a call fails, as in `TFaultedScenario::TOutcome`. ERROR is replaced by the
+/// system's text of the error. A call with several rows is made several times.
 struct TRow {
     std::string kind;
     std::string path;
@@ -47,7 +47,7 @@ struct TRow {
     std::string onInterrupt;
 };
 
-constexpr char alike[] = "alike";  // the same end when the call is interrupted
+constexpr char alike[] = "alike";  // the same outcome if the call is interrupted
 
 void Replace(std::string& text, const std::string& word, const std::string& by) {
     if (const std::size_t at = text.find(word); at != std::string::npos) {
@@ -64,7 +64,7 @@ std::string WithError(std::string text, const TError& error) {
     return text;
 }
 
-/// The rows of one table about the calls of one kind, and which of them were met.
+/// The rows of one table for one kind of call, and which of them occurred.
 class TExpectations {
   public:
     TExpectations(const std::vector<TRow>& rows, std::string_view kind) {
@@ -135,10 +135,10 @@ std::vector<std::string> CollectArguments(const std::string& result) {
 }
 
 // clang-format off
-// A file is written in a private directory of its own, beside the place that it is moved to. When the directory
-// cannot be removed, the next run does it.
+// A file is written in a private directory beside its destination. If the directory cannot be removed, the next
+// run removes it.
 const std::vector<TRow> outputFileRows = {
-    // The place is found before anything runs.
+    // The destination is looked up before anything runs.
     {"open", "FOLDER",
      "cannot write FOLDER/FILE: ERROR", alike},
     {"open", "FOLDER/FILE",
@@ -147,7 +147,7 @@ const std::vector<TRow> outputFileRows = {
      "done", alike},
     {"close", "FOLDER",
      "done", alike},
-    // What dead runs have left may stay where it is.
+    // Files of ended runs may remain.
     {"open", "FOLDER",
      "done", alike},
     {"list", "FOLDER",
@@ -249,12 +249,12 @@ const std::vector<TRow> collectRows = Joined(OutputFileRows("DIR", "result.xml",
      "cannot write to directory DIR/target: ERROR", alike},
     {"close", "DIR/target",
      "done", alike},
-    // What dead runs have left may stay where it is.
+    // Files of ended runs may remain.
     {"open", "DIR/target",
      "done", alike},
     {"list", "DIR/target",
      "done", alike},
-    // The directory of this run. When it cannot be removed, the next run does it.
+    // The directory of this run. If it cannot be removed, the next run removes it.
     {"mkdir", "DIR/target/.noxinfo-*",
      "cannot write to DIR/target: ERROR", alike},
     {"open", "DIR/target/.noxinfo-*",
@@ -281,8 +281,8 @@ const std::vector<TRow> collectRows = Joined(OutputFileRows("DIR", "result.xml",
      "done", alike},
     {"close", "DIR/target/.noxinfo-* (deleted)",
      "done", alike},
-    // The plug-in: it says when it cannot create a file, and nothing of what comes later. zlib takes no
-    // interruption.
+    // The plug-in reports only files that it cannot create, no later failures. zlib does not retry interrupted
+    // calls.
     {"open", "DIR/target/.noxinfo-*/systeminformation.xml.gz",
      "PLUGIN: the request failed: cannot create file (host status 11)", alike},
     {"open", "DIR/target/.noxinfo-*/hardwareinventory.xml.gz",
@@ -299,10 +299,10 @@ const std::vector<TRow> collectRows = Joined(OutputFileRows("DIR", "result.xml",
      "the plug-in returned a truncated copy of hardwareinventory.xml.gz", alike},
     {"read", "DIR/target/.noxinfo-*/hardwareinventory.xml.gz",
      "the plug-in returned a truncated copy of hardwareinventory.xml.gz", "done"},
-    // The second look at the end of the file, when all of it is read.
+    // The second read at the end of the file.
     {"read", "DIR/target/.noxinfo-*/hardwareinventory.xml.gz",
      "done", alike},
-    // The program reads the documents through, zlib in between.
+    // The program reads the documents completely, through zlib.
     {"open", "DIR/target/.noxinfo-*/hardwareinventory.xml.gz",
      "cannot read hardwareinventory.xml.gz: ERROR", alike},
     {"read", "DIR/target/.noxinfo-*/hardwareinventory.xml.gz",
@@ -327,7 +327,7 @@ const std::vector<TRow> collectRows = Joined(OutputFileRows("DIR", "result.xml",
      "done", alike},
     {"close", "DIR/target/systeminformation.xml.gz",
      "done", alike},
-    // The list of the files that are moved together.
+    // The journal lists the files that are moved together.
     {"write", "DIR/target/.noxinfo-*/.noxinfo-journal",
      "cannot write to DIR/target/.noxinfo-*: ERROR", "done"},
     {"sync", "DIR/target/.noxinfo-*/.noxinfo-journal",
@@ -336,7 +336,7 @@ const std::vector<TRow> collectRows = Joined(OutputFileRows("DIR", "result.xml",
      "cannot write to DIR/target/.noxinfo-*: ERROR", "done"},
     {"lock", "DIR/target",
      "done", alike},
-    // Files are moved when all of them are finished; those that are moved stay.
+    // Files are moved once all of them are complete. Moved files remain.
     {"rename", "DIR/target/hardwareinventory.xml.gz",
      "cannot write to DIR/target/hardwareinventory.xml.gz: ERROR; result.xml is new", alike},
     {"rename", "DIR/target/systeminformation.xml.gz",
@@ -344,7 +344,7 @@ const std::vector<TRow> collectRows = Joined(OutputFileRows("DIR", "result.xml",
 });
 // clang-format on
 
-// Its private directory still holds the documents when it is removed.
+// The private directory still contains the documents when it is removed.
 TScenario CollectThatFails() {
     return {CollectArguments("/dev/full"), NamespaceAnd(earlierInventory), "run.log", "DIR/target"};
 }
@@ -386,7 +386,7 @@ void PrintTo(const TCase& tested, std::ostream* out) {
     *out << tested.name << ", " << tested.kind;
 }
 
-/// A row of cases for every kind of call.
+/// The cases for one kind of call.
 std::vector<TCase> AllCases() {
     std::vector<TCase> cases;
     for (const char* kind : kinds) {
@@ -404,7 +404,7 @@ class TIoFaults : public testing::TestWithParam<TCase> {
         RecordProperty("faults", faults_);
     }
 
-    /// Absent when the run makes fewer calls than that.
+    /// Runs with the fault; nullopt if the run makes fewer calls.
     std::optional<TFaultedScenario::TOutcome> FailCall(unsigned number, const char* error,
                                                        bool isLasting = false) {
         auto outcome = scenario_.RunWith({GetParam().kind, number, isLasting, error});
@@ -420,7 +420,7 @@ class TIoFaults : public testing::TestWithParam<TCase> {
     int faults_ = 0;
 };
 
-TEST_P(TIoFaults, EndAsTheTableSays) {
+TEST_P(TIoFaults, HaveTheOutcomeOfTheirRow) {
     TExpectations expectations(*GetParam().rows, GetParam().kind);
     unsigned number = 1;
     for (; const auto interrupted = FailCall(number, interrupt.name); ++number) {
@@ -436,7 +436,7 @@ TEST_P(TIoFaults, EndAsTheTableSays) {
 
 class TStatusFaults : public testing::TestWithParam<TScenario (*)()> {};
 
-// A file whose status is unknown is not taken for another one, and no other one is taken for it.
+// A file of unknown status must not be confused with another one.
 TEST_P(TStatusFaults, EndTheRunOrChangeNothing) {
     const TFaultedScenario scenario(GetParam()());
     int faults = 0;
@@ -454,16 +454,16 @@ TEST_P(TStatusFaults, EndTheRunOrChangeNothing) {
 
 INSTANTIATE_TEST_SUITE_P(Run, TStatusFaults, testing::Values(&Collect, &Snapshot, &Capture));
 
-// Whatever comes on top of the first failure, when the disk has gone for good.
-TEST_P(TIoFaults, HurtNothingWhenTheyLast) {
+// Lasting failures, as if the disk had failed for good.
+TEST_P(TIoFaults, LeaveOldOrNewFilesIfTheyLast) {
     for (unsigned number = 1; const auto failed = FailCall(number, "EIO", /*isLasting=*/true); ++number) {
         EXPECT_THAT(failed->end, Not(AnyOf(StartsWith("status"), HasSubstr("broken"), HasSubstr("gone"))))
             << "from call " << number << ", of " << failed->path;
     }
 }
 
-// Between any two calls is every moment at which files change.
-TEST_P(TIoFaults, LeaveOldOrNewFilesWhenTheRunIsKilledInstead) {
+// Files change only in calls, so a kill before each call covers every state.
+TEST_P(TIoFaults, LeaveOldOrNewFilesIfTheRunIsKilledInstead) {
     for (unsigned number = 1;; ++number) {
         const auto end = scenario_.RunEndedBy({GetParam().kind, number, false, "KILL"});
         if (end.path.empty()) {
@@ -481,7 +481,7 @@ TEST_P(TIoFaults, LeaveOldOrNewFilesWhenTheRunIsKilledInstead) {
     }
 }
 
-TEST_P(TIoFaults, LeaveAllFilesOldOrAllNewWhenTheRunIsTerminatedInstead) {
+TEST_P(TIoFaults, LeaveAllOldOrAllNewFilesIfTheRunIsTerminatedInstead) {
     for (unsigned number = 1;; ++number) {
         const auto end = scenario_.RunEndedBy({GetParam().kind, number, false, "TERM"});
         if (end.path.empty()) {
@@ -500,7 +500,7 @@ INSTANTIATE_TEST_SUITE_P(Run, TIoFaults, testing::ValuesIn(AllCases()), [](const
     return std::string(value.param.name) + "_" + value.param.kind;
 });
 
-// In which order they are removed is the file system's choice.
+// The file system determines the order in which they are removed.
 TEST(ADirectoryThatCannotBeRemoved, IsLeftToTheNextRun) {
     const TFaultedScenario scenario(CollectThatFails());
     for (const unsigned number : {1U, 2U, 3U, 4U}) {
@@ -520,7 +520,7 @@ TEST(AWorkingDirectoryThatCannotBeReturnedTo, EndsTheRun) {
               "cannot return to the working directory: Permission denied");
 }
 
-// A file is on the disk before its new name can be, and the list of files before the first of them moves.
+// Each file is synced before it is renamed, and the journal before the first file is.
 TEST(SyncCalls, ComeBeforeAndAfterTheMoves) {
     const TFaultedScenario scenario(Collect());
     std::vector<std::string> synced;
@@ -542,13 +542,13 @@ TEST(SyncCalls, ComeBeforeAndAfterTheMoves) {
                       }));
 }
 
-TEST(SyncCalls, AreLeftOutOnRequest) {
+TEST(SyncCalls, AreOmittedOnRequest) {
     TScenario collect = Collect();
     collect.arguments.emplace_back("--no-sync");
     EXPECT_EQ(TFaultedScenario(collect).RunWith({"sync", 1, false, "EIO"}).path, "");
 }
 
-TEST(ShortCounts, AreMadeUpFor) {
+TEST(ShortCounts, AreContinued) {
     for (TScenario (*const makeScenario)() : {Collect, Snapshot, Capture}) {
         const TFaultedScenario scenario(makeScenario());
         for (const char* kind : {"read", "write"}) {
@@ -564,8 +564,8 @@ TEST(ShortCounts, AreMadeUpFor) {
     }
 }
 
-// The last write is that of the hardware document, and its last byte no part of the text.
-TEST(AFullDisk, IsToldHoweverLittleIsMissing) {
+// The last write is that of the hardware document; its last byte is not part of the compressed text.
+TEST(AFullDisk, IsReportedEvenIfOneByteIsMissing) {
     TScenario collect = Collect();
     collect.watched = "DIR/target";
     const TFaultedScenario scenario(collect);

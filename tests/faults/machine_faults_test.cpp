@@ -1,5 +1,5 @@
-// A collection from a machine whose files cannot all be read: it does without them and says so. Only where
-// everything would be missing, or another machine would be collected, it ends.
+// Collections from a machine with unreadable files: they continue without the files and report them. They
+// fail only if everything would be missing, or another machine would be collected.
 #include "faulted_run.h"
 #include "machine/collect/run/essential_sources.h"
 #include "machine_on_disk.h"
@@ -45,7 +45,7 @@ class TMachineFaults : public testing::TestWithParam<const char*> {
             fault, Tree());
     }
 
-    /// Calls `check` with a run for every call of the kind; `check` answers what is wrong with it.
+    /// Calls `check` with a run for every call of the kind. `check` returns the failure, or an empty text.
     template <typename TCheck>
     void FailEachCall(const char* error, const TCheck& check) const {
         int faults = 0;
@@ -59,10 +59,10 @@ class TMachineFaults : public testing::TestWithParam<const char*> {
         EXPECT_GT(faults, 0);
     }
 
-    /// The path of the machine, "" for its root.
+    /// Returns the path on the machine, "" for its root.
     std::string OnMachine(const std::string& path) const { return path.substr(Tree().size()); }
 
-    // The log names a file as it was asked for; the call that failed may have been about where that leads.
+    // The log has the path that was requested; the failed call may have been for the target of a link in it.
     bool LogTellsOf(const std::string& path) const {
         std::istringstream log(ReadFile(folder_ / "run.log"));
         const std::string words = ": cannot read ";
@@ -76,7 +76,7 @@ class TMachineFaults : public testing::TestWithParam<const char*> {
         return false;
     }
 
-    /// What differs from a run without a fault; empty when nothing does.
+    /// Describes the differences from a run without a fault; empty if there are none.
     std::string FindDifference(const TFaultedRun& run) const {
         if (run.result.status != 0) {
             return "status " + std::to_string(run.result.status) + ": " + run.result.standardError;
@@ -91,7 +91,7 @@ class TMachineFaults : public testing::TestWithParam<const char*> {
     std::string faultless_;
 };
 
-// Collectors ask whether these exist and nothing else; what cannot be asked for is as if it were not there.
+// Collectors only check whether these exist; an error counts as not existing.
 constexpr const char* onlyAskedAfter[] = {"/ari_enabled", "/max_link_speed", "/sys/class/raid_devices/"};
 
 bool IsOnlyAskedAfter(const std::string& path) {
@@ -101,7 +101,7 @@ bool IsOnlyAskedAfter(const std::string& path) {
 
 class TErrorsOfMachines : public TMachineFaults {};
 
-TEST_P(TErrorsOfMachines, EndTheCollectionOrAreTold) {
+TEST_P(TErrorsOfMachines, EndTheCollectionOrAreReported) {
     FailEachCall("EIO", [this](const TFaultedRun& run) -> std::string {
         const std::string path = OnMachine(run.path);
         if (path.empty() || path == "/noxinfo-system.txt") {
@@ -137,8 +137,8 @@ INSTANTIATE_TEST_SUITE_P(Call, TErrorsOfMachines, testing::Values("open", "list"
 
 class TExhaustionOfMachines : public TMachineFaults {
   protected:
-    // What was not read for lack of a resource may be there: an inventory without it must not replace
-    // another.
+    // A file that was not read for lack of a resource may exist, so an inventory without it must not replace
+    // an earlier one.
     void ExpectTheEnd(const char* error, const std::string& text) const {
         FailEachCall(error, [&](const TFaultedRun& run) -> std::string {
             if (run.result.status != 1 || Document() != faultless_) {
@@ -154,7 +154,7 @@ class TExhaustionOfMachines : public TMachineFaults {
 
 class TDescriptorsOfMachines : public TExhaustionOfMachines {};
 
-TEST_P(TDescriptorsOfMachines, EndTheCollectionWhenThereAreNoMore) {
+TEST_P(TDescriptorsOfMachines, EndTheCollectionIfTheyRunOut) {
     ExpectTheEnd("EMFILE", "Too many open files");
 }
 
@@ -162,7 +162,7 @@ INSTANTIATE_TEST_SUITE_P(Call, TDescriptorsOfMachines, testing::Values("open"));
 
 class TMemoryOfMachines : public TExhaustionOfMachines {};
 
-TEST_P(TMemoryOfMachines, EndsTheCollectionWhenThereIsNoMore) {
+TEST_P(TMemoryOfMachines, EndsTheCollectionIfItRunsOut) {
     ExpectTheEnd("ENOMEM", "Cannot allocate memory");
 }
 
@@ -170,7 +170,7 @@ INSTANTIATE_TEST_SUITE_P(Call, TMemoryOfMachines, testing::Values("list"));
 
 class TReadsOfMachines : public TMachineFaults {};
 
-TEST_P(TReadsOfMachines, GoOnWhenTheyAreInterruptedOrCutShort) {
+TEST_P(TReadsOfMachines, ContinueIfTheyAreInterruptedOrShort) {
     for (const char* error : {"EINTR", "SHORT"}) {
         FailEachCall(error, [this](const TFaultedRun& run) { return FindDifference(run); });
     }
@@ -180,8 +180,8 @@ INSTANTIATE_TEST_SUITE_P(Call, TReadsOfMachines, testing::Values("read"));
 
 class TResolvingOfMachines : public TMachineFaults {};
 
-// The kernel answers so when a link goes up the tree and anything on the system is renamed meanwhile.
-TEST_P(TResolvingOfMachines, GoesAnotherWayWhenTheKernelIsNotSure) {
+// openat2 returns EAGAIN if a link leads upwards while anything on the system is renamed.
+TEST_P(TResolvingOfMachines, FallsBackToTheWalkIfOpenat2ReturnsEagain) {
     FailEachCall("EAGAIN", [this](const TFaultedRun& run) { return FindDifference(run); });
 }
 

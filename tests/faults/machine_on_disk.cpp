@@ -14,7 +14,7 @@ void WriteBytes(const std::string& path, const std::string& bytes) {
     std::ofstream(path, std::ios::binary) << bytes;
 }
 
-// `path` is that on the machine, "" for its root.
+// `path` is the path on the machine, "" for its root.
 void WriteEntry(const ISystemFiles& files, const std::string& path, const std::string& folder) {
     if (const auto link = files.ReadLink(path); link.IsOk()) {
         std::filesystem::create_symlink(link.value, folder + path);

@@ -1,4 +1,4 @@
-// A machine of a test's own making as a tree of files, for programs to be pointed at.
+// Writes a machine of a test as a tree of files, from which programs can collect.
 #pragma once
 
 #include "tests/machine/system/machine_tree.h"
@@ -7,7 +7,7 @@
 
 namespace NTEST {
 
-/// Writes what the machine holds below `folder`, and beside it what its system calls answer.
+/// Writes the files of the machine below `folder`, and the results of its system calls beside them.
 void WriteMachine(const NVORHOST::TMachine& machine, const std::string& folder);
 
 }  // namespace NTEST

@@ -1,5 +1,5 @@
-// Takes the place of the C library's allocation functions and hands the calls on to them by their other
-// names. NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp,readability-identifier-naming)
+// Replaces the C library's allocation functions and forwards the calls to them under their other names.
+// NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp,readability-identifier-naming)
 #include "malloc_faults.h"
 
 #include <atomic>
@@ -17,7 +17,7 @@ void __libc_free(void* memory);
 namespace {
 
 std::atomic<std::size_t> liveMallocs{0};
-std::atomic<std::size_t> callsToFault{0};  // 0: no fault is due
+std::atomic<std::size_t> callsToFault{0};  // 0: no fault is pending
 
 bool FaultIsDue() {
     if (callsToFault == 0 || callsToFault.fetch_sub(1) != 1) {

@@ -1,12 +1,13 @@
-// The C library's allocation functions of the whole process, which zlib and the library of C++ use as well.
+// Faults in the C library's allocation functions, which zlib and the C++ library use, too.
 #pragma once
 
 #include <cstddef>
 
-/// What malloc, calloc and realloc gave out and was not freed yet.
+/// Returns the number of allocations by malloc, calloc and realloc that are not freed yet.
 std::size_t LiveMallocs();
 
-/// Fails the `number`-th call of malloc, calloc or realloc from here on, counted from 1, as long as it lives.
+/// While it exists, fails the `number`-th call of malloc, calloc or realloc from its construction on
+/// (1-based).
 class TMallocFault {
   public:
     explicit TMallocFault(std::size_t number);

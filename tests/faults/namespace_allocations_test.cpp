@@ -1,5 +1,5 @@
-// A namespace of everything that can be collected, loaded by its module and saved, short of memory at one
-// place after the other: the exception reaches the caller, nothing is loaded by half, and nothing leaks.
+// Loading and saving a full namespace while each allocation fails in turn: the exception reaches the caller,
+// nothing is loaded in part, and nothing leaks.
 #include "full_namespace.h"
 #include "tests/allocations/allocation_faults.h"
 #include "tests/program/temporary_directory.h"
@@ -41,7 +41,7 @@ class TFullNamespace : public testing::Test {
         }
     }
 
-    /// False when loading needs fewer allocations than that.
+    /// Returns false if loading needs fewer allocations.
     bool LoadFailingAllocation(std::size_t number) {
         TMemoryNamespace target;
         target.AddClass("Known");
@@ -56,7 +56,7 @@ class TFullNamespace : public testing::Test {
             EXPECT_TRUE(hasStruck);
             EXPECT_EQ(target.GetClasses().size(), 1U) << "loaded by half";
         } else {
-            // Without the memory to give memory back, objects keep more than they need.
+            // Shrinking may fail for lack of memory, so objects may keep more than they need.
             EXPECT_TRUE(Saved(target) == expected_) << "loaded by half";
         }
         return hasStruck;
@@ -75,8 +75,8 @@ class TFullNamespace : public testing::Test {
     const std::string path_ = directory_ / "full.xml";
 };
 
-TEST_F(TFullNamespace, IsLoadedWholeOrNotAtAllWhicheverAllocationFails) {
-    // The first load of the process finds the module, and keeps it.
+TEST_F(TFullNamespace, IsLoadedCompletelyOrNotAtAllWhicheverAllocationFails) {
+    // The first load of the process loads the module and keeps it.
     for (std::size_t number = 1; LoadFailingAllocation(number) && number < 20; ++number) {
     }
     LoadFailingAllocation(1'000'000'000);
@@ -91,7 +91,7 @@ TEST_F(TFullNamespace, IsLoadedWholeOrNotAtAllWhicheverAllocationFails) {
     EXPECT_GT(number, 1000U) << "hardly a full namespace";
 }
 
-TEST_F(TFullNamespace, IsSavedWholeOrNotAtAllWhicheverAllocationFails) {
+TEST_F(TFullNamespace, IsSavedCompletelyOrNotAtAllWhicheverAllocationFails) {
     std::size_t number = 1;
     for (bool hasStruck = true; hasStruck && !HasFailure(); ++number) {
         SCOPED_TRACE("allocation " + std::to_string(number));
@@ -101,7 +101,7 @@ TEST_F(TFullNamespace, IsSavedWholeOrNotAtAllWhicheverAllocationFails) {
             const auto fault = TAllocationFault::OfNumber(number);
             try {
                 NVORHOST::SaveNamespace(*full_, out);
-                // A stream that lacks memory keeps its failure for its owner.
+                // The stream stores a lack of memory in its state.
                 EXPECT_TRUE(!out.good() || out.view() == document_);
             } catch (const std::bad_alloc&) {
                 EXPECT_TRUE(fault.HasStruck());
@@ -114,7 +114,7 @@ TEST_F(TFullNamespace, IsSavedWholeOrNotAtAllWhicheverAllocationFails) {
     EXPECT_GT(number, 100U) << "hardly a full namespace";
 }
 
-TEST_F(TFullNamespace, IsNotLoadedWhereMemoryIsGoneForGood) {
+TEST_F(TFullNamespace, IsNotLoadedIfAllLaterAllocationsFail) {
     LoadFailingAllocation(1'000'000'000);
     for (std::size_t number = 1;; number += 1 + number / 2) {
         TMemoryNamespace target;

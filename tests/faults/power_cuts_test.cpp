@@ -1,5 +1,5 @@
-// A file system that is shut down in the midst of a run, as a power failure does it: when it is mounted
-// again, the earlier documents are there or the new ones, whole.
+// A file system is shut down during a run, as by a power failure. After it is mounted again, either the
+// earlier or the new documents are there, complete.
 #include "faulted_run.h"
 #include "tests/program/rounds.h"
 #include "tests/program/temporary_directory.h"
@@ -21,10 +21,10 @@ using NVORHOST::TTemporaryDirectory;
 
 const std::string smallServer = NOXINFO_TEST_DATA "/small-server.xml";
 
-// Without this option, ext4 writes a file's data when it is renamed, which would hide a missing sync.
+// Without this option, ext4 writes a file's data when the file is renamed, which would hide a missing sync.
 constexpr char mountDisk[] = "mount -o loop,noauto_da_alloc disk mounted";
-// The kernel releases a loop device some time after the file system on it has gone. Mounted through a second
-// device meanwhile, the disk would have two caches that do not agree.
+// The kernel releases a loop device some time after its file system is unmounted. Mounting through a second
+// device before that would give the disk two inconsistent caches.
 constexpr char unmountDisk[] =
     "umount mounted && for pause in $(seq 1000); do "
     "[ -n \"$(PATH=$PATH:/usr/sbin:/sbin losetup -j disk)\" ] || exit 0; sleep 0.01; done; "
@@ -42,13 +42,13 @@ class TPowerCut : public testing::TestWithParam<const char*> {
         return result.status == 0;
     }
     bool MakeDisk() {
-        // The program's paths for file systems are not everybody's.
+        // mkfs and mount may be outside of an ordinary user's PATH.
         return Run(std::string("PATH=$PATH:/usr/sbin:/sbin; ") + makeDisk + " && " + mountDisk +
                    " && mkdir mounted/target") &&
                Unmount();
     }
 
-    /// False when the run makes fewer calls than that.
+    /// Returns false if the run makes fewer calls.
     bool CutAt(const char* kind, unsigned number) {
         EXPECT_TRUE(Run(mountDisk)) << error_;
         const auto run = RunWithFault({{"collect", "--namespace", smallServer, "--reachability", "no",
@@ -60,7 +60,7 @@ class TPowerCut : public testing::TestWithParam<const char*> {
         return !run.path.empty();
     }
 
-    /// "none", "earlier", "new", or what is wrong.
+    /// Returns "none", "earlier", "new", or a description of the fault.
     std::string StateOf(const std::string& name) const {
         const std::string path = folder_ / "mounted/target/" + name;
         if (!std::filesystem::exists(path)) {
@@ -79,12 +79,12 @@ class TPowerCut : public testing::TestWithParam<const char*> {
     std::string error_;
 };
 
-TEST_P(TPowerCut, LeavesEarlierOrNewDocumentsWhole) {
+TEST_P(TPowerCut, LeavesEarlierOrNewDocumentsComplete) {
     if (!MakeDisk()) {
         GTEST_SKIP() << "no file system can be made and mounted here: " << error_;
     }
     int cuts = 0;
-    const int step = Rounds(1) > 1 ? 1 : 3;  // every third call does in the normal suite
+    const int step = Rounds(1) > 1 ? 1 : 3;  // the normal suite tests every third call
     for (const char* kind : {"write", "sync", "rename", "unlink"}) {
         for (unsigned number = 1;; number += static_cast<unsigned>(step)) {
             ASSERT_TRUE(
@@ -110,7 +110,7 @@ TEST_P(TPowerCut, LeavesEarlierOrNewDocumentsWhole) {
     EXPECT_GT(cuts, 0);
 }
 
-// With the journal of the file system flushed, names are on the disk and bytes are not; without, neither is.
+// If the journal of the file system is flushed, names are on the disk but data is not; otherwise neither is.
 INSTANTIATE_TEST_SUITE_P(Losing, TPowerCut, testing::Values("CUT", "CUTNAMES"),
                          [](const auto& value) { return std::string(value.param); });
 

@@ -1,5 +1,5 @@
-// A request over everything that can be collected, short of memory at every single place: it answers whole or
-// not at all, passes on what nobody handles, and gives back all it took.
+// A request over a full namespace while each allocation fails in turn: it succeeds completely or not at all,
+// passes unhandled exceptions on, and leaks nothing.
 #include "full_request.h"
 #include "tests/allocations/allocation_faults.h"
 
@@ -19,20 +19,20 @@ const std::string frameEnd = "</ResourceCollection>\n";
 
 class TFullRequest : public NTEST::TFullRequest {
   protected:
-    /// The files behind a committed instance hold documents from beginning to end.
+    /// Checks that the files of a committed instance contain complete documents.
     void CheckFiles() {
         const std::string hardware = NTEST::Unzip(NTEST::hardwareFile);
         if (!LoggedALostKey()) {
             EXPECT_TRUE(hardware == hardwareDocument_) << "another document";
         }
-        // An identifier may be that of a resource without its key; its length is the same.
+        // An identifier may be made without its key; its length is the same.
         EXPECT_EQ(hardware.size(), hardwareDocument_.size());
         if (std::filesystem::exists(NTEST::systemFile)) {
             EXPECT_TRUE(NTEST::Unzip(NTEST::systemFile).ends_with(frameEnd));
         }
     }
 
-    /// False when the request needs fewer allocations than that.
+    /// Returns false if the request needs fewer allocations.
     bool RequestFailingAllocation(std::size_t number) {
         EEnd end = EEnd::other;
         bool hasStruck = false;
@@ -43,7 +43,7 @@ class TFullRequest : public NTEST::TFullRequest {
         }
         EXPECT_NE(end, EEnd::other);
         if (resultClass_->GetInstances().empty()) {
-            // Nothing is lost in silence.
+            // Every loss is logged.
             EXPECT_TRUE(end != EEnd::returned ||
                         Logged({0, "NOXINFO: Can not get machine type from CIM result"}));
         } else {
@@ -55,10 +55,10 @@ class TFullRequest : public NTEST::TFullRequest {
     }
 };
 
-TEST_F(TFullRequest, AnswersWholeOrNotAtAllWhicheverAllocationFails) {
+TEST_F(TFullRequest, SucceedsCompletelyOrNotAtAllWhicheverAllocationFails) {
     StartAfresh();
     {
-        SCOPED_TRACE("without a fault");  // whatever is made once and kept is made by now
+        SCOPED_TRACE("without a fault");  // creates the objects that are kept for the life of the process
         EXPECT_FALSE(RequestFailingAllocation(1'000'000));
     }
     StartAfresh();
@@ -80,7 +80,7 @@ TEST_F(TFullRequest, AnswersWholeOrNotAtAllWhicheverAllocationFails) {
     EXPECT_GT(committed, 10U) << "the handled places were not met";
 }
 
-TEST_F(TFullRequest, EndsWhereverMemoryIsGoneForGood) {
+TEST_F(TFullRequest, EndsWithoutLeaksIfAllLaterAllocationsFail) {
     StartAfresh();
     Request();
     StartAfresh();
@@ -103,9 +103,9 @@ TEST_F(TFullRequest, EndsWhereverMemoryIsGoneForGood) {
     }
 }
 
-TEST_F(TFullRequest, CommitsNoDocumentThatLackedMemoryForItsText) {
+TEST_F(TFullRequest, CommitsNothingWithoutMemoryForTheDocument) {
     StartAfresh();
-    // The room for the text, and every attempt to grow instead.
+    // Fails the reserve for the text and its later growth.
     const auto fault = TAllocationFault::OfFirst(100, 2000);
     EXPECT_EQ(RequestEnd(), EEnd::outOfMemory);
     EXPECT_TRUE(resultClass_->GetInstances().empty());

@@ -1,5 +1,5 @@
-// A request over everything, with every allocation of the process failing once: those of zlib and of the C
-// library's files, too, which operator new does not see.
+// A request over a full namespace while each allocation of the process fails in turn, including those of zlib
+// and of the C library, which do not use operator new.
 #include "full_request.h"
 #include "malloc_faults.h"
 
@@ -9,7 +9,7 @@ namespace {
 
 class TFullRequestOfMalloc : public NTEST::TFullRequest {
   protected:
-    /// False when the request needs fewer allocations than that.
+    /// Returns false if the request needs fewer allocations.
     bool RequestFailingMalloc(std::size_t number) {
         EEnd end = EEnd::other;
         bool hasStruck = false;
@@ -21,7 +21,7 @@ class TFullRequestOfMalloc : public NTEST::TFullRequest {
         EXPECT_NE(end, EEnd::other);
         if (!resultClass_->GetInstances().empty()) {
             EXPECT_EQ(end, EEnd::returned);
-            // What zlib could not write for lack of memory is missing from the file, and so from the
+            // Data that zlib could not write for lack of memory is missing from the file and from the
             // instance.
             CheckInstance(/*mayLackFile=*/true);
         }
@@ -29,10 +29,10 @@ class TFullRequestOfMalloc : public NTEST::TFullRequest {
     }
 };
 
-TEST_F(TFullRequestOfMalloc, EndsInOrderWhicheverMallocFails) {
+TEST_F(TFullRequestOfMalloc, EndsWithoutLeaksWhicheverMallocFails) {
     StartAfresh();
     {
-        SCOPED_TRACE("without a fault");  // whatever is made once and kept is made by now
+        SCOPED_TRACE("without a fault");  // creates the objects that are kept for the life of the process
         EXPECT_FALSE(RequestFailingMalloc(1'000'000));
     }
     StartAfresh();

@@ -1,4 +1,4 @@
-// The wrappers behind the linker's --wrap option; their names are the linker's choice.
+// The linker's --wrap option determines the names of the wrappers.
 // NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp,readability-identifier-naming)
 #include "zlib_stand_in.h"
 
@@ -14,7 +14,7 @@ gzFile TZlibStandIn::Open(const char* mode) {
     if (faults.Strike(EZlibFault::openFails)) {
         return nullptr;
     }
-    auto* const file = new TFile;  // Close, or whoever empties `leftOpen`, gives it back.
+    auto* const file = new TFile;  // freed by close, or when `leftOpen` is emptied
     if (mode[0] == 'w') {
         file->writtenIndex = written.size();
         written.emplace_back();

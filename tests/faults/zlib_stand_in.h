@@ -1,6 +1,5 @@
-// What takes zlib's place in the fault tests. The linker's --wrap sends the test program's calls of the gzip
-// file functions here, so that they can be answered from memory, made to fail one kind at a time, and
-// counted.
+// Replaces zlib in the fault tests. The linker's --wrap redirects the test program's calls of the gzip file
+// functions here, where they use files in memory, fail one kind at a time, and are counted.
 #pragma once
 
 #include <zlib.h>
@@ -13,15 +12,15 @@
 /// A fault of one kind of call.
 enum class EZlibFault {
     none,
-    openFails,       ///< gzopen and gzdopen answer null
-    nothingWritten,  ///< gzwrite takes nothing and answers 0
-    shortWrite,      ///< gzwrite takes all but the last character and says so
-    writeError,      ///< gzwrite takes nothing and answers -1
-    readError,       ///< gzread answers -1
-    closeError,      ///< gzclose closes, but answers Z_ERRNO
+    openFails,       ///< gzopen and gzdopen return null
+    nothingWritten,  ///< gzwrite writes nothing and returns 0
+    shortWrite,      ///< gzwrite writes all but the last character and returns that count
+    writeError,      ///< gzwrite writes nothing and returns -1
+    readError,       ///< gzread returns -1
+    closeError,      ///< gzclose closes, but returns Z_ERRNO
 };
 
-/// A fault, and how many calls have it before they succeed again.
+/// A fault, and the number of calls that have it before later ones succeed.
 class TZlibFaults {
   public:
     static constexpr std::size_t endless = static_cast<std::size_t>(-1);
@@ -29,7 +28,7 @@ class TZlibFaults {
     TZlibFaults() = default;
     explicit TZlibFaults(EZlibFault fault, std::size_t count = endless) : fault_(fault), left_(count) {}
 
-    /// Whether the call that is being made has this fault; counts it if so.
+    /// Returns true, and counts it, if the current call has this fault.
     bool Strike(EZlibFault fault) {
         if (fault != fault_ || left_ == 0) {
             return false;
@@ -43,22 +42,21 @@ class TZlibFaults {
     std::size_t left_ = 0;
 };
 
-/// One call: 'o'pen, 'r'ead, 'w'rite or 'c'lose, and the size that it asked for.
+/// One call: 'o'pen, 'r'ead, 'w'rite or 'c'lose, and its size argument.
 using TZlibCall = std::pair<char, std::size_t>;
 
-/// Files in memory: a file opened for writing is a new one; a file opened for reading has a text of its own
-/// to read from. The real zlib opens them on the disk under the name it is given, and is what the others
-/// stand in for.
+/// Files in memory: each file opened for writing is new, each file opened for reading contains the same text.
+/// In the mode that uses the real zlib, files are on the disk.
 class TZlibStandIn {
   public:
-    /// What every file opened for reading holds, in memory.
+    /// The text of every file in memory that is opened for reading.
     std::string readable;
     TZlibFaults faults;
-    /// Calls reach the real zlib and are counted only as far as `leftOpen` needs it.
+    /// If true, calls go to the real zlib and only `leftOpen` is counted.
     bool isReal = false;
 
     std::vector<TZlibCall> calls;
-    /// What each file opened for writing was given, in the order of opening.
+    /// The text written to each file, in the order of opening.
     std::vector<std::string> written;
     std::vector<gzFile> leftOpen;
 
@@ -77,5 +75,5 @@ class TZlibStandIn {
     static TFile& FileOf(gzFile file) { return *reinterpret_cast<TFile*>(file); }
 };
 
-/// The stand-in of this process. Assigning a new one starts afresh.
+/// Returns the stand-in of this process. Assign a new one to reset it.
 TZlibStandIn& Zlib();

@@ -1,4 +1,4 @@
-// The stream buffer by itself: modes, opening and closing, whose file and whose buffer it is.
+// The stream buffer by itself: modes, opening and closing, ownership of file and buffer.
 #include "gzstream/gzfilebuf.h"
 
 #include "gzstream_fixture.h"
@@ -43,7 +43,7 @@ class GzFileBuf : public TGzstreamFixture {
 
 struct TModeRow {
     std::ios_base::openmode mode;
-    const char* text;  // empty when there is none
+    const char* text;  // empty for a rejected mode
 };
 
 void PrintTo(const TModeRow& row, std::ostream* os) {
@@ -73,7 +73,7 @@ const TModeRow modeRows[] = {
 
 class GzFileBufOpenMode : public testing::TestWithParam<std::tuple<TModeRow, std::ios_base::openmode>> {};
 
-TEST_P(GzFileBufOpenMode, BecomesZlibsText) {
+TEST_P(GzFileBufOpenMode, HasZlibsModeText) {
     const auto& [row, addition] = GetParam();
     std::string expected = row.text;
     if (!expected.empty() && (addition & binary) != 0) {
@@ -90,12 +90,12 @@ INSTANTIATE_TEST_SUITE_P(EveryCombination, GzFileBufOpenMode,
 
 // ---- open, attach, close
 
-TEST_F(GzFileBuf, StartsClosedWithoutBuffer) {
+TEST_F(GzFileBuf, StartsClosedWithoutABuffer) {
     EXPECT_FALSE(buffer_.is_open());
     EXPECT_TRUE(buffer_.HasNoAreas());
 }
 
-TEST_F(GzFileBuf, OpenReturnsItselfWithAnEmptyBufferOf8192CharactersAllButOneForWriting) {
+TEST_F(GzFileBuf, OpenAllocatesAnEmptyBufferOf8192CharactersWithOneReservedForOverflow) {
     EXPECT_EQ(buffer_.open(Path().c_str(), out), &buffer_);
     EXPECT_TRUE(buffer_.is_open());
     ASSERT_NE(buffer_.pbase(), nullptr);
@@ -103,26 +103,26 @@ TEST_F(GzFileBuf, OpenReturnsItselfWithAnEmptyBufferOf8192CharactersAllButOneFor
     EXPECT_THAT(ZlibCalls().openModes, ElementsAre("w"));
 }
 
-TEST_F(GzFileBuf, OpenRefusesInWithOutBeforeItTouchesTheFile) {
+TEST_F(GzFileBuf, OpenRejectsInWithOutBeforeItAccessesTheFile) {
     EXPECT_EQ(buffer_.open(Path().c_str(), in | out), nullptr);
     EXPECT_FALSE(buffer_.is_open());
     EXPECT_THAT(ZlibCalls().openModes, IsEmpty());
 }
 
-TEST_F(GzFileBuf, OpenRefusesAModeWithoutTextBeforeItTouchesTheFile) {
+TEST_F(GzFileBuf, OpenRejectsAnUnsupportedModeBeforeItAccessesTheFile) {
     EXPECT_EQ(buffer_.open(Path().c_str(), out | trunc | app), nullptr);
     EXPECT_EQ(buffer_.open(Path().c_str(), binary), nullptr);
     EXPECT_FALSE(buffer_.is_open());
     EXPECT_THAT(ZlibCalls().openModes, IsEmpty());
 }
 
-TEST_F(GzFileBuf, OpenOfAMissingFileForReadingLeavesItClosedWithoutBuffer) {
+TEST_F(GzFileBuf, OpenOfAMissingFileLeavesItClosedWithoutABuffer) {
     EXPECT_EQ(buffer_.open(Path("missing.gz").c_str(), in), nullptr);
     EXPECT_FALSE(buffer_.is_open());
     EXPECT_TRUE(buffer_.HasNoAreas());
 }
 
-TEST_F(GzFileBuf, OpenAndAttachFailOnAnOpenBufferAndLeaveTheFirstFileOpen) {
+TEST_F(GzFileBuf, OpenAndAttachFailOnAnOpenBufferAndKeepTheFirstFile) {
     ASSERT_NE(buffer_.open(Path("first.gz").c_str(), out), nullptr);
     EXPECT_EQ(buffer_.sputn("first", 5), 5);
     EXPECT_EQ(buffer_.open(Path("second.gz").c_str(), out), nullptr);
@@ -133,7 +133,7 @@ TEST_F(GzFileBuf, OpenAndAttachFailOnAnOpenBufferAndLeaveTheFirstFileOpen) {
     EXPECT_FALSE(std::filesystem::exists(Path("second.gz")));
 }
 
-TEST_F(GzFileBuf, AppendAddsToWhatTheFileHolds) {
+TEST_F(GzFileBuf, AppendAddsToTheFile) {
     Zip(Path(), "one ");
     ASSERT_NE(buffer_.open(Path().c_str(), out | app), nullptr);
     EXPECT_EQ(buffer_.sputn("two", 3), 3);
@@ -141,14 +141,14 @@ TEST_F(GzFileBuf, AppendAddsToWhatTheFileHolds) {
     EXPECT_EQ(Unzip(Path()), "one two");
 }
 
-TEST_F(GzFileBuf, CloseGivesTheBufferBack) {
+TEST_F(GzFileBuf, CloseFreesTheBuffer) {
     ASSERT_NE(buffer_.open(Path().c_str(), out), nullptr);
     EXPECT_EQ(buffer_.close(), &buffer_);
     EXPECT_FALSE(buffer_.is_open());
     EXPECT_TRUE(buffer_.HasNoAreas());
 }
 
-TEST_F(GzFileBuf, HoldsOneAllocationWhileOpenAndNoneWhenClosed) {
+TEST_F(GzFileBuf, HasOneAllocationWhileOpenAndNoneWhileClosed) {
     ASSERT_NE(buffer_.open(Path().c_str(), out), nullptr);
     EXPECT_EQ(ZlibCalls().heldArrays.size(), 1U);
     ASSERT_NE(buffer_.close(), nullptr);
@@ -187,7 +187,7 @@ TEST_F(GzFileBuf, CanBeOpenedAgainAfterClose) {
     }
 }
 
-TEST_F(GzFileBuf, CloseReportsAFlushThatFailedAndClosesAllTheSame) {
+TEST_F(GzFileBuf, CloseReportsAFailedFlushAndStillCloses) {
     ASSERT_NE(buffer_.open(Path().c_str(), out), nullptr);
     EXPECT_EQ(buffer_.sputc('x'), 'x');
     ZlibCalls().failingWrite = 0;
@@ -197,15 +197,15 @@ TEST_F(GzFileBuf, CloseReportsAFlushThatFailedAndClosesAllTheSame) {
     EXPECT_THAT(ZlibCalls().closed, ElementsAre(ZlibCalls().opened.front()));
 }
 
-TEST_F(GzFileBuf, CloseReportsAFailingGzcloseAndClosesAllTheSame) {
+TEST_F(GzFileBuf, CloseReportsAFailedGzcloseAndStillCloses) {
     ASSERT_NE(buffer_.open(Path().c_str(), out), nullptr);
-    ZlibCalls().closeAnswer = Z_ERRNO;
+    ZlibCalls().closeResult = Z_ERRNO;
     EXPECT_EQ(buffer_.close(), nullptr);
     EXPECT_FALSE(buffer_.is_open());
     EXPECT_TRUE(buffer_.HasNoAreas());
 }
 
-TEST_F(GzFileBuf, OpenWithoutMemoryForTheBufferFailsAndMakesNoFile) {
+TEST_F(GzFileBuf, OpenWithoutMemoryForTheBufferFailsAndCreatesNoFile) {
     ZlibCalls().noMemory = true;
     EXPECT_EQ(buffer_.open(Path().c_str(), out), nullptr);
     EXPECT_FALSE(buffer_.is_open());
@@ -224,7 +224,7 @@ TEST_F(GzFileBuf, AttachWithoutMemoryForTheBufferLeavesTheDescriptorOpenAndWrite
     EXPECT_EQ(::close(fd), 0);
 }
 
-TEST_F(GzFileBuf, WhatWaitsInAUserBufferSurvivesAnOpenThatFails) {
+TEST_F(GzFileBuf, AFailedOpenKeepsPendingCharactersOfAUserBuffer) {
     char own[16];
     buffer_.setbuf(own, sizeof own);
     EXPECT_EQ(buffer_.sputn("ab", 2), 2);
@@ -232,7 +232,7 @@ TEST_F(GzFileBuf, WhatWaitsInAUserBufferSurvivesAnOpenThatFails) {
     EXPECT_EQ(buffer_.Pending(), "ab");
 }
 
-TEST_F(GzFileBuf, StaysUnbufferedThroughAnOpenThatFails) {
+TEST_F(GzFileBuf, AFailedOpenKeepsTheUnbufferedState) {
     buffer_.setbuf(nullptr, 0);
     ASSERT_NE(buffer_.open(Path().c_str(), out), nullptr);
     ASSERT_NE(buffer_.close(), nullptr);
@@ -245,7 +245,7 @@ TEST_F(GzFileBuf, StaysUnbufferedThroughAnOpenThatFails) {
     ASSERT_NE(buffer_.close(), nullptr);
 }
 
-TEST_F(GzFileBuf, AThreadCancelledInCloseUnwindsAndClosesNothingTwice) {
+TEST_F(GzFileBuf, AThreadCancelledInCloseUnwindsWithoutClosingTwice) {
     ZlibCalls().cancelsInClose = true;
     EXPECT_TRUE(NTEST::IsCancelledIn([this] {
         gzfilebuf buffer;
@@ -255,17 +255,17 @@ TEST_F(GzFileBuf, AThreadCancelledInCloseUnwindsAndClosesNothingTwice) {
     EXPECT_EQ(ZlibCalls().closed, ZlibCalls().opened);
 }
 
-TEST_F(GzFileBuf, SetcompressionHandsItsArgumentsToZlib) {
+TEST_F(GzFileBuf, SetcompressionPassesItsArgumentsToZlib) {
     ASSERT_NE(buffer_.open(Path().c_str(), out), nullptr);
     EXPECT_EQ(buffer_.setcompression(9, Z_HUFFMAN_ONLY), Z_OK);
     EXPECT_THAT(ZlibCalls().parameters, ElementsAre(std::pair(9, Z_HUFFMAN_ONLY)));
 }
 
-TEST_F(GzFileBuf, SetcompressionReturnsZlibsRefusal) {
+TEST_F(GzFileBuf, SetcompressionReturnsTheErrorOfZlib) {
     EXPECT_EQ(buffer_.setcompression(9, Z_DEFAULT_STRATEGY), Z_STREAM_ERROR);
 }
 
-// ---- life of descriptors and files
+// ---- ownership of descriptors and files
 
 bool IsOpenDescriptor(int fd) {
     return fcntl(fd, F_GETFD) != -1;
@@ -282,7 +282,7 @@ TEST_F(GzFileBuf, AttachWritesToTheDescriptorAndCloseClosesIt) {
     EXPECT_EQ(Unzip(Path()), "text");
 }
 
-TEST_F(GzFileBuf, AttachRefusesAModeWithoutTextAndLeavesTheDescriptorOpen) {
+TEST_F(GzFileBuf, AttachRejectsAnUnsupportedModeAndLeavesTheDescriptorOpen) {
     const int fd = creat(Path().c_str(), 0600);
     EXPECT_EQ(buffer_.attach(fd, in | out), nullptr);
     EXPECT_FALSE(buffer_.is_open());
@@ -290,7 +290,7 @@ TEST_F(GzFileBuf, AttachRefusesAModeWithoutTextAndLeavesTheDescriptorOpen) {
     close(fd);
 }
 
-TEST_F(GzFileBuf, AttachOfNoDescriptorFails) {
+TEST_F(GzFileBuf, AttachOfAnInvalidDescriptorFails) {
     EXPECT_EQ(buffer_.attach(-1, out), nullptr);
     EXPECT_FALSE(buffer_.is_open());
     EXPECT_TRUE(buffer_.HasNoAreas());
@@ -344,7 +344,7 @@ TEST_F(GzFileBuf, DestructionFlushesAndClosesAFileOpenedByName) {
     EXPECT_EQ(Unzip(Path()), "text");
 }
 
-TEST_F(GzFileBuf, DestructionWhoseFlushFailsStillCloses) {
+TEST_F(GzFileBuf, DestructionClosesTheFileEvenIfTheFlushFails) {
     {
         gzfilebuf opened;
         ASSERT_NE(opened.open(Path().c_str(), out), nullptr);
@@ -366,7 +366,7 @@ TEST_F(GzFileBuf, EnableBufferAllocatesOnceAndThenOnlyEmptiesTheAreas) {
     EXPECT_TRUE(buffer_.HasEmptyAreas(allocated, 8191));
 }
 
-TEST_F(GzFileBuf, DisableBufferForgetsAnOwnedBuffer) {
+TEST_F(GzFileBuf, DisableBufferFreesAnOwnedBuffer) {
     buffer_.enable_buffer();
     buffer_.disable_buffer();
     EXPECT_TRUE(buffer_.HasNoAreas());
@@ -380,7 +380,7 @@ TEST_F(GzFileBuf, DisableBufferKeepsAUserBufferAndEmptiesItsAreas) {
     EXPECT_TRUE(buffer_.HasEmptyAreas(own, 15));
 }
 
-TEST_F(GzFileBuf, DisableBufferRemembersTheUnbufferedState) {
+TEST_F(GzFileBuf, DisableBufferKeepsTheUnbufferedState) {
     buffer_.setbuf(nullptr, 0);
     for (int round = 0; round < 3; ++round) {
         buffer_.disable_buffer();
@@ -393,7 +393,7 @@ TEST_F(GzFileBuf, DisableBufferRemembersTheUnbufferedState) {
 
 // ---- setbuf
 
-TEST_F(GzFileBuf, SetbufTakesAUserBufferAllButOneCharacterForWriting) {
+TEST_F(GzFileBuf, SetbufUsesAUserBufferWithOneCharacterReservedForOverflow) {
     char own[16];
     ASSERT_NE(buffer_.open(Path().c_str(), out), nullptr);
     EXPECT_EQ(buffer_.setbuf(own, sizeof own), &buffer_);
@@ -405,7 +405,7 @@ TEST_F(GzFileBuf, SetbufTakesAUserBufferAllButOneCharacterForWriting) {
     EXPECT_EQ(Unzip(Path()), "0123456789abcdefghij");
 }
 
-TEST_F(GzFileBuf, AUserBufferStaysThroughCloseAndOpen) {
+TEST_F(GzFileBuf, AUserBufferIsKeptThroughCloseAndOpen) {
     char own[16];
     buffer_.setbuf(own, sizeof own);
     ASSERT_NE(buffer_.open(Path().c_str(), out), nullptr);
@@ -415,7 +415,7 @@ TEST_F(GzFileBuf, AUserBufferStaysThroughCloseAndOpen) {
     EXPECT_TRUE(buffer_.HasEmptyAreas(own, 15));
 }
 
-TEST_F(GzFileBuf, AUserBufferOfOneCharacterHasAnEmptyPutAreaThatPassesEachCharacterOn) {
+TEST_F(GzFileBuf, AUserBufferOfOneCharacterWritesEachCharacterAtOnce) {
     char own[1];
     ASSERT_NE(buffer_.open(Path().c_str(), out), nullptr);
     ASSERT_EQ(buffer_.setbuf(own, 1), &buffer_);
@@ -440,7 +440,7 @@ TEST_F(GzFileBuf, AUserBufferCanBeReplacedByAnother) {
     EXPECT_THAT(ZlibCalls().writeSizes, ElementsAre(4U));
 }
 
-TEST_F(GzFileBuf, SetbufWithoutBufferOrWithoutSizeMakesItUnbuffered) {
+TEST_F(GzFileBuf, SetbufWithANullBufferOrSizeZeroMakesItUnbuffered) {
     char own[16];
     for (const auto& [p, n] : {std::pair<char*, std::streamsize>(nullptr, 0), {nullptr, 16}, {own, 0}}) {
         TOpenedBuffer buffer;
@@ -453,7 +453,7 @@ TEST_F(GzFileBuf, SetbufWithoutBufferOrWithoutSizeMakesItUnbuffered) {
     }
 }
 
-TEST_F(GzFileBuf, SetbufAfterAUserBufferMakesItUnbufferedAndLeavesTheUserBufferAlone) {
+TEST_F(GzFileBuf, SetbufMakesItUnbufferedWithoutAccessingTheUserBuffer) {
     char own[16];
     buffer_.setbuf(own, sizeof own);
     buffer_.setbuf(nullptr, 0);
@@ -461,14 +461,14 @@ TEST_F(GzFileBuf, SetbufAfterAUserBufferMakesItUnbufferedAndLeavesTheUserBufferA
     EXPECT_EQ(buffer_.pbase(), nullptr);
 }
 
-TEST_F(GzFileBuf, SetbufWritesWhatIsPendingFirst) {
+TEST_F(GzFileBuf, SetbufWritesPendingCharactersFirst) {
     ASSERT_NE(buffer_.open(Path().c_str(), out), nullptr);
     EXPECT_EQ(buffer_.sputn("text", 4), 4);
     EXPECT_EQ(buffer_.setbuf(nullptr, 0), &buffer_);
     EXPECT_THAT(ZlibCalls().writeSizes, ElementsAre(4U));
 }
 
-TEST_F(GzFileBuf, SetbufChangesNothingWhenWhatIsPendingCannotBeWritten) {
+TEST_F(GzFileBuf, SetbufChangesNothingIfPendingCharactersCannotBeWritten) {
     char own[16];
     ASSERT_NE(buffer_.open(Path().c_str(), out), nullptr);
     const char* before = buffer_.pbase();
@@ -481,7 +481,7 @@ TEST_F(GzFileBuf, SetbufChangesNothingWhenWhatIsPendingCannotBeWritten) {
     EXPECT_EQ(buffer_.Pending(), "text");
 }
 
-TEST_F(GzFileBuf, AUserBufferOfNegativeSizeRefusesEveryCharacterAndIsNeverTouched) {
+TEST_F(GzFileBuf, AUserBufferOfNegativeSizeRejectsEveryCharacterAndIsNeverAccessed) {
     char own[16] = "untouched";
     ASSERT_EQ(buffer_.setbuf(own + 8, -4), &buffer_);
     ASSERT_NE(buffer_.open(Path().c_str(), out), nullptr);
@@ -495,7 +495,7 @@ TEST_F(GzFileBuf, AUserBufferOfNegativeSizeRefusesEveryCharacterAndIsNeverTouche
     EXPECT_STREQ(own, "untouched");
 }
 
-TEST_F(GzFileBuf, WithoutMemoryToBecomeUnbufferedItStillWritesAndReadsNothing) {
+TEST_F(GzFileBuf, WithoutMemoryToBecomeUnbufferedItStillWritesButReadsNothing) {
     Zip(Path("in.gz"), "text");
     ASSERT_NE(buffer_.open(Path("in.gz").c_str(), in), nullptr);
     TOpenedBuffer writer;
@@ -511,7 +511,7 @@ TEST_F(GzFileBuf, WithoutMemoryToBecomeUnbufferedItStillWritesAndReadsNothing) {
 
 // ---- unbuffered
 
-TEST_F(GzFileBuf, UnbufferedBeforeOpenPassesEachCharacterOnAndStaysSoThroughCloseAndOpen) {
+TEST_F(GzFileBuf, UnbufferedBeforeOpenItWritesEachCharacterAtOnceEvenAfterCloseAndOpen) {
     buffer_.setbuf(nullptr, 0);
     for (int round = 0; round < 3; ++round) {
         ZlibCalls().writeSizes.clear();
@@ -523,7 +523,7 @@ TEST_F(GzFileBuf, UnbufferedBeforeOpenPassesEachCharacterOnAndStaysSoThroughClos
     }
 }
 
-TEST_F(GzFileBuf, UnbufferedAfterOpenPassesEachCharacterOnAndStaysSoThroughCloseAndOpen) {
+TEST_F(GzFileBuf, UnbufferedAfterOpenItWritesEachCharacterAtOnceEvenAfterCloseAndOpen) {
     ASSERT_NE(buffer_.open(Path().c_str(), out), nullptr);
     buffer_.setbuf(nullptr, 0);
     for (int round = 0; round < 3; ++round) {
@@ -537,7 +537,7 @@ TEST_F(GzFileBuf, UnbufferedAfterOpenPassesEachCharacterOnAndStaysSoThroughClose
     }
 }
 
-TEST_F(GzFileBuf, UnbufferedReadsOneCharacterAtATime) {
+TEST_F(GzFileBuf, UnbufferedItReadsOneCharacterAtATime) {
     Zip(Path(), "abc");
     buffer_.setbuf(nullptr, 0);
     for (int round = 0; round < 2; ++round) {

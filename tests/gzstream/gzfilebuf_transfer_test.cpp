@@ -1,4 +1,4 @@
-// What passes between the stream buffer and zlib: sizes and moments of writes and reads, and their failures.
+// Transfers between the stream buffer and zlib: their sizes, their times and their failures.
 #include "gzstream/gzfilebuf.h"
 #include "gzstream_fixture.h"
 #include "opened_buffer.h"
@@ -33,7 +33,7 @@ class GzFileBufTransfer : public TGzstreamFixture {
 
 // ---- overflow
 
-TEST_F(GzFileBufTransfer, CollectsUntilTheCharacterThatOverflowsAndWritesItWithTheRest) {
+TEST_F(GzFileBufTransfer, CollectsCharactersUntilOneOverflowsAndWritesThemTogether) {
     ASSERT_NE(buffer_.open(Path().c_str(), out), nullptr);
     for (int i = 0; i < 8191; ++i) {
         ASSERT_EQ(buffer_.sputc('x'), 'x');
@@ -47,7 +47,7 @@ TEST_F(GzFileBufTransfer, CollectsUntilTheCharacterThatOverflowsAndWritesItWithT
     EXPECT_EQ(Unzip(Path()), std::string(8191, 'x') + 'y');
 }
 
-TEST_F(GzFileBufTransfer, EveryWriteButTheLastPasses8192Characters) {
+TEST_F(GzFileBufTransfer, EveryWriteButTheLastHas8192Characters) {
     const std::string text = RandomBytes(20000);
     ASSERT_NE(buffer_.open(Path().c_str(), out), nullptr);
     EXPECT_EQ(buffer_.sputn(text.data(), 20000), 20000);
@@ -56,7 +56,7 @@ TEST_F(GzFileBufTransfer, EveryWriteButTheLastPasses8192Characters) {
     EXPECT_EQ(Unzip(Path()), text);
 }
 
-TEST_F(GzFileBufTransfer, OverflowWritesWhatIsPendingAndItsCharacter) {
+TEST_F(GzFileBufTransfer, OverflowWritesPendingCharactersAndItsOwn) {
     ASSERT_NE(buffer_.open(Path().c_str(), out), nullptr);
     EXPECT_EQ(buffer_.sputn("ab", 2), 2);
     EXPECT_EQ(buffer_.overflow('c'), 'c');
@@ -64,7 +64,7 @@ TEST_F(GzFileBufTransfer, OverflowWritesWhatIsPendingAndItsCharacter) {
     EXPECT_TRUE(buffer_.HasEmptyAreas(buffer_.pbase(), 8191));
 }
 
-TEST_F(GzFileBufTransfer, OverflowReturnsACharacterOfAllOnesAsItsUnsignedValue) {
+TEST_F(GzFileBufTransfer, OverflowReturnsCharacterFFhAsAnUnsignedValue) {
     ASSERT_NE(buffer_.open(Path().c_str(), out), nullptr);
     EXPECT_EQ(buffer_.overflow(0xFF), 0xFF);
     buffer_.setbuf(nullptr, 0);
@@ -73,7 +73,7 @@ TEST_F(GzFileBufTransfer, OverflowReturnsACharacterOfAllOnesAsItsUnsignedValue) 
     EXPECT_EQ(Unzip(Path()), "\xFF\xFF");
 }
 
-TEST_F(GzFileBufTransfer, OverflowOfNothingAnswersZeroAndWritesWhatIsPending) {
+TEST_F(GzFileBufTransfer, OverflowOfEofReturnsZeroAndWritesPendingCharacters) {
     ASSERT_NE(buffer_.open(Path().c_str(), out), nullptr);
     EXPECT_EQ(buffer_.overflow(endOfFile), 0);
     EXPECT_THAT(ZlibCalls().writeSizes, IsEmpty());
@@ -82,12 +82,12 @@ TEST_F(GzFileBufTransfer, OverflowOfNothingAnswersZeroAndWritesWhatIsPending) {
     EXPECT_THAT(ZlibCalls().writeSizes, ElementsAre(2U));
 }
 
-TEST_F(GzFileBufTransfer, UnbufferedOverflowOfNothingAnswersZeroEvenWhenClosed) {
+TEST_F(GzFileBufTransfer, UnbufferedOverflowOfEofReturnsZeroEvenIfClosed) {
     EXPECT_EQ(buffer_.overflow(endOfFile), 0);
     EXPECT_EQ(buffer_.sync(), 0);
 }
 
-TEST_F(GzFileBufTransfer, UnbufferedOverflowFailsWhenClosedOrOpenForReading) {
+TEST_F(GzFileBufTransfer, UnbufferedOverflowFailsIfClosedOrOpenForReading) {
     EXPECT_EQ(buffer_.overflow('x'), endOfFile);
     Zip(Path(), "text");
     ZlibCalls().writeSizes.clear();
@@ -97,7 +97,7 @@ TEST_F(GzFileBufTransfer, UnbufferedOverflowFailsWhenClosedOrOpenForReading) {
     EXPECT_THAT(ZlibCalls().writeSizes, IsEmpty());
 }
 
-TEST_F(GzFileBufTransfer, UnbufferedOverflowFailsWhenZlibDoesNotTakeTheCharacter) {
+TEST_F(GzFileBufTransfer, UnbufferedOverflowFailsIfZlibDoesNotWriteTheCharacter) {
     ASSERT_NE(buffer_.open(Path().c_str(), out), nullptr);
     buffer_.setbuf(nullptr, 0);
     ZlibCalls().failingWrite = 0;
@@ -105,12 +105,12 @@ TEST_F(GzFileBufTransfer, UnbufferedOverflowFailsWhenZlibDoesNotTakeTheCharacter
     EXPECT_THAT(ZlibCalls().writeSizes, ElementsAre(1U));
 }
 
-TEST_F(GzFileBufTransfer, BufferedOverflowWithNothingPendingSucceedsWhenClosed) {
+TEST_F(GzFileBufTransfer, BufferedOverflowWithNothingPendingSucceedsIfClosed) {
     buffer_.enable_buffer();
     EXPECT_EQ(buffer_.overflow(endOfFile), 0);
 }
 
-TEST_F(GzFileBufTransfer, BufferedOverflowFailsWhenClosedAndKeepsTheCharacters) {
+TEST_F(GzFileBufTransfer, BufferedOverflowFailsIfClosedAndKeepsTheCharacters) {
     buffer_.enable_buffer();
     EXPECT_EQ(buffer_.sputn("ab", 2), 2);
     EXPECT_EQ(buffer_.overflow('c'), endOfFile);
@@ -118,7 +118,7 @@ TEST_F(GzFileBufTransfer, BufferedOverflowFailsWhenClosedAndKeepsTheCharacters) 
     EXPECT_EQ(buffer_.Pending(), "abc");
 }
 
-TEST_F(GzFileBufTransfer, BufferedOverflowFailsWhenOpenForReading) {
+TEST_F(GzFileBufTransfer, BufferedOverflowFailsIfOpenForReading) {
     Zip(Path(), "text");
     ZlibCalls().writeSizes.clear();
     ASSERT_NE(buffer_.open(Path().c_str(), in), nullptr);
@@ -126,7 +126,7 @@ TEST_F(GzFileBufTransfer, BufferedOverflowFailsWhenOpenForReading) {
     EXPECT_THAT(ZlibCalls().writeSizes, IsEmpty());
 }
 
-TEST_F(GzFileBufTransfer, CharactersZlibDidNotTakeStayInThePutArea) {
+TEST_F(GzFileBufTransfer, CharactersThatZlibDidNotWriteStayInThePutArea) {
     ASSERT_NE(buffer_.open(Path().c_str(), out), nullptr);
     EXPECT_EQ(buffer_.sputn("ab", 2), 2);
     ZlibCalls().failingWrite = 0;
@@ -136,7 +136,7 @@ TEST_F(GzFileBufTransfer, CharactersZlibDidNotTakeStayInThePutArea) {
     EXPECT_EQ(buffer_.Pending(), "abc");
 }
 
-TEST_F(GzFileBufTransfer, PendingCharactersAreTriedAgainByTheNextFlush) {
+TEST_F(GzFileBufTransfer, TheNextFlushWritesCharactersThatAreStillPending) {
     ASSERT_NE(buffer_.open(Path().c_str(), out), nullptr);
     EXPECT_EQ(buffer_.sputn("ab", 2), 2);
     ZlibCalls().failingWrite = 0;
@@ -155,7 +155,7 @@ TEST_F(GzFileBufTransfer, AShortWriteIsAFailure) {
     EXPECT_EQ(buffer_.Pending(), "abc");
 }
 
-TEST_F(GzFileBufTransfer, AfterAFullBufferCouldNotBeWrittenNothingMoreIsTaken) {
+TEST_F(GzFileBufTransfer, AcceptsNothingAfterAFullBufferCouldNotBeWritten) {
     const std::string text = RandomBytes(8192);
     ASSERT_NE(buffer_.open(Path().c_str(), out), nullptr);
     ZlibCalls().failingWrite = 0;
@@ -179,7 +179,7 @@ TEST_F(GzFileBufTransfer, OverflowFailsWithAPutPointerBeforeThePutArea) {
     EXPECT_THAT(ZlibCalls().writeSizes, IsEmpty());
 }
 
-TEST_F(GzFileBufTransfer, EachSingleWriteMayFailAndIsReportedAtLatestByClose) {
+TEST_F(GzFileBufTransfer, AFailureOfAnyWriteIsReportedByCloseAtTheLatest) {
     const std::string text = RandomBytes(30000);
     bool succeeded = false;
     for (std::size_t failing = 0; !succeeded; ++failing) {
@@ -195,9 +195,9 @@ TEST_F(GzFileBufTransfer, EachSingleWriteMayFailAndIsReportedAtLatestByClose) {
     }
 }
 
-// ---- sizes that zlib's types do not hold
+// ---- sizes that exceed zlib's types
 
-/// Memory that is only taken where it is touched.
+/// Address space that takes memory only for the pages that are accessed.
 class TReservedMemory {
   public:
     explicit TReservedMemory(std::size_t size)
@@ -223,7 +223,7 @@ class TReservedMemory {
 
 constexpr std::size_t fiveGiB = std::size_t{5} << 30;
 
-TEST_F(GzFileBufTransfer, WhatIsPendingIsHandedToZlibInOneWriteThatZlibMayRefuse) {
+TEST_F(GzFileBufTransfer, PassesPendingCharactersInOneWriteEvenIfZlibRejectsTheSize) {
     const TReservedMemory memory(fiveGiB);
     if (!memory.IsThere()) {
         GTEST_SKIP() << "no 5 GiB of address space";
@@ -237,7 +237,7 @@ TEST_F(GzFileBufTransfer, WhatIsPendingIsHandedToZlibInOneWriteThatZlibMayRefuse
     EXPECT_EQ(buffer_.pptr() - buffer_.pbase(), 2147483648) << "the characters stay in the put area";
 }
 
-TEST_F(GzFileBufTransfer, MorePendingThanZlibCanCountIsRefusedAsAWhole) {
+TEST_F(GzFileBufTransfer, RejectsMorePendingCharactersThanZlibCanCount) {
     const TReservedMemory memory(fiveGiB);
     if (!memory.IsThere()) {
         GTEST_SKIP() << "no 5 GiB of address space";
@@ -252,7 +252,7 @@ TEST_F(GzFileBufTransfer, MorePendingThanZlibCanCountIsRefusedAsAWhole) {
     EXPECT_EQ(buffer_.pptr() - buffer_.pbase(), 4294967301) << "the characters stay in the put area";
 }
 
-TEST_F(GzFileBufTransfer, ZlibIsAskedForTheWholeBufferAndItsRefusalReadsAsEndOfFile) {
+TEST_F(GzFileBufTransfer, RequestsTheWholeBufferAndTreatsARejectedSizeAsEndOfFile) {
     const TReservedMemory memory(fiveGiB);
     if (!memory.IsThere()) {
         GTEST_SKIP() << "no 5 GiB of address space";
@@ -269,7 +269,7 @@ TEST_F(GzFileBufTransfer, ZlibIsAskedForTheWholeBufferAndItsRefusalReadsAsEndOfF
     }
 }
 
-TEST_F(GzFileBufTransfer, TheLargestBufferThatZlibFillsIsFilledByOneRead) {
+TEST_F(GzFileBufTransfer, FillsTheLargestBufferThatZlibAcceptsWithOneRead) {
     const TReservedMemory memory(fiveGiB);
     if (!memory.IsThere()) {
         GTEST_SKIP() << "no 5 GiB of address space";
@@ -284,7 +284,7 @@ TEST_F(GzFileBufTransfer, TheLargestBufferThatZlibFillsIsFilledByOneRead) {
 
 // ---- sync
 
-/// Counts what arrives at the virtual operations and can make them fail.
+/// Counts the calls of the virtual operations and can make them fail.
 class TCountingBuffer : public gzfilebuf {
   public:
     using gzfilebuf::setbuf;
@@ -332,7 +332,7 @@ TEST_F(GzFileBufTransfer, SetbufGoesThroughADerivedSyncAndReportsItsFailure) {
     EXPECT_EQ(counting.syncs, 2);
 }
 
-TEST_F(GzFileBufTransfer, SyncFailsOnABufferOpenForReadingIntoWhichSomethingWasPut) {
+TEST_F(GzFileBufTransfer, SyncFailsIfCharactersArePendingInABufferOpenForReading) {
     Zip(Path(), "text");
     ASSERT_NE(buffer_.open(Path().c_str(), in), nullptr);
     EXPECT_EQ(buffer_.sync(), 0);
@@ -366,7 +366,7 @@ TEST_F(GzFileBufTransfer, UnderflowReturnsTheCurrentCharacterWithoutReadingAgain
     EXPECT_THAT(ZlibCalls().readSizes, ElementsAre(8192U));
 }
 
-TEST_F(GzFileBufTransfer, ARefillStartsAtTheStartOfTheBufferSoNothingCanBePutBack) {
+TEST_F(GzFileBufTransfer, ARefillStartsAtTheStartOfTheBufferAndLeavesNoPutbackArea) {
     Zip(Path(), "abcdef");
     char own[4];
     buffer_.setbuf(own, sizeof own);
@@ -390,14 +390,14 @@ TEST_F(GzFileBufTransfer, UnderflowAtTheEndEmptiesTheGetArea) {
     EXPECT_EQ(buffer_.underflow(), endOfFile);
 }
 
-TEST_F(GzFileBufTransfer, UnderflowFailsWhenClosedOrOpenForWriting) {
+TEST_F(GzFileBufTransfer, UnderflowFailsIfClosedOrOpenForWriting) {
     EXPECT_EQ(buffer_.underflow(), endOfFile);
     ASSERT_NE(buffer_.open(Path().c_str(), out), nullptr);
     EXPECT_EQ(buffer_.underflow(), endOfFile);
     EXPECT_THAT(ZlibCalls().readSizes, IsEmpty());
 }
 
-TEST_F(GzFileBufTransfer, ShowmanycTellsWhatIsLeftInTheGetAreaOnly) {
+TEST_F(GzFileBufTransfer, ShowmanycReturnsTheNumberOfCharactersLeftInTheGetArea) {
     Zip(Path(), "abc");
     ASSERT_NE(buffer_.open(Path().c_str(), in), nullptr);
     EXPECT_EQ(buffer_.showmanyc(), 0);
@@ -408,7 +408,7 @@ TEST_F(GzFileBufTransfer, ShowmanycTellsWhatIsLeftInTheGetAreaOnly) {
     EXPECT_EQ(buffer_.showmanyc(), 0);
 }
 
-TEST_F(GzFileBufTransfer, ShowmanycIsZeroWhenTheGetPointerIsBeyondTheGetEnd) {
+TEST_F(GzFileBufTransfer, ShowmanycIsZeroIfTheGetPointerIsPastTheGetEnd) {
     Zip(Path(), "abc");
     ASSERT_NE(buffer_.open(Path().c_str(), in), nullptr);
     EXPECT_EQ(buffer_.sgetc(), 'a');
@@ -416,7 +416,7 @@ TEST_F(GzFileBufTransfer, ShowmanycIsZeroWhenTheGetPointerIsBeyondTheGetEnd) {
     EXPECT_EQ(buffer_.showmanyc(), 0);
 }
 
-TEST_F(GzFileBufTransfer, ShowmanycIsMinusOneWhenClosedOrOpenForWriting) {
+TEST_F(GzFileBufTransfer, ShowmanycIsMinusOneIfClosedOrOpenForWriting) {
     EXPECT_EQ(buffer_.showmanyc(), -1);
     ASSERT_NE(buffer_.open(Path().c_str(), out), nullptr);
     EXPECT_EQ(buffer_.showmanyc(), -1);
@@ -428,7 +428,7 @@ TEST_F(GzFileBufTransfer, CannotSeek) {
     EXPECT_EQ(buffer_.pubseekpos(0, out), std::streampos(std::streamoff(-1)));
 }
 
-// ---- a device that is full
+// ---- a full device
 
 TEST_F(GzFileBufTransfer, AFullDeviceIsReportedByOverflowSyncAndClose) {
     const std::string text = RandomBytes(1 << 20);
@@ -442,7 +442,7 @@ TEST_F(GzFileBufTransfer, AFullDeviceIsReportedByOverflowSyncAndClose) {
     EXPECT_FALSE(buffer_.is_open());
 }
 
-TEST_F(GzFileBufTransfer, AFullDeviceIsReportedByCloseWhenZlibHeldEverythingBack) {
+TEST_F(GzFileBufTransfer, AFullDeviceIsReportedByCloseIfZlibBufferedEverything) {
     ASSERT_NE(buffer_.open("/dev/full", out), nullptr);
     EXPECT_EQ(buffer_.sputn("text", 4), 4);
     EXPECT_EQ(buffer_.sync(), 0);

@@ -1,4 +1,3 @@
-// The files and texts of the gzstream tests.
 #include "gzstream_fixture.h"
 
 #include "zlib_calls.h"
@@ -23,7 +22,7 @@ TGzstreamFixture::TGzstreamFixture() {
 }
 
 TGzstreamFixture::~TGzstreamFixture() {
-    std::error_code ignored;  // A folder that stays behind is no reason to fail.
+    std::error_code ignored;  // A folder that cannot be removed does not fail the test.
     std::filesystem::remove_all(folder_, ignored);
 }
 

@@ -1,4 +1,4 @@
-// A temporary folder per test, gzip files in it read and written by zlib alone, and texts to put into them.
+// A fixture with a temporary folder, access to gzip files with zlib alone, and texts for them.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -13,10 +13,10 @@ class TGzstreamFixture : public testing::Test {
     TGzstreamFixture();
     ~TGzstreamFixture() override;
 
-    /// The path of `name` in the test's folder, valid as long as the test.
+    /// Returns the path of `name` in the test's folder, valid until the test ends.
     std::string Path(std::string_view name = "text.gz") const;
 
-    /// The decompressed text of a complete gzip file; a test failure when it is not one.
+    /// Returns the decompressed text of a gzip file. Fails the test if the file is incomplete.
     static std::string Unzip(const std::string& path);
     /// Writes `text` as a complete gzip file.
     static void Zip(const std::string& path, std::string_view text);
@@ -24,7 +24,7 @@ class TGzstreamFixture : public testing::Test {
     static std::string ReadBytes(const std::string& path);
     static void WriteBytes(const std::string& path, std::string_view bytes);
 
-    /// `size` characters of all 256 values without a pattern, the same ones for the same `seed`.
+    /// Returns `size` pseudo-random characters of all 256 values, the same for the same `seed`.
     static std::string RandomBytes(std::size_t size, unsigned seed = 1);
     static std::string Repeated(std::string_view text, std::size_t size);
 

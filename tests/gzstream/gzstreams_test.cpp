@@ -1,4 +1,4 @@
-// The streams around the buffer: default modes, states, damaged files and round trips against zlib itself.
+// The stream classes: default modes, states, damaged files, and round trips with zlib itself.
 #include "gzstream/gzstreams.h"
 
 #include "gzstream_fixture.h"
@@ -42,7 +42,7 @@ std::string ReadAll(std::istream& stream) {
 
 // ---- gzofstream
 
-TEST_F(GzOutStream, StartsClosedInAGoodStateOnItsOwnBuffer) {
+TEST_F(GzOutStream, StartsClosedInAGoodStateWithItsOwnBuffer) {
     const gzofstream stream;
     EXPECT_EQ(stream.rdstate(), goodbit);
     EXPECT_FALSE(stream.is_open());
@@ -61,7 +61,7 @@ TEST_F(GzOutStream, BinaryAloneOpensForWriting) {
     EXPECT_EQ(Unzip(Path()), "number 42\n");
 }
 
-TEST_F(GzOutStream, WritesAFileFromTheStartWithoutAMode) {
+TEST_F(GzOutStream, TruncatesTheFileByDefault) {
     Zip(Path(), "something longer than what follows");
     gzofstream(Path().c_str()) << "text";
     EXPECT_THAT(ZlibCalls().openModes, ElementsAre("wb", "w"));
@@ -75,7 +75,7 @@ TEST_F(GzOutStream, AppendsInAppMode) {
     EXPECT_EQ(Unzip(Path()), "one two");
 }
 
-TEST_F(GzOutStream, FailsWithAModeZlibHasNoTextFor) {
+TEST_F(GzOutStream, FailsForAnUnsupportedMode) {
     const gzofstream stream(Path().c_str(), out | trunc | app);
     EXPECT_EQ(stream.rdstate(), failbit);
     EXPECT_FALSE(stream.is_open());
@@ -84,13 +84,13 @@ TEST_F(GzOutStream, FailsWithAModeZlibHasNoTextFor) {
     EXPECT_THAT(ZlibCalls().openModes, IsEmpty());
 }
 
-TEST_F(GzOutStream, FailsWhereNoFileCanBeCreated) {
+TEST_F(GzOutStream, FailsIfNoFileCanBeCreated) {
     const gzofstream stream(Path("missing/text.gz").c_str(), binary);
     EXPECT_EQ(stream.rdstate(), failbit);
     EXPECT_FALSE(stream.is_open());
 }
 
-TEST_F(GzOutStream, FailsToOpenASecondFileAndGoesOnWithTheFirst) {
+TEST_F(GzOutStream, FailsToOpenASecondFileAndKeepsTheFirst) {
     gzofstream stream(Path("first.gz").c_str());
     stream << "one ";
     stream.open(Path("second.gz").c_str());
@@ -128,7 +128,7 @@ TEST_F(GzOutStream, ASuccessfulAttachClearsTheWholeStateAndAFailingOneAddsFailbi
     EXPECT_EQ(Unzip(Path()), "text");
 }
 
-TEST_F(GzOutStream, ClosingWhatWasNeverOpenedFails) {
+TEST_F(GzOutStream, CloseFailsIfNothingWasOpened) {
     gzofstream stream;
     stream.close();
     EXPECT_EQ(stream.rdstate(), failbit);
@@ -141,7 +141,7 @@ TEST_F(GzOutStream, CloseNeverClearsTheState) {
     EXPECT_EQ(stream.rdstate(), eofbit);
 }
 
-TEST_F(GzOutStream, ConstructedOnADescriptorItWritesThere) {
+TEST_F(GzOutStream, WritesToTheDescriptorOfItsConstructor) {
     gzofstream stream(creat(Path().c_str(), 0600));
     EXPECT_THAT(ZlibCalls().openModes, ElementsAre("w"));
     EXPECT_TRUE(stream.is_open());
@@ -165,7 +165,7 @@ TEST_F(GzOutStream, DestructionFlushesAndClosesAFileOpenedByName) {
     EXPECT_EQ(Unzip(Path()), "text");
 }
 
-TEST_F(GzOutStream, DestructionWhoseFlushFailsDoesNotThrow) {
+TEST_F(GzOutStream, DestructionDoesNotThrowIfTheFlushFails) {
     ZlibCalls().failingWrite = 0;
     EXPECT_NO_THROW({
         gzofstream stream(Path().c_str());
@@ -175,7 +175,7 @@ TEST_F(GzOutStream, DestructionWhoseFlushFailsDoesNotThrow) {
     EXPECT_EQ(ZlibCalls().closed, ZlibCalls().opened);
 }
 
-TEST_F(GzOutStream, BatchesSmallInsertionsInto8192Characters) {
+TEST_F(GzOutStream, CollectsSmallInsertionsIntoWritesOf8192Characters) {
     gzofstream stream(Path().c_str(), binary);
     for (int i = 0; i < 5000; ++i) {
         stream << "line\n";
@@ -186,14 +186,14 @@ TEST_F(GzOutStream, BatchesSmallInsertionsInto8192Characters) {
     EXPECT_EQ(Unzip(Path()), Repeated("line\n", 25000));
 }
 
-TEST_F(GzOutStream, FlushHandsPendingCharactersToZlib) {
+TEST_F(GzOutStream, FlushPassesPendingCharactersToZlib) {
     gzofstream stream(Path().c_str());
     stream << "text" << std::flush;
     EXPECT_EQ(stream.rdstate(), goodbit);
     EXPECT_THAT(ZlibCalls().writeSizes, ElementsAre(4U));
 }
 
-TEST_F(GzOutStream, AFlushThatFailsSetsBadbitAndCloseAddsFailbit) {
+TEST_F(GzOutStream, AFailedFlushSetsBadbitAndCloseAddsFailbit) {
     gzofstream stream(Path().c_str());
     ZlibCalls().failingWrite = 0;
     stream << "text" << std::flush;
@@ -203,7 +203,7 @@ TEST_F(GzOutStream, AFlushThatFailsSetsBadbitAndCloseAddsFailbit) {
     EXPECT_FALSE(stream.is_open());
 }
 
-TEST_F(GzOutStream, AFullDeviceSetsBadbitAndFurtherTextIsRefused) {
+TEST_F(GzOutStream, AFullDeviceSetsBadbitAndFurtherTextIsRejected) {
     gzofstream stream("/dev/full", binary);
     stream << RandomBytes(1 << 20);
     EXPECT_EQ(stream.rdstate(), badbit);
@@ -215,7 +215,7 @@ TEST_F(GzOutStream, AFullDeviceSetsBadbitAndFurtherTextIsRefused) {
     EXPECT_EQ(stream.rdstate(), failbit);
 }
 
-TEST_F(GzOutStream, ATextThatFitsIntoZlibFailsOnAFullDeviceWhenClosed) {
+TEST_F(GzOutStream, CloseReportsAFullDeviceForTextThatZlibBuffered) {
     gzofstream stream("/dev/full", binary);
     stream << "text" << std::flush;
     EXPECT_EQ(stream.rdstate(), goodbit);
@@ -236,7 +236,7 @@ TEST_F(GzOutStream, WritesTheSameBytesAsZlibAtItsDefaultLevel) {
     EXPECT_EQ(ReadBytes(Path("stream.gz")), ReadBytes(Path("zlib.gz")));
 }
 
-TEST_F(GzOutStream, SetcompressionChangesTheLevelOfWhatFollows) {
+TEST_F(GzOutStream, SetcompressionChangesTheLevelOfTheFollowingText) {
     const std::string text = Repeated("compressible ", 100000);
     gzofstream stream(Path().c_str());
     EXPECT_EQ(stream.rdbuf()->setcompression(Z_NO_COMPRESSION, Z_DEFAULT_STRATEGY), Z_OK);
@@ -262,7 +262,7 @@ TEST_F(GzOutStream, CanBeDerivedFrom) {
 
 // ---- gzifstream
 
-TEST_F(GzInStream, StartsClosedInAGoodStateOnItsOwnBuffer) {
+TEST_F(GzInStream, StartsClosedInAGoodStateWithItsOwnBuffer) {
     const gzifstream stream;
     EXPECT_EQ(stream.rdstate(), goodbit);
     EXPECT_FALSE(stream.is_open());
@@ -284,7 +284,7 @@ TEST_F(GzInStream, InWithBinaryOpensForReading) {
     EXPECT_FALSE(stream.is_open());
 }
 
-TEST_F(GzInStream, ReadsWithoutAMode) {
+TEST_F(GzInStream, ReadsByDefault) {
     Zip(Path(), "text");
     ZlibCalls() = {};
     gzifstream stream(Path().c_str());
@@ -292,7 +292,7 @@ TEST_F(GzInStream, ReadsWithoutAMode) {
     EXPECT_THAT(ZlibCalls().openModes, ElementsAre("r"));
 }
 
-TEST_F(GzInStream, FailsWithAModeZlibHasNoTextFor) {
+TEST_F(GzInStream, FailsForAnUnsupportedMode) {
     Zip(Path(), "text");
     ZlibCalls() = {};
     EXPECT_EQ(gzifstream(Path().c_str(), in | trunc).rdstate(), failbit);
@@ -307,7 +307,7 @@ TEST_F(GzInStream, FailsOnAMissingFile) {
     EXPECT_FALSE(stream.is_open());
 }
 
-TEST_F(GzInStream, FailsToOpenASecondFileAndGoesOnWithTheFirst) {
+TEST_F(GzInStream, FailsToOpenASecondFileAndKeepsTheFirst) {
     Zip(Path("first.gz"), "first");
     Zip(Path("second.gz"), "second");
     gzifstream stream(Path("first.gz").c_str());
@@ -340,7 +340,7 @@ TEST_F(GzInStream, ASuccessfulAttachClearsTheWholeStateAndAFailingOneAddsFailbit
     EXPECT_EQ(stream.rdstate(), goodbit);
 }
 
-TEST_F(GzInStream, ConstructedOnADescriptorItReadsFromThere) {
+TEST_F(GzInStream, ReadsFromTheDescriptorOfItsConstructor) {
     Zip(Path(), "text");
     ZlibCalls() = {};
     gzifstream stream(open(Path().c_str(), O_RDONLY), binary);
@@ -361,7 +361,7 @@ TEST_F(GzInStream, DestructionClosesAFileOpenedByNameAndLeavesAnAttachedDescript
     EXPECT_EQ(gzclose(ZlibCalls().opened.back()), Z_OK);
 }
 
-TEST_F(GzInStream, ClosingWhatWasNeverOpenedFails) {
+TEST_F(GzInStream, CloseFailsIfNothingWasOpened) {
     gzifstream stream;
     stream.close();
     EXPECT_EQ(stream.rdstate(), failbit);
@@ -374,7 +374,7 @@ TEST_F(GzInStream, CannotSeek) {
     EXPECT_EQ(stream.rdstate(), failbit);
 }
 
-TEST_F(GzInStream, ReadsSeveralGzipStreamsInOneFileAsOneText) {
+TEST_F(GzInStream, ReadsConcatenatedGzipStreamsAsOneText) {
     Zip(Path("one.gz"), "one ");
     Zip(Path("two.gz"), "two");
     WriteBytes(Path(), ReadBytes(Path("one.gz")) + ReadBytes(Path("two.gz")));
@@ -382,7 +382,7 @@ TEST_F(GzInStream, ReadsSeveralGzipStreamsInOneFileAsOneText) {
     EXPECT_EQ(ReadAll(stream), "one two");
 }
 
-TEST_F(GzInStream, ReadsAPlainFileAsItIs) {
+TEST_F(GzInStream, ReadsAnUncompressedFileUnchanged) {
     WriteBytes(Path("plain.txt"), "not compressed");
     gzifstream stream(Path("plain.txt").c_str());
     EXPECT_EQ(ReadAll(stream), "not compressed");
@@ -413,11 +413,11 @@ TEST_F(GzInStream, AnEmptyFileReadsAsEmptyText) {
     EXPECT_EQ(stream.rdstate(), goodbit);
 }
 
-TEST_F(GzInStream, AFileThatBreaksOffReadsAsTheTextSoFarAndFailsWhenClosed) {
+TEST_F(GzInStream, ATruncatedFileReadsUpToItsEndAndFailsWhenClosed) {
     const std::string text = RandomBytes(300);
     Zip(Path("whole.gz"), text);
     const std::string whole = ReadBytes(Path("whole.gz"));
-    // A single byte is not yet recognised as the start of a gzip file.
+    // zlib does not recognise a single byte as the start of a gzip file.
     for (std::size_t size = 2; size < whole.size(); ++size) {
         WriteBytes(Path(), whole.substr(0, size));
         gzifstream stream(Path().c_str(), binary);
@@ -432,7 +432,7 @@ TEST_F(GzInStream, AFileThatBreaksOffReadsAsTheTextSoFarAndFailsWhenClosed) {
     }
 }
 
-TEST_F(GzInStream, ALongFileThatBreaksOffStillGivesItsWholeBlocks) {
+TEST_F(GzInStream, ALongTruncatedFileStillYieldsItsWholeBlocks) {
     const std::string text = RandomBytes(100000);
     Zip(Path("whole.gz"), text);
     WriteBytes(Path(), ReadBytes(Path("whole.gz")).substr(0, 60000));
@@ -445,7 +445,7 @@ TEST_F(GzInStream, ALongFileThatBreaksOffStillGivesItsWholeBlocks) {
 TEST_F(GzInStream, AnInvalidBlockReadsAsEndOfFile) {
     Zip(Path(), "text");
     std::string bytes = ReadBytes(Path());
-    bytes[10] = '\x07';  // behind the 10 bytes of header: a last block of the reserved kind 3
+    bytes[10] = '\x07';  // after the 10 bytes of header: a last block of the reserved type 3
     WriteBytes(Path(), bytes);
     gzifstream stream(Path().c_str(), binary);
     EXPECT_EQ(stream.get(), std::char_traits<char>::eof());
@@ -465,14 +465,14 @@ TEST_F(GzInStream, AWrongChecksumReadsAsAnEarlyEndOfFile) {
     EXPECT_EQ(got, text.substr(0, got.size()));
 }
 
-TEST_F(GzInStream, AFolderReadsAsEndOfFile) {
+TEST_F(GzInStream, ADirectoryReadsAsEndOfFile) {
     gzifstream stream(Path("").c_str(), binary);
     EXPECT_EQ(ReadAll(stream), "");
 }
 
-// ---- round trips against zlib
+// ---- round trips with zlib
 
-/// Sizes of the buffer to try; 0 is unbuffered.
+/// Runs with several buffer sizes; 0 is unbuffered.
 constexpr std::streamsize bufferSizes[] = {0, 1, 2, 3, 100, 8191, 8192, 8193, 70000};
 
 class GzRoundTrip : public TGzstreamFixture, public testing::WithParamInterface<unsigned> {
@@ -483,7 +483,7 @@ class GzRoundTrip : public TGzstreamFixture, public testing::WithParamInterface<
         return std::uniform_int_distribution<std::size_t>(0, limit - 1)(random_);
     }
 
-    /// Text as compressible as chance wants it.
+    /// Returns text of random compressibility.
     std::string SomeText() {
         const std::size_t size = Below(120000);
         return Repeated(RandomBytes(1 + Below(50000), GetParam()), size);
@@ -496,10 +496,10 @@ class GzRoundTrip : public TGzstreamFixture, public testing::WithParamInterface<
     }
 
     std::mt19937 random_;
-    std::vector<char> own_;  // outlives the streams of a test
+    std::vector<char> own_;  // must outlive the streams of a test
 };
 
-TEST_P(GzRoundTrip, WhatIsInsertedInPiecesZlibReadsBack) {
+TEST_P(GzRoundTrip, ZlibReadsTextThatWasInsertedInPieces) {
     const std::string text = SomeText();
     gzofstream stream;
     SetSomeBuffer(*stream.rdbuf());
@@ -521,7 +521,7 @@ TEST_P(GzRoundTrip, WhatIsInsertedInPiecesZlibReadsBack) {
     EXPECT_EQ(Unzip(Path()), text);
 }
 
-TEST_P(GzRoundTrip, WhatZlibWroteIsExtractedInPieces) {
+TEST_P(GzRoundTrip, ExtractsInPiecesTextThatZlibWrote) {
     const std::string text = SomeText();
     Zip(Path(), text);
     gzifstream stream;

@@ -1,4 +1,4 @@
-// The buffer with its protected side opened, and what is said about its two areas in most of its tests.
+// The stream buffer with its protected members accessible, and checks of its two areas.
 #pragma once
 
 #include "gzstream/gzfilebuf.h"
@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <string>
 
-/// The buffer with its protected operations and pointers in reach.
+/// Makes the protected operations and pointers public.
 class TOpenedBuffer : public gzfilebuf {
   public:
     using gzfilebuf::disable_buffer;
@@ -27,14 +27,15 @@ class TOpenedBuffer : public gzfilebuf {
     using gzfilebuf::underflow;
     using gzfilebuf::xsputn;
 
-    /// What stands in the put area, beyond its end too.
+    /// Returns the pending characters, including those past the end of the put area.
     std::string Pending() const { return {pbase(), pptr()}; }
-    /// Both areas are null.
+    /// Expects both areas to be null.
     bool HasNoAreas() const {
         return eback() == nullptr && gptr() == nullptr && egptr() == nullptr && pbase() == nullptr &&
                pptr() == nullptr && epptr() == nullptr;
     }
-    /// Both areas start at `buffer` and hold nothing; the put area has room for `putSize` characters.
+    /// Expects both areas to start at `buffer` and to be empty, and the put area to have room for `putSize`
+    /// characters.
     bool HasEmptyAreas(const char* buffer, std::ptrdiff_t putSize) const {
         return eback() == buffer && gptr() == buffer && egptr() == buffer && pbase() == buffer &&
                pptr() == buffer && epptr() == buffer + putSize;

@@ -1,4 +1,4 @@
-// The wrappers behind the linker's --wrap option; their names are the linker's choice.
+// The linker's --wrap option determines the names of the wrappers.
 // NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp,readability-identifier-naming)
 #include "zlib_calls.h"
 
@@ -56,7 +56,7 @@ int __wrap_gzclose(gzFile file) {
     if (ZlibCalls().cancelsInClose) {
         NTEST::CancelThisThread();
     }
-    return answer == Z_OK ? ZlibCalls().closeAnswer : answer;
+    return answer == Z_OK ? ZlibCalls().closeResult : answer;
 }
 
 int __wrap_gzsetparams(gzFile file, int level, int strategy) {

@@ -1,5 +1,5 @@
-// Uses the host as a plug-in does that was built against declarations of its own: names, argument types, slot
-// order and sizes are those of the contract, and nothing else of the host is known.
+// Uses the host like a plug-in that was built against other declarations of the same contract: the same
+// names, argument types, slot order and sizes. No header of the host is included.
 #include <boost/function.hpp>
 #include <boost/pointer_cast.hpp>
 #include <boost/shared_ptr.hpp>
@@ -159,7 +159,7 @@ namespace {
 using namespace NKELVOR20;
 using testing::ElementsAre;
 
-/// The operations by which plug-ins deal with values and dates, on values that the host made.
+/// The operations of plug-ins on values and dates, with values that the host constructed.
 class HostContract : public testing::Test {
   protected:
     HostContract() { MakeSampleNamespace(collected_); }
@@ -180,7 +180,7 @@ class HostContract : public testing::Test {
     boost::shared_ptr<ICIMNamespace> collected_;
 };
 
-TEST_F(HostContract, MakesAndCopiesTextValues) {
+TEST_F(HostContract, ConstructsAndCopiesTextValues) {
     const TCIMValue text("a longer text than fits into the value itself");
     const TCIMValue same(std::string("a longer text than fits into the value itself"));
     const TCIMValue copy(text);
@@ -192,13 +192,13 @@ TEST_F(HostContract, MakesAndCopiesTextValues) {
     }
 }
 
-TEST_F(HostContract, TellsNullFromEmpty) {
+TEST_F(HostContract, DistinguishesNullFromEmpty) {
     EXPECT_TRUE(Value("Owner").IsNull());
     EXPECT_TRUE(Property("Owner")->IsNull({}));
     EXPECT_FALSE(TCIMValue("").IsNull());
 }
 
-TEST_F(HostContract, GivesTheElementsOfAnArray) {
+TEST_F(HostContract, ReturnsTheElementsOfAnArray) {
     const TCIMValue& value = Value("Status");
     ASSERT_TRUE(value.IsArray());
     std::vector<std::string> texts;
@@ -248,7 +248,7 @@ TEST_F(HostContract, FindsThePluginManagerByItsDynamicType) {
     }
 }
 
-TEST_F(HostContract, AnswersAboutTheCollectedMachine) {
+TEST_F(HostContract, ReturnsFactsAboutTheCollectedMachine) {
     EXPECT_EQ(TCIMSchemaHelper::GetMachineType(collected_), "8840");
     EXPECT_EQ(TCIMSchemaHelper::GetModelNumber(collected_), "21X");
     EXPECT_EQ(TCIMSchemaHelper::GetSerialNumber(collected_, {}), "KQ12345");
@@ -257,7 +257,7 @@ TEST_F(HostContract, AnswersAboutTheCollectedMachine) {
     EXPECT_EQ(TCIMSchemaHelper::GetDataSourceVersion(collected_, {}), "1.0.0");
 }
 
-TEST_F(HostContract, AnswersAboutTheOperatingSystem) {
+TEST_F(HostContract, ReturnsFactsAboutTheOperatingSystem) {
     EXPECT_EQ(TOSSpecific::GetEnvironment("NOXINFO_NO_SUCH_VARIABLE"), "");
     EXPECT_NE(TOSSpecific::DetectHostnameAvailable("127.0.0.1", "1"), 0);
     EXPECT_GT(TOSSpecific::GetLocalTime().GetYear(), 2000);
@@ -265,12 +265,12 @@ TEST_F(HostContract, AnswersAboutTheOperatingSystem) {
     EXPECT_NE(TOSSpecific::GetOperatingSystemName(), "");
 }
 
-TEST_F(HostContract, TakesLogLines) {
+TEST_F(HostContract, AcceptsLogLines) {
     EXPECT_NO_THROW(TRootObject::GetCoreLogger()->Log(3, "a line"));
 }
 
-TEST_F(HostContract, OffersTheUploadService) {
-    // Only linked: a call would ask the network.
+TEST_F(HostContract, ExportsTheUploadService) {
+    // Only linked, because a call would access the network.
     auto* volatile operation = &TZETUpload::ZETGetEntityId;
     EXPECT_NE(operation, nullptr);
 }

@@ -1,5 +1,5 @@
-// A namespace with one instance of `KELSG_ComputerSystem` and one of `KELSG_OperatingSystem`, whose
-// properties hold a value of each shape.
+// A namespace with one instance each of `KELSG_ComputerSystem` and `KELSG_OperatingSystem`, whose properties
+// have values of every shape.
 #include "host/cim_date_time.h"
 #include "vorhost/model/memory_namespace.h"
 

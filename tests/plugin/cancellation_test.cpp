@@ -1,4 +1,5 @@
-// A thread that is cancelled during a request: no step that goes on after a failure may keep it.
+// A thread that is cancelled during a request must unwind completely, also in the steps that tolerate
+// failures.
 #include "tests/cancellation/cancelled_thread.h"
 #include "tests/plugin/request_fixture.h"
 
@@ -19,24 +20,24 @@ using NTEST::IsCancelledIn;
 
 using TCancelledRequest = NTEST::TRequestFixture;
 
-TEST_F(TCancelledRequest, EndsInTheMachineType) {
+TEST_F(TCancelledRequest, UnwindsFromTheMachineType) {
     host_.machineType = [](const NDOUBLES::TNamespacePtr&) -> std::string { CancelThisThread(); };
     EXPECT_TRUE(IsCancelledIn([this] { Request(); }));
     EXPECT_TRUE(host_.log.empty());
 }
 
-TEST_F(TCancelledRequest, EndsInTheIdentity) {
+TEST_F(TCancelledRequest, UnwindsFromTheIdentity) {
     host_.environment = [](const std::string&) -> std::string { CancelThisThread(); };
     EXPECT_TRUE(IsCancelledIn([this] { Request(); }));
     EXPECT_TRUE(host_.log.empty());
 }
 
-TEST_F(TCancelledRequest, EndsInTheReadBack) {
+TEST_F(TCancelledRequest, UnwindsFromTheReadBack) {
     const auto resultClass = AddResultClass("KELSG_CADAT");
     ASSERT_EQ(::mkfifo(NTEST::hardwareFile.c_str(), 0600), 0);
     std::atomic<pthread_t> requesting{};
     int readBack = -1;
-    // Takes the hardware file, then cancels the thread that waits for its bytes to come back.
+    // Reads the hardware file, then cancels the thread that waits to read it back.
     std::thread exchange([&requesting, &readBack] {
         const int written = ::open(NTEST::hardwareFile.c_str(), O_RDONLY);
         for (char block[4096]; ::read(written, block, sizeof(block)) > 0;) {

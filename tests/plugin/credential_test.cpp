@@ -27,19 +27,19 @@ class TCredential : public NTEST::TPluginFixture {
     }
 };
 
-TEST_F(TCredential, IsWhatTheUploadServiceIssues) {
+TEST_F(TCredential, ComesFromTheUploadService) {
     EXPECT_EQ(plugin_->GetCredential("abc"), "entity-4711");
     EXPECT_THAT(host_.log, IsEmpty());
 }
 
-TEST_F(TCredential, AsksTheUploadServiceForTheInventoryOfTheIdentity) {
+TEST_F(TCredential, PassesTheIdentityAndTheInventorysKindToTheUploadService) {
     plugin_->GetCredential("abc");
     EXPECT_THAT(host_.entityRequests, ElementsAre(TUploadArguments{"data/kel.vor-direct.inventory",
                                                                    "text/xml/kel-cdm.resource-collection",
                                                                    "abc", "kel/eps", "kel/inventory"}));
 }
 
-TEST_F(TCredential, ProbesTheMakersWebServer) {
+TEST_F(TCredential, ProbesTheWebServerOfTheMaker) {
     plugin_->GetCredential("abc");
     EXPECT_THAT(host_.probes, ElementsAre(Pair(NOXINFO_MAKER_WEB_SERVER, "80")));
 }
@@ -51,13 +51,13 @@ TEST_F(TCredential, IsEmptyWithoutANetwork) {
     EXPECT_THAT(host_.entityRequests, IsEmpty());
 }
 
-TEST_F(TCredential, DoesNotLookAtTheIdentityWithoutANetwork) {
+TEST_F(TCredential, IgnoresTheIdentityWithoutANetwork) {
     AnswerProbe(1);
     EXPECT_EQ(plugin_->GetCredential(""), "");
     EXPECT_THAT(host_.log, ElementsAre(DebugLine("There is no internet connection")));
 }
 
-TEST_F(TCredential, TakesAnyStatusButZeroAsNoNetwork) {
+TEST_F(TCredential, TreatsEveryStatusButZeroAsNoNetwork) {
     AnswerProbe(-1);
     EXPECT_EQ(plugin_->GetCredential("abc"), "");
     EXPECT_THAT(host_.log, ElementsAre(DebugLine("There is no internet connection")));
@@ -74,20 +74,20 @@ TEST_F(TCredential, ProbesEvenForAnEmptyIdentity) {
     EXPECT_THAT(host_.probes, testing::SizeIs(1));
 }
 
-TEST_F(TCredential, PassesAnEmptyAnswerOfTheServiceOnInSilence) {
+TEST_F(TCredential, ReturnsAnEmptyIdentifierOfTheServiceWithoutALogLine) {
     host_.entityId = [](const TUploadArguments&) { return ""; };
     EXPECT_EQ(plugin_->GetCredential("abc"), "");
     EXPECT_THAT(host_.log, IsEmpty());
 }
 
-TEST_F(TCredential, LetsAFailureOfTheProbePass) {
+TEST_F(TCredential, PassesAnExceptionOfTheProbeOn) {
     host_.hostnameAvailable = [](const std::string&, const std::string&) -> int {
         throw std::runtime_error("no resolver");
     };
     EXPECT_THROW(plugin_->GetCredential("abc"), std::runtime_error);
 }
 
-TEST_F(TCredential, LetsAFailureOfTheServicePass) {
+TEST_F(TCredential, PassesAnExceptionOfTheServiceOn) {
     host_.entityId = [](const TUploadArguments&) -> std::string { throw TVORException(18); };
     EXPECT_THROW(plugin_->GetCredential("abc"), TVORException);
 }

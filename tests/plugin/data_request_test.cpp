@@ -64,7 +64,7 @@ TEST_F(TDataRequest, WritesOnlyTheHardwareFileWithoutAnIdentity) {
     EXPECT_FALSE(exists(systemFile));
 }
 
-TEST_F(TDataRequest, CarriesNoIdentityAndNoCredentialWithoutAnIdentity) {
+TEST_F(TDataRequest, ReturnsAnEmptyIdentityAndCredentialWithoutAnIdentity) {
     const auto resultClass = AddResultClass("KELSG_CADAT");
     SetReachable("entity-4711");
     Request();
@@ -112,7 +112,7 @@ TEST_F(TDataRequest, ReadsTheIdentityFromOneVariableOnce) {
     EXPECT_THAT(host_.environmentReads, ElementsAre("ZETKELID"));
 }
 
-TEST_F(TDataRequest, AsksForTheMachineTypeOfTheCollectedNamespace) {
+TEST_F(TDataRequest, ReadsTheMachineTypeOfTheCollectedNamespace) {
     TNamespacePtr asked;
     host_.machineType = [&asked](const TNamespacePtr& collected) {
         asked = collected;
@@ -141,7 +141,7 @@ TEST_F(TDataRequest, SetsTheFourPropertiesInOrder) {
                     Pair("MachineType", "8840"), Pair("Credential", "entity-4711")));
 }
 
-TEST_F(TDataRequest, TakesAnEmptyMachineTypeAsOne) {
+TEST_F(TDataRequest, AcceptsAnEmptyMachineType) {
     const auto resultClass = AddResultClass("KELSG_CADAT");
     host_.machineType = [](const TNamespacePtr&) { return ""; };
     Request();
@@ -149,7 +149,7 @@ TEST_F(TDataRequest, TakesAnEmptyMachineTypeAsOne) {
     EXPECT_THAT(PropertiesOfOnlyInstance(*resultClass), Contains(Pair("MachineType", "")));
 }
 
-TEST_F(TDataRequest, GivesEachResultClassItsOwnInstance) {
+TEST_F(TDataRequest, AddsAnInstanceToEachResultClass) {
     const auto first = AddResultClass("KELSG_CADAT");
     const auto second = AddResultClass("KELSG_CADAT");
     SetReachable("entity-4711");
@@ -159,7 +159,7 @@ TEST_F(TDataRequest, GivesEachResultClassItsOwnInstance) {
     EXPECT_EQ(PropertiesOfOnlyInstance(*first), PropertiesOfOnlyInstance(*second));
 }
 
-TEST_F(TDataRequest, AsksForACredentialForEachResultClass) {
+TEST_F(TDataRequest, RequestsACredentialForEachResultClass) {
     AddResultClass("KELSG_CADAT");
     AddResultClass("KELSG_CADAT");
     SetReachable("entity-4711");
@@ -169,7 +169,7 @@ TEST_F(TDataRequest, AsksForACredentialForEachResultClass) {
     EXPECT_THAT(host_.entityRequests, SizeIs(2));
 }
 
-TEST_F(TDataRequest, PassesOverClassesOfOtherNames) {
+TEST_F(TDataRequest, SkipsClassesOfOtherNames) {
     const auto lowerCase = AddResultClass("kelsg_cadat");
     const auto longer = AddResultClass("KELSG_CADAT2");
     const auto shorter = AddResultClass("KELSG_CADA");
@@ -189,7 +189,7 @@ TEST_F(TDataRequest, WritesTheFilesWithoutAResultClass) {
     EXPECT_THAT(host_.probes, IsEmpty());
 }
 
-TEST_F(TDataRequest, LeavesTheListOfClassesAsItIs) {
+TEST_F(TDataRequest, DoesNotChangeTheListOfClasses) {
     AddResultClass("KELSG_Other");
     AddResultClass("KELSG_CADAT");
     AddResultClass("KELSG_CADAT");
@@ -198,7 +198,7 @@ TEST_F(TDataRequest, LeavesTheListOfClassesAsItIs) {
     EXPECT_EQ(resultClasses_, before);
 }
 
-TEST_F(TDataRequest, StartsAfreshEachTime) {
+TEST_F(TDataRequest, IsIndependentOfEarlierRequests) {
     const auto resultClass = AddResultClass("KELSG_CADAT");
     Request();
     const std::string firstBytes = ReadBytes(hardwareFile);
@@ -211,12 +211,12 @@ TEST_F(TDataRequest, StartsAfreshEachTime) {
               PlainBase64Encode(ReadBytes(hardwareFile)));
 }
 
-TEST_F(TDataRequest, KeepsNoHoldOnTheNamespace) {
+TEST_F(TDataRequest, ReleasesTheNamespace) {
     Request();
     EXPECT_EQ(collected_.use_count(), 1);
 }
 
-TEST_F(TDataRequest, ReturnsDocumentsLargerThanAnyBuffer) {
+TEST_F(TDataRequest, ReturnsDocumentsLargerThanEveryBuffer) {
     const auto resultClass = AddResultClass("KELSG_CADAT");
     const auto disks = collected_->FindClass("KELSG_DiskDrive");
     for (int number = 0; number < 2000; ++number) {
@@ -244,14 +244,14 @@ TEST_F(TDataRequest, EndsWithoutAMachineType) {
     EXPECT_THAT(host_.log, ElementsAre(TLogLine{0, "NOXINFO: Can not get machine type from CIM result"}));
 }
 
-TEST_F(TDataRequest, EndsWithoutAMachineTypeWhateverIsThrown) {
+TEST_F(TDataRequest, EndsWithoutAMachineTypeForAnExceptionOfAnyType) {
     host_.machineType = [](const TNamespacePtr&) -> std::string { throw 42; };
     Request();
     EXPECT_TRUE(directory_.IsEmpty());
     EXPECT_THAT(host_.log, ElementsAre(TLogLine{0, "NOXINFO: Can not get machine type from CIM result"}));
 }
 
-TEST_F(TDataRequest, GoesOnWithoutAnIdentityThatCannotBeRead) {
+TEST_F(TDataRequest, ContinuesWithoutAnIdentityIfItCannotBeRead) {
     const auto resultClass = AddResultClass("KELSG_CADAT");
     collected_ = boost::make_shared<NVORHOST::TMemoryNamespace>();
     host_.environment = [](const std::string&) -> std::string { throw TVORException(1); };
@@ -264,14 +264,14 @@ TEST_F(TDataRequest, GoesOnWithoutAnIdentityThatCannotBeRead) {
                                        DebugLine("There is no internet connection")));
 }
 
-TEST_F(TDataRequest, GoesOnWithoutAnIdentityWhateverIsThrown) {
+TEST_F(TDataRequest, ContinuesWithoutAnIdentityForAnExceptionOfAnyType) {
     host_.environment = [](const std::string&) -> std::string { throw 42; };
     Request();
     EXPECT_THAT(host_.log, Contains(DebugLine("When get ZETKELID, a problem happened.")));
     EXPECT_TRUE(exists(hardwareFile));
 }
 
-TEST_F(TDataRequest, FailsWithCode11WhenTheDirectoryTakesNoFile) {
+TEST_F(TDataRequest, ThrowsCode11IfTheDirectoryWasRemoved) {
     const auto resultClass = AddResultClass("KELSG_CADAT");
     directory_.Remove();
     EXPECT_EQ(RequestFailure(), 11);
@@ -279,7 +279,7 @@ TEST_F(TDataRequest, FailsWithCode11WhenTheDirectoryTakesNoFile) {
     EXPECT_THAT(host_.probes, IsEmpty());
 }
 
-TEST_F(TDataRequest, FailsWithCode11WhenTheSystemFileCannotBeMade) {
+TEST_F(TDataRequest, ThrowsCode11IfTheSystemFileCannotBeCreated) {
     const auto resultClass = AddResultClass("KELSG_CADAT");
     SetIdentity("4711");
     std::filesystem::create_directory(systemFile);
@@ -289,7 +289,7 @@ TEST_F(TDataRequest, FailsWithCode11WhenTheSystemFileCannotBeMade) {
     EXPECT_THAT(host_.log, Not(Contains(DebugLine("Ready for hwinventory"))));
 }
 
-TEST_F(TDataRequest, KeepsTheSystemFileWhenTheHardwareFileCannotBeMade) {
+TEST_F(TDataRequest, KeepsTheSystemFileIfTheHardwareFileCannotBeCreated) {
     const auto resultClass = AddResultClass("KELSG_CADAT");
     SetIdentity("4711");
     std::filesystem::create_directory(hardwareFile);
@@ -298,7 +298,7 @@ TEST_F(TDataRequest, KeepsTheSystemFileWhenTheHardwareFileCannotBeMade) {
     EXPECT_THAT(resultClass->GetInstances(), IsEmpty());
 }
 
-TEST_F(TDataRequest, SaysWhyThroughTheHostsText) {
+TEST_F(TDataRequest, ThrowsAnExceptionWithTheHostsTextForTheCode) {
     std::filesystem::create_directory(hardwareFile);
     try {
         Request();
@@ -310,10 +310,10 @@ TEST_F(TDataRequest, SaysWhyThroughTheHostsText) {
     }
 }
 
-TEST_F(TDataRequest, FailsTheCheckOfANullClassAfterServingThoseBeforeIt) {
+TEST_F(TDataRequest, AssertsThatAClassIsNotNullAfterServingTheClassesBeforeIt) {
     const auto before = AddResultClass("KELSG_CADAT");
     resultClasses_.push_back(nullptr);
-    const auto behind = AddResultClass("KELSG_CADAT");
+    const auto after = AddResultClass("KELSG_CADAT");
     try {
         Request();
         FAIL() << "nothing was thrown";
@@ -322,16 +322,16 @@ TEST_F(TDataRequest, FailsTheCheckOfANullClassAfterServingThoseBeforeIt) {
     }
     EXPECT_TRUE(exists(hardwareFile));
     EXPECT_THAT(before->GetInstances(), SizeIs(1));
-    EXPECT_THAT(behind->GetInstances(), IsEmpty());
+    EXPECT_THAT(after->GetInstances(), IsEmpty());
 }
 
-TEST_F(TDataRequest, FailsTheCheckOfANullNamespaceInTheWriter) {
+TEST_F(TDataRequest, AssertsThatTheNamespaceIsNotNull) {
     collected_ = nullptr;
     EXPECT_THROW(Request(), NDOUBLES::TAssertionFailed);
     EXPECT_TRUE(directory_.IsEmpty());
 }
 
-// What a host's own objects throw while the writer reads them.
+// Throws while the writer reads it.
 class TFailingNamespace final : public NKELVOR20::ICIMNamespace {
   public:
     boost::shared_ptr<NKELVOR20::ICIMClass> GetClass(const std::string&, NKELVOR20::TOptionsMap) override {
@@ -339,7 +339,7 @@ class TFailingNamespace final : public NKELVOR20::ICIMNamespace {
     }
 };
 
-TEST_F(TDataRequest, LetsAFailureOfTheWriterPassBeforeTheFileIsMade) {
+TEST_F(TDataRequest, PassesAnExceptionOfTheWriterOnBeforeItCreatesTheFile) {
     const auto resultClass = AddResultClass("KELSG_CADAT");
     try {
         plugin_->GetData(boost::make_shared<TFailingNamespace>(), resultClasses_);
@@ -351,7 +351,7 @@ TEST_F(TDataRequest, LetsAFailureOfTheWriterPassBeforeTheFileIsMade) {
     EXPECT_THAT(resultClass->GetInstances(), IsEmpty());
 }
 
-TEST_F(TDataRequest, LetsAFailureOfTheCredentialPassBeforeTheCommit) {
+TEST_F(TDataRequest, PassesAnExceptionOfTheCredentialOnBeforeTheCommit) {
     const auto resultClass = AddResultClass("KELSG_CADAT");
     host_.hostnameAvailable = [](const std::string&, const std::string&) -> int {
         throw std::runtime_error("no resolver");

@@ -1,5 +1,5 @@
-// Documents whose size the encoder's 32-bit counts cannot hold. The bytes are address space without access:
-// they are refused before any of them is read.
+// Documents whose size exceeds the encoder's 32-bit counts. The bytes are inaccessible address space, because
+// they must be rejected before any of them is read.
 #include "plugin/encoded_bytes.h"
 
 #include "tests/plugin/plugin_fixture.h"
@@ -28,7 +28,7 @@ class TEncodedBytes : public NTEST::TPluginFixture {
         }
     }
 
-    void ExpectRefused(std::size_t byteCount) {
+    void ExpectRejected(std::size_t byteCount) {
         if (start_ == MAP_FAILED) {
             GTEST_SKIP() << "no 5 GiB of address space";
         }
@@ -41,22 +41,22 @@ class TEncodedBytes : public NTEST::TPluginFixture {
     void* start_;
 };
 
-TEST_F(TEncodedBytes, AreTextWithATerminator) {
+TEST_F(TEncodedBytes, AreNulTerminatedText) {
     EXPECT_STREQ(EncodeBytes(*plugin_, "abcd").get(), "YWJjZA==");
     EXPECT_STREQ(EncodeBytes(*plugin_, "").get(), "");
     EXPECT_THAT(host_.log, IsEmpty());
 }
 
-TEST_F(TEncodedBytes, AreMissingAndLoggedWhenTheirTextIsTooLongForTheEncoder) {
-    ExpectRefused(3221225470);  // one more than 4294967292 characters encode
+TEST_F(TEncodedBytes, AreNullAndLoggedIfTheTextIsTooLongForTheEncoder) {
+    ExpectRejected(3221225470);  // one more than 4294967292 characters can encode
 }
 
-TEST_F(TEncodedBytes, AreMissingAndLoggedWhenTheyAreTooManyForTheEncoder) {
-    ExpectRefused(4294967296);  // 0 modulo 2^32
+TEST_F(TEncodedBytes, AreNullAndLoggedIfThereAreTooManyForTheEncoder) {
+    ExpectRejected(4294967296);  // 0 modulo 2^32
 }
 
-TEST_F(TEncodedBytes, AreNotTakenForTheirCountModulo32Bits) {
-    ExpectRefused(4294967300);  // 4 modulo 2^32
+TEST_F(TEncodedBytes, AreNotCountedModulo32Bits) {
+    ExpectRejected(4294967300);  // 4 modulo 2^32
 }
 
 }  // namespace

@@ -1,5 +1,4 @@
-// Requests that run out of memory, and hardware files whose bytes are not the ones that were written: the two
-// ways to reach what an intact machine never shows.
+// Requests that run out of memory, and hardware files that are read back with other bytes than were written.
 #include "tests/allocations/allocation_faults.h"
 #include "tests/plugin/plain_base64.h"
 #include "tests/plugin/request_fixture.h"
@@ -28,7 +27,8 @@ using testing::ElementsAre;
 using testing::Not;
 using testing::Pair;
 
-/// Stands in for the hardware file: takes what is written to it, then gives other bytes to who reads it.
+/// A FIFO in place of the hardware file: accepts what is written to it, then returns other bytes to the
+/// reader.
 class TExchangedFile {
   public:
     explicit TExchangedFile(std::string bytes)
@@ -50,7 +50,7 @@ class TExchangedFile {
         for (std::size_t done = 0; done < bytes.size();) {
             const ssize_t count = ::write(readBack, bytes.data() + done, bytes.size() - done);
             if (count < 0) {
-                break;  // the reader gave up
+                break;  // the reader stopped
             }
             done += static_cast<std::size_t>(count);
         }
@@ -63,10 +63,10 @@ class TExchangedFile {
 
 class TReadBack : public NTEST::TRequestFixture {
   protected:
-    // A reader that gives up must not end the process.
+    // The process must survive writing to a reader that stops.
     TReadBack() { std::signal(SIGPIPE, SIG_IGN); }
 
-    /// The properties of the instance that a request makes of a hardware file of these bytes.
+    /// Returns the properties of the instance that a request creates from a hardware file with these bytes.
     TProperties RequestWithFileOf(const std::string& bytes) {
         const auto resultClass = AddResultClass("KELSG_CADAT");
         const TExchangedFile file(bytes);
@@ -102,8 +102,8 @@ TEST_F(TReadBack, KeepsBytesOfEveryValue) {
     EXPECT_EQ(PlainBase64Decode(RequestWithFileOf(bytes).front().second), bytes);
 }
 
-TEST_F(TReadBack, YieldsNoBytesAndNoLineForAFileThatLostThem) {
-    // Everything written is gone when it is read.
+TEST_F(TReadBack, YieldsNoBytesAndNoLogLineForAnEmptyFile) {
+    // The device discards what is written.
     std::filesystem::create_symlink("/dev/null", NTEST::hardwareFile);
     const auto resultClass = AddResultClass("KELSG_CADAT");
     Request();
@@ -111,9 +111,9 @@ TEST_F(TReadBack, YieldsNoBytesAndNoLineForAFileThatLostThem) {
     EXPECT_THAT(host_.log, Not(Contains(DebugLine("When read hwInventoryFile, a problem happened."))));
 }
 
-TEST_F(TReadBack, GoesOnWithoutBytesWhenTheFileCannotBeRead) {
+TEST_F(TReadBack, ContinuesWithoutBytesIfTheFileCannotBeRead) {
     const auto resultClass = AddResultClass("KELSG_CADAT");
-    // After the room for the text come the buffers of the two file streams: to write, then to read through.
+    // The first such allocation is the text, the next two are the buffers of the output and the input stream.
     const auto fault = TAllocationFault::OfSizeFrom(8192, 3);
     Request();
     ASSERT_TRUE(fault.HasStruck());
@@ -121,7 +121,7 @@ TEST_F(TReadBack, GoesOnWithoutBytesWhenTheFileCannotBeRead) {
     EXPECT_THAT(PropertiesOfOnlyInstance(*resultClass).front(), Pair("InventoryRCF", ""));
 }
 
-TEST_F(TReadBack, GoesOnWithTheBytesReadBeforeAProblem) {
+TEST_F(TReadBack, ContinuesWithTheBytesReadBeforeAFailure) {
     std::mt19937 random(3);
     std::string bytes(2'000'000, '\0');
     std::generate(bytes.begin(), bytes.end(), [&random] { return static_cast<char>(random()); });
@@ -129,7 +129,7 @@ TEST_F(TReadBack, GoesOnWithTheBytesReadBeforeAProblem) {
     std::string encoded;
     {
         const TExchangedFile file(bytes);
-        // Neither the room that the text starts with, nor the growth that it needs instead.
+        // Fails the initial reserve of the text and its later growth.
         const auto fault = TAllocationFault::OfFirst(2, 1'000'000);
         Request();
         ASSERT_TRUE(fault.HasStruck());
@@ -141,12 +141,12 @@ TEST_F(TReadBack, GoesOnWithTheBytesReadBeforeAProblem) {
     EXPECT_EQ(collected, bytes.substr(0, collected.size()));
 }
 
-TEST_F(TReadBack, MakesTheInstanceWithoutMemoryForTheEncodedText) {
+TEST_F(TReadBack, CreatesTheInstanceWithoutMemoryForTheEncodedText) {
     SetIdentity("4711");
     SetReachable("entity-4711");
     const auto resultClass = AddResultClass("KELSG_CADAT");
     {
-        // After the room for the text, the encoded one of 333336 bytes is the first to need as much.
+        // The first such allocation is the reserve for the text, the second the encoded text of 333336 bytes.
         const TExchangedFile file(std::string(250'000, 'x'));
         const auto fault = TAllocationFault::OfSizeFrom(300'000, 2);
         Request();
@@ -158,7 +158,7 @@ TEST_F(TReadBack, MakesTheInstanceWithoutMemoryForTheEncodedText) {
                             Pair("MachineType", "8840"), Pair("Credential", "entity-4711")));
 }
 
-TEST_F(TReadBack, NeedsNoRoomAheadForItsDocuments) {
+TEST_F(TReadBack, SucceedsWithoutMemoryForTheReserve) {
     const auto fault = TAllocationFault::OfFirst(1, 1'000'000);
     Request();
     ASSERT_TRUE(fault.HasStruck());
@@ -167,8 +167,8 @@ TEST_F(TReadBack, NeedsNoRoomAheadForItsDocuments) {
 
 class TRequestShortOfMemory : public NTEST::TRequestFixture {
   protected:
-    /// A host and a result list that know of no request.
-    void StartAfresh() {
+    /// Resets the host and the result list.
+    void StartOver() {
         NDOUBLES::ResetHost();
         SetIdentity("4711");
         SetReachable("entity-4711");
@@ -176,30 +176,30 @@ class TRequestShortOfMemory : public NTEST::TRequestFixture {
         AddResultClass("KELSG_CADAT");
     }
 
-    /// False when the request needs fewer allocations than that.
+    /// Returns false if the request needs fewer allocations.
     bool RequestFailingAllocation(std::size_t number) {
         const auto fault = TAllocationFault::OfNumber(number);
         try {
             Request();
         } catch (const std::exception&) {
-            // bad_alloc, or the host's code 11 from a file that cannot be opened for want of a buffer.
+            // std::bad_alloc, or code 11 for a file that cannot be opened without memory for its buffer.
         }
         return fault.HasStruck();
     }
 };
 
-TEST_F(TRequestShortOfMemory, LeavesNothingBehindWhereverMemoryEnds) {
-    StartAfresh();
-    Request();  // whatever is made once and kept is made by now
-    StartAfresh();
+TEST_F(TRequestShortOfMemory, LeaksNothingWhicheverAllocationFails) {
+    StartOver();
+    Request();  // creates the objects that are kept for the life of the process
+    StartOver();
     const std::size_t liveBefore = LiveAllocations();
     std::size_t number = 1;
     for (; RequestFailingAllocation(number); ++number) {
         ASSERT_EQ(resultClasses_.size(), 1U) << "allocation " << number;
-        StartAfresh();
+        StartOver();
         ASSERT_EQ(LiveAllocations(), liveBefore) << "allocation " << number;
     }
-    EXPECT_GT(number, 20U) << "hardly a request";
+    EXPECT_GT(number, 20U) << "too few for a request";
 }
 
 }  // namespace

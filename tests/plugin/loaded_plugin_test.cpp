@@ -1,6 +1,5 @@
-// The built library, loaded as a host loads it, on the doubled services that this program exports in place of
-// the host's. Calls go through the raw virtual tables (Itanium C++ ABI), in the slot order that hosts were
-// built for.
+// The built library, loaded as a host loads it. This program exports test doubles in place of the host's
+// services. Calls use the raw virtual tables (Itanium C++ ABI) and the slot order of the contract.
 #include "host/plugin_callbacks.h"
 #include "host/vor_exception.h"
 #include "tests/doubles/host_doubles.h"
@@ -36,7 +35,7 @@ using TResultClasses = std::vector<boost::shared_ptr<ICIMClass>>;
 
 constexpr char pluginFile[] = NOXINFO_PLUGIN_FILE;
 
-/// A loaded library; its end unloads it.
+/// Loads the library and unloads it on destruction.
 class TLoadedLibrary {
   public:
     TLoadedLibrary() : handle_(dlopen(pluginFile, RTLD_NOW | RTLD_LOCAL)) {
@@ -66,7 +65,8 @@ TTable TableOf(const void* object) {
     return *static_cast<const TTable*>(object);
 }
 
-/// How far `object` lies behind the start of the whole object; the table holds it before its first slot.
+/// Returns the offset from `object` to the start of the complete object, which precedes the slots of the
+/// table.
 std::ptrdiff_t OffsetToTop(const void* object) {
     return reinterpret_cast<std::ptrdiff_t>(TableOf(object)[-2]);
 }
@@ -108,7 +108,7 @@ class TLoadedPlugin : public testing::Test {
     TLoadedPlugin() { NDOUBLES::ResetHost(); }
 
     IPluginCallbacks* Object() { return host_.registered.at(0); }
-    /// The second interface part of the object, as a host finds it.
+    /// Returns the second interface of the object, as a host finds it.
     void* QueryPart() { return dynamic_cast<IPluginBasicQueryCallbacks*>(Object()); }
 
     NDOUBLES::THost& host_ = NDOUBLES::Host();
@@ -120,21 +120,21 @@ class TLoadedPlugin : public testing::Test {
     TResultClasses resultClasses_ = {resultClass_};
 };
 
-TEST_F(TLoadedPlugin, RegistersExactlyOneObjectWithoutACall) {
+TEST_F(TLoadedPlugin, RegistersExactlyOneObjectAtLoadTime) {
     const TLoadedLibrary library;
     EXPECT_THAT(host_.registered, SizeIs(1));
     EXPECT_THAT(host_.log, IsEmpty());
     Object()->PrepareForUnload();
 }
 
-TEST_F(TLoadedPlugin, RegistersNothingMoreWhenTheLibraryIsOpenedAgain) {
+TEST_F(TLoadedPlugin, RegistersNothingMoreIfTheLibraryIsOpenedAgain) {
     const TLoadedLibrary library;
     const TLoadedLibrary again;
     EXPECT_THAT(host_.registered, SizeIs(1));
     Object()->PrepareForUnload();
 }
 
-TEST_F(TLoadedPlugin, LeavesTheProcessWithItsLibrary) {
+TEST_F(TLoadedPlugin, CanBeUnloaded) {
     {
         const TLoadedLibrary library;
         EXPECT_TRUE(TLoadedLibrary::IsInProcess());
@@ -143,7 +143,7 @@ TEST_F(TLoadedPlugin, LeavesTheProcessWithItsLibrary) {
     EXPECT_FALSE(TLoadedLibrary::IsInProcess());
 }
 
-TEST_F(TLoadedPlugin, RegistersAnotherObjectWhenLoadedAfresh) {
+TEST_F(TLoadedPlugin, RegistersAnotherObjectAtEachLoad) {
     for (int round = 0; round < 3; ++round) {
         host_.registered.clear();
         const TLoadedLibrary library;
@@ -153,7 +153,7 @@ TEST_F(TLoadedPlugin, RegistersAnotherObjectWhenLoadedAfresh) {
     }
 }
 
-TEST_F(TLoadedPlugin, AnswersItsIdentityThroughTheRawTable) {
+TEST_F(TLoadedPlugin, ReturnsItsIdentityThroughTheRawTable) {
     const TLoadedLibrary library;
     EXPECT_EQ(CallSlot<int>(getType, Object()), 1);
     EXPECT_EQ(CallSlot<std::string>(getName, Object()), "NOX-VOR Information");
@@ -162,7 +162,7 @@ TEST_F(TLoadedPlugin, AnswersItsIdentityThroughTheRawTable) {
     CallSlot<void>(prepareForUnload, Object());
 }
 
-TEST_F(TLoadedPlugin, TakesInitAndDeInitAnyNumberOfTimesThroughTheRawTable) {
+TEST_F(TLoadedPlugin, AcceptsRepeatedInitAndDeInitThroughTheRawTable) {
     const TLoadedLibrary library;
     for (const EPrimarySlot slot : {deInit, init, init, deInit, deInit, init}) {
         CallSlot<void>(slot, Object());
@@ -172,7 +172,7 @@ TEST_F(TLoadedPlugin, TakesInitAndDeInitAnyNumberOfTimesThroughTheRawTable) {
     CallSlot<void>(prepareForUnload, Object());
 }
 
-TEST_F(TLoadedPlugin, KeepsItsTwoPartsSideBySide) {
+TEST_F(TLoadedPlugin, HasItsTwoInterfacesSideBySide) {
     const TLoadedLibrary library;
     EXPECT_EQ(OffsetToTop(Object()), 0);
     EXPECT_EQ(OffsetToTop(QueryPart()), -static_cast<std::ptrdiff_t>(sizeof(void*)));
@@ -180,7 +180,7 @@ TEST_F(TLoadedPlugin, KeepsItsTwoPartsSideBySide) {
     Object()->PrepareForUnload();
 }
 
-TEST_F(TLoadedPlugin, AnswersARequestThroughTheTableOfItsFirstPart) {
+TEST_F(TLoadedPlugin, HandlesARequestThroughTheTableOfItsFirstInterface) {
     const TLoadedLibrary library;
     CallGetData(primaryGetData, Object(), collected_, resultClasses_);
     ASSERT_THAT(resultClass_->GetInstances(), SizeIs(1));
@@ -189,7 +189,7 @@ TEST_F(TLoadedPlugin, AnswersARequestThroughTheTableOfItsFirstPart) {
     CallSlot<void>(prepareForUnload, Object());
 }
 
-TEST_F(TLoadedPlugin, AnswersARequestThroughTheTableOfItsSecondPart) {
+TEST_F(TLoadedPlugin, HandlesARequestThroughTheTableOfItsSecondInterface) {
     const TLoadedLibrary library;
     host_.environment = [](const std::string&) { return "4711"; };
     CallGetData(secondaryGetData, QueryPart(), collected_, resultClasses_);
@@ -198,26 +198,26 @@ TEST_F(TLoadedPlugin, AnswersARequestThroughTheTableOfItsSecondPart) {
     CallSlot<void>(prepareForUnload, Object());
 }
 
-TEST_F(TLoadedPlugin, EndsInPlaceThroughTheCompleteDestructorOfTheFirstPart) {
+TEST_F(TLoadedPlugin, IsDestroyedInPlaceByTheCompleteDestructorOfItsFirstInterface) {
     const TLoadedLibrary library;
     void* const whole = Object();
     CallSlot<void>(completeDestructor, whole);
     ::operator delete(whole);
 }
 
-TEST_F(TLoadedPlugin, EndsInPlaceThroughTheCompleteDestructorOfTheSecondPart) {
+TEST_F(TLoadedPlugin, IsDestroyedInPlaceByTheCompleteDestructorOfItsSecondInterface) {
     const TLoadedLibrary library;
     void* const whole = Object();
     CallSlot<void>(secondaryCompleteDestructor, QueryPart());
     ::operator delete(whole);
 }
 
-TEST_F(TLoadedPlugin, FreesItselfThroughTheDeletingDestructorOfTheFirstPart) {
+TEST_F(TLoadedPlugin, IsFreedByTheDeletingDestructorOfItsFirstInterface) {
     const TLoadedLibrary library;
     CallSlot<void>(deletingDestructor, Object());
 }
 
-TEST_F(TLoadedPlugin, FreesTheWholeObjectThroughTheDeletingDestructorOfTheSecondPart) {
+TEST_F(TLoadedPlugin, IsFreedWholeByTheDeletingDestructorOfItsSecondInterface) {
     const TLoadedLibrary library;
     CallSlot<void>(secondaryDeletingDestructor, QueryPart());
 }
@@ -256,11 +256,11 @@ TEST_F(TLoadedPlugin, CallsTheHostsAssertionHandler) {
     Object()->PrepareForUnload();
 }
 
-// ---- loading that fails; in a process of its own, for the loader is not made to be left by an exception
+// ---- loading that fails, in a child process, because an exception leaves the loader in an undefined state
 
 using TPluginLoading = TLoadedPlugin;
 
-// The loader is declared as one that never throws; a volatile pointer keeps the compiler from relying on it.
+// dlopen is declared noexcept; the volatile pointer prevents the compiler from relying on that.
 void* (*volatile const openLibrary)(const char*, int) = dlopen;
 
 [[noreturn]] void ExitWithWhatLoadingThrows() {
@@ -284,17 +284,17 @@ class TOtherNamespace final : public ICIMNamespace {
     }
 };
 
-TEST_F(TPluginLoading, FailsTheCheckOfAMissingPluginManager) {
+TEST_F(TPluginLoading, AssertsThatThereIsAPluginManager) {
     host_.pluginManager = [] { return nullptr; };
     EXPECT_EXIT(ExitWithWhatLoadingThrows(), testing::ExitedWithCode(1), "assertion px != 0, 0 registered");
 }
 
-TEST_F(TPluginLoading, FailsTheCheckOfAPluginManagerOfAnotherType) {
+TEST_F(TPluginLoading, AssertsThatThePluginManagerHasItsType) {
     host_.pluginManager = [] { return boost::make_shared<TOtherNamespace>(); };
     EXPECT_EXIT(ExitWithWhatLoadingThrows(), testing::ExitedWithCode(1), "assertion px != 0, 0 registered");
 }
 
-TEST_F(TPluginLoading, PassesOnWhatRegistrationThrows) {
+TEST_F(TPluginLoading, PassesAnExceptionOfTheRegistrationOn) {
     host_.onRegister = [](IPluginCallbacks*) { throw TVORException(4); };
     EXPECT_EXIT(ExitWithWhatLoadingThrows(), testing::ExitedWithCode(2), "host exception 4");
 }

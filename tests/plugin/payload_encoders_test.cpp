@@ -17,7 +17,7 @@ class TPayloadEncodersTest : public NTEST::TPluginFixture {
     static constexpr unsigned char untouched = 0xEE;
 
     std::vector<unsigned char> EncodeInto(std::string_view bytes, unsigned int room) {
-        // Exactly what the contract asks for, so that a sanitizer sees a byte too many.
+        // Exactly the documented room, so that a sanitizer detects one byte too many.
         std::vector<unsigned char> out(std::size_t{room} + 1, untouched);
         consumed_ = plugin_->Base64Encode(reinterpret_cast<const unsigned char*>(bytes.data()),
                                           static_cast<unsigned int>(bytes.size()), out.data(), room);
@@ -43,11 +43,11 @@ TEST_F(TBase64Encode, PadsAGroupOfTwoBytesWithOneCharacter) {
     EXPECT_EQ(Encode("Ma"), "TWE=");
 }
 
-TEST_F(TBase64Encode, PadsNoWholeGroup) {
+TEST_F(TBase64Encode, DoesNotPadAWholeGroup) {
     EXPECT_EQ(Encode("Man"), "TWFu");
 }
 
-TEST_F(TBase64Encode, WritesTheNulRightBehindTheText) {
+TEST_F(TBase64Encode, WritesTheNulDirectlyAfterTheText) {
     EXPECT_EQ(EncodeInto("Man", 6),
               (std::vector<unsigned char>{'T', 'W', 'F', 'u', '\0', untouched, untouched}));
 }
@@ -57,7 +57,7 @@ TEST_F(TBase64Encode, WritesOnlyANulForNoBytes) {
     EXPECT_EQ(consumed_, 0U);
 }
 
-TEST_F(TBase64Encode, WritesOnlyANulForNoBytesWhateverTheRoom) {
+TEST_F(TBase64Encode, WritesOnlyANulForNoBytesWithAnyRoom) {
     EXPECT_EQ(EncodeInto("", 3), (std::vector<unsigned char>{'\0', untouched, untouched, untouched}));
     EXPECT_EQ(consumed_, 0U);
 }
@@ -66,7 +66,7 @@ TEST_F(TBase64Encode, WritesNothingWithoutRoomForTheText) {
     EXPECT_THAT(EncodeInto("abcd", 7), Each(untouched));
 }
 
-TEST_F(TBase64Encode, FillsTheRoomThatTheTextNeeds) {
+TEST_F(TBase64Encode, WritesTextThatFillsTheRoom) {
     EXPECT_EQ(EncodeInto("abcd", 8),
               (std::vector<unsigned char>{'Y', 'W', 'J', 'j', 'Z', 'A', '=', '=', '\0'}));
 }
@@ -80,7 +80,7 @@ TEST_F(TBase64Encode, EncodesAllZeros) {
 }
 
 TEST_F(TBase64Encode, UsesTheWholeAlphabetInOrder) {
-    // The 64 values of six bits, one after the other.
+    // All values of six bits in ascending order.
     std::string bytes;
     for (unsigned value = 0; value < 64; value += 4) {
         const unsigned bits = value << 18 | (value + 1) << 12 | (value + 2) << 6 | (value + 3);
@@ -89,7 +89,7 @@ TEST_F(TBase64Encode, UsesTheWholeAlphabetInOrder) {
     EXPECT_EQ(Encode(bytes), "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/");
 }
 
-TEST_F(TBase64Encode, AnswersTheInputLengthRaisedToWholeGroups) {
+TEST_F(TBase64Encode, ReturnsTheInputLengthRoundedUpToWholeGroups) {
     std::vector<unsigned int> answers;
     for (const std::string_view bytes : {"", "a", "ab", "abc", "abcd"}) {
         Encode(bytes);
@@ -98,8 +98,8 @@ TEST_F(TBase64Encode, AnswersTheInputLengthRaisedToWholeGroups) {
     EXPECT_THAT(answers, testing::ElementsAre(0U, 3U, 3U, 3U, 6U));
 }
 
-TEST_F(TBase64Encode, RefusesATextWhoseLengthOverflowsTheCount) {
-    // 3 GiB become 4 GiB, which an unsigned int would call 0. Neither side may be touched.
+TEST_F(TBase64Encode, RejectsATextWhoseLengthOverflowsTheCount) {
+    // 3 GiB become 4 GiB, which is 0 as an unsigned int. Neither buffer may be accessed.
     unsigned char out = untouched;
     plugin_->Base64Encode(nullptr, 3221225472U, &out, 0);
     EXPECT_EQ(out, untouched);
@@ -147,7 +147,7 @@ TEST_F(TGZEncodeFromStr, CompressesTheTextWithItsTerminatingNul) {
     EXPECT_EQ(plugin_->GZEncodeFromStr(text, text.size()), expected);
 }
 
-TEST_F(TGZEncodeFromStr, CutsTheResultAtItsFirstZeroByte) {
+TEST_F(TGZEncodeFromStr, TruncatesTheResultAtItsFirstZeroByte) {
     const std::string whole = Compressed(std::string("\0\0", 2));
     ASSERT_NE(whole.find('\0'), std::string::npos) << "this text was chosen because its form is cut";
     EXPECT_EQ(plugin_->GZEncodeFromStr(std::string(1, '\0'), 1), UpToFirstZero(whole));
@@ -157,7 +157,7 @@ TEST_F(TGZEncodeFromStr, CompressesOneCharacterMoreThanAShortLength) {
     EXPECT_EQ(plugin_->GZEncodeFromStr("abcdef", 2), UpToFirstZero(Compressed("abc")));
 }
 
-TEST_F(TGZEncodeFromStr, TakesALengthPastTheEndAsTheWholeText) {
+TEST_F(TGZEncodeFromStr, TreatsALengthPastTheEndAsTheWholeText) {
     EXPECT_EQ(plugin_->GZEncodeFromStr("abc", 1000), plugin_->GZEncodeFromStr("abc", 3));
     EXPECT_EQ(plugin_->GZEncodeFromStr("abc", static_cast<unsigned long>(-1)),
               plugin_->GZEncodeFromStr("abc", 3));
@@ -180,9 +180,9 @@ TEST_F(TGZEncodeFromStr, ReturnsAtMost1024BytesWithoutAZero) {
     }
 }
 
-TEST_F(TGZEncodeFromStr, SurvivesAResultThatFillsTheBufferWithoutAZero) {
-    // Stored as it is, a text without zero bytes fills the buffer; the header of a stored block holds the
-    // only zeros that can cut it, so that the worst case is tried with many texts.
+TEST_F(TGZEncodeFromStr, HandlesAResultThatFillsTheBufferWithoutAZero) {
+    // zlib stores incompressible text unchanged, so text without zero bytes fills the buffer. Only the
+    // headers of stored blocks may contain zeros; many texts are tried to get one without.
     std::mt19937 random(2);
     std::size_t longest = 0;
     for (int round = 0; round < 200; ++round) {

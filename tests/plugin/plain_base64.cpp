@@ -1,4 +1,3 @@
-// A queue of bits: bytes in, sixes out, and back.
 #include "tests/plugin/plain_base64.h"
 
 #include <stdexcept>

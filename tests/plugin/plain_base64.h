@@ -1,10 +1,10 @@
-// Base64 once more, bit by bit and without tables of its own making: slow, plain, and nothing in common with
-// the plug-in's encoder but the alphabet of RFC 4648.
+// A second implementation of Base64, bit by bit and slow, to compare the plug-in's with. It shares only the
+// alphabet of RFC 4648 with it.
 #pragma once
 
 #include <string>
 #include <string_view>
 
 std::string PlainBase64Encode(std::string_view bytes);
-/// Throws std::invalid_argument for text that no encoder writes.
+/// Decodes padded text. Throws std::invalid_argument for malformed text.
 std::string PlainBase64Decode(std::string_view text);

@@ -1,4 +1,4 @@
-// The built library as the loader sees it.
+// The names, needs and exports of the built library.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -35,7 +35,7 @@ std::vector<std::string> OutputLines(const std::string& command) {
     return lines;
 }
 
-// The values of one kind of entry of the dynamic section, in order: "... (TAG) what it is: [value]".
+// Returns the values of the entries with a tag in the dynamic section: "... (TAG) description: [value]".
 std::vector<std::string> DynamicEntries(const std::string& tag) {
     std::vector<std::string> values;
     for (const std::string& line : OutputLines(NOXINFO_READELF " -dW '" NOXINFO_PLUGIN_FILE "'")) {
@@ -47,12 +47,12 @@ std::vector<std::string> DynamicEntries(const std::string& tag) {
     return values;
 }
 
-// Lines of the dynamic symbol table: "address type name", without the address for undefined symbols.
+// Returns the lines of the dynamic symbol table: "address type name", without address for undefined symbols.
 std::vector<std::string> DynamicSymbols(const std::string& which) {
     return OutputLines(NOXINFO_NM " -D " + which + " '" NOXINFO_PLUGIN_FILE "'");
 }
 
-TEST(PluginFile, HasTheNameThatHostsLookFor) {
+TEST(PluginFile, HasTheFileNameThatHostsLookFor) {
     EXPECT_EQ(std::filesystem::path(NOXINFO_PLUGIN_FILE).filename(), "libnoxinfo.pi.so");
 }
 
@@ -64,7 +64,7 @@ TEST(PluginFile, NeedsTheHostsTwoLibraries) {
     EXPECT_THAT(DynamicEntries("NEEDED"), IsSupersetOf({"libnkelvor20.so.1", "libzetupload.so.1"}));
 }
 
-TEST(PluginFile, NeedsNothingElseButZlibAndTheRuntimes) {
+TEST(PluginFile, NeedsOtherwiseOnlyZlibAndTheRuntimes) {
     EXPECT_THAT(
         DynamicEntries("NEEDED"),
         Each(MatchesRegex("lib(nkelvor20|zetupload|z|stdc\\+\\+|gcc_s|c|m|asan|ubsan)\\.so\\.[0-9]+")));
@@ -77,16 +77,16 @@ TEST(PluginFile, FindsTheHostsLibrariesRelativeToItself) {
 TEST(PluginFile, ExportsOnlyTypesOfTheHost) {
     const std::vector<std::string> symbols = DynamicSymbols("--defined-only");
     ASSERT_FALSE(symbols.empty());
-    // Type information, its names and vtables; weak objects, so that those of the host take their place.
+    // Type information, type names and vtables, as weak objects that those of the host replace.
     EXPECT_THAT(symbols, Each(MatchesRegex("[0-9a-f]+ V _ZT[ISV]N9NKELVOR20[0-9]+[A-Za-z]+E")));
 }
 
-TEST(PluginFile, ExportsWhatMatchesTheExceptionOfTheHost) {
+TEST(PluginFile, ExportsTheTypeInformationOfTheHostsException) {
     EXPECT_THAT(DynamicSymbols("--defined-only"),
                 testing::Contains(MatchesRegex(".* _ZTIN9NKELVOR2013TVORExceptionE")));
 }
 
-TEST(PluginFile, LeavesTheInsideOfValuesAndDatesToTheHost) {
+TEST(PluginFile, ImportsTheOperationsOfValuesAndDates) {
     const std::vector<std::string> symbols = DynamicSymbols("--undefined-only");
     for (const char* name : {"NK9NKELVOR209TCIMValue6IsNullEv", "NK9NKELVOR209TCIMValue7IsArrayEv",
                              "NK9NKELVOR209TCIMValue8TCIMTypecvNS1_8ECIMTypeEEv",
@@ -96,7 +96,7 @@ TEST(PluginFile, LeavesTheInsideOfValuesAndDatesToTheHost) {
     }
 }
 
-TEST(PluginFile, LeavesTheAssertionHandlerToTheHost) {
+TEST(PluginFile, ImportsTheAssertionHandler) {
     EXPECT_THAT(DynamicSymbols("--undefined-only"),
                 testing::Contains(MatchesRegex(" +U _ZN5boost16assertion_failedEPKcS1_S1_l")));
 }

@@ -1,4 +1,4 @@
-// The plug-in object on a doubled host, without a library around it.
+// A fixture with the plug-in object, linked statically, and a doubled host.
 #pragma once
 
 #include "plugin/noxinfo_plugin_callbacks.h"
@@ -11,7 +11,7 @@
 
 namespace NTEST {
 
-/// A debug line of the plug-in as the host's logger gets it.
+/// Returns a debug line of the plug-in as the host's logger receives it.
 inline NDOUBLES::TLogLine DebugLine(const std::string& text) {
     return {3, "TNoxinfoPluginCallbacks debug output: " + text};
 }

@@ -1,4 +1,3 @@
-// What a request should have produced, by other means than the request.
 #include "tests/plugin/request_fixture.h"
 
 #include "host/vor_exception.h"

@@ -1,5 +1,5 @@
-// A request as tests make it: a collected namespace, result classes of the real model, files in a directory
-// of the test's own.
+// A fixture for requests: a collected namespace and result classes of the real model, and a temporary working
+// directory.
 #pragma once
 
 #include "tests/plugin/plugin_fixture.h"
@@ -47,17 +47,17 @@ class TRequestFixture : public TPluginFixture {
 
     void Request() { plugin_->GetData(collected_, resultClasses_); }
 
-    /// The code of the host exception that leaves the request; -1 when none does.
+    /// Returns the code of the TVORException that the request throws; -1 if it throws none.
     int RequestFailure();
 
-    /// What the document writer makes of the collected namespace.
+    /// Renders the document of the collected namespace with the writer alone.
     std::string HardwareDocument() const;
     std::string SystemDocument() const;
 
     using TProperties = std::vector<std::pair<std::string, std::string>>;
-    /// Names and texts in the order in which they were set; a null is "(null)".
+    /// Returns names and texts in the order in which they were set, "(null)" for a null.
     static TProperties PropertiesOf(const NVORHOST::TMemoryInstance& instance);
-    /// Of the one instance that `resultClass` has.
+    /// Returns the properties of the only instance of `resultClass`.
     static TProperties PropertiesOfOnlyInstance(const NVORHOST::TMemoryClass& resultClass);
 
     TWorkingDirectory directory_;

@@ -1,5 +1,4 @@
-// The host's result class and instance at their worst: each call of them throws in turn, or hands out
-// nothing.
+// Result classes and instances that misbehave: each of their calls throws in turn, or returns null.
 #include "host/vor_exception.h"
 #include "tests/allocations/allocation_faults.h"
 #include "tests/plugin/request_fixture.h"
@@ -18,13 +17,13 @@ using NKELVOR20::TOptionsMap;
 using NKELVOR20::TVORException;
 using testing::ElementsAre;
 
-/// What the plug-in did to result objects, in order, and which of it goes wrong.
+/// Records the calls of result objects in order, and selects the one that fails.
 struct TScript {
     std::vector<std::string> calls;
     std::vector<std::size_t> optionCounts;
     std::string failingCall;
     std::function<void()> fail = [] {};
-    bool handsOutNull = false;
+    bool returnsNull = false;
     std::function<void()> onRelease = [] {};
 
     void Enter(const std::string& call, const TOptionsMap& options) {
@@ -64,7 +63,7 @@ class TScriptedClass final : public NKELVOR20::ICIMClass {
     }
     boost::shared_ptr<ICIMInstance> CreateInstance(TOptionsMap options) override {
         script_.Enter("CreateInstance", options);
-        if (script_.handsOutNull) {
+        if (script_.returnsNull) {
             return nullptr;
         }
         return boost::make_shared<TScriptedInstance>(script_);
@@ -91,7 +90,7 @@ class TResultInstance : public NTEST::TRequestFixture {
     TScript script_;
 };
 
-TEST_F(TResultInstance, IsMadeFilledAndCommittedInThisOrder) {
+TEST_F(TResultInstance, IsCreatedFilledAndCommittedInThisOrder) {
     Request();
     EXPECT_THAT(script_.calls,
                 ElementsAre("GetClassName", "CreateInstance", "SetProperty InventoryRCF", "SetProperty KELID",
@@ -104,7 +103,7 @@ TEST_F(TResultInstance, IsReleasedAfterTheEncodedTextIsFreed) {
     std::vector<std::string> order;
     releases = &order;
     script_.onRelease = [&order] { order.emplace_back("instance"); };
-    // The arrays that rendering and encoding used are gone when the network is probed.
+    // The arrays of rendering and encoding are freed before the network is probed.
     host_.hostnameAvailable = [](const std::string&, const std::string&) {
         NTEST::ListenToArrayFrees([] { releases->emplace_back("text"); });
         return 1;
@@ -114,7 +113,7 @@ TEST_F(TResultInstance, IsReleasedAfterTheEncodedTextIsFreed) {
     EXPECT_THAT(order, ElementsAre("text", "instance"));
 }
 
-TEST_F(TResultInstance, IsReleasedAfterTheEncodedTextWhenTheCommitFails) {
+TEST_F(TResultInstance, IsReleasedAfterTheEncodedTextIfTheCommitFails) {
     std::vector<std::string> order;
     releases = &order;
     script_.onRelease = [&order] { order.emplace_back("instance"); };
@@ -128,13 +127,13 @@ TEST_F(TResultInstance, IsReleasedAfterTheEncodedTextWhenTheCommitFails) {
     EXPECT_THAT(order, ElementsAre("text", "instance"));
 }
 
-TEST_F(TResultInstance, IsMadeWithEmptyOptions) {
+TEST_F(TResultInstance, IsUsedWithEmptyOptions) {
     Request();
     EXPECT_THAT(script_.optionCounts, testing::Each(0U));
 }
 
-TEST_F(TResultInstance, FailsTheCheckOfANullInstance) {
-    script_.handsOutNull = true;
+TEST_F(TResultInstance, AssertsThatTheInstanceIsNotNull) {
+    script_.returnsNull = true;
     try {
         Request();
         FAIL() << "nothing was thrown";
@@ -143,7 +142,7 @@ TEST_F(TResultInstance, FailsTheCheckOfANullInstance) {
     }
 }
 
-// Each call, failing in each way that a host may choose.
+// Each call fails with each kind of exception.
 struct TFailure {
     std::string name;
     std::function<void()> fail;
@@ -152,9 +151,9 @@ struct TFailure {
 class TFailingResult : public TResultInstance,
                        public testing::WithParamInterface<std::tuple<std::string, TFailure>> {};
 
-TEST_P(TFailingResult, EndsTheRequestAndLeavesNothingBehind) {
+TEST_P(TFailingResult, EndsTheRequestAndReleasesEveryHandle) {
     const auto& [call, failure] = GetParam();
-    Request();  // whatever is made once is made by now
+    Request();  // creates the objects that are kept for the life of the process
     script_.calls.clear();
     script_.failingCall = call;
     script_.fail = failure.fail;

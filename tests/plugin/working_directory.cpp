@@ -1,4 +1,3 @@
-// Files of a request as a test looks at them.
 #include "tests/plugin/working_directory.h"
 
 #include <zlib.h>
@@ -23,7 +22,7 @@ TWorkingDirectory::TWorkingDirectory() : home_(std::filesystem::current_path()) 
 }
 
 TWorkingDirectory::~TWorkingDirectory() {
-    std::error_code ignored;  // a directory that is left behind is no failure of what was tested
+    std::error_code ignored;  // a directory that cannot be removed does not fail the test
     std::filesystem::current_path(home_, ignored);
     std::filesystem::remove_all(path_, ignored);
 }

@@ -1,4 +1,4 @@
-// A working directory of a test's own, since a request reads and writes files by their bare names.
+// A temporary working directory, because a request accesses files by their bare names.
 #pragma once
 
 #include <filesystem>
@@ -7,7 +7,7 @@
 
 namespace NTEST {
 
-/// Makes an empty directory and goes there; the way back, and the removal, come with the end of its life.
+/// Creates an empty directory and changes into it; on destruction, changes back and removes it.
 class TWorkingDirectory {
   public:
     TWorkingDirectory();
@@ -15,7 +15,7 @@ class TWorkingDirectory {
     TWorkingDirectory(const TWorkingDirectory&) = delete;
     TWorkingDirectory& operator=(const TWorkingDirectory&) = delete;
 
-    /// Removes the directory under the process's feet: from here on no file can be made in it.
+    /// Removes the current directory, so that no file can be created in it.
     void Remove();
     bool IsEmpty() const { return std::filesystem::is_empty(path_); }
 
@@ -24,9 +24,10 @@ class TWorkingDirectory {
     std::filesystem::path path_;
 };
 
-/// Throws std::runtime_error when the file cannot be read.
+/// Throws std::runtime_error if the file cannot be read.
 std::string ReadBytes(const std::string& fileName);
-/// The text of a gzip file, by zlib alone. Throws std::runtime_error when it is not a complete one.
+/// Returns the text of a gzip file, read with zlib alone. Throws std::runtime_error if the file is
+/// incomplete.
 std::string Unzip(const std::string& fileName);
 
 }  // namespace NTEST

@@ -28,26 +28,26 @@ static_assert(sizeof(TNoxinfoPluginCallbacks) == 2 * sizeof(void*), "two interfa
 
 using TPluginObject = NTEST::TPluginFixture;
 
-TEST_F(TPluginObject, SaysWhoItIs) {
+TEST_F(TPluginObject, ReturnsItsIdentity) {
     EXPECT_EQ(plugin_->GetType(), 1);
     EXPECT_EQ(plugin_->GetName(), "NOX-VOR Information");
     EXPECT_EQ(plugin_->GetVersion(), "1.0");
     EXPECT_EQ(plugin_->GetInterfaceVersion(), "1.0");
 }
 
-TEST_F(TPluginObject, HasAVersionApartFromThatOfItsInterface) {
+TEST_F(TPluginObject, HasAVersionDistinctFromThatOfItsInterface) {
     EXPECT_STREQ(kPluginVersion, "1.0");
     EXPECT_STREQ(NKELVOR20::fdrPluginInterfaceVersion, "1.0");
     EXPECT_NE(static_cast<const void*>(kPluginVersion),
               static_cast<const void*>(NKELVOR20::fdrPluginInterfaceVersion));
 }
 
-TEST_F(TPluginObject, PutsTheIdentityPartFirst) {
+TEST_F(TPluginObject, HasIPluginCallbacksAsItsFirstBase) {
     EXPECT_EQ(static_cast<void*>(static_cast<IPluginCallbacks*>(plugin_.get())),
               static_cast<void*>(plugin_.get()));
 }
 
-TEST_F(TPluginObject, LooksTheSameAfterRepeatedInitAndDeInit) {
+TEST_F(TPluginObject, IsUnchangedByRepeatedInitAndDeInit) {
     host_.log.clear();
     for (int round = 0; round < 3; ++round) {
         plugin_->Init();
@@ -60,11 +60,11 @@ TEST_F(TPluginObject, LooksTheSameAfterRepeatedInitAndDeInit) {
     EXPECT_THAT(host_.registered, ElementsAre(plugin_.get()));
 }
 
-TEST_F(TPluginObject, RegistersItsIdentityPartOnce) {
+TEST_F(TPluginObject, RegistersItselfOnce) {
     EXPECT_THAT(host_.registered, ElementsAre(static_cast<IPluginCallbacks*>(plugin_.get())));
 }
 
-TEST_F(TPluginObject, KeepsNoHoldOnThePluginManager) {
+TEST_F(TPluginObject, ReleasesThePluginManager) {
     boost::weak_ptr<TPluginManagerNamespace> manager;
     host_.pluginManager = [&manager] {
         const auto made = boost::make_shared<TPluginManagerNamespace>();
@@ -92,33 +92,33 @@ std::string FailedAssertionOfRegistration() {
     return "none";
 }
 
-TEST_F(TPluginObject, FailsTheCheckOfAMissingPluginManager) {
+TEST_F(TPluginObject, AssertsThatThereIsAPluginManager) {
     host_.registered.clear();
     host_.pluginManager = [] { return nullptr; };
     EXPECT_EQ(FailedAssertionOfRegistration(), "px != 0");
     EXPECT_THAT(host_.registered, testing::IsEmpty());
 }
 
-TEST_F(TPluginObject, FailsTheCheckOfAPluginManagerOfAnotherType) {
+TEST_F(TPluginObject, AssertsThatThePluginManagerHasItsType) {
     host_.registered.clear();
     host_.pluginManager = [] { return boost::make_shared<TOtherNamespace>(); };
     EXPECT_EQ(FailedAssertionOfRegistration(), "px != 0");
     EXPECT_THAT(host_.registered, testing::IsEmpty());
 }
 
-TEST_F(TPluginObject, LetsAFailureToGetThePluginManagerPass) {
+TEST_F(TPluginObject, PassesAnExceptionOfGetPluginManagerOn) {
     host_.pluginManager = []() -> NDOUBLES::TNamespacePtr { throw TVORException(1); };
     EXPECT_THROW(TNoxinfoPluginCallbacks(), TVORException);
 }
 
-TEST_F(TPluginObject, GivesItsMemoryBackWhenItCannotBeRegistered) {
+TEST_F(TPluginObject, IsFreedIfItCannotBeRegistered) {
     host_.onRegister = [](IPluginCallbacks*) { throw std::runtime_error("no room"); };
     const std::size_t before = LiveAllocations();
     EXPECT_THROW(static_cast<void>(new TNoxinfoPluginCallbacks), std::runtime_error);
     EXPECT_EQ(LiveAllocations(), before);
 }
 
-TEST_F(TPluginObject, DeletesItselfForUnload) {
+TEST_F(TPluginObject, DeletesItselfInPrepareForUnload) {
     const std::size_t before = LiveAllocations();
     IPluginCallbacks* const plugin = new TNoxinfoPluginCallbacks;
     EXPECT_GT(LiveAllocations(), before);
@@ -127,7 +127,7 @@ TEST_F(TPluginObject, DeletesItselfForUnload) {
     EXPECT_EQ(LiveAllocations(), before);
 }
 
-TEST_F(TPluginObject, DeletesTheMostDerivedObjectForUnload) {
+TEST_F(TPluginObject, DeletesTheMostDerivedObjectInPrepareForUnload) {
     class TDerived : public TNoxinfoPluginCallbacks {
       public:
         explicit TDerived(bool& destroyed) : destroyed_(destroyed) {}
@@ -146,17 +146,17 @@ TEST_F(TPluginObject, PutsItsPrefixBeforeADebugLine) {
     EXPECT_THAT(host_.log, ElementsAre(NDOUBLES::TLogLine{3, "TNoxinfoPluginCallbacks debug output: abc"}));
 }
 
-TEST_F(TPluginObject, LogsAnEmptyDebugLineAsItsPrefix) {
+TEST_F(TPluginObject, LogsOnlyItsPrefixForAnEmptyDebugLine) {
     plugin_->DebugOut("");
     EXPECT_THAT(host_.log, ElementsAre(NDOUBLES::TLogLine{3, "TNoxinfoPluginCallbacks debug output: "}));
 }
 
-TEST_F(TPluginObject, LetsAFailureOfTheLoggerPass) {
+TEST_F(TPluginObject, PassesAnExceptionOfTheLoggerOn) {
     host_.onLog = [](int, const std::string&) { throw TVORException(1); };
     EXPECT_THROW(plugin_->DebugOut("abc"), TVORException);
 }
 
-TEST(InterfaceHeader, NamesTheResourceLists) {
+TEST(InterfaceHeader, DefinesTheResourceListTypes) {
     EXPECT_EQ(NKELVOR20::physicalElement, "PhysicalElement");
     EXPECT_EQ(NKELVOR20::logicalDevice, "LogicalDevice");
     EXPECT_EQ(NKELVOR20::noxSystemInfo, "NOXSystemInfo");
