@@ -4,6 +4,21 @@
 #include "text/printable_text.h"
 
 namespace NVORHOST {
+namespace {
+
+// Quotes and backslashes within the quotes of an object path have a backslash in front.
+std::string Quote(std::string_view text) {
+    std::string quoted = "\"";
+    for (const char c : text) {
+        if (c == '"' || c == '\\') {
+            quoted += '\\';
+        }
+        quoted += c;
+    }
+    return quoted + "\"";
+}
+
+}  // namespace
 
 TCIMDateTime TCollection::ToDateTime(std::int64_t secondsSinceEpoch) const {
     // A captured tree has no history of its time zone; fall back to the offset at the time of the collection.
@@ -27,6 +42,24 @@ std::optional<TCIMValue> TCollection::ToCimValue(std::string_view property, cons
         return std::nullopt;
     }
     return TCIMValue(printable.text);
+}
+
+std::optional<TCIMValue> TCollection::ToCimValue(std::string_view property,
+                                                 const std::vector<std::string>& texts) {
+    TCIMValue::TElements elements;
+    elements.reserve(texts.size());
+    for (const std::string& text : texts) {
+        elements.push_back(ToCimValue(property, text).value_or(TCIMValue(ECimType::eString)));
+    }
+    return TCIMValue::Array(ECimType::eString, std::move(elements));
+}
+
+std::optional<TCIMValue> TCollection::ToCimValue(std::string_view /*property*/,
+                                                 const TCimReference& reference) {
+    auto printable = ToPrintableText(reference.key);
+    replacedBytes_ += printable.replacements;
+    return TCIMValue::Reference(std::string(reference.className) + "." + std::string(reference.keyProperty) +
+                                "=" + Quote(printable.text));
 }
 
 }  // namespace NVORHOST

@@ -44,8 +44,9 @@ class TCollection {
     const TSource& ReadOnce(TSource (*read)(TCollection& collection));
 
     /// Commits one instance with every property of `record` that has a value. Texts are cleaned by
-    /// ToPrintableText; a text that is empty afterwards counts as absent. Runs of blanks are squeezed in
-    /// ElementName and Description, which are for people, but not in keys and numbers.
+    /// ToPrintableText; a text that is empty afterwards counts as absent, and in an array as null. Runs of
+    /// blanks are squeezed in ElementName and Description, which are for people, but not in keys and numbers.
+    /// The key in a reference is cleaned like the key that it names.
     template <typename TRecord>
     void Commit(const TCimClass<TRecord>& cimClass, const TRecord& record);
 
@@ -66,6 +67,8 @@ class TCollection {
     using TReader = void (*)();
 
     std::optional<TCIMValue> ToCimValue(std::string_view property, const std::string& text);
+    std::optional<TCIMValue> ToCimValue(std::string_view property, const std::vector<std::string>& texts);
+    std::optional<TCIMValue> ToCimValue(std::string_view property, const TCimReference& reference);
 
     template <typename TValue>
     std::optional<TCIMValue> ToCimValue(std::string_view /*property*/, const TValue& value) {

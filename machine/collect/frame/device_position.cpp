@@ -5,7 +5,6 @@
 #include "text/numbers.h"
 
 #include <algorithm>
-#include <optional>
 #include <vector>
 
 namespace NVORHOST {
@@ -134,6 +133,7 @@ constexpr TStepRule stepRules[] = {
     {"rport-*",        Drop},
     {"session#",       Drop},
     {"block",          Drop},
+    {"net",            Drop},
     {"scsi_tape",      Drop},
     {"virtio#",        Drop},
     {"nvme",           Drop},
@@ -211,6 +211,18 @@ std::string ReadDevicePosition(const ISystemFiles& files, std::string_view devic
         isBehindSas = isBehindSas || Follows(name, "end_device-*");
         start = end + 1;
     }
+}
+
+std::optional<std::string> FindPciFunction(std::string_view devicePath) {
+    while (!devicePath.empty()) {
+        const auto slash = devicePath.rfind('/');
+        const std::string_view name = devicePath.substr(slash + 1);
+        if (Follows(name, pciFunction)) {
+            return std::string(name);
+        }
+        devicePath = devicePath.substr(0, slash == std::string_view::npos ? 0 : slash);
+    }
+    return std::nullopt;
 }
 
 }  // namespace NVORHOST

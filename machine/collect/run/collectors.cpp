@@ -9,8 +9,8 @@ extern const TCollector computerSystemCollector, operatingSystemCollector, proce
     memoryModuleCollector, memoryArrayAddressCollector, memoryMapCollector, cardCollector,
     systemSlotCollector, diskDriveCollector, disketteDriveCollector, tapeDriveCollector,
     opticalDriveCollector, logicalDiskCollector, diskPartitionCollector, pciFunctionCollector,
-    controllerCollector, usbPortCollector, ipEndpointCollector, processCollector, dataSourceCollector,
-    resultCollector;
+    controllerCollector, usbPortCollector, networkPortCollector, ipEndpointCollector, processCollector,
+    dataSourceCollector, resultCollector;
 
 std::span<const TCollector> GetCollectors() {
     // Row order is the order of running, of the classes in the namespace and of listings.
@@ -32,6 +32,7 @@ std::span<const TCollector> GetCollectors() {
         pciFunctionCollector,
         controllerCollector,
         usbPortCollector,
+        networkPortCollector,
         ipEndpointCollector,
         processCollector,
         dataSourceCollector,

@@ -123,9 +123,10 @@ TEST_P(TMachineCaptureTest, GivesTheNamespaceOfTheMachine) {
 
 // Properties that name the machine or a part of it. Every other one is as it was.
 bool MayDiffer(const std::string& property) {
-    static const std::set<std::string> ends{".ElementName", ".Description", ".DeviceID",     ".SerialNumber",
-                                            ".Name",        ".CSName",      ".UserTracking", ".IPv4Address",
-                                            ".IPv6Address", ".Tag",         ".UniqueID"};
+    static const std::set<std::string> ends{
+        ".ElementName", ".Description",      ".DeviceID",        ".SerialNumber", ".Name",
+        ".CSName",      ".UserTracking",     ".IPv4Address",     ".IPv6Address",  ".Tag",
+        ".UniqueID",    ".PermanentAddress", ".NetworkAddresses"};
     return ends.contains(property.substr(property.rfind('.')));
 }
 
@@ -148,6 +149,15 @@ TEST_P(TMachineCaptureTest, RedactedDiffersInWhatIdentifiesAlone) {
     }
 }
 
+// "525400B20001" as the files write it, "52:54:00:B2:00:01".
+std::string WithColons(const std::string& digits) {
+    std::string text = digits.substr(0, 2);
+    for (std::size_t i = 2; i < digits.size(); i += 2) {
+        text += ":" + digits.substr(i, 2);
+    }
+    return text;
+}
+
 // Values that identify the machine or a part of it: what the inventory says of serial numbers, UUIDs,
 // world-wide names and addresses.
 std::set<std::string> FindIdentities(const TCollected& collected) {
@@ -158,6 +168,9 @@ std::set<std::string> FindIdentities(const TCollected& collected) {
         {"KELSG_Card", "UserTracking"},
         {"KELSG_SPDData", "SerialNumber"},
         {"KELSG_Processor", "UniqueID"},
+        {"CIM_EthernetPort", "PermanentAddress"},
+        {"CIM_WiFiPort", "PermanentAddress"},
+        {"CIM_IBPort", "PermanentAddress"},
         {"CIM_DiskPartition", "DeviceID"},
         {"KELSG_DiskDrive", "DeviceID"},
         {"CIM_DiskDrive", "DeviceID"},
@@ -172,7 +185,8 @@ std::set<std::string> FindIdentities(const TCollected& collected) {
     for (const auto& [className, property] : properties) {
         for (const std::string& value : collected.GetAll(className, property)) {
             if (value != "absent") {
-                identities.insert(value);
+                identities.insert(property == std::string_view("PermanentAddress") ? WithColons(value)
+                                                                                   : value);
             }
         }
     }

@@ -316,6 +316,19 @@ TEST_F(TRedactionTest, UuidsHaveOnePseudonymWhateverTheirCase) {
     EXPECT_EQ(Redacted("/sys/firmware/dmi/tables/DMI").substr(8, 8), ParseByteLine(stored));
 }
 
+TEST_F(TRedactionTest, ReplacesThePermanentAddressOfAPortEverywhere) {
+    Add("/sys/class/net/bond0/address", "52:54:00:b2:00:99\n");
+    Add("/sys/class/net/eno1/bonding_slave/perm_hwaddr", "52:54:00:b2:00:01\n");
+    Add("/sys/class/net/ib0/address", "80:00:02:08:fe:80:00:00:00:00:00:00:00:02:c9:03:00:0a:0b:0c\n");
+    Add("/run/udev/data/n2", "E:ID_NET_NAME_MAC=enx525400b20001\n");
+    EXPECT_EQ(Redacted("/sys/class/net/bond0/address"), Pseudonym("52:54:00:b2:00:99") + "\n");
+    EXPECT_EQ(Redacted("/sys/class/net/eno1/bonding_slave/perm_hwaddr"),
+              Pseudonym("52:54:00:b2:00:01") + "\n");
+    EXPECT_EQ(Redacted("/sys/class/net/ib0/address"),
+              Pseudonym("80:00:02:08:fe:80:00:00:00:00:00:00:00:02:c9:03:00:0a:0b:0c") + "\n");
+    EXPECT_EQ(Redacted("/run/udev/data/n2"), "E:ID_NET_NAME_MAC=enx" + Pseudonym("525400b20001") + "\n");
+}
+
 TEST_F(TRedactionTest, InterfacesNamedByTheirAddressAreRenamedEverywhere) {
     Add("/sys/class/net/enx525400b20001/operstate", "up\n");
     Add("/sys/class/net/enx525400b20001/address", "52:54:00:b2:00:01\n");

@@ -216,6 +216,31 @@ TEST_F(TRunTest, CleansTextsAndCountsWhatItReplaced) {
     EXPECT_EQ(reports[0].instances, 2U);
 }
 
+struct TLink {
+    std::optional<TCimReference> target;
+    std::optional<std::vector<std::string>> words;
+};
+constexpr TPropertyRow<TLink> linkRows[] = {{"Target", &TLink::target}, {"Words", &TLink::words}};
+constexpr TCimClass<TLink> linkClass{"Link", linkRows};
+constexpr const IClassDeclaration* linkClasses[] = {&linkClass};
+
+TEST_F(TRunTest, CommitsAReferenceAsAnObjectPathWithACleanQuotedKey) {
+    (void)Run({{"link", "refers", linkClasses, {}, [](TCollection& collection) {
+                    collection.Commit(linkClass, {TCimReference{"Sample", "Text", " a\"b\\c\x01"}, {}});
+                }}});
+    EXPECT_EQ(target_.FindClass("Link")->GetDeclarations().at(0).type, ECimType::eReference);
+    EXPECT_EQ(ToText(target_), "Link[0].Target = reference Sample.Text=\"a\\\"b\\\\c\xEF\xBF\xBD\"\n");
+}
+
+TEST_F(TRunTest, CommitsAnArrayOfTextsWithANullForAnEmptyOne) {
+    (void)Run(
+        {{"link", "lists", linkClasses, {}, [](TCollection& collection) {
+              collection.Commit(linkClass, {std::nullopt, std::vector<std::string>{"one ", " ", "two"}});
+          }}});
+    EXPECT_TRUE(target_.FindClass("Link")->GetDeclarations().at(1).isArray);
+    EXPECT_EQ(ToText(target_), "Link[0].Words = string {one, , two}\n");
+}
+
 TEST(CollectAll, FindsItsWayOnAMachineThatHoldsNothing) {
     TCollected collected;
     Collect("", collected);
