@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-/// What is written for a property besides, or instead of, its own value.
+/// The form of a property: text that is written in addition to, or instead of, its own value.
 enum class EPropertyForm : unsigned char {
     plain,                ///< the value
     sourceName,           ///< an element with the source name as its value, then the property if it exists

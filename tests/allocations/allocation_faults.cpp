@@ -13,7 +13,7 @@ constexpr std::size_t countedSizes = 64;
 std::atomic<std::size_t> liveAllocations{0};
 std::array<std::atomic<std::size_t>, countedSizes> arrayAllocations{};
 
-// Of the allocations of at least the minimum size, so many still succeed, and then so many still fail.
+// Counts only allocations of at least the minimum size: so many still succeed, then so many fail.
 // Atomic, because helper threads of tests may allocate at the same time as the request.
 std::atomic<std::size_t> minimumFaultSize{0};
 std::atomic<std::size_t> allocationsToPass{0};

@@ -102,7 +102,7 @@ TEST_F(TFullDisk, FailsCommandsThatPrint) {
     }
 }
 
-TEST_F(TFullDisk, IsReportedLikeAClosedStandardOutput) {
+TEST_F(TFullDisk, FailsARunWithAClosedStandardOutput) {
     const auto result = RunRedirected(">&-", CollectArguments({"--log-file", "run.log"}));
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.standardError, "noxinfo: cannot write standard output: Bad file descriptor\n");

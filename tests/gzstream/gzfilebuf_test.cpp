@@ -453,7 +453,7 @@ TEST_F(GzFileBuf, SetbufWithANullBufferOrSizeZeroMakesItUnbuffered) {
     }
 }
 
-TEST_F(GzFileBuf, SetbufMakesItUnbufferedWithoutAccessingTheUserBuffer) {
+TEST_F(GzFileBuf, SetbufReplacesAUserBufferByTheUnbufferedState) {
     char own[16];
     buffer_.setbuf(own, sizeof own);
     buffer_.setbuf(nullptr, 0);
@@ -491,7 +491,7 @@ TEST_F(GzFileBuf, AUserBufferOfNegativeSizeRejectsEveryCharacterAndIsNeverAccess
     Zip(Path(), "text");
     ASSERT_NE(buffer_.open(Path().c_str(), in), nullptr);
     EXPECT_EQ(buffer_.sgetc(), endOfFile);
-    EXPECT_THAT(ZlibCalls().readSizes, ElementsAre(4294967295U)) << "a size that zlib refuses";
+    EXPECT_THAT(ZlibCalls().readSizes, ElementsAre(4294967295U)) << "a size that zlib rejects";
     EXPECT_STREQ(own, "untouched");
 }
 
