@@ -82,9 +82,9 @@ void Require(bool condition, const char* step) {
 void WriteRaw(const char* path, const std::string& text) {
     gzFile file = gzopen(path, "wb");
     Require(file != nullptr, "gzopen");
-    for (std::size_t at = 0; at < text.size(); at += blockSize) {
-        const auto size = static_cast<unsigned>(std::min(blockSize, text.size() - at));
-        Require(gzwrite(file, &text[at], size) == static_cast<int>(size), "gzwrite");
+    for (std::size_t offset = 0; offset < text.size(); offset += blockSize) {
+        const auto size = static_cast<unsigned>(std::min(blockSize, text.size() - offset));
+        Require(gzwrite(file, &text[offset], size) == static_cast<int>(size), "gzwrite");
     }
     Require(gzclose(file) == Z_OK, "gzclose");
 }

@@ -37,7 +37,7 @@ class TWorkingDirectory {
   public:
     TWorkingDirectory() : home_(std::filesystem::current_path()) {
         std::string name = (std::filesystem::temp_directory_path() / "request-bench-XXXXXX").string();
-        if (mkdtemp(name.data()) == nullptr) {
+        if (::mkdtemp(name.data()) == nullptr) {
             std::abort();
         }
         path_ = name;
@@ -59,7 +59,7 @@ class TWorkingDirectory {
 class TRequester {
   public:
     TRequester() {
-        unsetenv("ZETKELID");
+        ::unsetenv("ZETKELID");
         NVORHOST::THostSettings settings;
         settings.reachability = NVORHOST::EReachability::no;
         NVORHOST::SetHostSettings(settings);
@@ -184,21 +184,21 @@ TMemoryUse MeasureMemoryUse() {
 void PeakMemoryOfRequest(benchmark::State& state) {
     for (auto iteration : state) {
         int ends[2];
-        if (pipe(ends) != 0) {
+        if (::pipe(ends) != 0) {
             std::abort();
         }
-        const pid_t child = fork();
+        const pid_t child = ::fork();
         if (child == 0) {
             const TMemoryUse use = MeasureMemoryUse();
             std::_Exit(write(ends[1], &use, sizeof(use)) == sizeof(use) ? 0 : 1);
         }
         TMemoryUse use{};
         int status = 0;
-        if (read(ends[0], &use, sizeof(use)) != sizeof(use) || waitpid(child, &status, 0) != child) {
+        if (::read(ends[0], &use, sizeof(use)) != sizeof(use) || ::waitpid(child, &status, 0) != child) {
             std::abort();
         }
-        close(ends[0]);
-        close(ends[1]);
+        ::close(ends[0]);
+        ::close(ends[1]);
         state.counters["document_MB"] = use.documentBytes / 1e6;
         state.counters["peak_MB"] = use.peakBytes / 1e6;
         state.counters["peak/document"] = use.peakBytes / use.documentBytes;

@@ -19,11 +19,11 @@ constexpr std::size_t documentRoom = std::size_t{64} << 20;
 // Allows the kernel to use large pages: a page fault for each 4 KiB of text takes longer than rendering it.
 // A failure is harmless.
 void AdviseLargePages(std::string& room) {
-    const auto pageSize = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    const auto pageSize = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
     void* begin = room.data();
     std::size_t size = room.capacity();
     if (std::align(pageSize, pageSize, begin, size) != nullptr) {
-        (void)madvise(begin, size / pageSize * pageSize, MADV_HUGEPAGE);
+        (void)::madvise(begin, size / pageSize * pageSize, MADV_HUGEPAGE);
     }
 }
 

@@ -40,7 +40,7 @@ void* AllocateFenced(std::size_t size) {
         return nullptr;
     }
     char* const header = range + used;
-    if (mprotect(header, pageSize + pages, PROT_READ | PROT_WRITE) != 0) {
+    if (::mprotect(header, pageSize + pages, PROT_READ | PROT_WRITE) != 0) {
         return nullptr;
     }
     used += wanted;
@@ -62,8 +62,8 @@ void FreeFenced(void* memory) {
         std::abort();
     }
     // Mapping anew also releases the memory.
-    if (mmap(header, pageSize + pages, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED | MAP_NORESERVE, -1,
-             0) == MAP_FAILED) {
+    if (::mmap(header, pageSize + pages, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED | MAP_NORESERVE,
+               -1, 0) == MAP_FAILED) {
         std::abort();
     }
 }
@@ -118,8 +118,8 @@ void operator delete[](void* memory, std::size_t /*size*/) noexcept {
 TFencedMemory::TFencedMemory() {
     if (range == nullptr) {
         void* const mapped =
-            mmap(nullptr, rangeSize, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-        if (mapped == MAP_FAILED || sysconf(_SC_PAGESIZE) != static_cast<long>(pageSize)) {
+            ::mmap(nullptr, rangeSize, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+        if (mapped == MAP_FAILED || ::sysconf(_SC_PAGESIZE) != static_cast<long>(pageSize)) {
             throw std::bad_alloc();
         }
         range = static_cast<char*>(mapped);

@@ -22,8 +22,8 @@ namespace {
 /// Returns a text of every kind of byte, longer than a short string, which would not be fenced.
 std::string Bytes(std::size_t size) {
     std::string text(size, '\0');
-    for (std::size_t at = 0; at < size; ++at) {
-        text[at] = static_cast<char>(at * 7 + size);
+    for (std::size_t i = 0; i < size; ++i) {
+        text[i] = static_cast<char>(i * 7 + size);
     }
     return text;
 }

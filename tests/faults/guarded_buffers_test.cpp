@@ -14,8 +14,8 @@ namespace {
 
 std::string Pattern(std::size_t size) {
     std::string text(size, '\0');
-    for (std::size_t at = 0; at < size; ++at) {
-        text[at] = static_cast<char>(at * 37 + at / 256);
+    for (std::size_t i = 0; i < size; ++i) {
+        text[i] = static_cast<char>(i * 37 + i / 256);
     }
     return text;
 }
@@ -26,7 +26,7 @@ class TGuardedStreamBuffer : public testing::TestWithParam<std::size_t> {
         name_ = (std::filesystem::temp_directory_path() / "gzguarded-XXXXXX").string();
         const int fd = mkstemp(name_.data());
         EXPECT_GE(fd, 0);
-        close(fd);
+        ::close(fd);
     }
     ~TGuardedStreamBuffer() override { std::filesystem::remove(name_); }
 

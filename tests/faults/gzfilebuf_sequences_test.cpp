@@ -162,19 +162,19 @@ std::size_t ForEachSequence(std::size_t longest, const std::function<bool(const 
     std::size_t count = 0;
     for (std::size_t length = 1; length <= longest; ++length) {
         TSequence sequence(length, open);
-        std::size_t at = 0;
+        std::size_t i = 0;
         do {
             ++count;
             if (!check(sequence)) {
                 return count;
             }
-            for (at = 0; at < length && sequence[at] == destroy; ++at) {
-                sequence[at] = open;
+            for (i = 0; i < length && sequence[i] == destroy; ++i) {
+                sequence[i] = open;
             }
-            if (at < length) {
-                sequence[at] = static_cast<EOperation>(sequence[at] + 1);
+            if (i < length) {
+                sequence[i] = static_cast<EOperation>(sequence[i] + 1);
             }
-        } while (at < length);
+        } while (i < length);
     }
     return count;
 }
@@ -273,7 +273,7 @@ class TOnDisk : public testing::TestWithParam<TCase> {
   protected:
     TOnDisk() {
         std::string name = (std::filesystem::temp_directory_path() / "gzsequences-XXXXXX").string();
-        if (mkdtemp(name.data()) == nullptr) {
+        if (::mkdtemp(name.data()) == nullptr) {
             throw std::system_error(errno, std::generic_category(), name);
         }
         folder_ = name;

@@ -348,9 +348,9 @@ std::string EveryByte() {
 
 TEST_F(THostFault, ResultClassesOfOtherNamesAreIgnored) {
     for (const char byte : EveryByte()) {
-        for (std::size_t at = 0; at < 12; ++at) {
+        for (std::size_t i = 0; i < 12; ++i) {
             std::string changed = "KELSG_CADAT";
-            changed.insert(at > 11 ? 11 : at, 1, byte);
+            changed.insert(i > 11 ? 11 : i, 1, byte);
             AddResultClass(changed);
         }
         AddResultClass(std::string(1, byte));
@@ -391,7 +391,7 @@ class TManyInstances final : public NKELVOR20::ICIMClass {
     boost::shared_ptr<ICIMInstance> CreateInstance(TOptionsMap /*options*/) override { return {}; }
     void EnumerateInstances(NKELVOR20::TInstanceCallback callback, bool /*flag*/,
                             TOptionsMap /*options*/) override {
-        for (std::size_t at = 0; at < count_ && callback(instance_); ++at) {
+        for (std::size_t i = 0; i < count_ && callback(instance_); ++i) {
         }
     }
 

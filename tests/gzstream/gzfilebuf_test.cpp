@@ -287,7 +287,7 @@ TEST_F(GzFileBuf, AttachRejectsAnUnsupportedModeAndLeavesTheDescriptorOpen) {
     EXPECT_EQ(buffer_.attach(fd, in | out), nullptr);
     EXPECT_FALSE(buffer_.is_open());
     EXPECT_TRUE(IsOpenDescriptor(fd));
-    close(fd);
+    ::close(fd);
 }
 
 TEST_F(GzFileBuf, AttachOfAnInvalidDescriptorFails) {

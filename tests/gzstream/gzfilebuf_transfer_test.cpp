@@ -202,11 +202,11 @@ class TReservedMemory {
   public:
     explicit TReservedMemory(std::size_t size)
         : size_(size),
-          start_(mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1,
-                      0)) {}
+          start_(::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE,
+                        -1, 0)) {}
     ~TReservedMemory() {
         if (IsThere()) {
-            munmap(start_, size_);
+            ::munmap(start_, size_);
         }
     }
     TReservedMemory(const TReservedMemory&) = delete;

@@ -14,7 +14,7 @@
 
 TGzstreamFixture::TGzstreamFixture() {
     std::string name = (std::filesystem::temp_directory_path() / "gzstream-XXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr) {
+    if (::mkdtemp(name.data()) == nullptr) {
         throw std::system_error(errno, std::generic_category(), name);
     }
     folder_ = name;

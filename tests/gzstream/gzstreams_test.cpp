@@ -227,8 +227,8 @@ TEST_F(GzOutStream, WritesTheSameBytesAsZlibAtItsDefaultLevel) {
     const std::string text = Repeated("<Property Name=\"Caption\" Type=\"string\"/>\n", 100000);
     gzofstream(Path("stream.gz").c_str(), binary) << text;
     gzFile file = gzopen(Path("zlib.gz").c_str(), "wb");
-    for (std::size_t at = 0; at < text.size(); at += 8192) {
-        const std::string block = text.substr(at, 8192);
+    for (std::size_t offset = 0; offset < text.size(); offset += 8192) {
+        const std::string block = text.substr(offset, 8192);
         ASSERT_EQ(gzwrite(file, block.data(), static_cast<unsigned>(block.size())),
                   static_cast<int>(block.size()));
     }
@@ -333,7 +333,7 @@ TEST_F(GzInStream, ASuccessfulAttachClearsTheWholeStateAndAFailingOneAddsFailbit
     stream.setstate(badbit);
     stream.attach(-1);
     EXPECT_EQ(stream.rdstate(), badbit | failbit);
-    stream.attach(open(Path().c_str(), O_RDONLY));
+    stream.attach(::open(Path().c_str(), O_RDONLY));
     EXPECT_EQ(stream.rdstate(), goodbit);
     EXPECT_EQ(ReadAll(stream), "text");
     stream.close();
@@ -343,7 +343,7 @@ TEST_F(GzInStream, ASuccessfulAttachClearsTheWholeStateAndAFailingOneAddsFailbit
 TEST_F(GzInStream, ReadsFromTheDescriptorOfItsConstructor) {
     Zip(Path(), "text");
     ZlibCalls() = {};
-    gzifstream stream(open(Path().c_str(), O_RDONLY), binary);
+    gzifstream stream(::open(Path().c_str(), O_RDONLY), binary);
     EXPECT_THAT(ZlibCalls().openModes, ElementsAre("rb"));
     EXPECT_EQ(ReadAll(stream), "text");
     stream.close();
@@ -352,7 +352,7 @@ TEST_F(GzInStream, ReadsFromTheDescriptorOfItsConstructor) {
 
 TEST_F(GzInStream, DestructionClosesAFileOpenedByNameAndLeavesAnAttachedDescriptorOpen) {
     Zip(Path(), "text");
-    const int fd = open(Path().c_str(), O_RDONLY);
+    const int fd = ::open(Path().c_str(), O_RDONLY);
     ZlibCalls() = {};
     { const gzifstream named(Path().c_str()); }
     EXPECT_EQ(ZlibCalls().closed, ZlibCalls().opened);
@@ -395,7 +395,7 @@ class TDerivedInStream : public gzifstream {
 
 TEST_F(GzInStream, CanBeDerivedFrom) {
     Zip(Path(), "text");
-    TDerivedInStream byDescriptor(open(Path().c_str(), O_RDONLY), in);
+    TDerivedInStream byDescriptor(::open(Path().c_str(), O_RDONLY), in);
     EXPECT_EQ(ReadAll(byDescriptor), "text");
     byDescriptor.close();
     TDerivedInStream byName(Path().c_str(), in);
@@ -504,13 +504,13 @@ TEST_P(GzRoundTrip, ZlibReadsTextThatWasInsertedInPieces) {
     gzofstream stream;
     SetSomeBuffer(*stream.rdbuf());
     stream.open(Path().c_str(), binary);
-    for (std::size_t at = 0; at < text.size();) {
-        const std::size_t size = std::min(text.size() - at, Below(20000));
+    for (std::size_t offset = 0; offset < text.size();) {
+        const std::size_t size = std::min(text.size() - offset, Below(20000));
         if (size < 100) {
-            stream.put(text[at++]);
+            stream.put(text[offset++]);
         } else {
-            stream.write(&text[at], static_cast<std::streamsize>(size));
-            at += size;
+            stream.write(&text[offset], static_cast<std::streamsize>(size));
+            offset += size;
         }
         if (Below(10) == 0) {
             stream.flush();

@@ -21,10 +21,10 @@ constexpr std::size_t fiveGiB = std::size_t{5} << 30;
 class TEncodedBytes : public NTEST::TPluginFixture {
   protected:
     TEncodedBytes()
-        : start_(mmap(nullptr, fiveGiB, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0)) {}
+        : start_(::mmap(nullptr, fiveGiB, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0)) {}
     ~TEncodedBytes() override {
         if (start_ != MAP_FAILED) {
-            munmap(start_, fiveGiB);
+            ::munmap(start_, fiveGiB);
         }
     }
 

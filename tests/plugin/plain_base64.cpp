@@ -33,8 +33,8 @@ std::string PlainBase64Encode(std::string_view bytes) {
         bits += '0';
     }
     std::string text;
-    for (std::size_t at = 0; at < bits.size(); at += 6) {
-        text += alphabet[FromBits(std::string_view(bits).substr(at, 6))];
+    for (std::size_t offset = 0; offset < bits.size(); offset += 6) {
+        text += alphabet[FromBits(std::string_view(bits).substr(offset, 6))];
     }
     while (text.size() % 4 != 0) {
         text += '=';
@@ -59,8 +59,8 @@ std::string PlainBase64Decode(std::string_view text) {
         bits += ToBits(static_cast<unsigned>(value), 6);
     }
     std::string bytes;
-    for (std::size_t at = 0; at + 8 <= bits.size(); at += 8) {
-        bytes += static_cast<char>(FromBits(std::string_view(bits).substr(at, 8)));
+    for (std::size_t offset = 0; offset + 8 <= bits.size(); offset += 8) {
+        bytes += static_cast<char>(FromBits(std::string_view(bits).substr(offset, 8)));
     }
     return bytes;
 }
