@@ -8,7 +8,7 @@
 namespace NVORHOST {
 
 /// Owns a descriptor, or none. For descriptors whose close cannot lose data: read-only files, folders, locks
-/// and sockets. Whoever writes a file calls fsync or close first and checks the result.
+/// and sockets. The owner of a written file calls fsync or close first and checks the result.
 class TFileDescriptor {
   public:
     TFileDescriptor() = default;

@@ -28,7 +28,7 @@ TCaptureSummary Summarise(const TNamespaceSource& source, const TCaptureTree& tr
 // An archive that still contains an identity is not written.
 void RequireNothingLeft(const TRedactedMachine& redacted, const TCaptureTree& tree, const std::string& file) {
     if (const auto left = FindIdentityLeft(redacted, tree)) {
-        throw TRunFailure("cannot write " + file + ": " + std::string(NameOf(left->kind)) + " left in " +
+        throw TRunFailure("cannot write " + file + ": " + std::string(GetKindName(left->kind)) + " left in " +
                           left->path + " after redaction");
     }
 }

@@ -19,8 +19,8 @@ std::string FormatHex(std::uint64_t number, int minimumDigits = 1);
 /// Returns two digits for each byte.
 std::string ToHex(std::string_view bytes, EHexCase letterCase = EHexCase::lower);
 
-/// Returns the bytes that pairs of hexadecimal digits of either case stand for; nullopt if `digits` has an
-/// odd length or another character. An empty text gives no bytes.
+/// Decodes pairs of hexadecimal digits of either case into bytes; nullopt if `digits` has an odd length or
+/// another character. An empty text gives no bytes.
 std::optional<std::string> ParseHex(std::string_view digits);
 
 /// True if every character of `text` is a hexadecimal digit, and for an empty text.

@@ -1,4 +1,5 @@
-// The one gate for text that becomes a property: firmware and devices give bytes, documents want characters.
+// The single conversion of bytes from firmware and devices into text for properties. Decision:
+// docs/decisions/0006.
 #pragma once
 
 #include <cstddef>
@@ -9,16 +10,16 @@ namespace NVORHOST {
 
 struct TPrintableText {
     std::string text;              ///< valid UTF-8, trimmed, no control characters
-    std::size_t replacements = 0;  ///< bytes that had no place in it
+    std::size_t replacements = 0;  ///< number of bytes that were replaced
 };
 
-/// `bytes` as text: ends at nothing but the end, blanks at both ends off; tabs and line ends inside become a
-/// blank each; every other control character, NUL included, and every byte that is not part of a well-formed
-/// UTF-8 sequence becomes U+FFFD and is counted. NULs at the end are padding and only trimmed.
+/// Converts `bytes` to text: trims blanks and NULs at both ends, replaces each tab and line end inside by a
+/// blank, and replaces every other control character, including NUL, and every malformed byte by U+FFFD,
+/// which `replacements` counts.
 TPrintableText ToPrintableText(std::string_view bytes);
 
-/// `text` with each run of blanks made one, and none at its ends. Firmware pads names to the width of its own
-/// columns: "Kingston                       HP647647".
+/// Replaces each run of blanks by one blank and removes those at the ends. Firmware pads names to column
+/// widths: "Kingston                       HP647647".
 std::string SqueezeBlanks(std::string_view text);
 
 }  // namespace NVORHOST

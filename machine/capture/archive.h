@@ -1,5 +1,5 @@
-// Packs a captured tree. The library that writes archives comes with a module of its own, so that only runs
-// that pack one load it.
+// Packs a capture. The archive library is linked into a module of its own, so that only runs that pack a
+// capture load it.
 #pragma once
 
 #include "machine/capture/capture_tree.h"
@@ -8,10 +8,10 @@
 
 namespace NVORHOST {
 
-/// Writes the tree as a tar archive compressed with xz: the same bytes for the same tree, nothing of the
-/// machine or user that packs it. Names of which nothing else is known become empty files.
-/// Errors: throws std::runtime_error when the module cannot be loaded or the archive not written; a stream
-/// that fails is left to the caller.
+/// Writes the tree as a tar archive compressed with xz: the same bytes for the same tree, without traces of
+/// the machine or the user that packs it. Entries of kind `name` become empty files.
+/// Errors: throws std::runtime_error if the module cannot be loaded or the archive cannot be written. The
+///          caller checks the stream.
 void WriteArchive(const TCaptureTree& tree, std::ostream& out);
 
 }  // namespace NVORHOST

@@ -1,4 +1,4 @@
-// The writer of archives as a module: what brings the archive library into the process.
+// The archive writer as a module, which brings the archive library into the process.
 #include "host/export.h"
 #include "machine/capture/archive_module_entry.h"
 
@@ -16,7 +16,7 @@ namespace {
 struct TFreeArchive {
     void operator()(archive* writer) const {
         (void)archive_write_free(writer);
-    }  // closed before, or given up
+    }  // already closed, unless an error ends the writing
 };
 using TArchive = std::unique_ptr<archive, TFreeArchive>;
 
@@ -28,7 +28,7 @@ using TEntry = std::unique_ptr<archive_entry, TFreeEntry>;
 void Check(archive* writer, int result) {
     if (result != ARCHIVE_OK) {
         const char* const cause = archive_error_string(writer);
-        throw std::runtime_error(std::string("the archive cannot be written: ") +
+        throw std::runtime_error(std::string("cannot write the archive: ") +
                                  (cause != nullptr ? cause : "unknown cause"));
     }
 }
@@ -36,7 +36,7 @@ void Check(archive* writer, int result) {
 la_ssize_t WriteToStream(archive*, void* stream, const void* bytes, std::size_t size) {
     auto& out = *static_cast<std::ostream*>(stream);
     out.write(static_cast<const char*>(bytes), static_cast<std::streamsize>(size));
-    return static_cast<la_ssize_t>(size);  // the stream keeps its failure for its owner
+    return static_cast<la_ssize_t>(size);  // the owner of the stream checks for failure
 }
 
 struct TEntryKind {
@@ -53,7 +53,7 @@ constexpr TEntryKind entryKinds[] = {
 };
 
 void Describe(const std::string& path, const TCaptureTree::TNode& node, archive_entry* entry) {
-    archive_entry_set_pathname(entry, path.c_str() + 1);  // relative to wherever it is unpacked
+    archive_entry_set_pathname(entry, path.c_str() + 1);  // relative, without the leading slash
     for (const TEntryKind& row : entryKinds) {
         if (row.kind == node.kind) {
             archive_entry_set_filetype(entry, row.type);
@@ -87,11 +87,11 @@ void WriteTarXz(const TCaptureTree& tree, std::ostream& out) {
     if (!writer) {
         throw std::bad_alloc();
     }
-    // GNU tar keeps the bytes of names as they are. pax converts them to UTF-8 from the charset of the
-    // locale, which fails or changes the names, depending on the locale.
+    // The GNU format keeps the bytes of names. The pax format converts names to UTF-8 from the charset of the
+    // locale, which fails for some and changes others.
     Check(writer.get(), archive_write_set_format_gnutar(writer.get()));
     Check(writer.get(), archive_write_add_filter_xz(writer.get()));
-    constexpr int noPadding = 1;  // else to the block size of tapes
+    constexpr int noPadding = 1;  // the default pads to the block size of tapes
     Check(writer.get(), archive_write_set_bytes_in_last_block(writer.get(), noPadding));
     Check(writer.get(), archive_write_open(writer.get(), &out, nullptr, WriteToStream, nullptr));
     for (const auto& [path, node] : tree.GetNodes()) {

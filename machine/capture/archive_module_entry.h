@@ -1,4 +1,4 @@
-// The one function that the archive module offers to the program that loads it.
+// The only function that the archive module exports.
 #pragma once
 
 #include "machine/capture/capture_tree.h"
@@ -7,7 +7,7 @@
 
 namespace NVORHOST {
 
-/// As `WriteArchive`; the exported symbol `archiveEntryName` has this type.
+/// The type of the exported symbol `archiveEntryName`; has the contract of `WriteArchive`.
 using TArchiveEntry = void (*)(const TCaptureTree& tree, std::ostream& out);
 
 constexpr char archiveEntryName[] = "NVORHOST_WriteTarXz";

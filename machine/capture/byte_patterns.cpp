@@ -6,7 +6,6 @@
 #include <utility>
 
 namespace NVORHOST {
-
 namespace {
 
 std::uint64_t ReadWindow(const char* bytes) {

@@ -1,4 +1,4 @@
-// Searches for many patterns in one pass.
+// Searches a text for many patterns in one pass.
 #pragma once
 
 #include <cstddef>
@@ -13,7 +13,7 @@ namespace NVORHOST {
 /// Looks up every window of the text by its hash, so that the time does not depend on the number of patterns.
 class TBytePatterns {
   public:
-    /// Shorter patterns would be found by chance.
+    /// Size of a window. Shorter patterns would match by chance.
     static constexpr std::size_t windowBytes = 6;
 
     struct TMatch {
@@ -24,10 +24,10 @@ class TBytePatterns {
 
     TBytePatterns() : mayStart_(bucketCount / 8) {}
 
-    /// `owner` is what a match is reported with. Patterns shorter than a window are left out.
+    /// Adds a pattern, whose matches are reported with `owner`. Patterns shorter than a window are ignored.
     void Add(std::string pattern, std::size_t owner);
 
-    /// Every match, by start; of those at one place the longest one first.
+    /// Returns all matches by start, the longest first among those with the same start.
     std::vector<TMatch> FindAll(std::string_view text) const;
 
   private:

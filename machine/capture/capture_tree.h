@@ -1,4 +1,4 @@
-// The part of a machine's files that a capture keeps, in memory.
+// The captured part of a machine's files, in memory.
 #pragma once
 
 #include <map>
@@ -7,20 +7,20 @@
 
 namespace NVORHOST {
 
-/// Paths are absolute, without links, "." or ".." on the way and without a slash at the end; folders on the
-/// way come to be by themselves. Nothing replaces what is known better: a name is all that is known of an
-/// entry until it turns out to be a file, a folder or a link.
+/// Paths are absolute and resolved, without a trailing slash. Parent folders are added automatically. An
+/// entry starts as a `name`, of which nothing but its existence is known, and later becomes a file, folder or
+/// link; it never changes back.
 class TCaptureTree {
   public:
     enum class EKind { name, file, folder, link };
 
     struct TNode {
         EKind kind = EKind::name;
-        std::string bytes;  ///< of a file; of a link its target
+        std::string bytes;  ///< content of a file, target of a link
     };
 
     void AddName(std::string_view path) { AddNode(path, {EKind::name, {}}); }
-    /// A longer part of the same file replaces a shorter one.
+    /// Adds a file. A longer part of the same file replaces a shorter one.
     void AddFile(std::string_view path, std::string bytes);
     void AddFolder(std::string_view path) { AddNode(path, {EKind::folder, {}}); }
     void AddLink(std::string_view path, std::string target) {
@@ -29,9 +29,9 @@ class TCaptureTree {
 
     void AddNode(std::string_view path, TNode node);
 
-    /// Null when nothing is known of the path.
+    /// Returns nullptr for an unknown path.
     const TNode* Find(std::string_view path) const;
-    /// In an order in which every folder stands before what is in it. The top is not among them.
+    /// Returns the entries without the root, each folder before its content.
     const std::map<std::string, TNode, std::less<>>& GetNodes() const { return nodes_; }
 
   private:

@@ -97,7 +97,7 @@ TReadResult<std::string> TFileRecorder::ReadLink(std::string_view path) const {
     }
     auto result = files_.ReadLink(path);
     if (result.status == EReadStatus::failed && files_.Exists(path)) {
-        tree_.AddName(resolved);  // no link there either, whatever else it is
+        tree_.AddName(resolved);  // the path is not a link in the tree either
     } else {
         KeepRefusal(EAccess::readLink, path, result.status);
     }
@@ -119,7 +119,8 @@ std::map<TPathAccess, EReadStatus> TFileRecorder::FindRefusals() const {
     std::map<TPathAccess, EReadStatus> refusals;
     for (const auto& [access, status] : refusals_) {
         const bool followsLast = access.access != EAccess::readLink;
-        // What is not in the tree is not found there either; what ended while it was looked at may be.
+        // A path outside the tree is not found there either. A path in the tree may have vanished from the
+        // machine during the capture.
         if (status != EReadStatus::notFound || tree_.Find(Resolve(access.path, followsLast)) != nullptr) {
             refusals.emplace(access, status);
         }

@@ -1,4 +1,4 @@
-// Passes every access on and keeps what it gave, so that a tree of just that can take the machine's place.
+// Forwards every access and records its result, so that a tree of the recorded files can replace the machine.
 #pragma once
 
 #include "machine/capture/capture_tree.h"
@@ -11,8 +11,8 @@
 
 namespace NVORHOST {
 
-/// What is asked for twice is answered twice alike, as from the captured tree: files of the kernel change
-/// from one look to the next.
+/// A repeated access returns the recorded result, as the captured tree will: files of the kernel change from
+/// one read to the next.
 class TFileRecorder final : public ISystemFiles {
   public:
     /// `files` must outlive this object.
@@ -25,27 +25,29 @@ class TFileRecorder final : public ISystemFiles {
     bool Exists(std::string_view path) const override;
 
     const TCaptureTree& GetTree() const { return tree_; }
-    /// The accesses so far that ended otherwise than the same access to the tree would.
+    /// Returns the accesses so far whose failure does not follow from the tree.
     std::map<TPathAccess, EReadStatus> FindRefusals() const;
 
   private:
-    // A file as far as it was read.
+    // The part of a file that was read.
     struct TContents {
         std::string bytes;
         bool isWhole = false;
     };
 
-    // Where a path leads: links on the way are followed, and kept; the last name's too when `followsLast`.
+    // Returns the path after following its links, which are recorded. The last name is followed if
+    // `followsLast`.
     std::string Resolve(std::string_view path, bool followsLast) const;
     const std::optional<std::string>& FindLinkTarget(const std::string& path) const;
     void KeepRefusal(EAccess access, std::string_view path, EReadStatus status) const;
 
     const ISystemFiles& files_;
-    // Looking at a machine changes what is known of it, not the machine.
+    // Reading is const: it changes the recording, not the machine.
     mutable TCaptureTree tree_;
-    mutable std::map<std::string, std::optional<std::string>> linkTargets_;  // absent: no link
-    mutable std::map<std::string, TContents> contents_;                      // by resolved path
-    mutable std::map<std::string, std::vector<std::string>> lists_;          // by resolved path
+    mutable std::map<std::string, std::optional<std::string>>
+        linkTargets_;                                                // nullopt for a path that is not a link
+    mutable std::map<std::string, TContents> contents_;              // by resolved path
+    mutable std::map<std::string, std::vector<std::string>> lists_;  // by resolved path
     mutable std::map<TPathAccess, EReadStatus> refusals_;
 };
 

@@ -12,7 +12,6 @@
 #include <string>
 
 namespace NVORHOST {
-
 namespace {
 
 struct TKindName {
@@ -31,7 +30,7 @@ constexpr TKindName kindNames[] = {
     {EIdentityKind::userName, "user name", "user names"},
 };
 
-// Names of devices are made of these words, and many machines and users are called by one of the others.
+// Words of device names, and names that many machines and users have.
 constexpr std::string_view commonWords[] = {
     // clang-format off
     "ata", "block", "boot", "by", "bus", "char", "data", "dev", "device", "disk", "dm", "eui", "exp", "fc",
@@ -47,7 +46,7 @@ bool IsHostOrUser(EIdentityKind kind) {
     return kind == EIdentityKind::hostName || kind == EIdentityKind::userName;
 }
 
-// The bits that a value of this form chooses among; a run of one character counts as one.
+// Returns the entropy of a value of this form in bits. A run of one character counts once.
 double CountBits(std::string_view canonical) {
     const bool isDecimal = std::ranges::all_of(canonical, IsDigit);
     const double choices = isDecimal ? 10 : IsHex(canonical) ? 16 : 36;
@@ -62,7 +61,7 @@ EIdentityReach FindReachOfName(std::string_view canonical) {
     if (canonical.size() < least) {
         return EIdentityReach::itself;
     }
-    // Never further: "debian12" is a host, and what is left of "debian:12" without its colon.
+    // Names never reach further: "debian12" may be a host, and is also "debian:12" without its colon.
     const bool isMixed = std::ranges::any_of(canonical, IsDigit) && std::ranges::any_of(canonical, IsLetter);
     return isMixed && canonical.size() >= leastOfWord ? EIdentityReach::words : EIdentityReach::names;
 }
@@ -89,7 +88,7 @@ EIdentityReach FindReachOfNumber(std::string_view canonical) {
 
 }  // namespace
 
-std::string_view NameOf(EIdentityKind kind) {
+std::string_view GetKindName(EIdentityKind kind) {
     return FindRow(kindNames, &TKindName::kind, kind)->name;
 }
 

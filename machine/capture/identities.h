@@ -1,5 +1,5 @@
-// What identifies a machine: the kinds of identities, and how far an identity reaches. A long serial number
-// is found in any text; a host name such as "db" is a word like any other outside of names.
+// Kinds of identities of a machine, and their reach. A long serial number is searched for in every text; a
+// host name such as "db" only in names, because it may be an ordinary word elsewhere.
 #pragma once
 
 #include <cstddef>
@@ -9,7 +9,7 @@
 
 namespace NVORHOST {
 
-/// In the order in which the summary counts them.
+/// Kinds of identities, in the order of the summary.
 enum class EIdentityKind {
     serialNumber,
     assetTag,
@@ -21,24 +21,24 @@ enum class EIdentityKind {
     userName,
 };
 
-/// "serial number"
-std::string_view NameOf(EIdentityKind kind);
+/// Returns the name of a kind, such as "serial number".
+std::string_view GetKindName(EIdentityKind kind);
 
-/// How many different identities there are of each kind; kinds without one are left out.
+/// The number of different identities of each kind. Kinds without one are left out.
 using TIdentityCounts = std::map<EIdentityKind, std::size_t>;
 
-/// "3 serial numbers, 1 host name"; empty when there are none.
+/// Returns text such as "3 serial numbers, 1 host name"; empty for no identities.
 std::string DescribeCounts(const TIdentityCounts& counts);
 
-/// Where an identity is replaced and searched for, from nowhere else to everywhere.
+/// The texts in which an identity is replaced and searched for, from the fewest to all.
 enum class EIdentityReach {
-    itself,    ///< only where the value has a place of its own: too short, or a common word
-    names,     ///< as whole words where devices and hosts are named
+    itself,    ///< only in a field that holds nothing else: too short, or a common word
+    names,     ///< as whole words in names of devices and hosts
     words,     ///< as whole words in every text
-    anywhere,  ///< also inside of words and in every writing
+    anywhere,  ///< also inside words and in every encoding
 };
 
-/// The only place that decides when an identity is distinct enough to be searched for in texts.
+/// Returns the reach of an identity. All other code follows this decision.
 EIdentityReach FindReach(std::string_view value, EIdentityKind kind);
 
 }  // namespace NVORHOST

@@ -8,7 +8,6 @@
 #include <initializer_list>
 
 namespace NVORHOST {
-
 namespace {
 
 // ---- words
@@ -24,8 +23,8 @@ bool EndsWord(std::string_view text, std::size_t length) {
 
 // ---- forms
 
-// Groups of hexadecimal digits (or, where `isHex` is not set, of letters and digits) with one separator. The
-// length of the whole form, or 0.
+// Returns the length of groups of hexadecimal digits, or of letters and digits unless `isHex`, with one
+// separator between them; 0 if `text` does not start with them.
 std::size_t MatchGroups(std::string_view text, std::initializer_list<std::size_t> groups,
                         std::string_view separators, bool isHex) {
     std::size_t length = 0;
@@ -57,7 +56,7 @@ std::size_t MatchLvmUuid(std::string_view text) {
     return MatchGroups(text, {6, 4, 4, 4, 4, 4, 6}, "-", /*isHex=*/false);
 }
 
-// Ethernet has 6 bytes, InfiniBand 20.
+// Ethernet addresses have 6 bytes, InfiniBand addresses 20.
 std::size_t MatchMacAddress(std::string_view text) {
     constexpr std::size_t least = 6;
     constexpr std::size_t most = 20;
@@ -75,15 +74,15 @@ std::size_t MatchMacAddress(std::string_view text) {
     return bytes >= least && bytes <= most && !endsInColon ? length : 0;
 }
 
-// "naa.5000c500a1b2c3d4": the prefix is a word of its own and stays.
+// In "naa.5000c500a1b2c3d4" the prefix is a word of its own, which is kept.
 std::size_t MatchAfterNaa(std::string_view text, std::string_view before) {
     const std::size_t length = WordLength(text);
     const bool isMarked = before.ends_with("naa.") || before.ends_with("eui.");
     return isMarked && (length == 16 || length == 32) && IsHex(text.substr(0, length)) ? length : 0;
 }
 
-// A word of 32 hexadecimal digits is a UUID without its dashes, a world-wide name or the like; of 17 and 33 a
-// SCSI name; LVM names its volumes by 64 letters and digits.
+// Matches 32 hexadecimal digits, which are a UUID without dashes or a world-wide name; 17 or 33, a SCSI name;
+// and 64 letters and digits, an LVM volume.
 std::size_t MatchLongWord(std::string_view text) {
     const std::size_t length = WordLength(text);
     const std::string_view word = text.substr(0, length);
@@ -91,12 +90,13 @@ std::size_t MatchLongWord(std::string_view text) {
     return length == 64 || (IsHex(word) && (length == 32 || isScsiName)) ? length : 0;
 }
 
-// A NAA name starts with the digit of its format, and does not look like the address of a page in memory.
+// A NAA name starts with the digit of its format, which addresses of memory pages do not.
 bool MayStartWorldWideName(char digit) {
     return std::string_view("12356cC").find(digit) != std::string_view::npos;
 }
 
-// World-wide names as sysfs and udev write them: "0x5000c500a1b2c3d4", "exp0x5000c500a1b2c3d4".
+// Finds the start of a world-wide name in the form of sysfs and udev: "0x5000c500a1b2c3d4",
+// "exp0x5000c500a1b2c3d4".
 std::size_t FindWorldWideNameMark(std::string_view word) {
     constexpr std::string_view mark = "0x";
     const std::size_t place = word.rfind(mark);
@@ -108,7 +108,7 @@ std::size_t FindWorldWideNameMark(std::string_view word) {
     return fits && MayStartWorldWideName(digits.front()) ? place + mark.size() : 0;
 }
 
-// Interfaces named by their MAC address.
+// Finds the MAC address in the name of an interface that is named by it.
 std::size_t FindInterfaceMark(std::string_view word) {
     constexpr std::size_t digits = 12;
     for (const std::string_view mark : {"enx", "wlx", "wwx"}) {
@@ -120,14 +120,14 @@ std::size_t FindInterfaceMark(std::string_view word) {
     return 0;
 }
 
-// Without "0x" a world-wide name may be any number, except where devices are named.
+// Without "0x", a world-wide name may be any number, except in names of devices.
 std::size_t MatchBareWorldWideName(std::string_view text) {
     const std::string_view word = text.substr(0, WordLength(text));
     return word.size() == 16 && IsHex(word) && MayStartWorldWideName(word.front()) ? word.size() : 0;
 }
 
-// "iqn.2003-01.org.example:disk1-lun-1", or with "_" in the place of dots and colons: what is behind the
-// date.
+// Matches the part after the date in "iqn.2003-01.org.example:disk1-lun-1", also with "_" in place of dots
+// and colons.
 std::optional<TFormMatch> MatchQualifiedName(std::string_view text) {
     constexpr std::size_t date = 4;
     constexpr std::size_t start = 12;
@@ -163,7 +163,7 @@ constexpr TForm forms[] = {
     {MatchMacAddress, EIdentityKind::macAddress},
 };
 
-// A word of 32 digits may be either; NAA names of this length start with a 6.
+// A word of 32 digits may be a UUID or a world-wide name. NAA names of this length start with a 6.
 EIdentityKind KindOfLongWord(std::string_view word) {
     const bool isName = word.size() == 17 || word.size() == 33 || (word.size() == 32 && word.front() == '6');
     return isName ? EIdentityKind::worldWideName : EIdentityKind::uuid;
@@ -180,7 +180,7 @@ std::optional<TFormMatch> MatchMarkedForm(std::string_view text) {
     return std::nullopt;
 }
 
-// The address in front of the port.
+// Returns the part before the port.
 std::string_view PortalOf(std::string_view text) {
     text = text.substr(0, text.find("-iscsi"));
     const auto bracket = text.find(']');
@@ -207,7 +207,7 @@ std::optional<std::string> ParsePortalAddress(std::string_view text) {
 }
 
 std::optional<TFormMatch> MatchForm(std::string_view text, std::string_view before, ETextContext context) {
-    // The type of a partition is a UUID that is the same on every machine.
+    // The type of a partition is a UUID that all machines share.
     if (context == ETextContext::published || before.ends_with("ID_PART_ENTRY_TYPE=")) {
         return std::nullopt;
     }

@@ -8,14 +8,13 @@
 #include <iterator>
 
 namespace NVORHOST {
-
 namespace {
 
 std::string Reversed(std::string_view text) {
     return {text.rbegin(), text.rend()};
 }
 
-// The groups of `size` characters in the order they are in, each of them reversed; the rest as it is.
+// Reverses each group of `size` characters; an incomplete last group is kept.
 std::string SwapWithin(std::string_view text, std::size_t size) {
     std::string swapped(text);
     for (std::size_t start = 0; start + size <= text.size(); start += size) {
@@ -25,13 +24,13 @@ std::string SwapWithin(std::string_view text, std::size_t size) {
     return swapped;
 }
 
-// The first three fields of a UUID are numbers, which firmware writes with the low byte first.
+// Swaps the first three fields of a UUID, which are numbers that firmware stores with the low byte first.
 std::string SwapUuid(std::string_view bytes) {
     return SwapWithin(bytes.substr(0, 4), 4) + SwapWithin(bytes.substr(4, 4), 2) +
            std::string(bytes.substr(8));
 }
 
-// The orders that firmware and kernels write the bytes of a number in.
+// Returns the byte orders in which firmware and kernels write a number.
 std::vector<std::string> OrdersOf(const std::string& bytes) {
     constexpr std::size_t uuidBytes = 16;
     std::vector<std::string> orders{bytes, Reversed(bytes), SwapWithin(bytes, 2), SwapWithin(bytes, 4),
@@ -42,8 +41,8 @@ std::vector<std::string> OrdersOf(const std::string& bytes) {
     return orders;
 }
 
-// The characters of the Base64 text of `bytes` that do not depend on the `offset` bytes in front of them, nor
-// on the bytes behind them.
+// Returns the characters of the Base64 text of `bytes` that do not depend on the `offset` bytes before them
+// or on the bytes after them.
 std::string EncodeBase64(std::string_view bytes, std::size_t offset) {
     constexpr std::string_view digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     constexpr std::size_t bitsOfDigit = 6;
@@ -60,7 +59,7 @@ std::string EncodeBase64(std::string_view bytes, std::size_t offset) {
     return text;
 }
 
-// Patterns of few different characters would be found by chance.
+// Patterns with few different characters would match by chance.
 bool IsDistinct(std::string_view bytes) {
     constexpr std::size_t least = 5;
     std::string runs;
@@ -98,7 +97,7 @@ TIdentitySearch::TIdentitySearch(const TIdentityTexts& identities) : identities_
 }
 
 void TIdentitySearch::AddText(const TIdentity& identity, std::size_t index) {
-    // UTF-16 is among these, as NULs are squeezed out.
+    // These patterns also find UTF-16, because squeezing removes its NULs.
     squeezed_.Add(identity.canonical, index);
     squeezed_.Add(Reversed(identity.canonical), index);
     squeezed_.Add(SwapWithin(identity.canonical, 2), index);

@@ -1,4 +1,4 @@
-// Searches what is about to be handed on for identities that are left in it, in any writing.
+// Searches a redacted capture for identities that are left in it, in any encoding.
 #pragma once
 
 #include "machine/capture/capture_tree.h"
@@ -13,12 +13,13 @@ namespace NVORHOST {
 
 class TIdentitySearch {
   public:
-    /// `identities` must outlive this object and know everything already.
+    /// `identities` must outlive this object and must be complete.
     explicit TIdentitySearch(const TIdentityTexts& identities);
 
-    /// The kind of an identity that is in the bytes. Those that reach anywhere are found in upper and lower
-    /// case, as hexadecimal digits of their text or bytes, reversed, with bytes swapped, in UTF-16, in
-    /// Base64, and with other separators or none; others as words, as far as `context` lets them reach.
+    /// Returns the kind of an identity in `bytes`; nullopt if there is none. Identities that reach anywhere
+    /// are found in either case, as hexadecimal digits of their text or bytes, reversed, byte-swapped, in
+    /// UTF-16, in Base64, and with other or no separators. Others are found as words, within the reach that
+    /// `context` allows.
     std::optional<EIdentityKind> Find(std::string_view bytes, ETextContext context) const;
 
   private:
@@ -28,9 +29,9 @@ class TIdentitySearch {
     std::optional<EIdentityKind> KindOfFirst(const TBytePatterns& patterns, std::string_view text) const;
 
     const TIdentityTexts& identities_;
-    TBytePatterns squeezed_;  // letters and digits alone, in lower case
+    TBytePatterns squeezed_;  // letters and digits only, in lower case
     TBytePatterns raw_;
-    TBytePatterns base64_;  // in texts without the ends of lines
+    TBytePatterns base64_;  // in texts without line ends
 };
 
 }  // namespace NVORHOST

@@ -11,13 +11,12 @@
 #include <functional>
 
 namespace NVORHOST {
-
 namespace {
 
 // ---- characters
 
-// The length of what separates words at the start of `text`: a character that is part of none, or the escape
-// of one as systemd and udev write it, "\x2d".
+// Returns the length of the separator at the start of `text`: one character, or an escape of systemd and udev
+// such as "\x2d".
 std::size_t SeparatorLength(std::string_view text) {
     constexpr std::size_t escapeLength = 4;
     if (text.empty() || IsIdentityCharacter(text.front())) {
@@ -44,7 +43,7 @@ bool EndsWord(std::string_view text, std::size_t length) {
     return length >= text.size() || !IsAlphanumeric(text[length]);
 }
 
-// `text` with its identity characters replaced by those of the pseudonym, in the case that they are in.
+// Replaces the identity characters of `text` by those of the pseudonym, keeping their case.
 std::string Disguise(std::string_view text, std::string_view pseudonym) {
     std::string replaced(text);
     std::size_t next = 0;
@@ -62,8 +61,8 @@ std::string Disguise(std::string_view text, std::string_view pseudonym) {
 
 // ---- words
 
-// The length of the start of `text` that has the words of `words`, in any case and with any characters that
-// separate them; 0 when it has others.
+// Returns the length of the start of `text` that has the words of `words`, in any case and with any
+// separators; 0 if it has other words.
 std::size_t MatchWords(std::string_view text, std::string_view words) {
     std::size_t length = 0;
     for (std::size_t i = 0; i < words.size();) {
@@ -85,7 +84,7 @@ std::size_t MatchWords(std::string_view text, std::string_view words) {
     return EndsWord(text, length) ? length : 0;
 }
 
-// Of IPv4 addresses, one of the separators is between all numbers; "10:0:0:5" is a place on a SCSI bus.
+// An IPv4 address has the same separator between all numbers; "10:0:0:5" is a position on a SCSI bus.
 bool IsSpelledLikeAddress(std::string_view text, std::string_view address) {
     const bool isIpv4 = address.find(':') == std::string_view::npos;
     const std::string_view separators = isIpv4 ? "._-" : ":_";
@@ -102,7 +101,7 @@ bool IsAnyHost(std::string_view name) {
     return name == "localhost" || name == "localhost.localdomain" || name == "(none)";
 }
 
-// Without the mark of a number and the digit that SCSI puts before a world-wide name, which identify nobody.
+// Removes the prefix of a number, and the digit that SCSI puts before a world-wide name.
 std::string_view WithoutMark(std::string_view text, EIdentityKind kind) {
     if (text.starts_with(numberMark)) {
         return text.substr(numberMark.size());
@@ -112,7 +111,7 @@ std::string_view WithoutMark(std::string_view text, EIdentityKind kind) {
     return isScsiName ? text.substr(1) : text;
 }
 
-// udev may have put "_" in the place of every separator.
+// udev may have replaced each separator by "_".
 std::optional<std::string> ParseAddress(std::string_view text) {
     const auto withSeparator = [&](char separator) {
         std::string spelled(text);
@@ -157,10 +156,10 @@ void TIdentityTexts::Add(std::string_view value, EIdentityKind kind) {
 void TIdentityTexts::LearnAddress(std::string_view text) {
     const auto address = ParseAddress(text);
     if (!address || pseudonyms_.ReplaceAddress(*address) == *address) {
-        return;  // loopback and the like
+        return;  // loopback and other special addresses are kept
     }
     Add(*FormatIpAddress(*address), EIdentityKind::ipAddress);
-    Add(text, EIdentityKind::ipAddress);  // with zeros that are usually left out
+    Add(text, EIdentityKind::ipAddress);  // the text as found, possibly with leading zeros
 }
 
 void TIdentityTexts::Learn(std::string_view value, EIdentityKind kind) {
@@ -188,7 +187,7 @@ void TIdentityTexts::LearnHostName(std::string_view name) {
 
 namespace {
 
-// Calls `visit` with each place of `text` where a word begins; `visit` returns how many characters to go on.
+// Calls `visit` with the start of each word of `text`; `visit` returns the number of characters to skip.
 template <typename TVisit>
 void ForEachWordStart(std::string_view text, TVisit&& visit) {
     for (std::size_t place = 0; place < text.size();) {
@@ -212,7 +211,7 @@ void TIdentityTexts::LearnForms(std::string_view text, ETextContext context) {
 
 // ---- replacing
 
-// Empty when the text is no address.
+// Returns the pseudonym of an address in text form; empty if the text is not an address.
 std::string TIdentityTexts::ReplaceAddressText(std::string_view text) const {
     const auto address = ParseAddress(text);
     return address ? FormatIpAddress(pseudonyms_.ReplaceAddress(*address)).value_or("") : std::string();
@@ -281,8 +280,7 @@ std::string TIdentityTexts::ReplaceForm(std::string_view text, const TFormMatch&
                                                           : pseudonyms_.Replace(identity));
 }
 
-// NVMe spells serial number and model as the hexadecimal digits of their characters, blanks around them
-// included.
+// NVMe writes serial number and model as hexadecimal digits of their characters, including the padding.
 std::optional<std::string> TIdentityTexts::ReplaceHexText(std::string_view word, ETextContext context) const {
     constexpr std::size_t least = 6;
     const auto decoded = word.size() < least ? std::nullopt : ParseHex(word);
@@ -318,7 +316,7 @@ std::string TIdentityTexts::ReplaceWords(std::string_view text, ETextContext con
     return replaced;
 }
 
-// Separators may be missing or others, and an identity may be part of a longer word.
+// Replaces identities that are part of a longer word or have other separators or none.
 std::string TIdentityTexts::ReplaceAnywhere(std::string text) const {
     std::string squeezed;
     std::vector<std::size_t> places;
@@ -350,7 +348,8 @@ std::string TIdentityTexts::Replace(std::string_view text, ETextContext context)
 TIdentityCounts TIdentityTexts::CountIdentities() const {
     std::set<std::pair<EIdentityKind, std::string>> different;
     for (const TIdentity& identity : identities_) {
-        const bool isHost = identity.kind == EIdentityKind::hostName;  // with and without its domain
+        const bool isHost =
+            identity.kind == EIdentityKind::hostName;  // the same host with and without its domain
         different.insert({identity.kind, isHost
                                              ? ToCanonical(identity.text.substr(0, identity.text.find('.')))
                                              : identity.canonical});

@@ -1,5 +1,5 @@
-// Finds what identifies a machine in texts of any kind: forms that identify wherever they are, and values
-// that were found in a place of their own and are part of other texts as well.
+// Finds and replaces the identities of a machine in texts of any kind: self-describing forms, and values that
+// were learned from a field of their own and occur in other texts as well.
 #pragma once
 
 #include "machine/capture/byte_patterns.h"
@@ -18,10 +18,10 @@
 
 namespace NVORHOST {
 
-/// A value that identifies, as it was found.
+/// A learned identity.
 struct TIdentity {
     std::string text;       ///< without blanks around it
-    std::string canonical;  ///< as `ToCanonical` makes it, without a mark in front
+    std::string canonical;  ///< the result of `ToCanonical`, without a prefix
     EIdentityKind kind = EIdentityKind::serialNumber;
     EIdentityReach reach = EIdentityReach::itself;
 };
@@ -30,25 +30,25 @@ class TIdentityTexts {
   public:
     explicit TIdentityTexts(TPseudonyms::TKey key) : pseudonyms_(key) {}
 
-    /// Remembers a value that identifies, blanks around it aside. Everything must be learnt before the first
-    /// text is replaced. A value in a form that identifies is of that form's kind, not of `kind`.
+    /// Learns an identity; blanks around it are ignored. All identities must be learned before the first text
+    /// is replaced. A value in a self-describing form has the kind of that form instead of `kind`.
     void Learn(std::string_view value, EIdentityKind kind = EIdentityKind::serialNumber);
-    /// The name of a host, with and without its domain; names that every host may have are left out.
+    /// Learns the name of a host, with and without its domain. Common names such as "localhost" are ignored.
     void LearnHostName(std::string_view name);
-    /// Remembers every form in a text.
+    /// Learns every self-describing form in a text.
     void LearnForms(std::string_view text, ETextContext context);
 
-    /// The text with a pseudonym in the place of everything that identifies; as long as it was.
+    /// Returns `text` with a pseudonym in place of every identity. The length does not change.
     std::string Replace(std::string_view text, ETextContext context) const;
 
-    /// The text itself is a value that identifies; blanks around it stay.
+    /// Returns the pseudonym of a text that is an identity as a whole. Blanks around it are kept.
     std::string ReplaceValue(std::string_view value) const { return pseudonyms_.Replace(value); }
 
-    /// The same for the name of a host, which may have a domain; names that every host may have stay.
+    /// Returns the pseudonym of a host name, which may have a domain. Common names are kept.
     std::string ReplaceHostName(std::string_view name) const;
 
-    /// The first identity that is a word of the text, or several words of it, as far as `context` lets it
-    /// reach; null when there is none.
+    /// Returns the first identity that consists of whole words of `text`, within the reach that `context`
+    /// allows; nullptr if there is none.
     const TIdentity* FindWord(std::string_view text, ETextContext context) const;
 
     bool IsKnown(std::string_view value) const;
@@ -59,27 +59,27 @@ class TIdentityTexts {
   private:
     struct TWordMatch {
         const TIdentity* identity = nullptr;
-        std::size_t start = 0;  // behind the mark of a number
+        std::size_t start = 0;  // after the prefix of a number
         std::size_t length = 0;
     };
 
     void Add(std::string_view value, EIdentityKind kind);
     void LearnAddress(std::string_view text);
     std::string ReplaceAddressText(std::string_view text) const;
-    // The longest identity that the text begins with, the mark of a number aside.
+    // Returns the longest identity that the text starts with, not counting the prefix of a number.
     TWordMatch MatchWord(std::string_view text, ETextContext context) const;
     std::string ReplaceWords(std::string_view text, ETextContext context) const;
     std::string ReplaceForm(std::string_view text, const TFormMatch& form) const;
     std::optional<std::string> ReplaceHexText(std::string_view word, ETextContext context) const;
     std::string ReplaceAnywhere(std::string text) const;
-    // As many characters as the canonical text of the identity.
+    // Returns as many characters as the canonical text of the identity has.
     std::string PseudonymOf(const TIdentity& identity) const;
 
-    mutable TPseudonyms pseudonyms_;  // remembers what it was asked for, and nothing else changes
+    mutable TPseudonyms pseudonyms_;  // replacing is const: it adds pseudonyms only
     std::vector<TIdentity> identities_;
     std::set<std::pair<std::string, EIdentityKind>> known_;       // by text
     std::array<std::vector<std::size_t>, 256> byFirstCharacter_;  // longer ones first
-    TBytePatterns everywhere_;  // canonical texts of those that reach anywhere
+    TBytePatterns everywhere_;  // canonical texts of the identities that reach anywhere
 };
 
 }  // namespace NVORHOST

@@ -4,7 +4,6 @@
 #include <cstddef>
 
 namespace NVORHOST {
-
 namespace {
 
 constexpr std::size_t wordBytes = 8;
@@ -49,7 +48,7 @@ class TSipState {
     std::uint64_t v0_, v1_, v2_, v3_;
 };
 
-// Little-endian; bytes that are not there are zero.
+// Reads a little-endian word; missing bytes count as zero.
 std::uint64_t ReadWord(std::string_view bytes) {
     std::uint64_t word = 0;
     for (std::size_t i = 0; i < bytes.size() && i < wordBytes; ++i) {

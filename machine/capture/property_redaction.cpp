@@ -9,86 +9,84 @@
 #include <iterator>
 
 namespace NVORHOST {
-
 namespace {
 
-// What the values of a key are.
+// The meaning of the values of a key.
 enum class EProperty {
-    identity,       // one identity in any form
-    serial,         // a serial number, or one at the end of vendor and model
-    worldWideName,  // with a mark
-    arrayName,      // with the host that made the array in front of a colon
-    lastWord,       // vendor, model and serial number, joined by "_"
-    names,          // of devices and hosts
-    words,      // of the kernel and of makers: a name or a short serial number may be one of them by chance
-    published,  // UUIDs in them are those of kinds of devices
+    identity,       // one identity, of any form
+    serial,         // a serial number, alone or after vendor and model
+    worldWideName,  // a world-wide name with a prefix
+    arrayName,      // the host that made the array, a colon, and a name
+    lastWord,       // a serial number after vendor and model, joined by "_"
+    names,          // names of devices and hosts
+    words,          // words of the kernel and of vendors, which may equal a short identity by chance
+    published,      // UUIDs that identify a kind of device
 };
 
 struct TPropertyRule {
-    std::string_view key;  // "*" is any part of it
+    std::string_view key;  // "*" matches any part
     EProperty property;
     EIdentityKind kind = EIdentityKind::serialNumber;
 };
 
-// The first row that matches counts; a key without one has names.
-// clang-format off
+// The first matching row counts. A key without a row has EProperty::names.
 constexpr TPropertyRule propertyRules[] = {
-    {"ID_SERIAL",                   EProperty::serial},
-    {"ID_USB_SERIAL",               EProperty::serial},
-    {"ID_SERIAL_SHORT",             EProperty::identity},
-    {"ID_USB_SERIAL_SHORT",         EProperty::identity},
-    {"ID_SCSI_SERIAL",              EProperty::identity},
-    {"SCSI_IDENT_SERIAL",           EProperty::identity},
-    {"SCSI_IDENT_*_VENDOR",         EProperty::identity},
-    {"SCSI_IDENT_*_NAA_*",          EProperty::identity, EIdentityKind::worldWideName},
-    {"SCSI_IDENT_*_EUI64*",         EProperty::identity, EIdentityKind::worldWideName},
-    {"SCSI_IDENT_*_T10",            EProperty::lastWord},
-    {"DM_SERIAL",                   EProperty::identity},
-    {"POWER_SUPPLY_SERIAL_NUMBER",  EProperty::identity},
-    {"ID_FS_UUID*",                 EProperty::identity, EIdentityKind::uuid},
-    {"ID_PART_ENTRY_UUID",          EProperty::identity, EIdentityKind::uuid},
-    {"ID_PART_TABLE_UUID",          EProperty::identity, EIdentityKind::uuid},
-    {"PARTUUID",                    EProperty::identity, EIdentityKind::uuid},
-    {"MD_UUID",                     EProperty::identity, EIdentityKind::uuid},
-    {"ID_UUID",                     EProperty::identity, EIdentityKind::uuid},
-    {"HID_UNIQ",                    EProperty::identity},
-    {"ID_WWN_VENDOR_EXTENSION",     EProperty::identity, EIdentityKind::worldWideName},
-    {"ID_WWN*",                     EProperty::worldWideName},
-    {"MD_NAME",                     EProperty::arrayName},
-    {"MODALIAS",                    EProperty::published},
-    {"ID_PART_ENTRY_TYPE",          EProperty::published},
-    {"ID_PART_ENTRY_NAME",          EProperty::names},
-    {"ID_PART_*",                   EProperty::words},
-    {"ID_FS_LABEL*",                EProperty::names},
-    {"ID_FS_*",                     EProperty::words},
-    {"ID_MODEL*",                   EProperty::words},
-    {"ID_VENDOR*",                  EProperty::words},
-    {"ID_USB_*",                    EProperty::words},
-    {"ID_PCI_*",                    EProperty::words},
-    {"ID_ATA*",                     EProperty::words},
-    {"ID_CDROM*",                   EProperty::words},
-    {"ID_INPUT*",                   EProperty::words},
-    {"ID_SCSI*",                    EProperty::words},
-    {"ID_TYPE",                     EProperty::words},
-    {"ID_BUS",                      EProperty::words},
-    {"ID_REVISION",                 EProperty::words},
-    {"SCSI_*",                      EProperty::words},
-    {"MD_LEVEL",                    EProperty::words},
-    {"MD_DEVICES",                  EProperty::words},
-    {"MD_METADATA",                 EProperty::words},
-    {"POWER_SUPPLY_*",              EProperty::words},
-    {"PCI_*",                       EProperty::words},
-    {"HID_*",                       EProperty::words},
-    {"DEVTYPE",                     EProperty::words},
-    {"DEVNAME",                     EProperty::words},
-    {"DEVPATH",                     EProperty::words},
-    {"SUBSYSTEM",                   EProperty::words},
-    {"DRIVER",                      EProperty::words},
-    {"TYPE",                        EProperty::words},
-    {"PRODUCT",                     EProperty::words},
-    {"INTERFACE",                   EProperty::words},
-    {"TAGS",                        EProperty::words},
-    {"CURRENT_TAGS",                EProperty::words},
+    {"ID_SERIAL", EProperty::serial},
+    {"ID_USB_SERIAL", EProperty::serial},
+    {"ID_SERIAL_SHORT", EProperty::identity},
+    {"ID_USB_SERIAL_SHORT", EProperty::identity},
+    {"ID_SCSI_SERIAL", EProperty::identity},
+    {"SCSI_IDENT_SERIAL", EProperty::identity},
+    {"SCSI_IDENT_*_VENDOR", EProperty::identity},
+    {"SCSI_IDENT_*_NAA_*", EProperty::identity, EIdentityKind::worldWideName},
+    {"SCSI_IDENT_*_EUI64*", EProperty::identity, EIdentityKind::worldWideName},
+    {"SCSI_IDENT_*_T10", EProperty::lastWord},
+    {"DM_SERIAL", EProperty::identity},
+    {"POWER_SUPPLY_SERIAL_NUMBER", EProperty::identity},
+    {"ID_FS_UUID*", EProperty::identity, EIdentityKind::uuid},
+    {"ID_PART_ENTRY_UUID", EProperty::identity, EIdentityKind::uuid},
+    {"ID_PART_TABLE_UUID", EProperty::identity, EIdentityKind::uuid},
+    {"PARTUUID", EProperty::identity, EIdentityKind::uuid},
+    {"MD_UUID", EProperty::identity, EIdentityKind::uuid},
+    {"ID_UUID", EProperty::identity, EIdentityKind::uuid},
+    {"HID_UNIQ", EProperty::identity},
+    {"ID_WWN_VENDOR_EXTENSION", EProperty::identity, EIdentityKind::worldWideName},
+    {"ID_WWN*", EProperty::worldWideName},
+    {"MD_NAME", EProperty::arrayName},
+    {"MODALIAS", EProperty::published},
+    {"ID_PART_ENTRY_TYPE", EProperty::published},
+    {"ID_PART_ENTRY_NAME", EProperty::names},
+    {"ID_PART_*", EProperty::words},
+    {"ID_FS_LABEL*", EProperty::names},
+    {"ID_FS_*", EProperty::words},
+    {"ID_MODEL*", EProperty::words},
+    {"ID_VENDOR*", EProperty::words},
+    {"ID_USB_*", EProperty::words},
+    {"ID_PCI_*", EProperty::words},
+    {"ID_ATA*", EProperty::words},
+    {"ID_CDROM*", EProperty::words},
+    {"ID_INPUT*", EProperty::words},
+    {"ID_SCSI*", EProperty::words},
+    {"ID_TYPE", EProperty::words},
+    {"ID_BUS", EProperty::words},
+    {"ID_REVISION", EProperty::words},
+    {"SCSI_*", EProperty::words},
+    {"MD_LEVEL", EProperty::words},
+    {"MD_DEVICES", EProperty::words},
+    {"MD_METADATA", EProperty::words},
+    {"POWER_SUPPLY_*", EProperty::words},
+    {"PCI_*", EProperty::words},
+    {"HID_*", EProperty::words},
+    {"DEVTYPE", EProperty::words},
+    {"DEVNAME", EProperty::words},
+    {"DEVPATH", EProperty::words},
+    {"SUBSYSTEM", EProperty::words},
+    {"DRIVER", EProperty::words},
+    {"TYPE", EProperty::words},
+    {"PRODUCT", EProperty::words},
+    {"INTERFACE", EProperty::words},
+    {"TAGS", EProperty::words},
+    {"CURRENT_TAGS", EProperty::words},
 };
 // clang-format on
 
@@ -124,9 +122,9 @@ ETextContext ContextOf(EProperty property) {
     }
 }
 
-// A line of a record, "E:KEY=value", or of an attribute, "KEY=value".
+// A line of a udev record, "E:KEY=value", or of a uevent attribute, "KEY=value".
 struct TPropertyLine {
-    std::string_view mark, key, value;  // the line is these, with "=" between the last two
+    std::string_view mark, key, value;  // the line is mark + key + "=" + value
 };
 
 std::optional<TPropertyLine> ParsePropertyLine(std::string_view line) {
@@ -139,7 +137,7 @@ std::optional<TPropertyLine> ParsePropertyLine(std::string_view line) {
     return TPropertyLine{line.substr(0, start), line.substr(start, equals - start), line.substr(equals + 1)};
 }
 
-// Links of devices are names; other lines without a property are numbers and words.
+// Links of devices are names. Other lines without a property are numbers and words.
 ETextContext ContextOfLine(std::string_view line) {
     if (const auto property = ParsePropertyLine(line)) {
         return ContextOf(FindPropertyRule(property->key).property);
@@ -147,7 +145,8 @@ ETextContext ContextOfLine(std::string_view line) {
     return line.starts_with("S:") ? ETextContext::identities : ETextContext::anything;
 }
 
-// The whole of ID_SERIAL is model and serial number, or one of them alone; the same with "ID_USB_".
+// True if the value is a serial number alone. ID_SERIAL, and likewise ID_USB_SERIAL, is vendor, model and
+// serial number, or some of them.
 bool IsSerialAlone(std::string_view record, std::string_view key, std::string_view serial) {
     const std::string prefix(key.substr(0, key.size() - std::string_view("SERIAL").size()));
     const auto find = [&](std::string_view name) {

@@ -1,4 +1,4 @@
-// What identifies in the properties of the udev database and of uevent attributes.
+// Redacts the properties of udev records and of uevent attributes.
 #pragma once
 
 #include "machine/capture/identity_search.h"
@@ -10,11 +10,13 @@
 
 namespace NVORHOST {
 
-/// Records of the udev database have lines "E:KEY=value", uevent attributes "KEY=value".
+/// Learns or replaces the identities of udev records, whose lines are "E:KEY=value", and of uevent
+/// attributes, whose lines are "KEY=value".
 void LearnProperties(std::string_view bytes, TIdentityTexts& identities);
 std::string ReplaceProperties(std::string_view bytes, const TIdentityTexts& identities);
 
-/// The kind of an identity that is left: each value is searched as far as its key lets identities reach.
+/// Returns the kind of an identity that is left; nullopt if there is none. Each value is searched within the
+/// reach that its key allows.
 std::optional<EIdentityKind> FindInProperties(std::string_view bytes, const TIdentitySearch& search);
 
 }  // namespace NVORHOST

@@ -11,14 +11,13 @@
 #include <random>
 
 namespace NVORHOST {
-
 namespace {
 
-// Enough for every identifier that leaves a choice; one that leaves none may share its pseudonym.
+// Attempts to find a free pseudonym. An identifier with too few characters for one may share it with another.
 constexpr std::uint64_t maxAttempts = 1000;
 
-// How many digits at the start are format rather than identity: the first one of a world-wide name, and the
-// one that SCSI puts before such a name.
+// Returns the number of leading digits that are a format rather than an identity: the first digit of a
+// world-wide name, and the digit that SCSI puts before such a name.
 std::size_t CountKept(std::string_view canonical) {
     if (!IsHex(canonical)) {
         return 0;
@@ -108,7 +107,7 @@ void TPseudonyms::Reserve(std::string_view text) {
 }
 
 std::string TPseudonyms::ReplaceBytes(std::string_view bytes) {
-    return *ParseHex(Replace(ToHex(bytes)));  // pseudonyms of hexadecimal digits are such digits
+    return *ParseHex(Replace(ToHex(bytes)));  // the pseudonym of hexadecimal digits is hexadecimal
 }
 
 std::string TPseudonyms::ReplaceHostName(std::string_view name) {
@@ -133,7 +132,7 @@ std::uint16_t TPseudonyms::ReplaceNumber(const std::string& context, std::uint16
         const std::uint64_t count = std::uint64_t{last} - first + 1;
         const std::uint64_t start =
             KeyedDigest(key_, "number/" + context + "/" + std::to_string(number)) % count;
-        // There are as many pseudonyms as numbers; only the last one may be left with itself.
+        // There are as many pseudonyms as numbers, so only the last number may have to map to itself.
         place->second = number;
         for (std::uint64_t step = 0; step < count; ++step) {
             const auto candidate = static_cast<std::uint16_t>(first + (start + step) % count);
@@ -152,7 +151,7 @@ struct TNumberRange {
     std::uint16_t first, last;
 };
 
-// Numbers with as many digits stay among themselves.
+// Numbers map to numbers with the same number of digits.
 constexpr TNumberRange byteRanges[] = {{1, 9}, {10, 99}, {100, 254}};
 constexpr TNumberRange firstByteRanges[] = {{1, 9}, {10, 99}, {100, 126}, {128, 223}};
 constexpr TNumberRange groupRanges[] = {{0x1, 0xF}, {0x10, 0xFF}, {0x100, 0xFFF}, {0x1000, 0xFFFF}};

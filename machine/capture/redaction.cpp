@@ -9,6 +9,7 @@
 #include "machine/parse/ip_address.h"
 #include "machine/parse/proc_net.h"
 #include "machine/parse/spd_eeprom.h"
+#include "machine/parse/utmp.h"
 #include "machine/system/path_pattern.h"
 #include "text/hex.h"
 #include "text/lines.h"
@@ -21,7 +22,6 @@
 #include <vector>
 
 namespace NVORHOST {
-
 namespace {
 
 // ---- files of one value
@@ -83,7 +83,8 @@ void LearnSpdSerial(std::string_view bytes, TRedactedMachine& redaction) {
     }
 }
 
-// Firmware that writes the bytes of the serial number in the other order must find its module again.
+// Some firmware has the bytes of the serial number in reverse order. If the reversed form is known, the
+// pseudonym is reversed as well, so that the module and its firmware record still match.
 std::string ReplaceSpdSerial(std::string_view bytes, const TRedactedMachine& redaction) {
     std::string replaced(bytes);
     const auto offset = FindSpdSerial(bytes);
@@ -100,49 +101,37 @@ std::string ReplaceSpdSerial(std::string_view bytes, const TRedactedMachine& red
     return replaced;
 }
 
-// Users, and where they came from.
-// Source: utmp(5), the layout of x86-64.
-struct TSessionField {
-    std::size_t offset, size;
-};
-
-constexpr std::size_t sessionSize = 384;
-constexpr TSessionField userField{44, 32};
-constexpr TSessionField originField{76, 256};
-constexpr TSessionField addressField{348, ipv6Bytes};
-
-std::string_view TextOf(std::string_view record, const TSessionField& field) {
+std::string_view TextOf(std::string_view record, const TUtmpField& field) {
     const std::string_view text = record.substr(field.offset, field.size);
     return text.substr(0, text.find('\0'));
 }
 
-// An IPv4 address has zeros behind it.
+// Returns the address of a session; an IPv4 address is followed by zeros.
 std::string_view AddressOf(std::string_view record) {
-    const std::string_view bytes = record.substr(addressField.offset, addressField.size);
+    const std::string_view bytes = record.substr(utmpAddress.offset, utmpAddress.size);
     const bool isIpv4 = std::ranges::all_of(bytes.substr(ipv4Bytes), [](char c) { return c == '\0'; });
     return bytes.substr(0, isIpv4 ? ipv4Bytes : ipv6Bytes);
 }
 
 void LearnSessions(std::string_view bytes, TRedactedMachine& redaction) {
-    constexpr char userProcess = 7;  // records of other types name the kernel, or no user
-    for (std::size_t start = 0; start + sessionSize <= bytes.size(); start += sessionSize) {
-        const std::string_view record = bytes.substr(start, sessionSize);
-        if (record.front() != userProcess) {
+    for (std::size_t start = 0; start + utmpRecordBytes <= bytes.size(); start += utmpRecordBytes) {
+        const std::string_view record = bytes.substr(start, utmpRecordBytes);
+        if (!IsUserSession(record)) {
             continue;
         }
-        redaction.identities.Learn(TextOf(record, userField), EIdentityKind::userName);
-        const std::string_view origin = TextOf(record, originField);
+        redaction.identities.Learn(TextOf(record, utmpUser), EIdentityKind::userName);
+        const std::string_view origin = TextOf(record, utmpHost);
         const bool isAddress = ParseIpv4Address(origin) || ParseIpv6Address(origin);
         if (isAddress) {
             redaction.identities.Learn(origin, EIdentityKind::ipAddress);
-        } else if (!origin.starts_with(':')) {  // the display of a graphical session
+        } else if (!origin.starts_with(':')) {  // a colon starts the display of a graphical session
             redaction.identities.LearnHostName(origin);
         }
         redaction.identities.Learn(*FormatIpAddress(AddressOf(record)), EIdentityKind::ipAddress);
     }
 }
 
-std::string ReplaceSessionText(std::string_view record, const TSessionField& field,
+std::string ReplaceSessionText(std::string_view record, const TUtmpField& field,
                                const TRedactedMachine& redaction) {
     const std::string_view text = record.substr(field.offset, field.size);
     const std::string known = redaction.identities.Replace(text, ETextContext::identities);
@@ -151,13 +140,13 @@ std::string ReplaceSessionText(std::string_view record, const TSessionField& fie
 
 std::string ReplaceSessions(std::string_view bytes, const TRedactedMachine& redaction) {
     std::string replaced(bytes);
-    for (std::size_t start = 0; start + sessionSize <= bytes.size(); start += sessionSize) {
-        const std::string_view record = bytes.substr(start, sessionSize);
-        for (const TSessionField& field : {userField, originField}) {
+    for (std::size_t start = 0; start + utmpRecordBytes <= bytes.size(); start += utmpRecordBytes) {
+        const std::string_view record = bytes.substr(start, utmpRecordBytes);
+        for (const TUtmpField& field : {utmpUser, utmpHost}) {
             replaced.replace(start + field.offset, field.size, ReplaceSessionText(record, field, redaction));
         }
         const std::string_view address = AddressOf(record);
-        replaced.replace(start + addressField.offset, address.size(),
+        replaced.replace(start + utmpAddress.offset, address.size(),
                          redaction.identities.GetPseudonyms().ReplaceAddress(address));
     }
     return replaced;
@@ -165,7 +154,7 @@ std::string ReplaceSessions(std::string_view bytes, const TRedactedMachine& reda
 
 // ---- /proc/net
 
-// The words of a line, each with the blanks behind it.
+// Calls `replace` with each word of a line and its index; keeps the blanks.
 template <typename TReplace>
 std::string ReplaceWords(std::string_view line, TReplace&& replace) {
     constexpr std::string_view blanks = " \t";
@@ -176,7 +165,7 @@ std::string ReplaceWords(std::string_view line, TReplace&& replace) {
         if (length != 0) {
             replaced += replace(index, line.substr(0, length));
         } else {
-            --index;  // blanks at the start are no word
+            --index;  // leading blanks are not a word
         }
         replaced += line.substr(length, end - length);
         line.remove_prefix(end);
@@ -184,7 +173,7 @@ std::string ReplaceWords(std::string_view line, TReplace&& replace) {
     return replaced;
 }
 
-// Networks stand among the addresses, "10.0.0.0/8".
+// Replaces addresses, including those of networks such as "10.0.0.0/8".
 std::string ReplaceTrie(std::string_view bytes, const TRedactedMachine& redaction) {
     return ReplaceLines(bytes, [&](std::string_view line) {
         return ReplaceWords(line, [&](std::size_t, std::string_view word) {
@@ -240,7 +229,8 @@ void LearnIpv6Interfaces(std::string_view bytes, TRedactedMachine& redaction) {
     }
 }
 
-// A kernel that was built on the machine itself names user and host: "Linux version 6.1.0 (user@host) ...".
+// Replaces user and host of a kernel that was built on the machine itself: "Linux version 6.1.0 (user@host)
+// ...".
 std::string ReplaceBuilder(std::string_view bytes, const TRedactedMachine& redaction) {
     const auto start = bytes.find('(');
     const auto at = bytes.find('@', std::min(start, bytes.size()));
@@ -273,53 +263,55 @@ struct TFileRule {
     std::string_view pattern;
     void (*learn)(std::string_view bytes, TRedactedMachine& redaction);
     std::string (*replace)(std::string_view bytes, const TRedactedMachine& redaction);
-    ETextContext context;  // how far identities are searched for in it
+    ETextContext context;  // the identities that are searched for
 };
 
 using enum EIdentityKind;
 
-// The first row that matches counts.
-// clang-format off
+// The first matching row counts.
 constexpr TFileRule fileRules[] = {
-    {"/sys/firmware/dmi/tables/DMI",     LearnSmbiosTable, ReplaceSmbiosTable, ETextContext::anything},
-    {"/sys/firmware/dmi/entries/*/raw",  LearnSmbiosTable, ReplaceSmbiosTable, ETextContext::anything},
-    {"/sys/firmware/dmi/tables/*",       LearnNothing,     KeepAll,            ETextContext::published},
-    {"/etc/*release",                    LearnNothing,     KeepAll,            ETextContext::published},
-    {"/usr/lib/os-release",              LearnNothing,     KeepAll,            ETextContext::published},
-    {"/proc/cpuinfo",                    LearnNothing,     KeepAll,            ETextContext::published},
-    {"/proc/version",                    LearnNothing,     ReplaceBuilder,     ETextContext::published},
-    {"/proc/sys/kernel/hostname",        LearnHostName,    ReplaceHostName,    ETextContext::identities},
-    {"/etc/hostname",                    LearnHostName,    ReplaceHostName,    ETextContext::identities},
-    {"/proc/**/net/fib_trie",            LearnTrie,        ReplaceTrie,        ETextContext::anything},
-    {"/proc/**/net/route",               LearnNothing,     ReplaceRoutes,      ETextContext::anything},
-    {"/proc/**/net/if_inet6",            LearnIpv6Interfaces, ReplaceIpv6Interfaces, ETextContext::anything},
-    {"/run/udev/data/*",                 LearnWith<LearnProperties>,  ReplaceWith<ReplaceProperties>,  ETextContext::identities},
-    {"/run/utmp",                        LearnSessions,    ReplaceSessions,    ETextContext::identities},
-    {"/sys/**/uevent",                   LearnWith<LearnProperties>,  ReplaceWith<ReplaceProperties>,  ETextContext::identities},
-    {"/sys/**/class_id",                 LearnNothing,     KeepAll,            ETextContext::published},
-    {"/sys/**/modalias",                 LearnNothing,     KeepAll,            ETextContext::published},
-    {"/sys/**/dm/name",                  LearnForms,       ReplaceIdentities,  ETextContext::identities},
-    {"/sys/**/dm/uuid",                  LearnForms,       ReplaceIdentities,  ETextContext::identities},
-    {"/sys/**/eeprom",                   LearnSpdSerial,   ReplaceSpdSerial,   ETextContext::published},
-    {"/sys/**/vpd_pg80",                 LearnWith<LearnVpdSerial>,   ReplaceWith<ReplaceVpdSerial>,   ETextContext::anything},
-    {"/sys/**/vpd_pg83",                 LearnWith<LearnVpdDesignators>, ReplaceWith<ReplaceVpdDesignators>, ETextContext::identities},
-    {"/sys/**/wwid",                     LearnWith<LearnWorldWideId>, ReplaceIdentities,  ETextContext::identities},
-    // Files that hold one value that identifies.
-    {"/sys/**/serial",                   LearnValue<serialNumber>,  ReplaceValue, ETextContext::anything},
-    {"/sys/**/serial_number",            LearnValue<serialNumber>,  ReplaceValue, ETextContext::anything},
-    {"/sys/**/*_serial",                 LearnValue<serialNumber>,  ReplaceValue, ETextContext::anything},
-    {"/sys/**/*_asset_tag",              LearnValue<assetTag>,      ReplaceValue, ETextContext::anything},
-    {"/sys/**/*uuid",                    LearnValue<uuid>,          ReplaceValue, ETextContext::anything},
-    {"/sys/**/unique_id",                LearnValue<worldWideName>, ReplaceValue, ETextContext::anything},
-    {"/sys/**/*sas_address",             LearnValue<worldWideName>, ReplaceValue, ETextContext::anything},
-    {"/sys/**/nguid",                    LearnValue<worldWideName>, ReplaceValue, ETextContext::anything},
-    {"/sys/**/eui",                      LearnValue<worldWideName>, ReplaceValue, ETextContext::anything},
-    {"/sys/**/cid",                      LearnValue<serialNumber>,  ReplaceValue, ETextContext::anything},
-    {"/sys/**/ppin",                     LearnValue<serialNumber>,  ReplaceValue, ETextContext::anything},
-    {"/sys/**/subsysnqn",                LearnValue<worldWideName>, ReplaceValue, ETextContext::anything},
-    {"/proc/device-tree/serial-number",  LearnValue<serialNumber>,  ReplaceValue, ETextContext::anything},
-    {"/sys/firmware/devicetree/base/serial-number", LearnValue<serialNumber>, ReplaceValue, ETextContext::anything},
-    {"/**",                              LearnForms,       ReplaceAnything,    ETextContext::anything},
+    {"/sys/firmware/dmi/tables/DMI", LearnSmbiosTable, ReplaceSmbiosTable, ETextContext::anything},
+    {"/sys/firmware/dmi/entries/*/raw", LearnSmbiosTable, ReplaceSmbiosTable, ETextContext::anything},
+    {"/sys/firmware/dmi/tables/*", LearnNothing, KeepAll, ETextContext::published},
+    {"/etc/*release", LearnNothing, KeepAll, ETextContext::published},
+    {"/usr/lib/os-release", LearnNothing, KeepAll, ETextContext::published},
+    {"/proc/cpuinfo", LearnNothing, KeepAll, ETextContext::published},
+    {"/proc/version", LearnNothing, ReplaceBuilder, ETextContext::published},
+    {"/proc/sys/kernel/hostname", LearnHostName, ReplaceHostName, ETextContext::identities},
+    {"/etc/hostname", LearnHostName, ReplaceHostName, ETextContext::identities},
+    {"/proc/**/net/fib_trie", LearnTrie, ReplaceTrie, ETextContext::anything},
+    {"/proc/**/net/route", LearnNothing, ReplaceRoutes, ETextContext::anything},
+    {"/proc/**/net/if_inet6", LearnIpv6Interfaces, ReplaceIpv6Interfaces, ETextContext::anything},
+    {"/run/udev/data/*", LearnWith<LearnProperties>, ReplaceWith<ReplaceProperties>,
+     ETextContext::identities},
+    {"/run/utmp", LearnSessions, ReplaceSessions, ETextContext::identities},
+    {"/sys/**/uevent", LearnWith<LearnProperties>, ReplaceWith<ReplaceProperties>, ETextContext::identities},
+    {"/sys/**/class_id", LearnNothing, KeepAll, ETextContext::published},
+    {"/sys/**/modalias", LearnNothing, KeepAll, ETextContext::published},
+    {"/sys/**/dm/name", LearnForms, ReplaceIdentities, ETextContext::identities},
+    {"/sys/**/dm/uuid", LearnForms, ReplaceIdentities, ETextContext::identities},
+    {"/sys/**/eeprom", LearnSpdSerial, ReplaceSpdSerial, ETextContext::published},
+    {"/sys/**/vpd_pg80", LearnWith<LearnVpdSerial>, ReplaceWith<ReplaceVpdSerial>, ETextContext::anything},
+    {"/sys/**/vpd_pg83", LearnWith<LearnVpdDesignators>, ReplaceWith<ReplaceVpdDesignators>,
+     ETextContext::identities},
+    {"/sys/**/wwid", LearnWith<LearnWorldWideId>, ReplaceIdentities, ETextContext::identities},
+    // Files with one identity as their content.
+    {"/sys/**/serial", LearnValue<serialNumber>, ReplaceValue, ETextContext::anything},
+    {"/sys/**/serial_number", LearnValue<serialNumber>, ReplaceValue, ETextContext::anything},
+    {"/sys/**/*_serial", LearnValue<serialNumber>, ReplaceValue, ETextContext::anything},
+    {"/sys/**/*_asset_tag", LearnValue<assetTag>, ReplaceValue, ETextContext::anything},
+    {"/sys/**/*uuid", LearnValue<uuid>, ReplaceValue, ETextContext::anything},
+    {"/sys/**/unique_id", LearnValue<worldWideName>, ReplaceValue, ETextContext::anything},
+    {"/sys/**/*sas_address", LearnValue<worldWideName>, ReplaceValue, ETextContext::anything},
+    {"/sys/**/nguid", LearnValue<worldWideName>, ReplaceValue, ETextContext::anything},
+    {"/sys/**/eui", LearnValue<worldWideName>, ReplaceValue, ETextContext::anything},
+    {"/sys/**/cid", LearnValue<serialNumber>, ReplaceValue, ETextContext::anything},
+    {"/sys/**/ppin", LearnValue<serialNumber>, ReplaceValue, ETextContext::anything},
+    {"/sys/**/subsysnqn", LearnValue<worldWideName>, ReplaceValue, ETextContext::anything},
+    {"/proc/device-tree/serial-number", LearnValue<serialNumber>, ReplaceValue, ETextContext::anything},
+    {"/sys/firmware/devicetree/base/serial-number", LearnValue<serialNumber>, ReplaceValue,
+     ETextContext::anything},
+    {"/**", LearnForms, ReplaceAnything, ETextContext::anything},
 };
 // clang-format on
 
@@ -330,7 +322,7 @@ const TFileRule& FindRule(std::string_view path) {
 
 // ---- names
 
-// Names of links in /dev are made of identities.
+// Names of links in /dev contain identities.
 ETextContext ContextOf(std::string_view path) {
     return path.starts_with("/dev/") ? ETextContext::identities : ETextContext::anything;
 }
@@ -339,7 +331,7 @@ std::string ReplacePath(std::string_view path, const TRedactedMachine& redaction
     return redaction.identities.Replace(path, ContextOf(path));
 }
 
-// The kernel names attributes, even where a device has the same word as its serial number.
+// Attribute names come from the kernel and are never redacted, even if one equals a learned serial number.
 std::string ReplaceFilePath(std::string_view path, const TRedactedMachine& redaction) {
     const std::size_t name = path.starts_with("/sys/") ? path.rfind('/') : path.size();
     return ReplacePath(path.substr(0, name), redaction) + std::string(path.substr(name));
@@ -374,7 +366,7 @@ std::string ReplaceContents(const std::string& path, const TCaptureTree::TNode& 
     if (node.kind != TCaptureTree::EKind::file) {
         return redaction.identities.Replace(node.bytes, ContextOf(path));
     }
-    // Identities that reach anywhere are replaced in files of every kind.
+    // Identities that reach anywhere are replaced in every file.
     return redaction.identities.Replace(FindRule(path).replace(node.bytes, redaction),
                                         ETextContext::published);
 }

@@ -1,5 +1,5 @@
-// Takes what identifies the machine out of a capture: serial numbers, UUIDs, world-wide names, MAC and IP
-// addresses, host and user names give way to pseudonyms; everything else stays.
+// Redacts a capture: serial numbers, UUIDs, world-wide names, MAC and IP addresses, host and user names are
+// replaced by pseudonyms; everything else is kept.
 #pragma once
 
 #include "machine/capture/capture_tree.h"
@@ -12,14 +12,14 @@
 
 namespace NVORHOST {
 
-/// What was learnt of a machine while its capture was redacted.
+/// The identities that were learned from a machine while its capture was redacted.
 struct TRedactedMachine {
     TIdentityTexts identities;
     TSmbiosVersion smbiosVersion{2, 0};
 };
 
-/// In the contents of files, in names and in targets of links alike. What is collected from the redacted tree
-/// differs from the original in values that identify, and in nothing else.
+/// Redacts contents of files, names, targets of links and answers alike. An inventory of the redacted tree
+/// differs from the original in identities only.
 TRedactedMachine Redact(TPseudonyms::TKey key, TCaptureTree& tree, TCaptureAnswers& answers);
 
 /// An identity that the redaction missed.
@@ -28,8 +28,8 @@ struct TIdentityLeft {
     std::string path;
 };
 
-/// Searches every name, content and target of a link for every identity of the machine, in every writing;
-/// absent when none is left.
+/// Searches every name, content and target of a link for every identity of the machine, in every encoding;
+/// nullopt if none is left.
 std::optional<TIdentityLeft> FindIdentityLeft(const TRedactedMachine& machine, const TCaptureTree& tree);
 
 }  // namespace NVORHOST

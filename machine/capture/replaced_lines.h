@@ -8,7 +8,7 @@
 
 namespace NVORHOST {
 
-/// `text` with each line replaced by what `replace` makes of it.
+/// Returns `text` with each line replaced by the result of `replace`.
 template <typename TReplace>
 std::string ReplaceLines(std::string_view text, TReplace&& replace) {
     std::string replaced;

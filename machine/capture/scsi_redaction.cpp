@@ -1,59 +1,33 @@
 #include "machine/capture/scsi_redaction.h"
 
-#include "machine/parse/byte_view.h"
+#include "machine/parse/scsi_vpd.h"
 #include "text/hex.h"
 #include "text/lines.h"
 #include "text/trim.h"
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdint>
-#include <vector>
 
 namespace NVORHOST {
-
 namespace {
 
 std::string_view LastWord(std::string_view text) {
     return text.substr(text.find_last_of(' ') + 1);
 }
 
-// Marks of names in a registry, which follow.
+// Prefixes of names in a registry.
 constexpr std::string_view worldWideMarks[] = {"naa.", "eui.", "uuid."};
 
-constexpr std::size_t vpdHeaderSize = 4;
-
-// A page of designators: each has its code set, type and length in front.
-// Source: SPC-4, 7.8.6.
-struct TDesignator {
-    bool isBinary = false;
-    std::uint8_t type = 0;
-    std::size_t start = 0;
-    std::string_view bytes;
-};
-
-std::vector<TDesignator> FindDesignators(std::string_view page) {
-    std::vector<TDesignator> designators;
-    const TByteView view(page);
-    for (std::size_t start = vpdHeaderSize; view.GetDword(start);) {
-        const std::size_t length = *view.GetByte(start + 3);
-        const std::size_t place = start + vpdHeaderSize;
-        if (const auto bytes = view.GetRange(place, length)) {
-            designators.push_back({/*isBinary=*/(*view.GetByte(start) & 0x0F) == 1,
-                                   static_cast<std::uint8_t>(*view.GetByte(start + 1) & 0x0F), place,
-                                   *bytes});
-        }
-        start = place + length;
-    }
-    return designators;
+std::string_view GetBody(std::string_view page) {
+    return page.substr(std::min(vpdHeaderBytes, page.size()));
 }
 
-constexpr std::size_t leastName = 8;  // bytes of a binary designator that is a world-wide name
+constexpr std::size_t leastName = 8;  // minimum bytes of a binary world-wide name
 
 }  // namespace
 
-// "t10." is vendor, model and serial number. "nvme." holds a serial number and a model, each as hexadecimal
-// digits. What has no such mark is one name.
+// A "t10." name is vendor, model and serial number. An "nvme." name contains serial number and model, each as
+// hexadecimal digits. A name without a prefix is one identity.
 void LearnWorldWideId(std::string_view bytes, TIdentityTexts& identities) {
     std::string_view text = TrimBlanks(bytes);
     if (text.starts_with("t10.")) {
@@ -72,37 +46,35 @@ void LearnWorldWideId(std::string_view bytes, TIdentityTexts& identities) {
 }
 
 void LearnVpdSerial(std::string_view bytes, TIdentityTexts& identities) {
-    identities.Learn(bytes.substr(std::min(vpdHeaderSize, bytes.size())));
+    identities.Learn(GetBody(bytes));
 }
 
 std::string ReplaceVpdSerial(std::string_view bytes, const TIdentityTexts& identities) {
-    const std::size_t header = std::min(vpdHeaderSize, bytes.size());
+    const std::size_t header = std::min(vpdHeaderBytes, bytes.size());
     return std::string(bytes.substr(0, header)) + identities.ReplaceValue(bytes.substr(header));
 }
 
 void LearnVpdDesignators(std::string_view page, TIdentityTexts& identities) {
-    constexpr std::uint8_t vendorSpecific = 0;
-    constexpr std::uint8_t vendorAndSerial = 1;  // T10 vendor identification
     identities.LearnForms(page, ETextContext::identities);
-    for (const TDesignator& designator : FindDesignators(page)) {
+    for (const TVpdDesignator& designator : ParseVpdDesignators(GetBody(page))) {
         if (designator.isBinary && designator.bytes.size() >= leastName) {
             identities.Learn(ToHex(designator.bytes), EIdentityKind::worldWideName);
         }
-        if (!designator.isBinary && designator.type == vendorSpecific) {
+        if (!designator.isBinary && designator.type == vendorSpecificDesignator) {
             identities.Learn(designator.bytes);
         }
-        if (!designator.isBinary && designator.type == vendorAndSerial) {
+        if (!designator.isBinary && designator.type == t10VendorDesignator) {
             identities.Learn(LastWord(TrimBlanks(designator.bytes)));
         }
     }
 }
 
-// World-wide names stand in it as bytes, what else identifies as text.
+// World-wide names are binary in the page; all other identities are text.
 std::string ReplaceVpdDesignators(std::string_view page, const TIdentityTexts& identities) {
     std::string replaced = identities.Replace(page, ETextContext::identities);
-    for (const TDesignator& designator : FindDesignators(page)) {
+    for (const TVpdDesignator& designator : ParseVpdDesignators(GetBody(page))) {
         if (designator.isBinary && designator.bytes.size() >= leastName) {
-            replaced.replace(designator.start, designator.bytes.size(),
+            replaced.replace(vpdHeaderBytes + designator.offset, designator.bytes.size(),
                              identities.GetPseudonyms().ReplaceBytes(designator.bytes));
         }
     }

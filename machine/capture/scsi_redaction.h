@@ -1,4 +1,4 @@
-// What identifies a disk in its vital product data and in the names that the kernel makes of it.
+// Redacts the vital product data of a disk and the names that the kernel makes of them.
 #pragma once
 
 #include "machine/capture/identity_texts.h"
@@ -8,14 +8,15 @@
 
 namespace NVORHOST {
 
-/// A `wwid` attribute, or the same in the udev database: "naa.5000c500a1b2c3d4", "t10.VENDOR MODEL SERIAL".
+/// Learns a `wwid` attribute or its copy in the udev database: "naa.5000c500a1b2c3d4", "t10.VENDOR MODEL
+/// SERIAL".
 void LearnWorldWideId(std::string_view bytes, TIdentityTexts& identities);
 
-/// Page 80h of the vital product data: a header of 4 bytes and the serial number.
+/// Learns or replaces the serial number of page 80h.
 void LearnVpdSerial(std::string_view bytes, TIdentityTexts& identities);
 std::string ReplaceVpdSerial(std::string_view bytes, const TIdentityTexts& identities);
 
-/// Page 83h: designators.
+/// Learns or replaces the designators of page 83h.
 void LearnVpdDesignators(std::string_view page, TIdentityTexts& identities);
 std::string ReplaceVpdDesignators(std::string_view page, const TIdentityTexts& identities);
 

@@ -9,21 +9,20 @@
 #include <vector>
 
 namespace NVORHOST {
-
 namespace {
 
 constexpr std::size_t headerSize = 4;
 
 struct TIdentityField {
     std::uint8_t type;
-    std::size_t offset;  // of the number of its text
+    std::size_t offset;  // offset of the number of the text
     EIdentityKind kind;
 };
 
 constexpr auto serial = EIdentityKind::serialNumber;
 constexpr auto assetTag = EIdentityKind::assetTag;
 
-// DSP0134: serial numbers and asset tags.
+// Fields with serial numbers and asset tags. Source: DSP0134.
 constexpr TIdentityField identityFields[] = {
     {1, 0x07, serial},                         // system
     {2, 0x07, serial},  {2, 0x08, assetTag},   // baseboard
@@ -34,17 +33,17 @@ constexpr TIdentityField identityFields[] = {
     {39, 0x08, serial}, {39, 0x09, assetTag},  // power supply
 };
 
-constexpr std::size_t uuidOffset = 0x08;  // of type 1
+constexpr std::size_t uuidOffset = 0x08;  // in type 1
 constexpr std::size_t uuidSize = 16;
 
-// Of type 22: the serial number of a smart battery, and what only its maker can read.
+// Fields of type 22: the serial number of a smart battery, and vendor-specific data.
 constexpr std::uint8_t batteryType = 22;
 constexpr std::size_t batterySerialOffset = 0x10;
 constexpr std::size_t batterySerialSize = 2;
 constexpr std::size_t batteryOemOffset = 0x16;
 
-// Free texts of the maker (11, 12), the management controller with its addresses and credentials (42),
-// inactive structures (126), whose type may have been any other, and everything that only its maker can read.
+// True for free texts of the vendor (11, 12), the management controller with its addresses and credentials
+// (42), inactive structures (126), which may have had any type, and vendor-specific structures.
 bool IsOpaque(std::uint8_t type) {
     constexpr std::uint8_t firstOfMakers = 128;
     return type == 11 || type == 12 || type == 42 || type == 126 || type >= firstOfMakers;
@@ -55,12 +54,12 @@ struct TRange {
     std::size_t length = 0;
 };
 
-// One structure by its place in the table.
+// The offsets of one structure in the table.
 struct TPlacedStructure {
     std::uint8_t type = 0;
     TRange fields;
     std::vector<TRange> texts;
-    std::size_t end = 0;  // behind its string set
+    std::size_t end = 0;  // offset after the string set
 };
 
 TRange PlaceOf(std::string_view table, std::string_view part) {
@@ -91,7 +90,7 @@ struct TIdentityText {
     EIdentityKind kind = EIdentityKind::serialNumber;
 };
 
-// The texts of a structure that identify, each of them once.
+// Returns the texts of a structure that are identities, without duplicates.
 std::vector<TIdentityText> FindIdentityTexts(std::string_view table, const TPlacedStructure& structure) {
     std::vector<std::optional<EIdentityKind>> kinds(structure.texts.size());
     if (IsOpaque(structure.type)) {
@@ -119,7 +118,7 @@ std::string_view UuidOf(std::string_view table, const TPlacedStructure& structur
     return hasUuid ? table.substr(structure.fields.start + uuidOffset, uuidSize) : std::string_view();
 }
 
-// Between the order of the text and the order in the table; the same both ways.
+// Converts between the byte order of the text and that of the table; the conversion is its own inverse.
 std::string SwapUuid(std::string bytes, TSmbiosVersion version) {
     if (version >= TSmbiosVersion{2, 6}) {
         for (const TRange field : {TRange{0, 4}, TRange{4, 2}, TRange{6, 2}}) {
@@ -140,7 +139,7 @@ void RedactUuid(TSmbiosVersion version, const TPlacedStructure& structure, const
     }
 }
 
-// NULs end texts and so decide where the next structure begins: they stay.
+// NULs are kept: they terminate texts and so determine where the next structure starts.
 void Overwrite(TRange range, std::string& table) {
     const auto start = table.begin() + static_cast<std::ptrdiff_t>(range.start);
     std::replace_if(
@@ -164,7 +163,7 @@ void RedactBattery(const TPlacedStructure& structure, const TIdentityTexts& iden
 }
 
 bool IsCharacter(char c) {
-    constexpr std::uint8_t del = 0x7F;  // also the type of the end of the table
+    constexpr std::uint8_t del = 0x7F;  // also the type of the end-of-table structure
     const auto byte = static_cast<std::uint8_t>(c);
     return byte >= ' ' && byte != del;
 }
@@ -208,9 +207,9 @@ void LearnSmbios(std::string_view table, TSmbiosVersion version, TIdentityTexts&
 
 std::string RedactSmbios(std::string_view table, TSmbiosVersion version, const TIdentityTexts& identities) {
     std::string redacted(table);
-    std::size_t end = 0;  // of the structure before
+    std::size_t end = 0;  // end of the previous structure
     for (const TPlacedStructure& structure : PlaceAll(table)) {
-        // Texts after an empty one belong to no field and may be serial numbers.
+        // Texts after an empty text belong to no field and may be serial numbers.
         Overwrite({end, structure.fields.start - end}, redacted);
         RedactUuid(version, structure, identities, redacted);
         RedactStructure(structure, identities, redacted);
@@ -218,7 +217,7 @@ std::string RedactSmbios(std::string_view table, TSmbiosVersion version, const T
     }
     const std::size_t tableEnd = FindSmbiosTableEnd(table);
     Overwrite({end, tableEnd - end}, redacted);
-    // The header of the end-of-table structure, or of a malformed one, stays; texts may be in its place.
+    // The header of the end-of-table structure or of a malformed one is kept; the rest may be texts.
     const bool isHeader = tableEnd < redacted.size() && !IsCharacter(redacted[tableEnd]);
     const std::size_t rest = std::min(tableEnd + (isHeader ? headerSize : 0), redacted.size());
     Overwrite({rest, redacted.size() - rest}, redacted);

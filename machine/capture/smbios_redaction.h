@@ -1,4 +1,4 @@
-// What identifies a machine in the structure table of its firmware.
+// Redacts the SMBIOS structure table.
 #pragma once
 
 #include "machine/capture/identity_texts.h"
@@ -9,11 +9,12 @@
 
 namespace NVORHOST {
 
-/// Remembers the serial numbers, asset tags and the UUID of a table.
+/// Learns the serial numbers, asset tags and the UUID of a table.
 void LearnSmbios(std::string_view table, TSmbiosVersion version, TIdentityTexts& identities);
 
-/// The table with those replaced; as long as it was, with the same structures. Structures that only their
-/// maker can read, and those that may hold addresses and credentials, are overwritten, their headers aside.
+/// Returns the table with its identities replaced, of the same length and with the same structures.
+/// Vendor-specific structures and those that may contain addresses or credentials are overwritten except for
+/// their headers.
 std::string RedactSmbios(std::string_view table, TSmbiosVersion version, const TIdentityTexts& identities);
 
 }  // namespace NVORHOST

@@ -1,4 +1,4 @@
-// Passes every question on and keeps its answer.
+// Forwards every system call and records its answer.
 #pragma once
 
 #include "machine/replay/capture_answers.h"
@@ -38,12 +38,12 @@ class TSystemCallRecorder final : public ISystemCalls {
         return answers_.interfaceAddresses = calls_.InterfaceAddresses();
     }
 
-    /// Of the questions so far.
+    /// Returns the answers of the calls so far.
     const TCaptureAnswers& GetAnswers() const { return answers_; }
 
   private:
     const ISystemCalls& calls_;
-    mutable TCaptureAnswers answers_;  // asking does not change the machine
+    mutable TCaptureAnswers answers_;  // calls are const: they change the recording only
 };
 
 }  // namespace NVORHOST

@@ -11,13 +11,12 @@
 #include <system_error>
 
 namespace NVORHOST {
-
 namespace {
 
 constexpr std::string_view vendorKey = "ID_VENDOR_FROM_DATABASE";
 constexpr std::string_view modelKey = "ID_MODEL_FROM_DATABASE";
 
-// The text that the database's patterns are written for, as the kernel gives it in modalias.
+// Returns the text of the attribute `modalias`, for which the patterns of the database are written.
 std::string MakeUsbModalias(std::uint16_t vendorId, std::uint16_t productId) {
     char text[32];
     const int length = std::snprintf(text, sizeof text, "usb:v%04Xp%04X", static_cast<unsigned>(vendorId),
@@ -39,7 +38,7 @@ class THardwareDatabase::TDatabase {
         }
     }
 
-    // The vendor's entry holds for every device of it, so one search finds both names.
+    // The entry of the vendor matches every device of it, so one search finds both names.
     TDeviceName Find(const std::string& modalias) const {
         TDeviceName name;
         if (!database_) {
@@ -81,7 +80,7 @@ TDeviceName THardwareDatabase::Find(const std::string& modalias) const {
     return place->second;
 }
 
-// Cards have entries of their own by the subsystem's numbers, so the database is asked for the whole text.
+// Cards have entries by subsystem, so the search uses the whole text.
 TDeviceName THardwareDatabase::FindPci(const TPciNumbers& numbers) const {
     return Find(MakePciModalias(numbers));
 }

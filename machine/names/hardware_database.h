@@ -12,7 +12,7 @@ struct udev_hwdb;
 
 namespace NVORHOST {
 
-/// Opens the database with the first question; a system without one has no names.
+/// Opens the database at the first search. A system without a database has no names.
 class THardwareDatabase final : public IDeviceNames {
   public:
     THardwareDatabase();
@@ -28,8 +28,9 @@ class THardwareDatabase final : public IDeviceNames {
 
     TDeviceName Find(const std::string& modalias) const;
 
-    mutable std::unique_ptr<TDatabase> database_;  // opened by the first question
-    // Each search walks the database; several classes ask for the same devices, and machines have many alike.
+    mutable std::unique_ptr<TDatabase> database_;  // opened at the first search
+    // A cache: a search walks the database, several classes search for the same devices, and machines have
+    // many equal ones.
     mutable std::unordered_map<std::string, TDeviceName> found_;
 };
 

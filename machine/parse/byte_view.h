@@ -1,4 +1,4 @@
-// Little-endian fields of a byte string that may be shorter than its layout.
+// Reads little-endian fields of a byte string that may be shorter than its layout.
 #pragma once
 
 #include <cstddef>
@@ -8,7 +8,8 @@
 
 namespace NVORHOST {
 
-/// Every getter gives nothing for a field that does not lie whole within the bytes.
+/// A non-owning view of bytes. Every getter returns nullopt for a field that is not entirely within the
+/// bytes.
 class TByteView {
   public:
     explicit TByteView(std::string_view bytes) : bytes_(bytes) {}

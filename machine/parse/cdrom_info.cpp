@@ -4,7 +4,6 @@
 #include "text/lines.h"
 
 namespace NVORHOST {
-
 namespace {
 
 std::vector<std::string_view> SplitWords(std::string_view text) {

@@ -1,4 +1,4 @@
-// /proc/sys/dev/cdrom/info: what the machine's optical drives can do, one column for each.
+// Parses /proc/sys/dev/cdrom/info: the abilities of the optical drives, one column for each drive.
 #pragma once
 
 #include <optional>
@@ -10,11 +10,11 @@ namespace NVORHOST {
 
 struct TCdromAbilities {
     std::string name;              ///< "sr0"
-    std::optional<bool> readsDvd;  ///< absent when the kernel does not say
+    std::optional<bool> readsDvd;  ///< absent if the kernel lists no such ability
 };
 
-/// In the order of the columns. Lines that are not known and cells that are neither 0 nor 1 are skipped;
-/// empty without a line of names.
+/// Returns the drives in the order of their columns; none without a line of names. Unknown lines, and cells
+/// other than 0 and 1, are skipped.
 std::vector<TCdromAbilities> ParseCdromInfo(std::string_view text);
 
 }  // namespace NVORHOST

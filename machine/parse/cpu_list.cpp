@@ -6,8 +6,8 @@
 namespace NVORHOST {
 
 std::vector<std::uint32_t> ParseCpuList(std::string_view text) {
-    // The kernel is never built for more than a few thousand, and lists them in ascending order: together,
-    // this keeps a broken text from filling memory.
+    // Kernels are built for at most a few thousand processors and list them in ascending order. Checking both
+    // keeps a malformed text from filling memory.
     constexpr std::uint32_t numberLimit = 65536;
     std::vector<std::uint32_t> numbers;
     std::string_view rest = TrimBlanks(text);

@@ -1,4 +1,4 @@
-// The kernel's lists of processor numbers, as in package_cpus_list.
+// Parses the kernel's lists of processor numbers, such as package_cpus_list.
 #pragma once
 
 #include <cstdint>
@@ -7,8 +7,8 @@
 
 namespace NVORHOST {
 
-/// The numbers of a list such as "0-3,8,10-11", ascending.
-/// Absent: empty for a text that is no such list, is not in ascending order, or names a number from 65536 on.
+/// Returns the numbers of a list such as "0-3,8,10-11".
+/// Absent: empty for a malformed list, a list that is not in ascending order, and numbers above 65535.
 std::vector<std::uint32_t> ParseCpuList(std::string_view text);
 
 }  // namespace NVORHOST

@@ -5,7 +5,6 @@
 #include "text/numbers.h"
 
 namespace NVORHOST {
-
 namespace {
 
 bool HasWord(std::string_view words, std::string_view wanted) {
@@ -46,7 +45,7 @@ std::vector<TLogicalProcessor> ParseCpuInfo(std::string_view text) {
         const std::string_view name = TrimBlanks(left);
         const std::string_view value = TrimBlanks(right);
         if (name == "processor") {
-            // Other architectures also have a "Processor" text line; only a number starts a block.
+            // Other architectures also have a "Processor" line with text; only a number starts a block.
             if (const auto number = ParseNumber<std::uint32_t>(value)) {
                 processors.emplace_back().number = *number;
             }

@@ -1,4 +1,4 @@
-// /proc/cpuinfo: what the kernel says of each logical processor.
+// Parses /proc/cpuinfo: one block of lines for each logical processor.
 #pragma once
 
 #include <cstdint>
@@ -10,7 +10,7 @@
 namespace NVORHOST {
 
 struct TLogicalProcessor {
-    std::uint32_t number = 0;                ///< "processor", the N of cpuN
+    std::uint32_t number = 0;                ///< "processor", N in cpuN
     std::optional<std::uint32_t> packageId;  ///< "physical id"
     std::optional<std::uint32_t> clockMHz;   ///< "cpu MHz", rounded
     std::string vendor;                      ///< "vendor_id"
@@ -18,12 +18,13 @@ struct TLogicalProcessor {
     std::string family;                      ///< "cpu family", decimal text
     std::string modelNumber;                 ///< "model", decimal text
     std::string stepping;                    ///< "stepping", decimal text
-    std::optional<bool> isLongModeCapable;   ///< "flags" hold "lm"; absent without that line
-    bool isUnderHypervisor = false;          ///< "flags" hold "hypervisor"
+    std::optional<bool> isLongModeCapable;   ///< "flags" contains "lm"; absent without that line
+    bool isUnderHypervisor = false;          ///< "flags" contains "hypervisor"
 };
 
+/// Returns the processors in the order of the file.
 /// Shape:  blocks of "name : value" lines; a block starts at its "processor" line.
-/// Absent: lines before the first such block are skipped; texts that are missing are empty.
+/// Absent: lines before the first block are skipped; missing texts are empty.
 std::vector<TLogicalProcessor> ParseCpuInfo(std::string_view text);
 
 }  // namespace NVORHOST

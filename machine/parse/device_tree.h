@@ -1,4 +1,4 @@
-// Properties of the flattened device tree, as /proc/device-tree shows them.
+// Parses properties of the flattened device tree, the files of /proc/device-tree.
 #pragma once
 
 #include <optional>
@@ -8,11 +8,11 @@
 
 namespace NVORHOST {
 
-/// A string list ("compatible"): texts that each end with a NUL; a last one without it counts too. Empty
-/// texts are left out.
+/// Returns the texts of a string list ("compatible"), each terminated by a NUL, except perhaps the last one.
+/// Empty texts are left out.
 std::vector<std::string> ParseDeviceTreeStrings(std::string_view bytes);
 
-/// The first text of such a list ("model", "serial-number"); absent when there is none.
+/// Returns the first text of a string list ("model", "serial-number"); nullopt if there is none.
 std::optional<std::string> ParseDeviceTreeString(std::string_view bytes);
 
 }  // namespace NVORHOST

@@ -10,7 +10,6 @@
 #include <cstdint>
 
 namespace NVORHOST {
-
 namespace {
 
 constexpr std::size_t groupCount = 8;
@@ -39,7 +38,8 @@ struct TRun {
     std::size_t length = 0;
 };
 
-// RFC 5952, 4.2: the longest run of zero groups is shortened, the first of equal ones, never a single group.
+// RFC 5952, 4.2: the longest run of zero groups is shortened, the first one of equal length, never a single
+// group.
 TRun FindShortenedRun(const TGroups& groups) {
     TRun longest;
     TRun current;
@@ -80,7 +80,7 @@ std::string FormatIpv6(std::string_view bytes) {
     return text;
 }
 
-// ::ffff:0:0/96, which RFC 5952, 5 writes with the IPv4 address in its own form.
+// The prefix ::ffff:0:0/96, after which RFC 5952, 5 writes the IPv4 address in dotted decimal form.
 constexpr std::string_view mappedPrefix{"\0\0\0\0\0\0\0\0\0\0\xff\xff", 12};
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Internet addresses as bytes in network order, 4 or 16 of them, and as the text people write.
+// Internet addresses, as 4 or 16 bytes in network order and as text.
 #pragma once
 
 #include <optional>
@@ -10,13 +10,13 @@ namespace NVORHOST {
 inline constexpr std::size_t ipv4Bytes = 4;
 inline constexpr std::size_t ipv6Bytes = 16;
 
-/// "192.0.2.1" for 4 bytes, RFC 5952 text for 16. Absent for any other number of bytes.
+/// Returns "192.0.2.1" for 4 bytes and the text of RFC 5952 for 16; nullopt for any other size.
 std::optional<std::string> FormatIpAddress(std::string_view bytes);
 
-/// The 4 bytes of dotted decimal text. Absent for anything else, leading zeros included.
+/// Parses a dotted decimal address into 4 bytes; nullopt if it is malformed. Leading zeros are malformed.
 std::optional<std::string> ParseIpv4Address(std::string_view text);
 
-/// The 16 bytes of IPv6 text in any of its forms. Absent for anything else.
+/// Parses any text form of an IPv6 address into 16 bytes; nullopt if it is malformed.
 std::optional<std::string> ParseIpv6Address(std::string_view text);
 
 }  // namespace NVORHOST

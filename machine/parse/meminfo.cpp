@@ -5,7 +5,6 @@
 #include "text/numbers.h"
 
 namespace NVORHOST {
-
 namespace {
 
 struct TRow {

@@ -1,4 +1,4 @@
-// /proc/meminfo: how much memory and swap there is and is free.
+// Parses /proc/meminfo: the total and free amounts of memory and swap.
 #pragma once
 
 #include <cstdint>
@@ -7,7 +7,7 @@
 
 namespace NVORHOST {
 
-/// All in KiB (the file says kB and means 1024 bytes).
+/// Amounts in KiB: the file has the unit kB for 1024 bytes.
 struct TMemInfo {
     std::optional<std::uint64_t> totalKiB;
     std::optional<std::uint64_t> freeKiB;
@@ -16,7 +16,7 @@ struct TMemInfo {
 };
 
 /// Shape:  lines "Name:   123 kB".
-/// Absent: a line that is missing, has another unit or no number leaves its member empty.
+/// Absent: a member whose line is missing, has another unit or a malformed number.
 TMemInfo ParseMemInfo(std::string_view text);
 
 }  // namespace NVORHOST

@@ -1,4 +1,4 @@
-// /etc/os-release: the name and version of the distribution.
+// Parses /etc/os-release: the name and version of the distribution.
 #pragma once
 
 #include <optional>

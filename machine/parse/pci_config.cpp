@@ -4,10 +4,9 @@
 #include "text/find_row.h"
 
 namespace NVORHOST {
-
 namespace {
 
-// How the header types differ.
+// The differences between the header types.
 struct THeaderLayout {
     EPciHeader header;
     std::size_t baseAddressCount;
@@ -24,7 +23,7 @@ const THeaderLayout* FindLayout(std::uint8_t headerRegister) {
     return FindRow(layouts, &THeaderLayout::header, static_cast<EPciHeader>(headerRegister & 0x7FU));
 }
 
-// Offset of a capability in the list, or nothing when the list ends, leaves the bytes or runs in a circle.
+// Returns the offset of a capability; nullopt if the list ends, leaves the bytes or has a loop.
 std::optional<std::size_t> FindCapability(const TByteView& config, std::size_t pointerOffset,
                                           std::uint8_t wantedId) {
     constexpr int mostCapabilities = (256 - 64) / 4;
@@ -95,7 +94,7 @@ std::optional<std::uint8_t> ReadExpressPortType(const TByteView& config, const T
     return static_cast<std::uint8_t>((*flags >> 4) & 0x0F);
 }
 
-// The header of a bridge has no room for these registers.
+// The header of a bridge has no subsystem registers, so bridges have a capability for them.
 void ReadBridgeSubsystem(const TByteView& config, const THeaderLayout& layout, TPciConfig& result) {
     constexpr std::uint8_t subsystemCapability = 0x0D;
     if (const auto capability = FindCapability(config, layout.capabilityPointer, subsystemCapability)) {

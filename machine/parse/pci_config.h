@@ -1,4 +1,4 @@
-// The configuration space of a PCI function: its registers as read, by header type.
+// Parses the configuration space of a PCI function into its registers, by header type.
 #pragma once
 
 #include <cstdint>
@@ -8,10 +8,10 @@
 
 namespace NVORHOST {
 
-/// Layouts of the configuration header, register 0Eh bits 6:0.
+/// Layouts of the configuration header, from register 0Eh, bits 6:0.
 enum class EPciHeader : std::uint8_t { device = 0, bridge = 1, cardBus = 2 };
 
-/// Register numbers stand behind the members. A member that a header type does not have is absent.
+/// The registers as read; the comments give their numbers. A member that the header type lacks is absent.
 struct TPciConfig {
     std::uint16_t vendorId = 0;             // 00
     std::uint16_t deviceId = 0;             // 02
@@ -24,7 +24,7 @@ struct TPciConfig {
     EPciHeader header = EPciHeader::device;
     std::uint8_t selfTest = 0;      // 0F
     std::uint8_t interruptPin = 0;  // 3D
-    /// The base address registers of the header, zero ones included: 6, 2 or 1.
+    /// Base address registers of the header, including zeros: 6, 2 or 1 by header type.
     std::vector<std::uint32_t> baseAddresses;
     std::optional<std::uint32_t> expansionRom;       // 30, header 1: 38
     std::optional<std::uint8_t> minGrant;            // 3E, header 0
@@ -38,22 +38,22 @@ struct TPciConfig {
     std::optional<std::uint8_t> ioLimit;             // 1D, header 1
     std::optional<std::uint16_t> memoryBase;         // 20, header 1
     std::optional<std::uint16_t> memoryLimit;        // 22, header 1
-    /// Bits 7:4 of the flags of the PCI Express capability (10h); absent without one within the bytes.
+    /// Bits 7:4 of the flags of the PCI Express capability (10h); absent if `bytes` has no such capability.
     std::optional<std::uint8_t> expressPortType;
 
     /// Status bit 4.
     bool HasCapabilities() const { return (status & 0x0010) != 0; }
 };
 
-/// Bytes that every header type needs, and that every user may read.
+/// Size of the header of every type, which every user may read.
 inline constexpr std::size_t pciHeaderBytes = 64;
-/// Bytes that hold the capability list too; readable for root.
+/// Size of the header and the capability list, which root may read.
 inline constexpr std::size_t pciConfigBytes = 256;
 
-/// Shape:  64 bytes or more from the start of the space; capabilities are looked for as far as they reach.
-/// Absent: fewer bytes, vendor FFFFh (nothing answers there), a header type other than 0 to 2.
-/// Source: PCI Local Bus 3.0, chapter 6; PCI-to-PCI Bridge Architecture 1.2, 3.2;
-///         PC Card Standard for CardBus bridges.
+/// Shape:  64 bytes or more from the start of the space. Capabilities are followed as far as the bytes reach.
+/// Absent: nullopt for fewer bytes, vendor FFFFh (no function at the address) and header types above 2.
+/// Source: PCI Local Bus 3.0, chapter 6; PCI-to-PCI Bridge Architecture 1.2, 3.2; PC Card Standard for
+///          CardBus bridges.
 std::optional<TPciConfig> ParsePciConfig(std::string_view bytes);
 
 }  // namespace NVORHOST

@@ -7,10 +7,10 @@
 #include <cstdio>
 
 namespace NVORHOST {
-
 namespace {
 
-// Takes "prefix" and `digits` hexadecimal digits off the front of `text`; false when they are not there.
+// Removes `prefix` and `digits` hexadecimal digits from the front of `text`; returns false if it starts with
+// something else.
 template <typename TNumber>
 bool TakeNumber(std::string_view& text, std::string_view prefix, std::size_t digits, TNumber& number) {
     if (!text.starts_with(prefix)) {

@@ -1,4 +1,4 @@
-// The numbers by which drivers and databases know a PCI function, and the kernel's text of them.
+// The numbers that identify a model of PCI functions, and their text in the attribute `modalias`.
 #pragma once
 
 #include <cstdint>
@@ -8,7 +8,7 @@
 
 namespace NVORHOST {
 
-/// A subsystem vendor of 0 means that the function names none.
+/// A subsystem vendor of 0 means that the function has none.
 struct TPciNumbers {
     std::uint16_t vendorId = 0;
     std::uint16_t deviceId = 0;
@@ -19,11 +19,11 @@ struct TPciNumbers {
     std::uint8_t programmingInterface = 0;
 };
 
-/// The text of the attribute `modalias`, "pci:v00008086d0000100Esv00008086sd0000001Ebc02sc00i00".
+/// Returns the text of the attribute `modalias`: "pci:v00008086d0000100Esv00008086sd0000001Ebc02sc00i00".
 std::string MakePciModalias(const TPciNumbers& numbers);
 
-/// The numbers of such a text, blanks around it aside; absent when a part is missing, malformed or out of
-/// range.
+/// Parses the attribute `modalias`, ignoring blanks around it; nullopt if a part is missing, malformed or out
+/// of range.
 std::optional<TPciNumbers> ParsePciModalias(std::string_view text);
 
 }  // namespace NVORHOST

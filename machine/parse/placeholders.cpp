@@ -6,10 +6,10 @@
 #include <algorithm>
 
 namespace NVORHOST {
-
 namespace {
 
-// Lower case; "#" is a number of any length, or none. Each was seen in a shipped machine's tables.
+// Lower case; "#" matches a run of digits, which may be empty. Each filler was found in the tables of a
+// shipped machine.
 constexpr std::string_view fillers[] = {
     "not specified",
     "not available",
@@ -82,7 +82,7 @@ constexpr std::string_view fillers[] = {
     "x.x",
 };
 
-// Serial numbers that emulated drives and card readers have in common, in the form of `fillers`.
+// Serial numbers shared by all emulated drives or card readers of a model, in the syntax of `fillers`.
 constexpr std::string_view constantSerials[] = {
     "aaaabbbbcccc#",
     "20100201396000000",
@@ -94,7 +94,7 @@ bool IsOneRepeatedFiller(std::string_view text) {
            std::all_of(text.begin(), text.end(), [&](char c) { return c == text.front(); });
 }
 
-// "0123456789", and longer with 0 after 9. Shorter runs are real numbers too often.
+// Matches digits that count up, 0 after 9. Shorter runs are too often real serial numbers.
 bool IsCountedRun(std::string_view text) {
     constexpr std::size_t shortest = 8;
     if (text.size() < shortest || (text.front() != '0' && text.front() != '1')) {

@@ -1,4 +1,4 @@
-// Texts that firmware vendors leave where a value belongs. They count as absent.
+// Placeholder texts that firmware vendors ship in place of a value. Readers treat them as absent.
 #pragma once
 
 #include <optional>
@@ -7,12 +7,13 @@
 
 namespace NVORHOST {
 
-/// True for an empty text, one of the known fillers (case and blanks around aside, some with any number:
-/// "SerNum0", "SerNum01"), a text of one repeated "0", "F", "X", "-", ".", "*" or "?", digits counted up from
-/// 0 or 1 such as "0123456789", eight or more, and serial numbers that every drive of a model has.
+/// True for an empty text; a known filler, in any case and some with any number ("SerNum0", "SerNum01"); one
+/// repeated character out of "0", "F", "X", "-", ".", "*", "?" and blank; 8 or more digits that count up from
+/// 0 or 1 ("0123456789"); and serial numbers that all drives of a model share. Blanks around the text are
+/// ignored.
 bool IsPlaceholder(std::string_view text);
 
-/// The text, or nothing when it is a placeholder.
+/// Returns `text`, or nullopt if it is a placeholder.
 std::optional<std::string> WithoutPlaceholder(std::optional<std::string> text);
 
 }  // namespace NVORHOST

@@ -9,7 +9,6 @@
 #include <optional>
 
 namespace NVORHOST {
-
 namespace {
 
 // The kernel prints the 4 bytes as the number that a little-endian processor reads from them.
@@ -65,7 +64,7 @@ std::vector<std::string> ParseLocalIpv4Addresses(std::string_view fibTrie) {
             addresses.push_back(*leaf);
         }
     });
-    // The tables "main" and "local" are printed one after the other, and may be one and the same.
+    // The kernel prints the tables "main" and "local" one after the other; both may be the same table.
     std::sort(addresses.begin(), addresses.end());
     addresses.erase(std::unique(addresses.begin(), addresses.end()), addresses.end());
     return addresses;
@@ -96,10 +95,10 @@ std::vector<TIpv4Route> ParseIpv4Routes(std::string_view route) {
     return routes;
 }
 
-std::string FindInterface(const std::vector<TIpv4Route>& routes, std::string_view address) {
+std::optional<std::string> FindInterface(const std::vector<TIpv4Route>& routes, std::string_view address) {
     constexpr char loopbackNetwork = 127;
     if (address.size() != ipv4Bytes) {
-        return {};
+        return std::nullopt;
     }
     if (address.front() == loopbackNetwork) {
         return "lo";
@@ -110,7 +109,7 @@ std::string FindInterface(const std::vector<TIpv4Route>& routes, std::string_vie
         if (route.hasGateway || route.mask == everyNetwork || !IsWithin(address, route)) {
             continue;
         }
-        // Masks are runs of ones from the left, so the longer one is the greater string of bytes.
+        // A mask is a run of ones from the left, so the longer mask is the greater byte string.
         if (best == nullptr || route.mask > best->mask) {
             best = &route;
             isAmbiguous = false;
@@ -118,7 +117,7 @@ std::string FindInterface(const std::vector<TIpv4Route>& routes, std::string_vie
             isAmbiguous = true;
         }
     }
-    return best == nullptr || isAmbiguous ? std::string() : best->interface;
+    return best == nullptr || isAmbiguous ? std::nullopt : std::optional(best->interface);
 }
 
 }  // namespace NVORHOST

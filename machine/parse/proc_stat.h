@@ -1,4 +1,4 @@
-// /proc/stat: when the system booted.
+// Parses /proc/stat: the time when the system booted.
 #pragma once
 
 #include <cstdint>
@@ -7,7 +7,7 @@
 
 namespace NVORHOST {
 
-/// The number of the "btime" line: seconds since 1970-01-01 UTC. Absent without such a line.
+/// Returns the number of the "btime" line, seconds since 1970-01-01 UTC; nullopt without a positive one.
 std::optional<std::int64_t> ParseBootTime(std::string_view text);
 
 }  // namespace NVORHOST

@@ -1,4 +1,4 @@
-// /proc/version: the kernel's own line about itself.
+// Parses /proc/version: the kernel's version line.
 #pragma once
 
 #include <optional>
@@ -7,8 +7,8 @@
 
 namespace NVORHOST {
 
-/// The release in "Linux version 6.1.0-13-amd64 (builder) (compiler) #1 SMP ...", as uname gives it. Absent
-/// for any other text.
+/// Returns the release in "Linux version 6.1.0-13-amd64 (builder) (compiler) #1 SMP ...", which is also that
+/// of uname; nullopt for any other text.
 std::optional<std::string> ParseKernelRelease(std::string_view text);
 
 }  // namespace NVORHOST

@@ -6,10 +6,9 @@
 #include <array>
 
 namespace NVORHOST {
-
 namespace {
 
-// Numbered as in proc(5); the fields behind the name start with the state.
+// Field numbers of proc(5). The fields after the name start with the state.
 constexpr std::size_t stateField = 3;
 constexpr std::size_t flagsField = 9;
 constexpr std::size_t priorityField = 18;

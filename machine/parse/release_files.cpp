@@ -4,7 +4,6 @@
 #include "text/lines.h"
 
 namespace NVORHOST {
-
 namespace {
 
 std::string_view FirstLine(std::string_view text) {
@@ -19,7 +18,7 @@ std::optional<std::string> NonEmpty(std::string_view text) {
     return text.empty() ? std::nullopt : std::optional<std::string>(text);
 }
 
-// The value of the line "KEY = value"; empty without one.
+// Returns the value of the last line "KEY = value"; empty without one.
 std::string_view FindValue(std::string_view text, std::string_view key) {
     std::string_view found;
     ForEachLine(text, [&](std::string_view line) {

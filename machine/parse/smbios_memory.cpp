@@ -1,7 +1,6 @@
 #include "machine/parse/smbios_memory.h"
 
 namespace NVORHOST {
-
 namespace {
 
 constexpr std::uint64_t kibibyte = 1024;
@@ -23,7 +22,7 @@ std::optional<std::uint64_t> ParseCapacity(const TByteView& fields) {
         return std::nullopt;
     }
     if (*size == isInExtendedField) {
-        // Structures too short for the extended field mean what they say: 32767 MiB.
+        // If the structure ends before the extended field, 7FFFh is the size itself: 32767 MiB.
         const std::uint64_t mebibytes = fields.GetDword(0x1C).value_or(*size) & extendedBits;
         return Unless(std::optional(mebibytes * mebibyte), std::uint64_t{0});
     }
@@ -44,7 +43,7 @@ std::optional<std::uint32_t> ParseSpeed(const TByteView& fields) {
     return extended ? Unless(std::optional(*extended & extendedBits), unknown) : std::nullopt;
 }
 
-// Both fields at once: an extended start never goes with a plain end.
+// Start and end are extended together, never one of them alone.
 std::optional<TAddressRange> ParseRange(const TByteView& fields) {
     constexpr std::uint32_t isInExtendedField = 0xFFFFFFFF;
     const auto start = fields.GetDword(0x04);
@@ -53,7 +52,7 @@ std::optional<TAddressRange> ParseRange(const TByteView& fields) {
         return std::nullopt;
     }
     if (*start != isInExtendedField) {
-        // The end is the number of the last kibibyte.
+        // The end field is the number of the last KiB.
         return TAddressRange{*start * kibibyte, *end * kibibyte + (kibibyte - 1)};
     }
     const auto extendedStart = fields.GetQword(0x0F);

@@ -1,7 +1,6 @@
 #include "machine/parse/smbios_processor.h"
 
 namespace NVORHOST {
-
 namespace {
 
 std::optional<std::uint16_t> NonZero(std::optional<std::uint16_t> value) {

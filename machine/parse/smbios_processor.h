@@ -1,4 +1,4 @@
-// SMBIOS processor structures (type 4), one for each socket.
+// Parses SMBIOS processor structures (type 4), one for each socket.
 #pragma once
 
 #include "machine/parse/smbios_table.h"
@@ -9,11 +9,11 @@
 
 namespace NVORHOST {
 
-/// Texts are the firmware's, placeholders included.
+/// Texts are unchanged, placeholders included.
 struct TSmbiosProcessor {
     std::optional<std::string> socket;             ///< 04h
     std::optional<std::uint8_t> kind;              ///< 05h; 3 is a central processor
-    std::optional<std::uint16_t> family;           ///< 06h, or 28h when 06h refers to it; absent for 0, FFh
+    std::optional<std::uint16_t> family;           ///< 06h, or 28h if 06h refers to it; absent for 0, FFh
     std::optional<std::string> manufacturer;       ///< 07h
     std::optional<std::string> version;            ///< 10h
     std::optional<std::uint16_t> maxSpeedMHz;      ///< 14h; absent for 0, unknown
@@ -23,13 +23,13 @@ struct TSmbiosProcessor {
     std::optional<std::uint16_t> characteristics;  ///< 26h
 
     bool IsCentral() const { return kind == 3; }
-    /// Bit 6 of the status.
+    /// Returns bit 6 of the status.
     bool IsPopulated() const { return status && (*status & 0x40) != 0; }
-    /// Bit 2 of the characteristics.
+    /// Returns bit 2 of the characteristics.
     bool Is64BitCapable() const { return characteristics && (*characteristics & 0x04) != 0; }
 };
 
-/// `structure` must be of type 4. A field past the structure's length is absent.
+/// `structure` must be of type 4. A field at or past its length is absent.
 /// Source: DSP0134, 7.5.
 TSmbiosProcessor ParseSmbiosProcessor(const TSmbiosStructure& structure);
 

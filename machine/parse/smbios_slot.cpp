@@ -3,7 +3,6 @@
 #include "text/hex.h"
 
 namespace NVORHOST {
-
 namespace {
 
 std::optional<std::string> ParseAddress(const TByteView& fields) {
@@ -31,7 +30,7 @@ std::optional<bool> ParseHotPlug(const TByteView& fields) {
     return (*second & isHotPlug) != 0;
 }
 
-// The fields of version 3.4 stand behind the groups of peers, whose count is at 12h.
+// Version 3.4 adds its fields after the peer groups, whose number is at 12h.
 std::optional<std::uint8_t> ParsePhysicalWidth(const TByteView& fields) {
     constexpr std::size_t peerSize = 5;
     const auto peers = fields.GetByte(0x12);

@@ -1,4 +1,4 @@
-// SMBIOS system slot structures (type 9), one for each slot, empty ones too.
+// Parses SMBIOS system slot structures (type 9), one for each slot, including empty ones.
 #pragma once
 
 #include "machine/parse/smbios_table.h"
@@ -9,19 +9,19 @@
 
 namespace NVORHOST {
 
-/// Codes are the reference's. Texts are the firmware's, placeholders included.
+/// Codes are those of the reference; texts are unchanged, placeholders included.
 struct TSmbiosSlot {
     std::optional<std::string> designation;     ///< 04h
     std::optional<std::uint8_t> kind;           ///< 05h
     std::optional<std::uint8_t> dataWidth;      ///< 06h
     std::optional<std::uint8_t> usage;          ///< 07h
-    std::optional<std::uint8_t> number;         ///< 09h, first byte of the slot's ID
-    std::optional<bool> supportsHotPlug;        ///< 0Ch bit 1; absent when 0Bh says nothing is known
-    std::optional<std::string> pciAddress;      ///< 0Dh, 0Fh, 10h as sysfs writes it; absent for all ones
-    std::optional<std::uint8_t> physicalWidth;  ///< 14h behind the peer groups
+    std::optional<std::uint8_t> number;         ///< 09h, first byte of the slot ID
+    std::optional<bool> supportsHotPlug;        ///< 0Ch bit 1; absent if 0Bh marks it as unknown
+    std::optional<std::string> pciAddress;      ///< 0Dh, 0Fh, 10h in the form of sysfs; absent for all ones
+    std::optional<std::uint8_t> physicalWidth;  ///< 14h plus the size of the peer groups
 };
 
-/// `structure` must be of type 9. A field past the structure's length is absent.
+/// `structure` must be of type 9. A field at or past its length is absent.
 /// Source: DSP0134, 7.10.
 TSmbiosSlot ParseSmbiosSlot(const TSmbiosStructure& structure);
 

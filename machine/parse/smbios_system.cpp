@@ -7,12 +7,11 @@
 #include <algorithm>
 
 namespace NVORHOST {
-
 namespace {
 
 constexpr std::size_t uuidSize = 16;
 
-// Where the bytes of the canonical text stand, from version 2.6 on and before.
+// The index of each byte of the canonical text, from version 2.6 on and before.
 constexpr std::uint8_t littleEndianOrder[uuidSize] = {3, 2, 1, 0, 5, 4, 7, 6, 8, 9, 10, 11, 12, 13, 14, 15};
 constexpr std::uint8_t storedOrder[uuidSize] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
 
@@ -27,7 +26,7 @@ struct TChassisKind {
     std::string_view name;
 };
 
-// DSP0134, 7.4.1. 01h Other and 02h Unknown name nothing.
+// DSP0134, 7.4.1. 01h Other and 02h Unknown are left out.
 constexpr TChassisKind chassisKinds[] = {
     {0x03, "Desktop"},
     {0x04, "Low Profile Desktop"},
@@ -127,18 +126,13 @@ TSmbiosChassis ParseSmbiosChassis(const TSmbiosStructure& structure) {
         .thermalState = fields.GetByte(0x0B),
     };
     if (chassis.kind) {
-        *chassis.kind &= 0x7F;  // bit 7 tells of a lock
+        *chassis.kind &= 0x7F;  // bit 7 is set for a chassis with a lock
     }
     return chassis;
 }
 
-std::string_view GetChassisKindName(std::uint8_t kind) {
-    for (const TChassisKind& row : chassisKinds) {
-        if (row.code == kind) {
-            return row.name;
-        }
-    }
-    return {};
+std::optional<std::string_view> FindChassisKindName(std::uint8_t kind) {
+    return FindCell(chassisKinds, &TChassisKind::code, kind, &TChassisKind::name);
 }
 
 }  // namespace NVORHOST

@@ -1,4 +1,5 @@
-// SMBIOS structures that identify the machine: firmware (type 0), system (1), baseboard (2) and chassis (3).
+// Parses the SMBIOS structures that identify the machine: firmware (type 0), system (1), baseboard (2) and
+// chassis (3).
 #pragma once
 
 #include "machine/parse/smbios_table.h"
@@ -16,14 +17,14 @@ struct TSmbiosFirmware {
     bool isVirtualMachine = false;  ///< 13h bit 4
 };
 
-/// Type 1. Texts are the firmware's, placeholders included.
+/// Type 1. Texts are unchanged, placeholders included.
 struct TSmbiosSystem {
     std::optional<std::string> manufacturer;  ///< 04h
     std::optional<std::string> product;       ///< 05h
     std::optional<std::string> version;       ///< 06h
     std::optional<std::string> serial;        ///< 07h
-    /// 08h in the canonical form, upper case. Absent when it is not set (all FFh) or not present (all 00h),
-    /// and without a version, which the order of its bytes depends on.
+    /// 08h in canonical form, upper case. Absent if it is a placeholder such as all 00h or all FFh, and if
+    /// the version is unknown, which determines the byte order.
     std::optional<std::string> uuid;
 };
 
@@ -34,8 +35,8 @@ struct TSmbiosBoard {
     std::optional<std::string> version;       ///< 06h
     std::optional<std::string> serial;        ///< 07h
     std::optional<std::string> assetTag;      ///< 08h
-    std::optional<std::uint8_t> features;     ///< 09h, bits
-    std::optional<std::string> location;      ///< 0Ah, within the chassis
+    std::optional<std::uint8_t> features;     ///< 09h, flags
+    std::optional<std::string> location;      ///< 0Ah, position within the chassis
     std::optional<std::uint8_t> kind;         ///< 0Dh, a board type of the reference
 };
 
@@ -48,23 +49,23 @@ struct TSmbiosChassis {
     std::optional<std::uint8_t> thermalState;  ///< 0Bh
 };
 
-/// `structure` must be of the type named. A field past the structure's length is absent.
+/// `structure` must have the type that the function names. A field at or past its length is absent.
 /// Source: DSP0134, 7.1 to 7.4.
 TSmbiosFirmware ParseSmbiosFirmware(const TSmbiosStructure& structure);
 TSmbiosSystem ParseSmbiosSystem(const TSmbiosStructure& structure, std::optional<TSmbiosVersion> version);
 TSmbiosBoard ParseSmbiosBoard(const TSmbiosStructure& structure);
 TSmbiosChassis ParseSmbiosChassis(const TSmbiosStructure& structure);
 
-/// The canonical text, upper case, of the 16 bytes of a UUID. From version 2.6 on the first three fields are
-/// little-endian; before, the bytes stand in the order of the text. Absent for all 00h, all FFh and another
-/// size.
+/// Returns the canonical text, upper case, of the 16 bytes of a UUID; nullopt for placeholders and other
+/// sizes. From version 2.6 on, the first three fields are little-endian; before, the bytes are in the order
+/// of the text.
 std::optional<std::string> FormatSmbiosUuid(std::string_view bytes, TSmbiosVersion version);
 
-/// True for UUID texts that firmware vendors ship on many machines, and for all zeros and all Fs.
+/// True for UUIDs that firmware vendors ship on many machines, in any case, including all zeros and all Fs.
 bool IsPlaceholderUuid(std::string_view uuid);
 
-/// The name of an enclosure type, such as "Rack Mount Chassis". Empty for Other, Unknown and codes the
-/// reference does not list.
-std::string_view GetChassisKindName(std::uint8_t kind);
+/// Returns the name of an enclosure type, such as "Rack Mount Chassis"; nullopt for Other, Unknown and codes
+/// that are not in the reference.
+std::optional<std::string_view> FindChassisKindName(std::uint8_t kind);
 
 }  // namespace NVORHOST

@@ -4,14 +4,13 @@
 #include <utility>
 
 namespace NVORHOST {
-
 namespace {
 
 constexpr std::uint8_t firmwareType = 0;
 constexpr std::uint8_t endOfTable = 127;
 constexpr std::size_t headerSize = 4;
 
-// Types between the defined ones and 126 (inactive); makers have those from 128 on.
+// Types that are neither defined, nor inactive (126), nor those of vendors (128 and above).
 constexpr std::uint8_t firstReservedType = 47;
 constexpr std::uint8_t lastReservedType = 125;
 
@@ -44,7 +43,7 @@ struct TMinimumLength {
     std::uint8_t length;
 };
 
-// DSP0134: the length that the first version with the type gives it, 2.0 or 2.1.
+// DSP0134: the length in the first version that has the type, 2.0 or 2.1.
 constexpr TMinimumLength minimumLengths[] = {
     {0, 0x12},   // firmware
     {1, 0x08},   // system
@@ -67,10 +66,11 @@ std::size_t GetMinimumLength(std::uint8_t type) {
     return headerSize;
 }
 
-// A string set: texts that each end with a NUL, and one more NUL. A structure without strings has two NULs.
+// A string set is a list of texts, each terminated by a NUL, and one more NUL. A structure without strings
+// has two NULs.
 struct TStringSet {
     std::vector<std::string_view> texts;
-    std::size_t size = 0;  // with all its NULs
+    std::size_t size = 0;  // including all NULs
 };
 
 std::optional<TStringSet> ParseStringSet(std::string_view bytes) {
@@ -87,8 +87,8 @@ std::optional<TStringSet> ParseStringSet(std::string_view bytes) {
             continue;
         }
         if (set.texts.empty()) {
-            // No strings: the second NUL belongs to the set as well. Another byte in its place starts the
-            // texts after an empty first one, which are left over.
+            // Without strings, the second NUL belongs to the set as well. Any other byte in its place starts
+            // left-over texts after an empty first one.
             if (set.size >= bytes.size()) {
                 return std::nullopt;
             }
@@ -98,7 +98,7 @@ std::optional<TStringSet> ParseStringSet(std::string_view bytes) {
     }
 }
 
-// The first malformed place of a table and the number of all.
+// The first malformed place of a table, and the number of malformed places.
 struct TFlaws {
     std::size_t count = 0;
     std::size_t offset = 0;
@@ -106,8 +106,8 @@ struct TFlaws {
     std::string_view reason;
 };
 
-// Reads the structures in order. After a malformed place it goes on with the next structure, as a table of
-// many devices is of use without one of them.
+// Reads the structures in order. After a malformed place it continues with the next structure, because a
+// table of many devices is useful without one of them.
 class TTableWalk {
   public:
     explicit TTableWalk(std::string_view bytes) : bytes_(bytes) { Walk(); }
@@ -145,7 +145,7 @@ class TTableWalk {
         }
     }
 
-    // Adds the structure at the position; else the reason why there is none.
+    // Adds the structure at the position and returns ""; returns the reason if it is malformed.
     std::string_view TakeStructure() {
         const TByteView view(bytes_.substr(position_));
         const auto length = view.GetByte(1);
@@ -171,13 +171,13 @@ class TTableWalk {
 
     bool IsEndOfTable(std::size_t offset) const { return ByteAt(offset) == endOfTable; }
 
-    // The offset after the next double NUL.
+    // Returns the offset after the next double NUL.
     std::optional<std::size_t> FindAfterDoubleNul(std::size_t offset) const {
         const auto found = bytes_.find(std::string_view("\0\0", 2), offset);
         return found == std::string_view::npos ? std::nullopt : std::optional(found + 2);
     }
 
-    // A header whose type is in use and whose formatted area is within the table.
+    // True at a header whose type is in use and whose formatted area is within the table.
     bool HasHeader(std::size_t offset) const {
         const TByteView view(bytes_.substr(offset));
         const auto type = view.GetByte(0);
@@ -192,7 +192,7 @@ class TTableWalk {
         return HasHeader(offset) && ByteAt(offset + 1) >= GetMinimumLength(ByteAt(offset));
     }
 
-    // A header whose structure ends where another one, left-over texts or the end follow.
+    // True at a structure that is followed by another one, by left-over texts or by the end of the table.
     bool IsFollowedByStructure(std::size_t offset) const {
         if (!HasHeaderOfWholeStructure(offset)) {
             return false;
@@ -202,9 +202,9 @@ class TTableWalk {
                (*next == bytes_.size() || IsEndOfTable(*next) || HasHeader(*next) || FindEndOfTexts(*next));
     }
 
-    // The end of a run of characters and single NULs up to a double NUL. A structure may begin with bytes
-    // that are characters as well: bytes above 7Fh count as characters only where the first byte is no type
-    // in use.
+    // Returns the end of a run of characters and single NULs up to a double NUL. The first bytes of a
+    // structure may be characters too, so bytes above 7Fh count as characters only if the first byte is not a
+    // type in use.
     std::optional<std::size_t> FindEndOfTexts(std::size_t offset) const {
         const std::uint8_t first = ByteAt(offset);
         if (first < ' ' || first > lastReservedType + 1) {
@@ -223,7 +223,8 @@ class TTableWalk {
         return std::nullopt;
     }
 
-    // After an empty text: the rest of the texts, or, where the empty one was the last, one more NUL.
+    // After an empty text, returns the end of the remaining texts, or of one more NUL if the empty text was
+    // the last.
     std::optional<std::size_t> FindEndOfLeftOver() const {
         if (structures_.empty()) {
             return std::nullopt;
@@ -240,8 +241,8 @@ class TTableWalk {
         return isAtStructure ? std::optional(next) : std::nullopt;
     }
 
-    // After bytes that are no structure only one that fits together with the next one counts: other bytes
-    // would make up devices.
+    // Returns the next structure after malformed bytes. It counts only if another structure follows it: other
+    // bytes would be read as devices that do not exist.
     std::optional<std::size_t> FindNextStructure() const {
         for (std::size_t i = position_ + 2; i < bytes_.size(); ++i) {
             if (bytes_[i - 1] != '\0' || bytes_[i - 2] != '\0' || bytes_[i] == '\0') {

@@ -1,5 +1,5 @@
-// The SMBIOS structure table as the kernel exports it: which structures it holds, and the fields and strings
-// of each.
+// Parses the SMBIOS structure table that the kernel exports: its structures, and the fields and strings of
+// each.
 //
 // Failure language: absence. A malformed part of a table is skipped; the structures around it are read.
 #pragma once
@@ -23,13 +23,14 @@ struct TSmbiosVersion {
 };
 
 /// Shape:  the bytes of /sys/firmware/dmi/tables/smbios_entry_point: "_SM3_" or "_SM_" with its fields.
-/// Absent: another anchor, or an entry shorter than its own length or its reference's.
-/// Quirks: 2.31 and 2.33 are 2.3, 2.51 is 2.6: firmware that wrote decimal digits.
+/// Absent: nullopt for another anchor, and for an entry point shorter than its length field or than the
+///          reference requires.
+/// Quirks: 2.31 and 2.33 are read as 2.3, and 2.51 as 2.6, because some firmware wrote decimal digits.
 /// Source: DSP0134, 5.2.1 and 5.2.2.
 std::optional<TSmbiosVersion> ParseSmbiosEntryPoint(std::string_view bytes);
 
-/// One structure: views into the table's bytes, which must outlive it. A field exists only when it is whole
-/// within the structure's own length, regardless of the bytes that follow.
+/// A non-owning view of one structure; the bytes of the table must outlive it. A field exists only if it is
+/// entirely within the length of the structure, regardless of the bytes that follow.
 class TSmbiosStructure {
   public:
     TSmbiosStructure(TByteView formattedArea, std::vector<std::string_view> strings, std::size_t size)
@@ -37,19 +38,19 @@ class TSmbiosStructure {
 
     std::uint8_t GetType() const { return *formattedArea_.GetByte(0); }
     std::uint16_t GetHandle() const { return *formattedArea_.GetWord(2); }
-    /// The formatted area, header of 4 bytes included; offsets are those of the reference.
+    /// Returns the formatted area, including the header of 4 bytes; offsets are those of the reference.
     const TByteView& GetFields() const { return formattedArea_; }
-    /// The texts up to the first empty one: those after it have lost their numbers.
+    /// Returns the texts before the first empty one. Later texts have no reliable number.
     const std::vector<std::string_view>& GetTexts() const { return strings_; }
-    /// The number of bytes in the table, string set included.
+    /// Returns the number of bytes in the table, string set included.
     std::size_t GetSize() const { return size_; }
 
-    /// The text whose number is at `offset`. Absent for number 0, for a number past the last string, and
-    /// for an offset past the structure. The bytes are the firmware's own.
+    /// Returns the unchanged text whose number is at `offset`; nullopt for number 0, a number past the last
+    /// text, and an offset past the structure.
     std::optional<std::string> GetText(std::size_t offset) const;
 
-    /// False for a structure that is shorter than the first version of the reference that has its type
-    /// allows. True for types that no collector reads.
+    /// Returns false if the structure is shorter than the first version of the reference that has its type
+    /// allows; true for types that no collector reads.
     /// Source: DSP0134, the lengths in 7.1 to 7.21.
     bool HasMinimumLength() const;
 
@@ -59,18 +60,20 @@ class TSmbiosStructure {
     std::size_t size_;
 };
 
-/// The structures of a table in order, up to and without the end-of-table structure (type 127).
-/// Skipped: texts left over after an empty text ended their string set early, and everything between a
-///          structure that does not fit its place and the next one that does.
+/// Returns the structures of a table in order, up to the end-of-table structure (type 127), which is left
+/// out.
+/// Skipped: texts left over after an empty text that ended their string set early, and everything between a
+///          malformed structure and the next well-formed one.
 /// Source: DSP0134, 6.1.
 std::vector<TSmbiosStructure> ParseSmbiosTable(std::string_view bytes);
 
-/// The offset where reading ends: of the end-of-table structure, of the last malformed place, or the size.
+/// Returns the offset at which reading ended: that of the end-of-table structure, that of the last malformed
+/// place, or the size of the table.
 std::size_t FindSmbiosTableEnd(std::string_view bytes);
 
-/// Where and why such a table is malformed, one line; absent for a well-formed table. Structures without the
-/// minimum length of their type count as malformed. A table may end without an end-of-table structure, as
-/// those of the first versions do.
+/// Describes in one line where and why a table is malformed; nullopt for a well-formed table. Structures
+/// below the minimum length of their type count as malformed. A table may end without an end-of-table
+/// structure, as in the first versions.
 std::optional<std::string> FindSmbiosTableFlaw(std::string_view bytes);
 
 }  // namespace NVORHOST

@@ -8,14 +8,13 @@
 #include <algorithm>
 
 namespace NVORHOST {
-
 namespace {
 
 constexpr std::size_t serialSize = 4;
 
 struct TSpdLayout {
     std::uint8_t kind;         // byte 2
-    std::size_t yearOffset;    // the week follows; both are binary-coded decimals
+    std::size_t yearOffset;    // the week is in the next byte; both are binary-coded decimals
     std::size_t serialOffset;  // 4 bytes
     std::size_t partOffset;
     std::size_t partSize;
@@ -46,7 +45,7 @@ std::optional<std::string> FormatSerial(std::string_view bytes) {
     return ToHex(bytes, EHexCase::upper);
 }
 
-// Padded with blanks, by some makers with NULs.
+// Parts are padded with blanks, by some makers with NULs.
 std::optional<std::string> FormatPart(std::string_view bytes) {
     const std::string_view text = TrimBlanks(bytes.substr(0, bytes.find('\0')));
     const bool isPrintable =

@@ -1,4 +1,4 @@
-// The serial presence detect EEPROM of a memory module: what its maker wrote into it.
+// Parses the serial presence detect EEPROM of a memory module, which the maker of the module has written.
 #pragma once
 
 #include <cstdint>
@@ -8,7 +8,7 @@
 
 namespace NVORHOST {
 
-/// The week that a module was made in.
+/// The week in which a module was made.
 struct TManufactureWeek {
     std::uint16_t year = 0;
     std::uint8_t week = 0;
@@ -17,18 +17,19 @@ struct TManufactureWeek {
 };
 
 struct TSpdModule {
-    std::optional<std::string> serial;     ///< 8 hexadecimal digits, upper case; absent for all 0 and all F
-    std::optional<std::string> part;       ///< trailing blanks off; absent when it is not printable text
-    std::optional<TManufactureWeek> made;  ///< absent when the bytes are no decimal digits, or no week
+    std::optional<std::string> serial;     ///< 8 hexadecimal digits, upper case; absent for all 0 or all F
+    std::optional<std::string> part;       ///< without padding; absent if it is not printable text
+    std::optional<TManufactureWeek> made;  ///< absent if the bytes are not decimal digits or not a week
 };
 
 /// Shape:  the EEPROM from its start; 128 bytes (DDR, DDR2), 256 (DDR3), 512 (DDR4) or 1024 (DDR5).
-/// Absent: for a kind of memory (byte 2) that is not listed, so for EEPROMs of another purpose, and for bytes
-///         that end before the maker's fields do.
+/// Absent: nullopt for an unlisted kind of memory (byte 2), which includes EEPROMs for other purposes, and
+///          for bytes that end before the fields of the maker.
 /// Source: JEDEC standard 21-C, annexes of serial presence detects; JESD400-5.
 std::optional<TSpdModule> ParseSpdEeprom(std::string_view bytes);
 
-/// Where the 4 bytes of the serial number stand. Absent as above.
+/// Returns the offset of the 4 bytes of the serial number; nullopt for an unlisted kind of memory and for
+/// bytes that end before it.
 std::optional<std::size_t> FindSpdSerial(std::string_view bytes);
 
 }  // namespace NVORHOST

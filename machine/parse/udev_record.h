@@ -1,4 +1,5 @@
-// A record of the udev database, /run/udev/data/b8:1: what device rules found out about a device.
+// Parses a record of the udev database, such as /run/udev/data/b8:1: the results of the device rules for one
+// device.
 #pragma once
 
 #include <optional>
@@ -7,11 +8,10 @@
 
 namespace NVORHOST {
 
-/// The value of the line "E:KEY=value", as a part of `text`; the first such line counts. Absent without one.
+/// Returns the value of the first line "E:KEY=value" as a part of `text`; nullopt without one.
 std::optional<std::string_view> FindUdevProperty(std::string_view text, std::string_view key);
 
-/// Undoes the "\xHH" escapes that rules put into *_ENC values and names of partitions; what is no such escape
-/// stays as it is.
+/// Decodes the "\xHH" escapes of *_ENC values and partition names. Malformed escapes are kept.
 std::string DecodeUdevEscapes(std::string_view text);
 
 }  // namespace NVORHOST

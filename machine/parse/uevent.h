@@ -1,4 +1,4 @@
-// The uevent attribute of sysfs devices.
+// Parses the uevent attribute of devices in sysfs.
 #pragma once
 
 #include <optional>
@@ -6,7 +6,7 @@
 
 namespace NVORHOST {
 
-/// The value of the line "KEY=value", as a part of `text`; the first such line counts. Absent without one.
+/// Returns the value of the first line "KEY=value" as a part of `text`; nullopt without one.
 std::optional<std::string_view> FindUeventValue(std::string_view text, std::string_view key);
 
 }  // namespace NVORHOST

@@ -4,13 +4,15 @@
 
 namespace NVORHOST {
 
-std::uint32_t CountUserProcesses(std::string_view bytes) {
-    constexpr std::size_t recordSize = 384;
+bool IsUserSession(std::string_view record) {
     constexpr std::uint16_t userProcess = 7;
-    const TByteView view(bytes);
+    return TByteView(record).GetWord(0) == userProcess;
+}
+
+std::uint32_t CountUserProcesses(std::string_view bytes) {
     std::uint32_t count = 0;
-    for (std::size_t start = 0; start + recordSize <= view.GetSize(); start += recordSize) {
-        count += view.GetWord(start) == userProcess ? 1U : 0U;
+    for (; bytes.size() >= utmpRecordBytes; bytes.remove_prefix(utmpRecordBytes)) {
+        count += IsUserSession(bytes) ? 1U : 0U;
     }
     return count;
 }

@@ -11,7 +11,6 @@
 #include <array>
 
 namespace NVORHOST {
-
 namespace {
 
 // ---- words
@@ -110,7 +109,7 @@ constexpr std::string_view offsetLine = "UtcOffsetMinutes";
 constexpr std::string_view addressesLine = "InterfaceAddresses";
 constexpr std::string_view addressLine = "InterfaceAddress";
 
-// Calls `visit` with the name and the member of every answer that is one word.
+// Calls `visit` with the name and the member of every answer that is a single word.
 template <typename TAnswers, typename TVisit>
 void ForEachWordAnswer(TAnswers& answers, TVisit&& visit) {
     visit("LocalTime", answers.localTime);

@@ -1,5 +1,5 @@
-// What a captured tree keeps beside its files: the answers of system calls, and which files refused to be
-// read. One text file at the top of the tree, so that people can review it.
+// The part of a capture that is not files: the answers of system calls and the failed accesses. It is one
+// text file at the top of the tree, so that people can review it.
 #pragma once
 
 #include "machine/system/system_calls.h"
@@ -15,39 +15,39 @@
 
 namespace NVORHOST {
 
-/// Where the answers stand in a captured tree.
+/// Path of the answers in a captured tree.
 inline constexpr std::string_view captureAnswersPath = "/noxinfo-system.txt";
 
-/// The ways to look at a path.
+/// The kinds of access to a path.
 enum class EAccess { read, list, readLink, exists };
 
 struct TPathAccess {
     EAccess access;
-    std::string path;  ///< as it was asked for
+    std::string path;  ///< as passed to the access
 
     auto operator<=>(const TPathAccess&) const = default;
 };
 
 struct TCaptureAnswers {
-    std::optional<std::string> localTime;  ///< of the capture, as a CIM date-time
+    std::optional<std::string> localTime;  ///< time of the capture, as a CIM date-time
     std::optional<std::string> kernelRelease, nodeName, architecture, hypervisorSignature;
     std::optional<std::uint32_t> pageSizeBytes, clockTicksPerSecond;
-    std::map<std::int64_t, int> utcOffsetMinutes;  ///< by the moments that were asked about
+    std::map<std::int64_t, int> utcOffsetMinutes;  ///< by moment
     std::optional<std::vector<TInterfaceAddress>> interfaceAddresses;
-    /// Accesses that ended otherwise than the tree's own files let them end.
+    /// Failed accesses whose outcome does not follow from the files of the tree.
     std::map<TPathAccess, EReadStatus> refusals;
 };
 
-/// One line for each answer. Bytes that would break a line or a word are written as "%hh".
+/// Writes one line for each answer. Bytes that would end a line or a word become "%hh".
 std::string FormatCaptureAnswers(const TCaptureAnswers& answers);
 
-/// Lines of another form are skipped, so that an older program reads what a newer one wrote.
+/// Skips malformed and unknown lines, so that an older program can read the captures of a newer one.
 TCaptureAnswers ParseCaptureAnswers(std::string_view text);
 
-/// Adds to `answers` what `more` holds; where both have a single value, that of `more` replaces it.
+/// Adds `more` to `answers`. If both have a single-valued answer, that of `more` replaces it.
 void MergeCaptureAnswers(const TCaptureAnswers& more, TCaptureAnswers& answers);
 
-/// Of the tree behind `files`; ok with nothing in it when the tree keeps none.
+/// Reads the answers of the tree in `files`; ok and empty if the tree has none.
 TReadResult<TCaptureAnswers> ReadCaptureAnswers(const ISystemFiles& files);
 
 }  // namespace NVORHOST

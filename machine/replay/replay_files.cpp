@@ -1,7 +1,6 @@
 #include "machine/replay/replay_files.h"
 
 namespace NVORHOST {
-
 namespace {
 
 template <typename T>

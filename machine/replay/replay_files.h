@@ -1,4 +1,5 @@
-// The files of a captured tree. What was denied on the machine is denied again, whoever reads the tree.
+// The files of a captured tree. An access that was denied on the machine is denied again, regardless of the
+// user who reads the tree.
 #pragma once
 
 #include "machine/replay/capture_answers.h"
@@ -19,7 +20,7 @@ class TReplayFiles final : public ISystemFiles {
     bool Exists(std::string_view path) const override;
 
   private:
-    /// ok when nothing is kept of such an access.
+    /// Returns the failure that was captured for the access; ok if there is none.
     EReadStatus FindRefusal(EAccess access, std::string_view path) const;
 
     const ISystemFiles& files_;

@@ -3,7 +3,6 @@
 #include <string_view>
 
 namespace NVORHOST {
-
 namespace {
 
 std::optional<std::string> ReadLine(const ISystemFiles& files, std::string_view path) {

@@ -1,5 +1,4 @@
-// What a captured tree holds of the answers that a live system gives through system calls. Nothing of the
-// machine that reads the tree shows through.
+// Answers of system calls from a captured tree. The machine that reads the tree has no influence on them.
 #pragma once
 
 #include "machine/replay/capture_answers.h"
@@ -10,21 +9,21 @@ namespace NVORHOST {
 
 class TReplaySystemCalls final : public ISystemCalls {
   public:
-    /// Takes the answers that `files` keeps; `files` must outlive this object.
+    /// Reads the answers in `files`, which must outlive this object.
     explicit TReplaySystemCalls(const ISystemFiles& files)
         : files_(files), answers_(ReadCaptureAnswers(files)) {}
 
     const TCaptureAnswers& GetAnswers() const { return answers_.value; }
-    /// Path and cause when the tree keeps answers that cannot be read; else empty.
+    /// Returns the path and the cause if the tree has answers that cannot be read; empty otherwise.
     const std::string& GetAnswersError() const { return answers_.error; }
 
-    // A tree from elsewhere, without such answers, has some of them among its files.
+    // A tree that another tool copied has no answers, but has some of them in its files.
 
-    /// Else /proc/sys/kernel/osrelease.
+    /// Falls back to /proc/sys/kernel/osrelease.
     std::optional<std::string> KernelRelease() const override;
-    /// Else /proc/sys/kernel/hostname, else /etc/hostname.
+    /// Falls back to /proc/sys/kernel/hostname, then to /etc/hostname.
     std::optional<std::string> NodeName() const override;
-    /// Else /proc/sys/kernel/arch.
+    /// Falls back to /proc/sys/kernel/arch.
     std::optional<std::string> Architecture() const override;
 
     std::optional<std::uint32_t> PageSizeBytes() const override { return answers_.value.pageSizeBytes; }
@@ -34,7 +33,7 @@ class TReplaySystemCalls final : public ISystemCalls {
     std::optional<std::string> HypervisorSignature() const override {
         return answers_.value.hypervisorSignature;
     }
-    /// Of the moments that were asked about on the machine, no others.
+    /// Absent for a moment whose offset was not captured.
     std::optional<int> UtcOffsetMinutes(std::int64_t secondsSinceEpoch) const override;
     std::optional<std::vector<TInterfaceAddress>> InterfaceAddresses() const override {
         return answers_.value.interfaceAddresses;

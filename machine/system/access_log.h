@@ -1,4 +1,4 @@
-// Passes every access on and remembers how it ended: which files a collection read, and which it was denied.
+// Forwards every access and logs its outcome: the files that a collection read, and those that it was denied.
 #pragma once
 
 #include "machine/system/system_files.h"
@@ -10,11 +10,11 @@ namespace NVORHOST {
 
 class TAccessLog final : public ISystemFiles {
   public:
-    /// One access; an `Exists` counts as ok or notFound.
+    /// One access; `Exists` is logged as ok or notFound.
     struct TAccess {
         std::string path;
         EReadStatus status;
-        int cause = 0;  ///< as of TReadResult
+        int cause = 0;  ///< errno, as in TReadResult
     };
 
     /// `files` must outlive this object.
@@ -26,7 +26,7 @@ class TAccessLog final : public ISystemFiles {
     TReadResult<std::string> ReadLink(std::string_view path) const override;
     bool Exists(std::string_view path) const override;
 
-    /// Every access since the last call, in the order they were made; the record starts anew.
+    /// Removes the accesses since the last call from the log and returns them in order.
     std::vector<TAccess> TakeAccesses();
 
   private:
@@ -34,7 +34,7 @@ class TAccessLog final : public ISystemFiles {
     TReadResult<T> Record(std::string_view path, TReadResult<T> result) const;
 
     const ISystemFiles& files_;
-    mutable std::vector<TAccess> accesses_;  // reading does not change the machine, only what is known of it
+    mutable std::vector<TAccess> accesses_;  // reading is const: it changes the log, not the machine
 };
 
 }  // namespace NVORHOST

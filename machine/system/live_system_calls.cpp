@@ -20,7 +20,6 @@
 #endif
 
 namespace NVORHOST {
-
 namespace {
 
 std::optional<utsname> ReadUname() {
@@ -31,7 +30,7 @@ std::optional<utsname> ReadUname() {
     return names;
 }
 
-// 0 is what getauxval answers for an entry the kernel did not pass.
+// getauxval returns 0 for an entry that the kernel did not pass.
 std::optional<std::uint32_t> ReadAuxiliaryValue(unsigned long type) {
     const unsigned long value = getauxval(type);
     return value == 0 ? std::nullopt : std::optional(static_cast<std::uint32_t>(value));
@@ -42,12 +41,12 @@ std::string BytesOf(const TAddress& address) {
     return {reinterpret_cast<const char*>(&address), sizeof(address)};  // NOLINT(*-reinterpret-cast)
 }
 
-// Empty for addresses of other families.
+// Returns the bytes of the address; empty for addresses of other families.
 std::string AddressOf(const sockaddr* address) {
     if (address == nullptr) {
         return {};
     }
-    // The family says what the structure really is.
+    // The family determines the type of the structure.
     switch (address->sa_family) {
         case AF_INET:
             return BytesOf(reinterpret_cast<const sockaddr_in*>(address)->sin_addr);  // NOLINT(*-cast)
@@ -58,7 +57,7 @@ std::string AddressOf(const sockaddr* address) {
     }
 }
 
-// An IPv4 address may carry a label of its own, "eth0:1".
+// Returns the name of the interface in a label such as "eth0:1", which an IPv4 address may have.
 std::string InterfaceOf(std::string_view label) {
     return std::string(label.substr(0, label.find(':')));
 }
@@ -100,7 +99,7 @@ std::optional<std::string> TLiveSystemCalls::HypervisorSignature() const {
         (registers[2] & runsUnderHypervisor) == 0) {
         return std::nullopt;
     }
-    // __get_cpuid refuses this leaf, since it lies above the processor's own highest one.
+    // __get_cpuid rejects this leaf because it is above the highest basic leaf.
     __cpuid(0x40000000U, registers[0], registers[1], registers[2], registers[3]);
     std::array<char, 13> signature{};
     std::memcpy(signature.data(), &registers[1], 12);

@@ -1,4 +1,4 @@
-// The running system's own answers.
+// Answers of the running system.
 #pragma once
 
 #include "machine/system/system_calls.h"
@@ -13,9 +13,10 @@ class TLiveSystemCalls final : public ISystemCalls {
     std::optional<std::uint32_t> PageSizeBytes() const override;
     std::optional<std::uint32_t> ClockTicksPerSecond() const override;
     std::optional<std::string> HypervisorSignature() const override;
-    /// By the process's time zone (TZ, else /etc/localtime).
+    /// Uses the time zone of the process: TZ, or else /etc/localtime.
     std::optional<int> UtcOffsetMinutes(std::int64_t secondsSinceEpoch) const override;
-    /// getifaddrs(3).
+    /// Calls getifaddrs(3).
+    /// Errors: throws TResourcesExhausted without descriptors or memory.
     std::optional<std::vector<TInterfaceAddress>> InterfaceAddresses() const override;
 };
 

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 namespace NVORHOST {
-
 namespace {
 
 bool MatchesName(std::string_view pattern, std::string_view name) {
@@ -23,7 +22,7 @@ bool MatchesName(std::string_view pattern, std::string_view name) {
     return false;
 }
 
-// Takes the slash and the name that a path begins with off it.
+// Removes the slash and the name at the start of `path` and returns the name.
 std::string_view TakeName(std::string_view& path) {
     path.remove_prefix(1);
     const std::string_view name = path.substr(0, path.find('/'));

@@ -1,12 +1,12 @@
-// Families of paths, as people write them.
+// Patterns of paths.
 #pragma once
 
 #include <string_view>
 
 namespace NVORHOST {
 
-/// True when `path` is one that `pattern` stands for: in it, "*" stands for any part of one name, also an
-/// empty one, and a name "**" for any number of names, also none.
+/// True if `path` matches `pattern`, in which "*" matches any part of one name, including the empty part, and
+/// a name "**" matches any number of names, including none.
 bool MatchesPathPattern(std::string_view pattern, std::string_view path);
 
 }  // namespace NVORHOST

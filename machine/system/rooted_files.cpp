@@ -18,12 +18,11 @@
 #include <utility>
 
 namespace NVORHOST {
-
 namespace {
 
 constexpr char notRegular[] = "not a regular file";
 
-// A link of /proc that leads to nothing a path can name is refused by the resolver with ELOOP: `failed`.
+// The resolver refuses links of /proc without a path as target with ELOOP, which counts as `failed`.
 EReadStatus StatusOf(int error) {
     switch (error) {
         case ENOENT:
@@ -37,8 +36,8 @@ EReadStatus StatusOf(int error) {
     }
 }
 
-// Attributes of the kernel stand there for every device of a kind. Reading one that this device has no value
-// for (a disk without a world-wide name, an interface without a speed), or whose device has gone, ends so.
+// True for the errors of reading an attribute that exists for every device of a kind but has no value for
+// this one (a disk without a world-wide name, an interface without a speed), or whose device has gone.
 bool IsWithoutValue(int error) {
     constexpr int errors[] = {EINVAL, ENXIO, ENODATA, EOPNOTSUPP, ENODEV};
     return std::ranges::find(errors, error) != std::end(errors);
@@ -65,9 +64,9 @@ TReadResult<T> Refusal(std::string_view path, const char* reason) {
     return {EReadStatus::failed, T{}, std::string(path) + ": " + reason};
 }
 
-// Grows `bytes` until the end of the file or `limit`. False with errno set when a read fails.
+// Appends to `bytes` up to the end of the file or to `limit`. Returns false with errno set if a read fails.
 bool ReadUpTo(const TFileDescriptor& file, std::size_t limit, std::string& bytes) {
-    // Attributes of sysfs are at most a page, files of /proc come in pages; most files are a few bytes.
+    // Attributes of sysfs are at most a page, files of /proc come in pages, and most files have a few bytes.
     std::array<char, std::size_t{16} << 10> block;  // NOLINT(*-member-init): read fills it
     while (bytes.size() < limit) {
         const ssize_t got = read(file.Get(), block.data(), std::min(block.size(), limit - bytes.size()));
@@ -87,7 +86,7 @@ struct TCloseDir {
 };
 using TFolder = std::unique_ptr<DIR, TCloseDir>;
 
-// File systems that the kernel makes up, and the marks by which statfs(2) tells them.
+// File systems of the kernel, and their types in statfs(2).
 struct TKernelFileSystem {
     std::string_view prefix;
     decltype(statfs::f_type) type;
@@ -142,16 +141,16 @@ TFileDescriptor TRootedFiles::Open(std::string_view path, int flags) const {
         return OpenInRootByWalk(rootFolder_.Get(), path, flags);
     }
     TFileDescriptor opened = OpenInRootByKernel(rootFolder_.Get(), path, flags);
-    // EPERM: filters of system calls answer so for calls they do not know. EAGAIN: something else on the
-    // system was renamed just now, and the kernel cannot say for sure where a ".." of a link led.
+    // System call filters return EPERM for unknown calls. The kernel returns EAGAIN if a concurrent rename
+    // makes the target of a ".." uncertain.
     if (!opened.IsOpen() && (errno == ENOSYS || errno == EPERM || errno == EAGAIN)) {
         return OpenInRootByWalk(rootFolder_.Get(), path, flags);
     }
     return opened;
 }
 
-// Files that these file systems hold themselves are no device nodes and no fifos, so they can be opened at
-// once: a collection opens hundreds of them. What is mounted over them is no file of theirs.
+// Files of sysfs and procfs are never device nodes or fifos, so they can be opened without a check: a
+// collection opens hundreds of them. Files of a file system mounted over them are not opened this way.
 TFileDescriptor TRootedFiles::OpenKernelFile(std::string_view path) const {
     for (const TKernelFolder& kernel : kernelFolders_) {
         if (path.starts_with(kernel.prefix)) {
@@ -170,8 +169,8 @@ TReadResult<TFileDescriptor> TRootedFiles::OpenRegularFile(std::string_view path
     if (errno == ENOENT || errno == EACCES) {
         return Failure<TFileDescriptor>(path, errno);
     }
-    // Opening a device node or a fifo can already act on it, so the kind is looked at through a descriptor
-    // that only names the file, and that very file is then opened.
+    // Opening a device node or a fifo may have side effects. So the kind of file is checked through an O_PATH
+    // descriptor, and then that same file is opened.
     const TFileDescriptor named = Open(path, O_PATH);
     if (!named.IsOpen()) {
         return Failure<TFileDescriptor>(path, errno);
@@ -243,7 +242,7 @@ TReadResult<std::vector<std::string>> TRootedFiles::List(std::string_view path) 
     return {EReadStatus::ok, std::move(names), {}};
 }
 
-// The length of the target, or -1 with the reason in errno: EINVAL for what is no link.
+// Returns the length of the target, or -1 with the cause in errno: EINVAL for a file that is not a link.
 ssize_t TRootedFiles::ReadTarget(std::string_view path, char* target, std::size_t size) const {
     if (IsLive()) {
         return readlink(std::string(path).c_str(), target, size);
@@ -254,7 +253,7 @@ ssize_t TRootedFiles::ReadTarget(std::string_view path, char* target, std::size_
     }
     const ssize_t length = readlinkat(link.Get(), "", target, size);
     if (length < 0 && errno == ENOENT) {
-        errno = EINVAL;  // what an empty path answers for a descriptor that is no link
+        errno = EINVAL;  // readlinkat with an empty path fails so for a file that is not a link
     }
     return length;
 }

@@ -10,21 +10,21 @@
 
 namespace NVORHOST {
 
-/// How paths are resolved below the root.
+/// The resolution of paths below the root.
 enum class EPathResolution {
-    automatic,  ///< plainly when the root is "/", else by the kernel where it can, else by walking
-    walk,       ///< always name by name, as on kernels without openat2
+    automatic,  ///< directly for the root "/"; else with openat2, or by walking if the kernel lacks it
+    walk,       ///< name by name, as on kernels without openat2
 };
 
 class TRootedFiles final : public ISystemFiles {
   public:
-    /// `root` is a folder of the running system: "/" or the top of a captured tree. A folder that cannot be
-    /// opened makes every access end with its reason.
+    /// `root` is a folder of the running system: "/" or the top of a captured tree. If it cannot be opened,
+    /// every access fails with that error.
     explicit TRootedFiles(std::string root, EPathResolution resolution = EPathResolution::automatic);
 
-    /// What stands in for "/".
+    /// Returns the folder that takes the place of "/".
     const std::string& GetRoot() const { return root_; }
-    /// Why the root itself cannot be opened, as errno; 0 when it is open. Every access fails like that.
+    /// Returns the errno of opening the root; 0 if it is open.
     int GetRootError() const { return rootError_; }
 
     TReadResult<std::string> ReadText(std::string_view path) const override;
@@ -34,7 +34,7 @@ class TRootedFiles final : public ISystemFiles {
     bool Exists(std::string_view path) const override;
 
   private:
-    // The top of a file system that the kernel makes up.
+    // The top folder of a file system of the kernel, sysfs or procfs.
     struct TKernelFolder {
         std::string_view prefix;  // "/sys/"
         TFileDescriptor folder;

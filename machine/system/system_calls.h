@@ -1,5 +1,5 @@
-// The answers of system calls that collectors need beside files. A captured tree has no live answers, so each
-// one may be absent.
+// Answers of system calls that collectors need in addition to files. Each may be absent, because a captured
+// tree has no live answers.
 #pragma once
 
 #include <cstdint>
@@ -19,20 +19,20 @@ class ISystemCalls {
   public:
     virtual ~ISystemCalls() = default;
 
-    /// uname(2) release, nodename and machine.
+    /// Release, nodename and machine of uname(2).
     virtual std::optional<std::string> KernelRelease() const = 0;
     virtual std::optional<std::string> NodeName() const = 0;
     virtual std::optional<std::string> Architecture() const = 0;
-    /// Bytes of a page, AT_PAGESZ.
+    /// Size of a page in bytes, AT_PAGESZ.
     virtual std::optional<std::uint32_t> PageSizeBytes() const = 0;
-    /// Ticks in a second of /proc's clock fields, AT_CLKTCK.
+    /// Ticks per second of the clock fields in /proc, AT_CLKTCK.
     virtual std::optional<std::uint32_t> ClockTicksPerSecond() const = 0;
-    /// The 12-byte signature of CPUID leaf 40000000h when the processor says it runs under a hypervisor;
-    /// trailing zero bytes are left out.
+    /// The 12-byte signature of CPUID leaf 40000000h without trailing zeros; absent if the processor reports
+    /// no hypervisor.
     virtual std::optional<std::string> HypervisorSignature() const = 0;
-    /// Minutes east of UTC that local time was ahead at a moment (seconds since 1970-01-01 UTC).
+    /// Difference between local time and UTC, in minutes east, at a moment in seconds since 1970-01-01 UTC.
     virtual std::optional<int> UtcOffsetMinutes(std::int64_t secondsSinceEpoch) const = 0;
-    /// Every IPv4 and IPv6 address of every interface, in any order.
+    /// All IPv4 and IPv6 addresses of all interfaces, in no particular order.
     virtual std::optional<std::vector<TInterfaceAddress>> InterfaceAddresses() const = 0;
 };
 

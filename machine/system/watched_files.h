@@ -1,5 +1,5 @@
-// The machine's files with a witness: another process can see which access is under way, and accesses that
-// are known never to return are not tried again.
+// Makes accesses observable: another process can see which access is under way, and accesses that never
+// returned are not repeated.
 #pragma once
 
 #include "machine/system/access_place.h"
@@ -11,13 +11,14 @@
 
 namespace NVORHOST {
 
-/// Paths that have not answered within the time of the run, as they were asked for.
+/// Paths whose accesses did not return in time, as passed to the access.
 using TUnansweredPaths = std::set<std::string, std::less<>>;
 
 class TWatchedFiles final : public ISystemFiles {
   public:
-    /// Every access to one of `unanswered` ends at once as `timedOut`. All three must outlive this object.
-    /// `hidden` is the path of an entry that lists leave out, for the process that looks; empty: none.
+    /// Every access to a path in `unanswered` ends at once as `timedOut`. `files`, `place` and `unanswered`
+    /// must outlive this object. Lists leave out the entry with the path `hidden`, which is that of the
+    /// observing process; empty for none.
     TWatchedFiles(const ISystemFiles& files, TAccessPlace& place, const TUnansweredPaths& unanswered,
                   std::string hidden = {})
         : files_(files), place_(place), unanswered_(unanswered), hidden_(std::move(hidden)) {}
@@ -26,10 +27,10 @@ class TWatchedFiles final : public ISystemFiles {
     TReadResult<std::string> ReadBytes(std::string_view path, std::size_t maxBytes) const override;
     TReadResult<std::vector<std::string>> List(std::string_view path) const override;
     TReadResult<std::string> ReadLink(std::string_view path) const override;
-    /// False for an unanswered path, which GetTimedOut tells apart from a missing one.
+    /// Returns false for an unanswered path, which then is in GetTimedOut.
     bool Exists(std::string_view path) const override;
 
-    /// The unanswered paths that were asked for again so far.
+    /// Returns the unanswered paths that were accessed again so far.
     const TUnansweredPaths& GetTimedOut() const { return timedOut_; }
 
   private:
@@ -41,7 +42,7 @@ class TWatchedFiles final : public ISystemFiles {
     TAccessPlace& place_;
     const TUnansweredPaths& unanswered_;
     std::string hidden_;
-    mutable TUnansweredPaths timedOut_;  // asking does not change the machine
+    mutable TUnansweredPaths timedOut_;  // reading is const: it does not change the machine
 };
 
 }  // namespace NVORHOST

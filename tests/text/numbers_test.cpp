@@ -5,7 +5,7 @@
 namespace NVORHOST {
 namespace {
 
-TEST(ParseNumber, TakesTheWholeTokenOrNothing) {
+TEST(ParseNumber, AcceptsWholeTokensOnly) {
     EXPECT_EQ(ParseNumber<std::uint32_t>("42"), 42U);
     EXPECT_EQ(ParseNumber<std::uint32_t>(" 42\n"), 42U);
     EXPECT_EQ(ParseNumber<std::uint32_t>("42 kB"), std::nullopt);
@@ -17,7 +17,7 @@ TEST(ParseNumber, TakesTheWholeTokenOrNothing) {
     EXPECT_EQ(ParseNumber<std::uint32_t>(" \n"), std::nullopt);
 }
 
-TEST(ParseNumber, KeepsToTheRangeOfItsType) {
+TEST(ParseNumber, RejectsNumbersOutOfRange) {
     EXPECT_EQ(ParseNumber<std::uint8_t>("255"), 255);
     EXPECT_EQ(ParseNumber<std::uint8_t>("256"), std::nullopt);
     EXPECT_EQ(ParseNumber<std::uint32_t>("-1"), std::nullopt);
@@ -26,7 +26,7 @@ TEST(ParseNumber, KeepsToTheRangeOfItsType) {
     EXPECT_EQ(ParseNumber<std::uint64_t>("18446744073709551616"), std::nullopt);
 }
 
-TEST(ParseHexNumber, TakesDigitsWithAndWithoutPrefix) {
+TEST(ParseHexNumber, AcceptsDigitsWithAndWithoutAPrefix) {
     EXPECT_EQ(ParseHexNumber<std::uint16_t>("0x8086\n"), 0x8086);
     EXPECT_EQ(ParseHexNumber<std::uint16_t>("1aF4"), 0x1AF4);
     EXPECT_EQ(ParseHexNumber<std::uint16_t>("0x10000"), std::nullopt);

@@ -7,7 +7,7 @@ namespace {
 
 constexpr char mark[] = "\xEF\xBF\xBD";
 
-TEST(ToPrintableText, LeavesPlainTextAsItIs) {
+TEST(ToPrintableText, KeepsPlainText) {
     const auto result = ToPrintableText("Xeon(R) & <Co> \"E5\"");
     EXPECT_EQ(result.text, "Xeon(R) & <Co> \"E5\"");
     EXPECT_EQ(result.replacements, 0U);
@@ -19,7 +19,7 @@ TEST(ToPrintableText, TrimsBlanksLineEndsAndPadding) {
     EXPECT_EQ(ToPrintableText("").text, "");
 }
 
-TEST(ToPrintableText, TurnsTabsAndLineEndsInsideIntoBlanks) {
+TEST(ToPrintableText, ReplacesInnerTabsAndLineEndsByBlanks) {
     const auto result = ToPrintableText("a\tb\nc");
     EXPECT_EQ(result.text, "a b c");
     EXPECT_EQ(result.replacements, 0U);
@@ -31,13 +31,13 @@ TEST(ToPrintableText, KeepsWellFormedUtf8OfEveryLength) {
     EXPECT_EQ(ToPrintableText(text).replacements, 0U);
 }
 
-TEST(ToPrintableText, MarksEveryByteThatIsNoCharacter) {
+TEST(ToPrintableText, ReplacesMalformedBytes) {
     const auto result = ToPrintableText("a\xFFz\x80");
     EXPECT_EQ(result.text, std::string("a") + mark + "z" + mark);
     EXPECT_EQ(result.replacements, 2U);
 }
 
-TEST(ToPrintableText, MarksControlCharactersAndNulInside) {
+TEST(ToPrintableText, ReplacesInnerControlCharactersAndNuls) {
     EXPECT_EQ(ToPrintableText(std::string_view("a\0b", 3)).text, std::string("a") + mark + "b");
     EXPECT_EQ(ToPrintableText("a\x1B[b\x7F").text, std::string("a") + mark + "[b" + mark);
     EXPECT_EQ(ToPrintableText("a\xC2\x85"
@@ -50,7 +50,7 @@ TEST(ToPrintableText, MarksControlCharactersAndNulInside) {
               2U);
 }
 
-TEST(ToPrintableText, RefusesOverlongFormsSurrogatesAndWhatLiesBehindTheLastCharacter) {
+TEST(ToPrintableText, ReplacesOverlongFormsSurrogatesAndCodesAboveTheLast) {
     EXPECT_EQ(ToPrintableText("\xC0\xAF").replacements, 2U);
     EXPECT_EQ(ToPrintableText("\xE0\x80\xAF").replacements, 3U);
     EXPECT_EQ(ToPrintableText("\xED\xA0\x80").replacements, 3U);
@@ -58,11 +58,11 @@ TEST(ToPrintableText, RefusesOverlongFormsSurrogatesAndWhatLiesBehindTheLastChar
     EXPECT_EQ(ToPrintableText("\xF5\x80\x80\x80").replacements, 4U);
 }
 
-TEST(ToPrintableText, MarksATornSequence) {
+TEST(ToPrintableText, ReplacesATruncatedSequence) {
     EXPECT_EQ(ToPrintableText("a\xE2\x82").text, std::string("a") + mark + mark);
 }
 
-TEST(SqueezeBlanks, MakesRunsOfBlanksOneAndDropsThoseAtTheEnds) {
+TEST(SqueezeBlanks, ReplacesRunsOfBlanksByOne) {
     EXPECT_EQ(SqueezeBlanks("Kingston                       HP647647-071-HYE"), "Kingston HP647647-071-HYE");
     EXPECT_EQ(SqueezeBlanks("  a  b c   "), "a b c");
     EXPECT_EQ(SqueezeBlanks("one word"), "one word");

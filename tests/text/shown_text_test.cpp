@@ -1,4 +1,3 @@
-// Texts of foreign origin as people get to see them.
 #include "text/shown_text.h"
 
 #include <gtest/gtest.h>
@@ -16,7 +15,7 @@ TEST(ShownText, KeepsPrintableTextOfEveryScript) {
     }
 }
 
-TEST(ShownText, ShowsControlBytes) {
+TEST(ShownText, EscapesControlBytes) {
     EXPECT_EQ(MakeVisible(std::string("a\0b", 3)), "a\\x00b");
     EXPECT_EQ(MakeVisible("\x1B[31mred\x07\x7F"), "\\x1b[31mred\\x07\\x7f");
     EXPECT_EQ(MakeVisible("a\nb\r\nc\td"), "a\\nb\\r\\nc\\td");
@@ -25,25 +24,25 @@ TEST(ShownText, ShowsControlBytes) {
               "\\u009b2J");
 }
 
-TEST(ShownText, ShowsDirectionMarksAndLineSeparators) {
+TEST(ShownText, EscapesDirectionMarksAndLineSeparators) {
     EXPECT_EQ(MakeVisible("\u202A\u202B\u202C\u202D\u202E"), "\\u202a\\u202b\\u202c\\u202d\\u202e");
     EXPECT_EQ(MakeVisible("\u2066\u2067\u2068\u2069"), "\\u2066\\u2067\\u2068\\u2069");
     EXPECT_EQ(MakeVisible("\u200E\u200F\u061C"), "\\u200e\\u200f\\u061c");
     EXPECT_EQ(MakeVisible("\u2028\u2029"), "\\u2028\\u2029");
 }
 
-TEST(ShownText, KeepsTheNeighboursOfWhatItShows) {
+TEST(ShownText, KeepsTheNeighboursOfEscapedRanges) {
     const std::string neighbours = "\u00A0\u061B\u061D\u200D\u2010\u2027\u202F\u2065\u206A";
     EXPECT_EQ(MakeVisible(neighbours), neighbours);
 }
 
-TEST(ShownText, ShowsBytesThatAreNoUtf8) {
+TEST(ShownText, EscapesMalformedUtf8) {
     EXPECT_EQ(MakeVisible("\xFFx\xC3"), "\\xffx\\xc3");
     EXPECT_EQ(MakeVisible("\xE2\x80"), "\\xe2\\x80");
     EXPECT_EQ(MakeVisible("\xC0\x80\xED\xA0\x80"), "\\xc0\\x80\\xed\\xa0\\x80");
 }
 
-TEST(ShownText, DoesNotChangeTwice) {
+TEST(ShownText, IsIdempotent) {
     std::string everyByte;
     for (int byte = 0; byte < 256; ++byte) {
         everyByte += static_cast<char>(byte);

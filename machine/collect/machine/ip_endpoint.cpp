@@ -42,7 +42,7 @@ TAddresses ReadAddressesOfTree(const ISystemFiles& files) {
     TAddresses addresses;
     const auto routes = ParseIpv4Routes(files.ReadText("/proc/net/route").value);
     for (const std::string& address : ParseLocalIpv4Addresses(files.ReadText("/proc/net/fib_trie").value)) {
-        addresses.push_back({FindInterface(routes, address), address});
+        addresses.push_back({FindInterface(routes, address).value_or(""), address});
     }
     for (const TIpv6Interface& row : ParseIpv6Interfaces(files.ReadText("/proc/net/if_inet6").value)) {
         addresses.push_back({row.interface, row.address});

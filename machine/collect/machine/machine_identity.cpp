@@ -45,7 +45,8 @@ TIdentityParts FromFirmwareTexts(TFirmwareTexts texts) {
     if (!parts.manufacturer) {
         parts.manufacturer = WithoutPlaceholder(std::move(texts.boardManufacturer));
     }
-    const std::string_view kind = texts.chassisKind ? GetChassisKindName(*texts.chassisKind) : "";
+    const std::string_view kind =
+        texts.chassisKind ? FindChassisKindName(*texts.chassisKind).value_or("") : "";
     if (!kind.empty()) {
         parts.description = "Computer system, " + std::string(kind);
     }

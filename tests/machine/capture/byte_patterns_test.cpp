@@ -13,7 +13,7 @@ namespace {
 
 using TFound = std::vector<std::pair<std::size_t, std::size_t>>;
 
-// Start and owner of every match.
+// Returns start and owner of every match.
 TFound Find(const TBytePatterns& patterns, std::string_view text) {
     TFound found;
     for (const auto& match : patterns.FindAll(text)) {
@@ -31,7 +31,7 @@ TEST(BytePatterns, FindsEveryPatternAtEveryPlace) {
     EXPECT_EQ(Find(patterns, ""), TFound{});
 }
 
-TEST(BytePatterns, FindsTheLongestOfAPlaceFirst) {
+TEST(BytePatterns, ReturnsTheLongestMatchOfAPlaceFirst) {
     TBytePatterns patterns;
     patterns.Add("abcdef", 1);
     patterns.Add("abcdefgh", 2);
@@ -46,13 +46,13 @@ TEST(BytePatterns, FindsBytesOfAnyValue) {
     EXPECT_EQ(Find(patterns, "x" + bytes + "y"), (TFound{{1, 7}}));
 }
 
-TEST(BytePatterns, LeavesOutWhatIsShorterThanAWindow) {
+TEST(BytePatterns, IgnoresPatternsShorterThanAWindow) {
     TBytePatterns patterns;
     patterns.Add("abcde", 1);
     EXPECT_EQ(Find(patterns, "abcdefgh"), TFound{});
 }
 
-TEST(BytePatterns, FindsWhatAPlainSearchFinds) {
+TEST(BytePatterns, AgreesWithAPlainSearch) {
     TBytePatterns patterns;
     std::vector<std::string> all;
     for (unsigned int i = 0; i < 300; ++i) {

@@ -20,7 +20,7 @@ std::vector<std::string> Paths(const TCaptureTree& tree) {
     return paths;
 }
 
-TEST(CapturedTree, MakesTheFoldersOnTheWay) {
+TEST(CaptureTree, AddsParentFolders) {
     TCaptureTree tree;
     tree.AddFile("/sys/class/x", "1\n");
     EXPECT_THAT(Paths(tree), ElementsAre("/sys", "/sys/class", "/sys/class/x"));
@@ -29,7 +29,7 @@ TEST(CapturedTree, MakesTheFoldersOnTheWay) {
     EXPECT_EQ(tree.Find("/sys/class/y"), nullptr);
 }
 
-TEST(CapturedTree, ANameGivesWayToWhatItTurnsOutToBe) {
+TEST(CaptureTree, ReplacesANameByAFileFolderOrLink) {
     TCaptureTree tree;
     for (const char* path : {"/a", "/b", "/c", "/d"}) {
         tree.AddName(path);
@@ -45,7 +45,7 @@ TEST(CapturedTree, ANameGivesWayToWhatItTurnsOutToBe) {
     EXPECT_EQ(tree.Find("/d")->kind, EKind::folder);
 }
 
-TEST(CapturedTree, WhatIsKnownStays) {
+TEST(CaptureTree, KeepsKnownEntries) {
     TCaptureTree tree;
     tree.AddFile("/a", "text");
     tree.AddName("/a");
@@ -54,7 +54,7 @@ TEST(CapturedTree, WhatIsKnownStays) {
     EXPECT_EQ(tree.Find("/a")->bytes, "text");
 }
 
-TEST(CapturedTree, KeepsTheLongerPartOfAFile) {
+TEST(CaptureTree, KeepsTheLongerPartOfAFile) {
     TCaptureTree tree;
     tree.AddFile("/a", "te");
     tree.AddFile("/a", "text");
@@ -62,7 +62,7 @@ TEST(CapturedTree, KeepsTheLongerPartOfAFile) {
     EXPECT_EQ(tree.Find("/a")->bytes, "text");
 }
 
-TEST(CapturedTree, TheTopIsNoEntry) {
+TEST(CaptureTree, HasNoEntryForTheRoot) {
     TCaptureTree tree;
     tree.AddFolder("");
     EXPECT_TRUE(tree.GetNodes().empty());

@@ -1,4 +1,4 @@
-// Whole machines: their captures take their place, redacted ones too.
+// A capture of every test machine, also a redacted one, gives the inventory of the machine.
 #include "machine/capture/file_recorder.h"
 #include "machine/capture/redaction.h"
 #include "machine/capture/system_call_recorder.h"
@@ -53,7 +53,7 @@ TCapture CaptureMachine(const TMachine& machine, TCollected& collected) {
     return capture;
 }
 
-// As if the capture had been packed and unpacked.
+// The tree after packing and unpacking.
 TMemoryFiles Unpack(const TCapture& capture) {
     TMemoryFiles files;
     for (const auto& [path, node] : capture.tree.GetNodes()) {
@@ -89,7 +89,7 @@ std::vector<std::string> Lines(const std::string& text) {
     return lines;
 }
 
-// The name of a property in a line of namespace_text.h.
+// Returns the name of the property in a line of namespace_text.h.
 std::string PropertyOf(const std::string& line) {
     const auto dot = line.find("].");
     return line.substr(0, line.find('[')) + line.substr(dot + 1, line.find(" =") - dot - 1);
@@ -109,7 +109,7 @@ INSTANTIATE_TEST_SUITE_P(Shape, TMachineCaptureTest, testing::ValuesIn(FindShape
     return name;
 });
 
-TEST_P(TMachineCaptureTest, GivesTheNamespaceOfTheMachine) {
+TEST_P(TMachineCaptureTest, ReproducesTheNamespaceOfTheMachine) {
     TCollected original;
     TCollected captured;
     const TMachine machine = ReadMachine();
@@ -121,7 +121,7 @@ TEST_P(TMachineCaptureTest, GivesTheNamespaceOfTheMachine) {
     }
 }
 
-// Properties that name the machine or a part of it. Every other one is as it was.
+// Properties whose values may differ after redaction. All others are unchanged.
 bool MayDiffer(const std::string& property) {
     static const std::set<std::string> ends{
         ".ElementName", ".Description",      ".DeviceID",        ".SerialNumber", ".Name",
@@ -130,7 +130,7 @@ bool MayDiffer(const std::string& property) {
     return ends.contains(property.substr(property.rfind('.')));
 }
 
-TEST_P(TMachineCaptureTest, RedactedDiffersInWhatIdentifiesAlone) {
+TEST_P(TMachineCaptureTest, RedactionChangesIdentitiesOnly) {
     TCollected original;
     TCollected redacted;
     const TMachine machine = ReadMachine();
@@ -149,7 +149,7 @@ TEST_P(TMachineCaptureTest, RedactedDiffersInWhatIdentifiesAlone) {
     }
 }
 
-// "525400B20001" as the files write it, "52:54:00:B2:00:01".
+// Returns "525400B20001" in the form of the files, "52:54:00:B2:00:01".
 std::string WithColons(const std::string& digits) {
     std::string text = digits.substr(0, 2);
     for (std::size_t i = 2; i < digits.size(); i += 2) {
@@ -158,8 +158,8 @@ std::string WithColons(const std::string& digits) {
     return text;
 }
 
-// Values that identify the machine or a part of it: what the inventory says of serial numbers, UUIDs,
-// world-wide names and addresses.
+// Collects the values of the inventory that are identities: serial numbers, UUIDs, world-wide names and
+// addresses.
 std::set<std::string> FindIdentities(const TCollected& collected) {
     constexpr std::pair<const char*, const char*> properties[] = {
         {"KELSG_ComputerSystem", "SerialNumber"},
@@ -193,7 +193,7 @@ std::set<std::string> FindIdentities(const TCollected& collected) {
     return identities;
 }
 
-// Keys that say where something is; addresses and names that every machine has.
+// Keys that are positions, and addresses and names that every machine has.
 bool IsNoIdentity(const std::string& value) {
     static const std::set<std::string> common{"127.0.0.1", "::1"};
     const bool isPlace = value.starts_with("0000:");
@@ -206,7 +206,7 @@ std::string ToLower(std::string text) {
     return text;
 }
 
-TEST_P(TMachineCaptureTest, RedactedHoldsNothingThatIdentifies) {
+TEST_P(TMachineCaptureTest, RedactionLeavesNoIdentity) {
     TCollected original;
     const TMachine machine = ReadMachine();
     TCapture capture = CaptureMachine(machine, original);
@@ -216,7 +216,7 @@ TEST_P(TMachineCaptureTest, RedactedHoldsNothingThatIdentifies) {
         everything += path + "\n" + node.bytes + "\n";
     }
     everything = ToLower(everything);
-    // A host's name may be a word that stands elsewhere, too.
+    // A host name may also be an ordinary word.
     EXPECT_NE(capture.answers.nodeName, machine.calls.nodeName);
     for (const std::string& identity : FindIdentities(original)) {
         if (!IsNoIdentity(identity)) {
@@ -225,7 +225,7 @@ TEST_P(TMachineCaptureTest, RedactedHoldsNothingThatIdentifies) {
     }
 }
 
-TEST_P(TMachineCaptureTest, RedactedPassesTheSearchForWhatIsLeft) {
+TEST_P(TMachineCaptureTest, RedactionPassesTheSearchForIdentities) {
     TCollected original;
     const TMachine machine = ReadMachine();
     TCapture capture = CaptureMachine(machine, original);
@@ -234,13 +234,13 @@ TEST_P(TMachineCaptureTest, RedactedPassesTheSearchForWhatIsLeft) {
     capture.tree.AddFile(captureAnswersPath, FormatCaptureAnswers(capture.answers));
     const auto left = FindIdentityLeft(redacted, capture.tree);
     EXPECT_EQ(left ? left->path : "nothing", "nothing");
-    // The search does find what is in the tree that was not redacted.
+    // The search finds identities in the tree before its redaction.
     const bool isDistinct = std::ranges::count(redacted.identities.GetIdentities(), EIdentityReach::anywhere,
                                                &TIdentity::reach) != 0;
     EXPECT_TRUE(FindIdentityLeft(redacted, before) || !isDistinct);
 }
 
-TEST_P(TMachineCaptureTest, RedactedKeepsKeysApart) {
+TEST_P(TMachineCaptureTest, RedactionKeepsKeysUnique) {
     TCollected original;
     TCollected redacted;
     const TMachine machine = ReadMachine();

@@ -1,4 +1,3 @@
-// What a capture keeps of every way to look at a file.
 #include "machine/capture/file_recorder.h"
 
 #include "machine/capture/system_call_recorder.h"
@@ -17,11 +16,11 @@ using testing::IsEmpty;
 using testing::Pair;
 using EKind = TCaptureTree::EKind;
 
-class TCapturingFilesTest : public testing::Test {
+class FileRecorder : public testing::Test {
   protected:
     void Machine(std::string_view tree) { machine_ = ParseMachineTree(tree); }
 
-    // Kinds, targets and texts of everything kept, folders aside.
+    // Returns kind, target and text of every entry except folders.
     std::string Kept() const {
         std::string text;
         for (const auto& [path, node] : capturing_.GetTree().GetNodes()) {
@@ -46,13 +45,13 @@ class TCapturingFilesTest : public testing::Test {
     TFileRecorder capturing_{machine_.files};
 };
 
-TEST_F(TCapturingFilesTest, KeepsWhatWasReadAndNothingElse) {
+TEST_F(FileRecorder, RecordsOnlyTheFilesThatWereRead) {
     Machine("/proc/stat = btime 1\n/proc/uptime = 5\n");
     EXPECT_EQ(capturing_.ReadText("/proc/stat").value, "btime 1\n");
     EXPECT_EQ(Kept(), "/proc/stat = btime 1\n");
 }
 
-TEST_F(TCapturingFilesTest, KeepsTheLinksOnTheWay) {
+TEST_F(FileRecorder, RecordsTheLinksOnAPath) {
     Machine(
         "/sys/block/sda -> ../devices/pci/sda\n/sys/devices/pci/sda/size = 8\n"
         "/sys/devices/pci/sda/device -> ../host0\n/sys/devices/pci/host0/model = Disk\n");
@@ -65,38 +64,38 @@ TEST_F(TCapturingFilesTest, KeepsTheLinksOnTheWay) {
               "/sys/devices/pci/sda/size = 8\n");
 }
 
-TEST_F(TCapturingFilesTest, KeepsALinkThatWasReadWithoutWhereItLeads) {
+TEST_F(FileRecorder, RecordsALinkWithoutItsTarget) {
     Machine("/a/link -> ../b\n/b = text\n");
     EXPECT_EQ(capturing_.ReadLink("/a/link").value, "../b");
     EXPECT_EQ(Kept(), "/a/link -> ../b\n");
 }
 
-TEST_F(TCapturingFilesTest, FollowsAbsoluteLinksAndThoseOutOfTheTopWithinTheTree) {
+TEST_F(FileRecorder, KeepsAbsoluteAndEscapingLinksBelowTheRoot) {
     Machine("/a/absolute -> /b/file\n/a/high -> ../../../../b/file\n/b/file = text\n");
     EXPECT_EQ(capturing_.ReadText("/a/absolute").value, "text\n");
     EXPECT_EQ(capturing_.ReadText("/a/high").value, "text\n");
     EXPECT_EQ(Kept(), "/a/absolute -> /b/file\n/a/high -> ../../../../b/file\n/b/file = text\n");
 }
 
-TEST_F(TCapturingFilesTest, SurvivesLinksInACircle) {
+TEST_F(FileRecorder, EndsForALoopOfLinks) {
     Machine("/a -> b\n/b -> a\n");
     EXPECT_FALSE(capturing_.ReadText("/a/c").IsOk());
     EXPECT_EQ(Kept(), "/a -> b\n/b -> a\n");
 }
 
-TEST_F(TCapturingFilesTest, KeepsTheNamesOfAFolder) {
+TEST_F(FileRecorder, RecordsTheNamesInAFolder) {
     Machine("/proc/1/stat = s\n/proc/uptime = 5\n");
     EXPECT_THAT(capturing_.List("/proc").value, ElementsAre("1", "uptime"));
     EXPECT_EQ(Kept(), "/proc/1?\n/proc/uptime?\n");
 }
 
-TEST_F(TCapturingFilesTest, KeepsAnEmptyFolder) {
+TEST_F(FileRecorder, RecordsAnEmptyFolder) {
     Machine("/sys/bus/pci/devices/\n");
     EXPECT_THAT(capturing_.List("/sys/bus/pci/devices").value, IsEmpty());
     EXPECT_EQ(capturing_.GetTree().Find("/sys/bus/pci/devices")->kind, EKind::folder);
 }
 
-TEST_F(TCapturingFilesTest, KeepsThatSomethingExists) {
+TEST_F(FileRecorder, RecordsTheExistenceOfAPath) {
     Machine("/a = text\n");
     EXPECT_TRUE(capturing_.Exists("/a"));
     EXPECT_FALSE(capturing_.Exists("/b"));
@@ -104,7 +103,7 @@ TEST_F(TCapturingFilesTest, KeepsThatSomethingExists) {
     EXPECT_THAT(capturing_.FindRefusals(), IsEmpty());
 }
 
-TEST_F(TCapturingFilesTest, KeepsTheLongestPartOfAFileThatWasRead) {
+TEST_F(FileRecorder, RecordsTheLongestPartThatWasRead) {
     Machine("/config = abcdefgh\n");
     EXPECT_EQ(capturing_.ReadBytes("/config", 2).value, "ab");
     EXPECT_EQ(Kept(), "/config = ab\n");
@@ -115,7 +114,7 @@ TEST_F(TCapturingFilesTest, KeepsTheLongestPartOfAFileThatWasRead) {
     EXPECT_EQ(Kept(), "/config = abcdefgh\n");
 }
 
-TEST_F(TCapturingFilesTest, AnswersTwiceAlikeThoughTheMachineChanges) {
+TEST_F(FileRecorder, RepeatsItsResultsWhenTheMachineChanges) {
     Machine("/proc/meminfo = 1\n/proc/1/\n");
     (void)capturing_.ReadText("/proc/meminfo");
     (void)capturing_.List("/proc");
@@ -125,7 +124,7 @@ TEST_F(TCapturingFilesTest, AnswersTwiceAlikeThoughTheMachineChanges) {
     EXPECT_THAT(capturing_.List("/proc").value, ElementsAre("1", "meminfo"));
 }
 
-TEST_F(TCapturingFilesTest, RemembersWhatWasDeniedAndWhatFailed) {
+TEST_F(FileRecorder, RecordsDeniedAndFailedAccesses) {
     Machine("/closed !denied\n/broken !failed\n");
     (void)capturing_.ReadText("/closed");
     (void)capturing_.ReadBytes("/broken", 5);
@@ -136,7 +135,7 @@ TEST_F(TCapturingFilesTest, RemembersWhatWasDeniedAndWhatFailed) {
                             Pair(TPathAccess{EAccess::list, "/closed"}, EReadStatus::denied)));
 }
 
-TEST_F(TCapturingFilesTest, WhatIsMissingIsMissingInTheTreeToo) {
+TEST_F(FileRecorder, RecordsNothingForAMissingPath) {
     (void)capturing_.ReadText("/missing");
     (void)capturing_.List("/missing");
     (void)capturing_.ReadLink("/missing");
@@ -144,7 +143,7 @@ TEST_F(TCapturingFilesTest, WhatIsMissingIsMissingInTheTreeToo) {
     EXPECT_EQ(Kept(), "");
 }
 
-TEST_F(TCapturingFilesTest, RemembersWhatWasListedAndGoneWhenItWasRead) {
+TEST_F(FileRecorder, RecordsAFileThatVanishedAfterItWasListed) {
     Machine("/proc/17 = x\n");
     (void)capturing_.List("/proc");
     machine_.files.Remove("/proc/17");
@@ -153,7 +152,7 @@ TEST_F(TCapturingFilesTest, RemembersWhatWasListedAndGoneWhenItWasRead) {
                 ElementsAre(Pair(TPathAccess{EAccess::read, "/proc/17"}, EReadStatus::notFound)));
 }
 
-TEST(TSystemCallRecorder, KeepsTheAnswersThatWereAskedFor) {
+TEST(TSystemCallRecorder, RecordsTheAnswersOfItsCalls) {
     TFakeSystemCalls calls;
     calls.kernelRelease = "6.1";
     calls.nodeName = "server";

@@ -1,4 +1,3 @@
-// How far an identity reaches, both ways: what is distinct enough to be searched for, and what is not.
 #include "machine/capture/identities.h"
 
 #include <gtest/gtest.h>
@@ -16,9 +15,9 @@ struct TCase {
     EIdentityReach reach;
 };
 
-TEST(FindReach, FollowsFromLengthAndVarietyOfAValue) {
+TEST(FindReach, DependsOnLengthAndVarietyOfAValue) {
     constexpr TCase cases[] = {
-        // Values that are no identity in a text.
+        // Values that are too short or too common for texts.
         {"1", serialNumber, EIdentityReach::itself},
         {"42", serialNumber, EIdentityReach::itself},
         {"disk", serialNumber, EIdentityReach::itself},
@@ -29,7 +28,7 @@ TEST(FindReach, FollowsFromLengthAndVarietyOfAValue) {
         {"server", hostName, EIdentityReach::itself},
         {"a", hostName, EIdentityReach::itself},
         {"root", userName, EIdentityReach::itself},
-        // Values that any word may have, except among names.
+        // Values that may equal an ordinary word, except in names.
         {"QEMU", serialNumber, EIdentityReach::names},
         {"0001", serialNumber, EIdentityReach::names},
         {"1234567", serialNumber, EIdentityReach::names},
@@ -41,7 +40,7 @@ TEST(FindReach, FollowsFromLengthAndVarietyOfAValue) {
         {"workstation", hostName, EIdentityReach::names},
         {"t480s", hostName, EIdentityReach::names},
         {"alice", userName, EIdentityReach::names},
-        // Values that are hardly a word by chance.
+        // Values that rarely equal an ordinary word.
         {"20230517", serialNumber, EIdentityReach::words},
         {"1ABC2D3", serialNumber, EIdentityReach::words},
         {"A1B2C3", serialNumber, EIdentityReach::words},
@@ -50,7 +49,7 @@ TEST(FindReach, FollowsFromLengthAndVarietyOfAValue) {
         {"db-17.example.org", hostName, EIdentityReach::words},
         {"192.0.2.1", ipAddress, EIdentityReach::words},
         {"fd12:3456::2", ipAddress, EIdentityReach::words},
-        // Values that are no part of anything else.
+        // Values that are distinct enough for any text.
         {"1ABC2Z3", serialNumber, EIdentityReach::anywhere},
         {"S3Z9NB0K123456", serialNumber, EIdentityReach::anywhere},
         {"5000c500a1b2c3d4", worldWideName, EIdentityReach::anywhere},
@@ -68,7 +67,7 @@ TEST(DescribeCounts, NamesEachKindInOneOrder) {
               "3 serial numbers, 2 MAC addresses, 1 IP address, 1 host name");
     for (const auto kind :
          {serialNumber, assetTag, uuid, worldWideName, macAddress, ipAddress, hostName, userName}) {
-        EXPECT_EQ(DescribeCounts({{kind, 1}}), "1 " + std::string(NameOf(kind)));
+        EXPECT_EQ(DescribeCounts({{kind, 1}}), "1 " + std::string(GetKindName(kind)));
     }
 }
 

@@ -1,4 +1,3 @@
-// Identities are found in every writing that a capture could hold them in.
 #include "machine/capture/identity_search.h"
 
 #include "tests/machine/system/machine_tree.h"
@@ -16,13 +15,13 @@ class TIdentitySearchTest : public testing::Test {
   protected:
     std::string Find(const std::string& bytes, ETextContext context = ETextContext::anything) const {
         const auto kind = TIdentitySearch(texts_).Find(bytes, context);
-        return kind ? std::string(NameOf(*kind)) : "nothing";
+        return kind ? std::string(GetKindName(*kind)) : "nothing";
     }
 
     TIdentityTexts texts_{key};
 };
 
-TEST_F(TIdentitySearchTest, FindsASerialNumberInEveryWriting) {
+TEST_F(TIdentitySearchTest, FindsASerialNumberInEveryEncoding) {
     texts_.Learn("S3Z9-NB0k123");
     for (const std::string writing :
          {"S3Z9-NB0k123", "xxs3z9_nb0K123yy", "S3Z9NB0K123", "S 3 Z 9 N B 0 K 1 2 3",
@@ -64,7 +63,7 @@ TEST_F(TIdentitySearchTest, FindsAUuidInTheOrderOfFirmware) {
     EXPECT_EQ(Find("9F5C2A107B3411E98F9E2A86E4085A59"), "UUID");
 }
 
-TEST_F(TIdentitySearchTest, FindsAShortSerialNumberAsAWholeWordAlone) {
+TEST_F(TIdentitySearchTest, FindsAShortSerialNumberAsAWholeWordOnly) {
     texts_.Learn("S3Z9N0");
     EXPECT_EQ(Find("model S3Z9N0 disk"), "serial number");
     EXPECT_EQ(Find("modelS3Z9N0"), "nothing");
@@ -72,7 +71,7 @@ TEST_F(TIdentitySearchTest, FindsAShortSerialNumberAsAWholeWordAlone) {
     EXPECT_EQ(Find("model S3Z9N0 disk", ETextContext::published), "nothing");
 }
 
-TEST_F(TIdentitySearchTest, FindsANameAmongNamesAlone) {
+TEST_F(TIdentitySearchTest, FindsANameInNamesOnly) {
     texts_.LearnHostName("falcon");
     EXPECT_EQ(Find("falcon--vg-root", ETextContext::identities), "host name");
     EXPECT_EQ(Find("Falcon--vg-root", ETextContext::identities), "host name");
@@ -80,13 +79,13 @@ TEST_F(TIdentitySearchTest, FindsANameAmongNamesAlone) {
     EXPECT_EQ(Find("model Falcon 7", ETextContext::anything), "nothing");
 }
 
-TEST_F(TIdentitySearchTest, DoesNotFindTheReleaseInAHostNamedAfterIt) {
+TEST_F(TIdentitySearchTest, IgnoresTheReleaseIfAHostIsNamedAfterIt) {
     texts_.LearnHostName("debian12");
     EXPECT_EQ(Find("cpe:/o:debian:debian:12\nID=debian\nVERSION_ID=12\n", ETextContext::published),
               "nothing");
 }
 
-TEST_F(TIdentitySearchTest, DoesNotFindWhatIsTooCommon) {
+TEST_F(TIdentitySearchTest, IgnoresCommonWords) {
     for (const char* value : {"1", "disk", "0000000000", "To Be Filled By O.E.M."}) {
         texts_.Learn(value);
     }

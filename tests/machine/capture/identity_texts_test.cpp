@@ -28,7 +28,7 @@ class TIdentityTextsTest : public testing::Test {
     TIdentityTexts texts_{key};
 };
 
-TEST_F(TIdentityTextsTest, FindsFormsThatTellThemselves) {
+TEST_F(TIdentityTextsTest, FindsSelfDescribingForms) {
     for (const std::string identity :
          {"9f5c2a10-7b34-11e9-8f9e-2a86e4085a59",                         // UUID
           "9F5C2A10_7B34_11E9_8F9E_2A86E4085A59",                         // as a word of udev
@@ -45,7 +45,7 @@ TEST_F(TIdentityTextsTest, FindsFormsThatTellThemselves) {
     }
 }
 
-TEST_F(TIdentityTextsTest, KeepsTheMarksOfForms) {
+TEST_F(TIdentityTextsTest, KeepsThePrefixesOfForms) {
     EXPECT_THAT(InAnything("naa.5000c500a1b2c3d4\n"), MatchesRegex("naa\\.5[0-9a-f]{15}\n"));
     EXPECT_THAT(InAnything("eui.0025388b91b4f2c1"), MatchesRegex("eui\\.0[0-9a-f]{15}"));
     EXPECT_THAT(InAnything("wwn-0x5000c500a1b2c3d4-part1"), MatchesRegex("wwn-0x5[0-9a-f]{15}-part1"));
@@ -54,7 +54,7 @@ TEST_F(TIdentityTextsTest, KeepsTheMarksOfForms) {
     EXPECT_EQ(InAnything("enx525400b20001").substr(3), texts_.ReplaceValue("525400b20001"));
 }
 
-TEST_F(TIdentityTextsTest, KeepsWhatOnlyLooksAlike) {
+TEST_F(TIdentityTextsTest, KeepsTextsThatResembleForms) {
     for (const char* text : {"0000:00:1f.2", "pci:v00008086d00002922sv00001AF4sd00001100bc01sc06i01",
                              "0x00000000fe000000 0x00000000fe00ffff 0x0000000000040200", "6.1.0-18-amd64",
                              "usb-0:1.2:1.0", "8:0", "00:11:22", "1.2.3.4", "host0/target0:0:0/0:0:0:0",
@@ -70,7 +70,7 @@ TEST_F(TIdentityTextsTest, KeepsTheTypesOfPartitions) {
     EXPECT_EQ(InIdentities(type), type);
 }
 
-TEST_F(TIdentityTextsTest, FindsAShorterValueAsAWholeWord) {
+TEST_F(TIdentityTextsTest, FindsAShortValueAsAWholeWord) {
     texts_.Learn("S3Z9N0\n");
     const std::string pseudonym = texts_.ReplaceValue("S3Z9N0");
     EXPECT_EQ(InAnything("/dev/disk/by-id/ata-MODEL_S3Z9N0-part1"),
@@ -80,7 +80,7 @@ TEST_F(TIdentityTextsTest, FindsAShorterValueAsAWholeWord) {
     EXPECT_EQ(InAnything("S3-Z9N0"), "S3-Z9N0");
 }
 
-TEST_F(TIdentityTextsTest, FindsALongerValueInsideOfWordsAndWithOtherSeparators) {
+TEST_F(TIdentityTextsTest, FindsALongValueInsideWordsAndWithOtherSeparators) {
     texts_.Learn("S3Z9NB0K-123456");
     const std::string pseudonym = texts_.ReplaceValue("S3Z9NB0K123456");
     EXPECT_EQ(InAnything("XS3Z9NB0K123456"), "X" + pseudonym);
@@ -120,7 +120,7 @@ TEST_F(TIdentityTextsTest, FindsWorldWideNamesOfExpanders) {
     EXPECT_THAT(path, Not(HasSubstr("500605b0000272bf")));
 }
 
-TEST_F(TIdentityTextsTest, FindsTheNamesOfIscsi) {
+TEST_F(TIdentityTextsTest, FindsIscsiQualifiedNames) {
     EXPECT_THAT(
         InAnything("ip-192.0.2.7:3260-iscsi-iqn.2003-01.org.acme:disk.1f2e3d-lun-1"),
         MatchesRegex(
@@ -142,7 +142,7 @@ TEST_F(TIdentityTextsTest, FindsPortalsInEverySpelling) {
     EXPECT_EQ(InIdentities("ip-127.0.0.1:3260-iscsi-x-lun-1"), "ip-127.0.0.1:3260-iscsi-x-lun-1");
 }
 
-TEST_F(TIdentityTextsTest, AnAddressHasOnePseudonymInEverySpelling) {
+TEST_F(TIdentityTextsTest, UsesOnePseudonymForEverySpellingOfAnAddress) {
     texts_.Learn("192.168.1.70", EIdentityKind::ipAddress);
     std::string pseudonym = InAnything("192.168.1.70");
     EXPECT_NE(pseudonym, "192.168.1.70");
@@ -153,7 +153,7 @@ TEST_F(TIdentityTextsTest, AnAddressHasOnePseudonymInEverySpelling) {
     EXPECT_EQ(InAnything("192.168.1.71"), "192.168.1.71");
 }
 
-TEST_F(TIdentityTextsTest, FindsNamesThatAreNotAscii) {
+TEST_F(TIdentityTextsTest, FindsNamesOutsideAscii) {
     texts_.LearnHostName(
         "\xC3\xBC"
         "berb\xC3\xBC"
@@ -179,7 +179,7 @@ TEST_F(TIdentityTextsTest, CountsEachIdentityOnce) {
               "1 serial number, 1 asset tag, 1 world-wide name, 1 MAC address, 1 host name");
 }
 
-TEST_F(TIdentityTextsTest, FindsTheSpellingsThatOthersMakeOfAValue) {
+TEST_F(TIdentityTextsTest, FindsTheSpellingsOfUdevAndSystemd) {
     texts_.Learn("AB 12  CD");
     const std::string pseudonym = texts_.ReplaceValue("AB 12  CD");
     EXPECT_EQ(InAnything("scsi-AB_12_CD"),
@@ -195,13 +195,13 @@ TEST_F(TIdentityTextsTest, FindsTheSpellingsThatOthersMakeOfAValue) {
               "nvme.1b36-" + digits + "-51454d55-00000001");
 }
 
-TEST_F(TIdentityTextsTest, LongerValuesGoBeforeThoseTheyBeginWith) {
+TEST_F(TIdentityTextsTest, PrefersALongerValueToItsPrefix) {
     texts_.Learn("DOCK000A");
     texts_.Learn("DOCK000A-7");
     EXPECT_EQ(InAnything("DOCK000A-7"), texts_.ReplaceValue("DOCK000A-7"));
 }
 
-TEST_F(TIdentityTextsTest, ShortValuesAndPlainNumbersAreLookedForAmongIdentitiesOnly) {
+TEST_F(TIdentityTextsTest, FindsShortValuesAndPlainNumbersInIdentitiesOnly) {
     for (const char* value : {"disk1", "debian", "1234567"}) {
         texts_.Learn(value);
         EXPECT_EQ(InAnything(value), value);
@@ -209,7 +209,7 @@ TEST_F(TIdentityTextsTest, ShortValuesAndPlainNumbersAreLookedForAmongIdentities
     }
 }
 
-TEST_F(TIdentityTextsTest, PlaceholdersAreNotLearnt) {
+TEST_F(TIdentityTextsTest, IgnoresPlaceholders) {
     texts_.Learn("Not Specified");
     texts_.Learn("0123456789");
     EXPECT_EQ(InIdentities("Not Specified 0123456789"), "Not Specified 0123456789");
@@ -223,7 +223,7 @@ TEST_F(TIdentityTextsTest, FindsAHostWithAndWithoutItsDomain) {
     EXPECT_THAT(InIdentities("db-server-1.example.org"), MatchesRegex(host + "\\.[a-z]{7}\\.[a-z]{3}"));
 }
 
-TEST_F(TIdentityTextsTest, NamesThatEveryHostMayHaveStay) {
+TEST_F(TIdentityTextsTest, KeepsCommonHostNames) {
     texts_.LearnHostName("localhost");
     EXPECT_EQ(InIdentities("localhost"), "localhost");
     EXPECT_EQ(texts_.ReplaceHostName("(none)\n"), "(none)\n");

@@ -7,7 +7,7 @@
 namespace NVORHOST {
 namespace {
 
-// Key 00..0f, as in the vectors that its authors published.
+// The key of the published vectors, bytes 00 to 0f.
 constexpr std::array<std::uint64_t, 2> key{0x0706050403020100U, 0x0F0E0D0C0B0A0908U};
 
 std::string CountingBytes(std::size_t size) {
@@ -18,7 +18,7 @@ std::string CountingBytes(std::size_t size) {
     return bytes;
 }
 
-TEST(KeyedDigest, IsThatOfThePublishedVectors) {
+TEST(KeyedDigest, MatchesThePublishedVectors) {
     EXPECT_EQ(KeyedDigest(key, CountingBytes(0)), 0x726FDB47DD0E0E31U);
     EXPECT_EQ(KeyedDigest(key, CountingBytes(1)), 0x74F839C593DC67FDU);
     EXPECT_EQ(KeyedDigest(key, CountingBytes(7)), 0xAB0200F58B01D137U);

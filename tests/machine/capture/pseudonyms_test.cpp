@@ -17,7 +17,7 @@ using testing::StartsWith;
 
 constexpr TPseudonyms::TKey key{0x0123456789ABCDEFU, 0xFEDCBA9876543210U};
 
-TEST(Pseudonyms, AreAsLongAsTheOriginalAndOfTheSameKinds) {
+TEST(Pseudonyms, KeepLengthAndCharacterClasses) {
     TPseudonyms pseudonyms(key);
     const std::string serial = pseudonyms.Replace("WD-WCC4e1234 567\n");
     EXPECT_THAT(serial,
@@ -25,13 +25,13 @@ TEST(Pseudonyms, AreAsLongAsTheOriginalAndOfTheSameKinds) {
     EXPECT_NE(serial, "WD-WCC4e1234 567\n");
 }
 
-TEST(Pseudonyms, AreTheSameForTheSameOriginal) {
+TEST(Pseudonyms, AreStableForTheSameOriginal) {
     TPseudonyms pseudonyms(key);
     EXPECT_EQ(pseudonyms.Replace("EX4200042"), pseudonyms.Replace("EX4200042"));
     EXPECT_EQ(TPseudonyms(key).Replace("EX4200042"), pseudonyms.Replace("EX4200042"));
 }
 
-TEST(Pseudonyms, FollowFromTheKey) {
+TEST(Pseudonyms, DependOnTheKey) {
     EXPECT_NE(TPseudonyms({1, 2}).Replace("EX4200042"), TPseudonyms({3, 4}).Replace("EX4200042"));
     EXPECT_NE(TPseudonyms::MakeKey(), TPseudonyms::MakeKey());
 }
@@ -51,13 +51,13 @@ TEST(Pseudonyms, DoNotDependOnCaseAndSeparators) {
     EXPECT_EQ(plain, upper);
 }
 
-TEST(Pseudonyms, OfHexadecimalTextAreHexadecimal) {
+TEST(Pseudonyms, StayHexadecimalForHexadecimalTexts) {
     TPseudonyms pseudonyms(key);
     EXPECT_THAT(pseudonyms.Replace("52:54:00:b2:0f:0a"), MatchesRegex("[0-9a-f:]+"));
     EXPECT_THAT(pseudonyms.Replace("0x00ab12cd34ef"), MatchesRegex("0x[0-9a-f]+"));
 }
 
-TEST(Pseudonyms, OfWorldWideNamesKeepTheirFormat) {
+TEST(Pseudonyms, KeepTheFormatDigitOfWorldWideNames) {
     TPseudonyms pseudonyms(key);
     const std::string name = pseudonyms.Replace("5000c500a1b2c3d4");
     EXPECT_THAT(name, StartsWith("5"));
@@ -66,7 +66,7 @@ TEST(Pseudonyms, OfWorldWideNamesKeepTheirFormat) {
     EXPECT_EQ(pseudonyms.ReplaceBytes(ParseByteLine("5000c500a1b2c3d4")), ParseByteLine(name));
 }
 
-TEST(Pseudonyms, OfDifferentOriginalsDiffer) {
+TEST(Pseudonyms, DifferForDifferentOriginals) {
     TPseudonyms pseudonyms(key);
     std::set<std::string> found;
     for (int number = 0; number < 1000; ++number) {
@@ -91,7 +91,7 @@ TEST(Pseudonyms, AreNeverTheOriginal) {
     }
 }
 
-TEST(Pseudonyms, AreNotWhatIsReserved) {
+TEST(Pseudonyms, AreNeverAReservedText) {
     for (std::uint64_t seed = 0; seed < 50; ++seed) {
         TPseudonyms pseudonyms({seed, 1});
         pseudonyms.Reserve("q1");
@@ -102,12 +102,12 @@ TEST(Pseudonyms, AreNotWhatIsReserved) {
     }
 }
 
-TEST(Pseudonyms, OfBytesThatAreNotAsciiAreLetters) {
+TEST(Pseudonyms, ReplaceBytesOutsideAsciiByLetters) {
     TPseudonyms pseudonyms(key);
     EXPECT_THAT(pseudonyms.Replace("\xE6\x97\xA5-1"), MatchesRegex("[a-z]{3}-[0-9]"));
 }
 
-TEST(Pseudonyms, PlaceholdersIdentifyNobodyAndStay) {
+TEST(Pseudonyms, KeepPlaceholders) {
     TPseudonyms pseudonyms(key);
     for (const char* text : {"", "   ", "To Be Filled By O.E.M.", "Not Specified", "0123456789", "00000000",
                              "00:00:00:00:00:00", "ff:ff:ff:ff:ff:ff", "00000000-0000-0000-0000-000000000000",
@@ -116,7 +116,7 @@ TEST(Pseudonyms, PlaceholdersIdentifyNobodyAndStay) {
     }
 }
 
-TEST(Pseudonyms, OfAHostAreTheSameWithAndWithoutItsDomain) {
+TEST(Pseudonyms, AreTheSameForAHostWithAndWithoutItsDomain) {
     TPseudonyms pseudonyms(key);
     const std::string whole = pseudonyms.ReplaceHostName("db-1.example.org");
     EXPECT_THAT(whole, StartsWith(pseudonyms.ReplaceHostName("db-1") + "."));
@@ -133,7 +133,7 @@ std::string ReplaceIpv4(TPseudonyms& pseudonyms, const char* text) {
     return ReplaceText(pseudonyms, *ParseIpv4Address(text));
 }
 
-TEST(PseudonymsOfAddresses, AreAddressesAsLong) {
+TEST(PseudonymsOfAddresses, HaveTheLengthOfTheOriginalText) {
     TPseudonyms pseudonyms(key);
     const std::string address = ReplaceIpv4(pseudonyms, "192.168.1.70");
     EXPECT_THAT(address, MatchesRegex("[0-9][0-9][0-9]\\.[0-9][0-9][0-9]\\.[0-9]\\.[0-9][0-9]"));
@@ -148,7 +148,7 @@ TEST(PseudonymsOfAddresses, AreNeverTheOriginal) {
     }
 }
 
-TEST(PseudonymsOfAddresses, InOneNetworkAreInOneNetwork) {
+TEST(PseudonymsOfAddresses, KeepACommonNetwork) {
     TPseudonyms pseudonyms(key);
     const std::string network = ReplaceIpv4(pseudonyms, "192.168.1.0");
     EXPECT_THAT(network, testing::EndsWith(".0"));
@@ -157,7 +157,7 @@ TEST(PseudonymsOfAddresses, InOneNetworkAreInOneNetwork) {
     EXPECT_THAT(ReplaceIpv4(pseudonyms, "192.168.1.255"), common + "255");
 }
 
-TEST(PseudonymsOfAddresses, AreAllDifferent) {
+TEST(PseudonymsOfAddresses, AreUnique) {
     TPseudonyms pseudonyms(key);
     std::set<std::string> found;
     for (int last = 0; last < 256; ++last) {
@@ -166,7 +166,7 @@ TEST(PseudonymsOfAddresses, AreAllDifferent) {
     EXPECT_EQ(found.size(), 256U);
 }
 
-TEST(PseudonymsOfAddresses, LoopbackMulticastAndBroadcastStay) {
+TEST(PseudonymsOfAddresses, KeepLoopbackMulticastAndBroadcast) {
     TPseudonyms pseudonyms(key);
     for (const char* text : {"127.0.0.1", "0.0.0.0", "255.255.255.255", "224.0.0.1"}) {
         EXPECT_EQ(ReplaceIpv4(pseudonyms, text), text);
@@ -176,7 +176,7 @@ TEST(PseudonymsOfAddresses, LoopbackMulticastAndBroadcastStay) {
     EXPECT_EQ(ReplaceText(pseudonyms, ParseByteLine("ff020000000000000000000000000001")), "ff02::1");
 }
 
-TEST(PseudonymsOfAddresses, NoOtherAddressBecomesLoopback) {
+TEST(PseudonymsOfAddresses, AreNeverLoopbackForOtherAddresses) {
     TPseudonyms pseudonyms(key);
     for (int first = 100; first < 224; ++first) {
         const std::string text = std::to_string(first) + ".1.1.1";
@@ -186,7 +186,7 @@ TEST(PseudonymsOfAddresses, NoOtherAddressBecomesLoopback) {
     }
 }
 
-TEST(PseudonymsOfAddresses, OfIpv6KeepScopeAndLengthOfEachGroup) {
+TEST(PseudonymsOfAddresses, KeepScopeAndGroupLengthsOfIpv6) {
     TPseudonyms pseudonyms(key);
     EXPECT_THAT(ReplaceText(pseudonyms, ParseByteLine("fe800000000000005054 00ff feb20001")),
                 MatchesRegex("fe80::[0-9a-f]{4}:[0-9a-f]{2}:[0-9a-f]{4}:[0-9a-f]"));
@@ -195,7 +195,7 @@ TEST(PseudonymsOfAddresses, OfIpv6KeepScopeAndLengthOfEachGroup) {
     EXPECT_NE(unique, "fd12:3456::2");
 }
 
-TEST(PseudonymsOfAddresses, OfIpv4InsideIpv6AreThoseOfIpv4) {
+TEST(PseudonymsOfAddresses, MapIpv4InsideIpv6LikeIpv4) {
     TPseudonyms pseudonyms(key);
     EXPECT_EQ(ReplaceText(pseudonyms, ParseByteLine("00000000 00000000 0000ffff c0000211")),
               "::ffff:" + ReplaceIpv4(pseudonyms, "192.0.2.17"));

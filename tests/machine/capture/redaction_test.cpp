@@ -1,4 +1,3 @@
-// What identifies a machine is found wherever it stands in a capture.
 #include "machine/capture/redaction.h"
 
 #include "machine/capture/file_recorder.h"
@@ -52,7 +51,7 @@ class TRedactionTest : public testing::Test {
     bool isRedacted_ = false;
 };
 
-TEST_F(TRedactionTest, ASerialNumberHasOnePseudonymInFilesNamesAndLinks) {
+TEST_F(TRedactionTest, UsesOnePseudonymInFilesNamesAndLinks) {
     Add("/sys/devices/nvme0/serial", "S3Z9NB0K123456  \n");
     Add("/run/udev/data/b259:0",
         "S:disk/by-id/nvme-MODEL_S3Z9NB0K123456\nE:ID_SERIAL_SHORT=S3Z9NB0K123456\n"
@@ -68,7 +67,7 @@ TEST_F(TRedactionTest, ASerialNumberHasOnePseudonymInFilesNamesAndLinks) {
     EXPECT_EQ(Redacted("/dev/mine"), "disk/by-id/nvme-MODEL_" + pseudonym);
 }
 
-TEST_F(TRedactionTest, AShortSerialNumberLeavesWordsOfTheKernelAlone) {
+TEST_F(TRedactionTest, KeepsKernelWordsThatEqualAShortSerialNumber) {
     Add("/sys/devices/vda/serial", "disk");
     Add("/sys/devices/vda/uevent", "DEVNAME=vda\nDEVTYPE=disk\n");
     Add("/run/udev/data/b254:0", "S:disk/by-id/virtio-disk\nE:ID_SERIAL=disk\n");
@@ -78,7 +77,7 @@ TEST_F(TRedactionTest, AShortSerialNumberLeavesWordsOfTheKernelAlone) {
     EXPECT_THAT(Redacted("/run/udev/data/b254:0"), HasSubstr("E:ID_SERIAL=" + pseudonym + "\n"));
 }
 
-TEST_F(TRedactionTest, ASerialNumberLikeTheNameOfAnAttributeLeavesTheAttributeItsName) {
+TEST_F(TRedactionTest, KeepsAnAttributeNameThatEqualsASerialNumber) {
     Add("/sys/block/sda/device/vpd_pg80", std::string("\0\x80\0\x08vpd_pg80", 12));
     answers_.refusals = {{{EAccess::read, "/sys/block/sdb/device/vpd_pg80"}, EReadStatus::denied}};
     EXPECT_EQ(Redacted("/sys/block/sda/device/vpd_pg80"),
@@ -86,13 +85,13 @@ TEST_F(TRedactionTest, ASerialNumberLikeTheNameOfAnAttributeLeavesTheAttributeIt
     EXPECT_TRUE(answers_.refusals.contains({EAccess::read, "/sys/block/sdb/device/vpd_pg80"}));
 }
 
-TEST_F(TRedactionTest, AUsbDeviceWithoutSerialNumberKeepsItsModel) {
+TEST_F(TRedactionTest, KeepsTheModelOfAUsbDeviceWithoutASerialNumber) {
     const std::string record = "E:ID_VENDOR=Maker\nE:ID_MODEL=Stick_16\nE:ID_SERIAL=Maker_Stick_16\n";
     Add("/run/udev/data/b8:16", record);
     EXPECT_EQ(Redacted("/run/udev/data/b8:16"), record);
 }
 
-TEST_F(TRedactionTest, AWorldWideNameHasOnePseudonymAsTextAndAsBytes) {
+TEST_F(TRedactionTest, UsesOnePseudonymForAWorldWideNameAsTextAndAsBytes) {
     Add("/sys/devices/sda/wwid", "naa.5000c500a1b2c3d4\n");
     Add("/sys/devices/sda/vpd_pg83",
         ParseByteLine("00 83 00 34 01 03 00 08 5000c500a1b2c3d4 02 01 00 24 \"ATA     Disk Model          \" "
@@ -109,7 +108,7 @@ TEST_F(TRedactionTest, AWorldWideNameHasOnePseudonymAsTextAndAsBytes) {
               "S:disk/by-id/wwn-0x" + name + "\nS:disk/by-id/scsi-3" + name + "\nE:ID_WWN=0x" + name + "\n");
 }
 
-TEST_F(TRedactionTest, TheSerialNumberAtTheEndOfADesignatorIsFound) {
+TEST_F(TRedactionTest, FindsTheSerialNumberAtTheEndOfADesignator) {
     Add("/sys/devices/sda/vpd_pg83",
         ParseByteLine("00 83 00 20 02 01 00 1c \"ATA     Disk Model  ZA1234567890\""));
     Add("/sys/devices/sda/wwid", "t10.ATA     Disk Model  ZA1234567890\n");
@@ -118,13 +117,13 @@ TEST_F(TRedactionTest, TheSerialNumberAtTheEndOfADesignatorIsFound) {
     EXPECT_EQ(Redacted("/sys/devices/sda/wwid"), "t10.ATA     Disk Model  " + pseudonym + "\n");
 }
 
-TEST_F(TRedactionTest, ThePageOfASerialNumberKeepsItsHeader) {
+TEST_F(TRedactionTest, KeepsTheHeaderOfASerialNumberPage) {
     const std::string page = ParseByteLine("00 80 00 08 \"DOCK000A\"");
     Add("/sys/devices/sda/vpd_pg80", page);
     EXPECT_EQ(ParseVpdSerial(Redacted("/sys/devices/sda/vpd_pg80")), Pseudonym("DOCK000A"));
 }
 
-TEST_F(TRedactionTest, TheSerialNumberInsideAnNvmeNameIsFound) {
+TEST_F(TRedactionTest, FindsTheSerialNumberInAnNvmeName) {
     Add("/sys/devices/nvme0n1/wwid", "nvme.1b36-4e564d45303031-51454d55-00000001\n");
     Add("/run/udev/data/b259:0", "E:ID_WWN=nvme.1b36-4e564d45303031-51454d55-00000001\n");
     EXPECT_THAT(Redacted("/sys/devices/nvme0n1/wwid"),
@@ -133,7 +132,7 @@ TEST_F(TRedactionTest, TheSerialNumberInsideAnNvmeNameIsFound) {
     EXPECT_EQ(Redacted("/run/udev/data/b259:0"), "E:ID_WWN=" + Redacted("/sys/devices/nvme0n1/wwid"));
 }
 
-TEST_F(TRedactionTest, TheSerialNumberInsideAnNvmeNameIsFoundWithBlanksInFrontOfIt) {
+TEST_F(TRedactionTest, FindsAPaddedSerialNumberInAnNvmeName) {
     Add("/sys/devices/nvme0/serial", "          NV01A2\n");
     Add("/sys/devices/nvme0n1/wwid", "nvme.1b36-202020204e5630314132-51454d55-00000001\n");
     std::string digits;
@@ -145,7 +144,7 @@ TEST_F(TRedactionTest, TheSerialNumberInsideAnNvmeNameIsFoundWithBlanksInFrontOf
     EXPECT_EQ(Redacted("/sys/devices/nvme0/serial"), "          " + Pseudonym("NV01A2") + "\n");
 }
 
-TEST_F(TRedactionTest, TheIdentitiesOfAScsiDeviceAreFoundUnderEveryKey) {
+TEST_F(TRedactionTest, FindsIdentitiesOfAScsiDeviceUnderEveryKey) {
     Add("/run/udev/data/b8:0",
         "E:SCSI_IDENT_SERIAL=Z1D0AB12\n"
         "E:SCSI_IDENT_LUN_NAA_REG=5000c500a1b2c3d4\n"
@@ -174,13 +173,13 @@ TEST_F(TRedactionTest, TheIdentitiesOfAScsiDeviceAreFoundUnderEveryKey) {
                   Pseudonym("0c6d7e8f90a1b2c3") + "\nE:SCSI_MODEL=SAMPLE_HD_500\n");
 }
 
-TEST_F(TRedactionTest, AWorldWideNameInTheNameOfAPropertyIsReplaced) {
+TEST_F(TRedactionTest, ReplacesAWorldWideNameInAPropertyName) {
     Add("/run/udev/data/b8:0", "E:SCSI_IDENT_LUN_NAA_REG=5000c500a1b2c3d4\nE:SEEN_5000c500a1b2c3d4=1\n");
     EXPECT_THAT(Redacted("/run/udev/data/b8:0"),
                 HasSubstr("E:SEEN_" + Pseudonym("5000c500a1b2c3d4") + "=1\n"));
 }
 
-TEST_F(TRedactionTest, ExpandersAndPortsOfSasAreReplaced) {
+TEST_F(TRedactionTest, ReplacesAddressesOfSasExpandersAndPorts) {
     Add("/sys/devices/host0/sas_device/end_device-0:0/sas_address", "0x4433221101000000\n");
     Add("/sys/devices/host0/sas_host/host0/host_sas_address", "0x500605b0000272b0\n");
     Add("/run/udev/data/b8:0",
@@ -199,7 +198,7 @@ TEST_F(TRedactionTest, ExpandersAndPortsOfSasAreReplaced) {
               "0x" + Pseudonym("500605b0000272b0") + "\n");
 }
 
-TEST_F(TRedactionTest, PortalsOfIscsiHaveThePseudonymOfTheirAddress) {
+TEST_F(TRedactionTest, ReplacesIscsiPortalsByThePseudonymOfTheirAddress) {
     answers_.interfaceAddresses = {{"eth0", *ParseIpv4Address("192.168.1.70")}};
     Add("/run/udev/data/b8:0",
         "E:ID_PATH=ip-192.168.1.70:3260-iscsi-iqn.2003-01.org.acme:d1-lun-1\n"
@@ -217,7 +216,7 @@ TEST_F(TRedactionTest, PortalsOfIscsiHaveThePseudonymOfTheirAddress) {
     }
 }
 
-TEST_F(TRedactionTest, TheSerialNumberOfAUsbDeviceIsReplacedUnderBothOfItsKeys) {
+TEST_F(TRedactionTest, ReplacesTheSerialNumberOfAUsbDeviceUnderBothKeys) {
     Add("/run/udev/data/b8:16",
         "E:ID_USB_VENDOR=Maker\nE:ID_USB_MODEL=Stick\nE:ID_USB_SERIAL=Maker_Stick_4C530001\n"
         "E:ID_USB_SERIAL_SHORT=4C530001\n");
@@ -229,7 +228,7 @@ TEST_F(TRedactionTest, TheSerialNumberOfAUsbDeviceIsReplacedUnderBothOfItsKeys) 
               "E:ID_USB_VENDOR=Maker\nE:ID_USB_MODEL=Disk\nE:ID_USB_SERIAL=" + Pseudonym("7A1") + "\n");
 }
 
-TEST_F(TRedactionTest, BatteriesLoseTheirSerialNumber) {
+TEST_F(TRedactionTest, ReplacesSerialNumbersOfBatteries) {
     Add("/sys/class/power_supply/BAT0/serial_number", " 4711\n");
     Add("/sys/class/power_supply/BAT0/uevent",
         "POWER_SUPPLY_STATUS=Full\nPOWER_SUPPLY_SERIAL_NUMBER= 4711\n");
@@ -238,7 +237,7 @@ TEST_F(TRedactionTest, BatteriesLoseTheirSerialNumber) {
               "POWER_SUPPLY_STATUS=Full\nPOWER_SUPPLY_SERIAL_NUMBER= " + Pseudonym("4711") + "\n");
 }
 
-TEST_F(TRedactionTest, AShortHostNameIsReplacedInNamesOfVolumesAndUnits) {
+TEST_F(TRedactionTest, ReplacesAShortHostNameInNamesOfVolumesAndUnits) {
     answers_.nodeName = "qx";
     Add("/sys/devices/virtual/block/dm-0/dm/name", "qx--vg-root\n");
     Add("/run/udev/data/b254:0",
@@ -257,7 +256,7 @@ TEST_F(TRedactionTest, AShortHostNameIsReplacedInNamesOfVolumesAndUnits) {
     EXPECT_EQ(Redacted("/dev/" + host + "-vg/root"), "../dm-0");
 }
 
-TEST_F(TRedactionTest, SerialNumbersOfEveryFileOfTheFirmwareAreLearnt) {
+TEST_F(TRedactionTest, LearnsSerialNumbersFromEveryFirmwareFile) {
     Add("/sys/devices/virtual/dmi/id/chassis_serial", "CH4200042\n");
     Add("/sys/devices/virtual/dmi/id/board_asset_tag", "RACK7-4711\n");
     Add("/sys/devices/virtual/dmi/id/product_uuid", "9f5c2a10-7b34-11e9-8f9e-2a86e4085a59\n");
@@ -269,7 +268,7 @@ TEST_F(TRedactionTest, SerialNumbersOfEveryFileOfTheFirmwareAreLearnt) {
     }
 }
 
-TEST_F(TRedactionTest, AKernelBuiltOnTheMachineLosesUserAndHost) {
+TEST_F(TRedactionTest, ReplacesUserAndHostOfAKernelBuiltOnTheMachine) {
     answers_.nodeName = "falcon";
     const std::string rest = ") (gcc 12.2.0, GNU ld 2.40) #1 SMP falcon\n";
     Add("/proc/version", "Linux version 6.1.0 (alice@falcon" + rest);
@@ -277,7 +276,7 @@ TEST_F(TRedactionTest, AKernelBuiltOnTheMachineLosesUserAndHost) {
               "Linux version 6.1.0 (" + Pseudonym("alice") + "@" + Pseudonym("falcon") + rest);
 }
 
-TEST_F(TRedactionTest, AKernelBuiltElsewhereKeepsItsBuilder) {
+TEST_F(TRedactionTest, KeepsTheBuilderOfAKernelFromElsewhere) {
     answers_.nodeName = "debian";
     const std::string text =
         "Linux version 6.1.0 (builder@lists.example.org) (gcc (Debian 12.2.0-14) 12.2.0)\n";
@@ -285,7 +284,7 @@ TEST_F(TRedactionTest, AKernelBuiltElsewhereKeepsItsBuilder) {
     EXPECT_EQ(Redacted("/proc/version"), text);
 }
 
-TEST_F(TRedactionTest, NoPseudonymIsTheIdentityOfAnotherDevice) {
+TEST_F(TRedactionTest, NeverUsesAnIdentityAsAPseudonym) {
     for (int number = 100; number < 200; ++number) {
         const std::string digits = std::to_string(number).substr(1);
         Add("/sys/devices/" + digits + "/serial", "A" + digits + "\n");
@@ -296,7 +295,7 @@ TEST_F(TRedactionTest, NoPseudonymIsTheIdentityOfAnotherDevice) {
     }
 }
 
-TEST_F(TRedactionTest, UuidsHaveOnePseudonymWhateverTheirCase) {
+TEST_F(TRedactionTest, UsesOnePseudonymForAUuidInAnyCase) {
     Add("/sys/class/dmi/id/product_uuid", "9f5c2a10-7b34-11e9-8f9e-2a86e4085a59\n");
     Add("/sys/firmware/dmi/tables/smbios_entry_point",
         ParseByteLine("\"_SM3_\" 00 18 03 02 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00"));
@@ -329,7 +328,7 @@ TEST_F(TRedactionTest, ReplacesThePermanentAddressOfAPortEverywhere) {
     EXPECT_EQ(Redacted("/run/udev/data/n2"), "E:ID_NET_NAME_MAC=enx" + Pseudonym("525400b20001") + "\n");
 }
 
-TEST_F(TRedactionTest, InterfacesNamedByTheirAddressAreRenamedEverywhere) {
+TEST_F(TRedactionTest, RenamesInterfacesThatContainTheirAddress) {
     Add("/sys/class/net/enx525400b20001/operstate", "up\n");
     Add("/sys/class/net/enx525400b20001/address", "52:54:00:b2:00:01\n");
     answers_.interfaceAddresses = {{"enx525400b20001", *ParseIpv4Address("192.168.1.70")}};
@@ -342,7 +341,7 @@ TEST_F(TRedactionTest, InterfacesNamedByTheirAddressAreRenamedEverywhere) {
     EXPECT_EQ(answers_.refusals.begin()->first.path, "/sys/class/net/" + name + "/speed");
 }
 
-TEST_F(TRedactionTest, AddressesAndRoutesStillBelongTogether) {
+TEST_F(TRedactionTest, KeepsAddressesWithinTheirRoutes) {
     Add("/proc/self/net/fib_trie",
         "Main:\n  +-- 192.168.1.0/24 2 0 2\n     |-- 192.168.1.70\n        /32 host LOCAL\n");
     Add("/proc/self/net/route",
@@ -357,7 +356,7 @@ TEST_F(TRedactionTest, AddressesAndRoutesStillBelongTogether) {
     EXPECT_THAT(Redacted("/proc/self/net/route"), HasSubstr("\t00FFFFFF\t"));
 }
 
-TEST_F(TRedactionTest, Ipv6AddressesKeepTheirColumns) {
+TEST_F(TRedactionTest, KeepsTheColumnsOfIpv6Addresses) {
     Add("/proc/self/net/if_inet6",
         "00000000000000000000000000000001 01 80 10 80       lo\n"
         "fe80000000000000505400fffeb20001 02 40 20 80   enp2s0\n");
@@ -366,7 +365,7 @@ TEST_F(TRedactionTest, Ipv6AddressesKeepTheirColumns) {
     EXPECT_THAT(text, Not(HasSubstr("505400fffeb20001")));
 }
 
-TEST_F(TRedactionTest, HostNamesAreReplacedWhereHostsAreNamed) {
+TEST_F(TRedactionTest, ReplacesHostNamesInNamesOnly) {
     answers_.nodeName = "debian";
     Add("/proc/sys/kernel/hostname", "debian\n");
     Add("/etc/os-release", "ID=debian\nPRETTY_NAME=\"Debian\"\n");
@@ -381,7 +380,7 @@ TEST_F(TRedactionTest, HostNamesAreReplacedWhereHostsAreNamed) {
               "E:DM_NAME=" + host + "--vg-root\nS:mapper/" + host + "--vg-root\n");
 }
 
-TEST_F(TRedactionTest, SessionsKeepTheirKindAndLoseUserAndOrigin) {
+TEST_F(TRedactionTest, ReplacesUserAndOriginOfSessions) {
     std::string record(384, '\0');
     record[0] = 7;
     record.replace(8, 5, "pts/0");
@@ -397,7 +396,7 @@ TEST_F(TRedactionTest, SessionsKeepTheirKindAndLoseUserAndOrigin) {
     }
 }
 
-// A DDR4 module; only kind and serial number matter.
+// A DDR4 module; only the kind and the serial number matter.
 std::string MakeModule(std::string_view serial) {
     std::string bytes(512, '\0');
     bytes[2] = 0x0C;
@@ -411,14 +410,14 @@ std::string MakeMemoryTable(const std::string& serial) {
     return machine.files.ReadText("/DMI").value;
 }
 
-TEST_F(TRedactionTest, AModuleIsStillFoundByItsSerialNumber) {
+TEST_F(TRedactionTest, MemoryModulesKeepMatchingTheirFirmwareRecord) {
     Add("/sys/devices/i2c-1/1-0050/eeprom", MakeModule("\x1A\x2B\x3C\x4D"));
     Add("/sys/firmware/dmi/tables/DMI", MakeMemoryTable("1A2B3C4D"));
     EXPECT_EQ(ParseSpdEeprom(Redacted("/sys/devices/i2c-1/1-0050/eeprom"))->serial, Pseudonym("1A2B3C4D"));
     EXPECT_THAT(Redacted("/sys/firmware/dmi/tables/DMI"), HasSubstr(Pseudonym("1A2B3C4D")));
 }
 
-TEST_F(TRedactionTest, AModuleIsStillFoundWhereTheFirmwareTurnsItsSerialNumber) {
+TEST_F(TRedactionTest, MemoryModulesKeepMatchingAReversedSerialNumber) {
     Add("/sys/devices/i2c-1/1-0050/eeprom", MakeModule("\x1A\x2B\x3C\x4D"));
     Add("/sys/firmware/dmi/tables/DMI", MakeMemoryTable("4D3C2B1A"));
     const std::string turned = Pseudonym("4D3C2B1A");
@@ -426,7 +425,7 @@ TEST_F(TRedactionTest, AModuleIsStillFoundWhereTheFirmwareTurnsItsSerialNumber) 
               turned.substr(6, 2) + turned.substr(4, 2) + turned.substr(2, 2) + turned.substr(0, 2));
 }
 
-TEST_F(TRedactionTest, KeepsEverythingElse) {
+TEST_F(TRedactionTest, KeepsAllOtherFiles) {
     const std::vector<std::pair<std::string, std::string>> files{
         {"/proc/meminfo", "MemTotal:       16384256 kB\nMemFree: 12345678 kB\n"},
         {"/proc/stat", "btime 1700000000\n"},
@@ -448,7 +447,7 @@ TEST_F(TRedactionTest, KeepsEverythingElse) {
     EXPECT_EQ(answers_.kernelRelease, "6.1.0-18-amd64");
 }
 
-TEST_F(TRedactionTest, FilesStayAsLongAsTheyWereWhateverTheyHold) {
+TEST_F(TRedactionTest, KeepsTheLengthOfFilesWithAnyContent) {
     for (const char* path : {"/sys/a/serial", "/sys/a/uuid", "/sys/a/wwid", "/sys/a/vpd_pg80",
                              "/sys/a/vpd_pg83", "/sys/a/eeprom", "/sys/a/uevent", "/run/utmp",
                              "/run/udev/data/b8:0", "/proc/1/net/route", "/proc/1/net/fib_trie",

@@ -34,7 +34,7 @@ std::string Redact(const std::string& table) {
     return RedactSmbios(table, version, identities);
 }
 
-TEST(SmbiosRedaction, ReplacesSerialNumbersAssetTagsAndTheUuidAlone) {
+TEST(SmbiosRedaction, ReplacesSerialNumbersAssetTagsAndTheUuidOnly) {
     const std::string table = MakeTable();
     const std::string redacted = Redact(table);
     const auto before = ParseSmbiosTable(table);
@@ -61,7 +61,7 @@ TEST(SmbiosRedaction, WritesTheUuidInTheOrderOfTheTablesVersion) {
               TPseudonyms(key).Replace("102A5C9F-347B-E911-8F9E-2A86E4085A59"));
 }
 
-TEST(SmbiosRedaction, OverwritesWhatOnlyTheMakerCanRead) {
+TEST(SmbiosRedaction, OverwritesVendorSpecificStructures) {
     const std::string redacted = Redact(MakeTable());
     for (const char* secret : {"EX42", "hunter2", "52:54", "\x01\x02\x03\x04"}) {
         EXPECT_THAT(redacted, Not(HasSubstr(secret)));
@@ -85,7 +85,7 @@ TEST(SmbiosRedaction, ReplacesTheSerialNumberOfASmartBattery) {
     EXPECT_EQ(redacted.substr(0x16, 4), "xxxx");
 }
 
-TEST(SmbiosRedaction, ABatteryWithoutASmartSerialNumberKeepsItsZero) {
+TEST(SmbiosRedaction, KeepsTheZeroOfABatteryWithoutASmartSerialNumber) {
     TMachine machine = ParseMachineTree(
         "/DMI smbios:\n| 22: 01 00 00 00 00 00 1027 102a 00 00 0000 2458 00 01 00000000 \"Rear\"\n");
     const std::string table = machine.files.ReadText("/DMI").value;
@@ -111,7 +111,7 @@ TEST(SmbiosRedaction, KeepsPlaceholders) {
     EXPECT_EQ(Redact(table), table);
 }
 
-TEST(SmbiosRedaction, OverwritesTheTextsThatAnEmptyOneLeavesOver) {
+TEST(SmbiosRedaction, OverwritesTextsLeftOverAfterAnEmptyOne) {
     const std::string table =
         ParseByteLine("01 08 00 01 01 00 00 00 \"Example\" 00 00 \"EX4200042\" 00 \"SECRET-2\" 00 00") +
         ParseByteLine("02 08 00 02 01 02 00 00 \"Example\" 00 \"Board\" 00 00 \"BOARD-77123\" 00 00") +
@@ -126,7 +126,7 @@ TEST(SmbiosRedaction, OverwritesTheTextsThatAnEmptyOneLeavesOver) {
     EXPECT_EQ(FindSmbiosTableFlaw(redacted), FindSmbiosTableFlaw(table));
 }
 
-TEST(SmbiosRedaction, LeavesAnUnsoundTableAsUnsoundAtEveryLength) {
+TEST(SmbiosRedaction, KeepsTheFlawsOfATableAtEveryLength) {
     const std::string table = MakeTable();
     for (std::size_t length = 0; length <= table.size(); ++length) {
         const std::string torn = table.substr(0, length);

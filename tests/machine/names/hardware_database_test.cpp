@@ -24,7 +24,7 @@ bool HasDatabase() {
                        [](const char* place) { return std::filesystem::exists(place); });
 }
 
-TEST(HardwareDatabase, HasNoNameForNumbersThatNobodyHas) {
+TEST(HardwareDatabase, ReturnsNoNameForUnassignedNumbers) {
     const THardwareDatabase names;
     EXPECT_EQ(names.FindPci({unknownVendor, unknownDevice}).vendor, std::nullopt);
     EXPECT_EQ(names.FindPci({unknownVendor, unknownDevice}).device, std::nullopt);
@@ -32,12 +32,12 @@ TEST(HardwareDatabase, HasNoNameForNumbersThatNobodyHas) {
     EXPECT_EQ(names.FindUsb(unknownVendor, unknownDevice).device, std::nullopt);
 }
 
-TEST(HardwareDatabase, IsOpenedAndClosedWithoutAQuestion) {
+TEST(HardwareDatabase, CanBeDestroyedWithoutASearch) {
     const THardwareDatabase names;
     const THardwareDatabase others;
 }
 
-TEST(HardwareDatabase, OfNoSystemHasNoNames) {
+TEST(HardwareDatabase, ReturnsNoNamesWithoutADatabase) {
     if (HasDatabase()) {
         GTEST_SKIP() << "this system has a hardware database";
     }
@@ -46,7 +46,7 @@ TEST(HardwareDatabase, OfNoSystemHasNoNames) {
     EXPECT_EQ(names.FindUsb(linuxFoundation, 0x0002).vendor, std::nullopt);
 }
 
-TEST(HardwareDatabase, NamesVendorsThatEveryDatabaseHas) {
+TEST(HardwareDatabase, ReturnsNamesOfWellKnownVendors) {
     if (!HasDatabase()) {
         GTEST_SKIP() << "this system has no hardware database";
     }
@@ -56,7 +56,7 @@ TEST(HardwareDatabase, NamesVendorsThatEveryDatabaseHas) {
     EXPECT_EQ(names.FindUsb(linuxFoundation, 0x0002).device, "2.0 root hub");
 }
 
-TEST(HardwareDatabase, NamesADeviceWithoutItsVendor) {
+TEST(HardwareDatabase, ReturnsADeviceNameWithoutAVendorName) {
     if (!HasDatabase()) {
         GTEST_SKIP() << "this system has no hardware database";
     }
@@ -67,7 +67,7 @@ TEST(HardwareDatabase, NamesADeviceWithoutItsVendor) {
 }
 
 // The card has an entry of its own below that of its chip.
-TEST(HardwareDatabase, NamesACardByItsChipAndItsOwnName) {
+TEST(HardwareDatabase, ReturnsTheNamesOfChipAndCard) {
     if (!HasDatabase()) {
         GTEST_SKIP() << "this system has no hardware database";
     }
@@ -78,7 +78,7 @@ TEST(HardwareDatabase, NamesACardByItsChipAndItsOwnName) {
               "82540EM Gigabit Ethernet Controller");
 }
 
-TEST(HardwareDatabase, NamesTheVendorOfADeviceThatIsNotListed) {
+TEST(HardwareDatabase, ReturnsTheVendorOfAnUnlistedDevice) {
     if (!HasDatabase()) {
         GTEST_SKIP() << "this system has no hardware database";
     }
@@ -87,7 +87,7 @@ TEST(HardwareDatabase, NamesTheVendorOfADeviceThatIsNotListed) {
     EXPECT_EQ(names.FindPci({intel, unknownDevice}).device, std::nullopt);
 }
 
-TEST(HardwareDatabase, AnswersAQuestionTwiceAlike) {
+TEST(HardwareDatabase, RepeatsItsAnswer) {
     const THardwareDatabase names;
     for (const std::uint16_t device : {std::uint16_t{0x100E}, unknownDevice}) {
         const TDeviceName once = names.FindPci({intel, device});

@@ -1,4 +1,3 @@
-// The kernel's table of optical drives: columns, unknown cells, torn texts.
 #include "machine/parse/cdrom_info.h"
 
 #include <gmock/gmock.h>
@@ -26,7 +25,7 @@ TEST(ParseCdromInfo, PairsNamesAndAbilitiesByColumn) {
     EXPECT_EQ(drives[1].readsDvd, true);
 }
 
-TEST(ParseCdromInfo, LeavesOutWhatTheKernelDoesNotSay) {
+TEST(ParseCdromInfo, LeavesUnknownAbilitiesAbsent) {
     EXPECT_THAT(ParseCdromInfo(""), IsEmpty());
     EXPECT_THAT(ParseCdromInfo("drive name:\n"), IsEmpty());
     EXPECT_EQ(ParseCdromInfo("drive name: sr0\n").at(0).readsDvd, std::nullopt);

@@ -37,7 +37,7 @@ TEST(ParseCpuInfo, ReadsEachProcessorsBlock) {
     EXPECT_EQ(processors[1].model, "");
 }
 
-TEST(ParseCpuInfo, FindsTheLongModeFlagAsAWholeWord) {
+TEST(ParseCpuInfo, ReadsTheLongModeFlagAsAWholeWord) {
     const auto processors = ParseCpuInfo(twoProcessors);
     EXPECT_EQ(processors[0].isLongModeCapable, true);
     EXPECT_EQ(processors[1].isLongModeCapable, false);
@@ -45,7 +45,7 @@ TEST(ParseCpuInfo, FindsTheLongModeFlagAsAWholeWord) {
     EXPECT_EQ(ParseCpuInfo("processor: 0\nflags: fpu lm")[0].isLongModeCapable, true);
 }
 
-TEST(ParseCpuInfo, SkipsWhatStandsBeforeTheFirstProcessor) {
+TEST(ParseCpuInfo, SkipsLinesBeforeTheFirstProcessor) {
     EXPECT_TRUE(ParseCpuInfo("").empty());
     EXPECT_TRUE(ParseCpuInfo("model name : A\n").empty());
     const auto processors = ParseCpuInfo("Processor\t: ARMv7 Processor rev 4 (v7l)\nprocessor\t: 0\n");
@@ -53,7 +53,7 @@ TEST(ParseCpuInfo, SkipsWhatStandsBeforeTheFirstProcessor) {
     EXPECT_EQ(processors[0].number, 0U);
 }
 
-TEST(ParseCpuInfo, FindsTheFlagOfAHypervisor) {
+TEST(ParseCpuInfo, ReadsTheHypervisorFlag) {
     const auto processors = ParseCpuInfo(
         "processor : 0\nflags : fpu lm hypervisor lahf_lm\n\n"
         "processor : 1\nflags : fpu lm no_hypervisor\n\nprocessor : 2\n");

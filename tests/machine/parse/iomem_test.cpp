@@ -1,4 +1,3 @@
-// Ranges of /proc/iomem.
 #include "machine/parse/iomem.h"
 
 #include <gtest/gtest.h>
@@ -6,7 +5,7 @@
 namespace NVORHOST {
 namespace {
 
-TEST(ParseIoMem, GivesTheRangesThatLieInNoOther) {
+TEST(ParseIoMem, ReturnsOutermostRangesOnly) {
     const auto ranges = ParseIoMem(
         "00000000-00000fff : Reserved\n"
         "00100000-3ffdbfff : System RAM\n"
@@ -26,13 +25,13 @@ TEST(ParseIoMem, KeepsColonsInNames) {
     EXPECT_EQ(ParseIoMem("a0000-bffff : PCI Bus 0000:00\n").at(0).name, "PCI Bus 0000:00");
 }
 
-TEST(ParseIoMem, ShowsHiddenAddressesAsZeros) {
+TEST(ParseIoMem, ReadsHiddenAddressesAsZeros) {
     const auto ranges = ParseIoMem("00000000-00000000 : System RAM\n");
     ASSERT_EQ(ranges.size(), 1U);
     EXPECT_EQ(ranges[0].last, 0U);
 }
 
-TEST(ParseIoMem, LeavesOutLinesOfAnotherForm) {
+TEST(ParseIoMem, SkipsMalformedLines) {
     EXPECT_TRUE(ParseIoMem("").empty());
     EXPECT_TRUE(ParseIoMem("\n").empty());
     EXPECT_TRUE(ParseIoMem("System RAM\n").empty());
@@ -43,8 +42,8 @@ TEST(ParseIoMem, LeavesOutLinesOfAnotherForm) {
     EXPECT_TRUE(ParseIoMem("10000000000000000-20000000000000000 : a\n").empty());
 }
 
-// A torn text loses its last range or a part of that one's name, and gains nothing.
-TEST(ParseIoMem, GivesNoRangeThatTheWholeTextDoesNotStart) {
+// A truncated text loses its last range or a part of the name, and gains no range.
+TEST(ParseIoMem, ReturnsNoExtraRangesForATruncatedText) {
     const std::string text = "00001000-0009fbff : System RAM\n00100000-3ffdbfff : System RAM\n";
     for (std::size_t length = 0; length <= text.size(); ++length) {
         const auto ranges = ParseIoMem(text.substr(0, length));

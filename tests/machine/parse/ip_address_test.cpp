@@ -43,7 +43,7 @@ TEST(FormatIpAddress, WritesAnIpv4AddressInsideAnIpv6AddressDotted) {
     EXPECT_EQ(Format("00000000 00000000 0000ffff c0000201"), "::ffff:192.0.2.1");
 }
 
-TEST(FormatIpAddress, IsAbsentForOtherNumbersOfBytes) {
+TEST(FormatIpAddress, ReturnsNulloptForOtherSizes) {
     EXPECT_EQ(FormatIpAddress(""), std::nullopt);
     EXPECT_EQ(FormatIpAddress("abc"), std::nullopt);
     EXPECT_EQ(FormatIpAddress(std::string(15, 'a')), std::nullopt);
@@ -54,7 +54,7 @@ TEST(ParseIpv4Address, ReadsDottedDecimal) {
     EXPECT_EQ(ParseIpv4Address("192.0.2.255"), ParseByteLine("c0 00 02 ff"));
 }
 
-TEST(ParseIpv4Address, RefusesEverythingElse) {
+TEST(ParseIpv4Address, RejectsMalformedAddresses) {
     for (const char* text :
          {"", "192.0.2", "192.0.2.1.5", "192.0.2.256", "192.0.2.01", "192.0.2.", ".0.2.1", "192.0.2.1 ",
           " 192.0.2.1", "192.0.2.-1", "192.0.2.1/24", "a.b.c.d", "192..2.1"}) {

@@ -5,7 +5,7 @@
 namespace NVORHOST {
 namespace {
 
-TEST(ParseMemInfo, ReadsTheFourLinesItIsFor) {
+TEST(ParseMemInfo, ReadsEveryMember) {
     const auto info = ParseMemInfo(
         "MemTotal:       16310720 kB\n"
         "MemFree:          812344 kB\n"
@@ -18,14 +18,14 @@ TEST(ParseMemInfo, ReadsTheFourLinesItIsFor) {
     EXPECT_EQ(info.swapFreeKiB, 2097000U);
 }
 
-TEST(ParseMemInfo, LeavesMissingLinesAbsentAndNotZero) {
+TEST(ParseMemInfo, LeavesMissingLinesAbsent) {
     const auto info = ParseMemInfo("MemTotal: 1024 kB\n");
     EXPECT_EQ(info.totalKiB, 1024U);
     EXPECT_EQ(info.freeKiB, std::nullopt);
     EXPECT_EQ(info.swapTotalKiB, std::nullopt);
 }
 
-TEST(ParseMemInfo, KeepsAZeroThatIsSaid) {
+TEST(ParseMemInfo, KeepsExplicitZeros) {
     EXPECT_EQ(ParseMemInfo("SwapTotal: 0 kB").swapTotalKiB, 0U);
 }
 

@@ -1,4 +1,3 @@
-// PCI registers by header type, and what torn and dead configuration spaces give.
 #include "machine/parse/pci_config.h"
 
 #include "tests/machine/system/machine_tree.h"
@@ -105,11 +104,12 @@ TEST(ParsePciConfig, ReadsACardBusBridge) {
     EXPECT_EQ(config->ioBase, std::nullopt);
     EXPECT_EQ(config->subsystemVendorId, 0x1028);
     EXPECT_EQ(config->subsystemId, 0x0518);
-    // Behind the bytes that every user may read.
+    // An offset after the bytes that every user may read.
     EXPECT_EQ(ParsePciConfig(MakeConfig(registers).substr(0, 64))->subsystemVendorId, std::nullopt);
 }
 
-// A root port whose second capability is PCI Express. The low bits of a pointer are reserved: 62h means 60h.
+// A root port whose second capability is PCI Express. The low bits of a pointer are reserved: 62h points to
+// 60h.
 std::string MakeExpressFunction() {
     return MakeConfig({
         {0x00, "86 80 02 3c"},
@@ -121,7 +121,7 @@ std::string MakeExpressFunction() {
     });
 }
 
-TEST(ParsePciConfig, FindsTheSubsystemOfABridgeInItsCapability) {
+TEST(ParsePciConfig, ReadsTheSubsystemOfABridgeFromItsCapability) {
     const std::vector<TRegister> registers = {
         {0x00, "86 80 02 3c"}, {0x06, "10 00"},       {0x0A, "04 06 00 00 01"},
         {0x34, "40"},          {0x40, "0d 00 00 00"}, {0x44, "28 10 8e 02"},
@@ -132,14 +132,14 @@ TEST(ParsePciConfig, FindsTheSubsystemOfABridgeInItsCapability) {
     EXPECT_EQ(ParsePciConfig(MakeConfig(registers).substr(0, 64))->subsystemVendorId, std::nullopt);
 }
 
-TEST(ParsePciConfig, FindsThePortTypeInTheCapabilityList) {
+TEST(ParsePciConfig, ReadsThePortTypeFromTheCapabilityList) {
     std::string config = MakeExpressFunction();
     EXPECT_EQ(ParsePciConfig(config)->expressPortType, 4);
-    config[0x06] = '\0';  // no list, whatever the pointer says
+    config[0x06] = '\0';  // without the status bit, the pointer is invalid
     EXPECT_EQ(ParsePciConfig(config)->expressPortType, std::nullopt);
 }
 
-TEST(ParsePciConfig, EndsCapabilityListsThatAreNone) {
+TEST(ParsePciConfig, IgnoresMalformedCapabilityLists) {
     const auto portType = [](const std::vector<TRegister>& list) {
         auto registers = list;
         registers.push_back({0x00, "86 80 02 3c"});
@@ -153,7 +153,7 @@ TEST(ParsePciConfig, EndsCapabilityListsThatAreNone) {
     EXPECT_EQ(portType({{0x34, "fc"}, {0xFC, "10 00 42 01"}}), 4);             // the last place there is
 }
 
-TEST(ParsePciConfig, ReadsNothingFromTornDeadOrStrangeSpaces) {
+TEST(ParsePciConfig, ReturnsNulloptForTruncatedMissingAndUnknownFunctions) {
     const std::string config = MakeExpressFunction();
     for (std::size_t length = 0; length < pciHeaderBytes; ++length) {
         EXPECT_FALSE(ParsePciConfig(config.substr(0, length))) << length;

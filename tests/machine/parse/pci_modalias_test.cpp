@@ -1,4 +1,3 @@
-// The kernel's text of the numbers of a PCI function, written and read back.
 #include "machine/parse/pci_modalias.h"
 
 #include <gtest/gtest.h>
@@ -9,7 +8,7 @@ namespace {
 constexpr TPciNumbers desktopAdapter{0x8086, 0x100E, 0x8086, 0x001E, 0x02, 0x00, 0xAB};
 constexpr const char* desktopAdapterText = "pci:v00008086d0000100Esv00008086sd0000001Ebc02sc00iab";
 
-TEST(MakePciModalias, WritesTheKernelsForm) {
+TEST(MakePciModalias, FormatsTheAttributeOfTheKernel) {
     EXPECT_EQ(MakePciModalias(desktopAdapter), desktopAdapterText);
 }
 
@@ -25,14 +24,14 @@ TEST(ParsePciModalias, ReadsEveryNumber) {
     EXPECT_EQ(numbers->programmingInterface, 0xAB);
 }
 
-TEST(ParsePciModalias, RefusesEveryTruncatedText) {
+TEST(ParsePciModalias, RejectsEveryTruncatedText) {
     const std::string text = desktopAdapterText;
     for (std::size_t length = 0; length < text.size(); ++length) {
         EXPECT_FALSE(ParsePciModalias(text.substr(0, length)).has_value()) << length;
     }
 }
 
-TEST(ParsePciModalias, RefusesOtherTexts) {
+TEST(ParsePciModalias, RejectsOtherTexts) {
     EXPECT_FALSE(ParsePciModalias("usb:v1D6Bp0002d0601dc09dsc00dp01ic09isc00ip00in00").has_value());
     EXPECT_FALSE(ParsePciModalias(std::string(desktopAdapterText) + "0").has_value());
     // Device IDs have 16 bits.

@@ -5,14 +5,14 @@
 namespace NVORHOST {
 namespace {
 
-TEST(IsPlaceholder, KnowsWhatVendorsLeaveWhereAValueBelongs) {
+TEST(IsPlaceholder, AcceptsKnownFillers) {
     for (const char* text : {"To Be Filled By O.E.M.", "Not Specified", "System Serial Number",
                              "Default string", "None", " none ", "N/A", "INVALID", "Unknown", "OEM"}) {
         EXPECT_TRUE(IsPlaceholder(text)) << text;
     }
 }
 
-TEST(IsPlaceholder, KnowsRunsOfFillingCharacters) {
+TEST(IsPlaceholder, AcceptsRunsOfOneFillingCharacter) {
     for (const char* text :
          {"", "   ", "0", "00000000", "FFFFFFFF", "ffff", "XXXX", "...", "----", "????", "**", "0123456789",
           "123456789", "1234567890", "12345678", "01234567890123456789012345678901"}) {
@@ -20,7 +20,7 @@ TEST(IsPlaceholder, KnowsRunsOfFillingCharacters) {
     }
 }
 
-TEST(IsPlaceholder, KnowsFillersWithAnyNumber) {
+TEST(IsPlaceholder, AcceptsFillersWithAnyNumber) {
     for (const char* text : {"SerNum0",
                              "SerNum00",
                              "SerNum1",
@@ -45,13 +45,13 @@ TEST(IsPlaceholder, KnowsFillersWithAnyNumber) {
     }
 }
 
-TEST(IsPlaceholder, KnowsSerialNumbersThatEveryDriveOfAModelHas) {
+TEST(IsPlaceholder, AcceptsSerialNumbersSharedByAModel) {
     for (const char* text : {"AAAABBBBCCCC1", "AAAABBBBCCCC2", "20100201396000000"}) {
         EXPECT_TRUE(IsPlaceholder(text)) << text;
     }
 }
 
-TEST(IsPlaceholder, LeavesValuesAloneThatOnlyResembleFillers) {
+TEST(IsPlaceholder, RejectsValuesThatResembleFillers) {
     for (const char* text :
          {"SerNum0A", "XSerNum0", "SerNum-4711", "PartNum1-B", "Manufacturer Ltd", "ModulePartNumber00X",
           "Type2 - Board Version 2", "Type2", "AAAABBBBCCCCD", "AAAABBBBCCC1", "20100201396000001",
@@ -60,14 +60,14 @@ TEST(IsPlaceholder, LeavesValuesAloneThatOnlyResembleFillers) {
     }
 }
 
-TEST(IsPlaceholder, LeavesRealValuesAlone) {
+TEST(IsPlaceholder, RejectsRealValues) {
     for (const char* text : {"EX4200042", "00000001", "F0F0F0", "A", "7", "99999999", "Nonesuch Ltd",
                              "X11SSH-F", "OEM Computers Inc", "012345"}) {
         EXPECT_FALSE(IsPlaceholder(text)) << text;
     }
 }
 
-TEST(WithoutPlaceholder, PassesValuesAndDropsFillers) {
+TEST(WithoutPlaceholder, ReturnsValuesAndDropsPlaceholders) {
     EXPECT_EQ(WithoutPlaceholder("SN-1"), "SN-1");
     EXPECT_EQ(WithoutPlaceholder("None"), std::nullopt);
     EXPECT_EQ(WithoutPlaceholder(std::nullopt), std::nullopt);

@@ -43,7 +43,7 @@ constexpr char trie[] =
     "     |-- 192.0.2.17\n"
     "        /32 host LOCAL\n";
 
-TEST(ParseLocalIpv4Addresses, TakesTheMachinesOwnAddressesOnce) {
+TEST(ParseLocalIpv4Addresses, ReturnsEachLocalAddressOnce) {
     EXPECT_THAT(ToTexts(ParseLocalIpv4Addresses(trie)), ElementsAre("127.0.0.1", "192.0.2.17"));
 }
 
@@ -54,7 +54,7 @@ TEST(ParseLocalIpv4Addresses, SortsByNumberNotByText) {
                 ElementsAre("9.0.0.1", "10.0.0.9", "10.0.0.10"));
 }
 
-TEST(ParseLocalIpv4Addresses, SkipsWhatIsTorn) {
+TEST(ParseLocalIpv4Addresses, SkipsTruncatedLines) {
     EXPECT_THAT(ParseLocalIpv4Addresses(""), IsEmpty());
     EXPECT_THAT(ParseLocalIpv4Addresses("/32 host LOCAL\n"), IsEmpty());
     EXPECT_THAT(ParseLocalIpv4Addresses("|-- 10.0.0\n/32 host LOCAL\n"), IsEmpty());
@@ -76,7 +76,7 @@ TEST(ParseIpv6Interfaces, ReadsAddressAndInterface) {
     EXPECT_EQ(FormatIpAddress(interfaces[1].address), "fe80::5054:ff:feb2:1");
 }
 
-TEST(ParseIpv6Interfaces, SkipsLinesOfAnotherForm) {
+TEST(ParseIpv6Interfaces, SkipsMalformedLines) {
     EXPECT_THAT(ParseIpv6Interfaces("fe80000000000000505400fffeb20001 02 40 20 80\n"), IsEmpty());
     EXPECT_THAT(ParseIpv6Interfaces("fe80000000000000505400fffeb2000 02 40 20 80 eth0\n"), IsEmpty());
     EXPECT_THAT(ParseIpv6Interfaces("fe8000000000000050540xfffeb20001 02 40 20 80 eth0\n"), IsEmpty());
@@ -103,41 +103,41 @@ TEST(ParseIpv4Routes, ReadsEachLineButTheHead) {
     EXPECT_FALSE(parsed[1].hasGateway);
 }
 
-TEST(ParseIpv4Routes, SkipsTornLines) {
+TEST(ParseIpv4Routes, SkipsTruncatedLines) {
     EXPECT_THAT(ParseIpv4Routes("eth0\t000200C0\t00000000\t0001\t0\t0\t100\t00FFFF\n"), IsEmpty());
     EXPECT_THAT(ParseIpv4Routes("eth0\t000200C0\n"), IsEmpty());
     EXPECT_THAT(ParseIpv4Routes("eth0\t*\t00000000\t0001\t0\t0\t100\t00FFFFFF\n"), IsEmpty());
 }
 
-std::string InterfaceOf(const char* address) {
+std::optional<std::string> FindInterfaceOf(const char* address) {
     return FindInterface(ParseIpv4Routes(routes), *ParseIpv4Address(address));
 }
 
-TEST(FindInterface, IsThatOfTheNetworkTheAddressIsIn) {
-    EXPECT_EQ(InterfaceOf("192.0.2.17"), "eth0");
-    EXPECT_EQ(InterfaceOf("10.200.0.1"), "eth1");
+TEST(FindInterface, ReturnsTheInterfaceOfTheNetwork) {
+    EXPECT_EQ(FindInterfaceOf("192.0.2.17"), "eth0");
+    EXPECT_EQ(FindInterfaceOf("10.200.0.1"), "eth1");
 }
 
-TEST(FindInterface, IsThatOfTheMostSpecificNetwork) {
-    EXPECT_EQ(InterfaceOf("10.0.1.1"), "eth2");
+TEST(FindInterface, PrefersTheMostSpecificNetwork) {
+    EXPECT_EQ(FindInterfaceOf("10.0.1.1"), "eth2");
 }
 
-TEST(FindInterface, OfTheLoopbackNetworkIsLo) {
-    EXPECT_EQ(InterfaceOf("127.0.0.1"), "lo");
+TEST(FindInterface, ReturnsLoForTheLoopbackNetwork) {
+    EXPECT_EQ(FindInterfaceOf("127.0.0.1"), "lo");
     EXPECT_EQ(FindInterface({}, *ParseIpv4Address("127.1.2.3")), "lo");
 }
 
-TEST(FindInterface, IsUnknownWhereTwoInterfacesShareTheNetwork) {
-    EXPECT_EQ(InterfaceOf("198.51.100.1"), "");
+TEST(FindInterface, ReturnsNulloptIfTwoInterfacesShareTheNetwork) {
+    EXPECT_EQ(FindInterfaceOf("198.51.100.1"), std::nullopt);
 }
 
-TEST(FindInterface, IsUnknownBehindAGatewayAndByTheDefaultRoute) {
-    EXPECT_EQ(InterfaceOf("203.0.113.1"), "");
-    EXPECT_EQ(InterfaceOf("8.8.8.8"), "");
+TEST(FindInterface, IgnoresGatewaysAndTheDefaultRoute) {
+    EXPECT_EQ(FindInterfaceOf("203.0.113.1"), std::nullopt);
+    EXPECT_EQ(FindInterfaceOf("8.8.8.8"), std::nullopt);
 }
 
-TEST(FindInterface, IsUnknownForIpv6) {
-    EXPECT_EQ(FindInterface(ParseIpv4Routes(routes), std::string(16, '\0')), "");
+TEST(FindInterface, ReturnsNulloptForIpv6) {
+    EXPECT_EQ(FindInterface(ParseIpv4Routes(routes), std::string(16, '\0')), std::nullopt);
 }
 
 }  // namespace

@@ -9,7 +9,7 @@ TEST(ParseBootTime, ReadsTheBtimeLine) {
     EXPECT_EQ(ParseBootTime("cpu  1 2 3\nctxt 99\nbtime 1700000000\nprocesses 7\n"), 1700000000);
 }
 
-TEST(ParseBootTime, IsAbsentWithoutASoundLine) {
+TEST(ParseBootTime, ReturnsNulloptWithoutAValidLine) {
     EXPECT_EQ(ParseBootTime(""), std::nullopt);
     EXPECT_EQ(ParseBootTime("cpu 1 2 3\n"), std::nullopt);
     EXPECT_EQ(ParseBootTime("btime\n"), std::nullopt);

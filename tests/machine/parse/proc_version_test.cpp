@@ -11,7 +11,7 @@ TEST(ParseKernelRelease, ReadsTheThirdWordOfTheLine) {
     EXPECT_EQ(ParseKernelRelease("Linux version 2.6.32\n"), "2.6.32");
 }
 
-TEST(ParseKernelRelease, RefusesOtherTexts) {
+TEST(ParseKernelRelease, RejectsOtherTexts) {
     EXPECT_EQ(ParseKernelRelease(""), std::nullopt);
     EXPECT_EQ(ParseKernelRelease("Linux version"), std::nullopt);
     EXPECT_EQ(ParseKernelRelease("Linux version \n"), std::nullopt);

@@ -22,7 +22,7 @@ TEST(ParseProcessStat, ReadsNameStatePriorityAndStart) {
     EXPECT_EQ(stat->startTicks, 250U);
 }
 
-TEST(ParseProcessStat, NamesMayHoldBlanksAndParentheses) {
+TEST(ParseProcessStat, AcceptsBlanksAndParenthesesInNames) {
     for (const std::string name :
          {"tmux: server", "(sd-pam)", "a) R 1 (b", ") S 1 1 1 0", "((", "", " ", "x\ny", "))"}) {
         std::string text = cron;
@@ -35,7 +35,7 @@ TEST(ParseProcessStat, NamesMayHoldBlanksAndParentheses) {
     }
 }
 
-TEST(ParseProcessStat, TellsKernelThreads) {
+TEST(ParseProcessStat, RecognisesKernelThreads) {
     const auto stat = ParseProcessStat("2 (kthreadd) S 0 0 0 0 -1 2129984 0 0 0 0 0 0 0 0 20 0 1 0 7 0 0\n");
     ASSERT_TRUE(stat);
     EXPECT_TRUE(stat->isKernelThread);
@@ -48,7 +48,7 @@ TEST(ParseProcessStat, ReadsRealTimePriorities) {
     EXPECT_EQ(stat->priority, -100);
 }
 
-TEST(ParseProcessStat, IsAbsentForALineThatIsCutBeforeTheStart) {
+TEST(ParseProcessStat, ReturnsNulloptForATruncatedLine) {
     const std::string text = "412 (cron) S 1 412 412 0 -1 4194560 1029 2054 3 4 5 6 7 8 20 0 1 0 250";
     for (std::size_t length = 0; length + 3 < text.size(); ++length) {
         EXPECT_FALSE(ParseProcessStat(text.substr(0, length))) << length;
@@ -56,7 +56,7 @@ TEST(ParseProcessStat, IsAbsentForALineThatIsCutBeforeTheStart) {
     EXPECT_TRUE(ParseProcessStat(text));
 }
 
-TEST(ParseProcessStat, IsAbsentForFieldsThatAreNoNumbers) {
+TEST(ParseProcessStat, ReturnsNulloptForMalformedNumbers) {
     EXPECT_FALSE(ParseProcessStat("1 (a) S 1 1 1 0 -1 flags 0 0 0 0 0 0 0 0 20 0 1 0 250 0"));
     EXPECT_FALSE(ParseProcessStat("1 (a) S 1 1 1 0 -1 0 0 0 0 0 0 0 0 0 high 0 1 0 250 0"));
     EXPECT_FALSE(ParseProcessStat("1 (a) S 1 1 1 0 -1 0 0 0 0 0 0 0 0 0 20 0 1 0 -250 0"));

@@ -1,4 +1,3 @@
-// Release files from before os-release.
 #include "machine/parse/release_files.h"
 
 #include <gtest/gtest.h>
@@ -36,7 +35,7 @@ TEST(ParseDebianVersion, NamesTheSystemByItsVersion) {
     EXPECT_EQ(ParseDebianVersion("7.8\n").versionId, "7.8");
 }
 
-TEST(ParseDebianVersion, HasNoNumberForASystemThatIsNotReleased) {
+TEST(ParseDebianVersion, HasNoVersionForAnUnreleasedSystem) {
     EXPECT_EQ(ParseDebianVersion("wheezy/sid\n").prettyName, "Debian GNU/Linux wheezy/sid");
     EXPECT_EQ(ParseDebianVersion("wheezy/sid\n").versionId, std::nullopt);
     EXPECT_EQ(ParseDebianVersion("").prettyName, std::nullopt);

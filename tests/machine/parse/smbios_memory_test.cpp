@@ -1,4 +1,3 @@
-// Memory structures: sizes, widths and speeds with their special values, and mapped addresses.
 #include "machine/parse/smbios_memory.h"
 
 #include "tests/machine/parse/structure_bytes.h"
@@ -10,7 +9,7 @@ namespace {
 
 // ---- memory devices
 
-// What a device's formatted area holds where tests vary it; all of it is version 3.3, up to 5Bh.
+// The fields of a memory device that tests vary; the structure has version 3.3, up to 5Bh.
 struct TDeviceFields {
     std::string totalWidth = "48 00";
     std::string dataWidth = "40 00";
@@ -52,7 +51,7 @@ TEST(ParseSmbiosMemoryDevice, ReadsEveryField) {
     EXPECT_EQ(device.part, "Part-1 ");
 }
 
-TEST(ParseSmbiosMemoryDevice, HasEachFieldFromTheLengthThatHoldsIt) {
+TEST(ParseSmbiosMemoryDevice, HasAFieldIfItsLengthIncludesIt) {
     using TDevice = TSmbiosMemoryDevice;
     constexpr TFieldEnd<TDevice> fields[] = {
         {"arrayHandle", 0x06, [](const TDevice& device) { return device.arrayHandle.has_value(); }},
@@ -92,21 +91,21 @@ TEST(ParseSmbiosMemoryDevice, ReadsSizesInMebibytesAndInKibibytes) {
     EXPECT_EQ(ParseDevice({.size = "fe ff"}).capacityBytes, 32'766ULL << 10);
 }
 
-TEST(ParseSmbiosMemoryDevice, IsEmptyForSizeZeroAndPopulatedForAnUnknownSize) {
+TEST(ParseSmbiosMemoryDevice, IsUnpopulatedForSizeZeroOnly) {
     EXPECT_FALSE(ParseDevice({.size = "00 00"}).isPopulated);
     EXPECT_EQ(ParseDevice({.size = "00 00"}).capacityBytes, std::nullopt);
     EXPECT_TRUE(ParseDevice({.size = "ff ff"}).isPopulated);
     EXPECT_EQ(ParseDevice({.size = "ff ff"}).capacityBytes, std::nullopt);
 }
 
-TEST(ParseSmbiosMemoryDevice, TakesLargeSizesFromTheExtendedFieldWithoutItsReservedBit) {
+TEST(ParseSmbiosMemoryDevice, ReadsLargeSizesFromTheExtendedField) {
     EXPECT_EQ(ParseDevice({.size = "ff 7f", .extendedSize = "00 00 01 00"}).capacityBytes, 65'536ULL << 20);
     EXPECT_EQ(ParseDevice({.size = "ff 7f", .extendedSize = "00 00 01 80"}).capacityBytes, 65'536ULL << 20);
     EXPECT_EQ(ParseDevice({.size = "ff 7f", .extendedSize = "00 00 00 00"}).capacityBytes, std::nullopt);
     EXPECT_TRUE(ParseDevice({.size = "ff 7f", .extendedSize = "00 00 00 00"}).isPopulated);
 }
 
-TEST(ParseSmbiosMemoryDevice, TakesTheLargestSizeAtItsWordWhenThereIsNoExtendedField) {
+TEST(ParseSmbiosMemoryDevice, ReadsTheLargestSizeWithoutAnExtendedField) {
     const auto bytes = MakeDevice({.size = "ff 7f"});
     const auto old = bytes.Shortened(0x1F);
     EXPECT_EQ(ParseSmbiosMemoryDevice(old.Get()).capacityBytes, 32'767ULL << 20);
@@ -118,7 +117,7 @@ TEST(ParseSmbiosMemoryDevice, LeavesUnknownWidthsAbsentAndKeepsZero) {
     EXPECT_EQ(ParseDevice({.dataWidth = "00 00"}).dataWidthBits, 0);
 }
 
-TEST(ParseSmbiosMemoryDevice, TakesHighSpeedsFromTheExtendedField) {
+TEST(ParseSmbiosMemoryDevice, ReadsHighSpeedsFromTheExtendedField) {
     EXPECT_EQ(ParseDevice({.speed = "00 00"}).speed, std::nullopt);
     EXPECT_EQ(ParseDevice({.speed = "fe ff"}).speed, 65'534U);
     EXPECT_EQ(ParseDevice({.speed = "ff ff", .extendedSpeed = "70 11 01 00"}).speed, 70'000U);
@@ -131,7 +130,7 @@ TEST(ParseSmbiosMemoryDevice, TakesHighSpeedsFromTheExtendedField) {
 
 // ---- arrays
 
-TEST(ParseSmbiosMemoryArray, ReadsItsCodesByItsLength) {
+TEST(ParseSmbiosMemoryArray, HasAFieldIfItsLengthIncludesIt) {
     const TStructureBytes whole("16: 03 04 06 00 00 00 80 fe ff 04 00", 0x1000);
     const auto array = ParseSmbiosMemoryArray(whole.Get());
     EXPECT_EQ(array.handle, 0x1000);
@@ -151,14 +150,14 @@ std::optional<TAddressRange> ParseRange(const std::string& digits) {
     return ParseSmbiosArrayAddress(bytes.Get()).range;
 }
 
-TEST(ParseSmbiosArrayAddress, CountsKibibytesAndTheWholeOfTheLast) {
+TEST(ParseSmbiosArrayAddress, CountsKibibytesThroughTheEndOfTheLast) {
     const TStructureBytes bytes("19: 00 04 00 00 ff ff 0f 00 00 10 01");
     const auto address = ParseSmbiosArrayAddress(bytes.Get());
     EXPECT_EQ(address.arrayHandle, 0x1000);
     EXPECT_EQ(address.range, (TAddressRange{0x100000, 0x3FFFFFFF}));
 }
 
-TEST(ParseSmbiosArrayAddress, TakesExtendedAddressesInBytes) {
+TEST(ParseSmbiosArrayAddress, ReadsExtendedAddressesInBytes) {
     const std::string plain = "ff ff ff ff ff ff ff ff 00 10 01 ";
     EXPECT_EQ(ParseRange(plain + "00 00 00 00 00 04 00 00 ff ff ff ff ff 07 00 00"),
               (TAddressRange{0x40000000000, 0x7FFFFFFFFFF}));
@@ -166,13 +165,13 @@ TEST(ParseSmbiosArrayAddress, TakesExtendedAddressesInBytes) {
     EXPECT_EQ(ParseRange(plain), std::nullopt);
 }
 
-TEST(ParseSmbiosArrayAddress, HasNoRangeForAnArrayWithoutMemoryNorOneThatEndsBeforeItStarts) {
+TEST(ParseSmbiosArrayAddress, HasNoRangeForEmptyArraysAndReversedRanges) {
     EXPECT_EQ(ParseRange("00 00 00 00 00 00 00 00 00 10 01"), std::nullopt);
     EXPECT_EQ(ParseRange("00 00 10 00 ff ff 0f 00 00 10 01"), std::nullopt);
     EXPECT_EQ(ParseRange("00 00 00 00 01 00 00 00 00 10 01"), (TAddressRange{0, 0x7FF}));
 }
 
-TEST(ParseSmbiosArrayAddress, HasItsFieldsFromTheLengthsThatHoldThem) {
+TEST(ParseSmbiosArrayAddress, HasAFieldIfItsLengthIncludesIt) {
     const TStructureBytes whole("19: 00 00 00 00 ff ff 0f 00 00 10 01");
     for (std::size_t length = 4; length <= whole.GetLength(); ++length) {
         const auto shortened = whole.Shortened(length);

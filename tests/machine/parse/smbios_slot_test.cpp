@@ -1,4 +1,3 @@
-// Slot structures: fields by the structure's own length, addresses, and what follows the peer groups.
 #include "machine/parse/smbios_slot.h"
 
 #include "tests/machine/parse/structure_bytes.h"
@@ -8,8 +7,8 @@
 namespace NVORHOST {
 namespace {
 
-// Version 3.4 with one peer: designation, type, width, usage, length, ID, characteristics, address, base
-// width, peer count, peer, information, physical width, pitch.
+// A slot of version 3.4 with one peer: designation, type, width, usage, length, ID, characteristics, address,
+// base width, peer count, peer, information, physical width, pitch.
 constexpr const char* wholeSlot =
     "9: 01 b6 0d 04 04 07 00 04 03 01 00 3b 0a 0d 01 01 00 3b 0a 08 00 0b 00 00 \"PCIe Slot 7\"";
 
@@ -26,7 +25,7 @@ TEST(ParseSmbiosSlot, ReadsEveryField) {
     EXPECT_EQ(slot.physicalWidth, 0x0B);
 }
 
-TEST(ParseSmbiosSlot, HasEachFieldFromTheLengthThatHoldsIt) {
+TEST(ParseSmbiosSlot, HasAFieldIfItsLengthIncludesIt) {
     constexpr TFieldEnd<TSmbiosSlot> fields[] = {
         {"designation", 0x05, [](const TSmbiosSlot& slot) { return slot.designation.has_value(); }},
         {"kind", 0x06, [](const TSmbiosSlot& slot) { return slot.kind.has_value(); }},
@@ -47,7 +46,7 @@ TEST(ParseSmbiosSlot, HasEachFieldFromTheLengthThatHoldsIt) {
     }
 }
 
-TEST(ParseSmbiosSlot, HasNoAddressWhenAllOfItIsOnes) {
+TEST(ParseSmbiosSlot, HasNoAddressForAllOnes) {
     const TStructureBytes structure("9: 00 06 05 03 04 01 00 04 01 ff ff ff ff");
     EXPECT_EQ(ParseSmbiosSlot(structure.Get()).pciAddress, std::nullopt);
 }
@@ -57,14 +56,14 @@ TEST(ParseSmbiosSlot, HasAnAddressOfZeros) {
     EXPECT_EQ(ParseSmbiosSlot(structure.Get()).pciAddress, "0000:00:00.0");
 }
 
-TEST(ParseSmbiosSlot, TellsNothingOfHotPlugWhenItsCharacteristicsAreUnknown) {
+TEST(ParseSmbiosSlot, LeavesHotPlugAbsentForUnknownCharacteristics) {
     const TStructureBytes unknown("9: 00 06 05 03 04 01 00 01 02");
     EXPECT_EQ(ParseSmbiosSlot(unknown.Get()).supportsHotPlug, std::nullopt);
     const TStructureBytes cold("9: 00 06 05 03 04 01 00 04 01");
     EXPECT_EQ(ParseSmbiosSlot(cold.Get()).supportsHotPlug, false);
 }
 
-TEST(ParseSmbiosSlot, LooksForThePhysicalWidthBehindAllPeers) {
+TEST(ParseSmbiosSlot, ReadsThePhysicalWidthAfterAllPeers) {
     const TStructureBytes none("9: 00 b1 0d 04 04 01 00 04 01 00 00 00 00 0d 00 08 0b");
     EXPECT_EQ(ParseSmbiosSlot(none.Get()).physicalWidth, 0x0B);
     const TStructureBytes more("9: 00 b1 0d 04 04 01 00 04 01 00 00 00 00 0d ff 08 0b");

@@ -1,4 +1,3 @@
-// The walk over an SMBIOS table, whole, torn and malformed.
 #include "machine/parse/smbios_table.h"
 
 #include "tests/machine/system/machine_tree.h"
@@ -22,7 +21,7 @@ std::string MakeTable() {
            MakeSmbiosStructure("2: 01 00 00 00 \"Board\"", 0x0102) + MakeSmbiosStructure("127:", 0x0103);
 }
 
-TEST(ParseSmbiosTable, GivesEveryStructureBeforeTheEndOfTheTable) {
+TEST(ParseSmbiosTable, ReturnsEveryStructureBeforeTheEndOfTable) {
     const std::string table = MakeTable();
     const auto structures = ParseSmbiosTable(table);
     ASSERT_EQ(structures.size(), 3U);
@@ -34,12 +33,12 @@ TEST(ParseSmbiosTable, GivesEveryStructureBeforeTheEndOfTheTable) {
     EXPECT_EQ(structures[2].GetText(4), "Board");
 }
 
-TEST(ParseSmbiosTable, ReadsNothingBehindTheEndOfTable) {
+TEST(ParseSmbiosTable, IgnoresStructuresAfterTheEndOfTable) {
     const std::string table = MakeTable() + MakeSmbiosStructure("1: 01 \"Phantom\"", 0x0200);
     EXPECT_EQ(ParseSmbiosTable(table).size(), 3U);
 }
 
-TEST(ParseSmbiosTable, DoesWithoutAnEndOfTableStructure) {
+TEST(ParseSmbiosTable, AcceptsATableWithoutAnEndOfTableStructure) {
     const std::string table = MakeSmbiosStructure("1: 01 \"Maker\"", 1);
     EXPECT_EQ(ParseSmbiosTable(table).size(), 1U);
 }
@@ -55,34 +54,34 @@ std::vector<int> TypesOf(const std::string& table) {
 const std::string board = MakeSmbiosStructure("2: 01 02 00 00 \"Maker\" \"Board\"", 0x0102);
 const std::string end = MakeSmbiosStructure("127:", 0x0103);
 
-TEST(ParseSmbiosTable, GoesOnAfterALengthThatHoldsNoHeader) {
+TEST(ParseSmbiosTable, ContinuesAfterALengthBelowTheHeaderSize) {
     const std::string table =
         MakeSmbiosStructure("1: 01 \"Maker\"", 1) + "\x02\x03\x00\x01\x00\x00"s + board + end;
     EXPECT_THAT(TypesOf(table), ElementsAre(1, 2));
 }
 
-TEST(ParseSmbiosTable, GoesOnAfterAFormattedAreaThatRunsPastTheEnd) {
+TEST(ParseSmbiosTable, ContinuesAfterAFormattedAreaPastTheEnd) {
     const std::string table =
         MakeSmbiosStructure("1: 01 \"Maker\"", 1) + "\x02\xFF\x00\x01\x00\x00"s + board + end;
     EXPECT_THAT(TypesOf(table), ElementsAre(1, 2));
 }
 
-TEST(ParseSmbiosTable, StopsWhereNoStructureFollowsAMalformedOne) {
+TEST(ParseSmbiosTable, StopsIfNoStructureFollowsAMalformedOne) {
     const std::string table = MakeSmbiosStructure("1: 01 \"Maker\"", 1) + "\x02\xFF\x00\x01\x00\x00"s;
     EXPECT_THAT(TypesOf(table), ElementsAre(1));
-    // None of these is a structure: the first has a reserved type, the second is too short for its type, and
-    // the third does not end where another begins.
+    // All three are malformed: the first has a reserved type, the second is too short for its type, and no
+    // structure follows the third.
     EXPECT_THAT(TypesOf(table + "\x50\x04\x00\x01\x00\x00"s + end), ElementsAre(1));
     EXPECT_THAT(TypesOf(table + "\x11\x14\x00\x01\x00\x00"s + end), ElementsAre(1));
     EXPECT_THAT(TypesOf(table + "\x0B\x05\x00\x01\x01\x01\x00\x00\x01\x02\x03"s), ElementsAre(1));
 }
 
-// Texts of the first structure, the bytes between its header and the second structure.
+// The bytes between the header of the first structure and the second structure.
 std::string TableWithTexts(const std::string& texts) {
     return "\x01\x08\x00\x01\x01\x02\x03\x00"s + texts + board + end;
 }
 
-TEST(ParseSmbiosTable, GoesOnAfterAnEmptyTextWithinAStringSet) {
+TEST(ParseSmbiosTable, ContinuesAfterAnEmptyTextInAStringSet) {
     for (const std::string& texts :
          {"Maker\0\0Serial\0\0"s, "Maker\0\0Serial\0Family\0\0"s, "Maker\0\0Serial\0\0Family\0\0"s,
           "Maker\0\0-1.2/3 and a long text that could be a structure of type 45\0\0"s, "Maker\0\0S\0\0"s,
@@ -91,7 +90,7 @@ TEST(ParseSmbiosTable, GoesOnAfterAnEmptyTextWithinAStringSet) {
     }
 }
 
-TEST(ParseSmbiosTable, HasTheTextsBeforeAnEmptyOneAndNoneAfterIt) {
+TEST(ParseSmbiosTable, KeepsTheTextsBeforeAnEmptyOne) {
     const std::string table = TableWithTexts("Maker\0\0Serial\0\0"s);
     const auto structures = ParseSmbiosTable(table);
     ASSERT_EQ(structures.size(), 2U);
@@ -101,14 +100,14 @@ TEST(ParseSmbiosTable, HasTheTextsBeforeAnEmptyOneAndNoneAfterIt) {
     EXPECT_EQ(structures[1].GetText(0x05), "Board");
 }
 
-TEST(ParseSmbiosTable, KeepsAFirmwareStructureThatIsNotTheFirst) {
+TEST(ParseSmbiosTable, KeepsAFirmwareStructureAfterOthers) {
     const std::string firmware = MakeSmbiosStructure(
         "0: 01 02 00 e0 03 0f 80 98 8b 3f 01 00 00 00 03 0d 02 04 ff ff \"Vendor\" \"1.0\"", 0x0000);
     EXPECT_THAT(TypesOf(board + firmware + board + end), ElementsAre(2, 0, 2));
     EXPECT_EQ(FindSmbiosTableFlaw(board + firmware + board + end), std::nullopt);
 }
 
-// Ten structures with texts, and every text emptied in turn: no structure is lost but for its own texts.
+// Ten structures with texts; each text is emptied in turn, and only texts of that structure may be lost.
 TEST(ParseSmbiosTable, KeepsEveryStructureWhenAnyOneTextIsEmpty) {
     const std::string names[] = {"1", "A1", "-x.y", " pad ", "Maker", "0123", "/CN12/", "(R) CPU 3.00GHz",
                                  "~", "B2"};
@@ -128,8 +127,8 @@ TEST(ParseSmbiosTable, KeepsEveryStructureWhenAnyOneTextIsEmpty) {
     }
 }
 
-// Every prefix gives the structures that lie whole in it, unchanged, and no other.
-TEST(ParseSmbiosTable, MakesNoPhantomFromATornTable) {
+// Every prefix gives the structures that are entirely within it, unchanged, and no other.
+TEST(ParseSmbiosTable, ReturnsNoExtraStructuresForATruncatedTable) {
     const std::string table = MakeTable();
     const auto whole = ParseSmbiosTable(table);
     for (std::size_t length = 0; length <= table.size(); ++length) {
@@ -143,14 +142,14 @@ TEST(ParseSmbiosTable, MakesNoPhantomFromATornTable) {
     }
 }
 
-TEST(FindSmbiosTableFlaw, IsAbsentForSoundTables) {
+TEST(FindSmbiosTableFlaw, ReturnsNulloptForWellFormedTables) {
     EXPECT_EQ(FindSmbiosTableFlaw(""), std::nullopt);
     EXPECT_EQ(FindSmbiosTableFlaw(MakeTable()), std::nullopt);
     EXPECT_EQ(FindSmbiosTableFlaw(MakeTable() + "what follows the end"), std::nullopt);
     EXPECT_EQ(FindSmbiosTableFlaw(MakeSmbiosStructure("1: 01 00 00 00 \"Maker\"", 1)), std::nullopt);
 }
 
-TEST(FindSmbiosTableFlaw, NamesTheFirstMalformedPlace) {
+TEST(FindSmbiosTableFlaw, DescribesTheFirstMalformedPlace) {
     const std::string sound = MakeSmbiosStructure("1: 01 00 00 00 \"Maker\"", 1);
     ASSERT_EQ(sound.size(), 15U);
     EXPECT_EQ(FindSmbiosTableFlaw(sound + "\x02\x03\x00\x01\x00\x00"s),
@@ -181,7 +180,7 @@ TEST(FindSmbiosTableFlaw, CountsStructuresWithoutTheMinimumLengthOfTheirType) {
         "the minimum length of the type");
 }
 
-TEST(TSmbiosStructure, HasTheMinimumLengthThatTheFirstVersionGivesItsType) {
+TEST(TSmbiosStructure, ChecksTheMinimumLengthOfItsType) {
     struct TRow {
         int type;
         int length;
@@ -201,7 +200,7 @@ TEST(TSmbiosStructure, HasTheMinimumLengthThatTheFirstVersionGivesItsType) {
     }
 }
 
-TEST(TSmbiosStructure, HasNoTextForNumbersItDoesNotHold) {
+TEST(TSmbiosStructure, HasNoTextForNumbersPastTheLast) {
     const std::string table = MakeSmbiosStructure("1: 01 02 03 00 FF \"Maker\" \"Product\"", 1) +
                               MakeSmbiosStructure("2: 01 \"Other\"", 2);
     const auto structures = ParseSmbiosTable(table);
@@ -226,13 +225,13 @@ TEST(ParseSmbiosEntryPoint, ReadsTheVersionOfBothForms) {
     EXPECT_EQ(ParseSmbiosEntryPoint(threeX), (TSmbiosVersion{3, 2}));
 }
 
-TEST(ParseSmbiosEntryPoint, CorrectsVersionsThatFirmwareGotWrong) {
+TEST(ParseSmbiosEntryPoint, CorrectsVersionsWithDecimalDigits) {
     EXPECT_EQ(ParseSmbiosEntryPoint(Make2xEntryPoint("02 1f")), (TSmbiosVersion{2, 3}));
     EXPECT_EQ(ParseSmbiosEntryPoint(Make2xEntryPoint("02 21")), (TSmbiosVersion{2, 3}));
     EXPECT_EQ(ParseSmbiosEntryPoint(Make2xEntryPoint("02 33")), (TSmbiosVersion{2, 6}));
 }
 
-TEST(ParseSmbiosEntryPoint, IsAbsentForTornAndForeignBytes) {
+TEST(ParseSmbiosEntryPoint, ReturnsNulloptForTruncatedAndUnknownEntryPoints) {
     const std::string whole = Make2xEntryPoint("02 08");
     for (std::size_t length = 0; length < whole.size(); ++length) {
         EXPECT_EQ(ParseSmbiosEntryPoint(whole.substr(0, length)), std::nullopt) << length;

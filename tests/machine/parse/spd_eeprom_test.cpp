@@ -1,5 +1,3 @@
-// EEPROMs of memory modules: where each kind keeps its maker's fields, and what stands there for want of
-// them.
 #include "machine/parse/spd_eeprom.h"
 
 #include <gtest/gtest.h>
@@ -46,7 +44,7 @@ INSTANTIATE_TEST_SUITE_P(Kind, TSpdKindTest,
                                          TKindRow{"LPDDR5X", 0x15, 1024, 515, 517, 521, 30}),
                          [](const auto& row) { return row.param.name; });
 
-TEST_P(TSpdKindTest, KeepsTheMakersFieldsInItsOwnPlaces) {
+TEST_P(TSpdKindTest, ReadsEveryFieldAtTheOffsetsOfItsKind) {
     const auto module = ParseSpdEeprom(MakeEeprom(GetParam()));
     ASSERT_TRUE(module);
     EXPECT_EQ(module->serial, "1A2B3C4D");
@@ -54,7 +52,7 @@ TEST_P(TSpdKindTest, KeepsTheMakersFieldsInItsOwnPlaces) {
     EXPECT_EQ(module->made, (TManufactureWeek{2019, 42}));
 }
 
-TEST_P(TSpdKindTest, IsAbsentForEveryPrefixThatEndsBeforeTheMakersFields) {
+TEST_P(TSpdKindTest, ReturnsNulloptForEveryTruncatedEeprom) {
     const TKindRow& row = GetParam();
     const std::string bytes = MakeEeprom(row);
     const std::size_t end = std::max(row.partOffset + row.partSize, row.serialOffset + 4);
@@ -72,7 +70,7 @@ class TDdr3Test : public TSpdKindTest {
     }
 };
 
-TEST_F(TDdr3Test, IsAbsentForMemoryOfAnotherKind) {
+TEST_F(TDdr3Test, ReturnsNulloptForUnlistedKindsOfMemory) {
     EXPECT_EQ(ParseWith(2, "\x00"s).has_value(), false);
     EXPECT_EQ(ParseWith(2, "\x04"s).has_value(), false);
     EXPECT_EQ(ParseWith(2, "\xFF"s).has_value(), false);
@@ -93,7 +91,7 @@ TEST_F(TDdr3Test, EndsThePartNumberAtItsPadding) {
     EXPECT_EQ(ParseWith(128, "AB\x01"s)->part, std::nullopt);
 }
 
-TEST_F(TDdr3Test, HasNoWeekWhenTheDigitsTellNone) {
+TEST_F(TDdr3Test, HasNoWeekForMalformedDigits) {
     EXPECT_EQ(ParseWith(120, "\x00\x01"s)->made, (TManufactureWeek{2000, 1}));
     EXPECT_EQ(ParseWith(120, "\x99\x53"s)->made, (TManufactureWeek{2099, 53}));
     EXPECT_EQ(ParseWith(120, "\x19\x00"s)->made, std::nullopt);

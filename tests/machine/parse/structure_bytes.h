@@ -1,4 +1,4 @@
-// Single SMBIOS structures for tests of their parsers.
+// Single SMBIOS structures for the tests of their parsers.
 #pragma once
 
 #include "machine/parse/smbios_table.h"
@@ -10,7 +10,7 @@
 
 namespace NVORHOST {
 
-/// Keeps the bytes that a structure is a view of. `line` is that of machine_tree.h: "9: 01 a5 \"Slot 1\"".
+/// Owns the bytes of a structure. `line` has the syntax of machine_tree.h: "9: 01 a5 \"Slot 1\"".
 class TStructureBytes {
   public:
     explicit TStructureBytes(std::string_view line, std::uint16_t handle = 0x0001)
@@ -18,8 +18,8 @@ class TStructureBytes {
 
     TSmbiosStructure Get() const { return ParseSmbiosTable(bytes_).at(0); }
 
-    /// The same structure as older firmware writes it: a formatted area of `length` bytes, 4 or more, with
-    /// the same texts behind it.
+    /// Returns the structure as older firmware writes it: a formatted area of `length` bytes, 4 or more, and
+    /// the same texts.
     TStructureBytes Shortened(std::size_t length) const {
         TStructureBytes shorter(*this);
         const auto wholeLength = static_cast<unsigned char>(bytes_[1]);
@@ -34,7 +34,7 @@ class TStructureBytes {
     std::string bytes_;
 };
 
-/// A field of a parsed structure: where it ends, and whether it was found.
+/// A field of a parsed structure: the offset of its end, and a test for its presence.
 template <typename TParsed>
 struct TFieldEnd {
     const char* name;

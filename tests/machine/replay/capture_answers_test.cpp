@@ -1,20 +1,13 @@
-// What a captured tree keeps beside its files, as text and as answers.
 #include "machine/replay/capture_answers.h"
 
-#include "machine/replay/replay_files.h"
-#include "machine/replay/replay_system_calls.h"
 #include "tests/machine/system/memory_files.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
 
 namespace NVORHOST {
 namespace {
-
-using testing::Contains;
-using testing::ElementsAre;
 
 const std::string loopback("\x7F\0\0\1", 4);
 
@@ -53,17 +46,17 @@ constexpr char text[] =
     "failed list /proc/1/fd%20x\n"
     "not-found exists /gone\n";
 
-TEST(CapturedAnswers, AreALineEach) {
+TEST(FormatCaptureAnswers, WritesOneLineForEachAnswer) {
     EXPECT_EQ(FormatCaptureAnswers(MakeAnswers()), text);
 }
 
-TEST(CapturedAnswers, AreReadAsTheyWereWritten) {
+TEST(ParseCaptureAnswers, RestoresFormattedAnswers) {
     EXPECT_EQ(FormatCaptureAnswers(ParseCaptureAnswers(text)), text);
     EXPECT_EQ(ParseCaptureAnswers(text).nodeName, "server 1%\n");
     EXPECT_EQ(ParseCaptureAnswers(text).interfaceAddresses->at(0).address, loopback);
 }
 
-TEST(CapturedAnswers, ThatAreNotThereAreAbsent) {
+TEST(ParseCaptureAnswers, LeavesMissingAnswersAbsent) {
     const TCaptureAnswers answers = ParseCaptureAnswers("");
     EXPECT_FALSE(answers.kernelRelease);
     EXPECT_FALSE(answers.pageSizeBytes);
@@ -72,7 +65,7 @@ TEST(CapturedAnswers, ThatAreNotThereAreAbsent) {
     EXPECT_EQ(FormatCaptureAnswers(answers), "# Answers of the captured machine beside its files.\n");
 }
 
-TEST(CapturedAnswers, AMachineWithoutAddressesIsNotOneThatWasNotAsked) {
+TEST(ParseCaptureAnswers, DistinguishesNoAddressesFromAMissingAnswer) {
     TCaptureAnswers answers;
     answers.interfaceAddresses.emplace();
     const auto read = ParseCaptureAnswers(FormatCaptureAnswers(answers));
@@ -80,7 +73,7 @@ TEST(CapturedAnswers, AMachineWithoutAddressesIsNotOneThatWasNotAsked) {
     EXPECT_TRUE(read.interfaceAddresses->empty());
 }
 
-TEST(CapturedAnswers, LinesOfAnotherFormAreSkipped) {
+TEST(ParseCaptureAnswers, SkipsMalformedAndUnknownLines) {
     const TCaptureAnswers answers = ParseCaptureAnswers(
         "FutureAnswer 42\nPageSizeBytes many\nInterfaceAddress lo 127.0.0.1\nUtcOffsetMinutes soon 60\n"
         "InterfaceAddresses\nInterfaceAddress lo 127.0.0\ndenied smell /x\nshy read /x\ndenied\n\n%\n"
@@ -93,70 +86,29 @@ TEST(CapturedAnswers, LinesOfAnotherFormAreSkipped) {
     EXPECT_EQ(answers.nodeName, "a%zz%");
 }
 
-TEST(TReplaySystemCalls, PrefersTheKeptAnswersToTheTreesFiles) {
-    TMemoryFiles files;
-    files.AddFile("/noxinfo-system.txt", text);
-    files.AddFile("/proc/sys/kernel/osrelease", "other\n");
-    files.AddFile("/proc/sys/kernel/hostname", "other\n");
-    const TReplaySystemCalls calls(files);
-    EXPECT_EQ(calls.KernelRelease(), "6.1.0-18-amd64");
-    EXPECT_EQ(calls.NodeName(), "server 1%\n");
-    EXPECT_EQ(calls.Architecture(), "x86_64");
-    EXPECT_EQ(calls.PageSizeBytes(), 4096U);
-    EXPECT_EQ(calls.ClockTicksPerSecond(), 100U);
-    EXPECT_EQ(calls.HypervisorSignature(), "bhyve bhyve ");
-    EXPECT_EQ(calls.InterfaceAddresses()->size(), 2U);
-    EXPECT_EQ(calls.GetAnswers().localTime, "20240229134500.000000+060");
+TEST(MergeCaptureAnswers, ReplacesSingleValuesAndJoinsMaps) {
+    TCaptureAnswers answers = MakeAnswers();
+    TCaptureAnswers more;
+    more.nodeName = "other";
+    more.utcOffsetMinutes = {{0, 0}};
+    more.refusals = {{{EAccess::read, "/secret"}, EReadStatus::denied}};
+    MergeCaptureAnswers(more, answers);
+    EXPECT_EQ(answers.nodeName, "other");
+    EXPECT_EQ(answers.architecture, "x86_64");
+    EXPECT_EQ(answers.utcOffsetMinutes.size(), 3U);
+    EXPECT_EQ(answers.refusals.size(), 4U);
 }
 
-TEST(TReplaySystemCalls, TellsOfKeptAnswersThatCannotBeRead) {
+TEST(ReadCaptureAnswers, IsEmptyAndOkForATreeWithoutAnswers) {
+    const auto answers = ReadCaptureAnswers(TMemoryFiles());
+    EXPECT_EQ(answers.status, EReadStatus::ok);
+    EXPECT_FALSE(answers.value.nodeName);
+}
+
+TEST(ReadCaptureAnswers, ReturnsTheFailureOfTheFile) {
     TMemoryFiles files;
-    EXPECT_EQ(TReplaySystemCalls(files).GetAnswersError(), "");
     files.AddRefusal("/noxinfo-system.txt", EReadStatus::denied);
-    EXPECT_THAT(TReplaySystemCalls(files).GetAnswersError(), testing::StartsWith("/noxinfo-system.txt: "));
-}
-
-TEST(TReplaySystemCalls, KnowsTheOffsetsOfTheMomentsThatWereAskedAbout) {
-    TMemoryFiles files;
-    files.AddFile("/noxinfo-system.txt", text);
-    const TReplaySystemCalls calls(files);
-    EXPECT_EQ(calls.UtcOffsetMinutes(1700000000), 60);
-    EXPECT_EQ(calls.UtcOffsetMinutes(1700000001), std::nullopt);
-}
-
-class TCapturedFilesTest : public testing::Test {
-  protected:
-    TCapturedFilesTest() {
-        files_.AddFile("/file", "text");
-        files_.AddLink("/link", "file");
-    }
-
-    TMemoryFiles files_;
-    TCaptureAnswers answers_;
-    TReplayFiles captured_{files_, answers_};
-};
-
-TEST_F(TCapturedFilesTest, AreTheTreesOwn) {
-    EXPECT_EQ(captured_.ReadText("/file").value, "text");
-    EXPECT_EQ(captured_.ReadBytes("/file", 2).value, "te");
-    EXPECT_EQ(captured_.ReadLink("/link").value, "file");
-    EXPECT_THAT(captured_.List("/").value, ElementsAre("file", "link"));
-    EXPECT_TRUE(captured_.Exists("/file"));
-}
-
-TEST_F(TCapturedFilesTest, RefuseWhatTheMachineRefused) {
-    answers_.refusals = {{{EAccess::read, "/file"}, EReadStatus::denied},
-                         {{EAccess::list, "/"}, EReadStatus::failed},
-                         {{EAccess::readLink, "/link"}, EReadStatus::denied},
-                         {{EAccess::exists, "/link"}, EReadStatus::notFound}};
-    EXPECT_EQ(captured_.ReadText("/file").status, EReadStatus::denied);
-    EXPECT_EQ(captured_.ReadText("/file").value, "");
-    EXPECT_EQ(captured_.ReadText("/file").error, "/file: refused on the captured machine");
-    EXPECT_EQ(captured_.ReadBytes("/file", 2).status, EReadStatus::denied);
-    EXPECT_EQ(captured_.List("/").status, EReadStatus::failed);
-    EXPECT_EQ(captured_.ReadLink("/link").status, EReadStatus::denied);
-    EXPECT_FALSE(captured_.Exists("/link"));
-    EXPECT_TRUE(captured_.Exists("/file"));  // only its contents are closed
+    EXPECT_EQ(ReadCaptureAnswers(files).status, EReadStatus::denied);
 }
 
 }  // namespace

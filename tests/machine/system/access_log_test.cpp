@@ -1,4 +1,3 @@
-// The record of a collection's accesses.
 #include "machine/system/access_log.h"
 
 #include "tests/machine/system/memory_files.h"
@@ -16,7 +15,7 @@ MATCHER_P2(IsAccess, path, status, "") {
     return arg.path == path && arg.status == status;
 }
 
-TEST(TAccessLog, PassesAnswersOnAndRemembersHowEachAccessEnded) {
+TEST(TAccessLog, ForwardsResultsAndLogsTheirStatus) {
     TMemoryFiles machine;
     machine.AddFile("/file", "text");
     machine.AddLink("/link", "file");
@@ -36,7 +35,7 @@ TEST(TAccessLog, PassesAnswersOnAndRemembersHowEachAccessEnded) {
                             IsAccess("/link", EReadStatus::ok), IsAccess("/none", EReadStatus::notFound)));
 }
 
-TEST(TAccessLog, StartsANewRecordWhenTheOldOneIsTaken) {
+TEST(TAccessLog, StartsAnewAfterTakeAccesses) {
     TMemoryFiles machine;
     TAccessLog files(machine);
     (void)files.Exists("/a");  // only the record matters

@@ -1,4 +1,4 @@
-// Answers of system calls that a test decides.
+// System calls whose answers a test sets.
 #pragma once
 
 #include "machine/system/system_calls.h"

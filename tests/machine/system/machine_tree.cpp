@@ -17,7 +17,7 @@ struct TByteParts {
     throw std::invalid_argument("machine tree: " + line);
 }
 
-// Splits a line into hexadecimal byte pairs and quoted texts.
+// Splits a line into pairs of hexadecimal digits and quoted texts.
 TByteParts ParseParts(std::string_view line) {
     TByteParts parts;
     for (std::size_t i = 0; i < line.size();) {

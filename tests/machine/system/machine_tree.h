@@ -1,18 +1,18 @@
-// A machine as text that people can review: what its files hold and what its system calls answer.
+// A machine as text that people can review: its files and the answers of its system calls.
 //
 //   # comment
 //   @NodeName = server-1                     answer of a system call
 //   /proc/sys/kernel/osrelease = 6.1.0       file of one line
-//   /proc/meminfo:                           file of several lines, each behind "| "
+//   /proc/meminfo:                           file of several lines, each after "| "
 //   | MemTotal:       1024 kB
 //   /sys/block/sda -> ../devices/.../sda     link
 //   /sys/bus/pci/devices/                    empty folder
-//   /sys/class/dmi/id/product_uuid !denied   file that refuses (also !failed)
+//   /sys/class/dmi/id/product_uuid !denied   file without permission (also !failed)
 //   /path bytes:                             file of bytes: lines of hexadecimal digits and "texts"
 //   | 00 80 "SERIAL  "
-//   /path registers 64:                      file of that many bytes, zero but for "offset: digits"
+//   /path registers 64:                      file of that many bytes, zero except "offset: digits"
 //   | 0e: 01
-//   /path smbios:                            structure table: "type: digits behind the header", then texts
+//   /path smbios:                            structure table: "type: digits after the header", then texts
 //   | 1: 01 02 00 00 "Maker" "Product"
 #pragma once
 

@@ -1,4 +1,4 @@
-// A machine's files in memory, for tests: regular files, folders, links, and files that refuse to be read.
+// A machine's files in memory, for tests: regular files, folders, links, and entries whose accesses fail.
 #pragma once
 
 #include "machine/system/system_files.h"
@@ -11,11 +11,11 @@ namespace NVORHOST {
 
 class TMemoryFiles final : public ISystemFiles {
   public:
-    /// Each makes the folders on the way; `path` is absolute. What stood there before is replaced.
+    /// These functions add parent folders and replace an existing entry. `path` is absolute.
     void AddFile(std::string_view path, std::string bytes);
     void AddFolder(std::string_view path);
     void AddLink(std::string_view path, std::string target);
-    /// A file or folder that is there and answers every access with `status` (Exists still says true).
+    /// Adds an entry that exists and whose accesses end with `status`.
     void AddRefusal(std::string_view path, EReadStatus status);
     void Remove(std::string_view path);
 
@@ -35,13 +35,13 @@ class TMemoryFiles final : public ISystemFiles {
     };
 
     void Add(std::string_view path, TNode node);
-    // The node that `path` leads to, links on the way followed, the last one too when `followsLast`.
+    // Returns the node at `path` after following links, the last one too if `followsLast`.
     const TNode* Find(std::string_view path, bool followsLast, std::string* resolved = nullptr) const;
 
     std::map<std::string, TNode> nodes_;  // by absolute path without a slash at the end; "" is the root
 };
 
-/// Passes every access on but one: the n-th, counted from 1, fails.
+/// Forwards every access except the n-th, 1-based, which fails.
 class TFailingFiles final : public ISystemFiles {
   public:
     TFailingFiles(const ISystemFiles& files, int failingAccess)

@@ -5,14 +5,14 @@
 namespace NVORHOST {
 namespace {
 
-TEST(MatchesPathPattern, APathWithoutStarsIsItself) {
+TEST(MatchesPathPattern, MatchesLiterallyWithoutStars) {
     EXPECT_TRUE(MatchesPathPattern("/proc/stat", "/proc/stat"));
     EXPECT_FALSE(MatchesPathPattern("/proc/stat", "/proc/stats"));
     EXPECT_FALSE(MatchesPathPattern("/proc/stat", "/proc"));
     EXPECT_FALSE(MatchesPathPattern("/proc", "/proc/stat"));
 }
 
-TEST(MatchesPathPattern, AStarIsAnyPartOfOneName) {
+TEST(MatchesPathPattern, MatchesAnyPartOfANameWithAStar) {
     EXPECT_TRUE(MatchesPathPattern("/proc/*/stat", "/proc/17/stat"));
     EXPECT_FALSE(MatchesPathPattern("/proc/*/stat", "/proc/17/task/stat"));
     EXPECT_TRUE(MatchesPathPattern("/sys/cpu*", "/sys/cpu12"));
@@ -23,7 +23,7 @@ TEST(MatchesPathPattern, AStarIsAnyPartOfOneName) {
     EXPECT_FALSE(MatchesPathPattern("/a/b*c*d", "/a/bxd"));
 }
 
-TEST(MatchesPathPattern, TwoStarsAreAnyNumberOfNames) {
+TEST(MatchesPathPattern, MatchesAnyNumberOfNamesWithTwoStars) {
     EXPECT_TRUE(MatchesPathPattern("/sys/**/serial", "/sys/a/b/serial"));
     EXPECT_TRUE(MatchesPathPattern("/sys/**/serial", "/sys/serial"));
     EXPECT_FALSE(MatchesPathPattern("/sys/**/serial", "/sys/a/serials"));

@@ -1,5 +1,4 @@
-// What a captured tree's files answer, and that nothing outside of the tree does. Every case runs with the
-// kernel's own resolution of paths and with the one that walks name by name.
+// Every test runs with openat2 and with the walk that resolves name by name.
 #include "machine/system/rooted_files.h"
 
 #include "os/file_descriptor.h"
@@ -60,19 +59,19 @@ TEST_P(TRootedFilesTest, KeepsEveryByteOfAFile) {
     EXPECT_EQ(MakeFiles().ReadText("/table").value, bytes);
 }
 
-TEST_P(TRootedFilesTest, ReadsAFileLongerThanItsSteps) {
+TEST_P(TRootedFilesTest, ReadsAFileLargerThanOneBlock) {
     const std::string bytes(3'000'001, 'x');
     Write("long", bytes);
     EXPECT_EQ(MakeFiles().ReadText("/long").value, bytes);
 }
 
-TEST_P(TRootedFilesTest, CutsAFileWhereTheCallerAsksTo) {
+TEST_P(TRootedFilesTest, TruncatesAFileAtTheRequestedSize) {
     Write("config", "0123456789");
     EXPECT_EQ(MakeFiles().ReadBytes("/config", 4).value, "0123");
     EXPECT_EQ(MakeFiles().ReadBytes("/config", 64).value, "0123456789");
 }
 
-TEST_P(TRootedFilesTest, FailsForAFileAboveTheCapInsteadOfCuttingIt) {
+TEST_P(TRootedFilesTest, FailsForAFileAboveTheCap) {
     Write("huge", "");
     std::filesystem::resize_file(outside_.GetPath() / "tree/huge", ISystemFiles::maxFileBytes + 1);
     const auto text = MakeFiles().ReadText("/huge");
@@ -87,7 +86,7 @@ TEST_P(TRootedFilesTest, ReadsAFileOfExactlyTheCap) {
     EXPECT_EQ(MakeFiles().ReadText("/full").value.size(), ISystemFiles::maxFileBytes);
 }
 
-TEST_P(TRootedFilesTest, SaysNotFoundForWhatIsNotThere) {
+TEST_P(TRootedFilesTest, ReturnsNotFoundForMissingPaths) {
     Write("file", "text");
     const auto files = MakeFiles();
     EXPECT_EQ(files.ReadText("/nothing").status, EReadStatus::notFound);
@@ -98,7 +97,7 @@ TEST_P(TRootedFilesTest, SaysNotFoundForWhatIsNotThere) {
     EXPECT_FALSE(files.Exists("/nothing"));
 }
 
-// Root may read everything, so as root the test reads as somebody else.
+// Root may read every file, so the test reads as another user if it runs as root.
 class TOrdinaryUser {
   public:
     TOrdinaryUser() : wasRoot_(geteuid() == 0) { SetUser(wasRoot_ ? nobody : geteuid()); }
@@ -118,7 +117,7 @@ class TOrdinaryUser {
     bool wasRoot_;
 };
 
-TEST_P(TRootedFilesTest, SaysDeniedForWhatThisUserMayNotRead) {
+TEST_P(TRootedFilesTest, ReturnsDeniedWithoutPermission) {
     Write("secret", "text");
     Write("closed/file", "text");
     std::filesystem::permissions(outside_.GetPath() / "tree/secret", std::filesystem::perms::none);
@@ -132,7 +131,7 @@ TEST_P(TRootedFilesTest, SaysDeniedForWhatThisUserMayNotRead) {
     EXPECT_EQ(files.ReadText("/closed/file").status, EReadStatus::denied);
 }
 
-TEST_P(TRootedFilesTest, ListsNamesInTheOrderOfTheirBytes) {
+TEST_P(TRootedFilesTest, ListsNamesSortedBytewise) {
     Write("folder/b", "");
     Write("folder/B", "");
     Write("folder/a10", "");
@@ -154,7 +153,7 @@ TEST_P(TRootedFilesTest, FollowsLinksWithinTheTree) {
     EXPECT_TRUE(files.Exists("/sys/block/sda"));
 }
 
-TEST_P(TRootedFilesTest, GivesTheTextOfALinkAndRefusesOtherFiles) {
+TEST_P(TRootedFilesTest, ReadsLinksOnly) {
     Link("../nowhere", "sys/block/sda");
     Write("plain", "");
     EXPECT_EQ(MakeFiles().ReadLink("/sys/block/sda").value, "../nowhere");
@@ -162,7 +161,7 @@ TEST_P(TRootedFilesTest, GivesTheTextOfALinkAndRefusesOtherFiles) {
     EXPECT_FALSE(MakeFiles().Exists("/sys/block/sda"));
 }
 
-TEST_P(TRootedFilesTest, NoPathAndNoLinkLeadsOutOfTheTree) {
+TEST_P(TRootedFilesTest, StaysBelowTheRoot) {
     outside_.Write("secret", "outside");
     Write("file", "");
     Link((outside_.GetPath() / "secret").string(), "absolute");
@@ -180,20 +179,20 @@ TEST_P(TRootedFilesTest, NoPathAndNoLinkLeadsOutOfTheTree) {
                 ElementsAre("absolute", "climbing", "file", "parent", "relative"));
 }
 
-TEST_P(TRootedFilesTest, AbsoluteLinksStartAtTheTreesOwnRoot) {
+TEST_P(TRootedFilesTest, ResolvesAbsoluteLinksFromTheRoot) {
     Write("etc/hostname", "captured\n");
     Link("/etc/hostname", "name");
     EXPECT_EQ(MakeFiles().ReadText("/name").value, "captured\n");
 }
 
-TEST_P(TRootedFilesTest, EndsForLinksInACircle) {
+TEST_P(TRootedFilesTest, FailsForALoopOfLinks) {
     Link("b", "a");
     Link("a", "b");
     EXPECT_EQ(MakeFiles().ReadText("/a").status, EReadStatus::failed);
 }
 
-TEST_P(TRootedFilesTest, OpensNoFifo) {
-    // Opening one would wait for a writer until the test times out.
+TEST_P(TRootedFilesTest, RejectsFifos) {
+    // Opening a fifo would block until the test times out.
     Write("file", "");
     ASSERT_EQ(mkfifo((outside_.GetPath() / "tree/fifo").c_str(), 0600), 0);
     const auto text = MakeFiles().ReadText("/fifo");
@@ -201,26 +200,26 @@ TEST_P(TRootedFilesTest, OpensNoFifo) {
     EXPECT_EQ(text.error, "/fifo: not a regular file");
 }
 
-TEST_P(TRootedFilesTest, ReadsNoFolderAsAFile) {
+TEST_P(TRootedFilesTest, RejectsFoldersAsFiles) {
     Write("folder/file", "");
     EXPECT_EQ(MakeFiles().ReadText("/folder").status, EReadStatus::failed);
 }
 
-TEST_P(TRootedFilesTest, AnswersEveryAccessOfAMissingTreeWithItsReason) {
+TEST_P(TRootedFilesTest, FailsEveryAccessToAMissingRootWithItsError) {
     const TRootedFiles files((outside_.GetPath() / "no such tree").string(), GetParam());
     EXPECT_EQ(files.ReadText("/file").status, EReadStatus::notFound);
     EXPECT_EQ(files.List("/").status, EReadStatus::notFound);
     EXPECT_FALSE(files.Exists("/"));
 }
 
-TEST(TRootedFiles, ReadsFilesOfTheKernelThatClaimToBeEmpty) {
+TEST(TRootedFiles, ReadsKernelFilesOfReportedSizeZero) {
     const TRootedFiles files("/");
     const auto text = files.ReadText("/proc/self/status");
     EXPECT_EQ(text.status, EReadStatus::ok);
     EXPECT_THAT(text.value, HasSubstr("Pid:"));
 }
 
-TEST(TRootedFiles, SaysNotFoundForAnAttributeThatTheKernelHasNoValueFor) {
+TEST(TRootedFiles, ReturnsNotFoundForAnAttributeWithoutAValue) {
     const TRootedFiles files("/");
     const std::string attribute = "/sys/class/net/lo/speed";  // no cable, no speed: EINVAL
     if (!files.Exists(attribute)) {
@@ -232,31 +231,31 @@ TEST(TRootedFiles, SaysNotFoundForAnAttributeThatTheKernelHasNoValueFor) {
     EXPECT_THAT(speed.error, StartsWith(attribute + ": "));
 }
 
-TEST(TRootedFiles, FailsForAFileThatCannotBeReadForAnotherReason) {
+TEST(TRootedFiles, ReturnsFailedForOtherErrors) {
     const TRootedFiles files("/");
     const auto memory = files.ReadBytes("/proc/self/mem", 1);  // nothing is mapped at address 0: EIO
     EXPECT_EQ(memory.status, EReadStatus::failed);
     EXPECT_THAT(memory.error, StartsWith("/proc/self/mem: "));
 }
 
-TEST(TRootedFiles, ReadsNoFolderOfTheKernelAsAFile) {
+TEST(TRootedFiles, RejectsKernelFoldersAsFiles) {
     EXPECT_EQ(TRootedFiles("/").ReadText("/proc/self").error, "/proc/self: not a regular file");
 }
 
-TEST(TRootedFiles, ReadsAFileThatALinkOfTheKernelLeadsTo) {
+TEST(TRootedFiles, FollowsLinksOfTheKernel) {
     EXPECT_EQ(TRootedFiles("/").ReadBytes("/proc/self/exe", 4).value,
               "\x7F"
               "ELF");
 }
 
-TEST(TRootedFiles, GivesTheTextOfALinkOfTheKernelAndRefusesOtherFiles) {
+TEST(TRootedFiles, ReadsKernelLinksOnly) {
     const TRootedFiles files("/");
     EXPECT_EQ(files.ReadLink("/proc/self").value, std::to_string(getpid()));
     EXPECT_EQ(files.ReadLink("/proc/version").error, "/proc/version: not a symbolic link");
     EXPECT_EQ(files.ReadLink("/proc/nothing").status, EReadStatus::notFound);
 }
 
-TEST(TRootedFiles, OpensNoFifoThatALinkOfTheKernelLeadsTo) {
+TEST(TRootedFiles, RejectsFifosThroughLinksOfTheKernel) {
     std::array<int, 2> ends{};
     ASSERT_EQ(pipe(ends.data()), 0);
     const TFileDescriptor reading(ends[0]);
@@ -265,7 +264,7 @@ TEST(TRootedFiles, OpensNoFifoThatALinkOfTheKernelLeadsTo) {
     EXPECT_EQ(TRootedFiles("/").ReadBytes(path, 1).error, path + ": not a regular file");
 }
 
-TEST(TRootedFiles, OpensNoDeviceNode) {
+TEST(TRootedFiles, RejectsDeviceNodes) {
     EXPECT_EQ(TRootedFiles("/").ReadBytes("/dev/zero", 1).error, "/dev/zero: not a regular file");
 }
 

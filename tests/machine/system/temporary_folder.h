@@ -1,4 +1,4 @@
-// A folder of its own for one test, removed with all it holds.
+// A folder for one test, removed with its content.
 #pragma once
 
 #include <stdlib.h>

@@ -1,0 +1,59 @@
+#include "machine/system/live_system_calls.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <string>
+
+namespace NVORHOST {
+namespace {
+
+std::string ReadLine(const char* path) {
+    std::string line;
+    std::getline(std::ifstream(path), line);
+    return line;
+}
+
+TEST(LiveSystemCalls, AgreesWithProcfs) {
+    const TLiveSystemCalls calls;
+    EXPECT_EQ(calls.KernelRelease(), ReadLine("/proc/sys/kernel/osrelease"));
+    EXPECT_EQ(calls.NodeName(), ReadLine("/proc/sys/kernel/hostname"));
+}
+
+TEST(LiveSystemCalls, AgreesWithTheCLibrary) {
+    const TLiveSystemCalls calls;
+    EXPECT_EQ(calls.PageSizeBytes(), static_cast<std::uint32_t>(::sysconf(_SC_PAGESIZE)));
+    EXPECT_EQ(calls.ClockTicksPerSecond(), static_cast<std::uint32_t>(::sysconf(_SC_CLK_TCK)));
+}
+
+TEST(LiveSystemCalls, FindsAHypervisorIfTheKernelDoes) {
+    std::ifstream cpuinfo("/proc/cpuinfo");
+    const std::string text{std::istreambuf_iterator<char>(cpuinfo), {}};
+    const bool isGuest = text.find(" hypervisor") != std::string::npos;
+    EXPECT_EQ(TLiveSystemCalls().HypervisorSignature().has_value(), isGuest);
+}
+
+TEST(LiveSystemCalls, ReturnsTheUtcOffsetOfAMoment) {
+    const char* before = ::getenv("TZ");
+    const std::string kept = before == nullptr ? "" : before;
+    ::setenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3", 1);
+    ::tzset();
+    EXPECT_EQ(TLiveSystemCalls().UtcOffsetMinutes(1704067200), 60);   // 2024-01-01
+    EXPECT_EQ(TLiveSystemCalls().UtcOffsetMinutes(1719792000), 120);  // 2024-07-01
+    before == nullptr ? ::unsetenv("TZ") : ::setenv("TZ", kept.c_str(), 1);
+    ::tzset();
+}
+
+TEST(LiveSystemCalls, ReturnsAddressesWithTheNamesOfTheirInterfaces) {
+    const auto addresses = TLiveSystemCalls().InterfaceAddresses();
+    ASSERT_TRUE(addresses);
+    for (const TInterfaceAddress& row : *addresses) {
+        EXPECT_TRUE(row.address.size() == 4 || row.address.size() == 16) << row.interface;
+        EXPECT_FALSE(row.interface.empty());
+        EXPECT_EQ(row.interface.find(':'), std::string::npos) << row.interface;
+    }
+}
+
+}  // namespace
+}  // namespace NVORHOST
