@@ -55,7 +55,7 @@ TEST_P(TCredentialSummary, TellsEachWayToHaveNoneApart) {
               "Credential  none: entity service: refused with HTTP status 403");
     EXPECT_EQ(AfterAnswer("200 OK", " \n"), "Credential  none: entity service: empty answer");
     EXPECT_EQ(AfterAnswer("200 OK", "a\x1B[2Jb"),
-              "Credential  none: entity service: no usable answer: it is no printable text of one line");
+              "Credential  none: entity service: no usable answer: it is not one line of printable text");
     EXPECT_EQ(AfterAnswer("200 OK", std::string(1025, 'x')),
               "Credential  none: entity service: no usable answer: it is longer than 1024 bytes");
     EXPECT_EQ(AfterAnswer("200 OK", "E1\n"), "Credential  obtained");

@@ -1,4 +1,4 @@
-// Base64 (RFC 4648, 4) for the values that XML text cannot carry.
+// Base64 (RFC 4648, section 4), for values that XML text cannot represent.
 #pragma once
 
 #include <optional>
@@ -7,10 +7,11 @@
 
 namespace NVORHOST {
 
-/// With padding, without line ends.
+/// Encodes with padding and without line ends.
 std::string EncodeBase64(std::string_view bytes);
 
-/// Absent: nullopt for anything but what `EncodeBase64` gives: other characters, wrong padding, stray bits.
+/// Decodes the output of `EncodeBase64`. Absent: nullopt for any other text: invalid characters, wrong
+/// padding, or unused bits that are not zero.
 std::optional<std::string> DecodeBase64(std::string_view text);
 
 }  // namespace NVORHOST

@@ -5,7 +5,7 @@
 namespace NVORHOST {
 namespace {
 
-// A text, or its beginning when it is longer than `longest`, not cut in the middle of a character.
+// Truncates a text to `longest` bytes, but not in the middle of a UTF-8 sequence.
 std::string Shorten(std::string_view text, std::size_t longest) {
     if (text.size() <= longest) {
         return std::string(text);
@@ -19,14 +19,14 @@ std::string Shorten(std::string_view text, std::size_t longest) {
 
 std::string DescribePlace(const TCimXmlPlace& place) {
     constexpr std::size_t longestName = 200;
-    std::string text = place.file;
-    if (place.line > 0) {
-        text += ':' + std::to_string(place.line);
+    std::string text = place.file.value_or("");
+    if (place.line) {
+        text += ':' + std::to_string(*place.line);
     }
     text += text.empty() ? "" : ": ";
-    if (!place.className.empty()) {
-        text += "class " + Shorten(place.className, longestName);
-        text += place.propertyName.empty() ? "" : ", property " + Shorten(place.propertyName, longestName);
+    if (place.className) {
+        text += "class " + Shorten(*place.className, longestName);
+        text += place.propertyName ? ", property " + Shorten(*place.propertyName, longestName) : "";
         text += ": ";
     }
     return text;

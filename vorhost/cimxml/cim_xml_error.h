@@ -1,8 +1,10 @@
-// How reading and writing CIM-XML report failures: one exception, one line of text that says where and why.
+// The failures of reading and writing CIM-XML: one exception with one line of text, which gives place and
+// cause.
 #pragma once
 
 #include "host/export.h"
 
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -10,32 +12,32 @@
 namespace NVORHOST {
 
 /// A document that cannot be read, or a namespace that cannot be written. The message is one line:
-/// "FILE:LINE: class C, property P: cause", with the parts that are known.
-/// Exported, so that it can be caught where another module has thrown it.
+/// "FILE:LINE: class C, property P: cause". Unknown parts of the place are left out.
+/// Exported, because exceptions that cross modules must have the same type information in both.
 class NKELVOR20_API TCimXmlError : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
 };
 
-/// Why a piece of a document is wrong, by itself: thrown inside this folder by what does not know the place,
-/// and turned into a TCimXmlError by what does.
+/// The cause of an error without its place. Thrown only inside this folder; the functions that have the place
+/// convert it to a TCimXmlError.
 class TCimXmlCause : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
 };
 
-/// Where a document or a namespace is at fault; unknown parts are empty, an unknown line is 0.
+/// The place of an error in a document or namespace.
 struct TCimXmlPlace {
-    std::string file;
-    int line = 0;
-    std::string className;
-    std::string propertyName;
+    std::optional<std::string> file;
+    std::optional<int> line;  ///< 1-based
+    std::optional<std::string> className;
+    std::optional<std::string> propertyName;  ///< only with a class
 };
 
-/// Throws the TCimXmlError of a place. Control characters are made visible, so the message is one line.
+/// Throws the TCimXmlError of a place. Escapes control characters, so that the message is one line.
 [[noreturn]] void ThrowAt(const TCimXmlPlace& place, std::string_view cause);
 
-/// A text as causes quote it: in double quotes, and only its beginning when it is long.
+/// Returns a text in double quotes; a long text is truncated.
 std::string Quote(std::string_view text);
 
 }  // namespace NVORHOST

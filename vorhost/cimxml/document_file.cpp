@@ -18,7 +18,7 @@ using std::literals::operator""sv;
 
 constexpr std::string_view gzipMark = "\x1F\x8B"sv;
 
-// How files of other compressions start, and the program that decompresses them.
+// The magic numbers of other compressions, and the programs that decompress them.
 struct TCompression {
     std::string_view mark;
     std::string_view name;
@@ -37,7 +37,7 @@ constexpr std::size_t longestMark = 6;
 
 }  // namespace
 
-// zlib's state for one file of one or more gzip members.
+// Decompresses a file of one or more gzip members.
 class TDocumentFile::TInflater {
   public:
     TInflater() {
@@ -46,7 +46,7 @@ class TDocumentFile::TInflater {
             throw std::bad_alloc();
         }
     }
-    ~TInflater() { (void)inflateEnd(&stream_); }  // fails for a state that was never made
+    ~TInflater() { (void)inflateEnd(&stream_); }
     TInflater(const TInflater&) = delete;
     TInflater& operator=(const TInflater&) = delete;
 
@@ -57,7 +57,7 @@ class TDocumentFile::TInflater {
         stream_.avail_in = static_cast<uInt>(bytes.size());
     }
 
-    /// Returns what came out; `status` is zlib's.
+    /// Decompresses until input or output buffer are exhausted; returns the output and sets zlib's `status`.
     std::string_view Step(int& status) {
         stream_.next_out = reinterpret_cast<Bytef*>(output_.data());  // NOLINT(*-reinterpret-cast)
         stream_.avail_out = static_cast<uInt>(output_.size());
@@ -68,7 +68,7 @@ class TDocumentFile::TInflater {
         return {output_.data(), count};
     }
 
-    /// The next step is about another member.
+    /// Prepares for the next member.
     void BeginMember() { (void)inflateReset(&stream_); }
     bool IsBetweenMembers() const { return isBetweenMembers_; }
     std::uint64_t GetTotal() const { return total_; }
@@ -85,7 +85,7 @@ TDocumentFile::TDocumentFile(const std::string& path)
     if (!file_.IsOpen()) {
         Fail("cannot be read: " + std::system_category().message(errno));
     }
-    // A pipe may hand out less at a time than a mark is long.
+    // A read from a pipe may return fewer bytes than the magic number has.
     for (std::size_t before = size_ + 1; size_ < longestMark && size_ != before;) {
         before = size_;
         Fill();
@@ -93,7 +93,7 @@ TDocumentFile::TDocumentFile(const std::string& path)
     const std::string_view start(buffer_.data(), size_);
     for (const TCompression& other : otherCompressions) {
         if (start.starts_with(other.mark)) {
-            Fail("is compressed with " + std::string(other.name) + ": decompress it first, with " +
+            Fail("is compressed with " + std::string(other.name) + "; decompress it first with " +
                  std::string(other.remedy));
         }
     }
@@ -116,10 +116,10 @@ std::string_view TDocumentFile::Read() {
 }
 
 void TDocumentFile::Fail(const std::string& cause) const {
-    ThrowAt({path_, 0, {}, {}}, cause);
+    ThrowAt({path_, {}, {}, {}}, cause);
 }
 
-// Appends the file's next bytes to the buffer.
+// Reads the next bytes of the file into the free part of the buffer.
 void TDocumentFile::Fill() {
     ssize_t count = 0;
     do {
@@ -131,7 +131,7 @@ void TDocumentFile::Fill() {
     size_ += static_cast<std::size_t>(count);
 }
 
-// Valid until the buffer is filled again.
+// Returns the unread bytes, which stay valid until the next Fill.
 std::string_view TDocumentFile::TakeBuffered() {
     const std::string_view bytes(buffer_.data(), size_);
     size_ = 0;

@@ -1,4 +1,4 @@
-// The bytes of a document file, which may be compressed with gzip.
+// Reads a document file, which may be compressed with gzip.
 #pragma once
 
 #include "os/file_descriptor.h"
@@ -15,18 +15,19 @@ namespace NVORHOST {
 /// A document file that is open for reading.
 class TDocumentFile {
   public:
-    /// What a gzip file may decompress to: far beyond the namespace of any machine, and little enough to
-    /// read.
+    /// Maximum size of decompressed data: far larger than the namespace of any machine, but still small
+    /// enough to read.
     static constexpr std::uint64_t maxBytes = std::uint64_t{256} << 20;
 
-    /// Errors: throws TCimXmlError for a file that cannot be read, and for one that is compressed otherwise.
+    /// Errors: throws TCimXmlError for a file that cannot be read or has another compression.
     explicit TDocumentFile(const std::string& path);
     ~TDocumentFile();
     TDocumentFile(const TDocumentFile&) = delete;
     TDocumentFile& operator=(const TDocumentFile&) = delete;
 
-    /// The next bytes of the document; none at its end.
-    /// Errors: throws TCimXmlError also for compressed data that is damaged, truncated or too large.
+    /// Returns the next bytes of the document, which stay valid until the next call; none at its end.
+    /// Errors: throws TCimXmlError for a read error, and for compressed data that is damaged, truncated or
+    /// too large.
     std::string_view Read();
 
   private:
@@ -40,7 +41,7 @@ class TDocumentFile {
     std::string path_;
     TFileDescriptor file_;
     std::array<char, 65536> buffer_{};
-    std::size_t size_ = 0;  // bytes of the file in the buffer
+    std::size_t size_ = 0;  // number of unread bytes in the buffer
     std::unique_ptr<TInflater> inflater_;
 };
 

@@ -15,7 +15,7 @@ struct TElementRow {
 
 using enum EElement;
 
-// Rows of one parent stand together, in the order of the parents; frequent tags come first.
+// Rows are grouped by parent, in the order of EElement; in a group, frequent tags come first.
 // Source: DSP0203 2.4 (the DTD), with VALUE.OBJECTWITHLOCALPATH and MULTIRSP of DSP0201 2.x.
 constexpr auto elementRows = std::to_array<TElementRow>({
     {document, "CIM", cim},
@@ -123,21 +123,21 @@ constexpr auto elementRows = std::to_array<TElementRow>({
 
 static_assert(std::ranges::is_sorted(elementRows, {}, &TElementRow::parent));
 
-// Where the rows of each parent begin; one more entry for the end of the last.
+// Index of the first row of each parent; the last entry is the end of the table.
 constexpr auto firstRows = [] {
     std::array<std::size_t, elementCount + 1> first{};
     for (const TElementRow& row : elementRows) {
         ++first[static_cast<std::size_t>(row.parent) + 1];
     }
-    for (std::size_t at = 1; at < first.size(); ++at) {
-        first[at] += first[at - 1];
+    for (std::size_t i = 1; i < first.size(); ++i) {
+        first[i] += first[i - 1];
     }
     return first;
 }();
 
 std::span<const TElementRow> RowsOf(EElement parent) {
-    const auto at = static_cast<std::size_t>(parent);
-    return std::span(elementRows).subspan(firstRows.at(at), firstRows.at(at + 1) - firstRows.at(at));
+    const auto i = static_cast<std::size_t>(parent);
+    return std::span(elementRows).subspan(firstRows.at(i), firstRows.at(i + 1) - firstRows.at(i));
 }
 
 }  // namespace

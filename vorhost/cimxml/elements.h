@@ -1,4 +1,4 @@
-// Which elements the reader knows, and where each may stand.
+// The elements that the reader accepts, and their allowed parents.
 #pragma once
 
 #include <cstddef>
@@ -7,11 +7,11 @@
 
 namespace NVORHOST {
 
-/// The elements of a document by what the reader does with them: those it treats alike are one, those that
-/// mean something else in another place are several.
+/// The kinds of elements, by what the reader does with them. Tags with the same treatment have one kind; a
+/// tag whose meaning depends on its parent has several.
 enum class EElement {
-    document,  ///< around the root
-    ignored,   ///< known, but of no interest here, and everything within it
+    document,  ///< the parent of the root
+    ignored,   ///< an accepted element whose content is skipped, and everything in it
     cim,
     declaration,
     declarationGroup,
@@ -20,7 +20,7 @@ enum class EElement {
     methodResponse,
     responseError,
     returnValue,
-    object,  ///< VALUE.OBJECT and its kin
+    object,  ///< VALUE.OBJECT and its variants
     classDeclaration,
     instance,
     property,
@@ -49,8 +49,8 @@ enum class EElement {
 
 constexpr std::size_t elementCount = static_cast<std::size_t>(EElement::keyValue) + 1;
 
-/// The element that a tag means within `parent`; nullopt when it may not stand there. Everything within an
-/// ignored element is ignored.
+/// Returns the kind of a tag in `parent`; nullopt if it is not allowed there. In an ignored element, every
+/// tag is ignored.
 std::optional<EElement> FindElement(EElement parent, std::string_view tag);
 
 }  // namespace NVORHOST

@@ -1,5 +1,4 @@
-// The names and limits of this format that the standard does not give, and that writer and reader must agree
-// on.
+// Names and limits that writer and reader share and that the standard does not define.
 #pragma once
 
 #include <cstddef>
@@ -7,21 +6,21 @@
 
 namespace NVORHOST {
 
-/// A property with this qualifier has values that XML text cannot carry: each of its VALUE elements holds the
-/// value's bytes in the encoding that the qualifier names, which is always base64.
+/// Marks a property whose values XML text cannot represent: each of its VALUE elements contains the bytes of
+/// the value in the encoding that is the value of the qualifier, which is always base64.
 constexpr std::string_view encodingQualifierName = "NoxinfoEncoding";
 constexpr std::string_view base64EncodingName = "base64";
 
-/// Elements may stand this deep, the root included.
+/// Maximum nesting depth of elements, including the root.
 constexpr std::size_t maxElementDepth = 64;
-/// A tag, comment or processing instruction may be about this long, in bytes; values may have any length.
+/// Approximate maximum length of a tag, comment or processing instruction in bytes. Values have no limit.
 constexpr std::size_t maxMarkupBytes = std::size_t{64} * 1024;
-/// A tag may have this many attributes: looking for one that stands twice takes time with the square of them.
+/// Maximum number of attributes of a tag. The check for duplicates takes quadratic time.
 constexpr std::size_t maxAttributes = 64;
-/// A name of a class or property may be this long, in bytes, so that it fits into a tag however it is
-/// escaped.
+/// Maximum length of the name of a class or property in bytes, so that it fits into a tag even if every
+/// character is escaped.
 constexpr std::size_t maxNameBytes = 4096;
-/// A class or an instance may have this many properties: setting one takes time in proportion to them all.
+/// Maximum number of properties of a class or instance. Setting one takes time linear in their number.
 constexpr std::size_t maxProperties = 4096;
 
 }  // namespace NVORHOST

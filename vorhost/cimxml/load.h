@@ -1,4 +1,4 @@
-// Reads a namespace from a CIM-XML file (elements of DSP0201 2.x as DSP0203 declares them).
+// Loads a namespace from a CIM-XML file (DSP0201 2.x, DSP0203).
 #pragma once
 
 #include "vorhost/cimxml/cim_xml_error.h"
@@ -9,13 +9,13 @@
 
 namespace NVORHOST {
 
-/// Reads the file, which may be compressed with gzip, and adds its classes, with their instances, to
-/// `target`. See docs/namespace-format.md for what is read. The XML library and the reader are loaded with
-/// the first call, so that programs that read no document do not pay for them at start-up. Errors: throws
-/// TCimXmlError, also when `target` has one of the classes already; `target` is left as it was.
+/// Reads a file, which may be compressed with gzip, and adds its classes and instances to `target`.
+/// docs/namespace-format.md describes the format. The first call loads the reader and the XML library, so
+/// that programs that read no document do not pay for them at start-up. Errors: throws TCimXmlError, also if
+/// `target` already has one of the classes. `target` is then unchanged.
 void LoadNamespace(const std::string& path, TMemoryNamespace& target);
 
-/// The same with a document that is in memory; `name` stands for its file in messages.
+/// Loads a document from memory. `name` replaces the file name in messages. Errors as for a file.
 void LoadNamespace(const std::string& name, std::string_view text, TMemoryNamespace& target);
 
 }  // namespace NVORHOST

@@ -1,4 +1,4 @@
-// The one function that the reader's module offers to the program that loads it.
+// The function that the reader's module exports.
 #pragma once
 
 #include "vorhost/model/memory_namespace.h"
@@ -8,8 +8,8 @@
 
 namespace NVORHOST {
 
-/// As `LoadNamespaceFromText` with a `text`, as `LoadNamespace` without; the exported symbol
-/// `loaderEntryName` has this type.
+/// The type of the exported symbol `loaderEntryName`. Calls `LoadNamespaceFromText`, or
+/// `LoadNamespaceFromFile` if `text` is null.
 using TLoaderEntry = void (*)(const std::string& name, const std::string_view* text,
                               TMemoryNamespace& target);
 

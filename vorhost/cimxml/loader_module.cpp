@@ -1,4 +1,4 @@
-// The reader as a module: what brings the XML library into the process, and only when a document is read.
+// The entry point of the reader's module, which is linked to the XML library.
 #include "host/export.h"
 #include "vorhost/cimxml/loader_entry.h"
 #include "vorhost/cimxml/parse.h"

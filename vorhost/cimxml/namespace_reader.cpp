@@ -1,5 +1,3 @@
-// One table says what happens at the start and at the end of each element; where elements may stand is said
-// in elements.cpp.
 #include "vorhost/cimxml/namespace_reader.h"
 
 #include "host/vor_exception.h"
@@ -16,23 +14,23 @@ namespace {
 
 using TCIMType = TCIMValue::TCIMType;
 
-// A text buffer that has grown beyond this is given back after use.
+// A larger text buffer is freed after use.
 constexpr std::size_t keptTextBytes = std::size_t{1024} * 1024;
 
 std::string_view RequireAttribute(const TXmlAttributes& attributes, std::string_view name) {
     const auto value = attributes.Find(name);
     if (!value) {
-        throw TCimXmlCause("the attribute " + std::string(name) + " is missing");
+        throw TCimXmlCause("missing attribute " + std::string(name));
     }
     return *value;
 }
 
-// The name of a class or property. Names that the writer could not write are refused.
+// Returns the name of a class or property. Refuses names that the writer would refuse.
 std::string_view RequireName(const TXmlAttributes& attributes, std::string_view attribute) {
     const std::string_view name = RequireAttribute(attributes, attribute);
     if (name.empty() || name.size() > maxNameBytes) {
         throw TCimXmlCause("the attribute " + std::string(attribute) +
-                           " has no name, or a too long one: " + Quote(name));
+                           " is empty or too long: " + Quote(name));
     }
     return name;
 }
@@ -65,10 +63,10 @@ struct TNamespaceReader::TElementRow {
     EElement element;
     TStart start;
     TEnd end;
-    bool hasText = false;  // of its own, and not only elements
+    bool hasText = false;  // contains text instead of elements
 };
 
-// Rows in the order of the elements: the element finds the row.
+// Rows in the order of EElement, so that an element is the index of its row.
 constexpr TNamespaceReader::TElementRow TNamespaceReader::elementRows[] = {
     {EElement::document, &TNamespaceReader::Pass, &TNamespaceReader::Pass},
     {EElement::ignored, &TNamespaceReader::Pass, &TNamespaceReader::Pass},
@@ -110,8 +108,8 @@ constexpr TNamespaceReader::TElementRow TNamespaceReader::elementRows[] = {
 const TNamespaceReader::TElementRow& TNamespaceReader::RowOf(EElement element) {
     static_assert(std::size(elementRows) == elementCount);
     static_assert([] {
-        for (std::size_t at = 0; at < elementCount; ++at) {
-            if (elementRows[at].element != static_cast<EElement>(at)) {
+        for (std::size_t i = 0; i < elementCount; ++i) {
+            if (elementRows[i].element != static_cast<EElement>(i)) {
                 return false;
             }
         }
@@ -125,7 +123,7 @@ TNamespaceReader::TNamespaceReader(TMemoryNamespace& target) : target_(target) {
 void TNamespaceReader::StartElement(std::string_view name, const TXmlAttributes& attributes) {
     const auto element = FindElement(open_.back(), name);
     if (!element) {
-        throw TCimXmlCause("the element " + Quote(name) + " is not expected here");
+        throw TCimXmlCause("unexpected element " + Quote(name));
     }
     open_.push_back(*element);
     text_.clear();
@@ -144,7 +142,7 @@ void TNamespaceReader::Text(std::string_view piece) {
     if (RowOf(open_.back()).hasText) {
         text_ += piece;
     } else if (open_.back() != EElement::ignored && !TrimXmlSpace(piece).empty()) {
-        throw TCimXmlCause("the text " + Quote(TrimXmlSpace(piece)) + " is not expected here");
+        throw TCimXmlCause("unexpected text " + Quote(TrimXmlSpace(piece)));
     }
 }
 
@@ -156,8 +154,8 @@ void TNamespaceReader::StartError(const TXmlAttributes& attributes) {
 
 void TNamespaceReader::StartClass(const TXmlAttributes& attributes) {
     place_.className = RequireName(attributes, "NAME");
-    if (!declaredClasses_.insert(place_.className).second) {
-        throw TCimXmlCause("the class is declared twice");
+    if (!declaredClasses_.insert(*place_.className).second) {
+        throw TCimXmlCause("duplicate class declaration");
     }
     declarations_.clear();
     declaredNames_.clear();
@@ -165,15 +163,15 @@ void TNamespaceReader::StartClass(const TXmlAttributes& attributes) {
 }
 
 void TNamespaceReader::EndClass() {
-    if (const auto known = target_.FindClass(place_.className)) {
+    if (const auto known = target_.FindClass(*place_.className)) {
         AddToKnownClass(*known);
     } else {
-        target_.AddClass(place_.className, std::exchange(declarations_, {}));
+        target_.AddClass(*place_.className, std::exchange(declarations_, {}));
     }
-    place_.className.clear();
+    place_.className.reset();
 }
 
-// The class was added with an instance that came before its declaration.
+// An instance that preceded the declaration has already added the class.
 void TNamespaceReader::AddToKnownClass(TMemoryClass& known) {
     for (TPropertyDeclaration& declaration : declarations_) {
         place_.propertyName = declaration.name;
@@ -185,16 +183,16 @@ void TNamespaceReader::AddToKnownClass(TMemoryClass& known) {
         }
         known.Declare(std::move(declaration));
     }
-    place_.propertyName.clear();
+    place_.propertyName.reset();
 }
 
 void TNamespaceReader::StartInstance(const TXmlAttributes& attributes) {
     place_.className = RequireName(attributes, "CLASSNAME");
-    if (class_ == nullptr || !EqualCimNames(class_->GetName(), place_.className)) {
-        class_ = target_.FindClass(place_.className);
+    if (class_ == nullptr || !EqualCimNames(class_->GetName(), *place_.className)) {
+        class_ = target_.FindClass(*place_.className);
     }
     if (class_ == nullptr) {
-        class_ = target_.AddClass(place_.className);
+        class_ = target_.AddClass(*place_.className);
     }
     instance_ = class_->NewInstance();
     propertyCount_ = 0;
@@ -203,7 +201,7 @@ void TNamespaceReader::StartInstance(const TXmlAttributes& attributes) {
 void TNamespaceReader::EndInstance() {
     instance_->CommitInstance({});
     instance_.reset();
-    place_.className.clear();
+    place_.className.reset();
 }
 
 void TNamespaceReader::StartProperty(const TXmlAttributes& attributes) {
@@ -228,7 +226,7 @@ void TNamespaceReader::BeginProperty(const TXmlAttributes& attributes, TCIMType 
     if (++propertyCount_ > maxProperties) {
         throw TCimXmlCause("more than " + std::to_string(maxProperties) + " properties");
     }
-    property_.Begin(place_.propertyName, type, isArray);
+    property_.Begin(*place_.propertyName, type, isArray);
 }
 
 void TNamespaceReader::EndProperty() {
@@ -237,12 +235,12 @@ void TNamespaceReader::EndProperty() {
     } else {
         AddDeclaration(property_.TakeValue());
     }
-    place_.propertyName.clear();
+    place_.propertyName.reset();
 }
 
 void TNamespaceReader::AddDeclaration(TCIMValue value) {
     if (!declaredNames_.insert(property_.GetName()).second) {
-        throw TCimXmlCause("the property is declared twice");
+        throw TCimXmlCause("duplicate property declaration");
     }
     TPropertyDeclaration declaration{property_.GetName(), property_.GetType(), property_.IsArray(), {}};
     if (!value.IsNull()) {
@@ -253,11 +251,11 @@ void TNamespaceReader::AddDeclaration(TCIMValue value) {
 
 void TNamespaceReader::SetProperty(TCIMValue value) {
     if (instance_->Find(property_.GetName()) != nullptr) {
-        throw TCimXmlCause("the property stands twice in one instance");
+        throw TCimXmlCause("duplicate property");
     }
     try {
         instance_->Set(property_.GetName(), std::move(value));
-    } catch (const NKELVOR20::TVORException&) {  // only for a conflict with the declaration
+    } catch (const NKELVOR20::TVORException&) {  // thrown only for a conflict with the declaration
         const auto& declarations = class_->GetDeclarations();
         const auto declaration = std::ranges::find_if(
             declarations, [this](const auto& each) { return EqualCimNames(each.name, property_.GetName()); });

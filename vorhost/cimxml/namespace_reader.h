@@ -1,4 +1,4 @@
-// Turns the elements of a CIM-XML document into classes and instances.
+// Converts the elements of a CIM-XML document to classes and instances.
 #pragma once
 
 #include "vorhost/cimxml/cim_xml_error.h"
@@ -18,17 +18,17 @@
 
 namespace NVORHOST {
 
-/// Errors: the events throw TCimXmlCause; `GetPlace` then tells class and property.
+/// Errors: the events throw TCimXmlCause; `GetPlace` then returns class and property of the error.
 class TNamespaceReader final : public IXmlEvents {
   public:
-    /// Fills `target`, which must be empty and outlive this object.
+    /// `target` must be empty and outlive this object.
     explicit TNamespaceReader(TMemoryNamespace& target);
 
     void StartElement(std::string_view name, const TXmlAttributes& attributes) override;
     void EndElement() override;
     void Text(std::string_view piece) override;
 
-    /// The class and property that are being read, as far as any are.
+    /// The class and property that are being read; file and line are absent.
     const TCimXmlPlace& GetPlace() const { return place_; }
 
   private:
@@ -80,12 +80,12 @@ class TNamespaceReader final : public IXmlEvents {
     TMemoryNamespace& target_;
     std::vector<EElement> open_{EElement::document};
     TCimXmlPlace place_;
-    std::string text_;  ///< of the innermost element
+    std::string text_;  // text of the innermost element
 
     TNameSet declaredClasses_;
     std::vector<TPropertyDeclaration> declarations_;
     TNameSet declaredNames_;
-    boost::shared_ptr<TMemoryClass> class_;  ///< of the instance that is being read
+    boost::shared_ptr<TMemoryClass> class_;  // class of the most recent instance
     boost::shared_ptr<TMemoryInstance> instance_;
     std::size_t propertyCount_ = 0;
     TPropertyBuilder property_;

@@ -58,13 +58,13 @@ void AppendNamespace(const TObjectPath& path, std::string& text) {
     if (!path.host.empty()) {
         text.append(hostMark).append(path.host).append("/");
     }
-    for (std::size_t at = 0; at < path.namespaces.size(); ++at) {
-        text.append(at > 0 ? "/" : "").append(path.namespaces[at]);
+    for (std::size_t i = 0; i < path.namespaces.size(); ++i) {
+        text.append(i > 0 ? "/" : "").append(path.namespaces[i]);
     }
     text += path.namespaces.empty() ? "" : ":";
 }
 
-// Reads a text from the front. Each Take is false, or nullopt, when something else stands there.
+// Parses a text from the front. Each Take function returns false or nullopt if the text does not match.
 class TPathCursor {
   public:
     explicit TPathCursor(std::string_view text) : rest_(text) {}
@@ -72,19 +72,19 @@ class TPathCursor {
     bool IsAtEnd() const { return rest_.empty(); }
 
     bool Take(std::string_view mark) {
-        const bool isThere = rest_.starts_with(mark);
-        rest_.remove_prefix(isThere ? mark.size() : 0);
-        return isThere;
+        const bool matches = rest_.starts_with(mark);
+        rest_.remove_prefix(matches ? mark.size() : 0);
+        return matches;
     }
 
-    // What stands in front of the first of `ends`, or all that is left.
+    // Takes the text before the first character of `ends`, or the whole rest.
     std::string_view TakeUntil(std::string_view ends) {
         const std::string_view taken = rest_.substr(0, rest_.find_first_of(ends));
         rest_.remove_prefix(taken.size());
         return taken;
     }
 
-    // What stands in front of a mark, which goes too. Nothing is taken when there is no mark.
+    // Takes the text before a mark, and removes the mark. Takes nothing if there is no mark.
     std::optional<std::string_view> TakeBefore(char mark) {
         const std::size_t end = rest_.find(mark);
         if (end == std::string_view::npos) {
@@ -95,17 +95,17 @@ class TPathCursor {
         return taken;
     }
 
-    // The rest of a quoted text whose opening quote is taken.
+    // Takes a quoted text after its opening quote; resolves escapes.
     std::optional<std::string> TakeQuoted() {
         std::string value;
-        for (std::size_t at = 0; at < rest_.size(); ++at) {
-            if (rest_[at] == '"') {
-                rest_.remove_prefix(at + 1);
+        for (std::size_t i = 0; i < rest_.size(); ++i) {
+            if (rest_[i] == '"') {
+                rest_.remove_prefix(i + 1);
                 return value;
             }
-            at += rest_[at] == '\\' ? 1U : 0U;
-            if (at < rest_.size()) {
-                value += rest_[at];
+            i += rest_[i] == '\\' ? 1U : 0U;
+            if (i < rest_.size()) {
+                value += rest_[i];
             }
         }
         return std::nullopt;
@@ -123,8 +123,8 @@ bool TakeHost(TPathCursor& cursor, TObjectPath& path) {
     return IsHostName(path.host);
 }
 
-// Neither class nor key names have a colon, nor have values that are not quoted: one in front of the first
-// quote ends the namespace.
+// A colon before the first quote ends the namespace, because class names, key names and unquoted values do
+// not contain colons.
 bool TakeNamespaces(std::string_view text, TPathCursor& cursor, TObjectPath& path) {
     if (path.host.empty() && text.substr(0, text.find('"')).find(':') == std::string_view::npos) {
         return true;
@@ -208,7 +208,7 @@ std::optional<TObjectPath> ParseNested(std::string_view text, std::size_t depth)
 
 bool ParsesAs(TCIMValue::TCIMType type, const std::string& text) {
     try {
-        (void)ParseValueText(type, text);  // only whether it can be read
+        (void)ParseValueText(type, text);  // only the exception matters
         return true;
     } catch (const TCimXmlCause&) {
         return false;
@@ -253,7 +253,7 @@ bool IsNamespaceStep(std::string_view step) {
 }
 
 bool IsNumberText(std::string_view text) {
-    constexpr std::size_t longestNumber = 400;  // the longest real64 written out in full is shorter
+    constexpr std::size_t longestNumber = 400;  // longer than any real64 without an exponent
     const std::string number(text.substr(0, longestNumber + 1));
     using enum TCIMValue::TCIMType::ECIMType;
     return number.size() <= longestNumber && !HasSpace(number) &&

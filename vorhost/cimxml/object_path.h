@@ -1,13 +1,13 @@
-// Object paths: the text that reference values hold, and its parts, which VALUE.REFERENCE elements spell out.
+// Object paths: the text of reference values, and its parts, which VALUE.REFERENCE elements contain.
 //
 // The text is the untyped object path of DSP0004:
 //     //host/root/cimv2:Class.Key="value",Number=5     an instance, with host and namespace
 //     root/cimv2:Class                                 a class, with namespace
 //     Class=@                                          an instance without keys
-//     Class="value"                                    an instance with one key that is not named
+//     Class="value"                                    an instance with a single unnamed key
 //     Class.Key=(reference)"Other.Id=\"1\""            a key that is a reference itself
-// Text keys stand in double quotes with a backslash before each double quote and backslash; booleans are TRUE
-// or FALSE; numbers stand as they were written. The mark (reference) keeps references and texts apart.
+// Text keys are enclosed in double quotes, with a backslash before each double quote and backslash. Booleans
+// are TRUE or FALSE. Numbers keep their spelling. The prefix (reference) distinguishes references from texts.
 #pragma once
 
 #include <optional>
@@ -17,41 +17,42 @@
 
 namespace NVORHOST {
 
-/// One key of an instance's path.
+/// One key of an instance.
 struct TPathKey {
     enum class EType { text, boolean, number, reference };
 
-    std::string name;  ///< empty: the only key, not named
+    std::string name;  ///< empty for a single unnamed key
     EType type = EType::text;
-    std::string value;  ///< without quotes and escapes; of a reference its object path
+    std::string value;  ///< without quotes and escapes; an object path for a reference
 };
 
 struct TObjectPath {
-    std::string host;                     ///< empty: none
-    std::vector<std::string> namespaces;  ///< "root", "cimv2"; empty: none, and then no host
+    std::string host;                     ///< empty if the path has none
+    std::vector<std::string> namespaces;  ///< "root", "cimv2"; required with a host
     std::string className;
     bool isInstance = false;
     std::vector<TPathKey> keys;  ///< empty for a class
 };
 
-/// References may stand within keys of references this deep; the quoting doubles with each level.
+/// Maximum nesting of references in keys. The number of backslashes doubles with each level.
 constexpr std::size_t maxReferenceNesting = 4;
 
-/// The text of a path. All parts must be such as the checks below accept.
+/// Returns the text of a path, whose parts must be valid according to the checks below.
 std::string ToText(const TObjectPath& path);
 
-/// The path that a text spells. Absent: nullopt unless `ToText` gives back this very text, and for references
-/// nested too deep.
+/// Parses the text of a path. Absent: nullopt unless `ToText` of the path is the same text, and for
+/// references that are nested too deeply.
 std::optional<TObjectPath> ParseObjectPath(std::string_view text);
 
-/// True for a name of a class or property: letters, digits, underscores and non-ASCII characters, at most
-/// 1024 bytes, no digit first. Source: DSP0004, 5.1.
+/// True for a valid name of a class or property: letters, digits, underscores and non-ASCII characters, not
+/// starting with a digit, at most 1024 bytes. Source: DSP0004, 5.1.
 bool IsCimName(std::string_view name);
-/// True for what may stand as a host: not empty, no white space, no "/".
+/// True for a valid host: not empty, no white space, no "/".
 bool IsHostName(std::string_view host);
-/// True for one step of a namespace: not empty, at most 1024 bytes, no white space, none of "/" ":" and '"'.
+/// True for a valid step of a namespace: not empty, at most 1024 bytes, no white space, none of "/" ":" and
+/// '"'.
 bool IsNamespaceStep(std::string_view step);
-/// True for a number as a key: an integer or a real as VALUE elements write them.
+/// True for a valid numeric key: an integer or real in the form of a VALUE element.
 bool IsNumberText(std::string_view text);
 
 }  // namespace NVORHOST

@@ -9,18 +9,17 @@
 namespace NVORHOST {
 namespace {
 
-// Classes cannot be merged: what the target's own instances hold need not fit the declarations of the
-// document.
+// Does not merge classes: existing instances may conflict with the declarations of the document.
 void MoveClasses(const std::string& name, TMemoryNamespace&& loaded, TMemoryNamespace& target) {
     for (const auto& each : loaded.GetClasses()) {
         if (target.FindClass(each->GetName()) != nullptr) {
-            ThrowAt({name, 0, each->GetName(), {}}, "the namespace has this class already");
+            ThrowAt({name, {}, each->GetName(), {}}, "the namespace already has this class");
         }
     }
     target.TakeClasses(std::move(loaded));
 }
 
-// `feed` hands the whole document to the parser that it is called with.
+// `feed` receives the parser and passes the whole document to it.
 template <typename TFeed>
 void Load(const std::string& name, TMemoryNamespace& target, const TFeed& feed) {
     TMemoryNamespace loaded;
@@ -32,7 +31,9 @@ void Load(const std::string& name, TMemoryNamespace& target, const TFeed& feed) 
     } catch (const TCimXmlCause& cause) {
         TCimXmlPlace place = reader.GetPlace();
         place.file = name;
-        place.line = parser.GetLine();
+        if (const int line = parser.GetLine(); line > 0) {
+            place.line = line;
+        }
         ThrowAt(place, cause.what());
     }
     MoveClasses(name, std::move(loaded), target);

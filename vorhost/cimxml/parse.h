@@ -1,4 +1,5 @@
-// The reader of CIM-XML itself. Programs call `LoadNamespace` of load.h instead, which loads this on demand.
+// The CIM-XML reader. Programs call `LoadNamespace` (load.h), which loads the module of this reader on
+// demand.
 #pragma once
 
 #include "vorhost/cimxml/cim_xml_error.h"
@@ -9,10 +10,10 @@
 
 namespace NVORHOST {
 
-/// Reads a document that is in memory; `name` stands for the file in messages. Otherwise as `LoadNamespace`.
+/// Reads a document from memory; `name` replaces the file name in messages. See `LoadNamespace`.
 void LoadNamespaceFromText(const std::string& name, std::string_view text, TMemoryNamespace& target);
 
-/// Reads a file, which may be compressed with gzip, piece by piece. As `LoadNamespace`.
+/// Reads a file piece by piece. See `LoadNamespace`.
 void LoadNamespaceFromFile(const std::string& path, TMemoryNamespace& target);
 
 }  // namespace NVORHOST

@@ -1,4 +1,4 @@
-// Puts together one property, or the declaration of one, from its values as they come.
+// Builds a property, or the declaration of one, from its values in document order.
 #pragma once
 
 #include "vorhost/model/memory_namespace.h"
@@ -9,15 +9,15 @@
 
 namespace NVORHOST {
 
-/// Errors: throws TCimXmlCause for values that are malformed, too many, or out of their type's range.
+/// Errors: throws TCimXmlCause for a value that is malformed or out of range, and for a second value.
 class TPropertyBuilder {
   public:
-    /// A property without value; what was built before is forgotten.
+    /// Begins a property without a value; discards the previous one.
     void Begin(std::string_view name, TCIMValue::TCIMType type, bool isArray);
-    /// Says that values come in an encoding; all but base64 is refused.
+    /// Sets the encoding of the values that follow. Only base64 is accepted.
     void SetEncoding(std::string_view encoding);
     void SetScalar(const std::string& text);
-    /// A reference; only one that is no object path can be in an encoding.
+    /// Sets a reference. Only an opaque one, which is not an object path, can be encoded.
     void SetReference(const std::string& text, bool isOpaque);
     void BeginArray();
     void AddElement(const std::string& text);
@@ -26,7 +26,7 @@ class TPropertyBuilder {
     const std::string& GetName() const { return name_; }
     TCIMValue::TCIMType GetType() const { return type_; }
     bool IsArray() const { return isArray_; }
-    /// The value, null when none came. To be called once.
+    /// Returns the value; null if none was set. Call once.
     TCIMValue TakeValue();
 
   private:

@@ -42,7 +42,7 @@ EType KeyTypeOf(TCIMType type) {
 
 void RequireCimName(std::string_view name) {
     if (!IsCimName(name)) {
-        throw TCimXmlCause(Quote(name) + " is no CIM name");
+        throw TCimXmlCause(Quote(name) + " is not a valid CIM name");
     }
 }
 
@@ -53,7 +53,7 @@ std::string BooleanKeyText(const std::string& text) {
 std::string NumberKeyText(const std::string& text) {
     const std::string_view number = TrimXmlSpace(text);
     if (!IsNumberText(number)) {
-        throw TCimXmlCause("the key " + Quote(number) + " is no number");
+        throw TCimXmlCause("the key " + Quote(number) + " is not a valid number");
     }
     return std::string(number);
 }
@@ -73,8 +73,8 @@ std::string KeyText(EType type, const std::string& text) {
 
 void TReferenceBuilder::Open() {
     if (open_.size() == maxReferenceNesting) {
-        throw TCimXmlCause("references stand deeper than " + std::to_string(maxReferenceNesting) +
-                           " levels in each other");
+        throw TCimXmlCause("references are nested more than " + std::to_string(maxReferenceNesting) +
+                           " levels deep");
     }
     open_.emplace_back();
 }
@@ -82,7 +82,7 @@ void TReferenceBuilder::Open() {
 void TReferenceBuilder::SetHost(std::string_view host) {
     Innermost().path.host = TrimXmlSpace(host);
     if (!IsHostName(Innermost().path.host)) {
-        throw TCimXmlCause(Quote(host) + " is no host");
+        throw TCimXmlCause(Quote(host) + " is not a valid host");
     }
 }
 
@@ -91,7 +91,7 @@ void TReferenceBuilder::AddNamespace(std::string_view steps) {
         const std::size_t end = std::min(steps.find('/', begin), steps.size());
         const std::string_view step = steps.substr(begin, end - begin);
         if (!IsNamespaceStep(step)) {
-            throw TCimXmlCause(Quote(steps) + " is no namespace");
+            throw TCimXmlCause(Quote(steps) + " is not a valid namespace");
         }
         Innermost().path.namespaces.emplace_back(step);
         begin = end + 1;
@@ -100,7 +100,7 @@ void TReferenceBuilder::AddNamespace(std::string_view steps) {
 
 void TReferenceBuilder::BeginObject(bool isInstance) {
     if (Innermost().hasObject) {
-        throw TCimXmlCause("a reference to more than one object");
+        throw TCimXmlCause("reference to more than one object");
     }
     Innermost().hasObject = true;
     Innermost().path.isInstance = isInstance;
@@ -159,7 +159,7 @@ void TReferenceBuilder::AddKey(EType type, std::string value) {
     const bool isNamed = !open.key.name.empty();
     const bool followsUnnamed = !keys.empty() && keys.front().name.empty();
     if (isNamed ? !open.awaitsValue || followsUnnamed : !keys.empty()) {
-        throw TCimXmlCause("more than one value for one key");
+        throw TCimXmlCause("duplicate value for a key");
     }
     keys.push_back({open.key.name, type, std::move(value)});
     open.awaitsValue = false;
@@ -167,13 +167,13 @@ void TReferenceBuilder::AddKey(EType type, std::string value) {
 
 void TReferenceBuilder::RequireNamespace() {
     if (Innermost().path.namespaces.empty()) {
-        throw TCimXmlCause("an object path without its namespace");
+        throw TCimXmlCause("object path without a namespace");
     }
 }
 
 void TReferenceBuilder::RequireHost() {
     if (Innermost().path.host.empty()) {
-        throw TCimXmlCause("an object path without its host");
+        throw TCimXmlCause("object path without a host");
     }
 }
 
@@ -181,14 +181,14 @@ std::string TReferenceBuilder::TakeOpaque(TObjectPath& path) {
     const bool isText = path.namespaces.empty() && path.keys.size() == 1 && path.keys.front().name.empty() &&
                         path.keys.front().type == EType::text;
     if (!isText) {
-        throw TCimXmlCause("an object path without its class");
+        throw TCimXmlCause("object path without a class");
     }
     return std::move(path.keys.front().value);
 }
 
 std::optional<std::string> TReferenceBuilder::Close() {
     if (!Innermost().hasObject) {
-        throw TCimXmlCause("a reference to no object");
+        throw TCimXmlCause("reference without an object");
     }
     TObjectPath path = std::move(Innermost().path);
     open_.pop_back();
@@ -197,7 +197,7 @@ std::optional<std::string> TReferenceBuilder::Close() {
         return isOpaque_ ? TakeOpaque(path) : ToText(path);
     }
     if (isOpaque_) {
-        throw TCimXmlCause("an object path without its class");
+        throw TCimXmlCause("object path without a class");
     }
     AddKey(EType::reference, ToText(path));
     return std::nullopt;

@@ -1,4 +1,4 @@
-// Puts together the object paths that VALUE.REFERENCE elements spell out, from their parts as they come.
+// Builds object paths from the parts of VALUE.REFERENCE elements, in document order.
 #pragma once
 
 #include "vorhost/cimxml/object_path.h"
@@ -10,40 +10,41 @@
 
 namespace NVORHOST {
 
-/// Errors: throws TCimXmlCause for parts that make up no path.
+/// Errors: throws TCimXmlCause for parts that do not form a valid path.
 class TReferenceBuilder {
   public:
-    /// Begins a reference; within one that is open, one that is a key of it.
+    /// Begins a reference. If another one is open, the new one becomes a key of it.
     void Open();
     void SetHost(std::string_view host);
-    /// One step of the namespace, or several with "/" between them, as some servers write it.
+    /// Adds one step of the namespace, or several separated by "/", which some servers write.
     void AddNamespace(std::string_view steps);
     void SetClass(std::string_view className);
-    /// An empty `className` begins a text that is no object path: it must get one unnamed text key, and
-    /// nothing else.
+    /// An empty `className` begins an opaque text, which is not an object path: exactly one unnamed text key
+    /// must follow.
     void SetInstance(std::string_view className);
-    /// The name of the key whose value comes next.
+    /// Begins a named key.
     void BeginKey(std::string_view name);
     void EndKey();
-    /// The type of the text that comes next: `valueType` as VALUETYPE has it, or else the CIM type `type`.
+    /// Sets the type of the next key value from the attributes VALUETYPE or, if that is absent, TYPE.
     void SetKeyType(std::optional<std::string_view> valueType, std::optional<std::string_view> type);
     void AddKeyValue(const std::string& text);
-    /// Checks that the path has the parts that a full or local one must have.
+    /// Throws if the path has no namespace, which full and local paths require.
     void RequireNamespace();
+    /// Throws if the path has no host, which full paths require.
     void RequireHost();
 
-    /// Ends the innermost reference. The text of the outermost; nullopt for one that has become a key.
+    /// Ends the innermost reference. Returns the text of an outermost one; nullopt for one that became a key.
     std::optional<std::string> Close();
-    /// True when the reference that was closed last was no object path but another text.
+    /// True if the most recently closed reference is an opaque text.
     bool IsOpaque() const { return isOpaque_; }
-    /// Forgets what is open.
+    /// Discards all open references.
     void Clear();
 
   private:
     struct TOpenPath {
         TObjectPath path;
         bool hasObject = false;
-        TPathKey key;  ///< the one that comes next
+        TPathKey key;  ///< the next key
         bool awaitsValue = false;
     };
 

@@ -1,4 +1,3 @@
-// The writer: elements are put out as they come, nothing of the document is kept.
 #include "vorhost/cimxml/save.h"
 
 #include "vorhost/cimxml/format.h"
@@ -21,7 +20,7 @@ constexpr std::string_view prolog =
     "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\">\n<DECLARATION>\n<DECLGROUP>\n";
 constexpr std::string_view epilog = "</DECLGROUP>\n</DECLARATION>\n</CIM>\n";
 
-// A property of an instance, or the declaration of one; a declaration without default value has a null one.
+// A property of an instance, or a declaration; `value` is null for a declaration without default value.
 struct TPropertyToWrite {
     const std::string& name;
     TCIMType type;
@@ -55,7 +54,7 @@ void CheckCount(std::size_t properties) {
     }
 }
 
-// Writes the values of one property, and what stands in front of them.
+// Writes the values of a property, preceded by a qualifier if they are encoded.
 class TValueWriter {
   public:
     explicit TValueWriter(TXmlOutput& out) : out_(out) {}
@@ -128,7 +127,8 @@ class TValueWriter {
         }
     }
 
-    // A text that is no object path: as the key of an instance whose class has no name, which no path has.
+    // Writes a text that is not an object path as the key of an instance without a class name. No valid path
+    // has this form.
     void WriteOpaqueReference(const std::string& text, bool isPlain) {
         out_.Markup("<VALUE.REFERENCE><INSTANCENAME CLASSNAME=\"\"><KEYVALUE>");
         if (isPlain) {
@@ -209,7 +209,8 @@ class TValueWriter {
 
     void WriteKeyValue(const TPathKey& key) {
         if (key.type == TPathKey::EType::reference) {
-            WriteReferenceTo(ParseObjectPath(key.value).value());  // a parsed path has only valid ones in it
+            WriteReferenceTo(
+                ParseObjectPath(key.value).value());  // ParseObjectPath has validated nested paths
             return;
         }
         out_.Markup("<KEYVALUE");
@@ -253,7 +254,7 @@ class TDocumentWriter {
     template <typename TWriteProperties>
     void WriteObject(std::string_view element, std::string_view nameAttribute, const std::string& name,
                      std::size_t propertyCount, const TWriteProperties& writeProperties) {
-        place_ = {{}, 0, name, {}};
+        place_ = {{}, {}, name, {}};
         try {
             CheckName(name);
             CheckCount(propertyCount);
@@ -277,8 +278,8 @@ class TDocumentWriter {
         out_.Markup("<");
         out_.Markup(element);
         out_.Attribute("NAME", property.name);
-        if (element != "PROPERTY.REFERENCE") {  // whose element says the type
-            out_.Attribute("TYPE", CimTypeName(property.type));
+        if (element != "PROPERTY.REFERENCE") {  // its element implies the type
+            out_.Attribute("TYPE", property.type.ToString());
         }
         if (property.value == nullptr || property.value->IsNull()) {
             out_.Markup("/>\n");

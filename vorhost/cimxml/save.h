@@ -1,4 +1,4 @@
-// Writes a namespace, or single instances, as CIM-XML.
+// Saves a namespace, or instances of one class, as CIM-XML.
 #pragma once
 
 #include "vorhost/cimxml/cim_xml_error.h"
@@ -10,16 +10,16 @@
 
 namespace NVORHOST {
 
-/// Writes classes with their declarations, then their instances, so that loading gives an equal namespace.
-/// The document is well formed for any byte in any value; see docs/namespace-format.md for text that XML
-/// cannot carry.
-/// Errors: the state of `out` tells of write failures. Throws TCimXmlError for what cannot be written so that
-///         it reads back the same: a name that is no XML text or longer than 4096 bytes, a date-time with
-///         impossible fields, more than 4096 properties in one class or instance. `out` then holds a part of
-///         the document.
+/// Writes the class declarations, then the instances. Loading the document gives an equal namespace. The
+/// document is well-formed for any bytes in values; docs/namespace-format.md describes text that XML cannot
+/// represent. Errors: write failures set the state of `out`. Throws TCimXmlError for data that would not read
+/// back equal: a
+///         name that is not valid XML text or longer than 4096 bytes, a date-time with invalid fields, more
+///         than 4096 properties in one class or instance. `out` then contains a part of the document.
 void SaveNamespace(const TMemoryNamespace& source, std::ostream& out);
 
-/// Writes instances of one class, in order, properties in the order they were set. Errors as above.
+/// Writes instances of one class, with properties in the order in which they were set. Errors: see
+/// SaveNamespace.
 void SaveInstances(const std::string& className,
                    const std::vector<boost::shared_ptr<TMemoryInstance>>& instances, std::ostream& out);
 

@@ -1,4 +1,3 @@
-// One table with a row for each intrinsic type; everything else serves a cell of it.
 #include "vorhost/cimxml/value_text.h"
 
 #include "text/ascii.h"
@@ -30,14 +29,14 @@ constexpr std::string_view minusInfinityText = "-INF";
 constexpr std::string_view notANumberText = "NaN";
 
 [[noreturn]] void ThrowMalformed(std::string_view text, TCIMType type) {
-    throw TCimXmlCause(Quote(text) + " is no " + type.ToString());
+    throw TCimXmlCause(Quote(text) + " is not a valid " + type.ToString());
 }
 
 [[noreturn]] void ThrowOutOfRange(std::string_view text, TCIMType type) {
     throw TCimXmlCause(Quote(text) + " is out of range for " + type.ToString());
 }
 
-// Takes a leading sign off the text; true for "-".
+// Removes a leading sign; returns true for "-".
 bool TakeSign(std::string_view& text) {
     const char sign = text.empty() ? '\0' : text.front();
     if (sign == '-' || sign == '+') {
@@ -46,7 +45,7 @@ bool TakeSign(std::string_view& text) {
     return sign == '-';
 }
 
-// Takes "0x" off the text when it is there.
+// Removes a leading "0x"; returns the radix.
 int TakeRadix(std::string_view& text) {
     if (text.starts_with("0x") || text.starts_with("0X")) {
         text.remove_prefix(2);
@@ -55,7 +54,7 @@ int TakeRadix(std::string_view& text) {
     return 10;
 }
 
-// An integer as the text gives it, before the type narrows it.
+// Sign and absolute value of an integer of any type.
 struct TMagnitude {
     bool isNegative = false;
     std::uint64_t value = 0;
@@ -83,7 +82,7 @@ TCIMValue ParseInteger(TCIMType type, const std::string& text) {
     const std::string_view whole = TrimXmlSpace(text);
     const TMagnitude magnitude = ParseMagnitude(whole, type);
     const std::uint64_t highest = static_cast<std::uint64_t>(std::numeric_limits<T>::max());
-    const std::uint64_t lowest = std::is_signed_v<T> ? highest + 1 : 0;  // without its sign
+    const std::uint64_t lowest = std::is_signed_v<T> ? highest + 1 : 0;  // absolute value
     if (magnitude.value > (magnitude.isNegative ? lowest : highest)) {
         ThrowOutOfRange(whole, type);
     }
@@ -94,7 +93,7 @@ TOptionalText IntegerText(const TCIMValue& value) {
     return value.ToString(10);
 }
 
-// Only the quiet NaN that "NaN" reads back as; others differ in their bits.
+// True for the NaN that "NaN" is parsed as. Other NaNs differ in their bits.
 template <std::floating_point T>
 bool IsPlainNan(T number) {
     using TBits = std::conditional_t<sizeof(T) == 4, std::uint32_t, std::uint64_t>;
@@ -124,7 +123,7 @@ TCIMValue ParseReal(TCIMType type, const std::string& text) {
     const bool isNegative = TakeSign(digits);
     const char* const end = digits.data() + digits.size();
     T number = 0;
-    // from_chars knows "inf", "nan" and a second sign, all of which begin with no digit and no point.
+    // from_chars also accepts "inf", "nan" and a second sign, none of which starts with a digit or a point.
     const bool startsNumber = !digits.empty() && (IsDigit(digits.front()) || digits.front() == '.');
     const auto read = std::from_chars(digits.data(), end, number);
     if (!startsNumber || read.ptr != end || read.ec == std::errc::invalid_argument) {
@@ -146,7 +145,7 @@ TOptionalText RealText(const TCIMValue& value) {
         return std::string(number < 0 ? minusInfinityText : infinityText);
     }
     std::string text = value.ToString(10);
-    if (text.find('.') == std::string::npos) {  // the standard's form has a fraction
+    if (text.find('.') == std::string::npos) {  // the standard requires a fraction
         text.insert(std::min(text.find('e'), text.size()), ".0");
     }
     return text;
@@ -205,7 +204,7 @@ TCIMValue ParseDateTime(TCIMType type, const std::string& text) {
     return TCIMValue(*dateTime);
 }
 
-// Date-times take any fields; only valid ones have a text form that reads back the same.
+// A TCIMDateTime may have any fields; only valid ones have a text that reads back equal.
 TOptionalText DateTimeText(const TCIMValue& value) {
     std::string text = value.ToString(10);
     const auto readBack = TCIMDateTime::FromText(text);
@@ -223,8 +222,8 @@ TOptionalText DateTimeText(const TCIMValue& value) {
 template <std::unsigned_integral T>
 std::string ToBytes(T bits) {
     std::string bytes;
-    for (std::size_t at = sizeof(T); at-- > 0;) {
-        bytes += static_cast<char>(bits >> (8 * at) & 0xFFU);
+    for (std::size_t i = sizeof(T); i-- > 0;) {
+        bytes += static_cast<char>(bits >> (8 * i) & 0xFFU);
     }
     return bytes;
 }
@@ -232,7 +231,7 @@ std::string ToBytes(T bits) {
 template <std::unsigned_integral T>
 T FromBytes(TCIMType type, const std::string& bytes) {
     if (bytes.size() != sizeof(T)) {
-        throw TCimXmlCause(std::to_string(bytes.size()) + " bytes are no " + type.ToString());
+        throw TCimXmlCause(std::to_string(bytes.size()) + " bytes are not a valid " + type.ToString());
     }
     T bits = 0;
     for (const char byte : bytes) {
@@ -260,17 +259,17 @@ std::string StringBytes(const TCIMValue& value) {
 }
 
 TCIMValue RefuseBytes(TCIMType type, const std::string& /*bytes*/) {
-    throw TCimXmlCause("a " + type.ToString() + " is not written in base64");
+    throw TCimXmlCause("base64 is not supported for " + type.ToString());
 }
 
 std::string ThrowNoBytes(const TCIMValue& value) {
     throw TCimXmlCause("the " + value.GetType().ToString() + " \"" + value.ToString(10) + "\" is not valid");
 }
 
-// How one type is written. Rows in the order of the type codes, from 1 on: the code finds the row.
+// The conversions of one type. Rows in the order of the type codes, which start at 1, so that a code gives
+// the index of its row.
 struct TTypeRow {
     TCIMType::ECIMType type;
-    std::string_view name;
     TCIMValue (*parseText)(TCIMType type, const std::string& text);
     TOptionalText (*text)(const TCIMValue& value);
     TCIMValue (*parseBytes)(TCIMType type, const std::string& bytes);
@@ -278,32 +277,31 @@ struct TTypeRow {
 };
 
 template <std::integral T>
-constexpr TTypeRow IntegerRow(TCIMType::ECIMType type, std::string_view name) {
-    return {type, name, ParseInteger<T>, IntegerText, RefuseBytes, ThrowNoBytes};
+constexpr TTypeRow IntegerRow(TCIMType::ECIMType type) {
+    return {type, ParseInteger<T>, IntegerText, RefuseBytes, ThrowNoBytes};
 }
 
 template <std::floating_point T, std::unsigned_integral TBits>
-constexpr TTypeRow RealRow(TCIMType::ECIMType type, std::string_view name) {
-    return {type, name, ParseReal<T>, RealText<T>, ParseBytes<T, TBits>, RealBytes<T, TBits>};
+constexpr TTypeRow RealRow(TCIMType::ECIMType type) {
+    return {type, ParseReal<T>, RealText<T>, ParseBytes<T, TBits>, RealBytes<T, TBits>};
 }
 
 constexpr std::array typeRows{
-    TTypeRow{TCIMType::eBoolean, "boolean", ParseBoolean, BooleanText, RefuseBytes, ThrowNoBytes},
-    TTypeRow{TCIMType::eChar16, "char16", ParseChar16, Char16Text, ParseBytes<char16_t, std::uint16_t>,
-             Char16Bytes},
-    IntegerRow<std::uint8_t>(TCIMType::eUint8, "uint8"),
-    IntegerRow<std::int8_t>(TCIMType::eSint8, "sint8"),
-    IntegerRow<std::uint16_t>(TCIMType::eUint16, "uint16"),
-    IntegerRow<std::int16_t>(TCIMType::eSint16, "sint16"),
-    IntegerRow<std::uint32_t>(TCIMType::eUint32, "uint32"),
-    IntegerRow<std::int32_t>(TCIMType::eSint32, "sint32"),
-    IntegerRow<std::uint64_t>(TCIMType::eUint64, "uint64"),
-    IntegerRow<std::int64_t>(TCIMType::eSint64, "sint64"),
-    RealRow<float, std::uint32_t>(TCIMType::eReal32, "real32"),
-    RealRow<double, std::uint64_t>(TCIMType::eReal64, "real64"),
-    TTypeRow{TCIMType::eString, "string", ParseString, StringText, ParseString, StringBytes},
-    TTypeRow{TCIMType::eDateTime, "datetime", ParseDateTime, DateTimeText, RefuseBytes, ThrowNoBytes},
-    TTypeRow{TCIMType::eReference, "reference", ParseReference, StringText, ParseReference, StringBytes},
+    TTypeRow{TCIMType::eBoolean, ParseBoolean, BooleanText, RefuseBytes, ThrowNoBytes},
+    TTypeRow{TCIMType::eChar16, ParseChar16, Char16Text, ParseBytes<char16_t, std::uint16_t>, Char16Bytes},
+    IntegerRow<std::uint8_t>(TCIMType::eUint8),
+    IntegerRow<std::int8_t>(TCIMType::eSint8),
+    IntegerRow<std::uint16_t>(TCIMType::eUint16),
+    IntegerRow<std::int16_t>(TCIMType::eSint16),
+    IntegerRow<std::uint32_t>(TCIMType::eUint32),
+    IntegerRow<std::int32_t>(TCIMType::eSint32),
+    IntegerRow<std::uint64_t>(TCIMType::eUint64),
+    IntegerRow<std::int64_t>(TCIMType::eSint64),
+    RealRow<float, std::uint32_t>(TCIMType::eReal32),
+    RealRow<double, std::uint64_t>(TCIMType::eReal64),
+    TTypeRow{TCIMType::eString, ParseString, StringText, ParseString, StringBytes},
+    TTypeRow{TCIMType::eDateTime, ParseDateTime, DateTimeText, RefuseBytes, ThrowNoBytes},
+    TTypeRow{TCIMType::eReference, ParseReference, StringText, ParseReference, StringBytes},
 };
 
 const TTypeRow& RowOf(TCIMType type) {
@@ -311,8 +309,8 @@ const TTypeRow& RowOf(TCIMType type) {
 }
 
 constexpr bool RowsFollowCodes() {
-    for (std::size_t at = 0; at < typeRows.size(); ++at) {
-        if (typeRows[at].type != static_cast<int>(at) + 1) {
+    for (std::size_t i = 0; i < typeRows.size(); ++i) {
+        if (typeRows[i].type != static_cast<int>(i) + 1) {
             return false;
         }
     }
@@ -323,12 +321,9 @@ static_assert(RowsFollowCodes());
 }  // namespace
 
 std::optional<TCIMType> FindCimType(std::string_view name) {
-    const auto* const row = std::ranges::find(typeRows, name, &TTypeRow::name);
+    const auto* const row = std::ranges::find(
+        typeRows, name, [](const TTypeRow& each) { return TCIMType(each.type).ToString(); });
     return row == typeRows.end() ? std::nullopt : std::optional<TCIMType>(row->type);
-}
-
-std::string_view CimTypeName(TCIMType type) {
-    return RowOf(type).name;
 }
 
 TCIMValue ParseValueText(TCIMType type, const std::string& text) {

@@ -10,20 +10,20 @@ namespace {
 
 constexpr std::size_t bufferBytes = std::size_t{64} * 1024;
 constexpr std::size_t base64PieceBytes =
-    std::size_t{3} * 1024;  // a multiple of 3: only the last piece has padding
+    std::size_t{3} * 1024;  // a multiple of 3, so that only the last piece has padding
 
 struct TEscapeRow {
     char byte;
     std::string_view text;
 };
 
-// A parser turns a carriage return into a line feed everywhere, and in attributes all white space into
-// spaces, unless it is written as a character reference.
+// Without a character reference, a parser converts a carriage return to a line feed, and in attributes all
+// white space to spaces.
 constexpr TEscapeRow textRows[] = {{'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'\r', "&#13;"}};
 constexpr TEscapeRow attributeRows[] = {{'&', "&amp;"},  {'<', "&lt;"},  {'>', "&gt;"},  {'\r', "&#13;"},
                                         {'"', "&quot;"}, {'\t', "&#9;"}, {'\n', "&#10;"}};
 
-// The escape of each byte; empty for bytes that stand for themselves.
+// The escape sequence of each byte; empty for bytes that are written unchanged.
 using TEscapes = std::array<std::string_view, 256>;
 
 template <std::size_t count>
@@ -42,7 +42,7 @@ std::string_view EscapeOf(const TEscapes& escapes, char byte) {
     return escapes[static_cast<unsigned char>(byte)];
 }
 
-// Hands out the stretches that stand for themselves, and the escapes between them.
+// Calls `write` with each stretch of unchanged bytes and each escape sequence.
 template <typename TWrite>
 void WriteEscaped(std::string_view text, const TEscapes& escapes, const TWrite& write) {
     while (!text.empty()) {
@@ -88,8 +88,8 @@ void TXmlOutput::Attribute(std::string_view name, std::string_view value) {
 }
 
 void TXmlOutput::Base64(std::string_view bytes) {
-    for (std::size_t at = 0; at < bytes.size(); at += base64PieceBytes) {
-        Markup(EncodeBase64(bytes.substr(at, base64PieceBytes)));
+    for (std::size_t begin = 0; begin < bytes.size(); begin += base64PieceBytes) {
+        Markup(EncodeBase64(bytes.substr(begin, base64PieceBytes)));
     }
 }
 

@@ -1,5 +1,5 @@
-// Text on its way into an XML document: escaped where it must be, and buffered, since documents have millions
-// of small pieces.
+// Writes markup and escaped text to an XML document. Buffered, because documents consist of millions of small
+// pieces.
 #pragma once
 
 #include <ostream>
@@ -8,19 +8,20 @@
 
 namespace NVORHOST {
 
-/// Writes to a stream through a buffer; `Flush` writes what is left. Errors: the state of the stream.
+/// Writes to a stream through a buffer. Call `Flush` at the end. Errors: set the state of the stream.
 class TXmlOutput {
   public:
     /// `out` must outlive this object.
     explicit TXmlOutput(std::ostream& out);
 
-    /// Bytes as they are.
+    /// Writes bytes unchanged.
     void Markup(std::string_view bytes);
-    /// The content of an element, such that a parser gives back the same bytes; they must be XML text.
+    /// Writes the content of an element, escaped so that a parser returns the same bytes. They must be XML
+    /// text.
     void Text(std::string_view text);
-    /// ` name="value"`, under the same condition.
+    /// Writes ` name="value"`. The value must be XML text.
     void Attribute(std::string_view name, std::string_view value);
-    /// Bytes in Base64.
+    /// Writes bytes in Base64.
     void Base64(std::string_view bytes);
     void Flush();
 

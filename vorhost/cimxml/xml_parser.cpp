@@ -1,5 +1,3 @@
-// Drives libxml2's push parser. Its handlers are C functions that must not throw: what goes wrong in one is
-// kept and thrown once the library has returned.
 #include "vorhost/cimxml/xml_parser.h"
 
 #include "vorhost/cimxml/cim_xml_error.h"
@@ -16,8 +14,7 @@
 namespace NVORHOST {
 namespace {
 
-// The library scans its whole buffer again for each 300 bytes of a CDATA section: the less it holds at a
-// time, the better.
+// Small, because libxml2 rescans its whole buffer for each 300 bytes of a CDATA section.
 constexpr std::size_t pieceBytes = 4096;
 constexpr std::size_t partsPerAttribute = 5;
 
@@ -31,8 +28,8 @@ std::string_view AsView(const xmlChar* text) {
     return AsView(text, text + xmlStrlen(text));
 }
 
-// Some of what goes wrong, such as in converting to UTF-8, the library tells standard error, past a parser's
-// own handlers.
+// Suppresses messages that libxml2 prints to standard error instead of passing them to the error handler,
+// such as those about invalid encodings.
 class TQuietLibrary {
   public:
     TQuietLibrary() { xmlSetGenericErrorFunc(nullptr, &TQuietLibrary::Ignore); }
@@ -41,20 +38,20 @@ class TQuietLibrary {
     TQuietLibrary& operator=(const TQuietLibrary&) = delete;
 
   private:
-    // NOLINTNEXTLINE(cert-dcl50-cpp): the type that the library asks for
+    // NOLINTNEXTLINE(cert-dcl50-cpp): the type that libxml2 requires
     static void Ignore(void* /*context*/, const char* /*message*/, ...) {}
 
     xmlGenericErrorFunc previous_ = xmlGenericError;
     void* previousContext_ = xmlGenericErrorContext;
 };
 
-// The library's messages end in a line feed and may have one within.
+// Messages of libxml2 end with a line feed and may contain others.
 std::string CauseOf(const xmlError& error, bool isRootClosed) {
-    // One code for a document with too much and one with too little; the library's text fits the first.
+    // libxml2 has one code for trailing content and for a truncated document; its text fits only the former.
     if (error.code == XML_ERR_DOCUMENT_END && !isRootClosed) {
-        return "the document ends too early";
+        return "truncated document";
     }
-    std::string cause(TrimXmlSpace(error.message != nullptr ? error.message : "not well formed"));
+    std::string cause(TrimXmlSpace(error.message != nullptr ? error.message : "not well-formed"));
     std::ranges::replace(cause, '\n', ' ');
     return cause;
 }
@@ -62,9 +59,9 @@ std::string CauseOf(const xmlError& error, bool isRootClosed) {
 }  // namespace
 
 std::optional<std::string_view> TXmlAttributes::Find(std::string_view name) const {
-    for (std::size_t at = 0; at + partsPerAttribute <= parts_.size(); at += partsPerAttribute) {
-        if (parts_[at + 1] == nullptr && AsView(parts_[at]) == name) {
-            return AsView(parts_[at + 3], parts_[at + 4]);
+    for (std::size_t i = 0; i + partsPerAttribute <= parts_.size(); i += partsPerAttribute) {
+        if (parts_[i + 1] == nullptr && AsView(parts_[i]) == name) {
+            return AsView(parts_[i + 3], parts_[i + 4]);
         }
     }
     return std::nullopt;
@@ -73,7 +70,8 @@ std::optional<std::string_view> TXmlAttributes::Find(std::string_view name) cons
 class TXmlParser::TState {
   public:
     explicit TState(IXmlEvents& events) : events_(events) {
-        context_ = MakeContext(*this);  // errors call back before there is a context
+        context_ =
+            MakeContext(*this);  // not in the initialiser list: error handlers may run before it returns
     }
 
     void Parse(std::string_view piece, bool isLast) {
@@ -111,7 +109,7 @@ class TXmlParser::TState {
         handlers.startElementNs = &TState::OnStartElement;
         handlers.endElementNs = &TState::OnEndElement;
         handlers.characters = &TState::OnText;
-        // The same function for both, or the library guesses which white space matters.
+        // With different functions, libxml2 would guess which white space is significant.
         handlers.ignorableWhitespace = &TState::OnText;
         handlers.cdataBlock = &TState::OnText;
         handlers.internalSubset = &TState::OnDocumentType;
@@ -120,8 +118,8 @@ class TXmlParser::TState {
         if (context == nullptr) {
             throw std::bad_alloc();
         }
-        // Without the second one an ampersand in an attribute comes as "&#38;". Nothing else is replaced: no
-        // entity can be declared (see OnDocumentType).
+        // Without XML_PARSE_NOENT, an ampersand in an attribute is passed as "&#38;". Other entities are not
+        // affected, because none can be declared (see OnDocumentType).
         xmlCtxtUseOptions(context.get(), XML_PARSE_NONET | XML_PARSE_NOENT);
         return context;
     }
@@ -130,11 +128,11 @@ class TXmlParser::TState {
         const TQuietLibrary quiet;
         const int code = xmlParseChunk(context_.get(), piece.data() != nullptr ? piece.data() : "",
                                        static_cast<int>(piece.size()), isLast ? 1 : 0);
-        if (failure_ != nullptr) {  // most errors come to OnError
+        if (failure_ != nullptr) {  // most errors are passed to OnError
             std::rethrow_exception(failure_);
         }
         if (code == XML_ERR_INVALID_ENCODING || (!isLast && context_->instate == XML_PARSER_EOF)) {
-            throw TCimXmlCause("bytes that are not of the document's encoding");
+            throw TCimXmlCause("invalid bytes for the encoding of the document");
         }
     }
 
@@ -143,13 +141,14 @@ class TXmlParser::TState {
         return input == nullptr ? 0 : static_cast<std::size_t>(input->end - input->cur);
     }
 
-    // A call of the push parser hands out at most one piece of a CDATA section.
+    // Each call of xmlParseChunk passes on at most one piece of a CDATA section.
     bool IsHoldingSectionBack() const {
         constexpr std::size_t sectionPieceBytes = 300;
         return context_->instate == XML_PARSER_CDATA_SECTION && CountPending() > sectionPieceBytes;
     }
 
-    // Runs what an event does, unless parsing has failed already.
+    // Runs the action of an event, unless parsing has already failed. Handlers are called from C code and
+    // must not throw, so the exception is stored until xmlParseChunk has returned.
     template <typename TAction>
     static void Guard(void* self, const TAction& action) noexcept {
         auto& state = *static_cast<TState*>(self);
@@ -172,8 +171,8 @@ class TXmlParser::TState {
                                int /*defaultedCount*/, const xmlChar** attributes) {
         Guard(self, [&](TState& state) {
             if (++state.depth_ > maxElementDepth) {
-                throw TCimXmlCause("elements stand deeper than " + std::to_string(maxElementDepth) +
-                                   " levels");
+                throw TCimXmlCause("elements are nested more than " + std::to_string(maxElementDepth) +
+                                   " levels deep");
             }
             const auto count = static_cast<std::size_t>(attributeCount);
             if (count > maxAttributes) {
@@ -201,19 +200,19 @@ class TXmlParser::TState {
         Guard(self, [&](TState& state) { state.events_.Text(AsView(text, text + length)); });
     }
 
-    // Called behind the names of a DOCTYPE: a subset would come next. Nothing of one is ever read, so no
-    // entity can be declared.
+    // Called after the names of a DOCTYPE, before an internal subset. Refusing the subset here ensures that
+    // no entity is declared.
     static void OnDocumentType(void* self, const xmlChar* /*name*/, const xmlChar* /*publicId*/,
                                const xmlChar* /*systemId*/) {
         Guard(self, [](TState& state) {
             if (state.CountPending() > 0 && *state.context_->input->cur == '[') {
-                throw TCimXmlCause("a DOCTYPE with an internal subset is not read");
+                throw TCimXmlCause("a DOCTYPE with an internal subset is not supported");
             }
         });
     }
 
     static void OnError(void* self, xmlErrorPtr error) {
-        // Namespaces mean nothing in these documents: prefixes need no declaration.
+        // Undeclared prefixes are accepted: these documents do not use XML namespaces.
         if (error->level < XML_ERR_ERROR || error->domain == XML_FROM_NAMESPACE) {
             return;
         }
@@ -237,15 +236,15 @@ TXmlParser::TXmlParser(IXmlEvents& events) : state_(std::make_unique<TState>(eve
 TXmlParser::~TXmlParser() = default;
 
 void TXmlParser::Feed(std::string_view bytes) {
-    for (std::size_t at = 0; at < bytes.size(); at += pieceBytes) {
-        state_->Parse(bytes.substr(at, pieceBytes), /*isLast=*/false);
+    for (std::size_t begin = 0; begin < bytes.size(); begin += pieceBytes) {
+        state_->Parse(bytes.substr(begin, pieceBytes), /*isLast=*/false);
     }
 }
 
 void TXmlParser::Finish() {
     state_->Parse({}, /*isLast=*/true);
     if (!state_->IsWellFormed()) {
-        throw TCimXmlCause("the document is not well formed");
+        throw TCimXmlCause("the document is not well-formed");
     }
 }
 

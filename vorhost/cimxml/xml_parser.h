@@ -1,5 +1,4 @@
-// The XML library behind an interface of this project's own: bytes go in piece by piece, elements and text
-// come out, and everything that no namespace file needs is refused.
+// A streaming XML parser on top of libxml2. It refuses all features of XML that namespace files do not need.
 #pragma once
 
 #include <cstddef>
@@ -13,36 +12,39 @@ namespace NVORHOST {
 /// The attributes of one start tag; valid during `IXmlEvents::StartElement`.
 class TXmlAttributes {
   public:
-    /// As the library hands them out: local name, prefix, URI, begin and end of the value for each attribute.
+    /// The array that libxml2 passes: local name, prefix, URI, begin and end of the value for each attribute.
     explicit TXmlAttributes(std::span<const unsigned char*> parts) : parts_(parts) {}
 
-    /// The value of an attribute without prefix; nullopt when it is not there.
+    /// Returns the value of an attribute without prefix; nullopt if it is missing.
     std::optional<std::string_view> Find(std::string_view name) const;
 
   private:
     std::span<const unsigned char*> parts_;
 };
 
-/// What a document is made of. Implementations may throw anything; parsing stops and the exception passes on.
+/// Receives the parts of a document. Implementations may throw any exception, which ends parsing and
+/// propagates to the caller of the parser.
 class IXmlEvents {
   public:
     virtual ~IXmlEvents() = default;
 
-    /// `name` as written, with its prefix if it has one.
+    /// `name` includes the prefix, if there is one.
     virtual void StartElement(std::string_view name, const TXmlAttributes& attributes) = 0;
     virtual void EndElement() = 0;
-    /// A piece of text as UTF-8, references resolved; a text may come in several pieces.
+    /// `piece` is UTF-8 with references resolved. A text may be passed in several pieces.
     virtual void Text(std::string_view piece) = 0;
 };
 
 /// Parses one document.
-/// Refused: entity declarations (a DOCTYPE with an internal subset at all), references to other than the
-///          predefined entities, elements deeper than `maxElementDepth`, markup longer than
+/// Refused: a DOCTYPE with an internal subset, which could declare entities; references to entities that are
+/// not
+///          predefined; elements deeper than `maxElementDepth`, markup longer than
 ///          `maxMarkupBytes`, tags with more than `maxAttributes` attributes. The external subset that a
 ///          DOCTYPE names is never fetched.
-/// Memory:  what is handed in at a time, and the open tags.
-/// Errors:  TCimXmlCause for a document that is not well formed or refused, std::bad_alloc, and what the
-///          events throw. Nothing more can be parsed after any of them.
+/// Memory:  proportional to one piece of input and the open tags.
+/// Errors:  throws TCimXmlCause for a document that is malformed or refused, std::bad_alloc, and the
+/// exceptions of
+///          the events. The parser cannot be used afterwards.
 class TXmlParser {
   public:
     /// `events` must outlive this object.
@@ -51,12 +53,12 @@ class TXmlParser {
     TXmlParser& operator=(const TXmlParser&) = delete;
     ~TXmlParser();
 
-    /// The next bytes of the document; it may be cut anywhere.
+    /// Parses the next bytes of the document, which may be split anywhere.
     void Feed(std::string_view bytes);
-    /// Says that the document is complete.
+    /// Ends the document.
     void Finish();
 
-    /// The line of the present event, or of the error, from 1 on.
+    /// The 1-based line of the current event or of the error.
     int GetLine() const;
 
   private:

@@ -1,4 +1,3 @@
-// CIM date-times: their fields, and their text form (DSP0004, 5.2.4) both ways.
 #include "host/cim_date_time.h"
 
 #include "text/ascii.h"
@@ -16,21 +15,20 @@ using NVORHOST::IsDigit;
 using TFields = TCIMDateTime::TFields;
 
 constexpr std::size_t textLength = 25;
-constexpr std::size_t dotAt = 14;   // "yyyymmddhhmmss" or "ddddddddhhmmss" ends here
+constexpr std::size_t dotAt = 14;   // after "yyyymmddhhmmss" or "ddddddddhhmmss"
 constexpr std::size_t signAt = 21;  // '+', '-', or ':' of an interval
 constexpr std::size_t utcAt = 22;
 constexpr std::size_t utcDigits = 3;
-constexpr int westernmostOffset = -12 * 60;  // minutes; no time zone is beyond these two
+constexpr int westernmostOffset = -12 * 60;  // in minutes; the range of all time zones
 constexpr int easternmostOffset = 14 * 60;
 
 using TDigits = std::array<char, TCIMDateTime::allDigits>;
 
-// One field of the digits in front of the sign: where it begins, what values it may have, how it is read and
-// written.
+// One field of the digits before the sign: its position, its range, and access to its member.
 struct TFieldRow {
     std::size_t begin;
     std::size_t digits;
-    std::uint32_t minimum;  // when it is significant
+    std::uint32_t minimum;  // applies only to significant fields
     std::uint32_t maximum;
     std::uint32_t (*get)(const TFields& fields);
     void (*set)(TFields& fields, std::uint32_t value);
@@ -83,20 +81,20 @@ std::uint32_t ParseDigits(std::string_view digits) {
     return value;
 }
 
-// The lowest digits of `value`, as many as `out` has room for.
+// Fills `out` with the lowest digits of `value`.
 void WriteNumber(std::uint32_t value, std::span<char> out) {
     for (auto place = out.rbegin(); place != out.rend(); ++place, value /= 10) {
         *place = static_cast<char>('0' + value % 10);
     }
 }
 
-// Fields are cut off whole; only microseconds may lose some of their digits.
+// Asterisks replace whole fields, except that they may replace some digits of the microseconds.
 bool MayEndAt(std::size_t significant, std::span<const TFieldRow> rows) {
     return significant >= microsecondRow.begin ||
            std::ranges::any_of(rows, [&](const TFieldRow& row) { return row.begin == significant; });
 }
 
-// Fills the fields in front of the sign; false when the digits do not make up valid ones.
+// Parses the fields before the sign; returns false if they are malformed or out of range.
 bool ParseFields(std::string_view digits, TFields& fields) {
     const std::size_t significant = std::min(digits.find('*'), digits.size());
     const std::string_view kept = digits.substr(0, significant);
@@ -122,7 +120,7 @@ bool IsLeapYear(std::uint32_t year) {
     return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
 }
 
-// True as well when day or month are insignificant, and for intervals.
+// Also true for intervals, and if day or month are insignificant.
 bool IsDayOfItsMonth(const TFields& fields) {
     constexpr std::uint32_t daysOfMonth[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
     constexpr std::uint16_t february = 2;
@@ -133,7 +131,7 @@ bool IsDayOfItsMonth(const TFields& fields) {
     return isLeapDay || fields.day <= daysOfMonth[fields.month - 1];
 }
 
-// Reads sign and offset; false when they are neither an offset nor an interval's ":000".
+// Parses sign and offset; returns false if they are neither a valid offset nor the ":000" of an interval.
 bool ParseZone(std::string_view zone, TFields& fields) {
     const char sign = zone.front();
     const std::string_view offset = zone.substr(1);

@@ -1,5 +1,5 @@
-// Comparison and hashing of CIM names. Every property that a plug-in reads passes through here once, so both
-// work on eight bytes at a time, and names in their usual spelling never reach the letter-by-letter compare.
+// Every property access hashes and compares a name. Both functions therefore work on eight bytes at a time;
+// only names in an unusual spelling are compared letter by letter.
 #include "vorhost/model/cim_name.h"
 
 #include "text/ascii.h"
@@ -11,11 +11,11 @@
 namespace NVORHOST {
 namespace {
 
-// The odd constant (2^64 divided by the golden ratio) spreads every input bit upwards; the shift brings the
-// spread bits back to the low end, where tables take their index from.
+// The odd constant (2^64 divided by the golden ratio) spreads every input bit upwards; the shift moves these
+// bits back to the low end, which tables use as index.
 constexpr std::uint64_t Mix(std::uint64_t hash, std::uint64_t word) noexcept {
-    // Setting bit 5 folds letter case. It also joins some other bytes, which costs a compare, never an
-    // answer.
+    // Setting bit 5 folds letter case. It also maps some other bytes to the same value, which only causes
+    // more collisions.
     constexpr std::uint64_t caseBits = 0x2020202020202020U;
     const std::uint64_t product = (hash ^ (word | caseBits)) * 0x9E3779B97F4A7C15U;
     return product ^ (product >> 32U);
@@ -28,7 +28,7 @@ std::uint64_t LoadWord(const char* bytes) noexcept {
     return word;
 }
 
-// Up to seven bytes as one word; the loads overlap instead of looping.
+// Loads up to seven bytes into one word, with overlapping loads instead of a loop.
 std::uint64_t LoadShort(std::string_view name) noexcept {
     const char* bytes = name.data();
     const std::size_t size = name.size();
@@ -58,8 +58,8 @@ std::size_t TCimNameHash::operator()(std::string_view name) const noexcept {
     if (name.size() < wordSize) {
         return Mix(hash, LoadShort(name));
     }
-    for (std::size_t at = 0; at + wordSize < name.size(); at += wordSize) {
-        hash = Mix(hash, LoadWord<std::uint64_t>(name.data() + at));
+    for (std::size_t begin = 0; begin + wordSize < name.size(); begin += wordSize) {
+        hash = Mix(hash, LoadWord<std::uint64_t>(name.data() + begin));
     }
     return Mix(hash, LoadWord<std::uint64_t>(name.data() + name.size() - wordSize));
 }

@@ -1,4 +1,4 @@
-// CIM names (DSP0004, 5.1) compare without regard to ASCII case; these functors let containers do so too.
+// Comparison and hashing of CIM names, which ignore ASCII case (DSP0004, 5.1).
 #pragma once
 
 #include "host/export.h"
@@ -8,7 +8,7 @@
 
 namespace NVORHOST {
 
-/// True when both names are equal but for the case of ASCII letters. Other bytes compare as they are.
+/// True if the names are equal except for the case of ASCII letters.
 NKELVOR20_API bool EqualCimNames(std::string_view left, std::string_view right) noexcept;
 
 struct TCimNameHash {

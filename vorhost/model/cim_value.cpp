@@ -1,5 +1,3 @@
-// The typed CIM value: construction, text form, conversions. Text is made with std::to_chars, which needs no
-// locale and gives the shortest form of reals.
 #include "host/cim_value.h"
 
 #include "host/vor_exception.h"
@@ -28,7 +26,7 @@ struct TTypeName {
     std::string_view name;
 };
 
-// Rows in the order of the codes, from 1 on: the code finds the row.
+// Rows in the order of the codes, which start at 1, so that a code gives the index of its row.
 constexpr std::array typeNames{
     TTypeName{ECIMType::eBoolean, "boolean"},     TTypeName{ECIMType::eChar16, "char16"},
     TTypeName{ECIMType::eUint8, "uint8"},         TTypeName{ECIMType::eSint8, "sint8"},
@@ -41,8 +39,8 @@ constexpr std::array typeNames{
 };
 
 constexpr bool RowsFollowCodes() {
-    for (std::size_t at = 0; at < typeNames.size(); ++at) {
-        if (typeNames[at].code != static_cast<int>(at) + 1) {
+    for (std::size_t i = 0; i < typeNames.size(); ++i) {
+        if (typeNames[i].code != static_cast<int>(i) + 1) {
             return false;
         }
     }
@@ -63,7 +61,8 @@ const T& Require(const TVariant& payload) {
     return *held;
 }
 
-// One overload for each kind of payload.
+// Formats a payload, with one overload for each type. std::to_chars ignores the locale and gives the shortest
+// form of a real.
 struct TTextForm {
     unsigned char radix;
 
@@ -109,7 +108,7 @@ struct TTextForm {
     }
 };
 
-// Equal as written down, so that NaN equals itself and the two zeros differ.
+// Compares reals by their bits, so that NaN equals itself and 0 differs from -0.
 struct TSamePayload {
     template <typename T, typename TOther>
     bool operator()(const T& left, const TOther& right) const {
@@ -201,8 +200,8 @@ TCIMValue TCIMValue::NullArray(TCIMType type) {
     return {type, /*isArray=*/true, {}};
 }
 
-// Assigned rather than copy-constructed: when there is no memory for the copy of a string, the variant of
-// libstdc++ 12 ends its half-made copy as if it held a value.
+// Assigns instead of copy-constructing the payload: if copying a string throws, the variant of libstdc++ 12
+// destroys its incomplete copy as if it contained a value.
 TCIMValue::TCIMValue(const TCIMValue& other) : TCIMValue(other.type_, other.isArray_, {}) {
     GetPayload() = other.GetPayload();
 }
@@ -210,7 +209,7 @@ TCIMValue::TCIMValue(TCIMValue&& other) noexcept
     : TCIMValue(other.type_, other.isArray_, std::move(other.GetPayload())) {}
 // NOLINTNEXTLINE(bugprone-unhandled-self-assignment,cert-oop54-cpp): the variant handles it.
 TCIMValue& TCIMValue::operator=(const TCIMValue& other) {
-    GetPayload() = other.GetPayload();  // first, as it may throw
+    GetPayload() = other.GetPayload();  // first, because it may throw
     type_ = other.type_;
     isArray_ = other.isArray_;
     return *this;

@@ -1,4 +1,3 @@
-// Lookup of property names, on the path of every property read.
 #include "vorhost/model/class_names.h"
 
 #include "host/vor_exception.h"
@@ -31,8 +30,8 @@ std::uint32_t TClassNames::Find(std::string_view name) const noexcept {
 
 std::uint32_t TClassNames::FindHashed(std::string_view name, std::uint32_t hash) const noexcept {
     const std::size_t mask = slots_.size() - 1;
-    for (std::size_t at = hash & mask;; at = (at + 1) & mask) {
-        const TSlot& slot = slots_[at];
+    for (std::size_t i = hash & mask;; i = (i + 1) & mask) {
+        const TSlot& slot = slots_[i];
         if (slot.nameId == notFound ||
             (slot.hash == hash && EqualCimNames(names_[slot.nameId]->spelling, name))) {
             return slot.nameId;
@@ -66,17 +65,17 @@ void TClassNames::Declare(TPropertyDeclaration declaration) {
 
 void TClassNames::Insert(TSlot slot) noexcept {
     const std::size_t mask = slots_.size() - 1;
-    std::size_t at = slot.hash & mask;
-    while (slots_[at].nameId != notFound) {
-        at = (at + 1) & mask;
+    std::size_t i = slot.hash & mask;
+    while (slots_[i].nameId != notFound) {
+        i = (i + 1) & mask;
     }
-    slots_[at] = slot;
+    slots_[i] = slot;
 }
 
 void TClassNames::Grow() {
     slots_.assign(2 * slots_.size(), TSlot{});
-    for (std::size_t at = 0; at < names_.size(); ++at) {
-        Insert({names_[at]->hash, static_cast<std::uint32_t>(at)});
+    for (std::size_t i = 0; i < names_.size(); ++i) {
+        Insert({names_[i]->hash, static_cast<std::uint32_t>(i)});
     }
 }
 

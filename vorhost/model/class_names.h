@@ -1,5 +1,5 @@
-// The property names of one class. An instance keeps a small number for each of its properties; the class
-// knows once what name, declaration and null value stand behind it.
+// The property names of one class. Instances refer to properties by small numbers; this table maps the
+// numbers to names and declarations (docs/decisions/0002).
 #pragma once
 
 #include "vorhost/model/memory_namespace.h"
@@ -13,32 +13,32 @@
 
 namespace NVORHOST {
 
-/// Every name that the class declares or that one of its instances has used, numbered from 0 in the order of
-/// first use. Shared by the class and its instances, so it outlives whichever ends first.
+/// All names that the class declares or that its instances have used, numbered from 0 in the order of first
+/// use. Shared by the class and its instances.
 class TClassNames {
   public:
     static constexpr std::uint32_t notFound = std::numeric_limits<std::uint32_t>::max();
 
-    /// What is known of one name. References to it stay valid as long as the TClassNames.
+    /// One name. References stay valid as long as the TClassNames exists.
     struct TName {
-        std::string spelling;  ///< as first used
+        std::string spelling;  ///< spelling of the first use
         std::uint32_t hash = 0;
-        /// What instances without a value answer; a null pointer when the name is not declared.
+        /// The property that instances without a value return; null if the name is not declared.
         boost::shared_ptr<TMemoryProperty> unset;
     };
 
-    /// The number of a name, or `notFound`.
+    /// Returns the number of a name, or `notFound`.
     std::uint32_t Find(std::string_view name) const noexcept;
-    /// The number of a name, giving it one when it has none yet.
+    /// Returns the number of a name; assigns the next number to a new name.
     std::uint32_t Intern(std::string_view name);
-    /// As `TMemoryClass::Declare`.
+    /// See `TMemoryClass::Declare`.
     void Declare(TPropertyDeclaration declaration);
 
     const TName& Get(std::uint32_t nameId) const { return *names_[nameId]; }
     const std::vector<TPropertyDeclaration>& GetDeclarations() const { return declarations_; }
 
   private:
-    /// A slot of the table: open addressing, linear probing, at most half full.
+    /// A slot of the hash table, which uses open addressing with linear probing and is at most half full.
     struct TSlot {
         std::uint32_t hash = 0;
         std::uint32_t nameId = notFound;
@@ -48,7 +48,8 @@ class TClassNames {
     void Insert(TSlot slot) noexcept;
     void Grow();
 
-    std::vector<TSlot> slots_ = std::vector<TSlot>(16);  // a power of two, so that a mask gives the index
+    std::vector<TSlot> slots_ =
+        std::vector<TSlot>(16);  // the size is a power of two, so that a mask gives the index
     std::vector<std::unique_ptr<TName>> names_;
     std::vector<TPropertyDeclaration> declarations_;
 };

@@ -1,6 +1,6 @@
-// The in-memory namespace. Plug-ins read each property of each instance by name, and ask for many that are
-// not there, so GetProperty does no more than one lookup in the class and a scan of small entries, and throws
-// from its own frame with nothing to unwind.
+// Plug-ins read every property of every instance by name, and many of these properties are missing.
+// GetProperty therefore does only one lookup in the class and a short scan, and throws from a frame with
+// nothing to unwind.
 #include "vorhost/model/memory_namespace.h"
 
 #include "host/vor_exception.h"
@@ -55,14 +55,14 @@ void TMemoryInstance::CommitInstance(TOptionsMap /*options*/) {
     committed_ = true;
 }
 
-// Namespaces hold very many committed instances, read from first to last: one block for all properties of an
-// instance takes less memory, and one reference count for all of them, less time.
+// Moves all properties of a committed instance to one block with one reference count, which takes less memory
+// and time (docs/decisions/0003).
 void TMemoryInstance::PackProperties() {
     entries_.shrink_to_fit();
     const auto block = boost::make_shared<std::vector<TMemoryProperty>>();
     block->reserve(entries_.size());
     for (TEntry& entry : entries_) {
-        if (entry.property.unique()) {  // a handle keeps its object
+        if (entry.property.unique()) {  // a property with other handles stays where it is
             block->push_back(std::move(*entry.property));
             entry.property = boost::shared_ptr<TMemoryProperty>(block, &block->back());
         }
@@ -124,8 +124,8 @@ const TMemoryInstance::TEntry* TMemoryInstance::FindEntry(std::uint32_t nameId) 
     if ((setNames_ & NameBit(nameId)) == 0) {
         return nullptr;
     }
-    // Instances of one class are mostly filled in one order, some leaving out what others have: an entry
-    // stands at the number of its name or a little in front of it.
+    // Most instances of a class are filled in the same order, some with gaps, so the index of an entry is
+    // usually the number of its name or a little less.
     const auto expected =
         entries_.begin() + std::min<std::ptrdiff_t>(nameId + std::ptrdiff_t{1}, std::ssize(entries_));
     for (auto entry = expected; entry != entries_.begin();) {
@@ -162,9 +162,9 @@ void TMemoryClass::EnumerateInstances(TInstanceCallback callback, bool /*flag*/,
     if (callback.empty()) {
         throw TVORException(TVORStatusCode::invalidParameter);
     }
-    // By index and up to the present end: the callback may commit further instances.
+    // By index up to the current end, because the callback may commit further instances.
     const std::size_t count = instances_.size();
-    for (std::size_t at = 0; at < count && callback(instances_[at]); ++at) {
+    for (std::size_t i = 0; i < count && callback(instances_[i]); ++i) {
     }
 }
 
@@ -187,8 +187,7 @@ boost::shared_ptr<TMemoryClass> MakeClass(const std::string& name,
     try {
         return boost::make_shared<TMemoryClass>(name, std::move(declarations));
     } catch (const TVORException&) {
-        // The class is new, so the name that "already exists" was declared twice in this very call. Whatever
-        // else is wrong with a declaration came with the call as well.
+        // The class is new, so any fault, such as a duplicate declaration, is in the arguments of this call.
         throw TVORException(TVORStatusCode::invalidParameter);
     }
 }
@@ -223,7 +222,7 @@ boost::shared_ptr<TMemoryClass> TMemoryNamespace::AddClass(std::string name,
 }
 
 void TMemoryNamespace::TakeClasses(TMemoryNamespace&& other) {
-    // What can throw comes first, on copies of the pointers.
+    // Works on copies until nothing can throw any more.
     auto classes = classes_;
     auto byName = byName_;
     classes.insert(classes.end(), other.classes_.begin(), other.classes_.end());

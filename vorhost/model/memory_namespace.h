@@ -1,7 +1,7 @@
-// The host's CIM namespace, held in memory: what collectors and loaders fill and plug-ins read.
+// A CIM namespace in memory. Collectors and loaders fill it; plug-ins read it.
 //
-// Failure language of this folder: TVORException with the codes of host/vor_exception.h. All objects belong
-// to one thread at a time.
+// Errors: the functions of this folder throw TVORException with the codes of host/vor_exception.h.
+// Threads: an object must not be used by two threads at the same time.
 #pragma once
 
 #include "host/cim_interfaces.h"
@@ -36,8 +36,8 @@ class TMemoryInstance;
 class TMemoryClass;
 class TClassNames;
 
-/// A property that a class declares: instances that do not set it answer with its default value, or with a
-/// null of its type.
+/// A property that a class declares. Instances that do not set it return its default value, or a null of its
+/// type.
 struct TPropertyDeclaration {
     std::string name;
     TCIMValue::TCIMType type;
@@ -60,37 +60,37 @@ class NKELVOR20_API TMemoryProperty final : public ICIMProperty {
     TCIMValue value_;
 };
 
-/// A property as an instance lists it. Both references stay valid until the instance changes or ends.
+/// A property of an instance. Both references stay valid until the instance is changed or destroyed.
 struct TPropertyView {
     const std::string& name;
     const TCIMValue& value;
 };
 
-/// One instance. Made by `TMemoryClass::NewInstance` or `CreateInstance`; counts once it is committed.
-/// A handle from `GetProperty` keeps the value it had: `Set` puts a new property object in its place.
+/// One instance. Created by `TMemoryClass::NewInstance` or `CreateInstance`; part of the class once
+/// committed. A handle from `GetProperty` is a snapshot: `Set` replaces the property object.
 class NKELVOR20_API TMemoryInstance final : public ICIMInstance,
                                             public boost::enable_shared_from_this<TMemoryInstance> {
   public:
     TMemoryInstance(boost::weak_ptr<TMemoryClass> owner, boost::shared_ptr<TClassNames> names);
     ~TMemoryInstance() override;
 
-    /// Appends the instance to its class; a second commit changes nothing. Throws `classNotFound` when the
-    /// class object is gone. Values move to their final place: what `Find` and `GetProperties` answered
-    /// before is no longer valid, while handles stay so.
+    /// Appends the instance to its class. Idempotent. Invalidates earlier results of `Find` and
+    /// `GetProperties`, but not handles. Throws `classNotFound` if the class has been destroyed.
     void CommitInstance(TOptionsMap options) override;
-    /// Throws `propertyNotFound` when the property is neither set nor declared by the class; a declared one
-    /// that was not set has its default value, or is a null of its type.
+    /// Returns the property, or for an unset declared one its default value or a null of its type. Throws
+    /// `propertyNotFound` if the property is neither set nor declared.
     boost::shared_ptr<ICIMProperty> GetProperty(const std::string& name, TOptionsMap options) override;
-    /// As `Set`.
+    /// See `Set`.
     void SetProperty(const std::string& name, const TCIMValue& value, TOptionsMap options) override;
 
-    /// Sets a property, keeping its place when it was set before. Throws `typeMismatch` when the class
-    /// declares the property with another type or shape.
+    /// Sets a property; one that was set before keeps its position. Throws `typeMismatch` if the class
+    /// declares the property with another type, or as array instead of scalar or vice versa.
     void Set(std::string_view name, TCIMValue value);
-    /// The value of a property that was set (null values included), or a null pointer.
+    /// Returns the value of a property that was set, which may be a CIM null; a null pointer if it was not
+    /// set.
     const TCIMValue* Find(std::string_view name) const;
-    /// The properties that were set, in the order of their first setting, names in the spelling first used in
-    /// the class.
+    /// Returns the properties that were set, in the order in which they were first set. Names have the
+    /// spelling of their first use in the class.
     std::vector<TPropertyView> GetProperties() const;
 
   private:
@@ -106,7 +106,8 @@ class NKELVOR20_API TMemoryInstance final : public ICIMInstance,
     boost::weak_ptr<TMemoryClass> owner_;
     boost::shared_ptr<TClassNames> names_;
     std::vector<TEntry> entries_;
-    std::uint64_t setNames_ = 0;  // a bit for each name that is set, shared by numbers equal modulo 64
+    std::uint64_t setNames_ =
+        0;  // Bloom filter: bit i is set if a name with a number equal to i modulo 64 is set
     bool committed_ = false;
 };
 
@@ -119,14 +120,14 @@ class NKELVOR20_API TMemoryClass final : public ICIMClass,
 
     const std::string& GetClassName(TOptionsMap options) override;
     boost::shared_ptr<ICIMInstance> CreateInstance(TOptionsMap options) override;
-    /// A null callback throws `invalidParameter`. Instances committed by the callback are not visited.
+    /// Does not visit instances that the callback commits. Throws `invalidParameter` for a null callback.
     void EnumerateInstances(TInstanceCallback callback, bool flag, TOptionsMap options) override;
 
     const std::string& GetName() const { return name_; }
     /// In the order of declaration.
     const std::vector<TPropertyDeclaration>& GetDeclarations() const;
-    /// Declares one more property; throws `alreadyExists` when the name is declared, `typeMismatch` when its
-    /// default value has another type or shape.
+    /// Declares another property. Throws `alreadyExists` if the name is already declared, `typeMismatch` if
+    /// the default value has another type.
     void Declare(TPropertyDeclaration declaration);
     boost::shared_ptr<TMemoryInstance> NewInstance();
     /// Committed instances in the order of their commit.
@@ -140,7 +141,7 @@ class NKELVOR20_API TMemoryClass final : public ICIMClass,
     std::vector<boost::shared_ptr<TMemoryInstance>> instances_;
 };
 
-/// A namespace: classes in the order they were added.
+/// A namespace: classes in the order in which they were added.
 class NKELVOR20_API TMemoryNamespace final : public ICIMNamespace {
   public:
     TMemoryNamespace();
@@ -148,14 +149,14 @@ class NKELVOR20_API TMemoryNamespace final : public ICIMNamespace {
 
     boost::shared_ptr<ICIMClass> GetClass(const std::string& className, TOptionsMap options) override;
 
-    /// Adds a class. Throws `alreadyExists` when a class of that name is there, `invalidParameter` for an
-    /// empty name, two declarations of one name or a default value of another type than its property.
+    /// Adds a class. Throws `alreadyExists` if the namespace has a class of that name; `invalidParameter` for
+    /// an empty name, a duplicate declaration, or a default value of another type than its property.
     boost::shared_ptr<TMemoryClass> AddClass(std::string name,
                                              std::vector<TPropertyDeclaration> declarations = {});
-    /// Moves the classes of `other`, with their instances, behind the classes of this namespace. Throws
-    /// `alreadyExists` when both have a class of one name; then neither has changed.
+    /// Appends the classes of `other` with their instances. Throws `alreadyExists` if both namespaces have a
+    /// class of the same name; both are then unchanged.
     void TakeClasses(TMemoryNamespace&& other);
-    /// The class, or a null pointer.
+    /// Returns the class, or a null pointer.
     boost::shared_ptr<TMemoryClass> FindClass(std::string_view name) const;
     const std::vector<boost::shared_ptr<TMemoryClass>>& GetClasses() const { return classes_; }
 

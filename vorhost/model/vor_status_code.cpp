@@ -1,4 +1,3 @@
-// The texts of the host's status codes. One table, so that a code and its text cannot drift apart.
 #include "host/vor_exception.h"
 
 #include <algorithm>
@@ -13,8 +12,7 @@ struct TStatusText {
     std::string text;
 };
 
-// Exceptions may still be asked for their text while static objects are being destroyed, so neither the table
-// nor the fallback is ever destroyed.
+// Never destroyed, because exceptions may use the texts during the destruction of static objects.
 const auto& StatusTexts() {
     using enum TVORStatusCode::ECode;
     static const auto& texts = *new const std::array{

@@ -1,4 +1,3 @@
-// The assertion handler that boost's headers call when BOOST_ENABLE_ASSERT_HANDLER is set.
 #include "vorhost/services/assertion_error.h"
 
 #include <boost/assert.hpp>
@@ -26,6 +25,7 @@ TAssertionError::~TAssertionError() = default;
 
 }  // namespace NVORHOST
 
+// The headers of boost call these handlers if BOOST_ENABLE_ASSERT_HANDLER is defined.
 NKELVOR20_API void boost::assertion_failed(const char* expression, const char* function, const char* file,
                                            long line) {
     throw NVORHOST::TAssertionError(expression, function, file, line, nullptr);

@@ -1,5 +1,5 @@
-// What becomes of a failed assertion of boost, above all of a null handle that is dereferenced: an exception,
-// so that a faulty plug-in ends its request and not the process.
+// Turns failed assertions of boost, such as a dereferenced null handle, into exceptions, so that a faulty
+// plug-in fails its request instead of ending the process.
 #pragma once
 
 #include "host/export.h"
@@ -9,11 +9,11 @@
 
 namespace NVORHOST {
 
-/// A failed assertion. The message is "FILE:LINE: FUNCTION: assertion failed: EXPRESSION", with ": REASON"
-/// behind it when one was given.
+/// A failed assertion. The message is "FILE:LINE: FUNCTION: assertion failed: EXPRESSION", followed by ":
+/// REASON" if there is one.
 class NKELVOR20_API TAssertionError : public std::logic_error {
   public:
-    /// `reason` may be null; the other texts are taken as they are.
+    /// `reason` may be null.
     TAssertionError(const char* expression, const char* function, const char* file, long line,
                     const char* reason);
     ~TAssertionError() override;

@@ -1,6 +1,3 @@
-// Name resolution has no time limit of its own and cannot be interrupted, so it runs on a thread that may be
-// left behind; the attempts then run side by side, so that one silent address does not use up the others'
-// time.
 #include "vorhost/services/connection_probe.h"
 
 #include "os/file_descriptor.h"
@@ -34,7 +31,8 @@ TFileDescriptor OpenSocket(int family) {
     return TFileDescriptor(::socket(family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
 }
 
-// Shared between the waiting caller and the resolving thread; whoever leaves last frees it.
+// The result of a name resolution, shared by the waiting caller and the resolving thread. Name resolution has
+// no timeout and cannot be interrupted, so the thread may outlive the caller.
 class TResolution {
   public:
     void Finish(std::vector<TAddress> addresses) {
@@ -43,7 +41,7 @@ class TResolution {
         finished_.notify_one();
     }
 
-    // No addresses when the deadline passes first.
+    // Returns no addresses if the deadline passes first.
     std::vector<TAddress> WaitUntil(TClock::time_point deadline) {
         std::unique_lock lock(mutex_);
         finished_.wait_until(lock, deadline, [this] { return addresses_.has_value(); });
@@ -81,7 +79,7 @@ std::vector<TAddress> ResolveUntil(const std::string& hostName, const std::strin
         try {
             resolution->Finish(Resolve(hostName, port));
         } catch (const std::bad_alloc&) {
-            resolution->Finish({});  // nobody above this frame to tell; no address, no connection
+            resolution->Finish({});  // an exception must not leave the thread
         }
     }).detach();
     return resolution->WaitUntil(deadline);
@@ -107,10 +105,11 @@ EAttempt Check(const pollfd& polled) {
     return asked && error == 0 ? EAttempt::connected : EAttempt::failed;
 }
 
-// The connections under way to every address of a host.
+// Connection attempts to all addresses of a host. They run concurrently, so that an address that does not
+// answer does not use up the time of the others.
 class TAttempts {
   public:
-    // True when one is there at once.
+    // Returns true if a connection is established immediately.
     bool BeginAll(const std::vector<TAddress>& addresses) {
         return std::ranges::any_of(addresses, [this](const TAddress& address) {
             TFileDescriptor socket = OpenSocket(address.bytes.ss_family);
@@ -123,7 +122,8 @@ class TAttempts {
         });
     }
 
-    // True as soon as one connects; false when all have failed or the deadline has passed.
+    // Returns true as soon as a connection is established; false if all attempts have failed or the deadline
+    // has passed.
     bool WaitUntil(TClock::time_point deadline) {
         while (!polled_.empty()) {
             const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - TClock::now());
@@ -142,7 +142,7 @@ class TAttempts {
     }
 
   private:
-    // True when a connection stands; drops those that failed.
+    // Returns true if a connection is established; removes the failed attempts.
     bool TakeResults() {
         if (std::ranges::any_of(polled_,
                                 [](const pollfd& polled) { return Check(polled) == EAttempt::connected; })) {

@@ -1,4 +1,4 @@
-// Finds out whether anything answers at a host name and port.
+// Checks whether a host accepts connections.
 #pragma once
 
 #include "host/export.h"
@@ -8,10 +8,10 @@
 
 namespace NVORHOST {
 
-/// True when one of the addresses of `hostName`, IPv4 or IPv6, accepts a TCP connection on `port` (a number
-/// or a service name) within `timeout`, which covers name resolution and all attempts. The connection is
-/// closed at once; nothing is sent. A name that does not resolve and a refusal give false, usually long
-/// before. Errors: throws std::bad_alloc and std::system_error (no thread to be had).
+/// True if an IPv4 or IPv6 address of `hostName` accepts a TCP connection on `port`, a number or a service
+/// name, within `timeout`, which includes name resolution. Nothing is sent. Returns false before the timeout
+/// if the name does not resolve or all addresses refuse. Errors: throws std::bad_alloc and, if no thread can
+/// be created, std::system_error.
 NKELVOR20_API bool AcceptsConnection(const std::string& hostName, const std::string& port,
                                      std::chrono::milliseconds timeout);
 

@@ -1,4 +1,3 @@
-// The log of one run. Lines are rare and sinks are few, so a line goes to each of them at once, unbuffered.
 #include "vorhost/services/core_logger.h"
 
 #include "host/log_levels.h"
@@ -10,8 +9,8 @@
 namespace NVORHOST {
 namespace {
 
-// A failure that ends a request must not vanish because nobody chose where the log goes.
-void WriteUnchosen(int level, const std::string& message) {
+// Without sinks, hard failures must still be visible.
+void WriteHardFailure(int level, const std::string& message) {
     if (level == NKELVOR20::hardFailureLevel) {
         std::cerr << FormatLogLine(level, message) << std::endl;
     }
@@ -26,7 +25,7 @@ TCoreLogger& TCoreLogger::Get() {
 
 void TCoreLogger::Log(int level, std::string message) {
     if (sinks_.empty()) {
-        WriteUnchosen(level, message);
+        WriteHardFailure(level, message);
     }
     for (const auto& sink : sinks_) {
         sink(level, message);

@@ -1,4 +1,4 @@
-// The embedded host's core logger: every line goes to the sinks that the run has chosen.
+// The core logger of the embedded host.
 #pragma once
 
 #include "host/export.h"
@@ -10,14 +10,14 @@
 
 namespace NVORHOST {
 
-/// The object behind `TRootObject::GetCoreLogger`. Without sinks level 0 goes to standard error.
+/// The logger that `TRootObject::GetCoreLogger` returns. Without sinks, level 0 goes to standard error.
 class NKELVOR20_API TCoreLogger final : public NKELVOR20::ICoreLogger {
   public:
     using TSink = std::function<void(int level, const std::string& message)>;
 
     static TCoreLogger& Get();
 
-    /// Passes the line to every sink, in the order in which they were added.
+    /// Passes the message to every sink, in the order in which they were added.
     void Log(int level, std::string message) override;
 
     void AddSink(TSink sink);
@@ -27,7 +27,7 @@ class NKELVOR20_API TCoreLogger final : public NKELVOR20::ICoreLogger {
     std::vector<TSink> sinks_;
 };
 
-/// A log line as files carry it: `LEVEL MESSAGE` without the line end; the message as `ToShownText` shows it.
+/// Formats a line of a log file: `LEVEL MESSAGE` without line end. The message is escaped by `ToShownText`.
 NKELVOR20_API std::string FormatLogLine(int level, const std::string& message);
 
 }  // namespace NVORHOST

@@ -1,7 +1,6 @@
-// The life of one plug-in library. Each stage (loaded, registered, initialised) is an object whose end undoes
-// it, so that a failure at any stage undoes the earlier ones, last first. An exception of the plug-in is
-// turned into one of the host's own where it arrives: its type and text may live in the library that is about
-// to go.
+// Each stage in the life of a plug-in (loaded, registered, initialised) is an object whose destructor reverts
+// it, so that a failure reverts the earlier stages in reverse order. Exceptions of the plug-in are converted
+// immediately, because their types and texts may be part of a library that is about to be unloaded.
 #include "vorhost/services/plugin_library.h"
 
 #include "host/log_levels.h"
@@ -14,6 +13,7 @@
 #include <dlfcn.h>
 
 #include <exception>
+#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -27,9 +27,10 @@ using NKELVOR20::IPluginCallbacks;
     throw TPluginError(MakeVisible(path + ": " + cause));
 }
 
-/// Runs one step of the plug-in's and answers what it threw; empty when it threw nothing.
+// Runs a step of the plug-in. Returns a description of the exception that it threw; nullopt if there was
+// none.
 template <typename TStep>
-std::string CatchFailure(const TStep& step) {
+std::optional<std::string> CatchFailure(const TStep& step) {
     try {
         step();
     } catch (const std::exception& failure) {
@@ -37,31 +38,31 @@ std::string CatchFailure(const TStep& step) {
     } catch (...) {
         return "exception of unknown type";
     }
-    return {};
+    return std::nullopt;
 }
 
 template <typename TStep>
 void RunStep(const std::string& path, const char* name, const TStep& step) {
-    if (const std::string failure = CatchFailure(step); !failure.empty()) {
-        Fail(path, std::string(name) + ": " + failure);
+    if (const auto failure = CatchFailure(step)) {
+        Fail(path, std::string(name) + ": " + *failure);
     }
 }
 
-// For steps at the end of the plug-in's life, where nobody can be told but the log.
+// Runs a step in a destructor, where a failure can only be logged.
 template <typename TStep>
 void RunLastStep(const std::string& path, const char* name, const TStep& step) noexcept {
-    if (const std::string failure = CatchFailure(step); !failure.empty()) {
+    if (const auto failure = CatchFailure(step)) {
         (void)CatchFailure(
-            [&] { TCoreLogger::Get().Log(NKELVOR20::diagnosticLevel, path + ": " + name + ": " + failure); });
+            [&] { TCoreLogger::Get().Log(NKELVOR20::diagnosticLevel, path + ": " + name + ": " + *failure); });
     }
 }
 
-// A name without a slash would be looked up in the system's library folders.
+// dlopen would search the system's library directories for a name without a slash.
 std::string ToFilePath(const std::string& path) {
     return path.find('/') == std::string::npos ? "./" + path : path;
 }
 
-// dlerror mostly starts with the path, which Fail names anyway.
+// The text of dlerror usually starts with the path, which Fail adds.
 std::string TakeLoadError(const std::string& path) {
     const char* text = ::dlerror();  // NOLINT(concurrency-mt-unsafe): the C library keeps one for each thread
     std::string_view cause = text == nullptr ? "cannot be loaded" : text;
@@ -71,8 +72,8 @@ std::string TakeLoadError(const std::string& path) {
     return std::string(cause);
 }
 
-// A load-time constructor that throws leaves the library loaded and its handle unknown. The loader counts
-// that load, and asking for the handle once more counts again: both are given back.
+// If a load-time constructor throws, the library stays loaded but dlopen returns no handle. Obtaining the
+// handle increments the reference count again, so the library must be closed twice.
 void CloseAbandoned(const std::string& filePath) {
     if (void* handle = ::dlopen(filePath.c_str(), RTLD_NOW | RTLD_NOLOAD)) {
         (void)::dlclose(handle);
@@ -80,8 +81,8 @@ void CloseAbandoned(const std::string& filePath) {
     }
 }
 
-// <dlfcn.h> declares dlopen as never throwing, and the compiler would drop handlers around it. It does throw
-// when a load-time constructor of the library does, so it is called in a way that hides the declaration.
+// <dlfcn.h> declares dlopen as noexcept, so the compiler would remove exception handlers around the call. It
+// does throw if a load-time constructor throws. The volatile pointer hides the declaration.
 void* OpenLibrary(const std::string& filePath) {
     void* (*volatile open)(const char*, int) = &::dlopen;
     return open(filePath.c_str(), RTLD_NOW | RTLD_LOCAL);
@@ -90,7 +91,7 @@ void* OpenLibrary(const std::string& filePath) {
 class TLoadedLibrary {
   public:
     explicit TLoadedLibrary(const std::string& path) : handle_(Load(path)) {}
-    ~TLoadedLibrary() { (void)::dlclose(handle_); }  // a handle of dlopen; what else fails, fails for good
+    ~TLoadedLibrary() { (void)::dlclose(handle_); }  // a failure could not be handled
     TLoadedLibrary(const TLoadedLibrary&) = delete;
     TLoadedLibrary& operator=(const TLoadedLibrary&) = delete;
 
@@ -99,24 +100,25 @@ class TLoadedLibrary {
         const std::string filePath = ToFilePath(path);
         const std::size_t registeredBefore = GetPluginRegistry().GetPlugins().size();
         void* handle = nullptr;
-        const std::string failure = CatchFailure([&] { handle = OpenLibrary(filePath); });
+        const auto failure = CatchFailure([&] { handle = OpenLibrary(filePath); });
         if (handle != nullptr) {
             return handle;
         }
-        // What a library registers before its loading fails may be the very object whose constructor threw,
-        // so none of it is called any more.
+        // The library may have registered an object whose constructor then threw, so its objects must not be
+        // called.
         GetPluginRegistry().Truncate(registeredBefore);
-        if (failure.empty()) {
+        if (!failure) {
             Fail(path, TakeLoadError(filePath));
         }
         CloseAbandoned(filePath);
-        Fail(path, "loading: " + failure);
+        Fail(path, "loading: " + *failure);
     }
 
     void* handle_;
 };
 
-// The objects that appeared in the registry behind the first `count`; ends their lives.
+// The objects that were registered after the first `count`. Its destructor removes them from the registry and
+// calls PrepareForUnload.
 class TRegisteredPlugins {
   public:
     TRegisteredPlugins(std::string path, std::size_t count) : path_(std::move(path)) {
@@ -162,15 +164,7 @@ class TInitialisedPlugin {
     IPluginCallbacks& plugin_;
 };
 
-TPluginIdentity ReadIdentity(const std::string& path, IPluginCallbacks& plugin) {
-    TPluginIdentity identity;
-    RunStep(path, "identity", [&] {
-        identity = {plugin.GetType(), plugin.GetName(), plugin.GetVersion(), plugin.GetInterfaceVersion()};
-    });
-    return identity;
-}
-
-// Before anything is asked of the plug-in: what its operations mean depends on the interface version.
+// Must be called before other operations, whose meaning depends on the interface version.
 void CheckIdentity(const std::string& path, const TPluginIdentity& identity) {
     if (identity.interfaceVersion != NKELVOR20::fdrPluginInterfaceVersion) {
         Fail(path, "built for plug-in interface \"" + identity.interfaceVersion + "\", this host has \"" +
@@ -181,17 +175,27 @@ void CheckIdentity(const std::string& path, const TPluginIdentity& identity) {
     }
 }
 
+// Returns the identity of a plug-in that this host supports.
+TPluginIdentity RequireIdentity(const std::string& path, IPluginCallbacks& plugin) {
+    TPluginIdentity identity;
+    RunStep(path, "identity", [&] {
+        identity = {plugin.GetType(), plugin.GetName(), plugin.GetVersion(), plugin.GetInterfaceVersion()};
+    });
+    CheckIdentity(path, identity);
+    return identity;
+}
+
 IPluginBasicQueryCallbacks& GetQuery(const std::string& path, IPluginCallbacks& plugin) {
     auto* query = dynamic_cast<IPluginBasicQueryCallbacks*>(&plugin);
     if (query == nullptr) {
-        Fail(path, "says it is a basic query plug-in and lacks the data request");
+        Fail(path, "declares the type of a basic query plug-in but has no data request");
     }
     return *query;
 }
 
 }  // namespace
 
-// Members in the order of the stages; they end in reverse.
+// The members are in the order of the stages, so that they are destroyed in reverse order.
 class TPluginLibrary::TImpl {
   public:
     explicit TImpl(const std::string& path)
@@ -199,8 +203,8 @@ class TPluginLibrary::TImpl {
           library_(path),
           plugins_(path, registeredBefore_),
           plugin_(plugins_.GetSingle()),
-          identity_(ReadIdentity(path, plugin_)),
-          query_((CheckIdentity(path, identity_), GetQuery(path, plugin_))),
+          identity_(RequireIdentity(path, plugin_)),
+          query_(GetQuery(path, plugin_)),
           initialised_(path, plugin_) {}
 
     const TPluginIdentity& GetIdentity() const { return identity_; }

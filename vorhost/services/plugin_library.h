@@ -1,4 +1,4 @@
-// Loads a plug-in library and drives the object it registers through its whole life.
+// Loads a plug-in library and controls the life of the object that it registers.
 #pragma once
 
 #include "host/cim_interfaces.h"
@@ -13,13 +13,13 @@
 
 namespace NVORHOST {
 
-/// A plug-in that cannot be used; the message names the file and the cause, in one line.
+/// A plug-in that cannot be used. The message is one line with file and cause.
 class NKELVOR20_API TPluginError : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
 };
 
-/// Who a plug-in says it is.
+/// The identity that a plug-in reports.
 struct TPluginIdentity {
     int type = 0;
     std::string name;
@@ -27,12 +27,14 @@ struct TPluginIdentity {
     std::string interfaceVersion;
 };
 
-/// One loaded plug-in library with the one query plug-in it registered.
-/// Life: construction loads the library, takes the registered object, checks its identity and calls `Init`;
-/// destruction calls `DeInit`, `PrepareForUnload` and unloads the library. On a failed construction all that
-/// was begun is undone in the same order. Errors: construction throws TPluginError (cannot be loaded,
-/// registers nothing or more than one object, another interface version, not a basic query plug-in, an
-/// exception out of loading, identity or `Init`).
+/// A loaded plug-in library and the query plug-in that it registered.
+/// Life:   construction loads the library, checks the identity of the registered object and calls `Init`;
+///         destruction calls `DeInit` and `PrepareForUnload` and unloads the library. A failed construction
+///         reverts the completed stages.
+/// Errors: construction throws TPluginError if the library cannot be loaded, does not register exactly one
+/// object, has
+///         another interface version, is not a basic query plug-in, or throws from loading, identity or
+///         `Init`.
 class NKELVOR20_API TPluginLibrary {
   public:
     explicit TPluginLibrary(const std::string& path);
@@ -41,7 +43,7 @@ class NKELVOR20_API TPluginLibrary {
     TPluginLibrary& operator=(const TPluginLibrary&) = delete;
 
     const TPluginIdentity& GetIdentity() const;
-    /// The plug-in's data request; its exceptions pass through.
+    /// Makes the data request. Exceptions of the plug-in propagate.
     void GetData(const boost::shared_ptr<NKELVOR20::ICIMNamespace>& collected,
                  std::vector<boost::shared_ptr<NKELVOR20::ICIMClass>>& resultClasses);
 

@@ -1,4 +1,4 @@
-// The embedded host's own side of the plug-in manager: which objects plug-ins have handed over.
+// The objects that plug-ins have registered with the plug-in manager.
 #pragma once
 
 #include "host/export.h"
@@ -9,25 +9,25 @@
 
 namespace NVORHOST {
 
-/// The registered plug-in objects in the order of their registration. Holds plain pointers: an object lives
-/// until its holder, who takes it out here first, calls its `PrepareForUnload`.
+/// The registered plug-in objects in the order of registration. Non-owning: an object destroys itself in
+/// `PrepareForUnload`, and must be removed from the registry before.
 class NKELVOR20_API TPluginRegistry {
   public:
     const std::vector<NKELVOR20::IPluginCallbacks*>& GetPlugins() const { return plugins_; }
 
     /// Appends an object. Throws TVORException with `invalidParameter` for null and `alreadyExists` for an
-    /// object that is there.
+    /// object that is already registered.
     void Add(NKELVOR20::IPluginCallbacks* plugin);
-    /// Takes an object out; one that is not there is no error.
+    /// Removes an object. Idempotent.
     void Remove(NKELVOR20::IPluginCallbacks* plugin);
-    /// Takes out every object behind the first `count`.
+    /// Removes all objects after the first `count`.
     void Truncate(std::size_t count);
 
   private:
     std::vector<NKELVOR20::IPluginCallbacks*> plugins_;
 };
 
-/// The registry of this process, into which every plug-in manager registers.
+/// The registry of this process, which every plug-in manager uses.
 NKELVOR20_API TPluginRegistry& GetPluginRegistry();
 
 }  // namespace NVORHOST

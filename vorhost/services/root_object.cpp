@@ -1,4 +1,3 @@
-// The root object: where a plug-in gets the logger and the plug-in manager from.
 #include "host/root_object.h"
 
 #include "host/vor_exception.h"

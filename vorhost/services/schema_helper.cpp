@@ -1,4 +1,3 @@
-// Answers about the collected machine. Each is one property of the only instance of a class.
 #include "host/schema_helper.h"
 
 #include "host/vor_exception.h"
@@ -13,7 +12,7 @@ constexpr char computerSystem[] = "KELSG_ComputerSystem";
 constexpr char operatingSystem[] = "KELSG_OperatingSystem";
 constexpr char dataSource[] = "KELSG_DataSource";
 
-// A product name carries machine type and model as in "Server -[1234AB5]-".
+// A product name contains machine type and model in this form: "Server -[1234AB5]-".
 constexpr char typeMark[] = "-[";
 constexpr std::size_t typeOffset = 2;  // from the start of the mark
 constexpr std::size_t typeLength = 4;
@@ -39,7 +38,7 @@ boost::shared_ptr<ICIMProperty> FindProperty(ICIMInstance& instance, const std::
     try {
         return instance.GetProperty(name, {});
     } catch (const TVORException&) {
-        // A namespace may tell of a missing property by any code; the helper's callers are promised this one.
+        // Namespaces use different codes for a missing property; the helper guarantees this one.
         throw TVORException(TVORStatusCode::propertyNotFound);
     }
 }

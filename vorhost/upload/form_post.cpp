@@ -1,4 +1,3 @@
-// The HTTP module: one form posted with libcurl.
 #include "vorhost/upload/form_post.h"
 
 #include <curl/curl.h>
@@ -15,10 +14,10 @@ namespace {
 constexpr long timeoutMilliseconds = 10'000;
 constexpr std::size_t largestBodyBytes = 65'536;
 
-// libcurl's process-wide state, for as long as the module stays loaded.
+// The process-wide state of libcurl, which exists until the module is unloaded.
 class TCurlLibrary {
   public:
-    TCurlLibrary() { (void)curl_global_init(CURL_GLOBAL_DEFAULT); }  // curl_easy_init tells of a failure
+    TCurlLibrary() { (void)curl_global_init(CURL_GLOBAL_DEFAULT); }  // curl_easy_init then fails
     ~TCurlLibrary() { curl_global_cleanup(); }
     TCurlLibrary(const TCurlLibrary&) = delete;
     TCurlLibrary& operator=(const TCurlLibrary&) = delete;
@@ -54,7 +53,7 @@ struct TBody {
     bool overflown = false;
 };
 
-// libcurl's write callback: taking fewer bytes than offered ends the transfer.
+// The write callback of libcurl. Returning fewer bytes than were passed aborts the transfer.
 std::size_t TakeBytes(char* bytes, std::size_t /*one*/, std::size_t count, void* target) {
     auto& body = *static_cast<TBody*>(target);
     body.overflown = count > largestBodyBytes - body.text.size();
@@ -64,12 +63,12 @@ std::size_t TakeBytes(char* bytes, std::size_t /*one*/, std::size_t count, void*
     try {
         body.text.append(bytes, count);
     } catch (const std::bad_alloc&) {
-        return 0;  // no exception may pass through libcurl
+        return 0;  // exceptions must not propagate through libcurl
     }
     return count;
 }
 
-// Sets options one after the other and remembers the first failure.
+// Sets options; after the first failure, further calls have no effect.
 class TOptions {
   public:
     explicit TOptions(CURL* curl) : curl_(curl) {}

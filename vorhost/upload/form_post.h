@@ -1,5 +1,5 @@
-// The line between the upload library and its HTTP module, which is loaded only when it is needed. Both are
-// built together, so C++ types may cross.
+// The interface between the upload library and its HTTP module, which is loaded on demand. Both are built
+// together, so the interface may use C++ types.
 #pragma once
 
 #include "host/export.h"
@@ -16,13 +16,13 @@ struct TFormField {
 
 struct TPostResult {
     bool succeeded = false;
-    std::string text;  ///< the response body as received; of a failure its cause, in one line
+    std::string text;  ///< the response body; after a failure its cause in one line
 };
 
-/// The type of the module's one operation, exported under `postFormSymbol`. Sends the fields, URL-encoded, by
-/// HTTP POST and waits for the answer, at most 10 seconds in all.
-/// Fails:  on anything but a status of 200 to 299 (redirects are not followed: the fields are meant for `url`
-///         alone), a URL that is neither http nor https, and a body above 64 KiB.
+/// The type of the exported symbol `postFormSymbol`. Sends the fields, URL-encoded, by HTTP POST and waits at
+/// most 10 seconds for the response. Fails:  for a status outside 200 to 299, a URL that is neither http nor
+/// https, and a body of more than 64 KiB.
+///         Redirects are not followed, because the fields must only be sent to `url`.
 /// Errors: throws std::bad_alloc.
 using TPostForm = void(const std::string& url, std::span<const TFormField> fields, TPostResult& result);
 

@@ -13,6 +13,7 @@
 
 #include <array>
 #include <cstddef>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -61,16 +62,20 @@ TPostResult PostForm(const std::string& url, const TArguments& arguments) {
     return result;
 }
 
-// Describes why an identifier that the service issued is unusable; empty for a usable one.
-std::string FindFault(const std::string& identifier) {
+// Describes why an identifier that the service issued is unusable; nullopt for a usable one.
+std::optional<std::string> FindFault(const std::string& identifier) {
     constexpr std::size_t longestBytes = 1024;
     if (identifier.size() > longestBytes) {
         return "it is longer than " + std::to_string(longestBytes) + " bytes";
     }
-    return NVORHOST::MakeVisible(identifier) == identifier ? "" : "it is no printable text of one line";
+    if (NVORHOST::MakeVisible(identifier) != identifier) {
+        return "it is not one line of printable text";
+    }
+    return std::nullopt;
 }
 
-// An inventory without a credential is better than none, so a failure is logged and kept for the summary.
+// A failure does not end the run, because an inventory without a credential is still useful. It is logged and
+// kept for the summary.
 std::string Fail(const std::string& url, const std::string& failure) {
     TRootObject::GetCoreLogger()->Log(NKELVOR20::diagnosticLevel,
                                       "zetupload: " + NVORHOST::HidePasswords(url) + ": " + failure);
@@ -85,8 +90,8 @@ std::string RequestIdentifier(const std::string& url, const TArguments& argument
         return Fail(url, result.text);
     }
     std::string identifier(NVORHOST::TrimBlanks(result.text));
-    const std::string fault = FindFault(identifier);
-    return fault.empty() ? identifier : Fail(url, "no usable answer: " + fault);
+    const auto fault = FindFault(identifier);
+    return fault ? Fail(url, "no usable answer: " + *fault) : identifier;
 }
 
 }  // namespace

@@ -98,10 +98,10 @@ TEST_F(Compressed, NamesOtherCompressionsAndTheirRemedy) {
     using std::literals::operator""s;
     EXPECT_EQ(ErrorOf("\xFD"
                       "7zXZ\0rest"s),
-              "is compressed with xz: decompress it first, with xz -d");
-    EXPECT_EQ(ErrorOf("BZh91AY"), "is compressed with bzip2: decompress it first, with bzip2 -d");
-    EXPECT_EQ(ErrorOf("\x28\xB5\x2F\xFDrest"), "is compressed with zstd: decompress it first, with zstd -d");
-    EXPECT_EQ(ErrorOf("PK\x03\x04rest"), "is compressed with zip: decompress it first, with unzip");
+              "is compressed with xz; decompress it first with xz -d");
+    EXPECT_EQ(ErrorOf("BZh91AY"), "is compressed with bzip2; decompress it first with bzip2 -d");
+    EXPECT_EQ(ErrorOf("\x28\xB5\x2F\xFDrest"), "is compressed with zstd; decompress it first with zstd -d");
+    EXPECT_EQ(ErrorOf("PK\x03\x04rest"), "is compressed with zip; decompress it first with unzip");
 }
 
 }  // namespace

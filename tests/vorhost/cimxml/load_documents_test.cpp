@@ -190,7 +190,7 @@ TEST(LoadDocuments, LeavesATargetAloneThatHasOneOfTheClasses) {
             documentName, InGroup("<VALUE.OBJECT><CLASS NAME=\"A\"/></VALUE.OBJECT>" + Instance("")), target);
         FAIL() << "loaded";
     } catch (const TCimXmlError& error) {
-        EXPECT_STREQ(error.what(), "t.xml: class C: the namespace has this class already");
+        EXPECT_STREQ(error.what(), "t.xml: class C: the namespace already has this class");
     }
     EXPECT_EQ(Describe(target), "class c\n");
 }

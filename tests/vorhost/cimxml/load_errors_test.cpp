@@ -25,26 +25,25 @@ TEST(LoadErrors, NameAnUnknownType) {
 
 TEST(LoadErrors, NameAMissingAttribute) {
     EXPECT_EQ(LoadError(InGroup(Instance("<PROPERTY NAME=\"P\"/>"))),
-              "t.xml:1: class C, property P: the attribute TYPE is missing");
+              "t.xml:1: class C, property P: missing attribute TYPE");
     EXPECT_EQ(LoadError(InGroup(Instance("<PROPERTY TYPE=\"string\"/>"))),
-              "t.xml:1: class C: the attribute NAME is missing");
+              "t.xml:1: class C: missing attribute NAME");
     EXPECT_EQ(LoadError(InGroup("<VALUE.OBJECT><INSTANCE/></VALUE.OBJECT>")),
-              "t.xml:1: the attribute CLASSNAME is missing");
-    EXPECT_EQ(LoadError(InGroup("<VALUE.OBJECT><CLASS/></VALUE.OBJECT>")),
-              "t.xml:1: the attribute NAME is missing");
+              "t.xml:1: missing attribute CLASSNAME");
+    EXPECT_EQ(LoadError(InGroup("<VALUE.OBJECT><CLASS/></VALUE.OBJECT>")), "t.xml:1: missing attribute NAME");
     EXPECT_EQ(LoadError(InGroup(Instance("<PROPERTY NAME=\"P\" TYPE=\"string\"><QUALIFIER/></PROPERTY>"))),
-              "t.xml:1: class C, property P: the attribute NAME is missing");
+              "t.xml:1: class C, property P: missing attribute NAME");
 }
 
 TEST(LoadErrors, NameAnEmptyOrTooLongName) {
     EXPECT_EQ(LoadError(InGroup("<VALUE.OBJECT><INSTANCE CLASSNAME=\"\"/></VALUE.OBJECT>")),
-              "t.xml:1: the attribute CLASSNAME has no name, or a too long one: \"\"");
+              "t.xml:1: the attribute CLASSNAME is empty or too long: \"\"");
     EXPECT_EQ(
         LoadError(InGroup("<VALUE.OBJECT><CLASS NAME=\"" + std::string(4096, 'x') + "\"/></VALUE.OBJECT>")),
         "loaded");
     EXPECT_EQ(
         LoadError(InGroup("<VALUE.OBJECT><CLASS NAME=\"" + std::string(4097, 'x') + "\"/></VALUE.OBJECT>")),
-        "t.xml:1: the attribute NAME has no name, or a too long one: \"" + std::string(40, 'x') + "...\"");
+        "t.xml:1: the attribute NAME is empty or too long: \"" + std::string(40, 'x') + "...\"");
 }
 
 TEST(LoadErrors, NameAConflictWithTheDeclaration) {
@@ -58,12 +57,12 @@ TEST(LoadErrors, NameAConflictWithTheDeclaration) {
 }
 
 TEST(LoadErrors, NameWhatStandsTwice) {
-    EXPECT_EQ(LoadError(InGroup(Class("") + Class(""))), "t.xml:1: class C: the class is declared twice");
+    EXPECT_EQ(LoadError(InGroup(Class("") + Class(""))), "t.xml:1: class C: duplicate class declaration");
     EXPECT_EQ(LoadError(InGroup(
                   Class("<PROPERTY NAME=\"P\" TYPE=\"uint8\"/><PROPERTY NAME=\"p\" TYPE=\"uint8\"/>"))),
-              "t.xml:1: class C, property p: the property is declared twice");
+              "t.xml:1: class C, property p: duplicate property declaration");
     EXPECT_EQ(LoadError(InGroup(Instance(Property("uint8", "1") + Property("uint8", "1")))),
-              "t.xml:1: class C, property P: the property stands twice in one instance");
+              "t.xml:1: class C, property P: duplicate property");
     EXPECT_EQ(
         LoadError(InGroup(Instance("<PROPERTY NAME=\"P\" TYPE=\"uint8\"><VALUE>1</VALUE><VALUE>2</VALUE>"
                                    "</PROPERTY>"))),
@@ -85,23 +84,22 @@ TEST(LoadErrors, NameTheServersError) {
 }
 
 TEST(LoadErrors, NameAnElementThatHasNoPlaceThere) {
-    EXPECT_EQ(LoadError("<html/>"), "t.xml:1: the element \"html\" is not expected here");
+    EXPECT_EQ(LoadError("<html/>"), "t.xml:1: unexpected element \"html\"");
     EXPECT_EQ(LoadError(InGroup(Instance("<PROPERY NAME=\"P\"/>"))),
-              "t.xml:1: class C: the element \"PROPERY\" is not expected here");
+              "t.xml:1: class C: unexpected element \"PROPERY\"");
     EXPECT_EQ(LoadError(InGroup(Instance("<x:PROPERTY NAME=\"P\"/>"))),
-              "t.xml:1: class C: the element \"x:PROPERTY\" is not expected here");
+              "t.xml:1: class C: unexpected element \"x:PROPERTY\"");
     EXPECT_EQ(LoadError(InGroup(Instance(Property("string", "a<b/>c")))),
-              "t.xml:1: class C, property P: the element \"b\" is not expected here");
+              "t.xml:1: class C, property P: unexpected element \"b\"");
     EXPECT_EQ(LoadError("<CIM><MESSAGE><SIMPLEREQ/></MESSAGE></CIM>"),
-              "t.xml:1: the element \"SIMPLEREQ\" is not expected here");
+              "t.xml:1: unexpected element \"SIMPLEREQ\"");
     EXPECT_EQ(LoadError(InResponse("<INSTANCENAME CLASSNAME=\"C\"/>")),
-              "t.xml:1: the element \"INSTANCENAME\" is not expected here");
+              "t.xml:1: unexpected element \"INSTANCENAME\"");
 }
 
 TEST(LoadErrors, NameTextThatHasNoPlaceThere) {
-    EXPECT_EQ(LoadError(InGroup(Instance("\nstray\n"))),
-              "t.xml:3: class C: the text \"stray\" is not expected here");
-    EXPECT_EQ(LoadError(InGroup("x")), "t.xml:1: the text \"x\" is not expected here");
+    EXPECT_EQ(LoadError(InGroup(Instance("\nstray\n"))), "t.xml:3: class C: unexpected text \"stray\"");
+    EXPECT_EQ(LoadError(InGroup("x")), "t.xml:1: unexpected text \"x\"");
 }
 
 TEST(LoadErrors, NameWhatIsNotWellFormed) {
@@ -111,8 +109,8 @@ TEST(LoadErrors, NameWhatIsNotWellFormed) {
                 StartsWith("t.xml:1: class C: "));
     EXPECT_THAT(LoadError("<CIM/><CIM/>"), StartsWith("t.xml:1: Extra content at the end of the document"));
     EXPECT_THAT(LoadError("no document"), StartsWith("t.xml:1: "));
-    EXPECT_EQ(LoadError(""), "t.xml:1: the document ends too early");
-    EXPECT_EQ(LoadError("<CIM>"), "t.xml:1: the document ends too early");
+    EXPECT_EQ(LoadError(""), "t.xml:1: truncated document");
+    EXPECT_EQ(LoadError("<CIM>"), "t.xml:1: truncated document");
 }
 
 TEST(LoadErrors, NameCharactersThatXmlDoesNotAllow) {
@@ -132,13 +130,13 @@ TEST(LoadErrors, AreOneLineWhateverTheFileIsCalled) {
         LoadNamespaceFromText("a\nb\x1B.xml", "<html/>", target);
         FAIL() << "loaded";
     } catch (const TCimXmlError& error) {
-        EXPECT_STREQ(error.what(), "a\\nb\\x1b.xml:1: the element \"html\" is not expected here");
+        EXPECT_STREQ(error.what(), "a\\nb\\x1b.xml:1: unexpected element \"html\"");
     }
 }
 
 TEST(LoadErrors, QuoteLongTextByItsBeginningAndNoHalfCharacters) {
     EXPECT_EQ(LoadError(InGroup(Instance(Property("uint8", std::string(39, 'x') + "\xC3\xA9\xC3\xA9")))),
-              "t.xml:1: class C, property P: \"" + std::string(39, 'x') + "...\" is no uint8");
+              "t.xml:1: class C, property P: \"" + std::string(39, 'x') + "...\" is not a valid uint8");
 }
 
 }  // namespace

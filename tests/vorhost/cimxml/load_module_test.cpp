@@ -102,7 +102,7 @@ TEST(LoadModule, SaysWhyAFileCannotBeRead) {
 }
 
 TEST(LoadModule, ReadsWhatIsNoRegularFile) {
-    EXPECT_EQ(LoadError("/dev/null"), "/dev/null:1: the document ends too early");
+    EXPECT_EQ(LoadError("/dev/null"), "/dev/null:1: truncated document");
 }
 
 }  // namespace

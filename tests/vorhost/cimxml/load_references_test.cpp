@@ -110,36 +110,36 @@ TEST(LoadReferences, TakesAReferenceWithoutValueAsNull) {
 }
 
 TEST(LoadReferences, RefusesPathsWithoutTheirParts) {
-    EXPECT_EQ(PathError(""), At("a reference to no object"));
-    EXPECT_EQ(PathError("<INSTANCENAME CLASSNAME=\"\"/>"), At("an object path without its class"));
-    EXPECT_EQ(PathError("<INSTANCENAME/>"), At("the attribute CLASSNAME is missing"));
+    EXPECT_EQ(PathError(""), At("reference without an object"));
+    EXPECT_EQ(PathError("<INSTANCENAME CLASSNAME=\"\"/>"), At("object path without a class"));
+    EXPECT_EQ(PathError("<INSTANCENAME/>"), At("missing attribute CLASSNAME"));
     EXPECT_EQ(PathError("<INSTANCEPATH>" + instanceName + "</INSTANCEPATH>"),
-              At("an object path without its host"));
+              At("object path without a host"));
     EXPECT_EQ(
         PathError(
             "<CLASSPATH><NAMESPACEPATH><HOST>h</HOST></NAMESPACEPATH><CLASSNAME NAME=\"A\"/></CLASSPATH>"),
-        At("an object path without its namespace"));
+        At("object path without a namespace"));
     EXPECT_EQ(PathError("<LOCALCLASSPATH><CLASSNAME NAME=\"A\"/></LOCALCLASSPATH>"),
-              At("an object path without its namespace"));
+              At("object path without a namespace"));
     EXPECT_EQ(PathError("<LOCALCLASSPATH>" + localNamespacePath + "</LOCALCLASSPATH>"),
-              At("a reference to no object"));
+              At("reference without an object"));
     EXPECT_EQ(PathError("<INSTANCENAME CLASSNAME=\"A\"><KEYBINDING NAME=\"K\"/></INSTANCENAME>"),
               At("the key \"K\" has no value"));
 }
 
 TEST(LoadReferences, RefusesPathsWithTooManyParts) {
     EXPECT_EQ(PathError("<CLASSNAME NAME=\"A\"/><CLASSNAME NAME=\"B\"/>"),
-              At("a reference to more than one object"));
+              At("reference to more than one object"));
     EXPECT_EQ(
         PathError(
             "<INSTANCENAME CLASSNAME=\"A\"><KEYVALUE>1</KEYVALUE><KEYVALUE>2</KEYVALUE></INSTANCENAME>"),
-        At("more than one value for one key"));
+        At("duplicate value for a key"));
     EXPECT_EQ(PathError("<INSTANCENAME CLASSNAME=\"A\"><KEYBINDING NAME=\"K\"><KEYVALUE>1</KEYVALUE>"
                         "<KEYVALUE>2</KEYVALUE></KEYBINDING></INSTANCENAME>"),
-              At("more than one value for one key"));
+              At("duplicate value for a key"));
     EXPECT_EQ(PathError("<INSTANCENAME CLASSNAME=\"A\"><KEYVALUE>1</KEYVALUE><KEYBINDING NAME=\"K\">"
                         "<KEYVALUE>2</KEYVALUE></KEYBINDING></INSTANCENAME>"),
-              At("more than one value for one key"));
+              At("duplicate value for a key"));
     EXPECT_EQ(
         LoadError(InGroup(Instance("<PROPERTY.REFERENCE NAME=\"P\"><VALUE.REFERENCE><CLASSNAME NAME=\"A\"/>"
                                    "</VALUE.REFERENCE><VALUE.REFERENCE><CLASSNAME NAME=\"A\"/>"
@@ -148,14 +148,14 @@ TEST(LoadReferences, RefusesPathsWithTooManyParts) {
 }
 
 TEST(LoadReferences, RefusesNamesThatAPathCannotSpell) {
-    EXPECT_EQ(PathError("<CLASSNAME NAME=\"A.B\"/>"), At("\"A.B\" is no CIM name"));
+    EXPECT_EQ(PathError("<CLASSNAME NAME=\"A.B\"/>"), At("\"A.B\" is not a valid CIM name"));
     EXPECT_EQ(PathError("<INSTANCENAME CLASSNAME=\"A\"><KEYBINDING NAME=\"K=\"/></INSTANCENAME>"),
-              At("\"K=\" is no CIM name"));
+              At("\"K=\" is not a valid CIM name"));
     EXPECT_EQ(PathError("<LOCALCLASSPATH><LOCALNAMESPACEPATH><NAMESPACE NAME=\"a:b\"/></LOCALNAMESPACEPATH>"
                         "</LOCALCLASSPATH>"),
-              At("\"a:b\" is no namespace"));
+              At("\"a:b\" is not a valid namespace"));
     EXPECT_EQ(PathError("<CLASSPATH><NAMESPACEPATH><HOST> </HOST></NAMESPACEPATH></CLASSPATH>"),
-              At("\" \" is no host"));
+              At("\" \" is not a valid host"));
 }
 
 TEST(LoadReferences, RefusesKeysThatAreNotOfTheirType) {
@@ -163,8 +163,8 @@ TEST(LoadReferences, RefusesKeysThatAreNotOfTheirType) {
         return PathError("<INSTANCENAME CLASSNAME=\"A\"><KEYVALUE " + attributes + ">" + text +
                          "</KEYVALUE></INSTANCENAME>");
     };
-    EXPECT_EQ(error("VALUETYPE=\"numeric\"", "x"), At("the key \"x\" is no number"));
-    EXPECT_EQ(error("VALUETYPE=\"boolean\"", "x"), At("\"x\" is no boolean"));
+    EXPECT_EQ(error("VALUETYPE=\"numeric\"", "x"), At("the key \"x\" is not a valid number"));
+    EXPECT_EQ(error("VALUETYPE=\"boolean\"", "x"), At("\"x\" is not a valid boolean"));
     EXPECT_EQ(error("VALUETYPE=\"text\"", "x"), At("unknown VALUETYPE \"text\""));
     EXPECT_EQ(error("TYPE=\"int\"", "x"), At("unknown TYPE \"int\""));
 }
@@ -179,7 +179,7 @@ TEST(LoadReferences, RefusesReferencesThatStandTooDeepInEachOther) {
         return path;
     };
     EXPECT_EQ(PathText(nested(4)), R"~(A=(reference)"A=(reference)\"A=(reference)\\\"A\\\"\"")~");
-    EXPECT_EQ(PathError(nested(5)), At("references stand deeper than 4 levels in each other"));
+    EXPECT_EQ(PathError(nested(5)), At("references are nested more than 4 levels deep"));
 }
 
 }  // namespace

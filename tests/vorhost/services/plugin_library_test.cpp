@@ -179,7 +179,8 @@ TEST_F(PluginLibrary, IsRefusedForAnotherType) {
 }
 
 TEST_F(PluginLibrary, IsRefusedWithoutTheDataRequest) {
-    EXPECT_EQ(RefusalOf("without_query"), "says it is a basic query plug-in and lacks the data request");
+    EXPECT_EQ(RefusalOf("without_query"),
+              "declares the type of a basic query plug-in but has no data request");
 }
 
 TEST_F(PluginLibrary, LogsWhatTheEndOfThePluginThrows) {

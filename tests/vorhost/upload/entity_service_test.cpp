@@ -139,7 +139,7 @@ TEST_F(EntityService, FailsOnAnIdentifierThatIsNoPrintableTextOfOneLine) {
                                    "\xE2\x80\xAE"
                                    "a"}) {
         TLocalHttpServer server(Response("200 OK", body));
-        EXPECT_EQ(FailureOf(server.GetUrl()), "no usable answer: it is no printable text of one line");
+        EXPECT_EQ(FailureOf(server.GetUrl()), "no usable answer: it is not one line of printable text");
         lines_.clear();
     }
 }
