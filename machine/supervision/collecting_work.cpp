@@ -80,29 +80,29 @@ class TDoors {
     TDoors(const TCollectionTask& task, const TMachineDoor& machine, TAccessPlace& place)
         : collects_(task.collects),
           watched_(machine.GetFiles(), place, task.unanswered, OwnEntry(task.options)),
-          answers_(watched_, TRequestLog::EKept::requestsAndResponses),
-          capturing_(answers_),
-          questions_(capturing_, TRequestLog::EKept::requests),
+          responses_(watched_, TRequestLog::EKept::requestsAndResponses),
+          capturing_(responses_),
+          requests_(capturing_, TRequestLog::EKept::requests),
           calls_(machine.GetCalls()),
           capturingCalls_(calls_) {}
 
     const ISystemFiles& GetFiles() const {
-        return collects_ == ECollects::logs ? static_cast<const ISystemFiles&>(questions_) : watched_;
+        return collects_ == ECollects::logs ? static_cast<const ISystemFiles&>(requests_) : watched_;
     }
     const ISystemCalls& GetCalls() const {
         return collects_ == ECollects::logs ? static_cast<const ISystemCalls&>(capturingCalls_) : calls_;
     }
     const TUnansweredPaths& GetTimedOut() const { return watched_.GetTimedOut(); }
     TMachineLog TakeLog() {
-        return {answers_.TakeEntries(), questions_.TakeEntries(), capturingCalls_.GetAnswers()};
+        return {responses_.TakeEntries(), requests_.TakeEntries(), capturingCalls_.GetAnswers()};
     }
 
   private:
     ECollects collects_;
     TWatchedFiles watched_;
-    TRequestLog answers_;
+    TRequestLog responses_;
     TFileRecorder capturing_;
-    TRequestLog questions_;
+    TRequestLog requests_;
     const ISystemCalls& calls_;
     TSystemCallRecorder capturingCalls_;
 };

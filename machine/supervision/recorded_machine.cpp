@@ -3,58 +3,58 @@
 namespace NVORHOST {
 namespace {
 
-void WriteQuestion(const TFileRequest& question, TMessageWriter& message) {
-    message.WriteNumber(static_cast<std::uint64_t>(question.operation));
-    message.WriteText(question.path);
-    message.WriteNumber(question.maxBytes);
+void WriteRequest(const TFileRequest& request, TMessageWriter& message) {
+    message.WriteNumber(static_cast<std::uint64_t>(request.operation));
+    message.WriteText(request.path);
+    message.WriteNumber(request.maxBytes);
 }
 
-TFileRequest ReadQuestion(TMessageReader& message) {
-    TFileRequest question;
-    question.operation = static_cast<EFileOperation>(message.ReadNumber());
-    question.path = message.ReadText();
-    question.maxBytes = message.ReadNumber();
-    return question;
+TFileRequest ReadRequest(TMessageReader& message) {
+    TFileRequest request;
+    request.operation = static_cast<EFileOperation>(message.ReadNumber());
+    request.path = message.ReadText();
+    request.maxBytes = message.ReadNumber();
+    return request;
 }
 
-void WriteAnswer(const TFileResponse& answer, TMessageWriter& message) {
-    message.WriteNumber(static_cast<std::uint64_t>(answer.text.status));
-    message.WriteText(answer.text.value);
-    message.WriteText(answer.text.error);
-    message.WriteNumber(static_cast<std::uint64_t>(answer.names.status));
-    message.WriteNumber(answer.names.value.size());
-    for (const std::string& name : answer.names.value) {
+void WriteResponse(const TFileResponse& response, TMessageWriter& message) {
+    message.WriteNumber(static_cast<std::uint64_t>(response.text.status));
+    message.WriteText(response.text.value);
+    message.WriteText(response.text.error);
+    message.WriteNumber(static_cast<std::uint64_t>(response.names.status));
+    message.WriteNumber(response.names.value.size());
+    for (const std::string& name : response.names.value) {
         message.WriteText(name);
     }
-    message.WriteText(answer.names.error);
-    message.WriteNumber(answer.exists ? 1 : 0);
+    message.WriteText(response.names.error);
+    message.WriteNumber(response.exists ? 1 : 0);
 }
 
-TFileResponse ReadAnswer(TMessageReader& message) {
-    TFileResponse answer;
-    answer.text.status = static_cast<EReadStatus>(message.ReadNumber());
-    answer.text.value = message.ReadText();
-    answer.text.error = message.ReadText();
-    answer.names.status = static_cast<EReadStatus>(message.ReadNumber());
+TFileResponse ReadResponse(TMessageReader& message) {
+    TFileResponse response;
+    response.text.status = static_cast<EReadStatus>(message.ReadNumber());
+    response.text.value = message.ReadText();
+    response.text.error = message.ReadText();
+    response.names.status = static_cast<EReadStatus>(message.ReadNumber());
     for (std::uint64_t left = message.ReadNumber(); left > 0; --left) {
-        answer.names.value.emplace_back(message.ReadText());
+        response.names.value.emplace_back(message.ReadText());
     }
-    answer.names.error = message.ReadText();
-    answer.exists = message.ReadNumber() != 0;
-    return answer;
+    response.names.error = message.ReadText();
+    response.exists = message.ReadNumber() != 0;
+    return response;
 }
 
 }  // namespace
 
 void WriteMachineLog(const TMachineLog& log, TMessageWriter& message) {
-    message.WriteNumber(log.answers.size());
-    for (const TRequestLog::TEntry& entry : log.answers) {
-        WriteQuestion(entry.request, message);
-        WriteAnswer(entry.response, message);
+    message.WriteNumber(log.responses.size());
+    for (const TRequestLog::TEntry& entry : log.responses) {
+        WriteRequest(entry.request, message);
+        WriteResponse(entry.response, message);
     }
-    message.WriteNumber(log.questions.size());
-    for (const TRequestLog::TEntry& entry : log.questions) {
-        WriteQuestion(entry.request, message);
+    message.WriteNumber(log.requests.size());
+    for (const TRequestLog::TEntry& entry : log.requests) {
+        WriteRequest(entry.request, message);
     }
     message.WriteText(FormatCaptureAnswers(log.calls));
 }
@@ -62,25 +62,25 @@ void WriteMachineLog(const TMachineLog& log, TMessageWriter& message) {
 TMachineLog ReadMachineLog(TMessageReader& message) {
     TMachineLog log;
     for (std::uint64_t left = message.ReadNumber(); left > 0; --left) {
-        TFileRequest question = ReadQuestion(message);
-        log.answers.push_back({std::move(question), ReadAnswer(message)});
+        TFileRequest request = ReadRequest(message);
+        log.responses.push_back({std::move(request), ReadResponse(message)});
     }
     for (std::uint64_t left = message.ReadNumber(); left > 0; --left) {
-        log.questions.push_back({ReadQuestion(message), {}});
+        log.requests.push_back({ReadRequest(message), {}});
     }
     log.calls = ParseCaptureAnswers(message.ReadText());
     return log;
 }
 
-void AddAnswers(const TMachineLog& log, TRecordedMachine& machine) {
-    for (const TRequestLog::TEntry& entry : log.answers) {
+void AddResponses(const TMachineLog& log, TRecordedMachine& machine) {
+    for (const TRequestLog::TEntry& entry : log.responses) {
         machine.answered.Add(entry.request, entry.response);
     }
 }
 
 void AddLog(const TMachineLog& log, TRecordedMachine& machine) {
-    AddAnswers(log, machine);
-    for (const TRequestLog::TEntry& entry : log.questions) {
+    AddResponses(log, machine);
+    for (const TRequestLog::TEntry& entry : log.requests) {
         Repeat(entry.request, machine.files);
     }
     MergeCaptureAnswers(log.calls, machine.answers);

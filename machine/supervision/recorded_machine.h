@@ -17,20 +17,20 @@ struct TRecordedMachine {
     TCaptureAnswers answers;  ///< answers of system calls
 };
 
-/// What one collector has read. `questions` are the accesses of the collector; `answers` are the accesses
-/// that reached the machine, with their results.
+/// What one collector has read. `requests` are those of the collector; `responses` are the requests that
+/// reached the machine, with their results.
 struct TMachineLog {
-    std::vector<TRequestLog::TEntry> answers;
-    std::vector<TRequestLog::TEntry> questions;
+    std::vector<TRequestLog::TEntry> responses;
+    std::vector<TRequestLog::TEntry> requests;
     TCaptureAnswers calls;
 };
 
 void WriteMachineLog(const TMachineLog& log, TMessageWriter& message);
 TMachineLog ReadMachineLog(TMessageReader& message);
 
-/// Adds only the answers of a log, without putting anything into the capture.
-void AddAnswers(const TMachineLog& log, TRecordedMachine& machine);
-/// Adds the answers of a log and repeats its questions, which puts their files into the capture.
+/// Adds only the responses of a log, without putting anything into the capture.
+void AddResponses(const TMachineLog& log, TRecordedMachine& machine);
+/// Adds the responses of a log and repeats its requests, which puts their files into the capture.
 void AddLog(const TMachineLog& log, TRecordedMachine& machine);
 
 }  // namespace NVORHOST

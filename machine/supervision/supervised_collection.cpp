@@ -322,7 +322,7 @@ TSupervisedCollection RecordSupervised(const TMachineOptions& options, TRecorded
     // process.
     const auto preview = [&machine](const TCollector& collector, TMessageReader& message) {
         (void)ReadReport(collector, message);
-        AddAnswers(ReadMachineLog(message), machine);
+        AddResponses(ReadMachineLog(message), machine);
     };
     return TSupervision(MakeTask(options, ECollects::logs), take, preview).Run();
 }

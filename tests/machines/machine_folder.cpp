@@ -26,7 +26,7 @@ class TWriter {
     TWriter(const ISystemFiles& files, fs::path root, EEntryOrder order)
         : files_(files), root_(std::move(root)), order_(order) {}
 
-    // `path` is "" for the top.
+    // `path` is "" for the root.
     void WriteFolder(const std::string& path) {
         fs::create_directories(root_ / path.substr(std::min<std::size_t>(path.size(), 1)));
         auto names = files_.List(path.empty() ? "/" : path).value;
@@ -42,7 +42,7 @@ class TWriter {
     void WriteEntry(const std::string& path) {
         const fs::path place = root_ / path.substr(1);
         if (const auto link = files_.ReadLink(path); link.IsOk()) {
-            // As on a captured tree, absolute links lead from its own top.
+            // Absolute links start at the root of the tree, as in a capture.
             fs::create_symlink(link.value, place);
         } else if (files_.List(path).IsOk()) {
             WriteFolder(path);

@@ -1,4 +1,4 @@
-// A machine of this folder on the disk, where the program can be pointed at it.
+// Writes a machine of this folder to disk, for runs with --sysroot.
 #pragma once
 
 #include "tests/machine/system/machine_tree.h"
@@ -9,17 +9,17 @@
 
 namespace NVORHOST {
 
-/// The names of the machines, sorted.
+/// Returns the names of the machines, sorted.
 std::vector<std::string> ListMachines();
 
-/// The machine of that name, from its tree.txt.
+/// Reads the machine of that name from its tree.txt.
 TMachine ReadMachine(const std::string& name);
 
-/// In which order entries are made: what a folder lists first often follows from it.
+/// The order in which entries are created, which often determines the order in which a directory lists them.
 enum class EEntryOrder { forwards, backwards };
 
-/// Writes the machine's files below `folder`, which is made. Files that refuse to be read have no
-/// permissions; answers of system calls stand beside them as in a capture.
+/// Writes the files of the machine to the new directory `folder`. Unreadable files get mode 000; answers of
+/// system calls are in noxinfo-system.txt, as in a capture.
 void WriteMachine(const TMachine& machine, const std::filesystem::path& folder, EEntryOrder order);
 
 }  // namespace NVORHOST

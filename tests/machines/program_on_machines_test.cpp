@@ -1,4 +1,4 @@
-// The whole program on every machine of this folder: what it writes depends on the machine alone.
+// Runs the program on every machine of this folder. Its output must depend only on the machine.
 #include "machine_folder.h"
 #include "tests/program/program_run.h"
 #include "tests/program/temporary_directory.h"
@@ -44,7 +44,7 @@ INSTANTIATE_TEST_SUITE_P(Machine, TProgramOnMachineTest, testing::ValuesIn(ListM
                              return name;
                          });
 
-TEST_P(TProgramOnMachineTest, WritesTheSameDocumentsWhateverTheOrderOfFolders) {
+TEST_P(TProgramOnMachineTest, WritesTheSameDocumentsForAnyOrderOfDirectoryEntries) {
     const TTemporaryDirectory directory;
     WriteMachine(ReadMachine(GetParam()), directory / "forwards", EEntryOrder::forwards);
     WriteMachine(ReadMachine(GetParam()), directory / "backwards", EEntryOrder::backwards);
@@ -53,9 +53,9 @@ TEST_P(TProgramOnMachineTest, WritesTheSameDocumentsWhateverTheOrderOfFolders) {
     EXPECT_EQ(CollectDocuments(directory / "backwards", {}), documents);
 }
 
-// Turkish has its own capital of "i"; German writes numbers with commas. A locale that is not installed is as
-// none.
-TEST_P(TProgramOnMachineTest, WritesTheSameDocumentsInEveryLocaleAndZone) {
+// Turkish has a different upper case of "i"; German has decimal commas. A locale that is not installed has no
+// effect.
+TEST_P(TProgramOnMachineTest, WritesTheSameDocumentsInEveryLocaleAndTimeZone) {
     const TTemporaryDirectory directory;
     WriteMachine(ReadMachine(GetParam()), directory / "machine", EEntryOrder::forwards);
     const std::string documents = CollectDocuments(directory / "machine", {{"LC_ALL", "C"}});
@@ -69,7 +69,7 @@ TEST_P(TProgramOnMachineTest, WritesTheSameDocumentsInEveryLocaleAndZone) {
     }
 }
 
-// As root, without the capabilities that let it read everything.
+// Drops the capabilities that let root read every file.
 TProgramResult RunAsOrdinaryUser(std::vector<std::string> arguments, const std::string& directory) {
     if (::geteuid() != 0) {
         return RunNoxinfo({std::move(arguments), directory, {}});
@@ -90,7 +90,7 @@ std::vector<std::string> LinesWith(std::string_view part, const std::string& tex
     return lines;
 }
 
-TEST(ProgramOnMachine, TellsAnOrdinaryUserWhatNeedsRoot) {
+TEST(ProgramOnMachine, ListsTheSourcesThatNeedRoot) {
     const TTemporaryDirectory directory;
     WriteMachine(ReadMachine("nvme-laptop"), directory / "machine", EEntryOrder::forwards);
     const auto result = RunAsOrdinaryUser(
@@ -109,7 +109,7 @@ TEST(ProgramOnMachine, TellsAnOrdinaryUserWhatNeedsRoot) {
                     "3 noxinfo-processor: permission denied: /sys/devices/system/cpu/cpu0/topology/ppin"));
 }
 
-TEST(ProgramOnMachine, WarnsOfAMalformedFirmwareTable) {
+TEST(ProgramOnMachine, WarnsAboutAMalformedFirmwareTable) {
     const TTemporaryDirectory directory;
     WriteMachine(ReadMachine("malformed-smbios"), directory / "machine", EEntryOrder::forwards);
     const auto result =
@@ -125,7 +125,7 @@ TEST(ProgramOnMachine, WarnsOfAMalformedFirmwareTable) {
     EXPECT_THAT(LinesWith("malformed SMBIOS table", ReadFile(directory / "run.log")), testing::SizeIs(1));
 }
 
-TEST(ProgramOnMachine, CountsBytesThatAreNoCharacters) {
+TEST(ProgramOnMachine, CountsBytesThatAreNotValidUtf8) {
     const TTemporaryDirectory directory;
     TMachine machine = ReadMachine("container");
     machine.files.AddFile("/etc/os-release", "PRETTY_NAME=\"Caf\xE9 \xFF\xFE\"\n");

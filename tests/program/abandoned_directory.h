@@ -1,4 +1,4 @@
-// Private directories as runs leave them that were killed.
+// Creates private directories in the state in which killed runs leave them.
 #pragma once
 
 #include "temporary_directory.h"
@@ -28,7 +28,7 @@ inline std::string EndedProcess() {
     return std::to_string(process);
 }
 
-/// Makes a directory of that name with a file and the journal that such a directory has.
+/// Creates a private directory of that name with a file and a journal.
 inline void MakeAbandoned(const std::string& target, const std::string& name) {
     std::filesystem::create_directory(target + "/" + name);
     std::filesystem::permissions(target + "/" + name, std::filesystem::perms::owner_all);

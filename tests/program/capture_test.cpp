@@ -1,5 +1,3 @@
-// `noxinfo capture`: the archive holds what was read and takes the machine's place.
-
 #include "program_run.h"
 #include "temporary_directory.h"
 
@@ -34,7 +32,7 @@ void Unpack(const std::string& archive, const std::string& directory) {
     ASSERT_EQ(result.status, 0) << result.standardError;
 }
 
-// Paths, kinds and contents of everything below a directory.
+// Returns paths, kinds and contents of all entries below a directory.
 std::string Listing(const std::string& directory) {
     std::vector<std::string> rows;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(directory)) {
@@ -56,7 +54,7 @@ std::string Listing(const std::string& directory) {
     return text;
 }
 
-// What the collectors make of a tree.
+// Returns the namespace that is collected from a tree.
 std::string Snapshot(const std::string& sysroot) {
     const auto result = RunNoxinfo({{"snapshot", "--sysroot", sysroot, "-"}, "", {}});
     EXPECT_EQ(result.status, 0) << result.standardError;
@@ -68,7 +66,7 @@ void AddFile(const std::string& root, const std::string& path, const std::string
     WriteFile(root + "/" + path, text);
 }
 
-// A machine with a disk behind links, and with files that no collector reads.
+// A machine with a disk that is reached through links, and with files that no collector reads.
 void MakeMachine(const std::string& root) {
     AddFile(root, "proc/sys/kernel/hostname", "small\n");
     AddFile(root, "proc/cpuinfo", "processor : 0\nphysical id : 0\nmodel name : Example CPU\n");
@@ -106,7 +104,7 @@ TEST(Capture, OfATreeGivesTheSameNamespaceAsTheTree) {
     EXPECT_EQ(text, Snapshot(directory / "machine"));
 }
 
-TEST(Capture, HoldsNothingThatNoCollectorReads) {
+TEST(Capture, ContainsOnlyFilesThatCollectorsRead) {
     const TTemporaryDirectory directory;
     MakeMachine(directory / "machine");
     ASSERT_EQ(Capture({"--sysroot", "machine", "m.tar.xz"}, directory.GetPath()).status, 0);
@@ -122,7 +120,7 @@ TEST(Capture, HoldsNothingThatNoCollectorReads) {
     EXPECT_THAT(listing, HasSubstr("proc/17: \n"));  // a name in a folder that was listed, no more
 }
 
-TEST(Capture, OfACaptureIsThatCapture) {
+TEST(Capture, IsUnchangedWhenTheCaptureIsCaptured) {
     const TTemporaryDirectory directory;
     ASSERT_EQ(Capture({"first.tar.xz"}, directory.GetPath()).status, 0);
     Unpack(directory / "first.tar.xz", directory / "first");
@@ -130,7 +128,7 @@ TEST(Capture, OfACaptureIsThatCapture) {
     EXPECT_EQ(ReadFile(directory / "second.tar.xz"), ReadFile(directory / "first.tar.xz"));
 }
 
-TEST(Capture, OfThisMachineGivesTheSameDocumentsAtEveryCollection) {
+TEST(Capture, OfThisMachineGivesTheSameDocumentsEveryTime) {
     const TTemporaryDirectory directory;
     const auto captured =
         Capture({"--local-time", time, "--with-processes", "m.tar.xz"}, directory.GetPath());
@@ -155,7 +153,7 @@ TEST(Capture, OfThisMachineGivesTheSameDocumentsAtEveryCollection) {
     EXPECT_THAT(Snapshot(directory / "m"), HasSubstr("<VALUE>20240229134500.000000+060</VALUE>"));
 }
 
-// What a collection of this machine and one of its capture may differ in from one second to the next.
+// Removes values that change from one second to the next from a namespace of this machine.
 std::string WithoutWhatMoves(const std::string& text) {
     std::string kept;
     std::istringstream lines(text);
@@ -168,7 +166,7 @@ std::string WithoutWhatMoves(const std::string& text) {
     return kept;
 }
 
-TEST(Capture, GivesWhatThisMachineGives) {
+TEST(Capture, GivesTheSameDocumentsAsThisMachine) {
     const TTemporaryDirectory directory;
     ASSERT_EQ(Capture({"--local-time", time, "m.tar.xz"}, directory.GetPath()).status, 0);
     Unpack(directory / "m.tar.xz", directory / "m");
@@ -177,7 +175,7 @@ TEST(Capture, GivesWhatThisMachineGives) {
     EXPECT_EQ(WithoutWhatMoves(Snapshot(directory / "m")), WithoutWhatMoves(live.standardOutput));
 }
 
-// The names of an archive's entries, one a line.
+// Returns the names of the entries of an archive, one per line.
 std::string ListArchive(const std::string& archive) {
     const auto result = RunProgram("tar", {{"--quoting-style=literal", "-tJf", archive}, "", {}});
     EXPECT_EQ(result.status, 0) << result.standardError;
@@ -185,7 +183,7 @@ std::string ListArchive(const std::string& archive) {
     return result.standardOutput;
 }
 
-// A machine with names in UTF-8, in ISO 8859-1 and in ASCII, and with a link whose target is not ASCII.
+// A machine with names in UTF-8, ISO 8859-1 and ASCII, and a link whose target is not ASCII.
 void AddNamesOfEveryCharset(const std::string& root) {
     std::string interfaces;
     for (const std::string name : {"b\xC3\xBCro0", "b\xFCro1", "eth0"}) {
@@ -226,7 +224,7 @@ TEST_P(TCaptureInLocaleTest, KeepsTheBytesOfNames) {
               "../../devices/virtual/net/b\xC3\xBCro0");
 }
 
-TEST(Capture, OfChosenCollectorsHoldsWhatTheyRead) {
+TEST(Capture, OfSelectedCollectorsContainsOnlyWhatTheyRead) {
     const TTemporaryDirectory directory;
     MakeMachine(directory / "machine");
     ASSERT_EQ(
@@ -238,7 +236,7 @@ TEST(Capture, OfChosenCollectorsHoldsWhatTheyRead) {
     EXPECT_THAT(listing, Not(HasSubstr("vda")));
 }
 
-TEST(Capture, RedactedHoldsNoSerialNumberAndCanBeCollectedFrom) {
+TEST(Capture, RedactedContainsNoSerialNumberAndCanBeCollectedFrom) {
     const TTemporaryDirectory directory;
     MakeMachine(directory / "machine");
     AddFile(directory / "machine", "sys/class/dmi/id/product_name", "Works Server\n");
@@ -259,7 +257,7 @@ TEST(Capture, RedactedHoldsNoSerialNumberAndCanBeCollectedFrom) {
     }
 }
 
-TEST(Capture, RedactedCountsNothingWhereNothingIdentifiesTheMachine) {
+TEST(Capture, RedactedReportsThatNothingIdentifiesTheMachine) {
     const TTemporaryDirectory directory;
     AddFile(directory / "machine", "proc/cpuinfo", "processor : 0\n");
     const auto result = Capture({"--sysroot", "machine", "--redact", "m.tar.xz"}, directory.GetPath());
@@ -283,7 +281,7 @@ TEST(Capture, WithAnIdentityLeftIsNotWritten) {
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(directory.GetPath()), {}), 2);
 }
 
-TEST(Capture, EachRedactedOneHasPseudonymsOfItsOwn) {
+TEST(Capture, RedactedTwiceHasDifferentPseudonyms) {
     const TTemporaryDirectory directory;
     MakeMachine(directory / "machine");
     for (const char* file : {"first", "second"}) {
@@ -302,7 +300,7 @@ TEST(Capture, ToStandardOutputPrintsNothingElse) {
     EXPECT_EQ(streamed.standardOutput, ReadFile(directory / "m.tar.xz"));
 }
 
-TEST(Capture, TheFileIsForItsOwnerAlone) {
+TEST(Capture, IsReadableOnlyByItsOwner) {
     const TTemporaryDirectory directory;
     MakeMachine(directory / "machine");
     ASSERT_EQ(Capture({"--sysroot", "machine", "m.tar.xz"}, directory.GetPath()).status, 0);
@@ -311,7 +309,7 @@ TEST(Capture, TheFileIsForItsOwnerAlone) {
     EXPECT_EQ(status.st_mode & 0777, 0600U);
 }
 
-TEST(Capture, ThatFailsLeavesTheEarlierFileAndNoOther) {
+TEST(Capture, KeepsTheEarlierFileAfterAFailure) {
     const TTemporaryDirectory directory;
     WriteFile(directory / "m.tar.xz", "earlier");
     const auto result = Capture({"--sysroot", "absent", "m.tar.xz"}, directory.GetPath());
@@ -321,7 +319,7 @@ TEST(Capture, ThatFailsLeavesTheEarlierFileAndNoOther) {
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(directory.GetPath()), {}), 1);
 }
 
-TEST(Capture, ToAFolderThatIsNotThereFails) {
+TEST(Capture, ToAMissingDirectoryFails) {
     const TTemporaryDirectory directory;
     MakeMachine(directory / "machine");
     const auto result = Capture({"--sysroot", "machine", "absent/m.tar.xz"}, directory.GetPath());
@@ -329,15 +327,13 @@ TEST(Capture, ToAFolderThatIsNotThereFails) {
     EXPECT_EQ(result.standardError, "noxinfo: cannot write absent/m.tar.xz: No such file or directory\n");
 }
 
-TEST(Capture, NeedsAFile) {
+TEST(Capture, RequiresAFile) {
     const auto result = RunNoxinfo({{"capture"}, "", {}});
     EXPECT_EQ(result.status, 2);
     EXPECT_EQ(result.standardError, "noxinfo: FILE is required\nTry 'noxinfo capture --help'.\n");
 }
 
-// ---- what an ordinary user may not read
-
-// Runs noxinfo as a user without rights; a machine file of mode 000 refuses even its owner then.
+// Runs noxinfo as an unprivileged user, who cannot read files of mode 000.
 TProgramResult RunUnprivileged(std::vector<std::string> arguments, const std::string& directory) {
     if (::geteuid() != 0) {
         return RunNoxinfo({std::move(arguments), directory, {}});
@@ -360,7 +356,7 @@ std::vector<std::string> LinesWith(std::string_view part, const std::string& tex
     return lines;
 }
 
-// The machine with three sources that only root may read.
+// A machine with three sources that only root may read.
 void MakeGuardedMachine(const std::string& root) {
     MakeMachine(root);
     AddFile(root, "sys/class/dmi/id/product_name", "Works Server\n");
@@ -375,7 +371,7 @@ constexpr char deniedRow[] =
     "Denied      3 sources need root: /sys/class/dmi/id/product_serial, /sys/class/dmi/id/product_uuid, "
     "/sys/firmware/dmi/tables/DMI\n";
 
-TEST(DeniedSources, AreCountedInTheSummaryAndNamedOnceInTheLog) {
+TEST(DeniedSources, AreCountedInTheSummaryAndLoggedOnce) {
     const TTemporaryDirectory directory;
     MakeGuardedMachine(directory / "machine");
     const auto result = RunUnprivileged(
@@ -390,7 +386,7 @@ TEST(DeniedSources, AreCountedInTheSummaryAndNamedOnceInTheLog) {
                              "3 noxinfo-computer-system: permission denied: /sys/class/dmi/id/product_uuid"));
 }
 
-TEST(DeniedSources, ThatSeveralCollectorsAskForAreNamedOnce) {
+TEST(DeniedSources, ThatSeveralCollectorsReadAreLoggedOnce) {
     const TTemporaryDirectory directory;
     MakeMachine(directory / "machine");
     std::filesystem::permissions(directory / "machine/sys/block", std::filesystem::perms::none);
@@ -404,7 +400,7 @@ TEST(DeniedSources, ThatSeveralCollectorsAskForAreNamedOnce) {
     std::filesystem::permissions(directory / "machine/sys/block", std::filesystem::perms::owner_all);
 }
 
-TEST(DeniedSources, AreDeniedToWhoeverCollectsFromTheCapture) {
+TEST(DeniedSources, StayDeniedInTheCapture) {
     const TTemporaryDirectory directory;
     MakeGuardedMachine(directory / "machine");
     const auto captured =

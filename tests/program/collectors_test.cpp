@@ -1,5 +1,3 @@
-// The list of the collectors, and the options that choose among them.
-
 #include "program_run.h"
 #include "temporary_directory.h"
 
@@ -19,7 +17,7 @@ using ::testing::MatchesRegex;
 using ::testing::Not;
 using ::testing::StartsWith;
 
-// A machine of a name, one processor and one process.
+// A machine with a name, one processor and one process.
 class TSmallTree {
   public:
     TSmallTree() {
@@ -38,7 +36,7 @@ class TSmallTree {
     TTemporaryDirectory directory_;
 };
 
-// The namespace that a snapshot of the tree with these options holds.
+// Returns the namespace that a snapshot of the tree with these options saves.
 std::string Snapshot(const TSmallTree& tree, std::vector<std::string> options) {
     std::vector<std::string> arguments{"snapshot", "--sysroot", tree.GetPath()};
     arguments.insert(arguments.end(), options.begin(), options.end());
@@ -48,7 +46,7 @@ std::string Snapshot(const TSmallTree& tree, std::vector<std::string> options) {
     return result.standardOutput;
 }
 
-TEST(Collectors, AreListedWithWhatTheyFillAndRead) {
+TEST(Collectors, AreListedWithTheirClassesAndSources) {
     const auto result = RunNoxinfo({{"collectors"}, "", {}});
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.standardError, "");
@@ -65,7 +63,7 @@ TEST(Collectors, AreListedWithWhatTheyFillAndRead) {
                           "        /proc/*/stat\n\n"));
 }
 
-TEST(Collectors, ProcessesAreCollectedOnlyWhenAskedFor) {
+TEST(Collectors, CollectProcessesOnlyOnRequest) {
     const TSmallTree tree;
     EXPECT_THAT(Snapshot(tree, {}), Not(HasSubstr("KELSG_Process\"")));
     const std::string asked = Snapshot(tree, {"--with-processes"});
@@ -73,13 +71,13 @@ TEST(Collectors, ProcessesAreCollectedOnlyWhenAskedFor) {
     EXPECT_THAT(asked, HasSubstr("<INSTANCE CLASSNAME=\"KELSG_OperatingSystem\">"));
 }
 
-TEST(Collectors, NamingTheProcessesAsksForThemToo) {
+TEST(Collectors, CollectProcessesIfNamed) {
     const TSmallTree tree;
     EXPECT_THAT(Snapshot(tree, {"--only", "process"}),
                 HasSubstr("<PROPERTY NAME=\"ProcessID\" TYPE=\"string\"><VALUE>17</VALUE></PROPERTY>"));
 }
 
-TEST(Collectors, OnlyThoseNamedRunAndTheOthersClassesAreNotThere) {
+TEST(Collectors, RunOnlyIfNamedAndDeclareNoOtherClasses) {
     const TSmallTree tree;
     const std::string text = Snapshot(tree, {"--only", "processor,operating-system"});
     EXPECT_THAT(text, HasSubstr("KELSG_Processor\""));
@@ -89,7 +87,7 @@ TEST(Collectors, OnlyThoseNamedRunAndTheOthersClassesAreNotThere) {
     EXPECT_EQ(Snapshot(tree, {"--only", "processor", "--only", "operating-system"}), text);
 }
 
-TEST(Collectors, ThoseSkippedDoNotRunEvenWhenNamed) {
+TEST(Collectors, DoNotRunIfBothNamedAndSkipped) {
     const TSmallTree tree;
     EXPECT_THAT(Snapshot(tree, {"--skip", "processor"}), Not(HasSubstr("KELSG_Processor\"")));
     EXPECT_THAT(Snapshot(tree, {"--skip", "processor"}), HasSubstr("KELSG_ComputerSystem\""));
@@ -97,7 +95,7 @@ TEST(Collectors, ThoseSkippedDoNotRunEvenWhenNamed) {
                 Not(HasSubstr("KELSG_Processor\"")));
 }
 
-TEST(Collectors, AnInventoryOfAPartHasThatPart) {
+TEST(Collectors, FillTheInventoryWithTheSelectedParts) {
     const TSmallTree tree;
     const TTemporaryDirectory directory;
     const auto result = RunNoxinfo({{"collect", "--sysroot", tree.GetPath(), "--reachability", "no", "--only",
@@ -108,7 +106,7 @@ TEST(Collectors, AnInventoryOfAPartHasThatPart) {
     EXPECT_THAT(result.standardOutput, HasSubstr("Collected   2 resources: 1 Processor, 1 Server\n"));
 }
 
-TEST(Collectors, AnInventoryNeedsTheComputerSystem) {
+TEST(Collectors, RequireTheComputerSystemForAnInventory) {
     const TSmallTree tree;
     const TTemporaryDirectory directory;
     const auto result = RunNoxinfo(
@@ -122,7 +120,7 @@ TEST(Collectors, AnInventoryNeedsTheComputerSystem) {
     EXPECT_TRUE(directory.IsEmpty());
 }
 
-TEST(Collectors, AnUnknownNameIsWrongUsageWithTheKnownOnes) {
+TEST(Collectors, RejectUnknownNamesAndListTheKnownOnes) {
     for (const std::string option : {"--only", "--skip"}) {
         const auto result = RunNoxinfo({{"snapshot", option, "pci,coffee-machine", "-"}, "", {}});
         EXPECT_EQ(result.status, 2);
@@ -137,7 +135,7 @@ TEST(Collectors, AnUnknownNameIsWrongUsageWithTheKnownOnes) {
     }
 }
 
-TEST(Collectors, ASavedNamespaceLeavesNothingToChoose) {
+TEST(Collectors, CannotBeSelectedForASavedNamespace) {
     for (const std::vector<std::string>& option :
          {std::vector<std::string>{"--only", "pci"}, {"--skip", "pci"}, {"--with-processes"}}) {
         std::vector<std::string> arguments{"collect", "--namespace", "a.xml"};

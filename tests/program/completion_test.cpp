@@ -1,4 +1,4 @@
-// The completion of bash, tried as a user does: keys typed into an interactive bash.
+// Tests the completion script by typing keys into an interactive bash.
 
 #include "program_run.h"
 #include "temporary_directory.h"
@@ -18,7 +18,7 @@
 namespace NVORHOST {
 namespace {
 
-// An interactive bash on a terminal of its own, in which noxinfo and sudo print their
+// An interactive bash on a pseudo-terminal, in which noxinfo and sudo are functions that print their
 // arguments.
 class TBash {
   public:
@@ -48,7 +48,7 @@ class TBash {
     TBash(const TBash&) = delete;
     TBash& operator=(const TBash&) = delete;
 
-    /// The arguments that a command gets when a tab is typed behind `line`, and then Enter.
+    /// Types `line`, Tab and Enter; returns the arguments that the command receives.
     std::string Complete(const std::string& line) {
         Type(line + "\t");
         Type("\n");
@@ -99,14 +99,14 @@ TEST_F(Completion, CompletesCommands) {
     EXPECT_EQ(Complete("noxinfo help capt"), "<help> <capture>");
 }
 
-TEST_F(Completion, CompletesOptionsOfTheCommandAlone) {
+TEST_F(Completion, CompletesOnlyOptionsOfTheCommand) {
     EXPECT_EQ(Complete("noxinfo collect --dir"), "<collect> <--directory>");
     EXPECT_EQ(Complete("noxinfo snapshot --dir"), "<snapshot> <--dir>");
     EXPECT_EQ(Complete("noxinfo capture --re"), "<capture> <--redact>");
     EXPECT_EQ(Complete("noxinfo --vers"), "<--version>");
 }
 
-TEST_F(Completion, CompletesCollectorsInAnyPlaceOfAList) {
+TEST_F(Completion, CompletesCollectorsAnywhereInAList) {
     EXPECT_EQ(Complete("noxinfo collect --only comp"), "<collect> <--only> <computer-system>");
     EXPECT_EQ(Complete("noxinfo collect --only=comp"), "<collect> <--only=computer-system>");
     EXPECT_EQ(Complete("noxinfo collect --skip board,comp"), "<collect> <--skip> <board,computer-system>");
@@ -114,7 +114,7 @@ TEST_F(Completion, CompletesCollectorsInAnyPlaceOfAList) {
               "<collect> <--skip=board,disk,computer-system>");
 }
 
-TEST_F(Completion, TakesNoFolderForACollector) {
+TEST_F(Completion, DoesNotCompleteDirectoriesAsCollectors) {
     std::filesystem::create_directory(directory_ / "computer-system");
     EXPECT_EQ(Complete("noxinfo collect --only comp"), "<collect> <--only> <computer-system>");
 }
@@ -136,14 +136,14 @@ TEST_F(Completion, CompletesNamesWithBlanks) {
               "<collect> <--directory> <other place> <--kel-id>");
 }
 
-TEST_F(Completion, WorksWhereTheProgramFollowsSudo) {
+TEST_F(Completion, WorksAfterSudo) {
     EXPECT_EQ(Complete("sudo noxinfo snap"), "<noxinfo> <snapshot>");
     EXPECT_EQ(Complete("sudo -u root noxinfo collect --only=comp"),
               "<-u> <root> <noxinfo> <collect> <--only=computer-system>");
     EXPECT_EQ(Complete("sudo /opt/bin/noxinfo collect --dir"), "</opt/bin/noxinfo> <collect> <--directory>");
 }
 
-TEST_F(Completion, LeavesValuesOfAnotherKindAlone) {
+TEST_F(Completion, CompletesNothingForOtherValues) {
     WriteFile(directory_ / "K0000001", "");
     EXPECT_EQ(Complete("noxinfo collect --kel-id K0"), "<collect> <--kel-id> <K0>");
 }

@@ -1,5 +1,3 @@
-// The summary names the reason for every case in which there is no credential.
-
 #include "local_http_server.h"
 #include "program_run.h"
 #include "temporary_directory.h"
@@ -17,7 +15,7 @@ std::string Response(const std::string& status, const std::string& body) {
            "\r\nConnection: close\r\n\r\n" + body;
 }
 
-// The summary's line about it.
+// Returns the line of the summary about the credential.
 std::string CredentialOf(std::vector<std::string> more) {
     const TTemporaryDirectory directory;
     std::vector<std::string> arguments{"collect", "--namespace", NOXINFO_TEST_DATA "/small-server.xml"};
@@ -47,7 +45,7 @@ class TCredentialSummary : public testing::TestWithParam<bool> {
     }
 };
 
-TEST_P(TCredentialSummary, TellsEachWayToHaveNoneApart) {
+TEST_P(TCredentialSummary, DistinguishesTheReasonsForAMissingCredential) {
     EXPECT_EQ(CredentialOf(Add({})), "Credential  none: no customer identity");
     EXPECT_EQ(CredentialOf(Add({"--kel-id", "K1", "--reachability", "no"})),
               "Credential  none: the web server cannot be reached");

@@ -1,5 +1,5 @@
-// Somebody who may write to the directory that receives a run's files exchanges the run's private directory
-// for a folder of links. No run writes to what the links lead to.
+// An attacker with write permission in the target directory replaces the private directory of a run by a
+// directory of links. No run may write to their targets.
 
 #include "program_run.h"
 #include "rounds.h"
@@ -29,7 +29,7 @@ constexpr const char* writtenNames[] = {"hardwareinventory.xml.gz", "systeminfor
 
 enum class EAttack { onceAtOnce, onceAfterAMoment, againAndAgain };
 
-/// Exchanges each private directory that comes up for the folder "trap", from construction to destruction.
+/// Replaces each private directory that appears by the directory "trap", from construction to destruction.
 class TAttacker {
   public:
     TAttacker(const TTemporaryDirectory& directory, EAttack attack)
@@ -109,7 +109,7 @@ class TExchangedDirectory : public testing::TestWithParam<TCase> {
     }
 };
 
-TEST_P(TExchangedDirectory, LetsNoFileElsewhereBeWritten) {
+TEST_P(TExchangedDirectory, WritesNoFileElsewhere) {
     int exchanges = 0;
     for (int round = 0; round < Rounds(6); ++round) {
         const TTemporaryDirectory elsewhere;

@@ -1,5 +1,3 @@
-// `noxinfo collect --isolate`: another process, and otherwise no difference.
-
 #include "program_run.h"
 #include "temporary_directory.h"
 #include "waiting.h"
@@ -31,7 +29,7 @@ std::string WithoutTimes(const std::string& summary) {
     return summary.substr(0, summary.find("\nTime "));
 }
 
-// Everything that a run leaves or prints, for comparison with that of another run.
+// All files and output of a run, for comparison with another run.
 struct TOutcome {
     TProgramResult result;
     std::vector<std::pair<std::string, std::string>> files;
@@ -73,7 +71,7 @@ TEST(Isolation, ChangesNoByteOfWhatIsPrinted) {
     ExpectSame(isolated, Collect(arguments, /*isolates=*/false));
 }
 
-TEST(Isolation, ChangesNothingOfAFailedRun) {
+TEST(Isolation, ChangesNoMessageOfAFailedRun) {
     const TTemporaryDirectory machine;
     WriteFile(machine / "empty.xml",
               "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><DECLARATION><DECLGROUP/></DECLARATION></CIM>");
@@ -87,7 +85,7 @@ TEST(Isolation, ChangesNothingOfAFailedRun) {
     EXPECT_EQ(machine.GetNames(), TNames{"empty.xml"});
 }
 
-TEST(Isolation, HandsOverAFailureWithControlBytes) {
+TEST(Isolation, TransfersAFailureWithControlBytes) {
     const TTemporaryDirectory directory;
     const auto result =
         RunNoxinfo({CollectArguments({"--plugin", "./a\x01.so", "--isolate"}), directory.GetPath(), {}});
@@ -103,7 +101,7 @@ TEST(Isolation, TimesTheSameSteps) {
                                          "request [0-9.]+ ms, finish [0-9.]+ ms, total [0-9.]+ ms\n$"));
 }
 
-// A run whose plug-in waits in a process of its own.
+// A run whose plug-in waits in a separate process.
 class TWaitingPlugin : public testing::Test {
   protected:
     void SetUp() override {
@@ -113,7 +111,7 @@ class TWaitingPlugin : public testing::Test {
         ASSERT_FALSE(HasPluginEnded());
     }
 
-    // A zombie has ended, even if nobody is there who takes notice of it.
+    // A zombie has ended, even if no process reaps it.
     bool HasPluginEnded() const {
         std::ifstream stream("/proc/" + plugin_ + "/stat");
         std::string process;
@@ -132,7 +130,7 @@ class TWaitingPlugin : public testing::Test {
     std::string plugin_;  // its process
 };
 
-TEST_F(TWaitingPlugin, EndsWithTheRunThatASignalEnds) {
+TEST_F(TWaitingPlugin, IsKilledWhenASignalEndsTheRun) {
     program_.Send(SIGTERM);
     const auto result = program_.Wait();
     EXPECT_EQ(result.status, 143);
@@ -142,23 +140,23 @@ TEST_F(TWaitingPlugin, EndsWithTheRunThatASignalEnds) {
     EXPECT_TRUE(directory_.IsEmpty());
 }
 
-TEST_F(TWaitingPlugin, LeavesSignalsForTheWholeGroupToTheRun) {
+TEST_F(TWaitingPlugin, DiesWithTheRunAfterASignalToTheProcessGroup) {
     ::kill(std::stoi(plugin_), SIGINT);
     program_.Send(SIGINT);
     EXPECT_EQ(program_.Wait().status, 130);
     EXPECT_TRUE(directory_.IsEmpty());
 }
 
-TEST_F(TWaitingPlugin, EndsWithTheRunThatIsKilled) {
+TEST_F(TWaitingPlugin, DiesWhenTheRunIsKilled) {
     program_.Send(SIGKILL);
     EXPECT_TRUE(program_.Wait().isKilled);
     EXPECT_TRUE(WaitUntil([&] { return HasPluginEnded(); }));
-    // Whose lock on the directory ended with it.
+    // The lock on the directory ended with the process.
     EXPECT_EQ(RunNoxinfo({CollectArguments({}), directory_.GetPath(), {}}).status, 0);
     EXPECT_EQ(directory_.GetNames(), TNames{"hardwareinventory.xml.gz"});
 }
 
-TEST_F(TWaitingPlugin, ThatIsKilledIsReported) {
+TEST_F(TWaitingPlugin, IsReportedWhenItIsKilled) {
     ::kill(std::stoi(plugin_), SIGKILL);
     const auto result = program_.Wait();
     EXPECT_EQ(result.status, 1);

@@ -1,4 +1,4 @@
-// Two documents of different runs never pass for a pair, however runs meet and end.
+// Concurrent and killed runs never leave a pair of documents of different runs.
 
 #include "program_run.h"
 #include "rounds.h"
@@ -25,7 +25,7 @@ using TNames = std::vector<std::string>;
 const std::string smallServer = NOXINFO_TEST_DATA "/small-server.xml";
 const TNames inventory{"hardwareinventory.xml.gz", "systeminformation.xml.gz"};
 
-/// The second of a run's time is its number, which both documents carry.
+/// The number of a run is the second of its time, which both documents contain.
 std::vector<std::string> CollectArguments(int number) {
     const std::string digits = std::to_string(100 + number % 60).substr(1);
     return {
@@ -61,8 +61,8 @@ TEST(ParallelRuns, LeaveTheDocumentsOfOneRun) {
     }
 }
 
-// The next run writes none of the documents: it only tidies up.
-TEST(KilledRuns, LeaveAPairToTheNextRun) {
+// The next run does not write these documents; it only cleans up.
+TEST(KilledRuns, HaveTheirMovesCompletedByTheNextRun) {
     const TTemporaryDirectory directory;
     ASSERT_EQ(RunNoxinfo({CollectArguments(0), directory.GetPath(), {}}).status, 0);
     std::mt19937 random(1);
@@ -82,7 +82,7 @@ TEST(KilledRuns, LeaveAPairToTheNextRun) {
     std::cout << kills << " kills\n";
 }
 
-// Each half of the runs sees its own host name and processes alone, and takes every lock.
+// Each half of the runs has its own host name and process namespace, and obtains every lock.
 constexpr char runsOfAHost[] = R"(
 hostname "$1" || exit 125
 failures=0
@@ -117,7 +117,7 @@ TEST(SeveralHosts, NeverRemoveEachOthersFiles) {
     EXPECT_EQ(directory.GetNames(), inventory);
 }
 
-// The run of the first host waits until somebody reads its result, with its documents finished.
+// The run of the first host has finished its documents and blocks on the pipe of its result.
 constexpr char runOfAHost[] = R"(
 hostname "$1" || exit 125
 LD_PRELOAD=$2 NOXINFO_FAULT=lock:1+:DONE NOXINFO_FAULT_PATHS=$PWD exec "$3" collect --namespace "$4" \
@@ -132,7 +132,7 @@ TProgramRun RunOnHost(const std::string& host, const TTemporaryDirectory& direct
             {}};
 }
 
-TEST(SeveralHosts, LeaveARunUnderWayOnAnotherHostAlone) {
+TEST(SeveralHosts, DoNotDisturbARunOnAnotherHost) {
     const TTemporaryDirectory directory;
     const TTemporaryDirectory elsewhere;
     ASSERT_EQ(::mkfifo((elsewhere / "pipe").c_str(), S_IRUSR | S_IWUSR), 0);

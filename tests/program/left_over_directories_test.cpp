@@ -1,5 +1,4 @@
-// Which directories a run takes for those that killed runs have left, and removes: all of them are named and
-// made as such a run does it, and differ in one respect.
+// Each directory is created like that of a killed run, except for one difference.
 
 #include "abandoned_directory.h"
 #include "program_run.h"
@@ -44,7 +43,7 @@ TEST_F(TLeftOverDirectory, IsRemovedWhenItsProcessHasEnded) {
     EXPECT_EQ(directory_.GetNames(), TNames{"s.xml"});
 }
 
-TEST_F(TLeftOverDirectory, IsRemovedWithAllThatThePluginHasLeftInIt) {
+TEST_F(TLeftOverDirectory, IsRemovedWithFilesOfThePlugin) {
     const std::string name = AbandonedName();
     MakeAbandoned(directory_.GetPath(), name);
     std::filesystem::create_directories(directory_ / name + "/a/b");
@@ -55,19 +54,19 @@ TEST_F(TLeftOverDirectory, IsRemovedWithAllThatThePluginHasLeftInIt) {
     EXPECT_EQ(ReadFile(directory_ / "kept"), "kept");
 }
 
-TEST_F(TLeftOverDirectory, IsRemovedWhenItsProcessWasKilledBeforeAnythingWasInIt) {
+TEST_F(TLeftOverDirectory, IsRemovedIfItIsEmpty) {
     const std::string name = AbandonedName();
     std::filesystem::create_directory(directory_ / name);
     EXPECT_TRUE(IsRemovedByTheNextRun(name));
 }
 
-TEST_F(TLeftOverDirectory, IsRemovedWhenAnotherProcessHasItsNumber) {
+TEST_F(TLeftOverDirectory, IsRemovedIfTheProcessNumberWasReused) {
     EXPECT_TRUE(
         IsRemovedWhenNamed(".noxinfo-" + ThisHost() + "-" + std::to_string(::getpid()) + "-1-aB3dE6"));
 }
 
 TEST_F(TLeftOverDirectory, StaysWhenItsProcessIsAlive) {
-    // A start time of 0 means unknown; no process has it.
+    // A start time of 0 means unknown.
     EXPECT_FALSE(
         IsRemovedWhenNamed(".noxinfo-" + ThisHost() + "-" + std::to_string(::getpid()) + "-0-aB3dE6"));
 }
@@ -133,7 +132,7 @@ TEST_F(TLeftOverDirectory, StaysWhenItBelongsToAnotherUser) {
     EXPECT_FALSE(IsRemovedByTheNextRun(name));
 }
 
-// In a mount namespace of its own, so that nothing stays mounted.
+// Uses a separate mount namespace, so that nothing stays mounted.
 TEST_F(TLeftOverDirectory, StaysWhenAFileSystemIsMountedInIt) {
     const TTemporaryDirectory elsewhere;
     WriteFile(elsewhere / "precious", "precious");

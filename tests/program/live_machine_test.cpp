@@ -1,5 +1,3 @@
-// The whole program on the machine the tests run on: whatever it is, there is a complete inventory of it.
-
 #include "program_run.h"
 #include "sanitized.h"
 #include "temporary_directory.h"
@@ -37,7 +35,7 @@ TEST(LiveMachine, HasAnInventoryWithServerOperatingSystemAndProcessor) {
     EXPECT_THAT(document, HasSubstr("<Property name=\"OSType\" type=\"unsignedShort\">\n<Value>36</Value>"));
 }
 
-TEST(LiveMachine, CollectingTwiceAtOneTimeNamesTheSameResources) {
+TEST(LiveMachine, HasTheSameResourcesWhenCollectedTwice) {
     const TTemporaryDirectory first;
     const TTemporaryDirectory second;
     const auto identifiers = [](const TTemporaryDirectory& directory) {
@@ -55,7 +53,7 @@ TEST(LiveMachine, CollectingTwiceAtOneTimeNamesTheSameResources) {
     EXPECT_EQ(identifiers(second), once);
 }
 
-// Runs a shell command where /proc is an empty folder; absent where this user may not arrange that.
+// Runs a shell command with an empty /proc. Returns nullopt if this user may not create a mount namespace.
 std::optional<TProgramResult> RunWithoutProc(const std::string& command, const std::string& directory) {
     const auto run = [&](const std::string& shellCommand) {
         return RunProgram("unshare", {{"--user", "--map-root-user", "--mount", "sh", "-c",
@@ -69,7 +67,7 @@ std::optional<TProgramResult> RunWithoutProc(const std::string& command, const s
     return run(command);
 }
 
-TEST(LiveMachine, WithoutProcEndsInOneLine) {
+TEST(LiveMachine, FailsWithOneLineWithoutProc) {
     if (isSanitized) {
         GTEST_SKIP() << "the sanitizer's runtime needs /proc";
     }

@@ -1,4 +1,3 @@
-// Guesses at what a user meant.
 #include "program/nearest_word.h"
 
 #include <gtest/gtest.h>
@@ -11,7 +10,7 @@ namespace {
 
 const std::vector<std::string> known{"--directory", "--kel-id", "--only", "collect", "capture", "collectors"};
 
-TEST(NearestWord, IsOneThatAFewSlipsMakeOfAnother) {
+TEST(NearestWord, HasFewInsertionsDeletionsReplacementsOrSwaps) {
     EXPECT_EQ(FindNearest("--directry", known), "--directory");    // one letter is missing
     EXPECT_EQ(FindNearest("--directorry", known), "--directory");  // one is too many
     EXPECT_EQ(FindNearest("--direktory", known), "--directory");   // one is another
@@ -20,12 +19,12 @@ TEST(NearestWord, IsOneThatAFewSlipsMakeOfAnother) {
     EXPECT_EQ(FindNearest("kelid", known), "--kel-id");
 }
 
-TEST(NearestWord, IsOneThatStartsWithTheWord) {
+TEST(NearestWord, MayStartWithTheWord) {
     EXPECT_EQ(FindNearest("--dir", known), "--directory");
     EXPECT_EQ(FindNearest("coll", known), "collect");
 }
 
-TEST(NearestWord, IsMissingWhenNoneIsNear) {
+TEST(NearestWord, IsNulloptIfNoneIsNear) {
     for (const char* word : {"", "-", "--", "x", "--color", "inventory", "zzz"}) {
         EXPECT_EQ(FindNearest(word, known), std::nullopt) << word;
     }
@@ -33,7 +32,7 @@ TEST(NearestWord, IsMissingWhenNoneIsNear) {
     EXPECT_EQ(FindNearest("collect", {}), std::nullopt);
 }
 
-TEST(NearestWord, IsAskedAboutOnlyWhenThereIsOne) {
+TEST(NearestWord, IsSuggestedOnlyIfThereIsOne) {
     EXPECT_EQ(DidYouMean("captrue", known), ": did you mean capture?");
     EXPECT_EQ(DidYouMean("inventory", known), "");
 }

@@ -1,5 +1,4 @@
-// Runs that share a directory, at a time or one after the other, do not hurt each other, even where one of
-// them is killed.
+// Runs with the same target directory do not interfere, even if one of them is killed.
 
 #include "program_run.h"
 #include "temporary_directory.h"
@@ -39,7 +38,7 @@ void ExpectWholeInventory(const TTemporaryDirectory& directory) {
               ReadFile(NOXINFO_TEST_DATA "/small-server.system.xml"));
 }
 
-// A run with its documents finished that cannot get rid of its result.
+// A run that has finished its documents and blocks on the pipe of its result.
 class TStuckRun {
   public:
     explicit TStuckRun(const TTemporaryDirectory& directory)
@@ -63,7 +62,7 @@ class TStuckRun {
     bool isStuck_ = false;
 };
 
-TEST(NeighbouringRuns, BothSucceedWhenOneBeginsAndEndsWithinTheOther) {
+TEST(NeighbouringRuns, SucceedIfOneBeginsAndEndsDuringTheOther) {
     const TTemporaryDirectory directory;
     TStuckRun outer(directory);
     ASSERT_TRUE(outer.IsStuck());
@@ -73,7 +72,7 @@ TEST(NeighbouringRuns, BothSucceedWhenOneBeginsAndEndsWithinTheOther) {
     ExpectWholeInventory(directory);
 }
 
-TEST(NeighbouringRuns, AllSucceedWhenTheyAreStartedAtATime) {
+TEST(NeighbouringRuns, SucceedIfTheyStartAtTheSameTime) {
     const TTemporaryDirectory directory;
     for (int round = 0; round < 5; ++round) {
         std::deque<TRunningProgram> runs;
@@ -88,7 +87,7 @@ TEST(NeighbouringRuns, AllSucceedWhenTheyAreStartedAtATime) {
     }
 }
 
-TEST(NeighbouringRuns, ARunThatIsKilledLeavesTheEarlierInventoryAndTheNextOneTidiesUp) {
+TEST(NeighbouringRuns, CleanUpAfterARunThatWasKilled) {
     const TTemporaryDirectory directory;
     WriteFile(directory / inventory[0], "earlier");
     {
@@ -103,7 +102,7 @@ TEST(NeighbouringRuns, ARunThatIsKilledLeavesTheEarlierInventoryAndTheNextOneTid
     ExpectWholeInventory(directory);
 }
 
-TEST(NeighbouringRuns, ARunKilledWithinThePluginLeavesTheEarlierInventoryAndTheNextOneTidiesUp) {
+TEST(NeighbouringRuns, CleanUpAfterARunThatWasKilledInThePlugin) {
     const TTemporaryDirectory directory;
     WriteFile(directory / inventory[0], "earlier");
     TProgramRun run = Collecting(directory, {"--plugin", MISBEHAVING_PLUGIN});

@@ -1,5 +1,3 @@
-// Where output files go that are no plain names: links, descriptors, devices, and two names of one file.
-
 #include "program_run.h"
 #include "temporary_directory.h"
 
@@ -41,7 +39,7 @@ TEST(OutputPlaces, StandardOutputHasSeveralNames) {
     EXPECT_TRUE(fs::is_symlink("/dev/stdout"));
 }
 
-TEST(OutputPlaces, AFileThatIsADescriptorIsContinuedNotReplaced) {
+TEST(OutputPlaces, AppendToAFileThatIsADescriptor) {
     const TTemporaryDirectory directory;
     const auto result =
         RunShell("{ echo before; " + snapshot + "/dev/stdout; echo after; } > file", directory.GetPath());
@@ -50,7 +48,7 @@ TEST(OutputPlaces, AFileThatIsADescriptorIsContinuedNotReplaced) {
     EXPECT_THAT(ReadFile(directory / "file"), ::testing::EndsWith("</CIM>\nafter\n"));
 }
 
-TEST(OutputPlaces, ADescriptorThatIsNotOpenForWritingIsAnError) {
+TEST(OutputPlaces, RejectADescriptorThatIsNotOpenForWriting) {
     const TTemporaryDirectory directory;
     const auto closed = RunShell(snapshot + "/dev/fd/9", directory.GetPath());
     EXPECT_EQ(closed.standardError, "noxinfo: cannot write /dev/fd/9: Bad file descriptor\n");
@@ -58,7 +56,7 @@ TEST(OutputPlaces, ADescriptorThatIsNotOpenForWritingIsAnError) {
     EXPECT_EQ(reading.standardError, "noxinfo: cannot write /dev/fd/9: Bad file descriptor\n");
 }
 
-TEST(OutputPlaces, ACaptureToStandardOutputIsTheArchiveAlone) {
+TEST(OutputPlaces, PrintOnlyTheArchiveOfACaptureToStandardOutput) {
     const TTemporaryDirectory directory;
     fs::create_directories(directory / "tree/proc");
     const auto result = RunShell(NOXINFO_PROGRAM " capture --sysroot tree /dev/stdout | xz -dc | tar -t",
@@ -67,7 +65,7 @@ TEST(OutputPlaces, ACaptureToStandardOutputIsTheArchiveAlone) {
     EXPECT_THAT(result.standardOutput, HasSubstr("noxinfo-system.txt"));
 }
 
-TEST(OutputPlaces, ADashIsStandardInputForANamespace) {
+TEST(OutputPlaces, TreatADashAsStandardInputForANamespace) {
     const TTemporaryDirectory directory;
     const auto result =
         RunShell("cat " + smallServer + " | " NOXINFO_PROGRAM " collect --reachability no --namespace -",
@@ -76,7 +74,7 @@ TEST(OutputPlaces, ADashIsStandardInputForANamespace) {
     EXPECT_THAT(result.standardOutput, HasSubstr("\nSource      standard input\n"));
 }
 
-TEST(OutputPlaces, ADashOrADescriptorTakesTheLog) {
+TEST(OutputPlaces, WriteTheLogToADashOrDescriptor) {
     const TTemporaryDirectory directory;
     for (const char* name : {"-", "/dev/stderr"}) {
         const auto result = RunShell(collect + "--log-file " + name, directory.GetPath());
@@ -87,14 +85,14 @@ TEST(OutputPlaces, ADashOrADescriptorTakesTheLog) {
     }
 }
 
-TEST(OutputPlaces, AResultGoesToAnyDescriptor) {
+TEST(OutputPlaces, WriteAResultToAnyDescriptor) {
     const TTemporaryDirectory directory;
     const auto result = RunShell(collect + "--result /dev/fd/5 5> result.xml", directory.GetPath());
     EXPECT_EQ(result.status, 0) << result.standardError;
     EXPECT_THAT(ReadFile(directory / "result.xml"), HasSubstr("KELSG_CADAT"));
 }
 
-TEST(OutputPlaces, ALinkStaysAndTheFileThatItRefersToIsReplaced) {
+TEST(OutputPlaces, ReplaceTheTargetOfALinkAndKeepTheLink) {
     const TTemporaryDirectory directory;
     fs::create_directory(directory / "inner");
     WriteFile(directory / "inner/file", "earlier");
@@ -112,7 +110,7 @@ TEST(OutputPlaces, ALinkStaysAndTheFileThatItRefersToIsReplaced) {
     EXPECT_EQ(directory.GetNames(), (TNames{"again", "dangling", "inner", "link"}));
 }
 
-TEST(OutputPlaces, ALinkOfAnotherUserIsRefused) {
+TEST(OutputPlaces, RejectALinkOfAnotherUser) {
     if (::geteuid() != 0) {
         GTEST_SKIP() << "only root can give a link away";
     }
@@ -127,7 +125,7 @@ TEST(OutputPlaces, ALinkOfAnotherUserIsRefused) {
     EXPECT_EQ(ReadFile(directory / "victim"), "precious");
 }
 
-TEST(OutputPlaces, ALinkToItselfAndADirectoryAreErrors) {
+TEST(OutputPlaces, RejectALinkToItselfAndADirectory) {
     const TTemporaryDirectory directory;
     fs::create_symlink("loop", directory / "loop");
     EXPECT_EQ(RunShell(snapshot + "loop", directory.GetPath()).standardError,
@@ -150,7 +148,7 @@ void PrintTo(const TCase& tested, std::ostream* out) {
 
 class TSameFile : public testing::TestWithParam<TCase> {};
 
-TEST_P(TSameFile, IsRefusedBeforeAnythingRuns) {
+TEST_P(TSameFile, IsRejectedBeforeTheRun) {
     const TTemporaryDirectory directory;
     WriteFile(directory / "file", "earlier");
     fs::create_hard_link(directory / "file", directory / "hard");
@@ -190,12 +188,12 @@ const std::vector<TCase> sameFiles = {
 INSTANTIATE_TEST_SUITE_P(Of, TSameFile, testing::ValuesIn(sameFiles),
                          [](const auto& value) { return std::string(value.param.name); });
 
-TEST(SameDevice, CanTakeSeveralOutputs) {
+TEST(SameDevice, AcceptsSeveralOutputs) {
     const TTemporaryDirectory directory;
     EXPECT_EQ(RunShell(collect + "--result /dev/null --log-file /dev/null", directory.GetPath()).status, 0);
 }
 
-TEST(DeletedWorkingDirectory, IsNoObstacleForPathsThatLeadElsewhere) {
+TEST(DeletedWorkingDirectory, DoesNotPreventPathsElsewhere) {
     const TTemporaryDirectory directory;
     fs::create_directory(directory / "target");
     for (const std::string& target : {directory / "target", std::string("../target")}) {
@@ -210,15 +208,15 @@ TEST(DeletedWorkingDirectory, IsNoObstacleForPathsThatLeadElsewhere) {
     }
 }
 
-TEST(DeletedWorkingDirectory, CannotReceiveFiles) {
+TEST(DeletedWorkingDirectory, IsRejectedAsTarget) {
     const TTemporaryDirectory directory;
     const auto result = RunShell("mkdir gone && cd gone && rmdir ../gone && " + collect, directory.GetPath());
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.standardError, "noxinfo: cannot write to .: No such file or directory\n");
 }
 
-// Root may search every directory, so that root's run has to become another user's.
-TEST(UnsearchableWorkingDirectory, IsNoObstacleForAbsolutePaths) {
+// Root may search every directory, so the run changes to another user.
+TEST(UnsearchableWorkingDirectory, DoesNotPreventAbsolutePaths) {
     if (::geteuid() != 0) {
         GTEST_SKIP() << "only root can enter such a directory";
     }

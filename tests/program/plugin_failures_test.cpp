@@ -1,5 +1,4 @@
-// Plug-ins that cannot be used, or that fail: each gives one line that names the file and the cause, and
-// leaves what was there before. Within the program and in a process of its own alike.
+// Each failure is tested with the plug-in in the program and in a separate process.
 
 #include "program_run.h"
 #include "temporary_directory.h"
@@ -40,7 +39,7 @@ TProgramResult Collect(const TCase& tested, const TTemporaryDirectory& directory
     if (isolates) {
         run.arguments.emplace_back("--isolate");
     }
-    // A sanitizer's own report of a crash would take the place of the crash.
+    // A sanitizer would report the crash and exit instead of crashing.
     run.environment["ASAN_OPTIONS"] = "detect_odr_violation=0:handle_segv=0:handle_abort=0";
     return RunNoxinfo(run);
 }
@@ -65,7 +64,7 @@ TCase Misbehaving(const char* name, const char* misbehaviour, const char* failur
 
 class TUnusablePlugin : public testing::TestWithParam<TCase> {};
 
-TEST_P(TUnusablePlugin, IsNamedInOneLineAndLeavesTheEarlierInventory) {
+TEST_P(TUnusablePlugin, FailsWithOneLineAndKeepsTheEarlierInventory) {
     for (const bool isolates : {false, true}) {
         SCOPED_TRACE(isolates ? "isolated" : "within the program");
         const TTemporaryDirectory directory;
@@ -83,7 +82,7 @@ const std::vector<TCase> unusable = {
     {"NoLibrary", smallServer, {}, "PLUGIN: invalid ELF header"},
     {"RegistersNothing", MISBEHAVING_PLUGIN, {{"REGISTERS", "0"}}, "PLUGIN: registers no plug-in"},
     {"RegistersTwice", MISBEHAVING_PLUGIN, {{"REGISTERS", "2"}}, "PLUGIN: registers 2 plug-ins, not one"},
-    // What it registers before it throws is left alone, and so nobody's memory.
+    // The object that it registers before it throws is leaked.
     {"ThrowsInAStaticInitialiser",
      MISBEHAVING_PLUGIN,
      {{"MISBEHAVIOUR", "static: throws std::exception"}, {"REGISTERS", "0"}},
@@ -115,13 +114,13 @@ INSTANTIATE_TEST_SUITE_P(Each, TUnusablePlugin, testing::ValuesIn(unusable), Nam
 
 class TDeadlyPlugin : public testing::TestWithParam<TCase> {};
 
-TEST_P(TDeadlyPlugin, InIsolationEndsNothingButItself) {
+TEST_P(TDeadlyPlugin, KillsOnlyItsOwnProcessInIsolation) {
     const TTemporaryDirectory directory;
     const auto result = Collect(GetParam(), directory, /*isolates=*/true);
     EXPECT_EQ(result.status, 1);
     EXPECT_FALSE(result.isKilled);
     EXPECT_EQ(result.standardOutput, "");
-    // In front of it stands what the plug-in's own process has to say.
+    // The output of the plug-in's process may precede the message.
     EXPECT_THAT(result.standardError, EndsWith(Failure(GetParam())));
     ExpectNothingButTheEarlierInventory(directory);
 }
@@ -150,7 +149,7 @@ INSTANTIATE_TEST_SUITE_P(Each, TDeadlyPlugin, testing::ValuesIn(deadly), NameOf)
 
 class TPluginThatEndsTheProgram : public testing::TestWithParam<const char*> {};
 
-TEST_P(TPluginThatEndsTheProgram, EndsAFailedRunThatLeavesTheEarlierInventory) {
+TEST_P(TPluginThatEndsTheProgram, FailsTheRunAndKeepsTheEarlierInventory) {
     const TTemporaryDirectory directory;
     const auto result = Collect(Misbehaving("", GetParam(), ""), directory, /*isolates=*/false);
     EXPECT_EQ(result.status, 1);
@@ -165,7 +164,7 @@ INSTANTIATE_TEST_SUITE_P(Each, TPluginThatEndsTheProgram,
                                          "GetData: exits with success", "GetData: exits quickly",
                                          "DeInit: exits with success"));
 
-TEST(DeadlyPlugin, IsReportedWhereTheEndsOfProcessesAreIgnored) {
+TEST(DeadlyPlugin, IsReportedEvenIfSigchldIsIgnored) {
     const TTemporaryDirectory directory;
     const auto result =
         RunProgram("sh", {{"-c", "trap '' CHLD; exec " NOXINFO_PROGRAM " collect --isolate --namespace " +
@@ -177,7 +176,7 @@ TEST(DeadlyPlugin, IsReportedWhereTheEndsOfProcessesAreIgnored) {
                 EndsWith("noxinfo: plug-in " MISBEHAVING_PLUGIN " ended its process with exit status 3\n"));
 }
 
-TEST(APluginWithoutResult, IsNoUseEither) {
+TEST(APluginWithoutResult, FailsTheRun) {
     for (const bool isolates : {false, true}) {
         const TTemporaryDirectory directory;
         const auto result = Collect(Misbehaving("", "GetData: prints", ""), directory, isolates);

@@ -47,7 +47,7 @@ std::vector<char*> Pointers(std::vector<std::string>& texts) {
 
 }  // namespace
 
-// Output goes to files, so that a program that prints much cannot block on a pipe nobody reads.
+// Output goes to files, so that the program cannot block on a full pipe.
 class TRunningProgram::TCapture {
   public:
     TCapture() : path_((std::filesystem::temp_directory_path() / "noxinfo-test-XXXXXX").string()) {
@@ -76,7 +76,7 @@ TRunningProgram::TRunningProgram(const std::string& program, const TProgramRun& 
     auto environmentPointers = Pointers(environment);
     process_ = ::fork();
     if (process_ == 0) {
-        // Tests that run in the background, or without a terminal, may have been told to ignore some.
+        // Tests that run in the background may have inherited ignored signals.
         for (int number = 1; number < SIGRTMIN; ++number) {
             std::signal(number, SIG_DFL);
         }

@@ -1,4 +1,4 @@
-// Runs the built program as a user would and keeps what it printed.
+// Runs the built program and captures its output.
 #pragma once
 
 #include <sys/types.h>
@@ -17,7 +17,7 @@ struct TProgramResult {
     std::string standardError;
 };
 
-/// How a program is started.
+/// The arguments and environment of a program.
 struct TProgramRun {
     std::vector<std::string> arguments;
     std::string directory;  ///< working directory
@@ -25,10 +25,10 @@ struct TProgramRun {
         environment;  ///< added to a clean one (PATH, and ASAN_OPTIONS and the like)
 };
 
-/// A program under way. Killed on destruction unless it was waited for.
+/// A running program. Killed on destruction unless Wait was called.
 class TRunningProgram {
   public:
-    /// `program` is found by PATH.
+    /// Searches PATH for `program`.
     TRunningProgram(const std::string& program, const TProgramRun& run);
     ~TRunningProgram();
     TRunningProgram(const TRunningProgram&) = delete;
@@ -36,7 +36,7 @@ class TRunningProgram {
 
     pid_t GetProcess() const { return process_; }
     void Send(int signal) const;
-    /// Waits for its end. To be called once.
+    /// Waits for the end of the program. Call once.
     TProgramResult Wait();
 
   private:
@@ -49,9 +49,9 @@ class TRunningProgram {
 
 /// Starts noxinfo.
 TRunningProgram StartNoxinfo(const TProgramRun& run);
-/// Runs noxinfo to its end.
+/// Runs noxinfo and waits for its end.
 TProgramResult RunNoxinfo(const TProgramRun& run);
-/// Runs another program, found by PATH, to its end.
+/// Runs another program, which is searched in PATH, and waits for its end.
 TProgramResult RunProgram(const std::string& program, const TProgramRun& run);
 
 }  // namespace NVORHOST

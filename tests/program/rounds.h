@@ -1,5 +1,4 @@
-// How often a test repeats a race: a few times in the normal suite, as often as asked for with
-// tools/endurance.
+// The number of repetitions of tests for races: few in the normal suite, more with tools/endurance.
 #pragma once
 
 #include <algorithm>
@@ -7,7 +6,7 @@
 
 namespace NVORHOST {
 
-/// Returns `usual`, or the number in the environment variable NOXINFO_ROUNDS when that is larger.
+/// Returns the larger one of `usual` and the environment variable NOXINFO_ROUNDS.
 inline int Rounds(int usual) {
     const char* const wanted = std::getenv("NOXINFO_ROUNDS");  // NOLINT(concurrency-mt-unsafe): never changed
     return wanted == nullptr ? usual : std::max(usual, std::atoi(wanted));

@@ -1,5 +1,5 @@
-// Whether the programs under test are built with the address sanitizer, whose runtime needs more address
-// space than a limit leaves and reads /proc by itself.
+// Detects builds with the address sanitizer. Its runtime reads /proc and needs more address space than the
+// limits of some tests allow.
 #pragma once
 
 namespace NVORHOST {

@@ -1,6 +1,3 @@
-// Every signal that ends a process by default, crashes apart, ends a command at any point: status 128 + n,
-// and nothing left behind.
-
 #include "program_run.h"
 #include "temporary_directory.h"
 #include "waiting.h"
@@ -26,7 +23,7 @@ using TNames = std::vector<std::string>;
 
 const std::string smallServer = NOXINFO_TEST_DATA "/small-server.xml";
 
-// A run of the plug-in that does this.
+// Starts a run with the plug-in in this mode.
 TProgramRun Misbehaving(const std::string& misbehaviour, const std::string& directory) {
     return {{"collect", "--namespace", smallServer, "--plugin", MISBEHAVING_PLUGIN},
             directory,
@@ -37,7 +34,7 @@ bool IsWriting(const TTemporaryDirectory& directory) {
     return WaitUntil([&] { return HasUnfinished(directory.GetPath(), "hardwareinventory.xml.gz"); });
 }
 
-// The test's end of a pipe whose other end belongs to the program.
+// The test's end of a pipe to the program.
 class TPipe {
   public:
     explicit TPipe(std::string path) : path_(std::move(path)) {
@@ -49,7 +46,7 @@ class TPipe {
     TPipe(const TPipe&) = delete;
     TPipe& operator=(const TPipe&) = delete;
 
-    // From here on the program can write, but hardly anything.
+    // From now on the program can write, but the pipe is almost full.
     void LetWriteLittle() {
         end_ = ::open(path_.c_str(), O_RDONLY | O_NONBLOCK);
         ASSERT_GE(end_, 0);
@@ -59,7 +56,7 @@ class TPipe {
         int size = 0;
         return ::ioctl(end_, FIONREAD, &size) == 0 && size == capacity_;
     }
-    // Whether the program is there to read, which it waits for in vain.
+    // Waits until the program has opened the pipe for reading.
     bool HasReader() {
         end_ = ::open(path_.c_str(), O_WRONLY | O_NONBLOCK);
         return end_ >= 0;
@@ -78,7 +75,7 @@ std::string LargeNamespace() {
            "</VALUE></PROPERTY></INSTANCE></VALUE.OBJECT></DECLGROUP></DECLARATION></CIM>";
 }
 
-// Nothing that compressing makes smaller.
+// Random text, which compression does not make smaller.
 std::string RandomBytes(std::size_t count) {
     std::mt19937 random(1);
     std::string bytes;
@@ -90,7 +87,7 @@ std::string RandomBytes(std::size_t count) {
 
 class TSignals : public testing::TestWithParam<int> {};
 
-TEST_P(TSignals, EndACollectionWithinThePlugin) {
+TEST_P(TSignals, EndARunInThePlugin) {
     const TTemporaryDirectory directory;
     WriteFile(directory / "hardwareinventory.xml.gz", "earlier");
     TRunningProgram program = StartNoxinfo(Misbehaving("GetData: waits", directory.GetPath()));
@@ -109,9 +106,8 @@ INSTANTIATE_TEST_SUITE_P(All, TSignals,
                          testing::Values(SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGALRM, SIGTERM, SIGUSR1, SIGUSR2,
                                          SIGXCPU, SIGXFSZ, SIGVTALRM, SIGPROF, SIGPOLL, SIGPWR, SIGSTKFLT));
 
-// The shell limits the size of files to 1 block of 512 bytes and sets its own status from that of the
-// program.
-TEST(Signals, EndARunWhoseFilesExceedTheLimitOfTheirSize) {
+// The shell limits the size of files to one block of 512 bytes and exits with the status of the program.
+TEST(Signals, EndARunThatExceedsTheFileSizeLimit) {
     const TTemporaryDirectory directory;
     WriteFile(directory / "s.xml", "earlier");
     const auto result = RunProgram(
@@ -123,7 +119,7 @@ TEST(Signals, EndARunWhoseFilesExceedTheLimitOfTheirSize) {
     EXPECT_EQ(ReadFile(directory / "s.xml"), "earlier");
 }
 
-TEST(Signals, EndASnapshotWhoseReaderHasGone) {
+TEST(Signals, EndASnapshotToAClosedPipe) {
     const TTemporaryDirectory directory;
     WriteFile(directory / "large.xml", LargeNamespace());
     const auto result =
@@ -153,7 +149,7 @@ TEST(Signals, EndAPluginThatIsBeingLoaded) {
     EXPECT_EQ(program.Wait().status, 130);
 }
 
-TEST(Signals, ThatAreIgnoredFromTheBeginningStayIgnored) {
+TEST(Signals, StayIgnoredIfTheyWereIgnoredAtTheStart) {
     const TTemporaryDirectory directory;
     TProgramRun run = Misbehaving("GetData: waits", directory.GetPath());
     run.environment["GO"] = directory / "go";
@@ -171,7 +167,7 @@ TEST(Signals, ThatAreIgnoredFromTheBeginningStayIgnored) {
     EXPECT_EQ(result.standardError, "noxinfo: the plug-in returned no result\n");
 }
 
-TEST(Signals, EndASnapshotThatNobodyReads) {
+TEST(Signals, EndASnapshotToAFullPipe) {
     const TTemporaryDirectory directory;
     const TTemporaryDirectory machine;
     WriteFile(machine / "large.xml", LargeNamespace());
@@ -185,7 +181,7 @@ TEST(Signals, EndASnapshotThatNobodyReads) {
     EXPECT_EQ(directory.GetNames(), TNames{"pipe"});
 }
 
-TEST(Signals, EndASnapshotOfAFileThatDoesNotCome) {
+TEST(Signals, EndASnapshotOfABlockedNamespaceFile) {
     const TTemporaryDirectory directory;
     TPipe pipe(directory / "pipe");
     TRunningProgram program =
@@ -196,7 +192,7 @@ TEST(Signals, EndASnapshotOfAFileThatDoesNotCome) {
     EXPECT_EQ(directory.GetNames(), TNames{"pipe"});
 }
 
-TEST(Signals, EndACaptureThatNobodyReads) {
+TEST(Signals, EndACaptureToAFullPipe) {
     const TTemporaryDirectory directory;
     const TTemporaryDirectory machine;
     std::filesystem::create_directory(machine / "proc");

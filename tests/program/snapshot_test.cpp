@@ -1,5 +1,3 @@
-// `noxinfo snapshot`: what it saves is the namespace that collect would have used.
-
 #include "program_run.h"
 #include "temporary_directory.h"
 
@@ -18,10 +16,10 @@ using ::testing::HasSubstr;
 constexpr char time[] = "20240229134500.000000+060";
 const std::string smallServer = NOXINFO_TEST_DATA "/small-server.xml";
 
-TEST(Snapshot, ASavedMachineGivesTheSameDocumentsAsTheMachine) {
+TEST(Snapshot, GivesTheSameDocumentsAsTheMachine) {
     const TTemporaryDirectory live;
     const TTemporaryDirectory replayed;
-    // The machine goes on living between two collections; its saved namespace does not.
+    // The machine changes between two collections; its saved namespace does not.
     ASSERT_EQ(RunNoxinfo({{"snapshot", "machine.xml", "--local-time", time}, live.GetPath(), {}}).status, 0);
     for (const TTemporaryDirectory* directory : {&live, &replayed}) {
         const auto result = RunNoxinfo({{"collect", "--namespace", live / "machine.xml", "--local-time", time,
@@ -40,7 +38,7 @@ TEST(Snapshot, ASavedMachineGivesTheSameDocumentsAsTheMachine) {
     }
 }
 
-TEST(Snapshot, ADashWritesToStandardOutput) {
+TEST(Snapshot, OfADashIsStandardOutput) {
     const TTemporaryDirectory directory;
     const auto result = RunNoxinfo({{"snapshot", "-", "--namespace", smallServer}, directory.GetPath(), {}});
     EXPECT_EQ(result.status, 0) << result.standardError;
@@ -48,7 +46,7 @@ TEST(Snapshot, ADashWritesToStandardOutput) {
     EXPECT_TRUE(directory.IsEmpty());
 }
 
-TEST(Snapshot, IsReadableByItsOwnerAlone) {
+TEST(Snapshot, IsReadableOnlyByItsOwner) {
     const TTemporaryDirectory directory;
     ASSERT_EQ(RunNoxinfo({{"snapshot", "s.xml", "--namespace", smallServer}, directory.GetPath(), {}}).status,
               0);
@@ -57,7 +55,7 @@ TEST(Snapshot, IsReadableByItsOwnerAlone) {
     EXPECT_EQ(status.st_mode & 0777U, 0600U);
 }
 
-TEST(Snapshot, AFailedWriteLeavesTheEarlierFile) {
+TEST(Snapshot, KeepsTheEarlierFileAfterAFailedWrite) {
     const TTemporaryDirectory directory;
     WriteFile(directory / "bad.xml", "<CIM>");
     WriteFile(directory / "s.xml", "earlier");
@@ -66,7 +64,7 @@ TEST(Snapshot, AFailedWriteLeavesTheEarlierFile) {
     EXPECT_EQ(ReadFile(directory / "s.xml"), "earlier");
 }
 
-TEST(Snapshot, ADeviceIsWrittenToNotReplaced) {
+TEST(Snapshot, WritesToADeviceInsteadOfReplacingIt) {
     EXPECT_EQ(RunNoxinfo({{"snapshot", "/dev/null", "--namespace", smallServer}, "", {}}).status, 0);
     EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
     const auto full = RunNoxinfo({{"snapshot", "/dev/full", "--namespace", smallServer}, "", {}});
@@ -74,7 +72,7 @@ TEST(Snapshot, ADeviceIsWrittenToNotReplaced) {
     EXPECT_EQ(full.standardError, "noxinfo: cannot write /dev/full: No space left on device\n");
 }
 
-TEST(Snapshot, AFullDeviceIsAFailure) {
+TEST(Snapshot, FailsForAFullDevice) {
     const auto result = RunProgram("sh", {{"-c", std::string(NOXINFO_PROGRAM) + " snapshot - --namespace " +
                                                      smallServer + " >/dev/full"},
                                           "",

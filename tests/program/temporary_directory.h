@@ -1,4 +1,4 @@
-// A directory of a test's own, removed with all it holds.
+// A temporary directory, which is removed with its contents.
 #pragma once
 
 #include "gzstream/gzstreams.h"
@@ -31,7 +31,7 @@ class TTemporaryDirectory {
     const std::string& GetPath() const { return path_; }
     std::string operator/(const std::string& name) const { return path_ + "/" + name; }
     bool IsEmpty() const { return std::filesystem::is_empty(path_); }
-    /// Of what is in it, sorted.
+    /// The names of its entries, sorted.
     std::vector<std::string> GetNames() const {
         std::vector<std::string> names;
         for (const auto& entry : std::filesystem::directory_iterator(path_)) {

@@ -1,4 +1,4 @@
-// Waiting for what another process does.
+// Waits for actions of other processes.
 #pragma once
 
 #include <chrono>
@@ -9,7 +9,7 @@
 
 namespace NVORHOST {
 
-/// Waits until it is so; false when it is not within a minute, which no machine needs.
+/// Waits until the condition is true. Returns false after a minute.
 inline bool WaitUntil(const std::function<bool()>& isSo) {
     constexpr std::chrono::minutes limit(1);
     constexpr std::chrono::milliseconds pause(1);
@@ -23,8 +23,7 @@ inline bool WaitUntil(const std::function<bool()>& isSo) {
     return true;
 }
 
-/// The file of this name that a run has in its private directory within `directory`; empty when there is
-/// none.
+/// Returns the path of the file of this name in a private directory in `directory`; "" if there is none.
 inline std::string UnfinishedFile(const std::string& directory, const std::string& fileName) {
     std::error_code error;  // entries come and go
     std::filesystem::directory_iterator entry(directory, error);

@@ -56,9 +56,9 @@ TEST(MachineDoor, PrefersTheTimeOfTheOptionsToThatOfTheCapture) {
     std::filesystem::create_directory(directory / "proc");
     TMachineOptions options = TreeOptions(directory.GetPath());
     EXPECT_FALSE(TMachineDoor(options).FindLocalTime().has_value());
-    TCapturedAnswers answers;
+    TCaptureAnswers answers;
     answers.localTime = "20230101000000.000000+000";
-    WriteFile(directory / "noxinfo-system.txt", FormatCapturedAnswers(answers));
+    WriteFile(directory / "noxinfo-system.txt", FormatCaptureAnswers(answers));
     EXPECT_EQ(TMachineDoor(options).FindLocalTime()->ToString(), "20230101000000.000000+000");
     options.localTime = NKELVOR20::TCIMDateTime::FromText("20240229134500.000000+060");
     EXPECT_EQ(TMachineDoor(options).FindLocalTime()->ToString(), "20240229134500.000000+060");

@@ -8,11 +8,11 @@ namespace NVORHOST {
 namespace {
 
 TMachineLog LogOf(const ISystemFiles& files, std::string_view path) {
-    const TLoggingFiles logged(files, TLoggingFiles::EKeeps::questionsAndAnswers);
-    (void)logged.ReadText(path);
+    TRequestLog requests(files, TRequestLog::EKept::requestsAndResponses);
+    (void)requests.ReadText(path);
     TMachineLog log;
-    log.answers = const_cast<TLoggingFiles&>(logged).TakeEntries();  // NOLINT(*-const-cast): own object
-    log.questions = {{log.answers.front().question, {}}};
+    log.responses = requests.TakeEntries();
+    log.requests = {{log.responses.front().request, {}}};
     log.calls.nodeName = "node";
     return log;
 }
@@ -24,16 +24,16 @@ TMachineLog Transfer(const TMachineLog& log) {
     return ReadMachineLog(reader);
 }
 
-TEST(MachineLog, TransfersQuestionsAnswersAndCalls) {
+TEST(MachineLog, TransfersRequestsResponsesAndCalls) {
     TMemoryFiles files;
     files.AddFile("/proc/version", "Linux\n");
     const TMachineLog log = Transfer(LogOf(files, "/proc/version"));
-    ASSERT_EQ(log.answers.size(), 1U);
-    EXPECT_EQ(log.answers[0].question, (TQuestion{EQuestion::readText, "/proc/version", 0}));
-    EXPECT_EQ(log.answers[0].answer.text.status, EReadStatus::ok);
-    EXPECT_EQ(log.answers[0].answer.text.value, "Linux\n");
-    ASSERT_EQ(log.questions.size(), 1U);
-    EXPECT_EQ(log.questions[0].question, log.answers[0].question);
+    ASSERT_EQ(log.responses.size(), 1U);
+    EXPECT_EQ(log.responses[0].request, (TFileRequest{EFileOperation::readText, "/proc/version", 0}));
+    EXPECT_EQ(log.responses[0].response.text.status, EReadStatus::ok);
+    EXPECT_EQ(log.responses[0].response.text.value, "Linux\n");
+    ASSERT_EQ(log.requests.size(), 1U);
+    EXPECT_EQ(log.requests[0].request, log.responses[0].request);
     EXPECT_EQ(log.calls.nodeName, "node");
 }
 
@@ -46,11 +46,11 @@ TEST(RecordedMachine, PutsTheFilesOfALogIntoTheCapture) {
     EXPECT_EQ(machine.answers.nodeName, "node");
 }
 
-TEST(RecordedMachine, DoesNotCaptureFilesOfAnswersAlone) {
+TEST(RecordedMachine, DoesNotCaptureTheFilesOfResponsesAlone) {
     TMemoryFiles files;
     files.AddFile("/proc/version", "Linux\n");
     TRecordedMachine machine;
-    AddAnswers(LogOf(files, "/proc/version"), machine);
+    AddResponses(LogOf(files, "/proc/version"), machine);
     EXPECT_FALSE(machine.files.GetTree().GetNodes().contains("/proc/version"));
     EXPECT_EQ(machine.answered.ReadText("/proc/version").value, "Linux\n");
 }

@@ -29,13 +29,13 @@ std::string Variable(const char* name) {
     return value == nullptr ? "" : value;
 }
 
-// Half a file is what a run that ends now would leave behind.
+// Writes a partial file, which a run that ends now must not leave behind.
 void StartToWrite() {
     std::ofstream file("hardwareinventory.xml.gz", std::ios::binary);
     file << "half a f" << std::flush;
 }
 
-// The file "process" says, once it is there, that there is nothing more to come, and whose process waits.
+// The file "process" contains the number of the waiting process; it appears when everything else is done.
 void WaitFor(const std::string& path) {
     StartToWrite();
     std::ofstream("process.part") << ::getpid();
@@ -57,7 +57,7 @@ struct TAction {
     void (*perform)();
 };
 
-// Known before anything is constructed: some of it happens that early.
+// Initialised first, because some misbehaviour happens during static initialisation.
 constexpr TAction actions[] = {
     {"throws TVORException", [] { throw TVORException(TVORStatusCode::accessDenied); }},
     {"throws std::exception", [] { throw std::runtime_error("out of order\nsecond line"); }},
@@ -82,7 +82,7 @@ void Perform(const std::string& name) {
     action->perform();
 }
 
-// Before a misbehaviour half a file is written: whatever ends the run, it is not to stay.
+// Writes a partial file before misbehaving; it must not remain, no matter how the run ends.
 void Enter(const std::string& step) {
     const std::string misbehaviour = Variable("MISBEHAVIOUR");
     if (misbehaviour.starts_with(step + ": ")) {
@@ -93,7 +93,7 @@ void Enter(const std::string& step) {
     }
 }
 
-// What its constructor throws leaves through dlopen, as it does for any object of file scope.
+// An exception of its constructor propagates through dlopen.
 const struct TStatic {
     TStatic() { Enter("static"); }
 } initialisedStatically;

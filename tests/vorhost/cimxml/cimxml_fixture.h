@@ -1,4 +1,4 @@
-// Short ways to load a document from a literal, and to name what is in a namespace.
+// Functions to load a document from a literal and to access the namespace.
 #pragma once
 
 #include "vorhost/cimxml/parse.h"
@@ -11,7 +11,7 @@
 
 namespace NVORHOST::NTEST {
 
-/// The name that documents have in messages.
+/// The name of documents in messages.
 constexpr char documentName[] = "t.xml";
 
 inline std::string InGroup(const std::string& objects) {
@@ -40,7 +40,7 @@ inline std::string Property(const std::string& type, const std::string& value) {
     return "<PROPERTY NAME=\"P\" TYPE=\"" + type + "\"><VALUE>" + value + "</VALUE></PROPERTY>";
 }
 
-/// The error that loading a document gives, or "loaded".
+/// Returns the error of loading a document, or "loaded".
 inline std::string LoadError(const std::string& document) {
     TMemoryNamespace target;
     try {
@@ -51,7 +51,7 @@ inline std::string LoadError(const std::string& document) {
     return "loaded";
 }
 
-/// The first instance of class C of a document. Throws when there is none.
+/// Returns the first instance of class C of a document. Throws if there is none.
 inline boost::shared_ptr<TMemoryInstance> LoadInstance(const std::string& document) {
     TMemoryNamespace target;
     LoadNamespaceFromText(documentName, document, target);
@@ -62,7 +62,7 @@ inline boost::shared_ptr<TMemoryInstance> LoadInstance(const std::string& docume
     return loaded->GetInstances().front();
 }
 
-/// Property P of the first instance of class C. Throws when there is none.
+/// Returns property P of the first instance of class C. Throws if there is none.
 inline TCIMValue LoadP(const std::string& document) {
     const auto instance = LoadInstance(document);
     const TCIMValue* const value = instance->Find("P");
@@ -72,12 +72,12 @@ inline TCIMValue LoadP(const std::string& document) {
     return *value;
 }
 
-/// The value of an instance's property P written like this.
+/// Returns the value of property P of an instance with this content.
 inline TCIMValue LoadValue(const std::string& property) {
     return LoadP(InGroup(Instance(property)));
 }
 
-/// A namespace in words, for comparisons: classes, declarations, instances and values with their types, one a
+/// Formats a namespace for comparisons: classes, declarations, instances and values with their types, one per
 /// line.
 inline std::string Describe(const TMemoryNamespace& source) {
     std::ostringstream out;

@@ -1,4 +1,4 @@
-// Compares whole namespaces, for tests that load what was saved.
+// Compares namespaces.
 #pragma once
 
 #include "vorhost/model/memory_namespace.h"
@@ -7,7 +7,7 @@
 
 namespace NVORHOST::NTEST {
 
-/// Equal classes, declarations, instances and values, in the same order.
+/// True for equal classes, declarations, instances and values in the same order.
 inline bool AreEqual(const TMemoryNamespace& left, const TMemoryNamespace& right) {
     const auto equalInstances = [](const TMemoryInstance& one, const TMemoryInstance& other) {
         const auto ours = one.GetProperties();

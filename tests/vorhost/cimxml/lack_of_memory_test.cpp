@@ -1,6 +1,5 @@
-// Loading and saving when memory runs out, at every allocation in turn: the exception reaches the caller,
-// nothing leaks, and the target is as it was. The program's own operator new, and the XML library's own
-// allocations, fail on order.
+// Makes every allocation fail in turn, in operator new and in the XML library: the exception must reach the
+// caller, nothing may leak, and the target must be unchanged.
 #include "cimxml_fixture.h"
 #include "tests/allocations/allocation_faults.h"
 #include "vorhost/cimxml/save.h"
@@ -40,7 +39,8 @@ EOutcome TryToLoad(TMemoryNamespace& target) {
     }
 }
 
-// Fails the first allocation, then the second, and so on until there are no more; gives their number.
+// Makes the first allocation fail, then the second, and so on until the action succeeds. Returns their
+// number.
 template <typename TMakeFault>
 std::size_t LoadWithFailures(const TMakeFault& makeFault) {
     std::size_t number = 0;
@@ -63,15 +63,15 @@ std::size_t LoadWithFailures(const TMakeFault& makeFault) {
     return number - 1;
 }
 
-TEST(LackOfMemory, WhileLoadingLeavesTheTargetAsItWas) {
+TEST(LackOfMemory, WhileLoadingLeavesTheTargetUnchanged) {
     EXPECT_GT(LoadWithFailures(TAllocationFault::OfNumber), 30U);
 }
 
-TEST(LackOfMemory, OfTheXmlLibraryLeavesTheTargetAsItWas) {
+TEST(LackOfMemory, InTheXmlLibraryLeavesTheTargetUnchanged) {
     EXPECT_GT(LoadWithFailures([](std::size_t number) { return TXmlAllocationFault(number); }), 20U);
 }
 
-TEST(LackOfMemory, WhileSavingPassesToTheCaller) {
+TEST(LackOfMemory, WhileSavingPropagatesToTheCaller) {
     TMemoryNamespace source;
     ASSERT_EQ(TryToLoad(source), EOutcome::done);
     std::ostringstream expected;
@@ -84,7 +84,7 @@ TEST(LackOfMemory, WhileSavingPassesToTheCaller) {
             const auto fault = TAllocationFault::OfNumber(++number);
             try {
                 SaveNamespace(source, out);
-                // A stream that lacks memory keeps its failure for its owner.
+                // A stream that runs out of memory records the failure in its state.
                 EXPECT_TRUE(!out.good() || out.view() == expected.view()) << number;
             } catch (const std::bad_alloc&) {
                 EXPECT_TRUE(fault.HasStruck()) << number;

@@ -1,4 +1,3 @@
-// Documents that are compressed.
 #include "cimxml_fixture.h"
 #include "vorhost/cimxml/document_file.h"
 
@@ -35,7 +34,7 @@ class Compressed : public testing::Test {
         return target.FindClass("C") != nullptr ? "loaded" : "nothing";
     }
 
-    // One gzip member.
+    // Writes one gzip member.
     std::string Gzip(const std::string& text) const {
         const std::string file = folder_ + "/member.gz";
         const gzFile stream = gzopen(file.c_str(), "wb1");
@@ -51,7 +50,7 @@ class Compressed : public testing::Test {
     const std::string document_ = InGroup(Instance(Property("uint8", "7")));
 };
 
-TEST_F(Compressed, ReadsWhatGzipWrote) {
+TEST_F(Compressed, ReadsTheOutputOfGzip) {
     EXPECT_EQ(ErrorOf(Gzip(document_)), "loaded");
     EXPECT_EQ(ErrorOf(document_), "loaded");
 }
@@ -60,21 +59,21 @@ TEST_F(Compressed, ReadsSeveralMembersAsOneDocument) {
     EXPECT_EQ(ErrorOf(Gzip(document_.substr(0, 50)) + Gzip("") + Gzip(document_.substr(50))), "loaded");
 }
 
-TEST_F(Compressed, RefusesEveryTruncation) {
+TEST_F(Compressed, RejectsEveryTruncation) {
     const std::string bytes = Gzip(document_);
     for (std::size_t size = 2; size < bytes.size(); ++size) {
         EXPECT_EQ(ErrorOf(bytes.substr(0, size)), "the compressed data is truncated") << size;
     }
 }
 
-TEST_F(Compressed, RefusesDamage) {
+TEST_F(Compressed, RejectsDamagedData) {
     std::string bytes = Gzip(document_);
     bytes[bytes.size() - 5] ^= 1;  // breaks the checksum
     EXPECT_EQ(ErrorOf(bytes), "the compressed data is damaged");
     EXPECT_EQ(ErrorOf(Gzip(document_) + "more"), "the compressed data is damaged");
 }
 
-TEST_F(Compressed, RefusesMoreThanTheBound) {
+TEST_F(Compressed, RejectsDataAboveTheSizeLimit) {
     std::string blanks;
     const std::string member = Gzip(std::string(std::size_t{1} << 20, ' '));
     for (int mebibytes = 0; mebibytes < 257; ++mebibytes) {
@@ -94,7 +93,7 @@ TEST_F(Compressed, RefusesMoreThanTheBound) {
     EXPECT_LE(total, TDocumentFile::maxBytes);
 }
 
-TEST_F(Compressed, NamesOtherCompressionsAndTheirRemedy) {
+TEST_F(Compressed, RejectsOtherCompressionsWithAHint) {
     using std::literals::operator""s;
     EXPECT_EQ(ErrorOf("\xFD"
                       "7zXZ\0rest"s),

@@ -1,4 +1,3 @@
-// Where classes and instances may stand in a document, and what becomes of them.
 #include "cimxml_fixture.h"
 
 #include <gtest/gtest.h>
@@ -87,7 +86,7 @@ TEST(LoadDocuments, SkipsTheParametersOfAPullResponse) {
     EXPECT_EQ(LoadAndDescribe(In("CIM", In("MESSAGE", In("SIMPLERSP", response)))), onlyInstance);
 }
 
-TEST(LoadDocuments, TakesADocumentWithoutObjectsAsAnEmptyNamespace) {
+TEST(LoadDocuments, ReadsADocumentWithoutObjectsAsAnEmptyNamespace) {
     EXPECT_EQ(LoadAndDescribe(InGroup("")), "");
     EXPECT_EQ(LoadAndDescribe(InResponse("")), "");
 }
@@ -122,7 +121,7 @@ TEST(LoadDocuments, ReadsDeclarationsOfAllShapesWithTheirDefaults) {
               "  F: reference null\n");
 }
 
-TEST(LoadDocuments, LetsInstancesAnswerWithTheDefaultTheyDoNotSet) {
+TEST(LoadDocuments, ReturnsTheDefaultOfAnUnsetProperty) {
     const auto instance = LoadInstance(InGroup(Class(Property("uint8", "3")) + Instance("")));
     EXPECT_EQ(instance->Find("P"), nullptr);
     EXPECT_EQ(instance->GetProperty("P", {})->GetValue({}), TCIMValue(std::uint8_t{3}));
@@ -132,12 +131,12 @@ TEST(LoadDocuments, AddsTheClassOfAnInstanceThatIsNotDeclared) {
     EXPECT_EQ(LoadAndDescribe(InGroup(Instance(""))), "class C\n instance\n");
 }
 
-TEST(LoadDocuments, ComparesClassNamesWithoutCase) {
+TEST(LoadDocuments, IgnoresTheCaseOfClassNames) {
     EXPECT_EQ(LoadAndDescribe(InGroup("<VALUE.OBJECT><CLASS NAME=\"c\"/></VALUE.OBJECT>" + Instance(""))),
               "class c\n instance\n");
 }
 
-TEST(LoadDocuments, TakesADeclarationThatFollowsItsInstances) {
+TEST(LoadDocuments, AcceptsADeclarationAfterItsInstances) {
     EXPECT_EQ(LoadAndDescribe(InGroup(Instance(Property("uint8", "7")) + Class("<PROPERTY NAME=\"P\" "
                                                                                "TYPE=\"uint8\"/>"))),
               "class C\n  P: uint8 null\n instance\n  P: uint8 = 7\n");
@@ -182,7 +181,7 @@ TEST(LoadDocuments, AddsToATargetThatHasOtherClasses) {
     EXPECT_NE(target.FindClass("c"), nullptr);
 }
 
-TEST(LoadDocuments, LeavesATargetAloneThatHasOneOfTheClasses) {
+TEST(LoadDocuments, LeavesATargetWithOneOfTheClassesUnchanged) {
     TMemoryNamespace target;
     target.AddClass("c");
     try {

@@ -1,4 +1,3 @@
-// What is wrong with a document, and where: one line with file, line, class and property.
 #include "cimxml_fixture.h"
 
 #include <gmock/gmock.h>
@@ -9,21 +8,21 @@ namespace {
 
 using testing::StartsWith;
 
-TEST(LoadErrors, NameTheLineOfTheFault) {
+TEST(LoadErrors, HaveTheLineOfTheFault) {
     EXPECT_EQ(LoadError("<CIM>\n<DECLARATION>\n<DECLGROUP>\n<VALUE.OBJECT>\n<INSTANCE CLASSNAME=\"C\">\n"
                         "<PROPERTY NAME=\"A\" TYPE=\"string\"><VALUE>\n\n</VALUE></PROPERTY>\n"
                         "<PROPERTY NAME=\"B\" TYPE=\"uint8\"><VALUE>300</VALUE></PROPERTY>\n"),
               "t.xml:9: class C, property B: \"300\" is out of range for uint8");
 }
 
-TEST(LoadErrors, NameAnUnknownType) {
+TEST(LoadErrors, ReportAnUnknownType) {
     EXPECT_EQ(LoadError(InGroup(Instance("\n<PROPERTY NAME=\"P\" TYPE=\"int\"/>"))),
               "t.xml:2: class C, property P: unknown TYPE \"int\"");
     EXPECT_EQ(LoadError(InGroup(Class("<PROPERTY.ARRAY NAME=\"P\" TYPE=\"UINT8\"/>"))),
               "t.xml:1: class C, property P: unknown TYPE \"UINT8\"");
 }
 
-TEST(LoadErrors, NameAMissingAttribute) {
+TEST(LoadErrors, ReportAMissingAttribute) {
     EXPECT_EQ(LoadError(InGroup(Instance("<PROPERTY NAME=\"P\"/>"))),
               "t.xml:1: class C, property P: missing attribute TYPE");
     EXPECT_EQ(LoadError(InGroup(Instance("<PROPERTY TYPE=\"string\"/>"))),
@@ -35,7 +34,7 @@ TEST(LoadErrors, NameAMissingAttribute) {
               "t.xml:1: class C, property P: missing attribute NAME");
 }
 
-TEST(LoadErrors, NameAnEmptyOrTooLongName) {
+TEST(LoadErrors, ReportAnEmptyOrTooLongName) {
     EXPECT_EQ(LoadError(InGroup("<VALUE.OBJECT><INSTANCE CLASSNAME=\"\"/></VALUE.OBJECT>")),
               "t.xml:1: the attribute CLASSNAME is empty or too long: \"\"");
     EXPECT_EQ(
@@ -46,7 +45,7 @@ TEST(LoadErrors, NameAnEmptyOrTooLongName) {
         "t.xml:1: the attribute NAME is empty or too long: \"" + std::string(40, 'x') + "...\"");
 }
 
-TEST(LoadErrors, NameAConflictWithTheDeclaration) {
+TEST(LoadErrors, ReportAConflictWithTheDeclaration) {
     const std::string declared = Class("<PROPERTY NAME=\"P\" TYPE=\"uint8\"/>");
     EXPECT_EQ(LoadError(InGroup(declared + "\n" + Instance(Property("uint16", "1")))),
               "t.xml:2: class C, property P: is uint16, but the class declares uint8");
@@ -56,7 +55,7 @@ TEST(LoadErrors, NameAConflictWithTheDeclaration) {
               "t.xml:1: class C, property P: is string, but the class declares uint8");
 }
 
-TEST(LoadErrors, NameWhatStandsTwice) {
+TEST(LoadErrors, ReportDuplicates) {
     EXPECT_EQ(LoadError(InGroup(Class("") + Class(""))), "t.xml:1: class C: duplicate class declaration");
     EXPECT_EQ(LoadError(InGroup(
                   Class("<PROPERTY NAME=\"P\" TYPE=\"uint8\"/><PROPERTY NAME=\"p\" TYPE=\"uint8\"/>"))),
@@ -73,7 +72,7 @@ TEST(LoadErrors, NameWhatStandsTwice) {
         "t.xml:1: class C, property P: more than one value");
 }
 
-TEST(LoadErrors, NameTheServersError) {
+TEST(LoadErrors, ReportTheErrorOfTheServer) {
     EXPECT_EQ(LoadError("<CIM><MESSAGE><SIMPLERSP><IMETHODRESPONSE NAME=\"X\">\n"
                         "<ERROR CODE=\"5\" DESCRIPTION=\"CIM_Foo\nis not there\"/>"
                         "</IMETHODRESPONSE></SIMPLERSP></MESSAGE></CIM>"),
@@ -83,7 +82,7 @@ TEST(LoadErrors, NameTheServersError) {
               "t.xml:1: the server answered with error 1");
 }
 
-TEST(LoadErrors, NameAnElementThatHasNoPlaceThere) {
+TEST(LoadErrors, ReportAnUnexpectedElement) {
     EXPECT_EQ(LoadError("<html/>"), "t.xml:1: unexpected element \"html\"");
     EXPECT_EQ(LoadError(InGroup(Instance("<PROPERY NAME=\"P\"/>"))),
               "t.xml:1: class C: unexpected element \"PROPERY\"");
@@ -97,12 +96,12 @@ TEST(LoadErrors, NameAnElementThatHasNoPlaceThere) {
               "t.xml:1: unexpected element \"INSTANCENAME\"");
 }
 
-TEST(LoadErrors, NameTextThatHasNoPlaceThere) {
+TEST(LoadErrors, ReportUnexpectedText) {
     EXPECT_EQ(LoadError(InGroup(Instance("\nstray\n"))), "t.xml:3: class C: unexpected text \"stray\"");
     EXPECT_EQ(LoadError(InGroup("x")), "t.xml:1: unexpected text \"x\"");
 }
 
-TEST(LoadErrors, NameWhatIsNotWellFormed) {
+TEST(LoadErrors, ReportMalformedXml) {
     EXPECT_EQ(LoadError(InGroup(Instance("\n<PROPERTY NAME=\"P\" TYPE=\"string\"><VALUE>x</WALUE>"))),
               "t.xml:2: class C, property P: Opening and ending tag mismatch: VALUE line 2 and WALUE");
     EXPECT_THAT(LoadError(InGroup(Instance("<PROPERTY NAME=\"P\" NAME=\"Q\" TYPE=\"string\"/>"))),
@@ -113,7 +112,7 @@ TEST(LoadErrors, NameWhatIsNotWellFormed) {
     EXPECT_EQ(LoadError("<CIM>"), "t.xml:1: truncated document");
 }
 
-TEST(LoadErrors, NameCharactersThatXmlDoesNotAllow) {
+TEST(LoadErrors, ReportCharactersThatXmlForbids) {
     EXPECT_THAT(LoadError(InGroup(Instance(Property("string", "&#0;")))),
                 StartsWith("t.xml:1: class C, property P: "));
     EXPECT_THAT(LoadError(InGroup(Instance(Property("string", "&#xFFFF;")))),
@@ -124,7 +123,7 @@ TEST(LoadErrors, NameCharactersThatXmlDoesNotAllow) {
                 StartsWith("t.xml:1: class C, property P: "));
 }
 
-TEST(LoadErrors, AreOneLineWhateverTheFileIsCalled) {
+TEST(LoadErrors, AreOneLineForAnyFileName) {
     TMemoryNamespace target;
     try {
         LoadNamespaceFromText("a\nb\x1B.xml", "<html/>", target);
@@ -134,7 +133,7 @@ TEST(LoadErrors, AreOneLineWhateverTheFileIsCalled) {
     }
 }
 
-TEST(LoadErrors, QuoteLongTextByItsBeginningAndNoHalfCharacters) {
+TEST(LoadErrors, TruncateQuotedTextBetweenCharacters) {
     EXPECT_EQ(LoadError(InGroup(Instance(Property("uint8", std::string(39, 'x') + "\xC3\xA9\xC3\xA9")))),
               "t.xml:1: class C, property P: \"" + std::string(39, 'x') + "...\" is not a valid uint8");
 }

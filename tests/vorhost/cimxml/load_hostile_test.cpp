@@ -1,5 +1,5 @@
-// Documents that mean harm: refused quickly, in bounded memory, with nothing fetched and the target
-// untouched.
+// Malicious documents must be rejected quickly and in bounded memory, without fetching anything and with the
+// target unchanged.
 #include "cimxml_fixture.h"
 
 #include <gmock/gmock.h>
@@ -28,7 +28,7 @@ const std::string sample =
                  "<KEYBINDING NAME=\"K\"><KEYVALUE VALUETYPE=\"numeric\">1</KEYVALUE></KEYBINDING>"
                  "</INSTANCENAME></VALUE.REFERENCE></PROPERTY.REFERENCE>"));
 
-TEST(LoadHostile, RefusesAnEntityBombAtItsFirstLine) {
+TEST(LoadHostile, RejectsAnEntityBombAtItsFirstLine) {
     std::string bomb = "<!DOCTYPE CIM [\n<!ENTITY a \"aaaaaaaaaa\">\n";
     for (char name = 'b'; name < 'k'; ++name) {
         bomb += std::string("<!ENTITY ") + name + " \"";
@@ -41,7 +41,7 @@ TEST(LoadHostile, RefusesAnEntityBombAtItsFirstLine) {
               "t.xml:1: a DOCTYPE with an internal subset is not supported");
 }
 
-TEST(LoadHostile, RefusesAnyInternalSubset) {
+TEST(LoadHostile, RejectsAnyInternalSubset) {
     for (const char* subset : {"[]", " [ <!ELEMENT CIM ANY> ]", "SYSTEM \"x.dtd\" [ %x; ]",
                                "[<!ENTITY % x SYSTEM \"file:///etc/passwd\"> %x;]"}) {
         EXPECT_EQ(LoadError("<!DOCTYPE CIM " + std::string(subset) + ">" + InGroup("")),
@@ -50,7 +50,7 @@ TEST(LoadHostile, RefusesAnyInternalSubset) {
     }
 }
 
-TEST(LoadHostile, RefusesEntitiesThatNothingDeclares) {
+TEST(LoadHostile, RejectsUndeclaredEntities) {
     const std::string text = InGroup(Instance(Property("string", "&x;")));
     EXPECT_EQ(LoadError(text), "t.xml:1: class C, property P: Entity 'x' not defined");
     EXPECT_EQ(LoadError("<!DOCTYPE CIM SYSTEM \"x.dtd\">" + text),
@@ -60,7 +60,7 @@ TEST(LoadHostile, RefusesEntitiesThatNothingDeclares) {
                 StartsWith("t.xml:1: Entity 'x' not defined"));
 }
 
-TEST(LoadHostile, RefusesElementsBelowTheSixtyFourthLevel) {
+TEST(LoadHostile, RejectsElementsBelowTheSixtyFourthLevel) {
     const auto deep = [](int levels) {
         std::string open = "<CIM><DECLARATION><DECLGROUP><QUALIFIER.DECLARATION>";
         for (int level = 4; level < levels; ++level) {
@@ -73,7 +73,7 @@ TEST(LoadHostile, RefusesElementsBelowTheSixtyFourthLevel) {
     EXPECT_EQ(LoadError(deep(100'000)), "t.xml:1: elements are nested more than 64 levels deep");
 }
 
-TEST(LoadHostile, RefusesTagsCommentsAndInstructionsBeyondTheirLimit) {
+TEST(LoadHostile, RejectsTooLongTagsCommentsAndInstructions) {
     const std::string cause = "a tag, comment or processing instruction is longer than 65536 bytes";
     const std::string huge(100'000'000, 'x');
     EXPECT_EQ(LoadError("<CIM a=\"" + huge), "t.xml:1: " + cause);
@@ -82,7 +82,7 @@ TEST(LoadHostile, RefusesTagsCommentsAndInstructionsBeyondTheirLimit) {
     EXPECT_EQ(LoadError(InGroup("<!--" + std::string(60'000, 'x') + "-->")), "loaded");
 }
 
-TEST(LoadHostile, RefusesTagsWithMoreAttributesThanAnyNeeds) {
+TEST(LoadHostile, RejectsTagsWithTooManyAttributes) {
     std::string tag = "<CIM";
     for (int number = 1; number <= 64; ++number) {
         tag += " a" + std::to_string(number) + "=\"\"";
@@ -91,7 +91,7 @@ TEST(LoadHostile, RefusesTagsWithMoreAttributesThanAnyNeeds) {
     EXPECT_EQ(LoadError(tag + " b=\"\"/>"), "t.xml:1: a tag has more than 64 attributes");
 }
 
-TEST(LoadHostile, RefusesMorePropertiesThanAnInstanceMayHave) {
+TEST(LoadHostile, RejectsTooManyProperties) {
     std::string properties;
     for (int number = 1; number <= 4096; ++number) {
         properties += "<PROPERTY NAME=\"P" + std::to_string(number) + "\" TYPE=\"uint8\"/>";
@@ -103,7 +103,7 @@ TEST(LoadHostile, RefusesMorePropertiesThanAnInstanceMayHave) {
               "t.xml:1: class C, property Q: more than 4096 properties");
 }
 
-TEST(LoadHostile, RefusesBytesThatAreNotOfTheEncoding) {
+TEST(LoadHostile, RejectsInvalidBytesForTheEncoding) {
     const auto error = [](const std::string& bytes) {
         return LoadError(InGroup(Instance(Property("string", bytes))));
     };
@@ -115,7 +115,7 @@ TEST(LoadHostile, RefusesBytesThatAreNotOfTheEncoding) {
                 HasSubstr("encoding nonsense"));
 }
 
-TEST(LoadHostile, RefusesBytesThatCannotBeConvertedAndSaysSoOnce) {
+TEST(LoadHostile, RejectsBytesThatCannotBeConvertedWithOneMessage) {
     const std::string head = "<?xml version=\"1.0\" encoding=\"";
     testing::internal::CaptureStderr();
     for (const char* encoding : {"UTF-7", "US-ASCII", "EUC-JP", "ISO-2022-JP"}) {
@@ -133,7 +133,7 @@ TEST(LoadHostile, RefusesBytesThatCannotBeConvertedAndSaysSoOnce) {
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
-TEST(LoadHostile, RefusesHalfADocumentInUtf16) {
+TEST(LoadHostile, RejectsATruncatedDocumentInUtf16) {
     std::string text = "\xFE\xFF";
     for (const char byte : InGroup("")) {
         text += '\0';
@@ -144,14 +144,14 @@ TEST(LoadHostile, RefusesHalfADocumentInUtf16) {
     EXPECT_NE(LoadError("<?xml version=\"1.0\" encoding=\"UTF-16\"?>" + text.substr(2)), "loaded");
 }
 
-TEST(LoadHostile, RefusesEveryPrefixOfADocument) {
+TEST(LoadHostile, RejectsEveryPrefixOfADocument) {
     ASSERT_EQ(LoadError(sample), "loaded");
     for (std::size_t length = 0; length < sample.size(); ++length) {
         EXPECT_THAT(LoadError(sample.substr(0, length)), StartsWith("t.xml:")) << length;
     }
 }
 
-TEST(LoadHostile, AnswersEveryDocumentWithOneWrongByte) {
+TEST(LoadHostile, HandlesEveryDocumentWithOneWrongByte) {
     for (std::size_t at = 0; at < sample.size(); ++at) {
         for (const char byte : {'\0', '<', '>', '&', '"', ']', '\x80', '\xFF', 'x'}) {
             std::string damaged = sample;
@@ -163,7 +163,7 @@ TEST(LoadHostile, AnswersEveryDocumentWithOneWrongByte) {
     }
 }
 
-TEST(LoadHostile, AnswersDocumentsOfRandomPieces) {
+TEST(LoadHostile, HandlesDocumentsOfRandomPieces) {
     const std::vector<std::string> pieces = {"<CIM>",
                                              "</CIM>",
                                              "<DECLARATION>",
@@ -215,7 +215,7 @@ TEST(LoadHostile, AnswersDocumentsOfRandomPieces) {
     }
 }
 
-TEST(LoadHostile, LeavesTheTargetAloneWhenTheLastLineIsBad) {
+TEST(LoadHostile, LeavesTheTargetUnchangedIfTheLastLineIsMalformed) {
     TMemoryNamespace target;
     target.AddClass("B");
     EXPECT_THROW(LoadNamespaceFromText(documentName, InGroup(Instance("") + Instance("<x/>")), target),

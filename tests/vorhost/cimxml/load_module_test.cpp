@@ -1,4 +1,4 @@
-// The reader as programs get it: from its module, with errors that cross the line between the two.
+// Loads the reader from its module, as programs do.
 #include "vorhost/cimxml/load.h"
 
 #include <gtest/gtest.h>
@@ -11,7 +11,7 @@
 namespace NVORHOST {
 namespace {
 
-// A file in a directory of this test's own, gone with the object.
+// A file in a temporary directory, which is removed on destruction.
 class TTemporaryFile {
   public:
     explicit TTemporaryFile(const std::string& text) {
@@ -58,7 +58,7 @@ bool IsLoaded(const std::string& library) {
     return false;
 }
 
-TEST(LoadModule, BringsTheXmlLibraryOnlyWhenADocumentIsRead) {
+TEST(LoadModule, LoadsTheXmlLibraryOnlyForADocument) {
     const TTemporaryFile file(document);
     EXPECT_FALSE(IsLoaded("libxml2"));
     TMemoryNamespace target;
@@ -86,7 +86,7 @@ TEST(LoadModule, ReadsAFileOfManyReads) {
     EXPECT_EQ(*target.FindClass("C")->GetInstances().front()->Find("P"), TCIMValue(value));
 }
 
-TEST(LoadModule, ThrowsErrorsThatTheProgramCatchesByTheirType) {
+TEST(LoadModule, ThrowsErrorsThatTheProgramCanCatchByType) {
     std::string text = document;
     text.replace(text.find("200"), 3, "256");
     const TTemporaryFile file(text);
@@ -94,14 +94,14 @@ TEST(LoadModule, ThrowsErrorsThatTheProgramCatchesByTheirType) {
               file.GetPath() + ":1: class C, property P: \"256\" is out of range for uint8");
 }
 
-TEST(LoadModule, SaysWhyAFileCannotBeRead) {
+TEST(LoadModule, ReportsWhyAFileCannotBeRead) {
     const TTemporaryFile file(document);
     EXPECT_EQ(LoadError("/nonexistent/x.xml"),
               "/nonexistent/x.xml: cannot be read: No such file or directory");
     EXPECT_EQ(LoadError(file.GetDirectory()), file.GetDirectory() + ": cannot be read: Is a directory");
 }
 
-TEST(LoadModule, ReadsWhatIsNoRegularFile) {
+TEST(LoadModule, ReadsAPipe) {
     EXPECT_EQ(LoadError("/dev/null"), "/dev/null:1: truncated document");
 }
 

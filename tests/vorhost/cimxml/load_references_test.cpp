@@ -1,4 +1,3 @@
-// Object paths: from VALUE.REFERENCE elements to text.
 #include "cimxml_fixture.h"
 
 #include <gtest/gtest.h>
@@ -81,7 +80,7 @@ TEST(LoadReferences, SpellsKeysThatAreReferences) {
               R"~(CIM_A=(reference)"CIM_B")~");
 }
 
-TEST(LoadReferences, TakesTheTypeOfAKeyFromItsCimTypeWhenThatIsAllThereIs) {
+TEST(LoadReferences, FallsBackToTheCimTypeOfAKey) {
     EXPECT_EQ(
         PathText(
             "<INSTANCENAME CLASSNAME=\"A\"><KEYBINDING NAME=\"K\"><KEYVALUE TYPE=\"uint32\">5</KEYVALUE>"
@@ -92,24 +91,24 @@ TEST(LoadReferences, TakesTheTypeOfAKeyFromItsCimTypeWhenThatIsAllThereIs) {
         R"(A.K=5,L=FALSE,M="x",N="6")");
 }
 
-TEST(LoadReferences, SplitsNamespacesThatStandInOneElement) {
+TEST(LoadReferences, SplitsSeveralNamespacesInOneElement) {
     EXPECT_EQ(
         PathText("<LOCALCLASSPATH><LOCALNAMESPACEPATH><NAMESPACE NAME=\"root/cimv2\"/></LOCALNAMESPACEPATH>"
                  "<CLASSNAME NAME=\"A\"/></LOCALCLASSPATH>"),
         "root/cimv2:A");
 }
 
-TEST(LoadReferences, TakesTheUnnamedKeyOfANamelessClassAsTextThatIsNoPath) {
+TEST(LoadReferences, ReadsTheUnnamedKeyOfANamelessClassAsOpaqueText) {
     EXPECT_EQ(PathText("<INSTANCENAME CLASSNAME=\"\"><KEYVALUE> any text </KEYVALUE></INSTANCENAME>"),
               " any text ");
 }
 
-TEST(LoadReferences, TakesAReferenceWithoutValueAsNull) {
+TEST(LoadReferences, ReadsAReferenceWithoutValueAsNull) {
     EXPECT_EQ(LoadValue("<PROPERTY.REFERENCE NAME=\"P\" REFERENCECLASS=\"CIM_A\"/>"),
               TCIMValue(TCIMValue::TCIMType::eReference));
 }
 
-TEST(LoadReferences, RefusesPathsWithoutTheirParts) {
+TEST(LoadReferences, RejectsPathsWithMissingParts) {
     EXPECT_EQ(PathError(""), At("reference without an object"));
     EXPECT_EQ(PathError("<INSTANCENAME CLASSNAME=\"\"/>"), At("object path without a class"));
     EXPECT_EQ(PathError("<INSTANCENAME/>"), At("missing attribute CLASSNAME"));
@@ -127,7 +126,7 @@ TEST(LoadReferences, RefusesPathsWithoutTheirParts) {
               At("the key \"K\" has no value"));
 }
 
-TEST(LoadReferences, RefusesPathsWithTooManyParts) {
+TEST(LoadReferences, RejectsPathsWithTooManyParts) {
     EXPECT_EQ(PathError("<CLASSNAME NAME=\"A\"/><CLASSNAME NAME=\"B\"/>"),
               At("reference to more than one object"));
     EXPECT_EQ(
@@ -147,7 +146,7 @@ TEST(LoadReferences, RefusesPathsWithTooManyParts) {
         At("more than one value"));
 }
 
-TEST(LoadReferences, RefusesNamesThatAPathCannotSpell) {
+TEST(LoadReferences, RejectsInvalidNames) {
     EXPECT_EQ(PathError("<CLASSNAME NAME=\"A.B\"/>"), At("\"A.B\" is not a valid CIM name"));
     EXPECT_EQ(PathError("<INSTANCENAME CLASSNAME=\"A\"><KEYBINDING NAME=\"K=\"/></INSTANCENAME>"),
               At("\"K=\" is not a valid CIM name"));
@@ -158,7 +157,7 @@ TEST(LoadReferences, RefusesNamesThatAPathCannotSpell) {
               At("\" \" is not a valid host"));
 }
 
-TEST(LoadReferences, RefusesKeysThatAreNotOfTheirType) {
+TEST(LoadReferences, RejectsKeysThatAreNotValidForTheirType) {
     const auto error = [](const std::string& attributes, const std::string& text) {
         return PathError("<INSTANCENAME CLASSNAME=\"A\"><KEYVALUE " + attributes + ">" + text +
                          "</KEYVALUE></INSTANCENAME>");
@@ -169,7 +168,7 @@ TEST(LoadReferences, RefusesKeysThatAreNotOfTheirType) {
     EXPECT_EQ(error("TYPE=\"int\"", "x"), At("unknown TYPE \"int\""));
 }
 
-TEST(LoadReferences, RefusesReferencesThatStandTooDeepInEachOther) {
+TEST(LoadReferences, RejectsReferencesThatAreNestedTooDeeply) {
     const auto nested = [](int levels) {
         std::string path = "<CLASSNAME NAME=\"A\"/>";
         for (int level = 1; level < levels; ++level) {

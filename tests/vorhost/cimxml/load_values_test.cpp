@@ -1,4 +1,3 @@
-// How the text of values is read, type by type.
 #include "cimxml_fixture.h"
 
 #include <gtest/gtest.h>
@@ -176,7 +175,7 @@ INSTANTIATE_TEST_SUITE_P(
                     TRefusedCase{"datetime", "20241329235959.123456+060",
                                  "\"20241329235959.123456+060\" is not a valid datetime"}));
 
-TEST(LoadValue, TakesAPropertyWithoutValueAsNull) {
+TEST(LoadValue, ReadsAPropertyWithoutValueAsNull) {
     for (const char* type :
          {"boolean", "char16", "uint8", "sint64", "real32", "string", "datetime", "reference"}) {
         const TCIMValue value = LoadValue("<PROPERTY NAME=\"P\" TYPE=\"" + std::string(type) + "\"/>");
@@ -186,16 +185,16 @@ TEST(LoadValue, TakesAPropertyWithoutValueAsNull) {
     }
 }
 
-TEST(LoadValue, TakesAnEmptyValueAsTheEmptyString) {
+TEST(LoadValue, ReadsAnEmptyValueAsTheEmptyString) {
     EXPECT_EQ(LoadValue("<PROPERTY NAME=\"P\" TYPE=\"string\"><VALUE/></PROPERTY>"), TCIMValue(""));
 }
 
-TEST(LoadValue, TakesAnArrayWithoutValuesAsNull) {
+TEST(LoadValue, ReadsAnArrayWithoutValuesAsNull) {
     EXPECT_EQ(LoadValue("<PROPERTY.ARRAY NAME=\"P\" TYPE=\"uint16\"/>"),
               TCIMValue::NullArray(TCIMType::eUint16));
 }
 
-TEST(LoadValue, TakesAnEmptyArrayAsEmpty) {
+TEST(LoadValue, ReadsAnEmptyArrayAsEmpty) {
     EXPECT_EQ(LoadValue("<PROPERTY.ARRAY NAME=\"P\" TYPE=\"uint16\"><VALUE.ARRAY/></PROPERTY.ARRAY>"),
               TCIMValue::Array(TCIMType::eUint16, {}));
 }
@@ -206,7 +205,7 @@ TEST(LoadValue, KeepsTheOrderOfArraysAndTheirNulls) {
               TCIMValue::Array(TCIMType::eString, {"b", TCIMValue(TCIMType::eString), "", " a"}));
 }
 
-TEST(LoadValue, TakesEmbeddedObjectsAsStrings) {
+TEST(LoadValue, ReadsEmbeddedObjectsAsStrings) {
     EXPECT_EQ(LoadValue("<PROPERTY NAME=\"P\" TYPE=\"string\" EmbeddedObject=\"instance\">"
                         "<VALUE>&lt;INSTANCE CLASSNAME=\"D\"/&gt;</VALUE></PROPERTY>"),
               TCIMValue("<INSTANCE CLASSNAME=\"D\"/>"));
@@ -218,7 +217,7 @@ std::string Encoded(const std::string& type, const std::string& text) {
            text + "</VALUE></PROPERTY>";
 }
 
-TEST(LoadValue, DecodesValuesThatXmlCannotCarry) {
+TEST(LoadValue, DecodesValuesThatXmlCannotRepresent) {
     using namespace std::string_literals;
     EXPECT_EQ(LoadValue(Encoded("string", "AAH/")), TCIMValue("\0\1\xFF"s));
     EXPECT_EQ(LoadValue(Encoded("string", "\n AAE= ")), TCIMValue("\0\1"s));
@@ -239,7 +238,7 @@ TEST(LoadValue, DecodesEachElementOfAnArray) {
         TCIMValue::Array(TCIMType::eString, {"\0"s, TCIMValue(TCIMType::eString), "x"}));
 }
 
-TEST(LoadValue, RefusesWhatIsNotTheEncodingItClaims) {
+TEST(LoadValue, RejectsMalformedBase64) {
     const auto error = [](const std::string& type, const std::string& text) {
         return LoadError(InGroup(Instance(Encoded(type, text))));
     };
@@ -253,7 +252,7 @@ TEST(LoadValue, RefusesWhatIsNotTheEncodingItClaims) {
     EXPECT_EQ(error("uint8", "AA=="), place + "base64 is not supported for uint8");
 }
 
-TEST(LoadValue, RefusesOtherEncodings) {
+TEST(LoadValue, RejectsOtherEncodings) {
     EXPECT_EQ(
         LoadError(InGroup(Instance("<PROPERTY NAME=\"P\" TYPE=\"string\"><QUALIFIER NAME=\"NoxinfoEncoding\" "
                                    "TYPE=\"string\"><VALUE>rot13</VALUE></QUALIFIER></PROPERTY>"))),

@@ -1,4 +1,3 @@
-// Which texts are object paths.
 #include "vorhost/cimxml/object_path.h"
 
 #include <gtest/gtest.h>
@@ -10,7 +9,7 @@ using EType = TPathKey::EType;
 
 class ObjectPathText : public testing::TestWithParam<const char*> {};
 
-TEST_P(ObjectPathText, ParsesAndSpellsTheSame) {
+TEST_P(ObjectPathText, IsTheSameAfterParsingAndFormatting) {
     const auto path = ParseObjectPath(GetParam());
     ASSERT_TRUE(path.has_value()) << GetParam();
     EXPECT_EQ(ToText(*path), GetParam());
@@ -62,12 +61,12 @@ TEST(ObjectPath, HasItsParts) {
     EXPECT_EQ(path->keys[3].value, "B");
 }
 
-TEST(ObjectPath, OfAClassIsNoInstance) {
+TEST(ObjectPath, OfAClassIsNotAnInstance) {
     EXPECT_FALSE(ParseObjectPath("A")->isInstance);
     EXPECT_TRUE(ParseObjectPath("A=@")->isInstance);
 }
 
-TEST(ObjectPath, EndsAtTheFourthReferenceWithinAnother) {
+TEST(ObjectPath, RejectsAFifthLevelOfNestedReferences) {
     TObjectPath path;
     path.className = "A";
     path.isInstance = true;

@@ -1,4 +1,3 @@
-// What was saved loads as an equal namespace, whatever it holds.
 #include "cimxml_fixture.h"
 #include "equal_namespaces.h"
 #include "vorhost/cimxml/save.h"
@@ -21,7 +20,7 @@ std::string Save(const TMemoryNamespace& source) {
     return out.str();
 }
 
-// Saves, loads and saves again: equal namespaces, equal documents.
+// Saves, loads and saves again; requires equal namespaces and equal documents.
 void ExpectRoundTrip(const TMemoryNamespace& source) {
     const std::string document = Save(source);
     TMemoryNamespace loaded;
@@ -86,7 +85,7 @@ TEST(RoundTrip, KeepsEveryChar16) {
     }
 }
 
-TEST(RoundTrip, KeepsTheTextAroundEveryEndOfAPiece) {
+TEST(RoundTrip, KeepsTextAtEveryBoundaryOfPieces) {
     for (std::size_t length = 4000; length < 4100; ++length) {
         ExpectRoundTrip(TCIMValue(std::string(length, 'x') + "\xF0\x9F\x98\x80\r\n&\xE2\x82\xAC"));
     }
@@ -99,7 +98,7 @@ TEST(RoundTrip, KeepsLargeValues) {
     ExpectRoundTrip(TCIMValue(text));
 }
 
-// Values of all types, with texts of all kinds.
+// Makes a random value of any type.
 class TRandomValues {
   public:
     explicit TRandomValues(unsigned seed) : random_(seed) {}
@@ -193,7 +192,7 @@ class TRandomValues {
     TCIMType Type() { return static_cast<TCIMType::ECIMType>(1 + Below(15)); }
 
   private:
-    // Signalling NaNs become quiet ones whenever they are handed over as a double.
+    // Signalling NaNs become quiet NaNs when a float is converted to a double.
     static float Quiet(float number) {
         return std::isnan(number) ? std::bit_cast<float>(std::bit_cast<std::uint32_t>(number) | 0x400000U)
                                   : number;

@@ -1,4 +1,3 @@
-// The text of saved documents.
 #include "vorhost/cimxml/save.h"
 
 #include "cimxml_fixture.h"
@@ -43,7 +42,7 @@ void AddP(TMemoryNamespace& target, const TCIMValue& value) {
     instance->CommitInstance({});
 }
 
-// The line of property P with this value.
+// Returns the line of property P with this value.
 std::string SaveP(const TCIMValue& value) {
     TMemoryNamespace source;
     AddP(source, value);
@@ -106,14 +105,14 @@ TEST(Save, WritesClassesBeforeInstances) {
                                 tail);
 }
 
-TEST(Save, LeavesOutInstancesThatAreNotCommitted) {
+TEST(Save, OmitsUncommittedInstances) {
     TMemoryNamespace source;
     const auto dropped = source.AddClass("C")->NewInstance();
     dropped->Set("P", "x");
     EXPECT_EQ(Save(source), head + "<VALUE.OBJECT><CLASS NAME=\"C\">\n</CLASS></VALUE.OBJECT>\n" + tail);
 }
 
-TEST(Save, WritesEveryTypeInItsForm) {
+TEST(Save, WritesValuesOfEveryType) {
     EXPECT_EQ(SaveP(TCIMValue(true)), P("boolean", "TRUE"));
     EXPECT_EQ(SaveP(TCIMValue(false)), P("boolean", "FALSE"));
     EXPECT_EQ(SaveP(TCIMValue(u'\u20AC')), P("char16", "\xE2\x82\xAC"));
@@ -157,16 +156,16 @@ TEST(Save, WritesArraysInOrderWithTheirNulls) {
               "<VALUE></VALUE><VALUE>&amp;</VALUE></VALUE.ARRAY></PROPERTY.ARRAY>");
 }
 
-TEST(Save, EscapesWhatWouldNotSurvive) {
+TEST(Save, EscapesCharactersThatAParserWouldChange) {
     EXPECT_EQ(SaveP(" a&b<c>d\"e'\t\n\r]]> "), P("string", " a&amp;b&lt;c&gt;d\"e'\t\n&#13;]]&gt; "));
 }
 
-TEST(Save, KeepsUtf8AsItIs) {
+TEST(Save, KeepsUtf8Unchanged) {
     EXPECT_EQ(SaveP("\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\x7F\xC2\x85"),
               P("string", "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\x7F\xC2\x85"));
 }
 
-TEST(Save, EncodesTextThatXmlCannotCarry) {
+TEST(Save, EncodesTextThatXmlCannotRepresent) {
     using namespace std::string_literals;
     EXPECT_EQ(SaveP("\0\1\xFF"s), EncodedP("string", "AAH/"));
     EXPECT_EQ(SaveP("a\x1B"s), EncodedP("string", "YRs="));
@@ -180,7 +179,7 @@ TEST(Save, EncodesTextThatXmlCannotCarry) {
               EncodedP("real64", "//gAAAAAAAA="));
 }
 
-TEST(Save, EncodesAllElementsOfAnArrayThatHasOneToEncode) {
+TEST(Save, EncodesAllElementsOfAnArrayIfOneNeedsIt) {
     EXPECT_EQ(
         SaveP(TCIMValue::Array(TCIMType::eString, {"a", TCIMValue(TCIMType::eString), "\x01"})),
         "<PROPERTY.ARRAY NAME=\"P\" TYPE=\"string\"><QUALIFIER NAME=\"NoxinfoEncoding\" TYPE=\"string\">"
@@ -188,7 +187,7 @@ TEST(Save, EncodesAllElementsOfAnArrayThatHasOneToEncode) {
         "</VALUE.ARRAY></PROPERTY.ARRAY>");
 }
 
-TEST(Save, SpellsReferencesOut) {
+TEST(Save, WritesThePartsOfReferences) {
     EXPECT_EQ(
         SaveP(TCIMValue::Reference(R"(//h:1/root/cimv2:A.Id="a\"<",On=TRUE,Number=5)")),
         ReferenceP("<INSTANCEPATH><NAMESPACEPATH><HOST>h:1</HOST><LOCALNAMESPACEPATH><NAMESPACE "
@@ -212,7 +211,7 @@ TEST(Save, SpellsReferencesOut) {
                    "</VALUE.REFERENCE></KEYBINDING></INSTANCENAME>"));
 }
 
-TEST(Save, WritesReferencesThatAreNoPathAsTheTextTheyAre) {
+TEST(Save, WritesOpaqueReferencesAsText) {
     EXPECT_EQ(
         SaveP(TCIMValue::Reference("any <text>")),
         ReferenceP("<INSTANCENAME CLASSNAME=\"\"><KEYVALUE>any &lt;text&gt;</KEYVALUE></INSTANCENAME>"));
@@ -242,7 +241,7 @@ TEST(Save, EscapesNames) {
                   tail);
 }
 
-TEST(Save, ReportsNamesThatXmlCannotCarry) {
+TEST(Save, RejectsNamesThatXmlCannotRepresent) {
     TMemoryNamespace classes;
     classes.AddClass("a\x01");
     EXPECT_EQ(SaveError(classes), "class a\\x01: the name \"a\\x01\" cannot be written as XML");
@@ -261,7 +260,7 @@ TEST(Save, ReportsNamesThatXmlCannotCarry) {
                                         std::string(40, 'x') + "...\" cannot be written as XML");
 }
 
-TEST(Save, ReportsDateTimesThatNoTextSpells) {
+TEST(Save, RejectsDateTimesWithInvalidFields) {
     TMemoryNamespace source;
     TCIMDateTime::TFields fields;
     fields.month = 13;
@@ -275,7 +274,7 @@ TEST(Save, ReportsDateTimesThatNoTextSpells) {
     EXPECT_EQ(SaveError(cut), "class C, property P: the datetime \"00000100000000.000000+000\" is not valid");
 }
 
-TEST(Save, ReportsMorePropertiesThanLoadingAccepts) {
+TEST(Save, RejectsMorePropertiesThanLoadingAccepts) {
     TMemoryNamespace source;
     const auto holder = source.AddClass("C");
     for (int number = 0; number <= 4096; ++number) {
@@ -284,7 +283,7 @@ TEST(Save, ReportsMorePropertiesThanLoadingAccepts) {
     EXPECT_EQ(SaveError(source), "class C: has more than 4096 properties");
 }
 
-TEST(Save, WritesGivenInstancesOnly) {
+TEST(Save, WritesOnlyTheGivenInstances) {
     TMemoryNamespace source;
     AddP(source, "first");
     AddP(source, "second");
@@ -294,7 +293,7 @@ TEST(Save, WritesGivenInstancesOnly) {
                              "\n</INSTANCE></VALUE.OBJECT>\n" + tail);
 }
 
-TEST(Save, LeavesWriteFailuresInTheStream) {
+TEST(Save, SetsTheStreamStateAfterAWriteFailure) {
     TMemoryNamespace source;
     AddP(source, std::string(1'000'000, 'x'));
     std::ostringstream out;

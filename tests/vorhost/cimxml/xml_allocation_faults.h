@@ -1,12 +1,12 @@
-// The XML library's own allocations, which fail on order.
+// Makes allocations of the XML library fail.
 #pragma once
 
 #include <cstddef>
 
 namespace NVORHOST::NTEST {
 
-/// Fails the `number`-th allocation of the XML library from here on, counted from 1, as long as it lives. The
-/// first one made must be made before the library is used.
+/// While it exists, the `number`-th allocation of the XML library, counted from 1, fails. The first object
+/// must be constructed before the library is used.
 class TXmlAllocationFault {
   public:
     explicit TXmlAllocationFault(std::size_t number);

@@ -1,4 +1,3 @@
-// The 25-character text form of date-times, both ways.
 #include "host/cim_date_time.h"
 
 #include <gtest/gtest.h>
@@ -88,7 +87,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 class DateTimeRefusal : public testing::TestWithParam<const char*> {};
 
-TEST_P(DateTimeRefusal, GivesNoValue) {
+TEST_P(DateTimeRefusal, IsNullopt) {
     EXPECT_FALSE(TCIMDateTime::FromText(GetParam())) << GetParam();
 }
 
@@ -132,7 +131,7 @@ TEST(DateTime, DefaultIsAllZero) {
     EXPECT_EQ(TCIMDateTime().ToString(), "00000000000000.000000+000");
 }
 
-TEST(DateTime, IsMadeFromItsFields) {
+TEST(DateTime, KeepsItsFields) {
     TCIMDateTime::TFields fields;
     fields.year = 2024;
     fields.month = 2;
@@ -145,7 +144,7 @@ TEST(DateTime, IsMadeFromItsFields) {
     EXPECT_EQ(TCIMDateTime(fields).ToString(), "20240229010203.000004-120");
 }
 
-TEST(DateTime, EqualWhenEveryFieldIs) {
+TEST(DateTime, IsEqualIfEveryFieldIsEqual) {
     const auto time = TCIMDateTime::FromText("20230615120000.000000+060");
     EXPECT_EQ(*time, *TCIMDateTime::FromText("20230615120000.000000+060"));
     EXPECT_FALSE(*time == *TCIMDateTime::FromText("20230615120000.000000+000"));

@@ -1,4 +1,3 @@
-// Names compare and hash without regard to ASCII case.
 #include "vorhost/model/cim_name.h"
 
 #include <gtest/gtest.h>
@@ -19,7 +18,7 @@ std::string Upper(std::string text) {
     return text;
 }
 
-TEST(CimName, EqualWhateverTheCase) {
+TEST(CimName, IgnoresTheCaseOfLetters) {
     EXPECT_TRUE(EqualCimNames("KELSG_ComputerSystem", "kelsg_COMPUTERSYSTEM"));
     EXPECT_TRUE(TCimNameEqual{}("a", "A"));
 }
@@ -49,7 +48,7 @@ TEST(CimName, EqualNamesHashEqualAtEveryLength) {
     }
 }
 
-TEST(CimName, EveryByteCountsForTheHash) {
+TEST(CimName, HashDependsOnEveryByte) {
     for (std::size_t length = 1; length <= 20; ++length) {
         std::set<std::size_t> hashes;
         hashes.insert(TCimNameHash{}(std::string(length, 'a')));

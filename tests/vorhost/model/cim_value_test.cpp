@@ -1,4 +1,3 @@
-// Typed values: text form, conversions, equality.
 #include "host/cim_value.h"
 
 #include "throws_code.h"
@@ -51,12 +50,12 @@ TEST(CimType, ConvertsToItsCode) {
     EXPECT_EQ(code, 14);
 }
 
-TEST(CimType, ANumberThatIsNoCodeIsUnknown) {
+TEST(CimType, OfAnInvalidCodeIsUnknown) {
     EXPECT_EQ(TType(static_cast<TType::ECIMType>(0)).ToString(), "unknown");
     EXPECT_EQ(TType(static_cast<TType::ECIMType>(16)).ToString(), "unknown");
 }
 
-TEST(CimValue, KnowsTheTypeItWasMadeOf) {
+TEST(CimValue, HasTheTypeOfItsConstructor) {
     EXPECT_EQ(TCIMValue("").GetType(), TType::eString);
     EXPECT_EQ(TCIMValue(std::string()).GetType(), TType::eString);
     EXPECT_EQ(TCIMValue(false).GetType(), TType::eBoolean);
@@ -74,7 +73,7 @@ TEST(CimValue, KnowsTheTypeItWasMadeOf) {
     EXPECT_EQ(TCIMValue::Reference("").GetType(), TType::eReference);
 }
 
-TEST(CimValue, ATypeCodeAloneIsANullOfThatType) {
+TEST(CimValue, OfATypeCodeIsANullOfThatType) {
     const TCIMValue value(TType::eUint32);
     EXPECT_TRUE(value.IsNull());
     EXPECT_FALSE(value.IsArray());
@@ -118,14 +117,14 @@ TEST(ToString, WritesSignedIntegersInAnyRadix) {
     EXPECT_EQ(TCIMValue(highest<std::int64_t>).ToString(36), "1y2p0ij32e8e7");
 }
 
-TEST(ToString, RefusesARadixThatIntegersDoNotHave) {
+TEST(ToString, RejectsAnInvalidRadix) {
     EXPECT_THROWS_CODE(TCIMValue(std::uint8_t{1}).ToString(0), invalidParameter);
     EXPECT_THROWS_CODE(TCIMValue(std::uint8_t{1}).ToString(1), invalidParameter);
     EXPECT_THROWS_CODE(TCIMValue(std::int64_t{1}).ToString(37), invalidParameter);
     EXPECT_THROWS_CODE(TCIMValue(std::int64_t{1}).ToString(255), invalidParameter);
 }
 
-TEST(ToString, RadixMeansNothingToOtherTypes) {
+TEST(ToString, IgnoresTheRadixForOtherTypes) {
     EXPECT_EQ(TCIMValue("text").ToString(0), "text");
     EXPECT_EQ(TCIMValue(1.5).ToString(2), "1.5");
     EXPECT_EQ(TCIMValue(true).ToString(37), "true");
@@ -157,13 +156,13 @@ TEST(ToString, WritesTheLimitsOfReals) {
     EXPECT_EQ(TCIMValue(-std::numeric_limits<double>::min()).ToString(10), "-2.2250738585072014e-308");
 }
 
-TEST(ToString, WritesRealsThatAreNoNumbers) {
+TEST(ToString, WritesInfinitiesAndNaN) {
     EXPECT_EQ(TCIMValue(std::numeric_limits<double>::infinity()).ToString(10), "inf");
     EXPECT_EQ(TCIMValue(-std::numeric_limits<float>::infinity()).ToString(10), "-inf");
     EXPECT_EQ(TCIMValue(std::numeric_limits<double>::quiet_NaN()).ToString(10), "nan");
 }
 
-TEST(ToString, RealsReadBackTheSame) {
+TEST(ToString, WritesRealsThatReadBackEqual) {
     for (const double value : {0.1, 2.0 / 3, 1e-310, 123456789.123456789, 9007199254740993.0, 1e300}) {
         EXPECT_EQ(std::strtod(TCIMValue(value).ToString(10).c_str(), nullptr), value);
     }
@@ -218,7 +217,7 @@ TEST(ToString, NullIsEmpty) {
     }
 }
 
-TEST(Conversion, GivesBackWhatWentIn) {
+TEST(Conversion, ReturnsTheOriginalValue) {
     EXPECT_EQ(static_cast<std::string>(TCIMValue("text")), "text");
     EXPECT_EQ(static_cast<std::string>(TCIMValue::Reference("root/cimv2:A.B=1")), "root/cimv2:A.B=1");
     const auto time = *TCIMDateTime::FromText("20230615120000.000000+060");
@@ -233,7 +232,7 @@ TEST(Conversion, GivesBackWhatWentIn) {
     EXPECT_EQ(TCIMValue(0.1).GetReal(), 0.1);
 }
 
-TEST(Conversion, ArrayGivesItsElements) {
+TEST(Conversion, OfAnArrayReturnsItsElements) {
     const auto value = TCIMValue::Array(TType::eString, {TCIMValue("a"), TCIMValue("b")});
     const TCIMValue::TElements& elements = value;
     ASSERT_EQ(elements.size(), 2U);
@@ -242,7 +241,7 @@ TEST(Conversion, ArrayGivesItsElements) {
     EXPECT_EQ(value.GetType(), TType::eString);
 }
 
-TEST(Conversion, ToATypeThatTheValueDoesNotHaveThrows) {
+TEST(Conversion, ToAnotherTypeThrows) {
     const TCIMValue number(std::uint32_t{1});
     EXPECT_THROWS_CODE(static_cast<std::string>(number), typeMismatch);
     EXPECT_THROWS_CODE(static_cast<TCIMDateTime>(number), typeMismatch);
@@ -267,7 +266,7 @@ TEST(Conversion, OfAnArrayToItsElementTypeThrows) {
                        typeMismatch);
 }
 
-TEST(Array, TakesElementsOfItsTypeOnly) {
+TEST(Array, AcceptsOnlyElementsOfItsType) {
     EXPECT_THROWS_CODE(TCIMValue::Array(TType::eUint8, {TCIMValue(std::uint16_t{1})}), typeMismatch);
     EXPECT_THROWS_CODE(TCIMValue::Array(TType::eString, {TCIMValue::Array(TType::eString, {})}),
                        typeMismatch);
@@ -282,7 +281,7 @@ TEST(Array, NullArrayIsAnArrayAndNull) {
     EXPECT_EQ(value.GetType(), TType::eUint16);
 }
 
-TEST(Equality, NeedsTypeShapeAndPayload) {
+TEST(Equality, ComparesTypeShapeAndPayload) {
     EXPECT_EQ(TCIMValue("a"), TCIMValue("a"));
     EXPECT_FALSE(TCIMValue("a") == TCIMValue("b"));
     EXPECT_FALSE(TCIMValue("a") == TCIMValue::Reference("a"));
@@ -306,7 +305,7 @@ TEST(Equality, ComparesRealsByTheirBits) {
     EXPECT_EQ(TCIMValue(0.5F), TCIMValue(0.5F));
 }
 
-TEST(Copy, LeavesTheOriginalAlone) {
+TEST(Copy, LeavesTheOriginalUnchanged) {
     TCIMValue original("a");
     TCIMValue copy(original);
     copy = TCIMValue("b");
@@ -315,7 +314,7 @@ TEST(Copy, LeavesTheOriginalAlone) {
     EXPECT_EQ(original, TCIMValue("b"));
 }
 
-TEST(Move, CarriesTheValueOver) {
+TEST(Move, TransfersTheValue) {
     auto original = TCIMValue::Array(TType::eString, {TCIMValue("a")});
     const TCIMValue moved(std::move(original));
     EXPECT_EQ(moved.ToString(10), "{a}");

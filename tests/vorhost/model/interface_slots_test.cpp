@@ -1,4 +1,5 @@
-// The virtual slots of the host's interfaces, called through the raw table as a module built elsewhere does.
+// Calls the virtual slots of the host's interfaces through the raw table, like a module that was built
+// separately.
 #include "host/cim_interfaces.h"
 #include "host/plugin_callbacks.h"
 #include "host/root_object.h"
@@ -15,10 +16,11 @@ namespace {
 
 using namespace NKELVOR20;
 
-// Behind the complete and the deleting destructor.
+// The slots after the complete and the deleting destructor.
 constexpr std::size_t firstOperation = 2;
 
-// Operations of x86-64 Linux take the object as their first argument, so a plain function type calls them.
+// On x86-64 Linux, member functions take the object as first argument, so they can be called as plain
+// functions.
 template <typename TResult, typename... TArguments, typename... TGiven>
 TResult CallSlot(void* object, std::size_t slot, TGiven&&... arguments) {
     using TOperation = TResult (*)(void*, TArguments...);
@@ -26,7 +28,7 @@ TResult CallSlot(void* object, std::size_t slot, TGiven&&... arguments) {
     return reinterpret_cast<TOperation>(table[slot])(object, std::forward<TGiven>(arguments)...);
 }
 
-// One object behind all interfaces; it remembers what was called.
+// Implements all interfaces and records the calls.
 class TProbe : public ICIMProperty,
                public ICIMInstance,
                public ICIMClass,
@@ -174,7 +176,7 @@ TEST(InterfaceSlots, PluginBasicQueryCallbacks) {
     EXPECT_EQ(probe.called, "GetData 2");
 }
 
-TEST(InterfaceSlots, ExceptionTextStandsBehindTheDestructors) {
+TEST(InterfaceSlots, ExceptionTextFollowsTheDestructors) {
     TVORException exception(15);
     EXPECT_STREQ((CallSlot<const char*>(&exception, firstOperation)), "class not found");
 }

@@ -1,4 +1,3 @@
-// The in-memory namespace as plug-ins and loaders see it.
 #include "vorhost/model/memory_namespace.h"
 
 #include "host/add_to_vector_callback.h"
@@ -51,7 +50,7 @@ std::vector<std::string> PropertyNames(const TMemoryInstance& instance) {
 
 using TNames = std::vector<std::string>;
 
-TEST(Namespace, FindsAClassWhateverTheCase) {
+TEST(Namespace, FindsAClassInAnyCase) {
     TMemoryNamespace space;
     const auto added = space.AddClass("KELSG_ComputerSystem");
     EXPECT_EQ(space.GetClass("kelsg_computersystem", {}), added);
@@ -72,14 +71,14 @@ TEST(Namespace, ListsClassesInTheOrderTheyWereAdded) {
     EXPECT_EQ(space.GetClasses(), (std::vector{zebra, apple}));
 }
 
-TEST(Namespace, RefusesASecondClassOfOneName) {
+TEST(Namespace, RejectsASecondClassOfTheSameName) {
     TMemoryNamespace space;
     space.AddClass("Name");
     EXPECT_THROWS_CODE(space.AddClass("NAME"), alreadyExists);
     EXPECT_EQ(space.GetClasses().size(), 1U);
 }
 
-TEST(Namespace, RefusesAClassWithoutNameOrWithOneNameDeclaredTwice) {
+TEST(Namespace, RejectsAnEmptyNameAndADuplicateDeclaration) {
     TMemoryNamespace space;
     EXPECT_THROWS_CODE(space.AddClass(""), invalidParameter);
     EXPECT_THROWS_CODE(space.AddClass("A", {{"Name", TType::eString}, {"name", TType::eString}}),
@@ -99,7 +98,7 @@ TEST(Class, EnumeratesInTheOrderOfCommit) {
     EXPECT_EQ(Names(*cimClass), (TNames{"b", "a", "made first, committed last"}));
 }
 
-TEST(Class, EnumerationStopsWhenTheCallbackSaysSo) {
+TEST(Class, EnumerationStopsIfTheCallbackReturnsFalse) {
     TMemoryNamespace space;
     const auto cimClass = space.AddClass("A");
     Commit(*cimClass, "1");
@@ -114,7 +113,7 @@ TEST(Class, EnumerationStopsWhenTheCallbackSaysSo) {
     EXPECT_EQ(calls, 1);
 }
 
-TEST(Class, EnumerationDoesNotVisitWhatItsCallbackCommits) {
+TEST(Class, EnumerationSkipsInstancesCommittedByItsCallback) {
     TMemoryNamespace space;
     const auto cimClass = space.AddClass("A");
     Commit(*cimClass, "1");
@@ -129,7 +128,7 @@ TEST(Class, EnumerationDoesNotVisitWhatItsCallbackCommits) {
     EXPECT_EQ(cimClass->GetInstances().size(), 2U);
 }
 
-TEST(Class, PassesOnWhatTheCallbackThrows) {
+TEST(Class, PropagatesExceptionsOfTheCallback) {
     TMemoryNamespace space;
     const auto cimClass = space.AddClass("A");
     Commit(*cimClass, "1");
@@ -139,7 +138,7 @@ TEST(Class, PassesOnWhatTheCallbackThrows) {
     EXPECT_THROW(cimClass->EnumerateInstances(fail, true, {}), std::runtime_error);
 }
 
-TEST(Class, EnumerationNeedsACallback) {
+TEST(Class, EnumerationRejectsANullCallback) {
     TMemoryNamespace space;
     EXPECT_THROWS_CODE((space.AddClass("A")->EnumerateInstances({}, true, {}), 0), invalidParameter);
 }
@@ -173,7 +172,7 @@ TEST(Class, DeclaresFurtherPropertiesOnce) {
     EXPECT_EQ(cimClass->GetDeclarations().size(), 2U);
 }
 
-TEST(Class, ADeclarationReachesInstancesThatAreThereAlready) {
+TEST(Class, DeclaresPropertiesOfExistingInstances) {
     TMemoryNamespace space;
     const auto cimClass = space.AddClass("A");
     const auto instance = Commit(*cimClass, "1");
@@ -181,14 +180,14 @@ TEST(Class, ADeclarationReachesInstancesThatAreThereAlready) {
     EXPECT_TRUE(instance->GetProperty("Size", {})->IsNull({}));
 }
 
-TEST(Instance, CommittingTwiceCountsOnce) {
+TEST(Instance, CommitIsIdempotent) {
     TMemoryNamespace space;
     const auto cimClass = space.AddClass("A");
     Commit(*cimClass, "1")->CommitInstance({});
     EXPECT_EQ(cimClass->GetInstances().size(), 1U);
 }
 
-TEST(Instance, CannotBeCommittedWhenItsClassIsGone) {
+TEST(Instance, CannotBeCommittedAfterItsClassIsDestroyed) {
     boost::shared_ptr<ICIMInstance> instance;
     {
         TMemoryNamespace space;
@@ -210,7 +209,7 @@ TEST(Instance, OutlivesItsNamespace) {
     EXPECT_TRUE(instances[0]->GetProperty("Size", {})->IsNull({}));
 }
 
-TEST(Instance, FindsAPropertyWhateverTheCase) {
+TEST(Instance, FindsAPropertyInAnyCase) {
     TMemoryNamespace space;
     const auto instance = Commit(*space.AddClass("A"), "1");
     EXPECT_EQ(instance->GetProperty("nAME", {})->GetValue({}), TCIMValue("1"));
@@ -252,7 +251,7 @@ TEST(Instance, ANullThatWasSetCountsAsSet) {
     EXPECT_EQ(PropertyNames(*instance), TNames{"Size"});
 }
 
-TEST(Instance, TellsThePropertyType) {
+TEST(Instance, ReturnsTheTypeOfAProperty) {
     TMemoryNamespace space;
     const auto instance = space.AddClass("A")->NewInstance();
     instance->Set("Size", TCIMValue(std::uint64_t{1}));
@@ -260,7 +259,7 @@ TEST(Instance, TellsThePropertyType) {
     EXPECT_FALSE(instance->GetProperty("Size", {})->IsNull({}));
 }
 
-TEST(Instance, RefusesAValueThatItsClassDeclaresOtherwise) {
+TEST(Instance, RejectsAValueThatConflictsWithTheDeclaration) {
     TMemoryNamespace space;
     const auto instance = space.AddClass("A", {{"Size", TType::eUint64}})->NewInstance();
     EXPECT_THROWS_CODE((instance->Set("size", TCIMValue("1")), 0), typeMismatch);
@@ -308,7 +307,7 @@ TEST(Instance, FindsEachOfVeryManyProperties) {
     }
 }
 
-TEST(Instance, NamesStayValidWhileTheClassLearnsMore) {
+TEST(Instance, NamesStayValidWhenTheClassGetsMore) {
     TMemoryNamespace space;
     const auto cimClass = space.AddClass("A");
     const auto instance = Commit(*cimClass, "1");
@@ -362,7 +361,7 @@ TEST(Property, ValueIsACopyOfWhatWasSet) {
     EXPECT_EQ(instance->GetProperty("Name", {})->GetValue({}), TCIMValue("set"));
 }
 
-TEST(Property, AcceptsOptionsAndDoesNotLookAtThem) {
+TEST(Property, IgnoresOptions) {
     TMemoryNamespace space;
     const auto instance = Commit(*space.AddClass("A"), "1");
     const NVORHOST::TOptionsMap options{{"language", TCIMValue("en")}};

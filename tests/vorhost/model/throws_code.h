@@ -1,11 +1,11 @@
-// Expectation on the code of a host exception.
+// An assertion about the code of a host exception.
 #pragma once
 
 #include "host/vor_exception.h"
 
 #include <gtest/gtest.h>
 
-/// Runs the statement and expects a TVORException with that code.
+/// Expects that the statement throws a TVORException with this code.
 #define EXPECT_THROWS_CODE(statement, code)                                                                \
     try {                                                                                                  \
         (void)(statement);                                                                                 \

@@ -1,4 +1,3 @@
-// Status codes and the exception that carries them.
 #include "host/vor_exception.h"
 
 #include <gtest/gtest.h>
@@ -64,7 +63,7 @@ TEST(StatusCode, TextStaysWhereItIs) {
     EXPECT_EQ(&first, &TVORStatusCode(15).TranslateStatusCode());
 }
 
-TEST(Exception, TellsTheTextOfItsCode) {
+TEST(Exception, HasTheTextOfItsCode) {
     const TVORException exception(TVORStatusCode::cannotCreateFile);
     EXPECT_STREQ(exception.what(), "cannot create file");
     EXPECT_EQ(exception.GetStatusCode().GetCode(), 11);
@@ -83,7 +82,7 @@ TEST(Exception, IsCaughtAsAStandardException) {
     }
 }
 
-TEST(Exception, HoldsItsCodeRightBehindTheVtablePointer) {
+TEST(Exception, HasItsCodeAfterTheVtablePointer) {
     const TVORException exception(0x1234567);
     int code = 0;
     std::memcpy(&code, reinterpret_cast<const char*>(&exception) + sizeof(void*), sizeof code);

@@ -1,4 +1,3 @@
-// Which documents are XML, and where others stop being it.
 #include "vorhost/run/xml_check.h"
 
 #include <gtest/gtest.h>
@@ -9,7 +8,7 @@
 namespace NVORHOST {
 namespace {
 
-// 0 for a well-formed document.
+// Returns 0 for a well-formed document.
 std::size_t FaultyLine(const std::string& document) {
     TXmlCheck check;
     std::istringstream lines(document);

@@ -1,4 +1,3 @@
-// Failed assertions of boost become exceptions that name their place.
 #include "vorhost/services/assertion_error.h"
 
 #include "host/cim_interfaces.h"
@@ -12,7 +11,7 @@ namespace {
 
 using NVORHOST::TAssertionError;
 
-// Kept out of line: an optimising compiler that sees the null warns of the very call under test.
+// Not inlined: otherwise the compiler warns about the null pointer.
 [[gnu::noinline]] boost::shared_ptr<NKELVOR20::ICIMNamespace> GetNoNamespace() {
     return {};
 }

@@ -1,4 +1,4 @@
-// Takes what is logged during a test away from standard error and keeps it.
+// Captures the log of a test instead of printing it to standard error.
 #pragma once
 
 #include "vorhost/services/core_logger.h"

@@ -1,4 +1,3 @@
-// Connection attempts on the loopback addresses.
 #include "vorhost/services/connection_probe.h"
 
 #include "local_listener.h"
@@ -57,7 +56,7 @@ TEST(ConnectionProbe, TakesAPortThatDoesNotExistForNo) {
 TEST(ConnectionProbe, GivesUpWhenNothingAnswersInTime) {
     TLocalSocket full(AF_INET);
     ASSERT_TRUE(full.IsBound() && full.Listen(0));
-    // Nobody accepts: once the queue is full, further attempts get no answer at all.
+    // No connection is accepted, so attempts get no answer once the queue is full.
     bool answered = true;
     std::vector<std::unique_ptr<TLocalSocket>> waiting;
     for (int attempt = 0; attempt < 8 && answered; ++attempt) {

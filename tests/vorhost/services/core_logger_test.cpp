@@ -1,4 +1,3 @@
-// Where log lines go and what they look like.
 #include "vorhost/services/core_logger.h"
 
 #include "host/root_object.h"

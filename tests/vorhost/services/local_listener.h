@@ -1,4 +1,4 @@
-// Sockets on the loopback addresses for tests of connections; nothing leaves the machine.
+// Sockets on loopback addresses for tests of connections.
 #pragma once
 
 #include <netinet/in.h>
@@ -7,7 +7,7 @@
 
 #include <string>
 
-/// A TCP socket bound to a free port of the loopback address; listening or, as it stands, refusing.
+/// A TCP socket bound to a free port of the loopback address. It refuses connections until it listens.
 class TLocalSocket {
   public:
     explicit TLocalSocket(int family) : descriptor_(::socket(family, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
@@ -17,7 +17,7 @@ class TLocalSocket {
     TLocalSocket(const TLocalSocket&) = delete;
     TLocalSocket& operator=(const TLocalSocket&) = delete;
 
-    /// False when the machine does not have that address.
+    /// False if the machine does not have this address.
     bool IsBound() const { return bound_; }
     int GetDescriptor() const { return descriptor_; }
     std::string GetPort() const { return std::to_string(port_); }

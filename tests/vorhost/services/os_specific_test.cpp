@@ -1,4 +1,3 @@
-// What the host says of the system around it, with and without a collected namespace.
 #include "host/os_specific.h"
 
 #include "local_listener.h"
@@ -29,7 +28,7 @@ class OSSpecific : public testing::Test {
   protected:
     ~OSSpecific() override { SetHostSettings({}); }
 
-    // Makes the settings' namespace hold an operating system with that property.
+    // Sets a collected namespace that has an operating system with this property.
     void Collect(const std::string& property, const TCIMValue& value) {
         THostSettings settings;
         const auto space = boost::make_shared<TMemoryNamespace>();

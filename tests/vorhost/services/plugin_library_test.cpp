@@ -1,4 +1,3 @@
-// Loading plug-in libraries: the life of a good one, and every way in which one is refused.
 #include "vorhost/services/plugin_library.h"
 
 #include "captured_log.h"
@@ -35,7 +34,7 @@ class PluginLibrary : public testing::Test {
   protected:
     ~PluginLibrary() override { EXPECT_TRUE(GetPluginRegistry().GetPlugins().empty()); }
 
-    // Why the library is refused; nothing of it must stay.
+    // Returns why the library is rejected; checks that nothing of it stays loaded or registered.
     static std::string RefusalOf(const std::string& name) {
         const std::string path = PathOf(name);
         std::string refusal;

@@ -1,4 +1,3 @@
-// The plug-in manager behind the root object.
 #include "host/root_object.h"
 
 #include "host/plugin_callbacks.h"
@@ -27,7 +26,7 @@ class TNoPlugin : public IPluginCallbacks {
     void DeInit() override {}
 };
 
-/// Registers with the manager; what a test leaves in the registry of the process is taken out at its end.
+/// Registers with the manager, and removes itself from the registry of the process on destruction.
 class PluginManager : public testing::Test {
   protected:
     ~PluginManager() override { NVORHOST::GetPluginRegistry().Truncate(0); }

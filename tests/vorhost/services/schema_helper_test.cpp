@@ -1,4 +1,3 @@
-// The helper's answers, and each way in which it has none.
 #include "host/schema_helper.h"
 
 #include "host/vor_exception.h"
@@ -118,7 +117,7 @@ std::ostream& operator<<(std::ostream& out, const TOperation& operation) {
     return out << operation.name;
 }
 
-// Every operation fails alike.
+// Requires that every operation fails with the same code.
 class SchemaHelper : public testing::TestWithParam<TOperation> {
   protected:
     int CallOn(const TSpace& space) const {
@@ -185,7 +184,7 @@ INSTANTIATE_TEST_SUITE_P(
             [](const auto& collected) { (void)TCIMSchemaHelper::GetDataSourceVersion(collected, {}); }}),
     [](const auto& test) { return std::string(test.param.name); });
 
-// A namespace of somebody else's that has its own idea of the code for a missing property.
+// A namespace with another code for a missing property.
 class TForeignSystem : public ICIMNamespace,
                        public ICIMClass,
                        public ICIMInstance,

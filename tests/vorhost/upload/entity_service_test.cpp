@@ -1,4 +1,3 @@
-// Identifiers that a service issues over HTTP.
 #include "vorhost/upload/entity_service.h"
 
 #include "host/zet_upload.h"
@@ -42,7 +41,7 @@ class EntityService : public testing::Test {
         return TZETUpload::ZETGetEntityId("kind", "type/x", "id 1&2=\xC3\xA4", "/end", "/inv\n");
     }
 
-    // The log line of a failure, without the URL; everything about the failure is checked on the way.
+    // Returns the log line of a failure without the URL; also checks the other effects of the failure.
     std::string FailureOf(const std::string& url) {
         EXPECT_EQ(Ask(url), "");
         const std::string start = "3 zetupload: " + url + ": ";

@@ -1,5 +1,5 @@
-// An HTTP server for tests: answers each request on the loopback address with the same bytes and remembers
-// the last request.
+// An HTTP server on the loopback address that answers each request with the same bytes and records the last
+// request.
 #pragma once
 
 #include <arpa/inet.h>
@@ -15,7 +15,7 @@
 
 class TLocalHttpServer {
   public:
-    /// `response` is the whole response, head included.
+    /// `response` is the complete response, including its head.
     explicit TLocalHttpServer(std::string response) : response_(std::move(response)) {
         sockaddr_in address{};
         address.sin_family = AF_INET;
@@ -35,7 +35,7 @@ class TLocalHttpServer {
 
     std::string GetUrl() const { return "http://127.0.0.1:" + std::to_string(port_) + "/entity"; }
 
-    /// Ends the server; connections are refused from here on.
+    /// Stops the server; later connections are refused.
     void Stop() {
         if (thread_.joinable()) {
             ::shutdown(listener_, SHUT_RDWR);
@@ -44,7 +44,7 @@ class TLocalHttpServer {
         }
     }
 
-    /// The last request, head and body; ends the server.
+    /// Stops the server and returns the last request, head and body.
     std::string TakeRequest() {
         Stop();
         return std::move(request_);

@@ -1,4 +1,3 @@
-// Identifiers that are derived on the machine.
 #include "host/zet_upload.h"
 
 #include <gtest/gtest.h>
@@ -37,7 +36,7 @@ TEST(EntityId, DependsOnEachArgument) {
     EXPECT_NE(TZETUpload::ZETGetEntityId("a", "b", "c", "d", "x"), id);
 }
 
-// Each test is a process of its own under ctest, so nothing else has asked a service before.
+// ctest runs each test in a separate process, so no earlier test has loaded the HTTP module.
 TEST(EntityId, IsDerivedWithoutLoadingCurl) {
     EXPECT_NE(TZETUpload::ZETGetEntityId("a", "b", "c", "d", "e"), "");
     std::ifstream file("/proc/self/maps");

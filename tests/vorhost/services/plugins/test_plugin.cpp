@@ -1,5 +1,5 @@
-// One source for all test plug-ins. It tells the core logger what is called; the definitions from the build
-// say in what a plug-in misbehaves.
+// The source of all test plug-ins. It logs the calls; preprocessor definitions select how a plug-in
+// misbehaves.
 #include "host/plugin_callbacks.h"
 #include "host/root_object.h"
 #include "host/vor_exception.h"
