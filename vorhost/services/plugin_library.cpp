@@ -52,8 +52,9 @@ void RunStep(const std::string& path, const char* name, const TStep& step) {
 template <typename TStep>
 void RunLastStep(const std::string& path, const char* name, const TStep& step) noexcept {
     if (const auto failure = CatchFailure(step)) {
-        (void)CatchFailure(
-            [&] { TCoreLogger::Get().Log(NKELVOR20::diagnosticLevel, path + ": " + name + ": " + *failure); });
+        (void)CatchFailure([&] {
+            TCoreLogger::Get().Log(NKELVOR20::diagnosticLevel, path + ": " + name + ": " + *failure);
+        });
     }
 }
 

@@ -44,7 +44,7 @@ TEST_F(InventoryDocument, HasTheFirstFaultWithTheTextAroundIt) {
     const auto fault = Read().fault;
     ASSERT_TRUE(fault.has_value());
     EXPECT_EQ(fault->line, 2U);
-    EXPECT_EQ(fault->text, "678901234 & 01234567");
+    EXPECT_EQ(fault->text, "789012345678901234 & 0123456789012345678");
 }
 
 TEST_F(InventoryDocument, IsIncompleteIfTruncatedOrWithoutItsLastElement) {
