@@ -17,6 +17,11 @@ std::string Shorten(std::string_view text, std::size_t longest) {
     return std::string(text.substr(0, end)) + "...";
 }
 
+// An empty name, which is itself an error, does not help to find the place.
+bool IsNamed(const std::optional<std::string>& name) {
+    return name && !name->empty();
+}
+
 std::string DescribePlace(const TCimXmlPlace& place) {
     constexpr std::size_t longestName = 200;
     std::string text = place.file.value_or("");
@@ -24,9 +29,9 @@ std::string DescribePlace(const TCimXmlPlace& place) {
         text += ':' + std::to_string(*place.line);
     }
     text += text.empty() ? "" : ": ";
-    if (place.className) {
+    if (IsNamed(place.className)) {
         text += "class " + Shorten(*place.className, longestName);
-        text += place.propertyName ? ", property " + Shorten(*place.propertyName, longestName) : "";
+        text += IsNamed(place.propertyName) ? ", property " + Shorten(*place.propertyName, longestName) : "";
         text += ": ";
     }
     return text;
