@@ -8,9 +8,9 @@ namespace NVORHOST {
 extern const TCollector computerSystemCollector, operatingSystemCollector, processorCollector,
     memoryModuleCollector, memoryArrayAddressCollector, memoryMapCollector, cardCollector,
     systemSlotCollector, diskDriveCollector, disketteDriveCollector, tapeDriveCollector,
-    opticalDriveCollector, logicalDiskCollector, diskPartitionCollector, pciFunctionCollector,
-    controllerCollector, usbPortCollector, networkPortCollector, ipEndpointCollector, processCollector,
-    dataSourceCollector, resultCollector;
+    opticalDriveCollector, logicalDiskCollector, diskPartitionCollector, basedOnCollector,
+    pciFunctionCollector, controllerCollector, usbPortCollector, networkPortCollector, ipEndpointCollector,
+    processCollector, dataSourceCollector, resultCollector;
 
 std::span<const TCollector> GetCollectors() {
     // Row order is the order of running, of the classes in the namespace and of listings.
@@ -29,6 +29,7 @@ std::span<const TCollector> GetCollectors() {
         opticalDriveCollector,
         logicalDiskCollector,
         diskPartitionCollector,
+        basedOnCollector,
         pciFunctionCollector,
         controllerCollector,
         usbPortCollector,

@@ -4,13 +4,14 @@
 #include "machine/collect/frame/collection.h"
 #include "machine/collect/frame/collector.h"
 #include "machine/collect/storage/block_device.h"
+#include "machine/collect/storage/disk_class.h"
 #include "machine/collect/storage/media_drive.h"
 
 namespace NVORHOST {
 namespace {
 
-constexpr TCimClass<TMediaDrive> physicalDiskClass{"KELSG_DiskDrive", mediaDriveRows};
-constexpr TCimClass<TMediaDrive> virtualDiskClass{"CIM_DiskDrive", mediaDriveRows};
+constexpr TCimClass<TMediaDrive> physicalDiskClass{physicalDiskClassName, mediaDriveRows};
+constexpr TCimClass<TMediaDrive> virtualDiskClass{virtualDiskClassName, mediaDriveRows};
 constexpr const IClassDeclaration* classes[] = {&physicalDiskClass, &virtualDiskClass};
 
 constexpr auto sourcePatterns = diskSources;

@@ -1,13 +1,12 @@
 // CIM_DiskPartition: one instance per partition, first those of the disks, then those of the software
 // volumes, each in the order of their numbers. The partitions of a multipath set belong to the set, not to
 // the disks that are its paths.
+#include "machine/collect/storage/disk_partition.h"
+
 #include "machine/collect/frame/attribute.h"
 #include "machine/collect/frame/collection.h"
 #include "machine/collect/frame/collector.h"
-#include "machine/collect/frame/keyed_records.h"
 #include "machine/collect/frame/operational_status.h"
-#include "machine/collect/storage/block_device.h"
-#include "machine/collect/storage/software_volume.h"
 #include "machine/collect/storage/volume_uuid.h"
 #include "machine/parse/udev_record.h"
 #include "machine/parse/uevent.h"
@@ -49,15 +48,10 @@ constexpr TPropertyRow<TPartition> partitionRows[] = {
     {"PrimaryPartition", &TPartition::isPrimary},
 };
 
-constexpr TCimClass<TPartition> diskPartitionClass{"CIM_DiskPartition", partitionRows};
+constexpr TCimClass<TPartition> diskPartitionClass{diskPartitionClassName, partitionRows};
 constexpr const IClassDeclaration* classes[] = {&diskPartitionClass};
 
-constexpr auto sourcePatterns = Join(Join(diskSources, softwareVolumeSources), std::array<TSourcePattern, 4>{
-                                                                                   "/sys/block/*/*/partition",
-                                                                                   "/sys/block/*/*/uevent",
-                                                                                   "/sys/block/*/*/dev",
-                                                                                   "/sys/block/*/*/size",
-                                                                               });
+constexpr auto sourcePatterns = partitionSources;
 
 // CIM_DiskPartition.PartitionType.
 constexpr std::uint16_t primaryType = 1;
@@ -345,18 +339,47 @@ std::vector<TWhole> FindWholes(TCollection& collection) {
     return wholes;
 }
 
-void CollectDiskPartitions(TCollection& collection) {
-    std::vector<TKeyedRecord<TPartition>> partitions;
+struct TPartitions {
+    std::vector<TWhole> wholes;
+    std::vector<TPartitionSource> sources;  // refer to the wholes
+    std::vector<std::string> keys;          // of the sources, in their order
+};
+
+TPartitions ReadPartitions(TCollection& collection) {
+    TPartitions partitions;
+    partitions.wholes = FindWholes(collection);
     const TMappedPartitions mapped = ReadMappedPartitions(collection.GetFiles());
-    for (const TWhole& whole : FindWholes(collection)) {
-        for (const TPartitionSource& source : ReadSources(collection.GetFiles(), whole, mapped)) {
-            partitions.push_back({MakePartition(collection.GetFiles(), source), MakeKeySource(source)});
+    std::vector<TKeySource> keySources;
+    for (const TWhole& whole : partitions.wholes) {
+        for (TPartitionSource& source : ReadSources(collection.GetFiles(), whole, mapped)) {
+            keySources.push_back(MakeKeySource(source));
+            partitions.sources.push_back(std::move(source));
         }
     }
-    CommitKeyed(collection, diskPartitionClass, std::move(partitions), &TPartition::deviceId, "partition");
+    partitions.keys = collection.MakeKeys(keySources, "partition");
+    return partitions;
+}
+
+void CollectDiskPartitions(TCollection& collection) {
+    const TPartitions& partitions = collection.ReadOnce(ReadPartitions);
+    for (std::size_t i = 0; i < partitions.sources.size(); ++i) {
+        TPartition partition = MakePartition(collection.GetFiles(), partitions.sources[i]);
+        partition.deviceId = partitions.keys[i];
+        collection.Commit(diskPartitionClass, partition);
+    }
 }
 
 }  // namespace
+
+std::vector<TPartitionPlace> GetPartitionPlaces(TCollection& collection) {
+    const TPartitions& partitions = collection.ReadOnce(ReadPartitions);
+    std::vector<TPartitionPlace> places;
+    for (std::size_t i = 0; i < partitions.sources.size(); ++i) {
+        const TPartitionSource& source = partitions.sources[i];
+        places.push_back({source.kernelName, source.whole->kernelName, partitions.keys[i]});
+    }
+    return places;
+}
 
 extern constinit const TCollector diskPartitionCollector{
     .name = "partition",

@@ -4,6 +4,7 @@
 #include "machine/collect/frame/collection.h"
 #include "machine/collect/frame/collector.h"
 #include "machine/collect/storage/block_device.h"
+#include "machine/collect/storage/disk_class.h"
 #include "machine/collect/storage/software_volume.h"
 
 namespace NVORHOST {
@@ -43,10 +44,10 @@ constexpr TPropertyRow<TDiskGroup> diskGroupRows[] = {
     {"Tag", &TDiskGroup::tag},
 };
 
-constexpr TCimClass<TLogicalDisk> lsiDiskClass{"KELSG_LSILogicalDisk", logicalDiskRows};
-constexpr TCimClass<TLogicalDisk> lsiIdeDiskClass{"KELSG_LSIIDELogicalDisk", logicalDiskRows};
-constexpr TCimClass<TLogicalDisk> srDiskClass{"KELSG_srLogicalDisk", logicalDiskRows};
-constexpr TCimClass<TLogicalDisk> softwareDiskClass{"KELSG_LogicalDisk", logicalDiskRows};
+constexpr TCimClass<TLogicalDisk> lsiDiskClass{lsiDiskClassName, logicalDiskRows};
+constexpr TCimClass<TLogicalDisk> lsiIdeDiskClass{lsiIdeDiskClassName, logicalDiskRows};
+constexpr TCimClass<TLogicalDisk> srDiskClass{srDiskClassName, logicalDiskRows};
+constexpr TCimClass<TLogicalDisk> softwareDiskClass{softwareVolumeClassName, logicalDiskRows};
 constexpr TCimClass<TDiskGroup> diskGroupClass{"KELSG_srDiskGroup", diskGroupRows};
 constexpr const IClassDeclaration* classes[] = {&lsiDiskClass, &lsiIdeDiskClass, &srDiskClass,
                                                 &softwareDiskClass, &diskGroupClass};
