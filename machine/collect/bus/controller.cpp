@@ -8,6 +8,9 @@
 #include "machine/collect/frame/collection.h"
 #include "machine/collect/frame/collector.h"
 #include "machine/collect/frame/device_position.h"
+#include "machine/collect/frame/kernel_name.h"
+#include "os/path_walk.h"
+#include "text/find_row.h"
 #include "text/lines.h"
 #include "text/numbers.h"
 
@@ -71,13 +74,13 @@ constexpr TSourcePattern sourcePatterns[] = {
 
 // ---- USB
 
-// CIM_USBController.InterfaceType by the programming interface of PCI class 0C03h: UHCI and OHCI have a
-// number, later ones are "other".
+// Maps the programming interface of PCI class 0C03h to CIM_USBController.InterfaceType, which has numbers for
+// UHCI and OHCI; later interfaces are "other".
 struct TUsbInterface {
     std::uint8_t programmingInterface;
     std::uint16_t interfaceType;
     std::string_view word;
-    std::uint16_t usbVersion;  // BCD, of a controller whose root hub is not to be seen; 0: it may be several
+    std::uint16_t usbVersion;  // BCD, used if the root hub is not visible; 0: not determined by the interface
 };
 
 constexpr std::uint16_t otherInterface = 1;
@@ -95,14 +98,10 @@ constexpr std::uint16_t usbAddressSpace = 127;  // a controller gives addresses 
 constexpr std::uint16_t usbProtocol = 16;
 
 const TUsbInterface* FindUsbInterface(std::uint8_t programmingInterface) {
-    const auto* const row =
-        std::find_if(std::begin(usbInterfaces), std::end(usbInterfaces), [&](const TUsbInterface& candidate) {
-            return candidate.programmingInterface == programmingInterface;
-        });
-    return row == std::end(usbInterfaces) ? nullptr : row;
+    return FindRow(usbInterfaces, &TUsbInterface::programmingInterface, programmingInterface);
 }
 
-// " 2.00" as the register has it, 0200h.
+// Parses " 2.00" as the BCD number 0200h.
 std::optional<std::uint16_t> ParseUsbVersion(std::string_view text) {
     const auto [major, minor] = SplitAt(TrimBlanks(text), '.');
     const auto majorNumber = ParseNumber<std::uint8_t>(major, 16);
@@ -113,7 +112,7 @@ std::optional<std::uint16_t> ParseUsbVersion(std::string_view text) {
     return static_cast<std::uint16_t>(*majorNumber << 8 | *minorNumber);
 }
 
-// The highest of the controller's root hubs: xHCI has one for USB 2 and one for USB 3.
+// Returns the highest version among the controller's root hubs: xHCI has one hub for USB 2 and one for USB 3.
 std::optional<std::uint16_t> FindRootHubVersion(const ISystemFiles& files,
                                                 const std::vector<TUsbRootHub>& hubs,
                                                 std::string_view controllerPath) {
@@ -123,7 +122,7 @@ std::optional<std::uint16_t> FindRootHubVersion(const ISystemFiles& files,
             continue;
         }
         const auto text = ReadAttribute(files, "/sys/bus/usb/devices/" + hub.name + "/version");
-        highest = std::max(highest, text ? ParseUsbVersion(*text) : std::nullopt);  // absent is the smallest
+        highest = std::max(highest, text ? ParseUsbVersion(*text) : std::nullopt);  // nullopt is the smallest
     }
     return highest;
 }
@@ -163,7 +162,8 @@ void CommitPciUsb(TCollection& collection, const TPciSource& source, const std::
     collection.Commit(usbControllerClass, controller);
 }
 
-// Root hubs that hang on no PCI function: system-on-chip and simulated controllers.
+// Commits the controllers that are not PCI functions, by their root hubs: system-on-chip and simulated
+// controllers.
 void CommitOtherUsb(TCollection& collection, const std::vector<TUsbRootHub>& hubs,
                     const std::set<std::string>& pciPaths) {
     std::set<std::string> done;
@@ -186,7 +186,7 @@ void CommitOtherUsb(TCollection& collection, const std::vector<TUsbRootHub>& hub
 
 void CommitPciVideo(TCollection& collection, const TPciSource& source) {
     TController controller = MakePciController(collection, source);
-    // More than the property's 32 bits hold is left out rather than cut.
+    // A size that does not fit into the property's 32 bits is left out instead of truncated.
     const auto bytes =
         ReadNumber<std::uint64_t>(collection.GetFiles(), source.folder + "/mem_info_vram_total");
     if (bytes && *bytes != 0 && *bytes <= std::numeric_limits<std::uint32_t>::max()) {
@@ -195,12 +195,7 @@ void CommitPciVideo(TCollection& collection, const TPciSource& source) {
     collection.Commit(videoControllerClass, controller);
 }
 
-// "card0", not its connectors "card0-VGA-1".
-bool IsDisplayCard(std::string_view name) {
-    return name.starts_with("card") && ParseNumber<unsigned>(name.substr(4)).has_value();
-}
-
-// True when a folder on the way to `path` is one of the PCI functions.
+// True if a folder on the path is one of the PCI functions.
 bool IsBelow(const std::set<std::string, std::less<>>& addresses, std::string_view path) {
     while (!path.empty()) {
         const auto [name, rest] = SplitAt(path, '/');
@@ -212,33 +207,29 @@ bool IsBelow(const std::set<std::string, std::less<>>& addresses, std::string_vi
     return false;
 }
 
-// Where the device of a card of the direct rendering manager sits; empty when the card has none.
-std::string FindCardDevice(const ISystemFiles& files, const std::string& cardFolder) {
+// Returns the path of the device of a DRM card; nullopt if the card has no device.
+std::optional<std::string> FindCardDevice(const ISystemFiles& files, const std::string& cardFolder) {
     const auto card = files.ReadLink(cardFolder);
     const auto device = files.ReadLink(cardFolder + "/device");
     if (!device.IsOk()) {
-        return {};
+        return std::nullopt;
     }
     const std::string folder = card.IsOk() ? ResolveLinkText(cardFolder, card.value) : cardFolder;
     return ResolveLinkText(folder + "/device", device.value);
 }
 
-// Cards of the direct rendering manager that are no PCI functions: a frame buffer that the firmware set up, a
-// display adapter on USB. A card of several parts hangs on one device.
+// Commits the DRM cards that are not PCI functions, such as a firmware frame buffer or a USB display adapter.
+// Several cards may share one device, which is committed once.
 void CommitOtherVideos(TCollection& collection, const std::set<std::string, std::less<>>& pciDisplays) {
     const ISystemFiles& files = collection.GetFiles();
     std::set<std::string> done;
-    for (const std::string& name : files.List("/sys/class/drm").value) {
-        if (!IsDisplayCard(name)) {
-            continue;
-        }
-        const std::string device = FindCardDevice(files, "/sys/class/drm/" + name);
-        if (device.empty() || IsBelow(pciDisplays, device) || !done.insert(device).second) {
+    for (const std::string& name : ListNumbered(files, "/sys/class/drm", "card")) {
+        const auto device = FindCardDevice(files, "/sys/class/drm/" + name);
+        if (!device || IsBelow(pciDisplays, *device) || !done.insert(*device).second) {
             continue;
         }
         TController controller;
-        const std::string position = ReadDevicePosition(files, device + "/" + name);
-        controller.deviceId = position.empty() ? LastName(device) : position;
+        controller.deviceId = ReadDevicePosition(files, *device + "/" + name).value_or(LastName(*device));
         controller.elementName = "Display controller " + *controller.deviceId;
         controller.description = "Display controller";
         collection.Commit(videoControllerClass, controller);

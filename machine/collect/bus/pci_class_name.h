@@ -1,4 +1,4 @@
-// What the class code of a PCI function says in words.
+// Names of PCI classes.
 #pragma once
 
 #include <cstdint>
@@ -6,9 +6,8 @@
 
 namespace NVORHOST {
 
-/// The words for base class and subclass, such as "Ethernet controller"; those for the base class alone when
-/// the subclass is not listed; "PCI device" when neither is.
-/// Source: PCI-SIG, PCI Code and ID Assignment.
+/// Returns the name of a base class and subclass, such as "Ethernet controller"; the name of the base class
+/// if the subclass is not listed; "PCI device" if neither is. Source: PCI-SIG, PCI Code and ID Assignment.
 std::string_view GetPciClassName(std::uint8_t baseClass, std::uint8_t subclass);
 
 }  // namespace NVORHOST

@@ -23,7 +23,7 @@ struct TFunction {
     std::optional<std::vector<std::uint32_t>> baseAddress;
 };
 
-// What every function has.
+// Common to devices and bridges.
 constexpr TPropertyRow<TFunction> functionRows[] = {
     {"ElementName", &TFunction::elementName},
     {"Description", &TFunction::description},
@@ -76,7 +76,7 @@ struct TClassValue {
     std::uint16_t value;
 };
 
-// CIM_Controller.ProtocolSupported, towards what the function controls.
+// CIM_Controller.ProtocolSupported: the protocol on the side that the function controls.
 constexpr TClassValue protocols[] = {
     {0x01, 0x01, 37},  // IDE
     {0x01, 0x05, 6},   // ATA
@@ -96,13 +96,13 @@ constexpr TClassValue protocols[] = {
     {0x0C, 0x04, 10},  // Fibre Channel
 };
 
-// Class 0100h also has adapters of other transports; these drivers are for parallel ones alone.
+// Class 0100h also covers other transports; these drivers serve parallel SCSI adapters only.
 constexpr std::string_view parallelScsiDrivers[] = {
     "sym53c8xx", "aic7xxx", "aic79xx", "am53c974", "tmscsim", "dc395x",    "BusLogic", "mptspi",
     "qla1280",   "initio",  "atp870u", "advansys", "a100u2w", "ncr53c8xx", "nsp32",
 };
 
-// CIM_PCIBridge.BridgeType, of subclasses with a number of their own; the others are "other".
+// Maps the subclass of a bridge to CIM_PCIBridge.BridgeType; "other" for a subclass without a number there.
 std::uint16_t FindBridgeType(std::uint8_t subclass, std::optional<std::uint8_t> expressPortType) {
     constexpr std::uint8_t pciSubclass = 0x04;
     constexpr std::uint8_t lastSameNumber = 0x08;
@@ -115,15 +115,14 @@ std::uint16_t FindBridgeType(std::uint8_t subclass, std::optional<std::uint8_t> 
         if (*expressPortType == toPciPortType) {
             return expressToPci;
         }
-        if (std::find(std::begin(expressPortTypes), std::end(expressPortTypes), *expressPortType) !=
-            std::end(expressPortTypes)) {
+        if (std::ranges::find(expressPortTypes, *expressPortType) != std::end(expressPortTypes)) {
             return express;
         }
     }
     return subclass <= lastSameNumber ? subclass : other;
 }
 
-// Status bits 10:9 as CIM_PCIController.DeviceSelectTiming.
+// Maps status bits 10:9 to CIM_PCIController.DeviceSelectTiming.
 std::uint16_t FindSelectTiming(std::uint16_t status) {
     constexpr std::uint16_t fast = 2;
     return static_cast<std::uint16_t>(fast + ((status >> 9) & 0x03));
@@ -143,13 +142,12 @@ std::optional<std::uint16_t> FindProtocol(const ISystemFiles& files, const TPciS
     }
     const auto driver = ReadLinkedName(files, source.folder + "/driver");
     const bool isParallel =
-        driver && std::find(std::begin(parallelScsiDrivers), std::end(parallelScsiDrivers), *driver) !=
-                      std::end(parallelScsiDrivers);
+        driver && std::ranges::find(parallelScsiDrivers, *driver) != std::end(parallelScsiDrivers);
     return isParallel ? std::optional(parallelScsi) : std::nullopt;
 }
 
-// PCI Express functions show zeros where PCI ones tell their timing.
-bool TellsNoTiming(const TPciSource& source) {
+// PCI Express hard-wires the timing bits to zero.
+bool LacksTiming(const TPciSource& source) {
     constexpr std::uint16_t timingBits = 0x0600;
     return source.isExpress && (source.config->status & timingBits) == 0;
 }
@@ -184,7 +182,7 @@ void SetFromConfig(const TPciSource& source, TFunction& function) {
     const TPciConfig& config = *source.config;
     function.cacheLineSize = config.cacheLineSize;
     function.latencyTimer = config.latencyTimer;
-    if (!TellsNoTiming(source)) {
+    if (!LacksTiming(source)) {
         function.deviceSelectTiming = FindSelectTiming(config.status);
     }
     function.expansionRom = FindRomAddress(config);

@@ -49,7 +49,7 @@ std::optional<std::string> FindFunctionInSlot(const ISystemFiles& files, std::st
     if (!IsBridgeTo(*classCode)) {
         return std::string(address);
     }
-    // The functions behind a bridge are folders within its own.
+    // The functions behind a bridge are folders in the bridge's folder.
     for (const std::string& name : files.List(folder).value) {
         if (!IsAddress(name)) {
             continue;

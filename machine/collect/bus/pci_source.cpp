@@ -3,6 +3,7 @@
 #include "machine/collect/bus/pci_class_name.h"
 #include "machine/collect/frame/attribute.h"
 #include "machine/collect/frame/collection.h"
+#include "text/hex.h"
 #include "text/lines.h"
 
 #include <algorithm>
@@ -19,8 +20,8 @@ bool IsBridgeHeader(const TPciConfig& config) {
     return config.header != EPciHeader::device;
 }
 
-// Each register costs a trap on a virtual machine, so no more than the header is asked for unless the rest
-// can tell something: the kind of a bridge.
+// Every register costs a trap on a virtual machine, so only the header is read. Bridges are the exception:
+// their capabilities determine the kind of bridge.
 std::optional<TPciConfig> ReadConfig(const ISystemFiles& files, const std::string& path) {
     auto config = ParsePciConfig(files.ReadBytes(path, pciHeaderBytes).value);
     if (config && config->HasCapabilities() && IsBridgeHeader(*config)) {
@@ -29,9 +30,9 @@ std::optional<TPciConfig> ReadConfig(const ISystemFiles& files, const std::strin
     return config;
 }
 
-// The kernel marks PCI Express functions with a link speed (since 4.13). Kernels that show whether a function
-// uses ARI (since 4.15) have shown that speed if there is one; on older ones the capability tells, which not
-// every user may read: then it may be one.
+// The kernel shows the link speed of PCI Express functions (since 4.13), so a function without it is a PCI
+// function if the kernel is new enough to show `ari_enabled` (since 4.15). On older kernels the capability
+// decides; it counts as present if the user may not read it.
 bool IsExpress(const ISystemFiles& files, const TPciSource& source) {
     if (!source.config) {
         return false;
@@ -51,8 +52,8 @@ std::optional<TPciNumbers> ReadModalias(const ISystemFiles& files, const std::st
     return ParsePciModalias(ReadAttribute(files, folder + "/modalias").value_or(""));
 }
 
-// Bridges keep these numbers in a capability, which only root may read, and older ones have none; the kernel
-// shows what it found to everyone.
+// Bridges have these numbers in a capability, which only root may read; the kernel's attributes are readable
+// for every user.
 void SetSubsystem(const ISystemFiles& files, const std::string& folder, TPciNumbers& numbers) {
     const auto vendor = ReadHexNumber<std::uint16_t>(files, folder + "/subsystem_vendor");
     const auto subsystem = ReadHexNumber<std::uint16_t>(files, folder + "/subsystem_device");
@@ -75,8 +76,8 @@ TPciNumbers TakeNumbers(const TPciConfig& config) {
             config.programmingInterface};
 }
 
-// A sleeping function answers with ones, and captured trees may lack the registers; the kernel has kept what
-// identified it.
+// The kernel's attributes replace registers that cannot be read: a suspended function returns all ones, and
+// captured trees may lack the file.
 std::optional<TPciNumbers> FindNumbers(const ISystemFiles& files, const TPciSource& source) {
     if (!source.config) {
         return ReadPciNumbers(files, source.folder);
@@ -88,25 +89,21 @@ std::optional<TPciNumbers> FindNumbers(const ISystemFiles& files, const TPciSour
     return numbers;
 }
 
-// ---- where the functions are
+// ---- folders of the functions
 
 using TFolders = std::map<std::string, std::string>;  // address -> folder
 
-// "0000:00:1f.2"; domains of more than four digits are those that no firmware numbers.
+// "0000:00:1f.2". A domain that the kernel numbers itself has more than four digits.
 bool IsAddress(std::string_view name) {
-    const auto isHex = [](std::string_view digits) {
-        return !digits.empty() &&
-               digits.find_first_not_of("0123456789abcdefABCDEF") == std::string_view::npos;
-    };
     const auto [domain, rest] = SplitAt(name, ':');
     const auto [bus, place] = SplitAt(rest, ':');
     const auto [device, function] = SplitAt(place, '.');
     return domain.size() >= 4 && bus.size() == 2 && device.size() == 2 && function.size() == 1 &&
-           isHex(domain) && isHex(bus) && isHex(device) && isHex(function);
+           IsHex(domain) && IsHex(bus) && IsHex(device) && IsHex(function);
 }
 
-// The functions behind a bridge are folders within its own. An address is taken once, which ends loops of
-// links in trees that no kernel made.
+// The functions behind a bridge are folders in the bridge's folder. Each address is added only once, which
+// ends loops of links in malformed trees.
 void AddFolders(const ISystemFiles& files, const std::string& parent, TFolders& folders) {
     for (const std::string& name : files.List(parent).value) {
         const std::string folder = parent + "/" + name;
@@ -130,15 +127,6 @@ TFolders FindFolders(const ISystemFiles& files) {
         }
     }
     return folders;
-}
-
-std::string Hex4(std::uint16_t number) {
-    constexpr std::string_view digits = "0123456789abcdef";
-    std::string text;
-    for (int shift = 12; shift >= 0; shift -= 4) {
-        text += digits[(number >> shift) & 0x0F];
-    }
-    return text;
 }
 
 std::vector<TPciSource> ReadSharedSources(TCollection& collection) {
@@ -191,8 +179,7 @@ bool IsBridge(const TPciSource& source) {
         return IsBridgeHeader(*source.config);
     }
     return source.baseClass == bridgeClass &&
-           std::find(std::begin(bridgeSubclasses), std::end(bridgeSubclasses), source.subclass) !=
-               std::end(bridgeSubclasses);
+           std::ranges::find(bridgeSubclasses, source.subclass) != std::end(bridgeSubclasses);
 }
 
 std::string MakePciElementName(const TPciSource& source, const IDeviceNames* names) {
@@ -200,9 +187,10 @@ std::string MakePciElementName(const TPciSource& source, const IDeviceNames* nam
     if (found.vendor && found.device) {
         return *found.vendor + " " + *found.device;
     }
+    constexpr int idDigits = 4;
     const std::string name(GetPciClassName(source.baseClass, source.subclass));
-    return (found.vendor ? *found.vendor + " " : "") + name + " " + Hex4(source.vendorId) + ":" +
-           Hex4(source.deviceId);
+    return (found.vendor ? *found.vendor + " " : "") + name + " " + ToHexDigits(source.vendorId, idDigits) +
+           ":" + ToHexDigits(source.deviceId, idDigits);
 }
 
 }  // namespace NVORHOST

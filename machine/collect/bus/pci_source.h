@@ -16,22 +16,22 @@ namespace NVORHOST {
 
 class TCollection;
 
-/// What is known of a function before it becomes instances.
+/// One function, as read from its registers and attributes.
 struct TPciSource : TPciNumbers {
-    std::string address;               ///< with its domain, "0000:00:1f.2"
-    std::string folder;                ///< below /sys/bus/pci/devices, else below /sys/devices
-    std::optional<TPciConfig> config;  ///< absent when the registers cannot be read
-    bool isExpress = false;            ///< is, or may be, PCI Express rather than PCI
+    std::string address;               ///< with the domain: "0000:00:1f.2"
+    std::string folder;                ///< in /sys/bus/pci/devices, or below /sys/devices
+    std::optional<TPciConfig> config;  ///< absent if the registers cannot be read
+    bool isExpress = false;            ///< true also if the capability list is unreadable
 };
 
-/// Every function in the order of their addresses. A captured tree without /sys/bus/pci has them below
-/// /sys/devices/pci*.
+/// Returns every function in the order of addresses. In a captured tree without /sys/bus/pci they are found
+/// below /sys/devices/pci*.
 std::vector<TPciSource> ReadPciSources(const ISystemFiles& files);
 
 /// The functions of the collection's machine, read at the first call.
 const std::vector<TPciSource>& GetPciSources(TCollection& collection);
 
-/// What that reads.
+/// The paths that ReadPciSources may access.
 inline constexpr std::array<TSourcePattern, 4> pciSources{
     "/sys/bus/pci/devices",
     "/sys/bus/pci/devices/*/*",
@@ -39,15 +39,15 @@ inline constexpr std::array<TSourcePattern, 4> pciSources{
     "/sys/devices/pci*/**",
 };
 
-/// The numbers of the function in `folder` from what the kernel keeps of them: one attribute each, else
-/// `modalias`. Absent when vendor, device or class is missing from both.
+/// Reads the numbers of the function in `folder` from the kernel's attributes, else from `modalias`; nullopt
+/// if vendor, device or class is in neither.
 std::optional<TPciNumbers> ReadPciNumbers(const ISystemFiles& files, const std::string& folder);
 
-/// True for header types 1 and 2; without registers the class decides.
+/// True for header types 1 and 2. The class code decides if the registers cannot be read.
 bool IsBridge(const TPciSource& source);
 
-/// Vendor and device by name where `names` has both, a card by its chip and its own name; else the class in
-/// words and the numbers: "Ethernet controller 8086:100e". `names` may be null.
+/// Returns the names of vendor and device if `names` has both; else the name of the class and the numbers,
+/// with the vendor's name if it is known: "Ethernet controller 8086:100e". `names` may be null.
 std::string MakePciElementName(const TPciSource& source, const IDeviceNames* names);
 
 }  // namespace NVORHOST

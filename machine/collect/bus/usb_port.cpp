@@ -4,8 +4,7 @@
 #include "machine/collect/frame/collection.h"
 #include "machine/collect/frame/collector.h"
 #include "machine/collect/frame/keyed_records.h"
-
-#include <algorithm>
+#include "text/find_row.h"
 
 namespace NVORHOST {
 namespace {
@@ -36,7 +35,7 @@ constexpr TSourcePattern sourcePatterns[] = {
     "/sys/devices/**",
 };
 
-// Megabits as the kernel writes them, "1.5" or "480"; "unknown" is absent.
+// The kernel's texts for speeds in Mbit/s. "unknown" has no row.
 struct TSpeedRow {
     std::string_view text;
     std::uint64_t bitsPerSecond;
@@ -50,9 +49,7 @@ constexpr TSpeedRow speedRows[] = {
 
 std::optional<std::uint64_t> ReadSpeed(const ISystemFiles& files, const std::string& path) {
     const auto text = ReadAttribute(files, path);
-    const auto* const row = std::find_if(std::begin(speedRows), std::end(speedRows),
-                                         [&](const TSpeedRow& candidate) { return candidate.text == text; });
-    return row == std::end(speedRows) ? std::nullopt : std::optional(row->bitsPerSecond);
+    return text ? FindCell(speedRows, &TSpeedRow::text, *text, &TSpeedRow::bitsPerSecond) : std::nullopt;
 }
 
 TDeviceName FindInDatabase(TCollection& collection, const std::string& folder) {
@@ -63,7 +60,7 @@ TDeviceName FindInDatabase(TCollection& collection, const std::string& folder) {
     return names != nullptr && vendorId && productId ? names->FindUsb(*vendorId, *productId) : TDeviceName{};
 }
 
-// What is plugged in, by its own words, else by the database's.
+// Names the attached device by its own texts, with the database as fallback.
 std::string NameAttached(TCollection& collection, const std::string& folder) {
     const ISystemFiles& files = collection.GetFiles();
     auto maker = ReadAttribute(files, folder + "/manufacturer");
@@ -77,13 +74,13 @@ std::string NameAttached(TCollection& collection, const std::string& folder) {
             product = std::move(found.device);
         }
     }
-    const bool saysMakerTwice = maker && product && product->starts_with(*maker + " ");
-    std::string name = saysMakerTwice ? "" : maker.value_or("");
+    const bool productHasMaker = maker && product && product->starts_with(*maker + " ");
+    std::string name = productHasMaker ? "" : maker.value_or("");
     name += (name.empty() || !product ? "" : " ") + product.value_or("");
     return name.empty() ? "a USB device" : name;
 }
 
-// Each hub's speed is read once: its ports stand one after the other.
+// Caches the speed of the last hub, as the ports of a hub follow one another.
 class THubSpeed {
   public:
     std::optional<std::uint64_t> Read(const ISystemFiles& files, const std::string& hub) {
@@ -119,7 +116,7 @@ void CollectUsbPorts(TCollection& collection) {
     std::vector<TKeyedRecord<TPortRecord>> records;
     THubSpeed hubSpeed;
     for (const TUsbPort& port : ReadUsbPorts(collection.GetFiles())) {
-        records.push_back({MakePort(collection, port, hubSpeed), {"", port.position}});
+        records.push_back({MakePort(collection, port, hubSpeed), {std::nullopt, port.position}});
     }
     CommitKeyed(collection, usbPortClass, std::move(records), &TPortRecord::deviceId, "USB port");
 }

@@ -2,7 +2,8 @@
 
 #include "machine/collect/frame/attribute.h"
 #include "machine/collect/frame/device_position.h"
-#include "text/numbers.h"
+#include "machine/collect/frame/kernel_name.h"
+#include "os/path_walk.h"
 
 #include <cstdint>
 #include <optional>
@@ -14,26 +15,27 @@ namespace NVORHOST {
 namespace {
 
 constexpr std::string_view devicesFolder = "/sys/bus/usb/devices";
+constexpr std::string_view rootHubPrefix = "usb";
 
 std::string FolderOf(std::string_view name) {
     return std::string(devicesFolder) + "/" + std::string(name);
 }
 
-// Below /sys/devices; empty when the entry is no link.
-std::string FindDevicePath(const ISystemFiles& files, const std::string& name) {
+// Returns the path of the entry below /sys/devices; nullopt if the entry is not a link.
+std::optional<std::string> FindDevicePath(const ISystemFiles& files, const std::string& name) {
     const auto link = files.ReadLink(FolderOf(name));
-    return link.IsOk() ? ResolveLinkText(FolderOf(name), link.value) : std::string();
+    return link.IsOk() ? std::optional(ResolveLinkText(FolderOf(name), link.value)) : std::nullopt;
 }
 
 bool IsRootHub(std::string_view name) {
-    return name.starts_with("usb") && ParseNumber<unsigned>(name.substr(3)).has_value();
+    return FindNumberAfter(name, rootHubPrefix).has_value();
 }
 
 bool IsInterface(std::string_view name) {
     return name.find(':') != std::string_view::npos;
 }
 
-// The hub of an interface: "1-0:1.0" is that of the root hub usb1, "1-2.3:1.0" that of the device 1-2.3.
+// Returns the name of the hub that an interface belongs to: "usb1" for "1-0:1.0", "1-2.3" for "1-2.3:1.0".
 std::string HubOfInterface(std::string_view interface) {
     const std::string_view device = interface.substr(0, interface.find(':'));
     constexpr std::string_view rootSuffix = "-0";
@@ -47,17 +49,18 @@ std::string ParentOf(const std::string& path) {
     return path.substr(0, path.rfind('/'));
 }
 
-// What is said of a hub once for all of its ports.
+// The attributes that all ports of a hub share.
 struct THub {
     std::string name;
-    std::string position;  // in the words for where its ports are, without the port
+    std::string position;  // prefix of the positions of its ports
 };
 
-// `path` is that of the interface that the ports belong to; a port would be a folder within it.
+// `path` is the folder of `interface`, which contains the ports. The position of a path does not depend on
+// its last name, so that any name serves for the port.
 THub FindHub(const ISystemFiles& files, std::string name, const std::string& interface,
-             const std::string& path) {
-    std::string position = ReadDevicePosition(files, path + "/port");
-    return {std::move(name), position.empty() ? interface : std::move(position)};
+             const std::optional<std::string>& path) {
+    const auto position = path ? ReadDevicePosition(files, *path + "/port") : std::nullopt;
+    return {std::move(name), position.value_or(interface)};
 }
 
 TUsbPort MakePort(const THub& hub, std::string_view number, std::string attached) {
@@ -79,17 +82,21 @@ void AppendPorts(const ISystemFiles& files, const std::string& interface, std::v
     }
 }
 
-// What a hub and the devices in its ports are called: the root hub usb1 has the interface 1-0:1.0 and the
-// devices 1-1, 1-2; a hub 1-2 has the interface 1-2:1.0 and the devices 1-2.1, 1-2.2.
+// Names of a hub's interface and of the devices in its ports: the root hub usb1 has the interface 1-0:1.0 and
+// the devices 1-1 and 1-2; the hub 1-2 has the interface 1-2:1.0 and the devices 1-2.1 and 1-2.2.
 void AppendCountedPorts(const ISystemFiles& files, const std::string& name, std::vector<TUsbPort>& ports) {
     const auto count = ReadNumber<std::uint8_t>(files, FolderOf(name) + "/maxchild").value_or(0);
     if (count == 0) {
         return;
     }
-    const std::string bus = IsRootHub(name) ? name.substr(3) : "";
+    const std::string bus = IsRootHub(name) ? name.substr(rootHubPrefix.size()) : "";
     const std::string interface = (bus.empty() ? name : bus + "-0") + ":1.0";
     const std::string childPrefix = bus.empty() ? name + "." : bus + "-";
-    const THub hub = FindHub(files, name, interface, FindDevicePath(files, name) + "/" + interface);
+    auto path = FindDevicePath(files, name);
+    if (path) {
+        *path += "/" + interface;
+    }
+    const THub hub = FindHub(files, name, interface, path);
     for (unsigned i = 1; i <= count; ++i) {
         const std::string number = std::to_string(i);
         ports.push_back(MakePort(hub, number, FolderOf(childPrefix + number)));
@@ -100,12 +107,9 @@ void AppendCountedPorts(const ISystemFiles& files, const std::string& name, std:
 
 std::vector<TUsbRootHub> ReadUsbRootHubs(const ISystemFiles& files) {
     std::vector<TUsbRootHub> hubs;
-    for (const std::string& name : files.List(devicesFolder).value) {
-        if (!IsRootHub(name)) {
-            continue;
-        }
-        if (const std::string path = FindDevicePath(files, name); !path.empty()) {
-            hubs.push_back({name, ParentOf(path)});
+    for (const std::string& name : ListNumbered(files, devicesFolder, rootHubPrefix)) {
+        if (const auto path = FindDevicePath(files, name)) {
+            hubs.push_back({name, ParentOf(*path)});
         }
     }
     return hubs;

@@ -1,4 +1,4 @@
-// The USB devices and hubs of the machine as sysfs shows them.
+// USB hubs and their ports in sysfs.
 #pragma once
 
 #include "machine/system/system_files.h"
@@ -8,25 +8,25 @@
 
 namespace NVORHOST {
 
-/// A root hub: the hub that a controller is itself.
+/// A root hub: the hub that is part of a controller.
 struct TUsbRootHub {
     std::string name;            ///< "usb1"
-    std::string controllerPath;  ///< the controller's folder below /sys/devices
+    std::string controllerPath;  ///< folder of the controller below /sys/devices
 };
 
-/// In the order of their names. A tree without links below /sys/bus/usb/devices has none.
+/// Returns the root hubs in the order of their names; empty for a tree without links in /sys/bus/usb/devices.
 std::vector<TUsbRootHub> ReadUsbRootHubs(const ISystemFiles& files);
 
 /// One port of a hub.
 struct TUsbPort {
-    std::string hub;       ///< the hub's name below /sys/bus/usb/devices: "usb1" or "1-2"
-    std::string attached;  ///< the folder of what is plugged in; not there when nothing is
-    std::string number;    ///< within the hub, from "1"
-    std::string position;  ///< where the port is, in words that do not change with bus numbers
+    std::string hub;       ///< name of the hub in /sys/bus/usb/devices: "usb1" or "1-2"
+    std::string attached;  ///< path of the attached device; exists only if the port is in use
+    std::string number;    ///< 1-based within the hub
+    std::string position;  ///< position of the port, independent of bus numbers
 };
 
-/// Every port of every hub, empty ones too. Where the kernel shows no ports (before 3.9), a hub's own number
-/// of them tells.
+/// Returns every port of every hub, empty ports included. On kernels without port folders (before 3.9), the
+/// ports are counted by the hub's `maxchild`.
 std::vector<TUsbPort> ReadUsbPorts(const ISystemFiles& files);
 
 }  // namespace NVORHOST

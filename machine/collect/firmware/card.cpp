@@ -9,6 +9,7 @@
 #include "machine/collect/frame/smbios_source.h"
 #include "machine/parse/placeholders.h"
 #include "machine/parse/smbios_system.h"
+#include "text/find_row.h"
 
 namespace NVORHOST {
 namespace {
@@ -54,7 +55,7 @@ struct TBoardKind {
     std::string_view name;
 };
 
-// DSP0134, 7.3.2. 01h Unknown and 02h Other name nothing.
+// DSP0134, 7.3.2, without 01h Unknown and 02h Other.
 constexpr TBoardKind boardKinds[] = {
     {0x03, "server blade"},
     {0x04, "connectivity switch"},
@@ -70,15 +71,11 @@ constexpr TBoardKind boardKinds[] = {
 };
 
 std::string Describe(const TSmbiosBoard& board) {
-    for (const TBoardKind& row : boardKinds) {
-        if (row.code == board.kind) {
-            return std::string(boardWord) + ", " + std::string(row.name);
-        }
-    }
-    return std::string(boardWord);
+    const TBoardKind* kind = board.kind ? FindRow(boardKinds, &TBoardKind::code, *board.kind) : nullptr;
+    return std::string(boardWord) + (kind != nullptr ? ", " + std::string(kind->name) : "");
 }
 
-// CIM_PhysicalPackage.RemovalConditions of the board's features.
+// Maps the feature flags of a board to CIM_PhysicalPackage.RemovalConditions.
 std::uint16_t FindRemovalConditions(std::uint8_t features) {
     constexpr std::uint8_t isHotSwappable = 0x10;
     constexpr std::uint8_t isRemovableOrReplaceable = 0x0C;
@@ -117,13 +114,13 @@ TCard MakeCard(const TSmbiosBoard& board) {
     return card;
 }
 
-// Boards have no names of their own: alone, one has the same key whoever asks, as the kernel's excerpt knows
-// no location.
+// A board has no unique name. Its key is "Baseboard", plus its location if several boards share it;
+// /sys/class/dmi/id has no location, so a single board gets the same key with and without root.
 std::vector<TKeySource> MakeKeySources(const std::vector<TSmbiosBoard>& boards) {
     std::vector<TNamedPlace> places;
     places.reserve(boards.size());
     for (const TSmbiosBoard& board : boards) {
-        places.push_back({std::string(boardWord), WithoutPlaceholder(board.location).value_or("")});
+        places.push_back({std::string(boardWord), WithoutPlaceholder(board.location)});
     }
     return MakePlaceKeySources(places, "board");
 }
@@ -139,15 +136,15 @@ std::vector<TSmbiosBoard> ReadTable(TCollection& collection) {
     return boards;
 }
 
-// The kernel keeps the texts of the first board. Machines without one have the files too, empty or not at
-// all.
-std::vector<TSmbiosBoard> ReadExcerpt(const ISystemFiles& files) {
-    const std::string folder(FindDmiFolder(files));
-    if (folder.empty()) {
+// Reads the texts of the first board, which the kernel shows to every user. On a machine without a board the
+// files are empty or missing.
+std::vector<TSmbiosBoard> ReadDmiClass(const ISystemFiles& files) {
+    const auto folder = FindDmiFolder(files);
+    if (!folder) {
         return {};
     }
     const auto read = [&](std::string_view name) {
-        return ReadAttribute(files, folder + "/board_" + std::string(name));
+        return ReadAttribute(files, *folder + "/board_" + std::string(name));
     };
     TSmbiosBoard board;
     board.manufacturer = read("vendor");
@@ -164,7 +161,7 @@ std::vector<TSmbiosBoard> ReadExcerpt(const ISystemFiles& files) {
 void CollectCards(TCollection& collection) {
     auto boards = ReadTable(collection);
     if (boards.empty() && GetSmbios(collection).GetStructures().empty()) {
-        boards = ReadExcerpt(collection.GetFiles());
+        boards = ReadDmiClass(collection.GetFiles());
     }
     auto keySources = MakeKeySources(boards);
     std::vector<TKeyedRecord<TCard>> cards;

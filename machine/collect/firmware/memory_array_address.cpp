@@ -1,42 +1,19 @@
 // KELSG_MAS: one instance per memory array mapped address of the SMBIOS table, in its order, joined with its
 // array.
+#include "machine/collect/firmware/memory_range.h"
 #include "machine/collect/frame/collection.h"
 #include "machine/collect/frame/collector.h"
 #include "machine/collect/frame/keyed_records.h"
 #include "machine/collect/frame/smbios_source.h"
 #include "machine/parse/smbios_memory.h"
-#include "text/hex.h"
+#include "text/find_row.h"
 
 #include <algorithm>
-#include <iterator>
 
 namespace NVORHOST {
 namespace {
 
-struct TArrayAddress {
-    std::optional<std::string> elementName, description, deviceId;
-    std::optional<std::uint64_t> blockSizeBytes, blocks, endKiB, startKiB;
-    std::optional<bool> isSequential, isVolatile;
-};
-
-constexpr TPropertyRow<TArrayAddress> arrayAddressRows[] = {
-    {"ElementName", &TArrayAddress::elementName},
-    {"Description", &TArrayAddress::description},
-    {"DeviceID", &TArrayAddress::deviceId},
-    {"BlockSize", &TArrayAddress::blockSizeBytes},
-    {"ConsumableBlocks", TUnavailable{ECimType::eUint64}},  // the firmware's map tells what is usable
-    {"DataOrganization", TUnavailable{ECimType::eUint16}},
-    {"DataRedundancy", TUnavailable{ECimType::eUint16}},
-    {"DeltaReservation", TUnavailable{ECimType::eUint8}},
-    {"NumberOfBlocks", &TArrayAddress::blocks},
-    {"PackageRedundancy", TUnavailable{ECimType::eUint16}},
-    {"SequentialAccess", &TArrayAddress::isSequential},
-    {"EndingAddress", &TArrayAddress::endKiB},
-    {"StartingAddress", &TArrayAddress::startKiB},
-    {"Volatile", &TArrayAddress::isVolatile},
-};
-
-constexpr TCimClass<TArrayAddress> memoryArrayAddressClass{"KELSG_MAS", arrayAddressRows};
+constexpr TCimClass<TMemoryRange> memoryArrayAddressClass{"KELSG_MAS", memoryRangeRows};
 constexpr const IClassDeclaration* classes[] = {&memoryArrayAddressClass};
 
 struct TArrayUse {
@@ -45,7 +22,7 @@ struct TArrayUse {
     std::optional<bool> isVolatile;
 };
 
-// DSP0134, 7.17.2. 01h Other and 02h Unknown say nothing.
+// DSP0134, 7.17.2, without 01h Other and 02h Unknown.
 constexpr TArrayUse arrayUses[] = {
     {0x03, "System memory", true},     {0x04, "Video memory", true}, {0x05, "Flash memory", false},
     {0x06, "Non-volatile RAM", false}, {0x07, "Cache memory", true},
@@ -62,7 +39,7 @@ constexpr TErrorCorrection errorCorrections[] = {
     {0x06, "with multi-bit ECC"},       {0x07, "with CRC"},
 };
 
-// An array and its place among the arrays of the table, from 1: handles change with the firmware's mood.
+// Handles are not stable across boots, so the key uses the array's 1-based position in the table.
 struct TNumberedArray {
     TSmbiosMemoryArray array;
     std::size_t number = 0;
@@ -87,55 +64,40 @@ const TNumberedArray* FindArray(const std::vector<TNumberedArray>& arrays,
 }
 
 const TArrayUse* FindUse(const TNumberedArray* array) {
-    const auto* const row = std::ranges::find(arrayUses, array != nullptr ? array->array.use : std::nullopt,
-                                              [](const TArrayUse& use) { return std::optional(use.code); });
-    return row == std::end(arrayUses) ? nullptr : row;
+    return array != nullptr && array->array.use ? FindRow(arrayUses, &TArrayUse::code, *array->array.use)
+                                                : nullptr;
 }
 
 std::string Describe(const TNumberedArray* array) {
     std::string description = "Addresses of a memory array";
-    if (array == nullptr) {
+    if (array == nullptr || !array->array.errorCorrection) {
         return description;
     }
-    for (const TErrorCorrection& row : errorCorrections) {
-        if (row.code == array->array.errorCorrection) {
-            description += " " + std::string(row.name);
-        }
-    }
-    return description;
+    const auto* row = FindRow(errorCorrections, &TErrorCorrection::code, *array->array.errorCorrection);
+    return row == nullptr ? description : description + " " + std::string(row->name);
 }
 
-TArrayAddress MakeAddress(const TAddressRange& range, const TNumberedArray* array) {
-    constexpr std::uint64_t kibibyte = 1024;
+// ConsumableBlocks stays absent: only the firmware's memory map has the usable ranges.
+TMemoryRange MakeAddress(const TAddressRange& range, const TNumberedArray* array) {
     const TArrayUse* use = FindUse(array);
-    TArrayAddress address;
-    address.elementName = std::string(use != nullptr ? use->name : "Memory") + " " + FormatHex(range.first) +
-                          "-" + FormatHex(range.last);
+    TMemoryRange address =
+        MakeMemoryRange(std::string(use != nullptr ? use->name : "Memory"), range.first, range.last);
     address.description = Describe(array);
-    address.blockSizeBytes = 1;  // memory has no blocks of its own
-    // The last byte of the address space would make the count of all bytes overflow.
-    if (range.last - range.first != UINT64_MAX) {
-        address.blocks = range.last - range.first + 1;
-    }
-    address.isSequential = false;
-    address.startKiB = range.first / kibibyte;
-    address.endKiB = range.last / kibibyte;
     address.isVolatile = use != nullptr ? use->isVolatile : std::nullopt;
     return address;
 }
 
 TKeySource MakeKeySource(const TAddressRange& range, const TNumberedArray* array) {
-    constexpr int addressDigits = 16;
     const std::string name =
         array != nullptr ? "memory array " + std::to_string(array->number) : "memory array";
-    return {name + " at " + FormatHex(range.first, addressDigits), FormatHex(range.last, addressDigits)};
+    return {name + " at " + FormatKeyAddress(range.first), FormatKeyAddress(range.last)};
 }
 
 void CollectMemoryArrayAddresses(TCollection& collection) {
     constexpr std::uint8_t arrayAddressType = 19;
     const auto& structures = GetSmbios(collection).GetStructures();
     const auto arrays = ReadArrays(structures);
-    std::vector<TKeyedRecord<TArrayAddress>> addresses;
+    std::vector<TKeyedRecord<TMemoryRange>> addresses;
     for (const TSmbiosStructure& structure : structures) {
         if (structure.GetType() != arrayAddressType) {
             continue;
@@ -146,7 +108,7 @@ void CollectMemoryArrayAddresses(TCollection& collection) {
             addresses.push_back({MakeAddress(*source.range, array), MakeKeySource(*source.range, array)});
         }
     }
-    CommitKeyed(collection, memoryArrayAddressClass, std::move(addresses), &TArrayAddress::deviceId,
+    CommitKeyed(collection, memoryArrayAddressClass, std::move(addresses), &TMemoryRange::deviceId,
                 "memory array address");
 }
 

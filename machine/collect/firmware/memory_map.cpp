@@ -1,44 +1,21 @@
 // KELSG_ACPI: one instance per range of /sys/firmware/memmap, in the order of addresses; without that folder
 // one per range of /proc/iomem that comes from the firmware's map. Addresses that the kernel hides give no
 // instance.
+#include "machine/collect/firmware/memory_range.h"
 #include "machine/collect/frame/attribute.h"
 #include "machine/collect/frame/collection.h"
 #include "machine/collect/frame/collector.h"
 #include "machine/collect/frame/keyed_records.h"
 #include "machine/parse/iomem.h"
-#include "text/hex.h"
+#include "text/find_row.h"
 
 #include <algorithm>
-#include <iterator>
 #include <tuple>
 
 namespace NVORHOST {
 namespace {
 
-struct TMapRange {
-    std::optional<std::string> elementName, description, deviceId;
-    std::optional<std::uint64_t> blockSizeBytes, consumableBlocks, blocks, endKiB, startKiB;
-    std::optional<bool> isSequential, isVolatile;
-};
-
-constexpr TPropertyRow<TMapRange> mapRangeRows[] = {
-    {"ElementName", &TMapRange::elementName},
-    {"Description", &TMapRange::description},
-    {"DeviceID", &TMapRange::deviceId},
-    {"BlockSize", &TMapRange::blockSizeBytes},
-    {"ConsumableBlocks", &TMapRange::consumableBlocks},
-    {"DataOrganization", TUnavailable{ECimType::eUint16}},
-    {"DataRedundancy", TUnavailable{ECimType::eUint16}},
-    {"DeltaReservation", TUnavailable{ECimType::eUint8}},
-    {"NumberOfBlocks", &TMapRange::blocks},
-    {"PackageRedundancy", TUnavailable{ECimType::eUint16}},
-    {"SequentialAccess", &TMapRange::isSequential},
-    {"EndingAddress", &TMapRange::endKiB},
-    {"StartingAddress", &TMapRange::startKiB},
-    {"Volatile", &TMapRange::isVolatile},
-};
-
-constexpr TCimClass<TMapRange> memoryMapClass{"KELSG_ACPI", mapRangeRows};
+constexpr TCimClass<TMemoryRange> memoryMapClass{"KELSG_ACPI", memoryRangeRows};
 constexpr const IClassDeclaration* classes[] = {&memoryMapClass};
 
 constexpr TSourcePattern sourcePatterns[] = {
@@ -57,7 +34,7 @@ struct TRangeKind {
     EUse use;
 };
 
-// The kernel's names of the map's types, in the spellings of all its versions.
+// The kernel's names for the types of the map, in the spelling of every version.
 // clang-format off
 constexpr TRangeKind rangeKinds[] = {
     {"System RAM",                  true,         EUse::usable},
@@ -77,8 +54,7 @@ constexpr TRangeKind rangeKinds[] = {
 // clang-format on
 
 const TRangeKind* FindRangeKind(std::string_view name) {
-    const auto* const row = std::ranges::find(rangeKinds, name, &TRangeKind::name);
-    return row == std::end(rangeKinds) ? nullptr : row;
+    return FindRow(rangeKinds, &TRangeKind::name, name);
 }
 
 std::vector<TIoMemRange> ReadMemMap(const ISystemFiles& files) {
@@ -96,7 +72,7 @@ std::vector<TIoMemRange> ReadMemMap(const ISystemFiles& files) {
     return ranges;
 }
 
-// The kernel adds ranges of its own; those of the firmware are told by their names.
+// Reads the firmware's ranges, which are identified by their names; the kernel adds ranges of its own.
 std::vector<TIoMemRange> ReadIoMem(TCollection& collection) {
     std::vector<TIoMemRange> ranges;
     bool areHidden = false;
@@ -113,42 +89,29 @@ std::vector<TIoMemRange> ReadIoMem(TCollection& collection) {
     return ranges;
 }
 
-TMapRange MakeRange(const TIoMemRange& source) {
-    constexpr std::uint64_t kibibyte = 1024;
-    const TRangeKind* kind = FindRangeKind(source.name);
-    TMapRange range;
-    range.elementName = source.name + " " + FormatHex(source.first) + "-" + FormatHex(source.last);
+TMemoryRange MakeRange(const TIoMemRange& source) {
+    TMemoryRange range = MakeMemoryRange(source.name, source.first, source.last);
     range.description = "Range of the firmware's memory map, " + source.name;
-    range.blockSizeBytes = 1;  // memory has no blocks of its own
-    // The last byte of the address space would make the count of all bytes overflow.
-    if (source.last - source.first != UINT64_MAX) {
-        range.blocks = source.last - source.first + 1;
-    }
-    if (kind != nullptr) {
+    if (const TRangeKind* kind = FindRangeKind(source.name)) {
         range.isVolatile = kind->isVolatile;
         range.consumableBlocks = kind->use == EUse::usable ? range.blocks : std::nullopt;
     }
-    range.isSequential = false;
-    range.startKiB = source.first / kibibyte;
-    range.endKiB = source.last / kibibyte;
     return range;
 }
 
 void CollectMemoryMap(TCollection& collection) {
-    constexpr int addressDigits = 16;
     auto ranges = ReadMemMap(collection.GetFiles());
     if (ranges.empty()) {
         ranges = ReadIoMem(collection);
     }
-    // The folders' numbers are texts, so that 10 comes before 2.
+    // The listing sorts the numbered folders as texts, 10 before 2.
     std::ranges::sort(ranges, {},
                       [](const TIoMemRange& range) { return std::tie(range.first, range.last, range.name); });
-    std::vector<TKeyedRecord<TMapRange>> records;
+    std::vector<TKeyedRecord<TMemoryRange>> records;
     for (const TIoMemRange& range : ranges) {
-        records.push_back({MakeRange(range),
-                           {FormatHex(range.first, addressDigits), FormatHex(range.last, addressDigits)}});
+        records.push_back({MakeRange(range), {FormatKeyAddress(range.first), FormatKeyAddress(range.last)}});
     }
-    CommitKeyed(collection, memoryMapClass, std::move(records), &TMapRange::deviceId, "memory-map range");
+    CommitKeyed(collection, memoryMapClass, std::move(records), &TMemoryRange::deviceId, "memory-map range");
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "machine/collect/firmware/slot_kind.h"
 
+#include "text/find_row.h"
+
 #include <algorithm>
 #include <iterator>
 
@@ -119,13 +121,13 @@ struct TCodeValue {
     std::uint16_t value;
 };
 
-// DSP0134, 7.10.2; from 08h on the codes count lanes.
+// DSP0134, 7.10.2; codes from 08h on count lanes, not bits.
 constexpr TCodeValue dataWidths[] = {
     {0x01, 1}, {0x02, 0}, {0x03, 8}, {0x04, 16}, {0x05, 32}, {0x06, 64}, {0x07, 128},
     {0x08, 1}, {0x09, 1}, {0x0A, 1}, {0x0B, 1},  {0x0C, 1},  {0x0D, 1},  {0x0E, 1},
 };
 
-// Of the same codes; CIM has no twelve lanes.
+// DSP0134, 7.10.2: widths in lanes. CIM has no layout for twelve lanes.
 constexpr TCodeValue expressLayouts[] = {
     {0x08, x1}, {0x09, x2}, {0x0A, x4}, {0x0B, x8}, {0x0D, x16}, {0x0E, x32},
 };
@@ -137,15 +139,6 @@ struct TUsage {
 
 constexpr TUsage usages[] = {{0x03, "available"}, {0x04, "in use"}, {0x05, "unavailable"}};
 
-std::optional<std::uint16_t> FindValue(const auto& table, std::uint8_t code) {
-    for (const TCodeValue& row : table) {
-        if (row.code == code) {
-            return row.value;
-        }
-    }
-    return std::nullopt;
-}
-
 }  // namespace
 
 const TSlotKind* FindSlotKind(std::uint8_t code) {
@@ -154,16 +147,15 @@ const TSlotKind* FindSlotKind(std::uint8_t code) {
 }
 
 std::optional<std::uint16_t> FindMaxDataWidth(std::uint8_t code) {
-    return FindValue(dataWidths, code);
+    return FindCell(dataWidths, &TCodeValue::code, code, &TCodeValue::value);
 }
 
 std::optional<std::uint16_t> FindExpressLayout(std::uint8_t widthCode) {
-    return FindValue(expressLayouts, widthCode);
+    return FindCell(expressLayouts, &TCodeValue::code, widthCode, &TCodeValue::value);
 }
 
-std::string_view GetSlotUsageName(std::uint8_t code) {
-    const auto* const row = std::ranges::find(usages, code, &TUsage::code);
-    return row == std::end(usages) ? std::string_view{} : row->name;
+std::optional<std::string_view> FindSlotUsage(std::uint8_t code) {
+    return FindCell(usages, &TUsage::code, code, &TUsage::name);
 }
 
 }  // namespace NVORHOST

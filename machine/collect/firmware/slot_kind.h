@@ -1,4 +1,4 @@
-// Slot types of the SMBIOS reference: their names, and what CIM says of slots of each.
+// Slot types of SMBIOS: their names and the CIM properties that follow from the type.
 #pragma once
 
 #include <cstdint>
@@ -10,28 +10,27 @@ namespace NVORHOST {
 enum class ESlotConnector { cardEdge, socket };
 enum class ESlotNumber { given, none };
 
-/// What the slot type tells; codes without a row tell nothing.
 struct TSlotKind {
     std::uint8_t code;                   ///< SMBIOS type 9, 05h
     std::string_view name;               ///< empty for Other and Unknown
     std::uint16_t connectorLayout;       ///< CIM_PhysicalConnector.ConnectorLayout
-    ESlotConnector connector;            ///< cardEdge: the card's edge goes into it, so that it is female
+    ESlotConnector connector;            ///< cardEdge: takes the edge of a card, so the connector is female
     ESlotNumber number;                  ///< given: 09h holds the number of the slot
     std::optional<bool> specialPurpose;  ///< CIM_Slot.SpecialPurpose; absent for Other and Unknown
 };
 
-/// Null for codes that the reference does not list.
+/// Returns the row of a slot type; null for a code that DSP0134 does not list.
 const TSlotKind* FindSlotKind(std::uint8_t code);
 
-/// CIM_Slot.MaxDataWidth in bits, 0 unknown, 1 other (lanes are no bits), of the code at 06h. Absent for
-/// codes that the reference does not list.
+/// Maps the data width at 06h to CIM_Slot.MaxDataWidth in bits, 0 for unknown and 1 for other, which includes
+/// widths in lanes; nullopt for a code that DSP0134 does not list.
 std::optional<std::uint16_t> FindMaxDataWidth(std::uint8_t code);
 
-/// The ConnectorLayout of a PCI Express slot whose type leaves the size open, from the code of its physical
-/// width. Absent for widths that CIM does not list.
+/// Maps the physical width of a PCI Express slot whose type leaves the size open to a ConnectorLayout;
+/// nullopt for a width that CIM does not list.
 std::optional<std::uint16_t> FindExpressLayout(std::uint8_t widthCode);
 
-/// "available", "in use" or "unavailable" of the code at 07h; empty for others.
-std::string_view GetSlotUsageName(std::uint8_t code);
+/// Maps the usage at 07h to "available", "in use" or "unavailable"; nullopt for any other code.
+std::optional<std::string_view> FindSlotUsage(std::uint8_t code);
 
 }  // namespace NVORHOST

@@ -49,7 +49,7 @@ constexpr TPropertyRow<TSystemSlot> systemSlotRows[] = {
 constexpr TCimClass<TSystemSlot> systemSlotClass{"KELSG_SystemSlot", systemSlotRows};
 constexpr const IClassDeclaration* classes[] = {&systemSlotClass};
 
-// A bridge's folder lists the functions behind it.
+// The folder of a bridge lists the functions below it.
 constexpr auto sourcePatterns = Join(smbiosSources, std::array<TSourcePattern, 10>{
                                                         "/sys/bus/pci/slots",
                                                         "/sys/bus/pci/slots/*/address",
@@ -63,9 +63,9 @@ constexpr auto sourcePatterns = Join(smbiosSources, std::array<TSourcePattern, 1
                                                         "/sys/bus/pci/devices/*/modalias",
                                                     });
 
-constexpr std::uint8_t isAvailable = 0x03;  // usage: nothing is in the slot
+constexpr std::uint8_t isAvailable = 0x03;  // usage: the slot is empty
 
-// What several slots are looked up in.
+// Path of each folder in /sys/bus/pci/slots by PCI address without function.
 using TSlotFolders = std::map<std::string, std::string>;
 
 std::uint16_t FindLayout(const TSlotKind& kind, const TSmbiosSlot& slot) {
@@ -92,7 +92,7 @@ void SetFromKind(const TSmbiosSlot& slot, TSystemSlot& target) {
     }
 }
 
-// "0000:05:00.0" without the function, as the kernel names slots.
+// Removes the function from "0000:05:00.0", as in the kernel's addresses of slots.
 std::string WithoutFunction(const std::string& address) {
     return address.substr(0, address.rfind('.'));
 }
@@ -119,28 +119,28 @@ std::string NameFunction(TCollection& collection, const std::string& address) {
             return *found.vendor + " " + *found.device;
         }
     }
-    // The slot was found by the class, which counts where the other numbers are missing.
+    // Fall back to the class, which may be readable without the other numbers.
     const auto classCode = ReadHexNumber<std::uint32_t>(files, folder + "/class").value_or(0);
     return std::string(GetPciClassName(static_cast<std::uint8_t>(classCode >> 16),
                                        static_cast<std::uint8_t>(classCode >> 8)));
 }
 
-// "System slot, PCI Express 3 x8, in use by Ethernet controller at 0000:05:00.0".
+// Returns, for example, "System slot, PCI Express 3 x8, in use by Ethernet controller at 0000:05:00.0".
 std::string Describe(TCollection& collection, const TSmbiosSlot& slot) {
     std::string description = "System slot";
     const TSlotKind* kind = slot.kind ? FindSlotKind(*slot.kind) : nullptr;
     if (kind != nullptr && !kind->name.empty()) {
         description += ", " + std::string(kind->name);
     }
-    // Firmware that calls a slot free and gives it an address all the same means the bus, not a card.
+    // If the firmware reports an empty slot with an address, the address is that of the bus, not of a card.
     const auto function = slot.pciAddress && slot.usage != isAvailable
                               ? FindFunctionInSlot(collection.GetFiles(), *slot.pciAddress)
                               : std::nullopt;
     if (function) {
         return description + ", in use by " + NameFunction(collection, *function) + " at " + *function;
     }
-    const std::string_view usage = slot.usage ? GetSlotUsageName(*slot.usage) : std::string_view{};
-    return usage.empty() ? description : description + ", " + std::string(usage);
+    const auto usage = slot.usage ? FindSlotUsage(*slot.usage) : std::nullopt;
+    return usage ? description + ", " + std::string(*usage) : description;
 }
 
 TSystemSlot MakeSlot(TCollection& collection, const TSlotFolders& folders, const TSmbiosSlot& slot) {
@@ -161,14 +161,13 @@ void CollectSystemSlots(TCollection& collection) {
     std::vector<TNamedPlace> places;
     for (const TSmbiosStructure& structure : GetSmbios(collection).GetStructures()) {
         if (structure.GetType() == slotType) {
-            if (!folders) {  // the kernel names far more slots than there are: read only when asked for
+            if (!folders) {  // the kernel may list many more slots than exist, so read them only if needed
                 folders = ReadPciSlotFolders(collection.GetFiles());
             }
             const TSmbiosSlot source = ParseSmbiosSlot(structure);
             TSystemSlot slot = MakeSlot(collection, *folders, source);
-            // An address alone would be a poor name: slots without a designation go by their number.
-            places.push_back(
-                {slot.elementName.value_or(""), slot.elementName ? source.pciAddress.value_or("") : ""});
+            // A slot without a designation is keyed by its number, as an address alone would be a poor name.
+            places.push_back({slot.elementName, slot.elementName ? source.pciAddress : std::nullopt});
             slots.push_back({std::move(slot), {}});
         }
     }

@@ -1,4 +1,4 @@
-// Moments as CIM date-times.
+// Converts times to CIM date-times.
 #pragma once
 
 #include "host/cim_date_time.h"
@@ -7,8 +7,8 @@
 
 namespace NVORHOST {
 
-/// The moment, in seconds since 1970-01-01 UTC, as the clock read it where local time was `offsetMinutes`
-/// east of UTC. Shape: no microseconds. Years outside 0 to 9999 do not occur in what Linux tells.
+/// Converts seconds since 1970-01-01 UTC to the local time of a zone that is `offsetMinutes` east of UTC,
+/// without microseconds. The year of the result must be between 0 and 9999.
 NKELVOR20::TCIMDateTime MakeCimTime(std::int64_t secondsSinceEpoch, int offsetMinutes);
 
 }  // namespace NVORHOST

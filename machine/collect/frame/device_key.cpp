@@ -1,5 +1,7 @@
 #include "machine/collect/frame/device_key.h"
 
+#include "text/hex.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -8,22 +10,18 @@
 namespace NVORHOST {
 namespace {
 
-// FNV-1a, 64 bits, as 16 digits: short, and the same on every machine.
+constexpr int digestLength = 16;
+
+// FNV-1a, 64 bits: short, and the same on every machine.
 std::string Digest(std::string_view text) {
     std::uint64_t hash = 0xCBF29CE484222325U;
     for (const char c : text) {
         hash = (hash ^ static_cast<std::uint8_t>(c)) * 0x100000001B3U;
     }
-    constexpr std::string_view digits = "0123456789abcdef";
-    std::string result;
-    for (int shift = 60; shift >= 0; shift -= 4) {
-        result += digits[(hash >> shift) & 0x0F];
-    }
-    return result;
+    return ToHexDigits(hash, digestLength);
 }
 
-std::string Fit(std::string key) {
-    constexpr std::size_t digestLength = 16;
+std::string TruncateKey(std::string key) {
     if (key.size() <= maxKeyLength) {
         return key;
     }
@@ -31,20 +29,20 @@ std::string Fit(std::string key) {
 }
 
 const std::string& BaseOf(const TKeySource& source) {
-    return source.identity.empty() ? source.position : source.identity;
+    return source.identity ? *source.identity : source.position;
 }
 
-// Counts the uses of each key: a key seen before gets a number.
-std::string Number(const std::string& key, std::unordered_map<std::string, std::size_t>& uses) {
+// Counts the uses of each key and appends the count to a duplicate.
+std::string AppendUseCount(const std::string& key, std::unordered_map<std::string, std::size_t>& uses) {
     const std::size_t use = ++uses[key];
-    return use == 1 ? key : Fit(key + "#" + std::to_string(use));
+    return use == 1 ? key : TruncateKey(key + "#" + std::to_string(use));
 }
 
 }  // namespace
 
 std::vector<std::string> MakeUniqueKeys(const std::vector<TKeySource>& sources, std::string_view deviceWord,
                                         std::vector<std::string>& notes) {
-    std::map<std::string, std::size_t> counts;  // ordered, so that the notes are
+    std::map<std::string, std::size_t> counts;  // ordered, so that the notes have a fixed order
     for (const TKeySource& source : sources) {
         ++counts[BaseOf(source)];
     }
@@ -59,8 +57,8 @@ std::vector<std::string> MakeUniqueKeys(const std::vector<TKeySource>& sources, 
     std::unordered_map<std::string, std::size_t> uses;
     for (const TKeySource& source : sources) {
         const std::string& base = BaseOf(source);
-        const bool isShared = counts[base] > 1 && !source.identity.empty();
-        keys.push_back(Number(Fit(isShared ? base + "@" + source.position : base), uses));
+        const bool isShared = counts[base] > 1 && source.identity;
+        keys.push_back(AppendUseCount(TruncateKey(isShared ? base + "@" + source.position : base), uses));
     }
     return keys;
 }

@@ -1,26 +1,28 @@
-// Keys of devices: what a receiver knows a device by from one inventory to the next. They come from what the
-// device says of itself, else from where it sits, and never from the order in which the kernel found it.
+// Keys of devices: a receiver recognises a device by its key from one inventory to the next. A key is made
+// from the device's own identity, else from its position, and never from the order of discovery.
 #pragma once
 
+#include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace NVORHOST {
 
-/// What a key is made from.
 struct TKeySource {
-    std::string identity;  ///< what the device says of itself; empty when it says nothing
-    std::string position;  ///< where it sits
+    std::optional<std::string>
+        identity;          ///< reported by the device itself, such as a serial number; never empty
+    std::string position;  ///< where the device is
 };
 
-/// The longest value a DeviceID may have.
+/// The longest value that a DeviceID may have, in bytes.
 inline constexpr std::size_t maxKeyLength = 64;
 
-/// One key for each source, in order: its identity; its position where that is empty; both, joined by "@",
-/// for every source whose identity another one has as well (each such identity gives a line in `notes`).
-/// Equal sources get a number at the end, from the second on. A key longer than `maxKeyLength` is cut and
-/// ends with a digest of the whole.
+/// Returns one key per source, in order: its identity; its position if it has no identity; both, joined by
+/// "@", if other sources have the same identity (each such identity adds a line to `notes`). Equal sources
+/// are numbered from the second on: "#2". A key longer than `maxKeyLength` is truncated and ends with a
+/// digest of the whole key.
 std::vector<std::string> MakeUniqueKeys(const std::vector<TKeySource>& sources, std::string_view deviceWord,
                                         std::vector<std::string>& notes);
 

@@ -1,5 +1,5 @@
-// Names that people know devices by. The numbers stand in the devices, the names in a database; a collection
-// works without one. Names never enter a key: databases change.
+// Device names from a database. Devices hold numbers only, and a collection also works without a database.
+// Names are never part of a key, because databases change.
 #pragma once
 
 #include "machine/parse/pci_modalias.h"
@@ -11,8 +11,9 @@
 namespace NVORHOST {
 
 struct TDeviceName {
-    std::optional<std::string> vendor;  ///< absent when the database does not list the vendor
-    /// Without the vendor's name; of a PCI card that is listed, "chip (card)". Absent when it is not listed.
+    std::optional<std::string> vendor;  ///< absent if the database does not list the vendor
+    /// Without the vendor's name; "chip (card)" for a PCI card that is listed. Absent if the device is not
+    /// listed.
     std::optional<std::string> device;
 };
 

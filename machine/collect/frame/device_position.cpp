@@ -1,6 +1,7 @@
 #include "machine/collect/frame/device_position.h"
 
 #include "machine/collect/frame/attribute.h"
+#include "os/path_walk.h"
 #include "text/lines.h"
 #include "text/numbers.h"
 
@@ -13,9 +14,10 @@ namespace {
 constexpr std::string_view devicesRoot = "/sys/devices/";
 constexpr std::string_view pciFunction = "%:%:%.#";
 
-// True when `text` follows `pattern`, where "#" stands for decimal digits, "%" for hexadecimal ones (each at
-// least one), and "*" at the end for anything; other characters stand for themselves.
-bool Follows(std::string_view text, std::string_view pattern) {
+// True if `text` matches `pattern`: "#" matches decimal digits, "%" hexadecimal digits (at least one each), a
+// final
+// "*" any rest, and every other character itself.
+bool MatchesStepPattern(std::string_view text, std::string_view pattern) {
     for (const char c : pattern) {
         if (c == '*') {
             return true;
@@ -37,11 +39,11 @@ bool Follows(std::string_view text, std::string_view pattern) {
     return text.empty();
 }
 
-// One name on the way to the device.
+// One name on the path to the device.
 struct TStep {
     std::string_view name;
-    std::string_view path;  // up to and with the name
-    bool isBehindSas = false;
+    std::string_view path;  // up to and including the name
+    bool isBelowSas = false;
 };
 
 std::optional<std::string> Drop(const ISystemFiles&, const TStep&) {
@@ -52,16 +54,16 @@ std::optional<std::string> Keep(const ISystemFiles&, const TStep& step) {
     return std::string(step.name);
 }
 
-// Host numbers count over all adapters. A PCI adapter that has several of them (one for each port, with
-// kernels that show no ports) keeps their order.
+// The kernel numbers hosts across all adapters, so the host is dropped. A PCI adapter with several hosts (one
+// per port, on kernels that do not show ports) gets the 1-based number of the host within the adapter.
 std::optional<std::string> HostOfAdapter(const ISystemFiles& files, const TStep& step) {
     const auto folder = step.path.substr(0, step.path.rfind('/'));
-    if (!Follows(folder.substr(folder.rfind('/') + 1), pciFunction)) {
+    if (!MatchesStepPattern(folder.substr(folder.rfind('/') + 1), pciFunction)) {
         return std::nullopt;
     }
     std::vector<std::uint32_t> hosts;
     for (const std::string& name : files.List(folder).value) {
-        if (Follows(name, "host#")) {
+        if (MatchesStepPattern(name, "host#")) {
             hosts.push_back(ParseNumber<std::uint32_t>(std::string_view(name).substr(4)).value_or(0));
         }
     }
@@ -73,22 +75,22 @@ std::optional<std::string> HostOfAdapter(const ISystemFiles& files, const TStep&
     return "host-" + std::to_string(before + 1);
 }
 
-// ataN counts over all controllers; the port number counts within one.
+// The kernel numbers "ataN" across all controllers; `port_no` is the number within one controller.
 std::optional<std::string> AtaPort(const ISystemFiles& files, const TStep& step) {
     const std::string name(step.name);
     const auto port = ReadAttribute(files, std::string(step.path) + "/ata_port/" + name + "/port_no");
     return port ? std::optional("ata-" + *port) : std::nullopt;
 }
 
-// Bus numbers follow the order of discovery. A controller with two root hubs has one for each USB
-// generation.
+// Bus numbers follow the order of discovery. The USB generation is used instead: a controller with two root
+// hubs has one per generation.
 std::optional<std::string> UsbBus(const ISystemFiles& files, const TStep& step) {
     const auto version = ReadAttribute(files, std::string(step.path) + "/version");
     return version ? std::optional("usb" + version->substr(0, version->find('.'))) : std::nullopt;
 }
 
-// "1-2.3:1.0" is bus 1, port 3 of the hub at port 2, configuration 1, interface 0. The devices on the way,
-// "1-2" and "1-2.3", say no more than that.
+// "1-2.3:1.0" is bus 1, port 3 of the hub at port 2, configuration 1, interface 0. The devices on the path,
+// "1-2" and "1-2.3", add nothing to that.
 std::optional<std::string> UsbInterface(const ISystemFiles&, const TStep& step) {
     if (step.name.find(':') == std::string_view::npos) {
         return std::nullopt;
@@ -96,7 +98,7 @@ std::optional<std::string> UsbInterface(const ISystemFiles&, const TStep& step) 
     return std::string(step.name.substr(step.name.find('-') + 1));
 }
 
-// SAS numbers its targets in the order of discovery; there the address of the device tells.
+// SAS targets are numbered in the order of discovery; the SAS address of the end device is used instead.
 std::optional<std::string> SasEndDevice(const ISystemFiles& files, const TStep& step) {
     const std::string name(step.name);
     const auto address =
@@ -104,9 +106,9 @@ std::optional<std::string> SasEndDevice(const ISystemFiles& files, const TStep& 
     return address ? std::optional("sas-" + *address) : std::nullopt;
 }
 
-// "H:C:T:L" without the host's number.
+// "H:C:T:L" is kept without the host's number; below a SAS end device only the unit is kept.
 std::optional<std::string> ScsiAddress(const ISystemFiles&, const TStep& step) {
-    const auto colon = step.isBehindSas ? step.name.rfind(':') : step.name.find(':');
+    const auto colon = step.isBelowSas ? step.name.rfind(':') : step.name.find(':');
     return std::string(step.name.substr(colon + 1));
 }
 
@@ -115,7 +117,7 @@ struct TStepRule {
     std::optional<std::string> (*makePart)(const ISystemFiles& files, const TStep& step);
 };
 
-// The first matching row counts; what no row matches is kept.
+// The first matching row counts; a name without a matching row is kept.
 // clang-format off
 constexpr TStepRule stepRules[] = {
     {"ata#",           AtaPort},
@@ -148,9 +150,9 @@ constexpr TStepRule stepRules[] = {
 
 constexpr TStepRule otherStep{"*", Keep};
 
-// "nvme0n2" is name space 2; other kernel names say nothing of the place.
+// "nvme0n2" is name space 2; other kernel names are not related to the position.
 std::optional<std::string> LastPart(std::string_view kernelName) {
-    if (Follows(kernelName, "nvme#n#")) {
+    if (MatchesStepPattern(kernelName, "nvme#n#")) {
         return std::string(kernelName.substr(kernelName.rfind('n')));
     }
     return std::nullopt;
@@ -158,7 +160,7 @@ std::optional<std::string> LastPart(std::string_view kernelName) {
 
 const TStepRule& FindRule(std::string_view name) {
     for (const TStepRule& rule : stepRules) {
-        if (Follows(name, rule.pattern)) {
+        if (MatchesStepPattern(name, rule.pattern)) {
             return rule;
         }
     }
@@ -175,22 +177,22 @@ std::string Join(const std::vector<std::string>& parts) {
 
 }  // namespace
 
-std::string FindEntryDevice(const ISystemFiles& files, const std::string& entry) {
+std::optional<std::string> FindEntryDevice(const ISystemFiles& files, const std::string& entry) {
     if (const auto link = files.ReadLink(entry); link.IsOk()) {
         return ResolveLinkText(entry, link.value);
     }
     if (const auto link = files.ReadLink(entry + "/device"); link.IsOk()) {
         return ResolveLinkText(entry + "/device", link.value) + entry.substr(entry.rfind('/'));
     }
-    return {};
+    return std::nullopt;
 }
 
-std::string ReadDevicePosition(const ISystemFiles& files, std::string_view devicePath) {
+std::optional<std::string> ReadDevicePosition(const ISystemFiles& files, std::string_view devicePath) {
     if (!devicePath.starts_with(devicesRoot)) {
-        return {};
+        return std::nullopt;
     }
     std::vector<std::string> parts;
-    bool isBehindSas = false;
+    bool isBelowSas = false;
     std::size_t start = devicesRoot.size();
     while (true) {
         const auto end = devicePath.find('/', start);
@@ -199,16 +201,16 @@ std::string ReadDevicePosition(const ISystemFiles& files, std::string_view devic
             if (auto part = LastPart(name)) {
                 parts.push_back(std::move(*part));
             }
-            return Join(parts);
+            return parts.empty() ? std::nullopt : std::optional(Join(parts));
         }
-        const TStep step{name, devicePath.substr(0, end), isBehindSas};
-        if (Follows(name, pciFunction)) {
-            parts.clear();  // the address of a function says where it is by itself
+        const TStep step{name, devicePath.substr(0, end), isBelowSas};
+        if (MatchesStepPattern(name, pciFunction)) {
+            parts.clear();  // the address of a function is unique, so bridges above it are redundant
         }
         if (auto part = FindRule(name).makePart(files, step)) {
             parts.push_back(std::move(*part));
         }
-        isBehindSas = isBehindSas || Follows(name, "end_device-*");
+        isBelowSas = isBelowSas || MatchesStepPattern(name, "end_device-*");
         start = end + 1;
     }
 }
@@ -217,12 +219,18 @@ std::optional<std::string> FindPciFunction(std::string_view devicePath) {
     while (!devicePath.empty()) {
         const auto slash = devicePath.rfind('/');
         const std::string_view name = devicePath.substr(slash + 1);
-        if (Follows(name, pciFunction)) {
+        if (MatchesStepPattern(name, pciFunction)) {
             return std::string(name);
         }
         devicePath = devicePath.substr(0, slash == std::string_view::npos ? 0 : slash);
     }
     return std::nullopt;
+}
+
+std::string ReadEntryPosition(const ISystemFiles& files, const std::string& entry) {
+    const auto devicePath = FindEntryDevice(files, entry);
+    const auto position = devicePath ? ReadDevicePosition(files, *devicePath) : std::nullopt;
+    return position ? *position : entry.substr(entry.rfind('/') + 1);
 }
 
 }  // namespace NVORHOST

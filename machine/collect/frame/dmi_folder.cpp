@@ -1,5 +1,7 @@
 #include "machine/collect/frame/dmi_folder.h"
 
+#include <string_view>
+
 namespace NVORHOST {
 namespace {
 
@@ -7,13 +9,13 @@ constexpr std::string_view folders[] = {"/sys/class/dmi/id", "/sys/devices/virtu
 
 }  // namespace
 
-std::string_view FindDmiFolder(const ISystemFiles& files) {
+std::optional<std::string> FindDmiFolder(const ISystemFiles& files) {
     for (const std::string_view folder : folders) {
         if (files.Exists(folder)) {
-            return folder;
+            return std::string(folder);
         }
     }
-    return {};
+    return std::nullopt;
 }
 
 }  // namespace NVORHOST

@@ -1,14 +1,15 @@
-// The texts of the firmware that the kernel shows one file each.
+// The firmware's texts as the kernel shows them, one file each.
 #pragma once
 
 #include "machine/system/system_files.h"
 
-#include <string_view>
+#include <optional>
+#include <string>
 
 namespace NVORHOST {
 
-/// "/sys/class/dmi/id", else the folder that it links to, which captured trees may have without the link.
-/// Empty when the tree has neither.
-std::string_view FindDmiFolder(const ISystemFiles& files);
+/// Returns "/sys/class/dmi/id", else the folder that it links to, which captured trees may have without the
+/// link; nullopt if the tree has neither.
+std::optional<std::string> FindDmiFolder(const ISystemFiles& files);
 
 }  // namespace NVORHOST

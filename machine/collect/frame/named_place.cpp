@@ -7,15 +7,17 @@
 namespace NVORHOST {
 
 std::vector<TKeySource> MakePlaceKeySources(const std::vector<TNamedPlace>& places, std::string_view word) {
-    std::map<std::pair<std::string_view, std::string_view>, std::size_t> uses;
+    std::map<std::pair<std::optional<std::string>, std::string>, std::size_t> uses;
     for (const TNamedPlace& place : places) {
-        ++uses[{place.name, place.partOf}];
+        if (place.partOf) {
+            ++uses[{place.name, *place.partOf}];
+        }
     }
     std::vector<TKeySource> sources;
     for (const TNamedPlace& place : places) {
-        const bool tellsApart = !place.partOf.empty() && uses[{place.name, place.partOf}] == 1;
-        sources.push_back({place.name, tellsApart
-                                           ? place.partOf
+        const bool isUnique = place.partOf && uses[{place.name, *place.partOf}] == 1;
+        sources.push_back({place.name, isUnique
+                                           ? *place.partOf
                                            : std::string(word) + " " + std::to_string(sources.size() + 1)});
     }
     return sources;

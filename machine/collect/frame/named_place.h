@@ -1,8 +1,9 @@
-// Places that the firmware names: sockets, slots, boards. Several may bear one name.
+// Places with names that the firmware gives, possibly several with the same name: sockets, slots, boards.
 #pragma once
 
 #include "machine/collect/frame/device_key.h"
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -10,12 +11,12 @@
 namespace NVORHOST {
 
 struct TNamedPlace {
-    std::string name;    ///< empty: it has none
-    std::string partOf;  ///< what it is in, such as the bank of a socket; empty when that is not told
+    std::optional<std::string> name;
+    std::optional<std::string> partOf;  ///< the containing unit, such as the bank of a socket
 };
 
-/// What the key of each place is made from, in order: its name; and as position what it is in, where that
-/// tells it from the places of the same name, else `word` and its number among all, from 1: "slot 3".
+/// Returns the key source of each place, in order. Identity: its name. Position: `partOf` if it is unique
+/// among the places of the same name, else `word` and the 1-based number of the place among all: "slot 3".
 std::vector<TKeySource> MakePlaceKeySources(const std::vector<TNamedPlace>& places, std::string_view word);
 
 }  // namespace NVORHOST

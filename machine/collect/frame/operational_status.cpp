@@ -1,5 +1,7 @@
 #include "machine/collect/frame/operational_status.h"
 
+#include "text/find_row.h"
+
 #include <span>
 
 namespace NVORHOST {
@@ -35,7 +37,7 @@ constexpr TStateWord diskStates[] = {
 // 0 unknown, 1 other, 10 stopped, 11 in service, 15 dormant, 16 supporting entity in error.
 constexpr TStateWord interfaceStates[] = {
     {"up", statusOk}, {"down", 10},      {"lowerlayerdown", 16}, {"dormant", 15},
-    {"testing", 11},  {"notpresent", 1}, {"unknown", 0},  // loopback says so while it works
+    {"testing", 11},  {"notpresent", 1}, {"unknown", 0},  // loopback reports "unknown" while it works
 };
 
 // 0 unknown, 3 degraded, 6 error.
@@ -64,7 +66,7 @@ constexpr TStateCode processorStates[] = {
     {7, 1},         // other
 };
 
-// DSP0134, 7.4.2, from the best to the worst; "unknown" counts for less than any answer.
+// DSP0134, 7.4.2, from best to worst; "unknown" ranks lowest.
 constexpr TStateCode chassisStates[] = {
     {2, 0},         // unknown
     {3, statusOk},  // safe
@@ -74,13 +76,12 @@ constexpr TStateCode chassisStates[] = {
     {6, 7},         // non-recoverable
 };
 
+std::optional<TOperationalStatus> MakeStatus(std::optional<std::uint16_t> status) {
+    return status ? std::optional(TOperationalStatus{*status}) : std::nullopt;
+}
+
 std::optional<TOperationalStatus> FindWord(std::span<const TStateWord> states, std::string_view word) {
-    for (const TStateWord& row : states) {
-        if (row.word == word) {
-            return TOperationalStatus{row.status};
-        }
-    }
-    return std::nullopt;
+    return MakeStatus(FindCell(states, &TStateWord::word, word, &TStateWord::status));
 }
 
 }  // namespace
@@ -114,12 +115,9 @@ std::optional<TOperationalStatus> FindArrayStatus(std::string_view arrayState, s
 }
 
 std::optional<TOperationalStatus> FindProcessorStatus(std::uint8_t status) {
-    for (const TStateCode& row : processorStates) {
-        if (row.code == (status & 0x07)) {
-            return TOperationalStatus{row.status};
-        }
-    }
-    return std::nullopt;
+    constexpr std::uint8_t statusBits = 0x07;
+    const auto code = static_cast<std::uint8_t>(status & statusBits);
+    return MakeStatus(FindCell(processorStates, &TStateCode::code, code, &TStateCode::status));
 }
 
 std::optional<TOperationalStatus> FindChassisStatus(const std::vector<std::optional<std::uint8_t>>& states) {

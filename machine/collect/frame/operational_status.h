@@ -1,4 +1,4 @@
-// The kernel's and the firmware's words for the state of a device as CIM operational status.
+// Maps states that the kernel or the firmware reports to CIM operational status.
 #pragma once
 
 #include <cstdint>
@@ -8,32 +8,34 @@
 
 namespace NVORHOST {
 
-/// Always an array; its first element is the primary status.
+/// Never empty; the first element is the primary status.
 using TOperationalStatus = std::vector<std::uint16_t>;
 
 inline constexpr std::uint16_t statusOk = 2;
 inline constexpr std::uint16_t statusStopped = 10;
 
-/// Of the state of a SCSI disk or an NVMe controller. Absent for a word that neither driver has.
+/// Maps a SCSI or NVMe `state` attribute; nullopt for an unknown word.
 std::optional<TOperationalStatus> FindDiskStatus(std::string_view state);
 
-/// Of the operstate of a network interface (RFC 2863, as the kernel writes it). Absent for another word.
+/// Maps the `operstate` of a network interface (the kernel's words for RFC 2863); nullopt for an unknown
+/// word.
 std::optional<TOperationalStatus> FindInterfaceStatus(std::string_view state);
 
-/// Of the state of a RAID adapter's volume. Absent for a word that the kernel's RAID class does not have.
+/// Maps the `state` of a volume in the kernel's RAID class; nullopt for an unknown word.
 std::optional<TOperationalStatus> FindRaidVolumeStatus(std::string_view state);
 
-/// Of an md array from its array_state and sync_action. One that has lost disks is degraded, one whose disks
-/// are brought in step is in service besides; an array that does not run is stopped whatever else it says.
+/// Maps `array_state` and `sync_action` of an md array; nullopt for an unknown state. A running array is
+/// degraded if it has lost disks, and additionally in service while it resynchronises. An array that is not
+/// running is stopped.
 std::optional<TOperationalStatus> FindArrayStatus(std::string_view arrayState, std::uint32_t degraded,
                                                   std::string_view syncAction);
 
-/// Maps the status of an SMBIOS processor structure (bits 2:0), the state at the start. Absent for reserved
-/// codes.
+/// Maps bits 2:0 of the status of an SMBIOS processor structure, which is the state at boot; nullopt for
+/// reserved codes.
 std::optional<TOperationalStatus> FindProcessorStatus(std::uint8_t status);
 
-/// The worst of the states that an SMBIOS chassis structure gives; "unknown" only when no other answers, and
-/// nothing when none does.
+/// Maps the worst of the states of an SMBIOS chassis structure. "Unknown" counts only if there is no other;
+/// nullopt if all states are absent or reserved.
 std::optional<TOperationalStatus> FindChassisStatus(const std::vector<std::optional<std::uint8_t>>& states);
 
 }  // namespace NVORHOST

@@ -1,8 +1,7 @@
 #include "machine/collect/frame/smbios_source.h"
 
 #include "machine/collect/frame/collection.h"
-
-#include <algorithm>
+#include "text/find_row.h"
 
 namespace NVORHOST {
 namespace {
@@ -29,9 +28,7 @@ TSmbiosSource::TSmbiosSource(TCollection& collection)
 }
 
 const TSmbiosStructure* TSmbiosSource::FindFirst(std::uint8_t type) const {
-    const auto found = std::find_if(structures_.begin(), structures_.end(),
-                                    [&](const TSmbiosStructure& row) { return row.GetType() == type; });
-    return found == structures_.end() ? nullptr : &*found;
+    return FindRow(structures_, &TSmbiosStructure::GetType, type);
 }
 
 const TSmbiosSource& GetSmbios(TCollection& collection) {

@@ -1,5 +1,5 @@
-// What a collector reads, stated as patterns of paths: shown to people, and held against the accesses of real
-// runs by a test.
+// The sources of a collector as patterns of paths. Listings show them, and a test compares them with the
+// accesses of real runs.
 #pragma once
 
 #include <array>
@@ -8,11 +8,11 @@
 
 namespace NVORHOST {
 
-/// One path as on the machine, for example "/sys/block/*/size", with the stars of `MatchesPathPattern`. A
-/// folder stands for its list of names, a link for its target.
+/// A path with the wildcards of MatchesPathPattern, such as "/sys/block/*/size". The path of a folder covers
+/// listing it, the path of a link covers reading its target.
 using TSourcePattern = std::string_view;
 
-/// Two lists of patterns one behind the other, for collectors that need what another one reads as well.
+/// Concatenates two lists of patterns, for a collector that also uses a shared source.
 template <std::size_t first, std::size_t second>
 constexpr std::array<TSourcePattern, first + second> Join(const std::array<TSourcePattern, first>& a,
                                                           const std::array<TSourcePattern, second>& b) {
@@ -27,7 +27,7 @@ constexpr std::array<TSourcePattern, first + second> Join(const std::array<TSour
     return joined;
 }
 
-/// The structure table of the firmware.
+/// The SMBIOS table.
 inline constexpr std::array<TSourcePattern, 2> smbiosSources{
     "/sys/firmware/dmi/tables/DMI",
     "/sys/firmware/dmi/tables/smbios_entry_point",

@@ -59,7 +59,10 @@ void CollectComputerSystem(TCollection& collection) {
     constexpr std::uint16_t notDedicated = 0;
     TMachineIdentity identity = ReadMachineIdentity(collection);
     TComputerSystem system;
-    system.elementName = collection.GetCalls().NodeName().value_or(identity.product);
+    system.elementName = collection.GetCalls().NodeName();
+    if (!system.elementName) {
+        system.elementName = identity.product;
+    }
     system.description = std::move(identity.description);
     system.operationalStatus = ReadChassisStatus(collection);
     system.dedicated = {notDedicated};

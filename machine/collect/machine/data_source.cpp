@@ -19,7 +19,7 @@ constexpr TPropertyRow<TDataSource> dataSourceRows[] = {
 constexpr TCimClass<TDataSource> dataSourceClass{"KELSG_DataSource", dataSourceRows};
 constexpr const IClassDeclaration* classes[] = {&dataSourceClass};
 
-constexpr std::span<const TSourcePattern> sourcePatterns;  // the program knows itself
+constexpr std::span<const TSourcePattern> sourcePatterns;
 
 void CollectDataSource(TCollection& collection) {
     const TDataSource source{"noxinfo", "Inventory of this machine's hardware", "noxinfo", NOXINFO_VERSION};

@@ -38,6 +38,7 @@ constexpr TSourcePattern sourcePatterns[] = {
 
 using TAddresses = std::vector<TInterfaceAddress>;
 
+// Reads the addresses of a captured tree without the answers of system calls.
 TAddresses ReadAddressesOfTree(const ISystemFiles& files) {
     TAddresses addresses;
     const auto routes = ParseIpv4Routes(files.ReadText("/proc/net/route").value);
@@ -50,14 +51,13 @@ TAddresses ReadAddressesOfTree(const ISystemFiles& files) {
     return addresses;
 }
 
-// The kernel gives an address once for each network it is in.
-void SortOnce(TAddresses& addresses) {
+// The kernel lists an address once per network that it belongs to.
+void SortAndDeduplicate(TAddresses& addresses) {
     const auto order = [](const TInterfaceAddress& row) {
         return std::make_tuple(std::string_view(row.interface), row.address.size(),
                                std::string_view(row.address));
     };
-    std::sort(addresses.begin(), addresses.end(),
-              [&](const auto& a, const auto& b) { return order(a) < order(b); });
+    std::ranges::sort(addresses, {}, order);
     const auto isSame = [&](const auto& a, const auto& b) { return order(a) == order(b); };
     addresses.erase(std::unique(addresses.begin(), addresses.end(), isSame), addresses.end());
 }
@@ -82,7 +82,7 @@ void CollectIpEndpoints(TCollection& collection) {
     const ISystemFiles& files = collection.GetFiles();
     const auto answer = collection.GetCalls().InterfaceAddresses();
     TAddresses addresses = answer ? *answer : ReadAddressesOfTree(files);
-    SortOnce(addresses);
+    SortAndDeduplicate(addresses);
     for (const TInterfaceAddress& row : addresses) {
         if (const auto text = FormatIpAddress(row.address)) {
             collection.Commit(ipEndpointClass, MakeEndpoint(files, row, *text));

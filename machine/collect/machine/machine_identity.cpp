@@ -8,68 +8,44 @@
 #include "machine/parse/acpi_table.h"
 #include "machine/parse/device_tree.h"
 #include "machine/parse/placeholders.h"
-#include "text/numbers.h"
+#include "machine/parse/smbios_system.h"
+#include "text/ascii.h"
+#include "text/find_row.h"
+#include "text/trim.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <string_view>
 
 namespace NVORHOST {
 namespace {
 
-// What one source can tell; members it cannot are absent.
-struct TIdentityParts {
-    std::optional<std::string> manufacturer, product, serial, uuid, description;
-};
+void SetIfAbsent(std::optional<std::string>& member, std::optional<std::string> found) {
+    if (!member) {
+        member = std::move(found);
+    }
+}
 
 // ---- firmware
 
-struct TFirmwareTexts {
-    std::optional<std::string> manufacturer, product, serial, uuid, boardManufacturer, boardProduct,
-        chassisSerial;
-    std::optional<std::uint8_t> chassisKind;
-};
-
-TIdentityParts FromFirmwareTexts(TFirmwareTexts texts) {
-    TIdentityParts parts;
-    parts.manufacturer = WithoutPlaceholder(std::move(texts.manufacturer));
-    parts.product = WithoutPlaceholder(std::move(texts.product));
-    parts.serial = WithoutPlaceholder(std::move(texts.serial));
-    if (!parts.serial) {
-        parts.serial = WithoutPlaceholder(std::move(texts.chassisSerial));
+void SetChassisKind(std::optional<std::uint8_t> kind, TMachineIdentity& identity) {
+    if (const auto name = kind ? FindChassisKindName(*kind) : std::nullopt) {
+        SetIfAbsent(identity.description, "Computer system, " + std::string(*name));
     }
-    parts.uuid = std::move(texts.uuid);
-    // Machines built from parts leave the system's names open and are known by their board's.
-    if (!parts.product) {
-        parts.product = WithoutPlaceholder(std::move(texts.boardProduct));
-    }
-    if (!parts.manufacturer) {
-        parts.manufacturer = WithoutPlaceholder(std::move(texts.boardManufacturer));
-    }
-    const std::string_view kind =
-        texts.chassisKind ? FindChassisKindName(*texts.chassisKind).value_or("") : "";
-    if (!kind.empty()) {
-        parts.description = "Computer system, " + std::string(kind);
-    }
-    return parts;
-}
-
-std::string ToUpperCase(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; });
-    return text;
 }
 
 std::optional<std::string> ReadUuid(const ISystemFiles& files, std::string_view path) {
-    auto uuid = ReadAttribute(files, path);
-    return uuid && !IsPlaceholderUuid(*uuid) ? std::optional(ToUpperCase(std::move(*uuid))) : std::nullopt;
+    const auto uuid = ReadAttribute(files, path);
+    return uuid && !IsPlaceholderUuid(*uuid) ? std::optional(ToUpperCase(*uuid)) : std::nullopt;
 }
 
 std::optional<std::string> ReadDmiUuid(const ISystemFiles& files) {
-    const std::string folder(FindDmiFolder(files));
-    return folder.empty() ? std::nullopt : ReadUuid(files, folder + "/product_uuid");
+    const auto folder = FindDmiFolder(files);
+    return folder ? ReadUuid(files, *folder + "/product_uuid") : std::nullopt;
 }
 
-// A blade's number and that of its enclosure differ: with several chassis none of them is the machine's.
+// Returns nullopt if there are several chassis, such as a blade and its enclosure: neither is the machine's
+// for sure.
 std::optional<std::string> FindOnlyChassisSerial(const TSmbiosSource& smbios) {
     constexpr std::uint8_t chassisType = 3;
     const auto isChassis = [](const TSmbiosStructure& row) { return row.GetType() == chassisType; };
@@ -79,88 +55,82 @@ std::optional<std::string> FindOnlyChassisSerial(const TSmbiosSource& smbios) {
     return ParseSmbiosChassis(*smbios.FindFirst(chassisType)).serial;
 }
 
-TIdentityParts FromSmbios(TCollection& collection) {
+void FillFromSmbios(TCollection& collection, TMachineIdentity& identity) {
     const TSmbiosSource& smbios = GetSmbios(collection);
-    TFirmwareTexts texts;
     if (const TSmbiosStructure* structure = smbios.FindFirst(1)) {
-        TSmbiosSystem system = ParseSmbiosSystem(*structure, smbios.GetVersion());
-        texts.manufacturer = std::move(system.manufacturer);
-        texts.product = std::move(system.product);
-        texts.serial = std::move(system.serial);
-        // The version decides the order of the UUID's bytes; without it only the kernel knows the order.
-        texts.uuid = smbios.GetVersion() ? std::move(system.uuid) : ReadDmiUuid(collection.GetFiles());
+        const TSmbiosSystem system = ParseSmbiosSystem(*structure, smbios.GetVersion());
+        SetIfAbsent(identity.manufacturer, WithoutPlaceholder(system.manufacturer));
+        SetIfAbsent(identity.product, WithoutPlaceholder(system.product));
+        SetIfAbsent(identity.serial, WithoutPlaceholder(system.serial));
+        // The byte order of the UUID depends on the version. If the version is unknown, use the kernel's
+        // text.
+        SetIfAbsent(identity.uuid, smbios.GetVersion() ? system.uuid : ReadDmiUuid(collection.GetFiles()));
     }
+    SetIfAbsent(identity.serial, WithoutPlaceholder(FindOnlyChassisSerial(smbios)));
+    // Self-built machines have no system names, so the names of the board are used.
     if (const TSmbiosStructure* structure = smbios.FindFirst(2)) {
-        TSmbiosBoard board = ParseSmbiosBoard(*structure);
-        texts.boardManufacturer = std::move(board.manufacturer);
-        texts.boardProduct = std::move(board.product);
+        const TSmbiosBoard board = ParseSmbiosBoard(*structure);
+        SetIfAbsent(identity.product, WithoutPlaceholder(board.product));
+        SetIfAbsent(identity.manufacturer, WithoutPlaceholder(board.manufacturer));
     }
     if (const TSmbiosStructure* structure = smbios.FindFirst(3)) {
-        texts.chassisKind = ParseSmbiosChassis(*structure).kind;
+        SetChassisKind(ParseSmbiosChassis(*structure).kind, identity);
     }
-    texts.chassisSerial = FindOnlyChassisSerial(smbios);
-    return FromFirmwareTexts(std::move(texts));
 }
 
-TIdentityParts FromDmiClass(TCollection& collection) {
+void FillFromDmiClass(TCollection& collection, TMachineIdentity& identity) {
     const ISystemFiles& files = collection.GetFiles();
-    const std::string folder(FindDmiFolder(files));
-    if (folder.empty()) {
-        return {};
+    const auto folder = FindDmiFolder(files);
+    if (!folder) {
+        return;
     }
     const auto read = [&](std::string_view name) {
-        return ReadAttribute(files, folder + "/" + std::string(name));
+        return WithoutPlaceholder(ReadAttribute(files, *folder + "/" + std::string(name)));
     };
-    TFirmwareTexts texts;
-    texts.manufacturer = read("sys_vendor");
-    texts.product = read("product_name");
-    texts.serial = read("product_serial");
-    texts.uuid = ReadDmiUuid(files);
-    texts.boardManufacturer = read("board_vendor");
-    texts.boardProduct = read("board_name");
-    // FromSmbios has read the table, which has the number of chassis.
+    SetIfAbsent(identity.manufacturer, read("sys_vendor"));
+    SetIfAbsent(identity.product, read("product_name"));
+    SetIfAbsent(identity.serial, read("product_serial"));
+    SetIfAbsent(identity.uuid, ReadDmiUuid(files));
+    SetIfAbsent(identity.manufacturer, read("board_vendor"));
+    SetIfAbsent(identity.product, read("board_name"));
+    // If the table is readable, FillFromSmbios has already considered the chassis.
     if (GetSmbios(collection).GetStructures().empty()) {
-        texts.chassisSerial = read("chassis_serial");
+        SetIfAbsent(identity.serial, read("chassis_serial"));
     }
-    texts.chassisKind = ReadNumber<std::uint8_t>(files, folder + "/chassis_type");
-    return FromFirmwareTexts(std::move(texts));
+    SetChassisKind(ReadNumber<std::uint8_t>(files, *folder + "/chassis_type"), identity);
 }
 
 // ---- machines without SMBIOS
 
-TIdentityParts FromDeviceTree(TCollection& collection) {
+void FillFromDeviceTree(TCollection& collection, TMachineIdentity& identity) {
     const ISystemFiles& files = collection.GetFiles();
     if (!files.Exists("/proc/device-tree")) {
-        return {};
+        return;
     }
     const auto read = [&](std::string_view name) {
         const auto bytes = files.ReadText("/proc/device-tree/" + std::string(name));
         return WithoutPlaceholder(ParseDeviceTreeString(bytes.value));
     };
-    TIdentityParts parts;
-    parts.product = read("model");
-    if (!parts.product) {
-        parts.product = read("compatible");
+    SetIfAbsent(identity.product, read("model"));
+    if (!identity.product) {
+        identity.product = read("compatible");
     }
-    parts.serial = read("serial-number");
+    SetIfAbsent(identity.serial, read("serial-number"));
     if (const auto uuid = read("vm,uuid"); uuid && !IsPlaceholderUuid(*uuid)) {
-        parts.uuid = ToUpperCase(*uuid);
+        SetIfAbsent(identity.uuid, ToUpperCase(*uuid));
     }
-    return parts;
 }
 
 constexpr std::string_view virtualMachine = "Virtual machine";
 constexpr std::string_view hypervisorType = "/sys/hypervisor/type";
+constexpr std::size_t acpiHeaderBytes = 36;
 
-TIdentityParts FromXen(TCollection& collection) {
+void FillFromXen(TCollection& collection, TMachineIdentity& identity) {
     const ISystemFiles& files = collection.GetFiles();
-    if (ReadAttribute(files, hypervisorType) != "xen") {
-        return {};
+    if (ReadAttribute(files, hypervisorType) == "xen") {
+        SetIfAbsent(identity.product, "Xen virtual machine");
+        SetIfAbsent(identity.uuid, ReadUuid(files, "/sys/hypervisor/uuid"));
     }
-    TIdentityParts parts;
-    parts.product = "Xen virtual machine";
-    parts.uuid = ReadUuid(files, "/sys/hypervisor/uuid");
-    return parts;
 }
 
 struct THypervisor {
@@ -192,56 +162,49 @@ constexpr THypervisor hypervisors[] = {
     {"UnisysSpar64", "s-Par", "s-Par virtual machine"},
 };
 
-// Null for a signature that is not listed.
+// Returns null for an unknown signature.
 const THypervisor* FindHypervisor(std::string_view signature) {
-    const auto* const row = std::ranges::find(hypervisors, signature, &THypervisor::signature);
-    return row == std::end(hypervisors) ? nullptr : row;
+    return FindRow(hypervisors, &THypervisor::signature, signature);
 }
 
-TIdentityParts FromHypervisor(TCollection& collection) {
+void FillFromHypervisor(TCollection& collection, TMachineIdentity& identity) {
     const auto signature = collection.GetCalls().HypervisorSignature();
-    if (!signature) {
-        return {};
+    if (signature) {
+        const THypervisor* hypervisor = FindHypervisor(*signature);
+        SetIfAbsent(identity.product,
+                    std::string(hypervisor != nullptr ? hypervisor->product : virtualMachine));
     }
-    const THypervisor* hypervisor = FindHypervisor(*signature);
-    TIdentityParts parts;
-    parts.product = hypervisor != nullptr ? hypervisor->product : virtualMachine;
-    return parts;
 }
 
-TIdentityParts FromAcpi(TCollection& collection) {
+void FillFromAcpi(TCollection& collection, TMachineIdentity& identity) {
     // Every machine with ACPI has this table.
-    const auto bytes = collection.GetFiles().ReadBytes("/sys/firmware/acpi/tables/FACP", 36);
+    const auto bytes = collection.GetFiles().ReadBytes("/sys/firmware/acpi/tables/FACP", acpiHeaderBytes);
     const auto origin = ParseAcpiTableOrigin(bytes.value);
-    if (!origin || IsPlaceholder(origin->oemId) || IsPlaceholder(origin->oemTableId)) {
-        return {};
+    if (origin && !IsPlaceholder(origin->oemId) && !IsPlaceholder(origin->oemTableId)) {
+        SetIfAbsent(identity.manufacturer, std::string(TrimBlanks(origin->oemId)));
+        SetIfAbsent(identity.product, std::string(TrimBlanks(origin->oemTableId)));
     }
-    TIdentityParts parts;
-    parts.manufacturer = TrimBlanks(origin->oemId);
-    parts.product = TrimBlanks(origin->oemTableId);
-    return parts;
 }
 
-TIdentityParts FromProcessor(TCollection& collection) {
-    TIdentityParts parts;
+void FillFromProcessor(TCollection& collection, TMachineIdentity& identity) {
     const auto& processors = GetLogicalProcessors(collection);
     if (!processors.empty() && !processors.front().model.empty()) {
-        parts.product = processors.front().model + " computer";
+        SetIfAbsent(identity.product, processors.front().model + " computer");
     } else if (const auto architecture = collection.GetCalls().Architecture()) {
-        parts.product = *architecture + " computer";
+        SetIfAbsent(identity.product, *architecture + " computer");
     } else {
-        parts.product = "Computer";
+        SetIfAbsent(identity.product, "Computer");
     }
-    return parts;
 }
 
-constexpr TIdentityParts (*identitySources[])(TCollection& collection) = {
-    FromSmbios, FromDmiClass, FromDeviceTree, FromXen, FromHypervisor, FromAcpi, FromProcessor,
+constexpr void (*identitySources[])(TCollection& collection, TMachineIdentity& identity) = {
+    FillFromSmbios,     FillFromDmiClass, FillFromDeviceTree, FillFromXen,
+    FillFromHypervisor, FillFromAcpi,     FillFromProcessor,
 };
 
 // ---- virtual machines
 
-// Xen's first domain runs on the machine itself and has the hypervisor's flags all the same.
+// Xen's control domain has direct access to the machine, although the processor reports a hypervisor.
 bool IsControlDomain(const ISystemFiles& files) {
     constexpr std::uint32_t isControlDomain = 1U << 11U;
     const auto features = ReadHexNumber<std::uint32_t>(files, "/sys/hypervisor/properties/features");
@@ -264,7 +227,7 @@ bool IsVirtual(TCollection& collection) {
            collection.GetCalls().HypervisorSignature();
 }
 
-// "Virtual machine, KVM".
+// Returns, for example, "Virtual machine, KVM".
 std::string DescribeVirtualMachine(TCollection& collection) {
     std::string_view name;
     if (const auto signature = collection.GetCalls().HypervisorSignature()) {
@@ -277,31 +240,21 @@ std::string DescribeVirtualMachine(TCollection& collection) {
     return std::string(virtualMachine) + (name.empty() ? "" : ", " + std::string(name));
 }
 
-void FillIn(std::optional<std::string>& part, std::optional<std::string>&& found) {
-    if (!part) {
-        part = std::move(found);
-    }
-}
-
 }  // namespace
 
 TMachineIdentity ReadMachineIdentity(TCollection& collection) {
-    TIdentityParts known;
-    for (const auto source : identitySources) {
-        if (known.product) {
+    TMachineIdentity identity;
+    for (const auto fill : identitySources) {
+        fill(collection, identity);
+        if (identity.product) {
             break;
         }
-        TIdentityParts found = source(collection);
-        FillIn(known.manufacturer, std::move(found.manufacturer));
-        FillIn(known.product, std::move(found.product));
-        FillIn(known.serial, std::move(found.serial));
-        FillIn(known.uuid, std::move(found.uuid));
-        FillIn(known.description, std::move(found.description));
     }
-    return {std::move(known.manufacturer), std::move(*known.product), std::move(known.serial),
-            std::move(known.uuid),
-            IsVirtual(collection) ? DescribeVirtualMachine(collection)
-                                  : known.description.value_or("Computer system")};
+    if (IsVirtual(collection)) {
+        identity.description = DescribeVirtualMachine(collection);
+    }
+    SetIfAbsent(identity.description, "Computer system");
+    return identity;
 }
 
 }  // namespace NVORHOST

@@ -1,7 +1,5 @@
-// Who made the machine and what it is called, from the first source that can tell.
+// Manufacturer, product, serial number and UUID of the machine.
 #pragma once
-
-#include "machine/parse/smbios_system.h"
 
 #include <optional>
 #include <string>
@@ -10,20 +8,21 @@ namespace NVORHOST {
 
 class TCollection;
 
-/// Placeholders of firmware count as absent.
+/// Placeholders of the firmware count as absent.
 struct TMachineIdentity {
     std::optional<std::string> manufacturer;
-    std::string product;  ///< never empty
+    std::optional<std::string> product;
     std::optional<std::string> serial;
     std::optional<std::string> uuid;  ///< canonical text, upper case
-    /// The kind of machine, never empty: "Computer system, Tower"; "Virtual machine, KVM" also where the
-    /// firmware has a chassis.
-    std::string description;
+    /// Kind of machine: "Computer system, Tower"; "Virtual machine, KVM" even if the firmware reports a
+    /// chassis.
+    std::optional<std::string> description;
 };
 
-/// Sources, in this order: SMBIOS table, the kernel's excerpt of it (which every user may read), device tree,
-/// Xen, the hypervisor's signature, the maker of the ACPI tables, the processor. The first that names the
-/// product decides; sources asked before it keep what they knew beside.
+/// Reads the identity from these sources in order: SMBIOS table; the kernel's excerpt of it, which every user
+/// may read; device tree; Xen; signature of the hypervisor; manufacturer of the ACPI tables; processor. It
+/// stops at the first source that has a product; each member comes from the first source that has it.
+/// `product` and `description` are always set.
 TMachineIdentity ReadMachineIdentity(TCollection& collection);
 
 }  // namespace NVORHOST

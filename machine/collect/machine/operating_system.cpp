@@ -8,6 +8,7 @@
 #include "machine/parse/proc_version.h"
 #include "machine/parse/release_files.h"
 #include "machine/parse/utmp.h"
+#include "text/ascii.h"
 
 #include <algorithm>
 
@@ -57,7 +58,7 @@ constexpr std::array<TSourcePattern, 10> sourcePatterns{
     "/run/utmp",
 };
 
-// Systems from before os-release; the first file that names the system counts.
+// Release files of systems older than os-release. The first file that names the system is used.
 struct TReleaseFile {
     std::string_view path;
     TOsRelease (*parse)(std::string_view text);
@@ -99,7 +100,7 @@ TOsRelease ReadOsRelease(const ISystemFiles& files) {
     return release;
 }
 
-// A captured tree may lack the answers of system calls.
+// Falls back to /proc/version for a captured tree without the answers of system calls.
 std::optional<std::string> FindKernelRelease(TCollection& collection) {
     if (auto release = collection.GetCalls().KernelRelease()) {
         return release;
@@ -107,7 +108,7 @@ std::optional<std::string> FindKernelRelease(TCollection& collection) {
     return ParseKernelRelease(collection.GetFiles().ReadText("/proc/version").value);
 }
 
-// "6.1.0-13-amd64" begins with the number 6.1.0.
+// Returns the leading number of a release: "6.1.0" for "6.1.0-13-amd64".
 std::optional<std::string> KernelNumber(const std::optional<std::string>& release) {
     if (!release) {
         return std::nullopt;
@@ -146,12 +147,11 @@ void SetTimes(TCollection& collection, TOperatingSystem& system) {
     }
 }
 
-// Process folders are the names of digits only. A tree without any was not captured with its processes.
+// The folder of a process has a name of digits. A captured tree without such folders lacks the processes.
 std::optional<std::uint32_t> CountProcesses(const ISystemFiles& files) {
     const auto names = files.List("/proc").value;
-    const auto count = std::count_if(names.begin(), names.end(), [](const std::string& name) {
-        return name.find_first_not_of("0123456789") == std::string::npos;
-    });
+    const auto isProcess = [](const std::string& name) { return std::ranges::all_of(name, IsDigit); };
+    const auto count = std::ranges::count_if(names, isProcess);
     return count == 0 ? std::nullopt : std::optional(static_cast<std::uint32_t>(count));
 }
 

@@ -5,6 +5,7 @@
 #include "machine/collect/frame/collector.h"
 #include "machine/parse/proc_stat.h"
 #include "machine/parse/process_stat.h"
+#include "text/find_row.h"
 #include "text/numbers.h"
 
 #include <algorithm>
@@ -47,24 +48,27 @@ constexpr std::uint16_t unknownState = 0;
 constexpr std::uint16_t blocked = 4;
 
 constexpr TStateLetter stateLetters[] = {
-    {'R', 3},                            // running
-    {'S', blocked},                      // asleep until something happens
-    {'D', blocked},                      // the same, and no signal wakes it
-    {'I', blocked},                      // idle kernel thread
-    {'T', 8},                            // stopped
-    {'t', 8},                            // stopped by a debugger
-    {'Z', 7},                            // terminated, its parent has not asked yet
-    {'X', 7},       {'x', 7}, {'P', 1},  // parked
-    {'K', 1},                            // wakekill and waking: names of kernels before 4.14
-    {'W', 1},
+    {'R', 3},        // running
+    {'S', blocked},  // interruptible sleep
+    {'D', blocked},  // uninterruptible sleep
+    {'I', blocked},  // idle kernel thread
+    {'T', 8},        // stopped
+    {'t', 8},        // stopped by a debugger
+    {'Z', 7},        // terminated, not yet reaped by its parent
+    {'X', 7},        // dead
+    {'x', 7},        // dead
+    {'P', 1},        // parked
+    {'K', 1},        // wakekill, before Linux 4.14
+    {'W', 1},        // waking, before Linux 4.14
 };
 
 std::uint16_t FindExecutionState(char letter) {
-    const auto* const row = std::ranges::find(stateLetters, letter, &TStateLetter::letter);
-    return row == std::end(stateLetters) ? unknownState : row->executionState;
+    return FindCell(stateLetters, &TStateLetter::letter, letter, &TStateLetter::executionState)
+        .value_or(unknownState);
 }
 
-// The kernel's own scale, from 0 for the highest real-time priority to 139. Deadline scheduling has none.
+// Converts to the kernel's internal scale, from 0 for the highest real-time priority to 139. A process with
+// deadline scheduling has no priority.
 std::optional<std::uint32_t> ToPriority(std::int32_t priority) {
     constexpr std::int32_t shift = 100;
     return priority < -shift ? std::nullopt : std::optional(static_cast<std::uint32_t>(priority + shift));
@@ -77,7 +81,7 @@ std::vector<std::uint32_t> ListProcesses(const ISystemFiles& files) {
             numbers.push_back(*number);
         }
     }
-    std::sort(numbers.begin(), numbers.end());
+    std::ranges::sort(numbers);
     return numbers;
 }
 

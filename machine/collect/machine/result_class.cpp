@@ -18,7 +18,7 @@ constexpr TPropertyRow<TResult> resultRows[] = {
 constexpr TCimClass<TResult> resultClass{"KELSG_CADAT", resultRows};
 constexpr const IClassDeclaration* classes[] = {&resultClass};
 
-constexpr std::span<const TSourcePattern> sourcePatterns;  // a declaration, no collection
+constexpr std::span<const TSourcePattern> sourcePatterns;
 
 void CollectResults(TCollection&) {}
 

@@ -1,7 +1,6 @@
 #include "machine/collect/memory/memory_kind.h"
 
-#include <algorithm>
-#include <iterator>
+#include "text/find_row.h"
 
 namespace NVORHOST {
 namespace {
@@ -9,32 +8,23 @@ namespace {
 // CIM_PhysicalComponent.RemovalConditions.
 constexpr std::optional<std::uint16_t> soldered = 2;  // not applicable
 constexpr std::optional<std::uint16_t> whenOff = 3;
-constexpr std::optional<std::uint16_t> untold = std::nullopt;
+constexpr std::optional<std::uint16_t> unspecified = std::nullopt;
 
 // DSP0134, 7.18.1.
 constexpr TMemoryFormFactor formFactors[] = {
-    {0x01, "", 1, untold},
-    {0x02, "", 0, untold},
-    {0x03, "SIMM", 7, whenOff},
-    {0x04, "SIP", 2, untold},
-    {0x05, "chip", 1, soldered},
-    {0x06, "DIP", 3, untold},
-    {0x07, "ZIP", 4, untold},
-    {0x08, "proprietary card", 6, untold},
-    {0x09, "DIMM", 8, whenOff},
-    {0x0A, "TSOP", 9, untold},
-    {0x0B, "row of chips", 1, soldered},
-    {0x0C, "RIMM", 11, whenOff},
-    {0x0D, "SODIMM", 12, whenOff},
-    {0x0E, "SRIMM", 13, whenOff},
-    {0x0F, "FB-DIMM", 1, whenOff},
-    {0x10, "die", 1, soldered},
-    {0x11, "CAMM", 1, whenOff},
-    {0x12, "CUDIMM", 1, whenOff},
+    {0x01, "", 1, unspecified},          {0x02, "", 0, unspecified},
+    {0x03, "SIMM", 7, whenOff},          {0x04, "SIP", 2, unspecified},
+    {0x05, "chip", 1, soldered},         {0x06, "DIP", 3, unspecified},
+    {0x07, "ZIP", 4, unspecified},       {0x08, "proprietary card", 6, unspecified},
+    {0x09, "DIMM", 8, whenOff},          {0x0A, "TSOP", 9, unspecified},
+    {0x0B, "row of chips", 1, soldered}, {0x0C, "RIMM", 11, whenOff},
+    {0x0D, "SODIMM", 12, whenOff},       {0x0E, "SRIMM", 13, whenOff},
+    {0x0F, "FB-DIMM", 1, whenOff},       {0x10, "die", 1, soldered},
+    {0x11, "CAMM", 1, whenOff},          {0x12, "CUDIMM", 1, whenOff},
     {0x13, "CSODIMM", 1, whenOff},
 };
 
-// DSP0134, 7.18.2. The two lists have the same numbers for 01h and from 18h to 1Eh only.
+// DSP0134, 7.18.2. The SMBIOS and CIM codes are the same for 01h and from 18h to 1Eh only.
 constexpr TMemoryKind kinds[] = {
     {0x01, "", 1},        {0x02, "", 0},        {0x03, "DRAM", 2},    {0x04, "EDRAM", 6},
     {0x05, "VRAM", 7},    {0x06, "SRAM", 8},    {0x07, "RAM", 9},     {0x08, "ROM", 10},
@@ -50,13 +40,11 @@ constexpr TMemoryKind kinds[] = {
 }  // namespace
 
 const TMemoryFormFactor* FindMemoryFormFactor(std::uint8_t code) {
-    const auto* const row = std::ranges::find(formFactors, code, &TMemoryFormFactor::code);
-    return row == std::end(formFactors) ? nullptr : row;
+    return FindRow(formFactors, &TMemoryFormFactor::code, code);
 }
 
 const TMemoryKind* FindMemoryKind(std::uint8_t code) {
-    const auto* const row = std::ranges::find(kinds, code, &TMemoryKind::code);
-    return row == std::end(kinds) ? nullptr : row;
+    return FindRow(kinds, &TMemoryKind::code, code);
 }
 
 }  // namespace NVORHOST

@@ -1,4 +1,4 @@
-// Code lists of SMBIOS memory devices: their names, and the codes that CIM has for them.
+// Form factors and types of SMBIOS memory devices: their names and the corresponding CIM codes.
 #pragma once
 
 #include <cstdint>
@@ -15,15 +15,17 @@ struct TMemoryFormFactor {
     std::optional<std::uint16_t> removalConditions;  ///< CIM_PhysicalComponent.RemovalConditions
 };
 
-/// A memory type, 12h.
+/// A memory type, SMBIOS type 17, 12h.
 struct TMemoryKind {
     std::uint8_t code;
     std::string_view name;        ///< empty for Other and Unknown
     std::uint16_t cimMemoryType;  ///< CIM_PhysicalMemory.MemoryType
 };
 
-/// Null for codes that the reference does not list.
+/// Returns the row of a form factor; null for a code that DSP0134 does not list.
 const TMemoryFormFactor* FindMemoryFormFactor(std::uint8_t code);
+
+/// Returns the row of a memory type; null for a code that DSP0134 does not list.
 const TMemoryKind* FindMemoryKind(std::uint8_t code);
 
 }  // namespace NVORHOST

@@ -9,6 +9,8 @@
 #include "machine/collect/memory/spd_source.h"
 #include "machine/parse/placeholders.h"
 #include "machine/parse/smbios_memory.h"
+#include "text/ascii.h"
+#include "text/hex.h"
 
 #include <algorithm>
 #include <unordered_map>
@@ -27,7 +29,7 @@ struct TMemoryModule {
 constexpr TPropertyRow<TMemoryModule> memoryModuleRows[] = {
     {"ElementName", &TMemoryModule::elementName},
     {"Description", &TMemoryModule::description},
-    {"ManufactureDate", TUnavailable{ECimType::eDateTime}},  // modules tell the week, not the day
+    {"ManufactureDate", TUnavailable{ECimType::eDateTime}},  // modules have the week, not the day
     {"Manufacturer", &TMemoryModule::manufacturer},
     {"Model", TUnavailable{ECimType::eString}},
     {"PartNumber", &TMemoryModule::partNumber},
@@ -51,7 +53,7 @@ constexpr const IClassDeclaration* classes[] = {&memoryModuleClass};
 
 constexpr auto sourcePatterns = Join(smbiosSources, spdSources);
 
-// ---- what the table tells
+// ---- structures of the table
 
 std::vector<TSmbiosMemoryDevice> ReadSockets(const std::vector<TSmbiosStructure>& structures) {
     constexpr std::uint8_t deviceType = 17;
@@ -66,7 +68,7 @@ std::vector<TSmbiosMemoryDevice> ReadSockets(const std::vector<TSmbiosStructure>
 
 using TDeviceAddresses = std::unordered_map<std::uint16_t, std::vector<TSmbiosDeviceAddress>>;
 
-// By the handle of the device.
+// Groups the mapped addresses by the handle of their device.
 TDeviceAddresses ReadDeviceAddresses(const std::vector<TSmbiosStructure>& structures) {
     constexpr std::uint8_t deviceAddressType = 20;
     TDeviceAddresses addresses;
@@ -82,18 +84,17 @@ TDeviceAddresses ReadDeviceAddresses(const std::vector<TSmbiosStructure>& struct
     return addresses;
 }
 
-// A device that is mapped in several pieces has a position when all of them say the same.
+// Returns the position of a device if all of its address ranges agree on it.
 std::optional<std::uint32_t> FindCommon(const std::vector<TSmbiosDeviceAddress>& addresses,
                                         std::optional<std::uint8_t> TSmbiosDeviceAddress::*member) {
     const auto& position = addresses.front().*member;
-    const bool isCommon =
-        std::all_of(addresses.begin(), addresses.end(),
-                    [&](const TSmbiosDeviceAddress& address) { return address.*member == position; });
+    const bool isCommon = std::ranges::all_of(
+        addresses, [&](const TSmbiosDeviceAddress& address) { return address.*member == position; });
     return isCommon && position ? std::optional<std::uint32_t>(*position) : std::nullopt;
 }
 
 void SetWidths(const TSmbiosMemoryDevice& device, TMemoryModule& module) {
-    constexpr std::uint16_t checkBitsOnly = 8;  // a module for error correction has no data bits
+    constexpr std::uint16_t checkBitsOnly = 8;  // a module for error correction only has no data bits
     if (device.totalWidthBits.value_or(0) != 0) {
         module.totalWidthBits = device.totalWidthBits;
     }
@@ -114,12 +115,12 @@ void SetKinds(const TSmbiosMemoryDevice& device, TMemoryModule& module) {
 
 // ---- names
 
-// "Memory module, DDR4 DIMM, made in week 7 of 2019".
+// Returns, for example, "Memory module, DDR4 DIMM, made in week 7 of 2019".
 std::string Describe(const TSmbiosMemoryDevice& device, const TSpdModule* eeprom) {
     const auto* kind = device.kind ? FindMemoryKind(*device.kind) : nullptr;
     const auto* factor = device.formFactor ? FindMemoryFormFactor(*device.formFactor) : nullptr;
     std::string name(kind != nullptr ? kind->name : "");
-    if (factor != nullptr && !name.ends_with(factor->name)) {  // as "DDR2 FB-DIMM" does
+    if (factor != nullptr && !name.ends_with(factor->name)) {  // "DDR2 FB-DIMM" contains the form factor
         name += (name.empty() ? "" : " ") + std::string(factor->name);
     }
     std::string description = "Memory module" + (name.empty() ? "" : ", " + name);
@@ -130,15 +131,13 @@ std::string Describe(const TSmbiosMemoryDevice& device, const TSpdModule* eeprom
     return description;
 }
 
-// Firmware that does not know the maker's name writes its number: "00CE00B300CE".
-bool IsMakerNumber(std::string_view text) {
-    constexpr std::string_view hexadecimal = "0123456789ABCDEFabcdef";
-    return text.find_first_not_of(hexadecimal) == std::string_view::npos &&
-           text.find_first_of("0123456789") != std::string_view::npos;
+// Firmware without a name for the manufacturer writes its JEDEC number: "00CE00B300CE".
+bool IsManufacturerNumber(std::string_view text) {
+    return IsHex(text) && std::ranges::any_of(text, IsDigit);
 }
 
 std::optional<std::string> MakeElementName(const TMemoryModule& module) {
-    if (module.partNumber && module.manufacturer && !IsMakerNumber(*module.manufacturer)) {
+    if (module.partNumber && module.manufacturer && !IsManufacturerNumber(*module.manufacturer)) {
         return *module.manufacturer + " " + *module.partNumber;
     }
     return module.partNumber;
@@ -173,13 +172,12 @@ TMemoryModule MakeModule(const TSmbiosMemoryDevice& device, const TSpdModule* ee
 std::vector<TKeySource> MakeKeySources(const std::vector<TSmbiosMemoryDevice>& sockets) {
     std::vector<TNamedPlace> places;
     for (const TSmbiosMemoryDevice& socket : sockets) {
-        places.push_back(
-            {WithoutPlaceholder(socket.locator).value_or(""), WithoutPlaceholder(socket.bank).value_or("")});
+        places.push_back({WithoutPlaceholder(socket.locator), WithoutPlaceholder(socket.bank)});
     }
     return MakePlaceKeySources(places, "memory device");
 }
 
-// An empty socket may keep the texts of its last module.
+// An empty socket may still have the texts of its last module, which are ignored.
 std::vector<TModuleTexts> MakeModuleTexts(const std::vector<TSmbiosMemoryDevice>& sockets) {
     std::vector<TModuleTexts> texts;
     for (const TSmbiosMemoryDevice& socket : sockets) {
@@ -194,7 +192,7 @@ void CollectMemoryModules(TCollection& collection) {
     const auto& structures = GetSmbios(collection).GetStructures();
     const auto sockets = ReadSockets(structures);
     if (sockets.empty()) {
-        return;  // nothing that an EEPROM could be tied to
+        return;  // an EEPROM could not be matched to a module
     }
     const auto addresses = ReadDeviceAddresses(structures);
     const auto eeproms = ReadSpdModules(collection.GetFiles());

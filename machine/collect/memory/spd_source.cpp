@@ -1,6 +1,7 @@
 #include "machine/collect/memory/spd_source.h"
 
-#include "text/numbers.h"
+#include "text/ascii.h"
+#include "text/trim.h"
 
 #include <algorithm>
 #include <string_view>
@@ -8,7 +9,7 @@
 namespace NVORHOST {
 namespace {
 
-// Drivers of EEPROMs on memory modules: DDR4, DDR5, and any kind, older modules' among them.
+// Drivers for the EEPROMs of DDR4 modules, of DDR5 modules, and of any kind, including older modules.
 constexpr std::string_view driverFolders[] = {
     "/sys/bus/i2c/drivers/ee1004",
     "/sys/bus/i2c/drivers/spd5118",
@@ -17,14 +18,7 @@ constexpr std::string_view driverFolders[] = {
 
 constexpr std::size_t maxEepromBytes = 1024;
 
-std::string ToUpperCase(std::string_view text) {
-    std::string upper(TrimBlanks(text));
-    std::transform(upper.begin(), upper.end(), upper.begin(),
-                   [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; });
-    return upper;
-}
-
-// "1A2B3C4D" is "4D3C2B1A".
+// Returns "4D3C2B1A" for "1A2B3C4D".
 std::string ReverseBytes(const std::string& digits) {
     std::string reversed;
     for (std::size_t i = digits.size(); i >= 2; i -= 2) {
@@ -34,12 +28,12 @@ std::string ReverseBytes(const std::string& digits) {
 }
 
 bool IsSameSerial(const std::string& firmware, const std::string& eeprom) {
-    const std::string digits = ToUpperCase(firmware);
+    const std::string digits = ToUpperCase(TrimBlanks(firmware));
     return digits == eeprom || digits == ReverseBytes(eeprom);
 }
 
 bool IsSamePart(const std::string& firmware, const std::string& eeprom) {
-    return ToUpperCase(firmware) == ToUpperCase(eeprom);
+    return EqualIgnoringCase(TrimBlanks(firmware), TrimBlanks(eeprom));
 }
 
 bool FitsBySerial(const TModuleTexts& module, const TSpdModule& eeprom) {
@@ -54,7 +48,7 @@ bool FitsByPart(const TModuleTexts& module, const TSpdModule& eeprom) {
     return !haveSerials && module.part && eeprom.part && IsSamePart(*module.part, *eeprom.part);
 }
 
-// The only element of `range` that fits, or its end.
+// Returns the only element that satisfies `fits`; the end of the range if there is none or several.
 template <typename TRange, typename TFits>
 auto FindOnly(const TRange& range, TFits fits) {
     const auto first = std::find_if(range.begin(), range.end(), fits);
@@ -70,7 +64,7 @@ std::vector<TSpdModule> ReadSpdModules(const ISystemFiles& files) {
     std::vector<TSpdModule> eeproms;
     for (const std::string_view driver : driverFolders) {
         for (const std::string& name : files.List(driver).value) {
-            // Beside the devices ("1-0050") stand the driver's own files.
+            // The folder has devices, such as "1-0050", and attributes of the driver.
             if (name.find('-') == std::string::npos) {
                 continue;
             }

@@ -317,12 +317,12 @@ void SetIdentifyingInfo(const TPort& port, TNetworkPort& record) {
 
 // Ports of one device are numbered by `dev_port`, from 0.
 std::string MakePosition(const TPort& port) {
-    std::string position = ReadDevicePosition(port.files, port.devicePath);
-    if (position.empty()) {
+    const auto position = ReadDevicePosition(port.files, port.devicePath);
+    if (!position) {
         return port.name;
     }
     const auto number = port.Read("dev_port");
-    return number && *number != "0" ? position + "/port-" + *number : position;
+    return number && *number != "0" ? *position + "/port-" + *number : *position;
 }
 
 // ---- one port, all ports
@@ -353,7 +353,7 @@ std::optional<TPort> FindPort(const ISystemFiles& files, const std::string& name
     if (!type || *type == loopbackType) {
         return std::nullopt;
     }
-    TPort port{files, name, entry + "/", FindEntryDevice(files, entry), *type, false, {}};
+    TPort port{files, name, entry + "/", FindEntryDevice(files, entry).value_or(""), *type, false, {}};
     port.hasDevice = port.Has("device");
     port.uevent = files.ReadText(entry + "/uevent").value;
     return port;
@@ -367,7 +367,7 @@ void CollectNetworkPorts(TCollection& collection) {
         if (const auto port = FindPort(collection.GetFiles(), name)) {
             kinds.push_back(&GetKind(*port));
             records.push_back(MakeRecord(*port, *kinds.back()));
-            keySources.push_back({records.back().permanentAddress.value_or(""), MakePosition(*port)});
+            keySources.push_back({records.back().permanentAddress, MakePosition(*port)});
         }
     }
     auto keys = collection.MakeKeys(keySources, "network port");

@@ -95,7 +95,7 @@ void FillIn(std::optional<T>& member, const std::optional<TSource>& found) {
 
 void SetFromSocket(const TSmbiosProcessor& socket, std::optional<TSmbiosVersion> version,
                    TProcessor& processor) {
-    // The firmware's speed is that of the start; cpufreq's is of this moment and differs at every look.
+    // The firmware reports the speed at boot. It is preferred because cpufreq's speed changes all the time.
     if (socket.currentSpeedMHz) {
         processor.currentClockMHz = *socket.currentSpeedMHz;
     }
@@ -103,8 +103,8 @@ void SetFromSocket(const TSmbiosProcessor& socket, std::optional<TSmbiosVersion>
     FillIn(processor.uniqueId, WithoutPlaceholder(socket.serial));
     FillIn(processor.elementName, WithoutPlaceholder(socket.version));
     processor.family = FindProcessorFamily(socket, version);
-    // The firmware's status is that of the start, when all but one processor may be idle; the kernel's
-    // counts.
+    // The firmware reports the status at boot, when all but one processor may be idle. The kernel's is
+    // preferred.
     if (socket.status && !processor.operationalStatus) {
         processor.operationalStatus = FindProcessorStatus(*socket.status);
     }
@@ -117,8 +117,8 @@ void SetWidths(std::optional<bool> is64Bit, TProcessor& processor) {
     }
 }
 
-// The processor's own flags, else those that all of the machine's processors share; the firmware's word
-// counts where it says more.
+// Uses the processor's own flags, else those of the machine's first processor; true as well if the firmware
+// reports 64-bit capability.
 std::optional<bool> Is64Bit(const std::vector<TLogicalProcessor>& processors, const TLogicalProcessor* own,
                             const TSmbiosProcessor& socket) {
     if (socket.Is64BitCapable()) {
@@ -130,7 +130,7 @@ std::optional<bool> Is64Bit(const std::vector<TLogicalProcessor>& processors, co
     return processors.empty() ? std::nullopt : processors.front().isLongModeCapable;
 }
 
-// What all processors of the machine have in common, where they are of one model; else null.
+// Returns the first processor if all processors of the machine are of one model; else null.
 const TLogicalProcessor* FindCommonModel(const std::vector<TLogicalProcessor>& processors) {
     const auto isLikeFirst = [&](const TLogicalProcessor& row) {
         const TLogicalProcessor& first = processors.front();
@@ -175,8 +175,8 @@ std::string PackageName(std::uint32_t id) {
 
 using TProcessors = std::vector<TKeyedRecord<TProcessor>>;
 
-// The package in each socket, in order; null where it is not known. Numbers of packages are no numbers of
-// sockets: they are joined where there are as many of one as of the other.
+// Returns the package in each socket, in order; nullopt if unknown. Package ids are not socket numbers, so
+// packages are matched in order, and only if there are as many packages as sockets.
 std::vector<std::optional<TProcessorPackage>> MatchPackages(const ISystemFiles& files,
                                                             std::size_t socketCount,
                                                             const std::vector<TProcessorPackage>& packages) {
@@ -185,7 +185,8 @@ std::vector<std::optional<TProcessorPackage>> MatchPackages(const ISystemFiles& 
         std::ranges::copy(packages, matches.begin());
         return matches;
     }
-    // Packages that are offline as a whole are hidden. The ids of the others give theirs.
+    // The kernel hides packages that are offline as a whole. If the ids of the visible packages are socket
+    // numbers, the remaining sockets have the hidden packages.
     const bool areNumbersOfSockets = std::ranges::all_of(
         packages, [&](const TProcessorPackage& package) { return package.id < socketCount; });
     if (packages.empty() || !areNumbersOfSockets || !HasHiddenPackage(files)) {
@@ -210,7 +211,7 @@ TProcessors JoinSockets(TCollection& collection, const std::vector<TSmbiosProces
         const std::string position = matches[i] ? PackageName(matches[i]->id) : "socket " + std::to_string(i);
         const auto name = WithoutPlaceholder(sockets[i].socket);
         processors.push_back({MakeFromSocket(collection, sockets[i], matches[i] ? &*matches[i] : nullptr),
-                              {name ? SqueezeBlanks(*name) : "", position}});
+                              {name ? std::optional(SqueezeBlanks(*name)) : std::nullopt, position}});
     }
     return processors;
 }
@@ -218,7 +219,7 @@ TProcessors JoinSockets(TCollection& collection, const std::vector<TSmbiosProces
 TProcessors TakePackages(const std::vector<TProcessorPackage>& packages) {
     TProcessors processors;
     for (const TProcessorPackage& package : packages) {
-        processors.push_back({MakeFromPackage(package), {"", PackageName(package.id)}});
+        processors.push_back({MakeFromPackage(package), {std::nullopt, PackageName(package.id)}});
     }
     return processors;
 }

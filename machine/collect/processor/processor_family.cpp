@@ -1,5 +1,7 @@
 #include "machine/collect/processor/processor_family.h"
 
+#include "text/find_row.h"
+
 #include <algorithm>
 #include <string_view>
 
@@ -31,12 +33,12 @@ struct TRange {
     std::uint16_t first, last;
 };
 
-// Families that CIM does not have.
+// Families without a CIM number.
 constexpr TRange otherFamilies[] = {
     {0x16, 0x16}, {0x2C, 0x2F}, {0x69, 0x6B}, {0xCF, 0xD0}, {0x200, 0x202}, {0x258, 0x271}, {0x300, 0x307},
 };
 
-// Families with the same number in both lists.
+// Families with the same number in SMBIOS and CIM.
 constexpr TRange sameFamilies[] = {
     {1, 21},    {24, 43},   {48, 88},   {96, 104},  {112, 112}, {120, 122}, {128, 128},
     {130, 150}, {160, 206}, {210, 219}, {221, 224}, {228, 239}, {250, 251}, {260, 261},
@@ -44,16 +46,16 @@ constexpr TRange sameFamilies[] = {
 };
 
 bool IsIn(std::uint16_t code, const auto& ranges) {
-    return std::any_of(std::begin(ranges), std::end(ranges),
-                       [&](const TRange& range) { return code >= range.first && code <= range.last; });
+    return std::ranges::any_of(
+        ranges, [&](const TRange& range) { return code >= range.first && code <= range.last; });
 }
 
-bool IsMadeBy(const TSmbiosProcessor& processor, std::string_view maker) {
-    return processor.manufacturer && processor.manufacturer->find(maker) != std::string::npos;
+bool IsMadeBy(const TSmbiosProcessor& processor, std::string_view manufacturer) {
+    return processor.manufacturer && processor.manufacturer->find(manufacturer) != std::string::npos;
 }
 
-// BEh was given out twice: for the Core 2 and for the K7.
-std::uint16_t ResolveTwiceGiven(const TSmbiosProcessor& processor) {
+// BEh is assigned to both the Core 2 and the K7; the manufacturer decides.
+std::uint16_t ResolveAmbiguousCodeBE(const TSmbiosProcessor& processor) {
     constexpr std::uint16_t core2 = 191;
     constexpr std::uint16_t k7 = 190;
     if (IsMadeBy(processor, "Intel")) {
@@ -66,23 +68,22 @@ std::uint16_t ResolveTwiceGiven(const TSmbiosProcessor& processor) {
 
 std::optional<std::uint16_t> FindProcessorFamily(const TSmbiosProcessor& processor,
                                                  std::optional<TSmbiosVersion> version) {
-    constexpr std::uint16_t twiceGiven = 0xBE;
-    constexpr std::uint16_t pentiumProOf20 = 0x30;  // before the code was given to the Alpha
+    constexpr std::uint16_t ambiguous = 0xBE;
+    constexpr std::uint16_t pentiumProOf20 =
+        0x30;  // version 2.0 only; the code was later assigned to the Alpha
     constexpr std::uint16_t pentiumPro = 12;
     if (!processor.family) {
         return std::nullopt;
     }
     const std::uint16_t code = *processor.family;
-    if (code == twiceGiven) {
-        return ResolveTwiceGiven(processor);
+    if (code == ambiguous) {
+        return ResolveAmbiguousCodeBE(processor);
     }
     if (code == pentiumProOf20 && version == TSmbiosVersion{2, 0} && IsMadeBy(processor, "Intel")) {
         return pentiumPro;
     }
-    for (const TFamilyRow& row : movedFamilies) {
-        if (row.smbios == code) {
-            return row.cim;
-        }
+    if (const TFamilyRow* row = FindRow(movedFamilies, &TFamilyRow::smbios, code)) {
+        return row->cim;
     }
     if (IsIn(code, otherFamilies)) {
         return other;

@@ -2,10 +2,11 @@
 
 #include "machine/collect/frame/attribute.h"
 #include "machine/collect/frame/collection.h"
+#include "machine/collect/frame/kernel_name.h"
 #include "machine/collect/frame/logical_processors.h"
 #include "machine/parse/cpu_list.h"
 #include "machine/parse/placeholders.h"
-#include "text/numbers.h"
+#include "text/find_row.h"
 
 #include <algorithm>
 #include <map>
@@ -18,17 +19,15 @@ std::string CpuFolder(std::uint32_t cpu) {
     return "/sys/devices/system/cpu/cpu" + std::to_string(cpu);
 }
 
-// N of every "cpuN", ascending.
+// Returns the number of every "cpuN" in ascending order.
 std::vector<std::uint32_t> ListCpus(const ISystemFiles& files) {
     std::vector<std::uint32_t> cpus;
     for (const std::string& name : files.List("/sys/devices/system/cpu").value) {
-        const auto number =
-            name.starts_with("cpu") ? ParseNumber<std::uint32_t>(name.substr(3)) : std::nullopt;
-        if (number) {
+        if (const auto number = FindNumberAfter(name, "cpu")) {
             cpus.push_back(*number);
         }
     }
-    std::sort(cpus.begin(), cpus.end());
+    std::ranges::sort(cpus);
     return cpus;
 }
 
@@ -41,10 +40,10 @@ std::vector<std::uint32_t> ReadPackageCpus(const ISystemFiles& files, std::uint3
     return list ? ParseCpuList(*list) : std::vector<std::uint32_t>{};
 }
 
-// Package id to its processors. One look for each package: the others of a package are on its first one's
-// list.
+// Processors by package id.
 using TPackages = std::map<std::uint32_t, std::vector<std::uint32_t>>;
 
+// Reads one list per package: the list of a package's first processor has the others.
 TPackages ReadTopology(const ISystemFiles& files) {
     TPackages packages;
     std::set<std::uint32_t> seen;
@@ -69,7 +68,7 @@ TPackages ReadTopology(const ISystemFiles& files) {
     return packages;
 }
 
-// Where sysfs does not tell: "physical id" of /proc/cpuinfo; a kernel that gives none knows of one package.
+// Groups by "physical id" of /proc/cpuinfo, if sysfs has no topology. Without such ids there is one package.
 TPackages GroupByCpuInfo(const std::vector<TLogicalProcessor>& processors) {
     TPackages packages;
     for (const TLogicalProcessor& processor : processors) {
@@ -78,7 +77,7 @@ TPackages GroupByCpuInfo(const std::vector<TLogicalProcessor>& processors) {
     return packages;
 }
 
-// The first processor of a machine often cannot go offline and then has no such file.
+// A processor that cannot go offline, often the first one, has no "online" file.
 bool IsOnline(const ISystemFiles& files, std::uint32_t cpu) {
     constexpr std::uint8_t isOffline = 0;
     return ReadNumber<std::uint8_t>(files, CpuFolder(cpu) + "/online") != isOffline;
@@ -89,13 +88,13 @@ std::optional<std::uint32_t> ReadMHz(const ISystemFiles& files, std::uint32_t cp
     return kHz && *kHz >= 1000 ? std::optional(static_cast<std::uint32_t>(*kHz / 1000)) : std::nullopt;
 }
 
-// Cores of one package may differ, so each is asked.
+// Returns the highest clock of the cores, which may differ within a package.
 std::optional<std::uint32_t> ReadMaxMHz(const ISystemFiles& files, const std::vector<std::uint32_t>& cpus) {
     std::optional<std::uint32_t> fastest;
     for (const std::uint32_t cpu : cpus) {
         const auto clock = ReadMHz(files, cpu, "cpuinfo_max_freq");
         if (!clock && !fastest) {
-            return std::nullopt;  // no cpufreq: the other processors need not be asked
+            return std::nullopt;  // the machine has no cpufreq
         }
         fastest = std::max(fastest, clock);
     }
@@ -103,9 +102,7 @@ std::optional<std::uint32_t> ReadMaxMHz(const ISystemFiles& files, const std::ve
 }
 
 const TLogicalProcessor* FindProcessor(const std::vector<TLogicalProcessor>& processors, std::uint32_t cpu) {
-    const auto found = std::find_if(processors.begin(), processors.end(),
-                                    [&](const TLogicalProcessor& row) { return row.number == cpu; });
-    return found == processors.end() ? nullptr : &*found;
+    return FindRow(processors, &TLogicalProcessor::number, cpu);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// The processor packages as the kernel knows them.
+// The processor packages in sysfs and /proc/cpuinfo.
 #pragma once
 
 #include "machine/parse/cpuinfo.h"
@@ -14,20 +14,20 @@ namespace NVORHOST {
 class TCollection;
 
 struct TProcessorPackage {
-    std::uint32_t id = 0;                          ///< physical_package_id
-    std::uint32_t firstCpu = 0;                    ///< its lowest processor that is online, else the lowest
-    std::optional<TLogicalProcessor> info;         ///< of that one; absent when /proc/cpuinfo lacks it
-    std::optional<std::uint32_t> maxClockMHz;      ///< of the package's fastest kind of core, as cpufreq says
-    std::optional<std::uint32_t> currentClockMHz;  ///< of its first processor, cpufreq before cpuinfo
-    std::optional<std::string> inventoryNumber;    ///< ppin: the package's own number, which root may read
-    bool isOnline = true;                          ///< at least one of its processors is
+    std::uint32_t id = 0;                      ///< physical_package_id
+    std::uint32_t firstCpu = 0;                ///< its lowest online processor; its lowest if none is online
+    std::optional<TLogicalProcessor> info;     ///< of `firstCpu`; absent if /proc/cpuinfo lacks it
+    std::optional<std::uint32_t> maxClockMHz;  ///< of the package's fastest core, from cpufreq
+    std::optional<std::uint32_t> currentClockMHz;  ///< of `firstCpu`, from cpufreq, else from cpuinfo
+    std::optional<std::string> inventoryNumber;    ///< the package's ppin, readable for root only
+    bool isOnline = true;                          ///< true if at least one of its processors is online
 };
 
-/// In the order of their ids. A package whose processors are all offline is missing where the kernel hides
-/// the topology of such processors; HasHiddenPackage detects this.
+/// Returns the packages in the order of their ids. A package whose processors are all offline is missing if
+/// the kernel hides the topology of offline processors; HasHiddenPackage detects this.
 std::vector<TProcessorPackage> ReadProcessorPackages(TCollection& collection);
 
-/// True where a processor is offline and sysfs does not have its package.
+/// True if a processor is offline and sysfs lacks its package.
 bool HasHiddenPackage(const ISystemFiles& files);
 
 }  // namespace NVORHOST

@@ -1,4 +1,4 @@
-// Which failures of reading end a run, and which leave a gap that the summary names.
+// Defines which read failures end a run, and which leave a gap that the summary reports.
 //
 //   failure                                        source      outcome
 //   missing, or an attribute without a value       any         absent data, not reported
@@ -9,20 +9,20 @@
 //   input error (EIO and the like)                 essential   the run ends, earlier files stay
 //   out of descriptors or memory (EMFILE, ...)     any         the run ends, earlier files stay
 //
-// One attribute of one device fails with EIO on many sound machines. The essential sources are those that a
-// whole collector, or several, take their devices from: an inventory without them would look like that of
-// another, emptier machine, and must not replace a good one.
+// A single attribute of a device fails with EIO on many healthy machines. The essential sources are the ones
+// from which entire collectors get their devices: an inventory without them would look like that of another,
+// smaller machine, and must not replace a good one.
 #pragma once
 
 #include <string_view>
 
 namespace NVORHOST {
 
-/// True for a path that a whole collector takes its devices from.
+/// True for a path from which an entire collector gets its devices.
 bool IsEssentialSource(std::string_view path);
 
-/// True when errno `cause` means that a medium, a bus or a server failed, rather than that the kernel has no
-/// value to give.
+/// True if errno `cause` is the failure of a medium, a bus or a server; false if the kernel just has no
+/// value.
 bool IsInputError(int cause);
 
 }  // namespace NVORHOST

@@ -2,13 +2,14 @@
 
 #include "machine/collect/frame/attribute.h"
 #include "machine/collect/frame/collection.h"
-#include "machine/collect/frame/device_key.h"
 #include "machine/collect/frame/device_position.h"
+#include "machine/collect/frame/kernel_name.h"
+#include "machine/collect/frame/keyed_records.h"
 #include "machine/collect/frame/operational_status.h"
+#include "machine/collect/storage/block_size.h"
 #include "machine/collect/storage/emulated_medium.h"
 #include "machine/collect/storage/scsi_device.h"
 #include "machine/parse/placeholders.h"
-#include "text/numbers.h"
 
 #include <algorithm>
 #include <string_view>
@@ -18,25 +19,21 @@ namespace {
 
 constexpr std::string_view blockFolder = "/sys/block/";
 
-// A block device on its way to become a disk.
+// A block device that may be a disk.
 struct TBlockDevice {
     const ISystemFiles& files;
     std::string kernelName;
     std::string path;        // "/sys/block/sda"
-    std::string devicePath;  // the same below /sys/devices; empty when there is no link
-    std::string scsiHostDriver;
+    std::string devicePath;  // path below /sys/devices; empty if there is no link
+    std::optional<std::string> scsiHostDriver;
 
     std::optional<std::string> Read(std::string_view attribute) const {
         return ReadAttribute(files, path + "/" + std::string(attribute));
     }
     bool IsBelow(std::string_view part) const { return devicePath.starts_with(part); }
-    /// True when the name of a folder on the way begins with `prefix`, given with the slash before it.
+    // True if the name of a folder on the path begins with `prefix`, which starts with a slash.
     bool IsBelowFolder(std::string_view prefix) const { return devicePath.find(prefix) != std::string::npos; }
 };
-
-bool HasNumberBehind(std::string_view name, std::string_view prefix) {
-    return name.starts_with(prefix) && ParseNumber<std::uint32_t>(name.substr(prefix.size())).has_value();
-}
 
 // ---- SCSI, and what the kernel presents as SCSI: ATA, SAS, USB, RAID adapters, hypervisors
 
@@ -45,7 +42,8 @@ TScsiDevice ToScsi(const TBlockDevice& device) {
 }
 
 bool IsScsiDisk(const TBlockDevice& device) {
-    // Direct access, optical memory, simplified direct access; without the attribute the driver's name says.
+    // Direct access, optical memory, simplified direct access. Without the attribute, the driver sd implies a
+    // disk.
     const auto type = device.Read("device/type");
     return !type || *type == "0" || *type == "7" || *type == "14";
 }
@@ -54,7 +52,7 @@ std::optional<std::string> ReadModelAsScsi(const TBlockDevice& device) {
     return ReadScsiModel(ToScsi(device));
 }
 
-std::string ReadIdentityAsScsi(const TBlockDevice& device) {
+std::optional<std::string> ReadIdentityAsScsi(const TBlockDevice& device) {
     return ReadScsiIdentity(ToScsi(device));
 }
 
@@ -64,25 +62,35 @@ std::string FindTransportAsScsi(const TBlockDevice& device) {
 
 // ---- volumes of RAID adapters
 
-std::string RaidClassFolder(const TBlockDevice& device) {
-    return "/sys/class/raid_devices/" + FindScsiAddress(ToScsi(device));
+// Returns the folder of the volume in the kernel's RAID class; nullopt for a disk without a SCSI address.
+std::optional<std::string> FindRaidClassFolder(const TBlockDevice& device) {
+    const auto address = FindScsiAddress(ToScsi(device));
+    return address ? std::optional("/sys/class/raid_devices/" + *address) : std::nullopt;
+}
+
+std::optional<std::string> ReadRaidAttribute(const TBlockDevice& device, std::string_view attribute) {
+    const auto folder = FindRaidClassFolder(device);
+    return folder ? ReadAttribute(device.files, *folder + "/" + std::string(attribute)) : std::nullopt;
 }
 
 ERaidFamily FindFamilyOfVolume(const TBlockDevice& device) {
-    // Smart Array drivers say it of each unit; "N/A" stands for a disk passed through.
+    const std::string driver = device.scsiHostDriver.value_or("");
+    // Smart Array drivers report the level of each unit; "N/A" is a disk that is passed through.
     if (const auto level = device.Read("device/raid_level")) {
-        return *level == "N/A" ? ERaidFamily::none : FindRaidFamily(device.scsiHostDriver);
+        return *level == "N/A" ? ERaidFamily::none : FindRaidFamily(driver);
     }
-    const std::string address = FindScsiAddress(ToScsi(device));
-    if (!address.empty() && device.files.Exists(RaidClassFolder(device))) {
-        return FindRaidFamily(device.scsiHostDriver);
+    const auto folder = FindRaidClassFolder(device);
+    if (folder && device.files.Exists(*folder)) {
+        return FindRaidFamily(driver);
     }
-    return FindRaidVolume(device.scsiHostDriver, address).value_or(ERaidFamily::none);
+    const std::string address = FindScsiAddress(ToScsi(device)).value_or("");
+    return FindRaidVolume(driver, address).value_or(ERaidFamily::none);
 }
 
-// The state of a unit says whether the adapter answers. How the volume fares only some drivers tell.
+// The RAID class has the state of the volume, for some drivers only. The state of the SCSI unit only shows
+// whether the adapter responds, so "running" is not a status of the volume.
 std::optional<TOperationalStatus> FindVolumeStatus(const TBlockDevice& device) {
-    if (const auto state = ReadAttribute(device.files, RaidClassFolder(device) + "/state")) {
+    if (const auto state = ReadRaidAttribute(device, "state")) {
         return FindRaidVolumeStatus(*state);
     }
     const auto unit = FindDiskStatus(device.Read("device/state").value_or(""));
@@ -90,11 +98,10 @@ std::optional<TOperationalStatus> FindVolumeStatus(const TBlockDevice& device) {
 }
 
 TRedundancy FindVolumeRedundancy(const TBlockDevice& device) {
-    const std::string folder = RaidClassFolder(device);
-    const std::string level = ReadAttribute(device.files, folder + "/level").value_or("");
-    const bool isWhole = ReadAttribute(device.files, folder + "/state") == "active";
+    const std::string level = ReadRaidAttribute(device, "level").value_or("");
+    const bool isComplete = ReadRaidAttribute(device, "state") == "active";
     return FindArrayRedundancy(
-        {level, /*disks=*/std::nullopt, isWhole ? std::optional<std::uint32_t>(0) : std::nullopt});
+        {level, /*disks=*/std::nullopt, isComplete ? std::optional<std::uint32_t>(0) : std::nullopt});
 }
 
 void SetFromRaidAdapter(const TBlockDevice& device, TDisk& disk) {
@@ -112,25 +119,26 @@ std::optional<std::string> ReadNvmeModel(const TBlockDevice& device) {
     return device.Read("device/model");
 }
 
-std::string ReadNvmeIdentity(const TBlockDevice& device) {
+std::optional<std::string> ReadNvmeIdentity(const TBlockDevice& device) {
     const auto wwid = device.Read("wwid");
     if (wwid && (wwid->starts_with("eui.") || wwid->starts_with("uuid.")) &&
         !IsPlaceholder(wwid->substr(wwid->find('.') + 1))) {
-        return *wwid;
+        return wwid;
     }
     const auto serial = WithoutPlaceholder(device.Read("device/serial"));
-    // All name spaces of a controller have its serial number.
+    // The name spaces of a controller share its serial number.
     const std::string nameSpace = device.kernelName.substr(device.kernelName.rfind('n'));
-    return serial ? *serial + "-" + nameSpace : "";
+    return serial ? std::optional(*serial + "-" + nameSpace) : std::nullopt;
 }
 
-// A fabric may end on another machine, and also on this one ("loop"): there is no drive in either case.
+// A fabric leads to another machine or, for "loop", back to this one. Neither is a drive of this machine.
 bool IsFabricTransport(std::string_view transport) {
     constexpr std::string_view fabrics[] = {"tcp", "rdma", "fc", "loop"};
-    return std::find(std::begin(fabrics), std::end(fabrics), transport) != std::end(fabrics);
+    return std::ranges::find(fabrics, transport) != std::end(fabrics);
 }
 
-// The disk of a subsystem has no controller of its own but links to those that lead to it.
+// The disk of an NVMe subsystem has no controller of its own; its folder links to the controllers of its
+// paths.
 bool IsRemoteNvme(const TBlockDevice& device) {
     if (device.IsBelowFolder("/nvme-fabrics/")) {
         return true;
@@ -139,8 +147,8 @@ bool IsRemoteNvme(const TBlockDevice& device) {
         return IsFabricTransport(*transport);
     }
     const auto names = device.files.List(device.path + "/device").value;
-    return std::any_of(names.begin(), names.end(), [&](const std::string& name) {
-        return HasNumberBehind(name, "nvme") &&
+    return std::ranges::any_of(names, [&](const std::string& name) {
+        return FindNumberAfter(name, "nvme") &&
                IsFabricTransport(device.Read("device/" + name + "/transport").value_or(""));
     });
 }
@@ -151,23 +159,20 @@ std::optional<std::string> ReadMmcModel(const TBlockDevice& device) {
     return device.Read("device/name");
 }
 
-std::string ReadMmcIdentity(const TBlockDevice& device) {
-    // The card's identification register holds its maker, product and serial number.
-    return WithoutPlaceholder(device.Read("device/cid")).value_or("");
+std::optional<std::string> ReadMmcIdentity(const TBlockDevice& device) {
+    // The identification register of the card holds vendor, product and serial number.
+    return WithoutPlaceholder(device.Read("device/cid"));
 }
 
 // ---- paravirtual disks
 
-std::optional<std::string> ReadNoModel(const TBlockDevice&) {
+std::optional<std::string> ReadVirtioIdentity(const TBlockDevice& device) {
+    return WithoutPlaceholder(device.Read("serial"));
+}
+
+// For kinds of disks without a model, an identity or a state.
+std::optional<std::string> ReadNothing(const TBlockDevice&) {
     return std::nullopt;
-}
-
-std::string ReadVirtioIdentity(const TBlockDevice& device) {
-    return WithoutPlaceholder(device.Read("serial")).value_or("");
-}
-
-std::string ReadNoIdentity(const TBlockDevice&) {
-    return {};
 }
 
 // ---- kinds of disks
@@ -180,50 +185,46 @@ bool IsNeverRemote(const TBlockDevice&) {
     return false;
 }
 
-// The initiator opens a session with the machine that has the disk.
+// iSCSI: the path of the disk contains the initiator's session with the other machine.
 bool IsRemoteScsi(const TBlockDevice& device) {
     return device.IsBelowFolder("/session");
 }
 
-// "mmcblk0", not its hardware partitions "mmcblk0boot0" and "mmcblk0rpmb".
+// True for "mmcblk0", but not for its hardware partitions "mmcblk0boot0" and "mmcblk0rpmb".
 bool IsMmcDisk(const TBlockDevice& device) {
-    return HasNumberBehind(device.kernelName, "mmcblk");
+    return FindNumberAfter(device.kernelName, "mmcblk").has_value();
 }
 
-std::string ScsiState(const TBlockDevice& device) {
-    return device.Read("device/state").value_or("");
+std::optional<std::string> ReadState(const TBlockDevice& device) {
+    return device.Read("device/state");
 }
 
 struct TDiskKind {
-    std::string_view subsystem;   // what ".../device/subsystem" leads to
-    std::string_view namePrefix;  // decides where a tree has no such link
+    std::string_view subsystem;   // last name in the target of "device/subsystem"
+    std::string_view namePrefix;  // decides if a tree lacks that link
     bool (*isDisk)(const TBlockDevice& device);
     std::string (*findTransport)(const TBlockDevice& device);
     std::optional<std::string> (*readModel)(const TBlockDevice& device);
-    std::string (*readIdentity)(const TBlockDevice& device);
-    std::string (*readState)(const TBlockDevice& device);
+    std::optional<std::string> (*readIdentity)(const TBlockDevice& device);
+    std::optional<std::string> (*readState)(const TBlockDevice& device);
     bool (*isRemote)(const TBlockDevice& device);
-    EDiskBacking backing;  // unless a rule below says otherwise
+    EDiskBacking backing;  // default; see FindBacking
 };
-
-std::string NoState(const TBlockDevice&) {
-    return {};
-}
 
 // clang-format off
 constexpr TDiskKind diskKinds[] = {
-    {"scsi", "sd", IsScsiDisk, FindTransportAsScsi, ReadModelAsScsi, ReadIdentityAsScsi, ScsiState,
+    {"scsi", "sd", IsScsiDisk, FindTransportAsScsi, ReadModelAsScsi, ReadIdentityAsScsi, ReadState,
      IsRemoteScsi, EDiskBacking::physical},
     {"nvme", "nvme", IsAlwaysDisk, [](const TBlockDevice&) { return std::string("NVMe"); }, ReadNvmeModel,
-     ReadNvmeIdentity, ScsiState, IsRemoteNvme, EDiskBacking::physical},
+     ReadNvmeIdentity, ReadState, IsRemoteNvme, EDiskBacking::physical},
     {"nvme-subsystem", "nvme", IsAlwaysDisk, [](const TBlockDevice&) { return std::string("NVMe"); },
-     ReadNvmeModel, ReadNvmeIdentity, NoState, IsRemoteNvme, EDiskBacking::physical},
+     ReadNvmeModel, ReadNvmeIdentity, ReadNothing, IsRemoteNvme, EDiskBacking::physical},
     {"mmc", "mmcblk", IsMmcDisk, [](const TBlockDevice&) { return std::string("MMC"); }, ReadMmcModel,
-     ReadMmcIdentity, NoState, IsNeverRemote, EDiskBacking::physical},
-    {"virtio", "vd", IsAlwaysDisk, [](const TBlockDevice&) { return std::string("virtio"); }, ReadNoModel,
-     ReadVirtioIdentity, NoState, IsNeverRemote, EDiskBacking::simulated},
-    {"xen", "xvd", IsAlwaysDisk, [](const TBlockDevice&) { return std::string("Xen"); }, ReadNoModel,
-     ReadNoIdentity, NoState, IsNeverRemote, EDiskBacking::simulated},
+     ReadMmcIdentity, ReadNothing, IsNeverRemote, EDiskBacking::physical},
+    {"virtio", "vd", IsAlwaysDisk, [](const TBlockDevice&) { return std::string("virtio"); }, ReadNothing,
+     ReadVirtioIdentity, ReadNothing, IsNeverRemote, EDiskBacking::simulated},
+    {"xen", "xvd", IsAlwaysDisk, [](const TBlockDevice&) { return std::string("Xen"); }, ReadNothing,
+     ReadNothing, ReadNothing, IsNeverRemote, EDiskBacking::simulated},
 };
 // clang-format on
 
@@ -237,7 +238,7 @@ const TDiskKind* FindKind(const TBlockDevice& device) {
     return nullptr;
 }
 
-// Adapters and models that only hypervisors and emulators have.
+// Adapters and models that are specific to hypervisors and emulators.
 constexpr std::string_view simulatedAdapters[] = {
     "Virtio SCSI HBA", "virtio_scsi",   "vmw_pvscsi", "storvsc_host_t",
     "storvsc",         "xen-scsifront", "scsi_debug",
@@ -264,15 +265,15 @@ constexpr std::string_view simulatedModels[] = {
     "XENSRC",
 };
 
-// A bus that only hypervisors have; a captured tree may hold nothing else of the adapter.
+// A bus that is specific to hypervisors; a captured tree may have no other trace of the adapter.
 constexpr std::string_view paravirtualBus = "/virtio";
 
 bool IsSimulated(const TBlockDevice& device, const std::optional<std::string>& model) {
     const auto isAdapter = [&](std::string_view row) { return row == device.scsiHostDriver; };
     const auto isModel = [&](std::string_view row) { return model && model->starts_with(row); };
-    return std::any_of(std::begin(simulatedAdapters), std::end(simulatedAdapters), isAdapter) ||
-           std::any_of(std::begin(simulatedModels), std::end(simulatedModels), isModel) ||
-           device.IsBelowFolder(paravirtualBus) || IsEmulatedMedium(ToScsi(device), model);
+    return std::ranges::any_of(simulatedAdapters, isAdapter) ||
+           std::ranges::any_of(simulatedModels, isModel) || device.IsBelowFolder(paravirtualBus) ||
+           IsEmulatedMedium(ToScsi(device), model);
 }
 
 EDiskBacking FindBacking(const TDiskKind& kind, const TBlockDevice& device,
@@ -288,23 +289,16 @@ bool IsMadeByKernel(const TBlockDevice& device) {
 }
 
 void ReadSizes(const TBlockDevice& device, TDisk& disk) {
-    // The kernel counts 512-byte sectors whatever the block size.
-    const auto sectors = ReadNumber<std::uint64_t>(device.files, device.path + "/size");
+    const auto sectors = ReadSectors(device.files, device.path);
     if (sectors && *sectors != 0) {
-        disk.sizeBytes = *sectors * 512;
-        disk.blockSizeBytes =
-            ReadNumber<std::uint64_t>(device.files, device.path + "/queue/logical_block_size");
+        disk.sizeBytes = SectorsToBytes(*sectors);
+        disk.blockSizeBytes = ReadBlockSize(device.files, device.path);
     }
 }
 
-struct TFoundDisk {
-    TDisk disk;
-    std::string identity;
-};
-
-std::optional<TFoundDisk> ReadDisk(const ISystemFiles& files, const std::string& kernelName) {
+std::optional<TKeyedRecord<TDisk>> ReadDisk(const ISystemFiles& files, const std::string& kernelName) {
     const std::string path = std::string(blockFolder) + kernelName;
-    TBlockDevice device{files, kernelName, path, FindEntryDevice(files, path), {}};
+    TBlockDevice device{files, kernelName, path, FindEntryDevice(files, path).value_or(""), {}};
     if (IsMadeByKernel(device)) {
         return std::nullopt;
     }
@@ -313,13 +307,9 @@ std::optional<TFoundDisk> ReadDisk(const ISystemFiles& files, const std::string&
         return std::nullopt;
     }
     device.scsiHostDriver = ReadScsiHostDriver(ToScsi(device));
-    TFoundDisk found;
-    TDisk& disk = found.disk;
+    TDisk disk;
     disk.kernelName = kernelName;
-    disk.position = ReadDevicePosition(files, device.devicePath);
-    if (disk.position.empty()) {
-        disk.position = kernelName;
-    }
+    disk.position = ReadDevicePosition(files, device.devicePath).value_or(kernelName);
     disk.transport = kind->findTransport(device);
     disk.model = kind->readModel(device);
     disk.backing = FindBacking(*kind, device, disk.model);
@@ -330,29 +320,23 @@ std::optional<TFoundDisk> ReadDisk(const ISystemFiles& files, const std::string&
     if (const auto rotational = device.Read("queue/rotational")) {
         disk.isRotational = *rotational == "1";
     }
-    disk.operationalStatus = FindDiskStatus(kind->readState(device));
+    disk.operationalStatus = FindDiskStatus(kind->readState(device).value_or(""));
     if (disk.backing == EDiskBacking::physical) {
         disk.redundancy = diskRedundancy;
         SetFromRaidAdapter(device, disk);
     }
-    found.identity = kind->readIdentity(device);
-    return found;
+    TKeySource keySource{kind->readIdentity(device), disk.position};
+    return TKeyedRecord<TDisk>{std::move(disk), std::move(keySource)};
 }
 
 std::vector<TDisk> ReadDisks(TCollection& collection) {
-    std::vector<TDisk> disks;
-    std::vector<TKeySource> keySources;
+    std::vector<TKeyedRecord<TDisk>> disks;
     for (const std::string& name : collection.GetFiles().List("/sys/block").value) {
-        if (auto found = ReadDisk(collection.GetFiles(), name)) {
-            keySources.push_back({std::move(found->identity), found->disk.position});
-            disks.push_back(std::move(found->disk));
+        if (auto disk = ReadDisk(collection.GetFiles(), name)) {
+            disks.push_back(std::move(*disk));
         }
     }
-    auto keys = collection.MakeKeys(keySources, "disk");
-    for (std::size_t i = 0; i < disks.size(); ++i) {
-        disks[i].key = std::move(keys[i]);
-    }
-    return disks;
+    return AssignKeys(collection, std::move(disks), &TDisk::key, "disk");
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// The disks among the kernel's block devices: what each is, where it sits and what it says of itself.
+// The disks among the kernel's block devices: kind, position, identity and sizes of each.
 #pragma once
 
 #include "machine/collect/frame/source_patterns.h"
@@ -15,44 +15,45 @@ namespace NVORHOST {
 
 class TCollection;
 
-/// What stands behind a disk.
+/// The kind of device that provides a disk.
 enum class EDiskBacking {
-    physical,    ///< one device of its own
-    simulated,   ///< a hypervisor's, an emulator's or a management controller's
-    remote,      ///< on another machine, reached over a network
-    raidVolume,  ///< made by an adapter from disks behind it
+    physical,    ///< one physical device
+    simulated,   ///< provided by a hypervisor, an emulator or a management controller
+    remote,      ///< on another machine, accessed over a network
+    raidVolume,  ///< built by an adapter from the disks attached to it
 };
 
 struct TDisk {
     std::string kernelName;  ///< "sda"
     std::string key;         ///< unique among the machine's disks
-    std::string position;    ///< as of device_position.h; the kernel's name when nothing else tells
+    std::string position;    ///< as in device_position.h; the kernel's name if the position is unknown
     std::string transport;   ///< "ATA", "SCSI", "iSCSI", "SAS", "USB", "NVMe", "MMC", "virtio", "Xen"
     EDiskBacking backing = EDiskBacking::physical;
-    ERaidFamily raidFamily = ERaidFamily::none;  ///< of a RAID volume
-    /// Vendor and model as people know the disk; absent when it does not say.
+    ERaidFamily raidFamily = ERaidFamily::none;  ///< `none` unless the disk is a RAID volume
+    /// Vendor and model; absent if the disk reports neither.
     std::optional<std::string> model;
-    std::optional<std::uint64_t> sizeBytes;       ///< absent for a drive without medium
+    std::optional<std::uint64_t> sizeBytes;       ///< absent for a drive without a medium
     std::optional<std::uint64_t> blockSizeBytes;  ///< logical block; absent with the size
     std::optional<bool> isRemovable;
-    std::optional<bool> isRotational;  ///< true for platters; the kernel's default where a drive does not say
-    /// CIM operational status; absent where the kernel keeps no state.
+    std::optional<bool>
+        isRotational;  ///< true for platters; the kernel's default for a drive that does not report it
+    /// CIM operational status; absent if the kernel has no state for the disk.
     std::optional<std::vector<std::uint16_t>> operationalStatus;
-    /// Of a RAID volume as far as its driver tells; unknown for what a hypervisor presents.
+    /// For a RAID volume as far as its driver reports it; absent for simulated and remote disks.
     TRedundancy redundancy;
 };
 
-/// True for volumes of RAID adapters whose makers have a class of logical disks.
+/// True for volumes of RAID adapters that have a class of logical disks.
 inline bool IsLogicalDisk(const TDisk& disk) {
     return disk.raidFamily != ERaidFamily::none && disk.raidFamily != ERaidFamily::other;
 }
 
-/// Every disk in the order of the kernel's names, drives for removable disks included. Not among them: loop,
-/// RAM and zram devices, md and dm devices, optical drives, floppy drives, hardware partitions of MMC,
-/// hidden paths of multipath NVMe.
+/// Returns every disk in the order of the kernel's names, drives for removable disks included. Excluded are
+/// loop, RAM and zram devices, md and dm devices, optical and floppy drives, hardware partitions of MMC, and
+/// hidden paths of multipath NVMe. The disks are read at the first call.
 const std::vector<TDisk>& GetDisks(TCollection& collection);
 
-/// What that reads.
+/// The paths that GetDisks may access.
 inline constexpr std::array<TSourcePattern, 17> diskSources{
     "/sys/block",
     "/sys/block/*",

@@ -6,6 +6,7 @@
 #include "machine/collect/storage/block_device.h"
 #include "machine/collect/storage/disk_class.h"
 #include "machine/collect/storage/media_drive.h"
+#include "text/find_row.h"
 
 namespace NVORHOST {
 namespace {
@@ -16,7 +17,8 @@ constexpr const IClassDeclaration* classes[] = {&physicalDiskClass, &virtualDisk
 
 constexpr auto sourcePatterns = diskSources;
 
-// Drives for removable media rotate by the kernel's default, sticks and card readers too.
+// The kernel's default is "rotational", also for USB sticks and card readers, so it is ignored for removable
+// media.
 std::string_view DescribePhysical(const TDisk& disk) {
     if (!disk.isRotational || (*disk.isRotational && disk.isRemovable.value_or(false))) {
         return "disk drive";
@@ -32,7 +34,7 @@ std::string_view DescribeAs(const TDisk&) {
 struct TBackingRow {
     EDiskBacking backing;
     const TCimClass<TMediaDrive>& cimClass;
-    std::string_view (*describe)(const TDisk& disk);  // behind the transport's name
+    std::string_view (*describe)(const TDisk& disk);  // text after the transport's name
 };
 
 constexpr char virtualDisk[] = "virtual disk";
@@ -46,8 +48,8 @@ constexpr TBackingRow backingRows[] = {
     {EDiskBacking::raidVolume, virtualDiskClass, DescribeAs<raidVolume>},
 };
 
-// A medium that cannot be removed is locked in and was never mounted, says CIM; of others sysfs tells
-// nothing.
+// CIM defines a medium that cannot be removed as locked and never mounted. For removable media sysfs has no
+// state.
 void SetMediaState(bool isRemovable, TMediaDrive& drive) {
     if (!isRemovable) {
         drive.mediaIsLocked = true;
@@ -71,10 +73,9 @@ TMediaDrive MakeDrive(const TDisk& disk, std::string_view words) {
 
 void CollectDiskDrives(TCollection& collection) {
     for (const TDisk& disk : GetDisks(collection)) {
-        for (const TBackingRow& row : backingRows) {
-            if (row.backing == disk.backing && !IsLogicalDisk(disk)) {
-                collection.Commit(row.cimClass, MakeDrive(disk, row.describe(disk)));
-            }
+        const TBackingRow* row = FindRow(backingRows, &TBackingRow::backing, disk.backing);
+        if (row != nullptr && !IsLogicalDisk(disk)) {
+            collection.Commit(row->cimClass, MakeDrive(disk, row->describe(disk)));
         }
     }
 }

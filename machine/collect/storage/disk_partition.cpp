@@ -7,9 +7,12 @@
 #include "machine/collect/frame/collection.h"
 #include "machine/collect/frame/collector.h"
 #include "machine/collect/frame/operational_status.h"
+#include "machine/collect/storage/block_size.h"
+#include "machine/collect/storage/udev_device.h"
 #include "machine/collect/storage/volume_uuid.h"
 #include "machine/parse/udev_record.h"
 #include "machine/parse/uevent.h"
+#include "text/find_row.h"
 #include "text/numbers.h"
 
 #include <algorithm>
@@ -58,20 +61,20 @@ constexpr std::uint16_t primaryType = 1;
 constexpr std::uint16_t extendedType = 2;
 constexpr std::uint16_t logicalType = 3;
 
-// A disk or a volume, as its partitions see it.
+// A disk or volume that has partitions.
 struct TWhole {
     std::string kernelName;
     std::string key;
     std::string position;
-    std::string name;  // as people know it
+    std::string name;  // for descriptions
     std::optional<std::uint64_t> blockSizeBytes;
     std::optional<TOperationalStatus> operationalStatus;
     TRedundancy redundancy;
-    std::string mapperUuid;          // of a device mapper volume, else empty
-    std::vector<std::string> paths;  // of a multipath set, else empty
+    std::optional<std::string> mapperUuid;  // of a device mapper volume
+    std::vector<std::string> paths;         // kernel names of the paths of a multipath set, else empty
 };
 
-// A partition that is a device mapper device of its own.
+// A partition that is a separate device mapper device.
 struct TMappedPartition {
     std::string kernelName;
     std::uint32_t number;
@@ -80,7 +83,7 @@ struct TMappedPartition {
 using TMappedPartitions =
     std::map<std::string, std::vector<TMappedPartition>, std::less<>>;  // by whole's UUID
 
-// What the kernel and, where it runs, udev say of one partition.
+// One partition in the files of the kernel and in the udev database.
 struct TPartitionSource {
     const TWhole* whole;  // never null
     std::string kernelName;
@@ -92,14 +95,14 @@ struct TPartitionSource {
     std::optional<std::string_view> FindUdev(std::string_view key) const {
         return FindUdevProperty(udevRecord, key);
     }
-    // A flag word that a rule left out is zero.
+    // Zero if the udev rule has omitted the flags.
     std::optional<std::uint64_t> FindFlags() const {
         const auto text = FindUdev("ID_PART_ENTRY_FLAGS");
         return text ? ParseHexNumber<std::uint64_t>(*text) : std::optional<std::uint64_t>(0);
     }
 };
 
-// ---- what the partition table's scheme decides
+// ---- properties that depend on the scheme of the partition table
 
 std::uint16_t FindDosType(std::uint32_t number, std::uint8_t entryType) {
     constexpr std::uint32_t firstLogicalNumber = 5;
@@ -107,8 +110,7 @@ std::uint16_t FindDosType(std::uint32_t number, std::uint8_t entryType) {
     if (number >= firstLogicalNumber) {
         return logicalType;
     }
-    const bool isExtended = std::find(std::begin(extendedEntryTypes), std::end(extendedEntryTypes),
-                                      entryType) != std::end(extendedEntryTypes);
+    const bool isExtended = std::ranges::find(extendedEntryTypes, entryType) != std::end(extendedEntryTypes);
     return isExtended ? extendedType : primaryType;
 }
 
@@ -149,10 +151,10 @@ constexpr TScheme schemes[] = {
 // ---- sizes
 
 std::optional<std::uint64_t> FindSectors(const ISystemFiles& files, const TPartitionSource& source) {
-    // The kernel shows two sectors of the container of logical partitions, whatever its size.
-    constexpr std::uint64_t shownOfContainer = 2;
-    const auto sectors = ReadNumber<std::uint64_t>(files, source.folder + "/size");
-    if (sectors && *sectors > shownOfContainer) {
+    // The kernel always shows an extended partition with two sectors.
+    constexpr std::uint64_t sectorsOfExtended = 2;
+    const auto sectors = ReadSectors(files, source.folder);
+    if (sectors && *sectors > sectorsOfExtended) {
         return sectors;
     }
     return ParseNumber<std::uint64_t>(source.FindUdev("ID_PART_ENTRY_SIZE").value_or(""));
@@ -162,7 +164,7 @@ void SetSizes(std::optional<std::uint64_t> sectors, TPartition& partition, const
     if (!sectors) {
         return;
     }
-    partition.sizeBytes = *sectors * 512;
+    partition.sizeBytes = SectorsToBytes(*sectors);
     if (whole.blockSizeBytes && *whole.blockSizeBytes != 0) {
         partition.numberOfBlocks = *partition.sizeBytes / *whole.blockSizeBytes;
         if (partition.type != extendedType) {
@@ -173,11 +175,12 @@ void SetSizes(std::optional<std::uint64_t> sectors, TPartition& partition, const
 
 // ---- names
 
-std::string FindIdentity(const TPartitionSource& source) {
-    if (const auto uuid = FindUeventValue(source.uevent, "PARTUUID")) {
-        return std::string(*uuid);
+std::optional<std::string> FindIdentity(const TPartitionSource& source) {
+    auto uuid = FindUeventValue(source.uevent, "PARTUUID");
+    if (!uuid) {
+        uuid = source.FindUdev("ID_PART_ENTRY_UUID");
     }
-    return std::string(source.FindUdev("ID_PART_ENTRY_UUID").value_or(""));
+    return uuid && !uuid->empty() ? std::optional<std::string>(*uuid) : std::nullopt;
 }
 
 std::string FindLabel(const TPartitionSource& source) {
@@ -203,12 +206,7 @@ std::string MakeElementName(const TPartitionSource& source) {
 
 const TScheme* FindScheme(const TPartitionSource& source) {
     const auto name = source.FindUdev("ID_PART_ENTRY_SCHEME");
-    for (const TScheme& scheme : schemes) {
-        if (scheme.udevName == name) {
-            return &scheme;
-        }
-    }
-    return nullptr;
+    return name ? FindRow(schemes, &TScheme::udevName, *name) : nullptr;
 }
 
 // ---- one partition, all partitions
@@ -233,15 +231,11 @@ TPartition MakePartition(const ISystemFiles& files, const TPartitionSource& sour
 
 TPartitionSource ReadSource(const ISystemFiles& files, const TWhole& whole, const std::string& folder,
                             std::uint32_t number) {
-    TPartitionSource source{&whole, folder.substr(folder.rfind('/') + 1),     folder,
-                            number, files.ReadText(folder + "/uevent").value, {}};
-    if (const auto deviceNumber = ReadAttribute(files, folder + "/dev")) {
-        source.udevRecord = files.ReadText("/run/udev/data/b" + *deviceNumber).value;
-    }
-    return source;
+    return {&whole, folder.substr(folder.rfind('/') + 1),     folder,
+            number, files.ReadText(folder + "/uevent").value, ReadUdevRecord(files, folder)};
 }
 
-// Those that the kernel made from the table on the block device `tableName`.
+// Reads the partitions that the kernel has created from the partition table on the block device `tableName`.
 std::vector<TPartitionSource> ReadKernelSources(const ISystemFiles& files, const TWhole& whole,
                                                 const std::string& tableName) {
     std::vector<TPartitionSource> sources;
@@ -258,10 +252,11 @@ std::vector<TPartitionSource> ReadKernelSources(const ISystemFiles& files, const
     return sources;
 }
 
+// Reads the partitions of a device mapper volume, which are device mapper devices themselves.
 std::vector<TPartitionSource> ReadMappedSources(const ISystemFiles& files, const TWhole& whole,
                                                 const TMappedPartitions& mapped) {
     std::vector<TPartitionSource> sources;
-    if (const auto found = mapped.find(whole.mapperUuid); found != mapped.end()) {
+    if (const auto found = mapped.find(*whole.mapperUuid); found != mapped.end()) {
         for (const TMappedPartition& partition : found->second) {
             sources.push_back(ReadSource(files, whole, blockFolder + partition.kernelName, partition.number));
         }
@@ -269,8 +264,8 @@ std::vector<TPartitionSource> ReadMappedSources(const ISystemFiles& files, const
     return sources;
 }
 
-// Each path to a multipath set shows the set's partition table; the first that was read is as good as the
-// set.
+// Every path of a multipath set has the partition table of the set, so the first path with partitions is
+// used.
 std::vector<TPartitionSource> ReadPathSources(const ISystemFiles& files, const TWhole& whole) {
     for (const std::string& path : whole.paths) {
         auto sources = ReadKernelSources(files, whole, path);
@@ -283,8 +278,8 @@ std::vector<TPartitionSource> ReadPathSources(const ISystemFiles& files, const T
 
 std::vector<TPartitionSource> ReadSources(const ISystemFiles& files, const TWhole& whole,
                                           const TMappedPartitions& mapped) {
-    auto sources = whole.mapperUuid.empty() ? ReadKernelSources(files, whole, whole.kernelName)
-                                            : ReadMappedSources(files, whole, mapped);
+    auto sources = whole.mapperUuid ? ReadMappedSources(files, whole, mapped)
+                                    : ReadKernelSources(files, whole, whole.kernelName);
     if (sources.empty()) {
         sources = ReadPathSources(files, whole);
     }
@@ -308,9 +303,8 @@ TMappedPartitions ReadMappedPartitions(const ISystemFiles& files) {
 }
 
 TKeySource MakeKeySource(const TPartitionSource& source) {
-    const std::string identity = FindIdentity(source);
     const std::string suffix = NumberSuffix(source);
-    return {identity.empty() ? source.whole->key + suffix : identity, source.whole->position + suffix};
+    return {FindIdentity(source).value_or(source.whole->key + suffix), source.whole->position + suffix};
 }
 
 std::vector<TWhole> FindWholes(TCollection& collection) {

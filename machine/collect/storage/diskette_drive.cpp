@@ -3,9 +3,11 @@
 #include "machine/collect/frame/collection.h"
 #include "machine/collect/frame/collector.h"
 #include "machine/collect/frame/device_position.h"
+#include "machine/collect/frame/kernel_name.h"
 #include "machine/collect/frame/keyed_records.h"
+#include "machine/collect/storage/block_size.h"
 #include "machine/collect/storage/media_drive.h"
-#include "text/numbers.h"
+#include "text/find_row.h"
 
 #include <array>
 
@@ -24,7 +26,7 @@ constexpr std::array<TSourcePattern, 6> sourcePatterns{
     "/sys/block/fd*/queue/logical_block_size",
 };
 
-// The type of a drive as the firmware's set-up memory has it, which the driver passes on.
+// Drive types of the CMOS memory, which the floppy driver shows.
 struct TDriveType {
     std::string_view code;
     std::string_view name;
@@ -36,33 +38,23 @@ constexpr TDriveType driveTypes[] = {
     {"5", "3.5\" 2.88 MB diskette drive"}, {"6", "3.5\" 2.88 MB diskette drive"},
 };
 
-std::string FindTypeName(const std::string& code) {
-    for (const TDriveType& row : driveTypes) {
-        if (row.code == code) {
-            return std::string(row.name);
-        }
-    }
-    return "Diskette drive";
-}
-
-bool IsDisketteDrive(std::string_view kernelName) {
-    return kernelName.starts_with("fd") && ParseNumber<std::uint32_t>(kernelName.substr(2)).has_value();
-}
+constexpr std::string_view anyDriveName = "Diskette drive";
 
 void SetSizes(const ISystemFiles& files, const std::string& folder, TMediaDrive& drive) {
-    // What the driver shows until a diskette has been read.
-    constexpr std::uint64_t shownWithoutDiskette = 8;
-    const auto sectors = ReadNumber<std::uint64_t>(files, folder + "/size");
-    if (sectors && *sectors > shownWithoutDiskette) {
-        SetFixedBlocks(*sectors * 512, ReadNumber<std::uint64_t>(files, folder + "/queue/logical_block_size"),
-                       drive);
+    // The driver's default until a diskette has been read.
+    constexpr std::uint64_t sectorsWithoutDiskette = 8;
+    const auto sectors = ReadSectors(files, folder);
+    if (sectors && *sectors > sectorsWithoutDiskette) {
+        SetFixedBlocks(SectorsToBytes(*sectors), ReadBlockSize(files, folder), drive);
     }
 }
 
 TMediaDrive ReadDrive(const ISystemFiles& files, const std::string& folder) {
     TMediaDrive drive;
-    drive.elementName = FindTypeName(ReadAttribute(files, folder + "/device/cmos").value_or(""));
-    drive.description = "Diskette drive";
+    const std::string type = ReadAttribute(files, folder + "/device/cmos").value_or("");
+    drive.elementName =
+        FindCell(driveTypes, &TDriveType::code, type, &TDriveType::name).value_or(anyDriveName);
+    drive.description = anyDriveName;
     SetSizes(files, folder, drive);
     return drive;
 }
@@ -70,13 +62,9 @@ TMediaDrive ReadDrive(const ISystemFiles& files, const std::string& folder) {
 void CollectDisketteDrives(TCollection& collection) {
     const ISystemFiles& files = collection.GetFiles();
     std::vector<TKeyedRecord<TMediaDrive>> drives;
-    for (const std::string& name : files.List("/sys/block").value) {
-        if (!IsDisketteDrive(name)) {
-            continue;
-        }
+    for (const std::string& name : ListNumbered(files, "/sys/block", "fd")) {
         const std::string folder = "/sys/block/" + name;
-        const std::string position = ReadDevicePosition(files, FindEntryDevice(files, folder));
-        drives.push_back({ReadDrive(files, folder), {{}, position.empty() ? name : position}});
+        drives.push_back({ReadDrive(files, folder), {std::nullopt, ReadEntryPosition(files, folder)}});
     }
     CommitKeyed(collection, disketteDriveClass, std::move(drives), &TMediaDrive::deviceId, "diskette drive");
 }

@@ -9,8 +9,8 @@
 namespace NVORHOST {
 namespace {
 
-// Parts of "vendor model", each at the start of a word. An SD card in a slot of the controller is a physical
-// medium, so a controller's name alone is listed only where its maker names every image by it.
+// Parts of "vendor model", each at the start of a word. The name of a controller alone is listed only if the
+// vendor uses it for images exclusively, because an SD card in a slot of the controller is a physical medium.
 constexpr std::string_view emulatedModels[] = {
     "Virtual CD",
     "Virtual DVD",
@@ -22,15 +22,14 @@ constexpr std::string_view emulatedModels[] = {
     "Virtual Media",
     "Virtual USB",
     "iDRAC",           // "LCDRIVE", "OEMDRV", "SECUPD" and the virtual drives
-    "iLO LUN",         // "iLO LUN 00 Media 0": the controller's own flash memory
+    "iLO LUN",         // "iLO LUN 00 Media 0": flash memory of the controller
     "CIMC-Mapped v",   // "vDVD", "vHDD", "vFDD" of images on the network
-    "vKVM-Mapped v",   // the same of images that the console sends
+    "vKVM-Mapped v",   // images that the console sends
     "File-CD Gadget",  // defaults of the Linux gadget driver, which runs on many controllers
     "File-Stor Gadget",
 };
 
-// Makers whose USB devices are management controllers, consoles and parts of them, none with a medium of its
-// own.
+// Vendors whose USB devices are management controllers, consoles and parts of these, without physical media.
 constexpr std::uint16_t managementVendors[] = {
     0x046B,  // American Megatrends
     0x0557,  // ATEN
@@ -50,20 +49,19 @@ bool HasWordsOf(std::string_view model, std::string_view words) {
 
 bool IsManagementVendor(const ISystemFiles& files, const std::string& usbDevice) {
     const auto vendorId = ReadHexNumber<std::uint16_t>(files, usbDevice + "/idVendor");
-    return vendorId && std::find(std::begin(managementVendors), std::end(managementVendors), *vendorId) !=
-                           std::end(managementVendors);
+    return vendorId && std::ranges::find(managementVendors, *vendorId) != std::end(managementVendors);
 }
 
 }  // namespace
 
 bool IsEmulatedMedium(const TScsiDevice& device, const std::optional<std::string>& model) {
-    const std::string usbDevice = FindUsbDeviceFolder(device);
-    if (usbDevice.empty() && !device.devicePath.empty()) {
+    const auto usbDevice = FindUsbDeviceFolder(device);
+    if (!usbDevice && !device.devicePath.empty()) {
         return false;
     }
     const auto isModel = [&](std::string_view words) { return model && HasWordsOf(*model, words); };
     return std::any_of(std::begin(emulatedModels), std::end(emulatedModels), isModel) ||
-           (!usbDevice.empty() && IsManagementVendor(device.files, usbDevice));
+           (usbDevice && IsManagementVendor(device.files, *usbDevice));
 }
 
 }  // namespace NVORHOST

@@ -6,6 +6,7 @@
 #include "machine/collect/storage/block_device.h"
 #include "machine/collect/storage/disk_class.h"
 #include "machine/collect/storage/software_volume.h"
+#include "text/find_row.h"
 
 namespace NVORHOST {
 namespace {
@@ -54,8 +55,7 @@ constexpr const IClassDeclaration* classes[] = {&lsiDiskClass, &lsiIdeDiskClass,
 
 constexpr auto sourcePatterns = Join(diskSources, softwareVolumeSources);
 
-// The members are behind the adapter and out of sight: all that is known of a group is the volume that it
-// makes up.
+// The adapter hides the member disks, so a group is described by its volume only.
 void CommitDiskGroup(TCollection& collection, const TDisk& disk) {
     TDiskGroup group;
     group.elementName = "Disks of " + disk.model.value_or("RAID volume");
@@ -77,7 +77,7 @@ constexpr TFamilyRow familyRows[] = {
     {ERaidFamily::sr, srDiskClass, CommitDiskGroup},
 };
 
-// Of a disk behind an adapter or of a volume of the kernel: both say the same by the same names.
+// TVolume is TDisk or TSoftwareVolume, whose members used here have the same names.
 template <typename TVolume>
 TLogicalDisk MakeLogicalDisk(const TVolume& volume) {
     constexpr std::uint16_t fixedBlock = 2;
@@ -97,17 +97,16 @@ TLogicalDisk MakeLogicalDisk(const TVolume& volume) {
 }
 
 void CommitVolume(TCollection& collection, const TDisk& disk) {
-    for (const TFamilyRow& row : familyRows) {
-        if (row.family != disk.raidFamily) {
-            continue;
-        }
-        TLogicalDisk logical = MakeLogicalDisk(disk);
-        logical.description = disk.transport + " RAID volume";
-        logical.elementName = disk.model ? disk.model : logical.description;
-        collection.Commit(row.cimClass, logical);
-        if (row.commitGroup != nullptr) {
-            row.commitGroup(collection, disk);
-        }
+    const TFamilyRow* row = FindRow(familyRows, &TFamilyRow::family, disk.raidFamily);
+    if (row == nullptr) {
+        return;
+    }
+    TLogicalDisk logical = MakeLogicalDisk(disk);
+    logical.description = disk.transport + " RAID volume";
+    logical.elementName = disk.model ? disk.model : logical.description;
+    collection.Commit(row->cimClass, logical);
+    if (row->commitGroup != nullptr) {
+        row->commitGroup(collection, disk);
     }
 }
 

@@ -4,7 +4,7 @@ namespace NVORHOST {
 
 void SetFixedBlocks(std::optional<std::uint64_t> sizeBytes, std::optional<std::uint64_t> blockSizeBytes,
                     TMediaDrive& drive) {
-    constexpr std::uint64_t bytesInKB = 1000;  // by the schema's own text
+    constexpr std::uint64_t bytesInKB = 1000;  // as the CIM schema defines it
     drive.defaultBlockSizeBytes = blockSizeBytes;
     drive.maxBlockSizeBytes = blockSizeBytes;
     drive.minBlockSizeBytes = blockSizeBytes;

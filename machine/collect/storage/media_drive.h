@@ -1,4 +1,4 @@
-// The record behind the classes of drives: disks, diskettes, tapes and optical discs have the same
+// The record shared by the classes of drives: disks, diskettes, tapes and optical discs have the same
 // properties.
 #pragma once
 
@@ -38,7 +38,8 @@ inline constexpr TPropertyRow<TMediaDrive> mediaDriveRows[] = {
     {"UnloadTime", TUnavailable{ECimType::eUint64}},
 };
 
-/// For media whose blocks all have one size. What is absent stays absent.
+/// Sets the sizes of a medium whose blocks all have one size. A property whose argument is absent stays
+/// absent.
 void SetFixedBlocks(std::optional<std::uint64_t> sizeBytes, std::optional<std::uint64_t> blockSizeBytes,
                     TMediaDrive& drive);
 

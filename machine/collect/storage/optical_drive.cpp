@@ -5,13 +5,19 @@
 #include "machine/collect/frame/collection.h"
 #include "machine/collect/frame/collector.h"
 #include "machine/collect/frame/device_position.h"
+#include "machine/collect/frame/kernel_name.h"
+#include "machine/collect/frame/keyed_records.h"
+#include "machine/collect/frame/operational_status.h"
+#include "machine/collect/storage/block_size.h"
 #include "machine/collect/storage/emulated_medium.h"
 #include "machine/collect/storage/media_drive.h"
 #include "machine/collect/storage/scsi_device.h"
+#include "machine/collect/storage/udev_device.h"
 #include "machine/parse/cdrom_info.h"
 #include "machine/parse/placeholders.h"
 #include "machine/parse/udev_record.h"
-#include "text/numbers.h"
+#include "text/find_row.h"
+#include "text/trim.h"
 
 #include <algorithm>
 #include <array>
@@ -48,11 +54,7 @@ struct TOpticalDrive {
     bool IsKnownToUdev() const { return FindUdev("ID_CDROM") == "1"; }
 };
 
-bool IsOpticalDrive(std::string_view kernelName) {
-    return kernelName.starts_with("sr") && ParseNumber<std::uint32_t>(kernelName.substr(2)).has_value();
-}
-
-// The name that an ATA drive answers to SCSI is the first part of its own, which udev asked for.
+// For an ATA drive the SCSI model is truncated; udev has the whole model name.
 std::optional<std::string> ReadModel(const TOpticalDrive& drive) {
     if (drive.FindUdev("ID_ATA") == "1") {
         const std::string model = DecodeUdevEscapes(drive.FindUdev("ID_MODEL_ENC").value_or(""));
@@ -63,52 +65,48 @@ std::optional<std::string> ReadModel(const TOpticalDrive& drive) {
     return ReadScsiModel(drive.device);
 }
 
-// The kernel has no file with the serial number of an optical ATA drive.
-std::string ReadIdentity(const TOpticalDrive& drive) {
-    if (std::string identity = ReadScsiIdentity(drive.device); !identity.empty()) {
+// Falls back to udev, because the kernel has no file with the serial number of an optical ATA drive.
+std::optional<std::string> ReadIdentity(const TOpticalDrive& drive) {
+    if (auto identity = ReadScsiIdentity(drive.device)) {
         return identity;
     }
-    const auto serial = drive.FindUdev("ID_SERIAL_SHORT");
-    return WithoutPlaceholder(std::string(serial.value_or(""))).value_or("");
+    return WithoutPlaceholder(std::string(drive.FindUdev("ID_SERIAL_SHORT").value_or("")));
 }
 
-// ---- what the drive can do
+// ---- abilities of the drive
 
-bool ModelSaysDvd(const std::string& model) {
+bool IsDvdModel(const std::string& model) {
     constexpr std::string_view words[] = {"DVD", "BD-R", "BDR", "BD-ROM", "BD-RE", "Blu-ray", "HD-DVD"};
-    return std::any_of(std::begin(words), std::end(words),
-                       [&](std::string_view word) { return model.find(word) != std::string::npos; });
+    return std::ranges::any_of(words,
+                               [&](std::string_view word) { return model.find(word) != std::string::npos; });
 }
 
-// The kernel asked the drive; udev did, too; the name is the drive maker's word.
+// The kernel's list comes first, as it has queried the drive itself; then udev; then the model name.
 bool ReadsDvd(const TOpticalDrive& drive, const std::vector<TCdromAbilities>& abilities,
               const std::optional<std::string>& model) {
-    for (const TCdromAbilities& row : abilities) {
-        if (row.name == drive.kernelName && row.readsDvd) {
-            return *row.readsDvd;
-        }
+    const auto* row = FindRow(abilities, &TCdromAbilities::name, drive.kernelName);
+    if (row != nullptr && row->readsDvd) {
+        return *row->readsDvd;
     }
     if (drive.IsKnownToUdev()) {
         return drive.FindUdev("ID_CDROM_DVD") == "1";
     }
-    return model && ModelSaysDvd(*model);
+    return model && IsDvdModel(*model);
 }
 
-// ---- the disc in it
+// ---- the inserted disc
 
 bool HoldsDisc(const TOpticalDrive& drive, std::uint64_t sectors) {
-    // What the driver assumes of a disc that it cannot ask.
+    // The driver's default for a disc whose size it cannot read.
     constexpr std::uint64_t assumed = 0x1FFFFF;
     const bool mayHold = !drive.IsKnownToUdev() || drive.FindUdev("ID_CDROM_MEDIA") == "1";
     return sectors != 0 && sectors != assumed && mayHold;
 }
 
 void SetSizes(const TOpticalDrive& drive, TMediaDrive& record) {
-    const auto sectors = ReadNumber<std::uint64_t>(drive.files, drive.folder + "/size");
+    const auto sectors = ReadSectors(drive.files, drive.folder);
     if (sectors && HoldsDisc(drive, *sectors)) {
-        SetFixedBlocks(*sectors * 512,
-                       ReadNumber<std::uint64_t>(drive.files, drive.folder + "/queue/logical_block_size"),
-                       record);
+        SetFixedBlocks(SectorsToBytes(*sectors), ReadBlockSize(drive.files, drive.folder), record);
     }
 }
 
@@ -116,12 +114,7 @@ void SetSizes(const TOpticalDrive& drive, TMediaDrive& record) {
 
 TOpticalDrive ReadDrive(const ISystemFiles& files, const std::string& kernelName) {
     const std::string folder = "/sys/block/" + kernelName;
-    TOpticalDrive drive{
-        files, kernelName, folder, {files, folder + "/device", FindEntryDevice(files, folder)}, {}};
-    if (const auto deviceNumber = ReadAttribute(files, folder + "/dev")) {
-        drive.udevRecord = files.ReadText("/run/udev/data/b" + *deviceNumber).value;
-    }
-    return drive;
+    return {files, kernelName, folder, FindScsiDevice(files, folder), ReadUdevRecord(files, folder)};
 }
 
 struct TFoundDrive {
@@ -147,21 +140,18 @@ TFoundDrive MakeDrive(const TOpticalDrive& drive, const std::vector<TCdromAbilit
 void CollectOpticalDrives(TCollection& collection) {
     const ISystemFiles& files = collection.GetFiles();
     const auto abilities = ParseCdromInfo(files.ReadText("/proc/sys/dev/cdrom/info").value);
-    std::vector<TFoundDrive> drives;
-    std::vector<TKeySource> keySources;
-    for (const std::string& name : files.List("/sys/block").value) {
-        if (!IsOpticalDrive(name)) {
-            continue;
-        }
+    std::vector<TKeyedRecord<TFoundDrive>> drives;
+    for (const std::string& name : ListNumbered(files, "/sys/block", "sr")) {
         const TOpticalDrive drive = ReadDrive(files, name);
-        const std::string position = ReadDevicePosition(files, drive.device.devicePath);
-        drives.push_back(MakeDrive(drive, abilities));
-        keySources.push_back({ReadIdentity(drive), position.empty() ? name : position});
+        drives.push_back(
+            {MakeDrive(drive, abilities), {ReadIdentity(drive), ReadEntryPosition(files, drive.folder)}});
     }
-    const auto keys = collection.MakeKeys(keySources, "optical drive");
-    for (std::size_t i = 0; i < drives.size(); ++i) {
-        drives[i].record.deviceId = keys[i];
-        collection.Commit(*drives[i].cimClass, drives[i].record);
+    // Drives of both classes share one set of keys.
+    const auto key = [](TFoundDrive & drive) -> auto& {
+        return drive.record.deviceId;
+    };
+    for (const TFoundDrive& drive : AssignKeys(collection, std::move(drives), key, "optical drive")) {
+        collection.Commit(*drive.cimClass, drive.record);
     }
 }
 

@@ -1,16 +1,16 @@
 #include "machine/collect/storage/raid_adapter.h"
 
+#include "text/find_row.h"
 #include "text/lines.h"
 #include "text/numbers.h"
 
-#include <algorithm>
 #include <cstdint>
 
 namespace NVORHOST {
 namespace {
 
-// Volumes are the units on the channels from first to last; what else the host shows are devices that the
-// adapter passes through. `driver` is the name that the driver gives its hosts in proc_name.
+// The units on the channels from first to last are volumes; other units are devices that the adapter passes
+// through. `driver` is the driver's name for its hosts in proc_name.
 struct TRaidAdapter {
     std::string_view driver;
     std::uint32_t firstChannel;
@@ -20,13 +20,13 @@ struct TRaidAdapter {
 
 constexpr std::uint32_t anyChannel = UINT32_MAX;
 
-// What a driver serves decides, whatever name stands on the board. 3w-xxxx and 3w-9xxx serve boards with ATA
-// ports only, so their volumes are of ATA disks for sure; 3w-sas and the MegaRAID drivers serve boards of
-// either kind and say nothing of the disks. Of the drivers at the end no class is named.
+// The driver determines the family. 3w-xxxx and 3w-9xxx serve adapters with ATA ports only, so their volumes
+// consist of ATA disks; 3w-sas and the MegaRAID drivers serve adapters of either kind. The last drivers have
+// no class.
 // clang-format off
 constexpr TRaidAdapter raidAdapters[] = {
     {"megaraid_sas",    2, anyChannel, ERaidFamily::lsi},  // channels 0 and 1: disks
-    {"megaraid",        0, anyChannel, ERaidFamily::lsi},  // of megaraid_mbox; shows no disks
+    {"megaraid",        0, anyChannel, ERaidFamily::lsi},  // name of megaraid_mbox; shows no disks
     {"megaraid_legacy", 0, anyChannel, ERaidFamily::lsi},
     {"mptsas",          1, 1,          ERaidFamily::lsi},
     {"mpt2sas",         1, 1,          ERaidFamily::lsi},
@@ -44,17 +44,15 @@ constexpr TRaidAdapter raidAdapters[] = {
 // clang-format on
 
 const TRaidAdapter* FindAdapter(std::string_view driver) {
-    const auto row = std::find_if(std::begin(raidAdapters), std::end(raidAdapters),
-                                  [&](const TRaidAdapter& adapter) { return adapter.driver == driver; });
-    return row == std::end(raidAdapters) ? nullptr : &*row;
+    return FindRow(raidAdapters, &TRaidAdapter::driver, driver);
 }
 
 }  // namespace
 
 std::optional<ERaidFamily> FindRaidVolume(std::string_view hostDriver, std::string_view address) {
     const TRaidAdapter* adapter = FindAdapter(hostDriver);
-    const std::string_view behindHost = SplitAt(address, ':').second;
-    const auto channel = ParseNumber<std::uint32_t>(SplitAt(behindHost, ':').first);
+    const std::string_view afterHost = SplitAt(address, ':').second;
+    const auto channel = ParseNumber<std::uint32_t>(SplitAt(afterHost, ':').first);
     if (adapter == nullptr || !channel || *channel < adapter->firstChannel ||
         *channel > adapter->lastChannel) {
         return std::nullopt;

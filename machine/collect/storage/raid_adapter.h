@@ -1,5 +1,5 @@
-// RAID adapters by the driver that serves them: which of the units on their hosts are volumes, and which
-// class of logical disks these belong to.
+// RAID adapters, identified by their drivers: which units on their hosts are volumes, and the class of
+// logical disks that the volumes belong to.
 #pragma once
 
 #include <optional>
@@ -7,21 +7,23 @@
 
 namespace NVORHOST {
 
-/// Whose adapter made a volume, as far as there are classes for it.
+/// The family of the adapter that a volume belongs to; each of the named families has a class of logical
+/// disks.
 enum class ERaidFamily {
-    none,    ///< no volume of an adapter
+    none,    ///< not a volume of an adapter
     lsi,     ///< LSI: MegaRAID and the integrated RAID of Fusion-MPT
-    lsiIde,  ///< LSI, adapters that take ATA disks alone
+    lsiIde,  ///< LSI, adapters for ATA disks only
     sr,      ///< adapters of the drivers ips and aacraid
-    other,   ///< adapters without a class of their own
+    other,   ///< adapters without a class of logical disks
 };
 
-/// What the unit at a SCSI address is. Absent when neither the driver nor the channel makes it a volume: a
-/// disk, perhaps one that the adapter passes through.
-/// `address` is "host:channel:target:unit".
+/// Returns the family of the volume at a SCSI address "host:channel:target:unit"; nullopt if driver and
+/// channel do not identify the unit as a volume. It is then a disk, possibly one that the adapter passes
+/// through.
 std::optional<ERaidFamily> FindRaidVolume(std::string_view hostDriver, std::string_view address);
 
-/// The family of the adapters that a driver serves, for units that are known to be volumes.
+/// Returns the family of a driver's adapters, for a unit that is known to be a volume; `other` for an unknown
+/// driver.
 ERaidFamily FindRaidFamily(std::string_view hostDriver);
 
 }  // namespace NVORHOST

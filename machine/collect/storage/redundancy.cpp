@@ -1,36 +1,39 @@
 #include "machine/collect/storage/redundancy.h"
 
+#include "text/find_row.h"
+
 #include <algorithm>
 
 namespace NVORHOST {
 namespace {
 
-std::uint16_t Without(std::uint32_t count, std::uint32_t lost) {
+std::uint16_t SaturatingSubtract(std::uint32_t count, std::uint32_t lost) {
     return static_cast<std::uint16_t>(std::min(count > lost ? count - lost : 0U, std::uint32_t{UINT16_MAX}));
 }
 
-TRedundancy OfStripes(const TArrayShape&) {
+TRedundancy FindForStripes(const TArrayShape&) {
     return diskRedundancy;
 }
 
-TRedundancy OfMirror(const TArrayShape& shape) {
+TRedundancy FindForMirror(const TArrayShape& shape) {
     if (!shape.disks || !shape.degraded || *shape.degraded >= *shape.disks) {
         return {};
     }
-    return {Without(*shape.disks, *shape.degraded), Without(*shape.disks, *shape.degraded + 1)};
+    return {SaturatingSubtract(*shape.disks, *shape.degraded),
+            SaturatingSubtract(*shape.disks, *shape.degraded + 1)};
 }
 
 template <std::uint32_t parities>
-TRedundancy OfParity(const TArrayShape& shape) {
+TRedundancy FindForParity(const TArrayShape& shape) {
     TRedundancy redundancy{std::uint16_t{1}, std::nullopt};
     if (shape.degraded) {
-        redundancy.sparePackages = Without(parities, *shape.degraded);
+        redundancy.sparePackages = SaturatingSubtract(parities, *shape.degraded);
     }
     return redundancy;
 }
 
-// Which copies a missing disk took along depends on which disk it is.
-TRedundancy OfStripedMirror(const TArrayShape& shape) {
+// The copies lost with a missing disk depend on its position, so only a complete array has known counts.
+TRedundancy FindForStripedMirror(const TArrayShape& shape) {
     if (!shape.layout || shape.degraded != 0U) {
         return {};
     }
@@ -38,7 +41,8 @@ TRedundancy OfStripedMirror(const TArrayShape& shape) {
     const std::uint32_t nearCopies = *shape.layout & byteMask;
     const std::uint32_t farCopies = (*shape.layout >> 8) & byteMask;
     const std::uint32_t copies = nearCopies * farCopies;
-    return copies == 0 ? TRedundancy{} : TRedundancy{Without(copies, 0), Without(copies, 1)};
+    return copies == 0 ? TRedundancy{}
+                       : TRedundancy{SaturatingSubtract(copies, 0), SaturatingSubtract(copies, 1)};
 }
 
 struct TLevel {
@@ -47,27 +51,26 @@ struct TLevel {
 };
 
 constexpr TLevel levels[] = {
-    {"linear", OfStripes},  {"raid0", OfStripes},   {"raid1", OfMirror},         {"raid4", OfParity<1>},
-    {"raid5", OfParity<1>}, {"raid6", OfParity<2>}, {"raid10", OfStripedMirror},
+    {"linear", FindForStripes},       {"raid0", FindForStripes},   {"raid1", FindForMirror},
+    {"raid4", FindForParity<1>},      {"raid5", FindForParity<1>}, {"raid6", FindForParity<2>},
+    {"raid10", FindForStripedMirror},
 };
 
-std::optional<std::uint16_t> Lower(std::optional<std::uint16_t> first, std::optional<std::uint16_t> second) {
+std::optional<std::uint16_t> MinIfBothKnown(std::optional<std::uint16_t> first,
+                                            std::optional<std::uint16_t> second) {
     return first && second ? std::optional(std::min(*first, *second)) : std::nullopt;
 }
 
 }  // namespace
 
 TRedundancy FindArrayRedundancy(const TArrayShape& shape) {
-    for (const TLevel& level : levels) {
-        if (level.name == shape.level) {
-            return level.find(shape);
-        }
-    }
-    return {};
+    const TLevel* level = FindRow(levels, &TLevel::name, shape.level);
+    return level == nullptr ? TRedundancy{} : level->find(shape);
 }
 
 TRedundancy Weakest(const TRedundancy& first, const TRedundancy& second) {
-    return {Lower(first.dataCopies, second.dataCopies), Lower(first.sparePackages, second.sparePackages)};
+    return {MinIfBothKnown(first.dataCopies, second.dataCopies),
+            MinIfBothKnown(first.sparePackages, second.sparePackages)};
 }
 
 }  // namespace NVORHOST

@@ -1,6 +1,8 @@
 #include "machine/collect/storage/scsi_device.h"
 
 #include "machine/collect/frame/attribute.h"
+#include "machine/collect/frame/device_position.h"
+#include "machine/collect/frame/kernel_name.h"
 #include "machine/parse/placeholders.h"
 #include "machine/parse/scsi_vpd.h"
 #include "text/numbers.h"
@@ -33,9 +35,13 @@ std::optional<std::string> NonEmpty(std::string text) {
     return text.empty() ? std::nullopt : std::optional(std::move(text));
 }
 
-// The folder of the path whose name satisfies `matches`, counted from the end; empty when none does.
+std::string_view LastName(std::string_view path) {
+    return path.substr(path.rfind('/') + 1);
+}
+
+// Returns the deepest folder on the path whose name satisfies `matches`; nullopt if none does.
 template <typename TMatches>
-std::string_view FindFolder(std::string_view path, TMatches matches) {
+std::optional<std::string_view> FindFolder(std::string_view path, TMatches matches) {
     while (!path.empty()) {
         const auto slash = path.rfind('/');
         if (matches(path.substr(slash + 1))) {
@@ -43,14 +49,14 @@ std::string_view FindFolder(std::string_view path, TMatches matches) {
         }
         path = path.substr(0, slash == std::string_view::npos ? 0 : slash);
     }
-    return {};
+    return std::nullopt;
 }
 
 bool IsHostName(std::string_view name) {
-    return name.starts_with("host") && ParseNumber<std::uint32_t>(name.substr(4)).has_value();
+    return FindNumberAfter(name, "host").has_value();
 }
 
-// "1-2.3", not an interface "1-2.3:1.0".
+// True for a device, "1-2.3", but not for an interface, "1-2.3:1.0".
 bool IsUsbDeviceName(std::string_view name) {
     const auto dash = name.find('-');
     return dash != std::string_view::npos && ParseNumber<std::uint32_t>(name.substr(0, dash)) &&
@@ -61,24 +67,40 @@ bool IsScsiAddress(std::string_view name) {
     return std::count(name.begin(), name.end(), ':') == 3;
 }
 
-// The logical unit, for devices that have several of them behind one serial number.
+// Distinguishes logical units of one USB device, which share its serial number.
 std::string UnitSuffix(const TScsiDevice& device) {
-    const std::string address = FindScsiAddress(device);
-    const std::string unit = address.substr(address.rfind(':') + 1);
-    return address.empty() || unit == "0" ? "" : "-" + unit;
+    const auto address = FindScsiAddress(device);
+    if (!address) {
+        return "";
+    }
+    const std::string unit = address->substr(address->rfind(':') + 1);
+    return unit == "0" ? "" : "-" + unit;
 }
 
-std::string ReadUsbSerial(const TScsiDevice& device) {
-    const std::string usbDevice = FindUsbDeviceFolder(device);
-    if (usbDevice.empty()) {
-        return {};
-    }
-    auto serial = ReadAttribute(device.files, usbDevice + "/serial");
-    serial = WithoutPlaceholder(std::move(serial));
-    return serial ? *serial + UnitSuffix(device) : "";
+std::optional<std::string> ReadUsbSerial(const TScsiDevice& device) {
+    const auto usbDevice = FindUsbDeviceFolder(device);
+    const auto serial =
+        usbDevice ? WithoutPlaceholder(ReadAttribute(device.files, *usbDevice + "/serial")) : std::nullopt;
+    return serial ? std::optional(*serial + UnitSuffix(device)) : std::nullopt;
 }
+
+struct TTransport {
+    std::string_view part;  // of the device's path
+    std::string_view name;
+};
+
+constexpr TTransport transports[] = {
+    {"/usb", "USB"},
+    {"/ata", "ATA"},
+    {"/end_device-", "SAS"},
+    {"/session", "iSCSI"},
+};
 
 }  // namespace
+
+TScsiDevice FindScsiDevice(const ISystemFiles& files, const std::string& entry) {
+    return {files, entry + "/device", FindEntryDevice(files, entry).value_or("")};
+}
 
 std::optional<std::string> ReadScsiModel(const TScsiDevice& device) {
     if (auto model = ParseVpdAtaModel(ReadPage(device, "vpd_pg83"))) {
@@ -86,63 +108,54 @@ std::optional<std::string> ReadScsiModel(const TScsiDevice& device) {
     }
     const auto vendor = Read(device, "vendor");
     const auto model = Read(device, "model");
-    const bool saysVendorTwice = vendor && model && model->starts_with(*vendor + " ");
-    // "ATA" stands for the vendor of every ATA disk.
-    return NonEmpty(Join(vendor == "ATA" || saysVendorTwice ? std::nullopt : vendor, model));
+    const bool modelHasVendor = vendor && model && model->starts_with(*vendor + " ");
+    // "ATA" is the vendor field of every ATA disk.
+    return NonEmpty(Join(vendor == "ATA" || modelHasVendor ? std::nullopt : vendor, model));
 }
 
-std::string ReadScsiIdentity(const TScsiDevice& device) {
+std::optional<std::string> ReadScsiIdentity(const TScsiDevice& device) {
     const auto wwid = Read(device, "wwid");
-    // "t10." is the vendor's and model's names with the serial number, which follows below by itself.
+    // A "t10." name contains vendor, model and serial number; the serial number alone is used below.
     if (wwid && (wwid->starts_with("naa.") || wwid->starts_with("eui.")) && !IsPlaceholder(wwid->substr(4))) {
         return *wwid;
     }
     const auto serial = WithoutPlaceholder(ParseVpdSerial(ReadPage(device, "vpd_pg80")));
-    return serial ? *serial : ReadUsbSerial(device);
+    return serial ? serial : ReadUsbSerial(device);
 }
 
 std::string FindScsiTransport(const TScsiDevice& device) {
-    struct TRow {
-        std::string_view part;
-        std::string_view transport;
-    };
-    constexpr TRow rows[] = {
-        {"/usb", "USB"},
-        {"/ata", "ATA"},
-        {"/end_device-", "SAS"},
-        {"/session", "iSCSI"},
-    };
-    for (const TRow& row : rows) {
+    for (const TTransport& row : transports) {
         if (device.devicePath.find(row.part) != std::string::npos) {
-            return std::string(row.transport);
+            return std::string(row.name);
         }
     }
-    // Kernels before 2.6.39 had no folder for the link.
+    // Before Linux 2.6.39 the path of an ATA disk has no folder for the link.
     return Read(device, "vendor") == "ATA" ? "ATA" : "SCSI";
 }
 
-std::string FindUsbDeviceFolder(const TScsiDevice& device) {
-    return std::string(FindFolder(device.devicePath, IsUsbDeviceName));
+std::optional<std::string> FindUsbDeviceFolder(const TScsiDevice& device) {
+    const auto folder = FindFolder(device.devicePath, IsUsbDeviceName);
+    return folder ? std::optional<std::string>(*folder) : std::nullopt;
 }
 
-std::string ReadScsiHostDriver(const TScsiDevice& device) {
+std::optional<std::string> ReadScsiHostDriver(const TScsiDevice& device) {
     const auto host = FindFolder(device.devicePath, IsHostName);
-    if (host.empty()) {
-        return {};
+    if (!host) {
+        return std::nullopt;
     }
-    const std::string name(host.substr(host.rfind('/') + 1));
+    const std::string name(LastName(*host));
     const auto driver = ReadAttribute(device.files, "/sys/class/scsi_host/" + name + "/proc_name");
     if (driver && *driver != "(null)" && *driver != "<NULL>") {
-        return *driver;
+        return driver;
     }
-    // Drivers need no such name, and trees may lack the class: the adapter's driver is the host's.
-    const std::string adapter(host.substr(0, host.rfind('/')));
-    return ReadLinkedName(device.files, adapter + "/driver").value_or("");
+    // The name is optional, and captured trees may lack the class. Fall back to the adapter's driver.
+    const std::string adapter(host->substr(0, host->rfind('/')));
+    return ReadLinkedName(device.files, adapter + "/driver");
 }
 
-std::string FindScsiAddress(const TScsiDevice& device) {
+std::optional<std::string> FindScsiAddress(const TScsiDevice& device) {
     const auto folder = FindFolder(device.devicePath, IsScsiAddress);
-    return std::string(folder.substr(folder.rfind('/') + 1));
+    return folder ? std::optional<std::string>(LastName(*folder)) : std::nullopt;
 }
 
 }  // namespace NVORHOST

@@ -1,5 +1,5 @@
-// What a SCSI device says of itself: disks, tapes and optical drives, and all that the kernel presents as
-// such (ATA, SAS, USB, volumes of RAID adapters, disks of hypervisors).
+// Attributes of SCSI devices: disks, tape and optical drives, and everything that the kernel presents as SCSI
+// (ATA, SAS, USB, volumes of RAID adapters, disks of hypervisors).
 #pragma once
 
 #include "machine/collect/frame/source_patterns.h"
@@ -13,30 +13,36 @@ namespace NVORHOST {
 
 struct TScsiDevice {
     const ISystemFiles& files;
-    std::string folder;      ///< where its attributes are read: "/sys/block/sda/device"
-    std::string devicePath;  ///< of the node that stands for it: ".../0:0:0:0/block/sda"; empty without links
+    std::string folder;  ///< folder of the attributes: "/sys/block/sda/device"
+    std::string
+        devicePath;  ///< path of the node below /sys/devices: ".../0:0:0:0/block/sda"; empty if unknown
 };
 
-/// Vendor and model in one text, for ATA disks the whole model name. Absent when it tells neither.
+/// Returns the device of the class entry `entry`, such as "/sys/block/sr0".
+TScsiDevice FindScsiDevice(const ISystemFiles& files, const std::string& entry);
+
+/// Returns vendor and model as one text, for ATA disks the whole model name; nullopt if the device reports
+/// neither.
 std::optional<std::string> ReadScsiModel(const TScsiDevice& device);
 
-/// Its world-wide name, else its serial number; empty when it has neither.
-std::string ReadScsiIdentity(const TScsiDevice& device);
+/// Returns the world-wide name, else the serial number; nullopt if the device has neither.
+std::optional<std::string> ReadScsiIdentity(const TScsiDevice& device);
 
-/// "USB", "ATA", "SAS", "iSCSI" or "SCSI".
+/// Returns "USB", "ATA", "SAS", "iSCSI" or "SCSI".
 std::string FindScsiTransport(const TScsiDevice& device);
 
-/// The folder of the USB device that it belongs to; empty when it is on no USB bus.
-std::string FindUsbDeviceFolder(const TScsiDevice& device);
+/// Returns the folder of the USB device that provides the SCSI device; nullopt for other transports.
+std::optional<std::string> FindUsbDeviceFolder(const TScsiDevice& device);
 
-/// The name by which the driver of its host calls itself ("megaraid_sas"), else by which the kernel knows it;
-/// empty without one. Reads ".../driver" of the adapter besides what is listed below.
-std::string ReadScsiHostDriver(const TScsiDevice& device);
+/// Returns the name that the driver gives its host ("megaraid_sas"), else the name of the adapter's driver;
+/// nullopt if both are unknown. Also reads the "driver" link of the adapter, which is not in scsiSources.
+std::optional<std::string> ReadScsiHostDriver(const TScsiDevice& device);
 
-/// "host:channel:target:unit" as in its path; empty when the path has none.
-std::string FindScsiAddress(const TScsiDevice& device);
+/// Returns "host:channel:target:unit" from the path; nullopt if the path has no such address.
+std::optional<std::string> FindScsiAddress(const TScsiDevice& device);
 
-/// What these and the position of such a device read besides the attributes in its folder.
+/// The paths that these functions and ReadDevicePosition may access, besides attributes in the device's
+/// folder.
 inline constexpr std::array<TSourcePattern, 7> scsiSources{
     "/sys/class/scsi_host/*/proc_name",   "/sys/devices/**/*:*:*.*",
     "/sys/devices/**/ata_port/*/port_no", "/sys/devices/**/sas_device/*/sas_address",

@@ -3,7 +3,10 @@
 #include "machine/collect/frame/attribute.h"
 #include "machine/collect/frame/collection.h"
 #include "machine/collect/frame/device_position.h"
+#include "machine/collect/frame/keyed_records.h"
 #include "machine/collect/storage/block_device.h"
+#include "machine/collect/storage/block_size.h"
+#include "machine/collect/storage/udev_device.h"
 #include "machine/collect/storage/volume_uuid.h"
 #include "machine/parse/udev_record.h"
 
@@ -16,20 +19,20 @@ namespace {
 
 constexpr std::string_view blockFolder = "/sys/block/";
 
-// What a block device that others are built on is made of.
+// A block device as a part of volumes that are built on it.
 struct TLayer {
     std::optional<TOperationalStatus> status;
     TRedundancy redundancy;
-    std::set<std::string> disks;  // kernel names of the devices at the bottom
+    std::set<std::string> disks;  // kernel names of the underlying disks
 };
 
 std::string ReadName(const ISystemFiles& files, const std::string& kernelName) {
     return ReadAttribute(files, std::string(blockFolder) + kernelName + "/dm/name").value_or("");
 }
 
-// ---- what several layers make together
+// ---- combinations of layers
 
-// All well, or the first that is not; nothing when one of them may not be.
+// Returns OK if every layer is OK, else the first status that is not; nullopt if a layer's status is unknown.
 std::optional<TOperationalStatus> CombineStatus(const std::vector<TLayer>& layers) {
     bool isKnown = !layers.empty();
     for (const TLayer& layer : layers) {
@@ -91,26 +94,22 @@ TLayer MakeArrayLayer(const TArray& array, const std::vector<TLayer>& members) {
     layer.redundancy =
         FindArrayRedundancy({level, array.ReadCount("raid_disks"), degraded, array.ReadCount("layout")});
     if (ShareDisks(members)) {
-        layer.redundancy.sparePackages = std::nullopt;  // one disk may take several members along
+        layer.redundancy.sparePackages = std::nullopt;  // a failing disk may take several members with it
     }
     layer.disks = CombineDisks(members);
     return layer;
 }
 
-std::string ReadUdevRecord(const ISystemFiles& files, const std::string& kernelName) {
-    const auto number = ReadAttribute(files, std::string(blockFolder) + kernelName + "/dev");
-    return number ? files.ReadText("/run/udev/data/b" + *number).value : "";
-}
-
-// Older kernels do not show the UUID; one without superblock has zeros.
-std::string ReadArrayIdentity(const TArray& array, const std::string& kernelName) {
+// Falls back to udev, because older kernels do not show the UUID. The UUID of an array without superblock is
+// zero.
+std::optional<std::string> ReadArrayIdentity(const TArray& array, const std::string& kernelName) {
     std::string uuid = array.Read("uuid");
     if (uuid.find_first_not_of("0-") != std::string::npos) {
         return uuid;
     }
-    const std::string record = ReadUdevRecord(array.files, kernelName);
-    return ArrayUuidFromUdev(FindUdevProperty(record, "MD_UUID").value_or(""), array.Read("metadata_version"))
-        .value_or("");
+    const std::string record = ReadUdevRecord(array.files, std::string(blockFolder) + kernelName);
+    return ArrayUuidFromUdev(FindUdevProperty(record, "MD_UUID").value_or(""),
+                             array.Read("metadata_version"));
 }
 
 std::string DescribeArray(const std::string& level) {
@@ -125,7 +124,7 @@ std::string DescribeArray(const std::string& level) {
 
 TLayer MakeMapperLayer(const std::vector<TLayer>& members, bool isMirror) {
     TLayer layer{CombineStatus(members), {}, CombineDisks(members)};
-    // The files do not say how many copies LVM's own mirrors keep.
+    // sysfs does not have the number of copies of LVM's own mirrors.
     if (!isMirror) {
         layer.redundancy = CombineRedundancy(members);
     }
@@ -134,7 +133,7 @@ TLayer MakeMapperLayer(const std::vector<TLayer>& members, bool isMirror) {
 
 // ---- all layers
 
-// Finds the layer of every block device on demand, each once.
+// Finds the layers of block devices recursively and caches them.
 class TLayers {
   public:
     TLayers(const ISystemFiles& files, const std::vector<TDisk>& disks,
@@ -152,7 +151,7 @@ class TLayers {
         if (const auto known = layers_.find(kernelName); known != layers_.end()) {
             return known->second;
         }
-        // A bottom of which nothing is known, until more is found: it ends a circle that no kernel makes.
+        // Cached as an unknown disk during the recursion, which ends cycles in malformed trees.
         layers_[kernelName] = {std::nullopt, {}, {kernelName}};
         TLayer layer = Make(kernelName, depth);
         layers_[kernelName] = layer;
@@ -180,12 +179,12 @@ class TLayers {
         return MakeMapperLayer(members, isMirror);
     }
 
-    // The disk or volume that a member is a partition of; the member when it is none.
+    // Returns the disk or volume that a member is a partition of; the member itself if it is not a partition.
     std::string FindWhole(const std::string& folder, const std::string& name) const {
         if (blockNames_.contains(name)) {
             return name;
         }
-        const std::string path = FindEntryDevice(files_, folder + name);
+        const std::string path = FindEntryDevice(files_, folder + name).value_or("");
         const std::string parent = path.substr(0, std::min(path.rfind('/'), path.size()));
         const std::string whole = parent.substr(parent.rfind('/') + 1);
         return blockNames_.contains(whole) ? whole : name;
@@ -198,13 +197,16 @@ class TLayers {
 
 // ---- volumes
 
-struct TFoundVolume {
-    TSoftwareVolume volume;
-    std::string identity;
-};
+using TFoundVolume = TKeyedRecord<TSoftwareVolume>;
 
-// What holds the arrays of a firmware's format and no data of its own: "external:imsm". An array in it names
-// it instead: "external:/md127/0", or "external:-md127/0" while it is not written to.
+TFoundVolume MakeFound(TSoftwareVolume volume, std::optional<std::string> identity) {
+    TKeySource keySource{std::move(identity), volume.position};
+    return {std::move(volume), std::move(keySource)};
+}
+
+// A container groups the arrays of a firmware format and holds no data itself: "external:imsm". The version
+// of an array in a container names the container: "external:/md127/0", or "external:-md127/0" while the array
+// is read-only.
 bool IsContainer(std::string_view metadataVersion) {
     constexpr std::string_view prefix = "external:";
     return metadataVersion.starts_with(prefix) && !metadataVersion.substr(prefix.size()).starts_with('/') &&
@@ -215,16 +217,15 @@ std::optional<TFoundVolume> FindArray(const ISystemFiles& files, const std::stri
     const TArray array{files, std::string(blockFolder) + kernelName + "/md/"};
     const std::string state = array.Read("array_state");
     const std::string level = array.Read("level");
-    // "clear" is a name without an array behind it.
+    // "clear" is a device node without an array.
     if (state.empty() || state == "clear" || IsContainer(array.Read("metadata_version"))) {
         return std::nullopt;
     }
-    TFoundVolume found;
-    found.volume.name = kernelName;
-    found.volume.position = kernelName;
-    found.volume.description = DescribeArray(level);
-    found.identity = ReadArrayIdentity(array, kernelName);
-    return found;
+    TSoftwareVolume volume;
+    volume.name = kernelName;
+    volume.position = kernelName;
+    volume.description = DescribeArray(level);
+    return MakeFound(std::move(volume), ReadArrayIdentity(array, kernelName));
 }
 
 std::optional<TFoundVolume> FindMapped(const ISystemFiles& files, const std::string& kernelName) {
@@ -235,35 +236,33 @@ std::optional<TFoundVolume> FindMapped(const ISystemFiles& files, const std::str
     if (!kind) {
         return std::nullopt;
     }
-    TFoundVolume found;
-    found.volume.position = name.empty() ? kernelName : name;
-    found.volume.name = ReadableMapperName(uuid, found.volume.position);
-    found.volume.mapperUuid = uuid;
+    TSoftwareVolume volume;
+    volume.position = name.empty() ? kernelName : name;
+    volume.name = ReadableMapperName(uuid, volume.position);
+    volume.mapperUuid = uuid;
     if (IsMultipath(uuid)) {
-        found.volume.paths = files.List(std::string(blockFolder) + kernelName + "/slaves").value;
+        volume.paths = files.List(std::string(blockFolder) + kernelName + "/slaves").value;
     }
-    found.volume.description = kind->description;
-    found.identity = MapperIdentity(uuid);
-    return found;
+    volume.description = kind->description;
+    return MakeFound(std::move(volume), MapperIdentity(uuid));
 }
 
 TFoundVolume FindCached(const ISystemFiles& files, const std::string& kernelName) {
-    TFoundVolume found;
-    found.volume.name = kernelName;
-    found.volume.position = kernelName;
-    found.volume.description = "Cached disk";
-    found.volume.isLogicalDisk = false;
-    found.identity =
-        ReadAttribute(files, std::string(blockFolder) + kernelName + "/bcache/backing_dev_uuid").value_or("");
-    return found;
+    TSoftwareVolume volume;
+    volume.name = kernelName;
+    volume.position = kernelName;
+    volume.description = "Cached disk";
+    volume.isLogicalDisk = false;
+    return MakeFound(std::move(volume), ReadAttribute(files, std::string(blockFolder) + kernelName +
+                                                                 "/bcache/backing_dev_uuid"));
 }
 
 void ReadSizes(const ISystemFiles& files, TSoftwareVolume& volume) {
     const std::string folder = std::string(blockFolder) + volume.kernelName;
-    const auto sectors = ReadNumber<std::uint64_t>(files, folder + "/size");
+    const auto sectors = ReadSectors(files, folder);
     if (sectors && *sectors != 0) {
-        volume.sizeBytes = *sectors * 512;
-        volume.blockSizeBytes = ReadNumber<std::uint64_t>(files, folder + "/queue/logical_block_size");
+        volume.sizeBytes = SectorsToBytes(*sectors);
+        volume.blockSizeBytes = ReadBlockSize(files, folder);
     }
 }
 
@@ -281,26 +280,20 @@ std::vector<TSoftwareVolume> ReadSoftwareVolumes(TCollection& collection) {
     const ISystemFiles& files = collection.GetFiles();
     const auto names = files.List("/sys/block").value;
     TLayers layers(files, GetDisks(collection), names);
-    std::vector<TSoftwareVolume> volumes;
-    std::vector<TKeySource> keySources;
+    std::vector<TFoundVolume> volumes;
     for (const std::string& kernelName : names) {
         auto found = FindVolume(files, kernelName);
         if (!found) {
             continue;
         }
-        TSoftwareVolume& volume = volumes.emplace_back(std::move(found->volume));
+        TSoftwareVolume& volume = *volumes.emplace_back(std::move(*found)).record;
         volume.kernelName = kernelName;
         ReadSizes(files, volume);
         const TLayer layer = layers.Find(kernelName);
         volume.operationalStatus = layer.status;
         volume.redundancy = layer.redundancy;
-        keySources.push_back({std::move(found->identity), volume.position});
     }
-    auto keys = collection.MakeKeys(keySources, "volume");
-    for (std::size_t i = 0; i < volumes.size(); ++i) {
-        volumes[i].key = std::move(keys[i]);
-    }
-    return volumes;
+    return AssignKeys(collection, std::move(volumes), &TSoftwareVolume::key, "volume");
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
-// Volumes that the kernel builds from block devices: md arrays, the device mapper's logical volumes,
-// multipath and encrypted devices, and bcache devices. How sound such a volume is follows from what lies
-// below it.
+// Volumes that the kernel builds from block devices: md arrays, logical volumes, multipath and encrypted
+// devices of the device mapper, and bcache devices. Status and redundancy of a volume are derived from the
+// underlying devices.
 #pragma once
 
 #include "machine/collect/frame/operational_status.h"
@@ -18,27 +18,29 @@ namespace NVORHOST {
 class TCollection;
 
 struct TSoftwareVolume {
-    std::string kernelName;                  ///< "md0", "dm-3", "bcache0"
-    std::string key;                         ///< its UUID where it has one; unique among these volumes
-    std::string name;                        ///< "md0"; of device mapper volumes theirs, "vg0/home"
-    std::string position;                    ///< "md0"; of those the name that the mapper has, "vg0-home"
-    std::string mapperUuid;                  ///< of device mapper volumes, else empty
-    std::vector<std::string> paths;          ///< kernel names of the disks of a multipath set, else empty
-    std::string description;                 ///< what it is: "LVM logical volume"
-    std::optional<std::uint64_t> sizeBytes;  ///< absent for an array that does not run
+    std::string kernelName;  ///< "md0", "dm-3", "bcache0"
+    std::string key;         ///< its UUID if it has one; unique among these volumes
+    std::string name;        ///< "md0"; "vg0/home" for a device mapper volume
+    std::string position;    ///< "md0"; the mapper's name for a device mapper volume: "vg0-home"
+    std::optional<std::string> mapperUuid;  ///< UUID of a device mapper volume
+    std::vector<std::string>
+        paths;                ///< kernel names of the disks of a multipath set; empty for other volumes
+    std::string description;  ///< kind of volume: "LVM logical volume"
+    std::optional<std::uint64_t> sizeBytes;       ///< absent for an array that is not running
     std::optional<std::uint64_t> blockSizeBytes;  ///< logical block; absent with the size
-    /// Of an array its own, of other volumes that of what they lie on; absent where that is not known.
+    /// An md array's own status; for other volumes, the combined status of the underlying devices. Absent if
+    /// any of those is unknown.
     std::optional<TOperationalStatus> operationalStatus;
     TRedundancy redundancy;
-    /// False for a bcache device: the disk below it is listed, and only its partitions are new.
+    /// False for a bcache device: the underlying disk is listed already, only the partitions are new.
     bool isLogicalDisk = true;
 };
 
-/// Every volume in the order of the kernel's names. Not among them: containers of arrays, layers that LVM
-/// keeps for itself, device mapper devices of other makers.
+/// Returns every volume in the order of the kernel's names. Excluded are containers of arrays, internal
+/// layers of LVM, and device mapper devices of other subsystems. The volumes are read at the first call.
 const std::vector<TSoftwareVolume>& GetSoftwareVolumes(TCollection& collection);
 
-/// What that reads besides the disks.
+/// The paths that GetSoftwareVolumes may access besides diskSources.
 inline constexpr std::array<TSourcePattern, 9> softwareVolumeSources{
     "/sys/block/*/bcache/backing_dev_uuid",
     "/run/udev/data/b*",

@@ -1,8 +1,9 @@
 #include "machine/collect/storage/volume_uuid.h"
 
+#include "machine/collect/frame/kernel_name.h"
 #include "machine/parse/udev_record.h"
+#include "text/hex.h"
 #include "text/lines.h"
-#include "text/numbers.h"
 
 #include <algorithm>
 #include <array>
@@ -12,9 +13,8 @@ namespace {
 
 constexpr std::string_view lvmPrefix = "LVM-";
 constexpr std::string_view multipathPrefix = "mpath-";
-constexpr std::string_view hexDigits = "0123456789abcdefABCDEF";
 
-// cryptsetup's integrity, verity and temporary devices are no encrypted volumes and not listed.
+// Without cryptsetup's integrity, verity and temporary devices, which are not encrypted volumes.
 constexpr TMapperKind kinds[] = {
     {lvmPrefix, "LVM logical volume"},
     {multipathPrefix, "Multipath device"},
@@ -26,14 +26,14 @@ constexpr TMapperKind kinds[] = {
     {"CRYPT-FVAULT2-", "Encrypted device, FileVault"},
 };
 
-// LVM refuses these words in names that people give.
+// Words that LVM reserves: it rejects them in names given by users.
 constexpr std::string_view mirrorParts[] = {"_rimage", "_rmeta", "_mimage", "_mlog"};
 constexpr std::string_view otherParts[] = {"_cdata", "_cmeta",  "_corig",   "_cpool",   "_cvol",
                                            "_tdata", "_tmeta",  "_vdata",   "_vorigin", "_iorig",
                                            "_imeta", "_wcorig", "_pmspare", "_vpool"};
 
-// Where "group-volume" has the hyphen between the names, npos without one. A hyphen in either name is
-// doubled.
+// Returns the place of the single hyphen in "group-volume", npos if there is none. Hyphens within either name
+// are doubled.
 std::size_t FindNameSeparator(std::string_view mapperName) {
     for (std::size_t i = 0; i < mapperName.size(); ++i) {
         if (mapperName[i] != '-') {
@@ -87,8 +87,7 @@ std::optional<std::string> ArrayUuidFromUdev(std::string_view text, std::string_
     for (std::size_t word = 0; word < words; ++word) {
         const std::size_t start = word * (wordDigits + 1);
         const std::string_view part = text.substr(start, wordDigits);
-        if (part.find_first_not_of(hexDigits) != std::string_view::npos ||
-            (word > 0 && text[start - 1] != ':')) {
+        if (!IsHex(part) || (word > 0 && text[start - 1] != ':')) {
             return std::nullopt;
         }
         for (std::size_t byte = 0; byte < wordDigits; byte += 2) {
@@ -102,13 +101,12 @@ std::optional<std::string> ArrayUuidFromUdev(std::string_view text, std::string_
 }
 
 std::optional<TMapperKind> FindMapperKind(std::string_view uuid, std::string_view name) {
-    for (const TMapperKind& kind : kinds) {
-        if (uuid.starts_with(kind.uuidPrefix)) {
-            const bool isHidden = kind.uuidPrefix == lvmPrefix && IsLayer(uuid, name);
-            return isHidden ? std::nullopt : std::optional(kind);
-        }
+    const auto* const kind =
+        std::ranges::find_if(kinds, [&](const TMapperKind& row) { return uuid.starts_with(row.uuidPrefix); });
+    if (kind == std::end(kinds) || (kind->uuidPrefix == lvmPrefix && IsLayer(uuid, name))) {
+        return std::nullopt;
     }
-    return std::nullopt;
+    return *kind;
 }
 
 std::string ReadableMapperName(std::string_view uuid, std::string_view name) {
@@ -120,10 +118,8 @@ std::string ReadableMapperName(std::string_view uuid, std::string_view name) {
 }
 
 std::optional<TMapperPartition> FindMapperPartition(std::string_view uuid) {
-    constexpr std::string_view prefix = "part";
     const auto [part, wholeUuid] = SplitAt(uuid, '-');
-    const auto number =
-        part.starts_with(prefix) ? ParseNumber<std::uint32_t>(part.substr(prefix.size())) : std::nullopt;
+    const auto number = FindNumberAfter(part, "part");
     if (!number || wholeUuid.empty()) {
         return std::nullopt;
     }

@@ -1,4 +1,4 @@
-// The identities of md arrays and device mapper devices as the kernel and udev tell them.
+// UUIDs of md arrays and device mapper devices, in the forms of the kernel and of udev.
 #pragma once
 
 #include <cstdint>
@@ -8,41 +8,41 @@
 
 namespace NVORHOST {
 
-/// What mdadm and udev write as "01234567:89abcdef:..." in the kernel's form, "01234567-89ab-cdef-...". The
-/// kernel shows the four words of version 0.90 metadata in the machine's byte order; `metadataVersion` tells.
-/// Absent for a text that is not four words of eight hexadecimal digits.
+/// Converts the form of mdadm and udev, "01234567:89abcdef:...", to the kernel's form,
+/// "01234567-89ab-cdef-...". The kernel shows the four words of version 0.90 metadata in host byte order,
+/// hence `metadataVersion`. Returns nullopt if `text` is not four words of eight hexadecimal digits.
 std::optional<std::string> ArrayUuidFromUdev(std::string_view text, std::string_view metadataVersion);
 
-/// A kind of device mapper device that people work with, told by its UUID's prefix.
+/// A user-visible kind of device mapper device, identified by the prefix of its UUID.
 struct TMapperKind {
     std::string_view uuidPrefix;
     std::string_view description;
 };
 
-/// Absent for other makers' devices and for layers that LVM keeps for itself: those with a suffix behind
+/// Returns nullopt for devices of other subsystems and for LVM's internal layers: devices with a suffix after
 /// their UUID, and the parts of a mirror or a cache, which have reserved names.
 std::optional<TMapperKind> FindMapperKind(std::string_view uuid, std::string_view name);
 
 /// True for the parts of an LVM mirror or RAID volume.
 bool IsMirrorPart(std::string_view mapperName);
 
-/// The name as people write it: "vg0/home" for a logical volume, "my disk" for "my\x20disk". The device
-/// mapper has one name for group and volume, with a hyphen between them and hyphens within them doubled.
+/// Returns the user-visible name: "vg0/home" for a logical volume, "my disk" for "my\x20disk". The device
+/// mapper joins group and volume by a hyphen and doubles hyphens within either name.
 std::string ReadableMapperName(std::string_view uuid, std::string_view name);
 
-/// A partition that a device mapper device stands for, told by its UUID, "part1-mpath-3600a0980...".
+/// A partition that is a device mapper device, identified by its UUID: "part1-mpath-3600a0980...".
 struct TMapperPartition {
     std::uint32_t number;
-    std::string_view wholeUuid;  ///< of the device that has the partition table; a part of the UUID asked for
+    std::string_view wholeUuid;  ///< UUID of the device with the partition table; a view into the argument
 };
 
-/// Absent for the UUID of anything else.
+/// Returns nullopt if `uuid` is not that of a partition.
 std::optional<TMapperPartition> FindMapperPartition(std::string_view uuid);
 
 /// True for the UUID of a multipath set.
 bool IsMultipath(std::string_view uuid);
 
-/// The key that a UUID makes: for a logical volume the UUIDs of its group and its own, else the whole.
+/// Returns the identity for a key: the UUIDs of group and volume for a logical volume, else `uuid` itself.
 std::string MapperIdentity(std::string_view uuid);
 
 }  // namespace NVORHOST

@@ -240,13 +240,13 @@ TEST(FindExpressLayout, KnowsTheSizesThatCimHas) {
     }
 }
 
-TEST(GetSlotUsageName, NamesWhatIsSaidOfASlot) {
-    EXPECT_EQ(GetSlotUsageName(1), "");
-    EXPECT_EQ(GetSlotUsageName(2), "");
-    EXPECT_EQ(GetSlotUsageName(3), "available");
-    EXPECT_EQ(GetSlotUsageName(4), "in use");
-    EXPECT_EQ(GetSlotUsageName(5), "unavailable");
-    EXPECT_EQ(GetSlotUsageName(6), "");
+TEST(FindSlotUsage, NamesAvailableInUseAndUnavailable) {
+    EXPECT_EQ(FindSlotUsage(1), std::nullopt);
+    EXPECT_EQ(FindSlotUsage(2), std::nullopt);
+    EXPECT_EQ(FindSlotUsage(3), "available");
+    EXPECT_EQ(FindSlotUsage(4), "in use");
+    EXPECT_EQ(FindSlotUsage(5), "unavailable");
+    EXPECT_EQ(FindSlotUsage(6), std::nullopt);
 }
 
 }  // namespace

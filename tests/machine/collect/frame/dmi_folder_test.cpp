@@ -13,7 +13,7 @@ TEST(FindDmiFolder, PrefersTheClassToTheDevice) {
     EXPECT_EQ(FindDmiFolder(ParseMachineTree(device + "/sys/class/dmi/id/product_name = P\n").files),
               "/sys/class/dmi/id");
     EXPECT_EQ(FindDmiFolder(ParseMachineTree(device).files), "/sys/devices/virtual/dmi/id");
-    EXPECT_EQ(FindDmiFolder(ParseMachineTree("").files), "");
+    EXPECT_EQ(FindDmiFolder(ParseMachineTree("").files), std::nullopt);
 }
 
 TEST(FindDmiFolder, GivesATreeWithoutTheClassItsSystemAndItsBoard) {

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <set>
@@ -30,6 +31,23 @@ TEST(GetCollectors, HaveNamesDescriptionsAndFunctionsOfTheirOwn) {
         EXPECT_NE(collector.collect, nullptr) << collector.name;
     }
     EXPECT_GE(names.size(), 8U);
+}
+
+// Every definition "extern constinit const TCollector" below machine/collect/.
+std::size_t CountDefinitions() {
+    std::size_t count = 0;
+    for (const auto& entry :
+         std::filesystem::recursive_directory_iterator(NOXINFO_SOURCE_DIR "/machine/collect")) {
+        std::ifstream file(entry.path());
+        for (std::string line; std::getline(file, line);) {
+            count += line.starts_with("extern constinit const TCollector ") ? 1U : 0U;
+        }
+    }
+    return count;
+}
+
+TEST(GetCollectors, ContainsEveryDefinedCollector) {
+    EXPECT_EQ(GetCollectors().size(), CountDefinitions());
 }
 
 TEST(GetCollectors, DeclareEachClassOnce) {

@@ -1,7 +1,4 @@
-// Which block devices are disks, of which class, and what their keys are made from.
-#include "machine/collect/frame/device_key.h"
-#include "machine/collect/frame/device_position.h"
-#include "machine/collect/frame/operational_status.h"
+// Which block devices are disks, the class of each, and the sources of their keys.
 #include "tests/machine/collect/collect_fixture.h"
 
 #include <gmock/gmock.h>
@@ -16,8 +13,8 @@ using testing::IsEmpty;
 constexpr const char* physical = "KELSG_DiskDrive";
 constexpr const char* other = "CIM_DiskDrive";
 
-// A disk below a PCI function: `way` is what lies between, attributes are lines "name = value" of the SCSI
-// device (or what else stands behind ".../device").
+// Returns the tree of a disk below a PCI function. `way` is the path from the function to the device,
+// `attributes` are lines "name = value" of the device that "device" links to.
 std::string Disk(const std::string& name, const std::string& way, const std::string& subsystem,
                  const std::vector<std::string>& attributes) {
     const std::string device = "/sys/devices/pci0000:00/" + way;
@@ -349,99 +346,6 @@ TEST(DiskKeys, StayTheSameWhenTheKernelNumbersEverythingAnew) {
               "0000:00:14.0/2.3:1.0/0:0:1");
     EXPECT_EQ(key("sdq", "0000:00:14.0/usb5/5-2/5-2.3/5-2.3:1.0/host9/target9:0:0/9:0:0:1"),
               "0000:00:14.0/2.3:1.0/0:0:1");
-}
-
-// ---- positions
-
-TEST(ReadDevicePosition, NamesThePortsOnTheWay) {
-    const TMachine machine = ParseMachineTree(
-        "/sys/devices/pci0000:00/0000:00:1f.2/ata3/ata_port/ata3/port_no = 1\n"
-        "/sys/devices/pci0000:00/0000:00:14.0/usb2/version =  3.00\n"
-        "/sys/devices/pci0000:00/0000:00:02.0/host0/port-0:1/end_device-0:1/sas_device/end_device-0:1/"
-        "sas_address = 0x5000c50000000005\n");
-    const auto position = [&](const char* path) { return ReadDevicePosition(machine.files, path); };
-    EXPECT_EQ(position("/sys/devices/pci0000:00/0000:00:1f.2/ata3/host2/target2:0:0/2:0:0:0/block/sdb"),
-              "0000:00:1f.2/ata-1/0:0:0");
-    EXPECT_EQ(
-        position("/sys/devices/pci0000:00/0000:00:14.0/usb2/2-1/2-1:1.0/host8/target8:0:0/8:0:0:0/block/sdc"),
-        "0000:00:14.0/usb3/1:1.0/0:0:0");
-    EXPECT_EQ(
-        position("/sys/devices/pci0000:00/0000:00:02.0/host0/port-0:1/end_device-0:1/target0:0:1/0:0:1:0/"
-                 "block/sde"),
-        "0000:00:02.0/sas-0x5000c50000000005/0");
-    EXPECT_EQ(position("/sys/devices/pci0000:00/0000:00:04.0/0000:01:00.0/nvme/nvme0/nvme0n2"),
-              "0000:01:00.0/n2");
-    EXPECT_EQ(position("/sys/devices/pci0000:00/0000:00:02.0/virtio1/block/vda"), "0000:00:02.0");
-    EXPECT_EQ(position("/sys/devices/vbd-51712/block/xvda"), "vbd-51712");
-    EXPECT_EQ(position("/sys/devices/platform/soc/fe340000.mmc/mmc_host/mmc0/mmc0:aaaa/block/mmcblk0"),
-              "soc/fe340000.mmc");
-}
-
-TEST(ReadDevicePosition, IsEmptyWhereThePathTellsNothing) {
-    const TMemoryFiles files;
-    EXPECT_EQ(ReadDevicePosition(files, ""), "");
-    EXPECT_EQ(ReadDevicePosition(files, "/sys/block/sda"), "");
-    EXPECT_EQ(ReadDevicePosition(files, "/sys/devices/virtual/block/loop0"), "");
-}
-
-TEST(ResolveLinkText, FollowsTextOnly) {
-    EXPECT_EQ(ResolveLinkText("/sys/block/sda", "../devices/pci0000:00/sda"), "/sys/devices/pci0000:00/sda");
-    EXPECT_EQ(ResolveLinkText("/sys/block/sda", "/sys/devices/sda"), "/sys/devices/sda");
-    EXPECT_EQ(ResolveLinkText("/a", "../../../b/./c"), "/b/c");
-}
-
-// ---- keys
-
-TEST(MakeUniqueKeys, UsesPositionsOnlyWhereIdentitiesAreMissingOrShared) {
-    std::vector<std::string> notes;
-    EXPECT_THAT(MakeUniqueKeys({{"A", "p1"}, {"", "p2"}, {"B", "p3"}, {"B", "p4"}}, "disk", notes),
-                ElementsAre("A", "p2", "B@p3", "B@p4"));
-    EXPECT_THAT(notes, ElementsAre("2 disks share the key B; their positions tell them apart"));
-}
-
-TEST(MakeUniqueKeys, NumbersWhatEvenPositionsDoNotTellApart) {
-    std::vector<std::string> notes;
-    EXPECT_THAT(MakeUniqueKeys({{"A", "p"}, {"A", "p"}, {"", "q"}, {"", "q"}}, "disk", notes),
-                ElementsAre("A@p", "A@p#2", "q", "q#2"));
-}
-
-TEST(MakeUniqueKeys, DoNotDependOnTheOtherDevicesPresent) {
-    std::vector<std::string> notes;
-    EXPECT_THAT(MakeUniqueKeys({{"B", "p3"}, {"B", "p4"}}, "disk", notes), ElementsAre("B@p3", "B@p4"));
-    EXPECT_THAT(MakeUniqueKeys({{"B", "p4"}, {"C", "p1"}, {"B", "p3"}}, "disk", notes),
-                ElementsAre("B@p4", "C", "B@p3"));
-}
-
-TEST(MakeUniqueKeys, FitLongKeysAndKeepThemApart) {
-    std::vector<std::string> notes;
-    const std::string longName(70, 'x');
-    const auto keys = MakeUniqueKeys({{longName + "1", ""}, {longName + "2", ""}, {std::string(64, 'y'), ""}},
-                                     "disk", notes);
-    EXPECT_EQ(keys[0].size(), 64U);
-    EXPECT_EQ(keys[0].substr(0, 47), keys[1].substr(0, 47));
-    EXPECT_NE(keys[0], keys[1]);
-    EXPECT_EQ(keys[2], std::string(64, 'y'));
-    EXPECT_THAT(notes, IsEmpty());
-}
-
-// ---- states
-
-TEST(FindDiskStatus, KnowsTheWordsOfBothDrivers) {
-    const auto status = [](std::string_view word) {
-        return FindDiskStatus(word).value_or(TOperationalStatus{});
-    };
-    EXPECT_THAT(status("running"), ElementsAre(2));
-    EXPECT_THAT(status("transport-offline"), ElementsAre(13));
-    EXPECT_THAT(status("created"), ElementsAre(8));
-    EXPECT_THAT(status("quiesce"), ElementsAre(15));
-    EXPECT_THAT(status("created-blocked"), ElementsAre(4));
-    EXPECT_THAT(status("cancel"), ElementsAre(9));
-    EXPECT_THAT(status("live"), ElementsAre(2));
-    EXPECT_THAT(status("resetting"), ElementsAre(8));
-    EXPECT_THAT(status("deleting (no IO)"), ElementsAre(9));
-    EXPECT_THAT(status("dead"), ElementsAre(7));
-    EXPECT_EQ(FindDiskStatus("unheard of"), std::nullopt);
-    EXPECT_EQ(FindDiskStatus(""), std::nullopt);
 }
 
 }  // namespace

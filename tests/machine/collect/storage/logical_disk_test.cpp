@@ -189,56 +189,6 @@ TEST(LogicalDisks, WithTheSameUuidAreToldApartByNameAndNoted) {
                 ElementsAre("2 volumes share the key mpath-a; their positions tell them apart"));
 }
 
-TEST(OpticalDrives, AreDvdDrivesWhenKernelElseUdevElseTheirNameSaysSo) {
-    const auto isDvd = [](const std::string& tree) {
-        TCollected collected;
-        Collect("/sys/block/sr0/dev = 11:0\n" + tree, collected);
-        EXPECT_EQ(collected.CountInstances("KELSG_DVDDrive") + collected.CountInstances("KELSG_CDROMDrive"),
-                  1U);
-        return collected.CountInstances("KELSG_DVDDrive") == 1;
-    };
-    const std::string kernelSays = "/proc/sys/dev/cdrom/info:\n| drive name: sr0\n| Can read DVD: ";
-    const std::string named = "/sys/block/sr0/device/model = DVD-ROM\n";
-    const std::string udevSays = "/run/udev/data/b11:0:\n| E:ID_CDROM=1\n";
-    EXPECT_TRUE(isDvd(kernelSays + "1\n" + udevSays));
-    EXPECT_FALSE(isDvd(kernelSays + "0\n" + udevSays + "| E:ID_CDROM_DVD=1\n" + named));
-    EXPECT_TRUE(isDvd(udevSays + "| E:ID_CDROM_DVD=1\n"));
-    EXPECT_FALSE(isDvd(udevSays + named));
-    EXPECT_TRUE(isDvd(named));
-    EXPECT_FALSE(isDvd("/sys/block/sr0/device/model = CD-RW\n"));
-    EXPECT_FALSE(isDvd(""));
-}
-
-TEST(OpticalDrives, WithoutDiscHaveNoSizes) {
-    const auto size = [](const std::string& tree) {
-        TCollected collected;
-        Collect("/sys/block/sr0/dev = 11:0\n/sys/block/sr0/queue/logical_block_size = 2048\n" + tree,
-                collected);
-        return collected.Get("KELSG_CDROMDrive", "MaxMediaSize");
-    };
-    const std::string udevSays = "/run/udev/data/b11:0:\n| E:ID_CDROM=1\n";
-    EXPECT_EQ(size("/sys/block/sr0/size = 2000\n"), "1024");
-    EXPECT_EQ(size("/sys/block/sr0/size = 2000\n" + udevSays + "| E:ID_CDROM_MEDIA=1\n"), "1024");
-    EXPECT_EQ(size("/sys/block/sr0/size = 2000\n" + udevSays), "absent");
-    EXPECT_EQ(size("/sys/block/sr0/size = 2097151\n"), "absent");
-    EXPECT_EQ(size("/sys/block/sr0/size = 0\n"), "absent");
-}
-
-TEST(TapeDrives, AreOneForAllTheirNamesAndHaveABlockSizeOnlyWhenItIsFixed) {
-    const auto blockSize = [](const std::string& text) {
-        TCollected collected;
-        Collect("/sys/class/scsi_tape/st0/default_blksize = " + text +
-                    "\n/sys/class/scsi_tape/nst0/default_blksize = 512\n"
-                    "/sys/class/scsi_tape/st0m/default_blksize = 512\n",
-                collected);
-        EXPECT_EQ(collected.CountInstances("KELSG_TapeDrive"), 1U);
-        return collected.Get("KELSG_TapeDrive", "DefaultBlockSize");
-    };
-    EXPECT_EQ(blockSize("65536"), "65536");
-    EXPECT_EQ(blockSize("0"), "absent");
-    EXPECT_EQ(blockSize("-1"), "absent");
-}
-
 // ---- every row of the classes
 
 // The properties that no instance of any of the classes has on any of the machines.
