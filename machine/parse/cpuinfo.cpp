@@ -29,6 +29,8 @@ constexpr TRow rows[] = {
     {"cpu family", [](auto& cpu, auto value) { cpu.family = value; }},
     {"model", [](auto& cpu, auto value) { cpu.modelNumber = value; }},
     {"stepping", [](auto& cpu, auto value) { cpu.stepping = value; }},
+    {"microcode", [](auto& cpu, auto value) { cpu.microcode = value; }},
+    {"cpu cores", [](auto& cpu, auto value) { cpu.coreCount = ParseNumber<std::uint16_t>(value); }},
     {"flags",
      [](auto& cpu, auto value) {
          cpu.isLongModeCapable = HasWord(value, "lm");

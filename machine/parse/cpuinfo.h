@@ -19,6 +19,8 @@ struct TLogicalProcessor {
     std::string modelNumber;                 ///< "model", decimal text
     std::string stepping;                    ///< "stepping", decimal text
     std::optional<bool> isLongModeCapable;   ///< "flags" contains "lm"; absent without that line
+    std::string microcode;                   ///< "microcode", as the kernel formats it: "0xb00002e"
+    std::optional<std::uint16_t> coreCount;  ///< "cpu cores" of its package
     bool isUnderHypervisor = false;          ///< "flags" contains "hypervisor"
 };
 

@@ -19,6 +19,16 @@ std::optional<std::uint16_t> ParseFamily(const TByteView& fields) {
     return std::uint16_t{*code};
 }
 
+// FFh refers to the word, which version 3.0 added for more than 254 cores.
+std::optional<std::uint16_t> ParseEnabledCores(const TByteView& fields) {
+    constexpr std::uint8_t isInSecondField = 0xFF;
+    const auto count = fields.GetByte(0x24);
+    if (count == isInSecondField) {
+        return NonZero(fields.GetWord(0x2C));
+    }
+    return NonZero(count ? std::optional<std::uint16_t>(*count) : std::nullopt);
+}
+
 }  // namespace
 
 TSmbiosProcessor ParseSmbiosProcessor(const TSmbiosStructure& structure) {
@@ -32,7 +42,9 @@ TSmbiosProcessor ParseSmbiosProcessor(const TSmbiosStructure& structure) {
         .maxSpeedMHz = NonZero(fields.GetWord(0x14)),
         .currentSpeedMHz = NonZero(fields.GetWord(0x16)),
         .status = fields.GetByte(0x18),
+        .upgrade = fields.GetByte(0x19),
         .serial = structure.GetText(0x20),
+        .enabledCores = ParseEnabledCores(fields),
         .characteristics = fields.GetWord(0x26),
     };
 }

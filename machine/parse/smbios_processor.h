@@ -19,7 +19,9 @@ struct TSmbiosProcessor {
     std::optional<std::uint16_t> maxSpeedMHz;      ///< 14h; absent for 0, unknown
     std::optional<std::uint16_t> currentSpeedMHz;  ///< 16h; absent for 0, unknown
     std::optional<std::uint8_t> status;            ///< 18h
+    std::optional<std::uint8_t> upgrade;           ///< 19h, a kind of socket of the reference
     std::optional<std::string> serial;             ///< 20h
+    std::optional<std::uint16_t> enabledCores;     ///< 24h, or 2Ch when 24h is FFh; absent for 0, unknown
     std::optional<std::uint16_t> characteristics;  ///< 26h
 
     bool IsCentral() const { return kind == 3; }

@@ -3,8 +3,10 @@
 #include "text/ascii.h"
 #include "text/find_row.h"
 #include "text/hex.h"
+#include "text/numbers.h"
 
 #include <algorithm>
+#include <chrono>
 
 namespace NVORHOST {
 namespace {
@@ -64,6 +66,40 @@ constexpr TChassisKind chassisKinds[] = {
     {0x24, "Stick PC"},
 };
 
+std::optional<std::string> ReadRelease(const TByteView& fields, std::size_t offset) {
+    constexpr std::uint8_t none = 0xFF;
+    const auto major = fields.GetByte(offset);
+    const auto minor = fields.GetByte(offset + 1);
+    if (!major || !minor || *major == none || *minor == none) {
+        return std::nullopt;
+    }
+    return std::to_string(*major) + "." + std::to_string(*minor);
+}
+
+// Two digits are of the last century, whose firmware was the only one to write them.
+std::optional<std::uint16_t> ParseYear(std::string_view digits) {
+    constexpr std::uint16_t century = 1900;
+    constexpr std::uint16_t firstShortYear = 80;
+    const auto year = ParseNumber<std::uint16_t>(digits);
+    if (!year || digits.size() == 4) {
+        return year;
+    }
+    return *year >= firstShortYear ? std::optional(static_cast<std::uint16_t>(century + *year))
+                                   : std::nullopt;
+}
+
+std::optional<std::uint8_t> NonZero(std::optional<std::uint8_t> value) {
+    return value == 0 ? std::nullopt : value;
+}
+
+// The SKU number follows a list of as many elements as 13h has, each as long as 14h has.
+std::optional<std::string> ReadChassisSku(const TSmbiosStructure& structure) {
+    constexpr std::size_t elementsOffset = 0x15;
+    const auto count = structure.GetFields().GetByte(0x13);
+    const auto length = structure.GetFields().GetByte(0x14);
+    return count && length ? structure.GetText(elementsOffset + std::size_t{*count} * *length) : std::nullopt;
+}
+
 }  // namespace
 
 bool IsPlaceholderUuid(std::string_view uuid) {
@@ -89,7 +125,32 @@ std::optional<std::string> FormatSmbiosUuid(std::string_view bytes, TSmbiosVersi
 
 TSmbiosFirmware ParseSmbiosFirmware(const TSmbiosStructure& structure) {
     constexpr unsigned isVirtualMachine = 0x10;
-    return {.isVirtualMachine = (structure.GetFields().GetByte(0x13).value_or(0) & isVirtualMachine) != 0};
+    const TByteView& fields = structure.GetFields();
+    return {
+        .vendor = structure.GetText(0x04),
+        .version = structure.GetText(0x05),
+        .releaseDate = structure.GetText(0x08),
+        .isVirtualMachine = (fields.GetByte(0x13).value_or(0) & isVirtualMachine) != 0,
+        .release = ReadRelease(fields, 0x14),
+        .controllerRelease = ReadRelease(fields, 0x16),
+    };
+}
+
+std::optional<TFirmwareDate> ParseFirmwareDate(std::string_view text) {
+    constexpr std::size_t shortLength = 8;
+    constexpr std::size_t longLength = 10;
+    if ((text.size() != shortLength && text.size() != longLength) || text[2] != '/' || text[5] != '/') {
+        return std::nullopt;
+    }
+    const auto month = ParseNumber<std::uint8_t>(text.substr(0, 2));
+    const auto day = ParseNumber<std::uint8_t>(text.substr(3, 2));
+    const auto year = ParseYear(text.substr(6));
+    if (!month || !day || !year) {
+        return std::nullopt;
+    }
+    const std::chrono::year_month_day date{std::chrono::year(*year), std::chrono::month(*month),
+                                           std::chrono::day(*day)};
+    return date.ok() ? std::optional(TFirmwareDate{*year, *month, *day}) : std::nullopt;
 }
 
 TSmbiosSystem ParseSmbiosSystem(const TSmbiosStructure& structure, std::optional<TSmbiosVersion> version) {
@@ -117,16 +178,24 @@ TSmbiosBoard ParseSmbiosBoard(const TSmbiosStructure& structure) {
 }
 
 TSmbiosChassis ParseSmbiosChassis(const TSmbiosStructure& structure) {
+    constexpr std::uint8_t lockBit = 0x80;
     const TByteView& fields = structure.GetFields();
     TSmbiosChassis chassis{
+        .manufacturer = structure.GetText(0x04),
         .kind = fields.GetByte(0x05),
+        .version = structure.GetText(0x06),
         .serial = structure.GetText(0x07),
+        .assetTag = structure.GetText(0x08),
         .bootUpState = fields.GetByte(0x09),
         .powerState = fields.GetByte(0x0A),
         .thermalState = fields.GetByte(0x0B),
+        .rackUnits = NonZero(fields.GetByte(0x11)),
+        .powerCords = NonZero(fields.GetByte(0x12)),
+        .sku = ReadChassisSku(structure),
     };
     if (chassis.kind) {
-        *chassis.kind &= 0x7F;  // bit 7 is set for a chassis with a lock
+        chassis.hasLock = (*chassis.kind & lockBit) != 0;
+        *chassis.kind &= static_cast<std::uint8_t>(~lockBit);
     }
     return chassis;
 }

@@ -12,9 +12,21 @@
 
 namespace NVORHOST {
 
-/// Type 0.
+/// Type 0. Texts are the firmware's, placeholders included.
 struct TSmbiosFirmware {
-    bool isVirtualMachine = false;  ///< 13h bit 4
+    std::optional<std::string> vendor;             ///< 04h
+    std::optional<std::string> version;            ///< 05h
+    std::optional<std::string> releaseDate;        ///< 08h; ParseFirmwareDate reads it
+    bool isVirtualMachine = false;                 ///< 13h bit 4
+    std::optional<std::string> release;            ///< 14h and 15h, "5.17"; absent if either is FFh
+    std::optional<std::string> controllerRelease;  ///< 16h and 17h, of the embedded controller; as `release`
+};
+
+struct TFirmwareDate {
+    std::uint16_t year = 0;
+    std::uint8_t month = 0, day = 0;
+
+    auto operator<=>(const TFirmwareDate&) const = default;
 };
 
 /// Type 1. Texts are unchanged, placeholders included.
@@ -42,11 +54,18 @@ struct TSmbiosBoard {
 
 /// Type 3.
 struct TSmbiosChassis {
+    std::optional<std::string> manufacturer;   ///< 04h
     std::optional<std::uint8_t> kind;          ///< 05h bits 6:0, an enclosure type of the reference
+    bool hasLock = false;                      ///< 05h bit 7; false if there is none or if that is unknown
+    std::optional<std::string> version;        ///< 06h
     std::optional<std::string> serial;         ///< 07h
+    std::optional<std::string> assetTag;       ///< 08h
     std::optional<std::uint8_t> bootUpState;   ///< 09h
     std::optional<std::uint8_t> powerState;    ///< 0Ah
     std::optional<std::uint8_t> thermalState;  ///< 0Bh
+    std::optional<std::uint8_t> rackUnits;     ///< 11h, height of 1.75 inches each; absent for 0
+    std::optional<std::uint8_t> powerCords;    ///< 12h; absent for 0
+    std::optional<std::string> sku;            ///< after the contained elements of 13h and 14h
 };
 
 /// `structure` must have the type that the function names. A field at or past its length is absent.
@@ -55,6 +74,11 @@ TSmbiosFirmware ParseSmbiosFirmware(const TSmbiosStructure& structure);
 TSmbiosSystem ParseSmbiosSystem(const TSmbiosStructure& structure, std::optional<TSmbiosVersion> version);
 TSmbiosBoard ParseSmbiosBoard(const TSmbiosStructure& structure);
 TSmbiosChassis ParseSmbiosChassis(const TSmbiosStructure& structure);
+
+/// Shape:  "MM/DD/YYYY", or "MM/DD/YY" for the years from 1980 to 1999.
+/// Absent: another form, and a day that the calendar does not have.
+/// Source: DSP0134, 7.1, offset 08h; /sys/class/dmi/id/bios_date has the same text.
+std::optional<TFirmwareDate> ParseFirmwareDate(std::string_view text);
 
 /// Returns the canonical text, upper case, of the 16 bytes of a UUID; nullopt for placeholders and other
 /// sizes. From version 2.6 on, the first three fields are little-endian; before, the bytes are in the order

@@ -43,18 +43,21 @@ struct TMinimumLength {
     std::uint8_t length;
 };
 
-// DSP0134: the length in the first version that has the type, 2.0 or 2.1.
+// DSP0134: the length in the first version that has the type, from 2.0 to 2.3.1.
 constexpr TMinimumLength minimumLengths[] = {
     {0, 0x12},   // firmware
     {1, 0x08},   // system
     {2, 0x08},   // baseboard
     {3, 0x09},   // chassis
     {4, 0x1A},   // processor
+    {7, 0x0F},   // cache
     {9, 0x0C},   // slot
     {16, 0x0F},  // memory array
     {17, 0x15},  // memory device
     {19, 0x0F},  // memory array mapped address
     {20, 0x13},  // memory device mapped address
+    {22, 0x10},  // battery
+    {39, 0x10},  // power supply
 };
 
 std::size_t GetMinimumLength(std::uint8_t type) {

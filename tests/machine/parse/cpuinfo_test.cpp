@@ -12,6 +12,8 @@ constexpr std::string_view twoProcessors =
     "model\t\t: 26\n"
     "model name\t: Intel(R) Xeon(R) CPU           E5540  @ 2.53GHz\n"
     "stepping\t: 3\n"
+    "microcode\t: 0x1d\n"
+    "cpu cores\t: 4\n"
     "cpu MHz\t\t: 2299.992\n"
     "physical id\t: 0\n"
     "flags\t\t: fpu de lm constant_tsc\n"
@@ -31,10 +33,14 @@ TEST(ParseCpuInfo, ReadsEachProcessorsBlock) {
     EXPECT_EQ(processors[0].family, "6");
     EXPECT_EQ(processors[0].modelNumber, "26");
     EXPECT_EQ(processors[0].stepping, "3");
+    EXPECT_EQ(processors[0].microcode, "0x1d");
+    EXPECT_EQ(processors[0].coreCount, 4);
     EXPECT_EQ(processors[1].number, 1U);
     EXPECT_EQ(processors[1].packageId, 1U);
     EXPECT_EQ(processors[1].clockMHz, std::nullopt);
     EXPECT_EQ(processors[1].model, "");
+    EXPECT_EQ(processors[1].microcode, "");
+    EXPECT_EQ(processors[1].coreCount, std::nullopt);
 }
 
 TEST(ParseCpuInfo, ReadsTheLongModeFlagAsAWholeWord) {

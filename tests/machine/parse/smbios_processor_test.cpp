@@ -53,5 +53,23 @@ TEST(ParseSmbiosProcessor, LeavesUnknownSpeedsAndMissingFieldsAbsent) {
     EXPECT_FALSE(ParseSmbiosProcessor(TStructureBytes("4: 00").Get()).IsPopulated());
 }
 
+// Up to 23h, then 24h and `rest`.
+TSmbiosProcessor ParseWithCores(const std::string& rest) {
+    return ParseSmbiosProcessor(
+        TStructureBytes("4: 01 03 b3 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 "
+                        "41 2b 00 00 00 00 00 00 00 00 00 10 " +
+                        rest)
+            .Get());
+}
+
+TEST(ParseSmbiosProcessor, ReadsSocketKindAndEnabledCores) {
+    EXPECT_EQ(ParseWithCores("08").upgrade, 0x2B);
+    EXPECT_EQ(ParseWithCores("08").enabledCores, 8);
+    EXPECT_EQ(ParseWithCores("ff 00 00 00 00 00 00 00 20 01").enabledCores, 288);
+    EXPECT_EQ(ParseWithCores("ff").enabledCores, std::nullopt);
+    EXPECT_EQ(ParseWithCores("00").enabledCores, std::nullopt);
+    EXPECT_EQ(ParseWithCores("").enabledCores, std::nullopt);
+}
+
 }  // namespace
 }  // namespace NVORHOST

@@ -137,5 +137,67 @@ TEST(ParseSmbiosChassis, HasNoStatesInStructuresOfVersion20) {
     EXPECT_EQ(chassis.bootUpState, std::nullopt);
 }
 
+TEST(ParseSmbiosFirmware, ReadsEveryField) {
+    const TStructureBytes structure(
+        "0: 01 02 00 f0 03 ff 00 00 00 00 00 00 00 00 03 0d 05 11 01 0c \"Maker\" \"F.42\" \"03/15/2021\"");
+    const auto firmware = ParseSmbiosFirmware(structure.Get());
+    EXPECT_EQ(firmware.vendor, "Maker");
+    EXPECT_EQ(firmware.version, "F.42");
+    EXPECT_EQ(firmware.releaseDate, "03/15/2021");
+    EXPECT_EQ(firmware.release, "5.17");
+    EXPECT_EQ(firmware.controllerRelease, "1.12");
+    EXPECT_FALSE(firmware.isVirtualMachine);
+}
+
+TEST(ParseSmbiosFirmware, HasNoReleasesOfTheValueFFhAndInOlderStructures) {
+    const auto parse = [](const std::string& rest) {
+        const TStructureBytes structure("0: 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 " + rest);
+        return ParseSmbiosFirmware(structure.Get());
+    };
+    EXPECT_EQ(parse("ff ff ff ff").release, std::nullopt);
+    EXPECT_EQ(parse("00 00 ff 00").release, "0.0");
+    EXPECT_EQ(parse("00 00 ff 00").controllerRelease, std::nullopt);
+    EXPECT_EQ(parse("05").release, std::nullopt);
+    EXPECT_EQ(parse("05 01 02").controllerRelease, std::nullopt);
+}
+
+TEST(ParseFirmwareDate, ReadsYearsOfTwoAndFourDigits) {
+    EXPECT_EQ(ParseFirmwareDate("03/15/2021"), (TFirmwareDate{2021, 3, 15}));
+    EXPECT_EQ(ParseFirmwareDate("02/29/2024"), (TFirmwareDate{2024, 2, 29}));
+    EXPECT_EQ(ParseFirmwareDate("12/31/98"), (TFirmwareDate{1998, 12, 31}));
+}
+
+TEST(ParseFirmwareDate, ReturnsNulloptForOtherFormsAndForDaysThatDoNotExist) {
+    for (const char* text : {"", "2021-03-15", "3/15/2021", "03/15/202", "03-15-2021", "03/15/20x1",
+                             "13/01/2021", "02/29/2023", "00/00/2021", "01/01/05", "03/15/2021 "}) {
+        EXPECT_EQ(ParseFirmwareDate(text), std::nullopt) << text;
+    }
+}
+
+TEST(ParseSmbiosChassis, ReadsEveryFieldPastItsContainedElements) {
+    const TStructureBytes structure(
+        "3: 01 97 02 03 04 03 03 03 03 00 00 00 00 02 01 02 03 aa bb cc dd ee ff 05 "
+        "\"Maker\" \"V2\" \"Serial\" \"Asset\" \"SKU-1\"");
+    const auto chassis = ParseSmbiosChassis(structure.Get());
+    EXPECT_EQ(chassis.manufacturer, "Maker");
+    EXPECT_EQ(chassis.kind, 0x17);
+    EXPECT_TRUE(chassis.hasLock);
+    EXPECT_EQ(chassis.version, "V2");
+    EXPECT_EQ(chassis.serial, "Serial");
+    EXPECT_EQ(chassis.assetTag, "Asset");
+    EXPECT_EQ(chassis.rackUnits, 2);
+    EXPECT_EQ(chassis.powerCords, 1);
+    EXPECT_EQ(chassis.sku, "SKU-1");
+}
+
+TEST(ParseSmbiosChassis, HasNoHeightPowerCordsAndSkuForZero) {
+    const TStructureBytes structure("3: 01 17 00 00 00 03 03 03 03 00 00 00 00 00 00 00 00 00 \"Maker\"");
+    const auto chassis = ParseSmbiosChassis(structure.Get());
+    EXPECT_FALSE(chassis.hasLock);
+    EXPECT_EQ(chassis.rackUnits, std::nullopt);
+    EXPECT_EQ(chassis.powerCords, std::nullopt);
+    EXPECT_EQ(chassis.sku, std::nullopt);
+}
+
 }  // namespace
 }  // namespace NVORHOST
