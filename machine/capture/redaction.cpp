@@ -1,5 +1,6 @@
 #include "machine/capture/redaction.h"
 
+#include "machine/capture/edid_redaction.h"
 #include "machine/capture/identity_search.h"
 #include "machine/capture/identity_texts.h"
 #include "machine/capture/property_redaction.h"
@@ -291,6 +292,7 @@ constexpr TFileRule fileRules[] = {
     {"/sys/**/dm/name", LearnForms, ReplaceIdentities, ETextContext::identities},
     {"/sys/**/dm/uuid", LearnForms, ReplaceIdentities, ETextContext::identities},
     {"/sys/**/eeprom", LearnSpdSerial, ReplaceSpdSerial, ETextContext::published},
+    {"/sys/**/edid", LearnWith<LearnEdid>, ReplaceWith<ReplaceEdid>, ETextContext::published},
     {"/sys/**/vpd_pg80", LearnWith<LearnVpdSerial>, ReplaceWith<ReplaceVpdSerial>, ETextContext::anything},
     {"/sys/**/vpd_pg83", LearnWith<LearnVpdDesignators>, ReplaceWith<ReplaceVpdDesignators>,
      ETextContext::identities},

@@ -124,9 +124,10 @@ TEST_P(TMachineCaptureTest, ReproducesTheNamespaceOfTheMachine) {
 // Properties whose values may differ after redaction. All others are unchanged.
 bool MayDiffer(const std::string& property) {
     static const std::set<std::string> ends{
-        ".ElementName", ".Description",      ".DeviceID",         ".SerialNumber", ".Name",
-        ".CSName",      ".UserTracking",     ".IPv4Address",      ".IPv6Address",  ".Tag",
-        ".UniqueID",    ".PermanentAddress", ".NetworkAddresses", ".Antecedent",   ".Dependent"};
+        ".ElementName", ".Description",          ".DeviceID",         ".SerialNumber",     ".Name",
+        ".CSName",      ".UserTracking",         ".IPv4Address",      ".IPv6Address",      ".Tag",
+        ".UniqueID",    ".OtherIdentifyingInfo", ".PermanentAddress", ".NetworkAddresses", ".Antecedent",
+        ".Dependent"};
     return ends.contains(property.substr(property.rfind('.')));
 }
 

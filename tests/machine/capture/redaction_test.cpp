@@ -1,6 +1,7 @@
 #include "machine/capture/redaction.h"
 
 #include "machine/capture/file_recorder.h"
+#include "machine/parse/edid.h"
 #include "machine/parse/ip_address.h"
 #include "machine/parse/proc_net.h"
 #include "machine/parse/scsi_vpd.h"
@@ -425,6 +426,29 @@ TEST_F(TRedactionTest, MemoryModulesKeepMatchingAReversedSerialNumber) {
               turned.substr(6, 2) + turned.substr(4, 2) + turned.substr(2, 2) + turned.substr(0, 2));
 }
 
+// Two blocks; the second repeats the serial number, as extensions may.
+std::string MakeEdid() {
+    TMachine machine = ParseMachineTree(
+        "/edid registers 256:\n"
+        "| 00: 00 ff ff ff ff ff ff 00 16 ce 34 12 78 56 34 12 1d 1f 01 04\n"
+        "| 5a: 00 00 00 ff 00 58 37 4a 32 4b 30 33 0a 20 20 20 20 20\n"
+        "| 7e: 01 24\n"
+        "| 80: 58 37 4a 32 4b 30 33\n");
+    return machine.files.ReadText("/edid").value;
+}
+
+TEST_F(TRedactionTest, MonitorsLoseTheirSerialNumbersAndKeepAValidEdid) {
+    ASSERT_TRUE(ParseEdid(MakeEdid()));
+    Add("/sys/class/drm/card0-DP-1/edid", MakeEdid());
+    const auto edid = ParseEdid(Redacted("/sys/class/drm/card0-DP-1/edid"));
+    ASSERT_TRUE(edid);
+    EXPECT_EQ(edid->maker, "EVN");
+    EXPECT_EQ(edid->productCode, 0x1234);
+    EXPECT_EQ(edid->serialText, Pseudonym("X7J2K03"));
+    EXPECT_NE(edid->serialNumber, 0x12345678U);
+    EXPECT_THAT(Redacted("/sys/class/drm/card0-DP-1/edid"), Not(HasSubstr("X7J2K03")));
+}
+
 TEST_F(TRedactionTest, KeepsAllOtherFiles) {
     const std::vector<std::pair<std::string, std::string>> files{
         {"/proc/meminfo", "MemTotal:       16384256 kB\nMemFree: 12345678 kB\n"},
@@ -449,7 +473,7 @@ TEST_F(TRedactionTest, KeepsAllOtherFiles) {
 
 TEST_F(TRedactionTest, KeepsTheLengthOfFilesWithAnyContent) {
     for (const char* path : {"/sys/a/serial", "/sys/a/uuid", "/sys/a/wwid", "/sys/a/vpd_pg80",
-                             "/sys/a/vpd_pg83", "/sys/a/eeprom", "/sys/a/uevent", "/run/utmp",
+                             "/sys/a/vpd_pg83", "/sys/a/eeprom", "/sys/a/edid", "/sys/a/uevent", "/run/utmp",
                              "/run/udev/data/b8:0", "/proc/1/net/route", "/proc/1/net/fib_trie",
                              "/proc/1/net/if_inet6", "/sys/firmware/dmi/tables/DMI", "/etc/hostname", "/x"}) {
         for (const std::string& text :
