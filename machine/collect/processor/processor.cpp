@@ -19,9 +19,9 @@ namespace NVORHOST {
 namespace {
 
 struct TProcessor {
-    std::optional<std::string> elementName, description, deviceId, uniqueId;
+    std::optional<std::string> elementName, description, deviceId, uniqueId, stepping, microcode;
     std::optional<TOperationalStatus> operationalStatus;
-    std::optional<std::uint16_t> addressWidthBits, dataWidthBits, family;
+    std::optional<std::uint16_t> addressWidthBits, dataWidthBits, family, enabledCores, upgrade;
     std::optional<std::uint32_t> currentClockMHz, maxClockMHz;
 };
 
@@ -36,6 +36,10 @@ constexpr TPropertyRow<TProcessor> processorRows[] = {
     {"Family", &TProcessor::family},
     {"MaxClockSpeed", &TProcessor::maxClockMHz},
     {"UniqueID", &TProcessor::uniqueId},
+    {"NumberOfEnabledCores", &TProcessor::enabledCores},
+    {"Stepping", &TProcessor::stepping},
+    {"UpgradeMethod", &TProcessor::upgrade},
+    {"FirmwareVersion", &TProcessor::microcode},
 };
 
 constexpr TCimClass<TProcessor> processorClass{"KELSG_Processor", processorRows};
@@ -73,6 +77,10 @@ std::string DescribeModel(const TLogicalProcessor& info) {
 }
 
 void SetFromPackage(const TProcessorPackage& package, TProcessor& processor) {
+    if (package.info) {
+        processor.enabledCores = package.info->coreCount;
+        processor.microcode = package.info->microcode;
+    }
     processor.currentClockMHz = package.currentClockMHz;
     processor.maxClockMHz = package.maxClockMHz;
     processor.uniqueId = package.inventoryNumber;
@@ -84,6 +92,7 @@ void SetFromInfo(const TLogicalProcessor& info, TProcessor& processor) {
         processor.elementName = info.model;
     }
     processor.description = DescribeModel(info);
+    processor.stepping = info.stepping;
 }
 
 template <typename T, typename TSource>
@@ -91,6 +100,12 @@ void FillIn(std::optional<T>& member, const std::optional<TSource>& found) {
     if (!member && found) {
         member = *found;
     }
+}
+
+// DSP0134, 7.5.5: the codes are those of CIM_Processor.UpgradeMethod; 02h is unknown.
+std::optional<std::uint16_t> FindUpgrade(std::optional<std::uint8_t> code) {
+    constexpr std::uint8_t unknownSocket = 2;
+    return code && *code != 0 && *code != unknownSocket ? std::optional<std::uint16_t>(*code) : std::nullopt;
 }
 
 void SetFromSocket(const TSmbiosProcessor& socket, std::optional<TSmbiosVersion> version,
@@ -103,6 +118,11 @@ void SetFromSocket(const TSmbiosProcessor& socket, std::optional<TSmbiosVersion>
     FillIn(processor.uniqueId, WithoutPlaceholder(socket.serial));
     FillIn(processor.elementName, WithoutPlaceholder(socket.version));
     processor.family = FindProcessorFamily(socket, version);
+    processor.upgrade = FindUpgrade(socket.upgrade);
+    // The firmware also counts cores that the kernel was started without.
+    if (socket.enabledCores) {
+        processor.enabledCores = socket.enabledCores;
+    }
     // The firmware reports the status at boot, when all but one processor may be idle. The kernel's is
     // preferred.
     if (socket.status && !processor.operationalStatus) {

@@ -15,24 +15,8 @@
 namespace NVORHOST {
 namespace {
 
-std::string CpuFolder(std::uint32_t cpu) {
-    return "/sys/devices/system/cpu/cpu" + std::to_string(cpu);
-}
-
-// Returns the number of every "cpuN" in ascending order.
-std::vector<std::uint32_t> ListCpus(const ISystemFiles& files) {
-    std::vector<std::uint32_t> cpus;
-    for (const std::string& name : files.List("/sys/devices/system/cpu").value) {
-        if (const auto number = FindNumberAfter(name, "cpu")) {
-            cpus.push_back(*number);
-        }
-    }
-    std::ranges::sort(cpus);
-    return cpus;
-}
-
 std::vector<std::uint32_t> ReadPackageCpus(const ISystemFiles& files, std::uint32_t cpu) {
-    const std::string topology = CpuFolder(cpu) + "/topology/";
+    const std::string topology = GetCpuFolder(cpu) + "/topology/";
     auto list = ReadAttribute(files, topology + "package_cpus_list");
     if (!list) {
         list = ReadAttribute(files, topology + "core_siblings_list");  // its name before Linux 5.3
@@ -51,7 +35,7 @@ TPackages ReadTopology(const ISystemFiles& files) {
         if (seen.contains(cpu)) {
             continue;
         }
-        const auto id = ReadNumber<std::uint32_t>(files, CpuFolder(cpu) + "/topology/physical_package_id");
+        const auto id = ReadNumber<std::uint32_t>(files, GetCpuFolder(cpu) + "/topology/physical_package_id");
         if (!id) {
             continue;
         }
@@ -80,11 +64,11 @@ TPackages GroupByCpuInfo(const std::vector<TLogicalProcessor>& processors) {
 // A processor that cannot go offline, often the first one, has no "online" file.
 bool IsOnline(const ISystemFiles& files, std::uint32_t cpu) {
     constexpr std::uint8_t isOffline = 0;
-    return ReadNumber<std::uint8_t>(files, CpuFolder(cpu) + "/online") != isOffline;
+    return ReadNumber<std::uint8_t>(files, GetCpuFolder(cpu) + "/online") != isOffline;
 }
 
 std::optional<std::uint32_t> ReadMHz(const ISystemFiles& files, std::uint32_t cpu, std::string_view name) {
-    const auto kHz = ReadNumber<std::uint64_t>(files, CpuFolder(cpu) + "/cpufreq/" + std::string(name));
+    const auto kHz = ReadNumber<std::uint64_t>(files, GetCpuFolder(cpu) + "/cpufreq/" + std::string(name));
     return kHz && *kHz >= 1000 ? std::optional(static_cast<std::uint32_t>(*kHz / 1000)) : std::nullopt;
 }
 
@@ -106,6 +90,23 @@ const TLogicalProcessor* FindProcessor(const std::vector<TLogicalProcessor>& pro
 }
 
 }  // namespace
+
+std::string GetCpuFolder(std::uint32_t cpu) {
+    return "/sys/devices/system/cpu/cpu" + std::to_string(cpu);
+}
+
+std::vector<std::uint32_t> ListCpus(const ISystemFiles& files) {
+    std::vector<std::uint32_t> cpus;
+    for (const std::string& name : files.List("/sys/devices/system/cpu").value) {
+        const auto number =
+            name.starts_with("cpu") ? ParseNumber<std::uint32_t>(name.substr(3)) : std::nullopt;
+        if (number) {
+            cpus.push_back(*number);
+        }
+    }
+    std::sort(cpus.begin(), cpus.end());
+    return cpus;
+}
 
 std::vector<TProcessorPackage> ReadProcessorPackages(TCollection& collection) {
     const ISystemFiles& files = collection.GetFiles();
@@ -132,7 +133,7 @@ std::vector<TProcessorPackage> ReadProcessorPackages(TCollection& collection) {
             package.currentClockMHz = package.info->clockMHz;
         }
         package.inventoryNumber =
-            WithoutPlaceholder(ReadAttribute(files, CpuFolder(package.firstCpu) + "/topology/ppin"));
+            WithoutPlaceholder(ReadAttribute(files, GetCpuFolder(package.firstCpu) + "/topology/ppin"));
         packages.push_back(std::move(package));
     }
     return packages;
@@ -140,7 +141,7 @@ std::vector<TProcessorPackage> ReadProcessorPackages(TCollection& collection) {
 
 bool HasHiddenPackage(const ISystemFiles& files) {
     return std::ranges::any_of(ListCpus(files), [&](std::uint32_t cpu) {
-        return !IsOnline(files, cpu) && !files.Exists(CpuFolder(cpu) + "/topology/physical_package_id");
+        return !IsOnline(files, cpu) && !files.Exists(GetCpuFolder(cpu) + "/topology/physical_package_id");
     });
 }
 

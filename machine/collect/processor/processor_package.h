@@ -30,4 +30,10 @@ std::vector<TProcessorPackage> ReadProcessorPackages(TCollection& collection);
 /// True if a processor is offline and sysfs lacks its package.
 bool HasHiddenPackage(const ISystemFiles& files);
 
+/// Returns N of every /sys/devices/system/cpu/cpuN, ascending.
+std::vector<std::uint32_t> ListCpus(const ISystemFiles& files);
+
+/// Returns "/sys/devices/system/cpu/cpuN" for `cpu` N.
+std::string GetCpuFolder(std::uint32_t cpu);
+
 }  // namespace NVORHOST

@@ -5,24 +5,31 @@
 namespace NVORHOST {
 
 // Each is defined in the source file of its collector.
-extern const TCollector computerSystemCollector, operatingSystemCollector, processorCollector,
-    memoryModuleCollector, memoryArrayAddressCollector, memoryMapCollector, cardCollector,
-    systemSlotCollector, diskDriveCollector, disketteDriveCollector, tapeDriveCollector,
-    opticalDriveCollector, logicalDiskCollector, diskPartitionCollector, basedOnCollector,
-    pciFunctionCollector, controllerCollector, usbPortCollector, networkPortCollector, ipEndpointCollector,
-    processCollector, dataSourceCollector, resultCollector;
+extern const TCollector computerSystemCollector, operatingSystemCollector, processorCollector, cacheCollector,
+    memoryModuleCollector, memoryArrayAddressCollector, memoryMapCollector, cardCollector, chassisCollector,
+    systemFirmwareCollector, systemSlotCollector, batteryCollector, powerSupplyCollector, diskDriveCollector,
+    disketteDriveCollector, tapeDriveCollector, opticalDriveCollector, logicalDiskCollector,
+    diskPartitionCollector, basedOnCollector, pciFunctionCollector, controllerCollector, monitorCollector,
+    usbPortCollector, networkPortCollector, ipEndpointCollector, processCollector, dataSourceCollector,
+    resultCollector;
 
 std::span<const TCollector> GetCollectors() {
     // Row order is the order of running, of the classes in the namespace and of listings.
+    // clang-format off
     static const TCollector collectors[] = {
         computerSystemCollector,
         operatingSystemCollector,
         processorCollector,
+        cacheCollector,
         memoryModuleCollector,
         memoryArrayAddressCollector,
         memoryMapCollector,
         cardCollector,
+        chassisCollector,
+        systemFirmwareCollector,
         systemSlotCollector,
+        batteryCollector,
+        powerSupplyCollector,
         diskDriveCollector,
         disketteDriveCollector,
         tapeDriveCollector,
@@ -32,6 +39,7 @@ std::span<const TCollector> GetCollectors() {
         basedOnCollector,
         pciFunctionCollector,
         controllerCollector,
+        monitorCollector,
         usbPortCollector,
         networkPortCollector,
         ipEndpointCollector,
@@ -39,6 +47,7 @@ std::span<const TCollector> GetCollectors() {
         dataSourceCollector,
         resultCollector,
     };
+    // clang-format on
     return collectors;
 }
 

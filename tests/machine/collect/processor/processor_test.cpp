@@ -54,6 +54,42 @@ TEST(Processors, AreNotJoinedWhenSocketsAndPackagesDiffer) {
     EXPECT_THAT(collected.GetAll(processor, "MaxClockSpeed"), ElementsAre("absent", "absent"));
 }
 
+// A populated socket with its kind and the number of its enabled cores as hexadecimal digits.
+std::string SocketOfKind(const std::string& kind, const std::string& cores) {
+    return "| 4: 01 03 b3 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 41 " + kind +
+           " 00 00 00 00 00 00 00 00 00 10 " + cores + " \"CPU\"\n";
+}
+
+constexpr const char* cpuInfo =
+    "/proc/cpuinfo:\n| processor : 0\n| vendor_id : GenuineIntel\n| model name : Model\n| stepping : 1\n"
+    "| microcode : 0xb00002e\n| cpu cores : 6\n| physical id : 0\n";
+
+TEST(Processors, HaveCoresSteppingSocketAndMicrocode) {
+    TCollected collected;
+    Collect(Sockets(SocketOfKind("2b", "08")) + cpuInfo + Package(0, 0, 3000), collected);
+    EXPECT_THAT(collected.GetAll(processor, "NumberOfEnabledCores"), ElementsAre("8"));
+    EXPECT_THAT(collected.GetAll(processor, "Stepping"), ElementsAre("1"));
+    EXPECT_THAT(collected.GetAll(processor, "UpgradeMethod"), ElementsAre("43"));
+    EXPECT_THAT(collected.GetAll(processor, "FirmwareVersion"), ElementsAre("0xb00002e"));
+}
+
+TEST(Processors, WithoutATableHaveTheKernelsNumberOfCores) {
+    TCollected collected;
+    Collect(cpuInfo + Package(0, 0, 3000), collected);
+    EXPECT_THAT(collected.GetAll(processor, "NumberOfEnabledCores"), ElementsAre("6"));
+    EXPECT_THAT(collected.GetAll(processor, "Stepping"), ElementsAre("1"));
+    EXPECT_THAT(collected.GetAll(processor, "UpgradeMethod"), ElementsAre("absent"));
+    EXPECT_THAT(collected.GetAll(processor, "FirmwareVersion"), ElementsAre("0xb00002e"));
+}
+
+TEST(Processors, HaveNoMicrocodeWhenSocketsAndPackagesDiffer) {
+    TCollected collected;
+    Collect(Sockets(SocketOfKind("02", "00") + Socket("B")) + cpuInfo + Package(0, 0, 3000), collected);
+    EXPECT_THAT(collected.GetAll(processor, "FirmwareVersion"), ElementsAre("absent", "absent"));
+    EXPECT_THAT(collected.GetAll(processor, "NumberOfEnabledCores"), ElementsAre("absent", "absent"));
+    EXPECT_THAT(collected.GetAll(processor, "UpgradeMethod"), ElementsAre("absent", "absent"));
+}
+
 std::string SocketWithStatus(const std::string& name, const std::string& status) {
     return "| 4: 01 03 b3 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 34 08 " + status + " 00 \"" + name +
            "\"\n";
