@@ -2,6 +2,7 @@
 
 #include "program/namespace_source.h"
 #include "program/program_paths.h"
+#include "program/snapshot_file.h"
 #include "program/strict_mode.h"
 #include "program/summary.h"
 #include "vorhost/cimxml/base64.h"
@@ -21,6 +22,7 @@
 #include <sys/stat.h>
 
 #include <chrono>
+#include <deque>
 #include <optional>
 #include <ostream>
 #include <string>
@@ -106,21 +108,21 @@ std::vector<TInventoryDocument> FinishDocuments(TPrivateDirectory& workplace, co
 
 // Moves all files, or none if a signal ends the run. The lock prevents other runs from moving theirs in
 // between.
-void MoveIntoPlace(std::optional<TOutputFile>& resultFile, TPrivateDirectory& workplace,
+void MoveIntoPlace(std::deque<TOutputFile>& files, TPrivateDirectory& workplace,
                    const TTargetDirectory& target) {
     workplace.PrepareMoves();
     {
         const TTargetLock lock(target);
         workplace.CompleteOthers(lock);
         const TSignalGuard guard;
-        if (resultFile) {
-            resultFile->MoveIntoPlace(guard);
+        for (TOutputFile& file : files) {
+            file.MoveIntoPlace(guard);
         }
         workplace.MoveOut(guard);
     }
     workplace.SyncMoves();
-    if (resultFile) {
-        resultFile->SyncMove();
+    for (const TOutputFile& file : files) {
+        file.SyncMove();
     }
 }
 
@@ -174,11 +176,16 @@ class TCollectOutputs {
             result_.emplace(*resultFile, "cannot write " + *resultFile);
             places.push_back({"the result file " + *resultFile, *result_});
         }
+        if (const auto& snapshotFile = options.snapshotFile) {
+            snapshot_.emplace(*snapshotFile, "cannot write " + *snapshotFile);
+            places.push_back({"the snapshot " + *snapshotFile, *snapshot_});
+        }
         RequireDistinct(places);
     }
 
     const TTargetDirectory& GetTarget() const { return target_; }
     const std::optional<TOutputPlace>& FindResult() const { return result_; }
+    const std::optional<TOutputPlace>& FindSnapshot() const { return snapshot_; }
 
   private:
     TTargetDirectory target_;
@@ -186,7 +193,27 @@ class TCollectOutputs {
     TOutputPlace system_;
     std::optional<TOutputPlace> log_;
     std::optional<TOutputPlace> result_;
+    std::optional<TOutputPlace> snapshot_;
 };
+
+// The files of a run besides its documents; they move into place together with them.
+using TOutputFiles = std::deque<TOutputFile>;
+
+TOutputFiles WriteOutputFiles(const TCollectOutputs& outputs, const TCollectOptions& options,
+                              const TPluginRequest& request, const TInstances& results) {
+    TOutputFiles files;
+    if (outputs.FindResult()) {
+        files.emplace_back(
+            *outputs.FindResult(), *options.resultFile, options.source.syncs,
+            [&](std::ostream& file) { SaveInstances(request.resultClass->GetName(), results, file); });
+    }
+    if (outputs.FindSnapshot()) {
+        files.emplace_back(
+            *outputs.FindSnapshot(), *options.snapshotFile, options.source.syncs,
+            [&](std::ostream& file) { WriteSnapshot(*request.collected, *options.snapshotFile, file); });
+    }
+    return files;
+}
 
 // Returns "" for a missing property.
 std::string GetText(const TMemoryInstance& instance, std::string_view property) {
@@ -248,13 +275,8 @@ EExitStatus RunCollect(const TCollectOptions& options, std::ostream& out) {
     TRunSummary summary;
     summary.documents = FinishDocuments(workplace, results, hasIdentity,
                                         /*comparesResults=*/outputs.FindResult().has_value());
-    std::optional<TOutputFile> resultFile;
-    if (outputs.FindResult()) {
-        resultFile.emplace(*outputs.FindResult(), *options.resultFile, syncs, [&](std::ostream& file) {
-            SaveInstances(request.resultClass->GetName(), results, file);
-        });
-    }
-    MoveIntoPlace(resultFile, workplace, outputs.GetTarget());
+    TOutputFiles files = WriteOutputFiles(outputs, options, request, results);
+    MoveIntoPlace(files, workplace, outputs.GetTarget());
     summary.completedFiles = workplace.GetCompleted();
     summary.earlierFiles = ListEarlierDocuments(outputs.GetTarget(), hasIdentity);
     summary.directory = options.directory;

@@ -138,6 +138,10 @@ std::vector<CLI::Option*> AddMachineOptions(CLI::App& command, TSourceOptions& o
         command.add_flag("--with-processes", options.machine.collectors.withProcesses,
                          "Also collect the running processes"),
         command
+            .add_flag("--documents-only", options.machine.collectors.documentsOnly,
+                      "Leave out what no document contains")
+            ->excludes("--only"),
+        command
             .add_option_function<std::string>(
                 "--deadline",
                 [&options](const std::string& text) { options.machine.deadline = ParseDeadline(text); },
@@ -209,12 +213,19 @@ void AddCollectCommand(CLI::App& program, TCollectOptions& options) {
                      "Run the plug-in in a separate process, so that a crash is reported as a failed run");
     command.add_option("--result", options.resultFile, "Write the result instances to this file, as CIM-XML")
         ->type_name("FILE");
+    command
+        .add_option("--snapshot", options.snapshotFile,
+                    "Also save the namespace of the documents to this file, as noxinfo snapshot does")
+        ->type_name("FILE");
 }
 
 void AddSnapshotCommand(CLI::App& program, TSnapshotOptions& options) {
     CLI::App& command = *program.add_subcommand("snapshot", "Save the whole namespace as CIM-XML");
     AddSourceOptions(command, options.source);
-    command.add_option("FILE", options.file, "File to write; - is standard output")
+    command
+        .add_option("FILE", options.file,
+                    "File to write, compressed if its name ends in .gz; - is standard output")
+
         ->type_name("FILE")
         ->required();
 }

@@ -30,6 +30,7 @@ struct TCollectOptions {
     std::optional<std::string> entityService;   ///< URL; absent: credentials are derived locally
     std::optional<std::string> pluginFile;      ///< absent: the plug-in installed with this program
     std::optional<std::string> resultFile;      ///< absent: the results are not saved
+    std::optional<std::string> snapshotFile;    ///< absent: the namespace is not saved
     bool isolates = false;                      ///< run the plug-in in a separate process
 };
 

@@ -1,9 +1,9 @@
 #include "program/snapshot_command.h"
 
 #include "program/namespace_source.h"
+#include "program/snapshot_file.h"
 #include "program/strict_mode.h"
 #include "program/summary.h"
-#include "vorhost/cimxml/save.h"
 #include "vorhost/run/log_sinks.h"
 #include "vorhost/run/output_file.h"
 #include "vorhost/run/run_environment.h"
@@ -19,7 +19,7 @@ EExitStatus RunSnapshot(const TSnapshotOptions& options, std::ostream& out) {
     const TNamespaceSource source = ObtainNamespace(options.source);
     sinks.RequireWritten();
     WriteOutputFile(place, options.file, options.source.syncs,
-                    [&source](std::ostream& file) { SaveNamespace(*source.collected, file); });
+                    [&](std::ostream& file) { WriteSnapshot(*source.collected, options.file, file); });
     PrintOutcome(source.outcome, place.IsStandardOutput() ? std::cerr : out);
     return GetExitStatus(source.outcome, options.source.isStrict);
 }

@@ -114,6 +114,7 @@ extern constinit const TCollector monitorCollector{
     .fills = classes,
     .reads = sourcePatterns,
     .collect = CollectMonitors,
+    .isForDocuments = false,
 };
 
 }  // namespace NVORHOST

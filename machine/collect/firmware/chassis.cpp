@@ -161,6 +161,7 @@ extern constinit const TCollector chassisCollector{
     .fills = classes,
     .reads = sourcePatterns,
     .collect = CollectChassis,
+    .isForDocuments = false,
 };
 
 }  // namespace NVORHOST

@@ -137,6 +137,7 @@ extern constinit const TCollector systemFirmwareCollector{
     .fills = classes,
     .reads = sourcePatterns,
     .collect = CollectFirmware,
+    .isForDocuments = false,
 };
 
 }  // namespace NVORHOST

@@ -18,7 +18,8 @@ struct TCollector {
     std::span<const IClassDeclaration* const> fills;  ///< classes of its instances, declared before it runs
     std::span<const TSourcePattern> reads;            ///< every path that it may access
     void (*collect)(TCollection& collection);
-    bool isOptIn = false;  ///< runs only if it is requested by name
+    bool isOptIn = false;        ///< runs only if it is requested by name
+    bool isForDocuments = true;  ///< false if no document contains any of its instances
 };
 
 }  // namespace NVORHOST

@@ -98,6 +98,7 @@ extern constinit const TCollector ipEndpointCollector{
     .fills = classes,
     .reads = sourcePatterns,
     .collect = CollectIpEndpoints,
+    .isForDocuments = false,
 };
 
 }  // namespace NVORHOST

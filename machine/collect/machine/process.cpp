@@ -124,6 +124,7 @@ extern constinit const TCollector processCollector{
     .reads = sourcePatterns,
     .collect = CollectProcesses,
     .isOptIn = true,
+    .isForDocuments = false,
 };
 
 }  // namespace NVORHOST

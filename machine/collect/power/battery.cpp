@@ -205,6 +205,7 @@ extern constinit const TCollector batteryCollector{
     .fills = classes,
     .reads = sourcePatterns,
     .collect = CollectBatteries,
+    .isForDocuments = false,
 };
 
 }  // namespace NVORHOST

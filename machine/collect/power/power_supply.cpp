@@ -91,6 +91,7 @@ extern constinit const TCollector powerSupplyCollector{
     .fills = classes,
     .reads = smbiosSources,
     .collect = CollectPowerSupplies,
+    .isForDocuments = false,
 };
 
 }  // namespace NVORHOST

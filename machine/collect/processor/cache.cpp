@@ -233,6 +233,7 @@ extern constinit const TCollector cacheCollector{
     .fills = classes,
     .reads = sourcePatterns,
     .collect = CollectCaches,
+    .isForDocuments = false,
 };
 
 }  // namespace NVORHOST

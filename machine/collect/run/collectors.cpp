@@ -57,7 +57,8 @@ std::vector<TCollector> ChooseCollectors(const TCollectorChoice& choice) {
     };
     std::vector<TCollector> chosen;
     for (const TCollector& collector : GetCollectors()) {
-        const bool isWanted = choice.only.empty() ? !collector.isOptIn : names(choice.only, collector);
+        const bool isDefault = !collector.isOptIn && (collector.isForDocuments || !choice.documentsOnly);
+        const bool isWanted = choice.only.empty() ? isDefault : names(choice.only, collector);
         const bool isAskedFor = choice.withProcesses && collector.isOptIn;
         if ((isWanted || isAskedFor) && !names(choice.skip, collector)) {
             chosen.push_back(collector);

@@ -17,6 +17,7 @@ struct TCollectorChoice {
     std::vector<std::string> only;  ///< empty: every collector that is not opt-in
     std::vector<std::string> skip;  ///< wins over `only`
     bool withProcesses = false;     ///< adds the opt-in collectors
+    bool documentsOnly = false;     ///< if `only` is empty: only collectors that the documents need
 };
 
 /// The selected collectors in the order of GetCollectors. An opt-in collector also runs if `only` names it.

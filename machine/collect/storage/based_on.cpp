@@ -129,6 +129,7 @@ extern constinit const TCollector basedOnCollector{
     .fills = classes,
     .reads = sourcePatterns,
     .collect = CollectBasedOn,
+    .isForDocuments = false,
 };
 
 }  // namespace NVORHOST
