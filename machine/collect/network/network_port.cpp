@@ -385,6 +385,7 @@ extern constinit const TCollector networkPortCollector{
     .fills = classes,
     .reads = sourcePatterns,
     .collect = CollectNetworkPorts,
+    .isForDocuments = false,
 };
 
 }  // namespace NVORHOST
