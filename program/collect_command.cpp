@@ -199,20 +199,25 @@ class TCollectOutputs {
 // The files of a run besides its documents; they move into place together with them.
 using TOutputFiles = std::deque<TOutputFile>;
 
-TOutputFiles WriteOutputFiles(const TCollectOutputs& outputs, const TCollectOptions& options,
-                              const TPluginRequest& request, const TInstances& results) {
+// Writes the snapshot. It must be written before the request, which commits its results to the namespace.
+TOutputFiles WriteSnapshotFile(const TCollectOutputs& outputs, const TCollectOptions& options,
+                               const TMemoryNamespace& collected) {
     TOutputFiles files;
+    if (outputs.FindSnapshot()) {
+        files.emplace_back(
+            *outputs.FindSnapshot(), *options.snapshotFile, options.source.syncs,
+            [&](std::ostream& file) { WriteSnapshot(collected, *options.snapshotFile, file); });
+    }
+    return files;
+}
+
+void AddResultFile(const TCollectOutputs& outputs, const TCollectOptions& options,
+                   const TPluginRequest& request, const TInstances& results, TOutputFiles& files) {
     if (outputs.FindResult()) {
         files.emplace_back(
             *outputs.FindResult(), *options.resultFile, options.source.syncs,
             [&](std::ostream& file) { SaveInstances(request.resultClass->GetName(), results, file); });
     }
-    if (outputs.FindSnapshot()) {
-        files.emplace_back(
-            *outputs.FindSnapshot(), *options.snapshotFile, options.source.syncs,
-            [&](std::ostream& file) { WriteSnapshot(*request.collected, *options.snapshotFile, file); });
-    }
-    return files;
 }
 
 // Returns "" for a missing property.
@@ -258,6 +263,7 @@ EExitStatus RunCollect(const TCollectOptions& options, std::ostream& out) {
     const TNamespaceSource source = ObtainNamespace(options.source);
     clock.Finish("collect");
 
+    TOutputFiles files = WriteSnapshotFile(outputs, options, *source.collected);
     environment.SetCollected(source.collected);
     TPrivateDirectory workplace(outputs.GetTarget(), "cannot write to " + options.directory, syncs);
     const TPluginRequest request{options.pluginFile ? *options.pluginFile : FindOwnPlugin(),
@@ -275,7 +281,7 @@ EExitStatus RunCollect(const TCollectOptions& options, std::ostream& out) {
     TRunSummary summary;
     summary.documents = FinishDocuments(workplace, results, hasIdentity,
                                         /*comparesResults=*/outputs.FindResult().has_value());
-    TOutputFiles files = WriteOutputFiles(outputs, options, request, results);
+    AddResultFile(outputs, options, request, results, files);
     MoveIntoPlace(files, workplace, outputs.GetTarget());
     summary.completedFiles = workplace.GetCompleted();
     summary.earlierFiles = ListEarlierDocuments(outputs.GetTarget(), hasIdentity);

@@ -21,14 +21,14 @@ using ::testing::StartsWith;
 constexpr char time[] = "20240229134500.000000+060";
 const std::string smallServer = NOXINFO_TEST_DATA "/small-server.xml";
 
-TProgramResult Run(const TTemporaryDirectory& directory, std::vector<std::string> arguments) {
+TProgramResult RunIn(const TTemporaryDirectory& directory, std::vector<std::string> arguments) {
     return RunNoxinfo({std::move(arguments), directory.GetPath(), {}});
 }
 
 TProgramResult Collect(const TTemporaryDirectory& directory, const std::vector<std::string>& arguments) {
     std::vector<std::string> all{"collect", "--local-time", time, "--reachability", "no"};
     all.insert(all.end(), arguments.begin(), arguments.end());
-    return Run(directory, all);
+    return RunIn(directory, all);
 }
 
 TEST(SnapshotOption, SavesTheNamespaceOfTheDocuments) {
@@ -46,14 +46,14 @@ TEST(SnapshotOption, SavesTheNamespaceOfTheDocuments) {
 TEST(SnapshotOption, WritesTheSameFileAsTheSnapshotCommand) {
     const TTemporaryDirectory directory;
     ASSERT_EQ(Collect(directory, {"--namespace", smallServer, "--snapshot", "a.xml"}).status, 0);
-    ASSERT_EQ(Run(directory, {"snapshot", "--namespace", smallServer, "b.xml"}).status, 0);
+    ASSERT_EQ(RunIn(directory, {"snapshot", "--namespace", smallServer, "b.xml"}).status, 0);
     EXPECT_EQ(ReadFile(directory / "a.xml"), ReadFile(directory / "b.xml"));
 }
 
 TEST(SnapshotOption, CompressesAFileWhoseNameEndsInGz) {
     const TTemporaryDirectory directory;
     ASSERT_EQ(Collect(directory, {"--namespace", smallServer, "--snapshot", "a.xml.gz"}).status, 0);
-    ASSERT_EQ(Run(directory, {"snapshot", "--namespace", smallServer, "b.xml"}).status, 0);
+    ASSERT_EQ(RunIn(directory, {"snapshot", "--namespace", smallServer, "b.xml"}).status, 0);
     EXPECT_THAT(ReadFile(directory / "a.xml.gz"), StartsWith("\x1F\x8B"));
     EXPECT_EQ(ReadCompressedFile(directory / "a.xml.gz"), ReadFile(directory / "b.xml"));
 }
@@ -85,24 +85,24 @@ TEST(SnapshotOption, RejectsTheFileOfAnotherOutput) {
 
 TEST(CompressedSnapshot, IsReadBackUnderAnyName) {
     const TTemporaryDirectory directory;
-    ASSERT_EQ(Run(directory, {"snapshot", "--namespace", smallServer, "a.xml.gz"}).status, 0);
+    ASSERT_EQ(RunIn(directory, {"snapshot", "--namespace", smallServer, "a.xml.gz"}).status, 0);
     WriteFile(directory / "plain-name", ReadFile(directory / "a.xml.gz"));
-    ASSERT_EQ(Run(directory, {"snapshot", "--namespace", "plain-name", "b.xml"}).status, 0);
-    ASSERT_EQ(Run(directory, {"snapshot", "--namespace", smallServer, "c.xml"}).status, 0);
+    ASSERT_EQ(RunIn(directory, {"snapshot", "--namespace", "plain-name", "b.xml"}).status, 0);
+    ASSERT_EQ(RunIn(directory, {"snapshot", "--namespace", smallServer, "c.xml"}).status, 0);
     EXPECT_EQ(ReadFile(directory / "b.xml"), ReadFile(directory / "c.xml"));
 }
 
 TEST(CompressedSnapshot, IsTheSameForTheSameNamespace) {
     const TTemporaryDirectory directory;
-    ASSERT_EQ(Run(directory, {"snapshot", "--namespace", smallServer, "a.xml.gz"}).status, 0);
-    ASSERT_EQ(Run(directory, {"snapshot", "--namespace", smallServer, "b.xml.gz"}).status, 0);
+    ASSERT_EQ(RunIn(directory, {"snapshot", "--namespace", smallServer, "a.xml.gz"}).status, 0);
+    ASSERT_EQ(RunIn(directory, {"snapshot", "--namespace", smallServer, "b.xml.gz"}).status, 0);
     EXPECT_EQ(ReadFile(directory / "a.xml.gz"), ReadFile(directory / "b.xml.gz"));
 }
 
 TEST(CompressedSnapshot, OfAFullDeviceIsAFailure) {
     const TTemporaryDirectory directory;
     std::filesystem::create_symlink("/dev/full", directory / "full.gz");
-    const auto result = Run(directory, {"snapshot", "--namespace", smallServer, "full.gz"});
+    const auto result = RunIn(directory, {"snapshot", "--namespace", smallServer, "full.gz"});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.standardError, "noxinfo: cannot write full.gz: No space left on device\n");
 }
@@ -110,7 +110,7 @@ TEST(CompressedSnapshot, OfAFullDeviceIsAFailure) {
 TEST(DocumentsOnly, GivesTheSameDocuments) {
     const TTemporaryDirectory whole;
     const TTemporaryDirectory part;
-    ASSERT_EQ(Run(whole, {"capture", "m.tar.xz"}).status, 0);
+    ASSERT_EQ(RunIn(whole, {"capture", "m.tar.xz"}).status, 0);
     ASSERT_EQ(RunProgram("tar", {{"-xJf", whole / "m.tar.xz", "-C", part.GetPath()}, "", {}}).status, 0);
     const TTemporaryDirectory first;
     const TTemporaryDirectory second;
@@ -123,8 +123,8 @@ TEST(DocumentsOnly, GivesTheSameDocuments) {
 
 TEST(DocumentsOnly, LeavesOutClassesOfNoDocument) {
     const TTemporaryDirectory directory;
-    ASSERT_EQ(Run(directory, {"snapshot", "whole.xml"}).status, 0);
-    ASSERT_EQ(Run(directory, {"snapshot", "--documents-only", "part.xml"}).status, 0);
+    ASSERT_EQ(RunIn(directory, {"snapshot", "whole.xml"}).status, 0);
+    ASSERT_EQ(RunIn(directory, {"snapshot", "--documents-only", "part.xml"}).status, 0);
     const std::string declaration = "<CLASS NAME=\"KELSG_IPProtocolEndpoint\">";
     EXPECT_THAT(ReadFile(directory / "whole.xml"), HasSubstr(declaration));
     EXPECT_THAT(ReadFile(directory / "part.xml"), Not(HasSubstr(declaration)));
@@ -132,7 +132,7 @@ TEST(DocumentsOnly, LeavesOutClassesOfNoDocument) {
 
 TEST(DocumentsOnly, ExcludesAChoiceByName) {
     const TTemporaryDirectory directory;
-    const auto result = Run(directory, {"snapshot", "--documents-only", "--only", "disk", "s.xml"});
+    const auto result = RunIn(directory, {"snapshot", "--documents-only", "--only", "disk", "s.xml"});
     EXPECT_EQ(result.status, 2);
     EXPECT_THAT(result.standardError, HasSubstr("excludes"));
     EXPECT_TRUE(directory.IsEmpty());

@@ -118,16 +118,16 @@ std::vector<TSmbiosChassis> ReadTable(TCollection& collection) {
 
 // The kernel keeps the texts of the first chassis.
 std::vector<TSmbiosChassis> ReadExcerpt(const ISystemFiles& files) {
-    const std::string folder(FindDmiFolder(files));
-    if (folder.empty()) {
+    const auto folder = FindDmiFolder(files);
+    if (!folder) {
         return {};
     }
     const auto read = [&](std::string_view name) {
-        return ReadAttribute(files, folder + "/chassis_" + std::string(name));
+        return ReadAttribute(files, *folder + "/chassis_" + std::string(name));
     };
     TSmbiosChassis chassis;
     chassis.manufacturer = read("vendor");
-    chassis.kind = ReadNumber<std::uint8_t>(files, folder + "/chassis_type");
+    chassis.kind = ReadNumber<std::uint8_t>(files, *folder + "/chassis_type");
     if (!chassis.manufacturer && !chassis.kind) {
         return {};
     }
@@ -144,7 +144,8 @@ void CollectChassis(TCollection& collection) {
     if (sources.empty() && GetSmbios(collection).GetStructures().empty()) {
         sources = ReadExcerpt(collection.GetFiles());
     }
-    const std::vector<TNamedPlace> places(sources.size(), TNamedPlace{std::string(chassisWord), ""});
+    const std::vector<TNamedPlace> places(sources.size(),
+                                          TNamedPlace{std::string(chassisWord), std::nullopt});
     auto keySources = MakePlaceKeySources(places, "chassis");
     std::vector<TKeyedRecord<TChassis>> entries;
     for (std::size_t i = 0; i < sources.size(); ++i) {

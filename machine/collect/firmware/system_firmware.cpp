@@ -98,12 +98,12 @@ void CommitController(TCollection& collection, const TSmbiosFirmware& source) {
 
 // The kernel writes no file for a release of FFh.
 TSmbiosFirmware ReadExcerpt(const ISystemFiles& files) {
-    const std::string folder(FindDmiFolder(files));
-    if (folder.empty()) {
+    const auto folder = FindDmiFolder(files);
+    if (!folder) {
         return {};
     }
     const auto read = [&](std::string_view name) {
-        return ReadAttribute(files, folder + "/" + std::string(name));
+        return ReadAttribute(files, *folder + "/" + std::string(name));
     };
     TSmbiosFirmware firmware;
     firmware.vendor = read("bios_vendor");

@@ -81,7 +81,7 @@ TKeyedRecord<TBattery> MakeEntry(TBattery battery, const TIdentity& identity, st
     if (identity.manufacturer && identity.model) {
         battery.elementName = *identity.manufacturer + " " + *identity.model;
     }
-    return {std::move(battery), {identity.serial.value_or(""), std::move(position)}};
+    return {std::move(battery), {identity.serial, std::move(position)}};
 }
 
 // ---- sysfs

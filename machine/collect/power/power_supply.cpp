@@ -76,7 +76,7 @@ void CollectPowerSupplies(TCollection& collection) {
         if (source.isPresent == true) {
             const auto location = WithoutPlaceholder(source.location);
             supplies.push_back({MakeSupply(source),
-                                {WithoutPlaceholder(source.serial).value_or(""),
+                                {WithoutPlaceholder(source.serial),
                                  location.value_or("power supply " + std::to_string(number))}});
         }
     }

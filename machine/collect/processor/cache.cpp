@@ -207,7 +207,7 @@ TCaches ReadFirmwareCaches(TCollection& collection) {
             continue;
         }
         TCache cache = MakeCache(source);
-        places.push_back({cache.elementName.value_or(""), ""});
+        places.push_back({cache.elementName, std::nullopt});
         caches.push_back({std::move(cache), {}});
     }
     auto keySources = MakePlaceKeySources(places, "cache");

@@ -1,5 +1,6 @@
 #include "machine/supervision/recorded_machine.h"
 
+#include "machine/capture/file_recorder.h"
 #include "tests/machine/system/memory_files.h"
 
 #include <gtest/gtest.h>
@@ -37,12 +38,27 @@ TEST(MachineLog, TransfersRequestsResponsesAndCalls) {
     EXPECT_EQ(log.calls.nodeName, "node");
 }
 
+// Logs a read as the process of a collection does, with the requests that resolve links.
+TMachineLog LogOfRecordedRead(const ISystemFiles& files, std::string_view path) {
+    TRequestLog responses(files, TRequestLog::EKept::requestsAndResponses);
+    const TFileRecorder recorder(responses);
+    TRequestLog requests(recorder, TRequestLog::EKept::requests);
+    (void)requests.ReadText(path);
+    TMachineLog log;
+    log.responses = responses.TakeEntries();
+    log.requests = requests.TakeEntries();
+    log.calls.nodeName = "node";
+    return log;
+}
+
 TEST(RecordedMachine, PutsTheFilesOfALogIntoTheCapture) {
     TMemoryFiles files;
     files.AddFile("/proc/version", "Linux\n");
     TRecordedMachine machine;
-    AddLog(LogOf(files, "/proc/version"), machine);
-    EXPECT_TRUE(machine.files.GetTree().GetNodes().contains("/proc/version"));
+    AddLog(LogOfRecordedRead(files, "/proc/version"), machine);
+    const TCaptureTree::TNode* const node = machine.files.GetTree().Find("/proc/version");
+    ASSERT_NE(node, nullptr);
+    EXPECT_EQ(node->bytes, "Linux\n");
     EXPECT_EQ(machine.answers.nodeName, "node");
 }
 
@@ -51,7 +67,7 @@ TEST(RecordedMachine, DoesNotCaptureTheFilesOfResponsesAlone) {
     files.AddFile("/proc/version", "Linux\n");
     TRecordedMachine machine;
     AddResponses(LogOf(files, "/proc/version"), machine);
-    EXPECT_FALSE(machine.files.GetTree().GetNodes().contains("/proc/version"));
+    EXPECT_EQ(machine.files.GetTree().Find("/proc/version"), nullptr);
     EXPECT_EQ(machine.answered.ReadText("/proc/version").value, "Linux\n");
 }
 

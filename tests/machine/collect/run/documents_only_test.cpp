@@ -36,7 +36,7 @@ TEST(Collectors, AreForDocumentsIfAndOnlyIfADocumentHasOneOfTheirClasses) {
 
 TEST(ChooseCollectors, LeavesOutCollectorsOfNoDocument) {
     std::vector<std::string_view> leftOut;
-    const auto chosen = ChooseCollectors({.documentsOnly = true});
+    const auto chosen = ChooseCollectors({{}, {}, /*withProcesses=*/false, /*documentsOnly=*/true});
     for (const TCollector& collector : ChooseCollectors({})) {
         if (std::none_of(chosen.begin(), chosen.end(),
                          [&](const TCollector& each) { return each.name == collector.name; })) {
