@@ -1,4 +1,4 @@
-// What a collection could not read, and what may be wrong in what it read.
+// The gaps of a collection: sources that it could not read, and warnings about malformed ones.
 #pragma once
 
 #include "machine/collect/run/collection_run.h"

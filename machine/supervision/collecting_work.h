@@ -1,4 +1,4 @@
-// What a collecting process does, from its fork to its end.
+// The work of a collecting process, from its fork to its end.
 #pragma once
 
 #include "machine/supervision/collection_task.h"

@@ -17,7 +17,7 @@ struct TRecordedMachine {
     TCaptureAnswers answers;  ///< answers of system calls
 };
 
-/// What one collector has read. `requests` are those of the collector; `responses` are the requests that
+/// The reads of one collector. `requests` are those of the collector; `responses` are the requests that
 /// reached the machine, with their results.
 struct TMachineLog {
     std::vector<TRequestLog::TEntry> responses;

@@ -75,5 +75,5 @@ class TZlibStandIn {
     static TFile& FileOf(gzFile file) { return *reinterpret_cast<TFile*>(file); }
 };
 
-/// Returns the stand-in of this process. Assign a new one to reset it.
+/// Returns the replacement of zlib in this process. Assign a new one to reset it.
 TZlibStandIn& Zlib();

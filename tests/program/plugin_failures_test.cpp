@@ -24,7 +24,7 @@ struct TCase {
     const char* name;
     std::string pluginFile;
     std::map<std::string, std::string> environment;
-    const char* failure;  ///< PLUGIN stands for the file
+    const char* failure;  ///< PLUGIN is replaced by the file
 };
 
 void PrintTo(const TCase& tested, std::ostream* out) {

@@ -12,7 +12,7 @@ namespace NVORHOST {
 
 struct TProgramResult {
     int status = -1;        ///< exit status; 128 + n when signal n ended it
-    bool isKilled = false;  ///< a signal ended it, which is not what its status alone tells
+    bool isKilled = false;  ///< ended by a signal; the status alone could also be an exit status
     std::string standardOutput;
     std::string standardError;
 };

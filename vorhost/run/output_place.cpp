@@ -28,7 +28,7 @@ bool IsSameFile(const struct stat& one, const struct stat& other) {
     return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
 }
 
-// Returns N if the entry is /proc/self/fd/N, by whatever path the directory was opened.
+// Returns N if the entry is /proc/self/fd/N, for every path to its directory.
 std::optional<int> FindDescriptor(int directory, const std::string& name) {
     int number = -1;
     const auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), number);

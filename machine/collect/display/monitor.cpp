@@ -61,7 +61,7 @@ std::optional<std::string> FindSerial(const TEdid& edid) {
 }
 
 // The key of a monitor is maker, product code and serial number, as serial numbers are unique among the
-// monitors of one product only. Monitors that have the same key are told apart by their connectors, whose
+// monitors of one product only. Monitors with the same key get their connectors appended, whose
 // names ("HDMI-A-1") are unique for each adapter.
 TKeyedRecord<TMonitor> MakeEntry(const TEdid& edid, std::string connector) {
     constexpr int codeDigits = 4;

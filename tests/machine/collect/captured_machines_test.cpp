@@ -144,12 +144,12 @@ TEST_F(TCapturedMachineTest, EmulatedWorkstation) {
                 ElementsAre("true", "false", "false", "false"));
     EXPECT_EQ(collected_.CountInstances("KELSG_PCIDevice"), CountHeaders(0));
     EXPECT_EQ(collected_.CountInstances("KELSG_PCIBridge"), CountHeaders(1));
-    // Six root ports, a switch of three, a bridge to PCI; the chip set's bridge and one behind it.
+    // Six root ports, a switch of three, a bridge to PCI; the bridge of the chip set and one below it.
     EXPECT_THAT(collected_.GetAll("KELSG_PCIBridge", "BridgeType"),
                 UnorderedElementsAre("10", "10", "10", "10", "10", "10", "10", "10", "10", "11", "4", "4"));
 }
 
-// Addresses that stand at the start of lspci's lines; those of bridges when `isBridge`.
+// Reads the addresses at the start of lspci's lines, of bridges if `isBridge`, otherwise of other functions.
 std::set<std::string> ReadLspciAddresses(const fs::path& path, bool isBridge) {
     std::set<std::string> addresses;
     std::ifstream text(path);
@@ -190,7 +190,7 @@ TEST_F(TCapturedMachineTest, TwoSocketServerAgreesWithLspci) {
 }
 
 // Sizes in bytes by name, from the lines of lsblk that are of the wanted type. Its second column is the name;
-// the one of sizes stands behind "MAJ:MIN RM".
+// the one of sizes follows "MAJ:MIN RM".
 std::map<std::string, std::uint64_t> ReadLsblkSizes(const fs::path& path, const std::string& wantedType) {
     std::map<std::string, std::uint64_t> sizes;
     std::ifstream text(path);
@@ -209,7 +209,7 @@ std::map<std::string, std::uint64_t> ReadLsblkSizes(const fs::path& path, const 
 
 class TLsblkTest : public TCapturedMachineTest {
   protected:
-    // Kernel names of partitions stand at the start of their names, disks are told by size only.
+    // Names of partitions begin with their kernel names; disks are compared by size only.
     void ExpectAgreement(const fs::path& lsblk, const std::set<std::string>& notDisks) {
         std::multiset<std::string> diskSizes;
         for (const auto& [name, bytes] : ReadLsblkSizes(lsblk, "disk")) {

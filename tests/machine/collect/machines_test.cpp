@@ -123,7 +123,7 @@ TEST_P(TMachineTest, FailsNoCollectorWhicheverAccessFails) {
     EXPECT_GT(accesses, 20);
 }
 
-TEST(Machines, OfMalformedFirmwareAreReportedOnceAndHaveNoPhantoms) {
+TEST(Machines, HaveOneWarningAndNoPhantomsWithMalformedFirmware) {
     const TMachine machine = ParseMachineTree(ReadFile(PathOf("malformed-smbios", "tree.txt")));
     TCollected collected;
     Collect(machine.files, machine.calls, collected);
@@ -139,7 +139,7 @@ TEST(Machines, OfMalformedFirmwareAreReportedOnceAndHaveNoPhantoms) {
     EXPECT_THAT(ToText(collected.target), Not(HasSubstr("PHANTOM")));
 }
 
-TEST(Machines, OfAContainerHaveWhatTheContainerShows) {
+TEST(Machines, HaveTheVisiblePartsInAContainer) {
     const TMachine machine = ParseMachineTree(ReadFile(PathOf("container", "tree.txt")));
     TCollected collected;
     Collect(machine.files, machine.calls, collected);
@@ -152,7 +152,7 @@ TEST(Machines, OfAContainerHaveWhatTheContainerShows) {
     EXPECT_THAT(collected.GetReport("memory-map").deniedSources, ElementsAre("/proc/iomem"));
 }
 
-TEST(Machines, AnOrdinaryUsersDeniedSourcesAreReportedOnceEach) {
+TEST(Machines, ReportEachDeniedSourceOnceToAnOrdinaryUser) {
     const TMachine machine = ParseMachineTree(ReadFile(PathOf("nvme-laptop", "tree.txt")));
     TCollected collected;
     Collect(machine.files, machine.calls, collected);

@@ -1,4 +1,4 @@
-// What the collectors say that they read, against what they read on machines.
+// The sources that collectors declare, compared with their accesses on machines.
 #include "machine/system/access_log.h"
 #include "machine/system/path_pattern.h"
 #include "tests/machine/collect/collect_fixture.h"
@@ -31,7 +31,7 @@ std::vector<TMachine> ReadMachines() {
     return machines;
 }
 
-// What each collector looks at when it runs alone, on all machines together.
+// Returns the paths that each collector accesses if it runs alone, on all machines together.
 std::map<std::string_view, std::set<std::string>> RecordAccesses() {
     std::map<std::string_view, std::set<std::string>> accesses;
     for (const TMachine& machine : ReadMachines()) {
@@ -47,7 +47,7 @@ std::map<std::string_view, std::set<std::string>> RecordAccesses() {
     return accesses;
 }
 
-TEST(Sources, AreAllThatACollectorLooksAt) {
+TEST(Sources, CoverEveryAccessOfACollector) {
     const auto accesses = RecordAccesses();
     ASSERT_GE(accesses.size(), 8U);
     std::vector<std::string> unstated;
@@ -64,14 +64,14 @@ TEST(Sources, AreAllThatACollectorLooksAt) {
     EXPECT_THAT(unstated, IsEmpty());
 }
 
-TEST(Sources, AreStatedOnceEach) {
+TEST(Sources, AreListedOnce) {
     for (const TCollector& collector : GetCollectors()) {
         const std::set<std::string_view> patterns(collector.reads.begin(), collector.reads.end());
         EXPECT_EQ(patterns.size(), collector.reads.size()) << collector.name;
     }
 }
 
-TEST(Sources, OfCollectorsThatReadAreNotEmpty) {
+TEST(Sources, AreNotEmptyForCollectorsThatRead) {
     for (const TCollector& collector : GetCollectors()) {
         const bool readsNothing = collector.name == "data-source" || collector.name == "result";
         EXPECT_EQ(collector.reads.empty(), readsNothing) << collector.name;

@@ -1,7 +1,7 @@
-// A plug-in for every way in which one can misbehave. The environment variable MISBEHAVIOUR says in which: a
-// step of the plug-in's life and what it does there, as in "GetData: throws int". Without it, the plug-in is
-// a good one that has nothing to say. INTERFACE_VERSION is what it answers to that question, REGISTERS how
-// many objects it registers.
+// A plug-in for every way in which one can misbehave. The environment variable MISBEHAVIOUR selects one: a
+// step of the plug-in's life and its action there, as in "GetData: throws int". Without it, the plug-in is
+// a well-behaved one without results. INTERFACE_VERSION is the version that it returns, REGISTERS the number
+// of objects that it registers.
 #include "host/plugin_callbacks.h"
 #include "host/root_object.h"
 #include "host/vor_exception.h"

@@ -53,7 +53,7 @@ class PluginLibrary : public testing::Test {
     TCapturedLog log_;
 };
 
-TEST_F(PluginLibrary, TellsWhoThePluginIs) {
+TEST_F(PluginLibrary, ReturnsTheIdentityOfThePlugin) {
     const TPluginLibrary library(PathOf("good"));
     EXPECT_EQ(library.GetIdentity().type, 1);
     EXPECT_EQ(library.GetIdentity().name, "test plug-in");

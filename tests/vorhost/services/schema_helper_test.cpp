@@ -208,7 +208,7 @@ class TForeignSystem : public ICIMNamespace,
     std::string name_;
 };
 
-TEST(SchemaHelperFailure, IsPropertyNotFoundWhateverCodeTheNamespaceUses) {
+TEST(SchemaHelperFailure, IsPropertyNotFoundForEveryCodeOfTheNamespace) {
     const auto foreign = boost::make_shared<TForeignSystem>();
     EXPECT_EQ(CodeOf([&] { TCIMSchemaHelper::GetMachineType(foreign); }), TVORStatusCode::propertyNotFound);
 }

@@ -26,7 +26,7 @@ std::string Response(const std::string& status, const std::string& body) {
 class EntityService : public testing::Test {
   protected:
     EntityService() {
-        ::setenv("no_proxy", "127.0.0.1", 1);  // the test's server is on this machine, whatever its proxy
+        ::setenv("no_proxy", "127.0.0.1", 1);  // the test's server is on this machine, so no proxy applies
         TCoreLogger::Get().AddSink([this](int level, const std::string& message) {
             lines_.push_back(NVORHOST::FormatLogLine(level, message));
         });

@@ -53,12 +53,12 @@ TEST(Controllers, ArePciFunctionsByTheirClass) {
                 ElementsAre("VGA compatible controller", "3D controller"));
 }
 
-TEST(Controllers, AreListedAsPciFunctionsAsWell) {
+TEST(Controllers, AreAlsoListedAsPciFunctions) {
     EXPECT_THAT(GetKeys(Function("0000:00:02.0", "00 00 03"), "KELSG_PCIDevice"),
                 ElementsAre("0000:00:02.0"));
 }
 
-TEST(Controllers, OfASleepingFunctionAreToldByWhatTheKernelKept) {
+TEST(Controllers, AreRecognisedByTheKernelsCopyIfTheFunctionSleeps) {
     const std::string folder = "/sys/bus/pci/devices/0000:01:00.0/";
     EXPECT_THAT(
         GetKeys(folder + "vendor = 0x10de\n" + folder + "device = 0x1f91\n" + folder + "class = 0x030000\n",
@@ -68,7 +68,7 @@ TEST(Controllers, OfASleepingFunctionAreToldByWhatTheKernelKept) {
 
 // ---- display
 
-TEST(VideoControllers, TellTheirMemoryWhereTheDriverDoes) {
+TEST(VideoControllers, HaveTheMemoryThatTheDriverReports) {
     const std::string function = Function("0000:00:02.0", "00 00 03");
     const auto memory = [&](const std::string& bytes) {
         return Get(function + "/sys/devices/pci0000:00/0000:00:02.0/mem_info_vram_total = " + bytes + "\n",
@@ -82,7 +82,7 @@ TEST(VideoControllers, TellTheirMemoryWhereTheDriverDoes) {
     EXPECT_EQ(memory("many"), "absent");
 }
 
-TEST(VideoControllers, OnNoPciBusAreCardsOfTheRenderingManager) {
+TEST(VideoControllers, AreCardsOfTheRenderingManagerWithoutPci) {
     TCollected collected;
     Collect(
         "/sys/class/drm/card0 -> ../../devices/platform/simple-framebuffer.0/drm/card0\n"
@@ -96,7 +96,7 @@ TEST(VideoControllers, OnNoPciBusAreCardsOfTheRenderingManager) {
     EXPECT_EQ(collected.Get(video, "MaxMemorySupported"), "absent");
 }
 
-TEST(VideoControllers, OfPciAreListedOnceThoughTheyAreCardsToo) {
+TEST(VideoControllers, AreListedOnceOnPciAlthoughTheyAreCards) {
     EXPECT_THAT(
         GetKeys(Function("0000:00:02.0", "00 00 03") +
                     "/sys/class/drm/card0 -> ../../devices/pci0000:00/0000:00:02.0/drm/card0\n"
@@ -105,7 +105,7 @@ TEST(VideoControllers, OfPciAreListedOnceThoughTheyAreCardsToo) {
         ElementsAre("0000:00:02.0"));
 }
 
-TEST(VideoControllers, BehindAVirtioFunctionAreThatFunction) {
+TEST(VideoControllers, AreTheFunctionOfAVirtioDevice) {
     EXPECT_THAT(
         GetKeys(Function("0000:00:02.0", "00 00 03") +
                     "/sys/class/drm/card0 -> ../../devices/pci0000:00/0000:00:02.0/virtio0/drm/card0\n"
@@ -114,7 +114,7 @@ TEST(VideoControllers, BehindAVirtioFunctionAreThatFunction) {
         ElementsAre("0000:00:02.0"));
 }
 
-TEST(VideoControllers, OnUsbAreKnownByTheirPort) {
+TEST(VideoControllers, HaveTheirPortAsKeyOnUsb) {
     const auto keys = [](const std::string& bus) {
         const std::string path = "pci0000:00/0000:00:14.0/usb" + bus + "/" + bus + "-2/" + bus + "-2:1.0";
         return GetKeys(Function("0000:00:14.0", "30 03 0c") +
@@ -127,7 +127,7 @@ TEST(VideoControllers, OnUsbAreKnownByTheirPort) {
     EXPECT_EQ(keys("7"), keys("1"));
 }
 
-TEST(VideoControllers, OfOneDeviceWithSeveralCardsAreOne) {
+TEST(VideoControllers, AreListedOnceForADeviceWithSeveralCards) {
     EXPECT_THAT(GetKeys("/sys/class/drm/card0 -> ../../devices/platform/gpu/drm/card0\n"
                         "/sys/devices/platform/gpu/drm/card0/device -> ../../../gpu\n"
                         "/sys/class/drm/card1 -> ../../devices/platform/gpu/drm/card1\n"
@@ -136,13 +136,13 @@ TEST(VideoControllers, OfOneDeviceWithSeveralCardsAreOne) {
                 ElementsAre("gpu"));
 }
 
-TEST(VideoControllers, WithoutADeviceAreNone) {
+TEST(VideoControllers, AreAbsentWithoutADevice) {
     EXPECT_THAT(GetKeys("/sys/class/drm/card0/dev = 226:0\n", video), IsEmpty());
 }
 
 // ---- USB
 
-TEST(UsbControllers, TellTheirInterfaceByThePciProgrammingInterface) {
+TEST(UsbControllers, HaveTheInterfaceOfThePciProgrammingInterface) {
     const auto of = [](const std::string& interface) {
         TCollected collected;
         Collect(Function("0000:00:1d.0", interface + " 03 0c"), collected);
@@ -167,7 +167,7 @@ TEST(UsbControllers, HaveTheHighestVersionOfTheirRootHubs) {
               "784");
 }
 
-TEST(UsbControllers, TakeTheVersionOfTheInterfaceWhereTheRootHubHasNone) {
+TEST(UsbControllers, FallBackToTheVersionOfTheInterface) {
     const auto version = [](const std::string& text) {
         return Get(Function("0000:00:1d.0", "20 03 0c") + RootHub("usb1", "pci0000:00/0000:00:1d.0", text),
                    usb, "USBVersion");
@@ -178,7 +178,7 @@ TEST(UsbControllers, TakeTheVersionOfTheInterfaceWhereTheRootHubHasNone) {
     EXPECT_EQ(version("two.00"), "512");
 }
 
-TEST(UsbControllers, OnNoPciBusAreKnownByTheirRootHubs) {
+TEST(UsbControllers, AreRecognisedByTheirRootHubsWithoutPci) {
     TCollected collected;
     Collect(RootHub("usb1", "platform/dummy_hcd.0", " 2.00") +
                 RootHub("usb2", "platform/vhci_hcd.0", " 2.00") +
@@ -193,14 +193,14 @@ TEST(UsbControllers, OnNoPciBusAreKnownByTheirRootHubs) {
     EXPECT_THAT(collected.GetAll(usb, "ProtocolSupported"), ElementsAre("16", "16"));
 }
 
-TEST(UsbControllers, OfPciAreListedOnceThoughTheyHaveRootHubs) {
+TEST(UsbControllers, AreListedOnceOnPciAlthoughTheyHaveRootHubs) {
     EXPECT_THAT(
         GetKeys(Function("0000:00:1d.0", "20 03 0c") + RootHub("usb1", "pci0000:00/0000:00:1d.0", " 2.00"),
                 usb),
         ElementsAre("0000:00:1d.0"));
 }
 
-TEST(Controllers, OfAMachineWithoutAnyAreNone) {
+TEST(Controllers, AreAbsentOnAMachineWithoutAny) {
     TCollected collected;
     Collect("@NodeName = bare\n", collected);
     EXPECT_EQ(collected.CountInstances(video) + collected.CountInstances(usb) + collected.CountInstances(ide),

@@ -39,7 +39,7 @@ TEST(PciFunctions, SupportTheProtocolOfTheirClass) {
     EXPECT_EQ(protocol("00 01"), "absent");
 }
 
-TEST(PciFunctions, OfScsiAreParallelOnlyByTheirDriver) {
+TEST(PciFunctions, AreParallelScsiOnlyByTheirDriver) {
     const std::string tree = Function("00 01");
     const std::string link = "/sys/bus/pci/devices/0000:00:01.0/driver -> ../../../bus/pci/drivers/";
     EXPECT_EQ(Get(tree + link + "sym53c8xx\n", device, "ProtocolSupported"), "9");
@@ -57,7 +57,7 @@ TEST(PciBridges, HaveTheTypeOfTheirSubclass) {
     EXPECT_EQ(type("80 06"), "128");
 }
 
-TEST(PciBridges, OfPciExpressAreToldByTheirPortType) {
+TEST(PciBridges, ArePciExpressByTheirPortType) {
     const auto type = [](const std::string& flags) {
         return Get(Function("04 06", "| 06: 10\n| 0e: 01\n| 34: 40\n| 40: 10 00 " + flags + "\n"), bridge,
                    "BridgeType");
@@ -67,10 +67,10 @@ TEST(PciBridges, OfPciExpressAreToldByTheirPortType) {
     EXPECT_EQ(type("62 01"), "10");  // downstream
     EXPECT_EQ(type("72 00"), "11");  // to PCI
     EXPECT_EQ(type("82 00"), "10");  // from PCI
-    EXPECT_EQ(type("92 00"), "4");   // what no bridge should say
+    EXPECT_EQ(type("92 00"), "4");   // a value that no bridge should have
 }
 
-TEST(PciBridges, WithoutReadableRegistersAreToldByTheirClass) {
+TEST(PciBridges, FollowTheirClassWithoutReadableRegisters) {
     TCollected collected;
     Collect(
         "/sys/bus/pci/devices/0000:00:01.0/vendor = 0x8086\n"
@@ -87,7 +87,7 @@ TEST(PciBridges, WithoutReadableRegistersAreToldByTheirClass) {
     EXPECT_EQ(collected.Get(device, "BridgeType"), "absent");
 }
 
-TEST(PciFunctions, LeaveOutWhatIsNotThere) {
+TEST(PciFunctions, LeaveOutMissingValues) {
     const std::string tree = Function("00 02", "| 2c: 00 00 34 12\n| 30: 01 00 00 00\n");
     EXPECT_EQ(Get(tree, device, "BaseAddress"), "absent");
     EXPECT_EQ(Get(tree, device, "SubsystemVendorID"), "absent");
@@ -95,7 +95,7 @@ TEST(PciFunctions, LeaveOutWhatIsNotThere) {
     EXPECT_EQ(Get(tree, device, "ExpansionROMBaseAddress"), "absent");
 }
 
-TEST(PciFunctions, TellTheirSelectTimingOnlyWhereTheyHaveOne) {
+TEST(PciFunctions, HaveASelectTimingOnlyOnPci) {
     const auto timing = [](const std::string& status, const std::string& more = "") {
         return Get(Function("00 02", "| 06: " + status + "\n") + more, device, "DeviceSelectTiming");
     };
@@ -123,7 +123,7 @@ class TSmallDatabase final : public IDeviceNames {
     TDeviceName FindUsb(std::uint16_t, std::uint16_t) const override { return {}; }
 };
 
-TEST(PciFunctions, TakeTheirNamesFromADatabaseWhereThereIsOne) {
+TEST(PciFunctions, TakeTheirNamesFromTheDatabase) {
     const TMachine machine = ParseMachineTree(
         "/sys/bus/pci/devices/0000:00:01.0/config registers 64:\n| 00: 86 80 0e 10\n| 0a: 00 02\n"
         "/sys/bus/pci/devices/0000:00:02.0/config registers 64:\n| 00: 86 80 34 12\n| 0a: 00 02\n"
@@ -138,7 +138,7 @@ TEST(PciFunctions, TakeTheirNamesFromADatabaseWhereThereIsOne) {
                 ElementsAre("0000:00:01.0", "0000:00:02.0", "0000:00:03.0"));
 }
 
-TEST(PciFunctions, OfACardHaveItsOwnNameBehindThatOfItsChip) {
+TEST(PciFunctions, AreNamedByChipAndCard) {
     const TMachine machine = ParseMachineTree(
         "/sys/bus/pci/devices/0000:00:01.0/config registers 64:\n"
         "| 00: 86 80 0e 10\n| 0a: 00 02\n| 2c: 28 10 02 01\n");
@@ -149,7 +149,7 @@ TEST(PciFunctions, OfACardHaveItsOwnNameBehindThatOfItsChip) {
                 ElementsAre("Intel Corporation 82540EM (Sample Desktop Adapter)"));
 }
 
-TEST(PciFunctions, OfATreeWithoutTheBusAreCollected) {
+TEST(PciFunctions, AreCollectedFromATreeWithoutTheBus) {
     const std::string folder = "/sys/devices/pci0000:00/0000:00:1f.2/";
     const std::string tree = folder + "vendor = 0x8086\n" + folder + "device = 0x2922\n" + folder +
                              "class = 0x010601\n" + folder +

@@ -1,4 +1,4 @@
-// What is known of a PCI function before it becomes instances: from its registers, from what the kernel kept.
+// PCI functions before they become instances, from their registers or from the kernel's copy.
 #include "machine/collect/bus/pci_source.h"
 
 #include "tests/machine/system/machine_tree.h"
@@ -47,7 +47,7 @@ TEST(PciSources, TakeTheirNumbersFromTheRegisters) {
     EXPECT_EQ(sources[0].programmingInterface, 0x30);
 }
 
-TEST(PciSources, OfUnreadableRegistersTakeWhatTheKernelKept) {
+TEST(PciSources, FallBackToTheKernelsCopyOfUnreadableRegisters) {
     const auto sources = Read(folder + "/config !denied\n" + folder + "/vendor = 0x1af4\n" + folder +
                               "/device = 0x1042\n" + folder + "/class = 0x0c0330\n");
     ASSERT_EQ(sources.size(), 1U);
@@ -112,7 +112,7 @@ TEST(PciSources, AreFoundBelowTheirHostBridgesInATreeWithoutTheBus) {
                             "/sys/devices/pci10000:e0/10000:e0:06.0"));
 }
 
-TEST(PciSources, LeaveOutWhatCannotBeTold) {
+TEST(PciSources, LeaveOutUnknownValues) {
     EXPECT_THAT(Read(folder + "/vendor = 0x1af4\n" + folder + "/device = 0x1042\n"), IsEmpty());
     EXPECT_THAT(
         Read(folder + "/vendor = 0x1af4\n" + folder + "/device = 0x10042\n" + folder + "/class = 0x020000\n"),
@@ -130,7 +130,7 @@ TEST(PciSources, AreExpressByTheirCapabilityOnKernelsThatShowNoLinkSpeed) {
     EXPECT_FALSE(Read(folder + "/config registers 256:\n| 00: 86 80 34 12\n| 0b: 02\n")[0].isExpress);
 }
 
-TEST(PciSources, MayBeExpressWhereTheCapabilitiesCannotBeRead) {
+TEST(PciSources, MayBeExpressIfTheCapabilitiesCannotBeRead) {
     EXPECT_TRUE(Read(WithCapability("64", ""))[0].isExpress);
 }
 

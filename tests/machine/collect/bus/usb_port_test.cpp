@@ -71,7 +71,7 @@ TTree Chain(const std::string& bus) {
         .File(leaf + "/product", "Keyboard 3");
 }
 
-TEST(UsbPorts, OfHubsInChainsAreListedEmptyOnesToo) {
+TEST(UsbPorts, ListTheEmptyPortsOfChainedHubs) {
     TCollected collected;
     Collect(Chain("1").text, collected);
     EXPECT_THAT(collected.GetAll(port, "ElementName"),
@@ -83,7 +83,7 @@ TEST(UsbPorts, OfHubsInChainsAreListedEmptyOnesToo) {
                     "USB port, empty", "USB port with Inner Hub"));
 }
 
-TEST(UsbPorts, HaveTheSpeedOfWhatIsPluggedInAndThatOfTheirHub) {
+TEST(UsbPorts, HaveTheSpeedsOfTheirDeviceAndTheirHub) {
     TCollected collected;
     Collect(Chain("1").text, collected);
     EXPECT_THAT(collected.GetAll(port, "Speed"), ElementsAre("0", "480000000", "1500000", "0", "12000000"));
@@ -91,7 +91,7 @@ TEST(UsbPorts, HaveTheSpeedOfWhatIsPluggedInAndThatOfTheirHub) {
                 ElementsAre("480000000", "480000000", "12000000", "480000000", "480000000"));
 }
 
-TEST(UsbPorts, AreKnownByTheirPathFromTheController) {
+TEST(UsbPorts, HaveTheirPathFromTheControllerAsKey) {
     TCollected collected;
     Collect(Chain("1").text, collected);
     EXPECT_THAT(collected.GetAll(port, "DeviceID"),
@@ -100,9 +100,8 @@ TEST(UsbPorts, AreKnownByTheirPathFromTheController) {
                             "0000:00:14.0/usb2/2:1.0/port2"));
 }
 
-// As on a kernel that shows no ports: hubs say how many they have, and what is plugged in has its place in
-// its name.
-TEST(UsbPorts, ThatTheKernelDoesNotShowAreCounted) {
+// On a kernel that shows no ports, hubs have their number of ports, and the names of devices their places.
+TEST(UsbPorts, FallBackToTheHubsNumberOfPorts) {
     const std::string root = std::string(controllerPath) + "/usb1";
     const std::string hub = root + "/1-2";
     TCollected collected;
@@ -132,7 +131,7 @@ TEST(UsbPorts, ThatTheKernelDoesNotShowAreCounted) {
     EXPECT_THAT(collected.GetAll(port, "MaxSpeed"), Each("480000000"));
 }
 
-TEST(UsbPorts, KeepTheirKeysWhenBusesAreNumberedAnew) {
+TEST(UsbPorts, DoNotDependOnTheNumbersOfTheBuses) {
     TCollected first;
     TCollected second;
     Collect(Chain("1").text, first);
@@ -141,7 +140,7 @@ TEST(UsbPorts, KeepTheirKeysWhenBusesAreNumberedAnew) {
     EXPECT_EQ(first.GetAll(port, "DeviceID"), second.GetAll(port, "DeviceID"));
 }
 
-TEST(UsbPorts, OfTheTwoBusesOfOneControllerDiffer) {
+TEST(UsbPorts, HaveDifferentKeysOnTheTwoBusesOfOneController) {
     const std::string root = std::string(controllerPath) + "/usb2";
     TTree tree = Chain("1")
                      .Device(root)
@@ -156,7 +155,7 @@ TEST(UsbPorts, OfTheTwoBusesOfOneControllerDiffer) {
     EXPECT_THAT(collected.GetReport("usb-port").notes, IsEmpty());
 }
 
-TEST(UsbPorts, OfASpeedThatTheKernelDoesNotKnowLeaveItOut) {
+TEST(UsbPorts, LeaveOutASpeedThatTheKernelDoesNotKnow) {
     const std::string root = std::string(controllerPath) + "/usb1";
     TCollected collected;
     Collect(TTree()
@@ -173,7 +172,7 @@ TEST(UsbPorts, OfASpeedThatTheKernelDoesNotKnowLeaveItOut) {
     EXPECT_EQ(collected.Get(port, "Description"), "USB port with a USB device");
 }
 
-TEST(UsbPorts, WithoutReadableBusFolderAreNone) {
+TEST(UsbPorts, AreAbsentWithoutAReadableBusFolder) {
     TCollected collected;
     Collect("/sys/bus/usb/devices !denied\n", collected);
     EXPECT_EQ(collected.CountInstances(port), 0U);
@@ -197,7 +196,7 @@ class TSmallDatabase final : public IDeviceNames {
     }
 };
 
-// What a port says of a device with the files given.
+// Returns the description of a port whose device has the given files.
 std::string DescribeAttached(const std::vector<std::pair<std::string, std::string>>& attachedFiles,
                              const IDeviceNames* names) {
     const std::string root = std::string(controllerPath) + "/usb1";
@@ -215,7 +214,7 @@ std::string DescribeAttached(const std::vector<std::pair<std::string, std::strin
     return collected.Get(port, "Description");
 }
 
-TEST(UsbPorts, NameADeviceByItsOwnWordsFirst) {
+TEST(UsbPorts, NameADeviceByItsOwnStrings) {
     const TSmallDatabase names;
     EXPECT_EQ(
         DescribeAttached(
@@ -226,7 +225,7 @@ TEST(UsbPorts, NameADeviceByItsOwnWordsFirst) {
               "USB port with Example Foundation Thing");
 }
 
-TEST(UsbPorts, NameADeviceByTheDatabaseWhereItSaysNothing) {
+TEST(UsbPorts, FallBackToTheDatabaseForTheNameOfADevice) {
     const TSmallDatabase names;
     EXPECT_EQ(DescribeAttached({{"idVendor", "1d6b"}, {"idProduct", "0104"}}, &names),
               "USB port with Example Foundation Composite Gadget");

@@ -22,7 +22,7 @@ std::string Board(const std::string& features, const std::string& kind, const st
            " 00 \"Maker\" \"Board\" \"A01\" \"SN-1\" \"Asset\" \"" + location + "\"\n";
 }
 
-TEST(Cards, TellWhatTheTableTellsOfABoard) {
+TEST(Cards, HaveEveryPropertyOfTheTable) {
     TCollected collected;
     Collect(Table(Board("03", "0a", "Main")), collected);
     ASSERT_EQ(collected.CountInstances(card), 1U);
@@ -39,7 +39,7 @@ TEST(Cards, TellWhatTheTableTellsOfABoard) {
     EXPECT_EQ(collected.Get(card, "RemovalConditions"), "2");
 }
 
-TEST(Cards, MayBeTakenOutAsTheirFeaturesSay) {
+TEST(Cards, AreRemovableByTheirFeatureFlags) {
     TCollected collected;
     Collect(Table(Board("00", "00", "1") + Board("04", "00", "2") + Board("08", "00", "3") +
                   Board("1c", "00", "4") + Board("10", "00", "5")),
@@ -49,7 +49,7 @@ TEST(Cards, MayBeTakenOutAsTheirFeaturesSay) {
                 ElementsAre("false", "false", "false", "false", "false"));
 }
 
-TEST(Cards, OfTheFirstVersionTellNothingOfTheirFeatures) {
+TEST(Cards, HaveNoFeaturesInTheFirstVersion) {
     TCollected collected;
     Collect(Table("| 2: 01 02 00 00 \"Maker\" \"Board\"\n"), collected);
     EXPECT_EQ(collected.Get(card, "RemovalConditions"), "absent");
@@ -58,7 +58,7 @@ TEST(Cards, OfTheFirstVersionTellNothingOfTheirFeatures) {
     EXPECT_EQ(collected.Get(card, "Description"), "Baseboard");
 }
 
-TEST(Cards, LeaveOutTextsThatStandForNone) {
+TEST(Cards, LeaveOutPlaceholders) {
     TCollected collected;
     Collect(Table("| 2: 01 02 03 04 05 01 \"To be filled by O.E.M.\" \"Default string\" \"x.x\" \"0000\" "
                   "\"N/A\"\n"),
@@ -69,7 +69,7 @@ TEST(Cards, LeaveOutTextsThatStandForNone) {
     EXPECT_EQ(collected.Get(card, "ElementName"), "Baseboard");
 }
 
-TEST(Cards, AreToldApartByTheirLocationsElseByTheirPlacesInTheTable) {
+TEST(Cards, HaveKeysOfTheirLocationsOrElseTheirPlacesInTheTable) {
     TCollected collected;
     Collect(Table(Board("01", "0a", "Slot 1") + Board("00", "0d", "Slot 1") + Board("00", "09", "Riser") +
                   Board("00", "09", "Default string")),
@@ -108,7 +108,7 @@ constexpr const char* excerpt =
     "/sys/class/dmi/id/board_version = A01\n"
     "/sys/class/dmi/id/board_asset_tag = Asset\n";
 
-TEST(Cards, ComeFromTheKernelsExcerptForWhomTheTableIsDenied) {
+TEST(Cards, ComeFromTheKernelsExcerptIfTheTableIsDenied) {
     TCollected collected;
     Collect(std::string("/sys/firmware/dmi/tables/DMI !denied\n") + excerpt +
                 "/sys/class/dmi/id/board_serial !denied\n",
@@ -123,13 +123,13 @@ TEST(Cards, ComeFromTheKernelsExcerptForWhomTheTableIsDenied) {
     EXPECT_THAT(collected.GetReport("board").deniedSources, ElementsAre("/sys/class/dmi/id/board_serial"));
 }
 
-TEST(Cards, AreNoneWhereTheTableHasNone) {
+TEST(Cards, AreAbsentIfTheTableHasNone) {
     TCollected collected;
     Collect(Table("| 1: 01 00 00 00 \"Maker\"\n") + excerpt, collected);
     EXPECT_EQ(collected.CountInstances(card), 0U);
 }
 
-TEST(Cards, AreNoneWhereTheExcerptNamesNeitherMakerNorBoard) {
+TEST(Cards, NeedAMakerOrABoardInTheExcerpt) {
     TCollected collected;
     Collect("/sys/class/dmi/id/board_version = A01\n", collected);
     EXPECT_EQ(collected.CountInstances(card), 0U);

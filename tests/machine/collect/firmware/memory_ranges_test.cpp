@@ -21,7 +21,7 @@ std::string MemMap(const std::string& number, const std::string& start, const st
            "/type = " + type + "\n";
 }
 
-TEST(MemoryMap, TellsEachRangeInKibibytesAndBytes) {
+TEST(MemoryMap, HasAddressesInKibibytesAndSizesInBytes) {
     TCollected collected;
     Collect(MemMap("0", "0x100000", "0x3ffdbfff", "System RAM"), collected);
     ASSERT_EQ(collected.CountInstances(mapRange), 1U);
@@ -46,7 +46,7 @@ TEST(MemoryMap, IsInTheOrderOfAddresses) {
                 ElementsAre("0x0000000000000000", "0x0000000000002000", "0x0000000000009000"));
 }
 
-TEST(MemoryMap, TellsWhatIsLostWithoutPower) {
+TEST(MemoryMap, IsVolatileByTheKindOfTheRange) {
     const auto tell = [](const std::string& type) {
         TCollected collected;
         Collect(MemMap("0", "0x1000", "0x1fff", type), collected);
@@ -65,7 +65,7 @@ TEST(MemoryMap, TellsWhatIsLostWithoutPower) {
     EXPECT_EQ(tell("A type of tomorrow"), "absent absent");
 }
 
-TEST(MemoryMap, TellsRangesOfOneStartApartByTheirEnds) {
+TEST(MemoryMap, HasTheEndInTheKeyIfTwoRangesHaveOneStart) {
     TCollected collected;
     Collect(MemMap("0", "0x1000", "0x1fff", "Reserved") + MemMap("1", "0x1000", "0x2fff", "System RAM"),
             collected);
@@ -74,7 +74,7 @@ TEST(MemoryMap, TellsRangesOfOneStartApartByTheirEnds) {
     EXPECT_EQ(collected.GetReport("memory-map").notes.size(), 1U);
 }
 
-TEST(MemoryMap, LeavesOutWhatIsNoRange) {
+TEST(MemoryMap, LeavesOutMalformedRanges) {
     TCollected collected;
     Collect(MemMap("0", "0x2000", "0x1fff", "Reserved") + MemMap("1", "2000h", "0x2fff", "Reserved") +
                 "/sys/firmware/memmap/2/start = 0x3000\n/sys/firmware/memmap/2/end = 0x3fff\n" +
@@ -93,7 +93,7 @@ constexpr const char* ioMem =
     "|   2c600000-2d401d31 : Kernel code\n"
     "| 3ffdc000-3fffffff : RAM buffer\n";
 
-TEST(MemoryMap, ComesFromTheKernelsOwnMapWhereThereIsNoOther) {
+TEST(MemoryMap, FallsBackToTheKernelsOwnMap) {
     TCollected collected;
     Collect(ioMem, collected);
     EXPECT_THAT(
@@ -102,13 +102,13 @@ TEST(MemoryMap, ComesFromTheKernelsOwnMapWhereThereIsNoOther) {
     EXPECT_THAT(collected.GetReport("memory-map").notes, IsEmpty());
 }
 
-TEST(MemoryMap, DoesNotMixTheTwo) {
+TEST(MemoryMap, DoesNotMixItsTwoSources) {
     TCollected collected;
     Collect(MemMap("0", "0x1000", "0x1fff", "Reserved") + ioMem, collected);
     EXPECT_EQ(collected.CountInstances(mapRange), 1U);
 }
 
-TEST(MemoryMap, IsEmptyForUsersToWhomTheKernelShowsNoAddresses) {
+TEST(MemoryMap, IsEmptyIfTheKernelHidesTheAddresses) {
     TCollected collected;
     Collect(
         "/proc/iomem:\n"
@@ -131,7 +131,7 @@ std::string Table(const std::string& lines) {
 // Structures of a table are numbered from 0100h.
 constexpr const char* array0100 = "| 16: 03 03 06 00 00 00 01 fe ff 04 00\n";
 
-TEST(MemoryArrays, TellTheirAddressesInKibibytesAndBytes) {
+TEST(MemoryArrays, HaveAddressesInKibibytesAndSizesInBytes) {
     TCollected collected;
     Collect(Table(std::string(array0100) + "| 19: 00 00 40 00 ff ff 5f 00 00 01 02\n"), collected);
     ASSERT_EQ(collected.CountInstances(arrayAddress), 1U);
@@ -147,7 +147,7 @@ TEST(MemoryArrays, TellTheirAddressesInKibibytesAndBytes) {
     EXPECT_EQ(collected.Get(arrayAddress, "ConsumableBlocks"), "absent");
 }
 
-TEST(MemoryArrays, TellByTheirUseWhatIsLostWithoutPower) {
+TEST(MemoryArrays, AreVolatileByTheirUse) {
     const auto tell = [](const std::string& use) {
         TCollected collected;
         Collect(Table("| 16: 03 " + use +
@@ -165,7 +165,7 @@ TEST(MemoryArrays, TellByTheirUseWhatIsLostWithoutPower) {
     EXPECT_EQ(tell("08"), "Memory 0x0-0x3fffffff absent");
 }
 
-TEST(MemoryArrays, TellTheirErrorCorrection) {
+TEST(MemoryArrays, DescribeTheirErrorCorrection) {
     const auto describe = [](const std::string& correction) {
         TCollected collected;
         Collect(Table("| 16: 03 03 " + correction +
@@ -181,7 +181,7 @@ TEST(MemoryArrays, TellTheirErrorCorrection) {
     EXPECT_EQ(describe("07"), "Addresses of a memory array with CRC");
 }
 
-TEST(MemoryArrays, OfOneStartAreToldApartByTheirNumbers) {
+TEST(MemoryArrays, HaveTheirNumbersInTheKeyIfTheirStartsAreEqual) {
     TCollected collected;
     Collect(Table(std::string(array0100) + array0100 + "| 19: 00 00 00 00 ff ff 0f 00 00 01 02\n" +
                   "| 19: 00 00 00 00 ff ff 0f 00 01 01 02\n"),
@@ -190,7 +190,7 @@ TEST(MemoryArrays, OfOneStartAreToldApartByTheirNumbers) {
                 ElementsAre("memory array 1 at 0x0000000000000000", "memory array 2 at 0x0000000000000000"));
 }
 
-TEST(MemoryArrays, ThatTheTableLacksTellTheirAddressesAlone) {
+TEST(MemoryArrays, HaveOnlyAddressesIfTheTableLacksTheArray) {
     TCollected collected;
     Collect(Table("| 19: 00 00 00 00 ff ff 0f 00 99 99 02\n"), collected);
     EXPECT_EQ(collected.Get(arrayAddress, "DeviceID"), "memory array at 0x0000000000000000");
@@ -198,7 +198,7 @@ TEST(MemoryArrays, ThatTheTableLacksTellTheirAddressesAlone) {
     EXPECT_EQ(collected.Get(arrayAddress, "Volatile"), "absent");
 }
 
-TEST(MemoryArrays, WithoutMemoryHaveNoAddresses) {
+TEST(MemoryArrays, HaveNoAddressesWithoutMemory) {
     TCollected collected;
     Collect(Table(std::string(array0100) + "| 19: 00 00 00 00 00 00 00 00 00 01 00\n"), collected);
     EXPECT_EQ(collected.CountInstances(arrayAddress), 0U);

@@ -32,7 +32,7 @@ std::string Function(const std::string& address, const std::string& classCode) {
            "/device = 0x1521\n";
 }
 
-TEST(SystemSlots, TellWhatTheTableTellsOfASlot) {
+TEST(SystemSlots, HaveEveryPropertyOfTheTable) {
     TCollected collected;
     Collect(Table(Slot("PCIe Slot 2", "b6")), collected);
     ASSERT_EQ(collected.CountInstances(slot), 1U);
@@ -48,7 +48,7 @@ TEST(SystemSlots, TellWhatTheTableTellsOfASlot) {
     EXPECT_EQ(collected.Get(slot, "OpenSwitch"), "absent");
 }
 
-TEST(SystemSlots, OfACodeThatNobodyListsTellNothingOfTheirKind) {
+TEST(SystemSlots, HaveNoKindForAnUnlistedCode) {
     TCollected collected;
     Collect(Table("| 9: 01 7f 7f 04 04 02 00 00 \"Odd\"\n"), collected);
     EXPECT_EQ(collected.Get(slot, "Description"), "System slot, in use");
@@ -58,7 +58,7 @@ TEST(SystemSlots, OfACodeThatNobodyListsTellNothingOfTheirKind) {
     }
 }
 
-TEST(SystemSlots, HaveTheSizeOfTheirPhysicalWidthWhereTheTypeLeavesItOpen) {
+TEST(SystemSlots, HaveTheSizeOfTheirPhysicalWidthIfTheTypeHasNone) {
     const auto layout = [](const std::string& type, const std::string& width) {
         TCollected collected;
         Collect(Table("| 9: 01 " + type + " 0d 03 04 01 00 04 01 00 00 ff ff 0a 00 00 " + width + " \"S\"\n"),
@@ -112,7 +112,7 @@ TEST(SystemSlots, NameTheFunctionBehindThePortThatTheFirmwareGives) {
               "System slot, PCI Express 3 x16, in use by Non-Volatile memory controller at 0000:02:00.0");
 }
 
-TEST(SystemSlots, NameNoFunctionWhereNoneIs) {
+TEST(SystemSlots, NameNoFunctionInAnEmptySlot) {
     const auto describe = [](const std::string& line, const std::string& functions) {
         TCollected collected;
         Collect(Table(line) + functions, collected);
@@ -120,11 +120,11 @@ TEST(SystemSlots, NameNoFunctionWhereNoneIs) {
     };
     const std::string inUse = "System slot, PCI Express 3 x16, in use";
     // A port that leads nowhere, an address that nothing answers to, and the host bridge at the address that
-    // stands for none.
+    // means none.
     EXPECT_EQ(describe(Slot("S", "b6", "04", "00 e0"), Function("0000:00:1c.0", "060400")), inUse);
     EXPECT_EQ(describe(Slot("S", "b6", "04", "05 00"), ""), inUse);
     EXPECT_EQ(describe(Slot("S", "b6", "04", "00 00"), Function("0000:00:00.0", "060000")), inUse);
-    // A slot that is said to be free.
+    // The firmware reports this slot as available.
     EXPECT_EQ(describe(Slot("S", "b6", "03", "05 00"), Function("0000:05:00.0", "020000")),
               "System slot, PCI Express 3 x16, available");
 }
@@ -144,7 +144,7 @@ TEST(SystemSlots, HaveTheLatchOfTheKernelsSlotAtTheirAddress) {
     EXPECT_EQ(openSwitch(""), "absent");
 }
 
-TEST(SystemSlots, OfOneNameAreToldApartByTheirAddresses) {
+TEST(SystemSlots, HaveTheirAddressesInTheKeyIfTheirNamesAreEqual) {
     TCollected collected;
     Collect(Table(Slot("SSD", "20", "04", "05 00") + Slot("SSD", "20", "04", "06 08", "01 00") +
                   Slot("SSD", "20", "03", "ff ff", "ff ff") + Slot("N/A", "20", "04", "07 00")),
@@ -153,13 +153,13 @@ TEST(SystemSlots, OfOneNameAreToldApartByTheirAddresses) {
                 ElementsAre("SSD@0000:05:00.0", "SSD@0001:06:01.0", "SSD@slot 3", "slot 4"));
 }
 
-TEST(SystemSlots, OfOneNameAndAddressAreToldApartByTheirPlacesInTheTable) {
+TEST(SystemSlots, HaveTheirPlacesInTheKeyIfNameAndAddressAreEqual) {
     TCollected collected;
     Collect(Table(Slot("SSD", "20", "04", "00 00") + Slot("SSD", "20", "04", "00 00")), collected);
     EXPECT_THAT(collected.GetAll(slot, "Tag"), ElementsAre("SSD@slot 1", "SSD@slot 2"));
 }
 
-TEST(SystemSlots, OfOneNameWithoutAddressesAreToldApartByTheirPlacesInTheTable) {
+TEST(SystemSlots, HaveTheirPlacesInTheKeyWithoutAddresses) {
     TCollected collected;
     Collect(Table(Slot("SSD", "20", "03", "ff ff", "ff ff") + Slot("PCIe", "b6") +
                   Slot("SSD", "20", "03", "ff ff", "ff ff") + Slot("N/A", "b6")),
@@ -197,7 +197,7 @@ TEST(FindSlotKind, ListsTheCodesOfTheReferenceAndNoOther) {
     }
 }
 
-TEST(FindSlotKind, TellsSlotsOfSpecialPurposeFromGeneralOnes) {
+TEST(FindSlotKind, MarksSlotsOfSpecialPurpose) {
     EXPECT_EQ(FindSlotKind(0x01)->specialPurpose, std::nullopt);
     EXPECT_EQ(FindSlotKind(0x02)->specialPurpose, std::nullopt);
     for (int code = 0x03; code <= 0xFF; ++code) {
@@ -207,7 +207,7 @@ TEST(FindSlotKind, TellsSlotsOfSpecialPurposeFromGeneralOnes) {
     }
 }
 
-TEST(FindSlotKind, KnowsCardEdgesAndNumberedSlots) {
+TEST(FindSlotKind, MapsCardEdgesAndNumberedSlots) {
     EXPECT_EQ(FindSlotKind(0x06)->connector, ESlotConnector::cardEdge);
     EXPECT_EQ(FindSlotKind(0xA5)->connector, ESlotConnector::cardEdge);
     EXPECT_EQ(FindSlotKind(0x07)->connector, ESlotConnector::socket);
@@ -230,7 +230,7 @@ TEST(FindMaxDataWidth, CountsBitsAndCallsLanesOther) {
     }
 }
 
-TEST(FindExpressLayout, KnowsTheSizesThatCimHas) {
+TEST(FindExpressLayout, MapsTheSizesThatCimHas) {
     const std::map<int, int> layouts = {{0x08, 19}, {0x09, 20}, {0x0A, 21},
                                         {0x0B, 22}, {0x0D, 23}, {0x0E, 24}};
     for (int code = 0; code <= 0xFF; ++code) {

@@ -48,7 +48,7 @@ TEST(FirmwareTable, GivesOneWarningWhenItIsMalformed) {
 }
 
 // Texts as firmware writes them that pads names to a width of its own.
-TEST(FirmwareTable, LosesThePaddingWithinNames) {
+TEST(FirmwareTable, RemovesThePaddingWithinNames) {
     TCollected collected;
     Collect(
         "/sys/firmware/dmi/tables/DMI smbios:\n"
@@ -65,7 +65,7 @@ TEST(FirmwareTable, LosesThePaddingWithinNames) {
     EXPECT_EQ(collected.Get("KELSG_SPDData", "Tag"), "DIMM  A1");
 }
 
-// Everything that one of these classes can tell.
+// A machine with every property that these classes can have.
 constexpr const char* richMachine =
     "/sys/firmware/dmi/tables/DMI smbios:\n"
     "| 2: 01 02 03 04 05 01 00 00 03 0a \"Maker\" \"Board\" \"A01\" \"SN-1\" \"Asset\"\n"
@@ -82,7 +82,7 @@ constexpr const char* richMachine =
     "/sys/firmware/memmap/0/end = 0x1fffff\n"
     "/sys/firmware/memmap/0/type = System RAM\n";
 
-// Rows that Linux cannot tell. Every other row reaches the namespace.
+// Linux has no source for these rows. Every other row reaches the namespace.
 TEST(FirmwareTable, SetsEveryPropertyButThese) {
     const std::set<std::string_view> classes = {"KELSG_ACPI", "KELSG_Card", "KELSG_MAS", "KELSG_SPDData",
                                                 "KELSG_SystemSlot"};

@@ -14,7 +14,7 @@ std::string Product(std::string_view tree) {
     return collected.Get(computer, "ProductName");
 }
 
-TEST(ComputerSystem, IsKnownByItsBoardWhereTheSystemsNamesAreFillers) {
+TEST(ComputerSystem, FallsBackToTheBoardIfTheNamesOfTheSystemArePlaceholders) {
     TCollected collected;
     Collect(
         "/sys/firmware/dmi/tables/DMI smbios:\n"
@@ -27,7 +27,7 @@ TEST(ComputerSystem, IsKnownByItsBoardWhereTheSystemsNamesAreFillers) {
     EXPECT_EQ(collected.Get(computer, "Name"), "absent");
 }
 
-TEST(ComputerSystem, TakesTheKernelsExcerptWhereTheTableIsClosed) {
+TEST(ComputerSystem, FallsBackToTheKernelsExcerptIfTheTableIsDenied) {
     TCollected collected;
     Collect(
         "/sys/firmware/dmi/tables/DMI !denied\n"
@@ -44,7 +44,7 @@ TEST(ComputerSystem, TakesTheKernelsExcerptWhereTheTableIsClosed) {
     EXPECT_EQ(collected.Get(computer, "Description"), "Computer system, Tower");
 }
 
-TEST(ComputerSystem, LeavesPlaceholderIdentitiesOfTheExcerptOut) {
+TEST(ComputerSystem, LeavesOutPlaceholdersOfTheExcerpt) {
     TCollected collected;
     Collect(
         "/sys/class/dmi/id/product_name = Product\n"
@@ -95,7 +95,7 @@ TEST(ComputerSystem, ReadsTheMakerOfTheAcpiTables) {
     EXPECT_EQ(Product(tree), "BOARD-01");
 }
 
-TEST(ComputerSystem, IsNamedByItsProcessorWhenNothingElseTells) {
+TEST(ComputerSystem, FallsBackToTheProcessorForItsName) {
     EXPECT_EQ(Product("/proc/cpuinfo:\n| processor : 0\n| model name : Example CPU 9\n"),
               "Example CPU 9 computer");
     EXPECT_EQ(Product("@Architecture = x86_64\n"), "x86_64 computer");
@@ -126,18 +126,18 @@ TEST(ComputerSystem, FallsBackToTheSerialNumberOfItsOnlyChassis) {
               "absent");
 }
 
-TEST(ComputerSystem, HasNoSerialNumberOfAChassisWhereThereAreSeveral) {
+TEST(ComputerSystem, HasNoSerialNumberOfAChassisIfThereAreSeveral) {
     const std::string tree = Table(std::string(systemWithoutSerial) + chassis + "| 3: 00 03 00 00 00\n");
     EXPECT_EQ(SerialNumber(tree), "absent");
     EXPECT_EQ(SerialNumber(tree + "/sys/class/dmi/id/chassis_serial = CHASSIS-1\n"), "absent");
-    // Nor when the table names no product, so that the kernel's excerpt is asked.
+    // The table names no product, so the kernel's excerpt is read.
     EXPECT_EQ(SerialNumber(Table("| 1: 00 00 00 00\n" + std::string(chassis) + "| 3: 00 03 00 00 00\n") +
                            "/sys/class/dmi/id/product_name = Product\n"
                            "/sys/class/dmi/id/chassis_serial = CHASSIS-1\n"),
               "absent");
 }
 
-TEST(ComputerSystem, FallsBackToTheExcerptsChassisWhereTheTableIsClosed) {
+TEST(ComputerSystem, FallsBackToTheExcerptsChassisIfTheTableIsDenied) {
     const std::string excerpt =
         "/sys/firmware/dmi/tables/DMI !denied\n"
         "/sys/class/dmi/id/product_name = Product\n"
@@ -170,7 +170,7 @@ TEST(ComputerSystem, OrdersItsUuidByTheVersionOfTheEntryPoint) {
               "44454C4C-4200-1035-8054-B9C04F503231");
 }
 
-TEST(ComputerSystem, TakesTheKernelsUuidWithoutAnEntryPointElseNone) {
+TEST(ComputerSystem, FallsBackToTheKernelsUuidWithoutAnEntryPoint) {
     const auto name = [](const std::string& tree) {
         TCollected collected;
         Collect(tree, collected);
@@ -222,7 +222,7 @@ TEST(ComputerSystem, IsAVirtualMachineByTheKernelsHypervisor) {
     EXPECT_EQ(Description(tree), "Computer system");
 }
 
-TEST(ComputerSystem, IsNoVirtualMachineAsXensControlDomain) {
+TEST(ComputerSystem, IsNotAVirtualMachineAsXensControlDomain) {
     EXPECT_EQ(Description("/sys/class/dmi/id/product_name = Product\n"
                           "/sys/class/dmi/id/chassis_type = 3\n"
                           "/sys/hypervisor/type = xen\n"
@@ -245,7 +245,7 @@ TEST(ComputerSystem, HasTheWorstOfItsChassisStates) {
     EXPECT_EQ(status("00 00 00"), "absent");
 }
 
-TEST(ComputerSystem, YieldsWhatIsSoundOfAMalformedTable) {
+TEST(ComputerSystem, KeepsTheIntactPartsOfAMalformedTable) {
     TCollected collected;
     Collect(
         "/sys/firmware/dmi/tables/DMI bytes:\n"

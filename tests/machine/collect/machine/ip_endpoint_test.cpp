@@ -29,7 +29,7 @@ constexpr char tree[] =
     "/sys/class/net/eth0/operstate = up\n"
     "/sys/class/net/lo/operstate = unknown\n";
 
-TEST(IpEndpoint, OfATreeTakesItsInterfaceFromRoutesAndSortsByIt) {
+TEST(IpEndpoint, TakesItsInterfaceFromTheRoutesOfATree) {
     TCollected collected;
     Collect(tree, collected);
     EXPECT_THAT(
@@ -44,7 +44,7 @@ TEST(IpEndpoint, OfATreeTakesItsInterfaceFromRoutesAndSortsByIt) {
                             "IPv4 address of lo", "IPv6 address of lo"));
 }
 
-TEST(IpEndpoint, TellsTheStateOfItsInterface) {
+TEST(IpEndpoint, HasTheStateOfItsInterface) {
     TCollected collected;
     Collect(tree, collected);
     const auto states = collected.GetAll(endpoint, "OperationalStatus");
@@ -64,7 +64,7 @@ TEST(IpEndpoint, PrefersTheKernelsAnswerToTheTree) {
     EXPECT_EQ(collected.Get(endpoint, "OperationalStatus"), "absent");
 }
 
-TEST(IpEndpoint, AnAddressInTwoNetworksOfItsInterfaceIsOne) {
+TEST(IpEndpoint, IsListedOnceIfItsAddressIsInTwoNetworks) {
     TMachine machine;
     const std::string address("\x0A\0\0\5", 4);
     machine.calls.interfaceAddresses = {{"eth0", address}, {"eth1", address}, {"eth0", address}};
@@ -73,7 +73,7 @@ TEST(IpEndpoint, AnAddressInTwoNetworksOfItsInterfaceIsOne) {
     EXPECT_THAT(collected.GetAll(endpoint, "ElementName"), ElementsAre("eth0 10.0.0.5", "eth1 10.0.0.5"));
 }
 
-TEST(IpEndpoint, AMachineWithoutNetworkHasNone) {
+TEST(IpEndpoint, IsAbsentOnAMachineWithoutNetwork) {
     TCollected collected;
     Collect("", collected);
     EXPECT_EQ(collected.CountInstances(endpoint), 0U);

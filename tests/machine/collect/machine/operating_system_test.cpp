@@ -1,4 +1,4 @@
-// What the running system tells of itself, and what it leaves open.
+// The running system: values of its files, and absent ones.
 #include "machine/collect/frame/cim_time.h"
 #include "tests/machine/collect/collect_fixture.h"
 
@@ -15,7 +15,7 @@ std::string Get(std::string_view tree, std::string_view property) {
     return collected.Get(system, property);
 }
 
-TEST(OperatingSystem, LeavesUnknownQuantitiesAbsentAndNotZero) {
+TEST(OperatingSystem, LeavesUnknownQuantitiesAbsent) {
     TCollected collected;
     Collect("", collected);
     for (const char* property :
@@ -26,7 +26,7 @@ TEST(OperatingSystem, LeavesUnknownQuantitiesAbsentAndNotZero) {
     }
 }
 
-TEST(OperatingSystem, SumsOnlyWhatIsWhollyKnown) {
+TEST(OperatingSystem, AddsUpOnlyCompleteValues) {
     EXPECT_EQ(Get("/proc/meminfo:\n| MemFree: 5 kB\n| SwapFree: 7 kB\n", "FreeVirtualMemory"), "12");
     EXPECT_EQ(Get("/proc/meminfo:\n| MemFree: 5 kB\n", "FreeVirtualMemory"), "absent");
 }
@@ -36,7 +36,7 @@ TEST(OperatingSystem, PrefersTheAdministratorsNameFileToTheVendors) {
     EXPECT_EQ(Get("/usr/lib/os-release = NAME=Usr\n", "ElementName"), "Usr");
 }
 
-TEST(OperatingSystem, HasTheKernelsNumberAsVersionWhereTheDistributionGivesNone) {
+TEST(OperatingSystem, FallsBackToTheKernelsNumberAsVersion) {
     EXPECT_EQ(Get("@KernelRelease = 6.1.0-13-amd64\n", "Version"), "6.1.0");
     EXPECT_EQ(Get("@KernelRelease = 6.1.0-13-amd64\n/etc/os-release = VERSION_ID=12\n", "Version"), "12");
     EXPECT_EQ(Get("@KernelRelease = custom\n", "Version"), "absent");
@@ -50,7 +50,7 @@ TEST(OperatingSystem, FallsBackToTheKernelsOwnLineForItsRelease) {
     EXPECT_EQ(Get("@KernelRelease = 6.1.0\n" + line, "KernelRelease"), "6.1.0");
 }
 
-TEST(OperatingSystem, WithoutOsReleaseIsNamedByTheOlderFiles) {
+TEST(OperatingSystem, FallsBackToOlderReleaseFilesForItsName) {
     const std::string redHat = "/etc/redhat-release = CentOS release 6.9 (Final)\n";
     const std::string debian = "/etc/debian_version = 7.8\n";
     EXPECT_EQ(Get(redHat, "ElementName"), "CentOS release 6.9 (Final)");
@@ -74,11 +74,11 @@ TEST(OperatingSystem, GivesItsStartInTheLocalTimeOfThatMoment) {
               "20231115001320.000000+120");
 }
 
-TEST(OperatingSystem, GivesItsStartInTheCollectionsZoneWhereNoOtherIsKnown) {
+TEST(OperatingSystem, GivesItsStartInTheCollectionsZoneIfNoOtherIsKnown) {
     EXPECT_EQ(Get("/proc/stat = btime 1700000000\n", "LastBootUpTime"), "20231114231320.000000+060");
 }
 
-TEST(OperatingSystem, LeavesTheClockOutWhereTheMomentIsUnknown) {
+TEST(OperatingSystem, LeavesOutTheClockIfTheMomentIsUnknown) {
     TMachine machine = ParseMachineTree("/proc/stat = btime 1700000000\n");
     TCollected collected;
     collected.reports = CollectAll({machine.files, machine.calls, collected.target, std::nullopt});

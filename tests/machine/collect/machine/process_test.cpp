@@ -26,13 +26,13 @@ void CollectAlone(const TMachine& machine, TCollected& collected) {
                                    ChooseCollectors({{"process"}, {}}));
 }
 
-TEST(Process, IsNotCollectedUnlessAskedFor) {
+TEST(Process, IsCollectedOnlyOnRequest) {
     TCollected collected;
     Collect(tree, collected);
     EXPECT_EQ(collected.target.FindClass(process), nullptr);
 }
 
-TEST(Process, IsOneForEachInTheOrderOfTheirNumbers) {
+TEST(Process, IsListedInTheOrderOfItsNumber) {
     TCollected collected;
     CollectAlone(ParseMachineTree(tree), collected);
     EXPECT_THAT(collected.GetAll(process, "ProcessID"), ElementsAre("2", "9", "10", "17"));
@@ -42,7 +42,7 @@ TEST(Process, IsOneForEachInTheOrderOfTheirNumbers) {
                 ElementsAre("Kernel thread", "Kernel thread", "Process", "Process"));
 }
 
-TEST(Process, TellsItsStateAndPriorityInTheKernelsScale) {
+TEST(Process, HasStateAndPriorityInTheKernelsScale) {
     TCollected collected;
     CollectAlone(ParseMachineTree(tree), collected);
     EXPECT_THAT(collected.GetAll(process, "ExecutionState"), ElementsAre("4", "4", "7", "3"));
@@ -50,7 +50,7 @@ TEST(Process, TellsItsStateAndPriorityInTheKernelsScale) {
     EXPECT_THAT(collected.GetAll(process, "TerminationDate"), Each("absent"));
 }
 
-TEST(Process, StartedSoManyTicksAfterTheBoot) {
+TEST(Process, ComputesItsStartFromTicksAfterTheBoot) {
     TMachine machine = ParseMachineTree(tree);
     machine.calls.clockTicksPerSecond = 50;
     TCollected collected;
@@ -60,7 +60,7 @@ TEST(Process, StartedSoManyTicksAfterTheBoot) {
     EXPECT_EQ(collected.Get(process, "CreationDate", 1), "20231114231320.000000+060");
 }
 
-TEST(Process, HasNoStartWhenTheBootIsUnknown) {
+TEST(Process, HasNoStartIfTheBootIsUnknown) {
     TCollected collected;
     CollectAlone(
         ParseMachineTree("/proc/17/stat = 17 (a) R 1 17 17 0 -1 0 0 0 0 0 0 0 0 0 20 0 1 0 250 0 0\n"),

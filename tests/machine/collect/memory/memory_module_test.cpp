@@ -19,7 +19,7 @@ std::string Table(const std::string& lines) {
     return "/sys/firmware/dmi/tables/DMI smbios:\n" + lines;
 }
 
-// What tests vary of a socket; all of it is version 2.3.
+// The fields of a socket that tests vary, all of version 2.3.
 struct TSocketFields {
     std::string locator = "DIMM_A1";
     std::string bank = "Bank 0";
@@ -43,7 +43,7 @@ std::string Mapped(const std::string& positions) {
     return "| 20: 00 00 00 00 ff ff 0f 00 00 01 00 00 " + positions + " 01\n";
 }
 
-TEST(MemoryModules, TellWhatTheTableTellsOfAPopulatedSocket) {
+TEST(MemoryModules, ReadEveryFieldOfAPopulatedSocket) {
     TCollected collected;
     Collect(Table(Socket() + Mapped("02 01")), collected);
     ASSERT_EQ(collected.CountInstances(module), 1U);
@@ -65,20 +65,20 @@ TEST(MemoryModules, TellWhatTheTableTellsOfAPopulatedSocket) {
     EXPECT_EQ(collected.Get(module, "InterleavePosition"), "1");
 }
 
-TEST(MemoryModules, AreNoneInEmptySockets) {
+TEST(MemoryModules, AreAbsentInEmptySockets) {
     TCollected collected;
     Collect(Table(Socket({.size = "00 00"}) + Socket({.locator = "DIMM_B1"})), collected);
     EXPECT_THAT(collected.GetAll(module, "Tag"), ElementsAre("DIMM_B1"));
 }
 
-TEST(MemoryModules, OfUnknownSizeAreThereAllTheSame) {
+TEST(MemoryModules, AreListedWithAnUnknownSize) {
     TCollected collected;
     Collect(Table(Socket({.size = "ff ff"})), collected);
     EXPECT_EQ(collected.Get(module, "Tag"), "DIMM_A1");
     EXPECT_EQ(collected.Get(module, "Capacity"), "absent");
 }
 
-TEST(MemoryModules, HaveWidthsThatTellSomething) {
+TEST(MemoryModules, HaveNoWidthsThatAreUnknownOrBothZero) {
     const auto widths = [](const std::string& digits) {
         TCollected collected;
         Collect(Table(Socket({.widths = digits})), collected);
@@ -90,7 +90,7 @@ TEST(MemoryModules, HaveWidthsThatTellSomething) {
     EXPECT_EQ(widths("40 00 40 00"), "64 64");
 }
 
-TEST(MemoryModules, HavePositionsWhenAllTheirPiecesAgree) {
+TEST(MemoryModules, HaveAPositionIfAllTheirPiecesAgree) {
     const auto positions = [](const std::string& mapped) {
         TCollected collected;
         Collect(Table(Socket() + mapped), collected);
@@ -105,7 +105,7 @@ TEST(MemoryModules, HavePositionsWhenAllTheirPiecesAgree) {
     EXPECT_EQ(positions("| 20: 00 00 00 00 ff ff 0f 00 99 99 00 00 01 01 01\n"), "absent absent");
 }
 
-TEST(MemoryModules, GoByWhatPeopleKnow) {
+TEST(MemoryModules, AreNamedByMakerAndPartNumber) {
     const auto name = [](const TSocketFields& fields) {
         TCollected collected;
         Collect(Table(Socket(fields)), collected);
@@ -117,7 +117,7 @@ TEST(MemoryModules, GoByWhatPeopleKnow) {
     EXPECT_EQ(name({.part = "Not Specified"}), "DIMM_A1");
 }
 
-TEST(MemoryModules, OfOneLocatorAreToldApartByTheirBanks) {
+TEST(MemoryModules, HaveTheirBanksInTheKeyIfLocatorsAreEqual) {
     TCollected collected;
     Collect(Table(Socket({.locator = "DIMM 0", .bank = "CHANNEL A"}) + Socket({.locator = "DIMM 1"}) +
                   Socket({.locator = "DIMM 0", .bank = "CHANNEL B"})),
@@ -128,7 +128,7 @@ TEST(MemoryModules, OfOneLocatorAreToldApartByTheirBanks) {
                 ElementsAre("2 memory sockets share the key DIMM 0; their positions tell them apart"));
 }
 
-TEST(MemoryModules, OfOneLocatorAndBankAreToldApartByTheirPlacesInTheTable) {
+TEST(MemoryModules, HaveTheirPlacesInTheKeyIfLocatorAndBankAreEqual) {
     TCollected collected;
     Collect(Table(Socket({.locator = "Board"}) + Socket({.locator = "Board"}) +
                   Socket({.locator = "", .bank = ""})),
@@ -146,7 +146,7 @@ TEST(MemoryModules, KeepTheirKeysWhenOtherSocketsAreEmptied) {
 }
 
 // Every prefix of a table gives the first modules of the whole one, and no other.
-TEST(MemoryModules, OfATornTableAreThoseThatItStillHolds) {
+TEST(MemoryModules, AreTheIntactOnesOfATruncatedTable) {
     const std::string first = MakeSmbiosStructure(Socket().substr(2, Socket().size() - 3), 0x0100);
     const std::string second =
         MakeSmbiosStructure(Socket({.locator = "DIMM_B1"}).substr(2, Socket().size() - 3), 0x0101);
@@ -183,7 +183,7 @@ TEST(MemoryModules, AreJoinedWithTheEepromOfTheirSerialNumber) {
                 ElementsAre("Memory module, DDR4 DIMM, made in week 42 of 2019", "Memory module, DDR4 DIMM"));
 }
 
-TEST(MemoryModules, WithoutASerialNumberHaveThatOfTheEepromWithTheirPartNumber) {
+TEST(MemoryModules, TakeTheSerialNumberOfTheEepromWithTheirPartNumber) {
     TCollected collected;
     Collect(Table(Socket({.serial = "00000000", .part = "PART-1"}) +
                   Socket({.locator = "DIMM_B1", .serial = "00000000", .part = "PART-2"}) +
@@ -193,7 +193,7 @@ TEST(MemoryModules, WithoutASerialNumberHaveThatOfTheEepromWithTheirPartNumber) 
     EXPECT_THAT(collected.GetAll(module, "SerialNumber"), ElementsAre("1A2B3C4D", "absent", "absent"));
 }
 
-TEST(MemoryModules, AreNotJoinedWithTheDriversOwnFiles) {
+TEST(MemoryModules, IgnoreTheDriversOwnFiles) {
     TCollected collected;
     Collect(Table(Socket()) + Eeprom("/sys/bus/i2c/drivers/at24/module", "1a 2b 3c 4d", "PART-123"),
             collected);
@@ -223,13 +223,13 @@ TEST(MatchSpdModules, TakesSerialNumbersInEitherOrderOfBytesAndAnyCase) {
     EXPECT_THAT(Match({{"", std::nullopt}}, eeproms), ElementsAre(-1));
 }
 
-TEST(MatchSpdModules, TakesNoSerialNumberOfAnotherPart) {
+TEST(MatchSpdModules, RejectsTheSerialNumberOfAnotherPart) {
     const std::vector<TSpdModule> eeproms{{"1A2B3C4D", "PART-1", std::nullopt}};
     EXPECT_THAT(Match({{"1A2B3C4D", "PART-2"}}, eeproms), ElementsAre(-1));
     EXPECT_THAT(Match({{"1A2B3C4D", "PART-1  "}}, eeproms), ElementsAre(0));
 }
 
-TEST(MatchSpdModules, GuessesNotBetweenSeveral) {
+TEST(MatchSpdModules, ReturnsNoModuleIfSeveralMatch) {
     const std::vector<TSpdModule> twins{{"1A2B3C4D", "PART", std::nullopt},
                                         {"1A2B3C4D", "PART", std::nullopt}};
     EXPECT_THAT(Match({{"1A2B3C4D", "PART"}}, twins), ElementsAre(-1));
@@ -238,7 +238,7 @@ TEST(MatchSpdModules, GuessesNotBetweenSeveral) {
     EXPECT_THAT(Match({{std::nullopt, "PART"}, {std::nullopt, "PART"}}, one), ElementsAre(-1, -1));
 }
 
-TEST(MatchSpdModules, TakesThePartNumberOnlyWhereASerialNumberIsMissing) {
+TEST(MatchSpdModules, UsesThePartNumberOnlyWithoutASerialNumber) {
     const std::vector<TSpdModule> eeproms{{"1A2B3C4D", "PART", std::nullopt}};
     EXPECT_THAT(Match({{"99999999", "PART"}}, eeproms), ElementsAre(-1));
     EXPECT_THAT(Match({{std::nullopt, "PART"}}, eeproms), ElementsAre(0));
@@ -281,7 +281,7 @@ TEST(FindMemoryKind, MovesEveryCodeToItsCimNumber) {
     }
 }
 
-TEST(MemoryModules, AreDescribedByWhatIsKnownOfTheirKind) {
+TEST(MemoryModules, AreDescribedByTheirKind) {
     const auto describe = [](const std::string& kind, const std::string& form) {
         TCollected collected;
         Collect(Table(Socket({.form = form, .kind = kind})), collected);

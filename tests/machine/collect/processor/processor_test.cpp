@@ -73,7 +73,7 @@ TEST(Processors, HaveCoresSteppingSocketAndMicrocode) {
     EXPECT_THAT(collected.GetAll(processor, "FirmwareVersion"), ElementsAre("0xb00002e"));
 }
 
-TEST(Processors, WithoutATableHaveTheKernelsNumberOfCores) {
+TEST(Processors, HaveTheKernelsNumberOfCoresWithoutATable) {
     TCollected collected;
     Collect(cpuInfo + Package(0, 0, 3000), collected);
     EXPECT_THAT(collected.GetAll(processor, "NumberOfEnabledCores"), ElementsAre("6"));
@@ -111,7 +111,7 @@ TEST(Processors, AreOkWhenTheKernelHasThemOnlineThoughTheFirmwareCallsThemIdle) 
                 ElementsAre("{2}", "{2}"));
 }
 
-TEST(Processors, AreDormantOnlyWhereTheKernelHasNoPackageForThem) {
+TEST(Processors, AreDormantOnlyWithoutAPackageOfTheKernel) {
     const std::string sockets = Sockets(SocketWithStatus("A", "41") + SocketWithStatus("B", "44"));
     EXPECT_THAT(Statuses(sockets), ElementsAre("{2}", "{15}"));
     EXPECT_THAT(Statuses(sockets + Package(0, 0, 3000)), ElementsAre("{2}", "{15}"));
@@ -134,7 +134,7 @@ TEST(Processors, AreStoppedWhenTheirPackageIsHiddenWithAllItsProcessors) {
     EXPECT_THAT(Statuses(sockets + Package(0, 3, 3000) + Cpu(1, "online", "0")), ElementsAre("{2}", "{15}"));
 }
 
-TEST(Processors, WithoutATableHaveTheKernelsStatus) {
+TEST(Processors, HaveTheKernelsStatusWithoutATable) {
     EXPECT_THAT(Statuses(Package(0, 0, 3000) + Package(1, 1, 3000) + Cpu(1, "online", "0")),
                 ElementsAre("{2}", "{10}"));
 }
@@ -145,7 +145,7 @@ constexpr const char* twoModels =
     "| stepping : 9\n"
     "| processor : 1\n| vendor_id : Maker\n| cpu family : 6\n| model : 58\n| model name : Example  CPU ";
 
-TEST(Processors, OfOneModelHaveItsNameWhenSocketsAndPackagesDiffer) {
+TEST(Processors, HaveTheNameOfTheirOnlyModelWhenSocketsAndPackagesDiffer) {
     TCollected collected;
     Collect(Sockets(Socket("A") + Socket("B")) + twoModels + "9\n| stepping : 9\n" + Package(0, 0, 3000),
             collected);
@@ -155,7 +155,7 @@ TEST(Processors, OfOneModelHaveItsNameWhenSocketsAndPackagesDiffer) {
                             "Central processor, Maker family 6 model 58 stepping 9"));
 }
 
-TEST(Processors, OfSeveralModelsHaveNoNameWhenSocketsAndPackagesDiffer) {
+TEST(Processors, HaveNoNameOfSeveralModelsWhenSocketsAndPackagesDiffer) {
     TCollected collected;
     Collect(Sockets(Socket("A") + Socket("B")) + twoModels + "8\n| stepping : 9\n" + Package(0, 0, 3000),
             collected);
@@ -171,7 +171,7 @@ TEST(Processors, AreTheKernelsPackagesWithoutATable) {
     EXPECT_THAT(collected.GetAll(processor, "MaxClockSpeed"), ElementsAre("4000", "3000"));
 }
 
-TEST(Processors, AreCountedByPhysicalIdWhereSysfsHasNoTopology) {
+TEST(Processors, AreCountedByPhysicalIdWithoutATopologyInSysfs) {
     TCollected collected;
     Collect(
         "/proc/cpuinfo:\n"
@@ -182,7 +182,7 @@ TEST(Processors, AreCountedByPhysicalIdWhereSysfsHasNoTopology) {
     EXPECT_THAT(collected.GetAll(processor, "DeviceID"), ElementsAre("package 0", "package 1"));
 }
 
-TEST(Processors, WithOneNameAreToldApartByTheirPackages) {
+TEST(Processors, HaveTheirPackagesInTheKeyIfTheirNamesAreEqual) {
     TCollected collected;
     Collect(Sockets(Socket("CPU") + Socket("CPU")) + Package(0, 0, 3000) + Package(1, 1, 3000), collected);
     EXPECT_THAT(collected.GetAll(processor, "DeviceID"), ElementsAre("CPU@package 0", "CPU@package 1"));
@@ -190,7 +190,7 @@ TEST(Processors, WithOneNameAreToldApartByTheirPackages) {
                 ElementsAre("2 processors share the key CPU; their positions tell them apart"));
 }
 
-TEST(Processors, KeepTheirWidthOpenWhereNothingTellsIt) {
+TEST(Processors, HaveNoWidthWithoutASource) {
     const auto width = [](const std::string& tree) {
         TCollected collected;
         Collect(tree, collected);
@@ -236,20 +236,20 @@ TEST(FindProcessorFamily, MovesNumbersThatTheListsHaveInOtherPlaces) {
     EXPECT_EQ(Family(0x101), 280);
 }
 
-TEST(FindProcessorFamily, CallsFamiliesOtherThatOnlyTheReferenceHas) {
+TEST(FindProcessorFamily, MapsFamiliesThatCimLacksToOther) {
     EXPECT_EQ(Family(0x16), 1);
     EXPECT_EQ(Family(0x6B), 1);
     EXPECT_EQ(Family(0x202), 1);
     EXPECT_EQ(Family(0x271), 1);
 }
 
-TEST(FindProcessorFamily, IsAbsentForCodesThatNobodyListsAndForNone) {
+TEST(FindProcessorFamily, ReturnsNulloptForUnlistedCodesAndNone) {
     EXPECT_EQ(Family(0x17), std::nullopt);
     EXPECT_EQ(Family(0x7F0), std::nullopt);
     EXPECT_EQ(Family(std::nullopt), std::nullopt);
 }
 
-TEST(FindProcessorFamily, AsksTheMakerWhereACodeWasGivenTwice) {
+TEST(FindProcessorFamily, ResolvesAmbiguousCodesByTheMaker) {
     EXPECT_EQ(Family(0xBE, "Intel(R) Corporation"), 191);
     EXPECT_EQ(Family(0xBE, "AMD"), 190);
     EXPECT_EQ(Family(0xBE, "Other"), 2);

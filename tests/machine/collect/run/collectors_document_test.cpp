@@ -28,7 +28,7 @@ struct TDocument {
     std::vector<std::string> sources;     // of each property
 };
 
-// What stands between the first two backticks of a line.
+// Returns the text between the first two backticks of a line.
 std::string Quoted(std::string_view line) {
     const auto start = line.find('`') + 1;
     return std::string(line.substr(start, line.find('`', start) - start));
@@ -96,7 +96,7 @@ TEST(CollectorsDocument, ListsEveryPropertyWithItsType) {
     EXPECT_THAT(ReadDocument().properties, ElementsAreArray(ListProperties()));
 }
 
-TEST(CollectorsDocument, TellsTheSourceOfEveryProperty) {
+TEST(CollectorsDocument, HasASourceForEveryProperty) {
     const TDocument document = ReadDocument();
     EXPECT_THAT(document.sources, Not(IsEmpty()));
     EXPECT_THAT(document.sources, Each(Not(IsEmpty())));

@@ -60,7 +60,7 @@ TEST(GetCollectors, DeclareEachClassOnce) {
     EXPECT_GE(classes.size(), 10U);
 }
 
-// What the document writer asks of a class, each of these classes can answer, be it with a null.
+// Each of these classes declares every property that the document writer reads.
 TEST(GetCollectors, DeclareEveryPropertyThatTheDocumentsWrite) {
     for (const TCollector& collector : GetCollectors()) {
         for (const IClassDeclaration* declaration : collector.fills) {
@@ -106,8 +106,8 @@ void NoteProperties(const TMemoryNamespace& source, std::set<std::string>& decla
     }
 }
 
-// What Linux cannot tell, or what a plug-in fills. Every other row of these collectors reaches some machine's
-// namespace.
+// Linux has no source for these, or a plug-in fills them. Every other row of these collectors reaches some
+// machine's namespace.
 TEST(GetCollectors, SetEveryPropertyButTheseOnSomeMachine) {
     std::set<std::string> declared;
     std::set<std::string> set;
@@ -259,7 +259,7 @@ TEST_F(TRunTest, CommitsAnArrayOfTextsWithANullForAnEmptyOne) {
     EXPECT_EQ(ToText(target_), "Link[0].Words = string {one, , two}\n");
 }
 
-TEST(CollectAll, FindsItsWayOnAMachineThatHoldsNothing) {
+TEST(CollectAll, SucceedsOnAnEmptyMachine) {
     TCollected collected;
     Collect("", collected);
     for (const TCollectReport& report : collected.reports) {

@@ -28,7 +28,7 @@ std::string MultipathSet() {
            KernelPartition("sda", "sda1", 1, "1234-01") + KernelPartition("sdb", "sdb1", 1, "1234-01");
 }
 
-TEST(DiskPartitions, OfAMultipathSetAreListedOnceOnTheSet) {
+TEST(DiskPartitions, ListThePartitionsOfAMultipathSetOnce) {
     TCollected collected;
     Collect(
         MultipathSet() +
@@ -44,20 +44,20 @@ TEST(DiskPartitions, OfAMultipathSetAreListedOnceOnTheSet) {
     EXPECT_THAT(collected.GetAll(partition, "PrimaryPartition"), ElementsAre("true"));
 }
 
-TEST(DiskPartitions, OfASetWithoutMappedPartitionsAreThoseOfItsFirstPath) {
+TEST(DiskPartitions, FallBackToTheFirstPathOfASetWithoutMappedPartitions) {
     TCollected collected;
     Collect(MultipathSet(), collected);
     EXPECT_THAT(collected.GetAll(partition, "ElementName"), ElementsAre("sda1"));
     EXPECT_THAT(collected.GetAll(partition, "Description"), ElementsAre("Partition 1 of my set"));
 }
 
-TEST(DiskPartitions, OfOtherDisksAreNotTakenForThoseOfASet) {
+TEST(DiskPartitions, KeepOtherDisksApartFromAMultipathSet) {
     TCollected collected;
     Collect(MultipathSet() + KernelPartition("sdc", "sdc1", 1, "5678-01"), collected);
     EXPECT_THAT(collected.GetAll(partition, "ElementName"), ElementsAre("sdc1", "sda1"));
 }
 
-TEST(DiskPartitions, OfACachedDiskAreListedAndTheCachedDiskIsNot) {
+TEST(DiskPartitions, ListThePartitionsOfACachedDiskOnce) {
     TCollected collected;
     Collect(
         "/sys/block/bcache0 -> ../devices/virtual/block/bcache0\n"
@@ -77,7 +77,7 @@ TEST(DiskPartitions, OfACachedDiskAreListedAndTheCachedDiskIsNot) {
     EXPECT_THAT(collected.GetAll("KELSG_LogicalDisk", "ElementName"), IsEmpty());
 }
 
-TEST(DiskPartitions, OfALogicalVolumeAreThoseThatTheDeviceMapperHas) {
+TEST(DiskPartitions, ListTheMappedPartitionsOfALogicalVolume) {
     const std::string uuid = "LVM-" + std::string(64, 'x');
     TCollected collected;
     Collect("/sys/block/dm-0/dm/name = vg0-guest\n/sys/block/dm-0/dm/uuid = " + uuid +

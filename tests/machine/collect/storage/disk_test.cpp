@@ -38,7 +38,7 @@ std::string Driver(int host, const std::string& name) {
     return "/sys/class/scsi_host/host" + std::to_string(host) + "/proc_name = " + name + "\n";
 }
 
-TEST(Disks, OfHypervisorsAndEmulatorsAreOfTheGeneralClass) {
+TEST(Disks, HaveTheGeneralClassIfAHypervisorEmulatesThem) {
     TCollected collected;
     Collect(ScsiDisk("sda", 0, {"vendor = QEMU", "model = QEMU HARDDISK"}) +
                 ScsiDisk("sdb", 1, {"vendor = Msft", "model = Virtual Disk"}) +
@@ -53,7 +53,7 @@ TEST(Disks, OfHypervisorsAndEmulatorsAreOfTheGeneralClass) {
 }
 
 // A captured tree may hold nothing of the adapter but its place.
-TEST(Disks, BelowAVirtioDeviceAreVirtualByTheirPathAlone) {
+TEST(Disks, AreVirtualBelowAVirtioDevice) {
     TCollected collected;
     Collect(
         "/sys/block/sda -> ../devices/pci0000:00/0000:00:08.0/virtio5/host0/target0:0:0/0:0:0:0/block/sda\n"
@@ -82,7 +82,7 @@ std::string DescribeDisk(const std::string& tree) {
            collected.Get(isPhysical ? physical : other, "Description");
 }
 
-TEST(Disks, ThatAManagementControllerEmulatesAreToldByTheirNames) {
+TEST(Disks, AreEmulatedByAManagementControllerByTheirNames) {
     const std::vector<std::pair<std::string, std::string>> names = {
         {"iDRAC", "Virtual Floppy"},   {"iDRAC", "LCDRIVE"},          {"HP", "Virtual Floppy"},
         {"HP iLO", "LUN 00 Media 0"},  {"AMI", "Virtual HDISK0"},     {"ATEN", "Virtual Disk"},
@@ -96,7 +96,7 @@ TEST(Disks, ThatAManagementControllerEmulatesAreToldByTheirNames) {
     }
 }
 
-TEST(Disks, ThatAManagementControllerEmulatesAreToldByTheirUsbVendor) {
+TEST(Disks, AreEmulatedByAManagementControllerByTheirUsbVendor) {
     for (const char* vendorId : {"046b", "0557", "0624", "14dd"}) {
         EXPECT_EQ(DescribeDisk(UsbDisk("sda", vendorId, {"vendor = Any", "model = Drive"})),
                   "other: USB virtual disk")
@@ -104,7 +104,7 @@ TEST(Disks, ThatAManagementControllerEmulatesAreToldByTheirUsbVendor) {
     }
 }
 
-TEST(Disks, OnUsbArePhysicalUnlessAManagementControllerIsNamed) {
+TEST(Disks, ArePhysicalOnUsbUnlessAManagementControllerIsNamed) {
     for (const char* model : {"Storage", "iLO Internal SD-CARD", "NonVirtual Disk"}) {
         EXPECT_EQ(DescribeDisk(UsbDisk("sda", "0781", {"vendor = HP", std::string("model = ") + model})),
                   "physical: USB disk drive")
@@ -113,7 +113,7 @@ TEST(Disks, OnUsbArePhysicalUnlessAManagementControllerIsNamed) {
 }
 
 // Storage arrays call their volumes virtual disks, too.
-TEST(Disks, OnOtherBusesAreNotTakenForThoseOfAManagementController) {
+TEST(Disks, AreEmulatedByAManagementControllerOnUsbOnly) {
     EXPECT_EQ(DescribeDisk(ScsiDisk("sda", 0, {"vendor = ARRAY", "model = Virtual Disk"})),
               "physical: SCSI disk drive");
 }
@@ -132,13 +132,13 @@ TEST(Disks, AreDescribedAsHardDisksOrSolidStateDrives) {
               "physical: NVMe solid-state drive");
 }
 
-TEST(Disks, ThatAreVirtualAreNotSaidToRotate) {
+TEST(Disks, HaveNoRotationIfTheyAreVirtual) {
     EXPECT_EQ(DescribeDisk("/sys/block/vda/size = 8\n" + Rotational("vda", "1")),
               "other: virtio virtual disk");
 }
 
 // Sticks and card readers have the kernel's default.
-TEST(Disks, ForRemovableMediaAreNotSaidToRotate) {
+TEST(Disks, HaveNoRotationIfTheirMediaAreRemovable) {
     EXPECT_EQ(DescribeDisk("/sys/block/sda/removable = 1\n" + Rotational("sda", "1")),
               "physical: SCSI disk drive");
     EXPECT_EQ(DescribeDisk("/sys/block/sda/removable = 1\n" + Rotational("sda", "0")),
@@ -153,19 +153,19 @@ std::string NameSpace(const std::string& transport) {
            "/model = SAMPLE\n";
 }
 
-TEST(Disks, OfNvmeOverFabricsAreNoPhysicalDisks) {
+TEST(Disks, AreNotPhysicalOverFabrics) {
     for (const char* transport : {"tcp", "rdma", "fc", "loop"}) {
         EXPECT_EQ(DescribeDisk(NameSpace(transport)), "other: NVMe network disk") << transport;
     }
     EXPECT_EQ(DescribeDisk(NameSpace("pcie")), "physical: NVMe disk drive");
 }
 
-TEST(Disks, OfNvmeOverFabricsAreToldByTheirPathWithoutATransport) {
+TEST(Disks, AreRecognisedAsOverFabricsByTheirPathWithoutATransport) {
     EXPECT_EQ(DescribeDisk("/sys/block/nvme0n1 -> ../devices/virtual/nvme-fabrics/ctl/nvme0/nvme0n1\n"),
               "other: NVMe network disk");
 }
 
-TEST(Disks, OfAMultipathHeadHaveTheTransportOfItsControllers) {
+TEST(Disks, HaveTheTransportOfTheControllersOfTheirMultipathHead) {
     const auto head = [](const std::string& transport) {
         const std::string subsystem = "/sys/devices/virtual/nvme-subsystem/nvme-subsys0";
         return "/sys/block/nvme0n1 -> " + subsystem + "/nvme0n1\n" + subsystem +
@@ -177,7 +177,7 @@ TEST(Disks, OfAMultipathHeadHaveTheTransportOfItsControllers) {
     EXPECT_EQ(DescribeDisk(head("pcie")), "physical: NVMe disk drive");
 }
 
-TEST(Disks, OfAnIscsiSessionAreNoPhysicalDisks) {
+TEST(Disks, AreNotPhysicalInAnIscsiSession) {
     EXPECT_EQ(DescribeDisk("/sys/block/sda -> "
                            "../devices/platform/host3/session1/target3:0:0/3:0:0:1/block/sda\n"),
               "other: iSCSI network disk");
@@ -200,7 +200,7 @@ std::string ClassOf(const std::string& driver, int channel) {
     return classes;
 }
 
-TEST(Disks, BehindAHostThatDoesNotNameItsDriverAreToldByTheDriverOfTheAdapter) {
+TEST(Disks, FallBackToTheAdaptersDriver) {
     const std::string disk = Disk("sda", "0000:00:05.0/host0/target0:2:0/0:2:0:0", "scsi", {"model = Disk"});
     const std::string driver =
         "/sys/devices/pci0000:00/0000:00:05.0/driver -> ../../../bus/pci/drivers/megaraid_sas\n";
@@ -212,7 +212,7 @@ TEST(Disks, BehindAHostThatDoesNotNameItsDriverAreToldByTheDriverOfTheAdapter) {
     }
 }
 
-TEST(Disks, BehindRaidAdaptersAreToldFromVolumesByDriverAndChannel) {
+TEST(Disks, DifferFromRaidVolumesByDriverAndChannel) {
     EXPECT_EQ(ClassOf("megaraid_sas", 0), physical);
     EXPECT_EQ(ClassOf("megaraid_sas", 1), physical);
     EXPECT_EQ(ClassOf("megaraid_sas", 2), "KELSG_LSILogicalDisk");
@@ -230,7 +230,7 @@ TEST(Disks, BehindRaidAdaptersAreToldFromVolumesByDriverAndChannel) {
     EXPECT_EQ(ClassOf("ahci", 0), physical);
 }
 
-TEST(Disks, OfSmartArraysSayThemselvesWhetherTheyAreVolumes) {
+TEST(Disks, AreVolumesOfSmartArraysByTheirOwnAttribute) {
     TCollected collected;
     Collect(ScsiDisk("sda", 0, {"model = VOLUME", "raid_level = RAID-1(+0)"}) +
                 ScsiDisk("sdb", 1, {"model = DISK", "raid_level = N/A"}),
@@ -260,7 +260,7 @@ TEST(Disks, AreFoundByNameWhereATreeHasNoLinks) {
     EXPECT_THAT(collected.GetAll(physical, "DeviceID"), ElementsAre("nvme0n1", "sda"));
 }
 
-TEST(Disks, HiddenBehindAMultipathHeadAreNotCountedTwice) {
+TEST(Disks, AreListedOnceOnAMultipathHead) {
     TCollected collected;
     Collect(
         "/sys/block/nvme0n1 -> ../devices/virtual/nvme-subsystem/nvme-subsys0/nvme0n1\n"
@@ -272,7 +272,7 @@ TEST(Disks, HiddenBehindAMultipathHeadAreNotCountedTwice) {
     EXPECT_THAT(collected.GetAll(physical, "DeviceID"), ElementsAre("eui.0025388b01a2b3c4"));
 }
 
-TEST(Disks, WithoutMediumHaveNoSizes) {
+TEST(Disks, HaveNoSizesWithoutAMedium) {
     TCollected collected;
     Collect(
         "/sys/block/sda/size = 0\n/sys/block/sda/removable = 1\n"
@@ -290,7 +290,7 @@ TEST(Disks, AreMeasuredInKilobytesOfAThousandBytesRoundedDown) {
     EXPECT_EQ(collected.Get(physical, "MaxMediaSize"), "1000204886");
 }
 
-TEST(Disks, OfAtaHaveTheirWholeModelFromThePageThatHoldsIt) {
+TEST(Disks, HaveTheirWholeAtaModelFromItsPage) {
     TCollected collected;
     Collect(ScsiDisk("sda", 0,
                      {"vendor = ATA", "model = SAMPLE HD 1000-1",
@@ -301,7 +301,7 @@ TEST(Disks, OfAtaHaveTheirWholeModelFromThePageThatHoldsIt) {
 }
 
 // The kernel makes the attribute for every SCSI device and refuses to show it for one without such a name.
-TEST(DiskKeys, AWorldWideNameThatTheKernelHasNoValueForIsNoFailure) {
+TEST(DiskKeys, IgnoreAWorldWideNameWithoutAValue) {
     TMachine machine = ParseMachineTree(
         ScsiDisk("sda", 0, {"wwid = unread", "model = Disk", "vpd_pg80 bytes:\n| 00 80 00 02 \"S1\""}));
     machine.files.AddRefusal("/sys/devices/pci0000:00/0000:00:05.0/host0/target0:0:0/0:0:0:0/wwid",
@@ -325,7 +325,7 @@ TEST(DiskKeys, PreferTheWorldWideNameThenTheSerialNumberThenThePosition) {
                 ElementsAre("naa.5000c5001234abcd", "S2", "0000:00:05.0/host-3/0:0:0"));
 }
 
-TEST(DiskKeys, OfNameSpacesOfOneControllerCarryTheirNumber) {
+TEST(DiskKeys, IncludeTheNumberOfANamespace) {
     TCollected collected;
     const std::string controller = "/sys/devices/pci0000:00/0000:00:06.0/nvme/nvme0";
     Collect("/sys/block/nvme0n1 -> " + controller + "/nvme0n1\n/sys/block/nvme0n2 -> " + controller +
@@ -336,7 +336,7 @@ TEST(DiskKeys, OfNameSpacesOfOneControllerCarryTheirNumber) {
     EXPECT_THAT(collected.GetAll(physical, "DeviceID"), ElementsAre("SN7-n1", "SN7-n2"));
 }
 
-TEST(DiskKeys, StayTheSameWhenTheKernelNumbersEverythingAnew) {
+TEST(DiskKeys, DoNotDependOnTheKernelsNumbers) {
     const auto key = [](const std::string& name, const std::string& way) {
         TCollected collected;
         Collect(Disk(name, way, "scsi", {}), collected);

@@ -28,12 +28,12 @@ TRedundancy Copies(std::uint16_t dataCopies, std::uint16_t sparePackages) {
     return {dataCopies, sparePackages};
 }
 
-TEST(FindArrayRedundancy, OfStripesIsNone) {
+TEST(FindArrayRedundancy, IsZeroForStripes) {
     EXPECT_EQ(FindArrayRedundancy({"raid0", 4, std::nullopt}), Copies(1, 0));
     EXPECT_EQ(FindArrayRedundancy({"linear", 2, std::nullopt}), Copies(1, 0));
 }
 
-TEST(FindArrayRedundancy, OfAMirrorCountsTheDisksThatAreInStep) {
+TEST(FindArrayRedundancy, CountsTheSynchronisedDisksOfAMirror) {
     EXPECT_EQ(FindArrayRedundancy({"raid1", 3, 0}), Copies(3, 2));
     EXPECT_EQ(FindArrayRedundancy({"raid1", 3, 2}), Copies(1, 0));
     EXPECT_EQ(FindArrayRedundancy({"raid1", 2, 2}), unknown);
@@ -41,7 +41,7 @@ TEST(FindArrayRedundancy, OfAMirrorCountsTheDisksThatAreInStep) {
     EXPECT_EQ(FindArrayRedundancy({"raid1", std::nullopt, 0}), unknown);
 }
 
-TEST(FindArrayRedundancy, OfParityIsWhatIsLeftOfIt) {
+TEST(FindArrayRedundancy, SubtractsMissingDisksFromTheParity) {
     EXPECT_EQ(FindArrayRedundancy({"raid4", 3, 0}), Copies(1, 1));
     EXPECT_EQ(FindArrayRedundancy({"raid5", 3, 1}), Copies(1, 0));
     EXPECT_EQ(FindArrayRedundancy({"raid6", 4, 1}), Copies(1, 1));
@@ -49,7 +49,7 @@ TEST(FindArrayRedundancy, OfParityIsWhatIsLeftOfIt) {
     EXPECT_EQ(FindArrayRedundancy({"raid5", 3, std::nullopt}), (TRedundancy{1, std::nullopt}));
 }
 
-TEST(FindArrayRedundancy, OfStripedMirrorsIsInTheLayoutUntilADiskIsLost) {
+TEST(FindArrayRedundancy, ReadsTheLayoutOfStripedMirrorsUntilADiskIsLost) {
     EXPECT_EQ(FindArrayRedundancy({"raid10", 4, 0, 0x102}), Copies(2, 1));
     EXPECT_EQ(FindArrayRedundancy({"raid10", 6, 0, 0x203}), Copies(6, 5));
     EXPECT_EQ(FindArrayRedundancy({"raid10", 4, 1, 0x102}), unknown);
@@ -57,12 +57,12 @@ TEST(FindArrayRedundancy, OfStripedMirrorsIsInTheLayoutUntilADiskIsLost) {
     EXPECT_EQ(FindArrayRedundancy({"raid10", 4, 0, 0}), unknown);
 }
 
-TEST(FindArrayRedundancy, OfOtherLevelsIsUnknown) {
+TEST(FindArrayRedundancy, IsUnknownForOtherLevels) {
     EXPECT_EQ(FindArrayRedundancy({"multipath", 2, 0}), unknown);
     EXPECT_EQ(FindArrayRedundancy({"", 2, 0}), unknown);
 }
 
-TEST(FindArrayStatus, IsThatOfTheStateUnlessDisksAreLost) {
+TEST(FindArrayStatus, FollowsTheStateUnlessDisksAreLost) {
     EXPECT_THAT(*FindArrayStatus("clean", 0, "idle"), ElementsAre(2));
     EXPECT_THAT(*FindArrayStatus("read-auto", 0, ""), ElementsAre(2));
     EXPECT_THAT(*FindArrayStatus("active", 1, "idle"), ElementsAre(3));
@@ -73,7 +73,7 @@ TEST(FindArrayStatus, IsThatOfTheStateUnlessDisksAreLost) {
     EXPECT_EQ(FindArrayStatus("", 0, ""), std::nullopt);
 }
 
-TEST(FindRaidVolumeStatus, KnowsTheWordsOfTheKernelsClass) {
+TEST(FindRaidVolumeStatus, MapsEveryWordOfTheKernelsClass) {
     EXPECT_THAT(*FindRaidVolumeStatus("active"), ElementsAre(2));
     EXPECT_THAT(*FindRaidVolumeStatus("degraded"), ElementsAre(3));
     EXPECT_THAT(*FindRaidVolumeStatus("resyncing"), ElementsAre(3));
@@ -82,7 +82,7 @@ TEST(FindRaidVolumeStatus, KnowsTheWordsOfTheKernelsClass) {
     EXPECT_EQ(FindRaidVolumeStatus("running"), std::nullopt);
 }
 
-TEST(ArrayUuidFromUdev, HasTheFormOfTheKernels) {
+TEST(ArrayUuidFromUdev, HasTheKernelsForm) {
     EXPECT_EQ(ArrayUuidFromUdev("11111111:22222222:33333333:44444444", "1.2"),
               "11111111-2222-2222-3333-333344444444");
     EXPECT_EQ(ArrayUuidFromUdev("01234567:89abcdef:01234567:89abcdef", "0.90"),
@@ -92,7 +92,7 @@ TEST(ArrayUuidFromUdev, HasTheFormOfTheKernels) {
     EXPECT_EQ(ArrayUuidFromUdev("1111111g:22222222:33333333:44444444", "1.2"), std::nullopt);
 }
 
-TEST(FindMapperKind, TellsWhatPeopleWorkWithFromLayers) {
+TEST(FindMapperKind, SeparatesVolumesFromInternalLayers) {
     const std::string uuid = "LVM-" + std::string(64, 'x');
     const auto describe = [](const std::string& id, const std::string& name) {
         const auto kind = FindMapperKind(id, name);
@@ -135,7 +135,7 @@ TEST(FindMapperPartition, ReadsNumberAndUuidOfTheWhole) {
     }
 }
 
-TEST(LogicalDisks, OfLvmHaveTheNamesThatPeopleGaveAndKeysOfTheMappersName) {
+TEST(LogicalDisks, HaveLvmNamesAndKeysOfTheMappersName) {
     const std::string uuids(64, 'x');
     TCollected collected;
     Collect(
@@ -146,7 +146,7 @@ TEST(LogicalDisks, OfLvmHaveTheNamesThatPeopleGaveAndKeysOfTheMappersName) {
     EXPECT_THAT(collected.GetAll(logical, "DeviceID"), ElementsAre(uuids, "CRYPT-PLAIN-my\\x20disk"));
 }
 
-TEST(LogicalDisks, OfLvmHaveTheUuidsOfGroupAndVolumeAsTheirKey) {
+TEST(LogicalDisks, HaveTheLvmUuidsOfGroupAndVolumeAsTheirKey) {
     const std::string uuids(64, 'x');
     TCollected collected;
     Collect("/sys/block/dm-0/dm/name = vg0-home\n/sys/block/dm-0/dm/uuid = LVM-" + uuids + "\n", collected);
@@ -161,7 +161,7 @@ std::string Array(const std::string& name, const std::string& metadataVersion) {
 }
 
 // A container, an array in it, the same while it may only be read, and two of md's own formats.
-TEST(LogicalDisks, AreTheArraysInContainersNotTheContainers) {
+TEST(LogicalDisks, ListArraysInContainersButNotTheContainers) {
     TCollected collected;
     Collect(Array("md127", "external:imsm") + Array("md126", "external:/md127/0") +
                 Array("md125", "external:-md127/1") + Array("md1", "1.2") + Array("md0", "none"),
@@ -169,7 +169,7 @@ TEST(LogicalDisks, AreTheArraysInContainersNotTheContainers) {
     EXPECT_THAT(collected.GetAll(logical, "ElementName"), ElementsAre("md0", "md1", "md125", "md126"));
 }
 
-TEST(LogicalDisks, ThatLieOnEachOtherInACircleAreCollected) {
+TEST(LogicalDisks, AreCollectedIfTheirLayersFormACircle) {
     TCollected collected;
     Collect(
         "/sys/block/dm-0/dm/uuid = mpath-a\n/sys/block/dm-0/slaves/dm-1/size = 1\n"
@@ -178,7 +178,7 @@ TEST(LogicalDisks, ThatLieOnEachOtherInACircleAreCollected) {
     EXPECT_THAT(collected.GetAll(logical, "DataRedundancy"), ElementsAre("absent", "absent"));
 }
 
-TEST(LogicalDisks, WithTheSameUuidAreToldApartByNameAndNoted) {
+TEST(LogicalDisks, HaveTheirNamesInTheKeyIfTheirUuidsAreEqual) {
     TCollected collected;
     Collect(
         "/sys/block/dm-0/dm/uuid = mpath-a\n/sys/block/dm-0/dm/name = one\n"
@@ -218,7 +218,7 @@ std::set<std::string> NeverSet(const std::vector<const char*>& classNames) {
     return unset;
 }
 
-TEST(RemovableDrives, HaveEveryPropertyButWhatOnlyTheDriveKnows) {
+TEST(RemovableDrives, HaveEveryPropertyThatTheKernelHas) {
     EXPECT_THAT(NeverSet({"KELSG_DisketteDrive", "KELSG_TapeDrive", "KELSG_CDROMDrive", "KELSG_DVDDrive"}),
                 ElementsAre("LoadTime", "MaxAccessTime", "MediaIsLocked", "MountCount", "NeedsCleaning",
                             "TimeOfLastMount", "TotalMountTime", "UnloadTime"));
