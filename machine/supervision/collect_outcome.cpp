@@ -11,8 +11,7 @@ void Append(std::vector<std::string>& all, const std::vector<std::string>& more)
 
 void SortAndDeduplicate(std::vector<std::string>& texts) {
     std::ranges::sort(texts);
-    const auto repeated = std::ranges::unique(texts);
-    texts.erase(repeated.begin(), repeated.end());
+    texts.erase(std::unique(texts.begin(), texts.end()), texts.end());
 }
 
 // Each process that reads a malformed source warns about it.

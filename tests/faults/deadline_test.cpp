@@ -137,7 +137,7 @@ class TDeadlineOfCollectors : public TDeadline {
         }
         for (auto& [name, paths] : reads) {
             if (paths.front() == "/sys/devices/system/cpu") {
-                std::ranges::rotate(paths, paths.begin() + 1);
+                std::rotate(paths.begin(), paths.begin() + 1, paths.end());
             }
         }
         return reads;
