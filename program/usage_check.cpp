@@ -119,7 +119,7 @@ class TWordCheck {
         if (rest_.empty()) {
             Refuse(name + " requires a value: " + option.get_type_name());
         }
-        const std::string value = rest_.front();
+        std::string value = rest_.front();
         rest_ = rest_.subspan(1);
         return value;
     }
