@@ -13,7 +13,7 @@
 /// Errors:  every failure is a return value (null, false, -1, end-of-file); nothing throws.
 /// Buffer:  get and put area share one buffer of 8192 characters, allocated only while a file is open, unless
 ///          `setbuf` chose another. The put area is one character shorter, so that `overflow` always has
-///          room for its character. There is no putback area.
+///          room for its character. No character can be put back.
 /// Threads: one thread at a time.
 class gzfilebuf : public std::streambuf {
   public:

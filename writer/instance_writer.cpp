@@ -20,7 +20,7 @@ namespace {
 
 struct TBoundRow {
     TPropertyBinding property;
-    EValueOrigin origin;  // of the source name
+    EValueOrigin origin;  // origin of the source name
 };
 
 /// A class of the catalogue, prepared once for all its instances.

@@ -348,8 +348,8 @@ std::string TIdentityTexts::Replace(std::string_view text, ETextContext context)
 TIdentityCounts TIdentityTexts::CountIdentities() const {
     std::set<std::pair<EIdentityKind, std::string>> different;
     for (const TIdentity& identity : identities_) {
-        const bool isHost =
-            identity.kind == EIdentityKind::hostName;  // the same host with and without its domain
+        // A host name with its domain and one without it may name one host.
+        const bool isHost = identity.kind == EIdentityKind::hostName;
         different.insert({identity.kind, isHost
                                              ? ToCanonical(identity.text.substr(0, identity.text.find('.')))
                                              : identity.canonical});

@@ -19,7 +19,7 @@ struct TEdid {
     std::optional<std::uint16_t> year;          ///< of manufacture, or of the model if `isModelYear`
     std::optional<std::uint8_t> week;           ///< of manufacture, from 1 to 54
     bool isModelYear = false;
-    std::optional<std::uint16_t> widthMillimetres;   ///< of the picture; absent for projectors
+    std::optional<std::uint16_t> widthMillimetres;   ///< width of the picture; absent for projectors
     std::optional<std::uint16_t> heightMillimetres;  ///< present together with the width
 };
 

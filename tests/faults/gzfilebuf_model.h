@@ -56,7 +56,7 @@ class TGzFileBufModel {
 
     std::vector<char> storage_;
     bool isUsers_ = false;
-    std::size_t nextSize_ = 8192;  // of the next own buffer; 0 for the unbuffered state
+    std::size_t nextSize_ = 8192;  // size of the next own buffer; 0 for the unbuffered state
     bool hasPutArea_ = false;
     std::size_t pending_ = 0;  // exceeds the put area after a character was stored that could not be written
     std::size_t getAt_ = 0;

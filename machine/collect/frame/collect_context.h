@@ -19,7 +19,7 @@ struct TCollectContext {
     TMemoryNamespace& target;
     /// Time of the collection, with the zone for local times; absent if unknown, as on a captured tree.
     std::optional<TCIMDateTime> localTime;
-    /// Null if there is no database; devices are then named by their class and numbers.
+    /// Source of device names. If it is null, devices are named by their class and numbers.
     const IDeviceNames* deviceNames = nullptr;
 };
 

@@ -34,8 +34,8 @@ std::optional<TOperationalStatus> FindArrayStatus(std::string_view arrayState, s
 /// reserved codes.
 std::optional<TOperationalStatus> FindProcessorStatus(std::uint8_t status);
 
-/// Maps the worst of the states of an SMBIOS chassis structure. "Unknown" counts only if there is no other;
-/// nullopt if all states are absent or reserved.
+/// Maps the worst state of an SMBIOS chassis structure to a CIM status. "Unknown" is ignored if another state
+/// is present. Returns nullopt if all states are absent or reserved.
 std::optional<TOperationalStatus> FindChassisStatus(const std::vector<std::optional<std::uint8_t>>& states);
 
 }  // namespace NVORHOST

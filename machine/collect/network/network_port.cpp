@@ -1,6 +1,6 @@
-// CIM_EthernetPort, CIM_WiFiPort, CIM_IBPort: one instance per port of a device, by its kind;
-// CIM_NetworkPort: one per other port, such as a bridge, bond, VLAN, tunnel or modem. They are in the order
-// of the interface names; the loopback interface is left out.
+// Collects the ports of network devices as CIM_EthernetPort, CIM_WiFiPort or CIM_IBPort, and all others, such
+// as bridges, bonds, VLANs, tunnels and modems, as CIM_NetworkPort, sorted by interface name. The loopback
+// interface is not collected.
 #include "machine/collect/frame/attribute.h"
 #include "machine/collect/frame/collection.h"
 #include "machine/collect/frame/collector.h"

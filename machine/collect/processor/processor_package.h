@@ -16,9 +16,9 @@ class TCollection;
 struct TProcessorPackage {
     std::uint32_t id = 0;                      ///< physical_package_id
     std::uint32_t firstCpu = 0;                ///< its lowest online processor; its lowest if none is online
-    std::optional<TLogicalProcessor> info;     ///< of `firstCpu`; absent if /proc/cpuinfo lacks it
-    std::optional<std::uint32_t> maxClockMHz;  ///< of the package's fastest core, from cpufreq
-    std::optional<std::uint32_t> currentClockMHz;  ///< of `firstCpu`, from cpufreq, else from cpuinfo
+    std::optional<TLogicalProcessor> info;     ///< entry of `firstCpu`; absent if /proc/cpuinfo lacks it
+    std::optional<std::uint32_t> maxClockMHz;  ///< clock of the fastest core, from cpufreq
+    std::optional<std::uint32_t> currentClockMHz;  ///< clock of `firstCpu`, from cpufreq or else cpuinfo
     std::optional<std::string> inventoryNumber;    ///< the package's ppin, readable for root only
     bool isOnline = true;                          ///< true if at least one of its processors is online
 };

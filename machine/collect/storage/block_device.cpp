@@ -24,7 +24,7 @@ struct TBlockDevice {
     const ISystemFiles& files;
     std::string kernelName;
     std::string path;        // "/sys/block/sda"
-    std::string devicePath;  // path below /sys/devices; empty if there is no link
+    std::string devicePath;  // path below /sys/devices; empty if the tree has no links
     std::optional<std::string> scsiHostDriver;
 
     std::optional<std::string> Read(std::string_view attribute) const {

@@ -70,7 +70,7 @@ struct TWhole {
     std::optional<std::uint64_t> blockSizeBytes;
     std::optional<TOperationalStatus> operationalStatus;
     TRedundancy redundancy;
-    std::optional<std::string> mapperUuid;  // of a device mapper volume
+    std::optional<std::string> mapperUuid;  // device mapper UUID; absent for other volumes
     std::vector<std::string> paths;         // kernel names of the paths of a multipath set, else empty
 };
 
@@ -336,7 +336,7 @@ std::vector<TWhole> FindWholes(TCollection& collection) {
 struct TPartitions {
     std::vector<TWhole> wholes;
     std::vector<TPartitionSource> sources;  // refer to the wholes
-    std::vector<std::string> keys;          // of the sources, in their order
+    std::vector<std::string> keys;          // one key for each source, in the same order
 };
 
 TPartitions ReadPartitions(TCollection& collection) {

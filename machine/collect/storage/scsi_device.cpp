@@ -85,7 +85,7 @@ std::optional<std::string> ReadUsbSerial(const TScsiDevice& device) {
 }
 
 struct TTransport {
-    std::string_view part;  // of the device's path
+    std::string_view part;  // part of a device path that identifies the transport
     std::string_view name;
 };
 

@@ -204,9 +204,9 @@ TFoundVolume MakeFound(TSoftwareVolume volume, std::optional<std::string> identi
     return {std::move(volume), std::move(keySource)};
 }
 
-// A container groups the arrays of a firmware format and holds no data itself: "external:imsm". The version
-// of an array in a container names the container: "external:/md127/0", or "external:-md127/0" while the array
-// is read-only.
+// A container groups the arrays of a firmware format and holds no data itself; its version is
+// "external:imsm". An array in it has a version that names the container: "external:/md127/0", or
+// "external:-md127/0" while the array is read-only.
 bool IsContainer(std::string_view metadataVersion) {
     constexpr std::string_view prefix = "external:";
     return metadataVersion.starts_with(prefix) && !metadataVersion.substr(prefix.size()).starts_with('/') &&

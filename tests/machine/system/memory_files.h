@@ -30,7 +30,7 @@ class TMemoryFiles final : public ISystemFiles {
 
     struct TNode {
         EKind kind = EKind::folder;
-        std::string bytes;  // of a file; of a link its target
+        std::string bytes;  // content of a file, target of a link
         EReadStatus refusal = EReadStatus::ok;
     };
 
