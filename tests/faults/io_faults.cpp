@@ -4,6 +4,7 @@
 //   NOXINFO_FAULT=write:3:ENOSPC    the third call of that kind; "3+" for every one from the third on
 //   NOXINFO_FAULT_PATHS=/a:/b       only calls for paths at or below one of these count
 //   NOXINFO_FAULT_REPORT=/file      receives "KIND PATH" of the first failed call
+//   NOXINFO_WITHOUT_OPENAT2=1       openat2 fails with ENOSYS, as in kernels before 5.6
 //
 // Kinds: open (and openat2 by itself), create, mkdir, list, readlink, stat, read, write, close, rename,
 // chmod, unlink, sync, lock, chdir. Besides errors there are these effects. SHORT: read or write transfers
@@ -310,6 +311,10 @@ NOXINFO_PRELOADED long syscall(long number, ...) noexcept {
         argument = va_arg(arguments, long);
     }
     va_end(arguments);
+    if (number == SYS_openat2 && !Environment("NOXINFO_WITHOUT_OPENAT2").empty()) {
+        errno = ENOSYS;
+        return -1;
+    }
     for (const char* kind : {"open", "openat2"}) {
         if (number == SYS_openat2 && MeetPath(kind, reinterpret_cast<const char*>(rest[1]),
                                               static_cast<int>(rest[0])) == EFate::fails) {

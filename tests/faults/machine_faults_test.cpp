@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <iostream>
+#include <map>
 #include <sstream>
 #include <string>
 
@@ -41,8 +42,8 @@ class TMachineFaults : public testing::TestWithParam<const char*> {
             {{"collect", "--sysroot", Tree(), "--directory", folder_ / "target", "--log-file",
               folder_ / "run.log", "--local-time", "20240229134500.000000+060", "--reachability", "no"},
              "",
-             {}},
-            fault, Tree());
+             environment_},
+            fault, watched_.empty() ? Tree() : Tree() + watched_);
     }
 
     /// Calls `check` with a run for every call of the kind. `check` returns the failure, or an empty text.
@@ -62,14 +63,27 @@ class TMachineFaults : public testing::TestWithParam<const char*> {
     /// Returns the path on the machine, "" for its root.
     std::string OnMachine(const std::string& path) const { return path.substr(Tree().size()); }
 
-    // The log has the path that was requested; the failed call may have been for the target of a link in it.
-    bool LogTellsOf(const std::string& path) const {
+    // True if resolving `requested` opens `opened` or a folder below it. Without openat2, and while anything
+    // on the system is renamed, the program opens each folder on a path.
+    static bool LeadsThrough(const fs::path& requested, const fs::path& opened) {
+        for (fs::path part = requested; part.has_relative_path(); part = part.parent_path()) {
+            const fs::path place = fs::weakly_canonical(part.parent_path()) / part.filename();
+            for (const fs::path& way : {part, place, fs::weakly_canonical(part)}) {
+                if (std::ranges::mismatch(opened, way).in1 == opened.end()) {
+                    return true;
+                }
+            }
+        }
+        return false;
+    }
+
+    // The log has the path that was requested; the failed call may have been for another file on its way.
+    bool LogReports(const std::string& path) const {
         std::istringstream log(ReadFile(folder_ / "run.log"));
         const std::string words = ": cannot read ";
         for (std::string line; std::getline(log, line);) {
             const std::size_t at = line.find(words);
-            const fs::path told = at == std::string::npos ? "" : Tree() + line.substr(at + words.size());
-            if (told == path || fs::weakly_canonical(told) == path) {
+            if (at != std::string::npos && LeadsThrough(Tree() + line.substr(at + words.size()), path)) {
                 return true;
             }
         }
@@ -81,13 +95,15 @@ class TMachineFaults : public testing::TestWithParam<const char*> {
         if (run.result.status != 0) {
             return "status " + std::to_string(run.result.status) + ": " + run.result.standardError;
         }
-        if (LogTellsOf(run.path) || run.result.standardOutput.find("Unread") != std::string::npos) {
-            return "is told";
+        if (LogReports(run.path) || run.result.standardOutput.find("Unread") != std::string::npos) {
+            return "is reported";
         }
         return Document() == faultless_ ? "" : "another document: " + Document();
     }
 
     TTemporaryDirectory folder_;
+    std::map<std::string, std::string> environment_;
+    std::string watched_;  // folder on the machine whose calls count; empty for all of it
     std::string faultless_;
 };
 
@@ -122,7 +138,7 @@ TEST_P(TErrorsOfMachines, EndTheCollectionOrAreReported) {
         if (run.result.status != 0 || !Document().ends_with("</ResourceCollection>\n")) {
             return "ends: " + run.result.standardError;
         }
-        if (LogTellsOf(run.path)) {
+        if (LogReports(run.path)) {
             return run.result.standardOutput.find("\nUnread      1 source could not be read: /") !=
                            std::string::npos
                        ? ""
@@ -134,6 +150,30 @@ TEST_P(TErrorsOfMachines, EndTheCollectionOrAreReported) {
 
 INSTANTIATE_TEST_SUITE_P(Call, TErrorsOfMachines, testing::Values("open", "list", "readlink", "read"),
                          [](const auto& value) { return std::string(value.param); });
+
+class TErrorsOfWalks : public TMachineFaults {
+  protected:
+    TErrorsOfWalks() {
+        environment_ = {{"NOXINFO_WITHOUT_OPENAT2", "1"}};
+        watched_ = "/sys/devices";
+    }
+};
+
+// A failure to open a folder on the way to a file is one to open the file.
+TEST_P(TErrorsOfWalks, EndTheCollectionOrAreReported) {
+    FailEachCall("EIO", [this](const TFaultedRun& run) -> std::string {
+        if (run.result.status != 0) {
+            return run.result.standardError == "noxinfo: cannot collect from " + Tree() +
+                                                   ": /sys/devices/system/cpu: Input/output error\n" &&
+                           std::string("/sys/devices/system/cpu").starts_with(OnMachine(run.path))
+                       ? ""
+                       : "ends: " + run.result.standardError;
+        }
+        return LogReports(run.path) ? "" : "is lost in silence";
+    });
+}
+
+INSTANTIATE_TEST_SUITE_P(Call, TErrorsOfWalks, testing::Values("open"));
 
 class TExhaustionOfMachines : public TMachineFaults {
   protected:
