@@ -20,7 +20,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     NVORHOST::TMemoryNamespace loaded;
     try {
         NVORHOST::LoadNamespaceFromText("input", AsText(data, size), loaded);
-    } catch (const NVORHOST::TCimXmlError&) {
+    } catch (const NVORHOST::TDocumentError&) {
         Require(loaded.GetClasses().empty(), "a refused document leaves the namespace as it was");
         return 0;
     }

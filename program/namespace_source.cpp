@@ -22,7 +22,7 @@ TNamespaceSource LoadFile(const std::string& path) {
     source.origin = isStandardInput ? "standard input" : "file " + path;
     try {
         LoadNamespace(isStandardInput ? "/dev/stdin" : path, *source.collected);
-    } catch (const TCimXmlError& error) {
+    } catch (const TDocumentError& error) {
         throw TRunFailure(error.what());
     }
     return source;

@@ -11,12 +11,6 @@ namespace NVORHOST {
 constexpr std::string_view encodingQualifierName = "NoxinfoEncoding";
 constexpr std::string_view base64EncodingName = "base64";
 
-/// Maximum nesting depth of elements, including the root.
-constexpr std::size_t maxElementDepth = 64;
-/// Approximate maximum length of a tag, comment or processing instruction in bytes. Values have no limit.
-constexpr std::size_t maxMarkupBytes = std::size_t{64} * 1024;
-/// Maximum number of attributes of a tag. The check for duplicates takes quadratic time.
-constexpr std::size_t maxAttributes = 64;
 /// Maximum length of the name of a class or property in bytes, so that it fits into a tag even if every
 /// character is escaped.
 constexpr std::size_t maxNameBytes = 4096;

@@ -13,7 +13,7 @@ TLoaderEntry LoadEntry() {
         return LoadFunction<TLoaderEntry>(
             FindBesideProgram(NOXINFO_LIB_FROM_BIN "/noxinfo/" NOXINFO_CIMXML_LOADER), loaderEntryName);
     } catch (const std::runtime_error& error) {
-        throw TCimXmlError(std::string("the CIM-XML reader cannot be loaded: ") + error.what());
+        throw TDocumentError(std::string("the CIM-XML reader cannot be loaded: ") + error.what());
     }
 }
 

@@ -1,9 +1,9 @@
 #include "vorhost/cimxml/namespace_reader.h"
 
+#include "documents/xml_text.h"
 #include "host/vor_exception.h"
 #include "vorhost/cimxml/format.h"
 #include "vorhost/cimxml/value_text.h"
-#include "vorhost/cimxml/xml_text.h"
 
 #include <algorithm>
 #include <iterator>
@@ -20,7 +20,7 @@ constexpr std::size_t keptTextBytes = std::size_t{1024} * 1024;
 std::string_view RequireAttribute(const TXmlAttributes& attributes, std::string_view name) {
     const auto value = attributes.Find(name);
     if (!value) {
-        throw TCimXmlCause("missing attribute " + std::string(name));
+        throw TDocumentCause("missing attribute " + std::string(name));
     }
     return *value;
 }
@@ -29,8 +29,8 @@ std::string_view RequireAttribute(const TXmlAttributes& attributes, std::string_
 std::string_view RequireName(const TXmlAttributes& attributes, std::string_view attribute) {
     const std::string_view name = RequireAttribute(attributes, attribute);
     if (name.empty() || name.size() > maxNameBytes) {
-        throw TCimXmlCause("the attribute " + std::string(attribute) +
-                           " is empty or too long: " + Quote(name));
+        throw TDocumentCause("the attribute " + std::string(attribute) +
+                             " is empty or too long: " + Quote(name));
     }
     return name;
 }
@@ -39,7 +39,7 @@ TCIMType RequireType(const TXmlAttributes& attributes) {
     const std::string_view name = RequireAttribute(attributes, "TYPE");
     const auto type = FindCimType(name);
     if (!type) {
-        throw TCimXmlCause("unknown TYPE " + Quote(name));
+        throw TDocumentCause("unknown TYPE " + Quote(name));
     }
     return *type;
 }
@@ -49,8 +49,8 @@ std::string DescribeType(TCIMType type, bool isArray) {
 }
 
 [[noreturn]] void ThrowConflict(TCIMType type, bool isArray, const TPropertyDeclaration& declaration) {
-    throw TCimXmlCause("is " + DescribeType(type, isArray) + ", but the class declares " +
-                       DescribeType(declaration.type, declaration.isArray));
+    throw TDocumentCause("is " + DescribeType(type, isArray) + ", but the class declares " +
+                         DescribeType(declaration.type, declaration.isArray));
 }
 
 bool Fits(const TCIMValue& value, const TPropertyDeclaration& declaration) {
@@ -123,7 +123,7 @@ TNamespaceReader::TNamespaceReader(TMemoryNamespace& target) : target_(target) {
 void TNamespaceReader::StartElement(std::string_view name, const TXmlAttributes& attributes) {
     const auto element = FindElement(open_.back(), name);
     if (!element) {
-        throw TCimXmlCause("unexpected element " + Quote(name));
+        throw TDocumentCause("unexpected element " + Quote(name));
     }
     open_.push_back(*element);
     text_.clear();
@@ -142,20 +142,21 @@ void TNamespaceReader::Text(std::string_view piece) {
     if (RowOf(open_.back()).hasText) {
         text_ += piece;
     } else if (open_.back() != EElement::ignored && !TrimXmlSpace(piece).empty()) {
-        throw TCimXmlCause("unexpected text " + Quote(TrimXmlSpace(piece)));
+        throw TDocumentCause("unexpected text " + Quote(TrimXmlSpace(piece)));
     }
 }
 
 void TNamespaceReader::StartError(const TXmlAttributes& attributes) {
     const auto description = attributes.Find("DESCRIPTION");
-    throw TCimXmlCause("the server answered with error " + std::string(RequireAttribute(attributes, "CODE")) +
-                       (description ? ": " + std::string(*description) : std::string()));
+    throw TDocumentCause("the server answered with error " +
+                         std::string(RequireAttribute(attributes, "CODE")) +
+                         (description ? ": " + std::string(*description) : std::string()));
 }
 
 void TNamespaceReader::StartClass(const TXmlAttributes& attributes) {
     place_.className = RequireName(attributes, "NAME");
     if (!declaredClasses_.insert(*place_.className).second) {
-        throw TCimXmlCause("duplicate class declaration");
+        throw TDocumentCause("duplicate class declaration");
     }
     declarations_.clear();
     declaredNames_.clear();
@@ -224,7 +225,7 @@ void TNamespaceReader::BeginTypedProperty(const TXmlAttributes& attributes, bool
 void TNamespaceReader::BeginProperty(const TXmlAttributes& attributes, TCIMType type, bool isArray) {
     place_.propertyName = RequireName(attributes, "NAME");
     if (++propertyCount_ > maxProperties) {
-        throw TCimXmlCause("more than " + std::to_string(maxProperties) + " properties");
+        throw TDocumentCause("more than " + std::to_string(maxProperties) + " properties");
     }
     property_.Begin(*place_.propertyName, type, isArray);
 }
@@ -240,7 +241,7 @@ void TNamespaceReader::EndProperty() {
 
 void TNamespaceReader::AddDeclaration(TCIMValue value) {
     if (!declaredNames_.insert(property_.GetName()).second) {
-        throw TCimXmlCause("duplicate property declaration");
+        throw TDocumentCause("duplicate property declaration");
     }
     TPropertyDeclaration declaration{property_.GetName(), property_.GetType(), property_.IsArray(), {}};
     if (!value.IsNull()) {
@@ -251,7 +252,7 @@ void TNamespaceReader::AddDeclaration(TCIMValue value) {
 
 void TNamespaceReader::SetProperty(TCIMValue value) {
     if (instance_->Find(property_.GetName()) != nullptr) {
-        throw TCimXmlCause("duplicate property");
+        throw TDocumentCause("duplicate property");
     }
     try {
         instance_->Set(property_.GetName(), std::move(value));

@@ -1,11 +1,11 @@
 // Converts the elements of a CIM-XML document to classes and instances.
 #pragma once
 
-#include "vorhost/cimxml/cim_xml_error.h"
+#include "documents/document_error.h"
+#include "documents/xml_parser.h"
 #include "vorhost/cimxml/elements.h"
 #include "vorhost/cimxml/property_builder.h"
 #include "vorhost/cimxml/reference_builder.h"
-#include "vorhost/cimxml/xml_parser.h"
 #include "vorhost/model/cim_name.h"
 #include "vorhost/model/memory_namespace.h"
 
@@ -18,7 +18,7 @@
 
 namespace NVORHOST {
 
-/// Errors: the events throw TCimXmlCause; `GetPlace` then returns class and property of the error.
+/// Errors: the events throw TDocumentCause; `GetPlace` then returns class and property of the error.
 class TNamespaceReader final : public IXmlEvents {
   public:
     /// `target` must be empty and outlive this object.
@@ -29,7 +29,7 @@ class TNamespaceReader final : public IXmlEvents {
     void Text(std::string_view piece) override;
 
     /// The class and property that are being read; file and line are absent.
-    const TCimXmlPlace& GetPlace() const { return place_; }
+    const TDocumentPlace& GetPlace() const { return place_; }
 
   private:
     using TNameSet = std::unordered_set<std::string, TCimNameHash, TCimNameEqual>;
@@ -79,7 +79,7 @@ class TNamespaceReader final : public IXmlEvents {
 
     TMemoryNamespace& target_;
     std::vector<EElement> open_{EElement::document};
-    TCimXmlPlace place_;
+    TDocumentPlace place_;
     std::string text_;  // text of the innermost element
 
     TNameSet declaredClasses_;

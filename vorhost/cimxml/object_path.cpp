@@ -1,8 +1,8 @@
 #include "vorhost/cimxml/object_path.h"
 
-#include "vorhost/cimxml/cim_xml_error.h"
+#include "documents/document_error.h"
+#include "documents/xml_text.h"
 #include "vorhost/cimxml/value_text.h"
-#include "vorhost/cimxml/xml_text.h"
 
 #include <algorithm>
 #include <utility>
@@ -210,7 +210,7 @@ bool ParsesAs(TCIMValue::TCIMType type, const std::string& text) {
     try {
         (void)ParseValueText(type, text);  // only the exception matters
         return true;
-    } catch (const TCimXmlCause&) {
+    } catch (const TDocumentCause&) {
         return false;
     }
 }

@@ -1,8 +1,8 @@
 #include "vorhost/cimxml/parse.h"
 
-#include "vorhost/cimxml/document_file.h"
+#include "documents/document_file.h"
+#include "documents/xml_parser.h"
 #include "vorhost/cimxml/namespace_reader.h"
-#include "vorhost/cimxml/xml_parser.h"
 
 #include <utility>
 
@@ -28,8 +28,8 @@ void Load(const std::string& name, TMemoryNamespace& target, const TFeed& feed) 
     try {
         feed(parser);
         parser.Finish();
-    } catch (const TCimXmlCause& cause) {
-        TCimXmlPlace place = reader.GetPlace();
+    } catch (const TDocumentCause& cause) {
+        TDocumentPlace place = reader.GetPlace();
         place.file = name;
         if (const int line = parser.GetLine(); line > 0) {
             place.line = line;

@@ -2,7 +2,7 @@
 // demand.
 #pragma once
 
-#include "vorhost/cimxml/cim_xml_error.h"
+#include "documents/document_error.h"
 #include "vorhost/model/memory_namespace.h"
 
 #include <string>

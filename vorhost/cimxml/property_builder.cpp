@@ -1,10 +1,10 @@
 #include "vorhost/cimxml/property_builder.h"
 
+#include "documents/document_error.h"
+#include "documents/xml_text.h"
 #include "vorhost/cimxml/base64.h"
-#include "vorhost/cimxml/cim_xml_error.h"
 #include "vorhost/cimxml/format.h"
 #include "vorhost/cimxml/value_text.h"
-#include "vorhost/cimxml/xml_text.h"
 
 #include <utility>
 
@@ -14,7 +14,7 @@ namespace {
 std::string Decode(std::string_view text) {
     auto bytes = DecodeBase64(TrimXmlSpace(text));
     if (!bytes) {
-        throw TCimXmlCause(Quote(text) + " is not base64");
+        throw TDocumentCause(Quote(text) + " is not base64");
     }
     return std::move(*bytes);
 }
@@ -32,7 +32,7 @@ void TPropertyBuilder::Begin(std::string_view name, TCIMValue::TCIMType type, bo
 
 void TPropertyBuilder::SetEncoding(std::string_view encoding) {
     if (TrimXmlSpace(encoding) != base64EncodingName) {
-        throw TCimXmlCause("unknown encoding " + Quote(encoding));
+        throw TDocumentCause("unknown encoding " + Quote(encoding));
     }
     RequireNoValue();
     isBase64_ = true;
@@ -77,7 +77,7 @@ TCIMValue TPropertyBuilder::ParseValue(const std::string& text) const {
 
 void TPropertyBuilder::RequireNoValue() const {
     if (scalar_ || elements_) {
-        throw TCimXmlCause("more than one value");
+        throw TDocumentCause("more than one value");
     }
 }
 

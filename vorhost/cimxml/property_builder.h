@@ -9,7 +9,7 @@
 
 namespace NVORHOST {
 
-/// Errors: throws TCimXmlCause for a value that is malformed or out of range, and for a second value.
+/// Errors: throws TDocumentCause for a value that is malformed or out of range, and for a second value.
 class TPropertyBuilder {
   public:
     /// Begins a property without a value; discards the previous one.

@@ -1,8 +1,8 @@
 #include "vorhost/cimxml/reference_builder.h"
 
-#include "vorhost/cimxml/cim_xml_error.h"
+#include "documents/document_error.h"
+#include "documents/xml_text.h"
 #include "vorhost/cimxml/value_text.h"
-#include "vorhost/cimxml/xml_text.h"
 
 #include <algorithm>
 #include <utility>
@@ -27,7 +27,7 @@ constexpr TKeyTypeRow keyTypeRows[] = {
 EType FindKeyType(std::string_view valueType) {
     const auto* const row = std::ranges::find(keyTypeRows, valueType, &TKeyTypeRow::valueType);
     if (row == std::end(keyTypeRows)) {
-        throw TCimXmlCause("unknown VALUETYPE " + Quote(valueType));
+        throw TDocumentCause("unknown VALUETYPE " + Quote(valueType));
     }
     return row->type;
 }
@@ -42,7 +42,7 @@ EType KeyTypeOf(TCIMType type) {
 
 void RequireCimName(std::string_view name) {
     if (!IsCimName(name)) {
-        throw TCimXmlCause(Quote(name) + " is not a valid CIM name");
+        throw TDocumentCause(Quote(name) + " is not a valid CIM name");
     }
 }
 
@@ -53,7 +53,7 @@ std::string BooleanKeyText(const std::string& text) {
 std::string NumberKeyText(const std::string& text) {
     const std::string_view number = TrimXmlSpace(text);
     if (!IsNumberText(number)) {
-        throw TCimXmlCause("the key " + Quote(number) + " is not a valid number");
+        throw TDocumentCause("the key " + Quote(number) + " is not a valid number");
     }
     return std::string(number);
 }
@@ -73,8 +73,8 @@ std::string KeyText(EType type, const std::string& text) {
 
 void TReferenceBuilder::Open() {
     if (open_.size() == maxReferenceNesting) {
-        throw TCimXmlCause("references are nested more than " + std::to_string(maxReferenceNesting) +
-                           " levels deep");
+        throw TDocumentCause("references are nested more than " + std::to_string(maxReferenceNesting) +
+                             " levels deep");
     }
     open_.emplace_back();
 }
@@ -82,7 +82,7 @@ void TReferenceBuilder::Open() {
 void TReferenceBuilder::SetHost(std::string_view host) {
     Innermost().path.host = TrimXmlSpace(host);
     if (!IsHostName(Innermost().path.host)) {
-        throw TCimXmlCause(Quote(host) + " is not a valid host");
+        throw TDocumentCause(Quote(host) + " is not a valid host");
     }
 }
 
@@ -91,7 +91,7 @@ void TReferenceBuilder::AddNamespace(std::string_view steps) {
         const std::size_t end = std::min(steps.find('/', begin), steps.size());
         const std::string_view step = steps.substr(begin, end - begin);
         if (!IsNamespaceStep(step)) {
-            throw TCimXmlCause(Quote(steps) + " is not a valid namespace");
+            throw TDocumentCause(Quote(steps) + " is not a valid namespace");
         }
         Innermost().path.namespaces.emplace_back(step);
         begin = end + 1;
@@ -100,7 +100,7 @@ void TReferenceBuilder::AddNamespace(std::string_view steps) {
 
 void TReferenceBuilder::BeginObject(bool isInstance) {
     if (Innermost().hasObject) {
-        throw TCimXmlCause("reference to more than one object");
+        throw TDocumentCause("reference to more than one object");
     }
     Innermost().hasObject = true;
     Innermost().path.isInstance = isInstance;
@@ -128,7 +128,7 @@ void TReferenceBuilder::BeginKey(std::string_view name) {
 
 void TReferenceBuilder::EndKey() {
     if (Innermost().awaitsValue) {
-        throw TCimXmlCause("the key " + Quote(Innermost().key.name) + " has no value");
+        throw TDocumentCause("the key " + Quote(Innermost().key.name) + " has no value");
     }
     Innermost().key.name.clear();
 }
@@ -142,7 +142,7 @@ void TReferenceBuilder::SetKeyType(std::optional<std::string_view> valueType,
     } else if (type) {
         const auto cimType = FindCimType(*type);
         if (!cimType) {
-            throw TCimXmlCause("unknown TYPE " + Quote(*type));
+            throw TDocumentCause("unknown TYPE " + Quote(*type));
         }
         keyType = KeyTypeOf(*cimType);
     }
@@ -159,7 +159,7 @@ void TReferenceBuilder::AddKey(EType type, std::string value) {
     const bool isNamed = !open.key.name.empty();
     const bool followsUnnamed = !keys.empty() && keys.front().name.empty();
     if (isNamed ? !open.awaitsValue || followsUnnamed : !keys.empty()) {
-        throw TCimXmlCause("duplicate value for a key");
+        throw TDocumentCause("duplicate value for a key");
     }
     keys.push_back({open.key.name, type, std::move(value)});
     open.awaitsValue = false;
@@ -167,13 +167,13 @@ void TReferenceBuilder::AddKey(EType type, std::string value) {
 
 void TReferenceBuilder::RequireNamespace() {
     if (Innermost().path.namespaces.empty()) {
-        throw TCimXmlCause("object path without a namespace");
+        throw TDocumentCause("object path without a namespace");
     }
 }
 
 void TReferenceBuilder::RequireHost() {
     if (Innermost().path.host.empty()) {
-        throw TCimXmlCause("object path without a host");
+        throw TDocumentCause("object path without a host");
     }
 }
 
@@ -181,14 +181,14 @@ std::string TReferenceBuilder::TakeOpaque(TObjectPath& path) {
     const bool isText = path.namespaces.empty() && path.keys.size() == 1 && path.keys.front().name.empty() &&
                         path.keys.front().type == EType::text;
     if (!isText) {
-        throw TCimXmlCause("object path without a class");
+        throw TDocumentCause("object path without a class");
     }
     return std::move(path.keys.front().value);
 }
 
 std::optional<std::string> TReferenceBuilder::Close() {
     if (!Innermost().hasObject) {
-        throw TCimXmlCause("reference without an object");
+        throw TDocumentCause("reference without an object");
     }
     TObjectPath path = std::move(Innermost().path);
     open_.pop_back();
@@ -197,7 +197,7 @@ std::optional<std::string> TReferenceBuilder::Close() {
         return isOpaque_ ? TakeOpaque(path) : ToText(path);
     }
     if (isOpaque_) {
-        throw TCimXmlCause("object path without a class");
+        throw TDocumentCause("object path without a class");
     }
     AddKey(EType::reference, ToText(path));
     return std::nullopt;

@@ -10,7 +10,7 @@
 
 namespace NVORHOST {
 
-/// Errors: throws TCimXmlCause for parts that do not form a valid path.
+/// Errors: throws TDocumentCause for parts that do not form a valid path.
 class TReferenceBuilder {
   public:
     /// Begins a reference. If another one is open, the new one becomes a key of it.

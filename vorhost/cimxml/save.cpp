@@ -1,10 +1,10 @@
 #include "vorhost/cimxml/save.h"
 
+#include "documents/xml_text.h"
 #include "vorhost/cimxml/format.h"
 #include "vorhost/cimxml/object_path.h"
 #include "vorhost/cimxml/value_text.h"
 #include "vorhost/cimxml/xml_output.h"
-#include "vorhost/cimxml/xml_text.h"
 
 #include <algorithm>
 #include <optional>
@@ -44,13 +44,13 @@ std::string_view ValueTypeOf(TPathKey::EType type) {
 
 void CheckName(std::string_view name) {
     if (name.empty() || name.size() > maxNameBytes || !IsXmlText(name)) {
-        throw TCimXmlCause("the name " + Quote(name) + " cannot be written as XML");
+        throw TDocumentCause("the name " + Quote(name) + " cannot be written as XML");
     }
 }
 
 void CheckCount(std::size_t properties) {
     if (properties > maxProperties) {
-        throw TCimXmlCause("has more than " + std::to_string(maxProperties) + " properties");
+        throw TDocumentCause("has more than " + std::to_string(maxProperties) + " properties");
     }
 }
 
@@ -266,7 +266,7 @@ class TDocumentWriter {
             out_.Markup("</");
             out_.Markup(element);
             out_.Markup("></VALUE.OBJECT>\n");
-        } catch (const TCimXmlCause& cause) {
+        } catch (const TDocumentCause& cause) {
             ThrowAt(place_, cause.what());
         }
     }
@@ -294,7 +294,7 @@ class TDocumentWriter {
 
     TXmlOutput out_;
     TValueWriter values_;
-    TCimXmlPlace place_;
+    TDocumentPlace place_;
 };
 
 }  // namespace

@@ -1,7 +1,7 @@
 // Saves a namespace, or instances of one class, as CIM-XML.
 #pragma once
 
-#include "vorhost/cimxml/cim_xml_error.h"
+#include "documents/document_error.h"
 #include "vorhost/model/memory_namespace.h"
 
 #include <ostream>
@@ -12,8 +12,8 @@ namespace NVORHOST {
 
 /// Writes the class declarations, then the instances. Loading the document gives an equal namespace. The
 /// document is well-formed for any bytes in values; docs/namespace-format.md describes text that XML cannot
-/// represent. Errors: write failures set the state of `out`. Throws TCimXmlError for data that would not read
-/// back equal: a
+/// represent. Errors: write failures set the state of `out`. Throws TDocumentError for data that would not
+/// read back equal: a
 ///         name that is not valid XML text or longer than 4096 bytes, a date-time with invalid fields, more
 ///         than 4096 properties in one class or instance. `out` then contains a part of the document.
 void SaveNamespace(const TMemoryNamespace& source, std::ostream& out);

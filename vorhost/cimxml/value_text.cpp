@@ -1,9 +1,9 @@
 #include "vorhost/cimxml/value_text.h"
 
+#include "documents/document_error.h"
+#include "documents/xml_text.h"
 #include "text/ascii.h"
 #include "text/utf8.h"
-#include "vorhost/cimxml/cim_xml_error.h"
-#include "vorhost/cimxml/xml_text.h"
 #include "vorhost/model/cim_name.h"
 
 #include <algorithm>
@@ -29,11 +29,11 @@ constexpr std::string_view minusInfinityText = "-INF";
 constexpr std::string_view notANumberText = "NaN";
 
 [[noreturn]] void ThrowMalformed(std::string_view text, TCIMType type) {
-    throw TCimXmlCause(Quote(text) + " is not a valid " + type.ToString());
+    throw TDocumentCause(Quote(text) + " is not a valid " + type.ToString());
 }
 
 [[noreturn]] void ThrowOutOfRange(std::string_view text, TCIMType type) {
-    throw TCimXmlCause(Quote(text) + " is out of range for " + type.ToString());
+    throw TDocumentCause(Quote(text) + " is out of range for " + type.ToString());
 }
 
 // Removes a leading sign; returns true for "-".
@@ -231,7 +231,7 @@ std::string ToBytes(T bits) {
 template <std::unsigned_integral T>
 T FromBytes(TCIMType type, const std::string& bytes) {
     if (bytes.size() != sizeof(T)) {
-        throw TCimXmlCause(std::to_string(bytes.size()) + " bytes are not a valid " + type.ToString());
+        throw TDocumentCause(std::to_string(bytes.size()) + " bytes are not a valid " + type.ToString());
     }
     T bits = 0;
     for (const char byte : bytes) {
@@ -259,11 +259,12 @@ std::string StringBytes(const TCIMValue& value) {
 }
 
 TCIMValue RefuseBytes(TCIMType type, const std::string& /*bytes*/) {
-    throw TCimXmlCause("base64 is not supported for " + type.ToString());
+    throw TDocumentCause("base64 is not supported for " + type.ToString());
 }
 
 std::string ThrowNoBytes(const TCIMValue& value) {
-    throw TCimXmlCause("the " + value.GetType().ToString() + " \"" + value.ToString(10) + "\" is not valid");
+    throw TDocumentCause("the " + value.GetType().ToString() + " \"" + value.ToString(10) +
+                         "\" is not valid");
 }
 
 // The conversions of one type. Rows in the order of the type codes, which start at 1, so that a code gives

@@ -22,7 +22,7 @@ std::optional<TCIMValue::TCIMType> FindCimType(std::string_view name);
 ///         "NaN"; booleans are "true" and "false" in any case; a char16 is one character of one UTF-16
 ///         unit; date-times have the 25-character form. White space around all of these is ignored, but
 ///         is kept in strings, references and char16.
-/// Errors: throws TCimXmlCause for a malformed text and for a number out of range, including a real that
+/// Errors: throws TDocumentCause for a malformed text and for a number out of range, including a real that
 /// would
 ///         underflow to zero.
 /// Source: DSP0201, VALUE element. Octal and binary numbers, which are MOF syntax, are malformed.
@@ -33,11 +33,11 @@ TCIMValue ParseValueText(TCIMValue::TCIMType type, const std::string& text);
 std::optional<std::string> ValueText(const TCIMValue& value);
 
 /// Parses the output of `ValueBytes`.
-/// Errors: throws TCimXmlCause for a wrong number of bytes and for types that ValueBytes does not support.
+/// Errors: throws TDocumentCause for a wrong number of bytes and for types that ValueBytes does not support.
 TCIMValue ParseValueBytes(TCIMValue::TCIMType type, const std::string& bytes);
 
 /// Returns the bytes of a scalar that is not null: strings and references unchanged; char16 and reals (IEEE
-/// 754) with the most significant byte first. Errors: throws TCimXmlCause for other types. Of these, only a
+/// 754) with the most significant byte first. Errors: throws TDocumentCause for other types. Of these, only a
 /// date-time can lack a text: one with invalid fields.
 std::string ValueBytes(const TCIMValue& value);
 

@@ -146,7 +146,7 @@ void SaveAnswer(const TPluginRequest& request, const TAnswerFile& file) {
     CopyInstances(answer.results, *saved.AddClass(request.resultClass->GetName()));
     try {
         file.Save(saved);
-    } catch (const TCimXmlError& error) {
+    } catch (const TDocumentError& error) {
         throw TRunFailure(request.pluginFile + ": cannot transfer its result: " + error.what());
     }
 }
@@ -251,7 +251,7 @@ TPluginAnswer RunIsolatedRequest(const TPluginRequest& request) {
     TMemoryNamespace saved;
     try {
         LoadNamespace("its answer", RequireText(request, file, status), saved);
-    } catch (const TCimXmlError& error) {
+    } catch (const TDocumentError& error) {
         FailToReceive(request, error.what());
     }
     return ReadAnswer(request, saved);

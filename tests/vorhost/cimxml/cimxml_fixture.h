@@ -45,7 +45,7 @@ inline std::string LoadError(const std::string& document) {
     TMemoryNamespace target;
     try {
         LoadNamespaceFromText(documentName, document, target);
-    } catch (const TCimXmlError& error) {
+    } catch (const TDocumentError& error) {
         return target.GetClasses().empty() ? error.what() : "target has changed";
     }
     return "loaded";

@@ -1,5 +1,5 @@
 #include "cimxml_fixture.h"
-#include "vorhost/cimxml/document_file.h"
+#include "documents/document_file.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -25,7 +25,7 @@ class Compressed : public testing::Test {
         TMemoryNamespace target;
         try {
             LoadNamespaceFromFile(path_, target);
-        } catch (const TCimXmlError& error) {
+        } catch (const TDocumentError& error) {
             const std::string message = error.what();
             EXPECT_EQ(message.substr(0, path_.size() + 2), path_ + ": ");
             EXPECT_TRUE(target.GetClasses().empty());
@@ -87,7 +87,7 @@ TEST_F(Compressed, RejectsDataAboveTheSizeLimit) {
             total += bytes.size();
         }
         FAIL() << "read to the end";
-    } catch (const TCimXmlError& error) {
+    } catch (const TDocumentError& error) {
         EXPECT_EQ(error.what(), path_ + ": decompresses to more than 268435456 bytes");
     }
     EXPECT_LE(total, TDocumentFile::maxBytes);

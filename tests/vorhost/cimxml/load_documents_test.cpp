@@ -188,7 +188,7 @@ TEST(LoadDocuments, LeavesATargetWithOneOfTheClassesUnchanged) {
         LoadNamespaceFromText(
             documentName, InGroup("<VALUE.OBJECT><CLASS NAME=\"A\"/></VALUE.OBJECT>" + Instance("")), target);
         FAIL() << "loaded";
-    } catch (const TCimXmlError& error) {
+    } catch (const TDocumentError& error) {
         EXPECT_STREQ(error.what(), "t.xml: class C: the namespace already has this class");
     }
     EXPECT_EQ(Describe(target), "class c\n");

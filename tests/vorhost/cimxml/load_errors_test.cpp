@@ -128,7 +128,7 @@ TEST(LoadErrors, AreOneLineForAnyFileName) {
     try {
         LoadNamespaceFromText("a\nb\x1B.xml", "<html/>", target);
         FAIL() << "loaded";
-    } catch (const TCimXmlError& error) {
+    } catch (const TDocumentError& error) {
         EXPECT_STREQ(error.what(), "a\\nb\\x1b.xml:1: unexpected element \"html\"");
     }
 }

@@ -219,7 +219,7 @@ TEST(LoadHostile, LeavesTheTargetUnchangedIfTheLastLineIsMalformed) {
     TMemoryNamespace target;
     target.AddClass("B");
     EXPECT_THROW(LoadNamespaceFromText(documentName, InGroup(Instance("") + Instance("<x/>")), target),
-                 TCimXmlError);
+                 TDocumentError);
     EXPECT_EQ(Describe(target), "class B\n");
 }
 

@@ -37,7 +37,7 @@ std::string LoadError(const std::string& path) {
     TMemoryNamespace target;
     try {
         LoadNamespace(path, target);
-    } catch (const TCimXmlError& error) {
+    } catch (const TDocumentError& error) {
         return error.what();
     }
     return "loaded";

@@ -1,6 +1,6 @@
 #include "vorhost/cimxml/property_builder.h"
 
-#include "vorhost/cimxml/cim_xml_error.h"
+#include "documents/document_error.h"
 
 #include <gtest/gtest.h>
 
@@ -14,7 +14,7 @@ using TCIMType = TCIMValue::TCIMType;
 std::string CauseOf(const std::function<void()>& action) {
     try {
         action();
-    } catch (const TCimXmlCause& cause) {
+    } catch (const TDocumentCause& cause) {
         return cause.what();
     }
     return "no failure";

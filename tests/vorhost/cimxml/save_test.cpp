@@ -26,7 +26,7 @@ std::string Save(const TMemoryNamespace& source) {
 std::string SaveError(const TMemoryNamespace& source) {
     try {
         return "saved " + Save(source);
-    } catch (const TCimXmlError& error) {
+    } catch (const TDocumentError& error) {
         return error.what();
     }
 }

@@ -1,4 +1,4 @@
-// A streaming XML parser on top of libxml2. It refuses all features of XML that namespace files do not need.
+// A streaming XML parser on top of libxml2. It refuses all features of XML that inventories do not need.
 #pragma once
 
 #include <cstddef>
@@ -9,6 +9,12 @@
 
 namespace NVORHOST {
 
+/// Maximum nesting depth of elements, including the root.
+constexpr std::size_t maxElementDepth = 64;
+/// Approximate maximum length of a tag, comment or processing instruction in bytes. Values have no limit.
+constexpr std::size_t maxMarkupBytes = std::size_t{64} * 1024;
+/// Maximum number of attributes of a tag. The check for duplicates takes quadratic time.
+constexpr std::size_t maxAttributes = 64;
 /// The attributes of one start tag; valid during `IXmlEvents::StartElement`.
 class TXmlAttributes {
   public:
@@ -37,14 +43,12 @@ class IXmlEvents {
 
 /// Parses one document.
 /// Refused: a DOCTYPE with an internal subset, which could declare entities; references to entities that are
-/// not
-///          predefined; elements deeper than `maxElementDepth`, markup longer than
-///          `maxMarkupBytes`, tags with more than `maxAttributes` attributes. The external subset that a
-///          DOCTYPE names is never fetched.
+///          not predefined; elements deeper than `maxElementDepth`, markup longer than `maxMarkupBytes`, tags
+///          with more than `maxAttributes` attributes. The external subset that a DOCTYPE names is never
+///          fetched.
 /// Memory:  proportional to one piece of input and the open tags.
-/// Errors:  throws TCimXmlCause for a document that is malformed or refused, std::bad_alloc, and the
-/// exceptions of
-///          the events. The parser cannot be used afterwards.
+/// Errors:  throws TDocumentCause for a document that is malformed or refused, std::bad_alloc, and the
+///          exceptions of the events. The parser cannot be used afterwards.
 class TXmlParser {
   public:
     /// `events` must outlive this object.

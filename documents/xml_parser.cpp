@@ -1,8 +1,7 @@
-#include "vorhost/cimxml/xml_parser.h"
+#include "documents/xml_parser.h"
 
-#include "vorhost/cimxml/cim_xml_error.h"
-#include "vorhost/cimxml/format.h"
-#include "vorhost/cimxml/xml_text.h"
+#include "documents/document_error.h"
+#include "documents/xml_text.h"
 
 #include <libxml/parser.h>
 
@@ -84,8 +83,8 @@ class TXmlParser::TState {
             }
         }
         if (CountPending() > maxMarkupBytes) {
-            throw TCimXmlCause("a tag, comment or processing instruction is longer than " +
-                               std::to_string(maxMarkupBytes) + " bytes");
+            throw TDocumentCause("a tag, comment or processing instruction is longer than " +
+                                 std::to_string(maxMarkupBytes) + " bytes");
         }
     }
 
@@ -132,7 +131,7 @@ class TXmlParser::TState {
             std::rethrow_exception(failure_);
         }
         if (code == XML_ERR_INVALID_ENCODING || (!isLast && context_->instate == XML_PARSER_EOF)) {
-            throw TCimXmlCause("invalid bytes for the encoding of the document");
+            throw TDocumentCause("invalid bytes for the encoding of the document");
         }
     }
 
@@ -171,12 +170,12 @@ class TXmlParser::TState {
                                int /*defaultedCount*/, const xmlChar** attributes) {
         Guard(self, [&](TState& state) {
             if (++state.depth_ > maxElementDepth) {
-                throw TCimXmlCause("elements are nested more than " + std::to_string(maxElementDepth) +
-                                   " levels deep");
+                throw TDocumentCause("elements are nested more than " + std::to_string(maxElementDepth) +
+                                     " levels deep");
             }
             const auto count = static_cast<std::size_t>(attributeCount);
             if (count > maxAttributes) {
-                throw TCimXmlCause("a tag has more than " + std::to_string(maxAttributes) + " attributes");
+                throw TDocumentCause("a tag has more than " + std::to_string(maxAttributes) + " attributes");
             }
             const TXmlAttributes found(std::span(attributes, count * partsPerAttribute));
             if (prefix == nullptr) {
@@ -206,7 +205,7 @@ class TXmlParser::TState {
                                const xmlChar* /*systemId*/) {
         Guard(self, [](TState& state) {
             if (state.CountPending() > 0 && *state.context_->input->cur == '[') {
-                throw TCimXmlCause("a DOCTYPE with an internal subset is not supported");
+                throw TDocumentCause("a DOCTYPE with an internal subset is not supported");
             }
         });
     }
@@ -220,7 +219,7 @@ class TXmlParser::TState {
             if (error->code == XML_ERR_NO_MEMORY) {
                 throw std::bad_alloc();
             }
-            throw TCimXmlCause(CauseOf(*error, state.isRootClosed_));
+            throw TDocumentCause(CauseOf(*error, state.isRootClosed_));
         });
     }
 
@@ -244,7 +243,7 @@ void TXmlParser::Feed(std::string_view bytes) {
 void TXmlParser::Finish() {
     state_->Parse({}, /*isLast=*/true);
     if (!state_->IsWellFormed()) {
-        throw TCimXmlCause("the document is not well-formed");
+        throw TDocumentCause("the document is not well-formed");
     }
 }
 

@@ -1,4 +1,4 @@
-#include "vorhost/cimxml/xml_text.h"
+#include "documents/xml_text.h"
 
 #include "text/trim.h"
 #include "text/utf8.h"

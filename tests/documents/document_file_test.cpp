@@ -1,6 +1,6 @@
-#include "vorhost/cimxml/document_file.h"
+#include "documents/document_file.h"
 
-#include "vorhost/cimxml/cim_xml_error.h"
+#include "documents/document_error.h"
 
 #include <gtest/gtest.h>
 #include <zlib.h>
@@ -35,7 +35,7 @@ class DocumentFile : public testing::Test {
     std::string ErrorOf() const {
         try {
             (void)ReadAll();
-        } catch (const TCimXmlError& error) {
+        } catch (const TDocumentError& error) {
             return error.what();
         }
         return "no error";

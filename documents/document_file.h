@@ -19,14 +19,14 @@ class TDocumentFile {
     /// enough to read.
     static constexpr std::uint64_t maxBytes = std::uint64_t{256} << 20;
 
-    /// Errors: throws TCimXmlError for a file that cannot be read or has another compression.
+    /// Errors: throws TDocumentError for a file that cannot be read or has another compression.
     explicit TDocumentFile(const std::string& path);
     ~TDocumentFile();
     TDocumentFile(const TDocumentFile&) = delete;
     TDocumentFile& operator=(const TDocumentFile&) = delete;
 
     /// Returns the next bytes of the document, which stay valid until the next call; none at its end.
-    /// Errors: throws TCimXmlError for a read error, and for compressed data that is damaged, truncated or
+    /// Errors: throws TDocumentError for a read error, and for compressed data that is damaged, truncated or
     /// too large.
     std::string_view Read();
 

@@ -1,6 +1,6 @@
-#include "vorhost/cimxml/document_file.h"
+#include "documents/document_file.h"
 
-#include "vorhost/cimxml/cim_xml_error.h"
+#include "documents/document_error.h"
 
 #include <fcntl.h>
 #include <unistd.h>

@@ -1,4 +1,4 @@
-#include "vorhost/cimxml/cim_xml_error.h"
+#include "documents/document_error.h"
 
 #include "text/shown_text.h"
 
@@ -22,7 +22,7 @@ bool IsNamed(const std::optional<std::string>& name) {
     return name && !name->empty();
 }
 
-std::string DescribePlace(const TCimXmlPlace& place) {
+std::string DescribePlace(const TDocumentPlace& place) {
     constexpr std::size_t longestName = 200;
     std::string text = place.file.value_or("");
     if (place.line) {
@@ -39,8 +39,8 @@ std::string DescribePlace(const TCimXmlPlace& place) {
 
 }  // namespace
 
-void ThrowAt(const TCimXmlPlace& place, std::string_view cause) {
-    throw TCimXmlError(MakeVisible(DescribePlace(place).append(cause)));
+void ThrowAt(const TDocumentPlace& place, std::string_view cause) {
+    throw TDocumentError(MakeVisible(DescribePlace(place).append(cause)));
 }
 
 std::string Quote(std::string_view text) {
