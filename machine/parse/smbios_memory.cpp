@@ -29,18 +29,38 @@ std::optional<std::uint64_t> ParseCapacity(const TByteView& fields) {
     return (*size & isInKibibytes) != 0 ? (*size & 0x7FFFU) * kibibyte : *size * mebibyte;
 }
 
-std::optional<std::uint32_t> ParseSpeed(const TByteView& fields) {
+// The word at `offset`, or the double word at `extendedOffset` if the word refers to it.
+std::optional<std::uint32_t> ParseSpeed(const TByteView& fields, std::size_t offset,
+                                        std::size_t extendedOffset) {
     constexpr std::uint32_t unknown = 0;
     constexpr std::uint16_t isInExtendedField = 0xFFFF;
-    const auto speed = fields.GetWord(0x15);
+    const auto speed = fields.GetWord(offset);
     if (!speed) {
         return std::nullopt;
     }
     if (*speed != isInExtendedField) {
         return Unless(std::optional<std::uint32_t>(*speed), unknown);
     }
-    const auto extended = fields.GetDword(0x54);
+    const auto extended = fields.GetDword(extendedOffset);
     return extended ? Unless(std::optional(*extended & extendedBits), unknown) : std::nullopt;
+}
+
+std::optional<std::uint8_t> ParseRank(const TByteView& fields) {
+    constexpr std::uint8_t rankBits = 0x0F;
+    const auto attributes = fields.GetByte(0x1B);
+    return attributes ? Unless(std::optional<std::uint8_t>(*attributes & rankBits), std::uint8_t{0})
+                      : std::nullopt;
+}
+
+std::optional<std::uint64_t> ParseMaxCapacity(const TByteView& fields) {
+    constexpr std::uint32_t isInExtendedField = 0x80000000;
+    const auto kibibytes = fields.GetDword(0x07);
+    if (!kibibytes) {
+        return std::nullopt;
+    }
+    const auto bytes =
+        *kibibytes == isInExtendedField ? fields.GetQword(0x0F) : std::optional(*kibibytes * kibibyte);
+    return Unless(bytes, std::uint64_t{0});
 }
 
 // Start and end are extended together, never one of them alone.
@@ -76,6 +96,8 @@ TSmbiosMemoryArray ParseSmbiosMemoryArray(const TSmbiosStructure& structure) {
         .location = fields.GetByte(0x04),
         .use = fields.GetByte(0x05),
         .errorCorrection = fields.GetByte(0x06),
+        .maxCapacityBytes = ParseMaxCapacity(fields),
+        .slotCount = fields.GetWord(0x0D),
     };
 }
 
@@ -94,10 +116,13 @@ TSmbiosMemoryDevice ParseSmbiosMemoryDevice(const TSmbiosStructure& structure) {
         .bank = structure.GetText(0x11),
         .kind = fields.GetByte(0x12),
         .detail = fields.GetWord(0x13),
-        .speed = ParseSpeed(fields),
+        .speed = ParseSpeed(fields, 0x15, 0x54),
         .manufacturer = structure.GetText(0x17),
         .serial = structure.GetText(0x18),
         .part = structure.GetText(0x1A),
+        .rank = ParseRank(fields),
+        .configuredSpeed = ParseSpeed(fields, 0x20, 0x58),
+        .configuredMillivolts = Unless(fields.GetWord(0x26), std::uint16_t{0}),
     };
 }
 

@@ -16,6 +16,9 @@ struct TSmbiosMemoryArray {
     std::optional<std::uint8_t> location;         ///< 04h
     std::optional<std::uint8_t> use;              ///< 05h
     std::optional<std::uint8_t> errorCorrection;  ///< 06h
+    /// Largest memory of all slots together: 07h, or 0Fh if 07h refers to it; absent if unknown.
+    std::optional<std::uint64_t> maxCapacityBytes;
+    std::optional<std::uint16_t> slotCount;  ///< 0Dh
 };
 
 /// Type 17. Codes are those of the reference; texts are unchanged, placeholders included.
@@ -36,6 +39,10 @@ struct TSmbiosMemoryDevice {
     std::optional<std::string> manufacturer;  ///< 17h
     std::optional<std::string> serial;        ///< 18h
     std::optional<std::string> part;          ///< 1Ah
+    std::optional<std::uint8_t> rank;         ///< 1Bh, bits 3:0; absent for 0, unknown
+    /// Megatransfers per second: 20h, or 58h if 20h refers to it; absent if unknown.
+    std::optional<std::uint32_t> configuredSpeed;
+    std::optional<std::uint16_t> configuredMillivolts;  ///< 26h; absent for 0, unknown
 };
 
 /// A range of byte addresses; `last` is inclusive.

@@ -37,7 +37,37 @@ constexpr TMemoryKind kinds[] = {
     {0x24, "HBM3", 1},    {0x25, "MRDIMM", 1},
 };
 
+struct TCodeName {
+    std::uint8_t code;
+    std::string_view name;
+};
+
+// DSP0134, 7.17.2.
+constexpr TCodeName arrayUses[] = {
+    {0x03, "System memory"},    {0x04, "Video memory"}, {0x05, "Flash memory"},
+    {0x06, "Non-volatile RAM"}, {0x07, "Cache memory"},
+};
+
+// DSP0134, 7.17.3.
+constexpr TCodeName errorCorrections[] = {
+    {0x03, "None"}, {0x04, "Parity"}, {0x05, "Single-bit ECC"}, {0x06, "Multi-bit ECC"}, {0x07, "CRC"},
+};
+
+template <std::size_t count>
+std::optional<std::string_view> FindName(const TCodeName (&rows)[count], std::uint8_t code) {
+    const TCodeName* const row = FindRow(rows, &TCodeName::code, code);
+    return row != nullptr ? std::optional(row->name) : std::nullopt;
+}
+
 }  // namespace
+
+std::optional<std::string_view> FindMemoryArrayUse(std::uint8_t code) {
+    return FindName(arrayUses, code);
+}
+
+std::optional<std::string_view> FindErrorCorrection(std::uint8_t code) {
+    return FindName(errorCorrections, code);
+}
 
 const TMemoryFormFactor* FindMemoryFormFactor(std::uint8_t code) {
     return FindRow(formFactors, &TMemoryFormFactor::code, code);

@@ -1,4 +1,5 @@
-// Form factors and types of SMBIOS memory devices: their names and the corresponding CIM codes.
+// Form factors and types of SMBIOS memory devices, and uses and error correction of memory arrays: their
+// names and the corresponding CIM codes.
 #pragma once
 
 #include <cstdint>
@@ -27,5 +28,13 @@ const TMemoryFormFactor* FindMemoryFormFactor(std::uint8_t code);
 
 /// Returns the row of a memory type; null for a code that DSP0134 does not list.
 const TMemoryKind* FindMemoryKind(std::uint8_t code);
+
+/// Returns the use of a memory array, SMBIOS type 16, 05h: "System memory"; nullopt for other, unknown and
+/// unlisted codes.
+std::optional<std::string_view> FindMemoryArrayUse(std::uint8_t code);
+
+/// Returns the error correction of a memory array, SMBIOS type 16, 06h: "Single-bit ECC"; nullopt for other,
+/// unknown and unlisted codes.
+std::optional<std::string_view> FindErrorCorrection(std::uint8_t code);
 
 }  // namespace NVORHOST

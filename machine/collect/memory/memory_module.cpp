@@ -3,9 +3,9 @@
 #include "machine/collect/frame/collection.h"
 #include "machine/collect/frame/collector.h"
 #include "machine/collect/frame/keyed_records.h"
-#include "machine/collect/frame/named_place.h"
 #include "machine/collect/frame/smbios_source.h"
 #include "machine/collect/memory/memory_kind.h"
+#include "machine/collect/memory/memory_socket.h"
 #include "machine/collect/memory/spd_source.h"
 #include "machine/parse/placeholders.h"
 #include "machine/parse/smbios_memory.h"
@@ -20,9 +20,11 @@ namespace {
 
 struct TMemoryModule {
     std::optional<std::string> elementName, description, manufacturer, partNumber, serialNumber, tag,
-        bankLabel;
-    std::optional<std::uint16_t> removalConditions, formFactor, memoryType, dataWidthBits, totalWidthBits;
-    std::optional<std::uint32_t> interleavePosition, positionInRow, speed;
+        bankLabel, errorCorrection;
+    std::optional<std::uint16_t> removalConditions, formFactor, memoryType, dataWidthBits, totalWidthBits,
+        configuredMillivolts;
+    std::optional<std::uint32_t> interleavePosition, positionInRow, speed, configuredSpeed;
+    std::optional<std::uint8_t> rank;
     std::optional<std::uint64_t> capacityBytes;
 };
 
@@ -46,25 +48,18 @@ constexpr TPropertyRow<TMemoryModule> memoryModuleRows[] = {
     {"PositionInRow", &TMemoryModule::positionInRow},
     {"Speed", &TMemoryModule::speed},  // MT/s
     {"TotalWidth", &TMemoryModule::totalWidthBits},
+    {"ConfiguredMemoryClockSpeed", &TMemoryModule::configuredSpeed},  // MT/s
+    {"ConfiguredVoltage", &TMemoryModule::configuredMillivolts},
+    {"Rank", &TMemoryModule::rank},
+    {"ErrorMethodology", &TMemoryModule::errorCorrection},
 };
 
-constexpr TCimClass<TMemoryModule> memoryModuleClass{"KELSG_SPDData", memoryModuleRows};
+constexpr TCimClass<TMemoryModule> memoryModuleClass{memoryModuleClassName, memoryModuleRows};
 constexpr const IClassDeclaration* classes[] = {&memoryModuleClass};
 
 constexpr auto sourcePatterns = Join(smbiosSources, spdSources);
 
 // ---- structures of the table
-
-std::vector<TSmbiosMemoryDevice> ReadSockets(const std::vector<TSmbiosStructure>& structures) {
-    constexpr std::uint8_t deviceType = 17;
-    std::vector<TSmbiosMemoryDevice> sockets;
-    for (const TSmbiosStructure& structure : structures) {
-        if (structure.GetType() == deviceType) {
-            sockets.push_back(ParseSmbiosMemoryDevice(structure));
-        }
-    }
-    return sockets;
-}
 
 using TDeviceAddresses = std::unordered_map<std::uint16_t, std::vector<TSmbiosDeviceAddress>>;
 
@@ -113,6 +108,23 @@ void SetKinds(const TSmbiosMemoryDevice& device, TMemoryModule& module) {
     }
 }
 
+// The error correction of the array is that of a module if the module has more bits than data bits. An array
+// without error correction makes no use of such bits.
+std::optional<std::string> FindModuleCorrection(const TSmbiosMemoryDevice& device,
+                                                const std::vector<TSmbiosMemoryArray>& arrays) {
+    constexpr std::uint8_t none = 3;
+    const auto array = std::ranges::find(
+        arrays, device.arrayHandle, [](const TSmbiosMemoryArray& row) { return std::optional(row.handle); });
+    if (array == arrays.end() || !array->errorCorrection) {
+        return std::nullopt;
+    }
+    const bool hasCheckBits = device.totalWidthBits.value_or(0) > device.dataWidthBits.value_or(0) &&
+                              device.dataWidthBits.value_or(0) != 0;
+    const auto name = FindErrorCorrection(*array->errorCorrection);
+    return name && (array->errorCorrection == none || hasCheckBits) ? std::optional<std::string>(*name)
+                                                                    : std::nullopt;
+}
+
 // ---- names
 
 // Returns, for example, "Memory module, DDR4 DIMM, made in week 7 of 2019".
@@ -144,8 +156,12 @@ std::optional<std::string> MakeElementName(const TMemoryModule& module) {
 }
 
 TMemoryModule MakeModule(const TSmbiosMemoryDevice& device, const TSpdModule* eeprom,
-                         const TDeviceAddresses& addresses) {
+                         const TDeviceAddresses& addresses, const std::vector<TSmbiosMemoryArray>& arrays) {
     TMemoryModule module;
+    module.configuredSpeed = device.configuredSpeed;
+    module.configuredMillivolts = device.configuredMillivolts;
+    module.rank = device.rank;
+    module.errorCorrection = FindModuleCorrection(device, arrays);
     module.description = Describe(device, eeprom);
     module.manufacturer = WithoutPlaceholder(device.manufacturer);
     module.partNumber = WithoutPlaceholder(device.part);
@@ -167,15 +183,7 @@ TMemoryModule MakeModule(const TSmbiosMemoryDevice& device, const TSpdModule* ee
     return module;
 }
 
-// ---- keys
-
-std::vector<TKeySource> MakeKeySources(const std::vector<TSmbiosMemoryDevice>& sockets) {
-    std::vector<TNamedPlace> places;
-    for (const TSmbiosMemoryDevice& socket : sockets) {
-        places.push_back({WithoutPlaceholder(socket.locator), WithoutPlaceholder(socket.bank)});
-    }
-    return MakePlaceKeySources(places, "memory device");
-}
+// ---- EEPROMs
 
 // An empty socket may still have the texts of its last module, which are ignored.
 std::vector<TModuleTexts> MakeModuleTexts(const std::vector<TSmbiosMemoryDevice>& sockets) {
@@ -190,20 +198,21 @@ std::vector<TModuleTexts> MakeModuleTexts(const std::vector<TSmbiosMemoryDevice>
 
 void CollectMemoryModules(TCollection& collection) {
     const auto& structures = GetSmbios(collection).GetStructures();
-    const auto sockets = ReadSockets(structures);
+    const auto sockets = ReadMemorySockets(structures);
     if (sockets.empty()) {
         return;  // an EEPROM could not be matched to a module
     }
     const auto addresses = ReadDeviceAddresses(structures);
+    const auto arrays = ReadMemoryArrays(structures);
     const auto eeproms = ReadSpdModules(collection.GetFiles());
     const auto matches = MatchSpdModules(MakeModuleTexts(sockets), eeproms);
-    auto keySources = MakeKeySources(sockets);
+    auto keySources = MakeSocketKeySources(sockets);
     std::vector<TKeyedRecord<TMemoryModule>> modules;
     for (std::size_t i = 0; i < sockets.size(); ++i) {
         auto& entry = modules.emplace_back();
         entry.keySource = std::move(keySources[i]);
         if (sockets[i].isPopulated) {
-            entry.record = MakeModule(sockets[i], matches[i], addresses);
+            entry.record = MakeModule(sockets[i], matches[i], addresses, arrays);
         }
     }
     CommitKeyed(collection, memoryModuleClass, std::move(modules), &TMemoryModule::tag, "memory socket");

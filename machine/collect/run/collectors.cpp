@@ -6,12 +6,12 @@ namespace NVORHOST {
 
 // Each is defined in the source file of its collector.
 extern const TCollector computerSystemCollector, operatingSystemCollector, processorCollector, cacheCollector,
-    memoryModuleCollector, memoryArrayAddressCollector, memoryMapCollector, cardCollector, chassisCollector,
-    systemFirmwareCollector, systemSlotCollector, batteryCollector, powerSupplyCollector, diskDriveCollector,
-    disketteDriveCollector, tapeDriveCollector, opticalDriveCollector, logicalDiskCollector,
-    diskPartitionCollector, basedOnCollector, pciFunctionCollector, controllerCollector, monitorCollector,
-    usbPortCollector, networkPortCollector, ipEndpointCollector, processCollector, dataSourceCollector,
-    resultCollector;
+    memoryModuleCollector, memorySlotCollector, memoryArrayAddressCollector, memoryMapCollector,
+    cardCollector, chassisCollector, systemFirmwareCollector, systemSlotCollector, batteryCollector,
+    powerSupplyCollector, diskDriveCollector, disketteDriveCollector, tapeDriveCollector,
+    opticalDriveCollector, logicalDiskCollector, diskPartitionCollector, basedOnCollector,
+    pciFunctionCollector, controllerCollector, monitorCollector, usbPortCollector, networkPortCollector,
+    ipEndpointCollector, processCollector, dataSourceCollector, resultCollector;
 
 std::span<const TCollector> GetCollectors() {
     // Row order is the order of running, of the classes in the namespace and of listings.
@@ -22,6 +22,7 @@ std::span<const TCollector> GetCollectors() {
         processorCollector,
         cacheCollector,
         memoryModuleCollector,
+        memorySlotCollector,
         memoryArrayAddressCollector,
         memoryMapCollector,
         cardCollector,

@@ -17,17 +17,22 @@ struct TDeviceFields {
     std::string speed = "6a 0a";
     std::string extendedSize = "00 00 00 00";
     std::string extendedSpeed = "00 00 00 00";
+    std::string attributes = "02";
+    std::string configuredSpeed = "60 09";
+    std::string configuredVoltage = "e2 04";
+    std::string extendedConfiguredSpeed = "00 00 00 00";
 };
 
 TStructureBytes MakeDevice(const TDeviceFields& fields) {
     const std::string zeros8 = " 00 00 00 00 00 00 00 00 ";
-    return TStructureBytes(
-        "17: 00 10 fe ff " + fields.totalWidth + " " + fields.dataWidth + " " + fields.size +
-            " 09 00 01 02 1a 80 20 " + fields.speed + " 03 04 05 06 02 " + fields.extendedSize +
-            " 6a 0a b0 04 b0 04 b0 04 03 08 00 00 00 00 00 00 00 00 00 00" + zeros8 + zeros8 + zeros8 +
-            zeros8 + fields.extendedSpeed +
-            " 00 00 00 00 \"DIMM_A1\" \"Bank 0\" \"Maker\" \"12345678\" \"Asset\" \"Part-1 \"",
-        0x1100);
+    return TStructureBytes("17: 00 10 fe ff " + fields.totalWidth + " " + fields.dataWidth + " " +
+                               fields.size + " 09 00 01 02 1a 80 20 " + fields.speed + " 03 04 05 06 " +
+                               fields.attributes + " " + fields.extendedSize + " " + fields.configuredSpeed +
+                               " b0 04 78 05 " + fields.configuredVoltage +
+                               " 03 08 00 00 00 00 00 00 00 00 00 00" + zeros8 + zeros8 + zeros8 + zeros8 +
+                               fields.extendedSpeed + " " + fields.extendedConfiguredSpeed +
+                               " \"DIMM_A1\" \"Bank 0\" \"Maker\" \"12345678\" \"Asset\" \"Part-1 \"",
+                           0x1100);
 }
 
 TEST(ParseSmbiosMemoryDevice, ReadsEveryField) {
@@ -49,6 +54,9 @@ TEST(ParseSmbiosMemoryDevice, ReadsEveryField) {
     EXPECT_EQ(device.manufacturer, "Maker");
     EXPECT_EQ(device.serial, "12345678");
     EXPECT_EQ(device.part, "Part-1 ");
+    EXPECT_EQ(device.rank, 2);
+    EXPECT_EQ(device.configuredSpeed, 2400U);
+    EXPECT_EQ(device.configuredMillivolts, 1250);
 }
 
 TEST(ParseSmbiosMemoryDevice, HasAFieldIfItsLengthIncludesIt) {
@@ -68,6 +76,10 @@ TEST(ParseSmbiosMemoryDevice, HasAFieldIfItsLengthIncludesIt) {
         {"manufacturer", 0x18, [](const TDevice& device) { return device.manufacturer.has_value(); }},
         {"serial", 0x19, [](const TDevice& device) { return device.serial.has_value(); }},
         {"part", 0x1B, [](const TDevice& device) { return device.part.has_value(); }},
+        {"rank", 0x1C, [](const TDevice& device) { return device.rank.has_value(); }},
+        {"configuredSpeed", 0x22, [](const TDevice& device) { return device.configuredSpeed.has_value(); }},
+        {"configuredMillivolts", 0x28,
+         [](const TDevice& device) { return device.configuredMillivolts.has_value(); }},
     };
     const TStructureBytes whole = MakeDevice({});
     for (std::size_t length = 4; length <= whole.GetLength(); ++length) {
@@ -128,7 +140,36 @@ TEST(ParseSmbiosMemoryDevice, ReadsHighSpeedsFromTheExtendedField) {
     EXPECT_EQ(ParseSmbiosMemoryDevice(old.Get()).speed, std::nullopt);
 }
 
+TEST(ParseSmbiosMemoryDevice, ReadsHighConfiguredSpeedsFromTheExtendedField) {
+    EXPECT_EQ(ParseDevice({.configuredSpeed = "00 00"}).configuredSpeed, std::nullopt);
+    EXPECT_EQ(
+        ParseDevice({.configuredSpeed = "ff ff", .extendedConfiguredSpeed = "70 11 01 80"}).configuredSpeed,
+        70'000U);
+    const auto bytes = MakeDevice({.configuredSpeed = "ff ff", .extendedConfiguredSpeed = "70 11 01 00"});
+    const auto old = bytes.Shortened(0x58);
+    EXPECT_EQ(ParseSmbiosMemoryDevice(old.Get()).configuredSpeed, std::nullopt);
+}
+
+TEST(ParseSmbiosMemoryDevice, LeavesUnknownRanksAndVoltagesAbsent) {
+    EXPECT_EQ(ParseDevice({.attributes = "f0"}).rank, std::nullopt);
+    EXPECT_EQ(ParseDevice({.attributes = "f4"}).rank, 4);
+    EXPECT_EQ(ParseDevice({.configuredVoltage = "00 00"}).configuredMillivolts, std::nullopt);
+}
+
 // ---- arrays
+
+TEST(ParseSmbiosMemoryArray, ReadsTheMaximumInKibibytesOrFromTheExtendedField) {
+    const auto parse = [](const std::string& maximum, const std::string& extended) {
+        const TStructureBytes bytes("16: 03 03 06 " + maximum + " fe ff 04 00 " + extended);
+        return ParseSmbiosMemoryArray(bytes.Get()).maxCapacityBytes;
+    };
+    EXPECT_EQ(parse("00 00 00 02", ""), 32ULL << 30);
+    EXPECT_EQ(parse("ff ff ff ff", ""), 0x3FFFFFFFC00ULL);
+    EXPECT_EQ(parse("00 00 00 00", ""), std::nullopt);
+    EXPECT_EQ(parse("00 00 00 80", "00 00 00 00 00 02 00 00"), 2ULL << 40);
+    EXPECT_EQ(parse("00 00 00 80", "00 00 00 00 00 00 00 00"), std::nullopt);
+    EXPECT_EQ(parse("00 00 00 80", "00 00 00 00 00 02 00"), std::nullopt);
+}
 
 TEST(ParseSmbiosMemoryArray, HasAFieldIfItsLengthIncludesIt) {
     const TStructureBytes whole("16: 03 04 06 00 00 00 80 fe ff 04 00", 0x1000);
@@ -137,10 +178,13 @@ TEST(ParseSmbiosMemoryArray, HasAFieldIfItsLengthIncludesIt) {
     EXPECT_EQ(array.location, 3);
     EXPECT_EQ(array.use, 4);
     EXPECT_EQ(array.errorCorrection, 6);
+    EXPECT_EQ(array.slotCount, 4);
     const auto header = whole.Shortened(4);
     EXPECT_EQ(ParseSmbiosMemoryArray(header.Get()).location, std::nullopt);
     EXPECT_EQ(ParseSmbiosMemoryArray(header.Get()).use, std::nullopt);
     EXPECT_EQ(ParseSmbiosMemoryArray(header.Get()).errorCorrection, std::nullopt);
+    EXPECT_EQ(ParseSmbiosMemoryArray(header.Get()).maxCapacityBytes, std::nullopt);
+    EXPECT_EQ(ParseSmbiosMemoryArray(header.Get()).slotCount, std::nullopt);
 }
 
 // ---- mapped addresses

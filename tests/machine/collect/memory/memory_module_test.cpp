@@ -65,6 +65,37 @@ TEST(MemoryModules, ReadEveryFieldOfAPopulatedSocket) {
     EXPECT_EQ(collected.Get(module, "InterleavePosition"), "1");
 }
 
+// An array with its error correction as digits, and a module of version 2.8 with its widths as digits. The
+// array is the first structure, with handle 0100h.
+std::string ArrayWithModule(const std::string& errorCorrection, const std::string& widths) {
+    return Table("| 16: 03 03 " + errorCorrection + " 00 00 00 02 fe ff 04 00\n| 17: 00 01 fe ff " + widths +
+                 " 00 04 09 00 01 02 1a 80 20 6a 0a 00 00 00 00 02 00 00 00 00 60 09 b0 04 78 05 e2 04"
+                 " \"DIMM_A1\" \"Bank 0\"\n");
+}
+
+TEST(MemoryModules, HaveTheirConfiguredSpeedVoltageAndRank) {
+    TCollected collected;
+    Collect(ArrayWithModule("06", "48 00 40 00"), collected);
+    EXPECT_EQ(collected.Get(module, "ConfiguredMemoryClockSpeed"), "2400");
+    EXPECT_EQ(collected.Get(module, "ConfiguredVoltage"), "1250");
+    EXPECT_EQ(collected.Get(module, "Rank"), "2");
+    EXPECT_EQ(collected.Get(module, "ErrorMethodology"), "Multi-bit ECC");
+}
+
+TEST(MemoryModules, HaveTheErrorCorrectionOfTheirArrayOnlyWithCheckBits) {
+    const auto find = [](const std::string& errorCorrection, const std::string& widths) {
+        TCollected collected;
+        Collect(ArrayWithModule(errorCorrection, widths), collected);
+        return collected.Get(module, "ErrorMethodology");
+    };
+    EXPECT_EQ(find("05", "48 00 40 00"), "Single-bit ECC");
+    EXPECT_EQ(find("05", "40 00 40 00"), "absent");
+    EXPECT_EQ(find("05", "ff ff 40 00"), "absent");
+    EXPECT_EQ(find("05", "48 00 ff ff"), "absent");
+    EXPECT_EQ(find("03", "40 00 40 00"), "None");
+    EXPECT_EQ(find("02", "48 00 40 00"), "absent");
+}
+
 TEST(MemoryModules, AreAbsentInEmptySockets) {
     TCollected collected;
     Collect(Table(Socket({.size = "00 00"}) + Socket({.locator = "DIMM_B1"})), collected);
