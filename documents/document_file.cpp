@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <new>
 #include <system_error>
+#include <utility>
 
 namespace NVORHOST {
 namespace {
@@ -80,11 +81,21 @@ class TDocumentFile::TInflater {
     bool isBetweenMembers_ = false;
 };
 
-TDocumentFile::TDocumentFile(const std::string& path)
-    : path_(path), file_(::open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
+TDocumentFile::TDocumentFile(const std::string& path, std::string name, std::uint64_t limit)
+    : name_(std::move(name)), file_(::open(path.c_str(), O_RDONLY | O_CLOEXEC)), limit_(limit) {
     if (!file_.IsOpen()) {
         Fail("cannot be read: " + std::system_category().message(errno));
     }
+    Begin();
+}
+
+TDocumentFile::TDocumentFile(std::string name, std::string_view bytes, std::uint64_t limit)
+    : name_(std::move(name)), memory_(bytes), limit_(limit) {
+    Begin();
+}
+
+// Recognises the compression by the first bytes.
+void TDocumentFile::Begin() {
     // A read from a pipe may return fewer bytes than the magic number has.
     for (std::size_t before = size_ + 1; size_ < longestMark && size_ != before;) {
         before = size_;
@@ -116,11 +127,14 @@ std::string_view TDocumentFile::Read() {
 }
 
 void TDocumentFile::Fail(const std::string& cause) const {
-    ThrowAt({path_, {}, {}, {}}, cause);
+    ThrowAt({name_, {}, {}, {}}, cause);
 }
 
 // Reads the next bytes of the file into the free part of the buffer.
 void TDocumentFile::Fill() {
+    if (!file_.IsOpen()) {
+        return FillFromMemory();
+    }
     ssize_t count = 0;
     do {
         count = ::read(file_.Get(), buffer_.data() + size_, buffer_.size() - size_);
@@ -129,6 +143,12 @@ void TDocumentFile::Fill() {
         Fail("cannot be read: " + std::system_category().message(errno));
     }
     size_ += static_cast<std::size_t>(count);
+}
+
+void TDocumentFile::FillFromMemory() {
+    const std::size_t count = memory_.copy(buffer_.data() + size_, buffer_.size() - size_);
+    memory_.remove_prefix(count);
+    size_ += count;
 }
 
 // Returns the unread bytes, which stay valid until the next Fill.
@@ -162,8 +182,8 @@ std::string_view TDocumentFile::Inflate() {
         if (status != Z_OK && status != Z_STREAM_END && status != Z_BUF_ERROR) {
             Fail("the compressed data is damaged");
         }
-        if (inflater_->GetTotal() > maxBytes) {
-            Fail("decompresses to more than " + std::to_string(maxBytes) + " bytes");
+        if (inflater_->GetTotal() > limit_) {
+            Fail("decompresses to more than " + std::to_string(limit_) + " bytes");
         }
         if (!bytes.empty()) {
             return bytes;

@@ -165,7 +165,7 @@ class TXmlParser::TState {
         }
     }
 
-    static void OnStartElement(void* self, const xmlChar* name, const xmlChar* prefix, const xmlChar* /*uri*/,
+    static void OnStartElement(void* self, const xmlChar* name, const xmlChar* prefix, const xmlChar* uri,
                                int /*namespaceCount*/, const xmlChar** /*namespaces*/, int attributeCount,
                                int /*defaultedCount*/, const xmlChar** attributes) {
         Guard(self, [&](TState& state) {
@@ -177,7 +177,8 @@ class TXmlParser::TState {
             if (count > maxAttributes) {
                 throw TDocumentCause("a tag has more than " + std::to_string(maxAttributes) + " attributes");
             }
-            const TXmlAttributes found(std::span(attributes, count * partsPerAttribute));
+            const TXmlAttributes found(std::span(attributes, count * partsPerAttribute),
+                                       uri == nullptr ? std::string_view() : AsView(uri));
             if (prefix == nullptr) {
                 state.events_.StartElement(AsView(name), found);
             } else {

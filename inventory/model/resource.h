@@ -1,0 +1,53 @@
+// A resource of an inventory: one device, part or program with its properties, as documents and namespaces
+// describe it.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace NINVENTORY {
+
+/// The shape of a property's value.
+enum class EShape {
+    null,    ///< the property has no value
+    scalar,  ///< one value
+    array,   ///< any number of values
+};
+
+/// One property. Values are texts in the form of the documents, without escapes.
+struct TProperty {
+    std::string name;
+    std::string type;  ///< the XML Schema type, such as "string", "unsignedInt" or "dateTime"
+    EShape shape = EShape::null;
+    std::vector<std::string> values;  ///< empty for null, one for a scalar
+
+    bool operator==(const TProperty&) const = default;
+};
+
+/// One resource with its properties in the order of its source.
+struct TResource {
+    std::string id;    ///< 32 upper-case hexadecimal digits; empty in a document without one
+    std::string type;  ///< the resource type, such as "PhysicalMemory"
+    std::string list;  ///< the type of its resource list; empty for the context of a document
+    std::string name;  ///< the resource name, which only system information has
+    std::vector<TProperty> properties;
+    int line = 0;  ///< 1-based line in its document; 0 if it does not come from one
+
+    /// Returns the first property of a name; null if there is none.
+    const TProperty* Find(std::string_view propertyName) const;
+    /// Returns the text of a scalar property; empty if it is missing, null or an array.
+    std::string_view GetText(std::string_view propertyName) const;
+};
+
+/// The kinds of documents.
+enum class EDocument { hardware, systemInformation };
+
+/// What a document says about itself.
+struct TDocumentHead {
+    EDocument kind = EDocument::hardware;
+    std::string namespaceUri;
+    std::string timestamp;  ///< as written, such as "2024-03-01T12:00:00+01:00"
+};
+
+}  // namespace NINVENTORY
