@@ -64,14 +64,16 @@ class TGeneratedTree {
 
 // System calls of a machine that has only files.
 struct TNoSystemCalls final : ISystemCalls {
-    std::optional<std::string> KernelRelease() const override { return "6.1.0"; }
-    std::optional<std::string> NodeName() const override { return "large"; }
-    std::optional<std::string> Architecture() const override { return "x86_64"; }
-    std::optional<std::uint32_t> PageSizeBytes() const override { return 4096; }
-    std::optional<std::uint32_t> ClockTicksPerSecond() const override { return 100; }
-    std::optional<std::string> HypervisorSignature() const override { return std::nullopt; }
-    std::optional<int> UtcOffsetMinutes(std::int64_t) const override { return 0; }
-    std::optional<std::vector<TInterfaceAddress>> InterfaceAddresses() const override { return std::nullopt; }
+    std::optional<std::string> ReadKernelRelease() const override { return "6.1.0"; }
+    std::optional<std::string> ReadNodeName() const override { return "large"; }
+    std::optional<std::string> ReadArchitecture() const override { return "x86_64"; }
+    std::optional<std::uint32_t> ReadPageSizeBytes() const override { return 4096; }
+    std::optional<std::uint32_t> ReadClockTicksPerSecond() const override { return 100; }
+    std::optional<std::string> ReadHypervisorSignature() const override { return std::nullopt; }
+    std::optional<int> ReadUtcOffsetMinutes(std::int64_t) const override { return 0; }
+    std::optional<std::vector<TInterfaceAddress>> ReadInterfaceAddresses() const override {
+        return std::nullopt;
+    }
 };
 
 template <typename... TArguments>

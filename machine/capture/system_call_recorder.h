@@ -11,31 +11,33 @@ class TSystemCallRecorder final : public ISystemCalls {
     /// `calls` must outlive this object.
     explicit TSystemCallRecorder(const ISystemCalls& calls) : calls_(calls) {}
 
-    std::optional<std::string> KernelRelease() const override {
-        return answers_.kernelRelease = calls_.KernelRelease();
+    std::optional<std::string> ReadKernelRelease() const override {
+        return answers_.kernelRelease = calls_.ReadKernelRelease();
     }
-    std::optional<std::string> NodeName() const override { return answers_.nodeName = calls_.NodeName(); }
-    std::optional<std::string> Architecture() const override {
-        return answers_.architecture = calls_.Architecture();
+    std::optional<std::string> ReadNodeName() const override {
+        return answers_.nodeName = calls_.ReadNodeName();
     }
-    std::optional<std::uint32_t> PageSizeBytes() const override {
-        return answers_.pageSizeBytes = calls_.PageSizeBytes();
+    std::optional<std::string> ReadArchitecture() const override {
+        return answers_.architecture = calls_.ReadArchitecture();
     }
-    std::optional<std::uint32_t> ClockTicksPerSecond() const override {
-        return answers_.clockTicksPerSecond = calls_.ClockTicksPerSecond();
+    std::optional<std::uint32_t> ReadPageSizeBytes() const override {
+        return answers_.pageSizeBytes = calls_.ReadPageSizeBytes();
     }
-    std::optional<std::string> HypervisorSignature() const override {
-        return answers_.hypervisorSignature = calls_.HypervisorSignature();
+    std::optional<std::uint32_t> ReadClockTicksPerSecond() const override {
+        return answers_.clockTicksPerSecond = calls_.ReadClockTicksPerSecond();
     }
-    std::optional<int> UtcOffsetMinutes(std::int64_t secondsSinceEpoch) const override {
-        const auto offset = calls_.UtcOffsetMinutes(secondsSinceEpoch);
+    std::optional<std::string> ReadHypervisorSignature() const override {
+        return answers_.hypervisorSignature = calls_.ReadHypervisorSignature();
+    }
+    std::optional<int> ReadUtcOffsetMinutes(std::int64_t secondsSinceEpoch) const override {
+        const auto offset = calls_.ReadUtcOffsetMinutes(secondsSinceEpoch);
         if (offset) {
             answers_.utcOffsetMinutes[secondsSinceEpoch] = *offset;
         }
         return offset;
     }
-    std::optional<std::vector<TInterfaceAddress>> InterfaceAddresses() const override {
-        return answers_.interfaceAddresses = calls_.InterfaceAddresses();
+    std::optional<std::vector<TInterfaceAddress>> ReadInterfaceAddresses() const override {
+        return answers_.interfaceAddresses = calls_.ReadInterfaceAddresses();
     }
 
     /// Returns the answers of the calls so far.

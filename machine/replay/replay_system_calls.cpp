@@ -17,12 +17,12 @@ std::optional<std::string> ReadLine(const ISystemFiles& files, std::string_view 
 
 }  // namespace
 
-std::optional<std::string> TReplaySystemCalls::KernelRelease() const {
+std::optional<std::string> TReplaySystemCalls::ReadKernelRelease() const {
     return answers_.value.kernelRelease ? answers_.value.kernelRelease
                                         : ReadLine(files_, "/proc/sys/kernel/osrelease");
 }
 
-std::optional<std::string> TReplaySystemCalls::NodeName() const {
+std::optional<std::string> TReplaySystemCalls::ReadNodeName() const {
     if (answers_.value.nodeName) {
         return answers_.value.nodeName;
     }
@@ -30,12 +30,12 @@ std::optional<std::string> TReplaySystemCalls::NodeName() const {
     return name ? name : ReadLine(files_, "/etc/hostname");
 }
 
-std::optional<std::string> TReplaySystemCalls::Architecture() const {
+std::optional<std::string> TReplaySystemCalls::ReadArchitecture() const {
     return answers_.value.architecture ? answers_.value.architecture
                                        : ReadLine(files_, "/proc/sys/kernel/arch");
 }
 
-std::optional<int> TReplaySystemCalls::UtcOffsetMinutes(std::int64_t secondsSinceEpoch) const {
+std::optional<int> TReplaySystemCalls::ReadUtcOffsetMinutes(std::int64_t secondsSinceEpoch) const {
     const auto found = answers_.value.utcOffsetMinutes.find(secondsSinceEpoch);
     return found == answers_.value.utcOffsetMinutes.end() ? std::nullopt : std::optional(found->second);
 }

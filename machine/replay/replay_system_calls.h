@@ -20,22 +20,22 @@ class TReplaySystemCalls final : public ISystemCalls {
     // A tree that another tool copied has no answers, but has some of them in its files.
 
     /// Falls back to /proc/sys/kernel/osrelease.
-    std::optional<std::string> KernelRelease() const override;
+    std::optional<std::string> ReadKernelRelease() const override;
     /// Falls back to /proc/sys/kernel/hostname, then to /etc/hostname.
-    std::optional<std::string> NodeName() const override;
+    std::optional<std::string> ReadNodeName() const override;
     /// Falls back to /proc/sys/kernel/arch.
-    std::optional<std::string> Architecture() const override;
+    std::optional<std::string> ReadArchitecture() const override;
 
-    std::optional<std::uint32_t> PageSizeBytes() const override { return answers_.value.pageSizeBytes; }
-    std::optional<std::uint32_t> ClockTicksPerSecond() const override {
+    std::optional<std::uint32_t> ReadPageSizeBytes() const override { return answers_.value.pageSizeBytes; }
+    std::optional<std::uint32_t> ReadClockTicksPerSecond() const override {
         return answers_.value.clockTicksPerSecond;
     }
-    std::optional<std::string> HypervisorSignature() const override {
+    std::optional<std::string> ReadHypervisorSignature() const override {
         return answers_.value.hypervisorSignature;
     }
     /// Absent for a moment whose offset was not captured.
-    std::optional<int> UtcOffsetMinutes(std::int64_t secondsSinceEpoch) const override;
-    std::optional<std::vector<TInterfaceAddress>> InterfaceAddresses() const override {
+    std::optional<int> ReadUtcOffsetMinutes(std::int64_t secondsSinceEpoch) const override;
+    std::optional<std::vector<TInterfaceAddress>> ReadInterfaceAddresses() const override {
         return answers_.value.interfaceAddresses;
     }
 

@@ -68,30 +68,30 @@ struct TFreeAddresses {
 
 }  // namespace
 
-std::optional<std::string> TLiveSystemCalls::KernelRelease() const {
+std::optional<std::string> TLiveSystemCalls::ReadKernelRelease() const {
     const auto names = ReadUname();
     return names ? std::optional<std::string>(names->release) : std::nullopt;
 }
 
-std::optional<std::string> TLiveSystemCalls::NodeName() const {
+std::optional<std::string> TLiveSystemCalls::ReadNodeName() const {
     const auto names = ReadUname();
     return names ? std::optional<std::string>(names->nodename) : std::nullopt;
 }
 
-std::optional<std::string> TLiveSystemCalls::Architecture() const {
+std::optional<std::string> TLiveSystemCalls::ReadArchitecture() const {
     const auto names = ReadUname();
     return names ? std::optional<std::string>(names->machine) : std::nullopt;
 }
 
-std::optional<std::uint32_t> TLiveSystemCalls::PageSizeBytes() const {
+std::optional<std::uint32_t> TLiveSystemCalls::ReadPageSizeBytes() const {
     return ReadAuxiliaryValue(AT_PAGESZ);
 }
 
-std::optional<std::uint32_t> TLiveSystemCalls::ClockTicksPerSecond() const {
+std::optional<std::uint32_t> TLiveSystemCalls::ReadClockTicksPerSecond() const {
     return ReadAuxiliaryValue(AT_CLKTCK);
 }
 
-std::optional<std::string> TLiveSystemCalls::HypervisorSignature() const {
+std::optional<std::string> TLiveSystemCalls::ReadHypervisorSignature() const {
 #if defined(__x86_64__) || defined(__i386__)
     constexpr unsigned int runsUnderHypervisor = 1U << 31;  // leaf 1, ECX
     std::array<unsigned int, 4> registers{};
@@ -111,7 +111,7 @@ std::optional<std::string> TLiveSystemCalls::HypervisorSignature() const {
 #endif
 }
 
-std::optional<int> TLiveSystemCalls::UtcOffsetMinutes(std::int64_t secondsSinceEpoch) const {
+std::optional<int> TLiveSystemCalls::ReadUtcOffsetMinutes(std::int64_t secondsSinceEpoch) const {
     const std::time_t moment = secondsSinceEpoch;
     std::tm local{};
     if (localtime_r(&moment, &local) == nullptr) {
@@ -120,7 +120,7 @@ std::optional<int> TLiveSystemCalls::UtcOffsetMinutes(std::int64_t secondsSinceE
     return static_cast<int>(local.tm_gmtoff / 60);
 }
 
-std::optional<std::vector<TInterfaceAddress>> TLiveSystemCalls::InterfaceAddresses() const {
+std::optional<std::vector<TInterfaceAddress>> TLiveSystemCalls::ReadInterfaceAddresses() const {
     ifaddrs* first = nullptr;
     if (getifaddrs(&first) != 0) {
         if (IsExhaustion(errno)) {

@@ -19,21 +19,22 @@ class ISystemCalls {
   public:
     virtual ~ISystemCalls() = default;
 
-    /// Release, nodename and machine of uname(2).
-    virtual std::optional<std::string> KernelRelease() const = 0;
-    virtual std::optional<std::string> NodeName() const = 0;
-    virtual std::optional<std::string> Architecture() const = 0;
-    /// Size of a page in bytes, AT_PAGESZ.
-    virtual std::optional<std::uint32_t> PageSizeBytes() const = 0;
-    /// Ticks per second of the clock fields in /proc, AT_CLKTCK.
-    virtual std::optional<std::uint32_t> ClockTicksPerSecond() const = 0;
-    /// The 12-byte signature of CPUID leaf 40000000h without trailing zeros; absent if the processor reports
-    /// no hypervisor.
-    virtual std::optional<std::string> HypervisorSignature() const = 0;
-    /// Difference between local time and UTC, in minutes east, at a moment in seconds since 1970-01-01 UTC.
-    virtual std::optional<int> UtcOffsetMinutes(std::int64_t secondsSinceEpoch) const = 0;
-    /// All IPv4 and IPv6 addresses of all interfaces, in no particular order.
-    virtual std::optional<std::vector<TInterfaceAddress>> InterfaceAddresses() const = 0;
+    /// Reads the release, nodename and machine of uname(2).
+    virtual std::optional<std::string> ReadKernelRelease() const = 0;
+    virtual std::optional<std::string> ReadNodeName() const = 0;
+    virtual std::optional<std::string> ReadArchitecture() const = 0;
+    /// Reads the size of a page in bytes, AT_PAGESZ.
+    virtual std::optional<std::uint32_t> ReadPageSizeBytes() const = 0;
+    /// Reads the ticks per second of the clock fields in /proc, AT_CLKTCK.
+    virtual std::optional<std::uint32_t> ReadClockTicksPerSecond() const = 0;
+    /// Reads the 12-byte signature of CPUID leaf 40000000h without trailing zeros; absent if the processor
+    /// reports no hypervisor.
+    virtual std::optional<std::string> ReadHypervisorSignature() const = 0;
+    /// Reads the difference between local time and UTC, in minutes east, at a moment in seconds since
+    /// 1970-01-01 UTC.
+    virtual std::optional<int> ReadUtcOffsetMinutes(std::int64_t secondsSinceEpoch) const = 0;
+    /// Reads all IPv4 and IPv6 addresses of all interfaces, in no particular order.
+    virtual std::optional<std::vector<TInterfaceAddress>> ReadInterfaceAddresses() const = 0;
 };
 
 }  // namespace NVORHOST

@@ -23,7 +23,7 @@ std::string Quote(std::string_view text) {
 TCIMDateTime TCollection::ToDateTime(std::int64_t secondsSinceEpoch) const {
     // A captured tree has no history of its time zone; fall back to the offset at the time of the collection.
     const int atCollection = context_.localTime ? context_.localTime->GetUTCOffset() : 0;
-    const int offset = context_.calls.UtcOffsetMinutes(secondsSinceEpoch).value_or(atCollection);
+    const int offset = context_.calls.ReadUtcOffsetMinutes(secondsSinceEpoch).value_or(atCollection);
     return MakeCimTime(secondsSinceEpoch, offset);
 }
 

@@ -59,7 +59,7 @@ void CollectComputerSystem(TCollection& collection) {
     constexpr std::uint16_t notDedicated = 0;
     TMachineIdentity identity = ReadMachineIdentity(collection);
     TComputerSystem system;
-    system.elementName = collection.GetCalls().NodeName();
+    system.elementName = collection.GetCalls().ReadNodeName();
     if (!system.elementName) {
         system.elementName = identity.product;
     }

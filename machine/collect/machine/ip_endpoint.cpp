@@ -80,7 +80,7 @@ TIpEndpoint MakeEndpoint(const ISystemFiles& files, const TInterfaceAddress& row
 
 void CollectIpEndpoints(TCollection& collection) {
     const ISystemFiles& files = collection.GetFiles();
-    const auto answer = collection.GetCalls().InterfaceAddresses();
+    const auto answer = collection.GetCalls().ReadInterfaceAddresses();
     TAddresses addresses = answer ? *answer : ReadAddressesOfTree(files);
     SortAndDeduplicate(addresses);
     for (const TInterfaceAddress& row : addresses) {

@@ -168,7 +168,7 @@ const THypervisor* FindHypervisor(std::string_view signature) {
 }
 
 void FillFromHypervisor(TCollection& collection, TMachineIdentity& identity) {
-    const auto signature = collection.GetCalls().HypervisorSignature();
+    const auto signature = collection.GetCalls().ReadHypervisorSignature();
     if (signature) {
         const THypervisor* hypervisor = FindHypervisor(*signature);
         SetIfAbsent(identity.product,
@@ -190,7 +190,7 @@ void FillFromProcessor(TCollection& collection, TMachineIdentity& identity) {
     const auto& processors = GetLogicalProcessors(collection);
     if (!processors.empty() && !processors.front().model.empty()) {
         SetIfAbsent(identity.product, processors.front().model + " computer");
-    } else if (const auto architecture = collection.GetCalls().Architecture()) {
+    } else if (const auto architecture = collection.GetCalls().ReadArchitecture()) {
         SetIfAbsent(identity.product, *architecture + " computer");
     } else {
         SetIfAbsent(identity.product, "Computer");
@@ -224,13 +224,13 @@ bool IsVirtual(TCollection& collection) {
     const auto& processors = GetLogicalProcessors(collection);
     return (!processors.empty() && processors.front().isUnderHypervisor) ||
            IsVirtualByFirmware(GetSmbios(collection)) || ReadAttribute(files, hypervisorType) ||
-           collection.GetCalls().HypervisorSignature();
+           collection.GetCalls().ReadHypervisorSignature();
 }
 
 // Returns, for example, "Virtual machine, KVM".
 std::string DescribeVirtualMachine(TCollection& collection) {
     std::string_view name;
-    if (const auto signature = collection.GetCalls().HypervisorSignature()) {
+    if (const auto signature = collection.GetCalls().ReadHypervisorSignature()) {
         const THypervisor* hypervisor = FindHypervisor(*signature);
         name = hypervisor != nullptr ? hypervisor->name : "";
     }

@@ -102,7 +102,7 @@ TOsRelease ReadOsRelease(const ISystemFiles& files) {
 
 // Falls back to /proc/version for a captured tree without the answers of system calls.
 std::optional<std::string> FindKernelRelease(TCollection& collection) {
-    if (auto release = collection.GetCalls().KernelRelease()) {
+    if (auto release = collection.GetCalls().ReadKernelRelease()) {
         return release;
     }
     return ParseKernelRelease(collection.GetFiles().ReadText("/proc/version").value);
@@ -120,7 +120,7 @@ std::optional<std::string> KernelNumber(const std::optional<std::string>& releas
 void SetNames(TCollection& collection, TOperatingSystem& system) {
     const TOsRelease release = ReadOsRelease(collection.GetFiles());
     const ISystemCalls& calls = collection.GetCalls();
-    system.csName = calls.NodeName();
+    system.csName = calls.ReadNodeName();
     system.kernelRelease = FindKernelRelease(collection);
     system.elementName = release.prettyName ? release.prettyName : release.name;
     if (!system.elementName) {
@@ -131,7 +131,7 @@ void SetNames(TCollection& collection, TOperatingSystem& system) {
     if (system.kernelRelease) {
         *system.description += " " + *system.kernelRelease;
     }
-    if (const auto architecture = calls.Architecture()) {
+    if (const auto architecture = calls.ReadArchitecture()) {
         *system.description += " on " + *architecture;
     }
 }
@@ -170,7 +170,7 @@ void CollectOperatingSystem(TCollection& collection) {
     TOperatingSystem system;
     system.operationalStatus = {statusOk};
     system.osType = linuxType;
-    system.pageSizeBytes = collection.GetCalls().PageSizeBytes();
+    system.pageSizeBytes = collection.GetCalls().ReadPageSizeBytes();
     SetNames(collection, system);
     SetMemory(ParseMemInfo(files.ReadText("/proc/meminfo").value), system);
     SetTimes(collection, system);

@@ -94,7 +94,7 @@ TProcess MakeProcess(const TCollection& collection, const TProcessStat& stat,
     process.executionState = FindExecutionState(stat.state);
     process.priority = ToPriority(stat.priority);
     if (bootTime) {
-        const auto ticks = collection.GetCalls().ClockTicksPerSecond().value_or(usualTicksPerSecond);
+        const auto ticks = collection.GetCalls().ReadClockTicksPerSecond().value_or(usualTicksPerSecond);
         process.creationDate =
             collection.ToDateTime(*bootTime + static_cast<std::int64_t>(stat.startTicks / ticks));
     }

@@ -164,14 +164,14 @@ TEST(TSystemCallRecorder, RecordsTheAnswersOfItsCalls) {
     calls.interfaceAddresses.emplace();
     const TSystemCallRecorder capturing(calls);
     EXPECT_EQ(FormatCaptureAnswers(capturing.GetAnswers()), FormatCaptureAnswers({}));
-    EXPECT_EQ(capturing.KernelRelease(), "6.1");
-    EXPECT_EQ(capturing.NodeName(), "server");
-    EXPECT_EQ(capturing.Architecture(), "x86_64");
-    EXPECT_EQ(capturing.HypervisorSignature(), "KVMKVMKVM");
-    EXPECT_EQ(capturing.PageSizeBytes(), 4096U);
-    EXPECT_EQ(capturing.ClockTicksPerSecond(), 100U);
-    EXPECT_EQ(capturing.UtcOffsetMinutes(17), 60);
-    EXPECT_TRUE(capturing.InterfaceAddresses());
+    EXPECT_EQ(capturing.ReadKernelRelease(), "6.1");
+    EXPECT_EQ(capturing.ReadNodeName(), "server");
+    EXPECT_EQ(capturing.ReadArchitecture(), "x86_64");
+    EXPECT_EQ(capturing.ReadHypervisorSignature(), "KVMKVMKVM");
+    EXPECT_EQ(capturing.ReadPageSizeBytes(), 4096U);
+    EXPECT_EQ(capturing.ReadClockTicksPerSecond(), 100U);
+    EXPECT_EQ(capturing.ReadUtcOffsetMinutes(17), 60);
+    EXPECT_TRUE(capturing.ReadInterfaceAddresses());
     EXPECT_EQ(FormatCaptureAnswers(capturing.GetAnswers()),
               "# Answers of the captured machine beside its files.\n"
               "KernelRelease 6.1\nNodeName server\nArchitecture x86_64\nHypervisorSignature KVMKVMKVM\n"

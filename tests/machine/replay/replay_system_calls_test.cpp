@@ -27,13 +27,13 @@ TEST(ReplaySystemCalls, PrefersCapturedAnswersToFiles) {
     files.AddFile("/proc/sys/kernel/osrelease", "other\n");
     files.AddFile("/proc/sys/kernel/hostname", "other\n");
     const TReplaySystemCalls calls(files);
-    EXPECT_EQ(calls.KernelRelease(), "6.1.0-18-amd64");
-    EXPECT_EQ(calls.NodeName(), "server 1%\n");
-    EXPECT_EQ(calls.Architecture(), "x86_64");
-    EXPECT_EQ(calls.PageSizeBytes(), 4096U);
-    EXPECT_EQ(calls.ClockTicksPerSecond(), 100U);
-    EXPECT_EQ(calls.HypervisorSignature(), "bhyve bhyve ");
-    EXPECT_EQ(calls.InterfaceAddresses()->size(), 2U);
+    EXPECT_EQ(calls.ReadKernelRelease(), "6.1.0-18-amd64");
+    EXPECT_EQ(calls.ReadNodeName(), "server 1%\n");
+    EXPECT_EQ(calls.ReadArchitecture(), "x86_64");
+    EXPECT_EQ(calls.ReadPageSizeBytes(), 4096U);
+    EXPECT_EQ(calls.ReadClockTicksPerSecond(), 100U);
+    EXPECT_EQ(calls.ReadHypervisorSignature(), "bhyve bhyve ");
+    EXPECT_EQ(calls.ReadInterfaceAddresses()->size(), 2U);
     EXPECT_EQ(calls.GetAnswers().localTime, "20240229134500.000000+060");
 }
 
@@ -48,8 +48,8 @@ TEST(ReplaySystemCalls, ReturnsUtcOffsetsOfCapturedMomentsOnly) {
     TMemoryFiles files;
     files.AddFile("/noxinfo-system.txt", text);
     const TReplaySystemCalls calls(files);
-    EXPECT_EQ(calls.UtcOffsetMinutes(1700000000), 60);
-    EXPECT_EQ(calls.UtcOffsetMinutes(1700000001), std::nullopt);
+    EXPECT_EQ(calls.ReadUtcOffsetMinutes(1700000000), 60);
+    EXPECT_EQ(calls.ReadUtcOffsetMinutes(1700000001), std::nullopt);
 }
 
 TEST(ReplaySystemCalls, FallsBackToTheFilesOfTheTree) {
@@ -58,28 +58,28 @@ TEST(ReplaySystemCalls, FallsBackToTheFilesOfTheTree) {
     files.AddFile("/proc/sys/kernel/hostname", "captured\n");
     files.AddFile("/proc/sys/kernel/arch", "x86_64\n");
     const TReplaySystemCalls calls(files);
-    EXPECT_EQ(calls.KernelRelease(), "5.10.0-8-amd64");
-    EXPECT_EQ(calls.NodeName(), "captured");
-    EXPECT_EQ(calls.Architecture(), "x86_64");
+    EXPECT_EQ(calls.ReadKernelRelease(), "5.10.0-8-amd64");
+    EXPECT_EQ(calls.ReadNodeName(), "captured");
+    EXPECT_EQ(calls.ReadArchitecture(), "x86_64");
 }
 
 TEST(ReplaySystemCalls, FallsBackToTheConfiguredHostName) {
     TMemoryFiles files;
     files.AddFile("/etc/hostname", "configured\n");
-    EXPECT_EQ(TReplaySystemCalls(files).NodeName(), "configured");
+    EXPECT_EQ(TReplaySystemCalls(files).ReadNodeName(), "configured");
 }
 
 TEST(ReplaySystemCalls, ReturnsNulloptForAnswersMissingFromTheTree) {
     const TMemoryFiles files;
     const TReplaySystemCalls calls(files);
-    EXPECT_EQ(calls.KernelRelease(), std::nullopt);
-    EXPECT_EQ(calls.NodeName(), std::nullopt);
-    EXPECT_EQ(calls.Architecture(), std::nullopt);
-    EXPECT_EQ(calls.PageSizeBytes(), std::nullopt);
-    EXPECT_EQ(calls.ClockTicksPerSecond(), std::nullopt);
-    EXPECT_EQ(calls.HypervisorSignature(), std::nullopt);
-    EXPECT_EQ(calls.UtcOffsetMinutes(0), std::nullopt);
-    EXPECT_FALSE(calls.InterfaceAddresses());
+    EXPECT_EQ(calls.ReadKernelRelease(), std::nullopt);
+    EXPECT_EQ(calls.ReadNodeName(), std::nullopt);
+    EXPECT_EQ(calls.ReadArchitecture(), std::nullopt);
+    EXPECT_EQ(calls.ReadPageSizeBytes(), std::nullopt);
+    EXPECT_EQ(calls.ReadClockTicksPerSecond(), std::nullopt);
+    EXPECT_EQ(calls.ReadHypervisorSignature(), std::nullopt);
+    EXPECT_EQ(calls.ReadUtcOffsetMinutes(0), std::nullopt);
+    EXPECT_FALSE(calls.ReadInterfaceAddresses());
 }
 
 }  // namespace

@@ -17,21 +17,21 @@ std::string ReadLine(const char* path) {
 
 TEST(LiveSystemCalls, AgreesWithProcfs) {
     const TLiveSystemCalls calls;
-    EXPECT_EQ(calls.KernelRelease(), ReadLine("/proc/sys/kernel/osrelease"));
-    EXPECT_EQ(calls.NodeName(), ReadLine("/proc/sys/kernel/hostname"));
+    EXPECT_EQ(calls.ReadKernelRelease(), ReadLine("/proc/sys/kernel/osrelease"));
+    EXPECT_EQ(calls.ReadNodeName(), ReadLine("/proc/sys/kernel/hostname"));
 }
 
 TEST(LiveSystemCalls, AgreesWithTheCLibrary) {
     const TLiveSystemCalls calls;
-    EXPECT_EQ(calls.PageSizeBytes(), static_cast<std::uint32_t>(::sysconf(_SC_PAGESIZE)));
-    EXPECT_EQ(calls.ClockTicksPerSecond(), static_cast<std::uint32_t>(::sysconf(_SC_CLK_TCK)));
+    EXPECT_EQ(calls.ReadPageSizeBytes(), static_cast<std::uint32_t>(::sysconf(_SC_PAGESIZE)));
+    EXPECT_EQ(calls.ReadClockTicksPerSecond(), static_cast<std::uint32_t>(::sysconf(_SC_CLK_TCK)));
 }
 
 TEST(LiveSystemCalls, FindsAHypervisorIfTheKernelDoes) {
     std::ifstream cpuinfo("/proc/cpuinfo");
     const std::string text{std::istreambuf_iterator<char>(cpuinfo), {}};
     const bool isGuest = text.find(" hypervisor") != std::string::npos;
-    EXPECT_EQ(TLiveSystemCalls().HypervisorSignature().has_value(), isGuest);
+    EXPECT_EQ(TLiveSystemCalls().ReadHypervisorSignature().has_value(), isGuest);
 }
 
 TEST(LiveSystemCalls, ReturnsTheUtcOffsetOfAMoment) {
@@ -39,14 +39,14 @@ TEST(LiveSystemCalls, ReturnsTheUtcOffsetOfAMoment) {
     const std::string kept = before == nullptr ? "" : before;
     ::setenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3", 1);
     ::tzset();
-    EXPECT_EQ(TLiveSystemCalls().UtcOffsetMinutes(1704067200), 60);   // 2024-01-01
-    EXPECT_EQ(TLiveSystemCalls().UtcOffsetMinutes(1719792000), 120);  // 2024-07-01
+    EXPECT_EQ(TLiveSystemCalls().ReadUtcOffsetMinutes(1704067200), 60);   // 2024-01-01
+    EXPECT_EQ(TLiveSystemCalls().ReadUtcOffsetMinutes(1719792000), 120);  // 2024-07-01
     before == nullptr ? ::unsetenv("TZ") : ::setenv("TZ", kept.c_str(), 1);
     ::tzset();
 }
 
 TEST(LiveSystemCalls, ReturnsAddressesWithTheNamesOfTheirInterfaces) {
-    const auto addresses = TLiveSystemCalls().InterfaceAddresses();
+    const auto addresses = TLiveSystemCalls().ReadInterfaceAddresses();
     ASSERT_TRUE(addresses);
     for (const TInterfaceAddress& row : *addresses) {
         EXPECT_TRUE(row.address.size() == 4 || row.address.size() == 16) << row.interface;
