@@ -74,6 +74,9 @@ struct TNoSystemCalls final : ISystemCalls {
     std::optional<std::vector<TInterfaceAddress>> ReadInterfaceAddresses() const override {
         return std::nullopt;
     }
+    std::optional<TFileSystemSpace> ReadFileSystemSpace(std::string_view) const override {
+        return std::nullopt;
+    }
 };
 
 template <typename... TArguments>

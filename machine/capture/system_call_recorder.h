@@ -39,6 +39,13 @@ class TSystemCallRecorder final : public ISystemCalls {
     std::optional<std::vector<TInterfaceAddress>> ReadInterfaceAddresses() const override {
         return answers_.interfaceAddresses = calls_.ReadInterfaceAddresses();
     }
+    std::optional<TFileSystemSpace> ReadFileSystemSpace(std::string_view mountPoint) const override {
+        const auto space = calls_.ReadFileSystemSpace(mountPoint);
+        if (space) {
+            answers_.fileSystemSpaces[std::string(mountPoint)] = *space;
+        }
+        return space;
+    }
 
     /// Returns the answers of the calls so far.
     const TCaptureAnswers& GetAnswers() const { return answers_; }

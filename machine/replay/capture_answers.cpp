@@ -108,6 +108,7 @@ void Read(std::string_view words, std::optional<std::uint32_t>& value) {
 constexpr std::string_view offsetLine = "UtcOffsetMinutes";
 constexpr std::string_view addressesLine = "InterfaceAddresses";
 constexpr std::string_view addressLine = "InterfaceAddress";
+constexpr std::string_view spaceLine = "FileSystemSpace";
 
 // Calls `visit` with the name and the member of every answer that is a single word.
 template <typename TAnswers, typename TVisit>
@@ -145,6 +146,16 @@ void ReadOffset(std::string_view words, TCaptureAnswers& answers) {
     }
 }
 
+void ReadSpace(std::string_view words, TCaptureAnswers& answers) {
+    std::string mountPoint = Unescape(TakeUntil(words, ' '));
+    const auto blockSize = ParseNumber<std::uint64_t>(TakeUntil(words, ' '));
+    const auto size = ParseNumber<std::uint64_t>(TakeUntil(words, ' '));
+    const auto available = ParseNumber<std::uint64_t>(words);
+    if (blockSize && size && available) {
+        answers.fileSystemSpaces[std::move(mountPoint)] = {*blockSize, *size, *available};
+    }
+}
+
 void ReadRefusal(std::string_view statusName, std::string_view words, TCaptureAnswers& answers) {
     const auto* const status = FindRow(statusNames, &TStatusName::name, statusName);
     const auto* const access = FindRow(accessNames, &TAccessName::name, TakeUntil(words, ' '));
@@ -166,6 +177,8 @@ void ReadLine(std::string_view line, TCaptureAnswers& answers) {
         answers.interfaceAddresses.emplace();
     } else if (name == addressLine) {
         ReadAddress(line, answers);
+    } else if (name == spaceLine) {
+        ReadSpace(line, answers);
     } else {
         ReadRefusal(name, line, answers);
     }
@@ -185,6 +198,11 @@ std::string FormatCaptureAnswers(const TCaptureAnswers& answers) {
             text += std::string(addressLine) + " " + Escape(row.interface) + " " +
                     FormatAddress(row.address) + "\n";
         }
+    }
+    for (const auto& [mountPoint, space] : answers.fileSystemSpaces) {
+        text += std::string(spaceLine) + " " + Escape(mountPoint) + " " +
+                std::to_string(space.blockSizeBytes) + " " + std::to_string(space.sizeBytes) + " " +
+                std::to_string(space.availableBytes) + "\n";
     }
     for (const auto& [access, status] : answers.refusals) {
         text += FormatRefusal(access, status);
@@ -207,6 +225,9 @@ void MergeCaptureAnswers(const TCaptureAnswers& more, TCaptureAnswers& answers) 
     take(more.clockTicksPerSecond, answers.clockTicksPerSecond);
     take(more.interfaceAddresses, answers.interfaceAddresses);
     answers.utcOffsetMinutes.insert(more.utcOffsetMinutes.begin(), more.utcOffsetMinutes.end());
+    for (const auto& [mountPoint, space] : more.fileSystemSpaces) {
+        answers.fileSystemSpaces[mountPoint] = space;
+    }
     answers.refusals.insert(more.refusals.begin(), more.refusals.end());
 }
 

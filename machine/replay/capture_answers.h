@@ -7,6 +7,7 @@
 
 #include <compare>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -34,6 +35,7 @@ struct TCaptureAnswers {
     std::optional<std::uint32_t> pageSizeBytes, clockTicksPerSecond;
     std::map<std::int64_t, int> utcOffsetMinutes;  ///< by moment
     std::optional<std::vector<TInterfaceAddress>> interfaceAddresses;
+    std::map<std::string, TFileSystemSpace, std::less<>> fileSystemSpaces;  ///< by mount point
     /// Failed accesses whose outcome does not follow from the files of the tree.
     std::map<TPathAccess, EReadStatus> refusals;
 };

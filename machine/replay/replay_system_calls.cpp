@@ -40,4 +40,9 @@ std::optional<int> TReplaySystemCalls::ReadUtcOffsetMinutes(std::int64_t seconds
     return found == answers_.value.utcOffsetMinutes.end() ? std::nullopt : std::optional(found->second);
 }
 
+std::optional<TFileSystemSpace> TReplaySystemCalls::ReadFileSystemSpace(std::string_view mountPoint) const {
+    const auto found = answers_.value.fileSystemSpaces.find(mountPoint);
+    return found == answers_.value.fileSystemSpaces.end() ? std::nullopt : std::optional(found->second);
+}
+
 }  // namespace NVORHOST

@@ -38,6 +38,8 @@ class TReplaySystemCalls final : public ISystemCalls {
     std::optional<std::vector<TInterfaceAddress>> ReadInterfaceAddresses() const override {
         return answers_.value.interfaceAddresses;
     }
+    /// Absent for a mount point whose space was not captured.
+    std::optional<TFileSystemSpace> ReadFileSystemSpace(std::string_view mountPoint) const override;
 
   private:
     const ISystemFiles& files_;

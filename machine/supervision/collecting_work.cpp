@@ -7,6 +7,7 @@
 #include "machine/supervision/machine_door.h"
 #include "machine/supervision/message_frame.h"
 #include "machine/supervision/recorded_machine.h"
+#include "machine/system/watched_system_calls.h"
 #include "vorhost/run/exit_status.h"
 #include "vorhost/run/run_failure.h"
 
@@ -83,7 +84,7 @@ class TDoors {
           responses_(watched_, TRequestLog::EKept::requestsAndResponses),
           capturing_(responses_),
           requests_(capturing_, TRequestLog::EKept::requests),
-          calls_(machine.GetCalls()),
+          calls_(machine.GetCalls(), place, task.unanswered),
           capturingCalls_(calls_) {}
 
     const ISystemFiles& GetFiles() const {
@@ -92,7 +93,11 @@ class TDoors {
     const ISystemCalls& GetCalls() const {
         return collects_ == ECollects::logs ? static_cast<const ISystemCalls&>(capturingCalls_) : calls_;
     }
-    const TUnansweredPaths& GetTimedOut() const { return watched_.GetTimedOut(); }
+    TUnansweredPaths GetTimedOut() const {
+        TUnansweredPaths paths = watched_.GetTimedOut();
+        paths.insert(calls_.GetTimedOut().begin(), calls_.GetTimedOut().end());
+        return paths;
+    }
     TMachineLog TakeLog() {
         return {responses_.TakeEntries(), requests_.TakeEntries(), capturingCalls_.GetAnswers()};
     }
@@ -103,7 +108,7 @@ class TDoors {
     TRequestLog responses_;
     TFileRecorder capturing_;
     TRequestLog requests_;
-    const ISystemCalls& calls_;
+    TWatchedSystemCalls calls_;
     TSystemCallRecorder capturingCalls_;
 };
 
@@ -126,7 +131,7 @@ void RunCollectors(const TCollectionTask& task, TDoors& doors,
         place.EnterTask(static_cast<std::uint32_t>(index));
         TCollectReport report = runs.Run(collector);
         // The list also has the paths of earlier collectors; CombineReports removes duplicates.
-        const TUnansweredPaths& timedOut = doors.GetTimedOut();
+        const TUnansweredPaths timedOut = doors.GetTimedOut();
         report.timedOutSources.assign(timedOut.begin(), timedOut.end());
         RequireEssentials(task, report);
         TMessageWriter message;

@@ -1,10 +1,13 @@
 #include "machine/system/live_system_calls.h"
 
 #include "machine/system/system_files.h"
+#include "os/file_descriptor.h"
 
+#include <fcntl.h>
 #include <ifaddrs.h>
 #include <netinet/in.h>
 #include <sys/auxv.h>
+#include <sys/statvfs.h>
 #include <sys/utsname.h>
 
 #include <cerrno>
@@ -60,6 +63,13 @@ std::string AddressOf(const sockaddr* address) {
 // Returns the name of the interface in a label such as "eth0:1", which an IPv4 address may have.
 std::string InterfaceOf(std::string_view label) {
     return std::string(label.substr(0, label.find(':')));
+}
+
+// Without room for a descriptor or memory, the answer is not "none": the run fails.
+void RefuseExhaustion(std::string_view what) {
+    if (IsExhaustion(errno)) {
+        throw TResourcesExhausted(std::string(what) + ": " + std::generic_category().message(errno));
+    }
 }
 
 struct TFreeAddresses {
@@ -123,10 +133,7 @@ std::optional<int> TLiveSystemCalls::ReadUtcOffsetMinutes(std::int64_t secondsSi
 std::optional<std::vector<TInterfaceAddress>> TLiveSystemCalls::ReadInterfaceAddresses() const {
     ifaddrs* first = nullptr;
     if (getifaddrs(&first) != 0) {
-        if (IsExhaustion(errno)) {
-            throw TResourcesExhausted("addresses of the interfaces: " +
-                                      std::generic_category().message(errno));
-        }
+        RefuseExhaustion("addresses of the interfaces");
         return std::nullopt;
     }
     const std::unique_ptr<ifaddrs, TFreeAddresses> owner(first);
@@ -138,6 +145,18 @@ std::optional<std::vector<TInterfaceAddress>> TLiveSystemCalls::ReadInterfaceAdd
         }
     }
     return addresses;
+}
+
+std::optional<TFileSystemSpace> TLiveSystemCalls::ReadFileSystemSpace(std::string_view mountPoint) const {
+    // O_PATH opens neither the file system nor a device, and triggers no automount.
+    const TFileDescriptor place(::open(std::string(mountPoint).c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+    struct statvfs space {};
+    if (!place.IsOpen() || ::fstatvfs(place.Get(), &space) != 0) {
+        RefuseExhaustion(mountPoint);
+        return std::nullopt;
+    }
+    const std::uint64_t blockSize = space.f_frsize;
+    return TFileSystemSpace{blockSize, blockSize * space.f_blocks, blockSize * space.f_bavail};
 }
 
 }  // namespace NVORHOST

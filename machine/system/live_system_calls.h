@@ -18,6 +18,9 @@ class TLiveSystemCalls final : public ISystemCalls {
     /// Calls getifaddrs(3).
     /// Errors: throws TResourcesExhausted without descriptors or memory.
     std::optional<std::vector<TInterfaceAddress>> ReadInterfaceAddresses() const override;
+    /// Never triggers an automount.
+    /// Errors: throws TResourcesExhausted without descriptors or memory.
+    std::optional<TFileSystemSpace> ReadFileSystemSpace(std::string_view mountPoint) const override;
 };
 
 }  // namespace NVORHOST

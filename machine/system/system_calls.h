@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace NVORHOST {
@@ -13,6 +14,15 @@ namespace NVORHOST {
 struct TInterfaceAddress {
     std::string interface;
     std::string address;  ///< 4 or 16 bytes in network order
+};
+
+/// The size of a mounted file system.
+struct TFileSystemSpace {
+    std::uint64_t blockSizeBytes = 0;  ///< unit in which the file system counts
+    std::uint64_t sizeBytes = 0;
+    std::uint64_t availableBytes = 0;  ///< free for ordinary users; changes all the time
+
+    bool operator==(const TFileSystemSpace&) const = default;
 };
 
 class ISystemCalls {
@@ -35,6 +45,9 @@ class ISystemCalls {
     virtual std::optional<int> ReadUtcOffsetMinutes(std::int64_t secondsSinceEpoch) const = 0;
     /// Reads all IPv4 and IPv6 addresses of all interfaces, in no particular order.
     virtual std::optional<std::vector<TInterfaceAddress>> ReadInterfaceAddresses() const = 0;
+    /// Reads the size of the file system that is mounted at `mountPoint`, with statvfs(3). The call of a
+    /// network or FUSE file system may never return, so callers restrict themselves to others.
+    virtual std::optional<TFileSystemSpace> ReadFileSystemSpace(std::string_view mountPoint) const = 0;
 };
 
 }  // namespace NVORHOST

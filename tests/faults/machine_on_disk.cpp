@@ -40,6 +40,7 @@ void WriteMachine(const NVORHOST::TMachine& machine, const std::string& folder) 
     answers.pageSizeBytes = machine.calls.pageSizeBytes;
     answers.clockTicksPerSecond = machine.calls.clockTicksPerSecond;
     answers.interfaceAddresses = machine.calls.interfaceAddresses;
+    answers.fileSystemSpaces = machine.calls.fileSystemSpaces;
     WriteBytes(folder + std::string(NVORHOST::captureAnswersPath), NVORHOST::FormatCaptureAnswers(answers));
 }
 

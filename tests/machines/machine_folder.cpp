@@ -69,6 +69,7 @@ TCaptureAnswers MakeAnswers(const TFakeSystemCalls& calls) {
     answers.pageSizeBytes = calls.pageSizeBytes;
     answers.clockTicksPerSecond = calls.clockTicksPerSecond;
     answers.interfaceAddresses = calls.interfaceAddresses;
+    answers.fileSystemSpaces = calls.fileSystemSpaces;
     return answers;
 }
 

@@ -162,6 +162,7 @@ TEST(TSystemCallRecorder, RecordsTheAnswersOfItsCalls) {
     calls.clockTicksPerSecond = 100;
     calls.utcOffsetMinutes = 60;
     calls.interfaceAddresses.emplace();
+    calls.fileSystemSpaces["/home"] = {4096, 1'000'000, 400'000};
     const TSystemCallRecorder capturing(calls);
     EXPECT_EQ(FormatCaptureAnswers(capturing.GetAnswers()), FormatCaptureAnswers({}));
     EXPECT_EQ(capturing.ReadKernelRelease(), "6.1");
@@ -172,10 +173,13 @@ TEST(TSystemCallRecorder, RecordsTheAnswersOfItsCalls) {
     EXPECT_EQ(capturing.ReadClockTicksPerSecond(), 100U);
     EXPECT_EQ(capturing.ReadUtcOffsetMinutes(17), 60);
     EXPECT_TRUE(capturing.ReadInterfaceAddresses());
+    EXPECT_EQ(capturing.ReadFileSystemSpace("/home"), (TFileSystemSpace{4096, 1'000'000, 400'000}));
+    EXPECT_EQ(capturing.ReadFileSystemSpace("/"), std::nullopt);
     EXPECT_EQ(FormatCaptureAnswers(capturing.GetAnswers()),
               "# Answers of the captured machine beside its files.\n"
               "KernelRelease 6.1\nNodeName server\nArchitecture x86_64\nHypervisorSignature KVMKVMKVM\n"
-              "PageSizeBytes 4096\nClockTicksPerSecond 100\nUtcOffsetMinutes 17 60\nInterfaceAddresses\n");
+              "PageSizeBytes 4096\nClockTicksPerSecond 100\nUtcOffsetMinutes 17 60\nInterfaceAddresses\n"
+              "FileSystemSpace /home 4096 1000000 400000\n");
 }
 
 }  // namespace

@@ -22,6 +22,7 @@ TCaptureAnswers MakeAnswers() {
     answers.clockTicksPerSecond = 100;
     answers.utcOffsetMinutes = {{1700000000, 60}, {-5, -300}};
     answers.interfaceAddresses = {{"lo", loopback}, {"eth0", std::string(15, '\0') + '\1'}};
+    answers.fileSystemSpaces = {{"/", {4096, 1'000'000, 400'000}}, {"/media/my disk", {512, 1024, 0}}};
     answers.refusals = {{{EAccess::read, "/sys/class/dmi/id/product_serial"}, EReadStatus::denied},
                         {{EAccess::list, "/proc/1/fd x"}, EReadStatus::failed},
                         {{EAccess::exists, "/gone"}, EReadStatus::notFound}};
@@ -42,6 +43,8 @@ constexpr char text[] =
     "InterfaceAddresses\n"
     "InterfaceAddress lo 127.0.0.1\n"
     "InterfaceAddress eth0 ::1\n"
+    "FileSystemSpace / 4096 1000000 400000\n"
+    "FileSystemSpace /media/my%20disk 512 1024 0\n"
     "denied read /sys/class/dmi/id/product_serial\n"
     "failed list /proc/1/fd%20x\n"
     "not-found exists /gone\n";
@@ -77,9 +80,10 @@ TEST(ParseCaptureAnswers, SkipsMalformedAndUnknownLines) {
     const TCaptureAnswers answers = ParseCaptureAnswers(
         "FutureAnswer 42\nPageSizeBytes many\nInterfaceAddress lo 127.0.0.1\nUtcOffsetMinutes soon 60\n"
         "InterfaceAddresses\nInterfaceAddress lo 127.0.0\ndenied smell /x\nshy read /x\ndenied\n\n%\n"
-        "NodeName a%zz%");
+        "FileSystemSpace / 4096 many 1\nFileSystemSpace / 4096\nNodeName a%zz%");
     EXPECT_FALSE(answers.pageSizeBytes);
     EXPECT_TRUE(answers.utcOffsetMinutes.empty());
+    EXPECT_TRUE(answers.fileSystemSpaces.empty());
     ASSERT_TRUE(answers.interfaceAddresses);
     EXPECT_TRUE(answers.interfaceAddresses->empty());
     EXPECT_TRUE(answers.refusals.empty());
@@ -91,11 +95,14 @@ TEST(MergeCaptureAnswers, ReplacesSingleValuesAndJoinsMaps) {
     TCaptureAnswers more;
     more.nodeName = "other";
     more.utcOffsetMinutes = {{0, 0}};
+    more.fileSystemSpaces = {{"/", {4096, 1'000'000, 300'000}}, {"/boot", {1024, 2048, 1024}}};
     more.refusals = {{{EAccess::read, "/secret"}, EReadStatus::denied}};
     MergeCaptureAnswers(more, answers);
     EXPECT_EQ(answers.nodeName, "other");
     EXPECT_EQ(answers.architecture, "x86_64");
     EXPECT_EQ(answers.utcOffsetMinutes.size(), 3U);
+    EXPECT_EQ(answers.fileSystemSpaces.size(), 3U);
+    EXPECT_EQ(answers.fileSystemSpaces["/"].availableBytes, 300'000U);
     EXPECT_EQ(answers.refusals.size(), 4U);
 }
 

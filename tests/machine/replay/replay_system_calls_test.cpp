@@ -19,7 +19,8 @@ constexpr char text[] =
     "UtcOffsetMinutes 1700000000 60\n"
     "InterfaceAddresses\n"
     "InterfaceAddress lo 127.0.0.1\n"
-    "InterfaceAddress eth0 ::1\n";
+    "InterfaceAddress eth0 ::1\n"
+    "FileSystemSpace /home 4096 1000000 400000\n";
 
 TEST(ReplaySystemCalls, PrefersCapturedAnswersToFiles) {
     TMemoryFiles files;
@@ -50,6 +51,14 @@ TEST(ReplaySystemCalls, ReturnsUtcOffsetsOfCapturedMomentsOnly) {
     const TReplaySystemCalls calls(files);
     EXPECT_EQ(calls.ReadUtcOffsetMinutes(1700000000), 60);
     EXPECT_EQ(calls.ReadUtcOffsetMinutes(1700000001), std::nullopt);
+}
+
+TEST(ReplaySystemCalls, ReturnsTheSpaceOfCapturedMountPointsOnly) {
+    TMemoryFiles files;
+    files.AddFile("/noxinfo-system.txt", text);
+    const TReplaySystemCalls calls(files);
+    EXPECT_EQ(calls.ReadFileSystemSpace("/home"), (TFileSystemSpace{4096, 1'000'000, 400'000}));
+    EXPECT_EQ(calls.ReadFileSystemSpace("/"), std::nullopt);
 }
 
 TEST(ReplaySystemCalls, FallsBackToTheFilesOfTheTree) {

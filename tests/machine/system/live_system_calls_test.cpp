@@ -1,6 +1,7 @@
 #include "machine/system/live_system_calls.h"
 
 #include <gtest/gtest.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <fstream>
@@ -53,6 +54,20 @@ TEST(LiveSystemCalls, ReturnsAddressesWithTheNamesOfTheirInterfaces) {
         EXPECT_FALSE(row.interface.empty());
         EXPECT_EQ(row.interface.find(':'), std::string::npos) << row.interface;
     }
+}
+
+TEST(LiveSystemCalls, AgreesWithTheCLibraryOnTheSpaceOfAFileSystem) {
+    struct statvfs expected {};
+    ASSERT_EQ(::statvfs("/", &expected), 0);
+    const auto space = TLiveSystemCalls().ReadFileSystemSpace("/");
+    ASSERT_TRUE(space);
+    EXPECT_EQ(space->blockSizeBytes, expected.f_frsize);
+    EXPECT_EQ(space->sizeBytes, expected.f_frsize * expected.f_blocks);
+    EXPECT_LE(space->availableBytes, space->sizeBytes);
+}
+
+TEST(LiveSystemCalls, HasNoSpaceForAMissingMountPoint) {
+    EXPECT_EQ(TLiveSystemCalls().ReadFileSystemSpace("/no/such/mount/point"), std::nullopt);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "tests/machine/system/machine_tree.h"
 
+#include <array>
 #include <functional>
 #include <stdexcept>
 #include <vector>
@@ -82,6 +83,20 @@ std::string JoinStructures(const std::vector<std::string>& lines) {
     return table;
 }
 
+// Reads "/mount point 4096 1000000 400000": the mount point and the numbers of TFileSystemSpace.
+void AddSpace(TFakeSystemCalls& calls, std::string text) {
+    std::array<std::uint64_t, 3> numbers{};
+    for (auto number = numbers.rbegin(); number != numbers.rend(); ++number) {
+        const auto blank = text.rfind(' ');
+        if (blank == std::string::npos) {
+            Refuse(text);
+        }
+        *number = std::stoull(text.substr(blank + 1));
+        text.erase(blank);
+    }
+    calls.fileSystemSpaces[text] = {numbers[0], numbers[1], numbers[2]};
+}
+
 void SetCall(TFakeSystemCalls& calls, std::string_view name, const std::string& value) {
     struct TRow {
         std::string_view name;
@@ -96,6 +111,7 @@ void SetCall(TFakeSystemCalls& calls, std::string_view name, const std::string& 
         {"PageSizeBytes", [&] { calls.pageSizeBytes = number(); }},
         {"ClockTicksPerSecond", [&] { calls.clockTicksPerSecond = number(); }},
         {"UtcOffsetMinutes", [&] { calls.utcOffsetMinutes = std::stoi(value); }},
+        {"FileSystemSpace", [&] { AddSpace(calls, value); }},
     };
     for (const TRow& row : rows) {
         if (row.name == name) {

@@ -2,6 +2,7 @@
 //
 //   # comment
 //   @NodeName = server-1                     answer of a system call
+//   @FileSystemSpace = /home 4096 9000 800   mount point, block size, size and available, in bytes
 //   /proc/sys/kernel/osrelease = 6.1.0       file of one line
 //   /proc/meminfo:                           file of several lines, each after "| "
 //   | MemTotal:       1024 kB
