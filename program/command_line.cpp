@@ -3,6 +3,7 @@
 #include "program/completion_script.h"
 #include "program/help_format.h"
 #include "program/nearest_word.h"
+#include "program/show_command.h"
 #include "program/usage_check.h"
 #include "text/shown_text.h"
 #include "vorhost/upload/entity_service.h"
@@ -16,6 +17,7 @@
 #include <iterator>
 #include <memory>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -63,12 +65,28 @@ std::vector<std::string> CollectorNames() {
     return names;
 }
 
-std::string Join(const std::vector<std::string>& words) {
+std::string JoinWith(const std::vector<std::string>& words, const std::string& separator) {
     std::string text;
     for (const std::string& word : words) {
-        text += (text.empty() ? "" : ", ") + word;
+        text += (text.empty() ? "" : separator) + word;
     }
     return text;
+}
+
+std::string Join(const std::vector<std::string>& words) {
+    return JoinWith(words, ", ");
+}
+
+std::vector<NINVENTORY::TCondition> ParseConditions(const std::vector<std::string>& texts) {
+    std::vector<NINVENTORY::TCondition> conditions;
+    for (const std::string& text : texts) {
+        try {
+            conditions.push_back(NINVENTORY::ParseCondition(text));
+        } catch (const std::invalid_argument& error) {
+            throw CLI::ValidationError("--where", error.what());
+        }
+    }
+    return conditions;
 }
 
 void RequireCollector(const std::string& option, const std::string& name) {
@@ -181,6 +199,51 @@ void AddSourceOptions(CLI::App& command, TSourceOptions& options) {
     AddRunOptions(command, options);
 }
 
+// Splits "NAME,NAME"; the names are not checked, because an inventory may come from another version.
+CLI::Option* AddNames(CLI::App& command, const std::string& option, std::vector<std::string>& names,
+                      const std::string& description) {
+    return command.add_option(option, names, description)
+        ->delimiter(',')
+        ->allow_extra_args(false)
+        ->type_name("NAME,...");
+}
+
+void AddShowCommand(CLI::App& program, TShowOptions& options) {
+    CLI::App& command =
+        *program.add_subcommand("show", "Show this machine, or inventories that were collected before");
+    const std::vector<CLI::Option*> machine = AddMachineOptions(command, options.machine);
+    AddRunOptions(command, options.machine);
+    command.add_option("--format", options.format, "Format of the output (default: text)")
+        ->check(CLI::IsMember(ListShowFormats()))
+        ->type_name(JoinWith(ListShowFormats(), "|"));
+    AddNames(command, "--type", options.filter.types, "Show only resources of these types");
+    AddNames(command, "--property", options.filter.properties, "Show only these properties");
+    command
+        .add_option_function<std::vector<std::string>>(
+            "--where",
+            [&options](const std::vector<std::string>& texts) {
+                options.filter.conditions = ParseConditions(texts);
+            },
+            "Show only resources with this value, or with a match of this regular expression (~); may be "
+            "given "
+            "several times")
+        ->allow_extra_args(false)
+        ->type_name("PROPERTY=VALUE");
+    command.add_flag("--long", options.isLong, "Text: show every property");
+    command.add_option("--output", options.outputFile, "Write to this file instead of standard output")
+        ->type_name("FILE");
+    CLI::Option* const sources =
+        command
+            .add_option(
+                "SOURCE", options.sources,
+                "Document, saved namespace or result, or a folder that holds one; - is standard input "
+                "(default: this machine)")
+            ->type_name("FILE");
+    for (CLI::Option* option : machine) {
+        option->excludes(sources);
+    }
+}
+
 void AddCollectCommand(CLI::App& program, TCollectOptions& options) {
     CLI::App& command = *program.add_subcommand("collect", "Write the inventory files of this machine");
     AddSourceOptions(command, options.source);
@@ -249,6 +312,7 @@ struct TModel {
         program.formatter(std::make_shared<THelpFormat>());
         program.require_subcommand(1);
         program.set_version_flag("--version", versionText, "Print the version and exit");
+        AddShowCommand(program, show);
         AddCollectCommand(program, collect);
         AddSnapshotCommand(program, snapshot);
         AddCaptureCommand(program, capture);
@@ -256,6 +320,7 @@ struct TModel {
     }
 
     CLI::App program{"Hardware inventory of a Linux machine.", "noxinfo"};
+    TShowOptions show;
     TCollectOptions collect;
     TSnapshotOptions snapshot;
     TCaptureOptions capture;
@@ -302,7 +367,7 @@ TWords WithoutHelpCommand(const CLI::App& program, TWords words) {
 
 void Parse(CLI::App& program, TWords words) {
     if (words.empty()) {
-        throw CLI::ValidationError("missing command: collect, snapshot, capture or collectors");
+        words = {"show"};
     }
     CheckWords(program, words);
     words = WithoutHelpCommand(program, std::move(words));
@@ -330,6 +395,9 @@ TCommand ParseCommandLine(int argc, const char* const* argv) {
         return TEarlyExit{eExitUsage};
     }
     const std::string command = model.program.get_subcommands().front()->get_name();
+    if (command == "show") {
+        return model.show;
+    }
     if (command == "collect") {
         return model.collect;
     }

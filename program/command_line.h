@@ -1,6 +1,7 @@
 // Parses the command line of noxinfo into plain structures.
 #pragma once
 
+#include "inventory/read/resource_filter.h"
 #include "machine/supervision/machine_options.h"
 #include "vorhost/run/exit_status.h"
 #include "vorhost/run/log_sinks.h"
@@ -10,6 +11,7 @@
 #include <ostream>
 #include <string>
 #include <variant>
+#include <vector>
 
 namespace NVORHOST {
 
@@ -45,6 +47,15 @@ struct TCaptureOptions {
     bool redacts = false;   ///< replace identities by pseudonyms
 };
 
+struct TShowOptions {
+    TSourceOptions machine;            ///< without namespaceFile; used if there are no sources
+    std::vector<std::string> sources;  ///< files and folders; "-" is standard input
+    std::string format = "text";
+    NINVENTORY::TFilterSettings filter;
+    bool isLong = false;                    ///< text: every property
+    std::optional<std::string> outputFile;  ///< absent: standard output
+};
+
 /// `noxinfo collectors`, which has no options.
 struct TCollectorsOptions {};
 
@@ -56,8 +67,8 @@ struct TEarlyExit {
     int status = eExitDone;
 };
 
-using TCommand = std::variant<TCollectOptions, TSnapshotOptions, TCaptureOptions, TCollectorsOptions,
-                              TCompletionOptions, TEarlyExit>;
+using TCommand = std::variant<TShowOptions, TCollectOptions, TSnapshotOptions, TCaptureOptions,
+                              TCollectorsOptions, TCompletionOptions, TEarlyExit>;
 
 /// Parses the command line. Prints help or version to standard output, and usage errors to standard error;
 /// returns TEarlyExit in both cases.

@@ -5,6 +5,7 @@
 #include "program/collect_command.h"
 #include "program/collectors_command.h"
 #include "program/command_line.h"
+#include "program/show_command.h"
 #include "program/snapshot_command.h"
 #include "text/shown_text.h"
 #include "vorhost/run/interruption.h"
@@ -25,6 +26,10 @@ namespace {
 using namespace NVORHOST;  // NOLINT(google-build-using-namespace): this unit is that namespace's program
 
 struct TRunCommand {
+    int operator()(const TShowOptions& options) const {
+        RequireProcFileSystem();
+        return PrintResult([&](std::ostream& out) { return RunShow(options, out); });
+    }
     int operator()(const TCollectOptions& options) const {
         RequireProcFileSystem();
         return PrintResult([&](std::ostream& out) { return RunCollect(options, out); });

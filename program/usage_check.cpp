@@ -30,9 +30,13 @@ const CLI::Option* FindOption(const CLI::App& app, const std::string& name) {
     return options.empty() ? nullptr : options.front();
 }
 
-// Options with a list may be repeated. CLI11 itself drops empty elements of a list.
+// CLI11 itself drops empty elements of a list.
 bool IsList(const CLI::Option& option) {
     return option.get_type_name().ends_with(",...");
+}
+
+bool MayBeRepeated(const CLI::Option& option) {
+    return IsList(option) || option.get_expected_max() > 1;
 }
 
 std::vector<std::string> OptionNames(const CLI::App& app) {
@@ -110,7 +114,7 @@ class TWordCheck {
             return;
         }
         CheckValue(name, *option, hasValue ? word.substr(name.size() + 1) : TakeValue(name, *option));
-        if (!IsList(*option) && !given_.insert(option).second) {
+        if (!MayBeRepeated(*option) && !given_.insert(option).second) {
             Refuse(name + " is given twice");
         }
     }
@@ -143,7 +147,7 @@ class TWordCheck {
         if (word.empty()) {
             Refuse("empty argument " + arguments[arguments_]->get_type_name());
         }
-        ++arguments_;
+        arguments_ += MayBeRepeated(*arguments[arguments_]) ? 0 : 1;
     }
 
     const CLI::App& program_;

@@ -1,6 +1,7 @@
 #include "text/utf8.h"
 
 #include <cstdint>
+#include <utility>
 
 namespace NVORHOST {
 namespace {
@@ -80,6 +81,20 @@ std::string EncodeUtf8(char32_t code) {
         return {static_cast<char>(0xE0U | code >> 12U), continuation(6), continuation(0)};
     }
     return {static_cast<char>(0xF0U | code >> 18U), continuation(12), continuation(6), continuation(0)};
+}
+
+std::optional<std::string> ReplaceMalformedUtf8(std::string_view text) {
+    constexpr std::string_view replacement = "\xEF\xBF\xBD";
+    std::string replaced;
+    bool isWellFormed = true;
+    while (!text.empty()) {
+        const bool isAscii = static_cast<unsigned char>(text.front()) < 0x80;
+        const std::size_t length = isAscii ? 1 : MultiByteLength(text);
+        replaced += length == 0 ? replacement : text.substr(0, length);
+        isWellFormed = isWellFormed && length != 0;
+        text.remove_prefix(length == 0 ? 1 : length);
+    }
+    return isWellFormed ? std::nullopt : std::optional(std::move(replaced));
 }
 
 }  // namespace NVORHOST

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -17,6 +18,9 @@ char32_t DecodeUtf8(std::string_view sequence);
 /// Returns the UTF-8 bytes of `code`. Surrogates and codes above U+10FFFF become U+FFFD, the replacement
 /// character.
 std::string EncodeUtf8(char32_t code);
+
+/// Returns `text` with every malformed byte replaced by U+FFFD; nullopt if it is well-formed as it is.
+std::optional<std::string> ReplaceMalformedUtf8(std::string_view text);
 
 /// True for U+D800 to U+DFFF, the halves of pairs in UTF-16, which are not characters.
 constexpr bool IsSurrogate(char32_t code) {

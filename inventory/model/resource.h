@@ -41,13 +41,17 @@ struct TResource {
 };
 
 /// The kinds of documents.
-enum class EDocument { hardware, systemInformation };
+enum class EDocument {
+    hardware,
+    systemInformation,
+    collection,  ///< not a document: a saved namespace, or a machine
+};
 
 /// What a document says about itself.
 struct TDocumentHead {
     EDocument kind = EDocument::hardware;
-    std::string namespaceUri;
-    std::string timestamp;  ///< as written, such as "2024-03-01T12:00:00+01:00"
+    std::string namespaceUri;  ///< empty for a collection
+    std::string timestamp;     ///< as written, such as "2024-03-01T12:00:00+01:00"; empty if unknown
 };
 
 }  // namespace NINVENTORY

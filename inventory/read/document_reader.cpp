@@ -1,36 +1,33 @@
 #include "inventory/read/document_reader.h"
 
 #include "documents/document_error.h"
-#include "documents/xml_parser.h"
-#include "inventory/read/hardware_reader.h"
+#include "inventory/read/hardware_entry.h"
 #include "inventory/read/system_information_reader.h"
+#include "os/module.h"
 
 #include <optional>
+#include <stdexcept>
 
 namespace NINVENTORY {
 namespace {
 
 using NVORHOST::TDocumentCause;
-using NVORHOST::TDocumentFile;
+using NVORHOST::TDocumentError;
 using NVORHOST::ThrowAt;
-using NVORHOST::TXmlParser;
 
-[[noreturn]] void Fail(const TDocumentInput& input, int line, std::string_view cause) {
-    ThrowAt({input.GetName(), line > 0 ? std::optional(line) : std::nullopt, {}, {}}, cause);
+THardwareEntry LoadEntry() {
+    try {
+        return NVORHOST::LoadFunction<THardwareEntry>(
+            NVORHOST::FindBesideProgram(NOXINFO_LIB_FROM_BIN "/noxinfo/" NOXINFO_HARDWARE_MODULE),
+            hardwareEntryName);
+    } catch (const std::runtime_error& error) {
+        throw TDocumentError(std::string("the reader of documents cannot be loaded: ") + error.what());
+    }
 }
 
 void ReadHardware(TDocumentInput& input, IDocumentEvents& events) {
-    THardwareReader reader(events);
-    TXmlParser parser(reader);
-    reader.SetParser(parser);
-    try {
-        for (auto bytes = input.Read(); !bytes.empty(); bytes = input.Read()) {
-            parser.Feed(bytes);
-        }
-        parser.Finish();
-    } catch (const TDocumentCause& cause) {
-        Fail(input, parser.GetLine(), cause.what());
-    }
+    static const THardwareEntry entry = LoadEntry();
+    entry(input, events);
 }
 
 void ReadSystemInformation(TDocumentInput& input, IDocumentEvents& events) {
@@ -39,51 +36,11 @@ void ReadSystemInformation(TDocumentInput& input, IDocumentEvents& events) {
     try {
         reader.Read(events);
     } catch (const TDocumentCause& cause) {
-        Fail(input, reader.GetLine(), cause.what());
+        ThrowAt({input.GetName(), reader.GetLine(), {}, {}}, cause.what());
     }
 }
 
 }  // namespace
-
-TDocumentInput::TDocumentInput(const std::string& path)
-    : name_(path == "-" ? "standard input" : path),
-      file_(path == "-" ? "/dev/stdin" : path, name_, maxDocumentBytes) {
-    Recognize();
-}
-
-TDocumentInput::TDocumentInput(const std::string& name, std::string_view bytes)
-    : name_(name), file_(name, bytes, maxDocumentBytes) {
-    Recognize();
-}
-
-void TDocumentInput::Recognize() {
-    for (auto bytes = file_.Read(); !bytes.empty(); bytes = file_.Read()) {
-        start_ += bytes;
-        if (start_.size() >= contentBytes) {
-            break;
-        }
-    }
-    content_ = RecognizeContent(std::string_view(start_).substr(0, contentBytes));
-}
-
-std::string_view TDocumentInput::Read() {
-    if (!isStartReturned_ && !start_.empty()) {
-        isStartReturned_ = true;
-        return start_;
-    }
-    return file_.Read();
-}
-
-std::string TDocumentInput::ReadAll(std::size_t limit) {
-    std::string text;
-    for (auto bytes = Read(); !bytes.empty(); bytes = Read()) {
-        text += bytes;
-        if (text.size() > limit) {
-            Fail(*this, 0, "is larger than " + std::to_string(limit) + " bytes");
-        }
-    }
-    return text;
-}
 
 void ReadDocument(TDocumentInput& input, IDocumentEvents& events) {
     switch (input.GetContent()) {
@@ -93,7 +50,7 @@ void ReadDocument(TDocumentInput& input, IDocumentEvents& events) {
             return ReadSystemInformation(input, events);
         case EContent::cimXml:
         case EContent::unknown:
-            Fail(input, 0, "is not an inventory document");
+            ThrowAt({input.GetName(), {}, {}, {}}, "is not an inventory document");
     }
 }
 

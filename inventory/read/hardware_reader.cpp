@@ -2,10 +2,10 @@
 
 #include "documents/document_error.h"
 #include "documents/xml_text.h"
-#include "inventory/read/document_reader.h"
 
 #include <algorithm>
 #include <iterator>
+#include <optional>
 #include <utility>
 
 namespace NINVENTORY {
@@ -135,6 +135,22 @@ void THardwareReader::BeginArray(const TXmlAttributes& /*attributes*/) {
 void THardwareReader::BeginElement(const TXmlAttributes& /*attributes*/) {
     Count(sizeof(std::string));
     resource_.properties.back().values.emplace_back();
+}
+
+void ReadHardwareDocument(TDocumentInput& input, IDocumentEvents& events) {
+    THardwareReader reader(events);
+    NVORHOST::TXmlParser parser(reader);
+    reader.SetParser(parser);
+    try {
+        for (auto bytes = input.Read(); !bytes.empty(); bytes = input.Read()) {
+            parser.Feed(bytes);
+        }
+        parser.Finish();
+    } catch (const TDocumentCause& cause) {
+        const int line = parser.GetLine();
+        NVORHOST::ThrowAt({input.GetName(), line > 0 ? std::optional(line) : std::nullopt, {}, {}},
+                          cause.what());
+    }
 }
 
 }  // namespace NINVENTORY

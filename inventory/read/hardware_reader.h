@@ -1,14 +1,22 @@
-// The hardware document as events of an XML parser.
+// The reader of hardware documents. Programs call ReadDocument (document_reader.h), which loads the module of
+// this reader on demand.
 #pragma once
 
 #include "documents/xml_parser.h"
 #include "inventory/read/document_events.h"
+#include "inventory/read/document_input.h"
 
 #include <cstddef>
 #include <string>
 #include <string_view>
 
 namespace NINVENTORY {
+
+/// The largest resource in bytes: more than any device has, and little enough to hold in memory.
+inline constexpr std::size_t maxResourceBytes = std::size_t{8} << 20;
+
+/// Reads a hardware document to its end. See ReadDocument.
+void ReadHardwareDocument(TDocumentInput& input, IDocumentEvents& events);
 
 /// Turns the elements of one document into resources.
 /// Errors: throws TDocumentCause for elements and attributes that the format does not have, and for a

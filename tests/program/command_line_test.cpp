@@ -32,6 +32,7 @@ std::set<std::string> LongOptions(const std::string& text, const char* pattern =
 
 const std::vector<std::vector<std::string>> helps{
     {"--help"},
+    {"show", "--help"},
     {"collect", "--help"},
     {"snapshot", "--help"},
     {"capture", "--help"},
@@ -119,8 +120,10 @@ TEST(CommandLine, VersionIsAlsoACommand) {
     EXPECT_EQ(result.standardOutput, "noxinfo " NOXINFO_VERSION "\n");
 }
 
-TEST(CommandLine, RejectsAMissingCommand) {
-    EXPECT_EQ(RefusalOf({}, "noxinfo --help"), "missing command: collect, snapshot, capture or collectors");
+TEST(CommandLine, ShowsThisMachineWithoutACommand) {
+    const auto result = RunNoxinfo({{}, "", {}});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_THAT(result.standardOutput, HasSubstr("\nsource       this machine\n"));
 }
 
 TEST(CommandLine, SuggestsTheNearestCommand) {

@@ -39,7 +39,7 @@ TEST(DocumentInput, ReadsCompressedAndPlainBytesAlike) {
     EXPECT_EQ(ReadText(smallDocument).head.namespaceUri, "http://u");
 }
 
-TEST(DocumentInput, ReadsAFileWhateverItsNameIs) {
+TEST(DocumentInput, RecognisesAFileByItsContentAlone) {
     const std::string path =
         (std::filesystem::temp_directory_path() / ("noxinfo-input-" + std::to_string(::getpid()) + ".txt"))
             .string();

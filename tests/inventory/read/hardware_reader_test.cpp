@@ -1,3 +1,5 @@
+#include "inventory/read/hardware_reader.h"
+
 #include "tests/inventory/read/recorded_events.h"
 
 #include <gtest/gtest.h>

@@ -1,0 +1,66 @@
+// The meaning of properties: unit, words for codes, and what a comparison has to know.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string_view>
+
+namespace NINVENTORY {
+
+/// The unit of a number.
+enum class EUnit {
+    none,
+    memoryBytes,       ///< bytes that people count in GiB
+    storageBytes,      ///< bytes that people count in GB
+    storageKilobytes,  ///< 1000 bytes
+    kibibytes,         ///< 1024 bytes
+    blocks,            ///< of the block size of the device
+    bits,
+    bitsPerSecond,
+    megahertz,
+    megatransfers,  ///< millions of transfers per second
+    minutes,
+    seconds,
+    milliseconds,
+    milliwatts,
+    milliwattHours,
+    millivolts,
+    inches,
+    centimetres,
+    doublewords,
+    pciClocks,
+    quarterMicroseconds,
+    hexadecimal,         ///< a register or an identifier
+    binaryCodedVersion,  ///< 0x0210 is 2.10
+};
+
+/// The word for a code of a value map.
+struct TCodeWord {
+    std::uint64_t code;
+    std::string_view word;
+};
+
+/// What is known about a property. Plain data: adding a row explains a property in every output.
+struct TMeaning {
+    std::string_view type;  ///< resource type; empty for every type that has no row of its own
+    std::string_view property;
+    EUnit unit = EUnit::none;
+    std::span<const TCodeWord> words{};
+    bool isVolatile = false;  ///< changes by itself: clocks, counters, free memory
+    bool identifies = false;  ///< differs between two machines of one kind
+};
+
+/// Returns every row.
+std::span<const TMeaning> GetMeanings();
+
+/// Returns the row of a property; null if it has none.
+const TMeaning* FindMeaning(std::string_view resourceType, std::string_view property);
+
+/// Returns the word for a code; nullopt for codes without one.
+std::optional<std::string_view> FindWord(std::span<const TCodeWord> words, std::uint64_t code);
+
+/// Returns the symbol of a unit, such as "MHz"; empty for units that only say how a number is written.
+std::string_view GetSymbol(EUnit unit);
+
+}  // namespace NINVENTORY

@@ -1,0 +1,180 @@
+#include "program/inventory_source.h"
+
+#include "documents/document_error.h"
+#include "inventory/read/document_reader.h"
+#include "program/namespace_resources.h"
+#include "program/namespace_source.h"
+#include "vorhost/cimxml/base64.h"
+#include "vorhost/cimxml/load.h"
+#include "vorhost/run/run_failure.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace NVORHOST {
+namespace {
+
+namespace fs = std::filesystem;
+
+using NINVENTORY::EContent;
+using NINVENTORY::IDocumentEvents;
+using NINVENTORY::TDocumentInput;
+
+constexpr char resultClassName[] = "KELSG_CADAT";
+constexpr char inventoryProperty[] = "InventoryRCF";
+
+[[noreturn]] void Fail(const std::string& path, const std::string& cause) {
+    ThrowAt({path, {}, {}, {}}, cause);
+}
+
+// Returns the bytes of the document that a saved result has; nullopt for a saved namespace.
+std::optional<std::string> FindResult(const std::string& name, const TMemoryNamespace& loaded) {
+    const auto results = loaded.FindClass(resultClassName);
+    if (results == nullptr || results->GetInstances().empty()) {
+        return std::nullopt;
+    }
+    const TCIMValue* const inventory = results->GetInstances().front()->Find(inventoryProperty);
+    auto bytes =
+        inventory == nullptr || inventory->IsNull() ? std::nullopt : DecodeBase64(inventory->ToString(10));
+    if (!bytes) {
+        Fail(name, "the result has no inventory");
+    }
+    return bytes;
+}
+
+std::string FindTimestamp(const TMemoryNamespace& loaded) {
+    const auto systems = loaded.FindClass("KELSG_OperatingSystem");
+    if (systems == nullptr || systems->GetInstances().empty()) {
+        return {};
+    }
+    const TCIMValue* const time = systems->GetInstances().front()->Find("LocalDateTime");
+    return time == nullptr || time->IsNull() ? std::string() : FormatDate(*time);
+}
+
+TMemoryNamespace Load(const std::string& path, TDocumentInput& input) {
+    TMemoryNamespace loaded;
+    if (path == "-") {
+        LoadNamespace(input.GetName(), input.ReadAll(TDocumentFile::maxBytes), loaded);
+    } else {
+        LoadNamespace(path, loaded);
+    }
+    return loaded;
+}
+
+// The files of a folder, by what they hold.
+struct TFolder {
+    std::vector<std::string> namespaces, results, hardware, systemInformation;
+};
+
+void Add(const std::string& path, TFolder& folder) {
+    try {
+        TDocumentInput input(path);
+        if (input.GetContent() == EContent::hardware) {
+            folder.hardware.push_back(path);
+        } else if (input.GetContent() == EContent::systemInformation) {
+            folder.systemInformation.push_back(path);
+        } else if (input.GetContent() == EContent::cimXml) {
+            const TMemoryNamespace loaded = Load(path, input);
+            const auto results = loaded.FindClass(resultClassName);
+            const bool isResult = results != nullptr && !results->GetInstances().empty();
+            (isResult ? folder.results : folder.namespaces).push_back(path);
+        }
+    } catch (const TDocumentError&) {
+        // A folder may hold other files; one that is named is read, and its error is reported then.
+    }
+}
+
+TFolder ListFolder(const std::string& path) {
+    std::error_code error;
+    std::vector<std::string> paths;
+    for (const auto& entry : fs::directory_iterator(path, error)) {
+        if (entry.is_regular_file(error)) {
+            paths.push_back(entry.path().string());
+        }
+    }
+    if (error) {
+        Fail(path, "cannot be read: " + error.message());
+    }
+    std::ranges::sort(paths);
+    TFolder folder;
+    for (const std::string& each : paths) {
+        Add(each, folder);
+    }
+    return folder;
+}
+
+// Returns the only path; nullopt if there is none. Several are several inventories.
+std::optional<std::string> TakeOnly(const std::string& folder, const std::vector<std::string>& paths) {
+    if (paths.size() > 1) {
+        Fail(folder, "holds several inventories, such as " + fs::path(paths[0]).filename().string() +
+                         " and " + fs::path(paths[1]).filename().string() + "; name one of them");
+    }
+    return paths.empty() ? std::nullopt : std::optional(paths.front());
+}
+
+void PassFile(const std::string& path, IDocumentEvents& events) {
+    TDocumentInput input(path);
+    if (input.GetContent() != EContent::cimXml) {
+        return NINVENTORY::ReadDocument(input, events);
+    }
+    const TMemoryNamespace loaded = Load(path, input);
+    if (const auto bytes = FindResult(input.GetName(), loaded)) {
+        TDocumentInput document(input.GetName(), *bytes);
+        return NINVENTORY::ReadDocument(document, events);
+    }
+    PassResources(loaded, FindTimestamp(loaded), events);
+}
+
+void PassFolder(const std::string& path, IDocumentEvents& events) {
+    const TFolder folder = ListFolder(path);
+    if (const auto saved = TakeOnly(path, folder.namespaces)) {
+        return PassFile(*saved, events);
+    }
+    const auto hardware = TakeOnly(path, folder.hardware);
+    const auto systemInformation = TakeOnly(path, folder.systemInformation);
+    if (hardware) {
+        PassFile(*hardware, events);
+    }
+    if (systemInformation) {
+        PassFile(*systemInformation, events);
+    }
+    if (hardware || systemInformation) {
+        return;
+    }
+    const auto result = TakeOnly(path, folder.results);
+    if (!result) {
+        Fail(path, "holds no inventory");
+    }
+    PassFile(*result, events);
+}
+
+}  // namespace
+
+void PassInventory(const std::string& path, const TBeginSource& begin, IDocumentEvents& events) {
+    begin(path == "-" ? "standard input" : path);
+    try {
+        if (path != "-" && fs::is_directory(path)) {
+            PassFolder(path, events);
+        } else {
+            PassFile(path, events);
+        }
+    } catch (const TDocumentError& error) {
+        throw TRunFailure(error.what());
+    } catch (const fs::filesystem_error& error) {
+        throw TRunFailure(path + ": cannot be read: " + error.code().message());
+    }
+}
+
+TCollectOutcome PassMachine(const TSourceOptions& options, const TBeginSource& begin,
+                            IDocumentEvents& events) {
+    const TNamespaceSource source = ObtainNamespace(options);
+    begin(source.origin);
+    PassResources(*source.collected, source.localTime ? FormatDate(TCIMValue(*source.localTime)) : "",
+                  events);
+    return source.outcome;
+}
+
+}  // namespace NVORHOST

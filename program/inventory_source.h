@@ -1,0 +1,24 @@
+// The inventories that a command reads: documents, saved namespaces, results, folders of them, and machines.
+#pragma once
+
+#include "inventory/read/document_events.h"
+#include "machine/supervision/collect_outcome.h"
+#include "program/command_line.h"
+
+#include <functional>
+#include <string>
+
+namespace NVORHOST {
+
+/// Called with the name of each source before its documents.
+using TBeginSource = std::function<void(const std::string& name)>;
+
+/// Reads one file or folder; "-" is standard input. A folder is one inventory: its saved namespace if it has
+/// one, else its documents. Errors: throws TRunFailure with the file, the place and the cause.
+void PassInventory(const std::string& path, const TBeginSource& begin, NINVENTORY::IDocumentEvents& events);
+
+/// Collects from a machine without writing anything. Errors: see ObtainNamespace.
+TCollectOutcome PassMachine(const TSourceOptions& options, const TBeginSource& begin,
+                            NINVENTORY::IDocumentEvents& events);
+
+}  // namespace NVORHOST

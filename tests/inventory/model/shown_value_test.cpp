@@ -1,0 +1,64 @@
+#include "inventory/model/shown_value.h"
+
+#include <gtest/gtest.h>
+
+namespace NINVENTORY {
+namespace {
+
+std::string Shown(std::string_view resourceType, std::string name, std::string type, std::string value) {
+    return ShowValue(resourceType, {std::move(name), std::move(type), EShape::scalar, {std::move(value)}});
+}
+
+TEST(ShownValue, HasTheUnitPeopleCountIn) {
+    EXPECT_EQ(Shown("PhysicalMemory", "Capacity", "unsignedLong", "17179869184"), "16 GiB");
+    EXPECT_EQ(Shown("OperatingSystem", "TotalVisibleMemorySize", "unsignedLong", "32521004"), "31.01 GiB");
+    EXPECT_EQ(Shown("DiskDrive", "MaxMediaSize", "unsignedLong", "480103981"), "480 GB");
+    EXPECT_EQ(Shown("DiskPartition", "PartitionSize", "unsignedLong", "3840755982336"), "3.84 TB");
+    EXPECT_EQ(Shown("Processor", "MaxClockSpeed", "unsignedInt", "2300"), "2.3 GHz");
+    EXPECT_EQ(Shown("Processor", "MaxClockSpeed", "unsignedInt", "800"), "800 MHz");
+    EXPECT_EQ(Shown("PhysicalMemory", "Speed", "unsignedInt", "2133"), "2133 MT/s");
+    EXPECT_EQ(Shown("USBPort", "MaxSpeed", "unsignedLong", "480000000"), "480 Mbit/s");
+    EXPECT_EQ(Shown("USBPort", "MaxSpeed", "unsignedLong", "1500000"), "1.5 Mbit/s");
+    EXPECT_EQ(Shown("OperatingSystem", "CurrentTimeZone", "short", "60"), "60 min");
+}
+
+TEST(ShownValue, IsTheWordOfACode) {
+    EXPECT_EQ(Shown("PhysicalMemory", "MemoryType", "unsignedShort", "26"), "DDR4");
+    EXPECT_EQ(Shown("PhysicalMemory", "MemoryType", "unsignedShort", "999"), "999");
+    EXPECT_EQ(ShowValue("DiskDrive", {"OperationalStatus", "unsignedShort", EShape::array, {"2", "11"}}),
+              "OK, In Service");
+}
+
+TEST(ShownValue, IsAsWrittenForRegistersVersionsAndBooleans) {
+    EXPECT_EQ(Shown("PCIDevice", "SubsystemVendorID", "unsignedShort", "32902"), "0x8086");
+    EXPECT_EQ(Shown("USBController", "USBVersion", "unsignedShort", "528"), "2.10");
+    EXPECT_EQ(Shown("DiskDrive", "MediaIsLocked", "boolean", "true"), "yes");
+    EXPECT_EQ(Shown("DiskDrive", "MediaIsLocked", "boolean", "maybe"), "maybe");
+}
+
+TEST(ShownValue, KeepsTextsThatLookLikeNumbers) {
+    EXPECT_EQ(Shown("PhysicalMemory", "SerialNumber", "string", "0012"), "0012");
+    EXPECT_EQ(Shown("PhysicalMemory", "Capacity", "unsignedLong", "many"), "many");
+}
+
+TEST(ShownValue, IsEmptyForNull) {
+    EXPECT_EQ(ShowValue("DiskDrive", {"TimeOfLastMount", "dateTime", EShape::null, {}}), "");
+}
+
+TEST(ShowBinary, RoundsToTwoDecimals) {
+    EXPECT_EQ(ShowBinary(0), "0 B");
+    EXPECT_EQ(ShowBinary(1023), "1023 B");
+    EXPECT_EQ(ShowBinary(1536), "1.5 KiB");
+    EXPECT_EQ(ShowBinary(UINT64_MAX), "16 EiB");
+}
+
+TEST(ShowDecimal, RoundsToThreeDigits) {
+    EXPECT_EQ(ShowDecimal(0, "B"), "0 B");
+    EXPECT_EQ(ShowDecimal(999, "B"), "999 B");
+    EXPECT_EQ(ShowDecimal(31'914'983'424, "B"), "31.9 GB");
+    EXPECT_EQ(ShowDecimal(999'999'999, "B"), "1 GB");
+    EXPECT_EQ(ShowDecimal(10'000'000'000, "bit/s"), "10 Gbit/s");
+}
+
+}  // namespace
+}  // namespace NINVENTORY
