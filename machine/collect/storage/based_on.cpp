@@ -5,11 +5,9 @@
 #include "machine/collect/frame/attribute.h"
 #include "machine/collect/frame/collection.h"
 #include "machine/collect/frame/collector.h"
-#include "machine/collect/storage/disk_class.h"
-#include "machine/collect/storage/disk_partition.h"
+#include "machine/collect/storage/block_instances.h"
 
 #include <limits>
-#include <map>
 #include <set>
 
 namespace NVORHOST {
@@ -32,49 +30,6 @@ constexpr const IClassDeclaration* classes[] = {&basedOnClass};
 constexpr auto sourcePatterns =
     Join(partitionSources, std::array<TSourcePattern, 1>{"/sys/block/*/md/dev-*/slot"});
 
-// Every device that has an instance, by its kernel name.
-using TInstances = std::map<std::string, TCimReference, std::less<>>;
-
-TCimReference MakeReference(std::string_view className, const std::string& key) {
-    return {className, "DeviceID", key};
-}
-
-TInstances FindInstances(TCollection& collection) {
-    TInstances instances;
-    for (const TDisk& disk : GetDisks(collection)) {
-        instances.emplace(disk.kernelName, MakeReference(GetDiskClassName(disk), disk.key));
-    }
-    for (const TSoftwareVolume& volume : GetSoftwareVolumes(collection)) {
-        if (volume.isLogicalDisk) {
-            instances.emplace(volume.kernelName, MakeReference(softwareVolumeClassName, volume.key));
-        }
-    }
-    for (const TPartitionPlace& partition : GetPartitionPlaces(collection)) {
-        instances.emplace(partition.kernelName, MakeReference(diskPartitionClassName, partition.key));
-    }
-    return instances;
-}
-
-std::vector<std::string> ListMembers(const ISystemFiles& files, const std::string& kernelName) {
-    return files.List("/sys/block/" + kernelName + "/slaves").value;
-}
-
-// Appends the kernel name of `member`, or of the nearest devices below it that have an instance. `seen` holds
-// the names so far and ends a circle, which no kernel makes.
-void AppendInstances(const ISystemFiles& files, const TInstances& instances, const std::string& member,
-                     std::set<std::string>& seen, std::vector<std::string>& found) {
-    if (!seen.insert(member).second) {
-        return;
-    }
-    if (instances.contains(member)) {
-        found.push_back(member);
-        return;
-    }
-    for (const std::string& below : ListMembers(files, member)) {
-        AppendInstances(files, instances, below, seen, found);
-    }
-}
-
 // The place of an active member in its md array, from 1; the kernel writes "none" for a spare.
 std::optional<std::uint16_t> ReadOrder(const ISystemFiles& files, const std::string& volume,
                                        const std::string& member) {
@@ -84,20 +39,19 @@ std::optional<std::uint16_t> ReadOrder(const ISystemFiles& files, const std::str
     return fits ? std::optional(static_cast<std::uint16_t>(*slot + 1)) : std::nullopt;
 }
 
-void CommitPartitions(TCollection& collection, const TInstances& instances) {
+void CommitPartitions(TCollection& collection, const TBlockInstances& instances) {
     for (const TPartitionPlace& partition : GetPartitionPlaces(collection)) {
         std::set<std::string> seen;
         std::vector<std::string> wholes;
-        AppendInstances(collection.GetFiles(), instances, partition.wholeName, seen, wholes);
+        AppendBlockInstances(collection.GetFiles(), instances, partition.wholeName, seen, wholes);
         for (const std::string& whole : wholes) {
-            collection.Commit(
-                basedOnClass,
-                {instances.at(whole), MakeReference(diskPartitionClassName, partition.key), std::nullopt});
+            collection.Commit(basedOnClass,
+                              {instances.at(whole), instances.at(partition.kernelName), std::nullopt});
         }
     }
 }
 
-void CommitVolumes(TCollection& collection, const TInstances& instances) {
+void CommitVolumes(TCollection& collection, const TBlockInstances& instances) {
     const ISystemFiles& files = collection.GetFiles();
     for (const TSoftwareVolume& volume : GetSoftwareVolumes(collection)) {
         if (!volume.isLogicalDisk) {
@@ -105,8 +59,8 @@ void CommitVolumes(TCollection& collection, const TInstances& instances) {
         }
         std::set<std::string> seen{volume.kernelName};
         std::vector<std::string> members;
-        for (const std::string& member : ListMembers(files, volume.kernelName)) {
-            AppendInstances(files, instances, member, seen, members);
+        for (const std::string& member : ListBlockMembers(files, volume.kernelName)) {
+            AppendBlockInstances(files, instances, member, seen, members);
         }
         for (const std::string& member : members) {
             collection.Commit(basedOnClass, {instances.at(member), instances.at(volume.kernelName),
@@ -116,7 +70,7 @@ void CommitVolumes(TCollection& collection, const TInstances& instances) {
 }
 
 void CollectBasedOn(TCollection& collection) {
-    const TInstances instances = FindInstances(collection);
+    const TBlockInstances& instances = GetBlockInstances(collection);
     CommitPartitions(collection, instances);
     CommitVolumes(collection, instances);
 }
