@@ -3,6 +3,7 @@
 #include "machine/capture/edid_redaction.h"
 #include "machine/capture/identity_search.h"
 #include "machine/capture/identity_texts.h"
+#include "machine/capture/mount_redaction.h"
 #include "machine/capture/property_redaction.h"
 #include "machine/capture/replaced_lines.h"
 #include "machine/capture/scsi_redaction.h"
@@ -283,6 +284,7 @@ constexpr TFileRule fileRules[] = {
     {"/proc/**/net/fib_trie", LearnTrie, ReplaceTrie, ETextContext::anything},
     {"/proc/**/net/route", LearnNothing, ReplaceRoutes, ETextContext::anything},
     {"/proc/**/net/if_inet6", LearnIpv6Interfaces, ReplaceIpv6Interfaces, ETextContext::anything},
+    {"/proc/**/mountinfo", LearnWith<LearnMounts>, ReplaceWith<ReplaceMounts>, ETextContext::anything},
     {"/run/udev/data/*", LearnWith<LearnProperties>, ReplaceWith<ReplaceProperties>,
      ETextContext::identities},
     {"/run/utmp", LearnSessions, ReplaceSessions, ETextContext::identities},
@@ -383,6 +385,11 @@ void RedactAnswers(const TRedactedMachine& redaction, TCaptureAnswers& answers) 
             row.address = redaction.identities.GetPseudonyms().ReplaceAddress(row.address);
         }
     }
+    decltype(answers.fileSystemSpaces) spaces;
+    for (const auto& [mountPoint, space] : answers.fileSystemSpaces) {
+        spaces.emplace(ReplaceMountPoint(mountPoint, redaction.identities), space);
+    }
+    answers.fileSystemSpaces = std::move(spaces);
     std::map<TPathAccess, EReadStatus> refusals;
     for (const auto& [access, status] : answers.refusals) {
         const auto replace = access.access == EAccess::read ? ReplaceFilePath : ReplacePath;

@@ -40,20 +40,10 @@ std::optional<char> ReadEscape(std::string_view text) {
     return code ? std::optional(static_cast<char>(*code)) : std::nullopt;
 }
 
-std::string ResolveEscapes(std::string_view field) {
-    std::string text;
-    while (!field.empty()) {
-        const auto escaped = ReadEscape(field);
-        text += escaped.value_or(field.front());
-        field.remove_prefix(escaped ? escapeSize : 1);
-    }
-    return text;
-}
-
 std::vector<std::string> SplitOptions(std::string_view field) {
     std::vector<std::string> options;
     for (const std::string_view option : SplitFields(field, ',')) {
-        options.push_back(ResolveEscapes(option));
+        options.push_back(ResolveMountEscapes(option));
     }
     return options;
 }
@@ -81,16 +71,70 @@ std::optional<TMount> ParseMount(std::string_view line) {
         .parent = *parent,
         .major = *major,
         .minor = *minor,
-        .root = ResolveEscapes(fields[3]),
-        .mountPoint = ResolveEscapes(fields[4]),
+        .root = ResolveMountEscapes(fields[3]),
+        .mountPoint = ResolveMountEscapes(fields[4]),
         .options = SplitOptions(fields[5]),
-        .type = ResolveEscapes(separator[1]),
-        .source = ResolveEscapes(separator[2]),
+        .type = ResolveMountEscapes(separator[1]),
+        .source = ResolveMountEscapes(separator[2]),
         .superOptions = SplitOptions(separator[3]),
     };
 }
 
+// True if the path is `folder` or below it.
+bool IsAtOrBelow(std::string_view path, std::string_view folder) {
+    if (folder == "/") {
+        return true;
+    }
+    return path.starts_with(folder) && (path.size() == folder.size() || path[folder.size()] == '/');
+}
+
+// Returns nullptr for the root, whose parent is itself or outside.
+const TMount* FindParent(const std::vector<TMount>& mounts, const TMount& mount) {
+    const auto found = std::ranges::find(mounts, mount.parent, &TMount::id);
+    return found == mounts.end() || mount.parent == mount.id ? nullptr : &*found;
+}
+
+// True if a mount on the same parent covers the mount point of `mount`. It is newer: a mount that is older
+// would be the parent.
+bool IsCovered(const std::vector<TMount>& mounts, const TMount& mount) {
+    return FindParent(mounts, mount) != nullptr && std::ranges::any_of(mounts, [&](const TMount& other) {
+               return other.id != mount.id && other.parent == mount.parent && other.id != other.parent &&
+                      IsAtOrBelow(mount.mountPoint, other.mountPoint);
+           });
+}
+
+bool HasMountOnTop(const std::vector<TMount>& mounts, const TMount& mount) {
+    return std::ranges::any_of(mounts, [&](const TMount& other) {
+        return other.id != mount.id && other.parent == mount.id && other.mountPoint == mount.mountPoint;
+    });
+}
+
 }  // namespace
+
+std::string ResolveMountEscapes(std::string_view field) {
+    std::string text;
+    while (!field.empty()) {
+        const auto escaped = ReadEscape(field);
+        text += escaped.value_or(field.front());
+        field.remove_prefix(escaped ? escapeSize : 1);
+    }
+    return text;
+}
+
+std::vector<const TMount*> ListMountsOnTheWay(const std::vector<TMount>& mounts, const TMount& mount) {
+    if (HasMountOnTop(mounts, mount)) {
+        return {};
+    }
+    std::vector<const TMount*> way;
+    for (const TMount* current = &mount; current != nullptr; current = FindParent(mounts, *current)) {
+        const bool isCircle = way.size() == mounts.size();  // malformed
+        if (isCircle || IsCovered(mounts, *current)) {
+            return {};
+        }
+        way.push_back(current);
+    }
+    return way;
+}
 
 std::vector<TMount> ParseMountInfo(std::string_view text) {
     std::vector<TMount> mounts;

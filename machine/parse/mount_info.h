@@ -27,4 +27,12 @@ struct TMount {
 /// Source: proc_pid_mountinfo(5); Linux, fs/proc_namespace.c and mangle_path.
 std::vector<TMount> ParseMountInfo(std::string_view text);
 
+/// Resolves the octal escapes of a field.
+std::string ResolveMountEscapes(std::string_view field);
+
+/// Returns the mounts that a lookup of the mount point of `mount` passes, `mount` itself first and the
+/// outermost last. Returns nothing if another mount hides it, so that the lookup would end in that one.
+/// `mount` is one of `mounts`.
+std::vector<const TMount*> ListMountsOnTheWay(const std::vector<TMount>& mounts, const TMount& mount);
+
 }  // namespace NVORHOST

@@ -180,7 +180,7 @@ class TDeadlineOfCollectors : public TDeadline {
 
 TEST_F(TDeadlineOfCollectors, ASnapshotHasTheDataOfAllOtherSources) {
     const auto reads = Reads();
-    EXPECT_EQ(reads.size(), 28U);  // all but data-source and result
+    EXPECT_EQ(reads.size(), 29U);  // all but data-source and result
     const auto runs = StartAll("snapshot", reads);
     for (const auto& [name, run] : runs) {
         SCOPED_TRACE(name);

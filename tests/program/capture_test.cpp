@@ -159,7 +159,8 @@ std::string WithoutWhatMoves(const std::string& text) {
     std::istringstream lines(text);
     for (std::string line; std::getline(lines, line);) {
         const bool moves = std::ranges::any_of(
-            std::vector<std::string>{"Free", "NumberOfProcesses", "NumberOfUsers", "CurrentClockSpeed"},
+            std::vector<std::string>{"AvailableSpace", "Free", "NumberOfProcesses", "NumberOfUsers",
+                                     "CurrentClockSpeed"},
             [&](const std::string& name) { return line.find("NAME=\"" + name) != std::string::npos; });
         kept += moves ? "" : line + "\n";
     }

@@ -10,8 +10,8 @@ extern const TCollector computerSystemCollector, operatingSystemCollector, proce
     cardCollector, chassisCollector, systemFirmwareCollector, systemSlotCollector, batteryCollector,
     powerSupplyCollector, diskDriveCollector, disketteDriveCollector, tapeDriveCollector,
     opticalDriveCollector, logicalDiskCollector, diskPartitionCollector, basedOnCollector,
-    pciFunctionCollector, controllerCollector, monitorCollector, usbPortCollector, networkPortCollector,
-    ipEndpointCollector, processCollector, dataSourceCollector, resultCollector;
+    fileSystemCollector, pciFunctionCollector, controllerCollector, monitorCollector, usbPortCollector,
+    networkPortCollector, ipEndpointCollector, processCollector, dataSourceCollector, resultCollector;
 
 std::span<const TCollector> GetCollectors() {
     // Row order is the order of running, of the classes in the namespace and of listings.
@@ -38,6 +38,7 @@ std::span<const TCollector> GetCollectors() {
         logicalDiskCollector,
         diskPartitionCollector,
         basedOnCollector,
+        fileSystemCollector,
         pciFunctionCollector,
         controllerCollector,
         monitorCollector,

@@ -123,11 +123,25 @@ TEST_P(TMachineCaptureTest, ReproducesTheNamespaceOfTheMachine) {
 
 // Properties whose values may differ after redaction. All others are unchanged.
 bool MayDiffer(const std::string& property) {
-    static const std::set<std::string> ends{
-        ".ElementName", ".Description",          ".DeviceID",         ".SerialNumber",     ".Name",
-        ".CSName",      ".UserTracking",         ".IPv4Address",      ".IPv6Address",      ".Tag",
-        ".UniqueID",    ".OtherIdentifyingInfo", ".PermanentAddress", ".NetworkAddresses", ".Antecedent",
-        ".Dependent"};
+    static const std::set<std::string> ends{".ElementName",
+                                            ".Description",
+                                            ".DeviceID",
+                                            ".SerialNumber",
+                                            ".Name",
+                                            ".CSName",
+                                            ".UserTracking",
+                                            ".IPv4Address",
+                                            ".IPv6Address",
+                                            ".Tag",
+                                            ".UniqueID",
+                                            ".OtherIdentifyingInfo",
+                                            ".PermanentAddress",
+                                            ".NetworkAddresses",
+                                            ".Antecedent",
+                                            ".Dependent",
+                                            ".Root",
+                                            ".Label",
+                                            ".UUID"};
     return ends.contains(property.substr(property.rfind('.')));
 }
 

@@ -411,6 +411,45 @@ std::string MakeMemoryTable(const std::string& serial) {
     return machine.files.ReadText("/DMI").value;
 }
 
+TEST_F(TRedactionTest, ReplacesTheNamesInMountPointsAndNetworkSources) {
+    Add("/proc/self/mountinfo",
+        "20 1 8:1 / / rw - ext4 /dev/sda1 rw\n"
+        "21 20 8:2 / /home/anna rw - ext4 /dev/sda2 rw\n"
+        "22 20 8:17 / /media/anna/my\\040disk rw - vfat /dev/sdb1 rw,uid=1000\n"
+        "23 20 0:50 /@home /home rw - btrfs /dev/sda3 rw,subvol=/@home\n"
+        "24 20 0:60 / /srv/clinic rw master:1 - cifs //files/anna rw,username=anna,addr=10.0.0.1\n");
+    answers_.fileSystemSpaces["/home/anna"] = {4096, 2, 1};
+    answers_.fileSystemSpaces["/media/anna/my disk"] = {512, 2, 1};
+    const std::string user = Pseudonym("anna");
+    const std::string label = Pseudonym("my") + "\\040" + Pseudonym("disk");
+    EXPECT_EQ(Redacted("/proc/self/mountinfo"),
+              "20 1 8:1 / / rw - ext4 /dev/sda1 rw\n"
+              "21 20 8:2 / /home/" +
+                  user +
+                  " rw - ext4 /dev/sda2 rw\n"
+                  "22 20 8:17 / /media/" +
+                  user + "/" + label +
+                  " rw - vfat /dev/sdb1 rw,uid=1000\n"
+                  "23 20 0:50 /@home /home rw - btrfs /dev/sda3 rw,subvol=" +
+                  Pseudonym("/@home") +
+                  "\n"
+                  "24 20 0:60 / /srv/" +
+                  Pseudonym("clinic") + " rw master:1 - cifs " + Pseudonym("//files/anna") +
+                  " rw,username=" + user + ",addr=" + Pseudonym("10.0.0.1") + "\n");
+    EXPECT_EQ(FormatCaptureAnswers(answers_).find("anna"), std::string::npos);
+    EXPECT_TRUE(answers_.fileSystemSpaces.contains("/home/" + user));
+    EXPECT_TRUE(answers_.fileSystemSpaces.contains("/media/" + user + "/" + Pseudonym("my") + " " +
+                                                   Pseudonym("disk")));
+}
+
+TEST_F(TRedactionTest, ReplacesAUserOfAMountPointInLabels) {
+    Add("/proc/self/mountinfo", "21 20 8:2 / /run/media/anna/Anna-1 rw - vfat /dev/sdb1 rw\n");
+    Add("/run/udev/data/b8:2", "E:ID_FS_LABEL_ENC=Anna-1\nE:ID_FS_TYPE=vfat\n");
+    const std::string record = Redacted("/run/udev/data/b8:2");
+    EXPECT_THAT(record, Not(HasSubstr("Anna")));
+    EXPECT_THAT(record, HasSubstr("E:ID_FS_TYPE=vfat\n"));
+}
+
 TEST_F(TRedactionTest, MemoryModulesKeepMatchingTheirFirmwareRecord) {
     Add("/sys/devices/i2c-1/1-0050/eeprom", MakeModule("\x1A\x2B\x3C\x4D"));
     Add("/sys/firmware/dmi/tables/DMI", MakeMemoryTable("1A2B3C4D"));
@@ -472,14 +511,16 @@ TEST_F(TRedactionTest, KeepsAllOtherFiles) {
 }
 
 TEST_F(TRedactionTest, KeepsTheLengthOfFilesWithAnyContent) {
-    for (const char* path : {"/sys/a/serial", "/sys/a/uuid", "/sys/a/wwid", "/sys/a/vpd_pg80",
-                             "/sys/a/vpd_pg83", "/sys/a/eeprom", "/sys/a/edid", "/sys/a/uevent", "/run/utmp",
-                             "/run/udev/data/b8:0", "/proc/1/net/route", "/proc/1/net/fib_trie",
-                             "/proc/1/net/if_inet6", "/sys/firmware/dmi/tables/DMI", "/etc/hostname", "/x"}) {
+    for (const char* path :
+         {"/sys/a/serial", "/sys/a/uuid", "/sys/a/wwid", "/sys/a/vpd_pg80", "/sys/a/vpd_pg83",
+          "/sys/a/eeprom", "/sys/a/edid", "/sys/a/uevent", "/run/utmp", "/run/udev/data/b8:0",
+          "/proc/1/net/route", "/proc/1/net/fib_trie", "/proc/1/net/if_inet6", "/proc/1/mountinfo",
+          "/sys/firmware/dmi/tables/DMI", "/etc/hostname", "/x"}) {
         for (const std::string& text :
              {std::string(), std::string("\n"), std::string(" \t\n\n"), std::string(3, '\0'),
               std::string(700, '\xFF'), std::string(700, '7'), std::string("a=b\nE:\n=\nE:ID_SERIAL\n"),
-              std::string("nvme.\nt10.\n"), std::string("5000c500a1b2c3d4 10.0.0.1\t10.0.0.1/8\n")}) {
+              std::string("nvme.\nt10.\n"), std::string("5000c500a1b2c3d4 10.0.0.1\t10.0.0.1/8\n"),
+              std::string("1 2 0:3 /a\\040b\\ /c rw - x //h/s a=/b,user=\\0,c\n - - - - - - -\n")}) {
             TCaptureTree tree;
             TCaptureAnswers answers;
             tree.AddFile(path, text);

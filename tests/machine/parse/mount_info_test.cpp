@@ -3,6 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <string>
+#include <vector>
+
 namespace NVORHOST {
 namespace {
 
@@ -65,6 +68,59 @@ TEST(ParseMountInfo, SkipsLinesOfAnotherForm) {
     EXPECT_THAT(ParseMountInfo("x 35 8:2 / /mnt rw - ext4 /dev/sda2 rw\n"), IsEmpty());
     EXPECT_THAT(ParseMountInfo("36 35 8 / /mnt rw - ext4 /dev/sda2 rw\n"), IsEmpty());
     EXPECT_THAT(ParseMountInfo("36 35 8:2 / /mnt rw - ext4 /dev/sda2\n"), IsEmpty());
+}
+
+// The mount points on the way to the mount with that id, the root last.
+std::vector<std::string> ListWay(std::string_view text, std::uint32_t id) {
+    const auto mounts = ParseMountInfo(text);
+    std::vector<std::string> points;
+    for (const TMount& mount : mounts) {
+        if (mount.id == id) {
+            for (const TMount* step : ListMountsOnTheWay(mounts, mount)) {
+                points.push_back(step->mountPoint);
+            }
+        }
+    }
+    return points;
+}
+
+TEST(ListMountsOnTheWay, ListsTheMountItsParentAndTheRoot) {
+    constexpr char text[] =
+        "20 1 8:1 / / rw - ext4 /dev/sda1 rw\n"
+        "21 20 8:2 / /home rw - ext4 /dev/sda2 rw\n"
+        "22 21 8:3 / /home/backup rw - ext4 /dev/sda3 rw\n"
+        "23 20 8:4 / /home2 rw - ext4 /dev/sda4 rw\n";
+    EXPECT_THAT(ListWay(text, 20), ElementsAre("/"));
+    EXPECT_THAT(ListWay(text, 22), ElementsAre("/home/backup", "/home", "/"));
+    EXPECT_THAT(ListWay(text, 23), ElementsAre("/home2", "/"));
+}
+
+TEST(ListMountsOnTheWay, IsEmptyForAMountUnderAnother) {
+    constexpr char text[] =
+        "1 1 0:1 / / rw - rootfs rootfs rw\n"
+        "20 1 8:1 / / rw - ext4 /dev/sda1 rw\n"
+        "21 20 8:2 / /mnt rw - ext4 /dev/sda2 rw\n"
+        "22 21 0:40 / /mnt rw - nfs4 server:/export rw\n";
+    EXPECT_THAT(ListWay(text, 1), IsEmpty());
+    EXPECT_THAT(ListWay(text, 20), ElementsAre("/", "/"));
+    EXPECT_THAT(ListWay(text, 21), IsEmpty());
+    EXPECT_THAT(ListWay(text, 22), ElementsAre("/mnt", "/mnt", "/", "/"));
+}
+
+TEST(ListMountsOnTheWay, IsEmptyForAMountBelowADirectoryThatALaterMountCovers) {
+    constexpr char text[] =
+        "20 1 8:1 / / rw - ext4 /dev/sda1 rw\n"
+        "21 20 8:2 / /srv/data rw - ext4 /dev/sda2 rw\n"
+        "22 21 8:3 / /srv/data/old rw - ext4 /dev/sda3 rw\n"
+        "23 20 0:40 / /srv rw - nfs4 server:/export rw\n";
+    EXPECT_THAT(ListWay(text, 21), IsEmpty());
+    EXPECT_THAT(ListWay(text, 22), IsEmpty());
+    EXPECT_THAT(ListWay(text, 23), ElementsAre("/srv", "/"));
+}
+
+TEST(ListMountsOnTheWay, IsEmptyForACircleOfParents) {
+    EXPECT_THAT(ListWay("20 21 8:1 / /a rw - ext4 /dev/sda1 rw\n21 20 8:2 / /b rw - ext4 /dev/sda2 rw\n", 20),
+                IsEmpty());
 }
 
 }  // namespace

@@ -1,0 +1,22 @@
+// Identities in /proc/self/mountinfo: mount points and sources name people, hosts and their data.
+#pragma once
+
+#include "machine/capture/identity_texts.h"
+
+#include <string>
+#include <string_view>
+
+namespace NVORHOST {
+
+/// Learns the names of users from mount points such as "/home/anna" and "/run/media/anna/disk".
+void LearnMounts(std::string_view bytes, TIdentityTexts& identities);
+
+/// Returns the file with the names in mount points, in the mounted folders, in sources of network file
+/// systems and in options with paths and accounts replaced by pseudonyms. Its length does not change.
+std::string ReplaceMounts(std::string_view bytes, const TIdentityTexts& identities);
+
+/// Returns a mount point with the names in it replaced, as in the file. Names that every machine has, such as
+/// "home", "var" and "boot", are kept.
+std::string ReplaceMountPoint(std::string_view mountPoint, const TIdentityTexts& identities);
+
+}  // namespace NVORHOST
