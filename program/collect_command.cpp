@@ -25,6 +25,7 @@
 #include <deque>
 #include <optional>
 #include <ostream>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -199,17 +200,36 @@ class TCollectOutputs {
 // The files of a run besides its documents; they move into place together with them.
 using TOutputFiles = std::deque<TOutputFile>;
 
-// Writes the snapshot. It must be written before the request, which commits its results to the namespace.
-TOutputFiles WriteSnapshotFile(const TCollectOutputs& outputs, const TCollectOptions& options,
-                               const TMemoryNamespace& collected) {
-    TOutputFiles files;
-    if (outputs.FindSnapshot()) {
-        files.emplace_back(
-            *outputs.FindSnapshot(), *options.snapshotFile, options.source.syncs,
-            [&](std::ostream& file) { WriteSnapshot(collected, *options.snapshotFile, file); });
+// The snapshot of a run. It is written before the request, which commits its results to the namespace. If its
+// place cannot be replaced as a whole, such as standard output, its bytes are kept until the request has
+// succeeded.
+class TRunSnapshot {
+  public:
+    TRunSnapshot(const TOutputPlace& place, const TCollectOptions& options, const TMemoryNamespace& collected,
+                 TOutputFiles& files)
+        : place_(place), path_(*options.snapshotFile), syncs_(options.source.syncs) {
+        if (place.GetKind() == TOutputPlace::EKind::file) {
+            files.emplace_back(place, path_, syncs_,
+                               [&](std::ostream& file) { WriteSnapshot(collected, path_, file); });
+        } else {
+            std::ostringstream bytes;
+            WriteSnapshot(collected, path_, bytes);
+            bytes_ = std::move(bytes).str();
+        }
     }
-    return files;
-}
+
+    void WriteKept(TOutputFiles& files) const {
+        if (bytes_) {
+            files.emplace_back(place_, path_, syncs_, [&](std::ostream& file) { file << *bytes_; });
+        }
+    }
+
+  private:
+    const TOutputPlace& place_;
+    const std::string& path_;
+    bool syncs_;
+    std::optional<std::string> bytes_;
+};
 
 void AddResultFile(const TCollectOutputs& outputs, const TCollectOptions& options,
                    const TPluginRequest& request, const TInstances& results, TOutputFiles& files) {
@@ -263,7 +283,12 @@ EExitStatus RunCollect(const TCollectOptions& options, std::ostream& out) {
     const TNamespaceSource source = ObtainNamespace(options.source);
     clock.Finish("collect");
 
-    TOutputFiles files = WriteSnapshotFile(outputs, options, *source.collected);
+    TOutputFiles files;
+    std::optional<TRunSnapshot> snapshot;
+    if (outputs.FindSnapshot()) {
+        snapshot.emplace(*outputs.FindSnapshot(), options, *source.collected, files);
+        clock.Finish("save snapshot");
+    }
     environment.SetCollected(source.collected);
     TPrivateDirectory workplace(outputs.GetTarget(), "cannot write to " + options.directory, syncs);
     const TPluginRequest request{options.pluginFile ? *options.pluginFile : FindOwnPlugin(),
@@ -281,6 +306,9 @@ EExitStatus RunCollect(const TCollectOptions& options, std::ostream& out) {
     TRunSummary summary;
     summary.documents = FinishDocuments(workplace, results, hasIdentity,
                                         /*comparesResults=*/outputs.FindResult().has_value());
+    if (snapshot) {
+        snapshot->WriteKept(files);
+    }
     AddResultFile(outputs, options, request, results, files);
     MoveIntoPlace(files, workplace, outputs.GetTarget());
     summary.completedFiles = workplace.GetCompleted();

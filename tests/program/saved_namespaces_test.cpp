@@ -14,6 +14,7 @@
 namespace NVORHOST {
 namespace {
 
+using ::testing::ContainsRegex;
 using ::testing::HasSubstr;
 using ::testing::Not;
 using ::testing::StartsWith;
@@ -63,6 +64,23 @@ TEST(SnapshotOption, WritesADashToStandardOutput) {
     const auto result = Collect(directory, {"--namespace", smallServer, "--snapshot", "-"});
     EXPECT_EQ(result.status, 0) << result.standardError;
     EXPECT_THAT(result.standardOutput, StartsWith("<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"));
+}
+
+TEST(SnapshotOption, WritesNothingToStandardOutputIfTheRequestFails) {
+    const TTemporaryDirectory directory;
+    WriteFile(directory / "no-plugin.so", "");
+    const auto result = Collect(
+        directory, {"--namespace", smallServer, "--plugin", directory / "no-plugin.so", "--snapshot", "-"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.standardOutput, "");
+}
+
+TEST(SnapshotOption, HasAStepOfItsOwnInTheSummary) {
+    const TTemporaryDirectory directory;
+    const auto result = Collect(directory, {"--namespace", smallServer, "--snapshot", "a.xml"});
+    EXPECT_THAT(result.standardOutput,
+                ContainsRegex("Time        collect [0-9.]+ ms, save snapshot [0-9.]+ ms, load plug-in "
+                              "[0-9.]+ ms, request [0-9.]+ ms, finish [0-9.]+ ms, total [0-9.]+ ms\n"));
 }
 
 TEST(SnapshotOption, LeavesNothingIfTheFileCannotBeWritten) {
