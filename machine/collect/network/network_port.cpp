@@ -1,17 +1,23 @@
 // Collects the ports of network devices as CIM_EthernetPort, CIM_WiFiPort or CIM_IBPort, and all others, such
 // as bridges, bonds, VLANs, tunnels and modems, as CIM_NetworkPort, sorted by interface name. The loopback
-// interface is not collected.
+// interface is not collected. CIM_DeviceSAPImplementation: one instance per pair of a port (Antecedent) and
+// an address that it carries (Dependent).
 #include "machine/collect/frame/attribute.h"
 #include "machine/collect/frame/collection.h"
 #include "machine/collect/frame/collector.h"
 #include "machine/collect/frame/device_position.h"
 #include "machine/collect/frame/operational_status.h"
+#include "machine/collect/network/interface_address.h"
 #include "machine/parse/uevent.h"
+#include "machine/parse/vlan_config.h"
 #include "text/ascii.h"
 #include "text/hex.h"
 
 #include <algorithm>
+#include <array>
+#include <functional>
 #include <iterator>
+#include <map>
 #include <utility>
 
 namespace NVORHOST {
@@ -20,7 +26,7 @@ namespace {
 struct TNetworkPort {
     std::optional<std::string> elementName, description, deviceId, name, permanentAddress;
     std::optional<TOperationalStatus> operationalStatus;
-    std::optional<std::uint16_t> enabledState, linkTechnology;
+    std::optional<std::uint16_t> enabledState, linkTechnology, vlanId;
     std::optional<std::vector<std::string>> otherIdentifyingInfo, identifyingDescriptions, networkAddresses;
     std::optional<std::uint64_t> speedBitsPerSecond, mtuBytes;
     std::optional<bool> isFullDuplex;
@@ -43,14 +49,31 @@ constexpr TPropertyRow<TNetworkPort> networkPortRows[] = {
     {"ActiveMaximumTransmissionUnit", &TNetworkPort::mtuBytes},
 };
 
+// VLANs are among the other ports.
+constexpr TPropertyRow<TNetworkPort> otherPortRows[] = {
+    {"VLANID", &TNetworkPort::vlanId},
+};
+
+struct TDeviceAddress {
+    std::optional<TCimReference> antecedent, dependent;
+};
+
+constexpr TPropertyRow<TDeviceAddress> deviceAddressRows[] = {
+    {"Antecedent", &TDeviceAddress::antecedent},
+    {"Dependent", &TDeviceAddress::dependent},
+};
+
+constexpr auto allOtherPortRows = JoinRows(networkPortRows, otherPortRows);
 constexpr TCimClass<TNetworkPort> ethernetPortClass{"CIM_EthernetPort", networkPortRows};
 constexpr TCimClass<TNetworkPort> wifiPortClass{"CIM_WiFiPort", networkPortRows};
 constexpr TCimClass<TNetworkPort> infiniBandPortClass{"CIM_IBPort", networkPortRows};
-constexpr TCimClass<TNetworkPort> otherPortClass{"CIM_NetworkPort", networkPortRows};
+constexpr TCimClass<TNetworkPort> otherPortClass{"CIM_NetworkPort", allOtherPortRows};
+constexpr TCimClass<TDeviceAddress> deviceAddressClass{"CIM_DeviceSAPImplementation", deviceAddressRows};
 constexpr const IClassDeclaration* classes[] = {&ethernetPortClass, &wifiPortClass, &infiniBandPortClass,
-                                                &otherPortClass};
+                                                &otherPortClass, &deviceAddressClass};
 
-constexpr TSourcePattern sourcePatterns[] = {
+constexpr std::array<TSourcePattern, 24> portSources{
+    "/proc/net/vlan/config",
     "/sys/class/net",
     "/sys/class/net/*",
     "/sys/class/net/*/addr_assign_type",
@@ -75,6 +98,7 @@ constexpr TSourcePattern sourcePatterns[] = {
     "/sys/class/net/*/uevent",
     "/sys/devices/**/usb*/version",
 };
+constexpr auto sourcePatterns = Join(portSources, addressSources);
 
 // Hardware types (ARPHRD_...) that the kernel writes to `type`.
 constexpr std::uint32_t ethernetType = 1;
@@ -343,6 +367,9 @@ TNetworkPort MakeRecord(const TPort& port, const TPortKind& kind) {
         SetLinkRate(port, operState, record);
     }
     SetIdentifyingInfo(port, record);
+    if (IsVlan(port)) {
+        record.vlanId = FindVlanId(port.files.ReadText("/proc/net/vlan/config").value, port.name);
+    }
     return record;
 }
 
@@ -359,6 +386,16 @@ std::optional<TPort> FindPort(const ISystemFiles& files, const std::string& name
     return port;
 }
 
+void CommitAddresses(TCollection& collection,
+                     const std::map<std::string, TCimReference, std::less<>>& references) {
+    for (const TAddressPlace& place : GetAddressPlaces(collection)) {
+        if (const auto port = references.find(place.interface); port != references.end()) {
+            collection.Commit(deviceAddressClass,
+                              {port->second, TCimReference{ipEndpointClassName, "ElementName", place.name}});
+        }
+    }
+}
+
 void CollectNetworkPorts(TCollection& collection) {
     std::vector<TNetworkPort> records;
     std::vector<const TPortKind*> kinds;
@@ -371,10 +408,14 @@ void CollectNetworkPorts(TCollection& collection) {
         }
     }
     auto keys = collection.MakeKeys(keySources, "network port");
+    std::map<std::string, TCimReference, std::less<>> references;
     for (std::size_t i = 0; i < records.size(); ++i) {
+        references.emplace(*records[i].name,
+                           TCimReference{kinds[i]->cimClass.GetName(), "DeviceID", keys[i]});
         records[i].deviceId = std::move(keys[i]);
         collection.Commit(kinds[i]->cimClass, records[i]);
     }
+    CommitAddresses(collection, references);
 }
 
 }  // namespace

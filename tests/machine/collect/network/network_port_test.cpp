@@ -183,5 +183,36 @@ TEST(NetworkPort, LeavesOutLoopbackAndFilesThatAreNotInterfaces) {
     }
 }
 
+TEST(NetworkPort, HasTheIdOfAVlan) {
+    TCollected collected;
+    Collect(
+        MakeVirtualPort("eth0.12", "type = 1\nuevent = DEVTYPE=vlan\n") +
+            MakeVirtualPort("br0", "type = 1\nbridge/bridge_id = 8000.525400b20001\n") +
+            "/proc/net/vlan/config:\n| VLAN Dev name | VLAN ID\n| eth0.12 | 12 | eth0\n| br0 | 7 | eth0\n",
+        collected);
+    EXPECT_THAT(collected.GetAll(otherPort, "Name"), ElementsAre("br0", "eth0.12"));
+    EXPECT_THAT(collected.GetAll(otherPort, "VLANID"), ElementsAre("absent", "12"));
+}
+
+TEST(NetworkPort, RefersToTheAddressesThatItCarries) {
+    TMachine machine = ParseMachineTree(MakePort("eth0", card, "") + MakeVirtualPort("br0", "type = 1\n") +
+                                        MakeVirtualPort("lo", "type = 772\n"));
+    machine.calls.interfaceAddresses = {{"lo", std::string("\x7F\0\0\1", 4)},
+                                        {"eth0", std::string("\x0A\0\0\5", 4)},
+                                        {"eth0", std::string("\x0A\0\0\6", 4)},
+                                        {"br0", std::string("\x0A\0\1\5", 4)}};
+    TCollected collected;
+    Collect(machine.files, machine.calls, collected);
+    EXPECT_THAT(collected.GetAll("CIM_DeviceSAPImplementation", "Antecedent"),
+                ElementsAre("CIM_NetworkPort.DeviceID=\"br0\"", "CIM_EthernetPort.DeviceID=\"0000:02:00.0\"",
+                            "CIM_EthernetPort.DeviceID=\"0000:02:00.0\""));
+    EXPECT_THAT(collected.GetAll("CIM_DeviceSAPImplementation", "Dependent"),
+                ElementsAre("KELSG_IPProtocolEndpoint.ElementName=\"br0 10.0.1.5\"",
+                            "KELSG_IPProtocolEndpoint.ElementName=\"eth0 10.0.0.5\"",
+                            "KELSG_IPProtocolEndpoint.ElementName=\"eth0 10.0.0.6\""));
+    EXPECT_THAT(collected.GetAll("KELSG_IPProtocolEndpoint", "ElementName"),
+                ElementsAre("br0 10.0.1.5", "eth0 10.0.0.5", "eth0 10.0.0.6", "lo 127.0.0.1"));
+}
+
 }  // namespace
 }  // namespace NVORHOST
