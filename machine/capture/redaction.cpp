@@ -307,6 +307,8 @@ constexpr TFileRule fileRules[] = {
     {"/sys/**/*uuid", LearnValue<uuid>, ReplaceValue, ETextContext::anything},
     {"/sys/**/unique_id", LearnValue<worldWideName>, ReplaceValue, ETextContext::anything},
     {"/sys/**/*sas_address", LearnValue<worldWideName>, ReplaceValue, ETextContext::anything},
+    {"/sys/**/enclosure_identifier", LearnValue<worldWideName>, ReplaceValue, ETextContext::anything},
+    {"/sys/**/enclosure/*/id", LearnValue<worldWideName>, ReplaceValue, ETextContext::anything},
     {"/sys/**/nguid", LearnValue<worldWideName>, ReplaceValue, ETextContext::anything},
     {"/sys/**/eui", LearnValue<worldWideName>, ReplaceValue, ETextContext::anything},
     {"/sys/**/cid", LearnValue<serialNumber>, ReplaceValue, ETextContext::anything},

@@ -64,4 +64,24 @@ std::optional<std::string> ParseVpdAtaModel(std::string_view page) {
     return std::nullopt;
 }
 
+std::optional<TVpdRotation> ParseVpdRotation(std::string_view page) {
+    constexpr std::uint32_t solidState = 1;
+    constexpr std::uint32_t lowestRate = 0x0401;
+    constexpr std::uint32_t highestRate = 0xFFFE;
+    const auto body = FindPageBody(page, 0xB1);
+    const TByteView view(body.value_or(""));
+    const auto high = view.GetByte(0);
+    const auto low = view.GetByte(1);
+    if (!high || !low) {
+        return std::nullopt;
+    }
+    const std::uint32_t rate = static_cast<std::uint32_t>(*high) << 8U | *low;
+    if (rate == solidState) {
+        return TVpdRotation{/*isSolidState=*/true, std::nullopt};
+    }
+    return rate >= lowestRate && rate <= highestRate
+               ? std::optional(TVpdRotation{/*isSolidState=*/false, rate})
+               : std::nullopt;
+}
+
 }  // namespace NVORHOST

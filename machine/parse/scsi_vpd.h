@@ -37,4 +37,14 @@ std::vector<TVpdDesignator> ParseVpdDesignators(std::string_view body);
 /// only its first 16 characters. Returns nullopt for any other page. Source: SPC-4, 7.8.6; SAT-3, 10.4.4.
 std::optional<std::string> ParseVpdAtaModel(std::string_view page);
 
+/// The medium of a disk, by page B1h.
+struct TVpdRotation {
+    bool isSolidState = false;
+    std::optional<std::uint32_t> rotationsPerMinute;  ///< absent for a solid-state medium
+};
+
+/// Returns the medium rotation rate of page B1h, block device characteristics; nullopt for another page, a
+/// truncated one, an unreported rate and a reserved one. Source: SBC-3, 6.5.2.
+std::optional<TVpdRotation> ParseVpdRotation(std::string_view page);
+
 }  // namespace NVORHOST

@@ -5,17 +5,36 @@
 #include "machine/collect/frame/collector.h"
 #include "machine/collect/storage/block_device.h"
 #include "machine/collect/storage/disk_class.h"
+#include "machine/collect/storage/disk_details.h"
 #include "machine/collect/storage/media_drive.h"
 #include "text/find_row.h"
+
+#include <utility>
 
 namespace NVORHOST {
 namespace {
 
-constexpr TCimClass<TMediaDrive> physicalDiskClass{physicalDiskClassName, mediaDriveRows};
-constexpr TCimClass<TMediaDrive> virtualDiskClass{virtualDiskClassName, mediaDriveRows};
+// Properties of disks only. The documents do not have them.
+constexpr TPropertyRow<TMediaDrive> virtualRows[] = {
+    {"OtherIdentifyingInfo", &TMediaDrive::identities},
+    {"IdentifyingDescriptions", &TMediaDrive::identityDescriptions},
+    {"PhysicalBlockSize", &TMediaDrive::physicalBlockSizeBytes},
+};
+constexpr TPropertyRow<TMediaDrive> physicalRows[] = {
+    {"OtherIdentifyingInfo", &TMediaDrive::identities},
+    {"IdentifyingDescriptions", &TMediaDrive::identityDescriptions},
+    {"PhysicalBlockSize", &TMediaDrive::physicalBlockSizeBytes},
+    {"Media", &TMediaDrive::media},
+    {"RotationRate", &TMediaDrive::rotationsPerMinute},
+};
+
+constexpr auto virtualDiskRows = JoinRows(mediaDriveRows, virtualRows);
+constexpr auto physicalDiskRows = JoinRows(mediaDriveRows, physicalRows);
+constexpr TCimClass<TMediaDrive> physicalDiskClass{physicalDiskClassName, physicalDiskRows};
+constexpr TCimClass<TMediaDrive> virtualDiskClass{virtualDiskClassName, virtualDiskRows};
 constexpr const IClassDeclaration* classes[] = {&physicalDiskClass, &virtualDiskClass};
 
-constexpr auto sourcePatterns = diskSources;
+constexpr auto sourcePatterns = Join(diskSources, diskDetailSources);
 
 // The kernel's default is "rotational", also for USB sticks and card readers, so it is ignored for removable
 // media.
@@ -58,6 +77,14 @@ void SetMediaState(bool isRemovable, TMediaDrive& drive) {
     }
 }
 
+void SetDetails(TDiskDetails details, TMediaDrive& drive) {
+    drive.identities = std::move(details.identifying.values);
+    drive.identityDescriptions = std::move(details.identifying.descriptions);
+    drive.media = std::move(details.media);
+    drive.rotationsPerMinute = details.rotationsPerMinute;
+    drive.physicalBlockSizeBytes = details.physicalBlockSizeBytes;
+}
+
 TMediaDrive MakeDrive(const TDisk& disk, std::string_view words) {
     TMediaDrive drive;
     drive.description = disk.transport + " " + std::string(words);
@@ -75,7 +102,9 @@ void CollectDiskDrives(TCollection& collection) {
     for (const TDisk& disk : GetDisks(collection)) {
         const TBackingRow* row = FindRow(backingRows, &TBackingRow::backing, disk.backing);
         if (row != nullptr && !IsLogicalDisk(disk)) {
-            collection.Commit(row->cimClass, MakeDrive(disk, row->describe(disk)));
+            TMediaDrive drive = MakeDrive(disk, row->describe(disk));
+            SetDetails(ReadDiskDetails(collection, disk), drive);
+            collection.Commit(row->cimClass, drive);
         }
     }
 }

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace NVORHOST {
 
@@ -17,6 +18,11 @@ struct TMediaDrive {
     std::optional<std::uint64_t> defaultBlockSizeBytes, maxBlockSizeBytes, minBlockSizeBytes, maxMediaSizeKB,
         mountCount, totalMountTimeSeconds;
     std::optional<bool> mediaIsLocked;
+    // Disks only.
+    std::optional<std::vector<std::string>> identities, identityDescriptions;
+    std::optional<std::string> media;
+    std::optional<std::uint32_t> rotationsPerMinute;
+    std::optional<std::uint64_t> physicalBlockSizeBytes;
 };
 
 inline constexpr TPropertyRow<TMediaDrive> mediaDriveRows[] = {

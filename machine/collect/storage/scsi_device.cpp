@@ -79,9 +79,23 @@ std::string UnitSuffix(const TScsiDevice& device) {
 
 std::optional<std::string> ReadUsbSerial(const TScsiDevice& device) {
     const auto usbDevice = FindUsbDeviceFolder(device);
-    const auto serial =
-        usbDevice ? WithoutPlaceholder(ReadAttribute(device.files, *usbDevice + "/serial")) : std::nullopt;
-    return serial ? std::optional(*serial + UnitSuffix(device)) : std::nullopt;
+    return usbDevice ? WithoutPlaceholder(ReadAttribute(device.files, *usbDevice + "/serial")) : std::nullopt;
+}
+
+std::optional<std::string> ReadPageSerial(const TScsiDevice& device) {
+    return WithoutPlaceholder(ParseVpdSerial(ReadPage(device, "vpd_pg80")));
+}
+
+bool IsAtaPortName(std::string_view name) {
+    return FindNumberAfter(name, "ata").has_value();
+}
+
+bool IsSasDeviceName(std::string_view name) {
+    return name.starts_with("end_device-");
+}
+
+std::optional<std::string> ToText(std::optional<std::string_view> path) {
+    return path ? std::optional<std::string>(*path) : std::nullopt;
 }
 
 struct TTransport {
@@ -113,14 +127,27 @@ std::optional<std::string> ReadScsiModel(const TScsiDevice& device) {
     return NonEmpty(Join(vendor == "ATA" || modelHasVendor ? std::nullopt : vendor, model));
 }
 
-std::optional<std::string> ReadScsiIdentity(const TScsiDevice& device) {
+std::optional<std::string> ReadScsiWorldWideName(const TScsiDevice& device) {
     const auto wwid = Read(device, "wwid");
-    // A "t10." name contains vendor, model and serial number; the serial number alone is used below.
-    if (wwid && (wwid->starts_with("naa.") || wwid->starts_with("eui.")) && !IsPlaceholder(wwid->substr(4))) {
-        return *wwid;
-    }
-    const auto serial = WithoutPlaceholder(ParseVpdSerial(ReadPage(device, "vpd_pg80")));
+    // A "t10." name contains vendor, model and serial number.
+    const bool isOwn = wwid && (wwid->starts_with("naa.") || wwid->starts_with("eui."));
+    return isOwn && !IsPlaceholder(wwid->substr(4)) ? wwid : std::nullopt;
+}
+
+std::optional<std::string> ReadScsiSerial(const TScsiDevice& device) {
+    const auto serial = ReadPageSerial(device);
     return serial ? serial : ReadUsbSerial(device);
+}
+
+std::optional<std::string> ReadScsiIdentity(const TScsiDevice& device) {
+    if (auto name = ReadScsiWorldWideName(device)) {
+        return name;
+    }
+    if (auto serial = ReadPageSerial(device)) {
+        return serial;
+    }
+    const auto serial = ReadUsbSerial(device);
+    return serial ? std::optional(*serial + UnitSuffix(device)) : std::nullopt;
 }
 
 std::string FindScsiTransport(const TScsiDevice& device) {
@@ -134,8 +161,15 @@ std::string FindScsiTransport(const TScsiDevice& device) {
 }
 
 std::optional<std::string> FindUsbDeviceFolder(const TScsiDevice& device) {
-    const auto folder = FindFolder(device.devicePath, IsUsbDeviceName);
-    return folder ? std::optional<std::string>(*folder) : std::nullopt;
+    return ToText(FindFolder(device.devicePath, IsUsbDeviceName));
+}
+
+std::optional<std::string> FindAtaPortFolder(const TScsiDevice& device) {
+    return ToText(FindFolder(device.devicePath, IsAtaPortName));
+}
+
+std::optional<std::string> FindSasDeviceFolder(const TScsiDevice& device) {
+    return ToText(FindFolder(device.devicePath, IsSasDeviceName));
 }
 
 std::optional<std::string> ReadScsiHostDriver(const TScsiDevice& device) {

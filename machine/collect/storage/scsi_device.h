@@ -28,11 +28,24 @@ std::optional<std::string> ReadScsiModel(const TScsiDevice& device);
 /// Returns the world-wide name, else the serial number; nullopt if the device has neither.
 std::optional<std::string> ReadScsiIdentity(const TScsiDevice& device);
 
+/// Returns the world-wide name, "naa.5000c500a1b2c3d4"; nullopt if the device has none of its own.
+std::optional<std::string> ReadScsiWorldWideName(const TScsiDevice& device);
+
+/// Returns the serial number of the device, else that of the USB device that provides it; nullopt if both are
+/// unknown.
+std::optional<std::string> ReadScsiSerial(const TScsiDevice& device);
+
 /// Returns "USB", "ATA", "SAS", "iSCSI" or "SCSI".
 std::string FindScsiTransport(const TScsiDevice& device);
 
 /// Returns the folder of the USB device that provides the SCSI device; nullopt for other transports.
 std::optional<std::string> FindUsbDeviceFolder(const TScsiDevice& device);
+
+/// Returns the folder of the ATA port, ".../ata1"; nullopt for other transports.
+std::optional<std::string> FindAtaPortFolder(const TScsiDevice& device);
+
+/// Returns the folder of the SAS end device; nullopt for other transports.
+std::optional<std::string> FindSasDeviceFolder(const TScsiDevice& device);
 
 /// Returns the name that the driver gives its host ("megaraid_sas"), else the name of the adapter's driver;
 /// nullopt if both are unknown. Also reads the "driver" link of the adapter, which is not in scsiSources.

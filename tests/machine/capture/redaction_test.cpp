@@ -199,6 +199,15 @@ TEST_F(TRedactionTest, ReplacesAddressesOfSasExpandersAndPorts) {
               "0x" + Pseudonym("500605b0000272b0") + "\n");
 }
 
+TEST_F(TRedactionTest, UsesOnePseudonymForTheNameOfAnEnclosure) {
+    const std::string port = "/sys/devices/pci0000:00/0000:02:00.0/host1/port-1:1/";
+    Add(port + "end_device-1:1/sas_device/end_device-1:1/enclosure_identifier", "0x500a098000c0ffee\n");
+    Add(port + "end_device-1:8/target1:0:8/1:0:8:0/enclosure/1:0:8:0/id", "0x500a098000c0ffee\n");
+    const std::string name = Redacted(port + "end_device-1:1/sas_device/end_device-1:1/enclosure_identifier");
+    EXPECT_EQ(name, Pseudonym("0x500a098000c0ffee") + "\n");
+    EXPECT_EQ(Redacted(port + "end_device-1:8/target1:0:8/1:0:8:0/enclosure/1:0:8:0/id"), name);
+}
+
 TEST_F(TRedactionTest, ReplacesIscsiPortalsByThePseudonymOfTheirAddress) {
     answers_.interfaceAddresses = {{"eth0", *ParseIpv4Address("192.168.1.70")}};
     Add("/run/udev/data/b8:0",

@@ -65,5 +65,42 @@ TEST(ParseVpdAtaModel, ReturnsNulloptForOtherVendorsAndShortDesignators) {
     EXPECT_EQ(ParseVpdAtaModel(ParseByteLine("00 83 00 04 02 01 00 44")), std::nullopt);
 }
 
+// Page B1h with that rate, and a body of the length that disks have.
+std::string MakeRotationPage(int high, int low) {
+    std::string page("\x00\xB1\x00\x3C", 4);
+    page += static_cast<char>(high);
+    page += static_cast<char>(low);
+    page.append(58, '\0');
+    return page;
+}
+
+TEST(ParseVpdRotation, ReadsTheRateOfARotatingMedium) {
+    const auto rotation = ParseVpdRotation(MakeRotationPage(0x1C, 0x20));
+    ASSERT_TRUE(rotation);
+    EXPECT_FALSE(rotation->isSolidState);
+    EXPECT_EQ(rotation->rotationsPerMinute, 7200U);
+}
+
+TEST(ParseVpdRotation, RecognisesASolidStateMedium) {
+    const auto rotation = ParseVpdRotation(MakeRotationPage(0, 1));
+    ASSERT_TRUE(rotation);
+    EXPECT_TRUE(rotation->isSolidState);
+    EXPECT_FALSE(rotation->rotationsPerMinute);
+}
+
+TEST(ParseVpdRotation, ReturnsNulloptForUnreportedAndReservedRates) {
+    EXPECT_FALSE(ParseVpdRotation(MakeRotationPage(0, 0)));
+    EXPECT_FALSE(ParseVpdRotation(MakeRotationPage(0, 2)));
+    EXPECT_FALSE(ParseVpdRotation(MakeRotationPage(4, 0)));
+    EXPECT_FALSE(ParseVpdRotation(MakeRotationPage(0xFF, 0xFF)));
+}
+
+TEST(ParseVpdRotation, ReturnsNulloptForAnotherOrATruncatedPage) {
+    EXPECT_FALSE(ParseVpdRotation(""));
+    EXPECT_FALSE(ParseVpdRotation(std::string("\x00\xB0\x00\x02\x1C\x20", 6)));
+    EXPECT_FALSE(ParseVpdRotation(std::string("\x00\xB1\x00\x01\x1C", 5)));
+    EXPECT_FALSE(ParseVpdRotation(MakeRotationPage(0x1C, 0x20).substr(0, 63)));
+}
+
 }  // namespace
 }  // namespace NVORHOST

@@ -348,5 +348,115 @@ TEST(DiskKeys, DoNotDependOnTheKernelsNumbers) {
               "0000:00:14.0/2.3:1.0/0:0:1");
 }
 
+// ---- details
+
+constexpr char info[] = "OtherIdentifyingInfo";
+constexpr char descriptions[] = "IdentifyingDescriptions";
+
+TEST(DiskDetails, OfAnAtaDiskHaveItsWholeFirmwareRevisionFromUdevAndItsPort) {
+    const std::string port = "/sys/devices/pci0000:00/0000:00:1f.2/ata1";
+    const std::string device = port + "/host0/target0:0:0/0:0:0:0";
+    const std::string block = device + "/block/sda";
+    TCollected collected;
+    Collect("/sys/block/sda -> " + block + "\n" + block + "/device -> ../..\n" + device + "/vendor = ATA\n" +
+                device + "/rev = 0004\n" + device + "/wwid = naa.5000c500a1b2c3d4\n" + device +
+                "/vpd_pg80 bytes:\n| 00 80 00 06 \"SER001\"\n" + device +
+                "/vpd_pgb1 bytes:\n| 00 b1 00 04 1c 20 00 00\n" + port + "/ata_port/ata1/port_no = 3\n" +
+                block + "/dev = 8:0\n" + block + "/removable = 0\n" + block +
+                "/queue/physical_block_size = 4096\n" +
+                "/run/udev/data/b8:0:\n| E:ID_BUS=ata\n| E:ID_REVISION=CC460004\n",
+            collected);
+    EXPECT_EQ(collected.Get(physical, descriptions),
+              "{Serial number, Firmware revision, World-wide name, PCI function, ATA port}");
+    EXPECT_EQ(collected.Get(physical, info), "{SER001, CC460004, naa.5000c500a1b2c3d4, 0000:00:1f.2, 3}");
+    EXPECT_EQ(collected.Get(physical, "Media"), "rotating");
+    EXPECT_EQ(collected.Get(physical, "RotationRate"), "7200");
+    EXPECT_EQ(collected.Get(physical, "PhysicalBlockSize"), "4096");
+}
+
+TEST(DiskDetails, OfAnAtaDiskWithoutUdevHaveNoPartOfTheFirmwareRevision) {
+    const std::string device = "/sys/devices/pci0000:00/0000:00:1f.2/ata1/host0/target0:0:0/0:0:0:0";
+    TCollected collected;
+    Collect("/sys/block/sda -> " + device + "/block/sda\n" + device + "/block/sda/device -> ../..\n" +
+                device + "/rev = 0004\n",
+            collected);
+    EXPECT_EQ(collected.Get(physical, descriptions), "{PCI function}");
+}
+
+TEST(DiskDetails, OfASasDiskHaveItsBayAndItsEnclosure) {
+    const std::string end = "/sys/devices/pci0000:00/0000:02:00.0/host1/port-1:0/end_device-1:0";
+    const std::string device = end + "/target1:0:0/1:0:0:0";
+    const std::string block = device + "/block/sdb";
+    const std::string sas = end + "/sas_device/end_device-1:0/";
+    TCollected collected;
+    Collect("/sys/block/sdb -> " + block + "\n" + block + "/device -> ../..\n" + device + "/rev = B00A\n" +
+                sas + "sas_address = 0x5000c500a1b2c3d5\n" + sas + "phy_identifier = 4\n" + sas +
+                "enclosure_identifier = 0x500a098000000001\n" + sas + "bay_identifier = 7\n",
+            collected);
+    EXPECT_EQ(collected.Get(physical, descriptions),
+              "{Firmware revision, PCI function, SAS address, SAS phy, SAS enclosure, SAS bay}");
+    EXPECT_EQ(collected.Get(physical, info),
+              "{B00A, 0000:02:00.0, 0x5000c500a1b2c3d5, 4, 0x500a098000000001, 7}");
+}
+
+TEST(DiskDetails, HaveTheSlotOfTheEnclosureThatTheDeviceIsLinkedTo) {
+    TMachine machine = ParseMachineTree(
+        ScsiDisk("sda", 0, {"vendor = SAMPLE"}) +
+        "/sys/devices/pci0000:00/0000:00:05.0/host0/target0:0:8/0:0:8:0/enclosure/0:0:8:0/id = "
+        "0x500a098000000001\n");
+    const std::string target = "/sys/devices/pci0000:00/0000:00:05.0/host0/target0:0:0/0:0:0:0";
+    machine.files.AddLink(target + "/enclosure_device:Slot 07",
+                          "../../target0:0:8/0:0:8:0/enclosure/0:0:8:0/Slot 07");
+    machine.files.AddFile(
+        "/sys/devices/pci0000:00/0000:00:05.0/host0/target0:0:8/0:0:8:0/enclosure/0:0:8:0/"
+        "Slot 07/slot",
+        "6\n");
+    TCollected collected;
+    Collect(machine.files, machine.calls, collected);
+    EXPECT_EQ(collected.Get(physical, descriptions),
+              "{PCI function, Enclosure, Enclosure slot, Enclosure slot number}");
+    EXPECT_EQ(collected.Get(physical, info), "{0000:00:05.0, 0x500a098000000001, Slot 07, 6}");
+}
+
+TEST(DiskDetails, OfANameSpaceAreThoseOfItsController) {
+    const std::string controller = "/sys/devices/pci0000:00/0000:01:00.0/nvme/nvme0";
+    TCollected collected;
+    Collect("/sys/block/nvme0n1 -> " + controller + "/nvme0n1\n" + controller + "/nvme0n1/device -> ..\n" +
+                controller + "/subsystem -> /sys/class/nvme\n" + controller + "/serial = S5GX01\n" +
+                controller + "/firmware_rev = 5B2QGXA7\n" + controller +
+                "/nvme0n1/wwid = eui.002538b111b2c3d4\n" + controller + "/nvme0n1/nsid = 1\n" + controller +
+                "/nvme0n1/queue/rotational = 0\n",
+            collected);
+    EXPECT_EQ(collected.Get(physical, descriptions),
+              "{Serial number, Firmware revision, World-wide name, PCI function, NVMe namespace}");
+    EXPECT_EQ(collected.Get(physical, info), "{S5GX01, 5B2QGXA7, eui.002538b111b2c3d4, 0000:01:00.0, 1}");
+    EXPECT_EQ(collected.Get(physical, "Media"), "solid state");
+    EXPECT_EQ(collected.Get(physical, "RotationRate"), "absent");
+}
+
+TEST(DiskDetails, LeaveOutAWorldWideNameThatTheKernelHasMadeUp) {
+    const std::string controller = "/sys/devices/pci0000:00/0000:01:00.0/nvme/nvme0";
+    TCollected collected;
+    Collect("/sys/block/nvme0n1 -> " + controller + "/nvme0n1\n" + controller + "/nvme0n1/device -> ..\n" +
+                controller + "/subsystem -> /sys/class/nvme\n" + controller +
+                "/nvme0n1/wwid = nvme.144d-53354758-53414d504c45-00000001\n",
+            collected);
+    EXPECT_EQ(collected.Get(physical, descriptions), "{PCI function}");
+}
+
+TEST(DiskDetails, OfAUsbDriveHaveItsPortsAndNoMediaByTheKernelsDefault) {
+    TCollected collected;
+    Collect(UsbDisk("sda", "0781", {"vendor = SAMPLE", "model = Stick", "rev = 1.00"}) +
+                "/sys/devices/pci0000:00/0000:00:14.0/usb1/1-3/serial = USBSN0001\n"
+                "/sys/devices/pci0000:00/0000:00:14.0/usb1/1-3/1-3:1.0/host7/target7:0:0/7:0:0:0/block/sda/"
+                "removable = 1\n" +
+                Rotational("sda", "1"),
+            collected);
+    EXPECT_EQ(collected.Get(physical, descriptions),
+              "{Serial number, Firmware revision, PCI function, USB port path}");
+    EXPECT_EQ(collected.Get(physical, info), "{USBSN0001, 1.00, 0000:00:14.0, 3}");
+    EXPECT_EQ(collected.Get(physical, "Media"), "absent");
+}
+
 }  // namespace
 }  // namespace NVORHOST
