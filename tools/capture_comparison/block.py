@@ -58,6 +58,12 @@ def instances_of(instances, classes):
     return [instance for name in classes for instance in instances.get(name, [])]
 
 
+def identity(instance, description):
+    """Returns the element of OtherIdentifyingInfo with that description; None without one."""
+    pairs = zip(instance.get("IdentifyingDescriptions", []), instance.get("OtherIdentifyingInfo", []))
+    return next((value for name, value in pairs if name == description), None)
+
+
 def partitions_by_name(instances):
     """Maps kernel names to partitions; ElementName begins with the kernel name."""
     return {partition["ElementName"].split()[0]: partition for partition in instances.get("CIM_DiskPartition", [])}
@@ -102,6 +108,11 @@ def compare_exact(machine, rows, instances, agreement):
     agreement.compare(machine, "disks", "disk: count", len(disks), len(ours))
     for theirs, size in zip(disks, ours):
         agreement.compare(machine, "disks", "disk: MaxMediaSize", theirs, size)
+    drives = [row for row in rows
+              if row["TYPE"] == "disk" and is_disk(kernel_name(row)) and kernel_name(row) not in volumes]
+    for field, column in (("PhysicalBlockSize", "PHY-SEC"), ("DefaultBlockSize", "LOG-SEC")):
+        agreement.compare(machine, "disks", f"disk: {field}", sorted(row[column] for row in drives if row[column]),
+                          sorted(disk[field] for disk in instances_of(instances, DISK_CLASSES) if field in disk))
     partitions = partitions_by_name(instances)
     theirs = {kernel_name(row): row for row in rows if row["TYPE"] == "part"}
     agreement.compare(machine, "partitions", "partition: names", sorted(theirs), sorted(partitions))
@@ -137,6 +148,13 @@ def explain_model(theirs, ours):
         if len(theirs) >= 15 and ours.startswith(theirs) else None
 
 
+def explain_revision(theirs, ours):
+    if theirs is None and ours:
+        return "this lsblk takes the revision from the SCSI attribute, which NVMe disks lack"
+    return "the SCSI attribute has the last four characters of an ATA disk's revision, which is left out" \
+        if theirs and ours is None else None
+
+
 def number(properties, name, factor=1):
     """Returns the property as a number of units, or None if it is absent."""
     return int(properties[name]) * factor if name in properties else None
@@ -144,7 +162,9 @@ def number(properties, name, factor=1):
 
 def compare_rounded(machine, basic, topology, vendor, instances, agreement):
     models = collections.defaultdict(str, {kernel_name(row): row["MODEL"] for row in vendor})
+    revisions = {kernel_name(row): row["REV"] for row in vendor}
     sectors = {kernel_name(row): row["LOG-SEC"] for row in topology}
+    physical_sectors = {kernel_name(row): row["PHY-SEC"] for row in topology}
     disks = sorted((row for row in basic if row["TYPE"] == "disk"), key=lambda row: models[kernel_name(row)])
     ours = sorted(instances_of(instances, DISK_CLASSES), key=lambda disk: disk["ElementName"])
     agreement.compare(machine, "disks", "disk: count", len(disks), len(ours))
@@ -154,6 +174,10 @@ def compare_rounded(machine, basic, topology, vendor, instances, agreement):
                           human(number(disk, "MaxMediaSize", 1000)))
         agreement.compare(machine, name, "disk: ElementName", models[name], disk["ElementName"], explain_model)
         agreement.compare(machine, name, "disk: DefaultBlockSize", sectors.get(name), disk.get("DefaultBlockSize"))
+        agreement.compare(machine, name, "disk: PhysicalBlockSize", physical_sectors.get(name),
+                          disk.get("PhysicalBlockSize"))
+        agreement.compare(machine, name, "disk: firmware revision", revisions.get(name) or None,
+                          identity(disk, "Firmware revision"), explain_revision)
     partitions = partitions_by_name(instances)
     theirs = {kernel_name(row): row for row in basic if row["TYPE"] == "part"}
     agreement.compare(machine, "partitions", "partition: names", sorted(theirs), sorted(partitions))
