@@ -6,7 +6,9 @@
 #include "machine/collect/frame/collection.h"
 #include "machine/collect/frame/collector.h"
 #include "machine/collect/storage/block_instances.h"
+#include "text/lines.h"
 
+#include <algorithm>
 #include <limits>
 #include <set>
 
@@ -16,27 +18,79 @@ namespace {
 struct TBasedOn {
     std::optional<TCimReference> antecedent, dependent;
     std::optional<std::uint16_t> orderIndex;
+    std::optional<std::string> role, state;
 };
 
 constexpr TPropertyRow<TBasedOn> basedOnRows[] = {
-    {"Antecedent", &TBasedOn::antecedent},
-    {"Dependent", &TBasedOn::dependent},
-    {"OrderIndex", &TBasedOn::orderIndex},
+    {"Antecedent", &TBasedOn::antecedent}, {"Dependent", &TBasedOn::dependent},
+    {"OrderIndex", &TBasedOn::orderIndex}, {"Role", &TBasedOn::role},
+    {"State", &TBasedOn::state},
 };
 
 constexpr TCimClass<TBasedOn> basedOnClass{"CIM_BasedOn", basedOnRows};
 constexpr const IClassDeclaration* classes[] = {&basedOnClass};
 
 constexpr auto sourcePatterns =
-    Join(partitionSources, std::array<TSourcePattern, 1>{"/sys/block/*/md/dev-*/slot"});
+    Join(partitionSources,
+         std::array<TSourcePattern, 2>{"/sys/block/*/md/dev-*/slot", "/sys/block/*/md/dev-*/state"});
 
-// The place of an active member in its md array, from 1; the kernel writes "none" for a spare.
-std::optional<std::uint16_t> ReadOrder(const ISystemFiles& files, const std::string& volume,
-                                       const std::string& member) {
-    const auto slot =
-        ReadNumber<std::uint16_t>(files, "/sys/block/" + volume + "/md/dev-" + member + "/slot");
-    const bool fits = slot && *slot < std::numeric_limits<std::uint16_t>::max();
-    return fits ? std::optional(static_cast<std::uint16_t>(*slot + 1)) : std::nullopt;
+// True if `words`, which commas separate, has the word.
+bool HasWord(std::string_view words, std::string_view word) {
+    while (!words.empty()) {
+        if (TakeUntil(words, ',') == word) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// The kernel calls a member that is being rebuilt "spare" too, but only a real spare has no slot.
+std::optional<std::string> FindRoleInArray(std::string_view state, bool hasSlot) {
+    for (const std::string_view role : {"journal", "replacement"}) {
+        if (HasWord(state, role)) {
+            return std::string(role);
+        }
+    }
+    if (hasSlot) {
+        return "member";
+    }
+    return HasWord(state, "spare") ? std::optional<std::string>("spare") : std::nullopt;
+}
+
+// Reads the place of a member in its md array, from 1, its role and its state. The kernel writes "none" for
+// the slot of a spare.
+void SetFromArray(const ISystemFiles& files, const std::string& folder, TBasedOn& pair) {
+    const auto slot = ReadNumber<std::uint16_t>(files, folder + "slot");
+    const bool hasSlot = slot && *slot < std::numeric_limits<std::uint16_t>::max();
+    if (hasSlot) {
+        pair.orderIndex = static_cast<std::uint16_t>(*slot + 1);
+    }
+    pair.state = ReadAttribute(files, folder + "state");
+    pair.role = FindRoleInArray(pair.state.value_or(""), hasSlot);
+}
+
+// Reads the state of the path, and of its target port where a device handler has it.
+void SetFromPath(const ISystemFiles& files, const std::string& path, TBasedOn& pair) {
+    const std::string folder = "/sys/block/" + path + "/device/";
+    pair.role = "path";
+    pair.state = ReadAttribute(files, folder + "state");
+    const auto access = ReadAttribute(files, folder + "access_state");
+    if (pair.state && access) {
+        *pair.state += "," + *access;
+    }
+}
+
+TBasedOn MakePair(const ISystemFiles& files, const TBlockInstances& instances, const TSoftwareVolume& volume,
+                  const std::string& member) {
+    TBasedOn pair;
+    pair.antecedent = instances.at(member);
+    pair.dependent = instances.at(volume.kernelName);
+    if (std::ranges::find(volume.paths, member) != volume.paths.end()) {
+        SetFromPath(files, member, pair);
+    } else {
+        SetFromArray(files, "/sys/block/" + volume.kernelName + "/md/dev-" + member + "/", pair);
+    }
+    return pair;
 }
 
 void CommitPartitions(TCollection& collection, const TBlockInstances& instances) {
@@ -45,8 +99,10 @@ void CommitPartitions(TCollection& collection, const TBlockInstances& instances)
         std::vector<std::string> wholes;
         AppendBlockInstances(collection.GetFiles(), instances, partition.wholeName, seen, wholes);
         for (const std::string& whole : wholes) {
-            collection.Commit(basedOnClass,
-                              {instances.at(whole), instances.at(partition.kernelName), std::nullopt});
+            TBasedOn pair;
+            pair.antecedent = instances.at(whole);
+            pair.dependent = instances.at(partition.kernelName);
+            collection.Commit(basedOnClass, pair);
         }
     }
 }
@@ -63,8 +119,7 @@ void CommitVolumes(TCollection& collection, const TBlockInstances& instances) {
             AppendBlockInstances(files, instances, member, seen, members);
         }
         for (const std::string& member : members) {
-            collection.Commit(basedOnClass, {instances.at(member), instances.at(volume.kernelName),
-                                             ReadOrder(files, volume.kernelName, member)});
+            collection.Commit(basedOnClass, MakePair(files, instances, volume, member));
         }
     }
 }

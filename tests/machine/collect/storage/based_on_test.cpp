@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -71,6 +72,48 @@ TEST(BasedOn, PutsAnArrayOnItsMembersWithTheirPlaces) {
         "KELSG_LogicalDisk.DeviceID=\"12345678-9abc-def0-1234-56789abcdef0\" on CIM_DiskDrive.DeviceID=";
     EXPECT_THAT(ListPairs(collected), ElementsAre(array + "\"vda-serial\" at 2",
                                                   array + "\"vdb-serial\" at 1", array + "\"vdc-serial\""));
+}
+
+TEST(BasedOn, HasTheRolesAndStatesOfTheMembersOfAnArray) {
+    TCollected collected;
+    const std::string folder = "/sys/devices/virtual/block/md0";
+    std::string tree = "/sys/block/md0 -> " + folder + "\n" + folder + "/md/array_state = clean\n" + folder +
+                       "/md/level = raid5\n";
+    const std::vector<std::array<std::string, 3>> members = {
+        {"vda", "0", "in_sync"},
+        {"vdb", "1", "spare"},
+        {"vdc", "none", "spare"},
+        {"vdd", "2", "in_sync,replacement"},
+        {"vde", "journal", "journal"},
+        {"vdf", "none", "faulty"},
+        {"vdg", "3", "in_sync,write_mostly"},
+    };
+    for (const auto& [name, slot, state] : members) {
+        tree += MakeDisk(name);
+        tree += folder + "/slaves/" + name + "/\n";
+        tree += folder + "/md/dev-" + name + "/slot = " + slot + "\n";
+        tree += folder + "/md/dev-" + name + "/state = " + state + "\n";
+    }
+    Collect(tree, collected);
+    EXPECT_THAT(collected.GetAll("CIM_BasedOn", "OrderIndex"),
+                ElementsAre("1", "2", "absent", "3", "absent", "absent", "4"));
+    EXPECT_THAT(collected.GetAll("CIM_BasedOn", "Role"),
+                ElementsAre("member", "member", "spare", "replacement", "journal", "absent", "member"));
+    EXPECT_THAT(collected.GetAll("CIM_BasedOn", "State"),
+                ElementsAre("in_sync", "spare", "spare", "in_sync,replacement", "journal", "faulty",
+                            "in_sync,write_mostly"));
+}
+
+TEST(BasedOn, HasTheStatesOfThePathsOfAMultipathSet) {
+    TCollected collected;
+    const std::string device = "/sys/devices/pci0000:00/0000:00:01.0/virtio";
+    Collect(MakeDisk("vda") + MakeDisk("vdb") +
+                MakeMapped("dm-0", "mpatha", "mpath-3600a098000000001", {"vda", "vdb"}) + device +
+                "vda/state = running\n" + device + "vda/access_state = active/optimized\n" + device +
+                "vdb/state = offline\n",
+            collected);
+    EXPECT_THAT(collected.GetAll("CIM_BasedOn", "Role"), ElementsAre("path", "path"));
+    EXPECT_THAT(collected.GetAll("CIM_BasedOn", "State"), ElementsAre("running,active/optimized", "offline"));
 }
 
 TEST(BasedOn, ReplacesALayerWithoutAnInstanceByTheDevicesBelowIt) {
