@@ -9,8 +9,10 @@ namespace NVORHOST {
 
 struct TRedundancy {
     std::optional<std::uint16_t> dataCopies;  ///< CIM DataRedundancy: complete copies of the data
-    std::optional<std::uint16_t>
-        sparePackages;  ///< CIM PackageRedundancy: disks that may fail without data loss
+    /// CIM PackageRedundancy: disks that may fail without data loss.
+    std::optional<std::uint16_t> sparePackages;
+
+    bool operator==(const TRedundancy&) const = default;
 };
 
 /// Redundancy of a single disk.

@@ -66,8 +66,6 @@ TEST(Controllers, AreRecognisedByTheKernelsCopyIfTheFunctionSleeps) {
         ElementsAre("0000:01:00.0"));
 }
 
-// ---- display
-
 TEST(VideoControllers, HaveTheMemoryThatTheDriverReports) {
     const std::string function = Function("0000:00:02.0", "00 00 03");
     const auto memory = [&](const std::string& bytes) {
@@ -139,8 +137,6 @@ TEST(VideoControllers, AreListedOnceForADeviceWithSeveralCards) {
 TEST(VideoControllers, AreAbsentWithoutADevice) {
     EXPECT_THAT(GetKeys("/sys/class/drm/card0/dev = 226:0\n", video), IsEmpty());
 }
-
-// ---- USB
 
 TEST(UsbControllers, HaveTheInterfaceOfThePciProgrammingInterface) {
     const auto of = [](const std::string& interface) {

@@ -179,8 +179,6 @@ TEST(UsbPorts, AreAbsentWithoutAReadableBusFolder) {
     EXPECT_THAT(collected.GetReport("controller").deniedSources, ElementsAre("/sys/bus/usb/devices"));
 }
 
-// ---- names
-
 class TSmallDatabase final : public IDeviceNames {
   public:
     TDeviceName FindPci(const TPciNumbers&) const override { return {}; }

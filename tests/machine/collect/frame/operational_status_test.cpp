@@ -35,26 +35,36 @@ TEST(FindInterfaceStatus, MapsTheWordsOfOperstate) {
     EXPECT_EQ(FindInterfaceStatus("UP"), std::nullopt);
 }
 
-TEST(FindRaidVolumeStatus, MapsTheWordsOfTheRaidClass) {
+TEST(FindRaidVolumeStatus, MapsEveryWordOfTheRaidClass) {
     EXPECT_THAT(FindRaidVolumeStatus("active"), Optional(ElementsAre(2)));
+    EXPECT_THAT(FindRaidVolumeStatus("degraded"), Optional(ElementsAre(3)));
     EXPECT_THAT(FindRaidVolumeStatus("resyncing"), Optional(ElementsAre(3)));
     EXPECT_THAT(FindRaidVolumeStatus("offline"), Optional(ElementsAre(6)));
+    EXPECT_THAT(FindRaidVolumeStatus("unknown"), Optional(ElementsAre(0)));
     EXPECT_EQ(FindRaidVolumeStatus("running"), std::nullopt);
 }
 
 TEST(FindArrayStatus, CombinesStateMissingDisksAndSynchronisation) {
     EXPECT_THAT(FindArrayStatus("clean", 0, "idle"), Optional(ElementsAre(2)));
+    EXPECT_THAT(FindArrayStatus("read-auto", 0, ""), Optional(ElementsAre(2)));
+    EXPECT_THAT(FindArrayStatus("clean", 0, "check"), Optional(ElementsAre(2)));
     EXPECT_THAT(FindArrayStatus("active", 1, "idle"), Optional(ElementsAre(3)));
     EXPECT_THAT(FindArrayStatus("active", 0, "resync"), Optional(ElementsAre(2, 11)));
     EXPECT_THAT(FindArrayStatus("active", 1, "recover"), Optional(ElementsAre(3, 11)));
     EXPECT_THAT(FindArrayStatus("inactive", 1, "resync"), Optional(ElementsAre(10)));
     EXPECT_EQ(FindArrayStatus("unheard of", 0, "idle"), std::nullopt);
+    EXPECT_EQ(FindArrayStatus("", 0, ""), std::nullopt);
 }
 
 TEST(FindProcessorStatus, UsesTheLowestThreeBits) {
+    EXPECT_THAT(FindProcessorStatus(0x40), Optional(ElementsAre(0)));
     EXPECT_THAT(FindProcessorStatus(0x41), Optional(ElementsAre(2)));
+    EXPECT_THAT(FindProcessorStatus(0x42), Optional(ElementsAre(10)));
+    EXPECT_THAT(FindProcessorStatus(0x43), Optional(ElementsAre(6)));
     EXPECT_THAT(FindProcessorStatus(3), Optional(ElementsAre(6)));
-    EXPECT_EQ(FindProcessorStatus(5), std::nullopt);
+    EXPECT_THAT(FindProcessorStatus(0x44), Optional(ElementsAre(15)));
+    EXPECT_THAT(FindProcessorStatus(0x47), Optional(ElementsAre(1)));
+    EXPECT_EQ(FindProcessorStatus(0x45), std::nullopt);
 }
 
 TEST(FindChassisStatus, ReturnsTheWorstState) {

@@ -102,8 +102,6 @@ TEST(ComputerSystem, FallsBackToTheProcessorForItsName) {
     EXPECT_EQ(Product(""), "Computer");
 }
 
-// ---- serial numbers
-
 std::string SerialNumber(const std::string& tree) {
     TCollected collected;
     Collect(tree, collected);
@@ -147,8 +145,6 @@ TEST(ComputerSystem, FallsBackToTheExcerptsChassisIfTheTableIsDenied) {
     EXPECT_EQ(SerialNumber(excerpt + "/sys/class/dmi/id/product_serial = SYSTEM-1\n"), "SYSTEM-1");
 }
 
-// ---- the UUID
-
 constexpr const char* systemWithUuid =
     "| 1: 01 02 00 00 44 45 4c 4c 42 00 10 35 80 54 b9 c0 4f 50 32 31 06 00 00 \"Maker\" \"Product\"\n";
 
@@ -186,8 +182,6 @@ TEST(ComputerSystem, FallsBackToTheKernelsUuidWithoutAnEntryPoint) {
                    "/sys/firmware/dmi/tables/smbios_entry_point bytes:\n| \"_SM_\" 00 ff 02 08\n"),
               "absent");
 }
-
-// ---- virtual machines
 
 std::string Description(const std::string& tree) {
     TCollected collected;

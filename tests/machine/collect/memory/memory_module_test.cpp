@@ -1,12 +1,8 @@
 // Memory modules of the firmware's table, joined with their mapped addresses and their own EEPROMs.
-#include "machine/collect/memory/memory_kind.h"
-#include "machine/collect/memory/spd_source.h"
 #include "tests/machine/collect/collect_fixture.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include <map>
 
 namespace NVORHOST {
 namespace {
@@ -192,9 +188,7 @@ TEST(MemoryModules, AreTheIntactOnesOfATruncatedTable) {
     }
 }
 
-// ---- EEPROMs
-
-// A DDR3 module's, made in week 42 of 2019, with a serial number and a part number.
+// The EEPROM of a DDR3 module that was made in week 42 of 2019.
 std::string Eeprom(const std::string& path, const std::string& serial, const std::string& part) {
     return path + "/eeprom registers 256:\n| 02: 0b\n| 78: 19 42 " + serial + "\n| 80: \"" + part + "\"\n";
 }
@@ -235,81 +229,6 @@ TEST(MemoryModules, ReadNoEepromWithoutASocket) {
     TCollected collected;
     Collect(std::string(firstEeprom) + "/eeprom !denied\n", collected);
     EXPECT_THAT(collected.GetReport("memory").deniedSources, testing::IsEmpty());
-}
-
-std::vector<int> Match(const std::vector<TModuleTexts>& modules, const std::vector<TSpdModule>& eeproms) {
-    std::vector<int> places;
-    for (const TSpdModule* match : MatchSpdModules(modules, eeproms)) {
-        places.push_back(match == nullptr ? -1 : static_cast<int>(match - eeproms.data()));
-    }
-    return places;
-}
-
-TEST(MatchSpdModules, TakesSerialNumbersInEitherOrderOfBytesAndAnyCase) {
-    const std::vector<TSpdModule> eeproms{{"1A2B3C4D", std::nullopt, std::nullopt}};
-    EXPECT_THAT(Match({{"1a2b3c4d", std::nullopt}}, eeproms), ElementsAre(0));
-    EXPECT_THAT(Match({{"4D3C2B1A", std::nullopt}}, eeproms), ElementsAre(0));
-    EXPECT_THAT(Match({{"A1B2C3D4", std::nullopt}}, eeproms), ElementsAre(-1));
-    EXPECT_THAT(Match({{"1A2B3C4", std::nullopt}}, eeproms), ElementsAre(-1));
-    EXPECT_THAT(Match({{"", std::nullopt}}, eeproms), ElementsAre(-1));
-}
-
-TEST(MatchSpdModules, RejectsTheSerialNumberOfAnotherPart) {
-    const std::vector<TSpdModule> eeproms{{"1A2B3C4D", "PART-1", std::nullopt}};
-    EXPECT_THAT(Match({{"1A2B3C4D", "PART-2"}}, eeproms), ElementsAre(-1));
-    EXPECT_THAT(Match({{"1A2B3C4D", "PART-1  "}}, eeproms), ElementsAre(0));
-}
-
-TEST(MatchSpdModules, ReturnsNoModuleIfSeveralMatch) {
-    const std::vector<TSpdModule> twins{{"1A2B3C4D", "PART", std::nullopt},
-                                        {"1A2B3C4D", "PART", std::nullopt}};
-    EXPECT_THAT(Match({{"1A2B3C4D", "PART"}}, twins), ElementsAre(-1));
-    const std::vector<TSpdModule> one{{"1A2B3C4D", "PART", std::nullopt}};
-    EXPECT_THAT(Match({{"1A2B3C4D", "PART"}, {"1A2B3C4D", "PART"}}, one), ElementsAre(-1, -1));
-    EXPECT_THAT(Match({{std::nullopt, "PART"}, {std::nullopt, "PART"}}, one), ElementsAre(-1, -1));
-}
-
-TEST(MatchSpdModules, UsesThePartNumberOnlyWithoutASerialNumber) {
-    const std::vector<TSpdModule> eeproms{{"1A2B3C4D", "PART", std::nullopt}};
-    EXPECT_THAT(Match({{"99999999", "PART"}}, eeproms), ElementsAre(-1));
-    EXPECT_THAT(Match({{std::nullopt, "PART"}}, eeproms), ElementsAre(0));
-    EXPECT_THAT(Match({{std::nullopt, std::nullopt}}, eeproms), ElementsAre(-1));
-}
-
-// ---- code tables
-
-TEST(FindMemoryFormFactor, MovesEveryCodeToItsCimNumber) {
-    const std::map<int, int> numbers = {{0x01, 1}, {0x02, 0},  {0x03, 7},  {0x04, 2},  {0x05, 1},
-                                        {0x06, 3}, {0x07, 4},  {0x08, 6},  {0x09, 8},  {0x0A, 9},
-                                        {0x0B, 1}, {0x0C, 11}, {0x0D, 12}, {0x0E, 13}, {0x0F, 1},
-                                        {0x10, 1}, {0x11, 1},  {0x12, 1},  {0x13, 1}};
-    const std::map<int, int> removals = {{0x03, 3}, {0x05, 2}, {0x09, 3}, {0x0B, 2}, {0x0C, 3}, {0x0D, 3},
-                                         {0x0E, 3}, {0x0F, 3}, {0x10, 2}, {0x11, 3}, {0x12, 3}, {0x13, 3}};
-    for (int code = 0; code <= 0xFF; ++code) {
-        const auto* factor = FindMemoryFormFactor(static_cast<std::uint8_t>(code));
-        ASSERT_EQ(factor != nullptr, numbers.contains(code)) << code;
-        if (factor != nullptr) {
-            EXPECT_EQ(factor->cimFormFactor, numbers.at(code)) << code;
-            EXPECT_EQ(factor->removalConditions.has_value(), removals.contains(code)) << code;
-            EXPECT_EQ(factor->removalConditions.value_or(0), removals.contains(code) ? removals.at(code) : 0)
-                << code;
-        }
-    }
-}
-
-TEST(FindMemoryKind, MovesEveryCodeToItsCimNumber) {
-    const std::map<int, int> numbers = {
-        {0x01, 1},  {0x02, 0},  {0x03, 2},  {0x04, 6},  {0x05, 7},  {0x06, 8},  {0x07, 9},
-        {0x08, 10}, {0x09, 11}, {0x0A, 12}, {0x0B, 13}, {0x0C, 14}, {0x0D, 15}, {0x0E, 16},
-        {0x0F, 17}, {0x10, 18}, {0x11, 19}, {0x12, 20}, {0x13, 21}, {0x14, 23}, {0x18, 24},
-        {0x19, 25}, {0x1A, 26}, {0x1B, 27}, {0x1C, 28}, {0x1D, 29}, {0x1E, 30}, {0x1F, 1},
-        {0x20, 1},  {0x21, 1},  {0x22, 1},  {0x23, 1},  {0x24, 1},  {0x25, 1},
-    };
-    for (int code = 0; code <= 0xFF; ++code) {
-        const auto* kind = FindMemoryKind(static_cast<std::uint8_t>(code));
-        ASSERT_EQ(kind != nullptr, numbers.contains(code)) << code;
-        EXPECT_EQ(kind != nullptr ? kind->cimMemoryType : 0, kind != nullptr ? numbers.at(code) : 0) << code;
-    }
 }
 
 TEST(MemoryModules, AreDescribedByTheirKind) {

@@ -1,6 +1,4 @@
 // Sockets of the firmware's table joined with the kernel's packages.
-#include "machine/collect/frame/operational_status.h"
-#include "machine/collect/processor/processor_family.h"
 #include "tests/machine/collect/collect_fixture.h"
 
 #include <gmock/gmock.h>
@@ -201,60 +199,6 @@ TEST(Processors, HaveNoWidthWithoutASource) {
     EXPECT_EQ(width("/proc/cpuinfo:\n| processor : 0\n| Features : fp asimd\n"), "absent");
     EXPECT_EQ(width(Sockets(Socket("A"))), "absent");
     EXPECT_EQ(width(Sockets(Socket("A")) + "/proc/cpuinfo:\n| processor : 0\n| flags : lm\n"), "64");
-}
-
-TEST(FindProcessorStatus, FollowsTheReferencesCodes) {
-    EXPECT_EQ(FindProcessorStatus(0x41), (TOperationalStatus{2}));
-    EXPECT_EQ(FindProcessorStatus(0x42), (TOperationalStatus{10}));
-    EXPECT_EQ(FindProcessorStatus(0x43), (TOperationalStatus{6}));
-    EXPECT_EQ(FindProcessorStatus(0x44), (TOperationalStatus{15}));
-    EXPECT_EQ(FindProcessorStatus(0x47), (TOperationalStatus{1}));
-    EXPECT_EQ(FindProcessorStatus(0x40), (TOperationalStatus{0}));
-    EXPECT_EQ(FindProcessorStatus(0x45), std::nullopt);
-}
-
-std::optional<std::uint16_t> Family(std::optional<std::uint16_t> code, const char* maker = "Intel",
-                                    TSmbiosVersion version = {3, 0}) {
-    TSmbiosProcessor socket;
-    socket.family = code;
-    socket.manufacturer = maker;
-    return FindProcessorFamily(socket, version);
-}
-
-TEST(FindProcessorFamily, KeepsNumbersThatBothListsHave) {
-    EXPECT_EQ(Family(0x01), 1);
-    EXPECT_EQ(Family(0x02), 2);
-    EXPECT_EQ(Family(0xB3), 179);
-    EXPECT_EQ(Family(0x1E), 30);
-    EXPECT_EQ(Family(0x118), 280);
-}
-
-TEST(FindProcessorFamily, MovesNumbersThatTheListsHaveInOtherPlaces) {
-    EXPECT_EQ(Family(0x18), 29);
-    EXPECT_EQ(Family(0x19), 24);
-    EXPECT_EQ(Family(0x1D), 28);
-    EXPECT_EQ(Family(0x101), 280);
-}
-
-TEST(FindProcessorFamily, MapsFamiliesThatCimLacksToOther) {
-    EXPECT_EQ(Family(0x16), 1);
-    EXPECT_EQ(Family(0x6B), 1);
-    EXPECT_EQ(Family(0x202), 1);
-    EXPECT_EQ(Family(0x271), 1);
-}
-
-TEST(FindProcessorFamily, ReturnsNulloptForUnlistedCodesAndNone) {
-    EXPECT_EQ(Family(0x17), std::nullopt);
-    EXPECT_EQ(Family(0x7F0), std::nullopt);
-    EXPECT_EQ(Family(std::nullopt), std::nullopt);
-}
-
-TEST(FindProcessorFamily, ResolvesAmbiguousCodesByTheMaker) {
-    EXPECT_EQ(Family(0xBE, "Intel(R) Corporation"), 191);
-    EXPECT_EQ(Family(0xBE, "AMD"), 190);
-    EXPECT_EQ(Family(0xBE, "Other"), 2);
-    EXPECT_EQ(Family(0x30, "Intel", {2, 0}), 12);
-    EXPECT_EQ(Family(0x30, "Intel", {2, 1}), 48);
 }
 
 }  // namespace

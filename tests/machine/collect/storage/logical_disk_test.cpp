@@ -1,7 +1,4 @@
 // Volumes of the kernel: which there are, what they are called, and what may fail below them.
-#include "machine/collect/frame/operational_status.h"
-#include "machine/collect/storage/redundancy.h"
-#include "machine/collect/storage/volume_uuid.h"
 #include "tests/machine/collect/collect_fixture.h"
 
 #include <gmock/gmock.h>
@@ -11,130 +8,12 @@
 #include <set>
 
 namespace NVORHOST {
-
-static bool operator==(const TRedundancy& first, const TRedundancy& second) {
-    return first.dataCopies == second.dataCopies && first.sparePackages == second.sparePackages;
-}
-
 namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
 
 constexpr const char* logical = "KELSG_LogicalDisk";
-constexpr TRedundancy unknown{};
-
-TRedundancy Copies(std::uint16_t dataCopies, std::uint16_t sparePackages) {
-    return {dataCopies, sparePackages};
-}
-
-TEST(FindArrayRedundancy, IsZeroForStripes) {
-    EXPECT_EQ(FindArrayRedundancy({"raid0", 4, std::nullopt}), Copies(1, 0));
-    EXPECT_EQ(FindArrayRedundancy({"linear", 2, std::nullopt}), Copies(1, 0));
-}
-
-TEST(FindArrayRedundancy, CountsTheSynchronisedDisksOfAMirror) {
-    EXPECT_EQ(FindArrayRedundancy({"raid1", 3, 0}), Copies(3, 2));
-    EXPECT_EQ(FindArrayRedundancy({"raid1", 3, 2}), Copies(1, 0));
-    EXPECT_EQ(FindArrayRedundancy({"raid1", 2, 2}), unknown);
-    EXPECT_EQ(FindArrayRedundancy({"raid1", 2, std::nullopt}), unknown);
-    EXPECT_EQ(FindArrayRedundancy({"raid1", std::nullopt, 0}), unknown);
-}
-
-TEST(FindArrayRedundancy, SubtractsMissingDisksFromTheParity) {
-    EXPECT_EQ(FindArrayRedundancy({"raid4", 3, 0}), Copies(1, 1));
-    EXPECT_EQ(FindArrayRedundancy({"raid5", 3, 1}), Copies(1, 0));
-    EXPECT_EQ(FindArrayRedundancy({"raid6", 4, 1}), Copies(1, 1));
-    EXPECT_EQ(FindArrayRedundancy({"raid6", 4, 3}), Copies(1, 0));
-    EXPECT_EQ(FindArrayRedundancy({"raid5", 3, std::nullopt}), (TRedundancy{1, std::nullopt}));
-}
-
-TEST(FindArrayRedundancy, ReadsTheLayoutOfStripedMirrorsUntilADiskIsLost) {
-    EXPECT_EQ(FindArrayRedundancy({"raid10", 4, 0, 0x102}), Copies(2, 1));
-    EXPECT_EQ(FindArrayRedundancy({"raid10", 6, 0, 0x203}), Copies(6, 5));
-    EXPECT_EQ(FindArrayRedundancy({"raid10", 4, 1, 0x102}), unknown);
-    EXPECT_EQ(FindArrayRedundancy({"raid10", 4, 0, std::nullopt}), unknown);
-    EXPECT_EQ(FindArrayRedundancy({"raid10", 4, 0, 0}), unknown);
-}
-
-TEST(FindArrayRedundancy, IsUnknownForOtherLevels) {
-    EXPECT_EQ(FindArrayRedundancy({"multipath", 2, 0}), unknown);
-    EXPECT_EQ(FindArrayRedundancy({"", 2, 0}), unknown);
-}
-
-TEST(FindArrayStatus, FollowsTheStateUnlessDisksAreLost) {
-    EXPECT_THAT(*FindArrayStatus("clean", 0, "idle"), ElementsAre(2));
-    EXPECT_THAT(*FindArrayStatus("read-auto", 0, ""), ElementsAre(2));
-    EXPECT_THAT(*FindArrayStatus("active", 1, "idle"), ElementsAre(3));
-    EXPECT_THAT(*FindArrayStatus("active", 1, "recover"), ElementsAre(3, 11));
-    EXPECT_THAT(*FindArrayStatus("clean", 0, "resync"), ElementsAre(2, 11));
-    EXPECT_THAT(*FindArrayStatus("clean", 0, "check"), ElementsAre(2));
-    EXPECT_THAT(*FindArrayStatus("inactive", 1, "recover"), ElementsAre(10));
-    EXPECT_EQ(FindArrayStatus("", 0, ""), std::nullopt);
-}
-
-TEST(FindRaidVolumeStatus, MapsEveryWordOfTheKernelsClass) {
-    EXPECT_THAT(*FindRaidVolumeStatus("active"), ElementsAre(2));
-    EXPECT_THAT(*FindRaidVolumeStatus("degraded"), ElementsAre(3));
-    EXPECT_THAT(*FindRaidVolumeStatus("resyncing"), ElementsAre(3));
-    EXPECT_THAT(*FindRaidVolumeStatus("offline"), ElementsAre(6));
-    EXPECT_THAT(*FindRaidVolumeStatus("unknown"), ElementsAre(0));
-    EXPECT_EQ(FindRaidVolumeStatus("running"), std::nullopt);
-}
-
-TEST(ArrayUuidFromUdev, HasTheKernelsForm) {
-    EXPECT_EQ(ArrayUuidFromUdev("11111111:22222222:33333333:44444444", "1.2"),
-              "11111111-2222-2222-3333-333344444444");
-    EXPECT_EQ(ArrayUuidFromUdev("01234567:89abcdef:01234567:89abcdef", "0.90"),
-              "67452301-efcd-ab89-6745-2301efcdab89");
-    EXPECT_EQ(ArrayUuidFromUdev("", "1.2"), std::nullopt);
-    EXPECT_EQ(ArrayUuidFromUdev("11111111-22222222-33333333-44444444", "1.2"), std::nullopt);
-    EXPECT_EQ(ArrayUuidFromUdev("1111111g:22222222:33333333:44444444", "1.2"), std::nullopt);
-}
-
-TEST(FindMapperKind, SeparatesVolumesFromInternalLayers) {
-    const std::string uuid = "LVM-" + std::string(64, 'x');
-    const auto describe = [](const std::string& id, const std::string& name) {
-        const auto kind = FindMapperKind(id, name);
-        return kind ? std::string(kind->description) : "none";
-    };
-    EXPECT_EQ(describe(uuid, "vg0-home"), "LVM logical volume");
-    EXPECT_EQ(describe(uuid, "my_rimage--group-home"), "LVM logical volume");
-    EXPECT_EQ(describe(uuid + "-real", "vg0-home-real"), "none");
-    EXPECT_EQ(describe(uuid, "vg0-home_rimage_0"), "none");
-    EXPECT_EQ(describe(uuid, "vg0-pool_tdata"), "none");
-    EXPECT_EQ(describe("mpath-3600a098", "mpatha"), "Multipath device");
-    EXPECT_EQ(describe("part1-mpath-3600a098", "mpatha-part1"), "none");
-    EXPECT_EQ(describe("CRYPT-LUKS1-0123-x", "x"), "Encrypted device, LUKS");
-    EXPECT_EQ(describe("CRYPT-VERITY-0123-x", "x"), "none");
-    EXPECT_EQ(describe("", "x"), "none");
-}
-
-TEST(ReadableMapperName, SplitsGroupAndVolumeAtTheSingleHyphen) {
-    const std::string lvm = "LVM-" + std::string(64, 'x');
-    EXPECT_EQ(ReadableMapperName(lvm, "vg.a--b-lv"), "vg.a-b/lv");
-    EXPECT_EQ(ReadableMapperName(lvm, "vg-lv--1--2"), "vg/lv-1-2");
-    EXPECT_EQ(ReadableMapperName(lvm, "a---b"), "a-/b");
-    EXPECT_EQ(ReadableMapperName(lvm, "a----b-c"), "a--b/c");
-    EXPECT_EQ(ReadableMapperName(lvm, "dm-0"), "dm/0");
-    EXPECT_EQ(ReadableMapperName(lvm, "plain"), "plain");
-}
-
-TEST(ReadableMapperName, DecodesEscapesAndKeepsTheHyphensOfOtherDevices) {
-    EXPECT_EQ(ReadableMapperName("mpath-1", "my\\x20disk--a"), "my disk--a");
-    EXPECT_EQ(ReadableMapperName("CRYPT-LUKS2-0-luks-1", "luks-0123-4567"), "luks-0123-4567");
-}
-
-TEST(FindMapperPartition, ReadsNumberAndUuidOfTheWhole) {
-    const auto found = FindMapperPartition("part12-mpath-3600a");
-    ASSERT_TRUE(found.has_value());
-    EXPECT_EQ(found->number, 12U);
-    EXPECT_EQ(found->wholeUuid, "mpath-3600a");
-    for (const char* uuid : {"", "mpath-3600a", "part-mpath-3600a", "part1", "part1-", "partx-mpath-1"}) {
-        EXPECT_FALSE(FindMapperPartition(uuid).has_value()) << uuid;
-    }
-}
-
 TEST(LogicalDisks, HaveLvmNamesAndKeysOfTheMappersName) {
     const std::string uuids(64, 'x');
     TCollected collected;
@@ -188,8 +67,6 @@ TEST(LogicalDisks, HaveTheirNamesInTheKeyIfTheirUuidsAreEqual) {
     EXPECT_THAT(collected.GetReport("logical-disk").notes,
                 ElementsAre("2 volumes share the key mpath-a; their positions tell them apart"));
 }
-
-// ---- every row of the classes
 
 // The properties that no instance of any of the classes has on any of the machines.
 std::set<std::string> NeverSet(const std::vector<const char*>& classNames) {
