@@ -152,9 +152,8 @@ void RequestOverInstances(benchmark::State& state) {
     state.SetComplexityN(state.range(0));
 }
 
-// ---- memory, in a child process, because memory that an earlier measurement left would hide part of the
-// peak
-
+// Memory is measured in a child process, because memory left by an earlier measurement would hide part of
+// the peak.
 double StatusBytes(std::string_view key) {
     std::ifstream status("/proc/self/status");
     for (std::string line; std::getline(status, line);) {

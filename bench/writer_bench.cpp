@@ -136,8 +136,6 @@ void Compare(benchmark::State& state, TOwn own, TOther other, const char* ratioN
     state.counters[ratioName] = ownTime.GetSeconds() / otherTime.GetSeconds();
 }
 
-// ---- pugixml
-
 constexpr unsigned int keepEverything = pugi::parse_full | pugi::parse_ws_pcdata;
 constexpr unsigned int unchanged = pugi::format_raw | pugi::format_no_empty_element_tags;
 
@@ -176,8 +174,6 @@ void BuildAndSaveWithPugixml() {
     CopyWithPugixml(PugixmlTree(), tree);
     SaveWithPugixml(tree);
 }
-
-// ---- libxml2
 
 xmlDoc* Libxml2Tree() {
     static const TXmlDocPtr tree(xmlReadMemory(

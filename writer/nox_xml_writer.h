@@ -40,8 +40,6 @@ class TNOXXMLWriterImpl {
     void InitMap();
     void DeInitMap();
 
-    // ---- documents and their frame
-
     /// Writes the whole hardware-inventory document.
     bool WriteNamespace(TNamespacePtr collected);
     /// Writes the criteria block if `criteriaName` is exactly "NOXSystemInfo", nothing otherwise.
@@ -53,8 +51,6 @@ class TNOXXMLWriterImpl {
     bool WriteResourceCollectionStatus(TNamespacePtr collected);
     /// Writes one resource list; an empty one for any type but "PhysicalElement" and "LogicalDevice".
     bool WriteResourceList(std::string resourceType, TNamespacePtr collected);
-
-    // ---- system information
 
     /// Writes the whole system-information document. A source that fails leaves its value empty.
     bool WriteSysInfoNamespace(TNamespacePtr collected);
@@ -72,8 +68,6 @@ class TNOXXMLWriterImpl {
     /// Maps a CIM OSType code to a display name; "Other" for an unlisted code.
     static std::string ConvertOSName(unsigned short code);
 
-    // ---- resource instances
-
     /// Writes one element for each instance of `className`, in the order in which the host enumerates them,
     /// with the properties that the catalogue lists for the class. `flag` has no effect.
     /// Absent: nothing is written for a class that the namespace lacks or the catalogue does not list.
@@ -81,8 +75,6 @@ class TNOXXMLWriterImpl {
     ///         exceptions thrown later leave the element open.
     void WriteResourceInstance(std::string className, std::string resourceType, TNamespacePtr collected,
                                bool flag);
-
-    // ---- properties and values
 
     /// Writes the property `sourceName` of `instance` under the name `outputName`. For "ObjectType" and
     /// "GUID" an element with `sourceName` as its value is written first; for "Name" from "GetHostName" one
@@ -106,8 +98,6 @@ class TNOXXMLWriterImpl {
     /// Errors: throws std::out_of_range if the name ends within the machine type.
     static std::string GetModelNumber(std::string productName);
 
-    // ---- resource identity
-
     /// Returns the identifier of a resource across inventories: 32 hexadecimal digits made from its type and
     /// the value of one key property, or of two if `keyProperty2` is not empty. `reserved` is ignored.
     /// Absent: a key that cannot be read is left out, after a line in the log (level 3). Such resources of
@@ -128,8 +118,6 @@ class TNOXXMLWriterImpl {
     /// Writes the four chaining words, each least significant byte first, as 32 upper-case hexadecimal
     /// characters, high nibble first.
     static void toString(const std::uint32_t* digestWords, unsigned char* out);
-
-    // ---- dates
 
     /// Returns for example "2009-03-07T14:05:09+01:00". Fields are not range-checked, their widths are
     /// minimums, and the minutes of the offset are always 00. An offset below -720 minutes comes out as a

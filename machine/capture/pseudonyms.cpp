@@ -123,8 +123,6 @@ std::string TPseudonyms::ReplaceHostName(std::string_view name) {
     }
 }
 
-// ---- Internet addresses
-
 std::uint16_t TPseudonyms::ReplaceNumber(const std::string& context, std::uint16_t number,
                                          std::uint16_t first, std::uint16_t last) {
     const auto [place, isNew] = numbers_[context].try_emplace(number);

@@ -41,7 +41,6 @@ using TNamespacePtr = boost::shared_ptr<NKELVOR20::ICIMNamespace>;
 /// One host: the functions that its services call for their results, and the record of their calls. A
 /// function that throws makes the service throw. Every member may be replaced at any time.
 struct THost {
-    // ---- results
     /// Called before a line is recorded.
     std::function<void(int level, const std::string& message)> onLog = [](int, const std::string&) {};
     /// If null, the service returns a new TPluginManagerNamespace.
@@ -73,7 +72,6 @@ struct THost {
     using TUploadArguments = std::array<std::string, 5>;
     std::function<std::string(const TUploadArguments&)> entityId = [](const TUploadArguments&) { return ""; };
 
-    // ---- record
     std::vector<TLogLine> log;
     std::vector<NKELVOR20::IPluginCallbacks*> registered;
     std::vector<std::string> environmentReads;

@@ -95,8 +95,6 @@ class TDeadline : public testing::Test {
     TMachine machine_;
 };
 
-// ---- each collector
-
 // Returns the paths that a collector accesses if it runs alone, in the order of the first access.
 std::vector<std::string> ReadsOf(const TCollector& collector, const TMachine& machine) {
     NVORHOST::TAccessLog recording(machine.files);
@@ -219,8 +217,6 @@ TEST_F(TDeadlineOfCollectors, ACaptureEndsWithAnArchive) {
     }
 }
 
-// ---- kinds of sources
-
 TEST_F(TDeadline, SeveralBlockedSourcesTakeOneDeadlineTogether) {
     const auto result = NVORHOST::RunNoxinfo(
         WithFault(Command({"collect", "--deadline", "2", "--strict"}), "open:1+:BLOCK",
@@ -263,8 +259,6 @@ TEST_F(TDeadline, AnEndlessFolderIsOmitted) {
     EXPECT_EQ(result.status, 0) << result.standardError;
     EXPECT_THAT(result.standardOutput, HasSubstr("Unread      1 source could not be read: /sys/block\n"));
 }
-
-// ---- processes that never end
 
 // Returns the ids of the child processes of a process.
 std::vector<std::string> ChildrenOf(pid_t process) {

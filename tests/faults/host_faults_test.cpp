@@ -257,8 +257,6 @@ INSTANTIATE_TEST_SUITE_P(Table, THostCall,
                              return name;
                          });
 
-// ---- null handles
-
 TEST_F(THostFault, ANullInstanceOfAnEnumerationIsAssertedAndCommitsNothing) {
     processors_->instances.push_back(nullptr);
     EXPECT_THROW(RequestOfDoubles(), NDOUBLES::TAssertionFailed);
@@ -278,8 +276,6 @@ TEST_F(THostFault, ANullComputerLeavesOnlyTheManufacturerEmpty) {
     EXPECT_THAT(out.str(), AllOf(HasSubstr("<Property name=\"Manufacturer\" type=\"string\">\n</Property>\n"),
                                  HasSubstr("<Value>8840</Value>"), HasSubstr("</ResourceCollection>\n")));
 }
-
-// ---- arrays in place of scalars
 
 TCIMValue TwoTexts() {
     return TCIMValue::Array(TCIMValue::TCIMType::eString, {"-[123456789", "<b>"});
@@ -336,8 +332,6 @@ TEST_F(TArrayFault, AnArrayAsManufacturerCountsAsMissing) {
     EXPECT_THAT(out.str(), HasSubstr("<Property name=\"Manufacturer\" type=\"string\">\n</Property>\n"));
 }
 
-// ---- names and texts of every byte
-
 std::string EveryByte() {
     std::string bytes;
     for (int value = 0; value < 256; ++value) {
@@ -378,8 +372,6 @@ TEST_F(THostFault, AKeyAndAValueOfEveryByteAreWrittenAsPlainAscii) {
                             [](unsigned char c) { return c == '\n' || (c >= 0x20 && c <= 0x7F); }));
     EXPECT_THAT(document, HasSubstr("%&amp;'()*+,-./0123456789:;&lt;=&gt;?@"));
 }
-
-// ---- very large data
 
 /// Enumerates one instance any number of times.
 class TManyInstances final : public NKELVOR20::ICIMClass {

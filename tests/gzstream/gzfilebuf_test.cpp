@@ -39,8 +39,6 @@ class GzFileBuf : public TGzstreamFixture {
     TOpenedBuffer buffer_;
 };
 
-// ---- open_mode
-
 struct TModeRow {
     std::ios_base::openmode mode;
     const char* text;  // empty for a rejected mode
@@ -87,8 +85,6 @@ TEST_P(GzFileBufOpenMode, HasZlibsModeText) {
 INSTANTIATE_TEST_SUITE_P(EveryCombination, GzFileBufOpenMode,
                          testing::Combine(testing::ValuesIn(modeRows),
                                           testing::Values(none, binary, ate, ate | binary)));
-
-// ---- open, attach, close
 
 TEST_F(GzFileBuf, StartsClosedWithoutABuffer) {
     EXPECT_FALSE(buffer_.is_open());
@@ -265,8 +261,6 @@ TEST_F(GzFileBuf, SetcompressionReturnsTheErrorOfZlib) {
     EXPECT_EQ(buffer_.setcompression(9, Z_DEFAULT_STRATEGY), Z_STREAM_ERROR);
 }
 
-// ---- ownership of descriptors and files
-
 bool IsOpenDescriptor(int fd) {
     return fcntl(fd, F_GETFD) != -1;
 }
@@ -355,8 +349,6 @@ TEST_F(GzFileBuf, DestructionClosesTheFileEvenIfTheFlushFails) {
     EXPECT_EQ(Unzip(Path()), "");
 }
 
-// ---- enable_buffer, disable_buffer
-
 TEST_F(GzFileBuf, EnableBufferAllocatesOnceAndThenOnlyEmptiesTheAreas) {
     buffer_.enable_buffer();
     const char* allocated = buffer_.pbase();
@@ -390,8 +382,6 @@ TEST_F(GzFileBuf, DisableBufferKeepsTheUnbufferedState) {
         EXPECT_EQ(buffer_.pbase(), nullptr);
     }
 }
-
-// ---- setbuf
 
 TEST_F(GzFileBuf, SetbufUsesAUserBufferWithOneCharacterReservedForOverflow) {
     char own[16];
@@ -508,8 +498,6 @@ TEST_F(GzFileBuf, WithoutMemoryToBecomeUnbufferedItStillWritesButReadsNothing) {
     ASSERT_NE(writer.close(), nullptr);
     EXPECT_EQ(Unzip(Path("out.gz")), "text");
 }
-
-// ---- unbuffered
 
 TEST_F(GzFileBuf, UnbufferedBeforeOpenItWritesEachCharacterAtOnceEvenAfterCloseAndOpen) {
     buffer_.setbuf(nullptr, 0);

@@ -31,8 +31,6 @@ class GzFileBufTransfer : public TGzstreamFixture {
     TOpenedBuffer buffer_;
 };
 
-// ---- overflow
-
 TEST_F(GzFileBufTransfer, CollectsCharactersUntilOneOverflowsAndWritesThemTogether) {
     ASSERT_NE(buffer_.open(Path().c_str(), out), nullptr);
     for (int i = 0; i < 8191; ++i) {
@@ -195,8 +193,6 @@ TEST_F(GzFileBufTransfer, AFailureOfAnyWriteIsReportedByCloseAtTheLatest) {
     }
 }
 
-// ---- sizes that exceed zlib's types
-
 /// Address space that takes memory only for the pages that are accessed.
 class TReservedMemory {
   public:
@@ -282,8 +278,6 @@ TEST_F(GzFileBufTransfer, FillsTheLargestBufferThatZlibAcceptsWithOneRead) {
     EXPECT_THAT(ZlibCalls().readSizes, ElementsAre(2147483647U));
 }
 
-// ---- sync
-
 /// Counts the calls of the virtual operations and can make them fail.
 class TCountingBuffer : public gzfilebuf {
   public:
@@ -340,8 +334,6 @@ TEST_F(GzFileBufTransfer, SyncFailsIfCharactersArePendingInABufferOpenForReading
     EXPECT_EQ(buffer_.sync(), -1);
     EXPECT_EQ(buffer_.close(), nullptr);
 }
-
-// ---- underflow, showmanyc
 
 TEST_F(GzFileBufTransfer, ReadsFillTheWholeBuffer) {
     const std::string text = RandomBytes(20000);
@@ -427,8 +419,6 @@ TEST_F(GzFileBufTransfer, CannotSeek) {
     EXPECT_EQ(buffer_.pubseekoff(0, std::ios_base::cur, out), std::streampos(std::streamoff(-1)));
     EXPECT_EQ(buffer_.pubseekpos(0, out), std::streampos(std::streamoff(-1)));
 }
-
-// ---- a full device
 
 TEST_F(GzFileBufTransfer, AFullDeviceIsReportedByOverflowSyncAndClose) {
     const std::string text = RandomBytes(1 << 20);

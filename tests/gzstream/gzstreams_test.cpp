@@ -40,8 +40,6 @@ std::string ReadAll(std::istream& stream) {
     return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
 }
 
-// ---- gzofstream
-
 TEST_F(GzOutStream, StartsClosedInAGoodStateWithItsOwnBuffer) {
     const gzofstream stream;
     EXPECT_EQ(stream.rdstate(), goodbit);
@@ -260,8 +258,6 @@ TEST_F(GzOutStream, CanBeDerivedFrom) {
     EXPECT_EQ(Unzip(Path()), "one two");
 }
 
-// ---- gzifstream
-
 TEST_F(GzInStream, StartsClosedInAGoodStateWithItsOwnBuffer) {
     const gzifstream stream;
     EXPECT_EQ(stream.rdstate(), goodbit);
@@ -403,8 +399,6 @@ TEST_F(GzInStream, CanBeDerivedFrom) {
     EXPECT_EQ(TDerivedInStream().rdstate(), goodbit);
 }
 
-// ---- damaged files
-
 TEST_F(GzInStream, AnEmptyFileReadsAsEmptyText) {
     WriteBytes(Path(), "");
     gzifstream stream(Path().c_str());
@@ -469,8 +463,6 @@ TEST_F(GzInStream, ADirectoryReadsAsEndOfFile) {
     gzifstream stream(Path("").c_str(), binary);
     EXPECT_EQ(ReadAll(stream), "");
 }
-
-// ---- round trips with zlib
 
 /// Runs with several buffer sizes; 0 is unbuffered.
 constexpr std::streamsize bufferSizes[] = {0, 1, 2, 3, 100, 8191, 8192, 8193, 70000};

@@ -231,8 +231,6 @@ TEST_F(TDataRequest, ReturnsDocumentsLargerThanEveryBuffer) {
               ReadBytes(hardwareFile));
 }
 
-// ---- steps that fail
-
 TEST_F(TDataRequest, EndsWithoutAMachineType) {
     const auto resultClass = AddResultClass("KELSG_CADAT");
     SetIdentity("4711");

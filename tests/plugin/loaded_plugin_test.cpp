@@ -256,8 +256,7 @@ TEST_F(TLoadedPlugin, CallsTheHostsAssertionHandler) {
     Object()->PrepareForUnload();
 }
 
-// ---- loading that fails, in a child process, because an exception leaves the loader in an undefined state
-
+// These tests load in a child process, because an exception leaves the loader in an undefined state.
 using TPluginLoading = TLoadedPlugin;
 
 // dlopen is declared noexcept; the volatile pointer prevents the compiler from relying on that.

@@ -78,8 +78,6 @@ TEST_F(LineOutput, WritesNothingToAFailedStream) {
     EXPECT_EQ(buffer.str(), "");
 }
 
-// ---- buffers that fail
-
 /// Accepts `limit` bytes, then fails in the given way.
 class TLimitedBuffer final : public std::stringbuf {
   public:

@@ -238,8 +238,6 @@ TEST_F(PropertyWriter, AssertsThatTheInstanceHandleIsNotNull) {
     EXPECT_THAT([&] { Write("X", "X"); }, ThrowsMessage<NDOUBLES::TAssertionFailed>("px != 0"));
 }
 
-// ---- special forms
-
 TEST_F(PropertyWriter, WritesTheSourceNameOfObjectTypeUnescaped) {
     EXPECT_FALSE(Write("ObjectType", "A&B"));
     EXPECT_EQ(text.str(),
@@ -289,8 +287,6 @@ TEST_F(PropertyWriter, WritesTheSpecialFormBeforeItAccessesTheInstance) {
     EXPECT_EQ(text.str(), "<Property name=\"GUID\" type=\"string\">\n<Value>1</Value>\n</Property>\n");
 }
 
-// ---- product names
-
 TEST_F(PropertyWriter, CutsTheModelFromTheProductName) {
     instance->Add("ProductName", "Server -[1234AB5]-");
     Write("Model", "ProductName");
@@ -335,8 +331,6 @@ TEST_F(PropertyWriter, LeavesTheElementOpenIfTheProductNameEndsBeforeTheModel) {
     EXPECT_THROW(Write("Model", "ProductName"), std::out_of_range);
     EXPECT_EQ(text.str(), "<Property name=\"Model\" type=\"string\">\n");
 }
-
-// ---- values
 
 class ValueLines : public testing::Test {
   protected:

@@ -206,8 +206,6 @@ TEST_F(SystemInfoDocument, ListIsFlushedOnceForEachLine) {
               " resourceName=\"Kessel,8840-21X-KQ12345\" resourceType=\"NOXSystemInfo\">\n");
 }
 
-// ---- properties
-
 TEST_F(SystemInfoDocument, PropertyHasItsValueOnALineOfItsOwn) {
     WriteSystemInfoProperty(out, "N", "v", "t");
     EXPECT_EQ(text.str(), "<Property name=\"N\" type=\"t\">\n<Value>v</Value>\n</Property>\n");
@@ -217,8 +215,6 @@ TEST_F(SystemInfoDocument, PropertyWithAnEmptyValueHasNoValueElement) {
     WriteSystemInfoProperty(out, "N", "", "t");
     EXPECT_EQ(text.str(), "<Property name=\"N\" type=\"t\">\n</Property>\n");
 }
-
-// ---- manufacturer
 
 TEST_F(SystemInfoDocument, ManufacturerComesFromTheOnlyComputer) {
     AddComputer("Kessel");

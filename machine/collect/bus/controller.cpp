@@ -72,8 +72,6 @@ constexpr TSourcePattern sourcePatterns[] = {
     "/sys/devices",         "/sys/devices/**",
 };
 
-// ---- USB
-
 // Maps the programming interface of PCI class 0C03h to CIM_USBController.InterfaceType, which has numbers for
 // UHCI and OHCI; later interfaces are "other".
 struct TUsbInterface {
@@ -182,8 +180,6 @@ void CommitOtherUsb(TCollection& collection, const std::vector<TUsbRootHub>& hub
     }
 }
 
-// ---- display
-
 void CommitPciVideo(TCollection& collection, const TPciSource& source) {
     TController controller = MakePciController(collection, source);
     // A size that does not fit into the property's 32 bits is left out instead of truncated.
@@ -235,8 +231,6 @@ void CommitOtherVideos(TCollection& collection, const std::set<std::string, std:
         collection.Commit(videoControllerClass, controller);
     }
 }
-
-// ---- PCI functions by class
 
 constexpr std::uint8_t displayClass = 0x03;
 

@@ -68,8 +68,6 @@ constexpr const IClassDeclaration* classes[] = {&pciDeviceClass, &pciBridgeClass
 
 constexpr auto sourcePatterns = pciSources;
 
-// ---- value maps
-
 struct TClassValue {
     std::uint8_t baseClass;
     std::uint8_t subclass;
@@ -127,8 +125,6 @@ std::uint16_t FindSelectTiming(std::uint16_t status) {
     constexpr std::uint16_t fast = 2;
     return static_cast<std::uint16_t>(fast + ((status >> 9) & 0x03));
 }
-
-// ---- one function
 
 std::optional<std::uint16_t> FindProtocol(const ISystemFiles& files, const TPciSource& source) {
     constexpr std::uint16_t parallelScsi = 9;

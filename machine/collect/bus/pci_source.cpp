@@ -89,8 +89,6 @@ std::optional<TPciNumbers> FindNumbers(const ISystemFiles& files, const TPciSour
     return numbers;
 }
 
-// ---- folders of the functions
-
 using TFolders = std::map<std::string, std::string>;  // address -> folder
 
 // "0000:00:1f.2". A domain that the kernel numbers itself has more than four digits.

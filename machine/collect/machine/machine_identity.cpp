@@ -26,8 +26,6 @@ void SetIfAbsent(std::optional<std::string>& member, std::optional<std::string> 
     }
 }
 
-// ---- firmware
-
 void SetChassisKind(std::optional<std::uint8_t> kind, TMachineIdentity& identity) {
     if (const auto name = kind ? FindChassisKindName(*kind) : std::nullopt) {
         SetIfAbsent(identity.description, "Computer system, " + std::string(*name));
@@ -99,8 +97,6 @@ void FillFromDmiClass(TCollection& collection, TMachineIdentity& identity) {
     }
     SetChassisKind(ReadNumber<std::uint8_t>(files, *folder + "/chassis_type"), identity);
 }
-
-// ---- machines without SMBIOS
 
 void FillFromDeviceTree(TCollection& collection, TMachineIdentity& identity) {
     const ISystemFiles& files = collection.GetFiles();
@@ -201,8 +197,6 @@ constexpr void (*identitySources[])(TCollection& collection, TMachineIdentity& i
     FillFromSmbios,     FillFromDmiClass, FillFromDeviceTree, FillFromXen,
     FillFromHypervisor, FillFromAcpi,     FillFromProcessor,
 };
-
-// ---- virtual machines
 
 // Xen's control domain has direct access to the machine, although the processor reports a hypervisor.
 bool IsControlDomain(const ISystemFiles& files) {

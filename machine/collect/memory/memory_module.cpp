@@ -59,8 +59,6 @@ constexpr const IClassDeclaration* classes[] = {&memoryModuleClass};
 
 constexpr auto sourcePatterns = Join(smbiosSources, spdSources);
 
-// ---- structures of the table
-
 using TDeviceAddresses = std::unordered_map<std::uint16_t, std::vector<TSmbiosDeviceAddress>>;
 
 // Groups the mapped addresses by the handle of their device.
@@ -125,8 +123,6 @@ std::optional<std::string> FindModuleCorrection(const TSmbiosMemoryDevice& devic
                                                                     : std::nullopt;
 }
 
-// ---- names
-
 // Returns, for example, "Memory module, DDR4 DIMM, made in week 7 of 2019".
 std::string Describe(const TSmbiosMemoryDevice& device, const TSpdModule* eeprom) {
     const auto* kind = device.kind ? FindMemoryKind(*device.kind) : nullptr;
@@ -182,8 +178,6 @@ TMemoryModule MakeModule(const TSmbiosMemoryDevice& device, const TSpdModule* ee
     module.elementName = MakeElementName(module);
     return module;
 }
-
-// ---- EEPROMs
 
 // An empty socket may still have the texts of its last module, which are ignored.
 std::vector<TModuleTexts> MakeModuleTexts(const std::vector<TSmbiosMemoryDevice>& sockets) {

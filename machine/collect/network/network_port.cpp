@@ -121,8 +121,6 @@ struct TPort {
     std::string_view GetDeviceType() const { return FindUeventValue(uevent, "DEVTYPE").value_or(""); }
 };
 
-// ---- kinds of ports
-
 bool IsWifi(const TPort& port) {
     return port.hasDevice && (port.GetDeviceType() == "wlan" || port.Has("phy80211"));
 }
@@ -219,8 +217,6 @@ std::optional<std::uint16_t> FindTechnology(const TPort& port) {
     return std::nullopt;
 }
 
-// ---- addresses
-
 // "52:54:00:b2:00:01" as "525400B20001", the form of CIM addresses; nullopt if it is all zeros or malformed.
 std::optional<std::string> ToCimAddress(std::string_view text) {
     std::string digits;
@@ -254,8 +250,6 @@ std::optional<std::vector<std::string>> ReadNetworkAddresses(const TPort& port) 
     auto address = ToCimAddress(port.Read("address").value_or(""));
     return address ? std::optional(std::vector<std::string>{std::move(*address)}) : std::nullopt;
 }
-
-// ---- state of the link
 
 bool IsUp(const std::string& operState) {
     return operState == "up" || operState == "unknown";
@@ -299,8 +293,6 @@ void SetLinkRate(const TPort& port, const std::string& operState, TNetworkPort& 
     }
 }
 
-// ---- what a port belongs to
-
 std::string_view DescribeMaster(const TPort& port) {
     return port.Has("bonding_slave") ? "Bond" : port.Has("brport") ? "Bridge" : "Upper port";
 }
@@ -337,8 +329,6 @@ void SetIdentifyingInfo(const TPort& port, TNetworkPort& record) {
     }
 }
 
-// ---- keys
-
 // Ports of one device are numbered by `dev_port`, from 0.
 std::string MakePosition(const TPort& port) {
     const auto position = ReadDevicePosition(port.files, port.devicePath);
@@ -348,8 +338,6 @@ std::string MakePosition(const TPort& port) {
     const auto number = port.Read("dev_port");
     return number && *number != "0" ? *position + "/port-" + *number : *position;
 }
-
-// ---- one port, all ports
 
 TNetworkPort MakeRecord(const TPort& port, const TPortKind& kind) {
     const std::string operState = port.Read("operstate").value_or("");

@@ -84,8 +84,6 @@ TKeyedRecord<TBattery> MakeEntry(TBattery battery, const TIdentity& identity, st
     return {std::move(battery), {identity.serial, std::move(position)}};
 }
 
-// ---- sysfs
-
 // Batteries of wireless keyboards and the like come and go with these devices.
 bool IsBatteryOfTheMachine(const ISystemFiles& files, const std::string& folder) {
     constexpr std::uint8_t isEmptyBay = 0;
@@ -157,8 +155,6 @@ TBatteries ReadKernelBatteries(const ISystemFiles& files) {
     }
     return batteries;
 }
-
-// ---- SMBIOS
 
 // DSP0134, 7.23.1: the codes are those of CIM_Battery.Chemistry; 02h is unknown.
 std::optional<std::uint16_t> FindChemistry(std::optional<std::uint8_t> code) {

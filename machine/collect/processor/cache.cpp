@@ -79,8 +79,6 @@ void SetSize(std::uint64_t kibibytes, TCache& cache) {
     cache.blocks = kibibytes * kibibyte;
 }
 
-// ---- sysfs
-
 // sysfs writes sizes as "32K".
 std::optional<std::uint32_t> ReadKibibytes(const ISystemFiles& files, const std::string& path) {
     const auto text = ReadAttribute(files, path);
@@ -157,8 +155,6 @@ TCaches ReadKernelCaches(const ISystemFiles& files) {
     }
     return caches;
 }
-
-// ---- SMBIOS
 
 constexpr std::uint8_t unknownCode = 2;  // in the codes of type 7 and of CIM_CacheMemory
 

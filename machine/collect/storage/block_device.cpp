@@ -35,8 +35,6 @@ struct TBlockDevice {
     bool IsBelowFolder(std::string_view prefix) const { return devicePath.find(prefix) != std::string::npos; }
 };
 
-// ---- SCSI, and what the kernel presents as SCSI: ATA, SAS, USB, RAID adapters, hypervisors
-
 TScsiDevice ToScsi(const TBlockDevice& device) {
     return {device.files, device.path + "/device", device.devicePath};
 }
@@ -59,8 +57,6 @@ std::optional<std::string> ReadIdentityAsScsi(const TBlockDevice& device) {
 std::string FindTransportAsScsi(const TBlockDevice& device) {
     return FindScsiTransport(ToScsi(device));
 }
-
-// ---- volumes of RAID adapters
 
 // Returns the folder of the volume in the kernel's RAID class; nullopt for a disk without a SCSI address.
 std::optional<std::string> FindRaidClassFolder(const TBlockDevice& device) {
@@ -113,8 +109,6 @@ void SetFromRaidAdapter(const TBlockDevice& device, TDisk& disk) {
     }
 }
 
-// ---- NVMe
-
 std::optional<std::string> ReadNvmeModel(const TBlockDevice& device) {
     return device.Read("device/model");
 }
@@ -153,8 +147,6 @@ bool IsRemoteNvme(const TBlockDevice& device) {
     });
 }
 
-// ---- MMC and SD
-
 std::optional<std::string> ReadMmcModel(const TBlockDevice& device) {
     return device.Read("device/name");
 }
@@ -164,8 +156,6 @@ std::optional<std::string> ReadMmcIdentity(const TBlockDevice& device) {
     return WithoutPlaceholder(device.Read("device/cid"));
 }
 
-// ---- paravirtual disks
-
 std::optional<std::string> ReadVirtioIdentity(const TBlockDevice& device) {
     return WithoutPlaceholder(device.Read("serial"));
 }
@@ -174,8 +164,6 @@ std::optional<std::string> ReadVirtioIdentity(const TBlockDevice& device) {
 std::optional<std::string> ReadNothing(const TBlockDevice&) {
     return std::nullopt;
 }
-
-// ---- kinds of disks
 
 bool IsAlwaysDisk(const TBlockDevice&) {
     return true;

@@ -102,8 +102,6 @@ struct TPartitionSource {
     }
 };
 
-// ---- properties that depend on the scheme of the partition table
-
 std::uint16_t FindDosType(std::uint32_t number, std::uint8_t entryType) {
     constexpr std::uint32_t firstLogicalNumber = 5;
     constexpr std::uint8_t extendedEntryTypes[] = {0x05, 0x0F, 0x85};
@@ -148,8 +146,6 @@ constexpr TScheme schemes[] = {
     {"gpt", "GPT", SetFromGpt},
 };
 
-// ---- sizes
-
 std::optional<std::uint64_t> FindSectors(const ISystemFiles& files, const TPartitionSource& source) {
     // The kernel always shows an extended partition with two sectors.
     constexpr std::uint64_t sectorsOfExtended = 2;
@@ -172,8 +168,6 @@ void SetSizes(std::optional<std::uint64_t> sectors, TPartition& partition, const
         }
     }
 }
-
-// ---- names
 
 std::optional<std::string> FindIdentity(const TPartitionSource& source) {
     auto uuid = FindUeventValue(source.uevent, "PARTUUID");
@@ -208,8 +202,6 @@ const TScheme* FindScheme(const TPartitionSource& source) {
     const auto name = source.FindUdev("ID_PART_ENTRY_SCHEME");
     return name ? FindRow(schemes, &TScheme::udevName, *name) : nullptr;
 }
-
-// ---- one partition, all partitions
 
 TPartition MakePartition(const ISystemFiles& files, const TPartitionSource& source) {
     constexpr std::uint16_t fixedBlock = 2;

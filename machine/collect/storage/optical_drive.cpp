@@ -73,8 +73,6 @@ std::optional<std::string> ReadIdentity(const TOpticalDrive& drive) {
     return WithoutPlaceholder(std::string(drive.FindUdev("ID_SERIAL_SHORT").value_or("")));
 }
 
-// ---- abilities of the drive
-
 bool IsDvdModel(const std::string& model) {
     constexpr std::string_view words[] = {"DVD", "BD-R", "BDR", "BD-ROM", "BD-RE", "Blu-ray", "HD-DVD"};
     return std::ranges::any_of(words,
@@ -94,8 +92,6 @@ bool ReadsDvd(const TOpticalDrive& drive, const std::vector<TCdromAbilities>& ab
     return model && IsDvdModel(*model);
 }
 
-// ---- the inserted disc
-
 bool HoldsDisc(const TOpticalDrive& drive, std::uint64_t sectors) {
     // The driver's default for a disc whose size it cannot read.
     constexpr std::uint64_t assumed = 0x1FFFFF;
@@ -109,8 +105,6 @@ void SetSizes(const TOpticalDrive& drive, TMediaDrive& record) {
         SetFixedBlocks(SectorsToBytes(*sectors), ReadBlockSize(drive.files, drive.folder), record);
     }
 }
-
-// ---- one drive, all drives
 
 TOpticalDrive ReadDrive(const ISystemFiles& files, const std::string& kernelName) {
     const std::string folder = "/sys/block/" + kernelName;

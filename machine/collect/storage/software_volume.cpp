@@ -30,8 +30,6 @@ std::string ReadName(const ISystemFiles& files, const std::string& kernelName) {
     return ReadAttribute(files, std::string(blockFolder) + kernelName + "/dm/name").value_or("");
 }
 
-// ---- combinations of layers
-
 // Returns OK if every layer is OK, else the first status that is not; nullopt if a layer's status is unknown.
 std::optional<TOperationalStatus> CombineStatus(const std::vector<TLayer>& layers) {
     bool isKnown = !layers.empty();
@@ -70,8 +68,6 @@ bool ShareDisks(const std::vector<TLayer>& layers) {
     }
     return CombineDisks(layers).size() != count;
 }
-
-// ---- md
 
 struct TArray {
     const ISystemFiles& files;
@@ -120,8 +116,6 @@ std::string DescribeArray(const std::string& level) {
     return level.empty() ? "Software RAID array" : "Software RAID array, " + level;
 }
 
-// ---- device mapper
-
 TLayer MakeMapperLayer(const std::vector<TLayer>& members, bool isMirror) {
     TLayer layer{CombineStatus(members), {}, CombineDisks(members)};
     // sysfs does not have the number of copies of LVM's own mirrors.
@@ -130,8 +124,6 @@ TLayer MakeMapperLayer(const std::vector<TLayer>& members, bool isMirror) {
     }
     return layer;
 }
-
-// ---- all layers
 
 // Finds the layers of block devices recursively and caches them.
 class TLayers {
@@ -194,8 +186,6 @@ class TLayers {
     std::set<std::string, std::less<>> blockNames_;
     std::unordered_map<std::string, TLayer> layers_;
 };
-
-// ---- volumes
 
 using TFoundVolume = TKeyedRecord<TSoftwareVolume>;
 

@@ -123,8 +123,6 @@ TEST(Pseudonyms, AreTheSameForAHostWithAndWithoutItsDomain) {
     EXPECT_THAT(whole, MatchesRegex("[a-z][a-z]-[0-9]\\.[a-z]+\\.[a-z]+"));
 }
 
-// ---- Internet addresses
-
 std::string ReplaceText(TPseudonyms& pseudonyms, const std::string& bytes) {
     return FormatIpAddress(pseudonyms.ReplaceAddress(bytes)).value_or("?");
 }

@@ -7,8 +7,6 @@
 namespace NVORHOST {
 namespace {
 
-// ---- memory devices
-
 // The fields of a memory device that tests vary; the structure has version 3.3, up to 5Bh.
 struct TDeviceFields {
     std::string totalWidth = "48 00";
@@ -156,8 +154,6 @@ TEST(ParseSmbiosMemoryDevice, LeavesUnknownRanksAndVoltagesAbsent) {
     EXPECT_EQ(ParseDevice({.configuredVoltage = "00 00"}).configuredMillivolts, std::nullopt);
 }
 
-// ---- arrays
-
 TEST(ParseSmbiosMemoryArray, ReadsTheMaximumInKibibytesOrFromTheExtendedField) {
     const auto parse = [](const std::string& maximum, const std::string& extended) {
         const TStructureBytes bytes("16: 03 03 06 " + maximum + " fe ff 04 00 " + extended);
@@ -186,8 +182,6 @@ TEST(ParseSmbiosMemoryArray, HasAFieldIfItsLengthIncludesIt) {
     EXPECT_EQ(ParseSmbiosMemoryArray(header.Get()).maxCapacityBytes, std::nullopt);
     EXPECT_EQ(ParseSmbiosMemoryArray(header.Get()).slotCount, std::nullopt);
 }
-
-// ---- mapped addresses
 
 std::optional<TAddressRange> ParseRange(const std::string& digits) {
     const TStructureBytes bytes("19: " + digits);
