@@ -1,21 +1,19 @@
 #include "program/program_paths.h"
 
+#include "os/module.h"
 #include "vorhost/run/run_failure.h"
 
-#include <filesystem>
-#include <system_error>
+#include <stdexcept>
 
 namespace NVORHOST {
 
 std::string FindOwnPlugin() {
-    std::error_code error;
-    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
-    if (error) {
-        throw TRunFailure("cannot find the plug-in of this program: /proc/self/exe: " + error.message() +
+    try {
+        return FindBesideProgram(NOXINFO_PLUGIN_FROM_BIN "/libnoxinfo.pi.so");
+    } catch (const std::runtime_error& error) {
+        throw TRunFailure(std::string("cannot find the plug-in of this program: ") + error.what() +
                           "; use --plugin");
     }
-    const auto plugins = program.parent_path() / NOXINFO_PLUGIN_FROM_BIN;
-    return (plugins / "libnoxinfo.pi.so").lexically_normal().string();
 }
 
 }  // namespace NVORHOST

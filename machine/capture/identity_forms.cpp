@@ -3,25 +3,13 @@
 #include "machine/parse/ip_address.h"
 #include "text/ascii.h"
 #include "text/hex.h"
+#include "text/words.h"
 
 #include <algorithm>
 #include <initializer_list>
 
 namespace NVORHOST {
 namespace {
-
-// ---- words
-
-std::size_t WordLength(std::string_view text) {
-    const auto* const end = std::ranges::find_if_not(text, IsAlphanumeric);
-    return static_cast<std::size_t>(end - text.begin());
-}
-
-bool EndsWord(std::string_view text, std::size_t length) {
-    return length >= text.size() || !IsAlphanumeric(text[length]);
-}
-
-// ---- forms
 
 // Returns the length of groups of hexadecimal digits, or of letters and digits unless `isHex`, with one
 // separator between them; 0 if `text` does not start with them.

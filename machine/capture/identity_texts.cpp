@@ -6,14 +6,13 @@
 #include "text/ascii.h"
 #include "text/hex.h"
 #include "text/trim.h"
+#include "text/words.h"
 
 #include <algorithm>
 #include <functional>
 
 namespace NVORHOST {
 namespace {
-
-// ---- characters
 
 // Returns the length of the separator at the start of `text`: one character, or an escape of systemd and udev
 // such as "\x2d".
@@ -34,15 +33,6 @@ std::size_t SeparatorsLength(std::string_view text) {
     return length;
 }
 
-std::size_t WordLength(std::string_view text) {
-    const auto* const end = std::ranges::find_if_not(text, IsAlphanumeric);
-    return static_cast<std::size_t>(end - text.begin());
-}
-
-bool EndsWord(std::string_view text, std::size_t length) {
-    return length >= text.size() || !IsAlphanumeric(text[length]);
-}
-
 // Replaces the identity characters of `text` by those of the pseudonym, keeping their case.
 std::string Disguise(std::string_view text, std::string_view pseudonym) {
     std::string replaced(text);
@@ -58,8 +48,6 @@ std::string Disguise(std::string_view text, std::string_view pseudonym) {
     }
     return replaced;
 }
-
-// ---- words
 
 // Returns the length of the start of `text` that has the words of `words`, in any case and with any
 // separators; 0 if it has other words.
@@ -93,8 +81,6 @@ bool IsSpelledLikeAddress(std::string_view text, std::string_view address) {
            std::ranges::all_of(text, [&](char c) { return IsAlphanumeric(c) || c == text[first]; });
 }
 
-// ---- values
-
 constexpr std::string_view numberMark = "0x";
 
 bool IsAnyHost(std::string_view name) {
@@ -127,8 +113,6 @@ bool IsPrintable(std::string_view bytes) {
 }
 
 }  // namespace
-
-// ---- learning
 
 void TIdentityTexts::Add(std::string_view value, EIdentityKind kind) {
     const std::string text(WithoutMark(value, kind));
@@ -208,8 +192,6 @@ void TIdentityTexts::LearnForms(std::string_view text, ETextContext context) {
         return WordLength(rest);
     });
 }
-
-// ---- replacing
 
 // Returns the pseudonym of an address in text form; empty if the text is not an address.
 std::string TIdentityTexts::ReplaceAddressText(std::string_view text) const {

@@ -4,6 +4,7 @@
 #include "machine/capture/scsi_redaction.h"
 #include "machine/parse/udev_record.h"
 #include "text/lines.h"
+#include "text/wildcard.h"
 
 #include <algorithm>
 #include <iterator>
@@ -90,24 +91,10 @@ constexpr TPropertyRule propertyRules[] = {
 };
 // clang-format on
 
-bool MatchesKey(std::string_view pattern, std::string_view key) {
-    const auto star = pattern.find('*');
-    if (star == std::string_view::npos || !key.starts_with(pattern.substr(0, star))) {
-        return pattern == key;
-    }
-    const std::string_view rest = pattern.substr(star + 1);
-    for (std::size_t end = star; end <= key.size(); ++end) {
-        if (MatchesKey(rest, key.substr(end))) {
-            return true;
-        }
-    }
-    return false;
-}
-
 const TPropertyRule& FindPropertyRule(std::string_view key) {
     static constexpr TPropertyRule names{"*", EProperty::names};
     const auto* const rule = std::ranges::find_if(
-        propertyRules, [&](const TPropertyRule& row) { return MatchesKey(row.key, key); });
+        propertyRules, [&](const TPropertyRule& row) { return MatchesWildcards(row.key, key); });
     return rule == std::end(propertyRules) ? names : *rule;
 }
 

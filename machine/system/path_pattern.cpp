@@ -1,26 +1,9 @@
 #include "machine/system/path_pattern.h"
 
-#include <algorithm>
+#include "text/wildcard.h"
 
 namespace NVORHOST {
 namespace {
-
-bool MatchesName(std::string_view pattern, std::string_view name) {
-    const auto star = pattern.find('*');
-    if (star == std::string_view::npos) {
-        return pattern == name;
-    }
-    if (!name.starts_with(pattern.substr(0, star))) {
-        return false;
-    }
-    const std::string_view rest = pattern.substr(star + 1);
-    for (std::size_t skipped = star; skipped <= name.size(); ++skipped) {
-        if (MatchesName(rest, name.substr(skipped))) {
-            return true;
-        }
-    }
-    return false;
-}
 
 // Removes the slash and the name at the start of `path` and returns the name.
 std::string_view TakeName(std::string_view& path) {
@@ -43,7 +26,7 @@ bool MatchesPathPattern(std::string_view pattern, std::string_view path) {
             }
             return MatchesPathPattern(pattern, path);
         }
-        if (path.empty() || !MatchesName(wanted, TakeName(path))) {
+        if (path.empty() || !MatchesWildcards(wanted, TakeName(path))) {
             return false;
         }
     }

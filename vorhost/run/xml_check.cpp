@@ -1,5 +1,8 @@
 #include "vorhost/run/xml_check.h"
 
+#include "text/ascii.h"
+#include "text/hex.h"
+
 #include <algorithm>
 #include <iterator>
 
@@ -9,8 +12,7 @@ namespace {
 constexpr std::string_view namedReferences[] = {"amp", "lt", "gt", "quot", "apos"};
 
 bool IsNameByte(char byte) {
-    return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') || (byte >= '0' && byte <= '9') ||
-           byte == '_' || byte == '-' || byte == '.' || byte == ':' ||
+    return IsAlphanumeric(byte) || byte == '_' || byte == '-' || byte == '.' || byte == ':' ||
            static_cast<unsigned char>(byte) >= 0x80;
 }
 
@@ -22,17 +24,9 @@ bool IsCharacter(char byte) {
     return static_cast<unsigned char>(byte) >= 0x20 || IsBlank(byte);
 }
 
-bool IsDigit(char byte) {
-    return byte >= '0' && byte <= '9';
-}
-
-bool IsHexDigit(char byte) {
-    return IsDigit(byte) || (byte >= 'a' && byte <= 'f') || (byte >= 'A' && byte <= 'F');
-}
-
 bool IsReference(std::string_view name) {
     if (name.starts_with("#x")) {
-        return name.size() > 2 && std::ranges::all_of(name.substr(2), IsHexDigit);
+        return name.size() > 2 && IsHex(name.substr(2));
     }
     if (name.starts_with("#")) {
         return name.size() > 1 && std::ranges::all_of(name.substr(1), IsDigit);
