@@ -240,27 +240,31 @@ void AddResultFile(const TCollectOutputs& outputs, const TCollectOptions& option
     }
 }
 
-// Returns "" for a missing property.
-std::string GetText(const TMemoryInstance& instance, std::string_view property) {
-    const TCIMValue* value = instance.Find(property);
-    return value == nullptr ? std::string() : value->ToString(10);
+// Returns nullopt for a missing or empty property.
+std::optional<std::string> FindText(const TMemoryInstance& instance, std::string_view property) {
+    const TCIMValue* const value = instance.Find(property);
+    std::string text = value == nullptr ? std::string() : value->ToString(10);
+    return text.empty() ? std::nullopt : std::optional(std::move(text));
+}
+
+std::string DescribeSystem(const TMemoryInstance& system) {
+    const std::string manufacturer = FindText(system, "Manufacturer").value_or("");
+    return manufacturer + (manufacturer.empty() ? "" : " ") + FindText(system, "ProductName").value_or("");
 }
 
 std::string DescribeMachine(const TMemoryNamespace& collected, const TMemoryInstance& result) {
-    std::string text = "type " + GetText(result, "MachineType");
+    const std::string type = "type " + FindText(result, "MachineType").value_or("");
     const auto systems = collected.FindClass(computerSystemClassName);
     if (systems == nullptr || systems->GetInstances().empty()) {
-        return text;
+        return type;
     }
     const TMemoryInstance& system = *systems->GetInstances().front();
-    std::string name = GetText(system, "Manufacturer");
-    name += (name.empty() ? "" : " ") + GetText(system, "ProductName");
-    const std::string serial = GetText(system, "SerialNumber");
-    return name + ", " + text + (serial.empty() ? "" : ", serial number " + serial);
+    const auto serial = FindText(system, "SerialNumber");
+    return DescribeSystem(system) + ", " + type + (serial ? ", serial number " + *serial : "");
 }
 
 std::string DescribeCredential(const TPluginAnswer& answer, bool hasIdentity, bool hasEntityService) {
-    if (!GetText(*answer.results.front(), "Credential").empty()) {
+    if (FindText(*answer.results.front(), "Credential")) {
         return "obtained";
     }
     if (!hasIdentity) {
@@ -272,56 +276,100 @@ std::string DescribeCredential(const TPluginAnswer& answer, bool hasIdentity, bo
     return hasEntityService ? "none: entity service: empty answer" : "none: the plug-in did not request one";
 }
 
+// A run of the command. The constructor collects; Run passes the namespace to the plug-in and publishes the
+// files.
+class TCollectRun {
+  public:
+    explicit TCollectRun(const TCollectOptions& options)
+        : options_(options),
+          outputs_(options),
+          sinks_(options.source.log),
+          environment_(MakeSettings(options)),
+          source_(ObtainNamespace(options.source)) {
+        clock_.Finish("collect");
+    }
+
+    EExitStatus Run(std::ostream& out) {
+        SaveSnapshot();
+        environment_.SetCollected(source_.collected);
+        TPrivateDirectory workplace(outputs_.GetTarget(), "cannot write to " + options_.directory,
+                                    options_.source.syncs);
+        const TPluginRequest request = MakeRequest(workplace);
+        const TPluginAnswer answer = GetAnswer(request);
+        auto documents = Publish(request, answer.results, workplace);
+        PrintSummary(Summarise(answer, std::move(documents), workplace.GetCompleted()), out);
+        return GetExitStatus(source_.outcome, options_.source.isStrict);
+    }
+
+  private:
+    // The request commits its results to the namespace, so the snapshot is made before it.
+    void SaveSnapshot() {
+        if (outputs_.FindSnapshot()) {
+            snapshot_.emplace(*outputs_.FindSnapshot(), options_, *source_.collected, files_);
+            clock_.Finish("save snapshot");
+        }
+    }
+
+    TPluginRequest MakeRequest(TPrivateDirectory& workplace) const {
+        return {options_.pluginFile ? *options_.pluginFile : FindOwnPlugin(),
+                source_.collected,
+                GetResultClass(*source_.collected),
+                workplace,
+                sinks_,
+                FindNoResultHint(options_.source, *source_.collected)};
+    }
+
+    TPluginAnswer GetAnswer(const TPluginRequest& request) {
+        TPluginAnswer answer = options_.isolates ? RunIsolatedRequest(request) : RunPluginRequest(request);
+        clock_.Finish("load plug-in", answer.loadTime);
+        clock_.Finish("request");
+        return answer;
+    }
+
+    // Moves the documents and the other files into place together.
+    std::vector<TInventoryDocument> Publish(const TPluginRequest& request, const TInstances& results,
+                                            TPrivateDirectory& workplace) {
+        auto documents = FinishDocuments(workplace, results, environment_.HasIdentity(),
+                                         /*comparesResults=*/outputs_.FindResult().has_value());
+        if (snapshot_) {
+            snapshot_->WriteKept(files_);
+        }
+        AddResultFile(outputs_, options_, request, results, files_);
+        MoveIntoPlace(files_, workplace, outputs_.GetTarget());
+        return documents;
+    }
+
+    TRunSummary Summarise(const TPluginAnswer& answer, std::vector<TInventoryDocument> documents,
+                          std::vector<std::string> completedFiles) {
+        const bool hasIdentity = environment_.HasIdentity();
+        TRunSummary summary;
+        summary.origin = source_.origin;
+        summary.machine = DescribeMachine(*source_.collected, *answer.results.front());
+        summary.directory = options_.directory;
+        summary.documents = std::move(documents);
+        summary.completedFiles = std::move(completedFiles);
+        summary.earlierFiles = ListEarlierDocuments(outputs_.GetTarget(), hasIdentity);
+        summary.credential = DescribeCredential(answer, hasIdentity, options_.entityService.has_value());
+        summary.outcome = source_.outcome;
+        clock_.Finish("finish");
+        summary.times = clock_.TakeTimes();
+        return summary;
+    }
+
+    TStepClock clock_;
+    const TCollectOptions& options_;
+    TCollectOutputs outputs_;
+    TLogSinks sinks_;
+    TRunEnvironment environment_;
+    TNamespaceSource source_;
+    TOutputFiles files_;  // the files besides the documents
+    std::optional<TRunSnapshot> snapshot_;
+};
+
 }  // namespace
 
 EExitStatus RunCollect(const TCollectOptions& options, std::ostream& out) {
-    TStepClock clock;
-    const TCollectOutputs outputs(options);
-    const bool syncs = options.source.syncs;
-    const TLogSinks sinks(options.source.log);
-    TRunEnvironment environment(MakeSettings(options));
-    const TNamespaceSource source = ObtainNamespace(options.source);
-    clock.Finish("collect");
-
-    TOutputFiles files;
-    std::optional<TRunSnapshot> snapshot;
-    if (outputs.FindSnapshot()) {
-        snapshot.emplace(*outputs.FindSnapshot(), options, *source.collected, files);
-        clock.Finish("save snapshot");
-    }
-    environment.SetCollected(source.collected);
-    TPrivateDirectory workplace(outputs.GetTarget(), "cannot write to " + options.directory, syncs);
-    const TPluginRequest request{options.pluginFile ? *options.pluginFile : FindOwnPlugin(),
-                                 source.collected,
-                                 GetResultClass(*source.collected),
-                                 workplace,
-                                 sinks,
-                                 FindNoResultHint(options.source, *source.collected)};
-    const TPluginAnswer answer = options.isolates ? RunIsolatedRequest(request) : RunPluginRequest(request);
-    clock.Finish("load plug-in", answer.loadTime);
-    clock.Finish("request");
-
-    const bool hasIdentity = environment.HasIdentity();
-    const TInstances& results = answer.results;
-    TRunSummary summary;
-    summary.documents = FinishDocuments(workplace, results, hasIdentity,
-                                        /*comparesResults=*/outputs.FindResult().has_value());
-    if (snapshot) {
-        snapshot->WriteKept(files);
-    }
-    AddResultFile(outputs, options, request, results, files);
-    MoveIntoPlace(files, workplace, outputs.GetTarget());
-    summary.completedFiles = workplace.GetCompleted();
-    summary.earlierFiles = ListEarlierDocuments(outputs.GetTarget(), hasIdentity);
-    summary.directory = options.directory;
-    summary.origin = source.origin;
-    summary.machine = DescribeMachine(*source.collected, *results.front());
-    summary.credential = DescribeCredential(answer, hasIdentity, options.entityService.has_value());
-    summary.outcome = source.outcome;
-    clock.Finish("finish");
-    summary.times = clock.TakeTimes();
-    PrintSummary(summary, out);
-    return GetExitStatus(source.outcome, options.source.isStrict);
+    return TCollectRun(options).Run(out);
 }
 
 }  // namespace NVORHOST
