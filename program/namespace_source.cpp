@@ -36,8 +36,8 @@ void LogWarning(std::string_view collector, const std::string& line) {
 class TReportLog {
   public:
     void Log(const TCollectReport& report) {
-        if (!report.failure.empty()) {
-            LogWarning(report.collector, "failed: " + report.failure);
+        if (report.failure) {
+            LogWarning(report.collector, "failed: " + *report.failure);
         }
         LogSources(report, report.deniedSources, "permission denied: ", denied_);
         LogSources(report, report.failedSources, "cannot read ", failed_);

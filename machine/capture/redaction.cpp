@@ -26,8 +26,6 @@
 namespace NVORHOST {
 namespace {
 
-// ---- files of one value
-
 template <EIdentityKind kind>
 void LearnValue(std::string_view bytes, TRedactedMachine& redaction) {
     redaction.identities.Learn(bytes.substr(0, bytes.find('\0')), kind);
@@ -62,8 +60,6 @@ std::string ReplaceHostName(std::string_view bytes, const TRedactedMachine& reda
 void LearnHostName(std::string_view bytes, TRedactedMachine& redaction) {
     redaction.identities.LearnHostName(bytes);
 }
-
-// ---- binary files
 
 void LearnSmbiosTable(std::string_view bytes, TRedactedMachine& redaction) {
     LearnSmbios(bytes, redaction.smbiosVersion, redaction.identities);
@@ -153,8 +149,6 @@ std::string ReplaceSessions(std::string_view bytes, const TRedactedMachine& reda
     }
     return replaced;
 }
-
-// ---- /proc/net
 
 // Calls `replace` with each word of a line and its index; keeps the blanks.
 template <typename TReplace>
@@ -249,8 +243,6 @@ std::string ReplaceBuilder(std::string_view bytes, const TRedactedMachine& redac
            redaction.identities.Replace(host, ETextContext::identities) + std::string(bytes.substr(end));
 }
 
-// ---- which file is what
-
 template <auto learn>
 void LearnWith(std::string_view bytes, TRedactedMachine& redaction) {
     learn(bytes, redaction.identities);
@@ -326,8 +318,6 @@ const TFileRule& FindRule(std::string_view path) {
         fileRules, [&](const TFileRule& rule) { return MatchesPathPattern(rule.pattern, path); });
 }
 
-// ---- names
-
 // Names of links in /dev contain identities.
 ETextContext ContextOf(std::string_view path) {
     return path.starts_with("/dev/") ? ETextContext::identities : ETextContext::anything;
@@ -342,8 +332,6 @@ std::string ReplaceFilePath(std::string_view path, const TRedactedMachine& redac
     const std::size_t name = path.starts_with("/sys/") ? path.rfind('/') : path.size();
     return ReplacePath(path.substr(0, name), redaction) + std::string(path.substr(name));
 }
-
-// ---- the whole
 
 TRedactedMachine LearnAll(TPseudonyms::TKey key, const TCaptureTree& tree, const TCaptureAnswers& answers) {
     TRedactedMachine redaction{TIdentityTexts(key)};
@@ -361,7 +349,7 @@ TRedactedMachine LearnAll(TPseudonyms::TKey key, const TCaptureTree& tree, const
     redaction.identities.LearnHostName(answers.nodeName.value_or(""));
     for (const TInterfaceAddress& row :
          answers.interfaceAddresses.value_or(std::vector<TInterfaceAddress>())) {
-        redaction.identities.LearnForms(row.interface, ETextContext::anything);
+        redaction.identities.LearnForms(row.interface.value_or(""), ETextContext::anything);
         redaction.identities.Learn(FormatIpAddress(row.address).value_or(""), EIdentityKind::ipAddress);
     }
     return redaction;
@@ -383,7 +371,9 @@ void RedactAnswers(const TRedactedMachine& redaction, TCaptureAnswers& answers) 
     }
     if (answers.interfaceAddresses) {
         for (TInterfaceAddress& row : *answers.interfaceAddresses) {
-            row.interface = redaction.identities.Replace(row.interface, ETextContext::anything);
+            if (row.interface) {
+                row.interface = redaction.identities.Replace(*row.interface, ETextContext::anything);
+            }
             row.address = redaction.identities.GetPseudonyms().ReplaceAddress(row.address);
         }
     }

@@ -13,8 +13,6 @@
 namespace NVORHOST {
 namespace {
 
-// ---- words
-
 bool IsPlain(char c) {
     return c > ' ' && c <= '~' && c != '%';
 }
@@ -42,24 +40,20 @@ std::string Unescape(std::string_view text) {
     return plain;
 }
 
-// ---- addresses
-
 std::string FormatAddress(const std::string& bytes) {
     std::array<char, INET6_ADDRSTRLEN> text{};
     const int family = bytes.size() == sizeof(in_addr) ? AF_INET : AF_INET6;
     return inet_ntop(family, bytes.data(), text.data(), text.size()) == nullptr ? "" : text.data();
 }
 
-std::string ParseAddress(const std::string& text) {
+std::optional<std::string> ParseAddress(const std::string& text) {
     std::string bytes(sizeof(in6_addr), '\0');
     if (inet_pton(AF_INET6, text.c_str(), bytes.data()) == 1) {
         return bytes;
     }
     bytes.resize(sizeof(in_addr));
-    return inet_pton(AF_INET, text.c_str(), bytes.data()) == 1 ? bytes : std::string();
+    return inet_pton(AF_INET, text.c_str(), bytes.data()) == 1 ? std::optional(bytes) : std::nullopt;
 }
-
-// ---- lines
 
 struct TAccessName {
     EAccess access;
@@ -130,11 +124,11 @@ std::string FormatRefusal(const TPathAccess& access, EReadStatus status) {
 }
 
 void ReadAddress(std::string_view words, TCaptureAnswers& answers) {
-    TInterfaceAddress row;
-    row.interface = Unescape(TakeUntil(words, ' '));
-    row.address = ParseAddress(std::string(words));
-    if (answers.interfaceAddresses && !row.address.empty()) {
-        answers.interfaceAddresses->push_back(std::move(row));
+    const std::string interface = Unescape(TakeUntil(words, ' '));
+    auto address = ParseAddress(std::string(words));
+    if (answers.interfaceAddresses && address) {
+        answers.interfaceAddresses->push_back(
+            {interface.empty() ? std::nullopt : std::optional(interface), std::move(*address)});
     }
 }
 
@@ -195,7 +189,7 @@ std::string FormatCaptureAnswers(const TCaptureAnswers& answers) {
     if (answers.interfaceAddresses) {
         text += std::string(addressesLine) + "\n";
         for (const TInterfaceAddress& row : *answers.interfaceAddresses) {
-            text += std::string(addressLine) + " " + Escape(row.interface) + " " +
+            text += std::string(addressLine) + " " + Escape(row.interface.value_or("")) + " " +
                     FormatAddress(row.address) + "\n";
         }
     }

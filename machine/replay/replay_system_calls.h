@@ -14,8 +14,10 @@ class TReplaySystemCalls final : public ISystemCalls {
         : files_(files), answers_(ReadCaptureAnswers(files)) {}
 
     const TCaptureAnswers& GetAnswers() const { return answers_.value; }
-    /// Returns the path and the cause if the tree has answers that cannot be read; empty otherwise.
-    const std::string& GetAnswersError() const { return answers_.error; }
+    /// Returns the path and the cause if the tree has answers that cannot be read; nullopt otherwise.
+    std::optional<std::string> FindAnswersError() const {
+        return answers_.IsOk() ? std::nullopt : std::optional(answers_.error);
+    }
 
     // A tree that another tool copied has no answers, but has some of them in its files.
 

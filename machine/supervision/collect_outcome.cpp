@@ -33,7 +33,7 @@ bool TCollectOutcome::HasGaps() const {
 TCollectOutcome CombineReports(std::span<const TCollectReport> reports) {
     TCollectOutcome outcome;
     for (const TCollectReport& report : reports) {
-        outcome.failedCollectors += report.failure.empty() ? 0U : 1U;
+        outcome.failedCollectors += report.failure ? 1U : 0U;
         outcome.replacedBytes += report.replacedBytes;
         Append(outcome.deniedSources, report.deniedSources);
         Append(outcome.failedSources, report.failedSources);

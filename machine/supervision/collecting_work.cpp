@@ -71,8 +71,8 @@ void Send(ECollectionMessage kind, std::string_view bytes) {
 }
 
 // The process that collects is left out of the processes of the machine.
-std::string OwnEntry(const TMachineOptions& options) {
-    return IsLiveMachine(options) ? "/proc/" + std::to_string(::getpid()) : std::string();
+std::optional<std::string> FindOwnEntry(const TMachineOptions& options) {
+    return IsLiveMachine(options) ? std::optional("/proc/" + std::to_string(::getpid())) : std::nullopt;
 }
 
 // The doors to the machine. Each passes accesses on to the one that is declared before it.
@@ -80,7 +80,7 @@ class TDoors {
   public:
     TDoors(const TCollectionTask& task, const TMachineDoor& machine, TAccessPlace& place)
         : collects_(task.collects),
-          watched_(machine.GetFiles(), place, task.unanswered, OwnEntry(task.options)),
+          watched_(machine.GetFiles(), place, task.unanswered, FindOwnEntry(task.options)),
           responses_(watched_, TRequestLog::EKept::requestsAndResponses),
           capturing_(responses_),
           requests_(capturing_, TRequestLog::EKept::requests),
@@ -113,8 +113,8 @@ class TDoors {
 };
 
 void RequireEssentials(const TCollectionTask& task, const TCollectReport& report) {
-    if (!report.essentialFailure.empty()) {
-        throw TRunFailure("cannot collect from " + task.options.sysroot + ": " + report.essentialFailure);
+    if (report.essentialFailure) {
+        throw TRunFailure("cannot collect from " + task.options.sysroot + ": " + *report.essentialFailure);
     }
 }
 

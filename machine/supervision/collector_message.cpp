@@ -150,6 +150,17 @@ std::vector<std::string> ReadTexts(TMessageReader& message) {
     return texts;
 }
 
+void WriteOptionalText(const std::optional<std::string>& text, TMessageWriter& message) {
+    message.WriteNumber(text ? 1 : 0);
+    if (text) {
+        message.WriteText(*text);
+    }
+}
+
+std::optional<std::string> ReadOptionalText(TMessageReader& message) {
+    return message.ReadNumber() == 0 ? std::nullopt : std::optional(std::string(message.ReadText()));
+}
+
 }  // namespace
 
 void TInstancesWriter::WriteNew(const TCollector& collector, TMessageWriter& message) {
@@ -183,11 +194,11 @@ void ReadInstances(const TCollector& collector, TMessageReader& message, TMemory
 }
 
 void WriteReport(const TCollectReport& report, TMessageWriter& message) {
-    message.WriteText(report.failure);
+    WriteOptionalText(report.failure, message);
     WriteTexts(report.deniedSources, message);
     WriteTexts(report.failedSources, message);
     WriteTexts(report.timedOutSources, message);
-    message.WriteText(report.essentialFailure);
+    WriteOptionalText(report.essentialFailure, message);
     WriteTexts(report.notes, message);
     WriteTexts(report.warnings, message);
     message.WriteNumber(report.instances);
@@ -198,11 +209,11 @@ void WriteReport(const TCollectReport& report, TMessageWriter& message) {
 TCollectReport ReadReport(const TCollector& collector, TMessageReader& message) {
     TCollectReport report;
     report.collector = collector.name;
-    report.failure = message.ReadText();
+    report.failure = ReadOptionalText(message);
     report.deniedSources = ReadTexts(message);
     report.failedSources = ReadTexts(message);
     report.timedOutSources = ReadTexts(message);
-    report.essentialFailure = message.ReadText();
+    report.essentialFailure = ReadOptionalText(message);
     report.notes = ReadTexts(message);
     report.warnings = ReadTexts(message);
     report.instances = message.ReadNumber();

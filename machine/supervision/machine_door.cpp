@@ -76,8 +76,8 @@ void RequireOpen(const TRootedFiles& files) {
 
 // Without the recorded answers, the tree would produce the inventory of a different machine.
 void RequireAnswers(const TRootedFiles& files, const TReplaySystemCalls& calls) {
-    if (!calls.GetAnswersError().empty()) {
-        throw TRunFailure("cannot collect from " + files.GetRoot() + ": " + calls.GetAnswersError());
+    if (const auto error = calls.FindAnswersError()) {
+        throw TRunFailure("cannot collect from " + files.GetRoot() + ": " + *error);
     }
 }
 

@@ -112,8 +112,7 @@ class TSupervision {
             return false;
         }
         const TWorker& newest = *workers_.back();
-        return newest.isDone || TClock::now() >= *end_ + grace ||
-               !newest.process.GetPlace().GetPath().empty();
+        return newest.isDone || TClock::now() >= *end_ + grace || newest.process.GetPlace().FindPath();
     }
 
     void Start() {
@@ -191,9 +190,9 @@ class TSupervision {
         }
         const auto now = TClock::now();
         const auto left = *end_ - now;
-        const std::string path = place.GetPath();
-        if (!path.empty() && now - progress_.stepSince >= Share(left, shareOfAccess, longestAccess)) {
-            RestartWithoutPath(path, *progress_.collector);
+        const auto path = place.FindPath();
+        if (path && now - progress_.stepSince >= Share(left, shareOfAccess, longestAccess)) {
+            RestartWithoutPath(*path, *progress_.collector);
         } else if (now - progress_.collectorSince >= Share(left, shareOfCollector, longestCollector)) {
             RestartAfter(*progress_.collector);
         }
@@ -221,21 +220,21 @@ class TSupervision {
         for (const auto& worker : workers_) {
             const TAccessPlace& place = worker->process.GetPlace();
             if (!worker->isDone && place.HasTask()) {
-                pendingPaths_.emplace(place.GetTask(), place.GetPath());
+                pendingPaths_.emplace(place.GetTask(), place.FindPath());
             }
         }
         if (!workers_.front()->process.GetPlace().HasTask()) {
-            FailToOpen(workers_.front()->process.GetPlace().GetPath());
+            FailToOpen(workers_.front()->process.GetPlace().FindPath());
         }
         if (preview_) {
             ForEachLaterResult(preview_);
         }
     }
 
-    [[noreturn]] void FailToOpen(const std::string& path) {
+    [[noreturn]] void FailToOpen(const std::optional<std::string>& path) {
         workers_.clear();
         throw TRunFailure("cannot collect from " + task_.options.sysroot + ": no answer within " +
-                          DescribeSeconds(*task_.options.deadline) + (path.empty() ? "" : " from " + path));
+                          DescribeSeconds(*task_.options.deadline) + (path ? " from " + *path : ""));
     }
 
     template <typename TVisit>
@@ -273,8 +272,8 @@ class TSupervision {
         report.collector = task_.collectors[collector].name;
         report.failure = "not finished within " + DescribeSeconds(*task_.options.deadline);
         const auto path = pendingPaths_.find(collector);
-        if (path != pendingPaths_.end() && !path->second.empty()) {
-            report.timedOutSources.push_back(path->second);
+        if (path != pendingPaths_.end() && path->second) {
+            report.timedOutSources.push_back(*path->second);
         }
         return report;
     }
@@ -282,11 +281,12 @@ class TSupervision {
     TCollectionTask task_;
     TTake take_;
     TPreview preview_;
-    std::optional<TClock::time_point> end_;            // absent without a deadline
-    std::vector<std::unique_ptr<TWorker>> workers_;    // each refuses the paths that earlier ones wait for
-    TProgress progress_;                               // progress of the last worker
-    std::map<std::size_t, std::size_t> stalls_;        // number of stalled paths by collector
-    std::map<std::size_t, std::string> pendingPaths_;  // by collector; recorded at the deadline
+    std::optional<TClock::time_point> end_;          // absent without a deadline
+    std::vector<std::unique_ptr<TWorker>> workers_;  // each refuses the paths that earlier ones wait for
+    TProgress progress_;                             // progress of the last worker
+    std::map<std::size_t, std::size_t> stalls_;      // number of stalled paths by collector
+    // By collector, recorded at the deadline; absent if the process was between two accesses.
+    std::map<std::size_t, std::optional<std::string>> pendingPaths_;
     TSupervisedCollection collected_;
 };
 

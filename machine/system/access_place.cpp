@@ -11,4 +11,9 @@ void TAccessPlace::EnterAccess(std::string_view path) {
     Step();
 }
 
+std::optional<std::string> TAccessPlace::FindPath() const {
+    const std::size_t length = length_.load(std::memory_order_acquire);
+    return length == 0 ? std::nullopt : std::optional(std::string(path_.data(), length));
+}
+
 }  // namespace NVORHOST

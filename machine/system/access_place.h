@@ -6,6 +6,7 @@
 #include <atomic>
 #include <climits>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -31,9 +32,9 @@ class TAccessPlace {
     /// True after the first task was entered.
     bool HasTask() const { return taskAfter_.load(std::memory_order_relaxed) != 0; }
     std::uint32_t GetTask() const { return taskAfter_.load(std::memory_order_relaxed) - 1; }
-    /// Returns the path of the access under way; empty without one. Valid only if GetStep returns the same
-    /// value before and after the call.
-    std::string GetPath() const { return {path_.data(), length_.load(std::memory_order_acquire)}; }
+    /// Returns the path of the access under way; nullopt if there is none. Valid only if GetStep returns the
+    /// same value before and after the call.
+    std::optional<std::string> FindPath() const;
 
   private:
     void Step() { step_.fetch_add(1, std::memory_order_release); }

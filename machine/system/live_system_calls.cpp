@@ -44,10 +44,10 @@ std::string BytesOf(const TAddress& address) {
     return {reinterpret_cast<const char*>(&address), sizeof(address)};  // NOLINT(*-reinterpret-cast)
 }
 
-// Returns the bytes of the address; empty for addresses of other families.
-std::string AddressOf(const sockaddr* address) {
+// Returns the bytes of the address; nullopt for addresses of other families.
+std::optional<std::string> FindAddress(const sockaddr* address) {
     if (address == nullptr) {
-        return {};
+        return std::nullopt;
     }
     // The family determines the type of the structure.
     switch (address->sa_family) {
@@ -56,7 +56,7 @@ std::string AddressOf(const sockaddr* address) {
         case AF_INET6:
             return BytesOf(reinterpret_cast<const sockaddr_in6*>(address)->sin6_addr);  // NOLINT(*-cast)
         default:
-            return {};
+            return std::nullopt;
     }
 }
 
@@ -139,9 +139,8 @@ std::optional<std::vector<TInterfaceAddress>> TLiveSystemCalls::ReadInterfaceAdd
     const std::unique_ptr<ifaddrs, TFreeAddresses> owner(first);
     std::vector<TInterfaceAddress> addresses;
     for (const ifaddrs* row = first; row != nullptr; row = row->ifa_next) {
-        std::string address = AddressOf(row->ifa_addr);
-        if (!address.empty()) {
-            addresses.push_back({InterfaceOf(row->ifa_name), std::move(address)});
+        if (auto address = FindAddress(row->ifa_addr)) {
+            addresses.push_back({InterfaceOf(row->ifa_name), std::move(*address)});
         }
     }
     return addresses;

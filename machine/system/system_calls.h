@@ -12,8 +12,8 @@ namespace NVORHOST {
 
 /// An address of a network interface.
 struct TInterfaceAddress {
-    std::string interface;
-    std::string address;  ///< 4 or 16 bytes in network order
+    std::optional<std::string> interface;  ///< absent if the source does not name it
+    std::string address;                   ///< 4 or 16 bytes in network order
 };
 
 /// The size of a mounted file system.

@@ -29,9 +29,9 @@ TReadResult<std::string> TWatchedFiles::ReadBytes(std::string_view path, std::si
 
 TReadResult<std::vector<std::string>> TWatchedFiles::List(std::string_view path) const {
     auto list = Watch<std::vector<std::string>>(path, [&] { return files_.List(path); });
-    if (!hidden_.empty() && hidden_.starts_with(path)) {
+    if (hidden_ && hidden_->starts_with(path)) {
         std::erase_if(list.value,
-                      [&](const std::string& name) { return std::string(path) + "/" + name == hidden_; });
+                      [&](const std::string& name) { return std::string(path) + "/" + name == *hidden_; });
     }
     return list;
 }

@@ -5,6 +5,7 @@
 #include "machine/system/access_place.h"
 #include "machine/system/system_files.h"
 
+#include <optional>
 #include <set>
 #include <string>
 #include <utility>
@@ -18,9 +19,9 @@ class TWatchedFiles final : public ISystemFiles {
   public:
     /// Every access to a path in `unanswered` ends at once as `timedOut`. `files`, `place` and `unanswered`
     /// must outlive this object. Lists leave out the entry with the path `hidden`, which is that of the
-    /// observing process; empty for none.
+    /// observing process.
     TWatchedFiles(const ISystemFiles& files, TAccessPlace& place, const TUnansweredPaths& unanswered,
-                  std::string hidden = {})
+                  std::optional<std::string> hidden = std::nullopt)
         : files_(files), place_(place), unanswered_(unanswered), hidden_(std::move(hidden)) {}
 
     TReadResult<std::string> ReadText(std::string_view path) const override;
@@ -41,7 +42,7 @@ class TWatchedFiles final : public ISystemFiles {
     const ISystemFiles& files_;
     TAccessPlace& place_;
     const TUnansweredPaths& unanswered_;
-    std::string hidden_;
+    std::optional<std::string> hidden_;
     mutable TUnansweredPaths timedOut_;  // reading is const: it does not change the machine
 };
 

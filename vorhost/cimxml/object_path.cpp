@@ -55,8 +55,8 @@ void AppendKey(const TPathKey& key, std::string& text) {
 }
 
 void AppendNamespace(const TObjectPath& path, std::string& text) {
-    if (!path.host.empty()) {
-        text.append(hostMark).append(path.host).append("/");
+    if (path.host) {
+        text.append(hostMark).append(*path.host).append("/");
     }
     for (std::size_t i = 0; i < path.namespaces.size(); ++i) {
         text.append(i > 0 ? "/" : "").append(path.namespaces[i]);
@@ -119,14 +119,14 @@ bool TakeHost(TPathCursor& cursor, TObjectPath& path) {
     if (!cursor.Take(hostMark)) {
         return true;
     }
-    path.host = cursor.TakeBefore('/').value_or("");
-    return IsHostName(path.host);
+    path.host = cursor.TakeBefore('/');
+    return path.host && IsHostName(*path.host);
 }
 
 // A colon before the first quote ends the namespace, because class names, key names and unquoted values do
 // not contain colons.
 bool TakeNamespaces(std::string_view text, TPathCursor& cursor, TObjectPath& path) {
-    if (path.host.empty() && text.substr(0, text.find('"')).find(':') == std::string_view::npos) {
+    if (!path.host && text.substr(0, text.find('"')).find(':') == std::string_view::npos) {
         return true;
     }
     const auto whole = cursor.TakeBefore(':');

@@ -27,7 +27,7 @@ struct TPathKey {
 };
 
 struct TObjectPath {
-    std::string host;                     ///< empty if the path has none
+    std::optional<std::string> host;
     std::vector<std::string> namespaces;  ///< "root", "cimv2"; required with a host
     std::string className;
     bool isInstance = false;

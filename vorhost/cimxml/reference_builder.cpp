@@ -80,10 +80,11 @@ void TReferenceBuilder::Open() {
 }
 
 void TReferenceBuilder::SetHost(std::string_view host) {
-    Innermost().path.host = TrimXmlSpace(host);
-    if (!IsHostName(Innermost().path.host)) {
+    const std::string_view trimmed = TrimXmlSpace(host);
+    if (!IsHostName(trimmed)) {
         throw TDocumentCause(Quote(host) + " is not a valid host");
     }
+    Innermost().path.host = trimmed;
 }
 
 void TReferenceBuilder::AddNamespace(std::string_view steps) {
@@ -172,7 +173,7 @@ void TReferenceBuilder::RequireNamespace() {
 }
 
 void TReferenceBuilder::RequireHost() {
-    if (Innermost().path.host.empty()) {
+    if (!Innermost().path.host) {
         throw TDocumentCause("object path without a host");
     }
 }

@@ -157,14 +157,13 @@ class TValueWriter {
         if (path.namespaces.empty()) {
             return {};
         }
-        return std::string(path.host.empty() ? "LOCAL" : "") +
-               (path.isInstance ? "INSTANCEPATH" : "CLASSPATH");
+        return std::string(path.host ? "" : "LOCAL") + (path.isInstance ? "INSTANCEPATH" : "CLASSPATH");
     }
 
     void WriteNamespacePath(const TObjectPath& path) {
-        if (!path.host.empty()) {
+        if (path.host) {
             out_.Markup("<NAMESPACEPATH><HOST>");
-            out_.Text(path.host);
+            out_.Text(*path.host);
             out_.Markup("</HOST>");
         }
         out_.Markup("<LOCALNAMESPACEPATH>");
@@ -174,7 +173,7 @@ class TValueWriter {
             out_.Markup("/>");
         }
         out_.Markup("</LOCALNAMESPACEPATH>");
-        if (!path.host.empty()) {
+        if (path.host) {
             out_.Markup("</NAMESPACEPATH>");
         }
     }

@@ -4,6 +4,7 @@
 #include "machine/parse/proc_net.h"
 
 #include <algorithm>
+#include <functional>
 #include <tuple>
 #include <utility>
 
@@ -17,7 +18,7 @@ TAddresses ReadAddressesOfTree(const ISystemFiles& files) {
     TAddresses addresses;
     const auto routes = ParseIpv4Routes(files.ReadText("/proc/net/route").value);
     for (const std::string& address : ParseLocalIpv4Addresses(files.ReadText("/proc/net/fib_trie").value)) {
-        addresses.push_back({FindInterface(routes, address).value_or(""), address});
+        addresses.push_back({FindInterface(routes, address), address});
     }
     for (const TIpv6Interface& row : ParseIpv6Interfaces(files.ReadText("/proc/net/if_inet6").value)) {
         addresses.push_back({row.interface, row.address});
@@ -28,8 +29,7 @@ TAddresses ReadAddressesOfTree(const ISystemFiles& files) {
 // The kernel lists an address once per network that it belongs to.
 void SortAndDeduplicate(TAddresses& addresses) {
     const auto order = [](const TInterfaceAddress& row) {
-        return std::make_tuple(std::string_view(row.interface), row.address.size(),
-                               std::string_view(row.address));
+        return std::make_tuple(std::cref(row.interface), row.address.size(), std::string_view(row.address));
     };
     std::ranges::sort(addresses, {}, order);
     const auto isSame = [&](const auto& a, const auto& b) { return order(a) == order(b); };
@@ -43,7 +43,7 @@ std::vector<TAddressPlace> ReadAddressPlaces(TCollection& collection) {
     std::vector<TAddressPlace> places;
     for (TInterfaceAddress& row : addresses) {
         if (auto text = FormatIpAddress(row.address)) {
-            std::string name = row.interface.empty() ? *text : row.interface + " " + *text;
+            std::string name = row.interface ? *row.interface + " " + *text : *text;
             places.push_back(
                 {std::move(row.interface), std::move(row.address), std::move(*text), std::move(name)});
         }

@@ -5,6 +5,7 @@
 #include "machine/system/system_calls.h"
 
 #include <array>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,9 +17,9 @@ class TCollection;
 inline constexpr std::string_view ipEndpointClassName = "KELSG_IPProtocolEndpoint";
 
 /// An address of an interface. Without the answers of system calls, the interface of an IPv4 address that no
-/// route covers is empty.
+/// route covers is absent.
 struct TAddressPlace {
-    std::string interface;
+    std::optional<std::string> interface;
     std::string bytes;  ///< 4 or 16 in network order
     std::string text;   ///< "10.0.0.5"
     std::string name;   ///< ElementName of its instance: interface and address

@@ -38,9 +38,9 @@ TIpEndpoint MakeEndpoint(const ISystemFiles& files, const TAddressPlace& place) 
     endpoint.elementName = place.name;
     endpoint.description = isIpv4 ? "IPv4 address" : "IPv6 address";
     (isIpv4 ? endpoint.ipv4Address : endpoint.ipv6Address) = place.text;
-    if (!place.interface.empty()) {
-        *endpoint.description += " of " + place.interface;
-        const auto state = ReadAttribute(files, "/sys/class/net/" + place.interface + "/operstate");
+    if (place.interface) {
+        *endpoint.description += " of " + *place.interface;
+        const auto state = ReadAttribute(files, "/sys/class/net/" + *place.interface + "/operstate");
         endpoint.operationalStatus = FindInterfaceStatus(state.value_or(""));
     }
     return endpoint;

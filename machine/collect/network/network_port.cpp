@@ -377,7 +377,8 @@ std::optional<TPort> FindPort(const ISystemFiles& files, const std::string& name
 void CommitAddresses(TCollection& collection,
                      const std::map<std::string, TCimReference, std::less<>>& references) {
     for (const TAddressPlace& place : GetAddressPlaces(collection)) {
-        if (const auto port = references.find(place.interface); port != references.end()) {
+        const auto port = place.interface ? references.find(*place.interface) : references.end();
+        if (port != references.end()) {
             collection.Commit(deviceAddressClass,
                               {port->second, TCimReference{ipEndpointClassName, "ElementName", place.name}});
         }

@@ -21,11 +21,11 @@ std::size_t CountInstances(const TMemoryNamespace& target, const TCollector& col
     return count;
 }
 
-// Returns the exception of a collector as one line; empty if it does not throw.
-std::string RunCollector(const TCollector& collector, TCollection& collection) {
+// Returns the exception of a collector as one line; nullopt if it does not throw.
+std::optional<std::string> RunCollector(const TCollector& collector, TCollection& collection) {
     try {
         collector.collect(collection);
-        return {};
+        return std::nullopt;
     } catch (const TResourcesExhausted&) {
         throw;
     } catch (const std::bad_alloc&) {
@@ -49,13 +49,13 @@ std::vector<std::string> PathsThatEnded(const std::vector<TAccessLog::TAccess>& 
     return paths;
 }
 
-std::string FindEssentialFailure(const std::vector<TAccessLog::TAccess>& accesses) {
+std::optional<std::string> FindEssentialFailure(const std::vector<TAccessLog::TAccess>& accesses) {
     for (const TAccessLog::TAccess& access : accesses) {
         if (IsInputError(access.cause) && IsEssentialSource(access.path)) {
             return access.path + ": " + std::generic_category().message(access.cause);
         }
     }
-    return {};
+    return std::nullopt;
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include <chrono>
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -23,13 +24,13 @@ namespace NVORHOST {
 /// source that collectors share is reported for the collector that read it first.
 struct TCollectReport {
     std::string_view collector;
-    std::string failure;                       ///< one line; empty if the collector did not throw
+    std::optional<std::string> failure;        ///< one line; absent if the collector did not throw
     std::vector<std::string> deniedSources;    ///< files and folders with permission denied
     std::vector<std::string> failedSources;    ///< unreadable for another reason
     std::vector<std::string> timedOutSources;  ///< no answer before the deadline
     /// The first essential source (essential_sources.h) that failed with an input error, and the cause:
-    /// "/proc/cpuinfo: Input/output error"; empty if there is none.
-    std::string essentialFailure;
+    /// "/proc/cpuinfo: Input/output error"; absent if there is none.
+    std::optional<std::string> essentialFailure;
     std::vector<std::string> notes;     ///< lines for the log: duplicate keys
     std::vector<std::string> warnings;  ///< lines for the log and the summary: malformed tables
     std::size_t instances = 0;          ///< number of instances committed to its classes

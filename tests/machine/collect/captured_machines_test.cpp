@@ -47,7 +47,7 @@ class TCapturedMachineTest : public testing::Test {
         const TReplaySystemCalls calls(files);
         Collect(files, calls, collected_);
         for (const TCollectReport& report : collected_.reports) {
-            EXPECT_EQ(report.failure, "") << report.collector;
+            EXPECT_EQ(report.failure, std::nullopt) << report.collector;
         }
     }
 

@@ -38,6 +38,15 @@ TEST(CollectorMessage, TransfersEveryMemberOfAReport) {
     EXPECT_EQ(read.duration.count(), 123456789);
 }
 
+TEST(CollectorMessage, TransfersAReportWithoutAFailure) {
+    TMessageWriter message;
+    WriteReport({}, message);
+    TMessageReader reader(message.GetBytes());
+    const TCollectReport read = ReadReport(GetCollectors().front(), reader);
+    EXPECT_EQ(read.failure, std::nullopt);
+    EXPECT_EQ(read.essentialFailure, std::nullopt);
+}
+
 // Transfers one instance with this value and returns the received value.
 TCIMValue Transfer(const TCIMValue& value) {
     const TCollector& collector = GetCollectors().front();

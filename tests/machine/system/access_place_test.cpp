@@ -15,7 +15,7 @@ class AccessPlace : public testing::Test {
 
 TEST_F(AccessPlace, StartsOutsideAnyTaskAndAccess) {
     EXPECT_FALSE(place_->HasTask());
-    EXPECT_EQ(place_->GetPath(), "");
+    EXPECT_EQ(place_->FindPath(), std::nullopt);
     EXPECT_EQ(place_->GetStep(), 0U);
 }
 
@@ -30,21 +30,21 @@ TEST_F(AccessPlace, HoldsTheTask) {
 TEST_F(AccessPlace, HoldsThePathDuringAnAccess) {
     {
         const TAccessUnderWay access(*place_, "/proc/meminfo");
-        EXPECT_EQ(place_->GetPath(), "/proc/meminfo");
+        EXPECT_EQ(place_->FindPath(), "/proc/meminfo");
     }
-    EXPECT_EQ(place_->GetPath(), "");
+    EXPECT_EQ(place_->FindPath(), std::nullopt);
 }
 
 TEST_F(AccessPlace, ReplacesALongerPath) {
     place_->EnterAccess("/a/longer/path");
     place_->EnterAccess("/a");
-    EXPECT_EQ(place_->GetPath(), "/a");
+    EXPECT_EQ(place_->FindPath(), "/a");
 }
 
 TEST_F(AccessPlace, TruncatesPathsAtPathMax) {
     const std::string path(PATH_MAX + 10, 'x');
     place_->EnterAccess(path);
-    EXPECT_EQ(place_->GetPath(), std::string(PATH_MAX, 'x'));
+    EXPECT_EQ(place_->FindPath(), std::string(PATH_MAX, 'x'));
 }
 
 TEST_F(AccessPlace, CountsEveryTaskAndEveryStartAndEndOfAnAccess) {

@@ -50,9 +50,9 @@ TEST(LiveSystemCalls, ReturnsAddressesWithTheNamesOfTheirInterfaces) {
     const auto addresses = TLiveSystemCalls().ReadInterfaceAddresses();
     ASSERT_TRUE(addresses);
     for (const TInterfaceAddress& row : *addresses) {
-        EXPECT_TRUE(row.address.size() == 4 || row.address.size() == 16) << row.interface;
-        EXPECT_FALSE(row.interface.empty());
-        EXPECT_EQ(row.interface.find(':'), std::string::npos) << row.interface;
+        ASSERT_TRUE(row.interface.has_value());
+        EXPECT_TRUE(row.address.size() == 4 || row.address.size() == 16) << *row.interface;
+        EXPECT_EQ(row.interface->find(':'), std::string::npos) << *row.interface;
     }
 }
 
