@@ -193,10 +193,10 @@ void TIdentityTexts::LearnForms(std::string_view text, ETextContext context) {
     });
 }
 
-// Returns the pseudonym of an address in text form; empty if the text is not an address.
-std::string TIdentityTexts::ReplaceAddressText(std::string_view text) const {
+// Returns the pseudonym of an address in text form; nullopt if the text is not an address.
+std::optional<std::string> TIdentityTexts::ReplaceAddressText(std::string_view text) const {
     const auto address = ParseAddress(text);
-    return address ? FormatIpAddress(pseudonyms_.ReplaceAddress(*address)).value_or("") : std::string();
+    return address ? FormatIpAddress(pseudonyms_.ReplaceAddress(*address)) : std::nullopt;
 }
 
 std::string TIdentityTexts::PseudonymOf(const TIdentity& identity) const {
@@ -205,8 +205,8 @@ std::string TIdentityTexts::PseudonymOf(const TIdentity& identity) const {
     }
     if (identity.kind == EIdentityKind::ipAddress) {
         const auto replaced = ReplaceAddressText(identity.text);
-        if (replaced.size() == identity.text.size()) {
-            return ToCanonical(replaced);
+        if (replaced && replaced->size() == identity.text.size()) {
+            return ToCanonical(*replaced);
         }
     }
     return pseudonyms_.Replace(identity.canonical);
@@ -255,11 +255,10 @@ const TIdentity* TIdentityTexts::FindWord(std::string_view text, ETextContext co
 
 std::string TIdentityTexts::ReplaceForm(std::string_view text, const TFormMatch& form) const {
     const std::string_view identity = text.substr(form.start, form.length);
-    const std::string address =
-        form.kind == EIdentityKind::ipAddress ? ReplaceAddressText(identity) : std::string();
-    return std::string(text.substr(0, form.start)) + (address.size() == identity.size()
-                                                          ? Disguise(identity, ToCanonical(address))
-                                                          : pseudonyms_.Replace(identity));
+    const auto address = form.kind == EIdentityKind::ipAddress ? ReplaceAddressText(identity) : std::nullopt;
+    const bool hasAddress = address && address->size() == identity.size();
+    return std::string(text.substr(0, form.start)) +
+           (hasAddress ? Disguise(identity, ToCanonical(*address)) : pseudonyms_.Replace(identity));
 }
 
 // NVMe writes serial number and model as hexadecimal digits of their characters, including the padding.

@@ -65,7 +65,7 @@ class TIdentityTexts {
 
     void Add(std::string_view value, EIdentityKind kind);
     void LearnAddress(std::string_view text);
-    std::string ReplaceAddressText(std::string_view text) const;
+    std::optional<std::string> ReplaceAddressText(std::string_view text) const;
     // Returns the longest identity that the text starts with, not counting the prefix of a number.
     TWordMatch MatchWord(std::string_view text, ETextContext context) const;
     std::string ReplaceWords(std::string_view text, ETextContext context) const;

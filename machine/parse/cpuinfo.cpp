@@ -2,6 +2,7 @@
 
 #include "text/find_row.h"
 #include "text/lines.h"
+#include "text/non_empty.h"
 #include "text/numbers.h"
 
 namespace NVORHOST {
@@ -24,12 +25,12 @@ struct TRow {
 constexpr TRow rows[] = {
     {"physical id", [](auto& cpu, auto value) { cpu.packageId = ParseNumber<std::uint32_t>(value); }},
     {"cpu MHz", [](auto& cpu, auto value) { cpu.clockMHz = ParseRounded(value); }},
-    {"vendor_id", [](auto& cpu, auto value) { cpu.vendor = value; }},
-    {"model name", [](auto& cpu, auto value) { cpu.model = value; }},
-    {"cpu family", [](auto& cpu, auto value) { cpu.family = value; }},
-    {"model", [](auto& cpu, auto value) { cpu.modelNumber = value; }},
-    {"stepping", [](auto& cpu, auto value) { cpu.stepping = value; }},
-    {"microcode", [](auto& cpu, auto value) { cpu.microcode = value; }},
+    {"vendor_id", [](auto& cpu, auto value) { cpu.vendor = NonEmpty(value); }},
+    {"model name", [](auto& cpu, auto value) { cpu.model = NonEmpty(value); }},
+    {"cpu family", [](auto& cpu, auto value) { cpu.family = NonEmpty(value); }},
+    {"model", [](auto& cpu, auto value) { cpu.modelNumber = NonEmpty(value); }},
+    {"stepping", [](auto& cpu, auto value) { cpu.stepping = NonEmpty(value); }},
+    {"microcode", [](auto& cpu, auto value) { cpu.microcode = NonEmpty(value); }},
     {"cpu cores", [](auto& cpu, auto value) { cpu.coreCount = ParseNumber<std::uint16_t>(value); }},
     {"flags",
      [](auto& cpu, auto value) {

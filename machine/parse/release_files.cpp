@@ -2,6 +2,7 @@
 
 #include "text/ascii.h"
 #include "text/lines.h"
+#include "text/non_empty.h"
 
 namespace NVORHOST {
 namespace {
@@ -14,17 +15,13 @@ bool IsVersion(std::string_view word) {
     return !word.empty() && IsDigit(word.front());
 }
 
-std::optional<std::string> NonEmpty(std::string_view text) {
-    return text.empty() ? std::nullopt : std::optional<std::string>(text);
-}
-
-// Returns the value of the last line "KEY = value"; empty without one.
-std::string_view FindValue(std::string_view text, std::string_view key) {
-    std::string_view found;
+// Returns the value of the last line "KEY = value"; nullopt if there is no such line or its value is empty.
+std::optional<std::string> FindValue(std::string_view text, std::string_view key) {
+    std::optional<std::string> found;
     ForEachLine(text, [&](std::string_view line) {
         const auto [name, value] = SplitAt(line, '=');
         if (TrimBlanks(name) == key) {
-            found = TrimBlanks(value);
+            found = NonEmpty(TrimBlanks(value));
         }
     });
     return found;
@@ -47,12 +44,12 @@ TOsRelease ParseRedHatRelease(std::string_view text) {
 TOsRelease ParseSuseRelease(std::string_view text) {
     TOsRelease release;
     release.prettyName = NonEmpty(FirstLine(text));
-    const std::string_view version = FindValue(text, "VERSION");
-    const std::string_view patchLevel = FindValue(text, "PATCHLEVEL");
-    if (IsVersion(version)) {
-        release.versionId = std::string(version);
-        if (IsVersion(patchLevel) && patchLevel != "0") {
-            *release.versionId += "." + std::string(patchLevel);
+    const auto version = FindValue(text, "VERSION");
+    const auto patchLevel = FindValue(text, "PATCHLEVEL");
+    if (version && IsVersion(*version)) {
+        release.versionId = *version;
+        if (patchLevel && IsVersion(*patchLevel) && patchLevel != "0") {
+            *release.versionId += "." + *patchLevel;
         }
     }
     return release;

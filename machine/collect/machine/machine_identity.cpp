@@ -184,8 +184,8 @@ void FillFromAcpi(TCollection& collection, TMachineIdentity& identity) {
 
 void FillFromProcessor(TCollection& collection, TMachineIdentity& identity) {
     const auto& processors = GetLogicalProcessors(collection);
-    if (!processors.empty() && !processors.front().model.empty()) {
-        SetIfAbsent(identity.product, processors.front().model + " computer");
+    if (!processors.empty() && processors.front().model) {
+        SetIfAbsent(identity.product, *processors.front().model + " computer");
     } else if (const auto architecture = collection.GetCalls().ReadArchitecture()) {
         SetIfAbsent(identity.product, *architecture + " computer");
     } else {

@@ -108,8 +108,8 @@ constexpr std::uint32_t loopbackType = 772;
 struct TPort {
     const ISystemFiles& files;
     std::string name;
-    std::string folder;      // "/sys/class/net/eth0/"
-    std::string devicePath;  // empty for a port without a device and for trees without links
+    std::string folder;                     // "/sys/class/net/eth0/"
+    std::optional<std::string> devicePath;  // absent for a port without a device and in trees without links
     std::uint32_t hardwareType = 0;
     bool hasDevice = false;
     std::string uevent;
@@ -217,7 +217,8 @@ std::optional<std::uint16_t> FindTechnology(const TPort& port) {
     return std::nullopt;
 }
 
-// "52:54:00:b2:00:01" as "525400B20001", the form of CIM addresses; nullopt if it is all zeros or malformed.
+// Converts "52:54:00:b2:00:01" to "525400B20001", the form of CIM addresses; nullopt for all zeros and for a
+// malformed address.
 std::optional<std::string> ToCimAddress(std::string_view text) {
     std::string digits;
     std::ranges::copy_if(text, std::back_inserter(digits), [](char c) { return c != ':'; });
@@ -317,7 +318,7 @@ void SetIdentifyingInfo(const TPort& port, TNetworkPort& record) {
             values.push_back(std::move(*value));
         }
     };
-    add("PCI function", FindPciFunction(port.devicePath));
+    add("PCI function", port.devicePath ? FindPciFunction(*port.devicePath) : std::nullopt);
     add("Driver", ReadLinkedName(port.files, port.folder + "device/driver"));
     add(DescribeMaster(port), ReadLinkedName(port.files, port.folder + "master"));
     for (std::string& lower : ListLowerPorts(port)) {
@@ -331,7 +332,7 @@ void SetIdentifyingInfo(const TPort& port, TNetworkPort& record) {
 
 // Ports of one device are numbered by `dev_port`, from 0.
 std::string MakePosition(const TPort& port) {
-    const auto position = ReadDevicePosition(port.files, port.devicePath);
+    const auto position = port.devicePath ? ReadDevicePosition(port.files, *port.devicePath) : std::nullopt;
     if (!position) {
         return port.name;
     }
@@ -368,7 +369,7 @@ std::optional<TPort> FindPort(const ISystemFiles& files, const std::string& name
     if (!type || *type == loopbackType) {
         return std::nullopt;
     }
-    TPort port{files, name, entry + "/", FindEntryDevice(files, entry).value_or(""), *type, false, {}};
+    TPort port{files, name, entry + "/", FindEntryDevice(files, entry), *type, false, {}};
     port.hasDevice = port.Has("device");
     port.uevent = files.ReadText(entry + "/uevent").value;
     return port;

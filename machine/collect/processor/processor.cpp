@@ -69,9 +69,9 @@ std::vector<TSmbiosProcessor> ReadSockets(TCollection& collection) {
 
 std::string DescribeModel(const TLogicalProcessor& info) {
     std::string description = "Central processor";
-    if (!info.vendor.empty() && !info.family.empty()) {
-        description += ", " + info.vendor + " family " + info.family + " model " + info.modelNumber +
-                       " stepping " + info.stepping;
+    if (info.vendor && info.family) {
+        description += ", " + *info.vendor + " family " + *info.family + " model " +
+                       info.modelNumber.value_or("") + " stepping " + info.stepping.value_or("");
     }
     return description;
 }
@@ -88,9 +88,7 @@ void SetFromPackage(const TProcessorPackage& package, TProcessor& processor) {
 }
 
 void SetFromInfo(const TLogicalProcessor& info, TProcessor& processor) {
-    if (!info.model.empty()) {
-        processor.elementName = info.model;
-    }
+    processor.elementName = info.model;
     processor.description = DescribeModel(info);
     processor.stepping = info.stepping;
 }

@@ -23,16 +23,18 @@ constexpr std::string_view blockFolder = "/sys/block/";
 struct TBlockDevice {
     const ISystemFiles& files;
     std::string kernelName;
-    std::string path;        // "/sys/block/sda"
-    std::string devicePath;  // path below /sys/devices; empty if the tree has no links
+    std::string path;                       // "/sys/block/sda"
+    std::optional<std::string> devicePath;  // path below /sys/devices; absent if the tree has no links
     std::optional<std::string> scsiHostDriver;
 
     std::optional<std::string> Read(std::string_view attribute) const {
         return ReadAttribute(files, path + "/" + std::string(attribute));
     }
-    bool IsBelow(std::string_view part) const { return devicePath.starts_with(part); }
+    bool IsBelow(std::string_view part) const { return devicePath && devicePath->starts_with(part); }
     // True if the name of a folder on the path begins with `prefix`, which starts with a slash.
-    bool IsBelowFolder(std::string_view prefix) const { return devicePath.find(prefix) != std::string::npos; }
+    bool IsBelowFolder(std::string_view prefix) const {
+        return devicePath && devicePath->find(prefix) != std::string::npos;
+    }
 };
 
 TScsiDevice ToScsi(const TBlockDevice& device) {
@@ -286,7 +288,7 @@ void ReadSizes(const TBlockDevice& device, TDisk& disk) {
 
 std::optional<TKeyedRecord<TDisk>> ReadDisk(const ISystemFiles& files, const std::string& kernelName) {
     const std::string path = std::string(blockFolder) + kernelName;
-    TBlockDevice device{files, kernelName, path, FindEntryDevice(files, path).value_or(""), {}};
+    TBlockDevice device{files, kernelName, path, FindEntryDevice(files, path), {}};
     if (IsMadeByKernel(device)) {
         return std::nullopt;
     }
@@ -297,7 +299,8 @@ std::optional<TKeyedRecord<TDisk>> ReadDisk(const ISystemFiles& files, const std
     device.scsiHostDriver = ReadScsiHostDriver(ToScsi(device));
     TDisk disk;
     disk.kernelName = kernelName;
-    disk.position = ReadDevicePosition(files, device.devicePath).value_or(kernelName);
+    const auto position = device.devicePath ? ReadDevicePosition(files, *device.devicePath) : std::nullopt;
+    disk.position = position.value_or(kernelName);
     disk.transport = kind->findTransport(device);
     disk.model = kind->readModel(device);
     disk.backing = FindBacking(*kind, device, disk.model);

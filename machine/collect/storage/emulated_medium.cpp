@@ -56,7 +56,7 @@ bool IsManagementVendor(const ISystemFiles& files, const std::string& usbDevice)
 
 bool IsEmulatedMedium(const TScsiDevice& device, const std::optional<std::string>& model) {
     const auto usbDevice = FindUsbDeviceFolder(device);
-    if (!usbDevice && !device.devicePath.empty()) {
+    if (!usbDevice && device.devicePath) {
         return false;
     }
     const auto isModel = [&](std::string_view words) { return model && HasWordsOf(*model, words); };

@@ -5,6 +5,7 @@
 #include "machine/collect/frame/kernel_name.h"
 #include "machine/parse/placeholders.h"
 #include "machine/parse/scsi_vpd.h"
+#include "text/non_empty.h"
 #include "text/numbers.h"
 
 #include <algorithm>
@@ -29,10 +30,6 @@ std::string Join(const std::optional<std::string>& first, const std::optional<st
         joined += (joined.empty() ? "" : " ") + *second;
     }
     return joined;
-}
-
-std::optional<std::string> NonEmpty(std::string text) {
-    return text.empty() ? std::nullopt : std::optional(std::move(text));
 }
 
 std::string_view LastName(std::string_view path) {
@@ -98,6 +95,10 @@ std::optional<std::string> ToText(std::optional<std::string_view> path) {
     return path ? std::optional<std::string>(*path) : std::nullopt;
 }
 
+std::string_view PathOf(const TScsiDevice& device) {
+    return device.devicePath ? std::string_view(*device.devicePath) : std::string_view();
+}
+
 struct TTransport {
     std::string_view part;  // part of a device path that identifies the transport
     std::string_view name;
@@ -113,7 +114,7 @@ constexpr TTransport transports[] = {
 }  // namespace
 
 TScsiDevice FindScsiDevice(const ISystemFiles& files, const std::string& entry) {
-    return {files, entry + "/device", FindEntryDevice(files, entry).value_or("")};
+    return {files, entry + "/device", FindEntryDevice(files, entry)};
 }
 
 std::optional<std::string> ReadScsiModel(const TScsiDevice& device) {
@@ -152,7 +153,7 @@ std::optional<std::string> ReadScsiIdentity(const TScsiDevice& device) {
 
 std::string FindScsiTransport(const TScsiDevice& device) {
     for (const TTransport& row : transports) {
-        if (device.devicePath.find(row.part) != std::string::npos) {
+        if (PathOf(device).find(row.part) != std::string_view::npos) {
             return std::string(row.name);
         }
     }
@@ -161,19 +162,19 @@ std::string FindScsiTransport(const TScsiDevice& device) {
 }
 
 std::optional<std::string> FindUsbDeviceFolder(const TScsiDevice& device) {
-    return ToText(FindFolder(device.devicePath, IsUsbDeviceName));
+    return ToText(FindFolder(PathOf(device), IsUsbDeviceName));
 }
 
 std::optional<std::string> FindAtaPortFolder(const TScsiDevice& device) {
-    return ToText(FindFolder(device.devicePath, IsAtaPortName));
+    return ToText(FindFolder(PathOf(device), IsAtaPortName));
 }
 
 std::optional<std::string> FindSasDeviceFolder(const TScsiDevice& device) {
-    return ToText(FindFolder(device.devicePath, IsSasDeviceName));
+    return ToText(FindFolder(PathOf(device), IsSasDeviceName));
 }
 
 std::optional<std::string> ReadScsiHostDriver(const TScsiDevice& device) {
-    const auto host = FindFolder(device.devicePath, IsHostName);
+    const auto host = FindFolder(PathOf(device), IsHostName);
     if (!host) {
         return std::nullopt;
     }
@@ -188,7 +189,7 @@ std::optional<std::string> ReadScsiHostDriver(const TScsiDevice& device) {
 }
 
 std::optional<std::string> FindScsiAddress(const TScsiDevice& device) {
-    const auto folder = FindFolder(device.devicePath, IsScsiAddress);
+    const auto folder = FindFolder(PathOf(device), IsScsiAddress);
     return folder ? std::optional<std::string>(LastName(*folder)) : std::nullopt;
 }
 

@@ -14,8 +14,8 @@ namespace NVORHOST {
 struct TScsiDevice {
     const ISystemFiles& files;
     std::string folder;  ///< folder of the attributes: "/sys/block/sda/device"
-    std::string
-        devicePath;  ///< path of the node below /sys/devices: ".../0:0:0:0/block/sda"; empty if unknown
+    /// Path of the node below /sys/devices: ".../0:0:0:0/block/sda"; absent in a tree without links.
+    std::optional<std::string> devicePath;
 };
 
 /// Returns the device of the class entry `entry`, such as "/sys/block/sr0".

@@ -38,8 +38,8 @@ TEST(ParseCpuInfo, ReadsEachProcessorsBlock) {
     EXPECT_EQ(processors[1].number, 1U);
     EXPECT_EQ(processors[1].packageId, 1U);
     EXPECT_EQ(processors[1].clockMHz, std::nullopt);
-    EXPECT_EQ(processors[1].model, "");
-    EXPECT_EQ(processors[1].microcode, "");
+    EXPECT_EQ(processors[1].model, std::nullopt);
+    EXPECT_EQ(processors[1].microcode, std::nullopt);
     EXPECT_EQ(processors[1].coreCount, std::nullopt);
 }
 
@@ -49,6 +49,11 @@ TEST(ParseCpuInfo, ReadsTheLongModeFlagAsAWholeWord) {
     EXPECT_EQ(processors[1].isLongModeCapable, false);
     EXPECT_EQ(ParseCpuInfo("processor: 0\n")[0].isLongModeCapable, std::nullopt);
     EXPECT_EQ(ParseCpuInfo("processor: 0\nflags: fpu lm")[0].isLongModeCapable, true);
+}
+
+TEST(ParseCpuInfo, TreatsAnEmptyValueAsAbsent) {
+    EXPECT_EQ(ParseCpuInfo("processor : 0\nmodel name : \n")[0].model, std::nullopt);
+    EXPECT_EQ(ParseCpuInfo("processor : 0\nvendor_id :\n")[0].vendor, std::nullopt);
 }
 
 TEST(ParseCpuInfo, SkipsLinesBeforeTheFirstProcessor) {
