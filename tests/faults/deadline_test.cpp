@@ -53,7 +53,7 @@ class TDeadline : public testing::Test {
 
     std::string Tree() const { return folder_ / "tree"; }
 
-    // In a directory of its own, named "target" by default.
+    // Runs in a separate directory, named "target" by default.
     TProgramRun Command(std::vector<std::string> arguments, const std::string& directory = "target") const {
         fs::create_directory(folder_ / directory);
         for (const std::string& argument :
@@ -123,8 +123,8 @@ class TDeadlineOfCollectors : public TDeadline {
   protected:
     TDeadlineOfCollectors() : TDeadline("floppy-dvd-tape") {}
 
-    // Maps each collector that reads anything to the paths that it reads. The first one ends what is
-    // read of it when it blocks: the list of processors does not, as /proc/cpuinfo names them as well.
+    // Maps each collector that reads anything to its paths, beginning with one without which it reads nothing
+    // else. The list of processors is not such a path, because collectors fall back to /proc/cpuinfo.
     std::map<std::string, std::vector<std::string>> Reads() const {
         std::map<std::string, std::vector<std::string>> reads;
         for (const TCollector& collector : GetCollectors()) {

@@ -1,5 +1,6 @@
-// Trees captured on other machines, with what is known of them from elsewhere. They lie in the folder that
-// NOXINFO_SHARED names, else beside the project's; where they are missing the tests are skipped.
+// Trees captured on other machines, compared with the output of other programs on these machines. The trees
+// are in the folder that NOXINFO_SHARED names, else in one beside the project's; without them the tests are
+// skipped.
 #include "machine/replay/replay_system_calls.h"
 #include "machine/system/rooted_files.h"
 #include "tests/machine/collect/collect_fixture.h"
@@ -51,7 +52,7 @@ class TCapturedMachineTest : public testing::Test {
         }
     }
 
-    // How many of the tree's PCI functions have a header type.
+    // Counts the tree's PCI functions with a header type.
     std::size_t CountHeaders(char wanted) const {
         std::size_t count = 0;
         for (const auto& entry : fs::directory_iterator(root_ / "sys/bus/pci/devices")) {
@@ -189,8 +190,8 @@ TEST_F(TCapturedMachineTest, TwoSocketServerAgreesWithLspci) {
                 ElementsAre("sda1", "sda2", "sda3", "sda4", "sda5"));
 }
 
-// Sizes in bytes by name, from the lines of lsblk that are of the wanted type. Its second column is the name;
-// the one of sizes follows "MAJ:MIN RM".
+// Sizes in bytes by name, from the lines of lsblk that are of the wanted type. The second column is the name;
+// the column of sizes follows "MAJ:MIN RM".
 std::map<std::string, std::uint64_t> ReadLsblkSizes(const fs::path& path, const std::string& wantedType) {
     std::map<std::string, std::uint64_t> sizes;
     std::ifstream text(path);
@@ -244,8 +245,8 @@ TEST_F(TLsblkTest, LaptopAgrees) {
     }
 }
 
-// Its one disk is a volume of the RAID adapter. lsblk takes the driver's assumption for the size of an
-// optical drive's disc.
+// The only disk is a volume of the RAID adapter. lsblk reports the driver's assumption as the size of an
+// optical disc.
 TEST_F(TLsblkTest, RackServerAgreesButForTheEmptyOpticalDrive) {
     CollectFrom("trees/ghw-xeon-L5640.tar.gz", ".");
     if (!IsSkipped()) {

@@ -1,4 +1,4 @@
-// Collects from a machine of a test's making, and asks the namespace about it.
+// Collects from a machine that a test describes, and reads the properties of the result.
 #pragma once
 
 #include "machine/collect/run/collection_run.h"
@@ -19,16 +19,16 @@ struct TCollected {
     TMemoryNamespace target;
     std::vector<TCollectReport> reports;
 
-    /// The report of one collector; throws when it did not run.
+    /// Returns the report of one collector; throws if it did not run.
     const TCollectReport& GetReport(std::string_view collector) const;
     std::size_t CountInstances(std::string_view className) const;
-    /// Text form of a property of one instance; "absent" when it is not set.
+    /// Returns the text form of a property of one instance; "absent" if it is not set.
     std::string Get(std::string_view className, std::string_view property, std::size_t instance = 0) const;
-    /// The property of every instance, in order.
+    /// Returns the text forms of the property of all instances, in order.
     std::vector<std::string> GetAll(std::string_view className, std::string_view property) const;
 };
 
-/// Collects everything; the namespace is handed out filled.
+/// Collects everything into `collected`.
 void Collect(const ISystemFiles& files, const ISystemCalls& calls, TCollected& collected);
 
 /// Collects from a machine given as text of machine_tree.h.

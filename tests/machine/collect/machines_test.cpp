@@ -1,7 +1,6 @@
-// Whole machines: tests/machines/<shape>/tree.txt is what the machine holds, expected.txt the namespace that
-// a collection makes of it, expected.xml the hardware document of that namespace, expected-system.xml its
-// system-information document. NOXINFO_BLESS=1 in the environment writes the expected files anew. A new
-// folder is a new case.
+// Whole machines: tests/machines/<shape>/tree.txt has the files of the machine, expected.txt the namespace of
+// a collection, expected.xml its hardware document, and expected-system.xml its system-information document.
+// NOXINFO_BLESS=1 in the environment rewrites the expected files. Each folder is a test case.
 #include "tests/machine/collect/collect_fixture.h"
 #include "tests/machine/collect/namespace_text.h"
 #include "vorhost/services/host_settings.h"
@@ -49,7 +48,7 @@ std::string ReadFile(const std::string& path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-// Holds `text` against the file, or writes it there when asked to.
+// Compares `text` with the file, or rewrites the file if NOXINFO_BLESS is set.
 void ExpectFile(const std::string& path, const std::string& text) {
     EXPECT_NE(text, "");
     if (std::getenv("NOXINFO_BLESS") != nullptr) {

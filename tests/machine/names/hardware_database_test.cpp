@@ -1,4 +1,4 @@
-// Names from the system's hardware database, which need not be there.
+// Names from the system's hardware database, which may be missing.
 #include "machine/names/hardware_database.h"
 
 #include <gtest/gtest.h>
@@ -10,7 +10,7 @@
 namespace NVORHOST {
 namespace {
 
-// Numbers that no list of vendors has, so that the answer is the same with a database and without.
+// Unassigned numbers, which have no name with or without a database.
 constexpr std::uint16_t unknownVendor = 0xE1E2;
 constexpr std::uint16_t unknownDevice = 0xE1E2;
 constexpr std::uint16_t intel = 0x8086;
@@ -66,7 +66,7 @@ TEST(HardwareDatabase, ReturnsADeviceNameWithoutAVendorName) {
     EXPECT_TRUE(device->starts_with("82540EM")) << *device;
 }
 
-// The card has an entry of its own below that of its chip.
+// The card has a separate entry below the entry of its chip.
 TEST(HardwareDatabase, ReturnsTheNamesOfChipAndCard) {
     if (!HasDatabase()) {
         GTEST_SKIP() << "this system has no hardware database";

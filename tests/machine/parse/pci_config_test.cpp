@@ -146,11 +146,12 @@ TEST(ParsePciConfig, IgnoresMalformedCapabilityLists) {
         registers.push_back({0x06, "10 00"});
         return ParsePciConfig(MakeConfig(registers))->expressPortType;
     };
-    EXPECT_EQ(portType({{0x34, "40"}, {0x40, "01 40"}}), std::nullopt);        // a circle
-    EXPECT_EQ(portType({{0x34, "40"}, {0x40, "01 08"}}), std::nullopt);        // into the header
-    EXPECT_EQ(portType({{0x34, "fc"}, {0xFC, "ff ff ff ff"}}), std::nullopt);  // dead registers
+    EXPECT_EQ(portType({{0x34, "40"}, {0x40, "01 40"}}), std::nullopt);  // a loop
+    EXPECT_EQ(portType({{0x34, "40"}, {0x40, "01 08"}}), std::nullopt);  // into the header
+    EXPECT_EQ(portType({{0x34, "fc"}, {0xFC, "ff ff ff ff"}}),
+              std::nullopt);  // registers of a suspended function
     EXPECT_EQ(portType({{0x34, "00"}, {0x40, "10 00 42 01"}}), std::nullopt);  // empty
-    EXPECT_EQ(portType({{0x34, "fc"}, {0xFC, "10 00 42 01"}}), 4);             // the last place there is
+    EXPECT_EQ(portType({{0x34, "fc"}, {0xFC, "10 00 42 01"}}), 4);             // at the last offset
 }
 
 TEST(ParsePciConfig, ReturnsNulloptForTruncatedMissingAndUnknownFunctions) {

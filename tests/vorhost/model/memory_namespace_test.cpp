@@ -58,13 +58,13 @@ TEST(Namespace, FindsAClassInAnyCase) {
     EXPECT_EQ(space.GetClass("KELSG_COMPUTERSYSTEM", {})->GetClassName({}), "KELSG_ComputerSystem");
 }
 
-TEST(Namespace, AnUnknownClassIsCode15) {
+TEST(Namespace, ThrowsCode15ForAnUnknownClass) {
     TMemoryNamespace space;
     EXPECT_THROWS_CODE(space.GetClass("KELSG_ComputerSystem", {}), classNotFound);
     EXPECT_EQ(space.FindClass("KELSG_ComputerSystem"), nullptr);
 }
 
-TEST(Namespace, ListsClassesInTheOrderTheyWereAdded) {
+TEST(Namespace, ListsClassesInTheOrderOfAddition) {
     TMemoryNamespace space;
     const auto zebra = space.AddClass("Zebra");
     const auto apple = space.AddClass("Apple");
@@ -216,7 +216,7 @@ TEST(Instance, FindsAPropertyInAnyCase) {
     EXPECT_EQ(*instance->Find("NAME"), TCIMValue("1"));
 }
 
-TEST(Instance, AMissingPropertyIsNotCode15) {
+TEST(Instance, ThrowsPropertyNotFoundForAMissingProperty) {
     TMemoryNamespace space;
     const auto cimClass = space.AddClass("A");
     const auto instance = Commit(*cimClass, "1");
@@ -225,7 +225,8 @@ TEST(Instance, AMissingPropertyIsNotCode15) {
 
     const auto other = cimClass->NewInstance();
     other->Set("Size", TCIMValue(std::uint64_t{1}));
-    EXPECT_THROWS_CODE(instance->GetProperty("Size", {}), propertyNotFound);  // a name the class knows by now
+    EXPECT_THROWS_CODE(instance->GetProperty("Size", {}),
+                       propertyNotFound);  // a name that another instance has used
 }
 
 TEST(Instance, ADeclaredPropertyWithoutValueIsANullOfItsType) {
@@ -280,7 +281,7 @@ TEST(Instance, KeepsPropertiesInTheOrderOfTheirFirstSetting) {
     EXPECT_EQ(instance->GetProperties()[0].value, TCIMValue("4"));
 }
 
-TEST(Instance, FindsPropertiesThatWereSetInAnotherOrderThanElsewhere) {
+TEST(Instance, FindsPropertiesThatWereSetInAnotherOrderThanInOtherInstances) {
     TMemoryNamespace space;
     const auto cimClass = space.AddClass("A");
     const TNames names{"A", "B", "C", "D", "E"};
@@ -352,7 +353,7 @@ TEST(Property, AHandleOutlivesItsInstance) {
     EXPECT_EQ(handle->GetValue({}), TCIMValue("kept"));
 }
 
-TEST(Property, ValueIsACopyOfWhatWasSet) {
+TEST(Property, ValueIsACopy) {
     TMemoryNamespace space;
     const auto instance = space.AddClass("A")->NewInstance();
     TCIMValue value("set");

@@ -58,7 +58,7 @@ TEST(StatusCode, KeepsANumberThatIsNotListed) {
     EXPECT_EQ(TVORStatusCode(4711).GetCode(), 4711);
 }
 
-TEST(StatusCode, TextStaysWhereItIs) {
+TEST(StatusCode, ReturnsTheSameTextEachTime) {
     const std::string& first = TVORStatusCode(15).TranslateStatusCode();
     EXPECT_EQ(&first, &TVORStatusCode(15).TranslateStatusCode());
 }
@@ -69,7 +69,7 @@ TEST(Exception, HasTheTextOfItsCode) {
     EXPECT_EQ(exception.GetStatusCode().GetCode(), 11);
 }
 
-TEST(Exception, TextIsThatOfTheStatusCodeItself) {
+TEST(Exception, SharesTheTextOfTheStatusCode) {
     const TVORException exception(TVORStatusCode::classNotFound);
     EXPECT_EQ(exception.what(), exception.GetStatusCode().TranslateStatusCode().c_str());
 }

@@ -16,7 +16,7 @@ using NVORHOST::TAssertionError;
     return {};
 }
 
-TEST(AssertionHandler, ANullHandleThrowsWhenItIsDereferenced) {
+TEST(AssertionHandler, ThrowsForADereferencedNullHandle) {
     const auto none = GetNoNamespace();
     try {
         (void)none->GetClass("KELSG_CADAT", {});

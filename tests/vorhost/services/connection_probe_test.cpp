@@ -32,28 +32,28 @@ TEST(ConnectionProbe, FindsAListenerOnIPv6) {
 }
 
 TEST(ConnectionProbe, TriesEveryAddressOfAName) {
-    TLocalSocket listener(AF_INET);  // "localhost" may well be ::1 first, where nothing listens
+    TLocalSocket listener(AF_INET);  // "localhost" may resolve to ::1 first, where nothing listens
     ASSERT_TRUE(listener.IsBound() && listener.Listen(5));
     EXPECT_TRUE(AcceptsConnection("localhost", listener.GetPort(), timeout));
 }
 
-TEST(ConnectionProbe, TakesARefusalForNo) {
-    const TLocalSocket closed(AF_INET);  // holds the port, so that nobody else can listen there
+TEST(ConnectionProbe, ReturnsFalseForARefusedConnection) {
+    const TLocalSocket closed(AF_INET);  // occupies the port, so that no other process can listen on it
     ASSERT_TRUE(closed.IsBound());
     EXPECT_FALSE(AcceptsConnection("127.0.0.1", closed.GetPort(), timeout));
 }
 
-TEST(ConnectionProbe, TakesANameThatCannotExistForNo) {
-    const std::string tooLong(70, 'a');  // a label has at most 63 characters: no resolver asks for this one
+TEST(ConnectionProbe, ReturnsFalseForANameThatCannotExist) {
+    const std::string tooLong(70, 'a');  // a label has at most 63 characters, so no resolver sends this one
     EXPECT_FALSE(AcceptsConnection(tooLong + ".invalid", "80", timeout));
     EXPECT_FALSE(AcceptsConnection("", "", timeout));
 }
 
-TEST(ConnectionProbe, TakesAPortThatDoesNotExistForNo) {
+TEST(ConnectionProbe, ReturnsFalseForAnUnknownPort) {
     EXPECT_FALSE(AcceptsConnection("127.0.0.1", "no-such-service", timeout));
 }
 
-TEST(ConnectionProbe, GivesUpWhenNothingAnswersInTime) {
+TEST(ConnectionProbe, ReturnsFalseAfterTheTimeout) {
     TLocalSocket full(AF_INET);
     ASSERT_TRUE(full.IsBound() && full.Listen(0));
     // No connection is accepted, so attempts get no answer once the queue is full.

@@ -38,26 +38,26 @@ TEST_F(CoreLogger, PassesEachLineToEverySinkInOrder) {
     EXPECT_EQ(lines_, (TLines{"first: 3 a", "second: 3 a", "first: 0 b", "second: 0 b"}));
 }
 
-TEST_F(CoreLogger, PassesNothingToASinkThatWasCleared) {
+TEST_F(CoreLogger, PassesNoLineToAClearedSink) {
     AddSink("gone");
     TCoreLogger::Get().ClearSinks();
     TCoreLogger::Get().Log(3, "a");
     EXPECT_EQ(lines_, TLines());
 }
 
-TEST_F(CoreLogger, WritesHardFailuresToStandardErrorWhenThereIsNoSink) {
+TEST_F(CoreLogger, WritesHardFailuresToStandardErrorWithoutSinks) {
     testing::internal::CaptureStderr();
     TCoreLogger::Get().Log(0, "no machine type");
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "0 no machine type\n");
 }
 
-TEST_F(CoreLogger, KeepsOtherLevelsToItselfWhenThereIsNoSink) {
+TEST_F(CoreLogger, DropsOtherLevelsWithoutSinks) {
     testing::internal::CaptureStderr();
     TCoreLogger::Get().Log(3, "debug");
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
-TEST_F(CoreLogger, WritesNothingToStandardErrorWhenASinkIsThere) {
+TEST_F(CoreLogger, WritesNothingToStandardErrorWithASink) {
     AddSink("sink");
     testing::internal::CaptureStderr();
     TCoreLogger::Get().Log(0, "no machine type");
@@ -65,14 +65,14 @@ TEST_F(CoreLogger, WritesNothingToStandardErrorWhenASinkIsThere) {
     EXPECT_EQ(lines_, TLines{"sink: 0 no machine type"});
 }
 
-TEST(LogLine, IsLevelBlankMessage) {
+TEST(LogLine, HasLevelAndMessageSeparatedByABlank) {
     EXPECT_EQ(FormatLogLine(3, "noxinfo-GetResourceID: didn't find Name property"),
               "3 noxinfo-GetResourceID: didn't find Name property");
     EXPECT_EQ(FormatLogLine(0, ""), "0 ");
     EXPECT_EQ(FormatLogLine(-1, "x"), "-1 x");
 }
 
-TEST(LogLine, HasNoLineEndWithinIt) {
+TEST(LogLine, EscapesLineEndsInTheMessage) {
     EXPECT_EQ(FormatLogLine(3, "a\nb\r\nc\n"), "3 a\\nb\\r\\nc\\n");
 }
 

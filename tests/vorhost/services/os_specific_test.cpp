@@ -75,17 +75,17 @@ TEST_F(OSSpecific, MachineNameIsTheNodeNameWithoutNamespace) {
     EXPECT_EQ(TOSSpecific::GetMachineName(), NodeName());
 }
 
-TEST_F(OSSpecific, MachineNameIsThatOfTheFirstCollectedSystem) {
+TEST_F(OSSpecific, MachineNameComesFromTheFirstCollectedSystem) {
     Collect("CSName", TCIMValue("collected"));
     EXPECT_EQ(TOSSpecific::GetMachineName(), "collected");
 }
 
-TEST_F(OSSpecific, CollectedEmptyNameIsAName) {
+TEST_F(OSSpecific, MachineNameMayBeCollectedAsEmpty) {
     Collect("CSName", TCIMValue(""));
     EXPECT_EQ(TOSSpecific::GetMachineName(), "");
 }
 
-TEST_F(OSSpecific, MachineNameIsTheNodeNameWhenNoneWasCollected) {
+TEST_F(OSSpecific, MachineNameFallsBackToTheNodeName) {
     CollectNothing(/*withClass=*/false);
     EXPECT_EQ(TOSSpecific::GetMachineName(), NodeName());
     CollectNothing(/*withClass=*/true);
@@ -144,7 +144,7 @@ TEST_F(OSSpecific, LocalTimeIsTheClockInItsZone) {
     EXPECT_LE(seconds, after);
 }
 
-TEST_F(OSSpecific, ReachabilityIsAnsweredAsSet) {
+TEST_F(OSSpecific, ReachabilityFollowsTheSettings) {
     TLocalSocket listener(AF_INET);
     ASSERT_TRUE(listener.IsBound() && listener.Listen(5));
     SetReachability(EReachability::no);
@@ -167,7 +167,7 @@ TEST_F(OSSpecific, RemembersWhetherAHostWasUnreachable) {
     EXPECT_FALSE(WasHostUnreachable());
 }
 
-TEST_F(OSSpecific, ReachabilityIsProbedOtherwise) {
+TEST_F(OSSpecific, ReachabilityIsProbedWithoutASetting) {
     TLocalSocket listener(AF_INET);
     ASSERT_TRUE(listener.IsBound() && listener.Listen(5));
     EXPECT_EQ(TOSSpecific::DetectHostnameAvailable("127.0.0.1", listener.GetPort()), 0);

@@ -34,7 +34,7 @@ class PluginLibrary : public testing::Test {
   protected:
     ~PluginLibrary() override { EXPECT_TRUE(GetPluginRegistry().GetPlugins().empty()); }
 
-    // Returns why the library is rejected; checks that nothing of it stays loaded or registered.
+    // Returns why the library is rejected; checks that it is neither loaded nor registered afterwards.
     static std::string RefusalOf(const std::string& name) {
         const std::string path = PathOf(name);
         std::string refusal;
@@ -61,7 +61,7 @@ TEST_F(PluginLibrary, ReturnsTheIdentityOfThePlugin) {
     EXPECT_EQ(library.GetIdentity().interfaceVersion, "1.0");
 }
 
-TEST_F(PluginLibrary, DrivesThePluginThroughItsLife) {
+TEST_F(PluginLibrary, CallsThePluginInTheOrderOfItsLifecycle) {
     {
         TPluginLibrary library(PathOf("good"));
         EXPECT_EQ(GetPluginRegistry().GetPlugins().size(), 1U);
@@ -74,7 +74,7 @@ TEST_F(PluginLibrary, DrivesThePluginThroughItsLife) {
     EXPECT_FALSE(IsLoaded(PathOf("good")));
 }
 
-TEST_F(PluginLibrary, HandsTheRequestOver) {
+TEST_F(PluginLibrary, PassesTheRequestToThePlugin) {
     TPluginLibrary library(PathOf("good"));
     TMemoryNamespace results;
     const auto resultClass = results.AddClass("KELSG_CADAT");
@@ -83,7 +83,7 @@ TEST_F(PluginLibrary, HandsTheRequestOver) {
     EXPECT_EQ(resultClass->GetInstances().size(), 1U);
 }
 
-TEST_F(PluginLibrary, PassesOnWhatTheRequestThrows) {
+TEST_F(PluginLibrary, PropagatesExceptionsOfTheRequest) {
     TPluginLibrary library(PathOf("throws_in_data"));
     std::vector<boost::shared_ptr<ICIMClass>> none;
     EXPECT_THROW(library.GetData(boost::make_shared<TMemoryNamespace>(), none), std::runtime_error);
@@ -95,14 +95,14 @@ TEST_F(PluginLibrary, CanBeLoadedAgain) {
     EXPECT_EQ(GetPluginRegistry().GetPlugins().size(), 1U);
 }
 
-TEST_F(PluginLibrary, KeepsPluginsOfSeveralLibrariesApart) {
+TEST_F(PluginLibrary, SeparatesThePluginsOfSeveralLibraries) {
     const TPluginLibrary stays(PathOf("good"));
     { const TPluginLibrary goes(PathOf("throws_in_data")); }
     EXPECT_EQ(GetPluginRegistry().GetPlugins().size(), 1U);
     EXPECT_EQ(stays.GetIdentity().name, "test plug-in");
 }
 
-TEST_F(PluginLibrary, CannotBeLoadedTwiceAtATime) {
+TEST_F(PluginLibrary, RejectsALibraryThatIsAlreadyLoaded) {
     const TPluginLibrary first(PathOf("good"));
     try {
         const TPluginLibrary second(PathOf("good"));
@@ -113,7 +113,7 @@ TEST_F(PluginLibrary, CannotBeLoadedTwiceAtATime) {
     EXPECT_EQ(GetPluginRegistry().GetPlugins().size(), 1U);
 }
 
-TEST_F(PluginLibrary, IsAFileInTheCurrentFolderWhenItsNameHasNoSlash) {
+TEST_F(PluginLibrary, LoadsANameWithoutASlashFromTheCurrentFolder) {
     std::string before(4096, '\0');
     ASSERT_NE(::getcwd(before.data(), before.size()), nullptr);
     ASSERT_EQ(::chdir(TEST_PLUGIN_DIR), 0);
@@ -124,65 +124,65 @@ TEST_F(PluginLibrary, IsAFileInTheCurrentFolderWhenItsNameHasNoSlash) {
     ASSERT_EQ(::chdir(before.c_str()), 0);
 }
 
-TEST_F(PluginLibrary, IsRefusedWhenItDoesNotExist) {
+TEST_F(PluginLibrary, RejectsAMissingFile) {
     EXPECT_EQ(RefusalOf("no_such_plugin"), "cannot open shared object file: No such file or directory");
 }
 
-TEST_F(PluginLibrary, IsRefusedWhenItIsNoLibrary) {
+TEST_F(PluginLibrary, RejectsAFileThatIsNotALibrary) {
     EXPECT_NE(RefusalOf("not_a_library"), "");
 }
 
-TEST_F(PluginLibrary, IsRefusedWhenItRegistersNothing) {
+TEST_F(PluginLibrary, RejectsALibraryThatRegistersNothing) {
     EXPECT_EQ(RefusalOf("registers_nothing"), "registers no plug-in");
     EXPECT_EQ(log_.GetLines(), TLines());
 }
 
-TEST_F(PluginLibrary, IsRefusedWhenItRegistersTwoAndBothAreEnded) {
+TEST_F(PluginLibrary, RejectsALibraryThatRegistersTwoPluginsAndReleasesBoth) {
     EXPECT_EQ(RefusalOf("registers_twice"), "registers 2 plug-ins, not one");
     EXPECT_EQ(log_.GetLines(), (TLines{"3 loading", "3 loading", "3 PrepareForUnload", "3 destroyed",
                                        "3 PrepareForUnload", "3 destroyed"}));
 }
 
-TEST_F(PluginLibrary, IsRefusedWhenLoadingThrows) {
+TEST_F(PluginLibrary, RejectsALibraryThatThrowsWhileLoading) {
     EXPECT_EQ(RefusalOf("throws_while_loading"), "loading: exception: out of order\\nsecond line");
     EXPECT_EQ(log_.GetLines(), TLines{"3 loading"});
 }
 
-TEST_F(PluginLibrary, OthersLoadAfterOneWhoseLoadingThrew) {
+TEST_F(PluginLibrary, LoadsAnotherLibraryAfterOneThatThrewWhileLoading) {
     RefusalOf("throws_while_loading");
     const TPluginLibrary good(PathOf("good"));
     EXPECT_EQ(good.GetIdentity().name, "test plug-in");
 }
 
-TEST_F(PluginLibrary, IsRefusedWhenInitThrows) {
+TEST_F(PluginLibrary, RejectsAPluginWhoseInitThrows) {
     EXPECT_EQ(RefusalOf("throws_in_init"), "Init: exception: out of order\\nsecond line");
     EXPECT_EQ(log_.GetLines(), (TLines{"3 loading", "3 Init", "3 PrepareForUnload", "3 destroyed"}));
 }
 
-TEST_F(PluginLibrary, IsRefusedWhenItThrowsWhatIsNoException) {
+TEST_F(PluginLibrary, RejectsAPluginThatThrowsAnotherTypeThanAnException) {
     EXPECT_EQ(RefusalOf("throws_an_int"), "Init: exception of unknown type");
 }
 
-TEST_F(PluginLibrary, IsRefusedWhenItsIdentityThrows) {
+TEST_F(PluginLibrary, RejectsAPluginWhoseIdentityThrows) {
     EXPECT_EQ(RefusalOf("throws_in_name"), "identity: exception: operation not supported");
     EXPECT_EQ(log_.GetLines(), (TLines{"3 loading", "3 PrepareForUnload", "3 destroyed"}));
 }
 
-TEST_F(PluginLibrary, IsRefusedForAnotherInterfaceVersion) {
+TEST_F(PluginLibrary, RejectsAnotherInterfaceVersion) {
     EXPECT_EQ(RefusalOf("other_interface"), "built for plug-in interface \"2.0\", this host has \"1.0\"");
     EXPECT_EQ(log_.GetLines(), (TLines{"3 loading", "3 PrepareForUnload", "3 destroyed"}));
 }
 
-TEST_F(PluginLibrary, IsRefusedForAnotherType) {
+TEST_F(PluginLibrary, RejectsAnotherPluginType) {
     EXPECT_EQ(RefusalOf("other_type"), "plug-in type 2 is not a basic query plug-in");
 }
 
-TEST_F(PluginLibrary, IsRefusedWithoutTheDataRequest) {
+TEST_F(PluginLibrary, RejectsAPluginWithoutTheDataRequest) {
     EXPECT_EQ(RefusalOf("without_query"),
               "declares the type of a basic query plug-in but has no data request");
 }
 
-TEST_F(PluginLibrary, LogsWhatTheEndOfThePluginThrows) {
+TEST_F(PluginLibrary, LogsExceptionsOfDeInitAndPrepareForUnload) {
     { const TPluginLibrary library(PathOf("throws_in_deinit")); }
     EXPECT_EQ(log_.GetLines(),
               (TLines{"3 loading", "3 Init", "3 DeInit",

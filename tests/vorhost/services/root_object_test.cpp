@@ -43,7 +43,7 @@ class PluginManager : public testing::Test {
     TPluginManagerNamespace manager_;
 };
 
-TEST(RootObject, HandsOutOnePluginManager) {
+TEST(RootObject, ReturnsTheSamePluginManagerEachTime) {
     EXPECT_NE(TRootObject::GetPluginManager(), nullptr);
     EXPECT_EQ(TRootObject::GetPluginManager(), TRootObject::GetPluginManager());
 }
@@ -69,14 +69,14 @@ TEST_F(PluginManager, KeepsPluginsInTheOrderOfTheirRegistration) {
     EXPECT_EQ(NVORHOST::GetPluginRegistry().GetPlugins(), (TPlugins{&second, &first}));
 }
 
-TEST_F(PluginManager, OfTheRootObjectRegistersInTheSameRegistry) {
+TEST_F(PluginManager, RegistersInTheRegistryOfTheProcess) {
     TNoPlugin plugin;
     boost::dynamic_pointer_cast<TPluginManagerNamespace>(TRootObject::GetPluginManager())
         ->RegisterPlugin(&plugin);
     EXPECT_EQ(NVORHOST::GetPluginRegistry().GetPlugins(), TPlugins{&plugin});
 }
 
-TEST_F(PluginManager, RefusesNoPluginAndOneThatItHas) {
+TEST_F(PluginManager, RejectsANullPluginAndADuplicate) {
     TNoPlugin plugin;
     manager_.RegisterPlugin(&plugin);
     EXPECT_EQ(CodeOf(nullptr), TVORStatusCode::invalidParameter);
@@ -84,7 +84,7 @@ TEST_F(PluginManager, RefusesNoPluginAndOneThatItHas) {
     EXPECT_EQ(NVORHOST::GetPluginRegistry().GetPlugins(), TPlugins{&plugin});
 }
 
-TEST(PluginRegistry, TakesPluginsOut) {
+TEST(PluginRegistry, RemovesPlugins) {
     NVORHOST::TPluginRegistry registry;
     TNoPlugin first;
     TNoPlugin second;
@@ -93,7 +93,7 @@ TEST(PluginRegistry, TakesPluginsOut) {
         registry.Add(plugin);
     }
     registry.Remove(&first);
-    registry.Remove(&first);  // not there any more: no error
+    registry.Remove(&first);  // already removed: no error
     EXPECT_EQ(registry.GetPlugins(), (TPlugins{&second, &third}));
     registry.Truncate(5);
     EXPECT_EQ(registry.GetPlugins(), (TPlugins{&second, &third}));

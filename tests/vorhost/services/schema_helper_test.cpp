@@ -40,38 +40,38 @@ int CodeOf(const std::function<void()>& operation) {
     }
 }
 
-TEST(MachineType, IsTheFourCharactersBehindTheMark) {
+TEST(MachineType, IsTheFourCharactersAfterTheBracket) {
     EXPECT_EQ(TCIMSchemaHelper::GetMachineType(SpaceWithProduct("Server -[1234AB5]-")), "1234");
 }
 
-TEST(MachineType, IsShorterWhenTheNameEnds) {
+TEST(MachineType, IsShorterIfTheNameEnds) {
     EXPECT_EQ(TCIMSchemaHelper::GetMachineType(SpaceWithProduct("Server -[79]")), "79]");
     EXPECT_EQ(TCIMSchemaHelper::GetMachineType(SpaceWithProduct("Server -[")), "");
 }
 
-TEST(MachineType, IsTheWholeNameWithoutTheMark) {
+TEST(MachineType, IsTheWholeNameIfThereIsNoBracket) {
     EXPECT_EQ(TCIMSchemaHelper::GetMachineType(SpaceWithProduct("Standard PC (Q35)")), "Standard PC (Q35)");
     EXPECT_EQ(TCIMSchemaHelper::GetMachineType(SpaceWithProduct("")), "");
 }
 
-TEST(MachineType, TakesTheFirstMark) {
+TEST(MachineType, UsesTheFirstBracket) {
     EXPECT_EQ(TCIMSchemaHelper::GetMachineType(SpaceWithProduct("-[ABCD]- -[1234]-")), "ABCD");
 }
 
-TEST(ModelNumber, IsTheThreeCharactersBehindTheMachineType) {
+TEST(ModelNumber, IsTheThreeCharactersAfterTheMachineType) {
     EXPECT_EQ(TCIMSchemaHelper::GetModelNumber(SpaceWithProduct("Server -[1234AB5]-")), "AB5");
 }
 
-TEST(ModelNumber, IsShorterWhenTheNameEnds) {
+TEST(ModelNumber, IsShorterIfTheNameEnds) {
     EXPECT_EQ(TCIMSchemaHelper::GetModelNumber(SpaceWithProduct("Server -[1234A")), "A");
     EXPECT_EQ(TCIMSchemaHelper::GetModelNumber(SpaceWithProduct("Server -[1234")), "");
 }
 
-TEST(ModelNumber, IsTheWholeNameWithoutTheMark) {
+TEST(ModelNumber, IsTheWholeNameIfThereIsNoBracket) {
     EXPECT_EQ(TCIMSchemaHelper::GetModelNumber(SpaceWithProduct("Standard PC")), "Standard PC");
 }
 
-TEST(ModelNumber, IsMalformedWhenTheNameEndsBeforeIt) {
+TEST(ModelNumber, IsMalformedIfTheNameEndsBeforeIt) {
     const auto space = SpaceWithProduct("Server -[79]");
     EXPECT_EQ(CodeOf([&] { TCIMSchemaHelper::GetModelNumber(space); }), TVORStatusCode::malformedData);
 }
@@ -81,7 +81,7 @@ TEST(SerialNumber, ComesFromTheComputerSystem) {
     EXPECT_EQ(TCIMSchemaHelper::GetSerialNumber(space, {}), "KD55ARF");
 }
 
-TEST(OperatingSystemType, IsAnyUnsignedNumberThatFits) {
+TEST(OperatingSystemType, AcceptsUnsignedNumbersOfAnyType) {
     EXPECT_EQ(TCIMSchemaHelper::GetOperatingSystemType(
                   SpaceWith("KELSG_OperatingSystem", "OSType", TCIMValue(std::uint16_t{36}))),
               36);
@@ -90,7 +90,7 @@ TEST(OperatingSystemType, IsAnyUnsignedNumberThatFits) {
               65535);
 }
 
-TEST(OperatingSystemType, IsMalformedWhenItDoesNotFit) {
+TEST(OperatingSystemType, IsMalformedIfItIsOutOfRange) {
     const auto space = SpaceWith("KELSG_OperatingSystem", "OSType", TCIMValue(std::uint32_t{65536}));
     EXPECT_EQ(CodeOf([&] { TCIMSchemaHelper::GetOperatingSystemType(space); }),
               TVORStatusCode::malformedData);
@@ -127,16 +127,16 @@ class SchemaHelper : public testing::TestWithParam<TOperation> {
     TSpace space_ = boost::make_shared<TMemoryNamespace>();
 };
 
-TEST_P(SchemaHelper, NeedsTheClass) {
+TEST_P(SchemaHelper, FailsWithoutTheClass) {
     EXPECT_EQ(CallOn(space_), TVORStatusCode::classNotFound);
 }
 
-TEST_P(SchemaHelper, NeedsAnInstance) {
+TEST_P(SchemaHelper, FailsWithoutAnInstance) {
     space_->AddClass(GetParam().className);
     EXPECT_EQ(CallOn(space_), TVORStatusCode::notSingleInstance);
 }
 
-TEST_P(SchemaHelper, NeedsNoMoreThanOneInstance) {
+TEST_P(SchemaHelper, FailsForSeveralInstances) {
     const auto cimClass = space_->AddClass(GetParam().className);
     for (int count = 0; count < 2; ++count) {
         const auto instance = cimClass->NewInstance();
@@ -146,22 +146,22 @@ TEST_P(SchemaHelper, NeedsNoMoreThanOneInstance) {
     EXPECT_EQ(CallOn(space_), TVORStatusCode::notSingleInstance);
 }
 
-TEST_P(SchemaHelper, NeedsTheProperty) {
+TEST_P(SchemaHelper, FailsWithoutTheProperty) {
     space_->AddClass(GetParam().className)->NewInstance()->CommitInstance({});
     EXPECT_EQ(CallOn(space_), TVORStatusCode::propertyNotFound);
 }
 
-TEST_P(SchemaHelper, NeedsAValue) {
+TEST_P(SchemaHelper, FailsForANullValue) {
     EXPECT_EQ(CallOn(SpaceWith(GetParam().className, GetParam().property, TCIMValue(TType::eString))),
               TVORStatusCode::valueIsNull);
 }
 
-TEST_P(SchemaHelper, NeedsAValueOfItsType) {
+TEST_P(SchemaHelper, FailsForAValueOfAnotherType) {
     EXPECT_EQ(CallOn(SpaceWith(GetParam().className, GetParam().property, TCIMValue(true))),
               TVORStatusCode::typeMismatch);
 }
 
-TEST_P(SchemaHelper, NeedsANamespace) {
+TEST_P(SchemaHelper, FailsForANullNamespace) {
     EXPECT_THROW(GetParam().call(nullptr), TAssertionError);
 }
 
@@ -208,7 +208,7 @@ class TForeignSystem : public ICIMNamespace,
     std::string name_;
 };
 
-TEST(SchemaHelperFailure, IsPropertyNotFoundForEveryCodeOfTheNamespace) {
+TEST(SchemaHelperFailure, HasOneCodeForAMissingPropertyOfAnyNamespace) {
     const auto foreign = boost::make_shared<TForeignSystem>();
     EXPECT_EQ(CodeOf([&] { TCIMSchemaHelper::GetMachineType(foreign); }), TVORStatusCode::propertyNotFound);
 }

@@ -56,7 +56,7 @@ class EntityService : public testing::Test {
     std::vector<std::string> lines_;
 };
 
-TEST_F(EntityService, AnswersTheTrimmedBody) {
+TEST_F(EntityService, ReturnsTheTrimmedBody) {
     TLocalHttpServer server(Response("200 OK", " \r\n\tENTITY-1 a\n\n"));
     EXPECT_EQ(Ask(server.GetUrl()), "ENTITY-1 a");
     EXPECT_TRUE(lines_.empty());
@@ -73,31 +73,31 @@ TEST_F(EntityService, ReceivesTheArgumentsAsFormFields) {
               "inventoryPath=%2Finv%0A");
 }
 
-TEST_F(EntityService, MayAnswerAnEmptyIdentifier) {
+TEST_F(EntityService, AcceptsAnEmptyIdentifier) {
     TLocalHttpServer server(Response("200 OK", "\n"));
     EXPECT_EQ(Ask(server.GetUrl()), "");
 }
 
-TEST_F(EntityService, IsAskedAnewEachTime) {
+TEST_F(EntityService, ReceivesEveryRequest) {
     TLocalHttpServer first(Response("200 OK", "1"));
     TLocalHttpServer second(Response("200 OK", "2"));
     EXPECT_EQ(Ask(first.GetUrl()), "1");
     EXPECT_EQ(Ask(second.GetUrl()), "2");
 }
 
-TEST_F(EntityService, IsNotAskedOnceItIsUnset) {
+TEST_F(EntityService, ReceivesNoRequestAfterItIsUnset) {
     TLocalHttpServer server(Response("200 OK", "1"));
     EXPECT_EQ(Ask(server.GetUrl()), "1");
     SetEntityService(std::nullopt);
     EXPECT_EQ(TZETUpload::ZETGetEntityId("a", "b", "c", "d", "e").size(), 36U);
 }
 
-TEST_F(EntityService, FailsWithTheStatusOfARefusal) {
+TEST_F(EntityService, ReportsAnHttpStatusOtherThanSuccess) {
     TLocalHttpServer server(Response("500 Internal Server Error", "ENTITY-1"));
     EXPECT_EQ(FailureOf(server.GetUrl()), "refused with HTTP status 500");
 }
 
-TEST_F(EntityService, FailsOnARedirectInsteadOfPassingTheFieldsOn) {
+TEST_F(EntityService, FailsForARedirectWithoutFollowingIt) {
     TLocalHttpServer other(Response("200 OK", "ENTITY-1"));
     TLocalHttpServer server("HTTP/1.1 307 Temporary Redirect\r\nLocation: " + other.GetUrl() +
                             "\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
@@ -105,35 +105,35 @@ TEST_F(EntityService, FailsOnARedirectInsteadOfPassingTheFieldsOn) {
     EXPECT_EQ(other.TakeRequest(), "");
 }
 
-TEST_F(EntityService, FailsWhenNobodyListens) {
+TEST_F(EntityService, FailsForARefusedConnection) {
     TLocalHttpServer server("");
     server.Stop();
     EXPECT_NE(FailureOf(server.GetUrl()), "");
 }
 
-TEST_F(EntityService, FailsWhenTheServerHangsUp) {
+TEST_F(EntityService, FailsIfTheServerClosesTheConnection) {
     TLocalHttpServer server("");
     EXPECT_NE(FailureOf(server.GetUrl()), "");
 }
 
-TEST_F(EntityService, FailsOnABodyThatIsNoIdentifierAnyMore) {
+TEST_F(EntityService, FailsForAnOversizedBody) {
     TLocalHttpServer server(Response("200 OK", std::string(64 * 1024 + 1, 'x')));
     EXPECT_EQ(FailureOf(server.GetUrl()), "no usable answer: the response is larger than 65536 bytes");
 }
 
-TEST_F(EntityService, TakesAnIdentifierOfUpToAKibibyte) {
+TEST_F(EntityService, AcceptsAnIdentifierOfUpToAKibibyte) {
     const std::string longest(1024, 'x');
     TLocalHttpServer server(Response("200 OK", " " + longest + "\n"));
     EXPECT_EQ(Ask(server.GetUrl()), longest);
     EXPECT_EQ(FindEntityServiceFailure(), std::nullopt);
 }
 
-TEST_F(EntityService, FailsOnALongerIdentifier) {
+TEST_F(EntityService, FailsForALongerIdentifier) {
     TLocalHttpServer server(Response("200 OK", std::string(1025, 'x')));
     EXPECT_EQ(FailureOf(server.GetUrl()), "no usable answer: it is longer than 1024 bytes");
 }
 
-TEST_F(EntityService, FailsOnAnIdentifierThatIsNoPrintableTextOfOneLine) {
+TEST_F(EntityService, FailsForAnIdentifierThatIsNotOnePrintableLine) {
     for (const std::string body : {"a\nb", "a\rb", "a\x1B[2J", "\xFF",
                                    "\xE2\x80\xAE"
                                    "a"}) {
@@ -143,7 +143,7 @@ TEST_F(EntityService, FailsOnAnIdentifierThatIsNoPrintableTextOfOneLine) {
     }
 }
 
-TEST_F(EntityService, ForgetsAFailureWithTheNextAnswer) {
+TEST_F(EntityService, ForgetsAFailureAfterTheNextSuccess) {
     TLocalHttpServer refusing(Response("403 Forbidden", ""));
     EXPECT_EQ(FailureOf(refusing.GetUrl()), "refused with HTTP status 403");
     TLocalHttpServer issuing(Response("200 OK", "1"));
@@ -151,11 +151,11 @@ TEST_F(EntityService, ForgetsAFailureWithTheNextAnswer) {
     EXPECT_EQ(FindEntityServiceFailure(), std::nullopt);
 }
 
-TEST_F(EntityService, FailsOnAnythingButHttp) {
+TEST_F(EntityService, FailsForOtherProtocolsThanHttp) {
     EXPECT_NE(FailureOf("file:///etc/hostname"), "");
 }
 
-TEST_F(EntityService, FailsOnWhatIsNoUrl) {
+TEST_F(EntityService, FailsForAMalformedUrl) {
     EXPECT_NE(FailureOf("http://"), "");
 }
 

@@ -55,7 +55,8 @@ class TLocalHttpServer {
         for (int client = ::accept(listener_, nullptr, nullptr); client >= 0;
              client = ::accept(listener_, nullptr, nullptr)) {
             request_ = ReadRequest(client);
-            (void)::send(client, response_.data(), response_.size(), MSG_NOSIGNAL);  // the client may hang up
+            (void)::send(client, response_.data(), response_.size(),
+                         MSG_NOSIGNAL);  // the client may close the connection
             ::shutdown(client, SHUT_WR);
             ::close(client);
         }

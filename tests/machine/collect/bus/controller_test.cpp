@@ -1,4 +1,4 @@
-// Display, USB and IDE controllers, on PCI and elsewhere.
+// Display, USB and IDE controllers on PCI and on other buses.
 #include "tests/machine/collect/collect_fixture.h"
 
 #include <gmock/gmock.h>

@@ -1,4 +1,4 @@
-// PCI functions beyond what the whole machines show.
+// Properties of PCI functions that no test machine covers.
 #include "machine/collect/bus/pci_class_name.h"
 #include "tests/machine/collect/collect_fixture.h"
 

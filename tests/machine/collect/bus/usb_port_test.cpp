@@ -1,4 +1,4 @@
-// Ports of USB hubs: which there are, what they are known by, and what is plugged in.
+// Ports of USB hubs: their keys, speeds and attached devices.
 #include "tests/machine/collect/collect_fixture.h"
 
 #include <gmock/gmock.h>
@@ -100,7 +100,8 @@ TEST(UsbPorts, HaveTheirPathFromTheControllerAsKey) {
                             "0000:00:14.0/usb2/2:1.0/port2"));
 }
 
-// On a kernel that shows no ports, hubs have their number of ports, and the names of devices their places.
+// On a kernel without port folders, `maxchild` of a hub has the number of ports, and the names of devices
+// have the numbers of their ports.
 TEST(UsbPorts, FallBackToTheHubsNumberOfPorts) {
     const std::string root = std::string(controllerPath) + "/usb1";
     const std::string hub = root + "/1-2";

@@ -1,4 +1,4 @@
-// Boards of the firmware's table, and of the kernel's excerpt where the table is not to be had.
+// Boards of the firmware's table, and of the kernel's excerpt if the table is missing.
 #include "tests/machine/collect/collect_fixture.h"
 
 #include <gmock/gmock.h>

@@ -98,7 +98,7 @@ TEST(SystemSlots, NameTheCardInThemByChipAndCard) {
               "System slot, PCI Express 3 x16, in use by Maker Chip (Card) at 0000:05:00.0");
 }
 
-TEST(SystemSlots, NameTheFunctionBehindThePortThatTheFirmwareGives) {
+TEST(SystemSlots, NameTheFunctionBelowThePortThatTheFirmwareReports) {
     TCollected collected;
     const std::string port = "/sys/bus/pci/devices/0000:00:1c.0";
     Collect(Table(Slot("S", "b6", "04", "00 e0")) + Function("0000:00:1c.0", "060400") + port +
@@ -116,8 +116,8 @@ TEST(SystemSlots, NameNoFunctionInAnEmptySlot) {
         return collected.Get(slot, "Description");
     };
     const std::string inUse = "System slot, PCI Express 3 x16, in use";
-    // A port that leads nowhere, an address that nothing answers to, and the host bridge at the address that
-    // means none.
+    // The addresses of a port without a device, of no device, and of the host bridge, which firmware uses as
+    // a placeholder.
     EXPECT_EQ(describe(Slot("S", "b6", "04", "00 e0"), Function("0000:00:1c.0", "060400")), inUse);
     EXPECT_EQ(describe(Slot("S", "b6", "04", "05 00"), ""), inUse);
     EXPECT_EQ(describe(Slot("S", "b6", "04", "00 00"), Function("0000:00:00.0", "060000")), inUse);

@@ -1,4 +1,4 @@
-// Where the kernel's texts of the firmware are read, also in trees that were captured without the class.
+// The folder of the kernel's firmware texts, also in trees that were captured without the class.
 #include "machine/collect/frame/dmi_folder.h"
 
 #include "tests/machine/collect/collect_fixture.h"

@@ -47,7 +47,7 @@ TEST(FirmwareTable, GivesOneWarningWhenItIsMalformed) {
                             "the type"));
 }
 
-// Texts as firmware writes them that pads names to a width of its own.
+// Firmware that pads names to a fixed width writes such texts.
 TEST(FirmwareTable, RemovesThePaddingWithinNames) {
     TCollected collected;
     Collect(

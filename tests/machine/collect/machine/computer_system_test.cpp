@@ -1,4 +1,4 @@
-// Where a machine's identity comes from, source by source.
+// The sources of a machine's identity, in the order of preference.
 #include "tests/machine/collect/collect_fixture.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// KELSG_Process: one instance for each process, when asked for.
+// KELSG_Process: one instance for each process, only on request.
 #include "tests/machine/collect/collect_fixture.h"
 
 #include <gmock/gmock.h>

@@ -103,7 +103,7 @@ std::string Cpu(int number, const std::string& file, const std::string& value) {
     return "/sys/devices/system/cpu/cpu" + std::to_string(number) + "/" + file + " = " + value + "\n";
 }
 
-TEST(Processors, AreOkWhenTheKernelHasThemOnlineThoughTheFirmwareCallsThemIdle) {
+TEST(Processors, PreferTheKernelsOnlineStateToTheFirmwaresIdleState) {
     EXPECT_THAT(Statuses(Sockets(SocketWithStatus("A", "41") + SocketWithStatus("B", "44")) +
                          Package(0, 0, 3000) + Package(1, 1, 3000) + Cpu(1, "online", "1")),
                 ElementsAre("{2}", "{2}"));
@@ -123,12 +123,12 @@ TEST(Processors, AreStoppedWhenAllOfAPackageAreOffline) {
     EXPECT_THAT(Statuses(tree + Cpu(3, "online", "0")), ElementsAre("{2}", "{10}"));
 }
 
-// The kernel takes the topology of an offline processor away.
+// The kernel removes the topology of an offline processor.
 TEST(Processors, AreStoppedWhenTheirPackageIsHiddenWithAllItsProcessors) {
     const std::string sockets = Sockets(SocketWithStatus("A", "41") + SocketWithStatus("B", "44"));
     EXPECT_THAT(Statuses(sockets + Package(0, 0, 3000) + Cpu(1, "online", "0")), ElementsAre("{2}", "{10}"));
     EXPECT_THAT(Statuses(sockets + Package(0, 1, 3000) + Cpu(1, "online", "0")), ElementsAre("{10}", "{2}"));
-    // The number of this package is that of no socket.
+    // No socket has the number of this package.
     EXPECT_THAT(Statuses(sockets + Package(0, 3, 3000) + Cpu(1, "online", "0")), ElementsAre("{2}", "{15}"));
 }
 

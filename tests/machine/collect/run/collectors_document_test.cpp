@@ -1,5 +1,5 @@
-// docs/collectors.md against the code: the same collectors, classes, properties and types in the same order,
-// and a word on the source of each property.
+// Compares docs/collectors.md with the code: both have the same collectors, classes, properties and types in
+// the same order, and the document has a source for each property.
 #include "machine/collect/run/collectors.h"
 
 #include <gmock/gmock.h>

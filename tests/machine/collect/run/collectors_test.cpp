@@ -1,4 +1,4 @@
-// The table of collectors, what it declares, and how a run of it fares.
+// The list of collectors, the classes that they declare, and runs of collectors.
 #include "host/vor_exception.h"
 #include "machine/collect/frame/collection.h"
 #include "tests/machine/collect/collect_fixture.h"
@@ -23,7 +23,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Optional;
 
-TEST(GetCollectors, HaveNamesDescriptionsAndFunctionsOfTheirOwn) {
+TEST(GetCollectors, HaveUniqueNamesDescriptionsAndFunctions) {
     std::set<std::string_view> names;
     for (const TCollector& collector : GetCollectors()) {
         EXPECT_TRUE(names.insert(collector.name).second) << collector.name;
@@ -34,7 +34,7 @@ TEST(GetCollectors, HaveNamesDescriptionsAndFunctionsOfTheirOwn) {
     EXPECT_GE(names.size(), 8U);
 }
 
-// Every definition "extern constinit const TCollector" below machine/collect/.
+// Counts the definitions "extern constinit const TCollector" below machine/collect/.
 std::size_t CountDefinitions() {
     std::size_t count = 0;
     for (const auto& entry :
@@ -67,7 +67,7 @@ TEST(GetCollectors, DeclareEveryPropertyThatTheDocumentsWrite) {
         for (const IClassDeclaration* declaration : collector.fills) {
             const TResourceClass* row = FindResourceClass(declaration->GetName());
             if (row == nullptr) {
-                continue;  // a class of the host's own
+                continue;  // not a class of the documents
             }
             std::set<std::string> declared;
             for (const TPropertyDeclaration& property : declaration->GetProperties()) {
@@ -139,7 +139,7 @@ TEST(GetCollectors, SetEveryPropertyButTheseOnSomeMachine) {
     EXPECT_TRUE(std::includes(declared.begin(), declared.end(), set.begin(), set.end()));
 }
 
-TEST(GetCollectors, AnswerWithATypedNullForWhatIsNotSet) {
+TEST(GetCollectors, ReturnATypedNullForAnUnsetProperty) {
     TCollected collected;
     Collect("", collected);
     const auto& system = collected.target.FindClass("KELSG_ComputerSystem")->GetInstances().at(0);

@@ -130,7 +130,7 @@ TEST(BasedOn, ReplacesALayerWithoutAnInstanceByTheDevicesBelowIt) {
     EXPECT_THAT(ListPairs(collected), ElementsAre(logical + "\"vda-serial\"", logical + "\"vdb-serial\""));
 }
 
-TEST(BasedOn, EndsOnACircleOfLayers) {
+TEST(BasedOn, EndsOnACycleOfLayers) {
     TCollected collected;
     const std::string group(32, 'G');
     Collect(

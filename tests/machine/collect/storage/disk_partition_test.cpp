@@ -12,7 +12,7 @@ using testing::IsEmpty;
 
 constexpr const char* partition = "CIM_DiskPartition";
 
-// A partition that the kernel made from the table on a block device.
+// A partition that the kernel created from the table on a block device.
 std::string KernelPartition(const std::string& whole, const std::string& name, int number,
                             const std::string& uuid) {
     const std::string folder = "/sys/block/" + whole + "/" + name;

@@ -1,4 +1,4 @@
-// Which block devices are disks, the class of each, and the sources of their keys.
+// The block devices that are disks, the class of each, and the sources of their keys.
 #include "tests/machine/collect/collect_fixture.h"
 
 #include <gmock/gmock.h>
@@ -52,7 +52,7 @@ TEST(Disks, HaveTheGeneralClassIfAHypervisorEmulatesThem) {
                             "Xen virtual disk"));
 }
 
-// A captured tree may hold nothing of the adapter but its place.
+// A captured tree may have no other trace of the adapter than its path.
 TEST(Disks, AreVirtualBelowAVirtioDevice) {
     TCollected collected;
     Collect(
@@ -72,7 +72,7 @@ std::string UsbDisk(const std::string& name, const std::string& vendorId,
            "/idVendor = " + vendorId + "\n";
 }
 
-// The description of the one disk of a tree, after its class.
+// Returns the class of the only disk of a tree, and its description.
 std::string DescribeDisk(const std::string& tree) {
     TCollected collected;
     Collect(tree, collected);
@@ -112,7 +112,7 @@ TEST(Disks, ArePhysicalOnUsbUnlessAManagementControllerIsNamed) {
     }
 }
 
-// Storage arrays call their volumes virtual disks, too.
+// Storage arrays also name their volumes virtual disks.
 TEST(Disks, AreEmulatedByAManagementControllerOnUsbOnly) {
     EXPECT_EQ(DescribeDisk(ScsiDisk("sda", 0, {"vendor = ARRAY", "model = Virtual Disk"})),
               "physical: SCSI disk drive");
@@ -145,7 +145,7 @@ TEST(Disks, HaveNoRotationIfTheirMediaAreRemovable) {
               "physical: SCSI solid-state drive");
 }
 
-// A name space behind one controller with the transport given.
+// A name space of one controller with the given transport.
 std::string NameSpace(const std::string& transport) {
     const std::string controller = "/sys/devices/virtual/sample/ctl/nvme0";
     return "/sys/block/nvme0n1 -> " + controller + "/nvme0n1\n" + controller +
@@ -183,7 +183,7 @@ TEST(Disks, AreNotPhysicalInAnIscsiSession) {
               "other: iSCSI network disk");
 }
 
-// The class of the one unit at a channel of a host.
+// Returns the class of the only unit on a channel of a host.
 std::string ClassOf(const std::string& driver, int channel) {
     const std::string address = "0:" + std::to_string(channel) + ":0:0";
     TCollected collected;
@@ -300,7 +300,7 @@ TEST(Disks, HaveTheirWholeAtaModelFromItsPage) {
     EXPECT_EQ(collected.Get(physical, "ElementName"), "SAMPLE HD 1000-16BYTES AND MORE");
 }
 
-// The kernel makes the attribute for every SCSI device and refuses to show it for one without such a name.
+// The kernel creates the attribute for every SCSI device; reading it fails for a device without such a name.
 TEST(DiskKeys, IgnoreAWorldWideNameWithoutAValue) {
     TMachine machine = ParseMachineTree(
         ScsiDisk("sda", 0, {"wwid = unread", "model = Disk", "vpd_pg80 bytes:\n| 00 80 00 02 \"S1\""}));

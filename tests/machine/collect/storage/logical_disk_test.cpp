@@ -1,4 +1,4 @@
-// Volumes of the kernel: which there are, what they are called, and what may fail below them.
+// Volumes that the kernel builds: their names, keys and properties.
 #include "tests/machine/collect/collect_fixture.h"
 
 #include <gmock/gmock.h>
@@ -39,7 +39,7 @@ std::string Array(const std::string& name, const std::string& metadataVersion) {
            "/md/metadata_version = " + metadataVersion + "\n";
 }
 
-// A container, an array in it, the same while it may only be read, and two of md's own formats.
+// A container, an array in it, a read-only array in it, and two arrays in md's own formats.
 TEST(LogicalDisks, ListArraysInContainersButNotTheContainers) {
     TCollected collected;
     Collect(Array("md127", "external:imsm") + Array("md126", "external:/md127/0") +
@@ -48,7 +48,7 @@ TEST(LogicalDisks, ListArraysInContainersButNotTheContainers) {
     EXPECT_THAT(collected.GetAll(logical, "ElementName"), ElementsAre("md0", "md1", "md125", "md126"));
 }
 
-TEST(LogicalDisks, AreCollectedIfTheirLayersFormACircle) {
+TEST(LogicalDisks, AreCollectedIfTheirLayersFormACycle) {
     TCollected collected;
     Collect(
         "/sys/block/dm-0/dm/uuid = mpath-a\n/sys/block/dm-0/slaves/dm-1/size = 1\n"
