@@ -27,7 +27,7 @@ if(NOT CMAKE_CXX_LINK_PIE_SUPPORTED)
   message(WARNING "Programs are not linked position independent: ${pie_output}")
 endif()
 
-# Not every processor has a form of these.
+# These flags are not supported for every processor.
 include(CheckCXXCompilerFlag)
 foreach(flag stack-clash-protection cf-protection)
   string(MAKE_C_IDENTIFIER "NOXINFO_HAS_${flag}" known)
@@ -43,7 +43,7 @@ target_compile_options(noxinfo_flags INTERFACE
   -fstack-protector-strong ${NOXINFO_HARDENING}
   -fno-semantic-interposition
   $<$<CONFIG:Release,RelWithDebInfo>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>)
-# With full optimisation g++ 12 warns of overlaps that cannot be when a literal and a number's text are put together.
+# With full optimisation, g++ 12 warns of impossible overlaps when a literal and the text of a number are joined.
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
   target_compile_options(noxinfo_flags INTERFACE $<$<CONFIG:Release,RelWithDebInfo>:-Wno-restrict>)
 endif()

@@ -90,9 +90,6 @@ def is_disk(name):
     return not name.startswith(NO_DISKS)
 
 
-# ---- lsblk with sizes in bytes
-
-
 def explain_container(theirs, ours):
     return "the kernel shows one or two blocks of an extended partition; its size is that of its table" \
         if ours is None and theirs in ("512", "1024") else None
@@ -138,9 +135,6 @@ def compare_summary(machine, summary, instances, agreement):
     optical = [disk for disk in summary["block"]["disks"] if disk["drive_type"] == "odd"]
     agreement.compare(machine, "optical drives", "optical drive: count", len(optical),
                       len(instances_of(instances, OPTICAL_CLASSES)))
-
-
-# ---- lsblk with rounded sizes
 
 
 def explain_model(theirs, ours):
@@ -193,9 +187,6 @@ def compare_rounded(machine, basic, topology, vendor, instances, agreement):
         agreement.compare(machine, name, "volume: size as lsblk rounds it", row["SIZE"], human(size))
 
 
-# ---- NVMe subsystems
-
-
 def describe_nvme(tree, name):
     """Compares media only where the tree has the rotational attribute."""
     rotational = tree / f"sys/block/{name}/queue/rotational"
@@ -223,9 +214,6 @@ def add_block_folder(tree):
             (folder / device.name).symlink_to(f"../{device.relative_to(tree / 'sys')}")
 
 
-# ---- small trees without a decode, whose content is known
-
-
 FOUND = {  # archive -> {folder in it: {classes: instances}}
     "pcp-tape-root-001.tgz": {".": {("KELSG_TapeDrive",): 1, DISK_CLASSES: 0}},
     "pcp-fchost-root-001.tgz": {".": {DISK_CLASSES: 0}},
@@ -239,9 +227,6 @@ def compare_found(archive, tree, counts, noxinfo, agreement):
     for classes, count in counts.items():
         agreement.compare(f"{archive} {tree.name}", "drives", f"{classes[0]}: count", count,
                           len(instances_of(instances, classes)))
-
-
-# ---- every comparison
 
 
 def compare(captures, noxinfo, agreement):

@@ -9,8 +9,6 @@ TREES = {  # archive -> (folder in it, lspci's text)
     "pci/tree-asus-p6t6.sysroot.tar.gz": ".",
 }
 
-# ---- values of the text
-
 
 def registers(function):
     """The base address registers that are not zero."""
@@ -88,8 +86,6 @@ def pin(function):
 
 INTERFACES = {0x00: "2", 0x10: "3"}  # UHCI, OHCI; all others are "other"
 
-# ---- names
-
 
 def explain_name(theirs, ours):
     if re.search(r" Device$", theirs) and re.search(r"[0-9a-f]{4}:[0-9a-f]{4}$", ours):
@@ -128,9 +124,6 @@ SYNONYMS = {
 
 def explain_class(theirs, ours):
     return "classes have names of their own here" if SYNONYMS.get(theirs) == ours else None
-
-
-# ---- one function
 
 
 def compare_function(machine, function, ours, agreement):
@@ -209,9 +202,6 @@ def compare_machine(machine, text, instances, agreement):
             if function.address in by_address:
                 compare_function(machine, function, by_address[function.address], agreement)
     compare_controllers(machine, functions, instances, agreement)
-
-
-# ---- every comparison
 
 
 def text_of(captures, archive):

@@ -38,9 +38,6 @@ def stem(archive):
     return re.sub(r"\.(tar\.\w+|sysinfo\.tgz)$", "", archive)
 
 
-# ---- lscpu
-
-
 def parse_lscpu(text):
     return dict(re.findall(r"^([^:\n#]+): +(\S.*?) *$", text, re.MULTILINE))
 
@@ -65,9 +62,6 @@ def compare_lscpu(machine, facts, instances, agreement):
         check("MaxClockSpeed", fastest and str(int(float(fastest))))
         check("AddressWidth", wide)
         check("DataWidth", wide)
-
-
-# ---- hwloc
 
 
 def parse_console(text):
@@ -122,18 +116,12 @@ def read_hwloc(folder, archive):
     return parse_xml((folder / f"{stem(archive)}.hwloc.xml").read_text(encoding="utf-8"))
 
 
-# ---- machine information of a container monitor
-
-
 def compare_machine_info(machine, info, instances, agreement):
     system = instances["KELSG_OperatingSystem"][0]
     agreement.compare(machine, "processors", "processor: count", str(info["num_sockets"]),
                       str(len(instances.get("KELSG_Processor", []))))
     for field, name in (("TotalVisibleMemorySize", "memory_capacity"), ("TotalSwapSpaceSize", "swap_capacity")):
         agreement.compare(machine, "memory", f"memory: {field}", str(info[name] // 1024), system.get(field))
-
-
-# ---- every comparison
 
 
 def compare(captures, noxinfo, agreement):

@@ -7,8 +7,6 @@ import tempfile
 
 from capture_comparison import dmidecode_text, namespace
 
-# ---- finding the decode of a table
-
 
 def find_text(folder, tree):
     """Finds the decode of the tree "GROUP-NAME": GROUP/NAME*.dmidecode.txt, or GROUP/NAME/dmidecode.txt."""
@@ -20,9 +18,6 @@ def find_text(folder, tree):
         if len(found) == 1:
             return found[0]
     raise FileNotFoundError(f"no decode of {tree}")
-
-
-# ---- values of the decode
 
 
 def number(text, unit):
@@ -48,8 +43,6 @@ def squeezed(text):
     return None if text is None else " ".join(text.split())
 
 
-# ---- reasons why texts may differ
-
 # Placeholders of firmware; the collected property is absent for them.
 FILLERS = re.compile(
     r"(not specified|not available|none|n/?a|null|unknown|undefined|empty|default string|default|o\.?e\.?m\.?"
@@ -72,8 +65,6 @@ def explain_text(theirs, ours):
 def _dotted(text):
     return re.sub(r"[^\x20-\x7e]", ".", text).strip()
 
-
-# ---- memory
 
 FORM_FACTORS = {
     "Other": 1, "Unknown": 0, "SIMM": 7, "SIP": 2, "Chip": 1, "DIP": 3, "ZIP": 4, "Proprietary Card": 6, "DIMM": 8,
@@ -168,8 +159,6 @@ def compare_memory_arrays(machine, records, instances, agreement):
             agreement.compare(machine, place, f"memory array: {field}", str(value), instance.get(field))
 
 
-# ---- slots
-
 WIDTHS = {  # what dmidecode prints before the type -> MaxDataWidth
     "8-bit": 8, "16-bit": 16, "32-bit": 32, "64-bit": 64, "128-bit": 128, "x1": 1, "x2": 1, "x4": 1, "x8": 1,
     "x12": 1, "x16": 1, "x32": 1,
@@ -253,9 +242,6 @@ def explain_hot_plug(theirs, ours):
     return None
 
 
-# ---- boards
-
-
 def compare_boards(machine, records, instances, agreement):
     boards = [record for record in records if record.kind == 2]
     ours = instances.get("KELSG_Card", [])
@@ -287,8 +273,6 @@ def removal_conditions(features):
         return "4"
     return "3" if {"Board is removable", "Board is replaceable"} & set(features) else "2"
 
-
-# ---- processors
 
 FAMILIES = {
     "Other": 1, "Unknown": 2, "Pentium II": 17, "Pentium III": 17, "Pentium III Xeon": 176, "Pentium M": 185,
@@ -329,9 +313,6 @@ def compare_processors(machine, records, instances, agreement):
         check("DataWidth", wide)
 
 
-# ---- the machine
-
-
 def compare_system(machine, records, instances, agreement):
     systems = [record for record in records if record.kind == 1]
     ours = instances["KELSG_ComputerSystem"][0]
@@ -365,8 +346,6 @@ def explain_uuid(theirs, ours):
         return "a UUID that firmware ships on many machines counts as absent"
     return None
 
-
-# ---- every comparison
 
 COMPARED = (compare_system, compare_boards, compare_processors, compare_memory, compare_memory_arrays, compare_slots)
 

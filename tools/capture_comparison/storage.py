@@ -12,8 +12,6 @@ from capture_comparison.block import (
     DISK_CLASSES, OPTICAL_CLASSES, instances_of, is_disk, kilobytes, logical_volume_name, media_sizes,
     partitions_by_name)
 
-# ---- a machine in neutral terms
-
 
 class Machine:
     def __init__(self, name):
@@ -37,9 +35,6 @@ def dos_partition(number, code, is_bootable):
 def array_uuid(text):
     digits = text.replace(":", "")
     return "-".join((digits[:8], digits[8:12], digits[12:16], digits[16:20], digits[20:]))
-
-
-# ---- comparison
 
 
 def explain_mapped(theirs, ours):
@@ -71,9 +66,6 @@ def compare_machine(machine, instances, agreement):
     for name, properties in machine.volumes.items():
         for field, value in properties.items():
             check(name, f"volume: {field}", value, volumes.get(name, {}).get(field))
-
-
-# ---- probert: udev's properties and attributes, with the tables as sfdisk reads them
 
 
 def size_of(record):
@@ -147,9 +139,6 @@ def read_probert(path, tree):
         name = f"{volume['volgroup']}/{volume['name']}"
         machine.volumes.setdefault(name, {})["NumberOfBlocks"] = str(int(volume["size"].rstrip("B")) // 512)
     return machine
-
-
-# ---- libstorage-ng: outputs of commands, with the expected graph of devices
 
 
 class Mockup:
@@ -228,9 +217,6 @@ def read_graph(path, mockup, graph):
             machine.volumes[multipath.findtext("dm-table-name")] = {
                 "NumberOfBlocks": str(region_bytes(multipath) // 512), "Description": "Multipath device"}
     return machine
-
-
-# ---- every comparison
 
 
 def compare(captures, noxinfo, agreement):

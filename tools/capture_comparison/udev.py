@@ -13,8 +13,6 @@ CONTROLLERS = (("KELSG_VideoController", 0x03, None), ("KELSG_USBController", 0x
                ("KELSG_IDEProtocolController", 0x01, 0x01))
 BRIDGES = (0x0604, 0x0607, 0x0609)
 
-# ---- the tree
-
 
 def add_function(tree, record):
     vendor, device = record["PCI_ID"].split(":")
@@ -54,9 +52,6 @@ def build(tree, records):
             add_function(tree, record)
         elif is_whole(record) or is_numbered_partition(record):
             add_block_device(tree, record)
-
-
-# ---- PCI
 
 
 def explain_name(record, theirs, ours):
@@ -102,9 +97,6 @@ def compare_functions(machine, records, instances, agreement):
             agreement.compare(machine, address, "PCI: ElementName",
                               f"{record['ID_VENDOR_FROM_DATABASE']} {record['ID_MODEL_FROM_DATABASE']}",
                               instance.get("ElementName"), functools.partial(explain_name, record))
-
-
-# ---- block devices
 
 
 def kind_of(record):
@@ -177,9 +169,6 @@ def flatten(rows):
     for row in rows:
         yield row
         yield from flatten(row.get("children", []))
-
-
-# ---- every comparison
 
 
 def compare_machine(path, noxinfo, agreement):
