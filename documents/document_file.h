@@ -31,7 +31,7 @@ class TDocumentFile {
 
     /// Returns the next bytes of the document, which stay valid until the next call; none at its end.
     /// Errors: throws TDocumentError for a read error, and for compressed data that is damaged, truncated or
-    /// too large.
+    ///         too large.
     std::string_view Read();
 
   private:

@@ -6,7 +6,8 @@
 namespace NVORHOST {
 
 /// True if `bytes` are well-formed UTF-8 without characters that XML 1.0 forbids: control characters other
-/// than tab, line feed and carriage return, U+FFFE and U+FFFF. Source: XML 1.0, production 2 (Char).
+/// than tab, line feed and carriage return, U+FFFE and U+FFFF.
+/// Source: XML 1.0, production 2 (Char).
 bool IsXmlText(std::string_view bytes);
 
 /// The white space of XML: space, tab, line feed, carriage return. Source: XML 1.0, production 3 (S).

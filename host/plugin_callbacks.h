@@ -3,8 +3,7 @@
 //
 // Binary contract: the virtual operations follow the two destructor slots in this order.
 // - `IPluginCallbacks`: `GetType`, `GetName`, `GetVersion`, `GetInterfaceVersion`, `PrepareForUnload`,
-// `Init`,
-//   `DeInit`.
+//   `Init`, `DeInit`.
 // - `IPluginBasicQueryCallbacks`: `GetData`.
 //
 // A query plug-in derives from both, IPluginCallbacks first; the host finds the second by dynamic_cast.

@@ -10,8 +10,9 @@
 namespace NVORHOST {
 
 /// Loads the shared object `path` and returns the address of `symbol` in it. The object is never unloaded:
-/// objects of its types, exceptions among them, may outlive the caller. Errors: throws std::runtime_error
-/// with the dynamic linker's message if the object or the symbol is missing.
+/// objects of its types, exceptions among them, may outlive the caller.
+/// Errors: throws std::runtime_error with the dynamic linker's message if the object or the symbol is
+///         missing.
 void* LoadSymbol(const std::string& path, const char* symbol);
 
 /// LoadSymbol for a function of the type TFunction, a pointer to function.
@@ -26,8 +27,8 @@ std::string ReadProgramPath();
 
 /// Returns the normalised path of `relative`, which is relative to the folder of the running program. Build
 /// tree and installed tree have the same layout, so this finds the parts of both, wherever the tree has been
-/// moved, and no file of that name from a search path. The result need not exist. Errors: throws
-/// std::runtime_error as ReadProgramPath does.
+/// moved, and no file of that name from a search path. The result need not exist.
+/// Errors: throws std::runtime_error as ReadProgramPath does.
 std::string FindBesideProgram(std::string_view relative);
 
 /// Returns the path of `relative`, which is relative to the folder of the shared object or program that

@@ -141,7 +141,7 @@ std::string ProduceFiles(TNoxinfoPluginCallbacks& plugin, const boost::shared_pt
 
 void AddResultInstance(TNoxinfoPluginCallbacks& plugin, ICIMClass& resultClass, const TResult& result) {
     const TOptionsMap noOptions;
-    // Declared before the text, so that the text is freed first.
+    // The instance is declared before the text, so that the text is freed first.
     boost::shared_ptr<ICIMInstance> instance;
     const std::unique_ptr<char[]> encoded = EncodeBytes(plugin, result.hardwareBytes);
     instance = resultClass.CreateInstance(noOptions);

@@ -12,8 +12,9 @@
 
 namespace {
 
-// Enough for documents of some tens of thousands of resources. Only address space until text fills it.
-// Reserved once, because a buffer that doubles copies its text and faults in new pages each time.
+// This is enough for documents of some tens of thousands of resources, and only address space until text
+// fills it. It is reserved once, because a buffer that doubles copies its text and faults in new pages each
+// time.
 constexpr std::size_t documentRoom = std::size_t{64} << 20;
 
 // Allows the kernel to use large pages: a page fault for each 4 KiB of text takes longer than rendering it.

@@ -13,8 +13,8 @@
 #include <string>
 #include <vector>
 
-/// The plug-in's own version. Distinct from `NKELVOR20::fdrPluginInterfaceVersion` on purpose: the two change
-/// for different reasons.
+/// The plug-in's own version. It is not `NKELVOR20::fdrPluginInterfaceVersion`, because the two change for
+/// different reasons.
 inline constexpr char kPluginVersion[] = "1.0";
 
 /// The query plug-in. It has no data members, so requests are independent of each other. They must not

@@ -15,7 +15,7 @@ constexpr char pad = '=';
 
 using TCharacterPair = std::array<char, 2>;
 
-// The two characters of each 12-bit value: a group takes two lookups instead of four.
+// The table has two characters for each 12-bit value, so that a group takes two lookups instead of four.
 constexpr auto characterPairs = [] {
     std::array<TCharacterPair, 4096> pairs{};
     for (std::size_t bits = 0; bits < pairs.size(); ++bits) {

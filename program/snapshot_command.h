@@ -8,7 +8,8 @@
 namespace NVORHOST {
 
 /// Saves the namespace. Prints the outcome of the collection to `out`, or to standard error if the snapshot
-/// goes to standard output. Errors: throws TRunFailure.
+/// goes to standard output.
+/// Errors: throws TRunFailure.
 EExitStatus RunSnapshot(const TSnapshotOptions& options, std::ostream& out);
 
 }  // namespace NVORHOST

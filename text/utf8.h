@@ -9,7 +9,8 @@
 namespace NVORHOST {
 
 /// Returns the length, 2 to 4, of the well-formed multi-byte sequence that `bytes` starts with; 0 for an
-/// empty text, an ASCII character, and a malformed or truncated sequence. Source: Unicode, table 3-7.
+/// empty text, an ASCII character, and a malformed or truncated sequence.
+/// Source: Unicode, table 3-7.
 std::size_t MultiByteLength(std::string_view bytes);
 
 /// Returns the code point of `sequence`, which must be one whole well-formed character of 1 to 4 bytes.

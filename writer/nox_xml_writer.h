@@ -60,8 +60,7 @@ class TNOXXMLWriterImpl {
     bool WriteSysInfoProperty(std::string name, std::string value, std::string type);
     /// Returns `Manufacturer` of the single `KELSG_ComputerSystem` instance.
     /// Errors: TVORException with code 15 unless there is exactly one instance; otherwise what the host
-    /// throws
-    ///         for a missing class, property or value.
+    ///         throws for a missing class, property or value.
     static std::string GetUSMIManufacturer(TNamespacePtr collected);
     /// Maps a CIM OSType code to a platform: "win32", "win64", "linux" or "other".
     static std::string ConvertOSType(unsigned short code);
@@ -78,10 +77,10 @@ class TNOXXMLWriterImpl {
 
     /// Writes the property `sourceName` of `instance` under the name `outputName`. For "ObjectType" and
     /// "GUID" an element with `sourceName` as its value is written first; for "Name" from "GetHostName" one
-    /// with the operating system's name. The lookup of `sourceName` follows in these cases too. Absent:
-    /// nothing is written for a property that is null or has a null value. Returns false if the instance has
-    /// no such property (TVORException from the lookup). Errors: std::out_of_range for a product name that
-    /// ends before its model number; exceptions from the
+    /// with the operating system's name. The lookup of `sourceName` follows in these cases too.
+    /// Absent: nothing is written for a property that is null or has a null value. Returns false if the
+    ///         instance has no such property (TVORException from the lookup).
+    /// Errors: std::out_of_range for a product name that ends before its model number; exceptions from the
     ///         host after the lookup. The element may then be left open.
     bool WriteResourceProperty(std::string outputName, std::string sourceName, TInstancePtr instance);
     /// Writes one "Value" line for a scalar, "VALUE" lines within "VALUE.ARRAY" for an array, nothing for
@@ -101,8 +100,7 @@ class TNOXXMLWriterImpl {
     /// Returns the identifier of a resource across inventories: 32 hexadecimal digits made from its type and
     /// the value of one key property, or of two if `keyProperty2` is not empty. `reserved` is ignored.
     /// Absent: a key that cannot be read is left out, after a line in the log (level 3). Such resources of
-    /// one
-    ///         type share an identifier. Exceptions of the instance and its properties are caught.
+    ///         one type share an identifier. Exceptions of the instance and its properties are caught.
     static std::string GetResourceID(std::string resourceType, TInstancePtr instance,
                                      std::string keyProperty1, std::string keyProperty2,
                                      std::string reserved);

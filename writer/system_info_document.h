@@ -23,6 +23,5 @@ void WriteSystemInfoProperty(TLineOutput& out, std::string_view name, std::strin
 
 /// Returns `Manufacturer` of the single `KELSG_ComputerSystem` instance.
 /// Errors: TVORException with code 15 unless there is exactly one instance; otherwise what the host throws
-/// for
-///         a missing class, property or value.
+///         for a missing class, property or value.
 std::string GetManufacturer(const boost::shared_ptr<NKELVOR20::ICIMNamespace>& collected);

@@ -26,8 +26,7 @@ struct TEdid {
 /// Shape:  a base block of 128 bytes, and extension blocks, which are not read.
 /// Absent: fewer bytes, another header, a wrong checksum, or a maker that is not three letters.
 /// Size:   that of the first detailed timing in millimetres, or else that of the base block, which is in
-/// whole
-///         centimetres.
+///         whole centimetres.
 /// Source: VESA Enhanced EDID standard, release A, revision 2 (EDID 1.4), 3.3 to 3.10.
 std::optional<TEdid> ParseEdid(std::string_view bytes);
 

@@ -14,7 +14,8 @@ namespace NVORHOST {
 inline constexpr std::size_t vpdHeaderBytes = 4;
 
 /// Returns the serial number of page 80h without blanks around it; nullopt for another page, a truncated one
-/// and an empty serial number. Source: SPC-4, 7.8.15.
+/// and an empty serial number.
+/// Source: SPC-4, 7.8.15.
 std::optional<std::string> ParseVpdSerial(std::string_view page);
 
 /// A designator of page 83h.
@@ -29,12 +30,14 @@ inline constexpr std::uint8_t vendorSpecificDesignator = 0;
 inline constexpr std::uint8_t t10VendorDesignator = 1;
 
 /// Returns the designators in the body of page 83h, the bytes after its header. A truncated designator ends
-/// the list. Source: SPC-4, 7.8.6.
+/// the list.
+/// Source: SPC-4, 7.8.6.
 std::vector<TVpdDesignator> ParseVpdDesignators(std::string_view body);
 
 /// Returns the whole model name of an ATA disk from the T10 designator that the kernel puts into page 83h:
 /// the vendor "ATA     ", 40 characters of model and 20 of serial number. The attribute `model` of sysfs has
-/// only its first 16 characters. Returns nullopt for any other page. Source: SPC-4, 7.8.6; SAT-3, 10.4.4.
+/// only its first 16 characters. Returns nullopt for any other page.
+/// Source: SPC-4, 7.8.6; SAT-3, 10.4.4.
 std::optional<std::string> ParseVpdAtaModel(std::string_view page);
 
 /// The medium of a disk, by page B1h.

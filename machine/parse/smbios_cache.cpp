@@ -17,7 +17,7 @@ std::uint64_t ToKiB(T field) {
     return (field & granularity) != 0 ? units * largeUnitKiB : units;
 }
 
-// The word, or the extended doubleword if it is there and the word refers to it.
+// Returns the word, or the extended doubleword if it is present and the word refers to it.
 std::optional<std::uint64_t> ReadSize(const TByteView& fields, std::size_t offset,
                                       std::size_t extendedOffset) {
     const auto word = fields.GetWord(offset);

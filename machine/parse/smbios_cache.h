@@ -13,8 +13,8 @@ struct TSmbiosCache {
     std::optional<std::string> designation;  ///< 04h, such as "L1 Cache"
     std::optional<std::uint8_t> level;       ///< 05h bits 2:0, 1-based
     std::optional<bool> isEnabled;           ///< 05h bit 7, at boot
-    std::optional<std::uint8_t>
-        mode;  ///< 05h bits 9:8: 0 write-through, 1 write-back, 2 varies; not 3, unknown
+    /// 05h bits 9:8: 0 write-through, 1 write-back, 2 varies; absent for 3, unknown.
+    std::optional<std::uint8_t> mode;
     std::optional<std::uint64_t> maxSizeKiB;      ///< 07h or 13h
     std::optional<std::uint64_t> installedKiB;    ///< 09h or 17h; 0 for a cache that is not installed
     std::optional<std::uint8_t> errorCorrection;  ///< 10h, an error correction type of the reference

@@ -29,7 +29,7 @@ std::optional<std::uint64_t> ParseCapacity(const TByteView& fields) {
     return (*size & isInKibibytes) != 0 ? (*size & 0x7FFFU) * kibibyte : *size * mebibyte;
 }
 
-// The word at `offset`, or the double word at `extendedOffset` if the word refers to it.
+// Returns the word at `offset`, or the double word at `extendedOffset` if the word refers to it.
 std::optional<std::uint32_t> ParseSpeed(const TByteView& fields, std::size_t offset,
                                         std::size_t extendedOffset) {
     constexpr std::uint32_t unknown = 0;

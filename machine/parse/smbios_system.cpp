@@ -76,7 +76,7 @@ std::optional<std::string> ReadRelease(const TByteView& fields, std::size_t offs
     return std::to_string(*major) + "." + std::to_string(*minor);
 }
 
-// Two digits are of the last century, whose firmware was the only one to write them.
+// Two digits are a year of the last century, because later firmware writes four.
 std::optional<std::uint16_t> ParseYear(std::string_view digits) {
     constexpr std::uint16_t century = 1900;
     constexpr std::uint16_t firstShortYear = 80;

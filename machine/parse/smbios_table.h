@@ -60,8 +60,7 @@ class TSmbiosStructure {
     std::size_t size_;
 };
 
-/// Returns the structures of a table in order, up to the end-of-table structure (type 127), which is left
-/// out.
+/// Returns the structures of a table in order, up to and without the end-of-table structure (type 127).
 /// Skipped: texts left over after an empty text that ended their string set early, and everything between a
 ///          malformed structure and the next well-formed one.
 /// Source: DSP0134, 6.1.

@@ -13,7 +13,8 @@ struct TUtmpField {
 };
 
 /// The layout of a record. Texts end at the first NUL or fill their field. The address has 4 bytes, followed
-/// by zeros, or 16. Source: utmp(5), the layout of x86-64 and of every little-endian Linux with 32-bit times.
+/// by zeros, or 16.
+/// Source: utmp(5), the layout of x86-64 and of every little-endian Linux with 32-bit times.
 inline constexpr std::size_t utmpRecordBytes = 384;
 inline constexpr TUtmpField utmpUser{44, 32};
 inline constexpr TUtmpField utmpHost{76, 256};

@@ -25,11 +25,11 @@ struct TSupervisedCollection {
 
 /// Runs the chosen collectors and fills `target`.
 /// Errors: throws TRunFailure if the machine cannot be opened, an essential source cannot be read, or memory,
-/// descriptors or processes run out.
+///         descriptors or processes run out.
 TSupervisedCollection CollectSupervised(const TMachineOptions& options, TMemoryNamespace& target);
 
-/// Runs the chosen collectors and keeps what they read instead of their instances. Errors: see
-/// CollectSupervised.
+/// Runs the chosen collectors and keeps what they read instead of their instances.
+/// Errors: see CollectSupervised.
 TSupervisedCollection RecordSupervised(const TMachineOptions& options, TRecordedMachine& machine);
 
 }  // namespace NVORHOST

@@ -10,8 +10,8 @@ namespace NVORHOST {
 /// Encodes with padding and without line ends.
 std::string EncodeBase64(std::string_view bytes);
 
-/// Decodes the output of `EncodeBase64`. Absent: nullopt for any other text: invalid characters, wrong
-/// padding, or unused bits that are not zero.
+/// Decodes the output of `EncodeBase64`.
+/// Absent: nullopt for any other text: invalid characters, wrong padding, or unused bits that are not zero.
 std::optional<std::string> DecodeBase64(std::string_view text);
 
 }  // namespace NVORHOST

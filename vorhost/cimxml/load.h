@@ -11,8 +11,9 @@ namespace NVORHOST {
 
 /// Reads a file, which may be compressed with gzip, and adds its classes and instances to `target`.
 /// docs/namespace-format.md describes the format. The first call loads the reader and the XML library, so
-/// that programs that read no document do not pay for them at start-up. Errors: throws TDocumentError, also
-/// if `target` already has one of the classes. `target` is then unchanged.
+/// that programs that read no document do not pay for them at start-up.
+/// Errors: throws TDocumentError, also if `target` already has one of the classes. `target` is then
+///         unchanged.
 void LoadNamespace(const std::string& path, TMemoryNamespace& target);
 
 /// Loads a document from memory. `name` replaces the file name in messages. Errors as for a file.

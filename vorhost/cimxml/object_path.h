@@ -40,12 +40,14 @@ constexpr std::size_t maxReferenceNesting = 4;
 /// Returns the text of a path, whose parts must be valid according to the checks below.
 std::string ToText(const TObjectPath& path);
 
-/// Parses the text of a path. Absent: nullopt unless `ToText` of the path is the same text, and for
-/// references that are nested too deeply.
+/// Parses the text of a path.
+/// Absent: nullopt unless `ToText` of the path is the same text, and for references that are nested too
+///         deeply.
 std::optional<TObjectPath> ParseObjectPath(std::string_view text);
 
 /// True for a valid name of a class or property: letters, digits, underscores and non-ASCII characters, not
-/// starting with a digit, at most 1024 bytes. Source: DSP0004, 5.1.
+/// starting with a digit, at most 1024 bytes.
+/// Source: DSP0004, 5.1.
 bool IsCimName(std::string_view name);
 /// True for a valid host: not empty, no white space, no "/".
 bool IsHostName(std::string_view host);

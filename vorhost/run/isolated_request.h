@@ -8,7 +8,7 @@ namespace NVORHOST {
 /// Makes a request like RunPluginRequest, with the same answer, failures, output and log, but in a forked
 /// process.
 /// Errors: throws TRunFailure also if the process cannot be created, or ends without an answer; the message
-/// names the plug-in and how the process ended.
+///         names the plug-in and how the process ended.
 TPluginAnswer RunIsolatedRequest(const TPluginRequest& request);
 
 }  // namespace NVORHOST

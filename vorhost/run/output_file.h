@@ -17,13 +17,14 @@ class TOutputFile {
   public:
     /// Calls `write` with a new file in a private directory next to the place. A device, pipe or descriptor
     /// is written directly. `path` is the name in messages. With `syncs`, the file is synced to disk before
-    /// it is moved. `place` must outlive this object. Errors: throws TRunFailure with path and cause.
+    /// it is moved. `place` must outlive this object.
+    /// Errors: throws TRunFailure with path and cause.
     TOutputFile(const TOutputPlace& place, const std::string& path, bool syncs,
                 const std::function<void(std::ostream&)>& write);
 
     /// Moves the file into its place, replacing an earlier file. Its mode is 0600, because inventories
-    /// contain serial numbers. If this is not called, the earlier file stays as it was. Errors: throws
-    /// TRunFailure with path and cause.
+    /// contain serial numbers. If this is not called, the earlier file stays as it was.
+    /// Errors: throws TRunFailure with path and cause.
     void MoveIntoPlace(const TSignalGuard& guard);
     /// Syncs the move to disk. Errors: throws TRunFailure with path and cause.
     void SyncMove() const;

@@ -24,7 +24,8 @@ class TOutputPlace {
     };
 
     /// Follows symbolic links of this user and of root to their target, which need not exist; refuses links
-    /// of other users. Errors: throws TRunFailure with `failure` ("cannot write x") and the cause.
+    /// of other users.
+    /// Errors: throws TRunFailure with `failure` ("cannot write x") and the cause.
     TOutputPlace(const std::string& path, const std::string& failure);
     /// The entry of that name in a directory; a symbolic link is not followed. `directory` must outlive this
     /// object.

@@ -31,7 +31,7 @@ struct TPluginAnswer {
 
 /// Loads the plug-in, makes the request, and unloads the plug-in.
 /// Errors: throws TPluginError for an unusable plug-in; TRunFailure for a request that fails or has no
-/// result, and for a log file that could not be written.
+///         result, and for a log file that could not be written.
 TPluginAnswer RunPluginRequest(const TPluginRequest& request);
 
 }  // namespace NVORHOST

@@ -34,13 +34,15 @@ class TPrivateDirectory {
     /// Takes ownership of a completely written file: sets mode 0600 and syncs it. Errors: throws TRunFailure.
     void Finish(const std::string& fileName, TFileDescriptor file);
     /// Records the finished files in the journal. If the run is then killed between two moves, the next run
-    /// completes them. Call once, before the target is locked. Errors: throws TRunFailure.
+    /// completes them. Call once, before the target is locked.
+    /// Errors: throws TRunFailure.
     void PrepareMoves();
     /// Completes the moves of runs that have been killed since construction, so that their files do not
     /// replace files of this run later.
     void CompleteOthers(const TTargetLock& lock);
     /// Moves the finished files to the target under the same names. Existing entries are replaced; a symbolic
-    /// link is replaced itself, not the file that it refers to. Errors: throws TRunFailure.
+    /// link is replaced itself, not the file that it refers to.
+    /// Errors: throws TRunFailure.
     void MoveOut(const TSignalGuard& guard);
     /// Syncs the moves to disk. Errors: throws TRunFailure.
     void SyncMoves() const;

@@ -16,7 +16,7 @@ bool RemoveContents(int directory, std::optional<std::string_view> kept);
 
 /// Opens a directory for reading.
 /// Errors: not open, with errno: ENOTDIR or ELOOP if the entry is not a directory, EXDEV if it is on another
-/// file system.
+///         file system.
 TFileDescriptor OpenSubdirectory(int directory, const std::string& name);
 
 /// True if the directory or one of its subdirectories contains a mount, or cannot be listed.

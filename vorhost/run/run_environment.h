@@ -17,7 +17,7 @@ struct TRunSettings {
     /// Customer identity; absent: the environment variable ZETKELID at the start of the run.
     std::optional<std::string> identity = std::nullopt;
     /// Absent: `network` with an identity. Without one no credential is requested, so the answer is `yes` and
-    /// no connection is attempted.
+    ///         no connection is attempted.
     std::optional<EReachability> reachability = std::nullopt;
     /// URL of the service that issues credentials; absent: they are derived locally.
     std::optional<std::string> entityService = std::nullopt;

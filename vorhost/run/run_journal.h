@@ -39,8 +39,8 @@ TFileDescriptor CreateJournal(int directory, const std::string& directoryName, i
 /// Appends the list of moves. Errors: false, with errno.
 bool WriteMoves(int journal, const std::vector<TMovedFile>& moves);
 
-/// Reads the journal of a private directory. Absent: nullopt if the file is missing or its first line is
-/// incomplete.
+/// Reads the journal of a private directory.
+/// Absent: nullopt if the file is missing or its first line is incomplete.
 std::optional<TRunJournal> ReadJournal(int directory);
 
 }  // namespace NVORHOST

@@ -53,7 +53,7 @@ TTargetLock::TTargetLock(const TTargetDirectory& target) : descriptor_(target.Ge
     constexpr std::chrono::seconds limit(10);
     constexpr std::chrono::milliseconds pause(1);
     const auto end = std::chrono::steady_clock::now() + limit;
-    // Not a blocking call: any user who may read the directory can hold its lock forever.
+    // The call must not block, because any user who may read the directory can hold its lock forever.
     while (::flock(descriptor_, LOCK_EX | LOCK_NB) != 0 && (errno == EWOULDBLOCK || errno == EINTR) &&
            std::chrono::steady_clock::now() < end) {
         std::this_thread::sleep_for(pause);

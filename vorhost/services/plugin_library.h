@@ -32,9 +32,8 @@ struct TPluginIdentity {
 ///         destruction calls `DeInit` and `PrepareForUnload` and unloads the library. A failed construction
 ///         reverts the completed stages.
 /// Errors: construction throws TPluginError if the library cannot be loaded, does not register exactly one
-/// object, has
-///         another interface version, is not a basic query plug-in, or throws from loading, identity or
-///         `Init`.
+///         object, has another interface version, is not a basic query plug-in, or throws from loading,
+///         identity or `Init`.
 class NKELVOR20_API TPluginLibrary {
   public:
     explicit TPluginLibrary(const std::string& path);

@@ -20,9 +20,9 @@ struct TPostResult {
 };
 
 /// The type of the exported symbol `postFormSymbol`. Sends the fields, URL-encoded, by HTTP POST and waits at
-/// most 10 seconds for the response. Fails:  for a status outside 200 to 299, a URL that is neither http nor
-/// https, and a body of more than 64 KiB.
-///         Redirects are not followed, because the fields must only be sent to `url`.
+/// most 10 seconds for the response.
+/// Fails:  for a status outside 200 to 299, a URL that is neither http nor https, and a body of more than 64
+///         KiB. Redirects are not followed, because the fields must only be sent to `url`.
 /// Errors: throws std::bad_alloc.
 using TPostForm = void(const std::string& url, std::span<const TFormField> fields, TPostResult& result);
 

@@ -42,7 +42,7 @@ std::string DescribeDate(const TEdid& edid) {
     return edid.week ? ", made in week " + std::to_string(*edid.week) + " of " + year : ", made in " + year;
 }
 
-// "Monitor, 597 x 336 mm, made in week 29 of 2021".
+// Returns, for example, "Monitor, 597 x 336 mm, made in week 29 of 2021".
 std::string Describe(const TEdid& edid) {
     std::string description = "Monitor";
     if (edid.widthMillimetres && edid.heightMillimetres) {
@@ -52,7 +52,7 @@ std::string Describe(const TEdid& edid) {
     return description + DescribeDate(edid);
 }
 
-// The text is what the label of the monitor has; the number may be a different one.
+// The text is the serial number on the label of the monitor; the number may differ from it.
 std::optional<std::string> FindSerial(const TEdid& edid) {
     if (auto text = WithoutPlaceholder(edid.serialText)) {
         return text;

@@ -14,9 +14,8 @@ namespace {
 constexpr std::string_view devicesRoot = "/sys/devices/";
 constexpr std::string_view pciFunction = "%:%:%.#";
 
-// True if `text` matches `pattern`: "#" matches decimal digits, "%" hexadecimal digits (at least one each), a
-// final
-// "*" any rest, and every other character itself.
+// True if `text` matches `pattern`: "#" matches one or more decimal digits, "%" one or more hexadecimal
+// digits, a final "*" any rest, and every other character itself.
 bool MatchesStepPattern(std::string_view text, std::string_view pattern) {
     for (const char c : pattern) {
         if (c == '*') {

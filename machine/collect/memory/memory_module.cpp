@@ -106,8 +106,8 @@ void SetKinds(const TSmbiosMemoryDevice& device, TMemoryModule& module) {
     }
 }
 
-// The error correction of the array is that of a module if the module has more bits than data bits. An array
-// without error correction makes no use of such bits.
+// A module has the error correction of its array if it has check bits, which are bits in addition to its data
+// bits. An array without error correction ignores check bits.
 std::optional<std::string> FindModuleCorrection(const TSmbiosMemoryDevice& device,
                                                 const std::vector<TSmbiosMemoryArray>& arrays) {
     constexpr std::uint8_t none = 3;

@@ -12,8 +12,6 @@
 namespace NVORHOST {
 namespace {
 
-// ---- slots
-
 struct TSlot {
     std::optional<std::string> elementName, description, tag, bankLabel;
     std::optional<std::uint16_t> gender, layout;
@@ -52,7 +50,7 @@ bool IsSlot(const TSmbiosMemoryDevice& socket) {
     return factor == nullptr || factor->removalConditions != notRemovable;
 }
 
-// "Empty memory slot, DIMM".
+// Returns, for example, "Empty memory slot, DIMM".
 std::string Describe(const TSmbiosMemoryDevice& socket) {
     const auto* const factor = FindFactor(socket);
     return std::string(socket.isPopulated ? "Memory slot" : "Empty memory slot") +
@@ -90,8 +88,6 @@ void CommitSlots(TCollection& collection, const std::vector<TSmbiosMemoryDevice>
         }
     }
 }
-
-// ---- arrays
 
 struct TCapacity {
     std::optional<std::string> elementName, description, name;

@@ -30,7 +30,7 @@ constexpr TPropertyRow<TSupply> supplyRows[] = {
 constexpr TCimClass<TSupply> supplyClass{"CIM_PowerSupply", supplyRows};
 constexpr const IClassDeclaration* classes[] = {&supplyClass};
 
-// DSP0134, 7.40.1: only linear and switching supplies are known to be one or the other.
+// DSP0134, 7.40.1. The other types do not determine whether a supply is switching.
 std::optional<bool> FindIsSwitching(std::optional<std::uint8_t> kind) {
     constexpr std::uint8_t linear = 3;
     constexpr std::uint8_t switching = 4;

@@ -96,7 +96,7 @@ void SetWays(std::uint32_t ways, TCache& cache) {
     cache.associativity = row != nullptr ? row->code : otherValue;
 }
 
-// "Unified cache, 12-way, of processors 0-1".
+// Returns, for example, "Unified cache, 12-way, of processors 0-1".
 std::string Describe(std::string_view kind, std::uint32_t ways, const std::string& processors) {
     const bool isOne = processors.find_first_of(",-") == std::string::npos;
     return std::string(kind) + (ways != 0 ? ", " + std::to_string(ways) + "-way" : "") +

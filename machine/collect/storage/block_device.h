@@ -35,8 +35,8 @@ struct TDisk {
     std::optional<std::uint64_t> sizeBytes;       ///< absent for a drive without a medium
     std::optional<std::uint64_t> blockSizeBytes;  ///< logical block; absent with the size
     std::optional<bool> isRemovable;
-    std::optional<bool>
-        isRotational;  ///< true for platters; the kernel's default for a drive that does not report it
+    /// True for platters; the kernel's default for a drive that does not report it.
+    std::optional<bool> isRotational;
     /// CIM operational status; absent if the kernel has no state for the disk.
     std::optional<std::vector<std::uint16_t>> operationalStatus;
     /// For a RAID volume as far as its driver reports it; absent for simulated and remote disks.

@@ -27,8 +27,8 @@ struct TArrayShape {
 };
 
 /// Returns the redundancy of an array whose members are separate disks. A count that the level does not
-/// determine is absent; both are absent for an unknown level. Source: kernel documentation,
-/// admin-guide/md.rst.
+/// determine is absent; both are absent for an unknown level.
+/// Source: kernel documentation, admin-guide/md.rst.
 TRedundancy FindArrayRedundancy(const TArrayShape& shape);
 
 /// Returns the redundancy of a volume that spans both: the lower of each count; absent if either is unknown.

@@ -23,9 +23,9 @@ struct TSoftwareVolume {
     std::string name;        ///< "md0"; "vg0/home" for a device mapper volume
     std::string position;    ///< "md0"; the mapper's name for a device mapper volume: "vg0-home"
     std::optional<std::string> mapperUuid;  ///< UUID of a device mapper volume
-    std::vector<std::string>
-        paths;                ///< kernel names of the disks of a multipath set; empty for other volumes
-    std::string description;  ///< kind of volume: "LVM logical volume"
+    /// Kernel names of the disks of a multipath set; empty for other volumes.
+    std::vector<std::string> paths;
+    std::string description;                      ///< kind of volume: "LVM logical volume"
     std::optional<std::uint64_t> sizeBytes;       ///< absent for an array that is not running
     std::optional<std::uint64_t> blockSizeBytes;  ///< logical block; absent with the size
     /// An md array's own status; for other volumes, the combined status of the underlying devices. Absent if
