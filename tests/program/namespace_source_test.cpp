@@ -32,7 +32,7 @@ TSourceOptions FromTree(const TTemporaryDirectory& tree, const char* collector) 
     return options;
 }
 
-// A tree with the answers of a capture and an unreadable file.
+// A captured tree, and the lines that the logger receives.
 class NamespaceSourceOfATree : public testing::Test {
   protected:
     NamespaceSourceOfATree() {
@@ -77,6 +77,20 @@ TEST_F(NamespaceSourceOfATree, HasTheTimeOfTheCapture) {
     EXPECT_EQ(source.localTime->ToString(), "20240301120000.000000+060");
 }
 
+TEST_F(NamespaceSourceOfATree, LogsAndCountsADeniedSource) {
+    WriteAnswers("denied read /sys/class/dmi/id/product_serial\n");
+    const TNamespaceSource source = ObtainNamespace(FromTree(tree_, "computer-system"));
+    EXPECT_EQ(source.outcome.deniedSources, std::vector<std::string>{"/sys/class/dmi/id/product_serial"});
+    EXPECT_THAT(lines_, Contains("noxinfo-computer-system: permission denied: "
+                                 "/sys/class/dmi/id/product_serial"));
+}
+
+TEST_F(NamespaceSourceOfATree, LogsNothingForACompleteCollection) {
+    WriteAnswers("");
+    EXPECT_FALSE(ObtainNamespace(FromTree(tree_, "computer-system")).outcome.HasGaps());
+    EXPECT_THAT(lines_, IsEmpty());
+}
+
 TEST_F(NamespaceSourceOfATree, RecordsWhatTheCollectorsRead) {
     WriteAnswers("");
     TRecordedMachine machine;
@@ -88,7 +102,7 @@ TEST_F(NamespaceSourceOfATree, RecordsWhatTheCollectorsRead) {
     EXPECT_EQ(name->bytes, "Server 9\n");
 }
 
-TEST_F(NamespaceSourceOfATree, RejectsADirectoryThatIsNoTree) {
+TEST_F(NamespaceSourceOfATree, RejectsADirectoryThatIsNotATree) {
     const TTemporaryDirectory empty;
     EXPECT_THAT([&] { ObtainNamespace(FromTree(empty, "computer-system")); },
                 ThrowsMessage<TRunFailure>(StartsWith("cannot collect from " + empty.GetPath() + ": ")));

@@ -19,23 +19,23 @@ class TObservedFiles final : public ISystemFiles {
     TObservedFiles(const ISystemFiles& files, const TAccessPlace& place) : files_(files), place_(place) {}
 
     TReadResult<std::string> ReadText(std::string_view path) const override {
-        seen.push_back(place_.GetPath());
+        seen.push_back(place_.FindPath().value_or("none"));
         return files_.ReadText(path);
     }
     TReadResult<std::string> ReadBytes(std::string_view path, std::size_t maxBytes) const override {
-        seen.push_back(place_.GetPath());
+        seen.push_back(place_.FindPath().value_or("none"));
         return files_.ReadBytes(path, maxBytes);
     }
     TReadResult<std::vector<std::string>> List(std::string_view path) const override {
-        seen.push_back(place_.GetPath());
+        seen.push_back(place_.FindPath().value_or("none"));
         return files_.List(path);
     }
     TReadResult<std::string> ReadLink(std::string_view path) const override {
-        seen.push_back(place_.GetPath());
+        seen.push_back(place_.FindPath().value_or("none"));
         return files_.ReadLink(path);
     }
     bool Exists(std::string_view path) const override {
-        seen.push_back(place_.GetPath());
+        seen.push_back(place_.FindPath().value_or("none"));
         return files_.Exists(path);
     }
 
@@ -69,7 +69,7 @@ TEST_F(WatchedFiles, PublishesThePathDuringEveryAccess) {
     EXPECT_TRUE(files_.Exists("/proc/1"));
     EXPECT_THAT(observed_.seen,
                 ElementsAre("/proc/1/stat", "/proc/2/stat", "/proc", "/proc/self", "/proc/1"));
-    EXPECT_EQ(place_->GetPath(), "");
+    EXPECT_EQ(place_->FindPath(), std::nullopt);
 }
 
 TEST_F(WatchedFiles, TimesOutForUnansweredPathsWithoutAnAccess) {

@@ -45,7 +45,7 @@ TEST(WatchedSystemCalls, EntersAndLeavesAnAccessForTheSpaceOfAFileSystem) {
     const TFakeSystemCalls calls;
     (void)TWatchedSystemCalls(calls, *place, unanswered).ReadFileSystemSpace("/home");
     EXPECT_EQ(place->GetStep(), 2U);
-    EXPECT_EQ(place->GetPath(), "");
+    EXPECT_EQ(place->FindPath(), std::nullopt);
 }
 
 TEST(WatchedSystemCalls, SkipsAndReportsAMountPointThatDidNotAnswer) {
