@@ -18,8 +18,8 @@ namespace {
 
 struct TBlockFolder {
     const ISystemFiles& files;
-    std::string path;        // "/sys/block/sda"
-    std::string devicePath;  // path below /sys/devices; empty if the tree has no links
+    std::string path;                       // "/sys/block/sda"
+    std::optional<std::string> devicePath;  // path below /sys/devices; absent if the tree has no links
 
     std::optional<std::string> Read(std::string_view attribute) const {
         return ReadAttribute(files, path + "/" + std::string(attribute));
@@ -126,10 +126,10 @@ void AddEnclosureSlot(const TBlockFolder& disk, TIdentifyingInfo& info) {
     for (const std::string& name : disk.files.List(folder).value) {
         const auto link =
             name.starts_with(prefix) ? disk.files.ReadLink(folder + "/" + name) : TReadResult<std::string>{};
-        if (!link.IsOk() || disk.devicePath.empty()) {
+        if (!link.IsOk() || !disk.devicePath) {
             continue;
         }
-        const std::string deviceFolder = disk.devicePath.substr(0, disk.devicePath.find("/block/"));
+        const std::string deviceFolder = disk.devicePath->substr(0, disk.devicePath->find("/block/"));
         const std::string slot = ResolveLinkText(deviceFolder + "/" + name, link.value);
         const std::string enclosure = slot.substr(0, slot.rfind('/'));
         info.Add("Enclosure", WithoutPlaceholder(ReadAttribute(disk.files, enclosure + "/id")));
@@ -147,7 +147,7 @@ void AddUsbPort(const TBlockFolder& disk, TIdentifyingInfo& info) {
 }
 
 void AddPlace(const TBlockFolder& disk, TIdentifyingInfo& info) {
-    info.Add("PCI function", FindPciFunction(disk.devicePath));
+    info.Add("PCI function", disk.devicePath ? FindPciFunction(*disk.devicePath) : std::nullopt);
     info.Add("NVMe namespace", disk.Read("nsid"));
     AddAtaPort(disk, info);
     AddSasPlace(disk, info);
@@ -179,7 +179,7 @@ void SetMedia(const TBlockFolder& folder, const TDisk& disk, TDiskDetails& detai
 TDiskDetails ReadDiskDetails(TCollection& collection, const TDisk& disk) {
     const ISystemFiles& files = collection.GetFiles();
     const std::string path = "/sys/block/" + disk.kernelName;
-    const TBlockFolder folder{files, path, FindEntryDevice(files, path).value_or("")};
+    const TBlockFolder folder{files, path, FindEntryDevice(files, path)};
     const TKind& kind = GetKind(disk);
     TDiskDetails details;
     details.identifying.Add("Serial number", kind.readSerial(folder));
