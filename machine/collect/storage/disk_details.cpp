@@ -27,8 +27,6 @@ struct TBlockFolder {
     TScsiDevice ToScsi() const { return {files, path + "/device", devicePath}; }
 };
 
-// ---- identity and firmware, by kind of disk
-
 std::optional<std::string> ReadNothing(const TBlockFolder&) {
     return std::nullopt;
 }
@@ -97,8 +95,6 @@ std::optional<std::string> WithoutMadeUpName(std::optional<std::string> name) {
     return isOwn && !IsPlaceholder(name->substr(name->find('.') + 1)) ? name : std::nullopt;
 }
 
-// ---- place
-
 // Adds the port of an ATA adapter, from 1. Kernels before 2.6.39 do not show it.
 void AddAtaPort(const TBlockFolder& disk, TIdentifyingInfo& info) {
     if (const auto folder = FindAtaPortFolder(disk.ToScsi())) {
@@ -154,8 +150,6 @@ void AddPlace(const TBlockFolder& disk, TIdentifyingInfo& info) {
     AddEnclosureSlot(disk, info);
     AddUsbPort(disk, info);
 }
-
-// ---- media
 
 // The kernel's default is "rotational", also for USB sticks and card readers, so it is ignored for removable
 // media. The page of the disk itself counts first.

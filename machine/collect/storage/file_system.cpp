@@ -62,8 +62,6 @@ constexpr auto sourcePatterns = Join(partitionSources, std::array<TSourcePattern
                                                            "/sys/fs/btrfs/*/devices",
                                                        });
 
-// ---- kinds of file systems
-
 struct TType {
     std::string_view name;
     bool isServedByKernel;  // false if a program answers, which may never happen
@@ -93,8 +91,6 @@ bool MayPass(const TMount* mount) {
                            : std::ranges::find(passableTypes, mount->type) != std::end(passableTypes);
 }
 
-// ---- mounts of one file system
-
 using TDeviceNumber = std::pair<std::uint32_t, std::uint32_t>;
 using TMounts = std::vector<TMount>;
 
@@ -122,8 +118,6 @@ bool MayAccess(const TMounts& mounts, const TMount& mount) {
     const auto way = ListMountsOnTheWay(mounts, mount);
     return !way.empty() && std::ranges::all_of(way, MayPass);
 }
-
-// ---- block devices
 
 // Returns the kernel's name of a device node such as "/dev/sda1" or "/dev/mapper/vg0-home".
 std::string FindKernelName(TCollection& collection, std::string_view node) {
@@ -171,8 +165,6 @@ std::vector<std::string> ListExtents(const ISystemFiles& files, const TFileSyste
     }
     return device.empty() ? std::vector<std::string>() : std::vector{device};
 }
-
-// ---- one file system, all file systems
 
 std::optional<std::string> FindText(std::string_view record, std::string_view key) {
     const auto value = FindUdevProperty(record, key);

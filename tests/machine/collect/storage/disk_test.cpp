@@ -348,8 +348,6 @@ TEST(DiskKeys, DoNotDependOnTheKernelsNumbers) {
               "0000:00:14.0/2.3:1.0/0:0:1");
 }
 
-// ---- details
-
 constexpr char info[] = "OtherIdentifyingInfo";
 constexpr char descriptions[] = "IdentifyingDescriptions";
 
