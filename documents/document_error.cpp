@@ -40,7 +40,7 @@ std::string DescribePlace(const TDocumentPlace& place) {
 }  // namespace
 
 void ThrowAt(const TDocumentPlace& place, std::string_view cause) {
-    throw TDocumentError(MakeVisible(DescribePlace(place).append(cause)));
+    throw TDocumentError(MakeVisible(DescribePlace(place).append(cause)), place, cause);
 }
 
 std::string Quote(std::string_view text) {

@@ -244,6 +244,40 @@ void AddShowCommand(CLI::App& program, TShowOptions& options) {
     }
 }
 
+void AddValidateCommand(CLI::App& program, TValidateOptions& options) {
+    CLI::App& command = *program.add_subcommand("validate", "Check inventory documents");
+    command
+        .add_option_function<std::string>(
+            "--format", [&options](const std::string& format) { options.isJson = format == "json"; },
+            "Format of the output (default: text)")
+        ->check(CLI::IsMember(std::vector<std::string>{"text", "json"}))
+        ->type_name("text|json");
+    command
+        .add_option("SOURCE", options.sources, "Document, or a folder that holds one; - is standard input")
+        ->type_name("FILE")
+        ->required();
+}
+
+void AddExplainCommand(CLI::App& program, TExplainOptions& options) {
+    CLI::App& command =
+        *program.add_subcommand("explain", "Explain where the identifier of a resource comes from");
+    const std::vector<CLI::Option*> machine = AddMachineOptions(command, options.machine);
+    AddRunOptions(command, options.machine);
+    command
+        .add_option("RESOURCE", options.resource,
+                    "Identifier, its first digits (at least four), or the name of a resource")
+        ->type_name("RESOURCE")
+        ->required();
+    CLI::Option* const source = command
+                                    .add_option("SOURCE", options.source,
+                                                "Document, saved namespace or result, or a folder that holds "
+                                                "one (default: this machine)")
+                                    ->type_name("FILE");
+    for (CLI::Option* option : machine) {
+        option->excludes(source);
+    }
+}
+
 void AddCollectCommand(CLI::App& program, TCollectOptions& options) {
     CLI::App& command = *program.add_subcommand("collect", "Write the inventory files of this machine");
     AddSourceOptions(command, options.source);
@@ -313,6 +347,8 @@ struct TModel {
         program.require_subcommand(1);
         program.set_version_flag("--version", versionText, "Print the version and exit");
         AddShowCommand(program, show);
+        AddValidateCommand(program, validate);
+        AddExplainCommand(program, explain);
         AddCollectCommand(program, collect);
         AddSnapshotCommand(program, snapshot);
         AddCaptureCommand(program, capture);
@@ -321,6 +357,8 @@ struct TModel {
 
     CLI::App program{"Hardware inventory of a Linux machine.", "noxinfo"};
     TShowOptions show;
+    TValidateOptions validate;
+    TExplainOptions explain;
     TCollectOptions collect;
     TSnapshotOptions snapshot;
     TCaptureOptions capture;
@@ -397,6 +435,12 @@ TCommand ParseCommandLine(int argc, const char* const* argv) {
     const std::string command = model.program.get_subcommands().front()->get_name();
     if (command == "show") {
         return model.show;
+    }
+    if (command == "validate") {
+        return model.validate;
+    }
+    if (command == "explain") {
+        return model.explain;
     }
     if (command == "collect") {
         return model.collect;

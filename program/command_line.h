@@ -56,6 +56,17 @@ struct TShowOptions {
     std::optional<std::string> outputFile;  ///< absent: standard output
 };
 
+struct TValidateOptions {
+    std::vector<std::string> sources;
+    bool isJson = false;
+};
+
+struct TExplainOptions {
+    TSourceOptions machine;             ///< without namespaceFile; used if there is no source
+    std::string resource;               ///< identifier, its first digits, or name
+    std::optional<std::string> source;  ///< file or folder; "-" is standard input
+};
+
 /// `noxinfo collectors`, which has no options.
 struct TCollectorsOptions {};
 
@@ -67,8 +78,9 @@ struct TEarlyExit {
     int status = eExitDone;
 };
 
-using TCommand = std::variant<TShowOptions, TCollectOptions, TSnapshotOptions, TCaptureOptions,
-                              TCollectorsOptions, TCompletionOptions, TEarlyExit>;
+using TCommand =
+    std::variant<TShowOptions, TValidateOptions, TExplainOptions, TCollectOptions, TSnapshotOptions,
+                 TCaptureOptions, TCollectorsOptions, TCompletionOptions, TEarlyExit>;
 
 /// Parses the command line. Prints help or version to standard output, and usage errors to standard error;
 /// returns TEarlyExit in both cases.

@@ -6,7 +6,6 @@
 #include "program/namespace_source.h"
 #include "vorhost/cimxml/base64.h"
 #include "vorhost/cimxml/load.h"
-#include "vorhost/run/run_failure.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -128,18 +127,23 @@ void PassFile(const std::string& path, IDocumentEvents& events) {
     PassResources(loaded, FindTimestamp(loaded), events);
 }
 
-void PassFolder(const std::string& path, IDocumentEvents& events) {
+void PassNamed(const std::string& path, const TBeginSource& begin, IDocumentEvents& events) {
+    begin(path == "-" ? "standard input" : path);
+    PassFile(path, events);
+}
+
+void PassFolder(const std::string& path, const TBeginSource& begin, IDocumentEvents& events) {
     const TFolder folder = ListFolder(path);
     if (const auto saved = TakeOnly(path, folder.namespaces)) {
-        return PassFile(*saved, events);
+        return PassNamed(*saved, begin, events);
     }
     const auto hardware = TakeOnly(path, folder.hardware);
     const auto systemInformation = TakeOnly(path, folder.systemInformation);
     if (hardware) {
-        PassFile(*hardware, events);
+        PassNamed(*hardware, begin, events);
     }
     if (systemInformation) {
-        PassFile(*systemInformation, events);
+        PassNamed(*systemInformation, begin, events);
     }
     if (hardware || systemInformation) {
         return;
@@ -148,23 +152,17 @@ void PassFolder(const std::string& path, IDocumentEvents& events) {
     if (!result) {
         Fail(path, "holds no inventory");
     }
-    PassFile(*result, events);
+    PassNamed(*result, begin, events);
 }
 
 }  // namespace
 
 void PassInventory(const std::string& path, const TBeginSource& begin, IDocumentEvents& events) {
-    begin(path == "-" ? "standard input" : path);
-    try {
-        if (path != "-" && fs::is_directory(path)) {
-            PassFolder(path, events);
-        } else {
-            PassFile(path, events);
-        }
-    } catch (const TDocumentError& error) {
-        throw TRunFailure(error.what());
-    } catch (const fs::filesystem_error& error) {
-        throw TRunFailure(path + ": cannot be read: " + error.code().message());
+    std::error_code error;
+    if (path != "-" && fs::is_directory(path, error)) {
+        PassFolder(path, begin, events);
+    } else {
+        PassNamed(path, begin, events);
     }
 }
 

@@ -14,7 +14,7 @@ namespace NVORHOST {
 using TBeginSource = std::function<void(const std::string& name)>;
 
 /// Reads one file or folder; "-" is standard input. A folder is one inventory: its saved namespace if it has
-/// one, else its documents. Errors: throws TRunFailure with the file, the place and the cause.
+/// one, else its documents, each a source by its own path. Errors: throws TDocumentError.
 void PassInventory(const std::string& path, const TBeginSource& begin, NINVENTORY::IDocumentEvents& events);
 
 /// Collects from a machine without writing anything. Errors: see ObtainNamespace.

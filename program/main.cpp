@@ -5,8 +5,10 @@
 #include "program/collect_command.h"
 #include "program/collectors_command.h"
 #include "program/command_line.h"
+#include "program/explain_command.h"
 #include "program/show_command.h"
 #include "program/snapshot_command.h"
+#include "program/validate_command.h"
 #include "text/shown_text.h"
 #include "vorhost/run/interruption.h"
 #include "vorhost/run/output_file.h"
@@ -29,6 +31,15 @@ struct TRunCommand {
     int operator()(const TShowOptions& options) const {
         RequireProcFileSystem();
         return PrintResult([&](std::ostream& out) { return RunShow(options, out); });
+    }
+    int operator()(const TValidateOptions& options) const {
+        int status = eExitDone;
+        WriteStandardOutput([&](std::ostream& out) { status = RunValidate(options, out); });
+        return status;
+    }
+    int operator()(const TExplainOptions& options) const {
+        RequireProcFileSystem();
+        return PrintResult([&](std::ostream& out) { return RunExplain(options, out); });
     }
     int operator()(const TCollectOptions& options) const {
         RequireProcFileSystem();

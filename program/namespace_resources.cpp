@@ -111,12 +111,17 @@ constexpr ::TPropertyRow generalHead[] = {
     {"ObjectType", {}, EValueOrigin::resourceType},
 };
 
+// The writer of documents gets an empty value for a key property that is declared and not set.
 std::string MakeId(const TMemoryClass& source, const std::string& type, const TMemoryInstance& instance) {
     const std::string keyName(NINVENTORY::GetKeyName(source.GetName()));
     const TCIMValue* const key = keyName.empty() ? nullptr : instance.Find(keyName);
-    return NINVENTORY::DigestOf(key == nullptr || key->IsNull()
-                                    ? NINVENTORY::MakeBareKey(type)
-                                    : NINVENTORY::MakeKey(type, keyName, key->ToString(decimal)));
+    const bool isDeclared = std::ranges::find(source.GetDeclarations(), keyName,
+                                              &TPropertyDeclaration::name) != source.GetDeclarations().end();
+    if (key == nullptr && !isDeclared) {
+        return NINVENTORY::DigestOf(NINVENTORY::MakeBareKey(type));
+    }
+    const std::string value = key == nullptr ? std::string() : key->ToString(decimal);
+    return NINVENTORY::DigestOf(NINVENTORY::MakeKey(type, keyName, value));
 }
 
 TResource MakeResource(const TMemoryClass& source, const TMemoryInstance& instance,

@@ -33,6 +33,8 @@ std::set<std::string> LongOptions(const std::string& text, const char* pattern =
 const std::vector<std::vector<std::string>> helps{
     {"--help"},
     {"show", "--help"},
+    {"validate", "--help"},
+    {"explain", "--help"},
     {"collect", "--help"},
     {"snapshot", "--help"},
     {"capture", "--help"},
