@@ -16,7 +16,7 @@ inline std::string_view AsText(const std::uint8_t* data, std::size_t size) {
 /// Ends the process, in every build type, if a property does not hold.
 inline void Require(bool holds, const char* property) {
     if (!holds) {
-        std::fprintf(stderr, "property violated: %s\n", property);
+        (void)std::fprintf(stderr, "property violated: %s\n", property);
         std::abort();
     }
 }

@@ -74,6 +74,7 @@ TEST_F(FencedDeathTest, AReadOfAFreedAllocationEndsTheProgram) {
             // As a number, because compilers diagnose the use of a freed pointer.
             const volatile auto gone = reinterpret_cast<std::uintptr_t>(memory);
             delete[] memory;
+            // NOLINTNEXTLINE(performance-no-int-to-ptr)
             std::exit(*reinterpret_cast<const volatile char*>(gone));
         },
         "");

@@ -9,7 +9,7 @@ namespace NVORHOST {
 /// Returns the larger one of `usual` and the environment variable NOXINFO_ROUNDS.
 inline int Rounds(int usual) {
     const char* const wanted = std::getenv("NOXINFO_ROUNDS");  // NOLINT(concurrency-mt-unsafe): never changed
-    return wanted == nullptr ? usual : std::max(usual, std::atoi(wanted));
+    return wanted == nullptr ? usual : std::max(usual, static_cast<int>(std::strtol(wanted, nullptr, 10)));
 }
 
 }  // namespace NVORHOST

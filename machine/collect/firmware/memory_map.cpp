@@ -108,6 +108,7 @@ void CollectMemoryMap(TCollection& collection) {
     std::ranges::sort(ranges, {},
                       [](const TIoMemRange& range) { return std::tie(range.first, range.last, range.name); });
     std::vector<TKeyedRecord<TMemoryRange>> records;
+    records.reserve(ranges.size());
     for (const TIoMemRange& range : ranges) {
         records.push_back({MakeRange(range), {FormatKeyAddress(range.first), FormatKeyAddress(range.last)}});
     }

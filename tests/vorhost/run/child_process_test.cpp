@@ -17,7 +17,7 @@ TEST(ChildProcess, ReturnsTheExitStatus) {
 }
 
 TEST(ChildProcess, ReturnsTheSignalThatKilledIt) {
-    TChildProcess process([] { ::raise(SIGKILL); }, std::nullopt);
+    TChildProcess process([] { (void)::raise(SIGKILL); }, std::nullopt);
     const int status = process.Wait();
     EXPECT_TRUE(WIFSIGNALED(status));
     EXPECT_EQ(WTERMSIG(status), SIGKILL);
