@@ -208,6 +208,21 @@ CLI::Option* AddNames(CLI::App& command, const std::string& option, std::vector<
         ->type_name("NAME,...");
 }
 
+// Adds the inventories to read. The options of the machine exclude them.
+void AddSources(CLI::App& command, std::vector<std::string>& sources,
+                const std::vector<CLI::Option*>& machine) {
+    CLI::Option* const option =
+        command
+            .add_option(
+                "SOURCE", sources,
+                "Document, saved namespace or result, or a folder that holds one; - is standard input "
+                "(default: this machine)")
+            ->type_name("FILE");
+    for (CLI::Option* each : machine) {
+        each->excludes(option);
+    }
+}
+
 void AddShowCommand(CLI::App& program, TShowOptions& options) {
     CLI::App& command =
         *program.add_subcommand("show", "Show this machine, or inventories that were collected before");
@@ -232,16 +247,17 @@ void AddShowCommand(CLI::App& program, TShowOptions& options) {
     command.add_flag("--long", options.isLong, "Text: show every property");
     command.add_option("--output", options.outputFile, "Write to this file instead of standard output")
         ->type_name("FILE");
-    CLI::Option* const sources =
-        command
-            .add_option(
-                "SOURCE", options.sources,
-                "Document, saved namespace or result, or a folder that holds one; - is standard input "
-                "(default: this machine)")
-            ->type_name("FILE");
-    for (CLI::Option* option : machine) {
-        option->excludes(sources);
-    }
+    AddSources(command, options.sources, machine);
+}
+
+void AddReportCommand(CLI::App& program, TReportOptions& options) {
+    CLI::App& command = *program.add_subcommand("report", "Write a page for browsers about an inventory");
+    const std::vector<CLI::Option*> machine = AddMachineOptions(command, options.machine);
+    AddRunOptions(command, options.machine);
+    command.add_option("--output", options.outputFile, "HTML file to write; - is standard output")
+        ->type_name("FILE")
+        ->required();
+    AddSources(command, options.sources, machine);
 }
 
 void AddValidateCommand(CLI::App& program, TValidateOptions& options) {
@@ -349,6 +365,7 @@ struct TModel {
         AddShowCommand(program, show);
         AddValidateCommand(program, validate);
         AddExplainCommand(program, explain);
+        AddReportCommand(program, report);
         AddCollectCommand(program, collect);
         AddSnapshotCommand(program, snapshot);
         AddCaptureCommand(program, capture);
@@ -359,6 +376,7 @@ struct TModel {
     TShowOptions show;
     TValidateOptions validate;
     TExplainOptions explain;
+    TReportOptions report;
     TCollectOptions collect;
     TSnapshotOptions snapshot;
     TCaptureOptions capture;
@@ -441,6 +459,9 @@ TCommand ParseCommandLine(int argc, const char* const* argv) {
     }
     if (command == "explain") {
         return model.explain;
+    }
+    if (command == "report") {
+        return model.report;
     }
     if (command == "collect") {
         return model.collect;

@@ -67,6 +67,12 @@ struct TExplainOptions {
     std::optional<std::string> source;  ///< file or folder; "-" is standard input
 };
 
+struct TReportOptions {
+    TSourceOptions machine;            ///< without namespaceFile; used if there are no sources
+    std::vector<std::string> sources;  ///< files and folders; "-" is standard input
+    std::string outputFile;            ///< "-" is standard output
+};
+
 /// `noxinfo collectors`, which has no options.
 struct TCollectorsOptions {};
 
@@ -79,8 +85,8 @@ struct TEarlyExit {
 };
 
 using TCommand =
-    std::variant<TShowOptions, TValidateOptions, TExplainOptions, TCollectOptions, TSnapshotOptions,
-                 TCaptureOptions, TCollectorsOptions, TCompletionOptions, TEarlyExit>;
+    std::variant<TShowOptions, TValidateOptions, TExplainOptions, TReportOptions, TCollectOptions,
+                 TSnapshotOptions, TCaptureOptions, TCollectorsOptions, TCompletionOptions, TEarlyExit>;
 
 /// Parses the command line. Prints help or version to standard output, and usage errors to standard error;
 /// returns TEarlyExit in both cases.

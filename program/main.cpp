@@ -6,6 +6,7 @@
 #include "program/collectors_command.h"
 #include "program/command_line.h"
 #include "program/explain_command.h"
+#include "program/report_command.h"
 #include "program/show_command.h"
 #include "program/snapshot_command.h"
 #include "program/validate_command.h"
@@ -40,6 +41,10 @@ struct TRunCommand {
     int operator()(const TExplainOptions& options) const {
         RequireProcFileSystem();
         return PrintResult([&](std::ostream& out) { return RunExplain(options, out); });
+    }
+    int operator()(const TReportOptions& options) const {
+        RequireProcFileSystem();
+        return PrintResult([&](std::ostream& out) { return RunReport(options, out); });
     }
     int operator()(const TCollectOptions& options) const {
         RequireProcFileSystem();

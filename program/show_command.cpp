@@ -1,5 +1,6 @@
 #include "program/show_command.h"
 
+#include "inventory/report/report_writer.h"
 #include "inventory/write/document_format.h"
 #include "inventory/write/json_writer.h"
 #include "inventory/write/text_writer.h"
@@ -38,6 +39,7 @@ constexpr TFormatRow formats[] = {
     {"text", &MakeText},
     {"json", [](std::ostream& out, const TShowOptions&) { return NINVENTORY::MakeJsonWriter(out); }},
     {"ndjson", [](std::ostream& out, const TShowOptions&) { return NINVENTORY::MakeNdjsonWriter(out); }},
+    {"html", [](std::ostream& out, const TShowOptions&) { return NINVENTORY::MakeReportWriter(out); }},
     {"xml", [](std::ostream& out, const TShowOptions&) { return NINVENTORY::MakeDocumentFormat(out); }},
 };
 

@@ -35,6 +35,7 @@ const std::vector<std::vector<std::string>> helps{
     {"show", "--help"},
     {"validate", "--help"},
     {"explain", "--help"},
+    {"report", "--help"},
     {"collect", "--help"},
     {"snapshot", "--help"},
     {"capture", "--help"},
