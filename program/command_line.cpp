@@ -1,10 +1,12 @@
 #include "program/command_line.h"
 
 #include "program/completion_script.h"
+#include "program/diff_command.h"
 #include "program/help_format.h"
 #include "program/nearest_word.h"
 #include "program/show_command.h"
 #include "program/usage_check.h"
+#include "text/lines.h"
 #include "text/shown_text.h"
 #include "vorhost/upload/entity_service.h"
 
@@ -294,6 +296,46 @@ void AddExplainCommand(CLI::App& program, TExplainOptions& options) {
     }
 }
 
+std::vector<NINVENTORY::TIgnored> ParseIgnored(const std::vector<std::string>& texts) {
+    std::vector<NINVENTORY::TIgnored> ignored;
+    for (const std::string& text : texts) {
+        const auto [type, property] = SplitAt(text, '.');
+        if (type.empty() || text.ends_with('.')) {
+            throw CLI::ValidationError("--ignore", "'" + text + "' is not TYPE or TYPE.PROPERTY");
+        }
+        ignored.push_back({std::string(type), std::string(property)});
+    }
+    return ignored;
+}
+
+void AddDiffCommand(CLI::App& program, TDiffOptions& options) {
+    CLI::App& command = *program.add_subcommand("diff", "Show what differs between two inventories");
+    command.add_option("--format", options.format, "Format of the output (default: text)")
+        ->check(CLI::IsMember(ListDiffFormats()))
+        ->type_name(JoinWith(ListDiffFormats(), "|"));
+    command
+        .add_option_function<std::vector<std::string>>(
+            "--ignore",
+            [&options](const std::vector<std::string>& texts) {
+                options.settings.ignored = ParseIgnored(texts);
+            },
+            "Do not compare resources of this type, or this property of theirs; may be given several times")
+        ->allow_extra_args(false)
+        ->type_name("TYPE[.PROPERTY]");
+    command.add_flag("--all", options.settings.comparesAll,
+                     "Also compare what changes by itself, and what only one of the inventories can contain");
+    command.add_option("--output", options.outputFile, "Write to this file instead of standard output")
+        ->type_name("FILE");
+    for (const auto& [name, target] : {std::pair("OLD", &options.before), std::pair("NEW", &options.after)}) {
+        command
+            .add_option(
+                name, *target,
+                "Document, saved namespace or result, or a folder that holds one; - is standard input")
+            ->type_name("FILE")
+            ->required();
+    }
+}
+
 void AddCollectCommand(CLI::App& program, TCollectOptions& options) {
     CLI::App& command = *program.add_subcommand("collect", "Write the inventory files of this machine");
     AddSourceOptions(command, options.source);
@@ -366,6 +408,7 @@ struct TModel {
         AddValidateCommand(program, validate);
         AddExplainCommand(program, explain);
         AddReportCommand(program, report);
+        AddDiffCommand(program, diff);
         AddCollectCommand(program, collect);
         AddSnapshotCommand(program, snapshot);
         AddCaptureCommand(program, capture);
@@ -377,6 +420,7 @@ struct TModel {
     TValidateOptions validate;
     TExplainOptions explain;
     TReportOptions report;
+    TDiffOptions diff;
     TCollectOptions collect;
     TSnapshotOptions snapshot;
     TCaptureOptions capture;
@@ -462,6 +506,9 @@ TCommand ParseCommandLine(int argc, const char* const* argv) {
     }
     if (command == "report") {
         return model.report;
+    }
+    if (command == "diff") {
+        return model.diff;
     }
     if (command == "collect") {
         return model.collect;

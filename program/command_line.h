@@ -1,6 +1,7 @@
 // Parses the command line of noxinfo into plain structures.
 #pragma once
 
+#include "inventory/compare/comparison.h"
 #include "inventory/read/resource_filter.h"
 #include "machine/supervision/machine_options.h"
 #include "vorhost/run/exit_status.h"
@@ -73,6 +74,13 @@ struct TReportOptions {
     std::string outputFile;            ///< "-" is standard output
 };
 
+struct TDiffOptions {
+    std::string before, after;  ///< files and folders; one of them may be "-", standard input
+    std::string format = "text";
+    NINVENTORY::TComparisonSettings settings;
+    std::optional<std::string> outputFile;  ///< absent: standard output
+};
+
 /// `noxinfo collectors`, which has no options.
 struct TCollectorsOptions {};
 
@@ -84,9 +92,9 @@ struct TEarlyExit {
     int status = eExitDone;
 };
 
-using TCommand =
-    std::variant<TShowOptions, TValidateOptions, TExplainOptions, TReportOptions, TCollectOptions,
-                 TSnapshotOptions, TCaptureOptions, TCollectorsOptions, TCompletionOptions, TEarlyExit>;
+using TCommand = std::variant<TShowOptions, TDiffOptions, TValidateOptions, TExplainOptions, TReportOptions,
+                              TCollectOptions, TSnapshotOptions, TCaptureOptions, TCollectorsOptions,
+                              TCompletionOptions, TEarlyExit>;
 
 /// Parses the command line. Prints help or version to standard output, and usage errors to standard error;
 /// returns TEarlyExit in both cases.

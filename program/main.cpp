@@ -5,6 +5,7 @@
 #include "program/collect_command.h"
 #include "program/collectors_command.h"
 #include "program/command_line.h"
+#include "program/diff_command.h"
 #include "program/explain_command.h"
 #include "program/report_command.h"
 #include "program/show_command.h"
@@ -28,6 +29,11 @@ namespace {
 
 using namespace NVORHOST;  // NOLINT(google-build-using-namespace): this unit is that namespace's program
 
+void Report(const std::string& failure) {
+    BlockIfSignalled();
+    std::cerr << "noxinfo: " << ToShownText(failure) << '\n';
+}
+
 struct TRunCommand {
     int operator()(const TShowOptions& options) const {
         RequireProcFileSystem();
@@ -45,6 +51,17 @@ struct TRunCommand {
     int operator()(const TReportOptions& options) const {
         RequireProcFileSystem();
         return PrintResult([&](std::ostream& out) { return RunReport(options, out); });
+    }
+    // Status 1 means that the inventories differ, so that failures need another one.
+    int operator()(const TDiffOptions& options) const {
+        try {
+            EDiffStatus status = eDiffSame;
+            WriteStandardOutput([&](std::ostream& out) { status = RunDiff(options, out); });
+            return status;
+        } catch (const std::exception& error) {
+            Report(DescribeFailure(error));
+            return eDiffTrouble;
+        }
     }
     int operator()(const TCollectOptions& options) const {
         RequireProcFileSystem();
@@ -82,11 +99,6 @@ void OccupyStandardStreams() {
             (void)::open("/dev/null", O_RDONLY);  // gets the lowest free descriptor: this one
         }
     }
-}
-
-void Report(const std::string& failure) {
-    BlockIfSignalled();
-    std::cerr << "noxinfo: " << ToShownText(failure) << '\n';
 }
 
 }  // namespace

@@ -168,6 +168,7 @@ void PassResources(const TMemoryNamespace& collected, const std::string& timesta
     events.BeginDocument({NINVENTORY::EDocument::collection, {}, timestamp});
     const std::string operatingSystem = FindOperatingSystem(collected);
     for (const auto& source : collected.GetClasses()) {
+        events.BeginList(NINVENTORY::GetTypeOfClass(source->GetName()), 0);
         for (const auto& instance : source->GetInstances()) {
             events.AddResource(MakeResource(*source, *instance, operatingSystem));
         }

@@ -8,9 +8,9 @@
 
 namespace NVORHOST {
 
-/// Passes every instance on, class by class. Properties that documents have come first, in their order and
-/// with their names; the others follow with the names of the namespace. Nulls are left out. `timestamp` is
-/// the time of the collection, empty if it is unknown.
+/// Passes every instance on, class by class; each class is a list of its type, which may be empty. Properties
+/// that documents have come first, in their order and with their names; the others follow with the names of
+/// the namespace. Nulls are left out. `timestamp` is the time of the collection, empty if it is unknown.
 void PassResources(const TMemoryNamespace& collected, const std::string& timestamp,
                    NINVENTORY::IDocumentEvents& events);
 

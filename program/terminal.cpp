@@ -1,9 +1,12 @@
 #include "program/terminal.h"
 
+#include "text/ascii.h"
+
 #include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <cstdlib>
+#include <string>
 #include <string_view>
 
 namespace NVORHOST {
@@ -16,6 +19,17 @@ std::string_view GetVariable(const char* name) {
 }
 
 }  // namespace
+
+bool HasUtf8Locale() {
+    for (const char* name : {"LC_ALL", "LC_CTYPE", "LANG"}) {
+        if (const std::string_view locale = GetVariable(name); !locale.empty()) {
+            const std::string lowerCase = ToLowerCase(locale);
+            return lowerCase.find("utf-8") != std::string::npos ||
+                   lowerCase.find("utf8") != std::string::npos;
+        }
+    }
+    return false;
+}
 
 TTerminal FindTerminal() {
     constexpr std::size_t usualWidth = 80;

@@ -36,6 +36,7 @@ const std::vector<std::vector<std::string>> helps{
     {"validate", "--help"},
     {"explain", "--help"},
     {"report", "--help"},
+    {"diff", "--help"},
     {"collect", "--help"},
     {"snapshot", "--help"},
     {"capture", "--help"},

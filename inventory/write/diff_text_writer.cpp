@@ -1,0 +1,331 @@
+#include "inventory/write/diff_text_writer.h"
+
+#include "inventory/compare/part.h"
+#include "inventory/model/shown_value.h"
+#include "inventory/write/part_words.h"
+#include "text/ascii.h"
+#include "text/lines.h"
+#include "text/shown_text.h"
+
+#include <algorithm>
+#include <map>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace NINVENTORY {
+namespace {
+
+using NVORHOST::MakeVisible;
+
+constexpr std::size_t labelWidth = 13;
+constexpr std::size_t indentation = 4;
+constexpr std::size_t usualWidth = 80;
+
+struct TSign {
+    EChange change;
+    std::string_view text;
+    std::string_view ascii;
+};
+
+constexpr TSign signs[] = {
+    {EChange::replaced, "±", "*"}, {EChange::moved, "»", ">"},   {EChange::removed, "-", "-"},
+    {EChange::added, "+", "+"},    {EChange::updated, "^", "^"}, {EChange::changed, "~", "~"},
+};
+
+// "1 disk", "2 disks".
+std::string CountType(std::string_view type, std::size_t count) {
+    return std::to_string(count) + " " + NameType(type, count);
+}
+
+std::string Capitalize(std::string text) {
+    if (!text.empty()) {
+        text.front() = NVORHOST::ToUpper(text.front());
+    }
+    return text;
+}
+
+std::string Join(const std::vector<std::string>& texts) {
+    std::string joined;
+    for (const std::string& text : texts) {
+        joined += (joined.empty() ? "" : ", ") + text;
+    }
+    return joined;
+}
+
+std::string Show(std::string_view type, const TProperty* property) {
+    if (property == nullptr || property->shape == EShape::null) {
+        return "unknown";
+    }
+    const std::string text = MakeVisible(ShowValue(type, *property));
+    return text.empty() ? "empty" : text;
+}
+
+// A difference of a property in words.
+struct TLine {
+    std::string label, before, after;
+};
+
+class TDiffTextWriter {
+  public:
+    TDiffTextWriter(const TComparison& comparison, const TTextLayout& layout, std::ostream& out)
+        : comparison_(comparison), layout_(layout), out_(out), arrow_(layout.isUtf8 ? " → " : " -> ") {}
+
+    void Write(const TInventory& before, const TInventory& after) {
+        WriteSource("old", before);
+        WriteSource("new", after);
+        WriteMachine(before, after);
+        out_ << '\n';
+        WriteCounts();
+        if (!comparison_.IsSame()) {
+            WriteRule();
+            WriteDifferences();
+            WriteRule();
+        }
+        WriteUnchanged();
+        WriteLeftOut();
+    }
+
+  private:
+    // Writes words, folded at the width of the terminal; continuation lines are indented.
+    void WriteFolded(std::size_t column, std::string_view text, std::size_t indent) {
+        bool isFirst = true;
+        while (!text.empty()) {
+            const std::string word(NVORHOST::TakeUntil(text, ' '));
+            const std::size_t width = CountColumns(word);
+            if (!isFirst && layout_.width != 0 && column + 1 + width > layout_.width) {
+                out_ << '\n' << std::string(indent, ' ');
+                column = indent;
+                isFirst = true;
+            }
+            out_ << (isFirst ? "" : " ") << word;
+            column += width + (isFirst ? 0 : 1);
+            isFirst = false;
+        }
+        out_ << '\n';
+    }
+
+    void WriteRow(std::string_view label, const std::string& text) {
+        if (!text.empty()) {
+            out_ << label << std::string(labelWidth - label.size(), ' ');
+            WriteFolded(labelWidth, text, labelWidth);
+        }
+    }
+
+    void WriteSource(std::string_view label, const TInventory& inventory) {
+        std::string text = MakeVisible(inventory.source);
+        const std::string timestamp = MakeVisible(std::string(inventory.GetTimestamp()));
+        text += timestamp.empty() ? "" : ", " + timestamp;
+        WriteRow(label, text);
+    }
+
+    void WriteMachine(const TInventory& before, const TInventory& after) {
+        const std::string old = DescribeMachine(before);
+        const std::string current = DescribeMachine(after);
+        if (old == current) {
+            return WriteRow("machine", old.empty() ? "" : old + ", the same in both");
+        }
+        WriteRow("machine",
+                 (old.empty() ? "unknown" : old) + arrow_ + (current.empty() ? "unknown" : current));
+    }
+
+    static std::string DescribeMachine(const TInventory& inventory) {
+        for (const std::string_view type : {"Server", "NOXSystemInfo"}) {
+            const auto machine = std::ranges::find(inventory.resources, type, &TResource::type);
+            if (machine == inventory.resources.end()) {
+                continue;
+            }
+            std::string text;
+            for (const char* property : {"Manufacturer", "MachineType", "Model"}) {
+                const std::string value = MakeVisible(std::string(machine->GetText(property)));
+                if (!value.empty() && text.find(value) == std::string::npos) {
+                    text += (text.empty() ? "" : " ") + value;
+                }
+            }
+            const std::string serial = MakeVisible(std::string(machine->GetText("SerialNumber")));
+            return text + (serial.empty() ? "" : (text.empty() ? "" : ", ") + ("serial number " + serial));
+        }
+        return {};
+    }
+
+    void WriteCounts() {
+        const std::size_t count = comparison_.differences.size();
+        if (count == 0) {
+            out_ << "no changes\n";
+            return;
+        }
+        std::vector<std::string> counts;
+        for (const TSign& sign : signs) {
+            if (const std::size_t number = comparison_.Count(sign.change); number > 0) {
+                counts.push_back(std::to_string(number) + " " + std::string(GetWord(sign.change)));
+            }
+        }
+        WriteFolded(0, std::to_string(count) + (count == 1 ? " change: " : " changes: ") + Join(counts),
+                    indentation);
+    }
+
+    void WriteRule() {
+        const std::size_t width = layout_.width == 0 ? usualWidth : std::min(layout_.width, usualWidth);
+        for (std::size_t i = 0; i < width - std::min<std::size_t>(width, 2); ++i) {
+            out_ << (layout_.isUtf8 ? "─" : "-");
+        }
+        out_ << '\n';
+    }
+
+    void WriteDifferences() {
+        for (const TDifference& difference : comparison_.differences) {
+            WriteDifference(difference);
+        }
+    }
+
+    void WriteDifference(const TDifference& difference) {
+        const auto* const sign = std::ranges::find(signs, difference.change, &TSign::change);
+        std::vector<TLine> lines = MakeLines(difference);
+        std::string headline = Capitalize(DescribePart(*GetOlder(difference))) + ": " +
+                               std::string(GetWord(difference.change)) + TakeFact(difference, lines);
+        out_ << (layout_.hasColour ? "\x1B[1m" : "") << (layout_.isUtf8 ? sign->text : sign->ascii) << ' ';
+        WriteFolded(2, headline, indentation);
+        out_ << (layout_.hasColour ? "\x1B[0m" : "");
+        WriteLines(lines);
+    }
+
+    // People look for a part where it was.
+    static const TResource* GetOlder(const TDifference& difference) {
+        return difference.before != nullptr ? difference.before : difference.after;
+    }
+
+    std::vector<TLine> MakeLines(const TDifference& difference) const {
+        const std::string& type = difference.GetResource().type;
+        std::vector<TLine> lines;
+        for (const TPropertyDifference& property : difference.properties) {
+            TLine line{LabelProperty(type, property.GetName()), Show(type, property.before),
+                       Show(type, property.after)};
+            if (property.before != nullptr && property.after != nullptr && line.before == line.after) {
+                // Rounded values look alike.
+                line.before = MakeVisible(ToExactText(*property.before));
+                line.after = MakeVisible(ToExactText(*property.after));
+            }
+            lines.push_back(std::move(line));
+        }
+        return lines;
+    }
+
+    static std::string ToExactText(const TProperty& property) {
+        std::string text = Join(property.values);
+        return text + (property.type.empty() ? "" : " (" + property.type + ")");
+    }
+
+    // Returns the fact that matters most, and removes it from the lines.
+    std::string TakeFact(const TDifference& difference, std::vector<TLine>& lines) const {
+        if (difference.before == nullptr || difference.after == nullptr) {
+            return GetSerial(difference.GetResource());
+        }
+        if (difference.change == EChange::moved) {
+            return " from " + DescribePlace(*difference.before) + " to " + DescribePlace(*difference.after) +
+                   GetSerial(*difference.after);
+        }
+        auto fact = lines.end();
+        for (const std::string_view label : {"serial number", "unique ID", "address", "version"}) {
+            if (fact == lines.end()) {
+                fact = std::ranges::find(lines, label, &TLine::label);
+            }
+        }
+        if (fact == lines.end() && lines.size() == 1) {
+            fact = lines.begin();
+        }
+        if (lines.empty()) {
+            return ", identifier " + MakeVisible(difference.before->id) + arrow_ +
+                   MakeVisible(difference.after->id);
+        }
+        if (fact == lines.end()) {
+            return {};
+        }
+        const std::string text = ", " + fact->label + " " + fact->before + arrow_ + fact->after;
+        lines.erase(fact);
+        return text;
+    }
+
+    static std::string GetSerial(const TResource& resource) {
+        for (const std::string_view name : {"SerialNumber", "Serial number"}) {
+            if (const std::string serial = GetFact(resource, name); !serial.empty()) {
+                return ", serial number " + MakeVisible(serial);
+            }
+        }
+        return {};
+    }
+
+    void WriteLines(const std::vector<TLine>& lines) {
+        std::size_t width = 0;
+        for (const TLine& line : lines) {
+            width = std::max(width, CountColumns(line.label));
+        }
+        for (const TLine& line : lines) {
+            out_ << std::string(indentation, ' ') << line.label
+                 << std::string(width - CountColumns(line.label) + 2, ' ');
+            WriteFolded(indentation + width + 2, line.before + arrow_ + line.after, indentation + width + 2);
+        }
+    }
+
+    void WriteUnchanged() {
+        std::vector<std::string> counts;
+        for (const TUnchanged& unchanged : comparison_.unchanged) {
+            counts.push_back(CountType(unchanged.type, unchanged.count));
+        }
+        WriteRow("unchanged", Join(counts));
+    }
+
+    void WriteLeftOut() {
+        std::vector<std::string> reasons;
+        for (const bool isInNew : {false, true}) {
+            if (const std::string names = ListOneSided(isInNew); !names.empty()) {
+                reasons.push_back("what only " + std::string(isInNew ? "new" : "old") + " can have (" +
+                                  names + ")");
+            }
+        }
+        if (comparison_.volatileDifferences > 0) {
+            reasons.push_back(std::to_string(comparison_.volatileDifferences) +
+                              (comparison_.volatileDifferences == 1 ? " value that changes by itself"
+                                                                    : " values that change by themselves"));
+        }
+        if (comparison_.hasAuxiliary) {
+            reasons.emplace_back("links and processes");
+        }
+        if (!reasons.empty()) {
+            WriteRow("left out", Join(reasons) + "; --all compares them, too");
+        }
+    }
+
+    std::string ListOneSided(bool isInNew) const {
+        std::vector<std::string> types;
+        std::map<std::string_view, std::vector<std::string>> properties;
+        for (const TOneSided& oneSided : comparison_.oneSided) {
+            if (oneSided.isInNew != isInNew) {
+                continue;
+            }
+            if (oneSided.property.empty()) {
+                types.push_back(NameType(oneSided.type, 2));
+            } else {
+                properties[oneSided.type].push_back(LabelProperty(oneSided.type, oneSided.property));
+            }
+        }
+        for (const auto& [type, labels] : properties) {
+            types.push_back(Join(labels) + " of " + NameType(type, 2));
+        }
+        return Join(types);
+    }
+
+    const TComparison& comparison_;
+    TTextLayout layout_;
+    std::ostream& out_;
+    std::string arrow_;
+};
+
+}  // namespace
+
+void WriteDiffText(const TComparison& comparison, const TInventory& before, const TInventory& after,
+                   const TTextLayout& layout, std::ostream& out) {
+    TDiffTextWriter(comparison, layout, out).Write(before, after);
+}
+
+}  // namespace NINVENTORY

@@ -1,0 +1,25 @@
+// Parts of a machine and their properties in words, for comparisons and reports.
+#pragma once
+
+#include "inventory/model/resource.h"
+
+#include <string>
+#include <string_view>
+
+namespace NINVENTORY {
+
+/// Returns what a resource is and where it is: "memory module 16 GiB in P1-DIMM_A2". The text is visible.
+std::string DescribePart(const TResource& resource);
+
+/// Returns where a resource is, "P1-DIMM_A2" or "PCI function 0000:01:00.0, SAS bay 2"; "" if that is
+/// unknown.
+std::string DescribePlace(const TResource& resource);
+
+/// Returns the name of a type for a number of resources, "memory module" or "memory modules".
+std::string NameType(std::string_view type, std::size_t count);
+
+/// Returns the label of a property: the title of its column in tables, else its name in words, such as
+/// "kernel release" for "KernelRelease".
+std::string LabelProperty(std::string_view type, std::string_view property);
+
+}  // namespace NINVENTORY

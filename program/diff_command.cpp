@@ -1,0 +1,91 @@
+#include "program/diff_command.h"
+
+#include "inventory/compare/comparison.h"
+#include "inventory/write/diff_text_writer.h"
+#include "program/inventory_source.h"
+#include "program/terminal.h"
+#include "vorhost/run/output_file.h"
+#include "vorhost/run/run_failure.h"
+
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+#include <utility>
+
+namespace NVORHOST {
+namespace {
+
+using NINVENTORY::TComparison;
+using NINVENTORY::TInventory;
+
+class TInventoryRecorder final : public NINVENTORY::IDocumentEvents {
+  public:
+    explicit TInventoryRecorder(TInventory& inventory) : inventory_(inventory) {}
+
+    void BeginDocument(const NINVENTORY::TDocumentHead& head) override {
+        inventory_.documents.push_back(head);
+    }
+    void BeginList(std::string_view listType, int /*line*/) override {
+        inventory_.types.emplace_back(listType);
+    }
+    void AddResource(NINVENTORY::TResource&& resource) override {
+        inventory_.resources.push_back(std::move(resource));
+    }
+
+  private:
+    TInventory& inventory_;
+};
+
+TInventory ReadInventory(const std::string& path) {
+    TInventory inventory;
+    TInventoryRecorder recorder(inventory);
+    PassInventory(
+        path, [&](const std::string& name) { inventory.source = name; }, recorder);
+    return inventory;
+}
+
+void WriteText(const TComparison& comparison, const TInventory& before, const TInventory& after,
+               const TDiffOptions& options, std::ostream& out) {
+    const TTerminal terminal = options.outputFile ? TTerminal{} : FindTerminal();
+    WriteDiffText(comparison, before, after,
+                  {.width = terminal.width, .hasColour = terminal.hasColour, .isUtf8 = HasUtf8Locale()}, out);
+}
+
+struct TFormatRow {
+    std::string_view name;
+    void (*write)(const TComparison& comparison, const TInventory& before, const TInventory& after,
+                  const TDiffOptions& options, std::ostream& out);
+};
+
+constexpr TFormatRow formats[] = {
+    {"text", &WriteText},
+};
+
+}  // namespace
+
+EDiffStatus RunDiff(const TDiffOptions& options, std::ostream& out) {
+    if (options.before == "-" && options.after == "-") {
+        throw TRunFailure("only one of the two sources can be standard input");
+    }
+    const TInventory before = ReadInventory(options.before);
+    const TInventory after = ReadInventory(options.after);
+    const TComparison comparison = Compare(before, after, options.settings);
+    const auto* const row = std::ranges::find(formats, options.format, &TFormatRow::name);
+    if (options.outputFile) {
+        const TOutputPlace place = ResolveOutputPlace(*options.outputFile, {});
+        WriteOutputFile(place, *options.outputFile, /*syncs=*/true,
+                        [&](std::ostream& file) { row->write(comparison, before, after, options, file); });
+    } else {
+        row->write(comparison, before, after, options, out);
+    }
+    return comparison.IsSame() ? eDiffSame : eDiffDifferent;
+}
+
+std::vector<std::string> ListDiffFormats() {
+    std::vector<std::string> names;
+    std::ranges::transform(formats, std::back_inserter(names),
+                           [](const TFormatRow& row) { return std::string(row.name); });
+    return names;
+}
+
+}  // namespace NVORHOST

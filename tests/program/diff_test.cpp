@@ -1,0 +1,74 @@
+// `noxinfo diff`: its sources, outputs and exit statuses.
+#include "program_run.h"
+#include "temporary_directory.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace NVORHOST {
+namespace {
+
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+
+const std::string smallHardware = NOXINFO_TEST_DATA "/small-server.hardware.xml";
+
+std::string Replace(std::string text, const std::string& from, const std::string& to) {
+    const std::size_t place = text.find(from);
+    EXPECT_NE(place, std::string::npos) << from;
+    return place == std::string::npos ? text : text.replace(place, from.size(), to);
+}
+
+class Diff : public testing::Test {
+  protected:
+    TProgramResult Run(std::vector<std::string> arguments) const {
+        arguments.insert(arguments.begin(), "diff");
+        return RunNoxinfo({arguments, folder_.GetPath(), {}});
+    }
+
+    TTemporaryDirectory folder_;
+};
+
+TEST_F(Diff, ExitsWithStatus0IfNothingDiffers) {
+    const auto result = Run({smallHardware, smallHardware});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_THAT(result.standardOutput, HasSubstr("\nno changes\n"));
+    EXPECT_EQ(result.standardError, "");
+}
+
+TEST_F(Diff, ExitsWithStatus1IfSomethingDiffers) {
+    const std::string document = ReadFile(smallHardware);
+    WriteFile(folder_ / "new.xml", Replace(document, "<Value>2500</Value>", "<Value>2600</Value>"));
+    const auto result = Run({smallHardware, "new.xml", "--ignore", "Server"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.standardOutput, HasSubstr("\n1 change: 1 changed\n"));
+    EXPECT_EQ(result.standardError, "");
+    EXPECT_EQ(Run({smallHardware, "new.xml", "--ignore", "Processor.MaxClockSpeed"}).status, 0);
+}
+
+TEST_F(Diff, ExitsWithStatus2ForTrouble) {
+    const auto missing = Run({smallHardware, "missing.xml"});
+    EXPECT_EQ(missing.status, 2);
+    EXPECT_EQ(missing.standardOutput, "");
+    EXPECT_EQ(missing.standardError, "noxinfo: missing.xml: cannot be read: No such file or directory\n");
+    EXPECT_EQ(Run({"-", "-"}).standardError, "noxinfo: only one of the two sources can be standard input\n");
+    EXPECT_EQ(Run({smallHardware}).status, 2);
+    EXPECT_EQ(Run({smallHardware, smallHardware, "--ignore", ".Name"}).standardError,
+              "noxinfo: --ignore: '.Name' is not TYPE or TYPE.PROPERTY\nTry 'noxinfo diff --help'.\n");
+}
+
+TEST_F(Diff, WritesAFileOnlyIfBothSourcesCanBeRead) {
+    EXPECT_EQ(Run({"--output", "diff.txt", smallHardware, "missing.xml"}).status, 2);
+    EXPECT_TRUE(folder_.IsEmpty());
+    const auto result = Run({"--output", "diff.txt", smallHardware, smallHardware});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.standardOutput, "");
+    EXPECT_THAT(ReadFile(folder_ / "diff.txt"), StartsWith("old          "));
+}
+
+}  // namespace
+}  // namespace NVORHOST
