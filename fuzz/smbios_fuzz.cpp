@@ -5,6 +5,7 @@
 #include "machine/parse/smbios_slot.h"
 #include "machine/parse/smbios_system.h"
 #include "machine/parse/smbios_table.h"
+#include "machine/parse/smbios_tpm.h"
 
 using namespace NVORHOST;  // NOLINT(google-build-using-namespace): uses all parsers of a folder
 
@@ -30,6 +31,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         (void)ParseSmbiosMemoryDevice(structure);
         (void)ParseSmbiosArrayAddress(structure);
         (void)ParseSmbiosDeviceAddress(structure);
+        (void)ParseSmbiosTpm(structure);
     }
     Require(bytes <= size, "structures do not overlap");
     (void)FindSmbiosTableFlaw(table);

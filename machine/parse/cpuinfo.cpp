@@ -35,6 +35,8 @@ constexpr TRow rows[] = {
     {"flags",
      [](auto& cpu, auto value) {
          cpu.isLongModeCapable = HasWord(value, "lm");
+         cpu.hasVmx = HasWord(value, "vmx");
+         cpu.hasSvm = HasWord(value, "svm");
          cpu.isUnderHypervisor = HasWord(value, "hypervisor");
      }},
 };

@@ -21,6 +21,8 @@ struct TLogicalProcessor {
     std::optional<bool> isLongModeCapable;   ///< "flags" contains "lm"; absent without that line
     std::optional<std::string> microcode;    ///< "microcode", as the kernel formats it: "0xb00002e"
     std::optional<std::uint16_t> coreCount;  ///< "cpu cores" of its package
+    bool hasVmx = false;                     ///< "flags" contains "vmx": VT-x, and the firmware allows it
+    bool hasSvm = false;                     ///< "flags" contains "svm": AMD-V, and the firmware allows it
     bool isUnderHypervisor = false;          ///< "flags" contains "hypervisor"
 };
 

@@ -19,12 +19,12 @@ std::optional<std::uint16_t> ParseFamily(const TByteView& fields) {
     return std::uint16_t{*code};
 }
 
-// FFh refers to the word, which version 3.0 added for more than 254 cores.
-std::optional<std::uint16_t> ParseEnabledCores(const TByteView& fields) {
+// FFh refers to the word, which version 3.0 added for counts above 254.
+std::optional<std::uint16_t> ParseCount(const TByteView& fields, std::size_t offset, std::size_t wordOffset) {
     constexpr std::uint8_t isInSecondField = 0xFF;
-    const auto count = fields.GetByte(0x24);
+    const auto count = fields.GetByte(offset);
     if (count == isInSecondField) {
-        return NonZero(fields.GetWord(0x2C));
+        return NonZero(fields.GetWord(wordOffset));
     }
     return NonZero(count ? std::optional<std::uint16_t>(*count) : std::nullopt);
 }
@@ -44,8 +44,11 @@ TSmbiosProcessor ParseSmbiosProcessor(const TSmbiosStructure& structure) {
         .status = fields.GetByte(0x18),
         .upgrade = fields.GetByte(0x19),
         .serial = structure.GetText(0x20),
-        .enabledCores = ParseEnabledCores(fields),
+        .cores = ParseCount(fields, 0x23, 0x2A),
+        .enabledCores = ParseCount(fields, 0x24, 0x2C),
+        .threads = ParseCount(fields, 0x25, 0x2E),
         .characteristics = fields.GetWord(0x26),
+        .socketKind = structure.GetText(0x32),
     };
 }
 

@@ -21,8 +21,11 @@ struct TSmbiosProcessor {
     std::optional<std::uint8_t> status;            ///< 18h
     std::optional<std::uint8_t> upgrade;           ///< 19h, a kind of socket of the reference
     std::optional<std::string> serial;             ///< 20h
+    std::optional<std::uint16_t> cores;            ///< 23h, or 2Ah when 23h is FFh; absent for 0, unknown
     std::optional<std::uint16_t> enabledCores;     ///< 24h, or 2Ch when 24h is FFh; absent for 0, unknown
+    std::optional<std::uint16_t> threads;          ///< 25h, or 2Eh when 25h is FFh; absent for 0, unknown
     std::optional<std::uint16_t> characteristics;  ///< 26h
+    std::optional<std::string> socketKind;         ///< 32h, name of the kind of socket
 
     bool IsCentral() const { return kind == 3; }
     /// Returns bit 6 of the status.

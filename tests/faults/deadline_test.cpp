@@ -178,7 +178,7 @@ class TDeadlineOfCollectors : public TDeadline {
 
 TEST_F(TDeadlineOfCollectors, ASnapshotHasTheDataOfAllOtherSources) {
     const auto reads = Reads();
-    EXPECT_EQ(reads.size(), 29U);  // all but data-source and result
+    EXPECT_EQ(reads.size(), 33U);  // all but data-source and result
     const auto runs = StartAll("snapshot", reads);
     for (const auto& [name, run] : runs) {
         SCOPED_TRACE(name);

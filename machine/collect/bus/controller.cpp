@@ -24,6 +24,7 @@ namespace {
 struct TController {
     std::optional<std::string> elementName, description, deviceId;
     std::optional<std::uint32_t> maxNumberControlled, videoMemoryBytes;
+    std::optional<std::uint64_t> videoMemorySize;
     std::optional<std::uint16_t> protocolSupported, interfaceType, usbVersion;
 };
 
@@ -38,6 +39,7 @@ constexpr TPropertyRow<TController> videoRows[] = {
     {"MaxMemorySupported", &TController::videoMemoryBytes},
     {"NumberOfVideoPages", TUnavailable{ECimType::eUint32}},
     {"VideoMemoryType", TUnavailable{ECimType::eUint16}},
+    {"VideoMemorySize", &TController::videoMemorySize},  // bytes
 };
 
 constexpr TPropertyRow<TController> usbRows[] = {
@@ -185,6 +187,9 @@ void CommitPciVideo(TCollection& collection, const TPciSource& source) {
     // A size that does not fit into the property's 32 bits is left out instead of truncated.
     const auto bytes =
         ReadNumber<std::uint64_t>(collection.GetFiles(), source.folder + "/mem_info_vram_total");
+    if (bytes && *bytes != 0) {
+        controller.videoMemorySize = bytes;
+    }
     if (bytes && *bytes != 0 && *bytes <= std::numeric_limits<std::uint32_t>::max()) {
         controller.videoMemoryBytes = static_cast<std::uint32_t>(*bytes);
     }

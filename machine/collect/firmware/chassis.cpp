@@ -24,6 +24,7 @@ struct TChassis {
     std::optional<bool> hasLock;
     std::optional<std::uint16_t> powerCords, packageKind;
     std::optional<std::vector<std::uint16_t>> kinds;
+    std::optional<float> heightInches;
 };
 
 constexpr TPropertyRow<TChassis> chassisRows[] = {
@@ -41,6 +42,7 @@ constexpr TPropertyRow<TChassis> chassisRows[] = {
     {"ChassisTypes", &TChassis::kinds},
     {"ChassisPackageType", &TChassis::packageKind},
     {"ChassisTypeDescription", &TChassis::kindText},
+    {"Height", &TChassis::heightInches},
 };
 
 constexpr TCimClass<TChassis> chassisClass{"CIM_Chassis", chassisRows};
@@ -91,6 +93,10 @@ TChassis MakeChassis(const TSmbiosChassis& source) {
     chassis.operationalStatus =
         FindChassisStatus({source.bootUpState, source.powerState, source.thermalState});
     chassis.powerCords = source.powerCords;
+    if (source.rackUnits) {
+        constexpr float inchesPerRackUnit = 1.75F;
+        chassis.heightInches = inchesPerRackUnit * static_cast<float>(*source.rackUnits);
+    }
     if (source.kind) {
         SetKind(*source.kind, chassis);
     }

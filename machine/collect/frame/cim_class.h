@@ -38,13 +38,15 @@ struct TCimReference {
 /// A pointer to a record member: an optional of a CIM scalar, of a reference, or of an array of texts or of
 /// 16-bit or 32-bit words.
 template <typename TRecord>
-using TPropertyMember = std::variant<
-    TUnavailable, std::optional<bool> TRecord::*, std::optional<std::uint8_t> TRecord::*,
-    std::optional<std::uint16_t> TRecord::*, std::optional<std::int16_t> TRecord::*,
-    std::optional<std::uint32_t> TRecord::*, std::optional<std::uint64_t> TRecord::*,
-    std::optional<std::string> TRecord::*, std::optional<TCIMDateTime> TRecord::*,
-    std::optional<TCimReference> TRecord::*, std::optional<std::vector<std::uint16_t>> TRecord::*,
-    std::optional<std::vector<std::uint32_t>> TRecord::*, std::optional<std::vector<std::string>> TRecord::*>;
+using TPropertyMember =
+    std::variant<TUnavailable, std::optional<bool> TRecord::*, std::optional<std::uint8_t> TRecord::*,
+                 std::optional<std::uint16_t> TRecord::*, std::optional<std::int16_t> TRecord::*,
+                 std::optional<std::uint32_t> TRecord::*, std::optional<std::uint64_t> TRecord::*,
+                 std::optional<float> TRecord::*, std::optional<std::string> TRecord::*,
+                 std::optional<TCIMDateTime> TRecord::*, std::optional<TCimReference> TRecord::*,
+                 std::optional<std::vector<std::uint16_t>> TRecord::*,
+                 std::optional<std::vector<std::uint32_t>> TRecord::*,
+                 std::optional<std::vector<std::string>> TRecord::*>;
 
 template <typename TRecord>
 struct TPropertyRow {
@@ -78,6 +80,8 @@ constexpr ECimType cimTypeOf = [] {
         return ECimType::eUint32;
     } else if constexpr (std::is_same_v<TValue, std::uint64_t>) {
         return ECimType::eUint64;
+    } else if constexpr (std::is_same_v<TValue, float>) {
+        return ECimType::eReal32;
     } else if constexpr (std::is_same_v<TValue, std::string>) {
         return ECimType::eString;
     } else if constexpr (std::is_same_v<TValue, TCimReference>) {

@@ -5,12 +5,12 @@
 #include "machine/collect/frame/dmi_folder.h"
 #include "machine/collect/frame/logical_processors.h"
 #include "machine/collect/frame/smbios_source.h"
+#include "machine/collect/machine/hypervisor.h"
 #include "machine/parse/acpi_table.h"
 #include "machine/parse/device_tree.h"
 #include "machine/parse/placeholders.h"
 #include "machine/parse/smbios_system.h"
 #include "text/ascii.h"
-#include "text/find_row.h"
 #include "text/trim.h"
 
 #include <algorithm>
@@ -118,49 +118,14 @@ void FillFromDeviceTree(TCollection& collection, TMachineIdentity& identity) {
 }
 
 constexpr std::string_view virtualMachine = "Virtual machine";
-constexpr std::string_view hypervisorType = "/sys/hypervisor/type";
 constexpr std::size_t acpiHeaderBytes = 36;
 
 void FillFromXen(TCollection& collection, TMachineIdentity& identity) {
     const ISystemFiles& files = collection.GetFiles();
-    if (ReadAttribute(files, hypervisorType) == "xen") {
+    if (IsXen(files)) {
         SetIfAbsent(identity.product, "Xen virtual machine");
         SetIfAbsent(identity.uuid, ReadUuid(files, "/sys/hypervisor/uuid"));
     }
-}
-
-struct THypervisor {
-    std::string_view signature;
-    std::string_view name;
-    std::string_view product;
-};
-
-// CPUID leaf 40000000h.
-constexpr THypervisor hypervisors[] = {
-    {"KVMKVMKVM", "KVM", "KVM virtual machine"},
-    {"Linux KVM Hv", "KVM", "KVM virtual machine"},
-    {"Microsoft Hv", "Hyper-V", "Hyper-V virtual machine"},
-    {"VMwareVMware", "VMware", "VMware virtual machine"},
-    {"XenVMMXenVMM", "Xen", "Xen virtual machine"},
-    {"TCGTCGTCGTCG", "QEMU", "QEMU virtual machine"},
-    {"VBoxVBoxVBox", "VirtualBox", "VirtualBox virtual machine"},
-    {"bhyve bhyve ", "bhyve", "bhyve virtual machine"},
-    {"BHyVE BHyVE ", "bhyve", "bhyve virtual machine"},
-    {"prl hyperv  ", "Parallels", "Parallels virtual machine"},
-    {" lrpepyh vr", "Parallels", "Parallels virtual machine"},
-    {"ACRNACRNACRN", "ACRN", "ACRN virtual machine"},
-    {"QNXQVMBSQG", "QNX", "QNX virtual machine"},
-    {"OpenBSDVMM58", "OpenBSD", "OpenBSD virtual machine"},
-    {"___ NVMM ___", "NVMM", "NVMM virtual machine"},
-    {"Jailhouse", "Jailhouse", "Jailhouse cell"},
-    {"HAXMHAXMHAXM", "HAXM", "HAXM virtual machine"},
-    {"SRESRESRESRE", "LMHS", "LMHS virtual machine"},
-    {"UnisysSpar64", "s-Par", "s-Par virtual machine"},
-};
-
-// Returns null for an unknown signature.
-const THypervisor* FindHypervisor(std::string_view signature) {
-    return FindRow(hypervisors, &THypervisor::signature, signature);
 }
 
 void FillFromHypervisor(TCollection& collection, TMachineIdentity& identity) {
@@ -198,40 +163,10 @@ constexpr void (*identitySources[])(TCollection& collection, TMachineIdentity& i
     FillFromHypervisor, FillFromAcpi,     FillFromProcessor,
 };
 
-// Xen's control domain has direct access to the machine, although the processor reports a hypervisor.
-bool IsControlDomain(const ISystemFiles& files) {
-    constexpr std::uint32_t isControlDomain = 1U << 11U;
-    const auto features = ReadHexNumber<std::uint32_t>(files, "/sys/hypervisor/properties/features");
-    return features && (*features & isControlDomain) != 0;
-}
-
-bool IsVirtualByFirmware(const TSmbiosSource& smbios) {
-    const TSmbiosStructure* structure = smbios.FindFirst(0);
-    return structure != nullptr && ParseSmbiosFirmware(*structure).isVirtualMachine;
-}
-
-bool IsVirtual(TCollection& collection) {
-    const ISystemFiles& files = collection.GetFiles();
-    if (IsControlDomain(files)) {
-        return false;
-    }
-    const auto& processors = GetLogicalProcessors(collection);
-    return (!processors.empty() && processors.front().isUnderHypervisor) ||
-           IsVirtualByFirmware(GetSmbios(collection)) || ReadAttribute(files, hypervisorType) ||
-           collection.GetCalls().ReadHypervisorSignature();
-}
-
 // Returns, for example, "Virtual machine, KVM".
 std::string DescribeVirtualMachine(TCollection& collection) {
-    std::string_view name;
-    if (const auto signature = collection.GetCalls().ReadHypervisorSignature()) {
-        const THypervisor* hypervisor = FindHypervisor(*signature);
-        name = hypervisor != nullptr ? hypervisor->name : "";
-    }
-    if (name.empty() && ReadAttribute(collection.GetFiles(), hypervisorType) == "xen") {
-        name = "Xen";
-    }
-    return std::string(virtualMachine) + (name.empty() ? "" : ", " + std::string(name));
+    const auto name = FindHypervisorName(collection);
+    return std::string(virtualMachine) + (name ? ", " + std::string(*name) : "");
 }
 
 }  // namespace

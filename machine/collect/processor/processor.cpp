@@ -8,6 +8,7 @@
 #include "machine/collect/frame/operational_status.h"
 #include "machine/collect/frame/smbios_source.h"
 #include "machine/collect/processor/processor_family.h"
+#include "machine/collect/processor/processor_node.h"
 #include "machine/collect/processor/processor_package.h"
 #include "machine/parse/placeholders.h"
 #include "machine/parse/smbios_processor.h"
@@ -19,9 +20,11 @@ namespace NVORHOST {
 namespace {
 
 struct TProcessor {
-    std::optional<std::string> elementName, description, deviceId, uniqueId, stepping, microcode;
+    std::optional<std::string> elementName, description, deviceId, uniqueId, stepping, microcode, socketKind;
     std::optional<TOperationalStatus> operationalStatus;
-    std::optional<std::uint16_t> addressWidthBits, dataWidthBits, family, enabledCores, upgrade;
+    std::optional<std::uint16_t> addressWidthBits, dataWidthBits, family, enabledCores, upgrade, cores,
+        threads;
+    std::optional<std::vector<std::uint16_t>> nodes;
     std::optional<std::uint32_t> currentClockMHz, maxClockMHz;
 };
 
@@ -40,17 +43,23 @@ constexpr TPropertyRow<TProcessor> processorRows[] = {
     {"Stepping", &TProcessor::stepping},
     {"UpgradeMethod", &TProcessor::upgrade},
     {"FirmwareVersion", &TProcessor::microcode},
+    {"NumberOfProcessorCores", &TProcessor::cores},
+    {"NumberOfHardwareThreads", &TProcessor::threads},
+    {"SocketType", &TProcessor::socketKind},
+    {"NUMANodes", &TProcessor::nodes},
 };
 
 constexpr TCimClass<TProcessor> processorClass{"KELSG_Processor", processorRows};
 constexpr const IClassDeclaration* classes[] = {&processorClass};
 
-constexpr auto sourcePatterns = Join(smbiosSources, std::array<TSourcePattern, 5>{
+constexpr auto sourcePatterns = Join(smbiosSources, std::array<TSourcePattern, 7>{
                                                         "/proc/cpuinfo",
                                                         "/sys/devices/system/cpu",
                                                         "/sys/devices/system/cpu/cpu*/online",
                                                         "/sys/devices/system/cpu/cpu*/topology/*",
                                                         "/sys/devices/system/cpu/cpu*/cpufreq/*",
+                                                        "/sys/devices/system/node",
+                                                        "/sys/devices/system/node/node*/cpulist",
                                                     });
 
 std::vector<TSmbiosProcessor> ReadSockets(TCollection& collection) {
@@ -76,7 +85,8 @@ std::string DescribeModel(const TLogicalProcessor& info) {
     return description;
 }
 
-void SetFromPackage(const TProcessorPackage& package, TProcessor& processor) {
+void SetFromPackage(TCollection& collection, const TProcessorPackage& package, TProcessor& processor) {
+    processor.nodes = FindNodes(GetProcessorNodes(collection), package.cpus);
     if (package.info) {
         processor.enabledCores = package.info->coreCount;
         processor.microcode = package.info->microcode;
@@ -117,6 +127,9 @@ void SetFromSocket(const TSmbiosProcessor& socket, std::optional<TSmbiosVersion>
     FillIn(processor.elementName, WithoutPlaceholder(socket.version));
     processor.family = FindProcessorFamily(socket, version);
     processor.upgrade = FindUpgrade(socket.upgrade);
+    processor.cores = socket.cores;
+    processor.threads = socket.threads;
+    processor.socketKind = WithoutPlaceholder(socket.socketKind);
     // The firmware also counts cores that the kernel was started without.
     if (socket.enabledCores) {
         processor.enabledCores = socket.enabledCores;
@@ -163,7 +176,7 @@ TProcessor MakeFromSocket(TCollection& collection, const TSmbiosProcessor& socke
                           const TProcessorPackage* package) {
     TProcessor processor;
     if (package != nullptr) {
-        SetFromPackage(*package, processor);
+        SetFromPackage(collection, *package, processor);
     }
     const auto& processors = GetLogicalProcessors(collection);
     const TLogicalProcessor* own = package != nullptr && package->info ? &*package->info : nullptr;
@@ -176,9 +189,9 @@ TProcessor MakeFromSocket(TCollection& collection, const TSmbiosProcessor& socke
     return processor;
 }
 
-TProcessor MakeFromPackage(const TProcessorPackage& package) {
+TProcessor MakeFromPackage(TCollection& collection, const TProcessorPackage& package) {
     TProcessor processor;
-    SetFromPackage(package, processor);
+    SetFromPackage(collection, package, processor);
     if (package.info) {
         SetFromInfo(*package.info, processor);
         SetWidths(package.info->isLongModeCapable, processor);
@@ -234,10 +247,10 @@ TProcessors JoinSockets(TCollection& collection, const std::vector<TSmbiosProces
     return processors;
 }
 
-TProcessors TakePackages(const std::vector<TProcessorPackage>& packages) {
+TProcessors TakePackages(TCollection& collection, const std::vector<TProcessorPackage>& packages) {
     TProcessors processors;
     for (const TProcessorPackage& package : packages) {
-        processors.push_back({MakeFromPackage(package), {std::nullopt, PackageName(package.id)}});
+        processors.push_back({MakeFromPackage(collection, package), {std::nullopt, PackageName(package.id)}});
     }
     return processors;
 }
@@ -245,9 +258,10 @@ TProcessors TakePackages(const std::vector<TProcessorPackage>& packages) {
 void CollectProcessors(TCollection& collection) {
     const auto sockets = ReadSockets(collection);
     const auto packages = ReadProcessorPackages(collection);
-    CommitKeyed(collection, processorClass,
-                sockets.empty() ? TakePackages(packages) : JoinSockets(collection, sockets, packages),
-                &TProcessor::deviceId, "processor");
+    CommitKeyed(
+        collection, processorClass,
+        sockets.empty() ? TakePackages(collection, packages) : JoinSockets(collection, sockets, packages),
+        &TProcessor::deviceId, "processor");
 }
 
 }  // namespace

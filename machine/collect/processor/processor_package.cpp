@@ -134,6 +134,7 @@ std::vector<TProcessorPackage> ReadProcessorPackages(TCollection& collection) {
         }
         package.inventoryNumber =
             WithoutPlaceholder(ReadAttribute(files, GetCpuFolder(package.firstCpu) + "/topology/ppin"));
+        package.cpus = std::move(cpus);
         packages.push_back(std::move(package));
     }
     return packages;

@@ -15,6 +15,7 @@ class TCollection;
 
 struct TProcessorPackage {
     std::uint32_t id = 0;                      ///< physical_package_id
+    std::vector<std::uint32_t> cpus;           ///< its processors, ascending
     std::uint32_t firstCpu = 0;                ///< its lowest online processor; its lowest if none is online
     std::optional<TLogicalProcessor> info;     ///< entry of `firstCpu`; absent if /proc/cpuinfo lacks it
     std::optional<std::uint32_t> maxClockMHz;  ///< clock of the fastest core, from cpufreq

@@ -5,13 +5,14 @@
 namespace NVORHOST {
 
 // Each is defined in the source file of its collector.
-extern const TCollector computerSystemCollector, operatingSystemCollector, processorCollector, cacheCollector,
-    memoryModuleCollector, memorySlotCollector, memoryArrayAddressCollector, memoryMapCollector,
-    cardCollector, chassisCollector, systemFirmwareCollector, systemSlotCollector, batteryCollector,
-    powerSupplyCollector, diskDriveCollector, disketteDriveCollector, tapeDriveCollector,
-    opticalDriveCollector, logicalDiskCollector, diskPartitionCollector, basedOnCollector,
-    fileSystemCollector, pciFunctionCollector, controllerCollector, monitorCollector, usbPortCollector,
-    networkPortCollector, ipEndpointCollector, processCollector, dataSourceCollector, resultCollector;
+extern const TCollector computerSystemCollector, operatingSystemCollector, systemKindCollector,
+    securitySettingCollector, processorCollector, cacheCollector, memoryModuleCollector, memorySlotCollector,
+    memoryArrayAddressCollector, memoryMapCollector, cardCollector, chassisCollector, systemFirmwareCollector,
+    systemSlotCollector, batteryCollector, powerSupplyCollector, diskDriveCollector, disketteDriveCollector,
+    tapeDriveCollector, opticalDriveCollector, logicalDiskCollector, diskPartitionCollector, basedOnCollector,
+    fileSystemCollector, pciFunctionCollector, pciPortCollector, controllerCollector, monitorCollector,
+    videoOutputCollector, usbPortCollector, networkPortCollector, ipEndpointCollector, processCollector,
+    dataSourceCollector, resultCollector;
 
 std::span<const TCollector> GetCollectors() {
     // Row order is the order of running, of the classes in the namespace and of listings.
@@ -19,6 +20,8 @@ std::span<const TCollector> GetCollectors() {
     static const TCollector collectors[] = {
         computerSystemCollector,
         operatingSystemCollector,
+        systemKindCollector,
+        securitySettingCollector,
         processorCollector,
         cacheCollector,
         memoryModuleCollector,
@@ -40,8 +43,10 @@ std::span<const TCollector> GetCollectors() {
         basedOnCollector,
         fileSystemCollector,
         pciFunctionCollector,
+        pciPortCollector,
         controllerCollector,
         monitorCollector,
+        videoOutputCollector,
         usbPortCollector,
         networkPortCollector,
         ipEndpointCollector,

@@ -56,6 +56,19 @@ TEST(ParseCpuInfo, TreatsAnEmptyValueAsAbsent) {
     EXPECT_EQ(ParseCpuInfo("processor : 0\nvendor_id :\n")[0].vendor, std::nullopt);
 }
 
+TEST(ParseCpuInfo, ReadsTheVirtualizationFlagsAsWholeWords) {
+    const auto processors = ParseCpuInfo(
+        "processor: 0\nflags: fpu vmx\nprocessor: 1\nflags: svm lm\nprocessor: 2\nflags: vmxx svm_lock\n"
+        "vmx flags: vnmi\n");
+    ASSERT_EQ(processors.size(), 3U);
+    EXPECT_TRUE(processors[0].hasVmx);
+    EXPECT_FALSE(processors[0].hasSvm);
+    EXPECT_FALSE(processors[1].hasVmx);
+    EXPECT_TRUE(processors[1].hasSvm);
+    EXPECT_FALSE(processors[2].hasVmx);
+    EXPECT_FALSE(processors[2].hasSvm);
+}
+
 TEST(ParseCpuInfo, SkipsLinesBeforeTheFirstProcessor) {
     EXPECT_TRUE(ParseCpuInfo("").empty());
     EXPECT_TRUE(ParseCpuInfo("model name : A\n").empty());

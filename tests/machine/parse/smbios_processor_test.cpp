@@ -68,6 +68,22 @@ TEST(ParseSmbiosProcessor, ReadsSocketKindAndEnabledCores) {
     EXPECT_EQ(ParseWithCores("ff 00 00 00 00 00 00 00 20 01").enabledCores, 288);
     EXPECT_EQ(ParseWithCores("ff").enabledCores, std::nullopt);
     EXPECT_EQ(ParseWithCores("00").enabledCores, std::nullopt);
+    EXPECT_EQ(ParseWithCores("08").cores, 16);
+    EXPECT_EQ(ParseWithCores("08").threads, std::nullopt);
+    EXPECT_EQ(ParseWithCores("08 20").threads, 32);
+    EXPECT_EQ(ParseWithCores("08 00").threads, std::nullopt);
+    EXPECT_EQ(ParseWithCores("ff ff 00 00 00 00 20 01 20 01 40 02").threads, 576);
+}
+
+TEST(ParseSmbiosProcessor, ReadsCountsAbove254FromTheWords) {
+    const TStructureBytes structure(
+        "4: 01 03 b3 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 41 2b 00 00 00 00 00 00 00 00 00 "
+        "ff ff ff 00 00 00 00 01 01 02 01 03 01 03 01 01 \"CPU 1\"");
+    const auto processor = ParseSmbiosProcessor(structure.Get());
+    EXPECT_EQ(processor.cores, 257);
+    EXPECT_EQ(processor.enabledCores, 258);
+    EXPECT_EQ(processor.threads, 259);
+    EXPECT_EQ(processor.socketKind, "CPU 1");
     EXPECT_EQ(ParseWithCores("").enabledCores, std::nullopt);
 }
 

@@ -80,6 +80,18 @@ TEST(VideoControllers, HaveTheMemoryThatTheDriverReports) {
     EXPECT_EQ(memory("many"), "absent");
 }
 
+TEST(VideoControllers, HaveTheirWholeMemoryInAPropertyOf64Bits) {
+    const std::string function = Function("0000:00:02.0", "00 00 03");
+    const auto memory = [&](const std::string& bytes) {
+        return Get(function + "/sys/devices/pci0000:00/0000:00:02.0/mem_info_vram_total = " + bytes + "\n",
+                   video, "VideoMemorySize");
+    };
+    EXPECT_EQ(Get(function, video, "VideoMemorySize"), "absent");
+    EXPECT_EQ(memory("0"), "absent");
+    EXPECT_EQ(memory("536870912"), "536870912");
+    EXPECT_EQ(memory("8589934592"), "8589934592");
+}
+
 TEST(VideoControllers, AreCardsOfTheRenderingManagerWithoutPci) {
     TCollected collected;
     Collect(

@@ -39,6 +39,7 @@ TEST(Chassis, HasEveryPropertyOfTheTable) {
     EXPECT_EQ(collected.Get(chassis, "ChassisTypes"), "{23}");
     EXPECT_EQ(collected.Get(chassis, "ChassisPackageType"), "1");
     EXPECT_EQ(collected.Get(chassis, "ChassisTypeDescription"), "Rack Mount Chassis");
+    EXPECT_EQ(collected.Get(chassis, "Height"), "3.5");
 }
 
 TEST(Chassis, LeavesOutPlaceholdersAndUnknownKinds) {
@@ -46,7 +47,7 @@ TEST(Chassis, LeavesOutPlaceholdersAndUnknownKinds) {
     Collect(Table("| 3: 01 02 01 01 01 \"To be filled by O.E.M.\"\n"), collected);
     ASSERT_EQ(collected.CountInstances(chassis), 1U);
     for (const char* property : {"Manufacturer", "Version", "SerialNumber", "UserTracking", "LockPresent",
-                                 "ChassisTypes", "ChassisPackageType"}) {
+                                 "ChassisTypes", "ChassisPackageType", "Height"}) {
         EXPECT_EQ(collected.Get(chassis, property), "absent") << property;
     }
     EXPECT_EQ(collected.Get(chassis, "ElementName"), "Chassis");

@@ -71,6 +71,35 @@ TEST(Processors, HaveCoresSteppingSocketAndMicrocode) {
     EXPECT_THAT(collected.GetAll(processor, "FirmwareVersion"), ElementsAre("0xb00002e"));
 }
 
+TEST(Processors, HaveTheCoresAndThreadsOfTheTable) {
+    TCollected collected;
+    Collect(
+        Sockets("| 4: 01 03 b3 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 41 43 00 00 00 00 00 00 00 "
+                "00 00 10 08 20 00 00 00 00 10 00 08 00 20 00 10 00 02 \"CPU\" \"LGA4677\"\n"),
+        collected);
+    EXPECT_EQ(collected.Get(processor, "NumberOfProcessorCores"), "16");
+    EXPECT_EQ(collected.Get(processor, "NumberOfEnabledCores"), "8");
+    EXPECT_EQ(collected.Get(processor, "NumberOfHardwareThreads"), "32");
+    EXPECT_EQ(collected.Get(processor, "SocketType"), "LGA4677");
+}
+
+TEST(Processors, HaveTheNodesOfTheirPackage) {
+    TCollected collected;
+    Collect(Package(0, 0, 3000) + Package(1, 0, 3000) + Package(2, 1, 3000) + Package(3, 2, 3000) +
+                "/sys/devices/system/cpu/cpu0/topology/package_cpus_list = 0-1\n"
+                "/sys/devices/system/node/node0/cpulist = 0-1\n"
+                "/sys/devices/system/node/node1/cpulist = 0\n"
+                "/sys/devices/system/node/node10/cpulist = 2\n"
+                "/sys/devices/system/node/node3/cpulist:\n"
+                "/sys/devices/system/node/possible = 0-10\n",
+            collected);
+    EXPECT_THAT(collected.GetAll(processor, "NUMANodes"), ElementsAre("{0, 1}", "{10}", "absent"));
+    EXPECT_THAT(collected.GetAll(processor, "NumberOfProcessorCores"),
+                ElementsAre("absent", "absent", "absent"));
+    EXPECT_THAT(collected.GetAll(processor, "NumberOfHardwareThreads"),
+                ElementsAre("absent", "absent", "absent"));
+}
+
 TEST(Processors, HaveTheKernelsNumberOfCoresWithoutATable) {
     TCollected collected;
     Collect(cpuInfo + Package(0, 0, 3000), collected);

@@ -112,8 +112,8 @@ void NoteProperties(const TMemoryNamespace& source, std::set<std::string>& decla
 TEST(GetCollectors, SetEveryPropertyButTheseOnSomeMachine) {
     std::set<std::string> declared;
     std::set<std::string> set;
-    for (const char* shape :
-         {"server-two-sockets", "vm-without-smbios", "nvme-laptop", "desktop-dos", "media-drives"}) {
+    for (const char* shape : {"server-two-sockets", "vm-without-smbios", "nvme-laptop", "laptop-nvme-only",
+                              "desktop-dos", "media-drives"}) {
         const TMachine machine = ParseMachineTree(ReadMachine(shape));
         TMemoryNamespace target;
         const TCollectorChoice choice{{"computer-system", "operating-system", "processor", "disk",
