@@ -62,6 +62,39 @@ def compare_lscpu(machine, facts, instances, agreement):
         check("MaxClockSpeed", fastest and str(int(float(fastest))))
         check("AddressWidth", wide)
         check("DataWidth", wide)
+        check("NumberOfEnabledCores", facts.get("Core(s) per socket"), explain_cores)
+    compare_lscpu_caches(machine, facts, instances, agreement)
+    compare_lscpu_nodes(machine, facts, instances, agreement)
+
+
+def explain_cores(theirs, ours):
+    if ours is None:
+        return "without SMBIOS the number is that of the kernel, which other architectures do not show"
+    return None
+
+
+# lscpu's name of a cache -> Level and CacheType.
+CACHES = {"L1d": ("3", "4"), "L1i": ("3", "3"), "L2": ("4", "5"), "L2d": ("4", "4"), "L3": ("5", "5")}
+UNITS = {"KiB": 2**10, "MiB": 2**20, "GiB": 2**30}
+
+
+def compare_lscpu_caches(machine, facts, instances, agreement):
+    ours = instances.get("CIM_CacheMemory", [])
+    for name, (level, kind) in CACHES.items():
+        theirs = re.fullmatch(r"([\d.]+) (\w+) \((\d+) instances?\)", facts.get(f"{name} cache", ""))
+        found = [cache for cache in ours if (cache.get("Level"), cache.get("CacheType")) == (level, kind)]
+        agreement.compare(machine, f"{name} caches", "cache: count", theirs[3] if theirs else None,
+                          str(len(found)) if found else None)
+        total = sum(int(cache["NumberOfBlocks"]) for cache in found)
+        if theirs and theirs[2] in UNITS:  # lscpu prints one decimal at most
+            shown = f"{round(total / UNITS[theirs[2]], 1):g}"
+            agreement.compare(machine, f"{name} caches", "cache: total size", theirs[1], shown)
+
+
+def compare_lscpu_nodes(machine, facts, instances, agreement):
+    theirs = sorted(int(match[1]) for name in facts if (match := re.fullmatch(r"NUMA node(\d+) CPU\(s\)", name)))
+    ours = {int(node) for processor in instances.get("KELSG_Processor", []) for node in processor.get("NUMANodes", [])}
+    agreement.compare(machine, "processors", "processor: NUMANodes", theirs or None, sorted(ours) or None)
 
 
 def parse_console(text):

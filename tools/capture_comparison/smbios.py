@@ -5,7 +5,9 @@ import re
 import tarfile
 import tempfile
 
-from capture_comparison import dmidecode_text, namespace
+from capture_comparison import dmidecode_text, namespace, smbios_parts
+from capture_comparison.dmidecode_values import (
+    FILLERS, boolean, check_keys, code, explain_locator, explain_text, number, size, squeezed)
 
 
 def find_text(folder, tree):
@@ -20,51 +22,7 @@ def find_text(folder, tree):
     raise FileNotFoundError(f"no decode of {tree}")
 
 
-def number(text, unit):
-    """Returns 2133 for "2133 MT/s" with the unit MT/s, and None for any other text."""
-    match = re.fullmatch(rf"(\d+) {re.escape(unit)}", text or "")
-    return match[1] if match else None
-
-
-UNITS = {"bytes": 1, "kB": 2**10, "MB": 2**20, "GB": 2**30, "TB": 2**40}
-
-
-def size(text):
-    """Converts a size such as "16 GB" to bytes."""
-    match = re.fullmatch(r"(\d+) (\w+)", text or "")
-    return str(int(match[1]) * UNITS[match[2]]) if match and match[2] in UNITS else None
-
-
-def boolean(value):
-    return None if value is None else "TRUE" if value else "FALSE"
-
-
-def squeezed(text):
-    return None if text is None else " ".join(text.split())
-
-
-# Placeholders of firmware; the collected property is absent for them.
-FILLERS = re.compile(
-    r"(not specified|not available|none|n/?a|null|unknown|undefined|empty|default string|default|o\.?e\.?m\.?"
-    r"|to be filled by o\.e\.m\.?|fill by oem|system (manufacturer|product name|version|serial number)"
-    r"|base ?board serial number|base board (asset tag|product name)|type2 - board (serial number|asset tag|chassis location)"
-    r"|bsn12345678901234567|atn12345678901234567|serial number|sernum\d|manufacturer\d|partnum\d|array\d_(partnumber|serialnumber)\d|no asset tag|asset-?1234567890"
-    r"|[0 ]*|[fF]+|x+|x\.x|[-.*? ]+|0?123456789(0123456789)*0?|012345678|12345678)", re.IGNORECASE)
-
-
-def explain_text(theirs, ours):
-    if theirs is not None and ours is None and FILLERS.fullmatch(theirs.strip()):
-        return "a text that firmware leaves for want of a value counts as absent"
-    if theirs is not None and ours is not None and theirs.strip() == ours.strip():
-        return "blanks at both ends are the firmware's padding"
-    if theirs is not None and ours is not None and _dotted(theirs) == _dotted(ours):
-        return "bytes that are no characters: dmidecode shows dots, the collected text shows U+FFFD"
-    return None
-
-
-def _dotted(text):
-    return re.sub(r"[^\x20-\x7e]", ".", text).strip()
-
+# ---- memory
 
 FORM_FACTORS = {
     "Other": 1, "Unknown": 0, "SIMM": 7, "SIP": 2, "Chip": 1, "DIP": 3, "ZIP": 4, "Proprietary Card": 6, "DIMM": 8,
@@ -78,21 +36,11 @@ MEMORY_TYPES = {
 }
 
 
-def code(table, text):
-    return str(table[text]) if text in table else None
-
-
 def position(values, absent):
     """Returns the number that all structures of a device agree on."""
     distinct = set(values)
     value = distinct.pop() if len(distinct) == 1 else None
     return None if value in absent else value
-
-
-def check_keys(machine, what, key, instances, agreement):
-    """Checks that the instances of a class have different keys."""
-    keys = [instance.get(key) for instance in instances]
-    agreement.compare(machine, what, f"{what}: distinct keys", len(keys), len(set(keys) - {None}))
 
 
 def compare_memory(machine, records, instances, agreement):
@@ -131,12 +79,6 @@ def compare_memory(machine, records, instances, agreement):
                                         {None, "Unknown", "<OUT OF SPEC>"}))
         check("InterleavePosition", position([record.fields.get("Interleave Position", "0") for record in of_device],
                                              {None, "Unknown"}))
-
-
-def explain_locator(theirs, ours):
-    if theirs is None or FILLERS.fullmatch(theirs):
-        return "a device without a locator is known by its bank or by its place in the table"
-    return explain_text(theirs, ours)
 
 
 def compare_memory_arrays(machine, records, instances, agreement):
@@ -347,7 +289,10 @@ def explain_uuid(theirs, ours):
     return None
 
 
-COMPARED = (compare_system, compare_boards, compare_processors, compare_memory, compare_memory_arrays, compare_slots)
+# ---- every comparison
+
+COMPARED = (compare_system, compare_boards, compare_processors, compare_memory, compare_memory_arrays, compare_slots,
+            *smbios_parts.COMPARED)
 
 
 def compare(captures, noxinfo, agreement):

@@ -41,8 +41,6 @@ constexpr auto sourcePatterns = Join(pciSources, std::array<TSourcePattern, 3>{
                                                      "/sys/bus/pci/slots/*/address",
                                                  });
 
-// ---- the link
-
 struct TLink {
     std::uint32_t speed;  // MT/s
     std::uint16_t lanes;
@@ -94,8 +92,6 @@ void SetLinks(const ISystemFiles& files, const TPciSource& source, TPort& port) 
         *port.description += ", at most " + Describe(*maximum);
     }
 }
-
-// ---- the place
 
 using TSlots = std::map<std::string, std::string>;
 

@@ -67,8 +67,6 @@ void CommitLockdown(TCollection& collection) {
     }
 }
 
-// ---- TPM
-
 // "Trusted platform module, vendor IFX". The kernel's first TPM is the one of the firmware's table, which has
 // one at most.
 std::string DescribeTpm(TCollection& collection) {
@@ -100,8 +98,6 @@ void CommitTpms(TCollection& collection) {
         collection.Commit(settingClass, {id, description, id, FindTpmVersion(files, name)});
     }
 }
-
-// ---- processors
 
 // An empty folder means that the kernel supports IOMMUs and uses none.
 void CommitIommu(TCollection& collection) {

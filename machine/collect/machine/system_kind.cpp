@@ -49,8 +49,6 @@ constexpr auto ownSources = std::array<TSourcePattern, 11>{
 };
 constexpr auto sourcePatterns = Join(Join(smbiosSources, hypervisorSources), ownSources);
 
-// ---- texts of the firmware
-
 class TFirmwareTexts {
   public:
     explicit TFirmwareTexts(const ISystemFiles& files) : files_(files), folder_(FindDmiFolder(files)) {}
@@ -65,8 +63,6 @@ class TFirmwareTexts {
     const ISystemFiles& files_;
     std::optional<std::string> folder_;
 };
-
-// ---- virtual machines
 
 struct TVirtualMachine {
     std::string_view name;
@@ -133,8 +129,6 @@ std::optional<TVirtualMachine> FindVirtualMachine(TCollection& collection, const
     return found != nullptr ? found->machine : TVirtualMachine{"", "vm-other"};
 }
 
-// ---- containers
-
 constexpr std::string_view containers[] = {
     "systemd-nspawn", "lxc-libvirt", "lxc", "docker", "podman", "rkt", "wsl", "proot", "pouch"};
 
@@ -168,8 +162,6 @@ std::optional<std::string> FindContainer(TCollection& collection) {
     const bool isKnown = std::ranges::find(containers, *word) != std::end(containers);
     return isKnown ? word : std::optional<std::string>("container-other");
 }
-
-// ---- clouds
 
 struct TCloud {
     std::string_view field;  // of the firmware
@@ -215,8 +207,6 @@ void AddCloud(const TFirmwareTexts& texts, TIdentifyingInfo& info) {
         info.Add("Instance ID", id && id->starts_with(cloud->idStart) ? id : std::nullopt);
     }
 }
-
-// ---- the whole
 
 // "Container, docker, in a virtual machine, KVM".
 std::string Describe(const std::optional<std::string>& container,
