@@ -327,10 +327,16 @@ std::string ReplacePath(std::string_view path, const TRedactedMachine& redaction
     return redaction.identities.Replace(path, ContextOf(path));
 }
 
-// Attribute names come from the kernel and are never redacted, even if one equals a learned serial number.
+// Returns the length of the part of a file's path that may contain identities. The names of attributes and
+// EFI variables come from the kernel and from standards; those of EFI variables end in a published UUID.
+std::size_t GetLengthWithoutAttribute(std::string_view path) {
+    return path.starts_with("/sys/") ? path.rfind('/') : path.size();
+}
+
+// Attribute names are never redacted, even if one equals a learned serial number.
 std::string ReplaceFilePath(std::string_view path, const TRedactedMachine& redaction) {
-    const std::size_t name = path.starts_with("/sys/") ? path.rfind('/') : path.size();
-    return ReplacePath(path.substr(0, name), redaction) + std::string(path.substr(name));
+    const std::size_t length = GetLengthWithoutAttribute(path);
+    return ReplacePath(path.substr(0, length), redaction) + std::string(path.substr(length));
 }
 
 TRedactedMachine LearnAll(TPseudonyms::TKey key, const TCaptureTree& tree, const TCaptureAnswers& answers) {
@@ -339,10 +345,13 @@ TRedactedMachine LearnAll(TPseudonyms::TKey key, const TCaptureTree& tree, const
         redaction.smbiosVersion = ParseSmbiosEntryPoint(node->bytes).value_or(redaction.smbiosVersion);
     }
     for (const auto& [path, node] : tree.GetNodes()) {
-        redaction.identities.LearnForms(path, ContextOf(path));
         if (node.kind == TCaptureTree::EKind::file) {
+            const std::string_view redacted =
+                std::string_view(path).substr(0, GetLengthWithoutAttribute(path));
+            redaction.identities.LearnForms(redacted, ContextOf(path));
             FindRule(path).learn(node.bytes, redaction);
         } else {
+            redaction.identities.LearnForms(path, ContextOf(path));
             redaction.identities.LearnForms(node.bytes, ContextOf(path));
         }
     }

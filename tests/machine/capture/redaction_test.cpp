@@ -86,6 +86,21 @@ TEST_F(TRedactionTest, KeepsAnAttributeNameThatEqualsASerialNumber) {
     EXPECT_TRUE(answers_.refusals.contains({EAccess::read, "/sys/block/sdb/device/vpd_pg80"}));
 }
 
+TEST_F(TRedactionTest, KeepsThePublishedUuidInTheNameOfAnEfiVariable) {
+    const std::string path = "/sys/firmware/efi/efivars/SecureBoot-8be4df61-93ca-11d2-aa0d-00e098032b8c";
+    const std::string value("\6\0\0\0\1", 5);
+    Add(path, value);
+    const TRedactedMachine redacted = Redact(key, tree_, answers_);
+    ASSERT_NE(tree_.Find(path), nullptr);
+    EXPECT_EQ(tree_.Find(path)->bytes, value);
+    EXPECT_FALSE(FindIdentityLeft(redacted, tree_).has_value());
+}
+
+TEST_F(TRedactionTest, ReplacesTheIdOfACloudInstance) {
+    Add("/sys/class/dmi/id/board_asset_tag", "i-0123456789abcdef0\n");
+    EXPECT_EQ(Redacted("/sys/class/dmi/id/board_asset_tag"), Pseudonym("i-0123456789abcdef0") + "\n");
+}
+
 TEST_F(TRedactionTest, KeepsTheModelOfAUsbDeviceWithoutASerialNumber) {
     const std::string record = "E:ID_VENDOR=Maker\nE:ID_MODEL=Stick_16\nE:ID_SERIAL=Maker_Stick_16\n";
     Add("/run/udev/data/b8:16", record);
