@@ -78,23 +78,37 @@ CACHES = {"L1d": ("3", "4"), "L1i": ("3", "3"), "L2": ("4", "5"), "L2d": ("4", "
 UNITS = {"KiB": 2**10, "MiB": 2**20, "GiB": 2**30}
 
 
+CACHE_REASONS = {
+    "hwloc-64amd64-4s2n4ca2co": "shared_cpu_list and shared_cpu_map of this old kernel differ; lscpu reads the map",
+    "lscpu-vbox-win": "the hypervisor lists a cache of the first level twice, and lscpu shows it once",
+}
+WITHOUT_CPU_LISTS = {"lscpu-x86_64-64cpu", "lscpu-x86_64-dell_e4310", "lscpu-x86_64-epyc_7451"}
+
+
+def explain_nodes(machine):
+    return "the tree lacks node*/cpulist, which every kernel has; lscpu reads cpumap" \
+        if machine in WITHOUT_CPU_LISTS else None
+
+
 def compare_lscpu_caches(machine, facts, instances, agreement):
     ours = instances.get("CIM_CacheMemory", [])
     for name, (level, kind) in CACHES.items():
         theirs = re.fullmatch(r"([\d.]+) (\w+) \((\d+) instances?\)", facts.get(f"{name} cache", ""))
         found = [cache for cache in ours if (cache.get("Level"), cache.get("CacheType")) == (level, kind)]
         agreement.compare(machine, f"{name} caches", "cache: count", theirs[3] if theirs else None,
-                          str(len(found)) if found else None)
+                          str(len(found)) if found else None, lambda *_: CACHE_REASONS.get(machine))
         total = sum(int(cache["NumberOfBlocks"]) for cache in found)
         if theirs and theirs[2] in UNITS:  # lscpu prints one decimal at most
-            shown = f"{round(total / UNITS[theirs[2]], 1):g}"
-            agreement.compare(machine, f"{name} caches", "cache: total size", theirs[1], shown)
+            shown = f"{int(total / UNITS[theirs[2]] * 10 + 0.5) / 10:g}"
+            agreement.compare(machine, f"{name} caches", "cache: total size", theirs[1], shown,
+                              lambda *_: CACHE_REASONS.get(machine))
 
 
 def compare_lscpu_nodes(machine, facts, instances, agreement):
     theirs = sorted(int(match[1]) for name in facts if (match := re.fullmatch(r"NUMA node(\d+) CPU\(s\)", name)))
     ours = {int(node) for processor in instances.get("KELSG_Processor", []) for node in processor.get("NUMANodes", [])}
-    agreement.compare(machine, "processors", "processor: NUMANodes", theirs or None, sorted(ours) or None)
+    agreement.compare(machine, "processors", "processor: NUMANodes", theirs or None, sorted(ours) or None,
+                      lambda *_: explain_nodes(machine))
 
 
 def parse_console(text):
