@@ -110,8 +110,8 @@ const TFirmwareName* FindFirmwareName(const TFirmwareTexts& texts) {
     return nullptr;
 }
 
-std::optional<TVirtualMachine> FindVirtualMachine(TCollection& collection, const TFirmwareTexts& texts) {
-    const bool isVirtual = IsVirtual(collection);
+std::optional<TVirtualMachine> FindVirtualMachine(TCollection& collection, bool isVirtual,
+                                                  const TFirmwareTexts& texts) {
     const TFirmwareName* const found = FindFirmwareName(texts);
     if (!isVirtual) {
         return found != nullptr && found->isEnough ? std::optional(found->machine) : std::nullopt;
@@ -226,9 +226,10 @@ bool IsKindKnown(TCollection& collection, const TFirmwareTexts& texts) {
 }
 
 void CollectSystemKind(TCollection& collection) {
+    const bool isVirtual = IsVirtual(collection);
     const TFirmwareTexts texts(collection.GetFiles());
     const auto container = FindContainer(collection);
-    const auto machine = FindVirtualMachine(collection, texts);
+    const auto machine = FindVirtualMachine(collection, isVirtual, texts);
     if (!container && !machine && !IsKindKnown(collection, texts)) {
         return;
     }
