@@ -1,6 +1,7 @@
 #include "program/diff_command.h"
 
 #include "inventory/compare/comparison.h"
+#include "inventory/write/diff_json_writer.h"
 #include "inventory/write/diff_text_writer.h"
 #include "program/inventory_source.h"
 #include "program/terminal.h"
@@ -59,6 +60,11 @@ struct TFormatRow {
 
 constexpr TFormatRow formats[] = {
     {"text", &WriteText},
+    {"json", [](const TComparison& comparison, const TInventory& before, const TInventory& after,
+                const TDiffOptions&, std::ostream& out) { WriteDiffJson(comparison, before, after, out); }},
+    {"ndjson",
+     [](const TComparison& comparison, const TInventory& before, const TInventory& after, const TDiffOptions&,
+        std::ostream& out) { WriteDiffNdjson(comparison, before, after, out); }},
 };
 
 }  // namespace
