@@ -12,9 +12,10 @@ constexpr std::string_view tag[] = {"Tag"};
 constexpr std::string_view deviceId[] = {"DeviceID"};
 constexpr std::string_view location[] = {"Location"};
 constexpr std::string_view pciFunction[] = {"PCI function", "USB port path"};
+// The first of these that a drive has is the one that people look for.
 constexpr std::string_view drivePlace[] = {
-    "PCI function", "USB port path", "ATA port",       "SAS enclosure",         "SAS bay",
-    "SAS phy",      "Enclosure",     "Enclosure slot", "Enclosure slot number", "NVMe namespace",
+    "Enclosure slot", "SAS bay",        "ATA port",      "SAS phy",   "USB port path",
+    "PCI function",   "NVMe namespace", "SAS enclosure", "Enclosure", "Enclosure slot number",
 };
 constexpr std::string_view link[] = {"Antecedent", "Dependent"};
 
@@ -97,6 +98,15 @@ const TPartType& GetPartType(std::string_view type) {
 std::string GetFact(const TResource& resource, std::string_view name) {
     const TProperty* const property = resource.Find(name);
     return property != nullptr ? Join(property->values) : FindEntry(resource, name);
+}
+
+std::vector<std::string_view> ListEntries(const TResource& resource) {
+    const TProperty* const info = resource.Find("OtherIdentifyingInfo");
+    const TProperty* const names = resource.Find("IdentifyingDescriptions");
+    if (info == nullptr || names == nullptr || info->values.size() != names->values.size()) {
+        return {};
+    }
+    return {names->values.begin(), names->values.end()};
 }
 
 std::vector<TFact> GetFacts(const TResource& resource, TNames names, const TIsIgnored& isIgnored) {

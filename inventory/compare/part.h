@@ -31,6 +31,9 @@ const TPartType& GetPartType(std::string_view type);
 /// Returns the values of a property or entry; empty if the resource has none.
 std::string GetFact(const TResource& resource, std::string_view name);
 
+/// Returns the names of the entries of OtherIdentifyingInfo; none if they have no names.
+std::vector<std::string_view> ListEntries(const TResource& resource);
+
 /// True for a property or entry that a comparison must not look at.
 using TIsIgnored = std::function<bool(std::string_view name)>;
 

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -182,8 +183,11 @@ class TDiffTextWriter {
     void WriteDifference(const TDifference& difference) {
         const auto* const sign = std::ranges::find(signs, difference.change, &TSign::change);
         std::vector<TLine> lines = MakeLines(difference);
-        std::string headline = Capitalize(DescribePart(*GetOlder(difference))) + ": " +
-                               std::string(GetWord(difference.change)) + TakeFact(difference, lines);
+        const TResource& older = *GetOlder(difference);
+        const bool isMoved = difference.change == EChange::moved;
+        const std::string headline =
+            Capitalize(isMoved ? DescribePartWithoutPlace(older) : DescribePart(older)) + ": " +
+            std::string(GetWord(difference.change)) + TakeFact(difference, lines);
         out_ << (layout_.hasColour ? "\x1B[1m" : "") << (layout_.isUtf8 ? sign->text : sign->ascii) << ' ';
         WriteFolded(2, headline, indentation);
         out_ << (layout_.hasColour ? "\x1B[0m" : "");
@@ -198,9 +202,16 @@ class TDiffTextWriter {
     std::vector<TLine> MakeLines(const TDifference& difference) const {
         const std::string& type = difference.GetResource().type;
         std::vector<TLine> lines;
+        bool hasEntries = false;
         for (const TPropertyDifference& property : difference.properties) {
-            TLine line{LabelProperty(type, property.GetName()), Show(type, property.before),
-                       Show(type, property.after)};
+            const std::string& name = property.GetName();
+            if (name == "OtherIdentifyingInfo" || name == "IdentifyingDescriptions") {
+                hasEntries = hasEntries || AddEntries(difference, lines);
+                if (hasEntries) {
+                    continue;
+                }
+            }
+            TLine line{LabelProperty(type, name), Show(type, property.before), Show(type, property.after)};
             if (property.before != nullptr && property.after != nullptr && line.before == line.after) {
                 // Rounded values look alike.
                 line.before = MakeVisible(ToExactText(*property.before));
@@ -209,6 +220,25 @@ class TDiffTextWriter {
             lines.push_back(std::move(line));
         }
         return lines;
+    }
+
+    // Adds a line for each entry of OtherIdentifyingInfo that differs. Returns false if there is none.
+    static bool AddEntries(const TDifference& difference, std::vector<TLine>& lines) {
+        std::set<std::string_view> names;
+        for (const TResource* resource : {difference.before, difference.after}) {
+            const auto entries = ListEntries(*resource);
+            names.insert(entries.begin(), entries.end());
+        }
+        const std::size_t count = lines.size();
+        for (const std::string_view name : names) {
+            const std::string before = GetFact(*difference.before, name);
+            const std::string after = GetFact(*difference.after, name);
+            if (before != after) {
+                lines.push_back({LabelEntry(name), before.empty() ? "unknown" : MakeVisible(before),
+                                 after.empty() ? "unknown" : MakeVisible(after)});
+            }
+        }
+        return lines.size() > count;
     }
 
     static std::string ToExactText(const TProperty& property) {
@@ -222,8 +252,7 @@ class TDiffTextWriter {
             return GetSerial(difference.GetResource());
         }
         if (difference.change == EChange::moved) {
-            return " from " + DescribePlace(*difference.before) + " to " + DescribePlace(*difference.after) +
-                   GetSerial(*difference.after);
+            return TakePlaces(difference, lines) + GetSerial(*difference.after);
         }
         auto fact = lines.end();
         for (const std::string_view label : {"serial number", "unique ID", "address", "version"}) {
@@ -244,6 +273,28 @@ class TDiffTextWriter {
         const std::string text = ", " + fact->label + " " + fact->before + arrow_ + fact->after;
         lines.erase(fact);
         return text;
+    }
+
+    // Returns both places of a part that has moved, and removes what they consist of from the lines.
+    static std::string TakePlaces(const TDifference& difference, std::vector<TLine>& lines) {
+        const std::string& type = difference.after->type;
+        std::string before;
+        std::string after;
+        for (const std::string_view name : GetPartType(type).places) {
+            const bool isProperty = difference.after->Find(name) != nullptr;
+            const std::string label = isProperty ? LabelProperty(type, name) : LabelEntry(name);
+            const auto line = std::ranges::find(lines, label, &TLine::label);
+            if (line != lines.end()) {
+                const std::string prefix = isProperty ? "" : label + " ";
+                before += (before.empty() ? "" : ", ") + prefix + line->before;
+                after += (after.empty() ? "" : ", ") + prefix + line->after;
+                // A part may have its place as its name, too.
+                std::erase_if(lines, [taken = *line](const TLine& other) {
+                    return other.before == taken.before && other.after == taken.after;
+                });
+            }
+        }
+        return " from " + before + " to " + after;
     }
 
     static std::string GetSerial(const TResource& resource) {
@@ -309,10 +360,11 @@ class TDiffTextWriter {
                 properties[oneSided.type].push_back(LabelProperty(oneSided.type, oneSided.property));
             }
         }
+        std::string names = Join(types);
         for (const auto& [type, labels] : properties) {
-            types.push_back(Join(labels) + " of " + NameType(type, 2));
+            names += (names.empty() ? "" : "; ") + ("of " + NameType(type, 2) + ": " + Join(labels));
         }
-        return Join(types);
+        return names;
     }
 
     const TComparison& comparison_;

@@ -91,26 +91,41 @@ bool IsNothingIgnored(std::string_view /*name*/) {
 }  // namespace
 
 std::string DescribePart(const TResource& resource) {
+    const std::string_view word = GetPartWords(resource.type).placeWord;
+    const std::string place = word.empty() ? std::string() : DescribePlace(resource);
+    return DescribePartWithoutPlace(resource) +
+           (place.empty() ? std::string() : " " + std::string(word) + " " + place);
+}
+
+std::string DescribePartWithoutPlace(const TResource& resource) {
     const TPartWords& words = GetPartWords(resource.type);
     std::string text = NameType(resource.type, 1);
-    AddWord(text, Show(resource, words.name));
-    AddWord(text, Show(resource, words.size));
-    const std::string place = words.placeWord.empty() ? std::string() : DescribePlace(resource);
-    if (!place.empty()) {
-        text += " " + std::string(words.placeWord) + " " + place;
+    const std::string name = Show(resource, words.name);
+    if (NVORHOST::ToLowerCase(name).starts_with(NVORHOST::ToLowerCase(text))) {
+        text = name;  // "PCI bridge 8086:6f04" needs no other "PCI bridge"
+    } else {
+        AddWord(text, name);
     }
+    AddWord(text, Show(resource, words.size));
     return text;
 }
 
 std::string DescribePlace(const TResource& resource) {
     const auto facts = GetFacts(resource, GetPartType(resource.type).places, IsNothingIgnored);
-    std::string text;
-    for (const TFact& fact : facts) {
-        // The name of an entry is in words; those of properties say no more than that it is a place.
-        const bool isProperty = resource.Find(fact.name) != nullptr;
-        text += (text.empty() ? "" : ", ") + (isProperty ? "" : std::string(fact.name) + " ") + fact.value;
+    if (facts.empty()) {
+        return {};
     }
-    return MakeVisible(text);
+    // The name of an entry is in words; those of properties add nothing to their values.
+    const bool isProperty = resource.Find(facts.front().name) != nullptr;
+    return (isProperty ? "" : LabelEntry(facts.front().name) + " ") + MakeVisible(facts.front().value);
+}
+
+std::string LabelEntry(std::string_view name) {
+    std::string label = MakeVisible(std::string(name));
+    if (label.size() > 1 && !IsUpper(label[1])) {
+        label.front() = ToLower(label.front());
+    }
+    return label;
 }
 
 std::string NameType(std::string_view type, std::size_t count) {

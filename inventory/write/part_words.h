@@ -11,9 +11,14 @@ namespace NINVENTORY {
 /// Returns what a resource is and where it is: "memory module 16 GiB in P1-DIMM_A2". The text is visible.
 std::string DescribePart(const TResource& resource);
 
-/// Returns where a resource is, "P1-DIMM_A2" or "PCI function 0000:01:00.0, SAS bay 2"; "" if that is
-/// unknown.
+/// Returns what a resource is: "memory module 16 GiB". The text is visible.
+std::string DescribePartWithoutPlace(const TResource& resource);
+
+/// Returns where a resource is, as people look for it: "P1-DIMM_A2", "SAS bay 2"; "" if that is unknown.
 std::string DescribePlace(const TResource& resource);
+
+/// Returns the name of an entry of OtherIdentifyingInfo as a label: "serial number" for "Serial number".
+std::string LabelEntry(std::string_view name);
 
 /// Returns the name of a type for a number of resources, "memory module" or "memory modules".
 std::string NameType(std::string_view type, std::size_t count);
