@@ -1,4 +1,4 @@
-// What differs between two inventories. Every output of a comparison is written from this.
+// The differences between two inventories. Every output of a comparison is written from this.
 #pragma once
 
 #include "inventory/compare/inventory.h"
@@ -49,7 +49,7 @@ struct TUnchanged {
     std::size_t count = 0;
 };
 
-/// What only one of the two inventories can contain, so that it was not compared.
+/// A type or property that only one of the two inventories can contain, so that it was not compared.
 struct TOneSided {
     std::string_view type;
     std::string_view property{};  ///< empty for the whole type

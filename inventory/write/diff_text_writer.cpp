@@ -66,6 +66,8 @@ std::string Show(std::string_view type, const TProperty* property) {
 // A difference of a property in words.
 struct TLine {
     std::string label, before, after;
+
+    bool operator==(const TLine&) const = default;
 };
 
 class TDiffTextWriter {
@@ -174,24 +176,55 @@ class TDiffTextWriter {
         out_ << '\n';
     }
 
+    // A difference in words: the part, its most important fact, and the rest.
+    struct TEntry {
+        explicit TEntry(const TDifference& source) : difference(&source), parts{GetOlder(source)} {}
+
+        const TDifference* difference;
+        std::vector<const TResource*> parts;  // with the same difference
+        std::string fact;
+        std::vector<TLine> lines;
+    };
+
+    // Many parts often change in the same way, such as the processors of a virtual machine that was migrated.
     void WriteDifferences() {
-        for (const TDifference& difference : comparison_.differences) {
-            WriteDifference(difference);
+        const auto& differences = comparison_.differences;
+        for (std::size_t i = 0; i < differences.size();) {
+            TEntry entry = MakeEntry(differences[i]);
+            for (++i; i < differences.size() && IsAlike(entry, differences[i]); ++i) {
+                entry.parts.push_back(GetOlder(differences[i]));
+            }
+            WriteEntry(entry);
         }
     }
 
-    void WriteDifference(const TDifference& difference) {
-        const auto* const sign = std::ranges::find(signs, difference.change, &TSign::change);
-        std::vector<TLine> lines = MakeLines(difference);
-        const TResource& older = *GetOlder(difference);
-        const bool isMoved = difference.change == EChange::moved;
-        const std::string headline =
-            Capitalize(isMoved ? DescribePartWithoutPlace(older) : DescribePart(older)) + ": " +
-            std::string(GetWord(difference.change)) + TakeFact(difference, lines);
+    TEntry MakeEntry(const TDifference& difference) const {
+        TEntry entry(difference);
+        entry.lines = MakeLines(difference);
+        entry.fact = TakeFact(difference, entry.lines);
+        return entry;
+    }
+
+    bool IsAlike(const TEntry& entry, const TDifference& next) const {
+        const TDifference& first = *entry.difference;
+        if (next.change != EChange::changed || first.change != EChange::changed || next.properties.empty() ||
+            next.before->type != first.before->type ||
+            DescribePartWithoutPlace(*next.before) != DescribePartWithoutPlace(*first.before)) {
+            return false;
+        }
+        const TEntry other = MakeEntry(next);
+        return other.fact == entry.fact && other.lines == entry.lines;
+    }
+
+    void WriteEntry(const TEntry& entry) {
+        const EChange change = entry.difference->change;
+        const auto* const sign = std::ranges::find(signs, change, &TSign::change);
+        const std::string parts = change == EChange::moved ? DescribePartWithoutPlace(*entry.parts.front())
+                                                           : DescribeParts(entry.parts);
         out_ << (layout_.hasColour ? "\x1B[1m" : "") << (layout_.isUtf8 ? sign->text : sign->ascii) << ' ';
-        WriteFolded(2, headline, indentation);
+        WriteFolded(2, Capitalize(parts) + ": " + std::string(GetWord(change)) + entry.fact, indentation);
         out_ << (layout_.hasColour ? "\x1B[0m" : "");
-        WriteLines(lines);
+        WriteLines(entry.lines);
     }
 
     // People look for a part where it was.

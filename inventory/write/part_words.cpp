@@ -84,22 +84,9 @@ std::string SplitWords(std::string_view name) {
     return words;
 }
 
-bool IsNothingIgnored(std::string_view /*name*/) {
-    return false;
-}
-
-}  // namespace
-
-std::string DescribePart(const TResource& resource) {
-    const std::string_view word = GetPartWords(resource.type).placeWord;
-    const std::string place = word.empty() ? std::string() : DescribePlace(resource);
-    return DescribePartWithoutPlace(resource) +
-           (place.empty() ? std::string() : " " + std::string(word) + " " + place);
-}
-
-std::string DescribePartWithoutPlace(const TResource& resource) {
+std::string DescribeKind(const TResource& resource, std::size_t count) {
     const TPartWords& words = GetPartWords(resource.type);
-    std::string text = NameType(resource.type, 1);
+    std::string text = NameType(resource.type, count);
     const std::string name = Show(resource, words.name);
     if (NVORHOST::ToLowerCase(name).starts_with(NVORHOST::ToLowerCase(text))) {
         text = name;  // "PCI bridge 8086:6f04" needs no other "PCI bridge"
@@ -108,6 +95,33 @@ std::string DescribePartWithoutPlace(const TResource& resource) {
     }
     AddWord(text, Show(resource, words.size));
     return text;
+}
+
+bool IsNothingIgnored(std::string_view /*name*/) {
+    return false;
+}
+
+}  // namespace
+
+std::string DescribePart(const TResource& resource) {
+    const TResource* const part = &resource;
+    return DescribeParts({&part, 1});
+}
+
+std::string DescribeParts(std::span<const TResource* const> resources) {
+    const TResource& first = *resources.front();
+    const std::string_view word = GetPartWords(first.type).placeWord;
+    std::string places;
+    for (const TResource* resource : resources) {
+        const std::string place = word.empty() ? std::string() : DescribePlace(*resource);
+        places += place.empty() ? "" : (places.empty() ? " " + std::string(word) + " " : ", ") + place;
+    }
+    const std::string count = resources.size() == 1 ? "" : std::to_string(resources.size()) + " ";
+    return count + DescribeKind(first, resources.size()) + places;
+}
+
+std::string DescribePartWithoutPlace(const TResource& resource) {
+    return DescribeKind(resource, 1);
 }
 
 std::string DescribePlace(const TResource& resource) {

@@ -3,6 +3,7 @@
 
 #include "inventory/model/resource.h"
 
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -10,6 +11,10 @@ namespace NINVENTORY {
 
 /// Returns what a resource is and where it is: "memory module 16 GiB in P1-DIMM_A2". The text is visible.
 std::string DescribePart(const TResource& resource);
+
+/// Returns what several resources of one type and name are, and where: "4 processors EXAMPLE in CPU1, CPU2
+/// ...". There is at least one.
+std::string DescribeParts(std::span<const TResource* const> resources);
 
 /// Returns what a resource is: "memory module 16 GiB". The text is visible.
 std::string DescribePartWithoutPlace(const TResource& resource);

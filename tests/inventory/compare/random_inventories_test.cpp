@@ -9,7 +9,7 @@
 namespace NINVENTORY {
 namespace {
 
-constexpr unsigned rounds = 2000;
+constexpr unsigned rounds = 500;
 
 class TRandom {
   public:

@@ -37,14 +37,36 @@ inline TProperty MakeRandomProperty(const TTakeByte& take) {
     return property;
 }
 
+// A part with a place and a serial number of its type, each of which may be missing.
+inline void AddRandomIdentity(const TTakeByte& take, TResource& resource) {
+    static constexpr std::string_view places[] = {"Tag", "DeviceID", "Antecedent"};
+    static constexpr std::string_view serials[] = {"SerialNumber", "UniqueID", "SubsystemID"};
+    const auto add = [&](std::string_view name, unsigned count) {
+        if (take() % 8 != 0) {
+            resource.properties.push_back(
+                {std::string(name), "string", EShape::scalar, {std::to_string(take() % count)}});
+        }
+    };
+    for (const std::string_view name : places) {
+        add(name, 6);
+    }
+    for (const std::string_view name : serials) {
+        add(name, 12);
+    }
+}
+
 inline TResource MakeRandomResource(const TTakeByte& take) {
-    static constexpr std::string_view types[] = {"PhysicalMemory", "DiskDrive",       "PCIDevice",
-                                                 "Server",         "BasedOn",         "BIOSElement",
-                                                 "DiskPartition",  "OperatingSystem", "Unheard"};
+    static constexpr std::string_view types[] = {
+        "PhysicalMemory", "Processor",     "PCIDevice", "DiskDrive",       "BasedOn",
+        "BIOSElement",    "DiskPartition", "Server",    "OperatingSystem", "Unheard"};
     TResource resource;
-    resource.type = types[take() % std::size(types)];
-    resource.id = std::string(1, static_cast<char>('A' + take() % 6));
-    for (std::size_t count = take() % 6U; count > 0; --count) {
+    // Most are of the first three types, so that there are several of them to pair.
+    resource.type = types[take() % 2 == 0 ? take() % 3 : take() % std::size(types)];
+    resource.id = std::string(1, static_cast<char>('A' + take() % 24));
+    if (take() % 4 != 0) {
+        AddRandomIdentity(take, resource);
+    }
+    for (std::size_t count = take() % 4U; count > 0; --count) {
         resource.properties.push_back(MakeRandomProperty(take));
     }
     return resource;
@@ -52,9 +74,13 @@ inline TResource MakeRandomResource(const TTakeByte& take) {
 
 inline TInventory MakeRandomInventory(const TTakeByte& take) {
     TInventory inventory;
-    inventory.documents.push_back({take() % 2 == 0 ? EDocument::hardware : EDocument::collection, "", ""});
-    inventory.types = {"PhysicalMemory", "DiskDrive", "Unheard"};
-    for (std::size_t count = take() % 16U; count > 0; --count) {
+    inventory.documents.push_back({take() % 8 == 0 ? EDocument::hardware : EDocument::collection, "", ""});
+    inventory.types = {"PhysicalMemory", "Processor",     "PCIDevice", "DiskDrive",      "BasedOn",
+                       "BIOSElement",    "DiskPartition", "Server",    "OperatingSystem"};
+    if (take() % 4 != 0) {
+        inventory.types.emplace_back("Unheard");
+    }
+    for (std::size_t count = take() % 24U; count > 0; --count) {
         inventory.resources.push_back(MakeRandomResource(take));
     }
     return inventory;

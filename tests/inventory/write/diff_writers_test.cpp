@@ -68,6 +68,26 @@ TEST(DiffTextWriter, FoldsLinesAtTheWidthOfTheTerminal) {
               "unchanged    1 machine, 1 memory module\n");
 }
 
+TEST(DiffTextWriter, WritesPartsThatChangedInTheSameWayOnce) {
+    const auto make = [](const char* socket, const char* name, const char* clock) {
+        return MakeResource("Processor", socket,
+                            {MakeText("Name", name),
+                             MakeText("DeviceID", socket),
+                             {"MaxClockSpeed", "unsignedInt", EShape::scalar, {clock}}});
+    };
+    const std::string text = WriteText(
+        MakeDocument({make("CPU0", "ONE", "2900"), make("CPU1", "ONE", "2900"), make("CPU2", "ONE", "2900")}),
+        MakeDocument({make("CPU0", "TWO", "2400"), make("CPU1", "TWO", "2400"), make("CPU2", "TWO", "2900")}),
+        {.isUtf8 = false});
+    EXPECT_NE(text.find("3 changes: 3 changed\n"), std::string::npos) << text;
+    EXPECT_NE(text.find("~ 2 processors ONE in CPU0, CPU1: changed\n"
+                        "    name   ONE -> TWO\n"
+                        "    clock  2.9 GHz -> 2.4 GHz\n"
+                        "~ Processor ONE in CPU2: changed, name ONE -> TWO\n"),
+              std::string::npos)
+        << text;
+}
+
 TEST(DiffTextWriter, WritesTheDigitsOfSizesThatLookAlike) {
     const auto make = [](const char* size) {
         return MakeDocument({MakeResource("DiskPartition", "1", {MakeNumber("PartitionSize", size)})});
