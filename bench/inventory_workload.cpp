@@ -1,7 +1,7 @@
 #include "bench/inventory_workload.h"
 
+#include "writer/catalogue/resource_catalogue.h"
 #include "writer/nox_xml_writer.h"
-#include "writer/resource_catalogue.h"
 
 #include <algorithm>
 #include <array>

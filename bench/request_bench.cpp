@@ -4,8 +4,8 @@
 #include "bench/ratio.h"
 #include "vorhost/services/host_settings.h"
 #include "vorhost/services/plugin_library.h"
+#include "writer/catalogue/resource_catalogue.h"
 #include "writer/nox_xml_writer.h"
-#include "writer/resource_catalogue.h"
 
 #include <benchmark/benchmark.h>
 #include <boost/make_shared.hpp>

@@ -3,8 +3,8 @@
 #include "bench/inventory_workload.h"
 #include "bench/ratio.h"
 #include "host/vor_exception.h"
+#include "writer/catalogue/resource_catalogue.h"
 #include "writer/nox_xml_writer.h"
-#include "writer/resource_catalogue.h"
 
 #include <benchmark/benchmark.h>
 #include <libxml/parser.h>

@@ -3,9 +3,9 @@
 #include "inventory/model/resource_id.h"
 #include "inventory/model/resource_type.h"
 #include "text/numbers.h"
-#include "writer/product_name.h"
-#include "writer/resource_catalogue.h"
-#include "writer/xml_schema_type.h"
+#include "writer/catalogue/product_name.h"
+#include "writer/catalogue/resource_catalogue.h"
+#include "writer/catalogue/xml_schema_type.h"
 
 #include <algorithm>
 #include <set>

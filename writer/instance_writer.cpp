@@ -1,9 +1,9 @@
 #include "writer/instance_writer.h"
 
 #include "host/vor_exception.h"
+#include "writer/catalogue/resource_catalogue.h"
 #include "writer/class_instances.h"
 #include "writer/property_writer.h"
-#include "writer/resource_catalogue.h"
 #include "writer/resource_identity.h"
 
 #include <algorithm>

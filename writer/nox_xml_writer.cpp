@@ -1,16 +1,16 @@
 #include "writer/nox_xml_writer.h"
 
+#include "writer/catalogue/product_name.h"
+#include "writer/catalogue/xml_schema_type.h"
 #include "writer/dates.h"
 #include "writer/document_frame.h"
 #include "writer/escape.h"
 #include "writer/hardware_document.h"
 #include "writer/instance_writer.h"
 #include "writer/os_type.h"
-#include "writer/product_name.h"
 #include "writer/property_writer.h"
 #include "writer/resource_identity.h"
 #include "writer/system_info_document.h"
-#include "writer/xml_schema_type.h"
 
 #include <utility>
 

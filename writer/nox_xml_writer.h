@@ -9,8 +9,8 @@
 #include "host/cim_date_time.h"
 #include "host/cim_interfaces.h"
 #include "host/cim_value.h"
+#include "writer/catalogue/md5.h"
 #include "writer/line_output.h"
-#include "writer/md5.h"
 
 #include <boost/shared_ptr.hpp>
 

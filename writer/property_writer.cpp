@@ -2,10 +2,10 @@
 
 #include "host/os_specific.h"
 #include "host/vor_exception.h"
+#include "writer/catalogue/product_name.h"
+#include "writer/catalogue/xml_schema_type.h"
 #include "writer/dates.h"
 #include "writer/escape.h"
-#include "writer/product_name.h"
-#include "writer/xml_schema_type.h"
 
 #include <algorithm>
 #include <iterator>

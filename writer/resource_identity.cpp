@@ -1,8 +1,8 @@
 #include "writer/resource_identity.h"
 
 #include "host/vor_exception.h"
+#include "writer/catalogue/md5.h"
 #include "writer/core_log.h"
-#include "writer/md5.h"
 
 #include <cxxabi.h>
 

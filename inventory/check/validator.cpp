@@ -5,7 +5,7 @@
 #include "inventory/model/resource_id.h"
 #include "inventory/model/resource_type.h"
 #include "text/numbers.h"
-#include "writer/resource_catalogue.h"
+#include "writer/catalogue/resource_catalogue.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,6 +1,6 @@
 #include "inventory/model/resource_id.h"
 
-#include "writer/md5.h"
+#include "writer/catalogue/md5.h"
 
 #include <array>
 

@@ -1,6 +1,6 @@
 #include "inventory/model/resource_type.h"
 
-#include "writer/resource_catalogue.h"
+#include "writer/catalogue/resource_catalogue.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,6 +1,6 @@
 #include "full_namespace.h"
 
-#include "writer/resource_catalogue.h"
+#include "writer/catalogue/resource_catalogue.h"
 
 #include <boost/make_shared.hpp>
 

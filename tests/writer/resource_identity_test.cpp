@@ -3,7 +3,7 @@
 #include "host/vor_exception.h"
 #include "tests/doubles/cim_doubles.h"
 #include "tests/doubles/host_doubles.h"
-#include "tests/writer/plain_md5.h"
+#include "tests/writer/catalogue/plain_md5.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

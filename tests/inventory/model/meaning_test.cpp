@@ -1,7 +1,7 @@
 #include "inventory/model/meaning.h"
 
 #include "inventory/model/resource_type.h"
-#include "writer/resource_catalogue.h"
+#include "writer/catalogue/resource_catalogue.h"
 
 #include <gtest/gtest.h>
 

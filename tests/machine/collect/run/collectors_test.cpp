@@ -3,7 +3,7 @@
 #include "machine/collect/frame/collection.h"
 #include "tests/machine/collect/collect_fixture.h"
 #include "tests/machine/collect/namespace_text.h"
-#include "writer/resource_catalogue.h"
+#include "writer/catalogue/resource_catalogue.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

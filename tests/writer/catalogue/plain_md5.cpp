@@ -1,4 +1,4 @@
-#include "tests/writer/plain_md5.h"
+#include "tests/writer/catalogue/plain_md5.h"
 
 #include <cmath>
 #include <cstddef>

@@ -1,4 +1,4 @@
-#include "writer/product_name.h"
+#include "writer/catalogue/product_name.h"
 
 #include <cstddef>
 #include <string_view>

@@ -1,4 +1,4 @@
-#include "writer/xml_schema_type.h"
+#include "writer/catalogue/xml_schema_type.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,6 +1,6 @@
-#include "writer/md5.h"
+#include "writer/catalogue/md5.h"
 
-#include "tests/writer/plain_md5.h"
+#include "tests/writer/catalogue/plain_md5.h"
 
 #include <gtest/gtest.h>
 

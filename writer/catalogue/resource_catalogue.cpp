@@ -1,4 +1,4 @@
-#include "writer/resource_catalogue.h"
+#include "writer/catalogue/resource_catalogue.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "writer/product_name.h"
+#include "writer/catalogue/product_name.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "writer/md5.h"
+#include "writer/catalogue/md5.h"
 
 #include <array>
 #include <bit>
