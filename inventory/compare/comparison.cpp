@@ -254,15 +254,29 @@ class TTypeComparison {
         std::ranges::sort(difference.properties, {}, rank);  // a resource's properties are one array
     }
 
+    // By change, then by place, name and identifier, which are found once for each difference.
     void Sort(std::span<TDifference> differences) const {
-        std::ranges::stable_sort(differences, {}, [this](const TDifference& difference) {
-            const TResource& resource = difference.GetResource();
-            std::string place;
-            for (const TFact& fact : GetFacts(resource, partType_.places, isIgnored_)) {
-                place += fact.value + " ";
-            }
-            return std::tuple(difference.change, place, std::string(resource.GetText("Name")), resource.id);
-        });
+        using TKey = std::tuple<EChange, std::string, std::string_view, std::string_view, std::size_t>;
+        std::vector<TKey> keys;
+        for (std::size_t i = 0; i < differences.size(); ++i) {
+            const TResource& resource = differences[i].GetResource();
+            keys.emplace_back(differences[i].change, MakePlace(resource), resource.GetText("Name"),
+                              resource.id, i);
+        }
+        std::ranges::sort(keys);
+        std::vector<TDifference> sorted;
+        for (const TKey& key : keys) {
+            sorted.push_back(std::move(differences[std::get<std::size_t>(key)]));
+        }
+        std::ranges::move(sorted, differences.begin());
+    }
+
+    std::string MakePlace(const TResource& resource) const {
+        std::string place;
+        for (const TFact& fact : GetFacts(resource, partType_.places, isIgnored_)) {
+            place += fact.value + " ";
+        }
+        return place;
     }
 
     const TSides& sides_;
