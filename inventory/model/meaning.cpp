@@ -652,6 +652,8 @@ constexpr TMeaning meanings[] = {
     {"OperatingSystem", "TotalVirtualMemorySize", EUnit::kibibytes},
     {"OperatingSystem", "TotalVisibleMemorySize", EUnit::kibibytes},
     {"OperatingSystem", "CSName", EUnit::none, {}, isConstant, identifies},
+    {"LocalFileSystem", "FileSystemSize", EUnit::storageBytes},
+    {"LocalFileSystem", "AvailableSpace", EUnit::storageBytes, {}, isVolatile},
     {"IPProtocolEndpoint", "Name", EUnit::none, {}, isConstant, identifies},
     {"IPProtocolEndpoint", "IPv4Address", EUnit::none, {}, isConstant, identifies},
     {"IPProtocolEndpoint", "IPv6Address", EUnit::none, {}, isConstant, identifies},

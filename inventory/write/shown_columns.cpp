@@ -11,7 +11,7 @@ constexpr TShownColumn generalColumns[] = {
     {"name", "Name"}, {"description", "Description"}, {"serial number", "SerialNumber"},
 };
 constexpr TShownColumn memoryColumns[] = {
-    {"slot", "Name"}, {"size", "Capacity"}, {"kind", "MemoryType"}, {"form", "FormFactor"},
+    {"slot", "Tag"}, {"size", "Capacity"}, {"kind", "MemoryType"}, {"form", "FormFactor"},
     {"speed", "Speed"}, {"runs at", "ConfiguredMemoryClockSpeed"}, {"maker", "Manufacturer"},
     {"part", "PartNumber"}, {"serial number", "SerialNumber"},
 };
@@ -71,6 +71,7 @@ constexpr TShownColumns shownColumns[] = {
     {"CacheMemory",       cacheColumns},
     {"Card",              boardColumns},
     {"Chassis",           boardColumns},
+    {"DeviceSAPImplementation", {}},
     {"DataSource",        {}},
     {"DiskDrive",         driveColumns},
     {"DisketteDrive",     driveColumns},
@@ -94,6 +95,7 @@ constexpr TShownColumns shownColumns[] = {
     {"Process",           {}},
     {"Processor",         processorColumns},
     {"Slot",              slotColumns},
+    {"ResidesOnExtent",   {}},
     {"SoftwareElement",   firmwareColumns},
     {"TapeDrive",         driveColumns},
     {"USBController",     busColumns},
