@@ -211,8 +211,8 @@ CLI::Option* AddNames(CLI::App& command, const std::string& option, std::vector<
 }
 
 // Adds the inventories to read. The options of the machine exclude them.
-void AddSources(CLI::App& command, std::vector<std::string>& sources,
-                const std::vector<CLI::Option*>& machine) {
+CLI::Option* AddSources(CLI::App& command, std::vector<std::string>& sources,
+                        const std::vector<CLI::Option*>& machine) {
     CLI::Option* const option =
         command
             .add_option(
@@ -223,6 +223,7 @@ void AddSources(CLI::App& command, std::vector<std::string>& sources,
     for (CLI::Option* each : machine) {
         each->excludes(option);
     }
+    return option;
 }
 
 void AddShowCommand(CLI::App& program, TShowOptions& options) {
@@ -259,7 +260,8 @@ void AddReportCommand(CLI::App& program, TReportOptions& options) {
     command.add_option("--output", options.outputFile, "HTML file to write; - is standard output")
         ->type_name("FILE")
         ->required();
-    AddSources(command, options.sources, machine);
+    constexpr int oldAndNew = 2;
+    AddSources(command, options.sources, machine)->expected(0, oldAndNew);
 }
 
 void AddValidateCommand(CLI::App& program, TValidateOptions& options) {

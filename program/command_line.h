@@ -54,6 +54,7 @@ struct TShowOptions {
     std::string format = "text";
     NINVENTORY::TFilterSettings filter;
     bool isLong = false;                    ///< text: every property
+    bool comparesSources = false;           ///< html: show what changed from the first source to the last
     std::optional<std::string> outputFile;  ///< absent: standard output
 };
 
@@ -70,7 +71,7 @@ struct TExplainOptions {
 
 struct TReportOptions {
     TSourceOptions machine;            ///< without namespaceFile; used if there are no sources
-    std::vector<std::string> sources;  ///< files and folders; "-" is standard input
+    std::vector<std::string> sources;  ///< at most two, the older one first; "-" is standard input
     std::string outputFile;            ///< "-" is standard output
 };
 

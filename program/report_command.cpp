@@ -9,6 +9,7 @@ EExitStatus RunReport(const TReportOptions& options, std::ostream& out) {
     show.machine = options.machine;
     show.sources = options.sources;
     show.format = "html";
+    show.comparesSources = true;
     if (options.outputFile != "-") {
         show.outputFile = options.outputFile;
     }

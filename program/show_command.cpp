@@ -17,6 +17,7 @@
 #include <iterator>
 #include <memory>
 #include <optional>
+#include <utility>
 
 namespace NVORHOST {
 namespace {
@@ -30,16 +31,23 @@ std::unique_ptr<IInventoryFormat> MakeText(std::ostream& out, const TShowOptions
         {.layout = {.width = terminal.width, .hasColour = terminal.hasColour}, .isLong = options.isLong});
 }
 
+std::unique_ptr<IInventoryFormat> MakeReport(std::ostream& out, const TShowOptions& options) {
+    using NINVENTORY::EReportSources;
+    return NINVENTORY::MakeReportWriter(
+        out, options.comparesSources ? EReportSources::compared : EReportSources::separate);
+}
+
 struct TFormatRow {
     std::string_view name;
     std::unique_ptr<IInventoryFormat> (*make)(std::ostream& out, const TShowOptions& options);
+    bool joinsFolders = false;  // the documents of a folder are one source
 };
 
 constexpr TFormatRow formats[] = {
     {"text", &MakeText},
     {"json", [](std::ostream& out, const TShowOptions&) { return NINVENTORY::MakeJsonWriter(out); }},
     {"ndjson", [](std::ostream& out, const TShowOptions&) { return NINVENTORY::MakeNdjsonWriter(out); }},
-    {"html", [](std::ostream& out, const TShowOptions&) { return NINVENTORY::MakeReportWriter(out); }},
+    {"html", &MakeReport, /*joinsFolders=*/true},
     {"xml", [](std::ostream& out, const TShowOptions&) { return NINVENTORY::MakeDocumentFormat(out); }},
 };
 
@@ -54,7 +62,13 @@ TCollectOutcome WriteSources(const TShowOptions& options, std::ostream& out) {
         outcome = PassMachine(options.machine, begin, filter);
     }
     for (const std::string& source : options.sources) {
-        PassInventory(source, begin, filter);
+        bool hasBegun = false;
+        const TBeginSource beginOnce = [&](const std::string& name) {
+            if (!row->joinsFolders || !std::exchange(hasBegun, true)) {
+                begin(row->joinsFolders && source != "-" ? source : name);
+            }
+        };
+        PassInventory(source, beginOnce, filter);
     }
     format->Finish();
     return outcome;

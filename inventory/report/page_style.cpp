@@ -4,7 +4,7 @@ namespace NINVENTORY {
 namespace {
 
 // Update styleDigest with the sheet: PageStyle.DigestIsThatOfTheSheet prints the new one.
-constexpr std::string_view styleDigest = "0SuxmLaHPIjkXD4WEdn0MKv5ynOhRVR7hpaPNyWfPpo=";
+constexpr std::string_view styleDigest = "Cih87s3Nlkb5E+yY0MiLR5yiSFbIEMoTXD52Dalkpfk=";
 
 constexpr std::string_view styleSheet = R"css(
 :root {
@@ -48,8 +48,8 @@ svg text { fill: var(--ink); font: 10px system-ui, "Segoe UI", Roboto, "Liberati
 
 .lead { font-size: 1.125rem; margin-top: 0.25rem; }
 .facts { display: grid; grid-template-columns: max-content minmax(0, 1fr); gap: 0.125rem 1rem; margin-top: 0.75rem; }
-.strip { display: grid; grid-template-columns: repeat(auto-fit, minmax(min(100%, 11rem), 1fr)); gap: 1px; margin-top: 1.25rem; background: var(--rule); border: 1px solid var(--rule); }
-.strip > div { background: var(--panel); padding: 0.625rem 0.75rem; }
+.strip { display: grid; grid-template-columns: repeat(auto-fit, minmax(min(100%, 8.5rem), 1fr)); gap: 0.5rem; margin-top: 1.25rem; }
+.strip > div { background: var(--panel); border-top: 3px solid var(--full); padding: 0.5rem 0.75rem; }
 .strip b { display: block; font-size: 1.5rem; line-height: 1.2; }
 .strip span { display: block; font-size: 0.875rem; color: var(--quiet); }
 .notes { margin-top: 1.25rem; padding: 0.625rem 0.875rem; border-left: 0.375rem solid var(--other); background: var(--panel); }
@@ -59,7 +59,45 @@ svg text { fill: var(--ink); font: 10px system-ui, "Segoe UI", Roboto, "Liberati
 .contents ul { list-style: none; display: flex; flex-wrap: wrap; gap: 0 1.25rem; }
 .contents a { display: inline-block; padding: 0.25rem 0; }
 
-table { border-collapse: collapse; width: 100%; }
+.board { display: grid; gap: 1.5rem 3rem; grid-template-columns: repeat(auto-fit, minmax(min(100%, 18rem), 1fr)); }
+.board svg { width: 100%; max-width: 30rem; }
+.board figcaption { margin-top: 0.5rem; color: inherit; }
+.chip { fill: var(--panel); stroke: var(--ink); stroke-width: 1.5; }
+.name { font-weight: 700; }
+.hole { fill: none; stroke: var(--edge); stroke-dasharray: 3 3; }
+.case { fill: none; stroke: var(--accent); }
+.size { fill: var(--part); }
+svg .soft { fill: var(--quiet); }
+.differs { stroke: var(--other); stroke-width: 3; }
+svg .mark { fill: var(--other); font-weight: 700; font-size: 13px; }
+.slots { padding-left: 2rem; font-size: 0.875rem; }
+@media (min-width: 40rem) { .slots { columns: 2; column-gap: 2.5rem; } .slots li { break-inside: avoid; } }
+.slots li::marker { color: var(--quiet); }
+
+.extents { list-style: none; }
+.extents > li { padding: 0.5rem 0; border-bottom: 1px solid var(--rule); }
+.extents p, .connectors div { max-width: none; margin: 0; }
+.bar { width: 100%; height: 1.25rem; margin: 0.25rem 0; }
+.part { fill: var(--part); stroke: var(--accent); vector-effect: non-scaling-stroke; }
+.bar .hole, .edge { vector-effect: non-scaling-stroke; }
+.edge { fill: none; stroke: var(--accent); stroke-width: 1.5; }
+.parts { padding-left: 1.75rem; font-size: 0.875rem; }
+@media (min-width: 64rem) { .extents { display: grid; grid-template-columns: repeat(2, minmax(0, 1fr)); gap: 0 3rem; } }
+
+.connectors { list-style: none; }
+.connectors li { padding: 0.375rem 0; border-bottom: 1px solid var(--rule); }
+.connectors svg { margin-top: 0.25rem; width: 13rem; }
+.connectors .filled { fill: var(--full); }
+
+.ports { list-style: none; }
+.ports > li { padding: 0.375rem 0; border-bottom: 1px solid var(--rule); }
+
+.tree, .tree ul { list-style: none; }
+.tree ul { margin-left: 0.5rem; border-left: 1px solid var(--edge); }
+.tree ul > li { padding-left: 0.875rem; }
+.tree li { padding-top: 0.125rem; padding-bottom: 0.125rem; }
+
+table { border-collapse: collapse; min-width: min(100%, 44rem); }
 caption { text-align: left; padding-bottom: 0.25rem; font-size: 0.875rem; }
 th, td { text-align: left; vertical-align: top; padding: 0.25rem 1rem 0.25rem 0; border-bottom: 1px solid var(--rule); }
 thead th { font-size: 0.875rem; font-weight: 400; color: var(--quiet); vertical-align: bottom; border-bottom-color: var(--edge); }
@@ -69,7 +107,7 @@ summary { cursor: pointer; color: var(--accent); }
 details details { margin-left: 1rem; }
 details dl { display: grid; grid-template-columns: minmax(8rem, max-content) minmax(0, 1fr); gap: 0 1rem; margin: 0.25rem 0 0.75rem 1rem; font-size: 0.875rem; }
 @media screen and (max-width: 48rem) {
-  table, tbody, tr, caption { display: block; }
+  table, tbody, tr, caption { display: block; min-width: 0; }
   thead { position: absolute; width: 1px; height: 1px; overflow: hidden; clip-path: inset(50%); }
   tr { padding: 0.375rem 0; border-bottom: 1px solid var(--rule); }
   th, td { display: block; border: 0; padding: 0 0 0 0.75rem; }
@@ -79,6 +117,7 @@ details dl { display: grid; grid-template-columns: minmax(8rem, max-content) min
   details dl { grid-template-columns: minmax(0, 1fr); }
   details dd { padding-left: 0.75rem; }
 }
+@media (max-width: 30rem) { .facts { grid-template-columns: minmax(0, 1fr); } }
 @media (min-width: 110rem) { html { font-size: 125%; } }
 
 @page { size: A4; margin: 14mm 12mm; }

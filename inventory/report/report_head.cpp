@@ -54,21 +54,42 @@ void WriteFact(THtmlWriter& html, std::string_view name, std::string_view value)
     WriteKnown(html, value);
 }
 
+// Writes "2024-03-01T12:00:00+01:00" as "2024-03-01 12:00:00 +01:00".
+void WriteTime(THtmlWriter& html, std::string_view timestamp) {
+    constexpr std::size_t dateLength = 10;
+    constexpr std::size_t zoneAt = 19;
+    constexpr std::size_t wholeLength = 25;
+    html.Leaf("dt", "Collected");
+    const auto description = html.Element("dd");
+    if (timestamp.size() != wholeLength || timestamp[dateLength] != 'T') {
+        return WriteKnown(html, timestamp);
+    }
+    const auto time = html.Element("time", {{"datetime", timestamp}});
+    html.Text(timestamp.substr(0, dateLength));
+    html.Text(" ");
+    html.Text(timestamp.substr(dateLength + 1, zoneAt - dateLength - 1));
+    html.Text(" ");
+    html.Text(timestamp.substr(zoneAt));
+}
+
 void WriteFacts(THtmlWriter& html, const TReportInventory& inventory) {
     const auto facts = html.Element("dl", {{"class", "facts"}});
     WriteFact(html, "Serial number",
               ShowFirst(inventory, {{"Server", "SerialNumber"}, {"NOXSystemInfo", "SerialNumber"}}));
     WriteFact(html, "UUID", ShowFirst(inventory, {{"Server", "SystemBoardUUID"}}));
     WriteFact(html, "System", ShowSystem(inventory));
-    WriteFact(html, "Collected", inventory.GetTimestamp());
+    WriteTime(html, inventory.GetTimestamp());
     WriteFact(html, "Source", inventory.GetSource());
 }
 
-// Adds a property of some resources; nullopt if none has it.
+// Adds a property of some resources; nullopt if none has it, or the sum is out of range.
 std::optional<std::uint64_t> Sum(const TResources& resources, std::string_view property) {
     std::optional<std::uint64_t> sum;
     for (const TResource* const resource : resources) {
         if (const auto number = ParseNumber<std::uint64_t>(resource->GetText(property))) {
+            if (*number > UINT64_MAX - sum.value_or(0)) {
+                return std::nullopt;
+            }
             sum = sum.value_or(0) + *number;
         }
     }
@@ -112,7 +133,8 @@ TFigure MakeStorageFigure(const TReportInventory& inventory) {
     constexpr std::uint64_t bytesPerKilobyte = 1000;
     const TResources disks = inventory.GetAll("DiskDrive");
     const auto size = Sum(disks, "MaxMediaSize");
-    return {"Disks", size ? ShowDecimal(*size * bytesPerKilobyte, "B") : "",
+    const bool isKnown = size && *size <= UINT64_MAX / bytesPerKilobyte;
+    return {"Disks", isKnown ? ShowDecimal(*size * bytesPerKilobyte, "B") : "",
             disks.empty() ? "the source has none" : CountOf(disks.size(), "disk", "disks")};
 }
 

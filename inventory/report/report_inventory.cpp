@@ -31,23 +31,21 @@ TResources Select(const auto& relations, const TResource& resource, std::string_
 
 }  // namespace
 
-void TReportInventory::AddDocument(const TDocumentHead& head) {
-    isNamespace_ = isNamespace_ || head.kind == EDocument::collection;
-    if (timestamp_.empty()) {
-        timestamp_ = head.timestamp;
-    }
+bool TReportInventory::IsNamespace() const {
+    return std::ranges::any_of(inventory_.documents,
+                               [](const TDocumentHead& head) { return head.kind == EDocument::collection; });
 }
 
 void TReportInventory::Link() {
     std::map<TKey, const TResource*> keys;
-    for (const TResource& resource : resources_) {
+    for (const TResource& resource : inventory_.resources) {
         for (const std::string_view property : keyProperties) {
             if (const std::string_view key = GetKey(resource, property); !key.empty()) {
                 keys.emplace(TKey(resource.type + '.' + std::string(property), key), &resource);
             }
         }
     }
-    for (const TResource& resource : resources_) {
+    for (const TResource& resource : inventory_.resources) {
         const TResource* const antecedent = Resolve(resource.GetText("Antecedent"), keys);
         const TResource* const dependent = Resolve(resource.GetText("Dependent"), keys);
         if (antecedent != nullptr && dependent != nullptr) {
@@ -70,7 +68,7 @@ const TResource* TReportInventory::Resolve(std::string_view reference,
 
 TResources TReportInventory::GetAll(std::string_view type) const {
     TResources all;
-    for (const TResource& resource : resources_) {
+    for (const TResource& resource : inventory_.resources) {
         if (resource.type == type) {
             all.push_back(&resource);
         }
@@ -79,8 +77,8 @@ TResources TReportInventory::GetAll(std::string_view type) const {
 }
 
 const TResource* TReportInventory::FindFirst(std::string_view type) const {
-    const auto found = std::ranges::find(resources_, type, &TResource::type);
-    return found == resources_.end() ? nullptr : &*found;
+    const auto found = std::ranges::find(inventory_.resources, type, &TResource::type);
+    return found == inventory_.resources.end() ? nullptr : &*found;
 }
 
 TResources TReportInventory::GetDependents(const TResource& antecedent, std::string_view association) const {

@@ -1,9 +1,9 @@
 // One inventory as a page needs it: its resources by type, and what depends on what.
 #pragma once
 
+#include "inventory/compare/inventory.h"
 #include "inventory/model/resource.h"
 
-#include <deque>
 #include <map>
 #include <string>
 #include <string_view>
@@ -14,22 +14,26 @@ namespace NINVENTORY {
 
 using TResources = std::vector<const TResource*>;
 
-/// Resources stay where they are until the object ends.
+/// Resources stay where they are once they are linked.
 class TReportInventory {
   public:
-    explicit TReportInventory(std::string source) : source_(std::move(source)) {}
+    /// `idPrefix` begins the ids of the inventory's elements in the page.
+    TReportInventory(std::string source, std::string idPrefix)
+        : inventory_{std::move(source), {}, {}, {}}, idPrefix_(std::move(idPrefix)) {}
 
-    /// Remembers the time of the first document that has one, and whether a namespace was read.
-    void AddDocument(const TDocumentHead& head);
-    void AddResource(TResource&& resource) { resources_.push_back(std::move(resource)); }
+    void AddDocument(const TDocumentHead& head) { inventory_.documents.push_back(head); }
+    void AddList(std::string_view type) { inventory_.types.emplace_back(type); }
+    void AddResource(TResource&& resource) { inventory_.resources.push_back(std::move(resource)); }
     /// Finds the resources that associations refer to. Call once, after the last resource.
     void Link();
 
-    const std::string& GetSource() const { return source_; }
-    const std::string& GetTimestamp() const { return timestamp_; }
+    const TInventory& GetInventory() const { return inventory_; }
+    const std::string& GetSource() const { return inventory_.source; }
+    const std::string& GetIdPrefix() const { return idPrefix_; }
+    std::string_view GetTimestamp() const { return inventory_.GetTimestamp(); }
     /// True for a namespace, which has classes that documents do not have.
-    bool IsNamespace() const { return isNamespace_; }
-    const std::deque<TResource>& GetResources() const { return resources_; }
+    bool IsNamespace() const;
+    const std::vector<TResource>& GetResources() const { return inventory_.resources; }
     /// Returns the resources of a type in the order of the source.
     TResources GetAll(std::string_view type) const;
     /// Returns the first resource of a type; null if there is none.
@@ -49,10 +53,8 @@ class TReportInventory {
 
     const TResource* Resolve(std::string_view reference, const std::map<TKey, const TResource*>& keys) const;
 
-    std::string source_;
-    std::string timestamp_;
-    bool isNamespace_ = false;
-    std::deque<TResource> resources_;
+    TInventory inventory_;
+    std::string idPrefix_;
     std::multimap<const TResource*, TRelation> dependents_, antecedents_;
 };
 

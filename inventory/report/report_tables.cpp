@@ -55,6 +55,17 @@ void WriteRow(THtmlWriter& html, const TResource& resource, const TColumns& colu
     }
 }
 
+// The head of the page has the columns of these types.
+bool IsInHead(std::string_view type) {
+    return type == "Server" || type == "OperatingSystem" || type == "NOXSystemInfo";
+}
+
+std::string CountType(std::string_view type, std::size_t count) {
+    const TResourceType* const row = FindResourceType(type);
+    const std::string_view name = row == nullptr ? type : count == 1 ? row->singular : row->plural;
+    return std::to_string(count) + " " + std::string(name);
+}
+
 void WriteTable(THtmlWriter& html, std::string_view title, const TResources& resources,
                 const TShownColumns& shown) {
     TColumns unknown;
@@ -149,8 +160,8 @@ void WriteTypeTable(THtmlWriter& html, const TReportInventory& inventory, const 
                          [&](const TResource* each) { return !IsEmptyPlace(shown, *each); });
     const std::string title = GetTypeTitle(type, all.size());
     html.Leaf("h3", title);
-    if (!filled.empty()) {
-        WriteTable(html, title, filled, shown);
+    if (!filled.empty() && !IsInHead(type)) {
+        WriteTable(html, CountType(type, filled.size()), filled, shown);
     }
     if (filled.size() < all.size()) {
         html.Leaf("p", {{"class", "quiet"}}, std::to_string(all.size() - filled.size()) + " empty");

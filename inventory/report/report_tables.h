@@ -10,12 +10,6 @@
 
 namespace NINVENTORY {
 
-/// A section of the page. Ids are unique in the page.
-struct TSection {
-    std::string id;
-    std::string title;
-};
-
 /// Returns the types that have a table, in the order of the source.
 std::vector<std::string> ListShownTypes(const TReportInventory& inventory);
 

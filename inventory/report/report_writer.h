@@ -9,8 +9,12 @@
 
 namespace NINVENTORY {
 
-/// Returns a writer of one page with every source, one after the other. `out` must outlive it.
-/// Memory: all resources of all sources.
-std::unique_ptr<IInventoryFormat> MakeReportWriter(std::ostream& out);
+enum class EReportSources {
+    separate,  ///< every source has a part of the page
+    compared,  ///< the last source has the page, and what changed since the first is a section of it
+};
+
+/// Returns a writer of one page. `out` must outlive it. Memory: all resources of all sources.
+std::unique_ptr<IInventoryFormat> MakeReportWriter(std::ostream& out, EReportSources sources);
 
 }  // namespace NINVENTORY

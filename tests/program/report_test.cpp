@@ -14,6 +14,7 @@ namespace {
 
 using ::testing::AllOf;
 using ::testing::HasSubstr;
+using ::testing::Not;
 using ::testing::StartsWith;
 
 const std::string smallServer = NOXINFO_TEST_DATA "/small-server.xml";
@@ -41,6 +42,26 @@ TEST_F(Report, WritesThePageThatShowWrites) {
 TEST_F(Report, ReadsDocuments) {
     EXPECT_THAT(Run({"report", "--output", "-", smallHardware}).standardOutput,
                 HasSubstr("<bdi>8 cores &lt;2.5 GHz&gt; &amp; more</bdi>"));
+}
+
+TEST_F(Report, JoinsTheDocumentsOfAFolder) {
+    std::filesystem::create_directory(folder_ / "server");
+    std::filesystem::copy(smallHardware, folder_ / "server");
+    std::filesystem::copy(NOXINFO_TEST_DATA "/small-server.system.xml", folder_ / "server");
+    const auto result = Run({"report", "--output", "-", "server"});
+    EXPECT_THAT(result.standardOutput,
+                AllOf(HasSubstr("<dt>Source</dt>\n<dd><bdi>server</bdi></dd>"),
+                      HasSubstr("<h3>Processor</h3>"), Not(HasSubstr("id=\"changes\""))));
+}
+
+TEST_F(Report, ShowsWhatChangedSinceTheFirstOfTwoSources) {
+    const auto result = Run({"report", "--output", "-", smallServer, smallServer});
+    EXPECT_EQ(result.status, 0) << result.standardError;
+    EXPECT_THAT(result.standardOutput, HasSubstr("<p>Nothing has changed.</p>"));
+}
+
+TEST_F(Report, RejectsMoreThanTwoSources) {
+    EXPECT_EQ(Run({"report", "--output", "-", smallServer, smallServer, smallServer}).status, 2);
 }
 
 TEST_F(Report, RequiresAnOutputFile) {

@@ -30,7 +30,7 @@ TResource MakeResource(const std::string& type, const TTexts& properties) {
 
 std::string Report(std::vector<TResource> resources, EDocument kind = EDocument::collection) {
     std::ostringstream out;
-    const auto writer = MakeReportWriter(out);
+    const auto writer = MakeReportWriter(out, EReportSources::separate);
     writer->BeginSource("test.xml");
     writer->BeginDocument({kind, {}, "2024-03-01T12:00:00+01:00"});
     for (TResource& resource : resources) {
@@ -105,7 +105,7 @@ TEST(ReportWriter, WritesWordsForUnknownCells) {
 TEST(ReportWriter, NamesColumnsWithoutAnyValueInTheCaption) {
     EXPECT_THAT(
         Report({MakeResource("Card", {{"Name", "Board 1"}, {"Model", "M1"}})}),
-        HasSubstr("<caption>Board; unknown for all: description, maker, version, serial number</caption>"));
+        HasSubstr("<caption>1 board; unknown for all: description, maker, version, serial number</caption>"));
 }
 
 TEST(ReportWriter, FoldsTheIdentifierAndEveryProperty) {
@@ -118,7 +118,7 @@ TEST(ReportWriter, FoldsTheIdentifierAndEveryProperty) {
 
 TEST(ReportWriter, GivesEverySourceSectionsWithIdsOfItsOwn) {
     std::ostringstream out;
-    const auto writer = MakeReportWriter(out);
+    const auto writer = MakeReportWriter(out, EReportSources::separate);
     for (const char* name : {"one.xml", "two.xml"}) {
         writer->BeginSource(name);
         writer->BeginDocument({EDocument::collection, {}, {}});
@@ -128,6 +128,37 @@ TEST(ReportWriter, GivesEverySourceSectionsWithIdsOfItsOwn) {
     EXPECT_THAT(out.str(),
                 AllOf(HasSubstr("<section id=\"tables\""), HasSubstr("<section id=\"machine-2-tables\"")));
     EXPECT_TRUE(IsWellFormed(out.str()));
+}
+
+TEST(ReportWriter, ShowsWhatChangedBetweenTwoSources) {
+    std::ostringstream out;
+    const auto writer = MakeReportWriter(out, EReportSources::compared);
+    for (const char* version : {"1.0", "1.1"}) {
+        writer->BeginSource(std::string("of-") + version);
+        writer->BeginDocument({EDocument::collection, {}, "2024-03-01T12:00:00+01:00"});
+        writer->AddResource(MakeResource("BIOSElement", {{"Name", "System firmware"}, {"Version", version}}));
+    }
+    writer->Finish();
+    EXPECT_TRUE(IsWellFormed(out.str()));
+    EXPECT_THAT(out.str(),
+                AllOf(HasSubstr("<h2 id=\"changes-title\">Changes</h2>"), Not(HasSubstr("machine-1-"))));
+    EXPECT_THAT(out.str(), HasSubstr("<th scope=\"row\">System firmware <bdi>System firmware</bdi></th>\n"
+                                     "<td data-title=\"change\"><bdi>updated</bdi></td>\n"
+                                     "<td data-title=\"property\"><bdi>Version</bdi></td>\n"
+                                     "<td data-title=\"before\"><bdi>1.0</bdi></td>\n"
+                                     "<td data-title=\"now\"><bdi>1.1</bdi></td>\n"));
+}
+
+TEST(ReportWriter, StatesThatNothingChanged) {
+    std::ostringstream out;
+    const auto writer = MakeReportWriter(out, EReportSources::compared);
+    for (const char* source : {"one.xml", "two.xml"}) {
+        writer->BeginSource(source);
+        writer->BeginDocument({EDocument::collection, {}, {}});
+        writer->AddResource(MakeResource("Card", {{"Name", "Board"}}));
+    }
+    writer->Finish();
+    EXPECT_THAT(out.str(), HasSubstr("<p>Nothing has changed.</p>"));
 }
 
 }  // namespace
