@@ -42,11 +42,18 @@ class TBoardLayout {
                           : chip / chipsPerRow * (chipSize + 8) + 1;
     }
     int GetSlotX(int slot) const {
-        const int perRow = IsBeside() ? slotsBesideChip : slotsPerRow;
-        const int column = slot % perRow;
-        const int gap =
-            IsBeside() && column >= slotsBesideChip / 2 ? pictureWidth - slotsBesideChip * slotPitch : 0;
-        return column * slotPitch + gap + (slotPitch - slotWidth) / 2;
+        constexpr int margin = (slotPitch - slotWidth) / 2;
+        if (!IsBeside()) {
+            return slot % slotsPerRow * slotPitch + margin;
+        }
+        // Half of a row is on each side, next to the chip.
+        const int column = slot % slotsBesideChip;
+        const int inRow = std::min(slots_ - (slot - column), slotsBesideChip);
+        const int left = (inRow + 1) / 2;
+        const int place =
+            column < left ? slotsBesideChip / 2 - left + column : slotsBesideChip / 2 + column - left;
+        const int gap = column < left ? 0 : pictureWidth - slotsBesideChip * slotPitch;
+        return place * slotPitch + gap + margin;
     }
     int GetSlotY(int slot) const {
         return GetSlotsTop() + slot / (IsBeside() ? slotsBesideChip : slotsPerRow) * rowHeight + markHeight;

@@ -196,8 +196,10 @@ void WriteHead(THtmlWriter& html, const TReportInventory& inventory) {
     WriteFigure(html, MakeProcessorFigure(inventory));
     WriteFigure(html, MakeMemoryFigure(inventory));
     WriteFigure(html, MakeStorageFigure(inventory));
-    WriteFigure(html, MakeCountFigure(inventory, "Network ports", {"EthernetPort", "WiFiPort", "IBPort"},
-                                      "without virtual ones"));
+    WriteFigure(html, inventory.IsNamespace()
+                          ? MakeCountFigure(inventory, "Network ports",
+                                            {"EthernetPort", "WiFiPort", "IBPort"}, "without virtual ones")
+                          : TFigure{"Network ports", "", "documents do not record them"});
     WriteFigure(html, MakeCountFigure(
                           inventory, "PCI functions",
                           {"PCIDevice", "PCIBridge", "DisplayController", "IDEController", "USBController"},

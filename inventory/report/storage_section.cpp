@@ -128,7 +128,7 @@ class TStorage {
         html_.Leaf(
             "p", {{"class", "quiet"}},
             "Bars of larger disks and volumes are longer, by the square root of the size. Within a bar, "
-            "partitions are to scale, from left to right as listed; the rest has none.");
+            "partitions are to scale, from left to right as listed; the rest has no recorded one.");
         WriteExtents("Disks", disks_);
         WriteExtents("Volumes", volumes_);
         WriteLoosePartitions();

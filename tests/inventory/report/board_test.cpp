@@ -99,6 +99,17 @@ TEST(BoardSection, FillsASlotAsFarAsItsModuleIsLarge) {
                       HasSubstr("<rect class=\"size\" x=\"22\" y=\"14\" width=\"16\" height=\"88\"/>")));
 }
 
+TEST(BoardSection, PutsHalfOfTheSlotsOnEachSideOfAProcessor) {
+    TMadeInventory made;
+    made.Add("Processor", {{"DeviceID", "CPU1"}});
+    AddModule(made, "A1", "8589934592");
+    AddModule(made, "A2", "8589934592");
+    EXPECT_THAT(Draw(made),
+                AllOf(HasSubstr("<rect class=\"case\" x=\"102\" y=\"14\" width=\"16\" height=\"88\"/>"),
+                      HasSubstr("<rect class=\"chip\" x=\"128\" y=\"26\" width=\"64\" height=\"64\"/>"),
+                      HasSubstr("<rect class=\"case\" x=\"202\" y=\"14\" width=\"16\" height=\"88\"/>")));
+}
+
 TEST(BoardSection, HasATextAlternative) {
     TMadeInventory made;
     AddModule(made, "A1", "8589934592");
