@@ -46,7 +46,7 @@ class CompletionScript : public testing::Test {
 
 TEST_F(CompletionScript, ListsCommandsAndCollectors) {
     EXPECT_THAT(Write(), HasSubstr("\n_noxinfo_commands='collect snapshot help'\n"));
-    EXPECT_THAT(Write(), HasSubstr("\n_noxinfo_collectors='computer-system operating-system processor "));
+    EXPECT_THAT(Write(), HasSubstr("\n_noxinfo_collectors='computer-system operating-system "));
 }
 
 TEST_F(CompletionScript, MapsEveryOptionWithAValueToItsKind) {
