@@ -9,7 +9,7 @@
 
 namespace NINVENTORY {
 
-/// What the value of a key was made from.
+/// The source of the value of a key.
 enum class EKeyOrigin {
     systemUuid,     ///< the UUID that firmware keeps on the board
     uuid,           ///< a UUID of the device or of its content
@@ -39,7 +39,7 @@ struct TIdentifierOrigin {
 /// Explains the identifier of a resource from its properties.
 TIdentifierOrigin ExplainIdentifier(const TResource& resource);
 
-/// What the origin of a key means for a person.
+/// The consequences of the origin of a key, in words for people.
 struct TOriginText {
     EKeyOrigin origin;
     std::string_view madeFrom;

@@ -1,4 +1,4 @@
-// Checks what a document says against the catalogue that it was written from.
+// Checks the content of a document against the catalogue that it was written from.
 #pragma once
 
 #include "inventory/read/document_events.h"

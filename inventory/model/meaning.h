@@ -41,7 +41,7 @@ struct TCodeWord {
     std::string_view word;
 };
 
-/// What is known about a property. Plain data: adding a row explains a property in every output.
+/// Unit, words and traits of a property. Plain data: adding a row explains a property in every output.
 struct TMeaning {
     std::string_view type;  ///< resource type; empty for every type that has no row of its own
     std::string_view property;
@@ -60,7 +60,7 @@ const TMeaning* FindMeaning(std::string_view resourceType, std::string_view prop
 /// Returns the word for a code; nullopt for codes without one.
 std::optional<std::string_view> FindWord(std::span<const TCodeWord> words, std::uint64_t code);
 
-/// Returns the symbol of a unit, such as "MHz"; empty for units that only say how a number is written.
+/// Returns the symbol of a unit, such as "MHz"; empty for units that only determine how a number is written.
 std::string_view GetSymbol(EUnit unit);
 
 }  // namespace NINVENTORY

@@ -47,7 +47,7 @@ enum class EDocument {
     collection,  ///< not a document: a saved namespace, or a machine
 };
 
-/// What a document says about itself.
+/// The head of a document.
 struct TDocumentHead {
     EDocument kind = EDocument::hardware;
     std::string namespaceUri;  ///< empty for a collection

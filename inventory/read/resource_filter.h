@@ -17,7 +17,7 @@ struct TCondition {
     std::optional<std::regex> expression;  ///< instead of `value`
 };
 
-/// What to pass on; an empty list passes everything.
+/// The resources and properties to pass on; an empty list passes everything.
 struct TFilterSettings {
     std::vector<std::string> types{};
     std::vector<std::string> properties{};

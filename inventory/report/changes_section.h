@@ -1,4 +1,4 @@
-// What changed between two inventories.
+// The section with the changes between two inventories.
 #pragma once
 
 #include "inventory/compare/comparison.h"

@@ -1,4 +1,5 @@
-// What differs from its kin, or reports a state other than OK: the lines that a reader looks for first.
+// Notes for the top of a page: each names a resource that differs from its kin, or reports a state other than
+// OK: the lines that a reader looks for first.
 #pragma once
 
 #include "inventory/report/html_writer.h"

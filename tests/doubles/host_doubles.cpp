@@ -36,6 +36,7 @@ void ResetHost() {
 namespace boost {
 
 // Declared again with default visibility, so that a program exports it to the plug-in that it loads.
+// NOLINTNEXTLINE(readability-redundant-declaration)
 NKELVOR20_API void assertion_failed(char const* expr, char const* function, char const* file, long line);
 
 void assertion_failed(char const* expr, char const*, char const*, long) {
