@@ -231,8 +231,10 @@ void AddShowCommand(CLI::App& program, TShowOptions& options) {
         *program.add_subcommand("show", "Show this machine, or inventories that were collected before");
     const std::vector<CLI::Option*> machine = AddMachineOptions(command, options.machine);
     AddRunOptions(command, options.machine);
-    command.add_option("--format", options.format, "Format of the output (default: text)")
-        ->check(CLI::IsMember(ListShowFormats()))
+    command
+        .add_option("--format", options.format, "Format of the output (default: text)")
+        // The type names the formats already.
+        ->check(CLI::IsMember(ListShowFormats()).description(""))
         ->type_name(JoinWith(ListShowFormats(), "|"));
     AddNames(command, "--type", options.filter.types, "Show only resources of these types");
     AddNames(command, "--property", options.filter.properties, "Show only these properties");

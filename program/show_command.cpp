@@ -1,8 +1,11 @@
 #include "program/show_command.h"
 
 #include "inventory/report/report_writer.h"
+#include "inventory/write/csv_writer.h"
+#include "inventory/write/cyclonedx_writer.h"
 #include "inventory/write/document_format.h"
 #include "inventory/write/json_writer.h"
+#include "inventory/write/openmetrics_writer.h"
 #include "inventory/write/text_writer.h"
 #include "program/inventory_source.h"
 #include "program/strict_mode.h"
@@ -47,7 +50,12 @@ constexpr TFormatRow formats[] = {
     {"text", &MakeText},
     {"json", [](std::ostream& out, const TShowOptions&) { return NINVENTORY::MakeJsonWriter(out); }},
     {"ndjson", [](std::ostream& out, const TShowOptions&) { return NINVENTORY::MakeNdjsonWriter(out); }},
+    {"csv", [](std::ostream& out, const TShowOptions&) { return NINVENTORY::MakeCsvWriter(out); }},
     {"html", &MakeReport, /*joinsFolders=*/true},
+    {"cyclonedx",
+     [](std::ostream& out, const TShowOptions&) { return NINVENTORY::MakeCycloneDxWriter(out); }},
+    {"openmetrics",
+     [](std::ostream& out, const TShowOptions&) { return NINVENTORY::MakeOpenMetricsWriter(out); }},
     {"xml", [](std::ostream& out, const TShowOptions&) { return NINVENTORY::MakeDocumentFormat(out); }},
 };
 

@@ -1,5 +1,7 @@
 #include "inventory/model/meaning.h"
 
+#include "text/numbers.h"
+
 #include <algorithm>
 #include <array>
 #include <iterator>
@@ -707,6 +709,8 @@ constexpr TMeaning meanings[] = {
     {"Battery", "OtherIdentifyingInfo", EUnit::none, {}, isConstant, identifies},
     {"Chassis", "ChassisTypes", EUnit::none, chassisTypeWords},
     {"Chassis", "ChassisPackageType", EUnit::none, chassisTypeWords},
+    {"MemoryCapacity", "MaximumMemoryCapacity", EUnit::kibibytes},
+    {"PowerSupply", "TotalOutputPower", EUnit::milliwatts},
     {"EthernetPort", "Speed", EUnit::bitsPerSecond},
     {"EthernetPort", "MaxSpeed", EUnit::bitsPerSecond},
     {"WiFiPort", "Speed", EUnit::bitsPerSecond},
@@ -776,6 +780,11 @@ const TMeaning* FindMeaning(std::string_view resourceType, std::string_view prop
 std::optional<std::string_view> FindWord(std::span<const TCodeWord> words, std::uint64_t code) {
     const auto row = std::ranges::find(words, code, &TCodeWord::code);
     return row == words.end() ? std::nullopt : std::optional(row->word);
+}
+
+std::optional<std::string_view> FindWordOf(const TMeaning& meaning, std::string_view code) {
+    const auto number = NVORHOST::ParseNumber<std::uint64_t>(code);
+    return number ? FindWord(meaning.words, *number) : std::nullopt;
 }
 
 std::string_view GetSymbol(EUnit unit) {

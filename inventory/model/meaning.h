@@ -60,6 +60,9 @@ const TMeaning* FindMeaning(std::string_view resourceType, std::string_view prop
 /// Returns the word for a code; nullopt for codes without one.
 std::optional<std::string_view> FindWord(std::span<const TCodeWord> words, std::uint64_t code);
 
+/// Returns the word for the text of a code; nullopt if it is not a number or has no word.
+std::optional<std::string_view> FindWordOf(const TMeaning& meaning, std::string_view code);
+
 /// Returns the symbol of a unit, such as "MHz"; empty for units that only determine how a number is written.
 std::string_view GetSymbol(EUnit unit);
 

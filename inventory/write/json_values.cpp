@@ -68,9 +68,7 @@ void WriteValue(TJsonOutput& json, const TProperty& property) {
 }
 
 void WriteWord(TJsonOutput& json, const TMeaning& meaning, const std::string& value) {
-    const auto code = ParseNumber<std::uint64_t>(value);
-    const auto word = code ? FindWord(meaning.words, *code) : std::nullopt;
-    if (word) {
+    if (const auto word = FindWordOf(meaning, value)) {
         WriteJsonText(json, *word);
     } else {
         json.Null();

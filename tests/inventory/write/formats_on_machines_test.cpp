@@ -1,6 +1,9 @@
 // The inventories of whole machines in every format. NOXINFO_BLESS=1 writes the expected files.
 #include "inventory/read/document_reader.h"
+#include "inventory/write/csv_writer.h"
+#include "inventory/write/cyclonedx_writer.h"
 #include "inventory/write/json_writer.h"
+#include "inventory/write/openmetrics_writer.h"
 #include "inventory/write/text_writer.h"
 
 #include <gtest/gtest.h>
@@ -27,6 +30,10 @@ struct TFormat {
 const TFormat formats[] = {
     {"txt", [](std::ostream& out) { return MakeTextWriter(out, {.layout = {.width = 80}}); }},
     {"json", MakeJsonWriter},
+    {"ndjson", MakeNdjsonWriter},
+    {"csv", MakeCsvWriter},
+    {"prom", MakeOpenMetricsWriter},
+    {"cdx.json", MakeCycloneDxWriter},
 };
 
 std::string ReadFile(const fs::path& path) {
@@ -75,6 +82,7 @@ INSTANTIATE_TEST_SUITE_P(Machines, TFormats,
                              std::string name =
                                  std::get<0>(value.param) + "_" + std::get<1>(value.param).name;
                              std::ranges::replace(name, '-', '_');
+                             std::ranges::replace(name, '.', '_');
                              return name;
                          });
 
