@@ -98,7 +98,8 @@ EExitStatus RunShow(const TShowOptions& options, std::ostream& out) {
     } else {
         outcome = WriteSources(options, out);
     }
-    PrintOutcome(outcome, std::cerr);
+    // Gaps are part of the text for people, and must not disturb other formats.
+    PrintOutcome(outcome, options.format == "text" && !place ? out : std::cerr);
     return GetExitStatus(outcome, options.machine.isStrict);
 }
 
