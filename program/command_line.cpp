@@ -226,15 +226,16 @@ CLI::Option* AddSources(CLI::App& command, std::vector<std::string>& sources,
     return option;
 }
 
+// The name of the type lists the choices already.
+constexpr char noDescription[] = "";
+
 void AddShowCommand(CLI::App& program, TShowOptions& options) {
     CLI::App& command =
         *program.add_subcommand("show", "Show this machine, or inventories that were collected before");
     const std::vector<CLI::Option*> machine = AddMachineOptions(command, options.machine);
     AddRunOptions(command, options.machine);
-    command
-        .add_option("--format", options.format, "Format of the output (default: text)")
-        // The type names the formats already.
-        ->check(CLI::IsMember(ListShowFormats()).description(""))
+    command.add_option("--format", options.format, "Format of the output (default: text)")
+        ->check(CLI::IsMember(ListShowFormats()).description(noDescription))
         ->type_name(JoinWith(ListShowFormats(), "|"));
     AddNames(command, "--type", options.filter.types, "Show only resources of these types");
     AddNames(command, "--property", options.filter.properties, "Show only these properties");
@@ -272,7 +273,7 @@ void AddValidateCommand(CLI::App& program, TValidateOptions& options) {
         .add_option_function<std::string>(
             "--format", [&options](const std::string& format) { options.isJson = format == "json"; },
             "Format of the output (default: text)")
-        ->check(CLI::IsMember(std::vector<std::string>{"text", "json"}))
+        ->check(CLI::IsMember(std::vector<std::string>{"text", "json"}).description(noDescription))
         ->type_name("text|json");
     command
         .add_option("SOURCE", options.sources, "Document, or a folder that holds one; - is standard input")
@@ -315,7 +316,7 @@ std::vector<NINVENTORY::TIgnored> ParseIgnored(const std::vector<std::string>& t
 void AddDiffCommand(CLI::App& program, TDiffOptions& options) {
     CLI::App& command = *program.add_subcommand("diff", "Show what differs between two inventories");
     command.add_option("--format", options.format, "Format of the output (default: text)")
-        ->check(CLI::IsMember(ListDiffFormats()))
+        ->check(CLI::IsMember(ListDiffFormats()).description(noDescription))
         ->type_name(JoinWith(ListDiffFormats(), "|"));
     command
         .add_option_function<std::vector<std::string>>(

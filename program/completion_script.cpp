@@ -62,14 +62,27 @@ std::string CollectorNames() {
     return names;
 }
 
-// Maps every option that takes a value to its kind of completion.
+// Maps every option that takes a value to its kind of completion. The name is a pattern of the shell for the
+// command and the option; most options have the same kind for every command.
 std::map<std::string, std::string> ValueKinds(const CLI::App& program) {
-    std::map<std::string, std::string> kinds;
+    std::map<std::string, std::map<std::string, std::string>> byOption;
     for (const CLI::App* command : program.get_subcommands({})) {
         for (const CLI::Option* option : OptionsOf(*command)) {
             if (option->get_items_expected_min() > 0) {
-                kinds["--" + option->get_lnames().front()] = KindOf(option->get_type_name());
+                byOption["--" + option->get_lnames().front()][command->get_name()] =
+                    KindOf(option->get_type_name());
             }
+        }
+    }
+    std::map<std::string, std::string> kinds;
+    for (const auto& [option, byCommand] : byOption) {
+        const std::string& first = byCommand.begin()->second;
+        if (std::ranges::all_of(byCommand, [&](const auto& row) { return row.second == first; })) {
+            kinds["*' " + option + "'"] = first;
+            continue;
+        }
+        for (const auto& [command, kind] : byCommand) {
+            kinds["'" + command + " " + option + "'"] = kind;
         }
     }
     return kinds;
@@ -84,7 +97,8 @@ std::string ArgumentKind(const CLI::App& command) {
 void WriteTables(const CLI::App& program, std::ostream& out) {
     out << "_noxinfo_commands='" << CommandNames(program) << "'\n"
         << "_noxinfo_collectors='" << CollectorNames() << "'\n\n"
-        << "# Sets `kind` to the kind of value of an option; fails for an option without a value.\n"
+        << "# Sets `kind` to the kind of value of an option of a command; fails for an option without a "
+           "value.\n"
         << "_noxinfo_value_kind() {\n  case $1 in\n";
     for (const auto& [name, kind] : ValueKinds(program)) {
         out << "    " << name << ") kind='" << kind << "' ;;\n";
@@ -155,7 +169,7 @@ _noxinfo() {
   else
     option=$previous
   fi
-  if _noxinfo_value_kind "$option"; then
+  if _noxinfo_value_kind "$command $option"; then
     _noxinfo_offer_kind
     return
   fi

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <array>
 #include <iterator>
+#include <unordered_map>
+#include <vector>
 
 namespace NINVENTORY {
 namespace {
@@ -758,6 +760,17 @@ constexpr TSymbol symbols[] = {
     {EUnit::quarterMicroseconds, "x 250 ns"},
 };
 
+// The rows of each property. Every property of every resource is looked up, so the table is not searched.
+using TIndex = std::unordered_map<std::string_view, std::vector<const TMeaning*>>;
+
+TIndex MakeIndex() {
+    TIndex index;
+    for (const TMeaning& row : meanings) {
+        index[row.property].push_back(&row);
+    }
+    return index;
+}
+
 }  // namespace
 
 std::span<const TMeaning> GetMeanings() {
@@ -765,14 +778,17 @@ std::span<const TMeaning> GetMeanings() {
 }
 
 const TMeaning* FindMeaning(std::string_view resourceType, std::string_view property) {
+    static const TIndex index = MakeIndex();
+    const auto found = index.find(property);
+    if (found == index.end()) {
+        return nullptr;
+    }
     const TMeaning* general = nullptr;
-    for (const TMeaning& row : meanings) {
-        if (row.property == property && row.type == resourceType) {
-            return &row;
+    for (const TMeaning* const row : found->second) {
+        if (row->type == resourceType) {
+            return row;
         }
-        if (row.property == property && row.type.empty()) {
-            general = &row;
-        }
+        general = row->type.empty() ? row : general;
     }
     return general;
 }

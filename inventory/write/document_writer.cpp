@@ -1,6 +1,7 @@
 #include "inventory/write/document_writer.h"
 
 #include <algorithm>
+#include <span>
 
 namespace NINVENTORY {
 namespace {
@@ -10,17 +11,24 @@ struct TReplacement {
     std::string_view text;
 };
 
-constexpr TReplacement replacements[] = {{'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}};
+// Readers turn a bare carriage return into a line feed, and white space of attributes into blanks.
+constexpr TReplacement textReplacements[] = {{'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'\r', "&#13;"}};
+constexpr TReplacement attributeReplacements[] = {{'&', "&amp;"},  {'<', "&lt;"},   {'>', "&gt;"},
+                                                  {'"', "&quot;"}, {'\r', "&#13;"}, {'\n', "&#10;"},
+                                                  {'\t', "&#9;"}};
 
-void WriteEscaped(std::ostream& out, std::string_view text) {
-    for (std::size_t begin = 0; begin < text.size();) {
-        const std::size_t end = std::min(text.find_first_of("&<>", begin), text.size());
-        out << text.substr(begin, end - begin);
-        if (end < text.size()) {
-            out << std::ranges::find(replacements, text[end], &TReplacement::byte)->text;
-        }
-        begin = end + 1;
+void WriteEscaped(std::ostream& out, std::string_view text, std::span<const TReplacement> replacements) {
+    std::string_view rest = text;
+    const auto isReplaced = [&](char c) {
+        return std::ranges::find(replacements, c, &TReplacement::byte) != replacements.end();
+    };
+    for (auto found = std::ranges::find_if(rest, isReplaced); found != rest.end();
+         found = std::ranges::find_if(rest, isReplaced)) {
+        const auto length = static_cast<std::size_t>(found - rest.begin());
+        out << rest.substr(0, length) << std::ranges::find(replacements, *found, &TReplacement::byte)->text;
+        rest.remove_prefix(length + 1);
     }
+    out << rest;
 }
 
 // The fixed text between the head of system information and its resource.
@@ -42,11 +50,11 @@ constexpr std::string_view systemInformationContext =
 void TDocumentWriter::BeginDocument(const TDocumentHead& head) {
     kind_ = head.kind;
     const bool isHardware = kind_ == EDocument::hardware;
-    out_ << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<ResourceCollection xmlns=\""
-         << head.namespaceUri
-         // The blank is part of the format.
-         << (isHardware ? "\" timestamp= \"" : "\" timestamp=\"") << head.timestamp << "\">\n"
-         << (isHardware ? std::string_view() : systemInformationContext);
+    out_ << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
+    WriteAttribute("<ResourceCollection xmlns=\"", head.namespaceUri);
+    // The blank is part of the format.
+    WriteAttribute(isHardware ? " timestamp= \"" : " timestamp=\"", head.timestamp);
+    out_ << ">\n" << (isHardware ? std::string_view() : systemInformationContext);
 }
 
 void TDocumentWriter::BeginList(std::string_view listType, int /*line*/) {
@@ -55,17 +63,19 @@ void TDocumentWriter::BeginList(std::string_view listType, int /*line*/) {
         out_ << "<ResourceCollectionContext>\n";
         listEnd_ = "</ResourceCollectionContext>\n";
     } else {
-        out_ << "<ResourceList resourceType=\"" << listType << "\">\n";
+        WriteAttribute("<ResourceList resourceType=\"", listType);
+        out_ << ">\n";
         listEnd_ = "</ResourceList>\n";
     }
 }
 
 void TDocumentWriter::AddResource(TResource&& resource) {
-    out_ << "<ResourceInstance resourceId=\"" << resource.id;
+    WriteAttribute("<ResourceInstance resourceId=\"", resource.id);
     if (kind_ == EDocument::systemInformation) {
-        out_ << "\" resourceName=\"" << resource.name;
+        WriteAttribute(" resourceName=\"", resource.name);
     }
-    out_ << "\" resourceType=\"" << resource.type << "\">\n";
+    WriteAttribute(" resourceType=\"", resource.type);
+    out_ << ">\n";
     for (const TProperty& property : resource.properties) {
         WriteProperty(property);
     }
@@ -83,7 +93,9 @@ void TDocumentWriter::EndList() {
 }
 
 void TDocumentWriter::WriteProperty(const TProperty& property) {
-    out_ << "<Property name=\"" << property.name << "\" type=\"" << property.type << "\">\n";
+    WriteAttribute("<Property name=\"", property.name);
+    WriteAttribute(" type=\"", property.type);
+    out_ << ">\n";
     if (property.shape == EShape::scalar) {
         WriteLine("<Value>", property.values.front(), "</Value>\n");
     } else if (property.shape == EShape::array) {
@@ -96,11 +108,22 @@ void TDocumentWriter::WriteProperty(const TProperty& property) {
     out_ << "</Property>\n";
 }
 
+// Writes a value and the quote after it.
+void TDocumentWriter::WriteAttribute(std::string_view start, std::string_view value) {
+    out_ << start;
+    if (kind_ == EDocument::hardware) {
+        WriteEscaped(out_, value, attributeReplacements);
+    } else {
+        out_ << value;
+    }
+    out_ << '"';
+}
+
 // Values of system information are not escaped.
 void TDocumentWriter::WriteLine(std::string_view start, std::string_view value, std::string_view end) {
     out_ << start;
     if (kind_ == EDocument::hardware) {
-        WriteEscaped(out_, value);
+        WriteEscaped(out_, value, textReplacements);
     } else {
         out_ << value;
     }

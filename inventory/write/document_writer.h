@@ -24,6 +24,7 @@ class TDocumentWriter final : public IDocumentEvents {
   private:
     void EndList();
     void WriteProperty(const TProperty& property);
+    void WriteAttribute(std::string_view start, std::string_view value);
     void WriteLine(std::string_view start, std::string_view value, std::string_view end);
 
     std::ostream& out_;

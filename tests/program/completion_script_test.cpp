@@ -28,6 +28,8 @@ class CompletionScript : public testing::Test {
         CLI::App& snapshot = *program_.add_subcommand("snapshot", "");
         snapshot.set_help_flag();
         snapshot.add_option("file", text_)->type_name("FILE");
+        snapshot.add_option("--format", text_)->type_name("xml|json");
+        collect.add_option("--format", text_)->type_name("csv|text");
         CLI::App& help = *program_.add_subcommand("help", "");
         help.set_help_flag();
         help.add_option("command", text_)->type_name("COMMAND");
@@ -51,11 +53,13 @@ TEST_F(CompletionScript, ListsCommandsAndCollectors) {
 
 TEST_F(CompletionScript, MapsEveryOptionWithAValueToItsKind) {
     EXPECT_THAT(Write(), HasSubstr("  case $1 in\n"
-                                   "    --deadline) kind='nothing' ;;\n"
-                                   "    --directory) kind='folders' ;;\n"
-                                   "    --log-file) kind='files' ;;\n"
-                                   "    --only) kind='collectors' ;;\n"
-                                   "    --reachability) kind='yes network no' ;;\n"
+                                   "    'collect --format') kind='csv text' ;;\n"
+                                   "    'snapshot --format') kind='xml json' ;;\n"
+                                   "    *' --deadline') kind='nothing' ;;\n"
+                                   "    *' --directory') kind='folders' ;;\n"
+                                   "    *' --log-file') kind='files' ;;\n"
+                                   "    *' --only') kind='collectors' ;;\n"
+                                   "    *' --reachability') kind='yes network no' ;;\n"
                                    "    *) return 1 ;;\n"
                                    "  esac\n"));
 }
@@ -64,8 +68,8 @@ TEST_F(CompletionScript, ListsOptionsAndKindOfArgumentOfEachCommand) {
     EXPECT_THAT(Write(),
                 HasSubstr("  case $1 in\n"
                           "    collect) options='--directory --log-file --only --reachability --deadline "
-                          "--verbose' kind='nothing' ;;\n"
-                          "    snapshot) options='' kind='files' ;;\n"
+                          "--verbose --format' kind='nothing' ;;\n"
+                          "    snapshot) options='--format' kind='files' ;;\n"
                           "    help) options='' kind='commands' ;;\n"
                           "    *) options='--help' kind='commands' ;;\n"
                           "  esac\n"));

@@ -124,6 +124,11 @@ TEST_F(Completion, CompletesChoices) {
     EXPECT_EQ(Complete("noxinfo collect --reachability=ye"), "<collect> <--reachability=yes>");
 }
 
+TEST_F(Completion, CompletesTheChoicesOfTheCommand) {
+    EXPECT_EQ(Complete("noxinfo show --format cyc"), "<show> <--format> <cyclonedx>");
+    EXPECT_EQ(Complete("noxinfo validate --format j"), "<validate> <--format> <json>");
+}
+
 TEST_F(Completion, CompletesNamesWithBlanks) {
     WriteFile(directory_ / "my saved machine.xml", "");
     std::filesystem::create_directory(directory_ / "other place");

@@ -57,6 +57,21 @@ INSTANTIATE_TEST_SUITE_P(Golden, TDocuments, testing::ValuesIn(FindDocuments()),
     return name;
 });
 
+TEST(DocumentWriter, KeepsWhiteSpaceAndQuotesOfTextAndAttributes) {
+    const std::string text =
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+        "<ResourceCollection xmlns=\"http://u\" timestamp= \"&quot;t&quot;\">\n"
+        "<ResourceList resourceType=\"&#9;&#10;&#13;\">\n"
+        "<ResourceInstance resourceId=\"&lt;&gt;\" resourceType=\"&amp;\">\n"
+        "<Property name=\"&quot;\" type=\"string\">\n"
+        "<Value>\t\n&#13;\"</Value>\n"
+        "</Property>\n"
+        "</ResourceInstance>\n"
+        "</ResourceList>\n"
+        "</ResourceCollection>\n";
+    EXPECT_EQ(Rewrite(text), text);
+}
+
 TEST(DocumentWriter, EscapesMarkup) {
     std::ostringstream out;
     TDocumentWriter writer(out);
