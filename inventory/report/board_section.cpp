@@ -164,11 +164,13 @@ void DrawGroup(THtmlWriter& html, const TMemoryBoard& board, const TBoardGroup& 
     html.Leaf("desc",
               "Each slot is a bar that is filled as far as its module is large, compared with the largest. "
               "The numbers are those of the list after the picture.");
-    for (int chip = 0; chip < static_cast<int>(group.processors.size()); ++chip) {
-        DrawChip(html, *group.processors[chip], chip + 1, layout.GetChipX(chip), layout.GetChipY(chip));
+    for (int chip = 0; const auto& processor : group.processors) {
+        DrawChip(html, *processor, chip + 1, layout.GetChipX(chip), layout.GetChipY(chip));
+        ++chip;
     }
-    for (int slot = 0; slot < static_cast<int>(group.slots.size()); ++slot) {
-        DrawSlot(html, board, group.slots[slot], slot + 1, layout.GetSlotX(slot), layout.GetSlotY(slot));
+    for (int place = 0; const auto& slot : group.slots) {
+        DrawSlot(html, board, slot, place + 1, layout.GetSlotX(place), layout.GetSlotY(place));
+        ++place;
     }
 }
 
