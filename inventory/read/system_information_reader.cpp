@@ -2,6 +2,7 @@
 
 #include "documents/document_error.h"
 #include "inventory/model/resource_id.h"
+#include "inventory/read/system_information_frame.h"
 
 #include <algorithm>
 #include <array>
@@ -21,19 +22,7 @@ constexpr std::array<std::string_view, 11> propertyNames = {
     "OSVersion",    "SystemName",  "HostName", "NoxVersion",   "ProductName",
 };
 
-constexpr std::string_view beforeContext =
-    "<ResourceCollectionCriteria criteriaName=\"NOXSystemInfo\" criteriaId=\"default.NOXSystemInfo\">\n"
-    "<ResourceListCriteria resourceType=\"NOXSystemInfo\" />\n"
-    "</ResourceCollectionCriteria>\n"
-    "<ResourceCollectionContext>\n"
-    "<ResourceInstance resourceName=\"NOXSystemInfo_ContextName\""
-    " resourceId=\"NOXSystemInfo_Context_ID_1\" resourceType=\"NOXSystemInfo_Type\">\n"
-    "<Property name=\"NOXSystemInfo_Name\" type=\"string\">\n"
-    "<Value>SystemInfo</Value>\n"
-    "</Property>\n"
-    "</ResourceInstance>\n"
-    "</ResourceCollectionContext>\n"
-    "<ResourceList resourceType=\"NOXSystemInfo\">\n";
+constexpr std::string_view listStart = "<ResourceList resourceType=\"NOXSystemInfo\">\n";
 constexpr std::string_view afterName = "\" resourceType=\"NOXSystemInfo\">\n";
 constexpr std::string_view valueStart = "<Value>";
 constexpr std::string_view valueEnd = "</Value>\n</Property>\n";
@@ -165,7 +154,8 @@ void TSystemInformationReader::Read(IDocumentEvents& events) {
     Expect(" timestamp=\"");
     head.timestamp = TakeUntil("\">\n");
     events.BeginDocument(head);
-    Expect(beforeContext);
+    Expect(systemInformationContext);
+    Expect(listStart);
     const int listLine = GetLine() - 1;
     Expect("<ResourceInstance resourceId=\"");
     const int resourceLine = GetLine();

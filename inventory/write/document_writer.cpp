@@ -1,5 +1,7 @@
 #include "inventory/write/document_writer.h"
 
+#include "inventory/read/system_information_frame.h"
+
 #include <algorithm>
 #include <span>
 
@@ -30,20 +32,6 @@ void WriteEscaped(std::ostream& out, std::string_view text, std::span<const TRep
     }
     out << rest;
 }
-
-// The fixed text between the head of system information and its resource.
-constexpr std::string_view systemInformationContext =
-    "<ResourceCollectionCriteria criteriaName=\"NOXSystemInfo\" criteriaId=\"default.NOXSystemInfo\">\n"
-    "<ResourceListCriteria resourceType=\"NOXSystemInfo\" />\n"
-    "</ResourceCollectionCriteria>\n"
-    "<ResourceCollectionContext>\n"
-    "<ResourceInstance resourceName=\"NOXSystemInfo_ContextName\""
-    " resourceId=\"NOXSystemInfo_Context_ID_1\" resourceType=\"NOXSystemInfo_Type\">\n"
-    "<Property name=\"NOXSystemInfo_Name\" type=\"string\">\n"
-    "<Value>SystemInfo</Value>\n"
-    "</Property>\n"
-    "</ResourceInstance>\n"
-    "</ResourceCollectionContext>\n";
 
 }  // namespace
 
