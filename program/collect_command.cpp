@@ -2,6 +2,7 @@
 
 #include "program/namespace_source.h"
 #include "program/program_paths.h"
+#include "program/result_names.h"
 #include "program/snapshot_file.h"
 #include "program/strict_mode.h"
 #include "program/summary.h"
@@ -34,10 +35,8 @@
 namespace NVORHOST {
 namespace {
 
-constexpr char resultClassName[] = "KELSG_CADAT";
 constexpr char computerSystemClassName[] = "KELSG_ComputerSystem";
 constexpr char hardwareFileName[] = "hardwareinventory.xml.gz";
-constexpr char inventoryProperty[] = "InventoryRCF";
 constexpr char systemFileName[] = "systeminformation.xml.gz";
 
 using TInstances = std::vector<boost::shared_ptr<TMemoryInstance>>;

@@ -4,6 +4,7 @@
 #include "inventory/read/document_reader.h"
 #include "program/namespace_resources.h"
 #include "program/namespace_source.h"
+#include "program/result_names.h"
 #include "vorhost/cimxml/base64.h"
 #include "vorhost/cimxml/load.h"
 
@@ -21,9 +22,6 @@ namespace fs = std::filesystem;
 using NINVENTORY::EContent;
 using NINVENTORY::IDocumentEvents;
 using NINVENTORY::TDocumentInput;
-
-constexpr char resultClassName[] = "KELSG_CADAT";
-constexpr char inventoryProperty[] = "InventoryRCF";
 
 [[noreturn]] void Fail(const std::string& path, const std::string& cause) {
     ThrowAt({path, {}, {}, {}}, cause);
