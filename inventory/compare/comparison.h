@@ -12,12 +12,12 @@
 namespace NINVENTORY {
 
 enum class EChange {
-    replaced,  ///< another part at the same place
-    moved,     ///< the same part at another place
+    replaced,  ///< the place has another part
+    moved,     ///< the part is at another place
     removed,
     added,
-    updated,  ///< firmware with another version or other properties
-    changed,  ///< the same resource with other properties
+    updated,  ///< the version or another property of firmware differs
+    changed,  ///< properties of the resource differ
 };
 
 /// Returns the word for a change, such as "replaced".
@@ -53,7 +53,7 @@ struct TUnchanged {
 struct TOneSided {
     std::string_view type;
     std::string_view property{};  ///< empty for the whole type
-    bool isInNew = false;         ///< else only the old inventory has it
+    bool isInNew = false;         ///< true if the new inventory has it, false if the old one does
 
     bool operator==(const TOneSided&) const = default;
 };

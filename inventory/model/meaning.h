@@ -15,7 +15,7 @@ enum class EUnit {
     storageBytes,      ///< bytes that people count in GB
     storageKilobytes,  ///< 1000 bytes
     kibibytes,         ///< 1024 bytes
-    blocks,            ///< of the block size of the device
+    blocks,            ///< blocks of the size that the device has
     bits,
     bitsPerSecond,
     megahertz,

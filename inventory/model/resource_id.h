@@ -9,8 +9,8 @@ namespace NINVENTORY {
 /// Returns the key of a resource, "kel-cdm:///CDM-TYPE/PROPERTY=VALUE".
 std::string MakeKey(std::string_view resourceType, std::string_view keyProperty, std::string_view value);
 
-/// Returns the key of a resource whose key property has no value, "kel-cdm:///CDM-TYPE". All such resources
-/// of a type share it.
+/// Returns the key of a resource whose key property has no value, "kel-cdm:///CDM-TYPE". Resources of one
+/// type without a key value share this key.
 std::string MakeBareKey(std::string_view resourceType);
 
 /// Returns the key of the system-information resource.

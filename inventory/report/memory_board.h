@@ -31,8 +31,8 @@ struct TMemoryBoard {
     bool hasSlots = false;            ///< the source records slots, so that empty ones are known
 };
 
-/// Groups the slots by processor if names or bank labels of all slots have the numbers of the processors;
-/// else there is one group.
+/// Groups the slots by processor if names or bank labels of all slots have the numbers of the processors.
+/// Otherwise, returns one group of all slots.
 TMemoryBoard MakeMemoryBoard(const TReportInventory& inventory);
 
 /// Returns the number of a processor in the name of a slot or of a processor, such as 1 for "P1-DIMM_A2",

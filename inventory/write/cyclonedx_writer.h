@@ -10,7 +10,7 @@
 namespace NINVENTORY {
 
 /// Returns a writer of one bill of materials for all sources. `out` must outlive it.
-/// The same resources give the same bytes, the serial number of the bill included.
+/// The output, including the serial number of the bill, depends on the resources only.
 /// Memory: all components, because the serial number, which comes first, is derived from them.
 /// Errors: throws NVORHOST::TDocumentError if they take more than 256 MiB.
 std::unique_ptr<IInventoryFormat> MakeCycloneDxWriter(std::ostream& out);

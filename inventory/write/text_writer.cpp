@@ -188,7 +188,7 @@ class TTextWriter final : public IInventoryFormat {
     std::string timestamp_;
     bool hasDocument_ = false;
     bool isFirstLong_ = true;
-    std::string type_;  // of the open table
+    std::string type_;  // type of the resources in the open table
     std::optional<TTextTable> table_;
     bool isTitled_ = false;
     std::size_t emptyPlaces_ = 0;

@@ -16,8 +16,8 @@ struct TEdid {
     std::optional<std::uint32_t> serialNumber;  ///< a number; absent for 0
     std::optional<std::string> serialText;      ///< descriptor FFh, without its padding
     std::optional<std::string> name;            ///< descriptor FCh, without its padding
-    std::optional<std::uint16_t> year;          ///< of manufacture, or of the model if `isModelYear`
-    std::optional<std::uint8_t> week;           ///< of manufacture, from 1 to 54
+    std::optional<std::uint16_t> year;          ///< year of manufacture, or of the model if `isModelYear`
+    std::optional<std::uint8_t> week;           ///< week of manufacture, from 1 to 54
     bool isModelYear = false;
     std::optional<std::uint16_t> widthMillimetres;   ///< width of the picture; absent for projectors
     std::optional<std::uint16_t> heightMillimetres;  ///< present together with the width

@@ -11,14 +11,14 @@ namespace NVORHOST {
 struct TMount {
     std::uint32_t id = 0;
     std::uint32_t parent = 0;  ///< the id of the mount that this one is on
-    std::uint32_t major = 0;   ///< of st_dev; 0 for file systems without a block device
+    std::uint32_t major = 0;   ///< major number of st_dev; 0 without a block device
     std::uint32_t minor = 0;
     std::string root;        ///< the directory of the file system that is mounted, "/" for all of it
     std::string mountPoint;  ///< absolute path below the reader's root
-    std::vector<std::string> options;       ///< of this mount: "rw", "noatime"
+    std::vector<std::string> options;       ///< options of this mount: "rw", "noatime"
     std::string type;                       ///< "ext4", "fuse.sshfs"
     std::string source;                     ///< "/dev/sda1", "tmpfs", "server:/export"
-    std::vector<std::string> superOptions;  ///< of the file system, the same for all of its mounts
+    std::vector<std::string> superOptions;  ///< options of the file system, shared by its mounts
 };
 
 /// Shape:  lines "36 35 98:0 /root /mnt rw,noatime master:1 - ext3 /dev/root rw"; the optional fields before

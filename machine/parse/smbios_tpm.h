@@ -11,7 +11,7 @@ namespace NVORHOST {
 
 struct TSmbiosTpm {
     std::optional<std::string> vendor;  ///< 04h, up to 4 characters: "IFX"; absent if any is not printable
-    std::optional<std::uint8_t> majorVersion;  ///< 08h, of the specification; absent for 0
+    std::optional<std::uint8_t> majorVersion;  ///< 08h, version of TPM, such as 2; absent for 0
     std::optional<std::uint8_t> minorVersion;  ///< 09h
     std::optional<std::string> description;    ///< 12h
 };

@@ -66,11 +66,11 @@ class TFirmwareTexts {
 
 struct TVirtualMachine {
     std::string_view name;
-    std::string_view word;  // of systemd-detect-virt
+    std::string_view word;  // word that systemd-detect-virt prints
 };
 
 struct TFirmwareName {
-    std::string_view start;  // of a text of the firmware
+    std::string_view start;  // first characters of a firmware text
     TVirtualMachine machine;
     bool isBeforeSignature;  // true if it counts more than the signature of the hypervisor
     bool isEnough;           // false if bare machines have the same text
@@ -164,7 +164,7 @@ std::optional<std::string> FindContainer(TCollection& collection) {
 }
 
 struct TCloud {
-    std::string_view field;  // of the firmware
+    std::string_view field;  // name of a firmware text
     std::string_view text;
     std::string_view name;
     std::string_view kindField;  // the instance type; empty without one

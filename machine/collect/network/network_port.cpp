@@ -163,7 +163,7 @@ bool IsOther(const TPort&) {
 
 enum class ELinkRate {
     own,      // the speed and duplex mode of the port's link
-    derived,  // those of the ports below it
+    derived,  // taken from the ports below it
     none,     // a constant of the driver
 };
 
@@ -231,7 +231,7 @@ std::optional<std::string> ToCimAddress(std::string_view text) {
 
 // A port of a bond shows the address of the bond, and keeps its own in another file.
 std::optional<std::string> ReadPermanentAddress(const TPort& port) {
-    constexpr std::string_view permanent = "0";  // of addr_assign_type
+    constexpr std::string_view permanent = "0";  // value of addr_assign_type
     constexpr std::size_t guidDigits = 16;       // the rest of an InfiniBand address changes
     if (!port.hasDevice) {
         return std::nullopt;

@@ -55,7 +55,7 @@ constexpr auto sourcePatterns = Join(smbiosSources, std::array<TSourcePattern, 1
                                                     });
 
 struct TTechnology {
-    std::string_view word;  // of sysfs
+    std::string_view word;  // word that sysfs has
     std::uint16_t code;     // CIM_Battery.Chemistry
 };
 

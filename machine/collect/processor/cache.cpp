@@ -45,7 +45,7 @@ constexpr auto sourcePatterns = Join(smbiosSources, std::array<TSourcePattern, 3
 constexpr std::uint16_t otherValue = 1;  // "Other" in every value map of CIM_CacheMemory
 
 struct TKindName {
-    std::string_view word;  // of sysfs
+    std::string_view word;  // word that sysfs has
     std::uint16_t kind;     // CIM_CacheMemory.CacheType
     std::string_view name;  // in keys
     std::string_view description;

@@ -1,7 +1,7 @@
-// CIM_LocalFileSystem: one instance per mounted file system of a block device of this machine, sorted by
-// mount point. Network, FUSE and in-memory file systems are left out. Bind mounts and subvolumes are mounts
-// of the same file system. CIM_ResidesOnExtent: one instance per pair of a file system (Dependent) and a
-// disk, partition or volume that holds it (Antecedent).
+// Collects the mounted file systems of the block devices of this machine as CIM_LocalFileSystem, sorted by
+// mount point. Network, FUSE and in-memory file systems are left out. A file system with bind mounts or
+// subvolumes is one instance. CIM_ResidesOnExtent has one instance for each pair of a file system (Dependent)
+// and a disk, partition or volume that holds it (Antecedent).
 #include "machine/collect/frame/attribute.h"
 #include "machine/collect/frame/collection.h"
 #include "machine/collect/frame/collector.h"
