@@ -9,6 +9,7 @@
 #include "vorhost/cimxml/base64.h"
 #include "vorhost/cimxml/save.h"
 #include "vorhost/run/isolated_request.h"
+#include "vorhost/run/kept_runs.h"
 #include "vorhost/run/log_sinks.h"
 #include "vorhost/run/output_file.h"
 #include "vorhost/run/output_place.h"
@@ -38,6 +39,7 @@ namespace {
 constexpr char computerSystemClassName[] = "KELSG_ComputerSystem";
 constexpr char hardwareFileName[] = "hardwareinventory.xml.gz";
 constexpr char systemFileName[] = "systeminformation.xml.gz";
+constexpr char keptSnapshotName[] = "snapshot.xml.gz";
 
 using TInstances = std::vector<boost::shared_ptr<TMemoryInstance>>;
 
@@ -156,7 +158,7 @@ std::vector<std::string> ListEarlierDocuments(const TTargetDirectory& target, bo
 }
 
 // The output files of a run. They are resolved before the run, to ensure that no two of them are the same
-// file.
+// file. The documents of a kept run are the only files in their directory.
 class TCollectOutputs {
   public:
     explicit TCollectOutputs(const TCollectOptions& options)
@@ -164,10 +166,11 @@ class TCollectOutputs {
           hardware_(target_, hardwareFileName),
           system_(target_, systemFileName) {
         target_.RequireWritable("cannot write to directory " + options.directory);
-        std::vector<TOutputPurpose> places{
-            {"the document " + target_.GetPath(hardwareFileName), hardware_},
-            {"the document " + target_.GetPath(systemFileName), system_},
-        };
+        std::vector<TOutputPurpose> places;
+        if (!options.keptRuns) {
+            places.push_back({"the document " + target_.GetPath(hardwareFileName), hardware_});
+            places.push_back({"the document " + target_.GetPath(systemFileName), system_});
+        }
         if (const auto& logFile = options.source.log.file) {
             log_.emplace(*logFile, "cannot append to log file " + *logFile);
             places.push_back({"the log file " + *logFile, *log_});
@@ -185,7 +188,8 @@ class TCollectOutputs {
 
     const TTargetDirectory& GetTarget() const { return target_; }
     const std::optional<TOutputPlace>& FindResult() const { return result_; }
-    const std::optional<TOutputPlace>& FindSnapshot() const { return snapshot_; }
+    /// Requires that the snapshot was asked for.
+    TOutputPlace TakeSnapshot() { return std::move(snapshot_).value(); }
 
   private:
     TTargetDirectory target_;
@@ -204,11 +208,11 @@ using TOutputFiles = std::deque<TOutputFile>;
 // succeeded.
 class TRunSnapshot {
   public:
-    TRunSnapshot(const TOutputPlace& place, const TCollectOptions& options, const TMemoryNamespace& collected,
+    TRunSnapshot(TOutputPlace place, std::string path, bool syncs, const TMemoryNamespace& collected,
                  TOutputFiles& files)
-        : place_(place), path_(*options.snapshotFile), syncs_(options.source.syncs) {
-        if (place.GetKind() == TOutputPlace::EKind::file) {
-            files.emplace_back(place, path_, syncs_,
+        : place_(std::move(place)), path_(std::move(path)), syncs_(syncs) {
+        if (place_.GetKind() == TOutputPlace::EKind::file) {
+            files.emplace_back(place_, path_, syncs_,
                                [&](std::ostream& file) { WriteSnapshot(collected, path_, file); });
         } else {
             std::ostringstream bytes;
@@ -224,8 +228,8 @@ class TRunSnapshot {
     }
 
   private:
-    const TOutputPlace& place_;
-    const std::string& path_;
+    TOutputPlace place_;
+    std::string path_;
     bool syncs_;
     std::optional<std::string> bytes_;
 };
@@ -275,6 +279,13 @@ std::string DescribeCredential(const TPluginAnswer& answer, bool hasIdentity, bo
     return hasEntityService ? "none: entity service: empty answer" : "none: the plug-in did not request one";
 }
 
+// The time that names a kept run.
+TRunTime GetRunTime(const TCollectOptions& options) {
+    const auto& localTime = options.source.machine.localTime;
+    return localTime ? ToRunTime(*localTime)
+                     : std::chrono::floor<std::chrono::milliseconds>(std::chrono::system_clock::now());
+}
+
 // A run of the command. The constructor collects; Run passes the namespace to the plug-in and publishes the
 // files.
 class TCollectRun {
@@ -289,24 +300,55 @@ class TCollectRun {
     }
 
     EExitStatus Run(std::ostream& out) {
+        if (options_.keptRuns) {
+            kept_.emplace(outputs_.GetTarget(), "cannot write to " + options_.directory,
+                          options_.source.syncs);
+        }
         SaveSnapshot();
         environment_.SetCollected(source_.collected);
-        TPrivateDirectory workplace(outputs_.GetTarget(), "cannot write to " + options_.directory,
-                                    options_.source.syncs);
-        const TPluginRequest request = MakeRequest(workplace);
-        const TPluginAnswer answer = GetAnswer(request);
-        auto documents = Publish(request, answer.results, workplace);
-        PrintSummary(Summarise(answer, std::move(documents), workplace.GetCompleted()), out);
+        TRunSummary summary = MakeDocuments();
+        if (kept_) {
+            KeepRun(summary);
+        }
+        clock_.Finish("finish");
+        summary.times = clock_.TakeTimes();
+        PrintSummary(summary, out);
         return GetExitStatus(source_.outcome, options_.source.isStrict);
     }
 
   private:
+    const TTargetDirectory& GetTarget() const { return kept_ ? kept_->GetTarget() : outputs_.GetTarget(); }
+
     // The request commits its results to the namespace, so the snapshot is made before it.
     void SaveSnapshot() {
-        if (outputs_.FindSnapshot()) {
-            snapshot_.emplace(*outputs_.FindSnapshot(), options_, *source_.collected, files_);
+        if (kept_) {
+            snapshot_.emplace(TOutputPlace(GetTarget(), keptSnapshotName),
+                              GetTarget().GetPath(keptSnapshotName), options_.source.syncs,
+                              *source_.collected, files_);
+        } else if (options_.snapshotFile) {
+            snapshot_.emplace(outputs_.TakeSnapshot(), *options_.snapshotFile, options_.source.syncs,
+                              *source_.collected, files_);
+        }
+        if (snapshot_) {
             clock_.Finish("save snapshot");
         }
+    }
+
+    TRunSummary MakeDocuments() {
+        TPrivateDirectory workplace(GetTarget(), "cannot write to " + options_.directory,
+                                    options_.source.syncs);
+        const TPluginRequest request = MakeRequest(workplace);
+        const TPluginAnswer answer = GetAnswer(request);
+        auto documents = Publish(request, answer.results, workplace);
+        return Summarise(answer, std::move(documents),
+                         kept_ ? kept_->GetCompleted() : workplace.GetCompleted());
+    }
+
+    // The private directories of the files end first, because the directory of the run contains them.
+    void KeepRun(TRunSummary& summary) {
+        files_.clear();
+        const std::string name = kept_->MoveIntoPlace(GetRunTime(options_), *options_.keptRuns);
+        summary.directory = outputs_.GetTarget().GetPath(name);
     }
 
     TPluginRequest MakeRequest(TPrivateDirectory& workplace) const {
@@ -334,7 +376,7 @@ class TCollectRun {
             snapshot_->WriteKept(files_);
         }
         AddResultFile(outputs_, options_, request, results, files_);
-        MoveIntoPlace(files_, workplace, outputs_.GetTarget());
+        MoveIntoPlace(files_, workplace, GetTarget());
         return documents;
     }
 
@@ -347,11 +389,9 @@ class TCollectRun {
         summary.directory = options_.directory;
         summary.documents = std::move(documents);
         summary.completedFiles = std::move(completedFiles);
-        summary.earlierFiles = ListEarlierDocuments(outputs_.GetTarget(), hasIdentity);
+        summary.earlierFiles = ListEarlierDocuments(GetTarget(), hasIdentity);
         summary.credential = DescribeCredential(answer, hasIdentity, options_.entityService.has_value());
         summary.outcome = source_.outcome;
-        clock_.Finish("finish");
-        summary.times = clock_.TakeTimes();
         return summary;
     }
 
@@ -361,8 +401,9 @@ class TCollectRun {
     TLogSinks sinks_;
     TRunEnvironment environment_;
     TNamespaceSource source_;
-    TOutputFiles files_;  // the files besides the documents
+    std::optional<TKeptRun> kept_;
     std::optional<TRunSnapshot> snapshot_;
+    TOutputFiles files_;  // the files besides the documents; they refer to the members above
 };
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include "program/show_command.h"
 #include "program/usage_check.h"
 #include "text/lines.h"
+#include "text/numbers.h"
 #include "text/shown_text.h"
 #include "vorhost/upload/entity_service.h"
 
@@ -341,6 +342,15 @@ void AddDiffCommand(CLI::App& program, TDiffOptions& options) {
     }
 }
 
+std::size_t ParseKeptRuns(const std::string& text) {
+    constexpr std::size_t maxRuns = 1'000'000;
+    const auto number = ParseNumber<std::size_t>(text);
+    if (!number || *number == 0 || *number > maxRuns) {
+        throw CLI::ValidationError("--keep", "'" + text + "' is not a number from 1 to 1000000");
+    }
+    return *number;
+}
+
 void AddCollectCommand(CLI::App& program, TCollectOptions& options) {
     CLI::App& command = *program.add_subcommand("collect", "Write the inventory files of this machine");
     AddSourceOptions(command, options.source);
@@ -371,12 +381,23 @@ void AddCollectCommand(CLI::App& program, TCollectOptions& options) {
         ->type_name("FILE");
     command.add_flag("--isolate", options.isolates,
                      "Run the plug-in in a separate process, so that a crash is reported as a failed run");
-    command.add_option("--result", options.resultFile, "Write the result instances to this file, as CIM-XML")
-        ->type_name("FILE");
+    CLI::Option* const result =
+        command
+            .add_option("--result", options.resultFile, "Write the result instances to this file, as CIM-XML")
+            ->type_name("FILE");
+    CLI::Option* const snapshot =
+        command
+            .add_option("--snapshot", options.snapshotFile,
+                        "Also save the namespace of the documents to this file, as noxinfo snapshot does")
+            ->type_name("FILE");
     command
-        .add_option("--snapshot", options.snapshotFile,
-                    "Also save the namespace of the documents to this file, as noxinfo snapshot does")
-        ->type_name("FILE");
+        .add_option_function<std::string>(
+            "--keep", [&options](const std::string& text) { options.keptRuns = ParseKeptRuns(text); },
+            "Write the documents and a compressed snapshot to a new directory, named by the time, in the "
+            "target directory, and keep only the last of these directories")
+        ->excludes(result)
+        ->excludes(snapshot)
+        ->type_name("NUMBER");
 }
 
 void AddSnapshotCommand(CLI::App& program, TSnapshotOptions& options) {

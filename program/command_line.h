@@ -8,6 +8,7 @@
 #include "vorhost/run/log_sinks.h"
 #include "vorhost/services/host_settings.h"
 
+#include <cstddef>
 #include <optional>
 #include <ostream>
 #include <string>
@@ -34,6 +35,7 @@ struct TCollectOptions {
     std::optional<std::string> pluginFile;      ///< absent: the plug-in installed with this program
     std::optional<std::string> resultFile;      ///< absent: the results are not saved
     std::optional<std::string> snapshotFile;    ///< absent: the namespace is not saved
+    std::optional<std::size_t> keptRuns;        ///< directories of runs to keep; absent: files in `directory`
     bool isolates = false;                      ///< run the plug-in in a separate process
 };
 

@@ -85,6 +85,11 @@ TOutputPlace::TOutputPlace(const std::string& path, const std::string& failure) 
 }
 
 TOutputPlace::TOutputPlace(const TTargetDirectory& directory, const std::string& name) : name_(name) {
+    TFileDescriptor duplicate(::fcntl(directory.GetDescriptor(), F_DUPFD_CLOEXEC, 0));
+    if (!duplicate.IsOpen()) {
+        Fail("cannot write " + directory.GetPath(name), errno);
+    }
+    directory_.emplace(std::move(duplicate), directory.GetPath(""));
     struct stat status {};
     if (::fstat(directory.GetDescriptor(), &status) == 0) {
         parent_ = {status.st_dev, status.st_ino};

@@ -27,8 +27,8 @@ class TOutputPlace {
     /// of other users.
     /// Errors: throws TRunFailure with `failure` ("cannot write x") and the cause.
     TOutputPlace(const std::string& path, const std::string& failure);
-    /// The entry of that name in a directory; a symbolic link is not followed. `directory` must outlive this
-    /// object.
+    /// The entry of that name in a directory; a symbolic link is not followed.
+    /// Errors: throws TRunFailure if the process has no more descriptors.
     TOutputPlace(const TTargetDirectory& directory, const std::string& name);
 
     EKind GetKind() const { return kind_; }

@@ -1,5 +1,6 @@
 #include "vorhost/run/private_directory.h"
 
+#include "os/file_sync.h"
 #include "vorhost/run/abandoned_runs.h"
 #include "vorhost/run/directory_entries.h"
 #include "vorhost/run/run_failure.h"
@@ -85,16 +86,6 @@ bool IsLost(int error) {
     return error == EEXIST || error == ENOENT || error == EWOULDBLOCK;
 }
 
-// Returns 0 or errno. File systems that do not support fsync are not an error.
-int Sync(int descriptor) {
-    while (::fsync(descriptor) != 0) {
-        if (errno != EINTR) {
-            return errno == EINVAL || errno == ENOSYS || errno == EOPNOTSUPP ? 0 : errno;
-        }
-    }
-    return 0;
-}
-
 }  // namespace
 
 TPrivateDirectory::TPrivateDirectory(const TTargetDirectory& target, const std::string& failure, bool syncs)
@@ -176,7 +167,7 @@ TFileDescriptor TPrivateDirectory::OpenFile(const std::string& fileName, int fla
 void TPrivateDirectory::Finish(const std::string& fileName, TFileDescriptor file) {
     int error = ::fchmod(file.Get(), ownerOnly) == 0 ? 0 : errno;
     if (error == 0 && syncs_) {
-        error = Sync(file.Get());
+        error = SyncFile(file.Get());
     }
     if (error != 0) {
         Fail("cannot write to " + target_.GetPath(fileName), error);
@@ -200,7 +191,7 @@ void TPrivateDirectory::PrepareMoves() {
     }
     for (const int descriptor : {journal_.Get(), GetDescriptor()}) {
         if (error == 0 && syncs_) {
-            error = Sync(descriptor);
+            error = SyncFile(descriptor);
         }
     }
     if (error != 0) {
@@ -234,7 +225,7 @@ void TPrivateDirectory::SyncMoves() const {
     if (!syncs_ || finished_.empty()) {
         return;
     }
-    int error = Sync(target_.GetDescriptor());
+    int error = SyncFile(target_.GetDescriptor());
     if (error == EBADF) {
         // A directory without read permission is open with O_PATH and cannot be synced; the file system can.
         error = ::syncfs(GetDescriptor()) == 0 ? 0 : errno;
