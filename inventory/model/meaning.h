@@ -13,6 +13,7 @@ enum class EUnit {
     none,
     memoryBytes,       ///< bytes that people count in GiB
     storageBytes,      ///< bytes that people count in GB
+    bytes,             ///< bytes that nobody divides, such as the size of a packet
     storageKilobytes,  ///< 1000 bytes
     kibibytes,         ///< 1024 bytes
     blocks,            ///< blocks of the size that the device has
@@ -31,6 +32,10 @@ enum class EUnit {
     doublewords,
     pciClocks,
     quarterMicroseconds,
+    percent,
+    lanes,  ///< of PCI Express
+    revolutionsPerMinute,
+    hardwareAddress,     ///< hexadecimal digits, which people write with colons
     hexadecimal,         ///< a register or an identifier
     binaryCodedVersion,  ///< 0x0210 is 2.10
 };

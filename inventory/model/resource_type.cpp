@@ -18,6 +18,8 @@ constexpr std::string_view none = "-";
 constexpr TResourceType rows[] = {
     {"KELSG_ComputerSystem",        "Server",             context,  "SystemBoardUUID", "machine",               "machines"},
     {"KELSG_OperatingSystem",       "OperatingSystem",    context,  "Name",            "operating system",      "operating systems"},
+    {"CIM_ComputerSystem",          "ComputerSystem",     none,     "Name",            "kind of system",        "kinds of systems"},
+    {"KELSG_SecuritySetting",       "SecuritySetting",    none,     "InstanceID",      "security setting",      "security settings"},
     {"CIM_BIOSElement",             "BIOSElement",        none,     "Name",            "system firmware",       "system firmware"},
     {"CIM_SoftwareElement",         "SoftwareElement",    none,     "Name",            "firmware of a part",    "firmware of parts"},
     {"CIM_Chassis",                 "Chassis",            none,     "Tag",             "chassis",               "chassis"},
@@ -26,6 +28,7 @@ constexpr TResourceType rows[] = {
     {"CIM_CacheMemory",             "CacheMemory",        none,     "DeviceID",        "cache",                 "caches"},
     {"KELSG_SPDData",               "PhysicalMemory",     physical, "Tag",             "memory module",         "memory modules"},
     {"CIM_PhysicalConnector",       "PhysicalConnector",  none,     "Tag",             "memory slot",           "memory slots"},
+    {"CIM_MemoryCapacity",          "MemoryCapacity",     none,     "Name",            "memory array",          "memory arrays"},
     {"KELSG_DiskDrive",             "DiskDrive",          logical,  "DeviceID",        "disk",                  "disks"},
     {"CIM_DiskDrive",               "DiskDrive",          logical,  "DeviceID",        "disk",                  "disks"},
     {"KELSG_LSILogicalDisk",        "LogicalVolume",      logical,  "DeviceID",        "volume",                "volumes"},
@@ -46,17 +49,26 @@ constexpr TResourceType rows[] = {
     {"KELSG_SystemSlot",            "Slot",               physical, "Tag",             "expansion slot",        "expansion slots"},
     {"KELSG_VideoController",       "DisplayController",  logical,  "DeviceID",        "graphics controller",   "graphics controllers"},
     {"CIM_DesktopMonitor",          "DesktopMonitor",     none,     "DeviceID",        "monitor",               "monitors"},
+    {"CIM_VideoHead",               "VideoHead",          none,     "DeviceID",        "display output",        "display outputs"},
     {"KELSG_IDEProtocolController", "IDEController",      logical,  "DeviceID",        "IDE controller",        "IDE controllers"},
     {"KELSG_USBController",         "USBController",      logical,  "DeviceID",        "USB controller",        "USB controllers"},
     {"KELSG_USBPort",               "USBPort",            logical,  "DeviceID",        "USB port",              "USB ports"},
     {"KELSG_PCIDevice",             "PCIDevice",          logical,  "DeviceID",        "PCI function",          "PCI functions"},
     {"KELSG_PCIBridge",             "PCIBridge",          logical,  "DeviceID",        "PCI bridge",            "PCI bridges"},
+    {"CIM_PCIPort",                 "PCIPort",            none,     "DeviceID",        "PCI port",              "PCI ports"},
     {"KELSG_ACPI",                  "Memory",             logical,  "DeviceID",        "memory range",          "memory ranges"},
     {"KELSG_MAS",                   "Memory",             logical,  "DeviceID",        "memory range",          "memory ranges"},
     {"CIM_Battery",                 "Battery",            none,     "DeviceID",        "battery",               "batteries"},
     {"CIM_PowerSupply",             "PowerSupply",        none,     "DeviceID",        "power supply",          "power supplies"},
     {"KELSG_srDiskGroup",           "srDiskGroup",        none,     "Tag",             "disk group",            "disk groups"},
     {"KELSG_Process",               "Process",            none,     "ProcessID",       "process",               "processes"},
+    {"KELSG_DataSource",            "DataSource",         none,     "Name",            "data source",           "data sources"},
+    {"KELSG_CADAT",                 "CADAT",              none,     "",                "result of a plug-in",   "results of plug-ins"},
+    // Links between two resources have no key property.
+    {"CIM_BasedOn",                 "BasedOn",            none,     "",                "layer of storage",      "layers of storage"},
+    {"CIM_ResidesOnExtent",         "ResidesOnExtent",    none,     "",                "place of a file system", "places of file systems"},
+    {"CIM_ElementInConnector",      "ElementInConnector", none,     "",                "module in a slot",      "modules in slots"},
+    {"CIM_DeviceSAPImplementation", "DeviceSAPImplementation", none, "",               "address of a port",     "addresses of ports"},
 };
 // clang-format on
 

@@ -1,7 +1,9 @@
 #include "inventory/model/shown_value.h"
 
+#include "text/ascii.h"
 #include "text/numbers.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <optional>
@@ -45,6 +47,13 @@ std::string ShowMegahertz(std::uint64_t megahertz) {
                                     : ToShortText(static_cast<double>(megahertz) / perGigahertz, 2) + " GHz";
 }
 
+// Thousandths of a unit that people count whole: 750000 mW is 750 W.
+std::string ShowThousandths(std::uint64_t number, const std::string& unit) {
+    constexpr std::uint64_t perUnit = 1000;
+    return number < perUnit ? std::to_string(number) + " m" + unit
+                            : ToShortText(static_cast<double>(number) / perUnit, 3) + " " + unit;
+}
+
 std::string ShowNumber(EUnit unit, std::uint64_t number) {
     constexpr std::uint64_t kilo = 1000;
     constexpr std::uint64_t kibi = 1024;
@@ -62,6 +71,14 @@ std::string ShowNumber(EUnit unit, std::uint64_t number) {
             return ShowDecimal(number, "bit/s");
         case EUnit::megahertz:
             return ShowMegahertz(number);
+        case EUnit::milliwatts:
+            return ShowThousandths(number, "W");
+        case EUnit::milliwattHours:
+            return ShowThousandths(number, "Wh");
+        case EUnit::millivolts:
+            return ShowThousandths(number, "V");
+        case EUnit::lanes:
+            return "x" + std::to_string(number);
         case EUnit::hexadecimal:
             return ShowHexadecimal(number);
         case EUnit::binaryCodedVersion:
@@ -79,27 +96,51 @@ bool HasItsSymbol(EUnit unit) {
         case EUnit::storageKilobytes:
         case EUnit::bitsPerSecond:
         case EUnit::megahertz:
+        case EUnit::milliwatts:
+        case EUnit::milliwattHours:
+        case EUnit::millivolts:
+        case EUnit::lanes:
             return true;
         default:
             return false;
     }
 }
 
+// Writes "02005E100001" as "02:00:5e:10:00:01".
+std::string ShowHardwareAddress(std::string_view digits) {
+    const bool isWhole = digits.size() % 2 == 0 && std::ranges::all_of(digits, NVORHOST::IsHexDigit);
+    if (!isWhole) {
+        return std::string(digits);
+    }
+    std::string address;
+    for (std::size_t i = 0; i < digits.size(); ++i) {
+        address += i > 0 && i % 2 == 0 ? ":" : "";
+        address += NVORHOST::ToLower(digits[i]);
+    }
+    return address;
+}
+
+std::string AddSymbol(std::string shown, EUnit unit) {
+    const std::string_view symbol = HasItsSymbol(unit) ? "" : GetSymbol(unit);
+    return symbol.empty() ? shown : shown.append(" ").append(symbol);
+}
+
 std::string ShowText(const TMeaning* meaning, const std::string& type, const std::string& text) {
     if (type == "boolean") {
         return text == "true" ? "yes" : text == "false" ? "no" : text;
     }
-    const auto number =
-        type == "string" || type == "dateTime" ? std::nullopt : ParseNumber<std::uint64_t>(text);
-    if (meaning == nullptr || !number) {
+    if (meaning == nullptr) {
         return text;
     }
-    if (const auto word = FindWord(meaning->words, *number)) {
-        return std::string(*word);
+    if (type == "string" || type == "dateTime") {
+        return meaning->unit == EUnit::hardwareAddress ? ShowHardwareAddress(text) : text;
     }
-    const std::string shown = ShowNumber(meaning->unit, *number);
-    const std::string_view symbol = HasItsSymbol(meaning->unit) ? "" : GetSymbol(meaning->unit);
-    return symbol.empty() ? shown : shown + " " + std::string(symbol);
+    if (const auto number = ParseNumber<std::uint64_t>(text)) {
+        const auto word = FindWord(meaning->words, *number);
+        return word ? std::string(*word) : AddSymbol(ShowNumber(meaning->unit, *number), meaning->unit);
+    }
+    const bool isNumber = type == "float" || ParseNumber<std::int64_t>(text);
+    return isNumber ? AddSymbol(text, meaning->unit) : text;
 }
 
 }  // namespace

@@ -13,7 +13,7 @@ using TColumns = std::vector<TShownColumn>;
 
 bool IsKnown(const TResources& resources, const TShownColumn& column) {
     return std::ranges::any_of(resources,
-                               [&](const TResource* each) { return !Show(*each, column.property).empty(); });
+                               [&](const TResource* each) { return !ShowColumn(*each, column).empty(); });
 }
 
 // The first column is the head of the row. Columns that nothing is known of are named in the caption.
@@ -42,9 +42,8 @@ void WriteCaption(THtmlWriter& html, std::string_view title, const TColumns& unk
 void WriteRow(THtmlWriter& html, const TResource& resource, const TColumns& columns) {
     const auto row = html.Element("tr");
     for (std::size_t i = 0; i < columns.size(); ++i) {
-        const std::string value = i == 0 && Show(resource, columns[i].property).empty()
-                                      ? GetShownName(resource)
-                                      : Show(resource, columns[i].property);
+        const std::string shown = ShowColumn(resource, columns[i]);
+        const std::string value = i == 0 && shown.empty() ? GetShownName(resource) : shown;
         if (i == 0) {
             const auto head = html.Element("th", {{"scope", "row"}});
             WriteKnown(html, value);
@@ -156,15 +155,21 @@ void WriteTypeTable(THtmlWriter& html, const TReportInventory& inventory, const 
     const TResources all = inventory.GetAll(type);
     const TShownColumns& shown = GetShownColumns(type);
     TResources filled;
-    std::ranges::copy_if(all, std::back_inserter(filled),
-                         [&](const TResource* each) { return !IsEmptyPlace(shown, *each); });
+    std::size_t empty = 0;
+    for (const TResource* const resource : all) {
+        if (IsEmptyPlace(shown, *resource)) {
+            ++empty;
+        } else if (IsShownInTables(shown, *resource)) {
+            filled.push_back(resource);
+        }
+    }
     const std::string title = GetTypeTitle(type, all.size());
     html.Leaf("h3", title);
     if (!filled.empty() && !IsInHead(type)) {
         WriteTable(html, CountType(type, filled.size()), filled, shown);
     }
-    if (filled.size() < all.size()) {
-        html.Leaf("p", {{"class", "quiet"}}, std::to_string(all.size() - filled.size()) + " empty");
+    if (empty > 0) {
+        html.Leaf("p", {{"class", "quiet"}}, std::to_string(empty) + " empty");
     }
     const auto details = html.Element("details");
     html.Leaf("summary", "Identifiers and every property: " + title);

@@ -1,8 +1,11 @@
 #include "inventory/write/text_writer.h"
 
+#include "inventory/compare/part.h"
 #include "inventory/model/resource_type.h"
 #include "inventory/model/shown_value.h"
+#include "inventory/write/part_words.h"
 #include "inventory/write/shown_columns.h"
+#include "inventory/write/text_table.h"
 #include "text/shown_text.h"
 
 #include <algorithm>
@@ -46,6 +49,15 @@ std::string Join(const TResource& resource, std::initializer_list<std::string_vi
     return joined;
 }
 
+std::vector<TTextColumn> DescribeColumns(const TShownColumns& columns) {
+    std::vector<TTextColumn> described;
+    for (const TShownColumn& column : columns.columns) {
+        described.emplace_back(std::string(column.title), column.worth == EWorth::minor,
+                               column.worth == EWorth::minorBesideSerial ? "serial number" : "");
+    }
+    return described;
+}
+
 class TTextWriter final : public IInventoryFormat {
   public:
     TTextWriter(std::ostream& out, TTextSettings settings) : out_(out), settings_(settings) {}
@@ -69,6 +81,9 @@ class TTextWriter final : public IInventoryFormat {
         }
         if (resource.type == "OperatingSystem") {
             return WriteOperatingSystem(resource);
+        }
+        if (resource.type == "ComputerSystem") {
+            return WriteSystemKind(resource);
         }
         if (resource.type == "NOXSystemInfo") {
             return WriteSystemInformation(resource);
@@ -98,6 +113,18 @@ class TTextWriter final : public IInventoryFormat {
         WriteRow("system", Show(system, "Name"));
         WriteRow("kernel", Show(system, "Description"));
         WriteRow("memory", Show(system, "TotalVisibleMemorySize"));
+    }
+
+    // The name is that of the machine, which has been written. Names of hypervisors and containers are in the
+    // description.
+    void WriteSystemKind(const TResource& kind) {
+        std::string text = Show(kind, "Description");
+        for (const std::string_view entry : {"Cloud", "Instance type", "Instance ID"}) {
+            if (const std::string value = MakeVisible(GetFact(kind, entry)); !value.empty()) {
+                text += (text.empty() ? "" : ", ") + LabelEntry(entry) + " " + value;
+            }
+        }
+        WriteRow("platform", text);
     }
 
     void WriteSystemInformation(const TResource& information) {
@@ -130,19 +157,28 @@ class TTextWriter final : public IInventoryFormat {
             type_ = resource.type;
         }
         const TShownColumns& columns = GetShownColumns(resource.type);
-        if (!columns.IsShown()) {
+        if (!IsShownInTables(columns, resource)) {
             return;
         }
         if (IsEmptyPlace(columns, resource)) {
             ++emptyPlaces_;
-            return;
+            if (columns.countsFilled && emptyPlaces_ <= maxRows) {
+                emptyNames_.push_back(MakeVisible(ShowColumn(resource, columns.columns.front())));
+            }
+        } else if (columns.countsFilled) {
+            ++filledPlaces_;
+        } else {
+            AddRow(columns, resource);
         }
+    }
+
+    void AddRow(const TShownColumns& columns, const TResource& resource) {
         if (!table_) {
-            table_.emplace(columns.GetTitles(), settings_.layout);
+            table_.emplace(DescribeColumns(columns), settings_.layout);
         }
         std::vector<std::string> cells;
         for (const TShownColumn& column : columns.columns) {
-            cells.push_back(Show(resource, column.property));
+            cells.push_back(MakeVisible(ShowColumn(resource, column)));
         }
         table_->AddRow(std::move(cells));
         if (table_->GetRowCount() == maxRows) {
@@ -167,17 +203,41 @@ class TTextWriter final : public IInventoryFormat {
         isTitled_ = true;
     }
 
+    // Continues on another line before the width is passed.
+    void WriteNames(const std::vector<std::string>& names, std::size_t used) {
+        for (std::size_t i = 0; i < names.size(); ++i) {
+            const std::string separator = i == 0 ? ": " : ", ";
+            const std::size_t width = CountColumns(names[i]) + 3;  // with the separators on both sides
+            const bool fits = settings_.layout.width == 0 || used + width <= settings_.layout.width;
+            out_ << (fits ? separator : separator.substr(0, 1) + "\n  ") << names[i];
+            used = (fits ? used : 2) + width;
+        }
+    }
+
+    void WritePlaces() {
+        if (filledPlaces_ > 0) {
+            out_ << filledPlaces_ << " filled\n";
+        }
+        if (emptyPlaces_ > 0) {
+            const std::string count = std::to_string(emptyPlaces_) + " empty";
+            out_ << count;
+            WriteNames(emptyNames_, count.size());
+            out_ << '\n';
+        }
+        filledPlaces_ = 0;
+        emptyPlaces_ = 0;
+        emptyNames_.clear();
+    }
+
     void EndTable() {
-        if (table_ || emptyPlaces_ > 0) {
-            WriteTitle((table_ ? table_->GetRowCount() : 0) + emptyPlaces_);
+        const std::size_t places = filledPlaces_ + emptyPlaces_;
+        if (table_ || places > 0) {
+            WriteTitle((table_ ? table_->GetRowCount() : 0) + places);
         }
         if (table_) {
             WriteTable();
         }
-        if (emptyPlaces_ > 0) {
-            out_ << emptyPlaces_ << " empty\n";
-        }
-        emptyPlaces_ = 0;
+        WritePlaces();
         isTitled_ = false;
         type_.clear();
     }
@@ -191,7 +251,8 @@ class TTextWriter final : public IInventoryFormat {
     std::string type_;  // type of the resources in the open table
     std::optional<TTextTable> table_;
     bool isTitled_ = false;
-    std::size_t emptyPlaces_ = 0;
+    std::size_t filledPlaces_ = 0, emptyPlaces_ = 0;
+    std::vector<std::string> emptyNames_;
 };
 
 }  // namespace

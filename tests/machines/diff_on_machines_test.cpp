@@ -171,7 +171,8 @@ TEST_F(DiffOnMachines, ComparesASnapshotWithADocumentByWhatDocumentsHave) {
                     "unchanged    1 machine, 1 operating system, 1 board, 2 processors, 2 disks, 1 volume, 2 "
                     "partitions, 1 "
                     "optical drive, 4 PCI functions, 1 PCI bridge\n"
-                    "left out     what only new can have (system firmware, chassis, memory slots, "));
+                    "left out     what only new can have (kinds of systems, security settings, "
+                    "system firmware, chassis, memory slots, "));
 }
 
 }  // namespace

@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <fstream>
+#include <string>
 
 namespace NINVENTORY {
 namespace {
@@ -12,6 +14,26 @@ namespace {
 TEST(ResourceType, IsKnownForEveryClassOfTheCatalogue) {
     for (const TResourceClass& listed : GetResourceCatalogue()) {
         EXPECT_NE(FindClassType(listed.className), nullptr) << listed.className;
+    }
+}
+
+// The headings "### `Class`"; another test holds the document against the collectors.
+TEST(ResourceType, IsKnownForEveryClassOfTheCollectors) {
+    std::ifstream document(NOXINFO_DOCS "/collectors.md");
+    std::size_t count = 0;
+    for (std::string line; std::getline(document, line);) {
+        if (line.starts_with("### `")) {
+            const std::string className = line.substr(5, line.find('`', 5) - 5);
+            EXPECT_NE(FindClassType(className), nullptr) << className;
+            ++count;
+        }
+    }
+    EXPECT_GT(count, 40U);
+}
+
+TEST(ResourceType, HasNamesForPeople) {
+    for (const TResourceType& row : GetResourceTypes()) {
+        EXPECT_FALSE(row.singular.empty() || row.plural.empty()) << row.className;
     }
 }
 

@@ -22,7 +22,38 @@ TEST(ShownValue, HasTheUnitPeopleCountIn) {
     EXPECT_EQ(Shown("OperatingSystem", "CurrentTimeZone", "short", "60"), "60 min");
 }
 
+TEST(ShownValue, CountsThousandthsInWholeUnits) {
+    EXPECT_EQ(Shown("PowerSupply", "TotalOutputPower", "unsignedInt", "750000"), "750 W");
+    EXPECT_EQ(Shown("PowerSupply", "TotalOutputPower", "unsignedInt", "900"), "900 mW");
+    EXPECT_EQ(Shown("Battery", "DesignCapacity", "unsignedInt", "58331"), "58.331 Wh");
+    EXPECT_EQ(Shown("PhysicalMemory", "ConfiguredVoltage", "unsignedShort", "1200"), "1.2 V");
+}
+
+TEST(ShownValue, HasTheUnitOfNumbersThatAreNotWholeOrNegative) {
+    EXPECT_EQ(Shown("Chassis", "Height", "float", "3.5"), "3.5 in");
+    EXPECT_EQ(Shown("OperatingSystem", "CurrentTimeZone", "short", "-300"), "-300 min");
+}
+
+TEST(ShownValue, WritesHardwareAddressesWithColons) {
+    EXPECT_EQ(Shown("EthernetPort", "PermanentAddress", "string", "02005E10000A"), "02:00:5e:10:00:0a");
+    EXPECT_EQ(Shown("EthernetPort", "PermanentAddress", "string", "0200x"), "0200x");
+    EXPECT_EQ(ShowValue("NetworkPort",
+                        {"NetworkAddresses", "string", EShape::array, {"02005E100001", "02005E100002"}}),
+              "02:00:5e:10:00:01, 02:00:5e:10:00:02");
+}
+
+TEST(ShownValue, WritesLanesAsSlotsDo) {
+    EXPECT_EQ(Shown("PCIPort", "LinkWidth", "unsignedShort", "16"), "x16");
+    EXPECT_EQ(Shown("PCIPort", "MaxSpeed", "unsignedLong", "63015384615"), "63 Gbit/s");
+    EXPECT_EQ(Shown("DiskDrive", "RotationRate", "unsignedInt", "15000"), "15000 1/min");
+}
+
 TEST(ShownValue, IsTheWordOfACode) {
+    EXPECT_EQ(Shown("Processor", "Family", "unsignedShort", "179"), "Xeon");
+    EXPECT_EQ(Shown("Processor", "UpgradeMethod", "unsignedShort", "43"), "Socket LGA2011-3");
+    EXPECT_EQ(Shown("EthernetPort", "EnabledState", "unsignedShort", "6"), "Enabled but Offline");
+    EXPECT_EQ(Shown("WiFiPort", "LinkTechnology", "unsignedShort", "11"), "Wireless LAN");
+    EXPECT_EQ(Shown("CacheMemory", "WritePolicy", "unsignedShort", "3"), "Write Back");
     EXPECT_EQ(Shown("PhysicalMemory", "MemoryType", "unsignedShort", "26"), "DDR4");
     EXPECT_EQ(Shown("PhysicalMemory", "MemoryType", "unsignedShort", "999"), "999");
     EXPECT_EQ(ShowValue("DiskDrive", {"OperationalStatus", "unsignedShort", EShape::array, {"2", "11"}}),

@@ -103,9 +103,9 @@ TEST(ReportWriter, WritesWordsForUnknownCells) {
 }
 
 TEST(ReportWriter, NamesColumnsWithoutAnyValueInTheCaption) {
-    EXPECT_THAT(
-        Report({MakeResource("Card", {{"Name", "Board 1"}, {"Model", "M1"}})}),
-        HasSubstr("<caption>1 board; unknown for all: description, maker, version, serial number</caption>"));
+    EXPECT_THAT(Report({MakeResource("Card", {{"Name", "Board 1"}, {"Model", "M1"}})}),
+                HasSubstr("<caption>1 board; unknown for all: description, maker, version, serial number, "
+                          "asset tag</caption>"));
 }
 
 TEST(ReportWriter, FoldsTheIdentifierAndEveryProperty) {
