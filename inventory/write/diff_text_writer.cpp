@@ -303,7 +303,7 @@ class TDiffTextWriter {
         if (fact == lines.end()) {
             return {};
         }
-        const std::string text = ", " + fact->label + " " + fact->before + arrow_ + fact->after;
+        std::string text = ", " + fact->label + " " + fact->before + arrow_ + fact->after;
         lines.erase(fact);
         return text;
     }

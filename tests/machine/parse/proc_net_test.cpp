@@ -14,6 +14,7 @@ using testing::IsEmpty;
 
 std::vector<std::string> ToTexts(const std::vector<std::string>& addresses) {
     std::vector<std::string> texts;
+    texts.reserve(addresses.size());
     for (const std::string& address : addresses) {
         texts.push_back(FormatIpAddress(address).value_or("?"));
     }

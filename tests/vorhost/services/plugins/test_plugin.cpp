@@ -8,6 +8,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 #ifndef PLUGIN_COUNT
 #define PLUGIN_COUNT 1
@@ -29,9 +30,11 @@ namespace {
 
 using namespace NKELVOR20;
 
+constexpr std::string_view throwingOperation = PLUGIN_THROWS_IN;  // empty if none throws
+
 void Enter(const std::string& operation) {
     TRootObject::GetCoreLogger()->Log(3, operation);
-    if (operation == PLUGIN_THROWS_IN) {
+    if (operation == throwingOperation) {
         throw PLUGIN_FAILURE;
     }
 }
@@ -56,7 +59,7 @@ class TTestPlugin : public IPluginCallbacks
         return PLUGIN_TYPE;
     }
     std::string GetName() override {
-        if (std::string("GetName") == PLUGIN_THROWS_IN) {
+        if (throwingOperation == "GetName") {
             throw TVORException(TVORStatusCode::notSupported);
         }
         return "test plug-in";
