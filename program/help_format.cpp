@@ -55,6 +55,12 @@ std::string THelpFormat::make_option(const CLI::Option* option, bool isPositiona
                  option->get_description());
 }
 
+// The library's own text for an argument that may occur twice is "SOURCE(0x)".
+std::string THelpFormat::make_option_usage(const CLI::Option* option) const {
+    const std::string name = option->get_name() + (option->get_expected_max() > 1 ? "..." : "");
+    return option->get_required() ? name : "[" + name + "]";
+}
+
 std::string THelpFormat::make_subcommand(const CLI::App* command) const {
     return Entry(command->get_name(), command->get_description());
 }

@@ -12,6 +12,7 @@ class THelpFormat : public CLI::Formatter {
     THelpFormat();
 
     std::string make_option(const CLI::Option* option, bool isPositional) const override;
+    std::string make_option_usage(const CLI::Option* option) const override;
     std::string make_subcommand(const CLI::App* command) const override;
     std::string make_description(const CLI::App* app) const override;
 };

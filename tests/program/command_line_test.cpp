@@ -46,14 +46,6 @@ const std::vector<std::vector<std::string>> helps{
     {"version", "--help"},
 };
 
-std::set<std::string> OptionsOfTheProgram() {
-    std::string help;
-    for (const auto& arguments : helps) {
-        help += RunNoxinfo({arguments, "", {}}).standardOutput;
-    }
-    return LongOptions(help);
-}
-
 // Returns the error line; also checks the other properties of a usage error.
 std::string RefusalOf(const std::vector<std::string>& arguments, const std::string& help) {
     const auto result = RunNoxinfo({arguments, "", {}});
@@ -252,13 +244,40 @@ TEST(CommandLine, SnapshotRequiresAFile) {
     EXPECT_EQ(result.standardError, "noxinfo: FILE is required\nTry 'noxinfo snapshot --help'.\n");
 }
 
-TEST(CommandLine, ManualPageDescribesExactlyTheOptionsOfTheProgram) {
+// Returns the options that the page of the manual describes.
+std::set<std::string> DescribedOptions(const std::string& page) {
     std::set<std::string> described;
     for (const std::string& option :
-         LongOptions(ReadFile(NOXINFO_DOCS "/noxinfo.1.in"), "Fl -[a-z][a-z-]+")) {
+         LongOptions(ReadFile(NOXINFO_MANUAL "/" + page + ".1"), "Fl -[a-z][a-z-]+")) {
         described.insert("-" + option.substr(3));
     }
-    EXPECT_EQ(described, OptionsOfTheProgram());
+    return described;
+}
+
+TEST(CommandLine, EachManualPageDescribesExactlyTheOptionsOfItsCommand) {
+    EXPECT_EQ(DescribedOptions("noxinfo"), (std::set<std::string>{"--help", "--version"}));
+    for (const auto& arguments : helps) {
+        const std::string& command = arguments.front();
+        if (command == "--help" || command == "help" || command == "version") {
+            continue;  // these are described in noxinfo(1)
+        }
+        std::set<std::string> options = LongOptions(RunNoxinfo({arguments, "", {}}).standardOutput);
+        options.erase("--help");
+        EXPECT_EQ(DescribedOptions("noxinfo-" + command), options) << command;
+    }
+}
+
+TEST(CommandLine, TheManualPageOfTheProgramRefersToThatOfEachCommand) {
+    const std::string page = ReadFile(NOXINFO_MANUAL "/noxinfo.1");
+    for (const auto& arguments : helps) {
+        const std::string& command = arguments.front();
+        const bool isDescribedThere = command == "help" || command == "version";
+        if (command != "--help") {
+            EXPECT_THAT(page, HasSubstr(isDescribedThere
+                                            ? "\n.It Cm " + command
+                                            : "\n.It Cm " + command + " , Xr noxinfo-" + command + " 1\n"));
+        }
+    }
 }
 
 }  // namespace

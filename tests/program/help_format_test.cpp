@@ -1,8 +1,11 @@
 #include "program/help_format.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <string>
+#include <vector>
 
 namespace NVORHOST {
 namespace {
@@ -31,6 +34,18 @@ TEST(HelpFormat, WrapsDescriptionsAtColumn80AndGivesLongNamesALine) {
               "  --an-option-with-a-long-name VALUE\n"
               "                            Use this value\n"
               "\n");
+}
+
+TEST(HelpFormat, MarksArgumentsThatMayBeLeftOutOrRepeated) {
+    CLI::App app{"", "program"};
+    app.formatter(std::make_shared<THelpFormat>());
+    app.set_help_flag();
+    std::string value;
+    std::vector<std::string> two, many;
+    app.add_option("NAME", value, "")->required();
+    app.add_option("PLACE", two, "")->expected(0, 2);
+    app.add_option("FILE", many, "")->required();
+    EXPECT_THAT(app.help(), testing::StartsWith("\nUsage: program NAME [PLACE...] FILE...\n"));
 }
 
 }  // namespace
