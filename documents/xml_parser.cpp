@@ -24,7 +24,7 @@ std::string_view AsView(const xmlChar* begin, const xmlChar* end) {
 }
 
 std::string_view AsView(const xmlChar* text) {
-    return AsView(text, text + xmlStrlen(text));
+    return reinterpret_cast<const char*>(text);  // NOLINT(*-reinterpret-cast): as above
 }
 
 // Suppresses messages that libxml2 prints to standard error instead of passing them to the error handler,
@@ -64,6 +64,10 @@ std::optional<std::string_view> TXmlAttributes::Find(std::string_view name) cons
         }
     }
     return std::nullopt;
+}
+
+std::string_view TXmlAttributes::GetNamespace() const {
+    return namespaceUri_ == nullptr ? std::string_view() : AsView(namespaceUri_);
 }
 
 class TXmlParser::TState {
@@ -177,8 +181,7 @@ class TXmlParser::TState {
             if (count > maxAttributes) {
                 throw TDocumentCause("a tag has more than " + std::to_string(maxAttributes) + " attributes");
             }
-            const TXmlAttributes found(std::span(attributes, count * partsPerAttribute),
-                                       uri == nullptr ? std::string_view() : AsView(uri));
+            const TXmlAttributes found(std::span(attributes, count * partsPerAttribute), uri);
             if (prefix == nullptr) {
                 state.events_.StartElement(AsView(name), found);
             } else {

@@ -19,18 +19,18 @@ constexpr std::size_t maxAttributes = 64;
 class TXmlAttributes {
   public:
     /// The array that libxml2 passes: local name, prefix, URI, begin and end of the value for each attribute.
-    /// `namespaceUri` is that of the element.
-    explicit TXmlAttributes(std::span<const unsigned char*> parts, std::string_view namespaceUri)
+    /// `namespaceUri` is that of the element, null if it has none.
+    explicit TXmlAttributes(std::span<const unsigned char*> parts, const unsigned char* namespaceUri)
         : parts_(parts), namespaceUri_(namespaceUri) {}
 
     /// Returns the value of an attribute without prefix; nullopt if it is missing.
     std::optional<std::string_view> Find(std::string_view name) const;
     /// The XML namespace of the element; empty if it has none.
-    std::string_view GetNamespace() const { return namespaceUri_; }
+    std::string_view GetNamespace() const;
 
   private:
     std::span<const unsigned char*> parts_;
-    std::string_view namespaceUri_;
+    const unsigned char* namespaceUri_;
 };
 
 /// Receives the parts of a document. Implementations may throw any exception, which ends parsing and

@@ -1,7 +1,7 @@
 #include "text/utf8.h"
 
 #include <cstdint>
-#include <utility>
+#include <cstring>
 
 namespace NVORHOST {
 namespace {
@@ -35,6 +35,39 @@ bool IsWellFormed(const TLeadByte& lead, std::string_view bytes) {
         }
     }
     return true;
+}
+
+// Returns the length of the ASCII characters that `text` starts with. Nearly all texts are ASCII, so that
+// eight bytes are examined at a time.
+std::size_t MeasureAscii(std::string_view text) {
+    constexpr std::uint64_t highBits = 0x8080808080808080U;
+    std::size_t length = 0;
+    std::uint64_t word = 0;
+    while (text.size() - length >= sizeof word) {
+        std::memcpy(&word, text.data() + length, sizeof word);
+        if ((word & highBits) != 0) {
+            break;
+        }
+        length += sizeof word;
+    }
+    while (length < text.size() && ByteAt(text, length) < 0x80) {
+        ++length;
+    }
+    return length;
+}
+
+// Returns the length of the well-formed characters that `text` starts with.
+std::size_t MeasureWellFormed(std::string_view text) {
+    std::size_t length = MeasureAscii(text);
+    while (length < text.size()) {
+        const std::size_t character = MultiByteLength(text.substr(length));
+        if (character == 0) {
+            break;
+        }
+        length += character;
+        length += MeasureAscii(text.substr(length));
+    }
+    return length;
 }
 
 }  // namespace
@@ -85,16 +118,18 @@ std::string EncodeUtf8(char32_t code) {
 
 std::optional<std::string> ReplaceMalformedUtf8(std::string_view text) {
     constexpr std::string_view replacement = "\xEF\xBF\xBD";
-    std::string replaced;
-    bool isWellFormed = true;
-    while (!text.empty()) {
-        const bool isAscii = static_cast<unsigned char>(text.front()) < 0x80;
-        const std::size_t length = isAscii ? 1 : MultiByteLength(text);
-        replaced += length == 0 ? replacement : text.substr(0, length);
-        isWellFormed = isWellFormed && length != 0;
-        text.remove_prefix(length == 0 ? 1 : length);
+    std::size_t length = MeasureWellFormed(text);
+    if (length == text.size()) {
+        return std::nullopt;
     }
-    return isWellFormed ? std::nullopt : std::optional(std::move(replaced));
+    std::string replaced(text.substr(0, length));
+    while (length < text.size()) {
+        replaced += replacement;
+        text.remove_prefix(length + 1);
+        length = MeasureWellFormed(text);
+        replaced += text.substr(0, length);
+    }
+    return replaced;
 }
 
 }  // namespace NVORHOST

@@ -37,12 +37,13 @@ const THardwareReader::TStep THardwareReader::steps[] = {
 
 namespace {
 
-std::string Require(const TXmlAttributes& attributes, std::string_view name, std::string_view element) {
+// Returns the value of an attribute, which is valid as long as `attributes`.
+std::string_view Require(const TXmlAttributes& attributes, std::string_view name, std::string_view element) {
     const auto value = attributes.Find(name);
     if (!value) {
         throw TDocumentCause("<" + std::string(element) + "> has no attribute " + std::string(name));
     }
-    return std::string(*value);
+    return *value;
 }
 
 }  // namespace
@@ -59,7 +60,7 @@ void THardwareReader::StartElement(std::string_view name, const TXmlAttributes& 
 
 void THardwareReader::EndElement() {
     if (place_ == EPlace::resource) {
-        events_.AddResource(std::move(resource_));
+        EndResource();
     }
     // A scalar and an array both end in their property; the context ends as a list does.
     const auto* const step = std::ranges::find(steps, place_, &TStep::to);
@@ -69,8 +70,8 @@ void THardwareReader::EndElement() {
 void THardwareReader::Text(std::string_view piece) {
     if (place_ == EPlace::scalar || place_ == EPlace::element) {
         Count(piece.size());
-        resource_.properties.back().values.back().append(piece);
-    } else if (!NVORHOST::TrimXmlSpace(piece).empty()) {
+        GetProperty().values.back().append(piece);
+    } else if (!NVORHOST::IsXmlSpace(piece)) {
         throw TDocumentCause("unexpected text " + Quote(NVORHOST::TrimXmlSpace(piece)));
     }
 }
@@ -84,7 +85,7 @@ void THardwareReader::Count(std::size_t bytes) {
 
 void THardwareReader::BeginCollection(const TXmlAttributes& attributes) {
     events_.BeginDocument({EDocument::hardware, std::string(attributes.GetNamespace()),
-                           Require(attributes, "timestamp", "ResourceCollection")});
+                           std::string(Require(attributes, "timestamp", "ResourceCollection"))});
 }
 
 void THardwareReader::BeginContext(const TXmlAttributes& /*attributes*/) {
@@ -99,24 +100,40 @@ void THardwareReader::BeginList(const TXmlAttributes& attributes) {
 
 void THardwareReader::BeginResource(const TXmlAttributes& attributes) {
     constexpr std::string_view element = "ResourceInstance";
-    resource_ = {Require(attributes, "resourceId", element),
-                 Require(attributes, "resourceType", element),
-                 listType_,
-                 {},
-                 {},
-                 GetLine()};
+    resource_.id = Require(attributes, "resourceId", element);
+    resource_.type = Require(attributes, "resourceType", element);
+    resource_.list = listType_;
+    resource_.line = GetLine();
     resourceBytes_ = 0;
+    propertyCount_ = 0;
+}
+
+// A receiver that only looks at a resource leaves it here, and the memory of its properties is used again.
+void THardwareReader::EndResource() {
+    constexpr std::size_t maxReusedBytes = std::size_t{16} << 10;
+    resource_.properties.resize(propertyCount_);
+    events_.AddResource(std::move(resource_));
+    if (resourceBytes_ > maxReusedBytes) {
+        resource_ = {};
+    }
 }
 
 void THardwareReader::BeginProperty(const TXmlAttributes& attributes) {
-    TProperty property{
-        Require(attributes, "name", "Property"), Require(attributes, "type", "Property"), EShape::null, {}};
-    Count(sizeof(TProperty) + property.name.size() + property.type.size());
-    resource_.properties.push_back(std::move(property));
+    const std::string_view name = Require(attributes, "name", "Property");
+    const std::string_view type = Require(attributes, "type", "Property");
+    Count(sizeof(TProperty) + name.size() + type.size());
+    if (propertyCount_ == resource_.properties.size()) {
+        resource_.properties.emplace_back();
+    }
+    TProperty& property = resource_.properties[propertyCount_++];
+    property.name = name;
+    property.type = type;
+    property.shape = EShape::null;
+    property.values.clear();
 }
 
 void THardwareReader::BeginScalar(const TXmlAttributes& /*attributes*/) {
-    TProperty& property = resource_.properties.back();
+    TProperty& property = GetProperty();
     if (property.shape != EShape::null) {
         throw TDocumentCause("property " + Quote(property.name) + " has two values");
     }
@@ -125,7 +142,7 @@ void THardwareReader::BeginScalar(const TXmlAttributes& /*attributes*/) {
 }
 
 void THardwareReader::BeginArray(const TXmlAttributes& /*attributes*/) {
-    TProperty& property = resource_.properties.back();
+    TProperty& property = GetProperty();
     if (property.shape != EShape::null) {
         throw TDocumentCause("property " + Quote(property.name) + " has two values");
     }
@@ -134,7 +151,7 @@ void THardwareReader::BeginArray(const TXmlAttributes& /*attributes*/) {
 
 void THardwareReader::BeginElement(const TXmlAttributes& /*attributes*/) {
     Count(sizeof(std::string));
-    resource_.properties.back().values.emplace_back();
+    GetProperty().values.emplace_back();
 }
 
 void ReadHardwareDocument(TDocumentInput& input, IDocumentEvents& events) {

@@ -40,11 +40,14 @@ class THardwareReader final : public NVORHOST::IXmlEvents {
 
     int GetLine() const { return parser_ == nullptr ? 0 : parser_->GetLine(); }
     void Count(std::size_t bytes);
+    /// The last property of the resource.
+    TProperty& GetProperty() { return resource_.properties[propertyCount_ - 1]; }
 
     void BeginCollection(const NVORHOST::TXmlAttributes& attributes);
     void BeginContext(const NVORHOST::TXmlAttributes& attributes);
     void BeginList(const NVORHOST::TXmlAttributes& attributes);
     void BeginResource(const NVORHOST::TXmlAttributes& attributes);
+    void EndResource();
     void BeginProperty(const NVORHOST::TXmlAttributes& attributes);
     void BeginScalar(const NVORHOST::TXmlAttributes& attributes);
     void BeginArray(const NVORHOST::TXmlAttributes& attributes);
@@ -58,6 +61,7 @@ class THardwareReader final : public NVORHOST::IXmlEvents {
     std::string listType_;
     TResource resource_;
     std::size_t resourceBytes_ = 0;
+    std::size_t propertyCount_ = 0;  // of the resource; the rest is memory of the resource before
 };
 
 }  // namespace NINVENTORY

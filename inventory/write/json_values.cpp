@@ -5,9 +5,12 @@
 #include "text/utf8.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
+#include <cstddef>
 #include <iterator>
+#include <memory_resource>
 #include <set>
 #include <string>
 
@@ -116,9 +119,12 @@ void WriteJsonValue(TJsonOutput& json, std::string_view resourceType, const TPro
 }
 
 void WriteJsonProperties(TJsonOutput& json, const TResource& resource) {
+    constexpr std::size_t namesBytes = 4096;  // for the names of most resources without an allocation
     WriteJsonText(json, "properties");
     json.StartObject();
-    std::set<std::string_view> names;
+    std::array<std::byte, namesBytes> buffer;
+    std::pmr::monotonic_buffer_resource memory(buffer.data(), buffer.size());
+    std::pmr::set<std::string_view> names(&memory);
     for (const TProperty& property : resource.properties) {
         if (names.insert(property.name).second) {  // a name may occur only once in JSON
             WriteJsonText(json, property.name);

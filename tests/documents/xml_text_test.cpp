@@ -27,6 +27,14 @@ TEST(XmlText, RejectsMalformedUtf8) {
     }
 }
 
+TEST(IsXmlSpace, AcceptsOnlyTheWhiteSpaceOfXml) {
+    EXPECT_TRUE(IsXmlSpace(""));
+    EXPECT_TRUE(IsXmlSpace(" \t\r\n"));
+    EXPECT_FALSE(IsXmlSpace("\v"));
+    EXPECT_FALSE(IsXmlSpace("\f"));
+    EXPECT_FALSE(IsXmlSpace(" a "));
+}
+
 TEST(TrimXmlSpace, RemovesOnlyTheWhiteSpaceOfXmlAtTheEnds) {
     EXPECT_EQ(TrimXmlSpace(" \t\r\na b\n"), "a b");
     EXPECT_EQ(TrimXmlSpace("\va\f"), "\va\f");

@@ -78,5 +78,29 @@ TEST(EncodeUtf8, IsUndoneByDecodeUtf8) {
     }
 }
 
+TEST(ReplaceMalformedUtf8, ReturnsNulloptForWellFormedText) {
+    EXPECT_EQ(ReplaceMalformedUtf8(""), std::nullopt);
+    EXPECT_EQ(ReplaceMalformedUtf8("eight by"), std::nullopt);
+    EXPECT_EQ(ReplaceMalformedUtf8("seventeen  bytes."), std::nullopt);
+    EXPECT_EQ(ReplaceMalformedUtf8("16 \xE2\x82\xAC a module, \xF0\x9F\x92\xBE"), std::nullopt);
+}
+
+TEST(ReplaceMalformedUtf8, ReplacesEveryMalformedByte) {
+    EXPECT_EQ(ReplaceMalformedUtf8("\xFF"), "\xEF\xBF\xBD");
+    EXPECT_EQ(ReplaceMalformedUtf8("a\xC3"), "a\xEF\xBF\xBD");
+    EXPECT_EQ(ReplaceMalformedUtf8("\x80\xBFz"), "\xEF\xBF\xBD\xEF\xBF\xBDz");
+    EXPECT_EQ(ReplaceMalformedUtf8("\xED\xA0\x80"), "\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD");
+    EXPECT_EQ(ReplaceMalformedUtf8("\xC3\xA9\xFF\xC3\xA9"), "\xC3\xA9\xEF\xBF\xBD\xC3\xA9");
+}
+
+TEST(ReplaceMalformedUtf8, FindsAMalformedByteAtEveryPositionOfALongText) {
+    const std::string text = "twenty-four ASCII chars.";
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        std::string malformed = text;
+        malformed[i] = '\x9C';
+        EXPECT_EQ(ReplaceMalformedUtf8(malformed), text.substr(0, i) + "\xEF\xBF\xBD" + text.substr(i + 1));
+    }
+}
+
 }  // namespace
 }  // namespace NVORHOST

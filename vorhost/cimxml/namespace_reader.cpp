@@ -141,7 +141,7 @@ void TNamespaceReader::EndElement() {
 void TNamespaceReader::Text(std::string_view piece) {
     if (RowOf(open_.back()).hasText) {
         text_ += piece;
-    } else if (open_.back() != EElement::ignored && !TrimXmlSpace(piece).empty()) {
+    } else if (open_.back() != EElement::ignored && !IsXmlSpace(piece)) {
         throw TDocumentCause("unexpected text " + Quote(TrimXmlSpace(piece)));
     }
 }

@@ -63,6 +63,40 @@ TEST(HardwareReader, KeepsAnEmptyValueApartFromNone) {
     EXPECT_TRUE(events.resources.at(0).properties.at(1).values.empty());
 }
 
+// Copies the resources and leaves them with the reader, as a receiver does that only looks at them.
+class TCopiedResources final : public IDocumentEvents {
+  public:
+    void BeginDocument(const TDocumentHead& /*head*/) override {}
+    void BeginList(std::string_view /*listType*/, int /*line*/) override {}
+    // NOLINTNEXTLINE(*-rvalue-reference-param-not-moved): this is the case that is tested
+    void AddResource(TResource&& resource) override { resources.push_back(resource); }
+
+    std::vector<TResource> resources;
+};
+
+TEST(HardwareReader, KeepsResourcesApartThatTheReceiverLeavesWithIt) {
+    TDocumentInput input("document",
+                         "<ResourceCollection timestamp=\"t\"><ResourceList resourceType=\"L\">"
+                         "<ResourceInstance resourceId=\"A\" resourceType=\"Card\">"
+                         "<Property name=\"P\" type=\"string\"><VALUE.ARRAY><VALUE>1</VALUE><VALUE>2</VALUE>"
+                         "</VALUE.ARRAY></Property>"
+                         "<Property name=\"Q\" type=\"string\"><Value>3</Value></Property></ResourceInstance>"
+                         "<ResourceInstance resourceId=\"B\" resourceType=\"Slot\">"
+                         "<Property name=\"R\" type=\"int\"></Property></ResourceInstance>"
+                         "<ResourceInstance resourceId=\"C\" resourceType=\"Card\">"
+                         "<Property name=\"P\" type=\"string\"><Value>4</Value></Property>"
+                         "<Property name=\"Q\" type=\"string\"></Property></ResourceInstance>"
+                         "</ResourceList></ResourceCollection>");
+    TCopiedResources events;
+    ReadDocument(input, events);
+    ASSERT_EQ(events.resources.size(), 3U);
+    EXPECT_EQ(events.resources[1].id, "B");
+    EXPECT_EQ(events.resources[1].type, "Slot");
+    EXPECT_EQ(events.resources[1].properties, (std::vector<TProperty>{{"R", "int", EShape::null, {}}}));
+    EXPECT_EQ(events.resources[2].properties, (std::vector<TProperty>{{"P", "string", EShape::scalar, {"4"}},
+                                                                      {"Q", "string", EShape::null, {}}}));
+}
+
 TEST(HardwareReader, RejectsElementsAndTextsThatTheFormatDoesNotHave) {
     EXPECT_EQ(FindError(DocumentOfOne("<Part/>\n")), "document:5: unexpected element \"Part\"");
     EXPECT_EQ(FindError(DocumentOfOne("<Property name=\"A\" type=\"string\"><VALUE>1</VALUE></Property>")),
