@@ -1,5 +1,6 @@
 // The inventories of whole machines in every format. NOXINFO_BLESS=1 writes the expected files.
 #include "inventory/read/document_reader.h"
+#include "inventory/report/report_writer.h"
 #include "inventory/write/csv_writer.h"
 #include "inventory/write/cyclonedx_writer.h"
 #include "inventory/write/json_writer.h"
@@ -34,6 +35,7 @@ const TFormat formats[] = {
     {"csv", MakeCsvWriter},
     {"prom", MakeOpenMetricsWriter},
     {"cdx.json", MakeCycloneDxWriter},
+    {"html", [](std::ostream& out) { return MakeReportWriter(out, EReportSources::separate); }},
 };
 
 std::string ReadFile(const fs::path& path) {
