@@ -61,10 +61,10 @@ if(NOXINFO_COVERAGE)
   add_link_options(--coverage)
 endif()
 
-# noxinfo_writes_json(SOURCE ...)
+# noxinfo_uses_json(SOURCE ...)
 # The JSON library adds zero to a null pointer while its buffers are empty, which is harmless, but which the
 # sanitizer reports.
-function(noxinfo_writes_json)
+function(noxinfo_uses_json)
   if(NOXINFO_SANITIZE)
     set_source_files_properties(${ARGN} PROPERTIES COMPILE_OPTIONS -fno-sanitize=pointer-overflow)
   endif()
