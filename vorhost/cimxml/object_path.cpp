@@ -43,7 +43,7 @@ void AppendQuoted(std::string_view value, std::string& text) {
 }
 
 void AppendKey(const TPathKey& key, std::string& text) {
-    text.append(key.name).append("=");
+    text.append(key.name.value_or("")).append("=");
     if (key.type == EType::boolean || key.type == EType::number) {
         text += key.value;
         return;
@@ -160,8 +160,8 @@ bool TakeKeyValue(TPathCursor& cursor, TPathKey& key) {
 bool TakeNamedKeys(TPathCursor& cursor, TObjectPath& path) {
     do {
         TPathKey key;
-        key.name = cursor.TakeBefore('=').value_or("");
-        if (!IsCimName(key.name) || !TakeKeyValue(cursor, key)) {
+        key.name = cursor.TakeBefore('=');
+        if (!key.name || !IsCimName(*key.name) || !TakeKeyValue(cursor, key)) {
             return false;
         }
         path.keys.push_back(std::move(key));
@@ -224,7 +224,7 @@ std::string ToText(const TObjectPath& path) {
     if (path.isInstance && path.keys.empty()) {
         text += noKeysMark;
     }
-    const bool isNamed = !path.keys.empty() && !path.keys.front().name.empty();
+    const bool isNamed = !path.keys.empty() && path.keys.front().name;
     std::string_view separator = isNamed ? "." : "";
     for (const TPathKey& key : path.keys) {
         text += separator;

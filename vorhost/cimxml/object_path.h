@@ -21,7 +21,7 @@ namespace NVORHOST {
 struct TPathKey {
     enum class EType { text, boolean, number, reference };
 
-    std::string name;  ///< empty for a single unnamed key
+    std::optional<std::string> name;  ///< absent for a single unnamed key
     EType type = EType::text;
     std::string value;  ///< without quotes and escapes; an object path for a reference
 };

@@ -129,9 +129,9 @@ void TReferenceBuilder::BeginKey(std::string_view name) {
 
 void TReferenceBuilder::EndKey() {
     if (Innermost().awaitsValue) {
-        throw TDocumentCause("the key " + Quote(Innermost().key.name) + " has no value");
+        throw TDocumentCause("the key " + Quote(*Innermost().key.name) + " has no value");
     }
-    Innermost().key.name.clear();
+    Innermost().key.name.reset();
 }
 
 void TReferenceBuilder::SetKeyType(std::optional<std::string_view> valueType,
@@ -157,8 +157,8 @@ void TReferenceBuilder::AddKeyValue(const std::string& text) {
 void TReferenceBuilder::AddKey(EType type, std::string value) {
     TOpenPath& open = Innermost();
     auto& keys = open.path.keys;
-    const bool isNamed = !open.key.name.empty();
-    const bool followsUnnamed = !keys.empty() && keys.front().name.empty();
+    const bool isNamed = open.key.name.has_value();
+    const bool followsUnnamed = !keys.empty() && !keys.front().name;
     if (isNamed ? !open.awaitsValue || followsUnnamed : !keys.empty()) {
         throw TDocumentCause("duplicate value for a key");
     }
@@ -179,7 +179,7 @@ void TReferenceBuilder::RequireHost() {
 }
 
 std::string TReferenceBuilder::TakeOpaque(TObjectPath& path) {
-    const bool isText = path.namespaces.empty() && path.keys.size() == 1 && path.keys.front().name.empty() &&
+    const bool isText = path.namespaces.empty() && path.keys.size() == 1 && !path.keys.front().name &&
                         path.keys.front().type == EType::text;
     if (!isText) {
         throw TDocumentCause("object path without a class");

@@ -195,12 +195,12 @@ class TValueWriter {
     }
 
     void WriteKey(const TPathKey& key) {
-        if (key.name.empty()) {
+        if (!key.name) {
             WriteKeyValue(key);
             return;
         }
         out_.Markup("<KEYBINDING");
-        out_.Attribute("NAME", key.name);
+        out_.Attribute("NAME", *key.name);
         out_.Markup(">");
         WriteKeyValue(key);
         out_.Markup("</KEYBINDING>");

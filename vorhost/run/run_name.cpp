@@ -77,15 +77,21 @@ std::optional<TNumber> ParseDigits(std::string_view text) {
     return std::ranges::all_of(text, IsDigit) ? ParseNumber<TNumber>(text) : std::nullopt;
 }
 
-// Removes the part after the last "-" and returns it; returns "" if there is no "-".
-std::string_view TakeLastPart(std::string_view& text) {
+// Removes the part after the last "-" and returns it; nullopt if there is no "-".
+std::optional<std::string_view> TakeLastPart(std::string_view& text) {
     const std::size_t dash = text.rfind('-');
     if (dash == std::string_view::npos) {
-        return {};
+        return std::nullopt;
     }
     const std::string_view part = text.substr(dash + 1);
     text.remove_suffix(part.size() + 1);
     return part;
+}
+
+template <typename TNumber>
+std::optional<TNumber> TakeLastNumber(std::string_view& text) {
+    const auto part = TakeLastPart(text);
+    return part ? ParseDigits<TNumber>(*part) : std::nullopt;
 }
 
 bool IsRandomText(std::string_view text) {
@@ -114,10 +120,10 @@ bool IsAbandonedName(std::string_view name) {
         return false;
     }
     name.remove_prefix(prefix.size());
-    const bool isRandom = IsRandomText(TakeLastPart(name));
-    const auto startTime = ParseDigits<std::uint64_t>(TakeLastPart(name));
-    const auto process = ParseDigits<pid_t>(TakeLastPart(name));
-    return isRandom && startTime && process && *process > 0 && name == HostName() &&
+    const auto random = TakeLastPart(name);
+    const auto startTime = TakeLastNumber<std::uint64_t>(name);
+    const auto process = TakeLastNumber<pid_t>(name);
+    return random && IsRandomText(*random) && startTime && process && *process > 0 && name == HostName() &&
            HasEnded(*process, *startTime);
 }
 
