@@ -62,5 +62,6 @@ function(noxinfo_host_library target)
     VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
     INSTALL_RPATH "$ORIGIN" BUILD_WITH_INSTALL_RPATH ON)
   noxinfo_limit_exports(${target})
-  install(TARGETS ${target} LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}")
+  install(TARGETS ${target} EXPORT noxinfo
+    LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT program NAMELINK_COMPONENT dev)
 endfunction()

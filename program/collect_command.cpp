@@ -23,6 +23,8 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <deque>
 #include <optional>
@@ -89,12 +91,21 @@ std::vector<const char*> ListDocuments(bool hasIdentity) {
                        : std::vector<const char*>{hardwareFileName};
 }
 
+// Plug-ins of other kinds write no documents.
+bool ReturnsInventory(const TInstances& results) {
+    return std::ranges::any_of(results,
+                               [](const auto& result) { return result->Find(inventoryProperty) != nullptr; });
+}
+
 // Reads every document to its end before any of them is moved.
 std::vector<TInventoryDocument> FinishDocuments(TPrivateDirectory& workplace, const TInstances& results,
                                                 bool hasIdentity, bool comparesResults) {
     std::vector<TInventoryDocument> documents;
     for (const char* name : ListDocuments(hasIdentity)) {
         TFileDescriptor file = workplace.OpenFile(name, O_RDONLY | O_NONBLOCK);
+        if (!file.IsOpen() && errno == ENOENT && !ReturnsInventory(results)) {
+            continue;
+        }
         documents.push_back(ReadInventoryDocument(file, name));
         if (!documents.back().isComplete) {
             throw TRunFailure(std::string("the plug-in wrote a truncated ") + name +
@@ -256,14 +267,15 @@ std::string DescribeSystem(const TMemoryInstance& system) {
 }
 
 std::string DescribeMachine(const TMemoryNamespace& collected, const TMemoryInstance& result) {
-    const std::string type = "type " + FindText(result, "MachineType").value_or("");
+    const auto type = FindText(result, "MachineType");
     const auto systems = collected.FindClass(computerSystemClassName);
     if (systems == nullptr || systems->GetInstances().empty()) {
-        return type;
+        return "type " + type.value_or("unknown");
     }
     const TMemoryInstance& system = *systems->GetInstances().front();
     const auto serial = FindText(system, "SerialNumber");
-    return DescribeSystem(system) + ", " + type + (serial ? ", serial number " + *serial : "");
+    return DescribeSystem(system) + (type ? ", type " + *type : "") +
+           (serial ? ", serial number " + *serial : "");
 }
 
 std::string DescribeCredential(const TPluginAnswer& answer, bool hasIdentity, bool hasEntityService) {

@@ -108,12 +108,17 @@ void PrintOutcome(const TCollectOutcome& outcome, std::ostream& out) {
 void PrintSummary(const TRunSummary& summary, std::ostream& out) {
     PrintRow(out, "Machine", summary.machine);
     PrintRow(out, "Source", summary.origin);
-    PrintRow(out, "Collected", DescribeResources(summary.documents.front()));
+    if (!summary.documents.empty()) {
+        PrintRow(out, "Collected", DescribeResources(summary.documents.front()));
+    }
     PrintOutcome(summary.outcome, out);
     std::string_view label = "Files";
     for (const TInventoryDocument& document : summary.documents) {
         PrintRow(out, label, DescribeFile(summary.directory, document));
         label = "";
+    }
+    if (summary.documents.empty()) {
+        PrintRow(out, "Files", "none: the plug-in wrote no documents");
     }
     PrintFaults(summary.documents, out);
     for (const std::string& name : summary.earlierFiles) {

@@ -22,7 +22,7 @@ struct TRunSummary {
     std::string origin;
     std::string machine;
     std::string directory;                      ///< target directory of the documents
-    std::vector<TInventoryDocument> documents;  ///< the hardware inventory first
+    std::vector<TInventoryDocument> documents;  ///< the hardware inventory first; empty for plug-ins without
     std::vector<std::string> completedFiles;    ///< files of a killed run that this run moved into place
     std::vector<std::string> earlierFiles;      ///< documents of earlier runs in the target directory
     std::string credential;                     ///< "obtained", or why there is none

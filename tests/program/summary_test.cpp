@@ -75,6 +75,21 @@ TEST(PrintSummary, PrintsEveryRowInOrder) {
               "Time        collect 1.2 ms, total 2.0 ms\n");
 }
 
+TEST(PrintSummary, StatesThatThePluginWroteNoDocuments) {
+    TRunSummary summary;
+    summary.machine = "Maker Model";
+    summary.origin = "this machine";
+    summary.credential = "none: no customer identity";
+    std::ostringstream out;
+    PrintSummary(summary, out);
+    EXPECT_EQ(out.str(),
+              "Machine     Maker Model\n"
+              "Source      this machine\n"
+              "Files       none: the plug-in wrote no documents\n"
+              "Credential  none: no customer identity\n"
+              "Time        \n");
+}
+
 TEST(GetExitStatus, Is3OnlyForGapsInStrictMode) {
     TCollectOutcome gaps;
     gaps.deniedSources = {"/a"};
