@@ -202,13 +202,13 @@ void AddSourceOptions(CLI::App& command, TSourceOptions& options) {
     AddRunOptions(command, options);
 }
 
-// Splits "NAME,NAME"; the names are not checked, because an inventory may come from another version.
+// Splits "A,B"; the names are not checked, because an inventory may come from another version.
 CLI::Option* AddNames(CLI::App& command, const std::string& option, std::vector<std::string>& names,
-                      const std::string& description) {
+                      const std::string& description, const std::string& typeName) {
     return command.add_option(option, names, description)
         ->delimiter(',')
         ->allow_extra_args(false)
-        ->type_name("NAME,...");
+        ->type_name(typeName);
 }
 
 // Adds the inventories to read. The options of the machine exclude them.
@@ -238,8 +238,8 @@ void AddShowCommand(CLI::App& program, TShowOptions& options) {
     command.add_option("--format", options.format, "Format of the output (default: text)")
         ->check(CLI::IsMember(ListShowFormats()).description(noDescription))
         ->type_name(JoinWith(ListShowFormats(), "|"));
-    AddNames(command, "--type", options.filter.types, "Show only resources of these types");
-    AddNames(command, "--property", options.filter.properties, "Show only these properties");
+    AddNames(command, "--type", options.filter.types, "Show only resources of these types", "TYPE,...");
+    AddNames(command, "--property", options.filter.properties, "Show only these properties", "PROPERTY,...");
     command
         .add_option_function<std::vector<std::string>>(
             "--where",
@@ -450,6 +450,7 @@ struct TModel {
     TCollectOptions collect;
     TSnapshotOptions snapshot;
     TCaptureOptions capture;
+    TCompletionOptions completion;
     std::string helpTopic;
 
     static constexpr char versionText[] = "noxinfo " NOXINFO_VERSION;
@@ -457,7 +458,10 @@ struct TModel {
   private:
     void AddWordCommands() {
         program.add_subcommand("collectors", "List the collectors with their classes and sources");
-        program.add_subcommand("completion", "Print the bash completion script");
+        program.add_subcommand("completion", "Print the completion script of a shell")
+            ->add_option("SHELL", completion.shell, "Shell that the script is for (default: bash)")
+            ->check(CLI::IsMember(ListShells()).description(noDescription))
+            ->type_name(JoinWith(ListShells(), "|"));
         program.add_subcommand("help", "Print this help, or the help of a command")
             ->add_option("COMMAND", helpTopic, "Command to describe")
             ->type_name("COMMAND");
@@ -504,8 +508,8 @@ void Parse(CLI::App& program, TWords words) {
 
 }  // namespace
 
-void WriteCompletion(std::ostream& out) {
-    WriteCompletionScript(TModel().program, out);
+void WriteCompletion(const TCompletionOptions& options, std::ostream& out) {
+    WriteCompletionScript(MakeCompletionTable(TModel().program), options.shell, out);
 }
 
 TCommand ParseCommandLine(int argc, const char* const* argv) {
@@ -549,7 +553,7 @@ TCommand ParseCommandLine(int argc, const char* const* argv) {
         return TCollectorsOptions{};
     }
     if (command == "completion") {
-        return TCompletionOptions{};
+        return model.completion;
     }
     std::cout << TModel::versionText << '\n';
     return TEarlyExit{eExitDone};

@@ -87,8 +87,9 @@ struct TDiffOptions {
 /// `noxinfo collectors`, which has no options.
 struct TCollectorsOptions {};
 
-/// `noxinfo completion`, which has no options.
-struct TCompletionOptions {};
+struct TCompletionOptions {
+    std::string shell = "bash";
+};
 
 /// The program must end without running a command.
 struct TEarlyExit {
@@ -103,7 +104,7 @@ using TCommand = std::variant<TShowOptions, TDiffOptions, TValidateOptions, TExp
 /// returns TEarlyExit in both cases.
 TCommand ParseCommandLine(int argc, const char* const* argv);
 
-/// Prints the bash completion script for the options that ParseCommandLine accepts.
-void WriteCompletion(std::ostream& out);
+/// Prints the completion script of a shell for the options that ParseCommandLine accepts.
+void WriteCompletion(const TCompletionOptions& options, std::ostream& out);
 
 }  // namespace NVORHOST

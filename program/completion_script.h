@@ -1,12 +1,23 @@
-// Writes the bash completion script. It is generated from the parser's options, so the two cannot differ.
+// Writes the completion script of a shell.
 #pragma once
 
-#include <CLI/CLI.hpp>
+#include "program/completion_table.h"
 
 #include <ostream>
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace NVORHOST {
 
-void WriteCompletionScript(const CLI::App& program, std::ostream& out);
+/// Returns the names of the shells, the default first.
+std::vector<std::string> ListShells();
+
+/// Writes the script of a shell, which is one of ListShells.
+void WriteCompletionScript(const TCompletionTable& table, std::string_view shell, std::ostream& out);
+
+void WriteBashCompletion(const TCompletionTable& table, std::ostream& out);
+void WriteZshCompletion(const TCompletionTable& table, std::ostream& out);
+void WriteFishCompletion(const TCompletionTable& table, std::ostream& out);
 
 }  // namespace NVORHOST

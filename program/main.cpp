@@ -76,7 +76,9 @@ struct TRunCommand {
         return PrintResult([&](std::ostream& out) { return RunCapture(options, out); });
     }
     int operator()(const TCollectorsOptions&) const { return Print(ListCollectors); }
-    int operator()(const TCompletionOptions&) const { return Print(WriteCompletion); }
+    int operator()(const TCompletionOptions& options) const {
+        return Print([&](std::ostream& out) { WriteCompletion(options, out); });
+    }
     int operator()(const TEarlyExit& exit) const { return exit.status; }
 
   private:

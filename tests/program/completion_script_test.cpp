@@ -35,9 +35,9 @@ class CompletionScript : public testing::Test {
         help.add_option("command", text_)->type_name("COMMAND");
     }
 
-    std::string Write() const {
+    std::string Write(const char* shell = "bash") const {
         std::ostringstream out;
-        WriteCompletionScript(program_, out);
+        WriteCompletionScript(MakeCompletionTable(program_), shell, out);
         return out.str();
     }
 
@@ -78,6 +78,23 @@ TEST_F(CompletionScript, ListsOptionsAndKindOfArgumentOfEachCommand) {
 TEST_F(CompletionScript, IsAScriptThatRegistersItself) {
     EXPECT_THAT(Write(), StartsWith("# bash completion for noxinfo, printed by 'noxinfo completion'\n"));
     EXPECT_THAT(Write(), EndsWith("\ncomplete -F _noxinfo noxinfo\n"));
+}
+
+TEST_F(CompletionScript, QuotesDescriptionsForZsh) {
+    program_.add_subcommand("look", "It's a look: [A\\B]")->set_help_flag();
+    program_.get_subcommand("look")->add_flag("--long", flag_, "All of it: 'every' [thing]");
+    EXPECT_THAT(Write("zsh"), HasSubstr("    'look:It'\\''s a look\\: [A\\\\B]'\n"));
+    EXPECT_THAT(Write("zsh"), HasSubstr(" '--long[All of it\\: '\\''every'\\'' \\[thing\\]]'"));
+    EXPECT_THAT(Write("zsh"), HasSubstr(" '--reachability=[]:yes|network|no:(yes network no)'"));
+    EXPECT_THAT(Write("zsh"), StartsWith("#compdef noxinfo\n"));
+}
+
+TEST_F(CompletionScript, QuotesDescriptionsForFish) {
+    program_.add_subcommand("look", "It's a look: A\\B")->set_help_flag();
+    EXPECT_THAT(Write("fish"), HasSubstr(" -a look -d 'It\\'s a look: A\\\\B'\n"));
+    EXPECT_THAT(
+        Write("fish"),
+        HasSubstr("-n '__noxinfo_is_command collect' -l reachability -r -f -a 'yes network no' -d ''\n"));
 }
 
 }  // namespace
