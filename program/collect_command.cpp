@@ -1,8 +1,10 @@
 #include "program/collect_command.h"
 
 #include "program/namespace_source.h"
+#include "program/outgoing_files.h"
 #include "program/program_paths.h"
 #include "program/result_names.h"
+#include "program/sending_run.h"
 #include "program/snapshot_file.h"
 #include "program/strict_mode.h"
 #include "program/summary.h"
@@ -97,9 +99,11 @@ bool ReturnsInventory(const TInstances& results) {
                                [](const auto& result) { return result->Find(inventoryProperty) != nullptr; });
 }
 
-// Reads every document to its end before any of them is moved.
+// Reads every document to its end before any of them is moved. Keeps their bytes in `outgoing`, which is
+// null if they are not to be sent.
 std::vector<TInventoryDocument> FinishDocuments(TPrivateDirectory& workplace, const TInstances& results,
-                                                bool hasIdentity, bool comparesResults) {
+                                                bool hasIdentity, bool comparesResults,
+                                                std::vector<TOutgoingFile>* outgoing) {
     std::vector<TInventoryDocument> documents;
     for (const char* name : ListDocuments(hasIdentity)) {
         TFileDescriptor file = workplace.OpenFile(name, O_RDONLY | O_NONBLOCK);
@@ -113,6 +117,9 @@ std::vector<TInventoryDocument> FinishDocuments(TPrivateDirectory& workplace, co
         }
         if (comparesResults && name == hardwareFileName) {
             RequireInventory(results, ReadCompressedDocument(file, name));
+        }
+        if (outgoing != nullptr) {
+            outgoing->push_back({name, ReadCompressedDocument(file, name)});
         }
         workplace.Finish(name, std::move(file));
     }
@@ -306,8 +313,11 @@ class TCollectRun {
         : options_(options),
           outputs_(options),
           sinks_(options.source.log),
-          environment_(MakeSettings(options)),
-          source_(ObtainNamespace(options.source)) {
+          environment_(MakeSettings(options)) {
+        if (options.sending.url) {
+            sending_.emplace(options.sending);
+        }
+        source_ = ObtainNamespace(options.source);
         clock_.Finish("collect");
     }
 
@@ -323,8 +333,13 @@ class TCollectRun {
             KeepRun(summary);
         }
         clock_.Finish("finish");
+        summary.sending = Send();
         summary.times = clock_.TakeTimes();
         PrintSummary(summary, out);
+        if (summary.sending && !summary.sending->IsComplete()) {
+            PrintProblems(*summary.sending);
+            return eExitUnsent;
+        }
         return GetExitStatus(source_.outcome, options_.source.isStrict);
     }
 
@@ -344,8 +359,12 @@ class TCollectRun {
         if (snapshot_) {
             clock_.Finish("save snapshot");
         }
+        if (sending_) {
+            outgoing_.push_back({sentSnapshotName, MakeSnapshotBytes(*source_.collected)});
+        }
     }
 
+    // The directory of the run is removed at the end, before anything is sent, which may take minutes.
     TRunSummary MakeDocuments() {
         TPrivateDirectory workplace(GetTarget(), "cannot write to " + options_.directory,
                                     options_.source.syncs);
@@ -383,13 +402,31 @@ class TCollectRun {
     std::vector<TInventoryDocument> Publish(const TPluginRequest& request, const TInstances& results,
                                             TPrivateDirectory& workplace) {
         auto documents = FinishDocuments(workplace, results, environment_.HasIdentity(),
-                                         /*comparesResults=*/outputs_.FindResult().has_value());
+                                         /*comparesResults=*/outputs_.FindResult().has_value(),
+                                         sending_ ? &outgoing_ : nullptr);
         if (snapshot_) {
             snapshot_->WriteKept(files_);
         }
         AddResultFile(outputs_, options_, request, results, files_);
+        if (sending_) {
+            outgoing_.push_back({sentResultName, MakeResultBytes(request.resultClass->GetName(), results)});
+        }
         MoveIntoPlace(files_, workplace, GetTarget());
         return documents;
+    }
+
+    std::optional<TSendingSummary> Send() {
+        if (!sending_) {
+            return std::nullopt;
+        }
+        files_.clear();
+        snapshot_.reset();
+        kept_.reset();
+        const std::string& url = *options_.sending.url;
+        sending_->Add(MakeRunRecord(url, *source_.collected), outgoing_, options_.source.syncs);
+        TSendingSummary summary = sending_->Send(url);
+        clock_.Finish("send");
+        return summary;
     }
 
     TRunSummary Summarise(const TPluginAnswer& answer, std::vector<TInventoryDocument> documents,
@@ -412,6 +449,8 @@ class TCollectRun {
     TCollectOutputs outputs_;
     TLogSinks sinks_;
     TRunEnvironment environment_;
+    std::optional<TSendingRun> sending_;  // absent: nothing is to be sent
+    std::vector<TOutgoingFile> outgoing_;
     TNamespaceSource source_;
     std::optional<TKeptRun> kept_;
     std::optional<TRunSnapshot> snapshot_;

@@ -4,8 +4,10 @@
 #include "program/diff_command.h"
 #include "program/help_format.h"
 #include "program/nearest_word.h"
+#include "program/sending_run.h"
 #include "program/show_command.h"
 #include "program/usage_check.h"
+#include "sending/url_template.h"
 #include "text/lines.h"
 #include "text/numbers.h"
 #include "text/shown_text.h"
@@ -109,19 +111,22 @@ std::string ParseEntityService(const std::string& url) {
     return url;
 }
 
-// Returns nullopt, no deadline, for 0. More than a day is probably a mistake in units.
-std::optional<std::chrono::milliseconds> ParseDeadline(const std::string& text) {
+// More than a day is probably a mistake in units.
+std::chrono::milliseconds ParseSeconds(const std::string& option, const std::string& text) {
     constexpr double maxSeconds = 86400;
     double seconds = -1;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
     if (error != std::errc() || end != text.data() + text.size() ||
         !(seconds >= 0 && seconds <= maxSeconds)) {
-        throw CLI::ValidationError("--deadline", "'" + text + "' is not a number of seconds from 0 to 86400");
-    }
-    if (seconds == 0) {
-        return std::nullopt;
+        throw CLI::ValidationError(option, "'" + text + "' is not a number of seconds from 0 to 86400");
     }
     return std::chrono::ceil<std::chrono::milliseconds>(std::chrono::duration<double>(seconds));
+}
+
+// Returns nullopt, no deadline, for 0.
+std::optional<std::chrono::milliseconds> ParseDeadline(const std::string& text) {
+    const auto duration = ParseSeconds("--deadline", text);
+    return duration.count() == 0 ? std::nullopt : std::optional(duration);
 }
 
 // Splits "NAME,NAME" and requires that each is the name of a collector.
@@ -351,6 +356,77 @@ std::size_t ParseKeptRuns(const std::string& text) {
     return *number;
 }
 
+// The message does not contain the URL, which may contain a password.
+std::string ParseUrlTemplate(std::string text) {
+    try {
+        return TUrlTemplate(std::move(text)).GetText();
+    } catch (const std::invalid_argument& error) {
+        throw CLI::ValidationError("--send", std::string("the URL cannot be used: ") + error.what());
+    }
+}
+
+std::uintmax_t ParseMebibytes(const std::string& text) {
+    constexpr std::uint64_t most = 1'048'576;
+    const auto number = ParseNumber<std::uint64_t>(text);
+    if (!number || *number == 0 || *number > most) {
+        throw CLI::ValidationError("--spool-limit",
+                                   "'" + text + "' is not a number of MiB from 1 to 1048576");
+    }
+    return *number;
+}
+
+void AddFile(CLI::App& command, const std::string& option, std::optional<std::string>& file,
+             const std::string& description) {
+    command.add_option(option, file, description)->type_name("FILE");
+}
+
+void AddSendingOptions(CLI::App& command, TSendingOptions& options, const std::string& description) {
+    command
+        .add_option_function<std::string>(
+            "--send", [&options](const std::string& url) { options.url = ParseUrlTemplate(url); },
+            description)
+        ->type_name("URL");
+    AddFile(command, "--send-certificate", options.credentials.certificate,
+            "Certificate that this machine presents to the server, as PEM");
+    AddFile(command, "--send-key", options.credentials.key,
+            "Private key of the certificate, as PEM (default: in the file of the certificate)");
+    AddFile(command, "--send-ca", options.credentials.authorities,
+            "Accept only servers whose certificate one of these certificates has signed, as PEM (default: "
+            "those of the system)");
+    AddFile(command, "--send-token-file", options.credentials.token,
+            "Send the token in this file, which others cannot read, with each request");
+    command.add_flag("--send-http", options.allowsHttp,
+                     "Also send without TLS to other machines, where everyone on the way can read it");
+    command
+        .add_option_function<std::string>(
+            "--send-time",
+            [&options](const std::string& text) { options.limit = ParseSeconds("--send-time", text); },
+            "Try to send for at most this time (default: 120)")
+        ->type_name("SECONDS");
+    command
+        .add_option_function<std::string>(
+            "--spool-limit",
+            [&options](const std::string& text) { options.spoolLimitMiB = ParseMebibytes(text); },
+            "Drop the oldest waiting runs if all together are larger than this (default: 64)")
+        ->type_name("MIB");
+    command.callback([&options] {
+        const auto fault = options.url ? FindUrlFault(TUrlTemplate(*options.url), options) : std::nullopt;
+        if (fault) {
+            throw CLI::ValidationError("--send", "the URL cannot be used: " + *fault);
+        }
+    });
+}
+
+void AddSendCommand(CLI::App& program, TSendOptions& options) {
+    CLI::App& command = *program.add_subcommand("send", "Send the files of earlier runs that wait for it");
+    AddSendingOptions(command, options.sending,
+                      "Send to this URL (default: the one for which the runs were collected)");
+    command
+        .add_option("DIR", options.sending.spool,
+                    "Directory with the waiting runs (default: that of collect)")
+        ->type_name("DIR");
+}
+
 void AddCollectCommand(CLI::App& program, TCollectOptions& options) {
     CLI::App& command = *program.add_subcommand("collect", "Write the inventory files of this machine");
     AddSourceOptions(command, options.source);
@@ -398,6 +474,13 @@ void AddCollectCommand(CLI::App& program, TCollectOptions& options) {
         ->excludes(result)
         ->excludes(snapshot)
         ->type_name("NUMBER");
+    AddSendingOptions(command, options.sending,
+                      "Send documents, compressed snapshot and result to this URL by HTTP PUT; %{machine}, "
+                      "%{host}, %{date} and %{time} are replaced");
+    command
+        .add_option("--spool", options.sending.spool,
+                    "Directory for files that wait to be sent (default: below the state directory)")
+        ->type_name("DIR");
 }
 
 void AddSnapshotCommand(CLI::App& program, TSnapshotOptions& options) {
@@ -436,6 +519,7 @@ struct TModel {
         AddReportCommand(program, report);
         AddDiffCommand(program, diff);
         AddCollectCommand(program, collect);
+        AddSendCommand(program, send);
         AddSnapshotCommand(program, snapshot);
         AddCaptureCommand(program, capture);
         AddWordCommands();
@@ -448,6 +532,7 @@ struct TModel {
     TReportOptions report;
     TDiffOptions diff;
     TCollectOptions collect;
+    TSendOptions send;
     TSnapshotOptions snapshot;
     TCaptureOptions capture;
     TCompletionOptions completion;
@@ -542,6 +627,9 @@ TCommand ParseCommandLine(int argc, const char* const* argv) {
     }
     if (command == "collect") {
         return model.collect;
+    }
+    if (command == "send") {
+        return model.send;
     }
     if (command == "snapshot") {
         return model.snapshot;

@@ -4,11 +4,14 @@
 #include "inventory/compare/comparison.h"
 #include "inventory/read/resource_filter.h"
 #include "machine/supervision/machine_options.h"
+#include "sending/credential_files.h"
 #include "vorhost/run/exit_status.h"
 #include "vorhost/run/log_sinks.h"
 #include "vorhost/services/host_settings.h"
 
+#include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <ostream>
 #include <string>
@@ -26,8 +29,19 @@ struct TSourceOptions {
     bool syncs = true;  ///< sync files to disk before they replace earlier ones
 };
 
+/// The options of the commands that send.
+struct TSendingOptions {
+    std::optional<std::string> url;  ///< template; absent: collect sends nothing, send uses that of the runs
+    TCredentialFiles credentials;
+    bool allowsHttp = false;                                      ///< http without TLS to other machines
+    std::chrono::milliseconds limit = std::chrono::seconds(120);  ///< of all attempts together
+    std::optional<std::string> spool;                             ///< directory; absent: the default one
+    std::uintmax_t spoolLimitMiB = 64;
+};
+
 struct TCollectOptions {
     TSourceOptions source;
+    TSendingOptions sending;
     std::string directory = ".";
     std::optional<std::string> kelId;           ///< absent: environment variable ZETKELID
     std::optional<EReachability> reachability;  ///< absent: `network` with an identity, otherwise `yes`
@@ -58,6 +72,10 @@ struct TShowOptions {
     bool isLong = false;                    ///< text: every property
     bool comparesSources = false;           ///< html: show what changed from the first source to the last
     std::optional<std::string> outputFile;  ///< absent: standard output
+};
+
+struct TSendOptions {
+    TSendingOptions sending;
 };
 
 struct TValidateOptions {
@@ -97,8 +115,8 @@ struct TEarlyExit {
 };
 
 using TCommand = std::variant<TShowOptions, TDiffOptions, TValidateOptions, TExplainOptions, TReportOptions,
-                              TCollectOptions, TSnapshotOptions, TCaptureOptions, TCollectorsOptions,
-                              TCompletionOptions, TEarlyExit>;
+                              TCollectOptions, TSendOptions, TSnapshotOptions, TCaptureOptions,
+                              TCollectorsOptions, TCompletionOptions, TEarlyExit>;
 
 /// Parses the command line. Prints help or version to standard output, and usage errors to standard error;
 /// returns TEarlyExit in both cases.

@@ -8,6 +8,7 @@
 #include "program/diff_command.h"
 #include "program/explain_command.h"
 #include "program/report_command.h"
+#include "program/send_command.h"
 #include "program/show_command.h"
 #include "program/snapshot_command.h"
 #include "program/validate_command.h"
@@ -66,6 +67,9 @@ struct TRunCommand {
     int operator()(const TCollectOptions& options) const {
         RequireProcFileSystem();
         return PrintResult([&](std::ostream& out) { return RunCollect(options, out); });
+    }
+    int operator()(const TSendOptions& options) const {
+        return PrintResult([&](std::ostream& out) { return RunSend(options, out); });
     }
     int operator()(const TSnapshotOptions& options) const {
         RequireProcFileSystem();

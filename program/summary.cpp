@@ -128,7 +128,27 @@ void PrintSummary(const TRunSummary& summary, std::ostream& out) {
         PrintRow(out, "Completed", name + " of a run that was killed");
     }
     PrintRow(out, "Credential", summary.credential);
+    if (summary.sending) {
+        PrintSending(*summary.sending, out);
+    }
     PrintRow(out, "Time", DescribeTimes(summary.times));
+}
+
+void PrintSending(const TSendingSummary& sending, std::ostream& out) {
+    const TSendingReport& report = sending.report;
+    const std::string sent = report.sentFiles == 0
+                                 ? "nothing"
+                                 : Count(report.sentFiles, "file") + " of " + Count(report.sentRuns, "run") +
+                                       ", " + WithThousands(report.sentBytes) + " bytes,";
+    PrintRow(out, "Sent", sent + " to " + sending.site);
+    if (sending.waitingFiles != 0) {
+        PrintRow(out, "Waiting",
+                 Count(sending.waitingFiles, "file") + " of " + Count(sending.waitingRuns, "run") + " in " +
+                     sending.spool);
+    }
+    if (sending.droppedRuns != 0) {
+        PrintRow(out, "Dropped", Count(sending.droppedRuns, "run") + ", the oldest, because of the limit");
+    }
 }
 
 void PrintCaptureSummary(const TCaptureSummary& summary, std::ostream& out) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "machine/supervision/collect_outcome.h"
+#include "program/sending_run.h"
 #include "vorhost/run/inventory_document.h"
 
 #include <chrono>
@@ -27,6 +28,7 @@ struct TRunSummary {
     std::vector<std::string> earlierFiles;      ///< documents of earlier runs in the target directory
     std::string credential;                     ///< "obtained", or why there is none
     TCollectOutcome outcome;
+    std::optional<TSendingSummary> sending;  ///< absent: nothing was to be sent
     std::vector<TStepTime> times;
 };
 
@@ -34,6 +36,9 @@ void PrintSummary(const TRunSummary& summary, std::ostream& out);
 
 /// Prints a row for each kind of gap, each warning, and replaced bytes; nothing if there are none.
 void PrintOutcome(const TCollectOutcome& outcome, std::ostream& out);
+
+/// Prints rows for what was sent, what waits, and what was dropped.
+void PrintSending(const TSendingSummary& sending, std::ostream& out);
 
 struct TCaptureSummary {
     std::string origin;

@@ -8,6 +8,7 @@ enum EExitStatus : int {
     eExitFailed = 1,  ///< the request failed; one line on standard error gives the reason
     eExitUsage = 2,   ///< the command line is wrong
     eExitGaps = 3,    ///< with --strict: done, but a source could not be read
+    eExitUnsent = 4,  ///< done, but not everything could be sent; it waits in the spool
 };
 
 }  // namespace NVORHOST
