@@ -9,7 +9,7 @@
 
 namespace NVORHOST {
 
-/// What a client shows to the server, and how it recognises the server. The members are contents, not paths.
+/// The proofs that a client and a server require of each other. The members are contents, not paths.
 struct TTransferCredentials {
     std::optional<std::string> certificate;  ///< PEM: certificate of the client and those that sign it
     std::optional<std::string> key;          ///< PEM: private key of the certificate

@@ -16,8 +16,8 @@ struct TUrlValues {
     std::string time;     ///< hhmmss: %{time}
 };
 
-/// A valid template. After expansion, its URL has exactly the segments that the template shows, whatever the
-/// values contain.
+/// A valid template. After expansion, its URL has exactly the segments that the template shows, for any
+/// values.
 class TUrlTemplate {
   public:
     /// Shape:  http or https, host, optional port, and a path that ends in "/", to which the name of each

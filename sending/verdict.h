@@ -1,4 +1,4 @@
-// What follows from the result of one transfer.
+// Decides how sending continues after one transfer.
 #pragma once
 
 #include "sending/transfer.h"

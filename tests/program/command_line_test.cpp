@@ -38,6 +38,7 @@ const std::vector<std::vector<std::string>> helps{
     {"report", "--help"},
     {"diff", "--help"},
     {"collect", "--help"},
+    {"send", "--help"},
     {"snapshot", "--help"},
     {"capture", "--help"},
     {"collectors", "--help"},
@@ -76,7 +77,7 @@ TEST(CommandLine, VersionNamesTheProgramAndItsVersion) {
 TEST(CommandLine, HelpListsTheCommands) {
     const auto result = RunNoxinfo({{"--help"}, "", {}});
     EXPECT_EQ(result.status, 0);
-    for (const char* command : {"\n  collect ", "\n  snapshot ", "\n  capture ", "\n  collectors "}) {
+    for (const char* command : {"\n  collect ", "\n  send ", "\n  snapshot ", "\n  capture ", "\n  collectors "}) {
         EXPECT_THAT(result.standardOutput, HasSubstr(command));
     }
 }
