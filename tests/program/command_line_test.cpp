@@ -77,7 +77,8 @@ TEST(CommandLine, VersionNamesTheProgramAndItsVersion) {
 TEST(CommandLine, HelpListsTheCommands) {
     const auto result = RunNoxinfo({{"--help"}, "", {}});
     EXPECT_EQ(result.status, 0);
-    for (const char* command : {"\n  collect ", "\n  send ", "\n  snapshot ", "\n  capture ", "\n  collectors "}) {
+    for (const char* command :
+         {"\n  collect ", "\n  send ", "\n  snapshot ", "\n  capture ", "\n  collectors "}) {
         EXPECT_THAT(result.standardOutput, HasSubstr(command));
     }
 }
