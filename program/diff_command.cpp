@@ -1,6 +1,7 @@
 #include "program/diff_command.h"
 
 #include "inventory/compare/comparison.h"
+#include "inventory/report/diff_page.h"
 #include "inventory/write/diff_json_writer.h"
 #include "inventory/write/diff_text_writer.h"
 #include "program/inventory_source.h"
@@ -65,6 +66,8 @@ constexpr TFormatRow formats[] = {
     {"ndjson",
      [](const TComparison& comparison, const TInventory& before, const TInventory& after, const TDiffOptions&,
         std::ostream& out) { WriteDiffNdjson(comparison, before, after, out); }},
+    {"html", [](const TComparison& comparison, const TInventory& before, const TInventory& after,
+                const TDiffOptions&, std::ostream& out) { WriteDiffPage(comparison, before, after, out); }},
 };
 
 }  // namespace

@@ -1,11 +1,15 @@
 #include "inventory/report/changes_section.h"
 
+#include "inventory/compare/part.h"
 #include "inventory/model/shown_value.h"
 #include "inventory/report/report_inventory.h"
 #include "inventory/report/report_tables.h"
+#include "inventory/write/part_words.h"
 
+#include <algorithm>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace NINVENTORY {
 namespace {
@@ -41,20 +45,56 @@ void WriteWhole(THtmlWriter& html, const TDifference& difference) {
     WriteCell(html, titles[4], difference.after == nullptr ? "absent" : "present");
 }
 
+void WriteRow(THtmlWriter& html, const TDifference& difference, std::string_view name,
+              std::string_view before, std::string_view now) {
+    const auto row = html.Element("tr");
+    BeginRow(html, difference);
+    WriteCell(html, titles[2], name);
+    WriteCell(html, titles[3], before);
+    WriteCell(html, titles[4], now);
+}
+
+// Returns the names of the entries of OtherIdentifyingInfo that differ, those of the old side first; none if
+// a side has no names for them.
+std::vector<std::string_view> ListChangedEntries(const TDifference& difference) {
+    std::vector<std::string_view> changed;
+    const auto add = [&](const TResource& resource) {
+        for (const std::string_view name : ListEntries(resource)) {
+            const bool isListed = std::ranges::find(changed, name) != changed.end();
+            if (!isListed && GetFact(*difference.before, name) != GetFact(*difference.after, name)) {
+                changed.push_back(name);
+            }
+        }
+    };
+    if (difference.before != nullptr && difference.after != nullptr) {
+        add(*difference.before);
+        add(*difference.after);
+    }
+    return changed;
+}
+
 void WriteDifference(THtmlWriter& html, const TDifference& difference) {
     if (difference.properties.empty()) {
         return WriteWhole(html, difference);
     }
+    const std::vector<std::string_view> entries = ListChangedEntries(difference);
+    for (const std::string_view entry : entries) {
+        WriteRow(html, difference, LabelEntry(entry), GetFact(*difference.before, entry),
+                 GetFact(*difference.after, entry));
+    }
     for (const TPropertyDifference& property : difference.properties) {
-        const auto row = html.Element("tr");
-        BeginRow(html, difference);
-        WriteCell(html, titles[2], property.GetName());
-        WriteCell(html, titles[3], ShowSide(difference.before, property.before));
-        WriteCell(html, titles[4], ShowSide(difference.after, property.after));
+        const std::string_view name = property.GetName();
+        const bool isOfEntries = name == "OtherIdentifyingInfo" || name == "IdentifyingDescriptions";
+        if (entries.empty() || !isOfEntries) {
+            WriteRow(html, difference, name, ShowSide(difference.before, property.before),
+                     ShowSide(difference.after, property.after));
+        }
     }
 }
 
-void WriteTable(THtmlWriter& html, const TComparison& comparison) {
+}  // namespace
+
+void WriteChangesTable(THtmlWriter& html, const TComparison& comparison) {
     const auto table = html.Element("table");
     const std::size_t count = comparison.differences.size();
     html.Leaf("caption", std::to_string(count) + (count == 1 ? " part differs" : " parts differ"));
@@ -86,8 +126,6 @@ void WriteOneSided(THtmlWriter& html, const TComparison& comparison) {
     }
 }
 
-}  // namespace
-
 void WriteChanges(THtmlWriter& html, const TComparison& comparison, const TInventory& before) {
     {
         const auto paragraph = html.Element("p", {{"class", "quiet"}});
@@ -100,7 +138,7 @@ void WriteChanges(THtmlWriter& html, const TComparison& comparison, const TInven
     if (comparison.IsSame()) {
         html.Leaf("p", "Nothing has changed.");
     } else {
-        WriteTable(html, comparison);
+        WriteChangesTable(html, comparison);
     }
     WriteOneSided(html, comparison);
 }

@@ -4,7 +4,7 @@ namespace NINVENTORY {
 namespace {
 
 // Update styleDigest with the sheet: PageStyle.DigestIsThatOfTheSheet prints the new one.
-constexpr std::string_view styleDigest = "Cih87s3Nlkb5E+yY0MiLR5yiSFbIEMoTXD52Dalkpfk=";
+constexpr std::string_view styleDigest = "N0TWBT+vdvFxlm5qSXcKKJ00MnGQs471pNrFw/af+eM=";
 
 constexpr std::string_view styleSheet = R"css(
 :root {
@@ -102,6 +102,7 @@ caption { text-align: left; padding-bottom: 0.25rem; font-size: 0.875rem; }
 th, td { text-align: left; vertical-align: top; padding: 0.25rem 1rem 0.25rem 0; border-bottom: 1px solid var(--rule); }
 thead th { font-size: 0.875rem; font-weight: 400; color: var(--quiet); vertical-align: bottom; border-bottom-color: var(--edge); }
 tbody th { font-weight: 700; }
+thead th, td[data-title="change"] { overflow-wrap: normal; }
 details { margin-top: 0.5rem; }
 summary { cursor: pointer; color: var(--accent); }
 details details { margin-left: 1rem; }

@@ -4,7 +4,7 @@
 #include "inventory/report/changes_section.h"
 #include "inventory/report/html_writer.h"
 #include "inventory/report/network_section.h"
-#include "inventory/report/page_style.h"
+#include "inventory/report/page_frame.h"
 #include "inventory/report/report_head.h"
 #include "inventory/report/report_inventory.h"
 #include "inventory/report/report_notes.h"
@@ -81,26 +81,10 @@ class TReportWriter final : public IInventoryFormat {
         if (sources_ == EReportSources::compared && inventories_.size() > 1) {
             before_ = &inventories_.front();
         }
-        const auto page = html_.Begin("en");
-        WritePageHead();
-        WriteBody();
+        WritePage(html_, GetTitle(), [this] { WriteMachines(); });
     }
 
   private:
-    void WritePageHead() {
-        const auto head = html_.Element("head");
-        html_.Void("meta", {{"charset", "utf-8"}});
-        html_.Void("meta",
-                   {{"http-equiv", "Content-Security-Policy"},
-                    {"content", "default-src 'none'; style-src 'sha256-" + std::string(GetStyleDigest()) +
-                                    "'; base-uri 'none'; form-action 'none'"}});
-        html_.Void("meta", {{"name", "viewport"}, {"content", "width=device-width, initial-scale=1"}});
-        html_.Void("meta", {{"name", "color-scheme"}, {"content", "light dark"}});
-        html_.Void("meta", {{"name", "referrer"}, {"content", "no-referrer"}});
-        html_.Leaf("title", GetTitle());
-        html_.StyleSheet(GetStyleSheet());
-    }
-
     bool IsShown(const TReportInventory& inventory) const {
         return before_ == nullptr || &inventory == &inventories_.back();
     }
@@ -115,13 +99,7 @@ class TReportWriter final : public IInventoryFormat {
         return names + ": hardware inventory";
     }
 
-    void WriteBody() {
-        const auto body = html_.Element("body");
-        {
-            const auto skip = html_.Link("report", {{"class", "skip"}});
-            html_.Text("Skip to the report");
-        }
-        const auto main = html_.Element("main", {{"id", "report"}});
+    void WriteMachines() {
         for (const TReportInventory& inventory : inventories_) {
             if (IsShown(inventory)) {
                 WriteMachine(inventory);

@@ -70,5 +70,31 @@ TEST_F(Diff, WritesAFileOnlyIfBothSourcesCanBeRead) {
     EXPECT_THAT(ReadFile(folder_ / "diff.txt"), StartsWith("old          "));
 }
 
+TEST_F(Diff, WritesJsonThatItsSchemaAccepts) {
+    WriteFile(folder_ / "new.xml",
+              Replace(ReadFile(smallHardware), "<Value>2500</Value>", "<Value>2600</Value>"));
+    EXPECT_EQ(Run({smallHardware, "new.xml", "--format", "json", "--output", "a.json"}).status, 1);
+    EXPECT_EQ(Run({smallHardware, "new.xml", "--format", "ndjson", "--output", "a.ndjson"}).status, 1);
+    EXPECT_EQ(Run({smallHardware, smallHardware, "--format", "json", "--output", "same.json"}).status, 0);
+    const auto result = RunProgram(
+        NOXINFO_PYTHON, {{NOXINFO_CHECK_JSON, NOXINFO_DIFF_SCHEMA, "a.json", "a.ndjson", "same.json"},
+                         folder_.GetPath(),
+                         {}});
+    EXPECT_EQ(result.status, 0) << result.standardOutput << result.standardError;
+}
+
+TEST_F(Diff, WritesAPage) {
+    WriteFile(folder_ / "new.xml",
+              Replace(ReadFile(smallHardware), "<Value>2500</Value>", "<Value>2600</Value>"));
+    const auto result = Run({smallHardware, "new.xml", "--format", "html"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.standardOutput, StartsWith("<!DOCTYPE html>\n"));
+    EXPECT_THAT(result.standardOutput, HasSubstr("<p class=\"lead\">1 change: 1 changed</p>\n"));
+    EXPECT_THAT(result.standardOutput, HasSubstr("<td data-title=\"property\"><bdi>MaxClockSpeed</bdi></td>\n"
+                                                 "<td data-title=\"before\"><bdi>2.5 GHz</bdi></td>\n"
+                                                 "<td data-title=\"now\"><bdi>2.6 GHz</bdi></td>\n"));
+    EXPECT_EQ(Run({smallHardware, smallHardware, "--format", "html"}).status, 0);
+}
+
 }  // namespace
 }  // namespace NVORHOST

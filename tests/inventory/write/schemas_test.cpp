@@ -3,13 +3,17 @@
 #include "inventory/read/document_reader.h"
 #include "inventory/write/csv_writer.h"
 #include "inventory/write/cyclonedx_writer.h"
+#include "inventory/write/diff_json_writer.h"
 #include "inventory/write/json_writer.h"
 #include "inventory/write/openmetrics_writer.h"
+#include "tests/inventory/compare/random_inventory.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <random>
 #include <sstream>
 #include <vector>
 
@@ -117,6 +121,87 @@ TEST_P(TTexts, AreATableOfNineColumns) {
                    "lengths = {len(row) for row in csv.reader(file, strict=True)}\n"
                    "sys.exit(lengths != {9})'",
                    GetParam()(&MakeCsvWriter));
+}
+
+TInventory ReadMachine(const fs::path& folder) {
+    class TRecorder final : public IDocumentEvents {
+      public:
+        explicit TRecorder(TInventory& inventory) : inventory_(inventory) {}
+        void BeginDocument(const TDocumentHead& head) override { inventory_.documents.push_back(head); }
+        void BeginList(std::string_view type, int /*line*/) override { inventory_.types.emplace_back(type); }
+        void AddResource(TResource&& resource) override {
+            inventory_.resources.push_back(std::move(resource));
+        }
+
+      private:
+        TInventory& inventory_;
+    };
+    TInventory inventory;
+    inventory.source = folder.filename().string();
+    TRecorder recorder(inventory);
+    TDocumentInput input((folder / "expected.xml").string());
+    ReadDocument(input, recorder);
+    return inventory;
+}
+
+// Writes the comparison as JSON on one line, and its lines of NDJSON.
+void WriteComparison(const TInventory& before, const TInventory& after, const TComparisonSettings& settings,
+                     std::string& lines) {
+    const TComparison comparison = Compare(before, after, settings);
+    std::ostringstream json, ndjson;
+    WriteDiffJson(comparison, before, after, json);
+    WriteDiffNdjson(comparison, before, after, ndjson);
+    std::string text = json.str();
+    std::erase(text, '\n');  // texts in JSON have none
+    lines += text + "\n" + ndjson.str();
+}
+
+TEST(DiffSchema, AcceptsComparisonsOfAllMachines) {
+    std::vector<TInventory> machines;
+    for (const auto& machine : fs::directory_iterator(NOXINFO_MACHINES)) {
+        if (machine.is_directory()) {
+            machines.push_back(ReadMachine(machine.path()));
+        }
+    }
+    ASSERT_GT(machines.size(), 5U);
+    std::string lines;
+    for (std::size_t i = 1; i < machines.size(); ++i) {
+        WriteComparison(machines[i - 1], machines[i], {.comparesAll = i % 2 == 0}, lines);
+    }
+    ExpectAccepted(checkJson + NOXINFO_DIFF_SCHEMA, lines, ".ndjson");
+}
+
+TEST(DiffSchema, AcceptsComparisonsOfRandomInventories) {
+    constexpr unsigned rounds = 30;
+    std::string lines;
+    for (unsigned seed = 0; seed < rounds; ++seed) {
+        std::mt19937 generator(seed);
+        const auto take = [&] { return static_cast<std::uint8_t>(generator()); };
+        TInventory before = MakeRandomInventory(take);
+        TInventory after = MakeRandomInventory(take);
+        before.source = after.source = "random";
+        WriteComparison(before, after, {.comparesAll = seed % 2 == 0}, lines);
+    }
+    ExpectAccepted(checkJson + NOXINFO_DIFF_SCHEMA, lines, ".ndjson");
+}
+
+TEST(DiffSchema, RejectsAnotherForm) {
+    const std::string start = R"({"oldSource":"a","newSource":"b","resourceType":"T",)";
+    const std::string side = R"({"resourceId":"A"})";
+    const std::string whole = R"({"resourceId":"A","properties":{}})";
+    EXPECT_EQ(
+        RunHelper(checkJson + NOXINFO_DIFF_SCHEMA,
+                  start + R"("change":"moved","properties":{},"old":)" + side + ",\"new\":" + side + "}")
+            .status,
+        0);
+    for (const std::string& text :
+         {std::string("{}"), start + R"("change":"moved","old":)" + side + ",\"new\":null}",
+          start + R"("change":"added","old":null,"new":)" + side + "}",
+          start + R"("change":"removed","old":null,"new":)" + whole + "}",
+          start + R"("change":"added","old":null,"more":1,"new":)" + whole + "}",
+          start + R"("change":"lost","old":null,"new":)" + whole + "}"}) {
+        EXPECT_NE(RunHelper(checkJson + NOXINFO_DIFF_SCHEMA, text).status, 0) << text;
+    }
 }
 
 TEST(Schemas, RejectAnotherForm) {
