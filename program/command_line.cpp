@@ -216,15 +216,15 @@ CLI::Option* AddNames(CLI::App& command, const std::string& option, std::vector<
         ->type_name(typeName);
 }
 
+constexpr char sourceDescription[] =
+    "Document, saved namespace or result, a folder that holds one, or the tree of a captured machine; - is "
+    "standard input";
+
 // Adds the inventories to read. The options of the machine exclude them.
 CLI::Option* AddSources(CLI::App& command, std::vector<std::string>& sources,
                         const std::vector<CLI::Option*>& machine) {
     CLI::Option* const option =
-        command
-            .add_option(
-                "SOURCE", sources,
-                "Document, saved namespace or result, or a folder that holds one; - is standard input "
-                "(default: this machine)")
+        command.add_option("SOURCE", sources, std::string(sourceDescription) + " (default: this machine)")
             ->type_name("FILE");
     for (CLI::Option* each : machine) {
         each->excludes(option);
@@ -297,11 +297,10 @@ void AddExplainCommand(CLI::App& program, TExplainOptions& options) {
                     "Identifier, its first digits (at least four), or the name of a resource")
         ->type_name("RESOURCE")
         ->required();
-    CLI::Option* const source = command
-                                    .add_option("SOURCE", options.source,
-                                                "Document, saved namespace or result, or a folder that holds "
-                                                "one (default: this machine)")
-                                    ->type_name("FILE");
+    CLI::Option* const source =
+        command
+            .add_option("SOURCE", options.source, std::string(sourceDescription) + " (default: this machine)")
+            ->type_name("FILE");
     for (CLI::Option* option : machine) {
         option->excludes(source);
     }
@@ -321,6 +320,8 @@ std::vector<NINVENTORY::TIgnored> ParseIgnored(const std::vector<std::string>& t
 
 void AddDiffCommand(CLI::App& program, TDiffOptions& options) {
     CLI::App& command = *program.add_subcommand("diff", "Show what differs between two inventories");
+    const std::vector<CLI::Option*> machine = AddMachineOptions(command, options.machine);
+    AddRunOptions(command, options.machine);
     command.add_option("--format", options.format, "Format of the output (default: text)")
         ->check(CLI::IsMember(ListDiffFormats()).description(noDescription))
         ->type_name(JoinWith(ListDiffFormats(), "|"));
@@ -337,13 +338,12 @@ void AddDiffCommand(CLI::App& program, TDiffOptions& options) {
                      "Also compare what changes by itself, and what only one of the inventories can contain");
     command.add_option("--output", options.outputFile, "Write to this file instead of standard output")
         ->type_name("FILE");
-    for (const auto& [name, target] : {std::pair("OLD", &options.before), std::pair("NEW", &options.after)}) {
-        command
-            .add_option(
-                name, *target,
-                "Document, saved namespace or result, or a folder that holds one; - is standard input")
-            ->type_name("FILE")
-            ->required();
+    command.add_option("OLD", options.before, sourceDescription)->type_name("FILE")->required();
+    CLI::Option* const after =
+        command.add_option("NEW", options.after, std::string(sourceDescription) + " (default: this machine)")
+            ->type_name("FILE");
+    for (CLI::Option* option : machine) {
+        option->excludes(after);
     }
 }
 

@@ -96,7 +96,9 @@ struct TReportOptions {
 };
 
 struct TDiffOptions {
-    std::string before, after;  ///< files and folders; one of them may be "-", standard input
+    TSourceOptions machine;            ///< without namespaceFile; used if there is no `after`
+    std::string before;                ///< file or folder; "-" is standard input
+    std::optional<std::string> after;  ///< as `before`; only one of them may be standard input
     std::string format = "text";
     NINVENTORY::TComparisonSettings settings;
     std::optional<std::string> outputFile;  ///< absent: standard output

@@ -5,12 +5,17 @@
 #include "inventory/write/diff_json_writer.h"
 #include "inventory/write/diff_text_writer.h"
 #include "program/inventory_source.h"
+#include "program/summary.h"
 #include "program/terminal.h"
+#include "vorhost/run/log_sinks.h"
 #include "vorhost/run/output_file.h"
+#include "vorhost/run/run_environment.h"
 #include "vorhost/run/run_failure.h"
 
 #include <algorithm>
+#include <iostream>
 #include <iterator>
+#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -38,11 +43,14 @@ class TInventoryRecorder final : public NINVENTORY::IDocumentEvents {
     TInventory& inventory_;
 };
 
-TInventory ReadInventory(const std::string& path) {
+// Reads the source, or this machine if there is none, and adds what was missing of it to `outcome`.
+TInventory ReadInventory(const std::optional<std::string>& path, const TSourceOptions& options,
+                         TCollectOutcome& outcome) {
     TInventory inventory;
     TInventoryRecorder recorder(inventory);
-    PassInventory(
-        path, [&](const std::string& name) { inventory.source = name; }, recorder);
+    const TBeginSource begin = [&](const std::string& name) { inventory.source = name; };
+    AddOutcome(path ? PassSource(*path, options, begin, recorder) : PassMachine(options, begin, recorder),
+               outcome);
     return inventory;
 }
 
@@ -76,16 +84,23 @@ EDiffStatus RunDiff(const TDiffOptions& options, std::ostream& out) {
     if (options.before == "-" && options.after == "-") {
         throw TRunFailure("only one of the two sources can be standard input");
     }
-    const TInventory before = ReadInventory(options.before);
-    const TInventory after = ReadInventory(options.after);
+    const TLogSinks sinks(options.machine.log);
+    const TRunEnvironment environment({.localTime = options.machine.machine.localTime});
+    TCollectOutcome outcome;
+    const TInventory before = ReadInventory(options.before, options.machine, outcome);
+    const TInventory after = ReadInventory(options.after, options.machine, outcome);
     const TComparison comparison = Compare(before, after, options.settings);
     const auto* const row = std::ranges::find(formats, options.format, &TFormatRow::name);
     if (options.outputFile) {
-        const TOutputPlace place = ResolveOutputPlace(*options.outputFile, {});
-        WriteOutputFile(place, *options.outputFile, /*syncs=*/true,
+        const TOutputPlace place = ResolveOutputPlace(*options.outputFile, options.machine.log.file);
+        WriteOutputFile(place, *options.outputFile, options.machine.syncs,
                         [&](std::ostream& file) { row->write(comparison, before, after, options, file); });
     } else {
         row->write(comparison, before, after, options, out);
+    }
+    PrintOutcome(outcome, options.format == "text" && !options.outputFile ? out : std::cerr);
+    if (options.machine.isStrict && outcome.HasGaps()) {
+        return eDiffGaps;
     }
     return comparison.IsSame() ? eDiffSame : eDiffDifferent;
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "program/command_line.h"
+#include "vorhost/run/exit_status.h"
 
 #include <ostream>
 #include <string>
@@ -9,15 +10,16 @@
 
 namespace NVORHOST {
 
-/// The exit statuses of this command are those of diff(1).
+/// The exit statuses of this command are those of diff(1), and `eExitGaps` in strict mode.
 enum EDiffStatus : int {
     eDiffSame = 0,
     eDiffDifferent = 1,
     eDiffTrouble = 2,  ///< a source could not be read, or the output not be written
+    eDiffGaps = eExitGaps,
 };
 
-/// Compares the two sources and writes the differences in the format of the options. Nothing is written below
-/// --output if a source cannot be read.
+/// Compares the two sources, or the first one and this machine, and writes the differences in the format of
+/// the options. Nothing is written below --output if a source cannot be read.
 /// Errors: throws TRunFailure.
 EDiffStatus RunDiff(const TDiffOptions& options, std::ostream& out);
 

@@ -35,7 +35,7 @@ std::vector<TResource> ReadResources(const TExplainOptions& options) {
     TResources events;
     const TBeginSource begin = [](const std::string&) {};
     if (options.source) {
-        PassInventory(*options.source, begin, events);
+        (void)PassSource(*options.source, options.machine, begin, events);
     } else {
         (void)PassMachine(options.machine, begin, events);
     }

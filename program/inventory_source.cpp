@@ -2,6 +2,7 @@
 
 #include "documents/document_error.h"
 #include "inventory/read/document_reader.h"
+#include "machine/supervision/machine_door.h"
 #include "program/namespace_resources.h"
 #include "program/namespace_source.h"
 #include "program/result_names.h"
@@ -63,6 +64,10 @@ TMemoryNamespace Load(const std::string& path, TDocumentInput& input) {
 
 // The files of a folder, by what they hold.
 struct TFolder {
+    bool IsEmpty() const {
+        return namespaces.empty() && results.empty() && hardware.empty() && systemInformation.empty();
+    }
+
     std::vector<std::string> namespaces, results, hardware, systemInformation;
 };
 
@@ -164,8 +169,20 @@ void PassInventory(const std::string& path, const TBeginSource& begin, IDocument
     }
 }
 
+TCollectOutcome PassSource(const std::string& path, const TSourceOptions& options, const TBeginSource& begin,
+                           IDocumentEvents& events) {
+    if (path != "-" && IsMachineRoot(path) && ListFolder(path).IsEmpty()) {
+        TSourceOptions tree = options;
+        tree.machine.sysroot = path;
+        return PassMachine(tree, begin, events);
+    }
+    PassInventory(path, begin, events);
+    return {};
+}
+
 TCollectOutcome PassMachine(const TSourceOptions& options, const TBeginSource& begin,
                             IDocumentEvents& events) {
+    RequireProcFileSystem();
     const TNamespaceSource source = ObtainNamespace(options);
     begin(source.origin);
     PassResources(*source.collected, source.localTime ? FormatDate(TCIMValue(*source.localTime)) : "",

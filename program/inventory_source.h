@@ -17,7 +17,14 @@ using TBeginSource = std::function<void(const std::string& name)>;
 /// one, else its documents, each a source by its own path. Errors: throws TDocumentError.
 void PassInventory(const std::string& path, const TBeginSource& begin, NINVENTORY::IDocumentEvents& events);
 
-/// Collects from a machine without writing anything. Errors: see ObtainNamespace.
+/// Reads a source as PassInventory does, or collects from a folder that holds no inventory but is the tree of
+/// a machine, as `options` require. Returns what was missing of a machine; nothing for other sources. Errors:
+/// throws TDocumentError, and as PassMachine.
+TCollectOutcome PassSource(const std::string& path, const TSourceOptions& options, const TBeginSource& begin,
+                           NINVENTORY::IDocumentEvents& events);
+
+/// Collects from a machine without writing anything. Errors: see ObtainNamespace; throws TRunFailure if /proc
+/// is missing.
 TCollectOutcome PassMachine(const TSourceOptions& options, const TBeginSource& begin,
                             NINVENTORY::IDocumentEvents& events);
 

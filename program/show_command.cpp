@@ -76,7 +76,7 @@ TCollectOutcome WriteSources(const TShowOptions& options, std::ostream& out) {
                 begin(row->joinsFolders && source != "-" ? source : name);
             }
         };
-        PassInventory(source, beginOnce, filter);
+        AddOutcome(PassSource(source, options.machine, beginOnce, filter), outcome);
     }
     format->Finish();
     return outcome;

@@ -5,13 +5,10 @@
 namespace NVORHOST {
 namespace {
 
-void Append(std::vector<std::string>& all, const std::vector<std::string>& more) {
+void AddSorted(std::vector<std::string>& all, const std::vector<std::string>& more) {
     all.insert(all.end(), more.begin(), more.end());
-}
-
-void SortAndDeduplicate(std::vector<std::string>& texts) {
-    std::ranges::sort(texts);
-    texts.erase(std::unique(texts.begin(), texts.end()), texts.end());
+    std::ranges::sort(all);
+    all.erase(std::unique(all.begin(), all.end()), all.end());
 }
 
 // Each process that reads a malformed source warns about it.
@@ -33,17 +30,20 @@ bool TCollectOutcome::HasGaps() const {
 TCollectOutcome CombineReports(std::span<const TCollectReport> reports) {
     TCollectOutcome outcome;
     for (const TCollectReport& report : reports) {
-        outcome.failedCollectors += report.failure ? 1U : 0U;
-        outcome.replacedBytes += report.replacedBytes;
-        Append(outcome.deniedSources, report.deniedSources);
-        Append(outcome.failedSources, report.failedSources);
-        Append(outcome.timedOutSources, report.timedOutSources);
-        AppendNew(outcome.warnings, report.warnings);
+        AddOutcome({report.failure ? 1U : 0U, report.deniedSources, report.failedSources,
+                    report.timedOutSources, report.warnings, report.replacedBytes},
+                   outcome);
     }
-    SortAndDeduplicate(outcome.deniedSources);
-    SortAndDeduplicate(outcome.failedSources);
-    SortAndDeduplicate(outcome.timedOutSources);
     return outcome;
+}
+
+void AddOutcome(const TCollectOutcome& more, TCollectOutcome& outcome) {
+    outcome.failedCollectors += more.failedCollectors;
+    outcome.replacedBytes += more.replacedBytes;
+    AddSorted(outcome.deniedSources, more.deniedSources);
+    AddSorted(outcome.failedSources, more.failedSources);
+    AddSorted(outcome.timedOutSources, more.timedOutSources);
+    AppendNew(outcome.warnings, more.warnings);
 }
 
 }  // namespace NVORHOST

@@ -26,4 +26,7 @@ struct TCollectOutcome {
 /// Combines the reports of all collectors. Several of them may report the same source or the same warning.
 TCollectOutcome CombineReports(std::span<const TCollectReport> reports);
 
+/// Adds the gaps of another collection.
+void AddOutcome(const TCollectOutcome& more, TCollectOutcome& outcome);
+
 }  // namespace NVORHOST

@@ -93,6 +93,10 @@ bool IsLiveMachine(const TMachineOptions& options) {
     return options.sysroot == liveRoot;
 }
 
+bool IsMachineRoot(const std::string& directory) {
+    return IsMachine(directory);
+}
+
 std::string DescribeMachine(const TMachineOptions& options) {
     return IsLiveMachine(options) ? "this machine" : "tree " + options.sysroot;
 }

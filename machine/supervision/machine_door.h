@@ -18,6 +18,8 @@ void RequireProcFileSystem();
 
 /// True for the running machine, false for a captured tree.
 bool IsLiveMachine(const TMachineOptions& options);
+/// True if the directory is the root of a machine, running or captured, by what it contains.
+bool IsMachineRoot(const std::string& directory);
 /// Describes the machine for people: "this machine", "tree /x".
 std::string DescribeMachine(const TMachineOptions& options);
 

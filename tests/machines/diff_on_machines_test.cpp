@@ -14,6 +14,8 @@
 namespace NVORHOST {
 namespace {
 
+using ::testing::HasSubstr;
+using ::testing::Not;
 using TEdits = std::vector<std::pair<std::string, std::string>>;
 
 class DiffOnMachines : public testing::Test {
@@ -82,6 +84,38 @@ TEST_F(DiffOnMachines, ReportsAStolenModule) {
     Save("laptop-nvme-only");
     RemoveInstance("<VALUE>1A2B3C4D</VALUE>");
     EXPECT_EQ(Differences(), "- Memory module 8 GiB in DIMM 0: removed, serial number 1A2B3C4D\n");
+}
+
+TEST_F(DiffOnMachines, ComparesTreesOfCapturedMachines) {
+    WriteMachine(ReadMachine("laptop-nvme-only"), folder_ / "old.xml", EEntryOrder::forwards);
+    WriteMachine(ReadMachine("laptop-nvme-only"), folder_ / "new.xml", EEntryOrder::backwards);
+    EXPECT_EQ(Differences(/*status=*/0), "");
+    const std::string disk = folder_ / "new.xml/sys/devices/pci0000:00/0000:00:06.0/0000:01:00.0/nvme/nvme0/";
+    WriteFile(disk + "serial", "ZTA0M00002\n");
+    WriteFile(disk + "nvme0n1/wwid", "nvme.1e49-5a5441304d-53414d504c45-00000002\n");
+    EXPECT_EQ(Differences(),
+              "* Disk SAMPLE NV1000 1TB 1.02 TB at PCI function 0000:01:00.0: replaced, serial number "
+              "ZTA0M00001 -> ZTA0M00002\n"
+              "    identity  ZTA0M00001-n1 -> ZTA0M00002-n1\n");
+}
+
+TEST_F(DiffOnMachines, ComparesANamespaceWithTheTreeItCameFrom) {
+    Save("server-two-sockets");
+    const auto result = RunNoxinfo({{"diff", "old.xml", "--sysroot", "machine"}, folder_.GetPath(), {}});
+    EXPECT_EQ(result.status, 0) << result.standardError;
+    EXPECT_THAT(result.standardOutput, HasSubstr("tree machine"));
+    EXPECT_EQ(RunNoxinfo({{"diff", "machine", "old.xml"}, folder_.GetPath(), {}}).status, 0);
+}
+
+TEST_F(DiffOnMachines, NamesWhatCouldNotBeReadOfATree) {
+    WriteMachine(ReadMachine("nvme-laptop"), folder_ / "machine", EEntryOrder::forwards);
+    const auto result = RunNoxinfo({{"diff", "machine", "machine"}, folder_.GetPath(), {}});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_THAT(result.standardOutput, HasSubstr("card0-eDP-1"));
+    EXPECT_EQ(RunNoxinfo({{"diff", "machine", "machine", "--strict"}, folder_.GetPath(), {}}).status, 3);
+    const auto json = RunNoxinfo({{"diff", "machine", "machine", "--format", "json"}, folder_.GetPath(), {}});
+    EXPECT_THAT(json.standardOutput, Not(HasSubstr("card0-eDP-1")));
+    EXPECT_THAT(json.standardError, HasSubstr("card0-eDP-1"));
 }
 
 TEST_F(DiffOnMachines, ReportsAReplacedModule) {

@@ -90,6 +90,18 @@ std::vector<std::string> LinesWith(std::string_view part, const std::string& tex
     return lines;
 }
 
+TEST(ProgramOnMachine, ShowsATreeThatIsNamedAsASource) {
+    const TTemporaryDirectory directory;
+    WriteMachine(ReadMachine("laptop-nvme-only"), directory / "machine", EEntryOrder::forwards);
+    const std::string time = "20240301120000.000000+060";
+    const auto named = RunNoxinfo({{"show", "--local-time", time, "machine"}, directory.GetPath(), {}});
+    EXPECT_EQ(named.status, 0) << named.standardError;
+    const auto root =
+        RunNoxinfo({{"show", "--local-time", time, "--sysroot", "machine"}, directory.GetPath(), {}});
+    EXPECT_THAT(root.standardOutput, HasSubstr("tree machine"));
+    EXPECT_EQ(named.standardOutput, root.standardOutput);
+}
+
 TEST(ProgramOnMachine, ListsTheSourcesThatNeedRoot) {
     const TTemporaryDirectory directory;
     WriteMachine(ReadMachine("nvme-laptop"), directory / "machine", EEntryOrder::forwards);

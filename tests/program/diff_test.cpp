@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 #include <utility>
 #include <vector>
@@ -12,6 +13,7 @@
 namespace NVORHOST {
 namespace {
 
+using ::testing::AnyOf;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
@@ -56,9 +58,25 @@ TEST_F(Diff, ExitsWithStatus2ForTrouble) {
     EXPECT_EQ(missing.standardOutput, "");
     EXPECT_EQ(missing.standardError, "noxinfo: missing.xml: cannot be read: No such file or directory\n");
     EXPECT_EQ(Run({"-", "-"}).standardError, "noxinfo: only one of the two sources can be standard input\n");
-    EXPECT_EQ(Run({smallHardware}).status, 2);
+    EXPECT_EQ(Run({}).status, 2);
     EXPECT_EQ(Run({smallHardware, smallHardware, "--ignore", ".Name"}).standardError,
               "noxinfo: --ignore: '.Name' is not TYPE or TYPE.PROPERTY\nTry 'noxinfo diff --help'.\n");
+}
+
+TEST_F(Diff, ComparesWithThisMachineIfThereIsNoNewInventory) {
+    const auto saved = RunNoxinfo({{"snapshot", "--only", "processor", "old.xml"}, folder_.GetPath(), {}});
+    ASSERT_EQ(saved.status, 0) << saved.standardError;
+    const auto result = Run({"old.xml", "--only", "processor"});
+    EXPECT_THAT(result.status, AnyOf(0, 1)) << result.standardError;
+    EXPECT_THAT(result.standardOutput, HasSubstr("this machine"));
+    EXPECT_EQ(Run({"old.xml", "old.xml", "--only", "processor"}).status, 2);
+}
+
+TEST_F(Diff, RejectsAFolderWithoutInventoryAndWithoutMachine) {
+    std::filesystem::create_directory(folder_ / "empty");
+    const auto result = Run({smallHardware, "empty"});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.standardError, "noxinfo: empty: holds no inventory\n");
 }
 
 TEST_F(Diff, WritesAFileOnlyIfBothSourcesCanBeRead) {

@@ -35,6 +35,20 @@ TEST(CollectOutcome, CountsFailedCollectorsAndReplacedBytes) {
     EXPECT_EQ(outcome.replacedBytes, 7U);
 }
 
+TEST(CollectOutcome, AddsTheGapsOfAnotherCollection) {
+    TCollectOutcome outcome;
+    outcome.failedCollectors = 1;
+    outcome.deniedSources = {"/b"};
+    TCollectOutcome more;
+    more.failedCollectors = 2;
+    more.deniedSources = {"/a", "/b"};
+    more.warnings = {"table"};
+    AddOutcome(more, outcome);
+    EXPECT_EQ(outcome.failedCollectors, 3U);
+    EXPECT_THAT(outcome.deniedSources, ElementsAre("/a", "/b"));
+    EXPECT_THAT(outcome.warnings, ElementsAre("table"));
+}
+
 TEST(CollectOutcome, KeepsWarningsInOrderWithoutDuplicates) {
     std::vector<TCollectReport> reports(2);
     reports[0].warnings = {"second table", "first table"};
