@@ -375,46 +375,50 @@ std::uintmax_t ParseMebibytes(const std::string& text) {
     return *number;
 }
 
-void AddFile(CLI::App& command, const std::string& option, std::optional<std::string>& file,
-             const std::string& description) {
-    command.add_option(option, file, description)->type_name("FILE");
+CLI::Option* AddFile(CLI::App& command, const std::string& option, std::optional<std::string>& file,
+                     const std::string& description) {
+    return command.add_option(option, file, description)->type_name("FILE");
 }
 
-void AddSendingOptions(CLI::App& command, TSendingOptions& options, const std::string& description) {
+// Adds the option --send and returns the others.
+std::vector<CLI::Option*> AddSendingOptions(CLI::App& command, TSendingOptions& options,
+                                            const std::string& description) {
     command
         .add_option_function<std::string>(
             "--send", [&options](const std::string& url) { options.url = ParseUrlTemplate(url); },
             description)
         ->type_name("URL");
-    AddFile(command, "--send-certificate", options.credentials.certificate,
-            "Certificate that this machine presents to the server, as PEM");
-    AddFile(command, "--send-key", options.credentials.key,
-            "Private key of the certificate, as PEM (default: in the file of the certificate)");
-    AddFile(command, "--send-ca", options.credentials.authorities,
-            "Accept only servers whose certificate one of these certificates has signed, as PEM (default: "
-            "those of the system)");
-    AddFile(command, "--send-token-file", options.credentials.token,
-            "Send the token in this file, which others cannot read, with each request");
-    command.add_flag("--send-http", options.allowsHttp,
-                     "Also send without TLS to other machines, where everyone on the way can read it");
-    command
-        .add_option_function<std::string>(
-            "--send-time",
-            [&options](const std::string& text) { options.limit = ParseSeconds("--send-time", text); },
-            "Try to send for at most this time (default: 120)")
-        ->type_name("SECONDS");
-    command
-        .add_option_function<std::string>(
-            "--spool-limit",
-            [&options](const std::string& text) { options.spoolLimitMiB = ParseMebibytes(text); },
-            "Drop the oldest waiting runs if all together are larger than this (default: 64)")
-        ->type_name("MIB");
     command.callback([&options] {
         const auto fault = options.url ? FindUrlFault(TUrlTemplate(*options.url), options) : std::nullopt;
         if (fault) {
             throw CLI::ValidationError("--send", "the URL cannot be used: " + *fault);
         }
     });
+    return {
+        AddFile(command, "--send-certificate", options.credentials.certificate,
+                "Certificate that this machine presents to the server, as PEM"),
+        AddFile(command, "--send-key", options.credentials.key,
+                "Private key of the certificate, as PEM (default: in the file of the certificate)"),
+        AddFile(command, "--send-ca", options.credentials.authorities,
+                "Accept only servers whose certificate one of these certificates has signed, as PEM "
+                "(default: those of the system)"),
+        AddFile(command, "--send-token-file", options.credentials.token,
+                "Send the token in this file, which others cannot read, with each request"),
+        command.add_flag("--send-http", options.allowsHttp,
+                         "Also send without TLS to other machines, where everyone on the way can read it"),
+        command
+            .add_option_function<std::string>(
+                "--send-time",
+                [&options](const std::string& text) { options.limit = ParseSeconds("--send-time", text); },
+                "Try to send for at most this time (default: 120)")
+            ->type_name("SECONDS"),
+        command
+            .add_option_function<std::string>(
+                "--spool-limit",
+                [&options](const std::string& text) { options.spoolLimitMiB = ParseMebibytes(text); },
+                "Drop the oldest waiting runs if all together are larger than this (default: 64)")
+            ->type_name("MIB"),
+    };
 }
 
 void AddSendCommand(CLI::App& program, TSendOptions& options) {
@@ -474,13 +478,18 @@ void AddCollectCommand(CLI::App& program, TCollectOptions& options) {
         ->excludes(result)
         ->excludes(snapshot)
         ->type_name("NUMBER");
-    AddSendingOptions(command, options.sending,
-                      "Send documents, compressed snapshot and result to this URL by HTTP PUT; %{machine}, "
-                      "%{host}, %{date} and %{time} are replaced");
-    command
-        .add_option("--spool", options.sending.spool,
-                    "Directory for files that wait to be sent (default: below the state directory)")
-        ->type_name("DIR");
+    auto sending =
+        AddSendingOptions(command, options.sending,
+                          "Send documents, compressed snapshot and result to this URL by HTTP PUT; "
+                          "%{machine}, %{host}, %{date} and %{time} are replaced");
+    sending.push_back(
+        command
+            .add_option("--spool", options.sending.spool,
+                        "Directory for files that wait to be sent (default: below the state directory)")
+            ->type_name("DIR"));
+    for (CLI::Option* option : sending) {
+        option->needs("--send");
+    }
 }
 
 void AddSnapshotCommand(CLI::App& program, TSnapshotOptions& options) {

@@ -59,7 +59,7 @@ TEST_F(TCredentialFilesTest, TakeTheKeyFromTheFileOfTheCertificate) {
 }
 
 TEST_F(TCredentialFilesTest, AreRefusedIfOthersCanReadTheSecret) {
-    for (const mode_t mode : {0604, 0602, 0620, 0644, 0666}) {
+    for (const mode_t mode : {0604U, 0602U, 0620U, 0644U, 0666U}) {
         EXPECT_EQ(FailureOfToken("secret", mode),
                   "cannot use token: other users can read or write it; chmod 600 protects it")
             << mode;

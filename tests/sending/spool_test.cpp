@@ -130,7 +130,7 @@ TEST_F(TSpoolTest, DropsTheOldestRunsAboveItsLimit) {
 
 TEST_F(TSpoolTest, RefusesADirectoryThatOthersCanWriteTo) {
     std::filesystem::create_directory(directory_ / "open");
-    for (const mode_t mode : {0777, 0770, 01777}) {
+    for (const mode_t mode : {0777U, 0770U, 01777U}) {
         ASSERT_EQ(::chmod((directory_ / "open").c_str(), mode), 0);
         EXPECT_EQ(FailureOf(directory_ / "open"),
                   "cannot use the spool " + (directory_ / "open") + ": other users can write to it");
