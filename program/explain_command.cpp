@@ -24,14 +24,15 @@ using NINVENTORY::TResource;
 
 class TResources final : public NINVENTORY::IDocumentEvents {
   public:
-    void BeginDocument(const NINVENTORY::TDocumentHead& /*head*/) override {}
+    void BeginDocument(const NINVENTORY::TDocumentHead& head) override { kind = head.kind; }
     void BeginList(std::string_view /*listType*/, int /*line*/) override {}
     void AddResource(TResource&& resource) override { resources.push_back(std::move(resource)); }
 
     std::vector<TResource> resources;
+    NINVENTORY::EDocument kind = NINVENTORY::EDocument::collection;  ///< of the last document
 };
 
-std::vector<TResource> ReadResources(const TExplainOptions& options) {
+TResources ReadResources(const TExplainOptions& options) {
     TResources events;
     const TBeginSource begin = [](const std::string&) {};
     if (options.source) {
@@ -39,7 +40,7 @@ std::vector<TResource> ReadResources(const TExplainOptions& options) {
     } else {
         (void)PassMachine(options.machine, begin, events);
     }
-    return std::move(events.resources);
+    return events;
 }
 
 // Four digits are few enough to type, and enough to be the only match on most machines.
@@ -103,9 +104,41 @@ void WriteKey(std::ostream& out, const TIdentifierOrigin& origin) {
     }
 }
 
-void WriteOrigin(std::ostream& out, const TIdentifierOrigin& origin) {
+// Joins "world-wide name" and "serial number" to "its world-wide name and serial number".
+std::string JoinWords(const std::vector<std::string_view>& words, std::string_view conjunction) {
+    std::string joined = "its";
+    for (std::size_t i = 0; i < words.size(); ++i) {
+        joined.append(i == 0 ? " " : i + 1 == words.size() ? conjunction : ", ").append(words[i]);
+    }
+    return joined;
+}
+
+// Documents lack most serial numbers and addresses, so that only the form of the key is left.
+void WriteEvidence(std::ostream& out, const TIdentifierOrigin& origin, bool isDocument) {
+    if (origin.passedOver.empty()) {
+        return;
+    }
+    if (isDocument) {
+        WriteRow(out, "judged by",
+                 "the form of the key: a document does not have " + JoinWords(origin.passedOver, " or "));
+    } else {
+        WriteRow(out, "instead of",
+                 JoinWords(origin.passedOver, " and ") +
+                     ", which the machine does not report, or only as a placeholder");
+    }
+}
+
+void WriteOrigin(std::ostream& out, const TIdentifierOrigin& origin, bool isDocument) {
     const auto& text = NINVENTORY::GetOriginText(origin.origin);
-    WriteRow(out, "made from", text.madeFrom);
+    if (!origin.borrowed.empty()) {
+        WriteRow(out, "made from", origin.borrowed);
+        WriteRow(out, "", "that key is made from " + std::string(text.madeFrom));
+    } else {
+        WriteRow(out, "made from", text.madeFrom);
+    }
+    if (origin.hasUnit) {
+        WriteRow(out, "", "and the number of its unit, because the device has several");
+    }
     if (origin.isCollisionResolved) {
         WriteRow(out, "", "and its position, because another resource has the same identity");
     }
@@ -115,20 +148,34 @@ void WriteOrigin(std::ostream& out, const TIdentifierOrigin& origin) {
     if (origin.isCut) {
         WriteRow(out, "", "cut to 64 characters; the last ones are a digest of the whole");
     }
+    WriteEvidence(out, origin, isDocument);
     WriteRow(out, "if moved", origin.isCollisionResolved ? "gets another identifier" : text.ifMoved);
     WriteRow(out, "new board", origin.isCollisionResolved ? "gets another identifier" : text.ifBoardReplaced);
     WriteRow(out, "if renamed", text.ifRenamed);
 }
 
-void WriteExplanation(std::ostream& out, const TResource& resource, const std::vector<TResource>& resources) {
+// True if the key was made from the same identity, which is the part before the position or the number.
+bool HasSameIdentity(const TResource& resource, const TResource& other) {
+    const auto identityOf = [](const TResource& each) {
+        const std::string key = NINVENTORY::ExplainIdentifier(each).keyValue;
+        return key.substr(0, key.find_first_of("@#"));
+    };
+    return resource.type == other.type && identityOf(resource) == identityOf(other);
+}
+
+void WriteExplanation(std::ostream& out, const TResource& resource, const std::vector<TResource>& resources,
+                      bool isDocument) {
     const TIdentifierOrigin origin = NINVENTORY::ExplainIdentifier(resource);
     WriteRow(out, "resource", Title(resource));
     WriteRow(out, "identifier", resource.id);
     WriteKey(out, origin);
-    WriteOrigin(out, origin);
+    WriteOrigin(out, origin, isDocument);
     for (const TResource& other : resources) {
         if (&other != &resource && other.id == resource.id) {
             WriteRow(out, "same id", Title(other));
+        } else if (&other != &resource && (origin.isCollisionResolved || origin.isNumbered) &&
+                   HasSameIdentity(resource, other)) {
+            WriteRow(out, "same identity", Title(other) + " (" + other.id + ")");
         }
     }
 }
@@ -138,10 +185,10 @@ void WriteExplanation(std::ostream& out, const TResource& resource, const std::v
 EExitStatus RunExplain(const TExplainOptions& options, std::ostream& out) {
     const TLogSinks sinks(options.machine.log);
     const TRunEnvironment environment({.localTime = options.machine.machine.localTime});
-    const std::vector<TResource> resources = ReadResources(options);
-    const std::vector<const TResource*> found = FindResources(resources, options.resource);
+    const TResources source = ReadResources(options);
+    const std::vector<const TResource*> found = FindResources(source.resources, options.resource);
     RequireOneIdentifier(found, options.resource);
-    WriteExplanation(out, *found.front(), resources);
+    WriteExplanation(out, *found.front(), source.resources, source.kind != NINVENTORY::EDocument::collection);
     return eExitDone;
 }
 

@@ -1,5 +1,6 @@
 #include "inventory/check/identifier_origin.h"
 
+#include "inventory/compare/part.h"
 #include "inventory/model/resource_id.h"
 #include "inventory/model/resource_type.h"
 
@@ -22,6 +23,9 @@ constexpr TOriginText originTexts[] = {
     {EKeyOrigin::address,       "its permanent address",                            kept, kept, kept},
     {EKeyOrigin::position,      "its position: the PCI address and the ports from there", lost, lost, kept},
     {EKeyOrigin::label,         "the name that the firmware gives its place",       lost, lost, kept},
+    {EKeyOrigin::number,        "its kind and number, because the firmware does not name its place", lost, lost, kept},
+    {EKeyOrigin::mountPoint,    "the directory that it is mounted on",              kept, kept, lost},
+    {EKeyOrigin::table,         "the identity of its partition table and its number", kept, kept, kept},
     {EKeyOrigin::name,          "its name",                                         kept, kept, lost},
     {EKeyOrigin::identity,      "an identity that it reports",                      kept, kept, kept},
     {EKeyOrigin::none,          "its type alone, because the key property has no value", kept, kept, kept},
@@ -33,17 +37,21 @@ constexpr struct {
     EKeyOrigin origin;
 } typeOrigins[] = {
     {"BIOSElement",        EKeyOrigin::name},
+    {"Battery",            EKeyOrigin::label},
     {"CacheMemory",        EKeyOrigin::label},
     {"Card",               EKeyOrigin::label},
     {"Chassis",            EKeyOrigin::label},
+    {"ComputerSystem",     EKeyOrigin::name},
+    {"DataSource",         EKeyOrigin::name},
     {"IPProtocolEndpoint", EKeyOrigin::name},
-    {"LocalFileSystem",    EKeyOrigin::name},
     {"Memory",             EKeyOrigin::position},
+    {"MemoryCapacity",     EKeyOrigin::label},
     {"NetworkPort",        EKeyOrigin::name},
     {"OperatingSystem",    EKeyOrigin::name},
     {"PhysicalConnector",  EKeyOrigin::label},
     {"PhysicalMemory",     EKeyOrigin::label},
     {"Processor",          EKeyOrigin::label},
+    {"SecuritySetting",    EKeyOrigin::name},
     {"Server",             EKeyOrigin::systemUuid},
     {"Slot",               EKeyOrigin::label},
     {"SoftwareElement",    EKeyOrigin::name},
@@ -54,29 +62,112 @@ bool Matches(const std::string& text, const char* pattern) {
     return std::regex_match(text, std::regex(pattern, std::regex::icase));
 }
 
-EKeyOrigin FindOrigin(const TResource& resource, const std::string& value) {
-    if (value.empty()) {
-        return EKeyOrigin::none;
+// An identity that resources of some types have. The first one that a resource has is its key.
+struct TIdentityRow {
+    std::string_view type;
+    std::string_view fact;  // a property, or an entry of OtherIdentifyingInfo
+    std::string_view words;
+    EKeyOrigin origin;
+};
+
+// clang-format off
+constexpr TIdentityRow identityRows[] = {
+    {"DiskDrive",       "World-wide name",  "world-wide name",   EKeyOrigin::worldWideName},
+    {"DiskDrive",       "Serial number",    "serial number",     EKeyOrigin::serialNumber},
+    {"OpticalDrive",    "World-wide name",  "world-wide name",   EKeyOrigin::worldWideName},
+    {"OpticalDrive",    "Serial number",    "serial number",     EKeyOrigin::serialNumber},
+    {"DisketteDrive",   "World-wide name",  "world-wide name",   EKeyOrigin::worldWideName},
+    {"DisketteDrive",   "Serial number",    "serial number",     EKeyOrigin::serialNumber},
+    {"TapeDrive",       "World-wide name",  "world-wide name",   EKeyOrigin::worldWideName},
+    {"TapeDrive",       "Serial number",    "serial number",     EKeyOrigin::serialNumber},
+    {"EthernetPort",    "PermanentAddress", "permanent address", EKeyOrigin::address},
+    {"WiFiPort",        "PermanentAddress", "permanent address", EKeyOrigin::address},
+    {"IBPort",          "PermanentAddress", "permanent address", EKeyOrigin::address},
+    {"NetworkPort",     "PermanentAddress", "permanent address", EKeyOrigin::address},
+    {"Battery",         "Serial number",    "serial number",     EKeyOrigin::serialNumber},
+    {"PowerSupply",     "Serial number",    "serial number",     EKeyOrigin::serialNumber},
+    {"PowerSupply",     "Location",         "location",          EKeyOrigin::label},
+    {"LocalFileSystem", "UUID",             "UUID",              EKeyOrigin::uuid},
+};
+// clang-format on
+
+// True if a key is an identity, or an identity with the number of a unit: "20120926571200-1".
+bool IsMadeOf(std::string_view identity, std::string_view fact) {
+    return !fact.empty() && identity.starts_with(fact) &&
+           (identity.size() == fact.size() || identity[fact.size()] == '-');
+}
+
+// Finds the identity that the key was made of; null if it is none of those of the type.
+const TIdentityRow* FindIdentity(const TResource& resource, std::string_view identity,
+                                 std::vector<std::string_view>& passedOver) {
+    for (const TIdentityRow& row : identityRows) {
+        if (row.type != resource.type) {
+            continue;
+        }
+        const std::string fact = GetFact(resource, row.fact);
+        if (IsMadeOf(identity, fact)) {
+            return &row;
+        }
+        if (fact.empty()) {
+            passedOver.push_back(row.words);
+        }
     }
-    const std::string identity = value.substr(0, value.find('@'));
-    if (!resource.GetText("SerialNumber").empty() && identity == resource.GetText("SerialNumber")) {
-        return EKeyOrigin::serialNumber;
+    return nullptr;
+}
+
+// Recognises an origin by the form of the key.
+EKeyOrigin FindForm(const std::string& identity) {
+    constexpr struct {
+        const char* pattern;
+        EKeyOrigin origin;
+    } forms[] = {
+        {"[0-9a-f]{8}(-[0-9a-f]{4}){3}-[0-9a-f]{12}", EKeyOrigin::uuid},
+        {"(naa|eui|uuid|nguid)\\..+", EKeyOrigin::worldWideName},
+        {"[0-9a-f]{4,}:[0-9a-f]{2}:[0-9a-f]{2}\\.[0-7].*", EKeyOrigin::position},
+    };
+    const auto* const form =
+        std::ranges::find_if(forms, [&](const auto& row) { return Matches(identity, row.pattern); });
+    return form == std::end(forms) ? EKeyOrigin::identity : form->origin;
+}
+
+const EKeyOrigin* FindTypeOrigin(std::string_view type) {
+    const auto* const row =
+        std::ranges::find_if(typeOrigins, [&](const auto& candidate) { return candidate.type == type; });
+    return row == std::end(typeOrigins) ? nullptr : &row->origin;
+}
+
+// A partition's key is its own, or that of its partition table or disk with its number.
+void ExplainPartition(const std::string& identity, TIdentifierOrigin& origin) {
+    const std::size_t part = identity.rfind("-part");
+    origin.borrowed = part == std::string::npos ? "" : "the key of its disk and its number";
+    origin.origin = Matches(identity, "[0-9a-f]{8}-[0-9a-f]{2,}") ? EKeyOrigin::table
+                                                                  : FindForm(identity.substr(0, part));
+}
+
+void FindOrigin(const TResource& resource, TIdentifierOrigin& origin) {
+    const std::string identity = origin.keyValue.substr(0, origin.keyValue.find('@'));
+    if (identity.empty()) {
+        return;
     }
-    const auto* const row = std::ranges::find_if(
-        typeOrigins, [&](const auto& candidate) { return candidate.type == resource.type; });
-    if (row != std::end(typeOrigins)) {
-        return row->origin;
+    if (identity == resource.GetText("SerialNumber")) {
+        origin.origin = EKeyOrigin::serialNumber;
+    } else if (const TIdentityRow* const row = FindIdentity(resource, identity, origin.passedOver)) {
+        origin.origin = row->origin;
+        origin.hasUnit = identity.size() > GetFact(resource, row->fact).size();
+    } else if (identity == resource.GetText("Root")) {
+        origin.origin = EKeyOrigin::mountPoint;
+    } else if (Matches(identity, "package [0-9]+|L[0-9] .*[0-9]+")) {
+        origin.origin = EKeyOrigin::number;
+    } else if (const EKeyOrigin* const ofType = FindTypeOrigin(resource.type)) {
+        origin.origin = *ofType;
+    } else if (resource.type == "DiskPartition") {
+        ExplainPartition(identity, origin);
+    } else {
+        origin.borrowed = resource.type == "LocalFileSystem"
+                              ? "the key of the disk, partition or volume that holds it"
+                              : "";
+        origin.origin = FindForm(identity);
     }
-    if (Matches(identity, "[0-9a-f]{8}(-[0-9a-f]{4}){3}-[0-9a-f]{12}")) {
-        return EKeyOrigin::uuid;
-    }
-    if (Matches(identity, "(naa|eui|uuid|nguid)\\..+")) {
-        return EKeyOrigin::worldWideName;
-    }
-    if (Matches(identity, "[0-9a-f]{4,}:[0-9a-f]{2}:[0-9a-f]{2}\\.[0-7].*")) {
-        return EKeyOrigin::position;
-    }
-    return identity == resource.GetText("PermanentAddress") ? EKeyOrigin::address : EKeyOrigin::identity;
 }
 
 // The length after which MD5's padding needs another block, which these digests leave out.
@@ -111,7 +202,7 @@ TIdentifierOrigin ExplainKey(const TResource& resource) {
     if (origin.keyValue.empty() && DigestOf(origin.key) != resource.id) {
         origin.key = MakeBareKey(resource.type);
     }
-    origin.origin = FindOrigin(resource, origin.keyValue);
+    FindOrigin(resource, origin);
     origin.isCollisionResolved = origin.keyValue.find('@') != std::string::npos;
     origin.isNumbered = Matches(origin.keyValue, ".+#[0-9]+");
     origin.isCut = origin.keyValue.size() == maxKeyLength && type->keyProperty == "DeviceID";

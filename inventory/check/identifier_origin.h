@@ -3,9 +3,9 @@
 
 #include "inventory/model/resource.h"
 
-#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace NINVENTORY {
 
@@ -18,6 +18,9 @@ enum class EKeyOrigin {
     address,        ///< the permanent address of a network port
     position,       ///< the PCI address and the ports from there
     label,          ///< the name that the firmware gives the place, such as a slot's
+    number,         ///< kind and number, where the firmware does not name the place
+    mountPoint,     ///< the directory that a file system is mounted on
+    table,          ///< the identity of a partition table, and the number of the partition
     name,           ///< a name that people or the system give
     identity,       ///< another text that the device reports
     none,           ///< the key has no value
@@ -29,6 +32,12 @@ struct TIdentifierOrigin {
     std::string keyProperty;  ///< its name in the namespace
     std::string keyValue;     ///< empty if there is none
     EKeyOrigin origin = EKeyOrigin::none;
+    /// Identities that come first for its type, such as "world-wide name", but were not used.
+    std::vector<std::string_view> passedOver{};
+    bool hasUnit = false;  ///< the number of a unit of the device was appended to its identity
+    /// Words for the key of another resource that this key was made from, such as that of the disk of a
+    /// partition; `origin` is that of the other key then. Empty if the key is its own.
+    std::string_view borrowed{};
     bool isCollisionResolved = false;  ///< the position was appended, because others have the same identity
     bool isNumbered = false;           ///< a number was appended, because others are equal
     bool isCut = false;                ///< too long for a key, so that its end is a digest
