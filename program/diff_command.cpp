@@ -36,6 +36,7 @@ class TInventoryRecorder final : public NINVENTORY::IDocumentEvents {
         inventory_.types.emplace_back(listType);
     }
     void AddResource(NINVENTORY::TResource&& resource) override {
+        resource.properties.shrink_to_fit();  // it grew by doubling, and all resources stay in memory
         inventory_.resources.push_back(std::move(resource));
     }
 
