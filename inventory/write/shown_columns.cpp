@@ -68,7 +68,7 @@ constexpr TShownColumn processorColumns[] = {
     {"microcode", "FirmwareVersion", minor},
 };
 constexpr TShownColumn driveColumns[] = {
-    {"name", "Name"}, {"size", "MaxMediaSize"}, {"kind", "Description"}, {"status", "OperationalStatus"},
+    {"name", "Name"}, {"size", "MaxMediaSize"}, {"kind", "Description", minor}, {"status", "OperationalStatus"},
     {"serial number", "Serial number"}, {"place", "", minor, {}, &DescribePlace}, {"firmware", "Firmware revision", minor},
     {"identity", "DeviceID", EWorth::minorBesideSerial},
 };
