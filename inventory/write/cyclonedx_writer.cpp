@@ -1,6 +1,7 @@
 #include "inventory/write/cyclonedx_writer.h"
 
 #include "documents/document_error.h"
+#include "inventory/compare/part.h"
 #include "inventory/model/resource_type.h"
 #include "inventory/model/shown_value.h"
 #include "inventory/write/json_values.h"
@@ -64,12 +65,13 @@ constexpr TKind kinds[] = {
 struct TTaxonomyRow {
     std::string_view name;
     std::string_view property;
+    std::string_view entry;  // of OtherIdentifyingInfo, if the property is missing
 };
 
 constexpr TTaxonomyRow taxonomy[] = {
-    {"cdx:device:serialNumber", "SerialNumber"},
-    {"cdx:device:macAddress", "PermanentAddress"},
-    {"cdx:device:prodTimestamp", "ManufactureDate"},
+    {"cdx:device:serialNumber", "SerialNumber", "Serial number"},
+    {"cdx:device:macAddress", "PermanentAddress", ""},
+    {"cdx:device:prodTimestamp", "ManufactureDate", ""},
 };
 
 std::string_view FirstNonEmpty(std::initializer_list<std::string_view> texts) {
@@ -106,7 +108,8 @@ void WriteTaxonomy(TJsonOutput& json, const TKind& kind, const TResource& resour
     WriteProperty(json, "cdx:device:deviceType", type == nullptr ? resource.type : type->singular);
     WriteProperty(json, "cdx:device:location", resource.GetText(kind.location));
     for (const TTaxonomyRow& row : taxonomy) {
-        WriteProperty(json, row.name, resource.GetText(row.property));
+        const std::string_view value = resource.GetText(row.property);
+        WriteProperty(json, row.name, value.empty() ? GetFact(resource, row.entry) : std::string(value));
     }
 }
 

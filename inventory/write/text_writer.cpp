@@ -136,6 +136,19 @@ class TTextWriter final : public IInventoryFormat {
         WriteRow("source", MakeVisible(source_));
     }
 
+    // Joins each entry with its name: "Serial number S7M0, SAS bay 2".
+    static std::string ShowLong(const TResource& resource, const TProperty& property) {
+        const std::vector<std::string_view> names = ListEntries(resource);
+        if (property.name != "OtherIdentifyingInfo" || names.size() != property.values.size()) {
+            return ShowValue(resource.type, property);
+        }
+        std::string joined;
+        for (std::size_t i = 0; i < names.size(); ++i) {
+            joined.append(i == 0 ? "" : ", ").append(names[i]).append(" ").append(property.values[i]);
+        }
+        return joined;
+    }
+
     void WriteLong(const TResource& resource) {
         out_ << (isFirstLong_ ? "" : "\n") << MakeVisible(resource.type) << ' ' << MakeVisible(resource.id)
              << '\n';
@@ -147,7 +160,7 @@ class TTextWriter final : public IInventoryFormat {
         for (const TProperty& property : resource.properties) {
             const std::string name = MakeVisible(property.name);
             out_ << "  " << name << std::string(width - CountColumns(name) + 2, ' ')
-                 << MakeVisible(ShowValue(resource.type, property)) << '\n';
+                 << MakeVisible(ShowLong(resource, property)) << '\n';
         }
     }
 

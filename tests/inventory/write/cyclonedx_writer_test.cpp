@@ -69,6 +69,17 @@ TEST(CycloneDxWriter, WritesAMachineWithItsParts) {
 )"));
 }
 
+TEST(CycloneDxWriter, FindsTheSerialNumberOfADiskInItsEntries) {
+    EXPECT_THAT(
+        WriteBill({{"D",
+                    "DiskDrive",
+                    {},
+                    {},
+                    {{"OtherIdentifyingInfo", "string", EShape::array, {"2", "S7M0"}},
+                     {"IdentifyingDescriptions", "string", EShape::array, {"SAS bay", "Serial number"}}}}}),
+        HasSubstr(R"({"name":"cdx:device:serialNumber","value":"S7M0"})"));
+}
+
 TEST(CycloneDxWriter, DerivesTheSerialNumberFromTheContent) {
     const std::vector<TResource> one = {{"M", "PhysicalMemory", {}, {}, {Text("SerialNumber", "1")}}};
     const std::vector<TResource> other = {{"M", "PhysicalMemory", {}, {}, {Text("SerialNumber", "2")}}};

@@ -58,5 +58,24 @@ TEST(TextWriter, ShowsDetailsOfPciFunctionsOnlyWhereTheyAreKnown) {
     EXPECT_EQ(Write({MakeResource("PCIPort", {{"DeviceID", {"0000:00:00.0"}}})}), "");
 }
 
+TEST(TextWriter, NamesTheEntriesOfALongResource) {
+    std::ostringstream out;
+    const auto writer = MakeTextWriter(out, {.layout = {}, .isLong = true});
+    writer->BeginSource("test");
+    writer->BeginDocument({EDocument::collection, {}, {}});
+    writer->AddResource(
+        MakeResource("DiskDrive", {{"OtherIdentifyingInfo", {"S7M0", "2"}},
+                                   {"IdentifyingDescriptions", {"Serial number", "SAS bay"}}}));
+    writer->AddResource(MakeResource("Battery", {{"OtherIdentifyingInfo", {"S7M0", "2"}}}));
+    writer->Finish();
+    EXPECT_EQ(out.str(),
+              "DiskDrive \n"
+              "  OtherIdentifyingInfo     Serial number S7M0, SAS bay 2\n"
+              "  IdentifyingDescriptions  Serial number, SAS bay\n"
+              "\n"
+              "Battery \n"
+              "  OtherIdentifyingInfo  S7M0, 2\n");
+}
+
 }  // namespace
 }  // namespace NINVENTORY
