@@ -1,12 +1,29 @@
 #include "inventory/report/tree_section.h"
 
+#include "inventory/compare/part.h"
 #include "inventory/report/device_tree.h"
 #include "inventory/report/report_tables.h"
+
+#include <functional>
+#include <map>
+#include <string>
+#include <string_view>
 
 namespace NINVENTORY {
 namespace {
 
-void WritePciDevice(THtmlWriter& html, const TResource& function) {
+// The PCI ports of the functions, which have their drivers, by address.
+using TPorts = std::map<std::string_view, const TResource*>;
+
+TPorts FindPorts(const TReportInventory& inventory) {
+    TPorts ports;
+    for (const TResource* const port : inventory.GetAll("PCIPort")) {
+        ports.emplace(port->GetText("DeviceID"), port);
+    }
+    return ports;
+}
+
+void WritePciDevice(THtmlWriter& html, const TResource& function, const TPorts& ports) {
     html.Leaf("code", Show(function, "DeviceID"));
     html.Text(" ");
     if (function.type == "PCIBridge") {
@@ -15,7 +32,9 @@ void WritePciDevice(THtmlWriter& html, const TResource& function) {
     } else {
         html.Value(GetShownName(function));
     }
-    if (const std::string driver = Show(function, "Driver"); !driver.empty()) {
+    const auto port = ports.find(function.GetText("DeviceID"));
+    const std::string driver = port == ports.end() ? std::string() : GetFact(*port->second, "Driver");
+    if (!driver.empty()) {
         html.Text(", driver ");
         html.Value(driver);
     }
@@ -35,9 +54,9 @@ void WriteUsbDevice(THtmlWriter& html, const TResource& device) {
     }
 }
 
-using TWriteDevice = void (*)(THtmlWriter& html, const TResource& device);
+using TWriteDevice = std::function<void(THtmlWriter& html, const TResource& device)>;
 
-void WriteNodes(THtmlWriter& html, const std::vector<TDeviceNode>& nodes, TWriteDevice write) {
+void WriteNodes(THtmlWriter& html, const std::vector<TDeviceNode>& nodes, const TWriteDevice& write) {
     for (const TDeviceNode& node : nodes) {
         const auto item = html.Element("li");
         if (node.device != nullptr) {
@@ -53,7 +72,7 @@ void WriteNodes(THtmlWriter& html, const std::vector<TDeviceNode>& nodes, TWrite
     }
 }
 
-void WriteTree(THtmlWriter& html, const std::vector<TDeviceNode>& nodes, TWriteDevice write) {
+void WriteTree(THtmlWriter& html, const std::vector<TDeviceNode>& nodes, const TWriteDevice& write) {
     const auto list = html.Element("ul", {{"class", "tree"}});
     WriteNodes(html, nodes, write);
 }
@@ -65,7 +84,10 @@ bool HasPci(const TReportInventory& inventory) {
 }
 
 void WritePciTree(THtmlWriter& html, const TReportInventory& inventory) {
-    WriteTree(html, MakePciTree(inventory), &WritePciDevice);
+    const TPorts ports = FindPorts(inventory);
+    WriteTree(html, MakePciTree(inventory), [&](THtmlWriter& writer, const TResource& function) {
+        WritePciDevice(writer, function, ports);
+    });
 }
 
 bool HasUsb(const TReportInventory& inventory) {

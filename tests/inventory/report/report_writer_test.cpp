@@ -93,6 +93,14 @@ TEST(ReportWriter, HasAPolicyAgainstEverythingButItsStyle) {
                             Not(HasSubstr("<link"))));
 }
 
+TEST(ReportWriter, NamesTheDriversOfPciFunctions) {
+    TResource port = MakeResource("PCIPort", {{"DeviceID", "0000:01:00.0"}});
+    port.properties.push_back({"OtherIdentifyingInfo", "string", EShape::array, {"nvme"}});
+    port.properties.push_back({"IdentifyingDescriptions", "string", EShape::array, {"Driver"}});
+    EXPECT_THAT(Report({MakeResource("PCIDevice", {{"DeviceID", "0000:01:00.0"}, {"Name", "SSD"}}), port}),
+                HasSubstr("<code>0000:01:00.0</code> <bdi>SSD</bdi>, driver <bdi>nvme</bdi></li>"));
+}
+
 TEST(ReportWriter, WritesWordsForUnknownCells) {
     const std::string page = Report({MakeResource("Card", {{"Name", "Board 1"}, {"Model", "M1"}}),
                                      MakeResource("Card", {{"Name", "Board 2"}})});
