@@ -4,7 +4,7 @@
 // record of the run and those of its documents that have not arrived yet. A run appears by one rename after
 // all of it is on disk. Therefore a process or a machine that ends at any moment leaves whole files only.
 //
-// Failure language: TRunFailure with path and cause.
+// Decision: docs/decisions/0011. Failure language: TRunFailure with path and cause.
 #pragma once
 
 #include "os/file_descriptor.h"

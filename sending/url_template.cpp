@@ -125,7 +125,7 @@ std::string DecodeUnit(std::string_view unit) {
         return "x";
     }
     if (unit.front() == '%') {
-        const std::string decoded = DecodeEscape(unit);
+        std::string decoded = DecodeEscape(unit);
         Require(!decoded.empty(), "it has an escaped slash, backslash or control character");
         return decoded;
     }

@@ -554,5 +554,47 @@ TEST_F(TSendingToNginx, KeepsRunsOfCollectUntilTheNextOne) {
               (TWords{"hardwareinventory.xml.gz", "spool", "systeminformation.xml.gz"}));
 }
 
+// A run of collect appears in the spool with all of its files or not at all.
+TEST_F(TSendingToNginx, DeliversWholeRunsOfKilledCollections) {
+    constexpr int rounds = 20;
+    const TTemporaryDirectory directory;
+    const std::string machine = "4C4C4544-0042-3510-8054-B9C04F503231";
+    client_ = GetCertificates().MakeClient(machine);
+    const std::string url = nginx_.GetSite() + "%{machine}/%{date}/";
+    nginx_.Start();
+    std::mt19937 random(5);
+    int kills = 0;
+    for (int round = 1; round <= rounds; ++round) {
+        const std::string day = std::to_string(100 + round).substr(1);
+        TRunningProgram run(NOXINFO_PROGRAM,
+                            TProgramRun{CollectArguments(day, url, Credentials()), directory.GetPath(), {}});
+        const std::size_t requests = nginx_.GetRequests().size();
+        const bool isLate = round % 2 != 0;
+        ASSERT_TRUE(WaitUntil([&] {
+            return HasUnfinished(directory.GetPath(), "systeminformation.xml.gz") ||
+                   nginx_.GetRequests().size() > requests;
+        }));
+        ASSERT_TRUE(WaitUntil([&] { return !isLate || nginx_.GetRequests().size() > requests; }));
+        ::usleep(static_cast<useconds_t>(random() % 10'000));
+        run.Send(SIGKILL);
+        kills += run.Wait().isKilled ? 1 : 0;
+    }
+    EXPECT_GT(kills, 0);
+    const auto last = RunNoxinfo({CollectArguments("28", url, Credentials()), directory.GetPath(), {}});
+    EXPECT_EQ(last.status, exitDone) << last.standardError;
+    EXPECT_EQ(TSpool(directory / "spool").List().runs.size(), 0U);
+    std::map<std::string, TWords> runs;
+    for (const auto& [path, bytes] : ReadTree(nginx_.GetFiles())) {
+        const std::filesystem::path parts(path);
+        EXPECT_GT(bytes.size(), 0U) << path;
+        runs[parts.parent_path().filename()].push_back(parts.filename());
+    }
+    for (const auto& [date, names] : runs) {
+        EXPECT_EQ(names, documents_) << date;
+    }
+    std::cout << kills << " of " << rounds << " collections killed, " << runs.size() << " runs delivered\n";
+    EXPECT_EQ(runs.count("2026-11-28"), 1U);
+}
+
 }  // namespace
 }  // namespace NVORHOST
