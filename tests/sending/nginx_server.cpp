@@ -122,7 +122,7 @@ std::string TCertificates::MakeClient(const std::string& name, const std::string
     Sign(name, authority, "extendedKeyUsage=clientAuth\n", {});
     const std::string path = directory_ / (name + "-" + authority + ".pem");
     WriteFile(path, ReadFile(directory_ / (name + ".crt")) + ReadFile(directory_ / (name + ".key")));
-    std::filesystem::permissions(path, std::filesystem::perms::owner_read);
+    std::filesystem::permissions(path, std::filesystem::perms(0600));
     return path;
 }
 
