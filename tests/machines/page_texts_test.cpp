@@ -10,7 +10,9 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <iterator>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -74,10 +76,10 @@ std::vector<TDescribed> ListResourcesOfPage(const std::string& page) {
     const std::unique_ptr<xmlXPathContext, TFree> context(xmlXPathNewContext(tree.get()));
     const auto* const lists = reinterpret_cast<const xmlChar*>("//dl[dt[1] = 'resource identifier']");
     const std::unique_ptr<xmlXPathObject, TFree> found(xmlXPathEvalExpression(lists, context.get()));
+    const std::span<xmlNode* const> nodes(found->nodesetval->nodeTab,
+                                          static_cast<std::size_t>(found->nodesetval->nodeNr));
     std::vector<TDescribed> resources;
-    for (int i = 0; i < found->nodesetval->nodeNr; ++i) {
-        resources.push_back(DescribeList(found->nodesetval->nodeTab[i]));
-    }
+    std::ranges::transform(nodes, std::back_inserter(resources), DescribeList);
     return resources;
 }
 
