@@ -90,7 +90,7 @@ constexpr TShownColumn networkPortColumns[] = {
 };
 constexpr TShownColumn virtualPortColumns[] = {
     {"name", "Name"}, {"description", "Description"}, {"speed", "Speed"}, {"status", "OperationalStatus"},
-    {"address", "NetworkAddresses"}, {"VLAN", "VLANID"}, {"part of", "Bond", major, upperPorts},
+    {"address", "NetworkAddresses", minor}, {"VLAN", "VLANID"}, {"part of", "Bond", major, upperPorts},
 };
 constexpr TShownColumn addressColumns[] = {
     {"on", "Description"}, {"IPv4", "IPv4Address"}, {"IPv6", "IPv6Address"},
