@@ -174,6 +174,8 @@ std::vector<CLI::Option*> AddMachineOptions(CLI::App& command, TSourceOptions& o
                 "Continue without sources that have not answered after this time; 0 waits for all of them "
                 "(default: 10)")
             ->type_name("SECONDS"),
+        command.add_flag("--wake", options.machine.wakes,
+                         "Also read the files of sleeping devices, which wakes the devices"),
     };
 }
 

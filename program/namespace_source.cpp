@@ -42,6 +42,7 @@ class TReportLog {
         LogSources(report, report.deniedSources, "permission denied: ", denied_);
         LogSources(report, report.failedSources, "cannot read ", failed_);
         LogSources(report, report.timedOutSources, "no answer in time: ", timedOut_);
+        LogSources(report, report.asleepSources, "the device is asleep: ", asleep_);
         for (const std::string& note : report.notes) {
             LogWarning(report.collector, note);
         }
@@ -69,6 +70,7 @@ class TReportLog {
     TSources denied_;
     TSources failed_;
     TSources timedOut_;
+    TSources asleep_;
 };
 
 TNamespaceSource MakeSource(const TSupervisedCollection& collection, const TSourceOptions& options) {

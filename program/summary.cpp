@@ -95,6 +95,9 @@ void PrintOutcome(const TCollectOutcome& outcome, std::ostream& out) {
     if (!outcome.timedOutSources.empty()) {
         PrintRow(out, "Timed out", DescribeSources(outcome.timedOutSources, "did not answer in time"));
     }
+    if (!outcome.asleepSources.empty()) {
+        PrintRow(out, "Asleep", DescribeSources(outcome.asleepSources, "would wake a device (see --wake)"));
+    }
     for (const std::string& warning : outcome.warnings) {
         PrintRow(out, "Warning", warning);
     }

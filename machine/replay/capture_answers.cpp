@@ -73,10 +73,8 @@ struct TStatusName {
 };
 
 constexpr TStatusName statusNames[] = {
-    {EReadStatus::notFound, "not-found"},
-    {EReadStatus::denied, "denied"},
-    {EReadStatus::failed, "failed"},
-    {EReadStatus::timedOut, "timed-out"},
+    {EReadStatus::notFound, "not-found"}, {EReadStatus::denied, "denied"}, {EReadStatus::failed, "failed"},
+    {EReadStatus::timedOut, "timed-out"}, {EReadStatus::asleep, "asleep"},
 };
 
 void Write(std::string_view name, const std::optional<std::string>& value, std::string& text) {

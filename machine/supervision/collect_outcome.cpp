@@ -31,7 +31,7 @@ TCollectOutcome CombineReports(std::span<const TCollectReport> reports) {
     TCollectOutcome outcome;
     for (const TCollectReport& report : reports) {
         AddOutcome({report.failure ? 1U : 0U, report.deniedSources, report.failedSources,
-                    report.timedOutSources, report.warnings, report.replacedBytes},
+                    report.timedOutSources, report.asleepSources, report.warnings, report.replacedBytes},
                    outcome);
     }
     return outcome;
@@ -43,6 +43,7 @@ void AddOutcome(const TCollectOutcome& more, TCollectOutcome& outcome) {
     AddSorted(outcome.deniedSources, more.deniedSources);
     AddSorted(outcome.failedSources, more.failedSources);
     AddSorted(outcome.timedOutSources, more.timedOutSources);
+    AddSorted(outcome.asleepSources, more.asleepSources);
     AppendNew(outcome.warnings, more.warnings);
 }
 

@@ -16,10 +16,12 @@ struct TCollectOutcome {
     std::vector<std::string> deniedSources;    ///< permission denied
     std::vector<std::string> failedSources;    ///< unreadable for another reason
     std::vector<std::string> timedOutSources;  ///< no answer before the deadline
+    std::vector<std::string> asleepSources;    ///< files of sleeping devices, which were not read
     std::vector<std::string> warnings;  ///< one line for each malformed source, in the order of detection
     std::size_t replacedBytes = 0;      ///< bytes of device text that were not valid UTF-8
 
-    /// True if a collector failed or a source could not be read. Warnings and replaced bytes are not gaps.
+    /// True if a collector failed or a source could not be read. Warnings, replaced bytes and devices that
+    /// were left asleep are not gaps.
     bool HasGaps() const;
 };
 

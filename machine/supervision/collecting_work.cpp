@@ -123,7 +123,8 @@ void RunCollectors(const TCollectionTask& task, TDoors& doors,
     const std::span collectors = std::span(task.collectors).subspan(task.first);
     TMemoryNamespace collected;
     const THardwareDatabase names;
-    const TCollectContext context{doors.GetFiles(), doors.GetCalls(), collected, localTime, &names};
+    const TCollectContext context{doors.GetFiles(), doors.GetCalls(), collected,
+                                  localTime,        &names,           task.options.wakes};
     TCollectorRuns runs(context, collectors);
     TInstancesWriter instances(collected);
     std::size_t index = task.first;

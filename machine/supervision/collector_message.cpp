@@ -198,6 +198,7 @@ void WriteReport(const TCollectReport& report, TMessageWriter& message) {
     WriteTexts(report.deniedSources, message);
     WriteTexts(report.failedSources, message);
     WriteTexts(report.timedOutSources, message);
+    WriteTexts(report.asleepSources, message);
     WriteOptionalText(report.essentialFailure, message);
     WriteTexts(report.notes, message);
     WriteTexts(report.warnings, message);
@@ -213,6 +214,7 @@ TCollectReport ReadReport(const TCollector& collector, TMessageReader& message) 
     report.deniedSources = ReadTexts(message);
     report.failedSources = ReadTexts(message);
     report.timedOutSources = ReadTexts(message);
+    report.asleepSources = ReadTexts(message);
     report.essentialFailure = ReadOptionalText(message);
     report.notes = ReadTexts(message);
     report.warnings = ReadTexts(message);

@@ -102,19 +102,27 @@ std::string DescribeMachine(const TMachineOptions& options) {
 }
 
 TMachineDoor::TMachineDoor(const TMachineOptions& options)
-    : isLive_(IsLiveMachine(options)), localTime_(options.localTime), rootedFiles_(options.sysroot) {
+    : isLive_(IsLiveMachine(options)),
+      localTime_(options.localTime),
+      rootedFiles_(options.sysroot),
+      guardedFiles_(rootedFiles_),
+      isGuarded_(!options.wakes && (isLive_ || !rootedFiles_.Exists(captureAnswersPath))) {
     RequireDirectory(options.sysroot);
     RequireOpen(rootedFiles_);
     if (!isLive_) {
         RequireMachine(options.sysroot);
         capturedCalls_.emplace(rootedFiles_);
         RequireAnswers(rootedFiles_, *capturedCalls_);
-        capturedFiles_.emplace(rootedFiles_, capturedCalls_->GetAnswers());
+        capturedFiles_.emplace(GetRootedFiles(), capturedCalls_->GetAnswers());
     }
 }
 
+const ISystemFiles& TMachineDoor::GetRootedFiles() const {
+    return isGuarded_ ? static_cast<const ISystemFiles&>(guardedFiles_) : rootedFiles_;
+}
+
 const ISystemFiles& TMachineDoor::GetFiles() const {
-    return isLive_ ? static_cast<const ISystemFiles&>(rootedFiles_) : *capturedFiles_;
+    return isLive_ ? GetRootedFiles() : *capturedFiles_;
 }
 
 const ISystemCalls& TMachineDoor::GetCalls() const {

@@ -6,6 +6,7 @@
 #include "machine/supervision/machine_options.h"
 #include "machine/system/live_system_calls.h"
 #include "machine/system/rooted_files.h"
+#include "machine/system/sleep_guard.h"
 
 #include <optional>
 #include <string>
@@ -23,6 +24,9 @@ bool IsMachineRoot(const std::string& directory);
 /// Describes the machine for people: "this machine", "tree /x".
 std::string DescribeMachine(const TMachineOptions& options);
 
+/// Keeps the devices of the machine asleep, unless the options allow to wake them. A tree without the answers
+/// of a capture counts as a machine too: the file systems of the host are often mounted in a container. The
+/// files of a capture are read all the same, because they wake nothing.
 class TMachineDoor {
   public:
     /// Errors: throws TRunFailure if the tree is missing, is not readable, or is not the tree of a machine.
@@ -35,9 +39,13 @@ class TMachineDoor {
     std::optional<NKELVOR20::TCIMDateTime> FindLocalTime() const;
 
   private:
+    const ISystemFiles& GetRootedFiles() const;
+
     bool isLive_;
     std::optional<NKELVOR20::TCIMDateTime> localTime_;
     TRootedFiles rootedFiles_;
+    TSleepGuard guardedFiles_;
+    bool isGuarded_;
     TLiveSystemCalls liveCalls_;
     std::optional<TReplaySystemCalls> capturedCalls_;  // only for trees
     std::optional<TReplayFiles> capturedFiles_;        // only for trees

@@ -17,6 +17,7 @@ struct TMachineOptions {
     TCollectorChoice collectors;
     /// Time limit of the collection; absent: none.
     std::optional<std::chrono::milliseconds> deadline = std::chrono::seconds(10);
+    bool wakes = false;  ///< read the files of sleeping devices too, which wakes them
 };
 
 }  // namespace NVORHOST

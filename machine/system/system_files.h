@@ -17,6 +17,7 @@ enum class EReadStatus {
     denied,    ///< permission denied
     failed,    ///< an input error, a file or folder larger than the cap, something that is not a regular file
     timedOut,  ///< an earlier access to the same path did not return in time
+    asleep,    ///< the read would wake a device that sleeps
 };
 
 /// Thrown if the system has no descriptor or no memory left for an access. The file may exist, so this is not

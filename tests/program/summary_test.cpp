@@ -25,6 +25,7 @@ TEST(PrintOutcome, PrintsARowForEachKindOfProblem) {
     outcome.deniedSources = {"/a"};
     outcome.failedSources = {"/b", "/c"};
     outcome.timedOutSources = {"/1", "/2", "/3", "/4"};
+    outcome.asleepSources = {"/d"};
     outcome.warnings = {"malformed table"};
     outcome.replacedBytes = 3;
     EXPECT_EQ(Printed(outcome),
@@ -32,6 +33,7 @@ TEST(PrintOutcome, PrintsARowForEachKindOfProblem) {
               "Denied      1 source needs root: /a\n"
               "Unread      2 sources could not be read: /b, /c\n"
               "Timed out   4 sources did not answer in time: /1, /2, /3, ...\n"
+              "Asleep      1 source would wake a device (see --wake): /d\n"
               "Warning     malformed table\n"
               "Replaced    3 bytes of device text were not valid UTF-8\n");
 }
@@ -96,6 +98,9 @@ TEST(GetExitStatus, Is3OnlyForGapsInStrictMode) {
     EXPECT_EQ(GetExitStatus(gaps, /*isStrict=*/true), 3);
     EXPECT_EQ(GetExitStatus(gaps, /*isStrict=*/false), 0);
     EXPECT_EQ(GetExitStatus({}, /*isStrict=*/true), 0);
+    TCollectOutcome asleep;
+    asleep.asleepSources = {"/a"};
+    EXPECT_EQ(GetExitStatus(asleep, /*isStrict=*/true), 0);
 }
 
 }  // namespace

@@ -35,8 +35,7 @@ constexpr TPropertyRow<TPort> portRows[] = {
 constexpr TCimClass<TPort> portClass{"CIM_PCIPort", portRows};
 constexpr const IClassDeclaration* classes[] = {&portClass};
 
-constexpr auto sourcePatterns = Join(pciSources, std::array<TSourcePattern, 3>{
-                                                     "/sys/bus/pci/devices/*/power/runtime_status",
+constexpr auto sourcePatterns = Join(pciSources, std::array<TSourcePattern, 2>{
                                                      "/sys/bus/pci/slots",
                                                      "/sys/bus/pci/slots/*/address",
                                                  });
@@ -67,8 +66,8 @@ std::string Describe(const TLink& link) {
            (tenths != 0 ? "." + std::to_string(tenths) : "") + " GT/s";
 }
 
-// The kernel reads the registers of a link on every access, and newer kernels wake the function for it.
-// Kernels before 5.10 do not show the power state.
+// The kernel reads the registers of a link on every access. It resumes the port above the function for that,
+// and newer kernels also resume a function in D3cold. Kernels before 5.11 do not show the power state.
 bool IsAwake(const ISystemFiles& files, const TPciSource& source,
              const std::optional<std::string>& powerState) {
     if (powerState) {
@@ -115,7 +114,7 @@ TPort MakePort(TCollection& collection, const TSlots& slots, const TPciSource& s
     info.Add("Driver", ReadLinkedName(files, source.folder + "/driver"));
     info.Add("Slot", FindSlotName(slots, source.address));
     info.Add("IOMMU group", ReadLinkedName(files, source.folder + "/iommu_group"));
-    if (isExpress && IsAwake(files, source, port.powerState)) {
+    if (isExpress && (collection.MayWake() || IsAwake(files, source, port.powerState))) {
         SetLinks(files, source, port);
         info.Add("Serial number", ReadAttribute(files, source.folder + "/serial_number"));
     }

@@ -32,11 +32,9 @@ std::vector<TPciSource> ReadPciSources(const ISystemFiles& files);
 const std::vector<TPciSource>& GetPciSources(TCollection& collection);
 
 /// The paths that ReadPciSources may access.
-inline constexpr std::array<TSourcePattern, 4> pciSources{
-    "/sys/bus/pci/devices",
-    "/sys/bus/pci/devices/*/*",
-    "/sys/devices",
-    "/sys/devices/pci*/**",
+inline constexpr std::array<TSourcePattern, 5> pciSources{
+    "/sys/bus/pci/devices", "/sys/bus/pci/devices/*/*", "/sys/bus/pci/devices/*/power/runtime_status",
+    "/sys/devices",         "/sys/devices/pci*/**",
 };
 
 /// Reads the numbers of the function in `folder` from the kernel's attributes, else from `modalias`; nullopt

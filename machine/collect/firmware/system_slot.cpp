@@ -50,10 +50,12 @@ constexpr TCimClass<TSystemSlot> systemSlotClass{"KELSG_SystemSlot", systemSlotR
 constexpr const IClassDeclaration* classes[] = {&systemSlotClass};
 
 // The folder of a bridge lists the functions below it.
-constexpr auto sourcePatterns = Join(smbiosSources, std::array<TSourcePattern, 10>{
+constexpr auto sourcePatterns = Join(smbiosSources, std::array<TSourcePattern, 12>{
                                                         "/sys/bus/pci/slots",
                                                         "/sys/bus/pci/slots/*/address",
                                                         "/sys/bus/pci/slots/*/latch",
+                                                        "/sys/class/pci_bus/*/device/power_state",
+                                                        "/sys/class/pci_bus/*/device/power/runtime_status",
                                                         "/sys/bus/pci/devices/*",
                                                         "/sys/bus/pci/devices/*/class",
                                                         "/sys/bus/pci/devices/*/vendor",

@@ -21,6 +21,8 @@ struct TCollectContext {
     std::optional<TCIMDateTime> localTime;
     /// Source of device names. If it is null, devices are named by their class and numbers.
     const IDeviceNames* deviceNames = nullptr;
+    /// True if files may be read that wake a device.
+    bool wakes = false;
 };
 
 }  // namespace NVORHOST

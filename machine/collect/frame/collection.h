@@ -32,6 +32,8 @@ class TCollection {
     const ISystemFiles& GetFiles() const { return files_; }
     const ISystemCalls& GetCalls() const { return context_.calls; }
     const std::optional<TCIMDateTime>& GetLocalTime() const { return context_.localTime; }
+    /// True if files may be read that wake a device.
+    bool MayWake() const { return context_.wakes; }
     /// Null if the run has no database of device names.
     const IDeviceNames* GetDeviceNames() const { return context_.deviceNames; }
 

@@ -1,6 +1,7 @@
 #include "machine/collect/memory/spd_source.h"
 
 #include "text/ascii.h"
+#include "text/lines.h"
 #include "text/trim.h"
 
 #include <algorithm>
@@ -17,6 +18,13 @@ constexpr std::string_view driverFolders[] = {
 };
 
 constexpr std::size_t maxEepromBytes = 1024;
+
+// True for "1-0050" to "1-0057": bus and address. Other addresses have EEPROMs of other kinds, and the folder
+// of a driver has attributes as well.
+bool IsModuleAddress(std::string_view name) {
+    const auto [bus, address] = SplitAt(name, '-');
+    return address.size() == 4 && address.starts_with("005") && address[3] >= '0' && address[3] <= '7';
+}
 
 // Returns "4D3C2B1A" for "1A2B3C4D".
 std::string ReverseBytes(const std::string& digits) {
@@ -64,8 +72,7 @@ std::vector<TSpdModule> ReadSpdModules(const ISystemFiles& files) {
     std::vector<TSpdModule> eeproms;
     for (const std::string_view driver : driverFolders) {
         for (const std::string& name : files.List(driver).value) {
-            // The folder has devices, such as "1-0050", and attributes of the driver.
-            if (name.find('-') == std::string::npos) {
+            if (!IsModuleAddress(name)) {
                 continue;
             }
             const std::string path = std::string(driver) + "/" + name + "/eeprom";

@@ -72,7 +72,7 @@ constexpr TCimClass<TDeviceAddress> deviceAddressClass{"CIM_DeviceSAPImplementat
 constexpr const IClassDeclaration* classes[] = {&ethernetPortClass, &wifiPortClass, &infiniBandPortClass,
                                                 &otherPortClass, &deviceAddressClass};
 
-constexpr std::array<TSourcePattern, 24> portSources{
+constexpr std::array<TSourcePattern, 26> portSources{
     "/proc/net/vlan/config",
     "/sys/class/net",
     "/sys/class/net/*",
@@ -86,6 +86,8 @@ constexpr std::array<TSourcePattern, 24> portSources{
     "/sys/class/net/*/dev_port",
     "/sys/class/net/*/device",
     "/sys/class/net/*/device/driver",
+    "/sys/class/net/*/device/power/runtime_status",
+    "/sys/class/net/*/device/power_state",
     "/sys/class/net/*/duplex",
     "/sys/class/net/*/flags",
     "/sys/class/net/*/master",

@@ -101,6 +101,7 @@ TCollectReport TCollectorRuns::Run(const TCollector& collector) {
     report.deniedSources = PathsThatEnded(accesses, EReadStatus::denied);
     report.failedSources = PathsThatEnded(accesses, EReadStatus::failed);
     report.timedOutSources = PathsThatEnded(accesses, EReadStatus::timedOut);
+    report.asleepSources = PathsThatEnded(accesses, EReadStatus::asleep);
     report.essentialFailure = FindEssentialFailure(accesses);
     report.notes = parts_->collection.TakeNotes();
     report.warnings = parts_->collection.TakeWarnings();

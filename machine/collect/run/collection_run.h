@@ -28,6 +28,7 @@ struct TCollectReport {
     std::vector<std::string> deniedSources;    ///< files and folders with permission denied
     std::vector<std::string> failedSources;    ///< unreadable for another reason
     std::vector<std::string> timedOutSources;  ///< no answer before the deadline
+    std::vector<std::string> asleepSources;    ///< files of sleeping devices, which were not read
     /// The first essential source (essential_sources.h) that failed with an input error, and the cause:
     /// "/proc/cpuinfo: Input/output error"; absent if there is none.
     std::optional<std::string> essentialFailure;

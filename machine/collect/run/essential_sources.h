@@ -5,6 +5,7 @@
 //   permission denied (EACCES, EPERM)              any         "Denied" in the summary
 //   larger than the cap, not a regular file        any         "Unread" in the summary
 //   no answer before the deadline                  any         "Timed out" in the summary
+//   the read would wake a sleeping device          any         "Asleep" in the summary
 //   input error (EIO and the like)                 any other   "Unread" in the summary
 //   input error (EIO and the like)                 essential   the run ends, earlier files stay
 //   out of descriptors or memory (EMFILE, ...)     any         the run ends, earlier files stay

@@ -18,10 +18,12 @@ TEST(CollectOutcome, SortsAndDeduplicatesSourcesOfAllReports) {
     reports[1].deniedSources = {"/a", "/c"};
     reports[0].failedSources = {"/y", "/x"};
     reports[1].timedOutSources = {"/z", "/z"};
+    reports[1].asleepSources = {"/w", "/v"};
     const TCollectOutcome outcome = CombineReports(reports);
     EXPECT_THAT(outcome.deniedSources, ElementsAre("/a", "/b", "/c"));
     EXPECT_THAT(outcome.failedSources, ElementsAre("/x", "/y"));
     EXPECT_THAT(outcome.timedOutSources, ElementsAre("/z"));
+    EXPECT_THAT(outcome.asleepSources, ElementsAre("/v", "/w"));
 }
 
 TEST(CollectOutcome, CountsFailedCollectorsAndReplacedBytes) {

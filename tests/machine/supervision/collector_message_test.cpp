@@ -14,6 +14,7 @@ TEST(CollectorMessage, TransfersEveryMemberOfAReport) {
     report.deniedSources = {"/denied/1", "/denied/2"};
     report.failedSources = {"/failed"};
     report.timedOutSources = {"/timed/out"};
+    report.asleepSources = {"/asleep"};
     report.essentialFailure = "/proc/cpuinfo: Input/output error";
     report.notes = {"note"};
     report.warnings = {"warning"};
@@ -30,6 +31,7 @@ TEST(CollectorMessage, TransfersEveryMemberOfAReport) {
     EXPECT_EQ(read.deniedSources, (std::vector<std::string>{"/denied/1", "/denied/2"}));
     EXPECT_EQ(read.failedSources, std::vector<std::string>{"/failed"});
     EXPECT_EQ(read.timedOutSources, std::vector<std::string>{"/timed/out"});
+    EXPECT_EQ(read.asleepSources, std::vector<std::string>{"/asleep"});
     EXPECT_EQ(read.essentialFailure, "/proc/cpuinfo: Input/output error");
     EXPECT_EQ(read.notes, std::vector<std::string>{"note"});
     EXPECT_EQ(read.warnings, std::vector<std::string>{"warning"});

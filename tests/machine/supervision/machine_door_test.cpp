@@ -64,6 +64,33 @@ TEST(MachineDoor, PrefersTheTimeOfTheOptionsToThatOfTheCapture) {
     EXPECT_EQ(TMachineDoor(options).FindLocalTime()->ToString(), "20240229134500.000000+060");
 }
 
+TEST(MachineDoor, KeepsTheDevicesOfATreeAsleepUnlessTheyMayBeWoken) {
+    const TTemporaryDirectory directory;
+    const std::string function = "/sys/bus/pci/devices/0000:01:00.0";
+    std::filesystem::create_directories(directory / "proc");
+    std::filesystem::create_directories(directory / function.substr(1));
+    WriteFile(directory / function.substr(1) + "/power_state", "D3cold\n");
+    WriteFile(directory / function.substr(1) + "/config", "bytes");
+    TMachineOptions options = TreeOptions(directory.GetPath());
+    EXPECT_EQ(TMachineDoor(options).GetFiles().ReadText(function + "/config").status, EReadStatus::asleep);
+    options.wakes = true;
+    EXPECT_EQ(TMachineDoor(options).GetFiles().ReadText(function + "/config").value, "bytes");
+    options.wakes = false;
+    WriteFile(directory / "noxinfo-system.txt", FormatCaptureAnswers({}));
+    EXPECT_EQ(TMachineDoor(options).GetFiles().ReadText(function + "/config").value, "bytes");
+}
+
+TEST(MachineDoor, RefusesAgainWhatWasAsleepDuringTheCapture) {
+    const TTemporaryDirectory directory;
+    std::filesystem::create_directories(directory / "proc");
+    TCaptureAnswers answers;
+    answers.refusals = {{{EAccess::read, "/sys/bus/pci/devices/0000:01:00.0/config"}, EReadStatus::asleep}};
+    WriteFile(directory / "noxinfo-system.txt", FormatCaptureAnswers(answers));
+    const TMachineDoor door(TreeOptions(directory.GetPath()));
+    EXPECT_EQ(door.GetFiles().ReadText("/sys/bus/pci/devices/0000:01:00.0/config").status,
+              EReadStatus::asleep);
+}
+
 TEST(MachineOptions, DescribeTheMachine) {
     EXPECT_EQ(DescribeMachine(TreeOptions("/")), "this machine");
     EXPECT_EQ(DescribeMachine(TreeOptions("/srv/tree")), "tree /srv/tree");

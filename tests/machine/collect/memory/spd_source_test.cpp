@@ -38,6 +38,14 @@ TEST(ReadSpdModules, IgnoresTheAttributesOfTheDriver) {
                 IsEmpty());
 }
 
+TEST(ReadSpdModules, ReadsOnlyTheAddressesOfModules) {
+    std::string tree;
+    for (const char* address : {"004f", "0050", "0057", "0058", "0150", "050", "10050"}) {
+        tree += Eeprom(std::string("/sys/bus/i2c/drivers/at24/0-") + address, "00 00 00 01");
+    }
+    EXPECT_EQ(ReadSerials(tree).size(), 2U);
+}
+
 TEST(ReadSpdModules, SkipsUnreadableAndMalformedEeproms) {
     EXPECT_THAT(ReadSerials("/sys/bus/i2c/drivers/at24/0-0050/eeprom !denied\n"
                             "/sys/bus/i2c/drivers/at24/0-0051/eeprom registers 64:\n| 02: 0b\n"

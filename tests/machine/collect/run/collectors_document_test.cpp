@@ -1,11 +1,14 @@
 // Compares docs/collectors.md with the code: both have the same collectors, classes, properties and types in
 // the same order, and the document has a source for each property.
 #include "machine/collect/run/collectors.h"
+#include "machine/system/path_pattern.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,11 +24,13 @@ using testing::Not;
 constexpr std::string_view collectorHeading = "## `";
 constexpr std::string_view classHeading = "### `";
 constexpr std::string_view propertyRow = "| `";
+constexpr std::string_view pathRow = "| `/";
 
 struct TDocument {
     std::vector<std::string> collectors;
     std::vector<std::string> properties;  // "Class.Property type"
     std::vector<std::string> sources;     // of each property
+    std::set<std::string> paths;          // patterns of the table of what reading a source does
 };
 
 // Returns the text between the first two backticks of a line.
@@ -52,6 +57,24 @@ std::vector<std::string> Cells(std::string_view line) {
     return cells;
 }
 
+// "`/a`, `/b`".
+void AddPaths(std::string_view cell, std::set<std::string>& paths) {
+    for (auto start = cell.find('`'); start != std::string_view::npos; start = cell.find('`', start)) {
+        const auto end = cell.find('`', start + 1);
+        paths.emplace(cell.substr(start + 1, end - start - 1));
+        start = end + 1;
+    }
+}
+
+// The patterns of all collectors.
+std::set<std::string_view> ListSources() {
+    std::set<std::string_view> sources;
+    for (const TCollector& collector : GetCollectors()) {
+        sources.insert(collector.reads.begin(), collector.reads.end());
+    }
+    return sources;
+}
+
 TDocument ReadDocument() {
     TDocument document;
     std::ifstream file(NOXINFO_SOURCE_DIR "/docs/collectors.md");
@@ -61,6 +84,8 @@ TDocument ReadDocument() {
             document.collectors.push_back(Quoted(line));
         } else if (line.starts_with(classHeading)) {
             className = Quoted(line);
+        } else if (line.starts_with(pathRow)) {
+            AddPaths(Cells(line).at(0), document.paths);
         } else if (line.starts_with(propertyRow)) {
             const auto cells = Cells(line);
             document.properties.push_back(className + "." + Quoted(line) + " " + cells.at(1));
@@ -100,6 +125,24 @@ TEST(CollectorsDocument, HasASourceForEveryProperty) {
     const TDocument document = ReadDocument();
     EXPECT_THAT(document.sources, Not(IsEmpty()));
     EXPECT_THAT(document.sources, Each(Not(IsEmpty())));
+}
+
+TEST(CollectorsDocument, DescribesWhatReadingEachSourceDoes) {
+    const TDocument document = ReadDocument();
+    for (const std::string_view source : ListSources()) {
+        EXPECT_TRUE(std::ranges::any_of(document.paths, [&](const std::string& pattern) {
+            return MatchesPathPattern(pattern, source);
+        })) << source;
+    }
+}
+
+TEST(CollectorsDocument, HasNoRowForASourceThatIsNotRead) {
+    const auto sources = ListSources();
+    for (const std::string& pattern : ReadDocument().paths) {
+        EXPECT_TRUE(std::ranges::any_of(sources, [&](std::string_view source) {
+            return MatchesPathPattern(pattern, source) || MatchesPathPattern(source, pattern);
+        })) << pattern;
+    }
 }
 
 }  // namespace
