@@ -150,13 +150,30 @@ CLI::Option* AddCollectorNames(CLI::App& command, const std::string& option, std
         ->type_name("NAME,...");
 }
 
-// The options of every command that collects from a machine.
+CLI::Option* AddSysroot(CLI::App& command, TMachineOptions& options) {
+    return command
+        .add_option("--sysroot", options.sysroot, "Collect from the tree below this directory instead of /")
+        ->type_name("DIR");
+}
+
+CLI::Option* AddDeadline(CLI::App& command, TMachineOptions& options) {
+    return command
+        .add_option_function<std::string>(
+            "--deadline", [&options](const std::string& text) { options.deadline = ParseDeadline(text); },
+            "Continue without sources that have not answered after this time; 0 waits for all of them "
+            "(default: 10)")
+        ->type_name("SECONDS");
+}
+
+CLI::Option* AddWake(CLI::App& command, TMachineOptions& options) {
+    return command.add_flag("--wake", options.wakes,
+                            "Also read the files of sleeping devices, which wakes the devices");
+}
+
+// The options of every command that collects an inventory from a machine.
 std::vector<CLI::Option*> AddMachineOptions(CLI::App& command, TSourceOptions& options) {
     return {
-        command
-            .add_option("--sysroot", options.machine.sysroot,
-                        "Collect from the tree below this directory instead of /")
-            ->type_name("DIR"),
+        AddSysroot(command, options.machine),
         AddCollectorNames(command, "--only", options.machine.collectors.only,
                           "Run only these collectors; noxinfo collectors lists them"),
         AddCollectorNames(command, "--skip", options.machine.collectors.skip,
@@ -167,15 +184,8 @@ std::vector<CLI::Option*> AddMachineOptions(CLI::App& command, TSourceOptions& o
             .add_flag("--documents-only", options.machine.collectors.documentsOnly,
                       "Leave out what no document contains")
             ->excludes("--only"),
-        command
-            .add_option_function<std::string>(
-                "--deadline",
-                [&options](const std::string& text) { options.machine.deadline = ParseDeadline(text); },
-                "Continue without sources that have not answered after this time; 0 waits for all of them "
-                "(default: 10)")
-            ->type_name("SECONDS"),
-        command.add_flag("--wake", options.machine.wakes,
-                         "Also read the files of sleeping devices, which wakes the devices"),
+        AddDeadline(command, options.machine),
+        AddWake(command, options.machine),
     };
 }
 
@@ -287,6 +297,70 @@ void AddValidateCommand(CLI::App& program, TValidateOptions& options) {
         .add_option("SOURCE", options.sources, "Document, or a folder that holds one; - is standard input")
         ->type_name("FILE")
         ->required();
+}
+
+std::vector<std::string> CheckNames() {
+    std::vector<std::string> names;
+    for (const NLINT::TCheckText& check : NLINT::GetCheckTexts()) {
+        names.emplace_back(check.id);
+    }
+    return names;
+}
+
+CLI::Option* AddCheckNames(CLI::App& command, const std::string& option, std::vector<std::string>& names,
+                           const std::string& description) {
+    return AddNames(command, option, names, description, "CHECK,...")
+        ->check([option](const std::string& name) {
+            const auto known = CheckNames();
+            return std::ranges::find(known, name) != known.end()
+                       ? std::string()
+                       : "unknown check '" + name + "'" + DidYouMean(name, known);
+        });
+}
+
+struct TSeverityName {
+    std::string_view name;
+    NLINT::ESeverity severity;
+};
+
+constexpr TSeverityName severityNames[] = {
+    {"error", NLINT::ESeverity::error},
+    {"warning", NLINT::ESeverity::warning},
+    {"note", NLINT::ESeverity::note},
+};
+
+void AddLintCommand(CLI::App& program, TLintOptions& options) {
+    CLI::App& command = *program.add_subcommand(
+        "lint", "Look for contradictions, and for parts that are not as they could be");
+    TMachineOptions& machine = options.machine.machine;
+    const std::vector<CLI::Option*> door{AddSysroot(command, machine), AddDeadline(command, machine),
+                                         AddWake(command, machine)};
+    command
+        .add_option_function<std::string>(
+            "--format", [&options](const std::string& format) { options.isJson = format == "json"; },
+            "Format of the output (default: text)")
+        ->check(CLI::IsMember(std::vector<std::string>{"text", "json"}).description(noDescription))
+        ->type_name("text|json");
+    AddCheckNames(command, "--only", options.checks.only, "Run only these checks");
+    AddCheckNames(command, "--skip", options.checks.skip, "Run every check except these");
+    command
+        .add_option_function<std::string>(
+            "--fail-on",
+            [&options](const std::string& name) {
+                options.failOn = std::ranges::find(severityNames, name, &TSeverityName::name)->severity;
+            },
+            "Exit with status 1 for findings of this severity and above (default: warning)")
+        ->check(
+            CLI::IsMember(std::vector<std::string>{"error", "warning", "note"}).description(noDescription))
+        ->type_name("error|warning|note");
+    AddRunOptions(command, options.machine);
+    CLI::Option* const source =
+        command
+            .add_option("SOURCE", options.source, std::string(sourceDescription) + " (default: this machine)")
+            ->type_name("FILE");
+    for (CLI::Option* option : door) {
+        option->excludes(source);
+    }
 }
 
 void AddExplainCommand(CLI::App& program, TExplainOptions& options) {
@@ -527,6 +601,7 @@ struct TModel {
         AddShowCommand(program, show);
         AddValidateCommand(program, validate);
         AddExplainCommand(program, explain);
+        AddLintCommand(program, lint);
         AddReportCommand(program, report);
         AddDiffCommand(program, diff);
         AddCollectCommand(program, collect);
@@ -540,6 +615,7 @@ struct TModel {
     TShowOptions show;
     TValidateOptions validate;
     TExplainOptions explain;
+    TLintOptions lint;
     TReportOptions report;
     TDiffOptions diff;
     TCollectOptions collect;
@@ -629,6 +705,9 @@ TCommand ParseCommandLine(int argc, const char* const* argv) {
     }
     if (command == "explain") {
         return model.explain;
+    }
+    if (command == "lint") {
+        return model.lint;
     }
     if (command == "report") {
         return model.report;

@@ -3,6 +3,7 @@
 
 #include "inventory/compare/comparison.h"
 #include "inventory/read/resource_filter.h"
+#include "lint/run/check_list.h"
 #include "machine/supervision/machine_options.h"
 #include "sending/credential_files.h"
 #include "vorhost/run/exit_status.h"
@@ -89,6 +90,14 @@ struct TExplainOptions {
     std::optional<std::string> source;  ///< file or folder; "-" is standard input
 };
 
+struct TLintOptions {
+    TSourceOptions machine;             ///< without namespaceFile; used if there is no source
+    std::optional<std::string> source;  ///< file or folder; "-" is standard input
+    NLINT::TCheckChoice checks;
+    NLINT::ESeverity failOn = NLINT::ESeverity::warning;  ///< the least severity that makes the exit status 1
+    bool isJson = false;
+};
+
 struct TReportOptions {
     TSourceOptions machine;            ///< without namespaceFile; used if there are no sources
     std::vector<std::string> sources;  ///< at most two, the older one first; "-" is standard input
@@ -116,9 +125,9 @@ struct TEarlyExit {
     int status = eExitDone;
 };
 
-using TCommand = std::variant<TShowOptions, TDiffOptions, TValidateOptions, TExplainOptions, TReportOptions,
-                              TCollectOptions, TSendOptions, TSnapshotOptions, TCaptureOptions,
-                              TCollectorsOptions, TCompletionOptions, TEarlyExit>;
+using TCommand = std::variant<TShowOptions, TDiffOptions, TValidateOptions, TExplainOptions, TLintOptions,
+                              TReportOptions, TCollectOptions, TSendOptions, TSnapshotOptions,
+                              TCaptureOptions, TCollectorsOptions, TCompletionOptions, TEarlyExit>;
 
 /// Parses the command line. Prints help or version to standard output, and usage errors to standard error;
 /// returns TEarlyExit in both cases.

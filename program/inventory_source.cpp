@@ -169,9 +169,13 @@ void PassInventory(const std::string& path, const TBeginSource& begin, IDocument
     }
 }
 
+bool IsMachineTree(const std::string& path) {
+    return path != "-" && IsMachineRoot(path) && ListFolder(path).IsEmpty();
+}
+
 TCollectOutcome PassSource(const std::string& path, const TSourceOptions& options, const TBeginSource& begin,
                            IDocumentEvents& events) {
-    if (path != "-" && IsMachineRoot(path) && ListFolder(path).IsEmpty()) {
+    if (IsMachineTree(path)) {
         TSourceOptions tree = options;
         tree.machine.sysroot = path;
         return PassMachine(tree, begin, events);

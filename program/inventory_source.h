@@ -17,6 +17,9 @@ using TBeginSource = std::function<void(const std::string& name)>;
 /// one, else its documents, each a source by its own path. Errors: throws TDocumentError.
 void PassInventory(const std::string& path, const TBeginSource& begin, NINVENTORY::IDocumentEvents& events);
 
+/// True for a folder that holds no inventory but is the tree of a machine.
+bool IsMachineTree(const std::string& path);
+
 /// Reads a source as PassInventory does, or collects from a folder that holds no inventory but is the tree of
 /// a machine, as `options` require. Returns what was missing of a machine; nothing for other sources. Errors:
 /// throws TDocumentError, and as PassMachine.

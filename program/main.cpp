@@ -7,6 +7,7 @@
 #include "program/command_line.h"
 #include "program/diff_command.h"
 #include "program/explain_command.h"
+#include "program/lint_command.h"
 #include "program/report_command.h"
 #include "program/send_command.h"
 #include "program/show_command.h"
@@ -48,6 +49,16 @@ struct TRunCommand {
     int operator()(const TExplainOptions& options) const {
         RequireProcFileSystem();
         return PrintResult([&](std::ostream& out) { return RunExplain(options, out); });
+    }
+    int operator()(const TLintOptions& options) const {
+        try {
+            ELintStatus status = eLintClean;
+            WriteStandardOutput([&](std::ostream& out) { status = RunLint(options, out); });
+            return status;
+        } catch (const std::exception& error) {
+            Report(DescribeFailure(error));
+            return eLintTrouble;
+        }
     }
     int operator()(const TReportOptions& options) const {
         RequireProcFileSystem();

@@ -5,15 +5,14 @@
 namespace NVORHOST {
 
 EExitStatus RunReport(const TReportOptions& options, std::ostream& out) {
-    TShowOptions show;
-    show.machine = options.machine;
-    show.sources = options.sources;
-    show.format = "html";
-    show.comparesSources = true;
-    if (options.outputFile != "-") {
-        show.outputFile = options.outputFile;
-    }
-    return RunShow(show, out);
+    const bool writesStandardOutput = options.outputFile == "-";
+    return RunShow({.machine = options.machine,
+                    .sources = options.sources,
+                    .format = "html",
+                    .filter = {},
+                    .comparesSources = true,
+                    .outputFile = writesStandardOutput ? std::nullopt : std::optional(options.outputFile)},
+                   out);
 }
 
 }  // namespace NVORHOST

@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <optional>
+#include <span>
 #include <string>
 
 namespace NVORHOST {
@@ -15,6 +16,8 @@ struct TMachineOptions {
     /// Replaces the clock; absent: the clock, or the time of the capture.
     std::optional<NKELVOR20::TCIMDateTime> localTime;
     TCollectorChoice collectors;
+    /// Collectors that run after the chosen ones. They outlive the collection.
+    std::span<const TCollector> extraCollectors;
     /// Time limit of the collection; absent: none.
     std::optional<std::chrono::milliseconds> deadline = std::chrono::seconds(10);
     bool wakes = false;  ///< read the files of sleeping devices too, which wakes them

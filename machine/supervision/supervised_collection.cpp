@@ -295,6 +295,8 @@ TCollectionTask MakeTask(const TMachineOptions& options, ECollects collects) {
     task.options = options;
     task.collects = collects;
     task.collectors = ChooseCollectors(options.collectors);
+    task.collectors.insert(task.collectors.end(), options.extraCollectors.begin(),
+                           options.extraCollectors.end());
     return task;
 }
 

@@ -35,6 +35,7 @@ const std::vector<std::vector<std::string>> helps{
     {"show", "--help"},
     {"validate", "--help"},
     {"explain", "--help"},
+    {"lint", "--help"},
     {"report", "--help"},
     {"diff", "--help"},
     {"collect", "--help"},

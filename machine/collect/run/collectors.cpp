@@ -71,6 +71,7 @@ std::vector<TCollector> ChooseCollectors(const TCollectorChoice& choice) {
             chosen.push_back(collector);
         }
     }
+    chosen.insert(chosen.end(), choice.extra.begin(), choice.extra.end());
     return chosen;
 }
 

@@ -1,0 +1,105 @@
+#include "lint/firmware/machine_checks.h"
+
+namespace NLINT {
+namespace {
+
+constexpr char updateFirmware[] = "Update the firmware, or report the table to the maker of the machine";
+constexpr char setSerial[] = "Have the maker's service write the serial number of the part";
+
+// Row order is the order of findings.
+constexpr TMachineCheck checks[] = {
+    {{"smbios-form", ESeverity::error,
+      "Each structure of the firmware's table with the lengths that it may have", updateFirmware},
+     &CheckTableForm},
+    {{"smbios-length", ESeverity::error, "The length of the firmware's table with the announced length",
+      updateFirmware},
+     &CheckTableLength},
+    {{"smbios-count", ESeverity::error,
+      "The number of structures of the firmware's table with the announced number", updateFirmware},
+     &CheckStructureCount},
+    {{"smbios-end", ESeverity::warning,
+      "The last structure of the firmware's table with an end-of-table structure", updateFirmware},
+     &CheckTableEnd},
+    {{"smbios-text-number", ESeverity::error, "The number of a text with the texts of its structure",
+      updateFirmware},
+     &CheckTextNumbers},
+    {{"smbios-handle", ESeverity::error, "The handle of a structure with those of the others",
+      updateFirmware},
+     &CheckHandles},
+    {{"smbios-reference", ESeverity::error, "The handle in a structure with the structures of the table",
+      updateFirmware},
+     &CheckReferences},
+    {{"smbios-encoding", ESeverity::warning, "The bytes of a text with UTF-8", updateFirmware},
+     &CheckEncoding},
+    {{"placeholder-serial", ESeverity::warning, "A serial number with the fillers that firmware ships",
+      setSerial},
+     &CheckPlaceholders},
+    {{"placeholder-uuid", ESeverity::warning, "The UUID of the machine with those that many machines share",
+      "Have the maker's service write the UUID of the machine"},
+     &CheckPlaceholderUuid},
+    {{"shared-serial", ESeverity::warning, "The serial number of a part with those of parts of the same kind",
+      setSerial},
+     &CheckSharedSerials},
+    {{"memory-array-slots", ESeverity::error, "The slots that a memory array has with its memory devices",
+      updateFirmware},
+     &CheckArraySlots},
+    {{"memory-array-capacity", ESeverity::error,
+      "The largest memory of a memory array with the sum of its modules", updateFirmware},
+     &CheckArrayCapacity},
+    {{"uuid-byte-order", ESeverity::error, "The UUID of the machine with the kernel's reading of it",
+      "Compare UUIDs without regard to the order of their bytes, or update the kernel"},
+     &CheckUuidOrder},
+    {{"processor-count", ESeverity::error,
+      "The populated sockets of the firmware with the packages of the kernel", updateFirmware},
+     &CheckProcessorCount},
+    {{"processor-cores", ESeverity::error, "The enabled cores of the firmware with the cores of the kernel",
+      updateFirmware},
+     &CheckCoreCount},
+    {{"processor-threads", ESeverity::error,
+      "The threads of the firmware with the processors of the kernel, all of which are online",
+      updateFirmware},
+     &CheckThreadCount},
+    {{"slot-usage", ESeverity::error, "The use of an expansion slot with the PCI functions at its address",
+      updateFirmware},
+     &CheckSlotUsage},
+    {{"mapped-addresses", ESeverity::note,
+      "The addresses of the memory arrays with the kernel's map of memory", updateFirmware},
+     &CheckMappedAddresses},
+    {{"virtualization-off", ESeverity::warning,
+      "The virtualization that the processor has with that which the kernel may use",
+      "Switch virtualization on in the setup of the firmware"},
+     &CheckVirtualization},
+    {{"iommu-off", ESeverity::warning,
+      "The IOMMU that the firmware describes with those that the kernel uses",
+      "Boot the kernel with intel_iommu=on or amd_iommu=on, or switch the IOMMU on in the setup of the "
+      "firmware"},
+     &CheckIommu},
+    {{"clock-source", ESeverity::warning, "The clock source in use with the time-stamp counter",
+      "Look for \"clocksource\" in the kernel's log, and update the firmware"},
+     &CheckClockSource},
+    {{"partition-overlap", ESeverity::error, "The blocks of a partition with those of the next one",
+      "Save the data of both, and make the partitions again"},
+     &CheckPartitionOverlap},
+    {{"partition-end", ESeverity::error, "The end of a partition with the end of its disk",
+      "Shrink the partition, or copy it to a larger disk"},
+     &CheckPartitionEnd},
+    {{"partition-alignment", ESeverity::warning,
+      "The start of a partition with the physical blocks of its disk",
+      "Make the partition again at a multiple of the physical block size"},
+     &CheckPartitionAlignment},
+    {{"disk-read-only", ESeverity::warning, "The write protection of a disk with none",
+      "Look for errors of the disk in the kernel's log, and for a switch on the medium"},
+     &CheckReadOnlyDisks},
+    {{"usb-speed", ESeverity::warning,
+      "The speed of a USB device with the speed that its descriptors promise",
+      "Use a port and a cable for the speed of the device"},
+     &CheckUsbSpeed},
+};
+
+}  // namespace
+
+std::span<const TMachineCheck> GetMachineChecks() {
+    return checks;
+}
+
+}  // namespace NLINT
