@@ -50,9 +50,11 @@ std::vector<TDocumentedProperty> ReadDocumentedProperties() {
     std::ifstream document(NOXINFO_DOCS "/collectors.md");
     std::string className;
     for (std::string line; std::getline(document, line);) {
-        if (line.starts_with("### `")) {
+        if (line.starts_with("## ")) {
+            className.clear();  // a section without a class may have a table of its own
+        } else if (line.starts_with("### `")) {
             className = line.substr(5, line.find('`', 5) - 5);
-        } else if (line.starts_with("| `")) {
+        } else if (!className.empty() && line.starts_with("| `")) {
             properties.push_back({className, CellOf(line, 1), CellOf(line, 3)});
         }
     }

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
+
 namespace NVORHOST {
 namespace {
 
@@ -72,11 +74,11 @@ TEST(ObjectPath, RejectsAFifthLevelOfNestedReferences) {
     path.isInstance = true;
     std::string text = "A";
     for (int level = 2; level <= 4; ++level) {
-        path.keys = {{"", EType::reference, text}};
+        path.keys = {{std::nullopt, EType::reference, text}};
         text = ToText(path);
         EXPECT_TRUE(ParseObjectPath(text).has_value()) << level;
     }
-    path.keys = {{"", EType::reference, text}};
+    path.keys = {{std::nullopt, EType::reference, text}};
     EXPECT_FALSE(ParseObjectPath(ToText(path)).has_value());
 }
 
