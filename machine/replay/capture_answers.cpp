@@ -231,10 +231,7 @@ TCaptureAnswers ParseCaptureAnswers(std::string_view text) {
 
 TReadResult<TCaptureAnswers> ReadCaptureAnswers(const ISystemFiles& files) {
     const auto text = files.ReadText(captureAnswersPath);
-    if (!text.IsOk() && text.status != EReadStatus::notFound) {
-        return {text.status, {}, text.error};
-    }
-    return {EReadStatus::ok, ParseCaptureAnswers(text.value), {}};
+    return {text.status, ParseCaptureAnswers(text.value), text.error};
 }
 
 }  // namespace NVORHOST

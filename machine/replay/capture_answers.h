@@ -49,7 +49,7 @@ TCaptureAnswers ParseCaptureAnswers(std::string_view text);
 /// Adds `more` to `answers`. If both have a single-valued answer, that of `more` replaces it.
 void MergeCaptureAnswers(const TCaptureAnswers& more, TCaptureAnswers& answers);
 
-/// Reads the answers of the tree in `files`; ok and empty if the tree has none.
+/// Reads the answers of the tree in `files`; empty unless the status is ok.
 TReadResult<TCaptureAnswers> ReadCaptureAnswers(const ISystemFiles& files);
 
 }  // namespace NVORHOST

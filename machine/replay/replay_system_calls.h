@@ -14,9 +14,12 @@ class TReplaySystemCalls final : public ISystemCalls {
         : files_(files), answers_(ReadCaptureAnswers(files)) {}
 
     const TCaptureAnswers& GetAnswers() const { return answers_.value; }
+    /// True for a tree with answers that have been read.
+    bool HasAnswers() const { return answers_.IsOk(); }
     /// Returns the path and the cause if the tree has answers that cannot be read; nullopt otherwise.
     std::optional<std::string> FindAnswersError() const {
-        return answers_.IsOk() ? std::nullopt : std::optional(answers_.error);
+        return HasAnswers() || answers_.status == EReadStatus::notFound ? std::nullopt
+                                                                        : std::optional(answers_.error);
     }
 
     // A tree that another tool copied has no answers, but has some of them in its files.

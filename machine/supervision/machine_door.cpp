@@ -106,13 +106,14 @@ TMachineDoor::TMachineDoor(const TMachineOptions& options)
       localTime_(options.localTime),
       rootedFiles_(options.sysroot),
       guardedFiles_(rootedFiles_),
-      isGuarded_(!options.wakes && (isLive_ || !rootedFiles_.Exists(captureAnswersPath))) {
+      isGuarded_(!options.wakes) {
     RequireDirectory(options.sysroot);
     RequireOpen(rootedFiles_);
     if (!isLive_) {
         RequireMachine(options.sysroot);
         capturedCalls_.emplace(rootedFiles_);
         RequireAnswers(rootedFiles_, *capturedCalls_);
+        isGuarded_ = isGuarded_ && !capturedCalls_->HasAnswers();
         capturedFiles_.emplace(GetRootedFiles(), capturedCalls_->GetAnswers());
     }
 }

@@ -106,9 +106,9 @@ TEST(MergeCaptureAnswers, ReplacesSingleValuesAndJoinsMaps) {
     EXPECT_EQ(answers.refusals.size(), 4U);
 }
 
-TEST(ReadCaptureAnswers, IsEmptyAndOkForATreeWithoutAnswers) {
+TEST(ReadCaptureAnswers, IsEmptyForATreeWithoutAnswers) {
     const auto answers = ReadCaptureAnswers(TMemoryFiles());
-    EXPECT_EQ(answers.status, EReadStatus::ok);
+    EXPECT_EQ(answers.status, EReadStatus::notFound);
     EXPECT_FALSE(answers.value.nodeName);
 }
 
