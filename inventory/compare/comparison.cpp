@@ -258,6 +258,7 @@ class TTypeComparison {
     void Sort(std::span<TDifference> differences) const {
         using TKey = std::tuple<EChange, std::string, std::string_view, std::string_view, std::size_t>;
         std::vector<TKey> keys;
+        keys.reserve(differences.size());
         for (std::size_t i = 0; i < differences.size(); ++i) {
             const TResource& resource = differences[i].GetResource();
             keys.emplace_back(differences[i].change, MakePlace(resource), resource.GetText("Name"),
@@ -265,6 +266,7 @@ class TTypeComparison {
         }
         std::ranges::sort(keys);
         std::vector<TDifference> sorted;
+        sorted.reserve(keys.size());
         for (const TKey& key : keys) {
             sorted.push_back(std::move(differences[std::get<std::size_t>(key)]));
         }

@@ -97,7 +97,7 @@ std::string Show(const TResource& resource, std::string_view property) {
 std::string GetShownName(const TResource& resource) {
     for (const std::string_view property :
          {resource.type == "LocalFileSystem" ? "Root" : "Name", "ElementName", "DeviceID", "Tag"}) {
-        if (const std::string text = Show(resource, property); !text.empty()) {
+        if (std::string text = Show(resource, property); !text.empty()) {
             return text;
         }
     }

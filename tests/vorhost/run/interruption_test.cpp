@@ -35,9 +35,9 @@ TEST(Interruption, EndsTheProgramWithStatus128PlusTheSignalNumber) {
     for (const int number : {SIGHUP, SIGINT, SIGTERM}) {
         EXPECT_EXIT(
             {
-                std::signal(number, SIG_DFL);  // the signal may be ignored in the test environment
+                (void)std::signal(number, SIG_DFL);  // the signal may be ignored in the test environment
                 EndOnSignals();
-                std::raise(number);
+                (void)std::raise(number);
                 WaitForever();
             },
             ExitedWithCode(128 + number), "");
@@ -47,9 +47,9 @@ TEST(Interruption, EndsTheProgramWithStatus128PlusTheSignalNumber) {
 TEST(Interruption, LeavesAnIgnoredSignalIgnored) {
     EXPECT_EXIT(
         {
-            std::signal(SIGHUP, SIG_IGN);
+            (void)std::signal(SIGHUP, SIG_IGN);
             EndOnSignals();
-            std::raise(SIGHUP);
+            (void)std::raise(SIGHUP);
             BlockIfSignalled();
             ::_exit(notEnded);
         },
@@ -69,7 +69,7 @@ TEST(Interruption, BlocksBeforeAReportOnceASignalWasReceived) {
     EXPECT_EXIT(
         {
             EndOnSignals();
-            std::raise(SIGTERM);
+            (void)std::raise(SIGTERM);
             BlockIfSignalled();
             ::_exit(notEnded);
         },
@@ -85,7 +85,7 @@ TEST(Interruption, RemovesAPartialFileAndKeepsTheEarlierOne) {
             const TOutputPlace place(directory / "file", "");
             WriteOutputFile(place, "file", /*syncs=*/true, [](std::ostream& out) {
                 out << "half a f" << std::flush;
-                std::raise(SIGTERM);
+                (void)std::raise(SIGTERM);
                 WaitForever();
             });
         },
@@ -102,7 +102,7 @@ TEST(Interruption, RemovesADirectoryWhileFilesAreCreatedInIt) {
             const TTargetDirectory target(directory.GetPath(), "");
             const TPrivateDirectory workplace(target, "", /*syncs=*/true);
             ASSERT_EQ(::fchdir(workplace.GetDescriptor()), 0);
-            std::raise(SIGTERM);
+            (void)std::raise(SIGTERM);
             for (int number = 0;; number = (number + 1) % 1000) {
                 std::error_code ignored;
                 std::filesystem::create_directory(std::to_string(number), ignored);
@@ -118,7 +118,7 @@ TEST(Interruption, WaitsForTheEndOfASignalGuard) {
         {
             EndOnSignals();
             std::optional<TSignalGuard> guard(std::in_place);
-            std::raise(SIGTERM);
+            (void)std::raise(SIGTERM);
             Append(directory / "first", "done");
             ::usleep(10000);  // long enough to end the program if the guard had no effect
             Append(directory / "second", "done");
@@ -145,7 +145,7 @@ TEST(Interruption, RunsCleanupsInReverseOrderExceptDismissedOnes) {
             dismissed.Dismiss(*guard);
             guard.reset();
             destroyed.reset();
-            std::raise(SIGTERM);
+            (void)std::raise(SIGTERM);
             WaitForever();
         },
         ExitedWithCode(143), "");
