@@ -180,11 +180,11 @@ std::string FormatDate(const TCIMValue& date) {
     constexpr std::size_t length = 25;
     constexpr std::size_t signAt = 21;
     constexpr int minutesPerHour = 60;
-    const std::string text = date.ToString(decimal);
+    std::string text = date.ToString(decimal);
     if (text.size() != length || text[signAt] == ':') {
         return text;
     }
-    const std::string day = text.substr(0, 4) + "-" + text.substr(4, 2) + "-" + text.substr(6, 2);
+    std::string day = text.substr(0, 4) + "-" + text.substr(4, 2) + "-" + text.substr(6, 2);
     if (day.find('*') != std::string::npos || text.find('*') < 14) {
         return day;
     }

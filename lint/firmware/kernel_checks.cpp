@@ -112,7 +112,7 @@ bool IsBridge(const TMachineEvidence& machine, const std::string& function) {
 }
 
 std::string FormatRange(std::uint64_t first, std::uint64_t last) {
-    constexpr std::uint64_t bytesPerMebibyte = 1024 * 1024;
+    constexpr std::uint64_t bytesPerMebibyte = std::uint64_t{1} << 20;
     return std::to_string(first / bytesPerMebibyte) + " MiB to " +
            std::to_string((last + 1) / bytesPerMebibyte) + " MiB";
 }

@@ -18,9 +18,11 @@ EShape ShapeOf(const TCIMValue& value) {
     return value.IsNull() ? eNull : eScalar;
 }
 
+// A date-time holds numbers only, and the process that reads them is a copy of this one, so its bytes mean
+// the same there. The casts show that this is meant, although the type has constructors.
 void WriteDateTime(const TCIMDateTime& time, TMessageWriter& message) {
     std::array<char, sizeof(time)> bytes{};
-    std::memcpy(bytes.data(), &time, sizeof(time));
+    std::memcpy(bytes.data(), static_cast<const void*>(&time), sizeof(time));
     message.WriteText({bytes.data(), bytes.size()});
 }
 

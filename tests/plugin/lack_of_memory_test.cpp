@@ -64,7 +64,7 @@ class TExchangedFile {
 class TReadBack : public NTEST::TRequestFixture {
   protected:
     // The process must survive writing to a reader that stops.
-    TReadBack() { std::signal(SIGPIPE, SIG_IGN); }
+    TReadBack() { (void)std::signal(SIGPIPE, SIG_IGN); }
 
     /// Returns the properties of the instance that a request creates from a hardware file with these bytes.
     TProperties RequestWithFileOf(const std::string& bytes) {

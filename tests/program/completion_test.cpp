@@ -30,6 +30,7 @@ class TShell {
   public:
     TShell(const TTemporaryDirectory& directory, const std::vector<std::string>& command) {
         std::vector<const char*> words;
+        words.reserve(command.size() + 1);
         for (const std::string& word : command) {
             words.push_back(word.c_str());
         }

@@ -159,6 +159,7 @@ TEST_F(TSpoolTest, NumbersRunsThatAreAddedAtOnce) {
     constexpr int runCount = 10;
     TSpool spool(path_);
     std::vector<std::thread> threads;
+    threads.reserve(threadCount);
     for (int i = 0; i < threadCount; ++i) {
         threads.emplace_back([this] {
             TSpool own(path_);

@@ -182,6 +182,7 @@ TMemoryModule MakeModule(const TSmbiosMemoryDevice& device, const TSpdModule* ee
 // An empty socket may still have the texts of its last module, which are ignored.
 std::vector<TModuleTexts> MakeModuleTexts(const std::vector<TSmbiosMemoryDevice>& sockets) {
     std::vector<TModuleTexts> texts;
+    texts.reserve(sockets.size());
     for (const TSmbiosMemoryDevice& socket : sockets) {
         texts.push_back(socket.isPopulated
                             ? TModuleTexts{WithoutPlaceholder(socket.serial), WithoutPlaceholder(socket.part)}

@@ -29,6 +29,7 @@ std::vector<TSmbiosMemoryArray> ReadMemoryArrays(const std::vector<TSmbiosStruct
 
 std::vector<TKeySource> MakeSocketKeySources(const std::vector<TSmbiosMemoryDevice>& sockets) {
     std::vector<TNamedPlace> places;
+    places.reserve(sockets.size());
     for (const TSmbiosMemoryDevice& socket : sockets) {
         places.push_back({WithoutPlaceholder(socket.locator), WithoutPlaceholder(socket.bank)});
     }

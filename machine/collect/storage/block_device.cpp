@@ -116,7 +116,7 @@ std::optional<std::string> ReadNvmeModel(const TBlockDevice& device) {
 }
 
 std::optional<std::string> ReadNvmeIdentity(const TBlockDevice& device) {
-    const auto wwid = device.Read("wwid");
+    auto wwid = device.Read("wwid");
     if (wwid && (wwid->starts_with("eui.") || wwid->starts_with("uuid.")) &&
         !IsPlaceholder(wwid->substr(wwid->find('.') + 1))) {
         return wwid;

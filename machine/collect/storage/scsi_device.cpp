@@ -179,7 +179,7 @@ std::optional<std::string> ReadScsiHostDriver(const TScsiDevice& device) {
         return std::nullopt;
     }
     const std::string name(LastName(*host));
-    const auto driver = ReadAttribute(device.files, "/sys/class/scsi_host/" + name + "/proc_name");
+    auto driver = ReadAttribute(device.files, "/sys/class/scsi_host/" + name + "/proc_name");
     if (driver && *driver != "(null)" && *driver != "<NULL>") {
         return driver;
     }

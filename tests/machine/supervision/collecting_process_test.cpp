@@ -36,6 +36,7 @@ TEST(CollectingProcess, SendsOneResultForEachCollectorInOrder) {
     std::filesystem::create_directory(directory / "proc");
     const auto messages = RunTask(TreeTask(directory.GetPath()));
     std::vector<ECollectionMessage> kinds;
+    kinds.reserve(messages.size());
     for (const auto& message : messages) {
         kinds.push_back(message.kind);
     }

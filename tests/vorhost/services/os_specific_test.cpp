@@ -139,7 +139,7 @@ TEST_F(OSSpecific, LocalTimeIsTheClockInItsZone) {
     fields.tm_hour = now.GetHour();
     fields.tm_min = now.GetMinute();
     fields.tm_sec = now.GetSecond();
-    const std::time_t seconds = ::timegm(&fields) - 330 * 60;
+    const std::time_t seconds = ::timegm(&fields) - std::time_t{330} * 60;
     EXPECT_LE(before, seconds);
     EXPECT_LE(seconds, after);
 }

@@ -134,9 +134,7 @@ TEST_F(EntityService, FailsForALongerIdentifier) {
 }
 
 TEST_F(EntityService, FailsForAnIdentifierThatIsNotOnePrintableLine) {
-    for (const std::string body : {"a\nb", "a\rb", "a\x1B[2J", "\xFF",
-                                   "\xE2\x80\xAE"
-                                   "a"}) {
+    for (const std::string body : {"a\nb", "a\rb", "a\x1B[2J", "\xFF", "a\xE2\x80\xAE"}) {
         TLocalHttpServer server(Response("200 OK", body));
         EXPECT_EQ(FailureOf(server.GetUrl()), "no usable answer: it is not one line of printable text");
         lines_.clear();
