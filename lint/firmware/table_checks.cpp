@@ -267,7 +267,7 @@ void CheckArraySlots(const TMachineEvidence& machine, const TReport& report) {
 }
 
 void CheckArrayCapacity(const TMachineEvidence& machine, const TReport& report) {
-    constexpr std::uint64_t bytesPerMebibyte = 1024 * 1024;
+    constexpr std::uint64_t bytesPerMebibyte = std::uint64_t{1} << 20;
     for (const TSmbiosStructure* const array : machine.FindAll(arrayType)) {
         const auto largest = NVORHOST::ParseSmbiosMemoryArray(*array).maxCapacityBytes;
         std::uint64_t sum = 0;

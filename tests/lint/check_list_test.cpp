@@ -19,6 +19,7 @@ TFinding Finding(const std::string& check, const std::string& subject) {
 
 std::vector<std::string> Subjects(const std::vector<TFinding>& findings) {
     std::vector<std::string> subjects;
+    subjects.reserve(findings.size());
     for (const TFinding& finding : findings) {
         subjects.push_back(finding.subject);
     }

@@ -30,6 +30,7 @@ std::vector<std::string> Environment(const TProgramRun& run) {
         }
     }
     std::vector<std::string> entries;
+    entries.reserve(variables.size());
     for (const auto& [name, value] : variables) {
         entries.push_back(name + "=" + value);
     }
@@ -38,6 +39,7 @@ std::vector<std::string> Environment(const TProgramRun& run) {
 
 std::vector<char*> Pointers(std::vector<std::string>& texts) {
     std::vector<char*> pointers;
+    pointers.reserve(texts.size() + 1);
     for (std::string& text : texts) {
         pointers.push_back(text.data());
     }
@@ -78,7 +80,7 @@ TRunningProgram::TRunningProgram(const std::string& program, const TProgramRun& 
     if (process_ == 0) {
         // Tests that run in the background may have inherited ignored signals.
         for (int number = 1; number < SIGRTMIN; ++number) {
-            std::signal(number, SIG_DFL);
+            (void)std::signal(number, SIG_DFL);
         }
         const int input = ::open("/dev/null", O_RDONLY);
         if ((!run.directory.empty() && ::chdir(run.directory.c_str()) != 0) || ::dup2(input, 0) < 0 ||

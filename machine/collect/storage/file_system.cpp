@@ -227,6 +227,7 @@ void CollectFileSystems(TCollection& collection) {
         }
     }
     std::vector<TKeyedRecord<TFileSystem>> found;
+    found.reserve(mountsOfDevice.size());
     for (const auto& [device, candidates] : mountsOfDevice) {
         found.push_back(MakeFileSystem(collection, mounts, ChooseMount(mounts, candidates)));
     }

@@ -115,8 +115,10 @@ TEST(OpenMetricsWriter, LeavesOutTypesThatOnlyProgramsNeed) {
 }
 
 TEST(OpenMetricsWriter, RefusesMoreMetricsThanACollectorOfFilesIsMeantFor) {
+    constexpr int resourceCount = 17;
     std::vector<TResource> resources;
-    for (int i = 0; i < 17; ++i) {
+    resources.reserve(resourceCount);
+    for (int i = 0; i < resourceCount; ++i) {
         resources.push_back(Module(std::to_string(i), {Text("Description", std::string(1 << 20, 'x'))}));
     }
     EXPECT_THROW(WriteMetrics(std::move(resources)), NVORHOST::TDocumentError);

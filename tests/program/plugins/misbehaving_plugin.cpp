@@ -127,7 +127,7 @@ class TMisbehavingPlugin : public IPluginCallbacks, public IPluginBasicQueryCall
 
 [[gnu::constructor]] void RegisterPlugins() {
     const std::string count = Variable("REGISTERS");
-    for (int number = count.empty() ? 1 : std::atoi(count.c_str()); number > 0; --number) {
+    for (int number = count.empty() ? 1 : std::stoi(count); number > 0; --number) {
         new TMisbehavingPlugin;  // owned by the host's plug-in manager from here on
     }
 }

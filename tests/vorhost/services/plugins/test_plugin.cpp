@@ -6,6 +6,7 @@
 
 #include <boost/pointer_cast.hpp>
 
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -19,9 +20,6 @@
 #ifndef PLUGIN_INTERFACE_VERSION
 #define PLUGIN_INTERFACE_VERSION NKELVOR20::fdrPluginInterfaceVersion
 #endif
-#ifndef PLUGIN_THROWS_IN
-#define PLUGIN_THROWS_IN ""
-#endif
 #ifndef PLUGIN_FAILURE
 #define PLUGIN_FAILURE std::runtime_error("out of order\nsecond line")
 #endif
@@ -30,7 +28,11 @@ namespace {
 
 using namespace NKELVOR20;
 
-constexpr std::string_view throwingOperation = PLUGIN_THROWS_IN;  // empty if none throws
+#ifdef PLUGIN_THROWS_IN
+constexpr std::optional<std::string_view> throwingOperation = PLUGIN_THROWS_IN;
+#else
+constexpr std::optional<std::string_view> throwingOperation;
+#endif
 
 void Enter(const std::string& operation) {
     TRootObject::GetCoreLogger()->Log(3, operation);
