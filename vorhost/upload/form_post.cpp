@@ -1,5 +1,7 @@
 #include "vorhost/upload/form_post.h"
 
+#include "os/pipe_signal_block.h"
+
 #include <curl/curl.h>
 
 #include <array>
@@ -116,6 +118,7 @@ std::string DescribeFailure(CURLcode status, const TBody& body, const TErrorText
 }
 
 TPostResult PostForm(const std::string& url, std::span<const TFormField> fields) {
+    const TPipeSignalBlock block;  // TLS raises the signal when a server ends, also while it is closed
     const TCurl curl = OpenCurl();
     if (curl == nullptr) {
         return {false, "libcurl cannot be initialised"};
