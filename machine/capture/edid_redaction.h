@@ -1,7 +1,7 @@
 // Serial numbers of monitors in the EDID that the kernel exports.
 #pragma once
 
-#include "machine/capture/identity_texts.h"
+#include "redaction/identities/identity_texts.h"
 
 #include <string>
 #include <string_view>

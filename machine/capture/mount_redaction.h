@@ -1,7 +1,7 @@
 // Identities in /proc/self/mountinfo: mount points and sources name people, hosts and their data.
 #pragma once
 
-#include "machine/capture/identity_texts.h"
+#include "redaction/identities/identity_texts.h"
 
 #include <string>
 #include <string_view>

@@ -1,8 +1,8 @@
 // Redacts the properties of udev records and of uevent attributes.
 #pragma once
 
-#include "machine/capture/identity_search.h"
-#include "machine/capture/identity_texts.h"
+#include "redaction/identities/identity_search.h"
+#include "redaction/identities/identity_texts.h"
 
 #include <optional>
 #include <string>

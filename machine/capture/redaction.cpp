@@ -1,8 +1,6 @@
 #include "machine/capture/redaction.h"
 
 #include "machine/capture/edid_redaction.h"
-#include "machine/capture/identity_search.h"
-#include "machine/capture/identity_texts.h"
 #include "machine/capture/mount_redaction.h"
 #include "machine/capture/property_redaction.h"
 #include "machine/capture/replaced_lines.h"
@@ -13,6 +11,8 @@
 #include "machine/parse/spd_eeprom.h"
 #include "machine/parse/utmp.h"
 #include "machine/system/path_pattern.h"
+#include "redaction/identities/identity_search.h"
+#include "redaction/identities/identity_texts.h"
 #include "text/hex.h"
 #include "text/lines.h"
 

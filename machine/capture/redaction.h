@@ -3,9 +3,9 @@
 #pragma once
 
 #include "machine/capture/capture_tree.h"
-#include "machine/capture/identity_texts.h"
 #include "machine/parse/smbios_table.h"
 #include "machine/replay/capture_answers.h"
+#include "redaction/identities/identity_texts.h"
 
 #include <optional>
 #include <string>

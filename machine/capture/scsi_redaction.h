@@ -1,7 +1,7 @@
 // Redacts the vital product data of a disk and the names that the kernel makes of them.
 #pragma once
 
-#include "machine/capture/identity_texts.h"
+#include "redaction/identities/identity_texts.h"
 
 #include <string>
 #include <string_view>

@@ -1,8 +1,8 @@
 // Redacts the SMBIOS structure table.
 #pragma once
 
-#include "machine/capture/identity_texts.h"
 #include "machine/parse/smbios_table.h"
+#include "redaction/identities/identity_texts.h"
 
 #include <string>
 #include <string_view>

@@ -1,8 +1,7 @@
 // Searches a redacted capture for identities that are left in it, in any encoding.
 #pragma once
 
-#include "machine/capture/capture_tree.h"
-#include "machine/capture/identity_texts.h"
+#include "redaction/identities/identity_texts.h"
 
 #include <optional>
 #include <string>

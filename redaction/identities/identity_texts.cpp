@@ -1,8 +1,8 @@
-#include "machine/capture/identity_texts.h"
+#include "redaction/identities/identity_texts.h"
 
-#include "machine/capture/canonical_form.h"
 #include "machine/parse/ip_address.h"
 #include "machine/parse/placeholders.h"
+#include "redaction/identities/canonical_form.h"
 #include "text/ascii.h"
 #include "text/hex.h"
 #include "text/trim.h"

@@ -1,7 +1,7 @@
-#include "machine/capture/identities.h"
+#include "redaction/identities/identities.h"
 
-#include "machine/capture/canonical_form.h"
 #include "machine/parse/placeholders.h"
+#include "redaction/identities/canonical_form.h"
 #include "text/ascii.h"
 #include "text/find_row.h"
 #include "text/hex.h"

@@ -1,4 +1,4 @@
-#include "machine/capture/identity_texts.h"
+#include "redaction/identities/identity_texts.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "machine/capture/byte_patterns.h"
+#include "redaction/identities/byte_patterns.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "machine/capture/pseudonyms.h"
+#include "redaction/identities/pseudonyms.h"
 
 #include "machine/parse/ip_address.h"
 #include "tests/machine/system/machine_tree.h"

@@ -1,4 +1,4 @@
-#include "machine/capture/keyed_digest.h"
+#include "redaction/identities/keyed_digest.h"
 
 #include <gtest/gtest.h>
 

@@ -2,10 +2,10 @@
 // were learned from a field of their own and occur in other texts as well.
 #pragma once
 
-#include "machine/capture/byte_patterns.h"
-#include "machine/capture/identities.h"
-#include "machine/capture/identity_forms.h"
-#include "machine/capture/pseudonyms.h"
+#include "redaction/identities/byte_patterns.h"
+#include "redaction/identities/identities.h"
+#include "redaction/identities/identity_forms.h"
+#include "redaction/identities/pseudonyms.h"
 
 #include <array>
 #include <cstddef>

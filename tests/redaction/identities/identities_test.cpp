@@ -1,4 +1,4 @@
-#include "machine/capture/identities.h"
+#include "redaction/identities/identities.h"
 
 #include <gtest/gtest.h>
 

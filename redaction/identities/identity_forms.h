@@ -1,7 +1,7 @@
 // Self-describing forms of identities: UUIDs, MAC addresses, world-wide names, iSCSI portals and names.
 #pragma once
 
-#include "machine/capture/identities.h"
+#include "redaction/identities/identities.h"
 
 #include <cstddef>
 #include <optional>

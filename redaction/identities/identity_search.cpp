@@ -1,4 +1,4 @@
-#include "machine/capture/identity_search.h"
+#include "redaction/identities/identity_search.h"
 
 #include "text/ascii.h"
 #include "text/hex.h"

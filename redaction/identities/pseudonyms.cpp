@@ -1,9 +1,9 @@
-#include "machine/capture/pseudonyms.h"
+#include "redaction/identities/pseudonyms.h"
 
-#include "machine/capture/canonical_form.h"
-#include "machine/capture/keyed_digest.h"
 #include "machine/parse/ip_address.h"
 #include "machine/parse/placeholders.h"
+#include "redaction/identities/canonical_form.h"
+#include "redaction/identities/keyed_digest.h"
 #include "text/ascii.h"
 #include "text/hex.h"
 

@@ -1,4 +1,4 @@
-#include "machine/capture/identity_forms.h"
+#include "redaction/identities/identity_forms.h"
 
 #include "machine/parse/ip_address.h"
 
