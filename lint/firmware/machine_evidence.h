@@ -1,4 +1,4 @@
-// What the checks on a machine's files are run on: the tables of the firmware as bytes and structures, and
+// The input of the checks on a machine's files: the tables of the firmware as bytes and structures, and
 // the files of the kernel.
 #pragma once
 

@@ -1,4 +1,4 @@
-// What a check has found: two values that contradict each other, or a part that is not as it could be.
+// The result of a check: two values that contradict each other, or a part that is not as it could be.
 #pragma once
 
 #include <string>
