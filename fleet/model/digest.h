@@ -1,0 +1,48 @@
+// 128 bits that stand for longer content: machines, resources, versions and documents are known by them.
+#pragma once
+
+#include <array>
+#include <compare>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace NFLEET {
+
+/// A 128-bit identifier: the start of a SHA-256 digest, or the identifier of a resource.
+struct TDigest {
+    static constexpr std::size_t size = 16;
+
+    std::array<std::uint8_t, size> bytes{};
+
+    auto operator<=>(const TDigest&) const = default;
+
+    /// Returns the bytes as text of 16 characters, valid as long as this object.
+    std::string_view GetView() const { return {reinterpret_cast<const char*>(bytes.data()), size}; }
+};
+
+/// Hashes by the first eight bytes, which are evenly distributed.
+struct TDigestHash {
+    std::size_t operator()(const TDigest& digest) const {
+        std::size_t start = 0;
+        std::memcpy(&start, digest.bytes.data(), sizeof(start));
+        return start;
+    }
+};
+
+/// Returns the first 128 bits of the SHA-256 digest of `bytes`.
+TDigest MakeDigest(std::string_view bytes);
+
+/// Returns 32 upper-case hexadecimal digits.
+std::string ToText(const TDigest& digest);
+
+/// Parses 32 hexadecimal digits of either case; nullopt for any other text.
+std::optional<TDigest> ParseDigest(std::string_view text);
+
+/// Takes 16 bytes, as GetView returns them; nullopt for another number of bytes.
+std::optional<TDigest> FromBytes(std::string_view bytes);
+
+}  // namespace NFLEET

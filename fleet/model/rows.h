@@ -1,0 +1,191 @@
+// The rows of a fleet: what an engine stores and answers with. Plain data, the same for every engine.
+//
+// A machine has inventories, each in a scope and at a moment. A resource of an inventory is divided into
+// three parts:
+//   version    its properties that are neither volatile nor identifying, stored once for the whole fleet, by
+//   content identity   the values of its identifying properties (serial numbers, addresses) volatile   the
+//   values that change by themselves, which belong to the row of the inventory
+// A presence is a resource of a machine with one version and one identity over a span of time.
+#pragma once
+
+#include "fleet/model/digest.h"
+#include "inventory/model/resource.h"
+
+#include <compare>
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace NFLEET {
+
+/// Seconds since 1970-01-01T00:00:00Z.
+using TSeconds = std::int64_t;
+
+/// `TPresence::since` of a resource that the oldest inventory of its machine and scope already has.
+inline constexpr TSeconds always = 0;
+/// `TPresence::until` of a resource that the newest inventory of its machine and scope still has.
+inline constexpr TSeconds open = std::numeric_limits<TSeconds>::max();
+
+/// The kinds of sources. Each has properties of its own, so the inventories of one are never compared with
+/// those of another. The numbers are stored.
+enum class EScope : std::uint8_t {
+    hardware = 1,           ///< the hardware document
+    systemInformation = 2,  ///< the system-information document
+    snapshot = 3,           ///< a saved namespace
+};
+
+inline constexpr EScope scopes[] = {EScope::hardware, EScope::systemInformation, EScope::snapshot};
+
+/// Returns "hardware", "system-information" or "snapshot".
+std::string_view GetWord(EScope scope);
+
+/// The rule that gave a machine its key. The numbers are stored.
+enum class EMachineRule : std::uint8_t {
+    uuid = 1,               ///< the system UUID, and serial number or address
+    systemInformation = 2,  ///< manufacturer, type, model and serial number
+    path = 3,               ///< the folder that the inventory was read from
+};
+
+/// Returns "uuid", "system information" or "path".
+std::string_view GetWord(EMachineRule rule);
+
+/// The digest of a machine's key.
+using TMachineId = TDigest;
+
+/// Facts about a machine that its inventories name; empty if unknown.
+struct TMachineFacts {
+    std::string name;
+    std::string vendor;
+    std::string model;
+    std::string serial;
+    std::string uuid;
+
+    bool operator==(const TMachineFacts&) const = default;
+};
+
+/// A machine. Facts are those of its newest inventories.
+struct TMachine {
+    TMachineId id;
+    std::string key;  ///< such as "uuid:4C4C4544-... serial:ABC"
+    EMachineRule rule = EMachineRule::path;
+    TMachineFacts facts;
+    TSeconds first = 0;         ///< time of the oldest inventory
+    TSeconds last = 0;          ///< time of the newest inventory
+    bool usesSnapshot = false;  ///< the newest inventory is a snapshot, so questions read that scope
+
+    bool operator==(const TMachine&) const = default;
+};
+
+/// True if questions about the present state of `machine` read this scope: the snapshot's if the newest
+/// moment has one, else both documents'.
+constexpr bool IsCurrentScope(bool usesSnapshot, EScope scope) {
+    return usesSnapshot == (scope == EScope::snapshot);
+}
+
+/// Inventories of machine `from` are stored as inventories of machine `to`, which is not an alias itself.
+struct TAlias {
+    TMachineId from;
+    std::string fromKey;
+    TMachineId to;
+
+    bool operator==(const TAlias&) const = default;
+};
+
+/// One machine's inventories of one scope.
+struct TMachineScope {
+    TMachineId machine;
+    EScope scope = EScope::hardware;
+
+    auto operator<=>(const TMachineScope&) const = default;
+};
+
+/// The newest inventory of a machine and scope.
+struct THead {
+    TMachineScope place;
+    TSeconds time = 0;
+    TDigest digest;   ///< of the inventory
+    TDigest content;  ///< of all its resources with version and identity
+    TMachineFacts facts;
+
+    bool operator==(const THead&) const = default;
+};
+
+/// A property that changes by itself, of one inventory.
+struct TVolatileValue {
+    TDigest resource;
+    std::uint32_t position = 0;  ///< 0-based index in the resource's properties
+    NINVENTORY::TProperty property;
+
+    bool operator==(const TVolatileValue&) const = default;
+};
+
+/// One inventory. Key: place and time.
+struct TInventory {
+    TMachineScope place;
+    TSeconds time = 0;
+    TDigest digest;      ///< of the bytes of the file
+    std::string source;  ///< path of the file, and of the member of an archive
+    std::vector<TVolatileValue> volatileValues{};
+
+    bool operator==(const TInventory&) const = default;
+};
+
+struct TInventoryKey {
+    TMachineScope place;
+    TSeconds time = 0;
+
+    auto operator<=>(const TInventoryKey&) const = default;
+};
+
+/// A property of a version.
+struct TVersionProperty {
+    NINVENTORY::TProperty property;  ///< without values if identifying
+    bool isIdentifying = false;      ///< the values are in the identity of each presence
+
+    bool operator==(const TVersionProperty&) const = default;
+};
+
+/// A resource without the values that identify it and those that change by themselves.
+struct TVersion {
+    TDigest digest;  ///< of everything below; see MakeVersionDigest
+    std::string type;
+    std::string list;
+    std::string
+        id;  ///< the identifier as written, if it is not the presence's resource in hexadecimal digits
+    std::vector<TVersionProperty> properties;
+
+    bool operator==(const TVersion&) const = default;
+};
+
+/// The values of a resource's identifying properties, in the order of its version: one list of values for
+/// each.
+using TIdentity = std::vector<std::vector<std::string>>;
+
+/// Key: place, resource and since.
+struct TPresenceKey {
+    TMachineScope place;
+    TDigest resource;
+    TSeconds since = always;
+
+    auto operator<=>(const TPresenceKey&) const = default;
+};
+
+/// A resource in one version and with one identity, from the inventory at `since` until the first inventory
+/// at or after `until`, which differs. It holds for a time t if since <= t < until.
+struct TPresence {
+    TMachineScope place;
+    TDigest resource;
+    std::string type;  ///< that of the version
+    TSeconds since = always;
+    TSeconds until = open;
+    TDigest version;
+    TIdentity identity{};
+
+    TPresenceKey GetKey() const { return {place, resource, since}; }
+    bool operator==(const TPresence&) const = default;
+};
+
+}  // namespace NFLEET

@@ -1,0 +1,18 @@
+// A fleet in one SQLite file.
+#pragma once
+
+#include "fleet/store/fleet_store.h"
+
+#include <memory>
+#include <string>
+
+namespace NFLEET {
+
+/// The version of the schema that this program writes.
+inline constexpr int sqliteSchemaVersion = 1;
+
+/// Opens or creates a database. Directories of the path must exist. Call Migrate before anything else on a
+/// new one. Errors: throws TStoreError for a file that is not a database, or that belongs to another program.
+std::unique_ptr<IFleetStore> OpenSqliteStore(const std::string& path);
+
+}  // namespace NFLEET
