@@ -23,10 +23,8 @@ std::string KindOf(const TCompletedValue& value) {
             return "folders";
         case EValueKind::command:
             return "commands";
-        case EValueKind::collectors:
-            return "collectors";
-        case EValueKind::types:
-            return "types";
+        case EValueKind::list:
+            return "list:" + value.list;
         case EValueKind::choice:
             return Join(value.choices);
         case EValueKind::other:
@@ -87,10 +85,11 @@ std::string ArgumentKind(const TCompletedCommand& command) {
 }
 
 void WriteTables(const TCompletionTable& table, std::ostream& out) {
-    out << "_noxinfo_commands='" << CommandNames(table) << "'\n"
-        << "_noxinfo_collectors='" << Join(table.collectors) << "'\n"
-        << "_noxinfo_types='" << Join(table.types) << "'\n\n"
-        << "# Sets `kind` to the kind of value of an option of a command; fails for an option without a "
+    out << "_noxinfo_commands='" << CommandNames(table) << "'\n";
+    for (const TCompletedList& list : table.lists) {
+        out << "_noxinfo_" << list.name << "='" << Join(list.words) << "'\n";
+    }
+    out << "\n# Sets `kind` to the kind of value of an option of a command; fails for an option without a "
            "value.\n"
         << "_noxinfo_value_kind() {\n  case $1 in\n";
     for (const auto& [name, kind] : ValueKinds(table)) {
@@ -122,13 +121,14 @@ _noxinfo_offer_kind() {
     files) compopt -o default ;;
     folders) compopt -o dirnames ;;
     commands) _noxinfo_offer "$_noxinfo_commands" ;;
-    collectors | types)
+    list:*)
       # The names before the last comma are kept.
       if [[ $current == *,* ]]; then
         prefix+=${current%,*},
         current=${current##*,}
       fi
-      [[ $kind == collectors ]] && _noxinfo_offer "$_noxinfo_collectors" || _noxinfo_offer "$_noxinfo_types"
+      local list=_noxinfo_${kind#list:}
+      _noxinfo_offer "${!list}"
       ;;
     nothing) ;;
     *) _noxinfo_offer "$kind" ;;

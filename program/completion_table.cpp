@@ -1,9 +1,11 @@
 #include "program/completion_table.h"
 
 #include "inventory/model/resource_type.h"
+#include "lint/run/check_list.h"
 #include "machine/collect/run/collectors.h"
 
 #include <algorithm>
+#include <set>
 #include <sstream>
 #include <string_view>
 
@@ -14,17 +16,22 @@ namespace {
 struct TKindRow {
     std::string_view typeName;
     EValueKind kind;
+    std::string_view list;
 };
 constexpr TKindRow kinds[] = {
-    {"FILE", EValueKind::file},       {"DIR", EValueKind::folder},
-    {"COMMAND", EValueKind::command}, {"NAME,...", EValueKind::collectors},
-    {"TYPE,...", EValueKind::types},  {"TYPE[.PROPERTY]", EValueKind::types},
+    {"FILE", EValueKind::file, {}},
+    {"DIR", EValueKind::folder, {}},
+    {"COMMAND", EValueKind::command, {}},
+    {"NAME,...", EValueKind::list, "collectors"},
+    {"TYPE,...", EValueKind::list, "types"},
+    {"TYPE[.PROPERTY]", EValueKind::list, "types"},
+    {"CHECK,...", EValueKind::list, "checks"},
 };
 
 TCompletedValue MakeValue(const std::string& typeName) {
     const auto* const row = std::ranges::find(kinds, typeName, &TKindRow::typeName);
     if (row != std::end(kinds)) {
-        return {row->kind};
+        return {row->kind, {}, std::string(row->list)};
     }
     TCompletedValue value{EValueKind::choice};
     std::istringstream words(typeName);
@@ -63,6 +70,30 @@ TCompletedCommand MakeCommand(const CLI::App& app) {
     return command;
 }
 
+std::vector<std::string> ListCollectorNames() {
+    std::vector<std::string> names;
+    for (const TCollector& collector : GetCollectors()) {
+        names.emplace_back(collector.name);
+    }
+    return names;
+}
+
+std::vector<std::string> ListTypes() {
+    std::set<std::string_view> types;
+    for (const NINVENTORY::TResourceType& row : NINVENTORY::GetResourceTypes()) {
+        types.insert(row.type);
+    }
+    return {types.begin(), types.end()};
+}
+
+std::vector<std::string> ListChecks() {
+    std::vector<std::string> names;
+    for (const NLINT::TCheckText& check : NLINT::GetCheckTexts()) {
+        names.emplace_back(check.id);
+    }
+    return names;
+}
+
 }  // namespace
 
 TCompletionTable MakeCompletionTable(const CLI::App& program) {
@@ -72,14 +103,7 @@ TCompletionTable MakeCompletionTable(const CLI::App& program) {
     for (const CLI::App* command : program.get_subcommands({})) {
         table.commands.push_back(MakeCommand(*command));
     }
-    for (const TCollector& collector : GetCollectors()) {
-        table.collectors.emplace_back(collector.name);
-    }
-    for (const NINVENTORY::TResourceType& row : NINVENTORY::GetResourceTypes()) {
-        table.types.emplace_back(row.type);
-    }
-    std::ranges::sort(table.types);
-    table.types.erase(std::unique(table.types.begin(), table.types.end()), table.types.end());
+    table.lists = {{"collectors", ListCollectorNames()}, {"types", ListTypes()}, {"checks", ListChecks()}};
     return table;
 }
 

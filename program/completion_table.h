@@ -11,18 +11,18 @@ namespace NVORHOST {
 
 /// The words that may be a value.
 enum class EValueKind {
-    other,       ///< any text
-    file,        ///< the name of a file or folder
-    folder,      ///< the name of a folder
-    command,     ///< a command of the program
-    collectors,  ///< collectors, separated by commas
-    types,       ///< types of resources, separated by commas
-    choice,      ///< one of some words
+    other,    ///< any text
+    file,     ///< the name of a file or folder
+    folder,   ///< the name of a folder
+    command,  ///< a command of the program
+    list,     ///< words of a list of the program, separated by commas
+    choice,   ///< one of some words
 };
 
 struct TCompletedValue {
     EValueKind kind = EValueKind::other;
     std::vector<std::string> choices{};  ///< words of a choice
+    std::string list{};                  ///< name of the list
 
     bool operator==(const TCompletedValue&) const = default;
 };
@@ -50,11 +50,16 @@ struct TCompletedCommand {
     std::vector<TCompletedArgument> arguments;
 };
 
+/// A list of the program, such as that of its collectors.
+struct TCompletedList {
+    std::string name;  ///< as in values, and in scripts: "collectors"
+    std::vector<std::string> words;
+};
+
 struct TCompletionTable {
     TCompletedCommand program;
     std::vector<TCompletedCommand> commands;
-    std::vector<std::string> collectors;
-    std::vector<std::string> types;
+    std::vector<TCompletedList> lists;
 };
 
 TCompletionTable MakeCompletionTable(const CLI::App& program);

@@ -34,10 +34,8 @@ std::string OfferOf(const TCompletedValue& value) {
             return " -f -a '(__fish_complete_directories)'";
         case EValueKind::command:
             return " -f -a \"$__noxinfo_commands\"";
-        case EValueKind::collectors:
-            return " -f -a '(__fish_append , $__noxinfo_collectors)'";
-        case EValueKind::types:
-            return " -f -a '(__fish_append , $__noxinfo_types)'";
+        case EValueKind::list:
+            return " -f -a '(__fish_append , $__noxinfo_" + value.list + ")'";
         case EValueKind::choice:
             return " -f -a " + Quote(Join(value.choices));
         case EValueKind::other:
@@ -100,8 +98,11 @@ complete -c noxinfo -f
 void WriteFishCompletion(const TCompletionTable& table, std::ostream& out) {
     std::vector<std::string> names;
     std::ranges::transform(table.commands, std::back_inserter(names), &TCompletedCommand::name);
-    out << head << "set -g __noxinfo_commands " << Quote(Join(names)) << "\nset -g __noxinfo_collectors "
-        << Join(table.collectors) << "\nset -g __noxinfo_types " << Join(table.types) << "\n\n";
+    out << head << "set -g __noxinfo_commands " << Quote(Join(names)) << '\n';
+    for (const TCompletedList& list : table.lists) {
+        out << "set -g __noxinfo_" << list.name << ' ' << Join(list.words) << '\n';
+    }
+    out << '\n';
     for (const TCompletedOption& option : table.program.options) {
         WriteOption(table.program, option, out);
     }

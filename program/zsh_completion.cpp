@@ -28,10 +28,8 @@ std::string ActionOf(const TCompletedValue& value) {
             return "_files -/";
         case EValueKind::command:
             return "_noxinfo_commands";
-        case EValueKind::collectors:
-            return "_sequence compadd - $collectors";
-        case EValueKind::types:
-            return "_sequence compadd - $types";
+        case EValueKind::list:
+            return "_sequence compadd - $" + value.list;
         case EValueKind::choice:
             for (const std::string& word : value.choices) {
                 words += (words.empty() ? "(" : " ") + word;
@@ -104,10 +102,14 @@ void WriteZshCompletion(const TCompletionTable& table, std::ostream& out) {
     WriteCommands(table, out);
     out << "_noxinfo() {\n"
            "  local curcontext=$curcontext state line ret=1\n"
-           "  local -a collectors types\n"
-           "  typeset -A opt_args\n";
-    WriteList("collectors", table.collectors, out);
-    WriteList("types", table.types, out);
+           "  local -a";
+    for (const TCompletedList& list : table.lists) {
+        out << ' ' << list.name;
+    }
+    out << "\n  typeset -A opt_args\n";
+    for (const TCompletedList& list : table.lists) {
+        WriteList(list.name, list.words, out);
+    }
     out << "  _arguments -C";
     for (const TCompletedOption& option : table.program.options) {
         WriteOption(option, out);

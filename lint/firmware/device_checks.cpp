@@ -145,12 +145,19 @@ void CheckPartitionEnd(const TMachineEvidence& machine, const TReport& report) {
     }
 }
 
+// The first physical block of some disks begins before the first block that can be addressed.
 void CheckPartitionAlignment(const TMachineEvidence& machine, const TReport& report) {
     for (const std::string& disk : ListDisks(machine)) {
-        const std::string path = std::string(blockFolder) + "/" + disk + "/queue/physical_block_size";
+        const std::string folder = std::string(blockFolder) + "/" + disk;
+        const std::string path = folder + "/queue/physical_block_size";
         const auto blockBytes = ReadNumber<std::uint64_t>(machine.GetFiles(), path);
+        const auto offset = ReadNumber<std::int64_t>(machine.GetFiles(), folder + "/alignment_offset");
+        if (!blockBytes || *blockBytes <= sectorBytes || offset.value_or(0) < 0) {
+            continue;  // the kernel writes -1 for layers that cannot be aligned with each other
+        }
+        const auto firstBlock = static_cast<std::uint64_t>(offset.value_or(0)) % *blockBytes;
         for (const TPartition& partition : ReadPartitions(machine.GetFiles(), disk)) {
-            if (blockBytes && *blockBytes > sectorBytes && partition.start * sectorBytes % *blockBytes != 0) {
+            if (partition.start * sectorBytes % *blockBytes != firstBlock) {
                 report.Add("partition " + partition.name,
                            {"starts at byte " + std::to_string(partition.start * sectorBytes),
                             partition.folder + "/start"},

@@ -104,6 +104,15 @@ std::vector<std::string> FindFunctions(const TMachineEvidence& machine, const st
     return functions;
 }
 
+// The lanes of a slot by the code of its data width.
+// Source: DSP0134, 7.10.2.
+std::optional<std::uint32_t> FindLanes(std::uint8_t dataWidth) {
+    constexpr std::uint8_t oneLane = 0x08;
+    constexpr std::uint32_t lanes[] = {1, 2, 4, 8, 12, 16, 32};
+    const bool isKnown = dataWidth >= oneLane && dataWidth - oneLane < static_cast<int>(std::size(lanes));
+    return isKnown ? std::optional(lanes[dataWidth - oneLane]) : std::nullopt;
+}
+
 bool IsBridge(const TMachineEvidence& machine, const std::string& function) {
     constexpr std::uint32_t bridgeClass = 0x06;
     const auto code = NVORHOST::ReadHexNumber<std::uint32_t>(
@@ -185,6 +194,28 @@ void CheckSlotUsage(const TMachineEvidence& machine, const TReport& report) {
         if (*slot.usage == available && !functions.empty() && !IsBridge(machine, functions.front())) {
             report.Add(subject, {"available", NameField(*structure, 0x07)},
                        {"function " + functions.front(), path});
+        }
+    }
+}
+
+// The card's own end of the link is narrower than both the slot and the card.
+void CheckSlotWidth(const TMachineEvidence& machine, const TReport& report) {
+    const ISystemFiles& files = machine.GetFiles();
+    for (const TSmbiosStructure* const structure : machine.FindAll(slotType)) {
+        const auto slot = NVORHOST::ParseSmbiosSlot(*structure);
+        const auto lanes = slot.dataWidth ? FindLanes(*slot.dataWidth) : std::nullopt;
+        const auto functions =
+            slot.pciAddress ? FindFunctions(machine, *slot.pciAddress) : std::vector<std::string>();
+        if (!lanes || functions.empty()) {
+            continue;
+        }
+        const std::string folder = std::string(functionFolder) + "/" + functions.front();
+        const auto current = NVORHOST::ReadNumber<std::uint32_t>(files, folder + "/current_link_width");
+        const auto most = NVORHOST::ReadNumber<std::uint32_t>(files, folder + "/max_link_width");
+        if (current && most && *current != 0 && *current < std::min(*most, *lanes)) {
+            report.Add("slot " + slot.designation.value_or(FormatHandle(structure->GetHandle())),
+                       {"x" + std::to_string(*current), folder + "/current_link_width"},
+                       {"x" + std::to_string(*lanes), NameField(*structure, 0x06)});
         }
     }
 }

@@ -62,6 +62,11 @@ constexpr TMachineCheck checks[] = {
     {{"slot-usage", ESeverity::error, "The use of an expansion slot with the PCI functions at its address",
       updateFirmware},
      &CheckSlotUsage},
+    {{"slot-width", ESeverity::warning,
+      "The width of a card's link with the widths of the slot and of the card",
+      "Clean the contacts of the card and put it in again, or look for a setting that divides the lanes of "
+      "the slot"},
+     &CheckSlotWidth},
     {{"mapped-addresses", ESeverity::note,
       "The addresses of the memory arrays with the kernel's map of memory", updateFirmware},
      &CheckMappedAddresses},

@@ -33,6 +33,7 @@ void CheckUuidOrder(const TMachineEvidence& machine, const TReport& report);
 void CheckProcessorCount(const TMachineEvidence& machine, const TReport& report);
 void CheckCoreCount(const TMachineEvidence& machine, const TReport& report);
 void CheckThreadCount(const TMachineEvidence& machine, const TReport& report);
+void CheckSlotWidth(const TMachineEvidence& machine, const TReport& report);
 void CheckSlotUsage(const TMachineEvidence& machine, const TReport& report);
 void CheckMappedAddresses(const TMachineEvidence& machine, const TReport& report);
 void CheckVirtualization(const TMachineEvidence& machine, const TReport& report);

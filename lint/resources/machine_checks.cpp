@@ -1,5 +1,6 @@
 // Checks on firmware, processors and states.
 #include "lint/resources/resource_checks.h"
+#include "text/lines.h"
 
 #include <algorithm>
 #include <array>
@@ -41,6 +42,12 @@ constexpr TBadState badStates[] = {
     {"16", "Supporting entity in error"},
 };
 
+// Words of the kernel for members of md arrays and for paths that cannot be used.
+// Source: Documentation/admin-guide/md.rst; scsi_device_state and scsi_access_state in
+// drivers/scsi/scsi_sysfs.c.
+constexpr std::string_view badMemberStates[] = {
+    "faulty", "blocked", "write_error", "want_replacement", "offline", "transport-offline", "unavailable"};
+
 }  // namespace
 
 // Texts of dates sort as the dates do: "2024-03-01" before "2024-03-01T12:00:00+01:00".
@@ -65,6 +72,22 @@ void CheckSteppings(const TResourceIndex& resources, const TReport& report) {
 
 void CheckMicrocode(const TResourceIndex& resources, const TReport& report) {
     ReportDifferent(resources, report, "FirmwareVersion");
+}
+
+void CheckMemberStates(const TResourceIndex& resources, const TReport& report) {
+    for (const TResource* const layer : resources.GetAll("BasedOn")) {
+        const bool isPath = layer->GetText("Role") == "path";
+        std::string_view states = layer->GetText("State");
+        while (!states.empty()) {
+            const std::string_view state = NVORHOST::TakeUntil(states, ',');
+            if (std::ranges::find(badMemberStates, state) != std::end(badMemberStates)) {
+                report.Add(std::string(layer->GetText("Antecedent")) + " below " +
+                               std::string(layer->GetText("Dependent")),
+                           {std::string(state), "BasedOn, property State"},
+                           {isPath ? "running" : "in_sync", "state of one that can be used"});
+            }
+        }
+    }
 }
 
 void CheckStates(const TResourceIndex& resources, const TReport& report) {

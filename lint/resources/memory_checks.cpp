@@ -21,10 +21,18 @@ std::string DescribeMebibytes(std::uint64_t bytes) {
     return std::to_string(bytes / bytesPerMebibyte) + " MiB";
 }
 
-// The sum of all modules; nullopt if there are none, or if the size of one is unknown.
+// Persistent memory is not part of the kernel's memory unless an administrator has made it so.
+bool IsPersistent(const TResource& module) {
+    return module.GetText("Description").starts_with("logical non-volatile");
+}
+
+// The sum of all modules but persistent ones; nullopt if there are none, or if the size of one is unknown.
 std::optional<std::uint64_t> SumModules(const TResourceIndex& resources) {
     std::uint64_t sum = 0;
     for (const TResource* const module : resources.GetAll(moduleType)) {
+        if (IsPersistent(*module)) {
+            continue;
+        }
         const auto bytes = FindNumber(*module, "Capacity");
         if (!bytes) {
             return std::nullopt;

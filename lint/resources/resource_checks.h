@@ -26,6 +26,7 @@ void CheckSteppings(const TResourceIndex& resources, const TReport& report);
 void CheckMicrocode(const TResourceIndex& resources, const TReport& report);
 void CheckLinkWidths(const TResourceIndex& resources, const TReport& report);
 void CheckLinkSpeeds(const TResourceIndex& resources, const TReport& report);
+void CheckMemberStates(const TResourceIndex& resources, const TReport& report);
 void CheckStates(const TResourceIndex& resources, const TReport& report);
 
 }  // namespace NLINT

@@ -29,19 +29,22 @@ constexpr NVORHOST::TCimClass<TFindingRecord> findingClass{"NOX_Finding", rows};
 constexpr const NVORHOST::IClassDeclaration* classes[] = {&findingClass};
 
 constexpr auto sourcePatterns = NVORHOST::Join(
-    NVORHOST::smbiosSources, std::array<TSourcePattern, 30>{
+    NVORHOST::smbiosSources, std::array<TSourcePattern, 33>{
                                  "/proc/cpuinfo",
                                  "/sys/block",
                                  "/sys/block/*",
                                  "/sys/block/*/*/partition",
                                  "/sys/block/*/*/size",
                                  "/sys/block/*/*/start",
+                                 "/sys/block/*/alignment_offset",
                                  "/sys/block/*/device",
                                  "/sys/block/*/queue/physical_block_size",
                                  "/sys/block/*/ro",
                                  "/sys/block/*/size",
                                  "/sys/bus/pci/devices",
                                  "/sys/bus/pci/devices/*/class",
+                                 "/sys/bus/pci/devices/*/current_link_width",
+                                 "/sys/bus/pci/devices/*/max_link_width",
                                  "/sys/bus/usb/devices",
                                  "/sys/bus/usb/devices/*/bDeviceClass",
                                  "/sys/bus/usb/devices/*/bos_descriptors",

@@ -65,6 +65,12 @@ std::string Slot(const std::string& usage) {
     return "| 9: 01 a5 0d " + usage + " 04 01 00 04 01 00 00 05 00 \"SLOT 3\"\n";
 }
 
+// The link of a card in that slot.
+std::string Link(const std::string& current, const std::string& most) {
+    const std::string folder = "/sys/bus/pci/devices/0000:05:00.0/";
+    return folder + "current_link_width = " + current + "\n" + folder + "max_link_width = " + most + "\n";
+}
+
 std::string System(const std::string& uuid) {
     return "| 1: 00 00 00 00 " + uuid + " 06\n";
 }
@@ -176,6 +182,10 @@ std::vector<TCase> MakeCases() {
          "slot SLOT 3: in use (SMBIOS type 9, handle 0100h, 07h) / no such function "
          "(/sys/bus/pci/devices/0000:05:00.0)",
          table + Slot("04") + lastStructure + "/sys/bus/pci/devices/0000:05:00.0/class = 0x020000\n"},
+        {"slot-width", table + Slot("04") + lastStructure + Link("4", "16"),
+         "slot SLOT 3: x4 (/sys/bus/pci/devices/0000:05:00.0/current_link_width) / x16 "
+         "(SMBIOS type 9, handle 0100h, 06h)",
+         table + Slot("04") + lastStructure + Link("4", "4")},
         {"mapped-addresses",
          table + "| 19: 00 00 00 00 ff ff 0f 00 00 01 01\n" + lastStructure +
              "/sys/firmware/memmap/3/start = 0x40000000\n/sys/firmware/memmap/3/end = 0x4fffffff\n"
@@ -277,6 +287,21 @@ TEST(MachineCheckDetails, AcceptAPortAtTheAddressOfAnEmptySlot) {
         FindingsOf("slot-usage", table + Slot("03") + "/sys/bus/pci/devices/0000:05:00.0/class = 0x020000\n"),
         ElementsAre("slot SLOT 3: available (SMBIOS type 9, handle 0100h, 07h) / function 0000:05:00.0 "
                     "(/sys/bus/pci/devices/0000:05:00.0)"));
+}
+
+TEST(MachineCheckDetails, AlignPartitionsWithTheFirstPhysicalBlock) {
+    const std::string shifted = disk + "/sys/block/sda/alignment_offset = 3584\n";
+    EXPECT_THAT(FindingsOf("partition-alignment", shifted + Partition("1", 63, 1000)), IsEmpty());
+    EXPECT_THAT(
+        FindingsOf("partition-alignment", shifted + Partition("1", 64, 1000)),
+        ElementsAre("partition sda1: starts at byte 32768 (/sys/block/sda/sda1/start) / physical blocks "
+                    "of 4096 bytes (/sys/block/sda/queue/physical_block_size)"));
+}
+
+TEST(MachineCheckDetails, AcceptALinkAsWideAsItsSlot) {
+    const std::string narrowSlot = "| 9: 01 a5 0a 04 04 01 00 04 01 00 00 05 00 \"SLOT 3\"\n";
+    EXPECT_THAT(FindingsOf("slot-width", table + narrowSlot + lastStructure + Link("4", "16")), IsEmpty());
+    EXPECT_THAT(FindingsOf("slot-width", table + Slot("03") + lastStructure + Link("0", "16")), IsEmpty());
 }
 
 TEST(MachineCheckDetails, IgnoreEmptySocketsAndSlots) {

@@ -72,6 +72,13 @@ TResource Function(const std::string& lanes, const std::string& bitsPerSecond) {
                             {"MaxSpeed", "252061538461"}});
 }
 
+TResource Path(const std::string& state) {
+    return Make("BasedOn", {{"Antecedent", "Disk.DeviceID=\"sda\""},
+                            {"Dependent", "Volume.DeviceID=\"mpath\""},
+                            {"Role", "path"},
+                            {"State", state}});
+}
+
 TResource Volume(const std::string& state) {
     TResource volume = Make("LogicalVolume", {{"DeviceID", "md-uuid-1"}});
     volume.properties.push_back({"OperationalStatus", "unsignedShort", EShape::array, {state}});
@@ -150,6 +157,11 @@ std::vector<TCase> MakeCases() {
          "(PCIPort 0000:05:00.0, property Speed) / 7876 Mbit/s for each lane (PCIPort 0000:00:01.0, property "
          "MaxSpeed)",
          {bridge, rootPort, Function("8", "63015384615")}},
+        {"member-state",
+         {Path("offline,active/optimized")},
+         "Disk.DeviceID=\"sda\" below Volume.DeviceID=\"mpath\": offline (BasedOn, property State) / running "
+         "(state of one that can be used)",
+         {Path("running,active/optimized")}},
         {"state",
          {Volume("3")},
          "volume md-uuid-1: Degraded (LogicalVolume md-uuid-1, property OperationalStatus) / OK "
@@ -189,6 +201,24 @@ TEST(ResourceCheckList, HasACaseForEveryCheck) {
         cases.insert(each.check);
     }
     EXPECT_EQ(checks, cases);
+}
+
+TEST(ResourceCheckDetails, LeavePersistentMemoryOutOfTheSum) {
+    const TResource persistent =
+        Module("C", {{"Capacity", "137438953472"}, {"Description", "logical non-volatile DIMM"}});
+    EXPECT_THAT(FindingsOf("memory-total", {Kernel("16300000"), Module("A"), Module("B"), persistent}),
+                IsEmpty());
+}
+
+TEST(ResourceCheckDetails, ReportEachBadStateOfAMemberOfAnArray) {
+    const TResource member = Make("BasedOn", {{"Antecedent", "Disk.DeviceID=\"sda\""},
+                                              {"Dependent", "Volume.DeviceID=\"md\""},
+                                              {"State", "faulty,write_error"}});
+    EXPECT_THAT(FindingsOf("member-state", {member}),
+                ElementsAre("Disk.DeviceID=\"sda\" below Volume.DeviceID=\"md\": faulty (BasedOn, property "
+                            "State) / in_sync (state of one that can be used)",
+                            "Disk.DeviceID=\"sda\" below Volume.DeviceID=\"md\": write_error (BasedOn, "
+                            "property State) / in_sync (state of one that can be used)"));
 }
 
 TEST(ResourceCheckDetails, ReportMemoryThatTheKernelDoesNotHave) {

@@ -143,6 +143,11 @@ TEST_F(Completion, CompletesCollectorsAnywhereInAList) {
               "<collect> <--skip=board,disk,computer-system>");
 }
 
+TEST_F(Completion, CompletesChecksOfLintAnywhereInAList) {
+    EXPECT_EQ(Complete("noxinfo lint --only memory-tot"), "<lint> <--only> <memory-total>");
+    EXPECT_EQ(Complete("noxinfo lint --skip=state,usb"), "<lint> <--skip=state,usb-speed>");
+}
+
 TEST_F(Completion, DoesNotCompleteDirectoriesAsCollectors) {
     std::filesystem::create_directory(directory_ / "computer-system");
     EXPECT_EQ(Complete("noxinfo collect --only comp"), "<collect> <--only> <computer-system>");
@@ -275,6 +280,7 @@ TEST_F(FishCompletion, OffersValues) {
     EXPECT_THAT(Offers("noxinfo collect --only comp"), ElementsAre("computer-system"));
     EXPECT_THAT(Offers("noxinfo collect --only board,comp"), ElementsAre("board,computer-system"));
     EXPECT_THAT(Offers("noxinfo show --type Server,PhysicalM"), ElementsAre("Server,PhysicalMemory"));
+    EXPECT_THAT(Offers("noxinfo lint --skip state,usb"), ElementsAre("state,usb-speed"));
     EXPECT_THAT(Offers("noxinfo show --format cyc"), ElementsAre("cyclonedx"));
     EXPECT_THAT(Offers("noxinfo validate --format=j"), ElementsAre("--format=json"));
     EXPECT_THAT(Offers("noxinfo completion z"), ElementsAre("zsh"));
