@@ -3,6 +3,7 @@
 
 #include "text/ascii.h"
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 
@@ -24,5 +25,20 @@ inline std::string ToCanonical(std::string_view text) {
     }
     return canonical;
 }
+
+/// The case of the letters of a text, for characters that replace its own.
+class TCaseOf {
+  public:
+    explicit TCaseOf(std::string_view text)
+        : isUpper_(std::ranges::any_of(text, IsUpper) && std::ranges::none_of(text, IsLower)) {}
+
+    /// Returns `replacement` in the case of `original`; a digit has the case of the whole text.
+    char Apply(char original, char replacement) const {
+        return IsUpper(original) || (isUpper_ && IsDigit(original)) ? ToUpper(replacement) : replacement;
+    }
+
+  private:
+    bool isUpper_;
+};
 
 }  // namespace NVORHOST

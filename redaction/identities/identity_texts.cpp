@@ -33,16 +33,23 @@ std::size_t SeparatorsLength(std::string_view text) {
     return length;
 }
 
+// Returns the identity characters that `text` starts with, in lower case.
+std::string FirstWordOf(std::string_view text) {
+    const auto end = std::ranges::find_if_not(text, IsIdentityCharacter);
+    return ToLowerCase(text.substr(0, static_cast<std::size_t>(end - text.begin())));
+}
+
 // Replaces the identity characters of `text` by those of the pseudonym, keeping their case.
 std::string Disguise(std::string_view text, std::string_view pseudonym) {
     std::string replaced(text);
+    const TCaseOf caseOf(text);
     std::size_t next = 0;
     for (std::size_t i = 0; i < text.size() && next < pseudonym.size();) {
         if (const std::size_t separator = SeparatorLength(text.substr(i))) {
             i += separator;
             continue;
         }
-        replaced[i] = IsUpper(text[i]) ? ToUpper(pseudonym[next]) : pseudonym[next];
+        replaced[i] = caseOf.Apply(text[i], pseudonym[next]);
         ++next;
         ++i;
     }
@@ -123,18 +130,12 @@ void TIdentityTexts::Add(std::string_view value, EIdentityKind kind) {
         return;
     }
     identity.reach = FindReach(identity.canonical, kind);
-    pseudonyms_.Reserve(identity.canonical);
     const std::size_t index = identities_.size();
     if (identity.reach == EIdentityReach::anywhere) {
         everywhere_.Add(identity.canonical, index);
     }
     identities_.push_back(std::move(identity));
-    const std::string& added = identities_.back().text;
-    const auto first = std::ranges::find_if(added, IsIdentityCharacter);
-    std::vector<std::size_t>& sameStart = byFirstCharacter_[static_cast<std::uint8_t>(ToLower(*first))];
-    sameStart.push_back(index);
-    std::ranges::stable_sort(sameStart, std::ranges::greater(),
-                             [&](std::size_t i) { return identities_[i].text.size(); });
+    byFirstWord_[FirstWordOf(identities_.back().text)].push_back(index);
 }
 
 void TIdentityTexts::LearnAddress(std::string_view text) {
@@ -227,8 +228,11 @@ TIdentityTexts::TWordMatch TIdentityTexts::MatchWord(std::string_view text, ETex
     TWordMatch longest;
     for (const std::size_t start : {std::size_t{0}, text.starts_with(numberMark) ? numberMark.size() : 0}) {
         const std::string_view rest = text.substr(start);
-        const auto first = rest.empty() ? std::uint8_t{0} : static_cast<std::uint8_t>(ToLower(rest.front()));
-        for (const std::size_t index : byFirstCharacter_[first]) {
+        const auto sameStart = byFirstWord_.find(FirstWordOf(rest));
+        if (sameStart == byFirstWord_.end()) {
+            continue;
+        }
+        for (const std::size_t index : sameStart->second) {
             const TIdentity& identity = identities_[index];
             const std::size_t length = identity.reach >= least ? MatchWords(rest, identity.text) : 0;
             const bool fits = identity.kind != EIdentityKind::ipAddress ||
@@ -313,9 +317,12 @@ std::string TIdentityTexts::ReplaceAnywhere(std::string text) const {
             continue;
         }
         const std::string pseudonym = PseudonymOf(identities_[match.owner]);
+        const std::size_t start = places[match.start];
+        const TCaseOf caseOf(
+            std::string_view(text).substr(start, places[match.start + match.length - 1] - start + 1));
         for (std::size_t i = 0; i < match.length; ++i) {
             char& c = text[places[match.start + i]];
-            c = IsUpper(c) ? ToUpper(pseudonym[i]) : pseudonym[i];
+            c = caseOf.Apply(c, pseudonym[i]);
         }
         end = match.start + match.length;
     }

@@ -7,12 +7,12 @@
 #include "redaction/identities/identity_forms.h"
 #include "redaction/identities/pseudonyms.h"
 
-#include <array>
 #include <cstddef>
 #include <optional>
 #include <set>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -77,8 +77,8 @@ class TIdentityTexts {
 
     mutable TPseudonyms pseudonyms_;  // replacing is const: it adds pseudonyms only
     std::vector<TIdentity> identities_;
-    std::set<std::pair<std::string, EIdentityKind>> known_;       // by text
-    std::array<std::vector<std::size_t>, 256> byFirstCharacter_;  // longer ones first
+    std::set<std::pair<std::string, EIdentityKind>> known_;  // by text
+    std::unordered_map<std::string, std::vector<std::size_t>> byFirstWord_;
     TBytePatterns everywhere_;  // canonical texts of the identities that reach anywhere
 };
 

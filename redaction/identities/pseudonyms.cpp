@@ -3,18 +3,17 @@
 #include "machine/parse/ip_address.h"
 #include "machine/parse/placeholders.h"
 #include "redaction/identities/canonical_form.h"
-#include "redaction/identities/keyed_digest.h"
+#include "redaction/identities/shape_permutation.h"
 #include "text/ascii.h"
 #include "text/hex.h"
 
 #include <algorithm>
 #include <random>
+#include <stdexcept>
+#include <vector>
 
 namespace NVORHOST {
 namespace {
-
-// Attempts to find a free pseudonym. An identifier with too few characters for one may share it with another.
-constexpr std::uint64_t maxAttempts = 1000;
 
 // Returns the number of leading digits that are a format rather than an identity: the first digit of a
 // world-wide name, and the digit that SCSI puts before such a name.
@@ -35,54 +34,132 @@ bool IsScsiName(std::string_view canonical) {
     return (canonical.size() == 17 || canonical.size() == 33) && canonical.front() == '3' && IsHex(canonical);
 }
 
+// From this length on, hexadecimal texts are addresses, UUIDs and world-wide names, whose digits and letters
+// are equal symbols.
+constexpr std::size_t leastNumberLength = 12;
+
+// The classes of texts. Each is mapped into itself.
+enum class EAlphabet {
+    digits,         // 0-9 only
+    hexByPosition,  // digits where the original has digits, a-f where it has letters
+    hexadecimal,    // 0-9 and a-f at every position
+    text,           // digits where the original has digits, letters where it has letters
+};
+
+EAlphabet FindAlphabet(std::string_view canonical) {
+    if (!IsHex(canonical)) {
+        return EAlphabet::text;
+    }
+    if (std::ranges::all_of(canonical, IsDigit)) {
+        return EAlphabet::digits;
+    }
+    return canonical.size() < leastNumberLength ? EAlphabet::hexByPosition : EAlphabet::hexadecimal;
+}
+
+constexpr std::string_view hexDigits = "0123456789abcdef";
+constexpr std::string_view letters = "abcdefghijklmnopqrstuvwxyz";
+
+// Returns the characters that may replace one.
+std::string_view FindSymbols(EAlphabet alphabet, char original) {
+    if (alphabet == EAlphabet::hexadecimal) {
+        return hexDigits;
+    }
+    if (IsDigit(original)) {
+        return hexDigits.substr(0, 10);
+    }
+    return letters.substr(0, alphabet == EAlphabet::hexByPosition ? 6 : letters.size());
+}
+
+// A canonical ASCII text as symbols of its shape.
+class TShapedText {
+  public:
+    TShapedText(std::string_view canonical, std::size_t kept) : alphabet_(FindAlphabet(canonical)) {
+        shape_.name = "text";
+        for (std::size_t i = 0; i < canonical.size(); ++i) {
+            const std::string_view choices =
+                i < kept ? canonical.substr(i, 1) : FindSymbols(alphabet_, canonical[i]);
+            choices_.push_back(choices);
+            shape_.radices.push_back(static_cast<std::uint8_t>(choices.size()));
+            shape_.name += i < kept ? canonical[i] : static_cast<char>('A' + choices.size());
+            symbols_.push_back(static_cast<std::uint8_t>(choices.find(canonical[i])));
+        }
+    }
+
+    // A text of another class has a pseudonym of that class, and a placeholder would be taken for no value.
+    bool IsAllowed(const TSymbols& symbols) const {
+        const std::string text = ToText(symbols);
+        return FindAlphabet(text) == alphabet_ && !IsPlaceholder(text);
+    }
+
+    std::string ToText(const TSymbols& symbols) const {
+        std::string text;
+        for (std::size_t i = 0; i < symbols.size(); ++i) {
+            text += choices_[i][symbols[i]];
+        }
+        return text;
+    }
+
+    std::string Permute(IKeyedDigest& digest) const {
+        if (symbols_.size() == 1) {  // too short for the halves of a permutation of texts
+            const auto toSymbols = [](std::uint32_t number) {
+                return TSymbols{static_cast<std::uint8_t>(number)};
+            };
+            return ToText(
+                toSymbols(PermuteNumber(digest, shape_.name, symbols_.front(), shape_.radices.front(),
+                                        [&](std::uint32_t number) { return IsAllowed(toSymbols(number)); })));
+        }
+        return ToText(PermuteSymbols(digest, shape_, symbols_,
+                                     [&](const TSymbols& symbols) { return IsAllowed(symbols); }));
+    }
+
+  private:
+    EAlphabet alphabet_;
+    TShape shape_;
+    std::vector<std::string_view> choices_;  // by position
+    TSymbols symbols_;
+};
+
+// Replaces each byte outside ASCII by a letter that depends on the whole text.
+std::string ToAscii(IKeyedDigest& digest, const std::string& canonical) {
+    if (std::ranges::all_of(canonical, IsAlphanumeric)) {
+        return canonical;
+    }
+    std::string ascii = canonical;
+    for (std::size_t i = 0; i < ascii.size(); ++i) {
+        if (!IsAlphanumeric(ascii[i])) {
+            const std::string message = "ascii/" + std::to_string(i) + "/" + canonical;
+            ascii[i] = letters[digest.Compute(message).front() % letters.size()];
+        }
+    }
+    return ascii;
+}
+
 }  // namespace
 
 TPseudonyms::TKey TPseudonyms::MakeKey() {
     std::random_device random;
     std::uniform_int_distribution<std::uint64_t> words;
-    return {words(random), words(random)};
+    return {words(random), words(random), words(random), words(random)};
 }
 
-std::string TPseudonyms::MakeCandidate(std::string_view canonical, std::size_t kept,
-                                       std::uint64_t attempt) const {
-    const unsigned int letters = IsHex(canonical) ? 6 : 26;
-    std::string candidate(canonical);
-    std::uint64_t random = 0;
-    for (std::size_t i = kept; i < candidate.size(); ++i) {
-        constexpr std::size_t charactersOfDigest = 8;
-        if ((i - kept) % charactersOfDigest == 0) {
-            random = KeyedDigest(
-                key_, std::string(canonical) + "/" + std::to_string(attempt) + "/" + std::to_string(i));
-        }
-        const auto choice = static_cast<unsigned int>(random & 0xFFU);
-        random >>= 8U;
-        candidate[i] = IsDigit(candidate[i]) ? static_cast<char>('0' + choice % 10)
-                                             : static_cast<char>('a' + choice % letters);
-    }
-    return candidate;
-}
+TPseudonyms::TPseudonyms(TKey key) : digest_(MakeKeyedDigest(key)) {}
 
 const std::string& TPseudonyms::ReplaceCanonical(const std::string& canonical) {
     const auto [place, isNew] = pseudonyms_.try_emplace(canonical);
     if (isNew) {
-        const std::size_t kept = CountKept(canonical);
-        std::string candidate;
-        std::uint64_t attempt = 0;
-        bool isUsable = false;
-        do {
-            candidate = MakeCandidate(canonical, kept, attempt);
-            const bool isFree = !taken_.contains(candidate) && !originals_.contains(candidate);
-            isUsable = candidate != canonical && (isFree || attempt >= maxAttempts);
-        } while (++attempt < 2 * maxAttempts && !isUsable);
-        taken_.insert(candidate);
-        place->second = std::move(candidate);
+        const std::string ascii = ToAscii(*digest_, canonical);
+        place->second = TShapedText(ascii, CountKept(ascii)).Permute(*digest_);
+        const auto [original, isFree] = originals_.try_emplace(place->second, canonical);
+        if (!isFree) {
+            throw std::runtime_error("two identities have the same pseudonym; another key is needed");
+        }
     }
     return place->second;
 }
 
 std::string TPseudonyms::Replace(std::string_view text) {
     constexpr std::string_view hexMark = "0x";
-    if (text.starts_with(hexMark)) {
+    if (text.starts_with(hexMark) && text.size() > hexMark.size()) {
         return std::string(hexMark) + Replace(text.substr(hexMark.size()));
     }
     const std::string canonical = ToCanonical(text);
@@ -92,18 +169,14 @@ std::string TPseudonyms::Replace(std::string_view text) {
     const std::string pseudonym =
         IsScsiName(canonical) ? "3" + ReplaceCanonical(canonical.substr(1)) : ReplaceCanonical(canonical);
     std::string replaced(text);
+    const TCaseOf caseOf(text);
     std::size_t next = 0;
     for (char& c : replaced) {
         if (IsIdentityCharacter(c)) {
-            c = IsUpper(c) ? ToUpper(pseudonym[next]) : pseudonym[next];
-            ++next;
+            c = caseOf.Apply(c, pseudonym[next++]);
         }
     }
     return replaced;
-}
-
-void TPseudonyms::Reserve(std::string_view text) {
-    originals_.insert(ToCanonical(text));
 }
 
 std::string TPseudonyms::ReplaceBytes(std::string_view bytes) {
@@ -125,20 +198,12 @@ std::string TPseudonyms::ReplaceHostName(std::string_view name) {
 
 std::uint16_t TPseudonyms::ReplaceNumber(const std::string& context, std::uint16_t number,
                                          std::uint16_t first, std::uint16_t last) {
-    const auto [place, isNew] = numbers_[context].try_emplace(number);
+    const auto [place, isNew] = numbers_.try_emplace({context, number});
     if (isNew) {
-        const std::uint64_t count = std::uint64_t{last} - first + 1;
-        const std::uint64_t start =
-            KeyedDigest(key_, "number/" + context + "/" + std::to_string(number)) % count;
-        // There are as many pseudonyms as numbers, so only the last number may have to map to itself.
-        place->second = number;
-        for (std::uint64_t step = 0; step < count; ++step) {
-            const auto candidate = static_cast<std::uint16_t>(first + (start + step) % count);
-            if (candidate != number && takenNumbers_[context].insert(candidate).second) {
-                place->second = candidate;
-                return candidate;
-            }
-        }
+        const std::uint32_t offset =
+            PermuteNumber(*digest_, "number/" + context, number - std::uint32_t{first},
+                          last - std::uint32_t{first} + 1, [](std::uint32_t) { return true; });
+        place->second = static_cast<std::uint16_t>(first + offset);
     }
     return place->second;
 }

@@ -1,33 +1,38 @@
-// Pseudonyms for identities. They are computed from the original and a random key that is not kept, so they
-// cannot be reversed. They have the length of the original, with letters for letters and digits for digits,
-// so that files and names remain well-formed.
+// Pseudonyms for identities. They are computed from the original and a secret key and nothing else, so that
+// one key gives one pseudonym for one identity in every file, and without the key they cannot be reversed.
+// They have the length of the original, with letters for letters and digits for digits, so that files and
+// names remain well-formed.
 #pragma once
 
-#include <array>
+#include "redaction/identities/keyed_digest.h"
+
 #include <cstdint>
 #include <map>
-#include <set>
+#include <memory>
 #include <string>
 #include <string_view>
+#include <unordered_map>
+#include <utility>
 
 namespace NVORHOST {
 
 class TPseudonyms {
   public:
-    using TKey = std::array<std::uint64_t, 2>;
+    using TKey = TDigestKey;
 
-    explicit TPseudonyms(TKey key) : key_(key) {}
+    /// Errors: throws std::runtime_error if the module of the digest cannot be loaded.
+    explicit TPseudonyms(TKey key);
     /// Returns a random key.
     static TKey MakeKey();
 
     /// Returns the pseudonym of an identifier, which is the same for any case and separators. Different
     /// identifiers have different pseudonyms, and none is its own. Bytes outside ASCII become letters;
-    /// hexadecimal texts remain hexadecimal. The first of 16 or 32 hexadecimal digits is kept, because it is
-    /// the format of a world-wide name. Placeholders (placeholders.h) are kept.
+    /// hexadecimal texts remain hexadecimal. From 12 hexadecimal digits on, a letter may replace a digit and
+    /// a digit a letter. The first of 16 or 32 hexadecimal digits is kept, because it is the format of a
+    /// world-wide name. Placeholders (placeholders.h) are kept, and no pseudonym is one.
+    /// Errors: throws std::runtime_error if two identifiers would have the same pseudonym, which only those
+    ///         with bytes outside ASCII can.
     std::string Replace(std::string_view text);
-
-    /// Excludes a text from the pseudonyms of others.
-    void Reserve(std::string_view text);
 
     /// Returns the pseudonym of bytes, by their hexadecimal text.
     std::string ReplaceBytes(std::string_view bytes);
@@ -42,7 +47,6 @@ class TPseudonyms {
     std::string ReplaceAddress(std::string_view bytes);
 
   private:
-    std::string MakeCandidate(std::string_view canonical, std::size_t kept, std::uint64_t attempt) const;
     const std::string& ReplaceCanonical(const std::string& canonical);
     // Maps a number to one of [first, last], one-to-one within each context.
     std::uint16_t ReplaceNumber(const std::string& context, std::uint16_t number, std::uint16_t first,
@@ -50,12 +54,11 @@ class TPseudonyms {
     std::string ReplaceIpv4(std::string_view bytes);
     std::string ReplaceIpv6(std::string_view bytes);
 
-    TKey key_;
-    std::map<std::string, std::string> pseudonyms_;  // by canonical text
-    std::set<std::string> taken_;
-    std::set<std::string> originals_;  // canonical texts that may not become pseudonyms
-    std::map<std::string, std::map<std::uint16_t, std::uint16_t>> numbers_;  // by context
-    std::map<std::string, std::set<std::uint16_t>> takenNumbers_;
+    std::shared_ptr<IKeyedDigest> digest_;
+    // The next three only save time: no pseudonym depends on another.
+    std::unordered_map<std::string, std::string> pseudonyms_;                 // by canonical text
+    std::unordered_map<std::string, std::string> originals_;                  // by pseudonym
+    std::map<std::pair<std::string, std::uint16_t>, std::uint16_t> numbers_;  // by context and number
 };
 
 }  // namespace NVORHOST

@@ -1,5 +1,7 @@
 #include "redaction/identities/keyed_digest.h"
 
+#include "text/hex.h"
+
 #include <gtest/gtest.h>
 
 #include <string>
@@ -7,28 +9,28 @@
 namespace NVORHOST {
 namespace {
 
-// The key of the published vectors, bytes 00 to 0f.
-constexpr std::array<std::uint64_t, 2> key{0x0706050403020100U, 0x0F0E0D0C0B0A0908U};
-
-std::string CountingBytes(std::size_t size) {
-    std::string bytes;
-    for (std::size_t i = 0; i < size; ++i) {
-        bytes += static_cast<char>(i);
-    }
-    return bytes;
+std::string HexDigest(const TDigestKey& key, std::string_view bytes) {
+    const TDigest digest = MakeKeyedDigest(key)->Compute(bytes);
+    return ToHex(std::string(digest.begin(), digest.end()));
 }
 
-TEST(KeyedDigest, MatchesThePublishedVectors) {
-    EXPECT_EQ(KeyedDigest(key, CountingBytes(0)), 0x726FDB47DD0E0E31U);
-    EXPECT_EQ(KeyedDigest(key, CountingBytes(1)), 0x74F839C593DC67FDU);
-    EXPECT_EQ(KeyedDigest(key, CountingBytes(7)), 0xAB0200F58B01D137U);
-    EXPECT_EQ(KeyedDigest(key, CountingBytes(8)), 0x93F5F5799A932462U);
-    EXPECT_EQ(KeyedDigest(key, CountingBytes(15)), 0xA129CA6149BE45E5U);
+// RFC 4231, case 1: its key of 20 bytes 0Bh is padded with zeros, as every shorter key is.
+TEST(KeyedDigest, IsHmacSha256) {
+    constexpr TDigestKey key{0x0B0B0B0B0B0B0B0BU, 0x0B0B0B0B0B0B0B0BU, 0x0B0B0B0BU, 0};
+    EXPECT_EQ(HexDigest(key, "Hi There"), "b0344c61d8db38535ca8afceaf0bf12b881dc200c9833da726e9376c2e32cff7");
 }
 
-TEST(KeyedDigest, DependsOnTheKey) {
-    EXPECT_NE(KeyedDigest({1, 2}, "text"), KeyedDigest({1, 3}, "text"));
-    EXPECT_NE(KeyedDigest({1, 2}, "text"), KeyedDigest({2, 2}, "text"));
+// RFC 4231, case 2: the key is "Jefe".
+TEST(KeyedDigest, UsesTheWordsOfAKeyWithTheirLeastSignificantByteFirst) {
+    EXPECT_EQ(HexDigest({0x6566654AU}, "what do ya want for nothing?"),
+              "5bdcc146bf60754e6a042426089575c75a003f089d2739839dec58b964ec3843");
+}
+
+TEST(KeyedDigest, StartsAnewForEachText) {
+    const auto digest = MakeKeyedDigest({1, 2, 3, 4});
+    const TDigest first = digest->Compute("serial");
+    EXPECT_NE(digest->Compute("other"), first);
+    EXPECT_EQ(digest->Compute("serial"), first);
 }
 
 }  // namespace

@@ -1,13 +1,16 @@
 #include "redaction/identities/pseudonyms.h"
 
 #include "machine/parse/ip_address.h"
+#include "machine/parse/placeholders.h"
 #include "tests/machine/system/machine_tree.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <map>
 #include <set>
 #include <string>
+#include <string_view>
 
 namespace NVORHOST {
 namespace {
@@ -55,6 +58,8 @@ TEST(Pseudonyms, StayHexadecimalForHexadecimalTexts) {
     TPseudonyms pseudonyms(key);
     EXPECT_THAT(pseudonyms.Replace("52:54:00:b2:0f:0a"), MatchesRegex("[0-9a-f:]+"));
     EXPECT_THAT(pseudonyms.Replace("0x00ab12cd34ef"), MatchesRegex("0x[0-9a-f]+"));
+    EXPECT_THAT(pseudonyms.Replace("02005E200001"), MatchesRegex("[0-9A-F]{12}"));
+    EXPECT_THAT(pseudonyms.Replace("8A1B2C"), MatchesRegex("[0-9][A-F][0-9][A-F][0-9][A-F]"));
 }
 
 TEST(Pseudonyms, KeepTheFormatDigitOfWorldWideNames) {
@@ -91,15 +96,52 @@ TEST(Pseudonyms, AreNeverTheOriginal) {
     }
 }
 
-TEST(Pseudonyms, AreNeverAReservedText) {
-    for (std::uint64_t seed = 0; seed < 50; ++seed) {
-        TPseudonyms pseudonyms({seed, 1});
-        pseudonyms.Reserve("q1");
-        pseudonyms.Reserve("Q2");
-        for (const char* text : {"q1", "q2", "q3"}) {
-            EXPECT_THAT(pseudonyms.Replace(text), testing::Not(testing::AnyOf("q1", "q2")));
+// Returns the pseudonyms of all texts of two characters.
+std::map<std::string, std::string> ReplaceAllPairs(TPseudonyms& pseudonyms, std::string_view characters) {
+    std::map<std::string, std::string> found;
+    for (const char first : characters) {
+        for (const char second : characters) {
+            const std::string text{first, second};
+            found[text] = pseudonyms.Replace(text);
         }
     }
+    return found;
+}
+
+TEST(Pseudonyms, AreAPermutationOfAllTextsOfAShape) {
+    TPseudonyms pseudonyms(key);
+    std::set<std::string> found;
+    for (const auto& [text, pseudonym] :
+         ReplaceAllPairs(pseudonyms, "0123456789abcdefghijklmnopqrstuvwxyz")) {
+        EXPECT_TRUE(found.insert(pseudonym).second) << text;
+        EXPECT_EQ(text == pseudonym, IsPlaceholder(text)) << text;
+    }
+    EXPECT_EQ(found.size(), 36U * 36U);
+}
+
+TEST(Pseudonyms, DoNotDependOnWhatWasReplacedBefore) {
+    TPseudonyms pseudonyms(key);
+    const auto all = ReplaceAllPairs(pseudonyms, "0123456789");
+    for (const auto& [text, pseudonym] : all) {
+        EXPECT_EQ(TPseudonyms(key).Replace(text), pseudonym);
+    }
+    TPseudonyms other(key);
+    for (int last = 200; last < 255; ++last) {
+        (void)other.ReplaceAddress(std::string{10, 1, 2, static_cast<char>(last)});
+    }
+    const std::string address{10, 1, 2, 77};
+    EXPECT_EQ(other.ReplaceAddress(address), TPseudonyms(key).ReplaceAddress(address));
+}
+
+// Literal, because files of different days and versions must agree.
+TEST(Pseudonyms, AreTheSameForAKeyInEveryVersion) {
+    TPseudonyms pseudonyms(key);
+    EXPECT_EQ(pseudonyms.Replace("EX4200042"), "AS1175517");
+    EXPECT_EQ(pseudonyms.Replace("C3D2F100-A5B4-4796-8879-6A5B4C3D2E1F"),
+              "C888F791-E4ED-E527-C9CE-1CD25E9C6F43");
+    EXPECT_EQ(pseudonyms.Replace("7"), "9");
+    EXPECT_EQ(pseudonyms.ReplaceHostName("db-1.example.org"), "ca-9.egeahyi.dza");
+    EXPECT_EQ(pseudonyms.ReplaceAddress(std::string{10, 0, 0, 5}), (std::string{64, 0, 0, 2}));
 }
 
 TEST(Pseudonyms, ReplaceBytesOutsideAsciiByLetters) {
