@@ -8,7 +8,7 @@ namespace NFLEET {
 
 NINVENTORY::TResource AssembleResource(const TPresence& presence, const TVersion& version) {
     NINVENTORY::TResource resource;
-    resource.id = version.id.empty() ? ToText(presence.resource) : version.id;
+    resource.id = version.id.value_or(ToText(presence.resource));
     resource.type = version.type;
     resource.list = version.list;
     auto identity = presence.identity.begin();

@@ -150,11 +150,11 @@ struct TVersionProperty {
 
 /// A resource without the values that identify it and those that change by themselves.
 struct TVersion {
-    TDigest digest;  ///< of everything below; see MakeVersionDigest
+    TDigest digest;  ///< of everything below
     std::string type;
     std::string list;
-    std::string
-        id;  ///< the identifier as written, if it is not the presence's resource in hexadecimal digits
+    /// The identifier as written; absent if it is the resource of the presence in upper-case digits.
+    std::optional<std::string> id{};
     std::vector<TVersionProperty> properties;
 
     bool operator==(const TVersion&) const = default;
@@ -186,6 +186,13 @@ struct TPresence {
 
     TPresenceKey GetKey() const { return {place, resource, since}; }
     bool operator==(const TPresence&) const = default;
+};
+
+/// The inventory rows and presence rows of one machine and scope, in ascending order of time and of key.
+struct TScopeState {
+    TMachineScope place;
+    std::vector<TInventory> inventories;  ///< without volatile values
+    std::vector<TPresence> presences;
 };
 
 }  // namespace NFLEET

@@ -27,13 +27,6 @@ class TStoreError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// The inventory rows and presence rows of one machine and scope, in ascending order of time and of key.
-struct TScopeState {
-    TMachineScope place;
-    std::vector<TInventory> inventories;  ///< without volatile values
-    std::vector<TPresence> presences;
-};
-
 /// Changes that belong together. An engine without transactions applies the members in the order in which
 /// they are declared, and the elements of `presences` in their order: after any part of them, the state is
 /// that before or after the change, and writing the batch again completes it. An inventory's row is the mark
@@ -119,6 +112,10 @@ class IFleetStore {
 
     // Loading.
 
+    /// True if a batch is written as a whole or not at all. If it is not, the loader reads the states of all
+    /// places that it writes to, because they may be those of a batch that was written in part.
+    virtual bool IsAtomic() const = 0;
+
     /// Begins a batch. Everything that is read until Write or AbandonBatch is up to date when the batch is
     /// written: the engine keeps other loaders out, or finds out in Write that they came first.
     virtual void BeginBatch() = 0;
@@ -133,6 +130,8 @@ class IFleetStore {
     virtual std::vector<TMachine> FindMachines(std::span<const TMachineId> ids) = 0;
     /// Returns the heads of these machines in all scopes.
     virtual std::vector<THead> ReadHeads(std::span<const TMachineId> machines) = 0;
+    /// Returns those of the inventories that are stored, without volatile values.
+    virtual std::vector<TInventory> FindInventories(std::span<const TInventoryKey> keys) = 0;
     /// Returns one state for each place, in the order of `places`; an empty one if nothing is stored.
     virtual std::vector<TScopeState> ReadStates(std::span<const TMachineScope> places) = 0;
     /// Returns those of the versions that are stored.
