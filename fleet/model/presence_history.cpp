@@ -163,6 +163,9 @@ void TPresenceHistory::AppendChanges(std::vector<TPresence>& written,
             if (!exists || *stored != *row) {
                 written.push_back(*row);
             }
+            if (exists && stored->type != row->type) {
+                removed.push_back(stored->GetKey());
+            }
             stored += exists ? 1 : 0;
         }
         std::reverse(written.begin() + first, written.end());

@@ -164,9 +164,10 @@ struct TVersion {
 /// each.
 using TIdentity = std::vector<std::vector<std::string>>;
 
-/// Key: place, resource and since.
+/// The key of a presence. Rows are in its order: by place, type, resource and time.
 struct TPresenceKey {
     TMachineScope place;
+    std::string type;
     TDigest resource;
     TSeconds since = always;
 
@@ -177,14 +178,14 @@ struct TPresenceKey {
 /// at or after `until`, which differs. It holds for a time t if since <= t < until.
 struct TPresence {
     TMachineScope place;
-    TDigest resource;
     std::string type;  ///< that of the version
+    TDigest resource;
     TSeconds since = always;
     TSeconds until = open;
     TDigest version;
     TIdentity identity{};
 
-    TPresenceKey GetKey() const { return {place, resource, since}; }
+    TPresenceKey GetKey() const { return {place, type, resource, since}; }
     bool operator==(const TPresence&) const = default;
 };
 

@@ -154,6 +154,23 @@ TEST(PresenceHistory, WritesOnlyRowsThatChanged) {
     EXPECT_THAT(removed, IsEmpty());
 }
 
+TEST(PresenceHistory, RemovesTheRowOfAnotherTypeAtTheSameTime) {
+    TPresenceHistory before({});
+    before.Insert(MakeInventory(5 * hour, 1), {MakeResource(1, 7)});
+    TPresenceHistory history({{}, before.GetInventories(), before.GetRows()});
+    TPresence tape = MakeResource(1, 8);
+    tape.type = "TapeDrive";
+
+    history.Insert(MakeInventory(5 * hour, 2), {tape});
+
+    std::vector<TPresence> written;
+    std::vector<TPresenceKey> removed;
+    history.AppendChanges(written, removed);
+    ASSERT_EQ(written.size(), 1U);
+    EXPECT_EQ(written[0].type, "TapeDrive");
+    EXPECT_THAT(removed, ElementsAre(MakeResource(1, 7).GetKey()));
+}
+
 // Random inventories of a few resources, several of them at the same time.
 struct TRandomInventory {
     TInventory inventory;
