@@ -1,12 +1,13 @@
 #include "program/command_line.h"
 
-#include "program/completion_script.h"
+#include "commandline/completion_script.h"
+#include "commandline/help_format.h"
+#include "commandline/nearest_word.h"
+#include "commandline/usage_check.h"
+#include "inventory/model/resource_type.h"
 #include "program/diff_command.h"
-#include "program/help_format.h"
-#include "program/nearest_word.h"
 #include "program/sending_run.h"
 #include "program/show_command.h"
-#include "program/usage_check.h"
 #include "sending/url_template.h"
 #include "text/lines.h"
 #include "text/numbers.h"
@@ -21,6 +22,7 @@
 #include <iostream>
 #include <iterator>
 #include <memory>
+#include <set>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -68,6 +70,14 @@ std::vector<std::string> CollectorNames() {
         names.emplace_back(collector.name);
     }
     return names;
+}
+
+std::vector<std::string> ResourceTypes() {
+    std::set<std::string> types;
+    for (const NINVENTORY::TResourceType& row : NINVENTORY::GetResourceTypes()) {
+        types.emplace(row.type);
+    }
+    return {types.begin(), types.end()};
 }
 
 std::string JoinWith(const std::vector<std::string>& words, const std::string& separator) {
@@ -681,7 +691,9 @@ void Parse(CLI::App& program, TWords words) {
 }  // namespace
 
 void WriteCompletion(const TCompletionOptions& options, std::ostream& out) {
-    WriteCompletionScript(MakeCompletionTable(TModel().program), options.shell, out);
+    TCompletionTable table = MakeCompletionTable(TModel().program);
+    table.lists = {{"collectors", CollectorNames()}, {"types", ResourceTypes()}, {"checks", CheckNames()}};
+    WriteCompletionScript(table, options.shell, out);
 }
 
 TCommand ParseCommandLine(int argc, const char* const* argv) {

@@ -1,12 +1,12 @@
 #include "program/diff_command.h"
 
+#include "commandline/terminal.h"
 #include "inventory/compare/comparison.h"
 #include "inventory/report/diff_page.h"
 #include "inventory/write/diff_json_writer.h"
 #include "inventory/write/diff_text_writer.h"
 #include "program/inventory_source.h"
 #include "program/summary.h"
-#include "program/terminal.h"
 #include "vorhost/run/log_sinks.h"
 #include "vorhost/run/output_file.h"
 #include "vorhost/run/run_environment.h"

@@ -1,5 +1,6 @@
 #include "program/show_command.h"
 
+#include "commandline/terminal.h"
 #include "inventory/report/report_writer.h"
 #include "inventory/write/csv_writer.h"
 #include "inventory/write/cyclonedx_writer.h"
@@ -10,7 +11,6 @@
 #include "program/inventory_source.h"
 #include "program/strict_mode.h"
 #include "program/summary.h"
-#include "program/terminal.h"
 #include "vorhost/run/log_sinks.h"
 #include "vorhost/run/output_file.h"
 #include "vorhost/run/run_environment.h"

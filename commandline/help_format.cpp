@@ -1,4 +1,4 @@
-#include "program/help_format.h"
+#include "commandline/help_format.h"
 
 #include <cstddef>
 #include <sstream>

@@ -1,4 +1,4 @@
-#include "program/usage_check.h"
+#include "commandline/usage_check.h"
 
 #include <gtest/gtest.h>
 

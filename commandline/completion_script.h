@@ -1,7 +1,7 @@
 // Writes the completion script of a shell.
 #pragma once
 
-#include "program/completion_table.h"
+#include "commandline/completion_table.h"
 
 #include <ostream>
 #include <string>

@@ -1,4 +1,4 @@
-#include "program/completion_script.h"
+#include "commandline/completion_script.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -37,7 +37,9 @@ class CompletionScript : public testing::Test {
 
     std::string Write(const char* shell = "bash") const {
         std::ostringstream out;
-        WriteCompletionScript(MakeCompletionTable(program_), shell, out);
+        TCompletionTable table = MakeCompletionTable(program_);
+        table.lists = {{"collectors", {"computer-system", "operating-system"}}};
+        WriteCompletionScript(table, shell, out);
         return out.str();
     }
 
@@ -48,7 +50,7 @@ class CompletionScript : public testing::Test {
 
 TEST_F(CompletionScript, ListsCommandsAndCollectors) {
     EXPECT_THAT(Write(), HasSubstr("\n_noxinfo_commands='collect snapshot help'\n"));
-    EXPECT_THAT(Write(), HasSubstr("\n_noxinfo_collectors='computer-system operating-system "));
+    EXPECT_THAT(Write(), HasSubstr("\n_noxinfo_collectors='computer-system operating-system'\n"));
 }
 
 TEST_F(CompletionScript, MapsEveryOptionWithAValueToItsKind) {
@@ -58,7 +60,7 @@ TEST_F(CompletionScript, MapsEveryOptionWithAValueToItsKind) {
                                    "    *' --deadline') kind='nothing' ;;\n"
                                    "    *' --directory') kind='folders' ;;\n"
                                    "    *' --log-file') kind='files' ;;\n"
-                                   "    *' --only') kind='collectors' ;;\n"
+                                   "    *' --only') kind='list:collectors' ;;\n"
                                    "    *' --reachability') kind='yes network no' ;;\n"
                                    "    *) return 1 ;;\n"
                                    "  esac\n"));

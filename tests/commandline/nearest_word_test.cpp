@@ -1,4 +1,4 @@
-#include "program/nearest_word.h"
+#include "commandline/nearest_word.h"
 
 #include <gtest/gtest.h>
 

@@ -1,11 +1,6 @@
-#include "program/completion_table.h"
-
-#include "inventory/model/resource_type.h"
-#include "lint/run/check_list.h"
-#include "machine/collect/run/collectors.h"
+#include "commandline/completion_table.h"
 
 #include <algorithm>
-#include <set>
 #include <sstream>
 #include <string_view>
 
@@ -70,30 +65,6 @@ TCompletedCommand MakeCommand(const CLI::App& app) {
     return command;
 }
 
-std::vector<std::string> ListCollectorNames() {
-    std::vector<std::string> names;
-    for (const TCollector& collector : GetCollectors()) {
-        names.emplace_back(collector.name);
-    }
-    return names;
-}
-
-std::vector<std::string> ListTypes() {
-    std::set<std::string_view> types;
-    for (const NINVENTORY::TResourceType& row : NINVENTORY::GetResourceTypes()) {
-        types.insert(row.type);
-    }
-    return {types.begin(), types.end()};
-}
-
-std::vector<std::string> ListChecks() {
-    std::vector<std::string> names;
-    for (const NLINT::TCheckText& check : NLINT::GetCheckTexts()) {
-        names.emplace_back(check.id);
-    }
-    return names;
-}
-
 }  // namespace
 
 TCompletionTable MakeCompletionTable(const CLI::App& program) {
@@ -103,7 +74,6 @@ TCompletionTable MakeCompletionTable(const CLI::App& program) {
     for (const CLI::App* command : program.get_subcommands({})) {
         table.commands.push_back(MakeCommand(*command));
     }
-    table.lists = {{"collectors", ListCollectorNames()}, {"types", ListTypes()}, {"checks", ListChecks()}};
     return table;
 }
 

@@ -1,4 +1,4 @@
-#include "program/completion_script.h"
+#include "commandline/completion_script.h"
 
 #include <algorithm>
 

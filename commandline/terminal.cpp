@@ -1,4 +1,4 @@
-#include "program/terminal.h"
+#include "commandline/terminal.h"
 
 #include "text/ascii.h"
 

@@ -62,6 +62,7 @@ struct TCompletionTable {
     std::vector<TCompletedList> lists;
 };
 
+/// Returns the commands and options of a program; the caller fills in the lists.
 TCompletionTable MakeCompletionTable(const CLI::App& program);
 
 }  // namespace NVORHOST

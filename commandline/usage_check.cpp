@@ -1,6 +1,6 @@
-#include "program/usage_check.h"
+#include "commandline/usage_check.h"
 
-#include "program/nearest_word.h"
+#include "commandline/nearest_word.h"
 
 #include <algorithm>
 #include <optional>
@@ -67,10 +67,10 @@ std::optional<std::string> FindOwner(const CLI::App& program, const std::string&
 [[noreturn]] void RefuseOption(const CLI::App& program, const CLI::App& app, const std::string& name) {
     if (const auto owner = FindOwner(program, name)) {
         const bool isTooEarly = &program == &app;
-        Refuse(isTooEarly
-                   ? "option " + name + " must follow the command, as in noxinfo " + *owner + " " + name
-                   : "option " + name + " belongs to noxinfo " + *owner + ", not to noxinfo " +
-                         app.get_name());
+        Refuse(isTooEarly ? "option " + name + " must follow the command, as in " + program.get_name() + " " +
+                                *owner + " " + name
+                          : "option " + name + " belongs to " + program.get_name() + " " + *owner +
+                                ", not to " + program.get_name() + " " + app.get_name());
     }
     Refuse("unknown option " + name + DidYouMean(name, OptionNames(app)));
 }
