@@ -1,11 +1,7 @@
 #include "nginx_server.h"
 
+#include "loopback_port.h"
 #include "waiting.h"
-
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 #include <csignal>
 #include <filesystem>
@@ -49,27 +45,6 @@ std::string ReadDocumentedConfiguration(EClientProof proof) {
     }
     place += start.size();
     return page.substr(place, page.find("```", place) - place);
-}
-
-int OpenLoopback(sockaddr_in& address, int port) {
-    address = {};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(static_cast<std::uint16_t>(port));
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    return ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-}
-
-int FindFreePort() {
-    sockaddr_in address{};
-    const int listener = OpenLoopback(address, 0);
-    socklen_t size = sizeof address;
-    auto* const generic = reinterpret_cast<sockaddr*>(&address);
-    const bool isBound = ::bind(listener, generic, size) == 0 && ::getsockname(listener, generic, &size) == 0;
-    ::close(listener);
-    if (!isBound) {
-        throw std::runtime_error("no port is free");
-    }
-    return ntohs(address.sin_port);
 }
 
 }  // namespace
@@ -163,14 +138,6 @@ void TNginx::WriteConfiguration(const TNginxSettings& settings) const {
                   "scgi;\n" + site + "}\n");
 }
 
-bool TNginx::AcceptsConnections() const {
-    sockaddr_in address{};
-    const int connection = OpenLoopback(address, port_);
-    const bool isAccepted = ::connect(connection, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
-    ::close(connection);
-    return isAccepted;
-}
-
 void TNginx::Start(const TNginxSettings& settings) {
     WriteConfiguration(settings);
     const std::string errors = directory_ / "tmp/errors";
@@ -179,7 +146,7 @@ void TNginx::Start(const TNginxSettings& settings) {
                      TProgramRun{{"-p", directory_.GetPath(), "-e", errors, "-c", directory_ / "nginx.conf"},
                                  directory_.GetPath(),
                                  {}});
-    if (!WaitUntil([this] { return AcceptsConnections(); })) {
+    if (!WaitUntil([this] { return AcceptsConnections(port_); })) {
         throw std::runtime_error("nginx does not start: " + GetErrors());
     }
 }

@@ -66,7 +66,6 @@ class TNginx {
 
   private:
     void WriteConfiguration(const TNginxSettings& settings) const;
-    bool AcceptsConnections() const;
 
     TTemporaryDirectory directory_;
     int port_ = 0;
