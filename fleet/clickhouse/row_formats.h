@@ -1,0 +1,92 @@
+// The tables' columns, and rows in them as RowBinary.
+#pragma once
+
+#include "fleet/clickhouse/row_binary.h"
+#include "fleet/model/rows.h"
+
+#include <string_view>
+
+namespace NFLEET {
+
+/// The column that tells the newest of several rows with one key.
+using TChangeNumber = std::uint64_t;
+
+/// How rows of a type are stored. Every table has the columns `change` and `removed` as well, at its end: the
+/// row with the highest change of a key counts, and if that one is removed, the key does not exist.
+///   table    name of the table
+///   columns  names of the columns, in the order of Encode and Decode
+///   key      names of the columns that identify a row, which come first
+template <typename TRow>
+struct TRowFormat;
+
+template <>
+struct TRowFormat<TMachine> {
+    static constexpr std::string_view table = "machine_rows";
+    static constexpr std::string_view key = "id";
+    static constexpr std::string_view columns =
+        "id, key, rule, name, vendor, model, serial, uuid, first, last, uses_snapshot";
+    static void EncodeKey(TRowBinaryWriter& writer, const TMachineId& id);
+    static void Encode(TRowBinaryWriter& writer, const TMachine& row);
+    static TMachine Decode(TRowBinaryReader& reader);
+};
+
+template <>
+struct TRowFormat<TAlias> {
+    static constexpr std::string_view table = "alias_rows";
+    static constexpr std::string_view columns = "machine, key, target";
+    static void Encode(TRowBinaryWriter& writer, const TAlias& row);
+    static TAlias Decode(TRowBinaryReader& reader);
+};
+
+template <>
+struct TRowFormat<THead> {
+    static constexpr std::string_view table = "head_rows";
+    static constexpr std::string_view key = "machine, scope";
+    static constexpr std::string_view columns =
+        "machine, scope, time, digest, content, name, vendor, model, serial, uuid";
+    static void EncodeKey(TRowBinaryWriter& writer, const TMachineScope& place);
+    static void Encode(TRowBinaryWriter& writer, const THead& row);
+    static THead Decode(TRowBinaryReader& reader);
+};
+
+template <>
+struct TRowFormat<TInventory> {
+    static constexpr std::string_view table = "inventory_rows";
+    static constexpr std::string_view key = "machine, scope, time";
+    /// The columns without volatile values, which DecodeShort expects.
+    static constexpr std::string_view shortColumns = "machine, scope, time, digest, source";
+    static constexpr std::string_view columns =
+        "machine, scope, time, digest, source, volatile_resource, volatile_position, volatile_name, "
+        "volatile_type, volatile_shape, volatile_values";
+    static void EncodeKey(TRowBinaryWriter& writer, const TInventoryKey& inventory);
+    static void Encode(TRowBinaryWriter& writer, const TInventory& row);
+    static TInventory Decode(TRowBinaryReader& reader);
+    static TInventory DecodeShort(TRowBinaryReader& reader);
+};
+
+template <>
+struct TRowFormat<TVersion> {
+    static constexpr std::string_view table = "version_rows";
+    static constexpr std::string_view key = "digest";
+    static constexpr std::string_view columns =
+        "digest, type, list, id, property_name, property_type, property_shape, property_values, identifying";
+    static void EncodeKey(TRowBinaryWriter& writer, const TDigest& digest);
+    static void Encode(TRowBinaryWriter& writer, const TVersion& row);
+    static TVersion Decode(TRowBinaryReader& reader);
+};
+
+template <>
+struct TRowFormat<TPresence> {
+    static constexpr std::string_view table = "presence_rows";
+    static constexpr std::string_view key = "machine, scope, type, resource, since";
+    static constexpr std::string_view columns =
+        "machine, scope, type, resource, since, until, version, identity";
+    static void EncodeKey(TRowBinaryWriter& writer, const TPresenceKey& presence);
+    static void Encode(TRowBinaryWriter& writer, const TPresence& row);
+    static TPresence Decode(TRowBinaryReader& reader);
+};
+
+/// Reads a digest: FixedString(16).
+TDigest DecodeDigest(TRowBinaryReader& reader);
+
+}  // namespace NFLEET

@@ -1,0 +1,119 @@
+#include "clickhouse_server.h"
+
+#include "loopback_port.h"
+#include "waiting.h"
+
+#include <sys/wait.h>
+
+#include <filesystem>
+#include <stdexcept>
+
+namespace NFLEET {
+namespace {
+
+using NVORHOST::FindFreePort;
+using NVORHOST::WriteFile;
+
+constexpr char serverProgram[] = "/usr/sbin/clickhouse-server";
+
+TClickHousePorts ChoosePorts() {
+    return {FindFreePort(), FindFreePort(), FindFreePort()};
+}
+
+std::string Element(const std::string& name, const std::string& content) {
+    return "<" + name + ">" + content + "</" + name + ">\n";
+}
+
+std::string DescribeCluster(const TClickHouseSettings& settings) {
+    if (settings.shards.empty()) {
+        return {};
+    }
+    std::string shards;
+    for (const TClickHousePorts& ports : settings.shards) {
+        shards += Element("shard", Element("replica", Element("host", "127.0.0.1") +
+                                                          Element("port", std::to_string(ports.native)) +
+                                                          Element("password", settings.password)));
+    }
+    return Element("remote_servers", Element("fleet", shards));
+}
+
+}  // namespace
+
+TClickHouseServer::TClickHouseServer() : ports_(ChoosePorts()) {
+    for (const char* name : {"data", "tmp", "schemas"}) {
+        std::filesystem::create_directory(directory_ / name);
+    }
+}
+
+std::string TClickHouseServer::GetUrl(const std::string& database) const {
+    return "clickhouse://127.0.0.1:" + std::to_string(ports_.http) + "/" + database;
+}
+
+void TClickHouseServer::WriteConfiguration(const TClickHouseSettings& settings) const {
+    WriteFile(
+        directory_ / "users.xml",
+        Element("yandex",
+                Element("profiles", Element("default", Element("max_threads", "2"))) +
+                    Element("quotas", Element("default", "")) +
+                    Element("users", Element("default", Element("password", settings.password) +
+                                                            Element("networks", Element("ip", "127.0.0.1")) +
+                                                            Element("profile", "default") +
+                                                            Element("quota", "default")))));
+    WriteFile(
+        directory_ / "config.xml",
+        Element("yandex",
+                Element("logger", Element("level", "warning") + Element("log", directory_ / "log") +
+                                      Element("errorlog", directory_ / "errors")) +
+                    Element("listen_host", "127.0.0.1") + Element("http_port", std::to_string(ports_.http)) +
+                    Element("tcp_port", std::to_string(ports_.native)) +
+                    Element("interserver_http_port", std::to_string(ports_.interserver)) +
+                    Element("path", directory_ / "data/") + Element("tmp_path", directory_ / "tmp/") +
+                    Element("format_schema_path", directory_ / "schemas/") +
+                    Element("users_config", directory_ / "users.xml") +
+                    Element("default_profile", "default") + Element("default_database", "default") +
+                    Element("mark_cache_size", "16777216") + Element("max_concurrent_queries", "20") +
+                    DescribeCluster(settings)));
+}
+
+std::string TClickHouseServer::GetErrors() const {
+    const std::string path = directory_ / "errors";
+    return std::filesystem::exists(path) ? NVORHOST::ReadFile(path) : "";
+}
+
+bool TClickHouseServer::HasEnded() const {
+    siginfo_t state{};
+    const auto process = static_cast<id_t>(process_->GetProcess());
+    return ::waitid(P_PID, process, &state, WEXITED | WNOHANG | WNOWAIT) == 0 && state.si_pid != 0;
+}
+
+bool TClickHouseServer::IsReady() const {
+    return NVORHOST::AcceptsConnections(ports_.http) && NVORHOST::AcceptsConnections(ports_.native);
+}
+
+void TClickHouseServer::Start(const TClickHouseSettings& settings) {
+    WriteConfiguration(settings);
+    process_.reset();
+    process_.emplace(
+        serverProgram,
+        NVORHOST::TProgramRun{{"--config-file=" + (directory_ / "config.xml")}, directory_.GetPath(), {}});
+    if (!NVORHOST::WaitUntil([this] { return HasEnded() || IsReady(); }) || HasEnded()) {
+        throw std::runtime_error("the ClickHouse server does not start: " + GetErrors());
+    }
+}
+
+TClickHouseServer& GetClickHouseServer() {
+    static TClickHouseServer server;
+    static const bool isStarted = [] {
+        server.Start();
+        return true;
+    }();
+    (void)isStarted;
+    return server;
+}
+
+std::string MakeDatabaseUrl() {
+    static int number = 0;
+    return GetClickHouseServer().GetUrl("fleet" + std::to_string(++number));
+}
+
+}  // namespace NFLEET
