@@ -2,11 +2,11 @@
 
 #include "documents/document_error.h"
 #include "inventory/read/document_reader.h"
+#include "inventory/saved/namespace_resources.h"
+#include "inventory/saved/result_names.h"
+#include "inventory/saved/saved_result.h"
 #include "machine/supervision/machine_door.h"
-#include "program/namespace_resources.h"
 #include "program/namespace_source.h"
-#include "program/result_names.h"
-#include "vorhost/cimxml/base64.h"
 #include "vorhost/cimxml/load.h"
 
 #include <algorithm>
@@ -26,30 +26,6 @@ using NINVENTORY::TDocumentInput;
 
 [[noreturn]] void Fail(const std::string& path, const std::string& cause) {
     ThrowAt({path, {}, {}, {}}, cause);
-}
-
-// Returns the bytes of the document that a saved result has; nullopt for a saved namespace.
-std::optional<std::string> FindResult(const std::string& name, const TMemoryNamespace& loaded) {
-    const auto results = loaded.FindClass(resultClassName);
-    if (results == nullptr || results->GetInstances().empty()) {
-        return std::nullopt;
-    }
-    const TCIMValue* const inventory = results->GetInstances().front()->Find(inventoryProperty);
-    auto bytes =
-        inventory == nullptr || inventory->IsNull() ? std::nullopt : DecodeBase64(inventory->ToString(10));
-    if (!bytes) {
-        Fail(name, "the result has no inventory");
-    }
-    return bytes;
-}
-
-std::string FindTimestamp(const TMemoryNamespace& loaded) {
-    const auto systems = loaded.FindClass("KELSG_OperatingSystem");
-    if (systems == nullptr || systems->GetInstances().empty()) {
-        return {};
-    }
-    const TCIMValue* const time = systems->GetInstances().front()->Find("LocalDateTime");
-    return time == nullptr || time->IsNull() ? std::string() : FormatDate(*time);
 }
 
 TMemoryNamespace Load(const std::string& path, TDocumentInput& input) {

@@ -6,7 +6,7 @@
 #include "lint/write/finding_writer.h"
 #include "machine/supervision/machine_door.h"
 #include "program/inventory_source.h"
-#include "program/namespace_resources.h"
+#include "inventory/saved/namespace_resources.h"
 #include "program/namespace_source.h"
 #include "program/summary.h"
 #include "vorhost/run/log_sinks.h"

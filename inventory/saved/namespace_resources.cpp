@@ -1,4 +1,4 @@
-#include "program/namespace_resources.h"
+#include "inventory/saved/namespace_resources.h"
 
 #include "inventory/model/resource_id.h"
 #include "inventory/model/resource_type.h"

@@ -1,0 +1,62 @@
+// Small numbers for texts and digests, so that large tables hold the numbers.
+#pragma once
+
+#include "fleet/sqlite/connection.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+namespace NFLEET {
+
+/// A table (id, digest, ...) whose rows are found by digest. Remembers the numbers that it found, up to a
+/// limit.
+class TDigestTable {
+  public:
+    /// Both must outlive this object. `table` is a name of the schema.
+    TDigestTable(TConnection& connection, const std::string& table);
+
+    std::optional<std::int64_t> Find(const TDigest& digest);
+    /// Remembers the number of a row that was inserted.
+    void Remember(const TDigest& digest, std::int64_t id);
+    /// Forgets everything, because another connection may have removed rows.
+    void Forget() { known_.clear(); }
+
+  private:
+    static constexpr std::size_t maxKnown = 200000;
+
+    TStatement find_;
+    std::unordered_map<TDigest, std::int64_t, TDigestHash> known_;
+};
+
+/// The table of words: names and types. There are few.
+class TWordTable {
+  public:
+    /// `connection` must outlive this object.
+    explicit TWordTable(TConnection& connection);
+
+    /// Returns the number of a text, and inserts it if there is none. Needs a transaction.
+    std::int64_t Get(std::string_view text);
+    std::optional<std::int64_t> Find(std::string_view text);
+    /// Returns the text of a number; valid as long as this object. Errors: throws TStoreError for an unknown
+    /// number.
+    const std::string& GetText(std::int64_t id);
+    /// Forgets everything, because a transaction that inserted words may have been undone.
+    void Forget();
+
+  private:
+    static constexpr std::size_t maxKnown = 100000;
+
+    void Remember(std::string_view text, std::int64_t id);
+
+    TConnection& connection_;
+    TStatement find_;
+    TStatement read_;
+    TStatement insert_;
+    std::unordered_map<std::string, std::int64_t> ids_;
+    std::unordered_map<std::int64_t, std::string> texts_;
+};
+
+}  // namespace NFLEET

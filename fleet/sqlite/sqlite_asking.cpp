@@ -1,0 +1,369 @@
+// What questions read.
+#include "fleet/sqlite/search_number.h"
+#include "fleet/sqlite/sqlite_engine.h"
+#include "fleet/sqlite/stored_values.h"
+
+#include <algorithm>
+#include <iterator>
+#include <map>
+#include <tuple>
+#include <unordered_map>
+#include <unordered_set>
+
+namespace NFLEET {
+namespace {
+
+constexpr std::int64_t identifyingBit = 4;
+constexpr std::int64_t shapeBits = 3;
+
+constexpr char presenceColumns[] =
+    "SELECT p.type, r.digest, p.since, p.until, v.digest, p.identity, m.digest, p.scope FROM presence AS p"
+    " CROSS JOIN machine AS m ON m.id = p.machine CROSS JOIN resource AS r ON r.id = p.resource"
+    " CROSS JOIN version AS v ON v.id = p.version";
+
+void SortByKey(std::vector<TPresence>& rows) {
+    std::ranges::sort(rows, [](const TPresence& left, const TPresence& right) {
+        return std::tie(left.place, left.type, left.resource, left.since) <
+               std::tie(right.place, right.type, right.resource, right.since);
+    });
+}
+
+bool Contains(const TIdentity& identity, std::string_view value) {
+    return std::ranges::any_of(
+        identity, [&](const auto& values) { return std::ranges::find(values, value) != values.end(); });
+}
+
+TMachine GetMachine(const TStatement& row) {
+    return {row.GetDigest(0),
+            row.GetString(1),
+            static_cast<EMachineRule>(row.GetInteger(2)),
+            {row.GetString(3), row.GetString(4), row.GetString(5), row.GetString(6), row.GetString(7)},
+            row.GetInteger(8),
+            row.GetInteger(9),
+            row.GetInteger(10) != 0};
+}
+
+}  // namespace
+
+std::vector<TMachine> TSqliteEngine::FindMachines(std::span<const TMachineId> ids) {
+    TTables& tables = GetTables();
+    std::vector<TMachine> machines;
+    for (const TMachineId& digest : ids) {
+        const auto id = tables.machines.Find(digest);
+        if (id && tables.readMachine.Begin(*id).Step()) {
+            machines.push_back(GetMachine(tables.readMachine));
+            tables.readMachine.Close();
+        }
+    }
+    std::ranges::sort(machines, {}, &TMachine::id);
+    return machines;
+}
+
+std::vector<TMachine> TSqliteEngine::ReadMachines() {
+    (void)GetTables();
+    std::vector<TMachine> machines;
+    TStatement row = connection_.Prepare(
+        "SELECT digest, key, rule, name, vendor, model, serial, uuid, first, last, uses_snapshot FROM "
+        "machine");
+    while (row.Step()) {
+        machines.push_back(GetMachine(row));
+    }
+    std::ranges::sort(machines, {}, &TMachine::id);
+    return machines;
+}
+
+std::vector<TInventory> TSqliteEngine::ReadInventories(const TInventoryQuery& query) {
+    TTables& tables = GetTables();
+    std::string condition = " WHERE i.time >= ?1 AND i.time < ?2";
+    if (query.machine) {
+        const auto id = tables.machines.Find(*query.machine);
+        condition += " AND i.machine = " + std::to_string(id.value_or(-1));
+    }
+    if (query.scope) {
+        condition += " AND i.scope = " + std::to_string(static_cast<int>(*query.scope));
+    }
+    if (query.newestOnly) {
+        condition +=
+            " AND i.time = (SELECT max(n.time) FROM inventory AS n WHERE n.machine = i.machine"
+            " AND n.scope = i.scope AND n.time >= ?1 AND n.time < ?2)";
+    }
+    TStatement row = connection_.Prepare(
+        "SELECT m.digest, i.scope, i.time, i.digest, i.source, l.body, i.volatile FROM inventory AS i"
+        " CROSS JOIN machine AS m ON m.id = i.machine CROSS JOIN layout AS l ON l.id = i.layout" +
+        condition);
+    row.Begin(query.since, query.until);
+    std::vector<TInventory> inventories;
+    while (row.Step()) {
+        TInventory inventory{{row.GetDigest(0), static_cast<EScope>(row.GetInteger(1))},
+                             row.GetInteger(2),
+                             row.GetDigest(3),
+                             row.GetString(4),
+                             {}};
+        if (query.withVolatileValues) {
+            auto values = ParseVolatile(row.GetText(5), row.GetText(6));
+            if (!values) {
+                FailStore(GetName(), "volatile values are malformed");
+            }
+            inventory.volatileValues = std::move(*values);
+        }
+        inventories.push_back(std::move(inventory));
+    }
+    std::ranges::sort(inventories, [](const TInventory& left, const TInventory& right) {
+        return std::tie(left.place, left.time) < std::tie(right.place, right.time);
+    });
+    return inventories;
+}
+
+std::vector<TPresence> TSqliteEngine::ReadPresences(const TMachineScope& place, TSeconds at) {
+    return ReadRows(place, at, at);
+}
+
+// Returns the rows that begin at or before `from` and end after `to`.
+std::vector<TPresence> TSqliteEngine::ReadRows(const TMachineScope& place, TSeconds from, TSeconds to) {
+    TTables& tables = GetTables();
+    std::vector<TPresence> rows;
+    const auto machine = tables.machines.Find(place.machine);
+    if (!machine) {
+        return rows;
+    }
+    TStatement& row = tables.readPresences.Begin(*machine, static_cast<std::int64_t>(place.scope), from, to);
+    while (row.Step()) {
+        rows.push_back({place, tables.words.GetText(row.GetInteger(0)), row.GetDigest(1), row.GetInteger(2),
+                        row.IsNull(3) ? open : row.GetInteger(3), row.GetDigest(4),
+                        ParseIdentity(row.GetText(5))});
+    }
+    SortByKey(rows);
+    return rows;
+}
+
+std::vector<TPresence> TSqliteEngine::ReadSelected(TStatement& row) {
+    TTables& tables = GetTables();
+    std::vector<TPresence> rows;
+    while (row.Step()) {
+        rows.push_back({{row.GetDigest(6), static_cast<EScope>(row.GetInteger(7))},
+                        tables.words.GetText(row.GetInteger(0)),
+                        row.GetDigest(1),
+                        row.GetInteger(2),
+                        row.IsNull(3) ? open : row.GetInteger(3),
+                        row.GetDigest(4),
+                        ParseIdentity(row.GetText(5))});
+    }
+    return rows;
+}
+
+TIdentity TSqliteEngine::ParseIdentity(std::string_view text) const {
+    if (text.empty()) {
+        return {};
+    }
+    auto identity = ParseValues(text);
+    if (!identity) {
+        FailStore(GetName(), "identifying values are malformed");
+    }
+    return std::move(*identity);
+}
+
+std::vector<TPresence> TSqliteEngine::ReadChanges(const TChangeQuery& query) {
+    TTables& tables = GetTables();
+    std::string machine;
+    std::string sinceIndex = " INDEXED BY presence_since";
+    std::string untilIndex = " INDEXED BY presence_until";
+    if (query.machine) {
+        machine = " AND p.machine = " + std::to_string(tables.machines.Find(*query.machine).value_or(-1));
+        sinceIndex.clear();
+        untilIndex.clear();
+    }
+    std::string sql = presenceColumns;
+    const auto withIndex = [&](const std::string& index) {
+        std::string text = sql;
+        return text.replace(text.find(" AS p"), 5, " AS p" + index);
+    };
+    TStatement begins = connection_.Prepare(
+        withIndex(sinceIndex) + " WHERE p.since > 0 AND p.since > ?1 AND p.since <= ?2" + machine);
+    begins.Begin(query.since, query.until);
+    std::vector<TPresence> rows = ReadSelected(begins);
+    // Rows that also begin in the span were read already.
+    TStatement ends = connection_.Prepare(withIndex(untilIndex) +
+                                          " WHERE p.until IS NOT NULL AND p.until > ?1 AND p.until <= ?2 AND "
+                                          "NOT (p.since > ?1 AND p.since > 0)" +
+                                          machine);
+    ends.Begin(query.since, query.until);
+    std::ranges::move(ReadSelected(ends), std::back_inserter(rows));
+    SortByKey(rows);
+    return rows;
+}
+
+std::vector<TPresence> TSqliteEngine::FindIdentity(std::string_view value) {
+    (void)GetTables();
+    TStatement row = connection_.Prepare(
+        "SELECT p.type, r.digest, p.since, p.until, v.digest, p.identity, m.digest, p.scope FROM part AS s"
+        " CROSS JOIN presence AS p ON p.machine = s.machine AND p.scope = s.scope AND p.type = s.type"
+        " AND p.resource = s.resource"
+        " CROSS JOIN machine AS m ON m.id = p.machine CROSS JOIN resource AS r ON r.id = p.resource"
+        " CROSS JOIN version AS v ON v.id = p.version WHERE s.search = ?");
+    row.Begin(MakeSearchNumber(value));
+    std::vector<TPresence> rows = ReadSelected(row);
+    std::erase_if(rows, [&](const TPresence& presence) { return !Contains(presence.identity, value); });
+    SortByKey(rows);
+    return rows;
+}
+
+std::vector<TSqliteEngine::TCurrentMachine> TSqliteEngine::ListCurrent(
+    const std::optional<std::string>& model) {
+    (void)GetTables();
+    TStatement row = connection_.Prepare(std::string("SELECT id, digest, model, uses_snapshot FROM machine") +
+                                         (model ? " WHERE model = ?" : " ORDER BY id"));
+    if (model) {
+        row.Begin(*model);
+    }
+    std::vector<TCurrentMachine> machines;
+    while (row.Step()) {
+        machines.push_back({row.GetInteger(0), row.GetDigest(1), row.GetString(2), row.GetInteger(3) != 0});
+    }
+    return machines;
+}
+
+// Visits the rows of the present state, of some types or of all: type, resource, since, version, identity.
+void TSqliteEngine::ForEachCurrent(
+    const std::optional<std::string>& model, const std::vector<std::int64_t>& types,
+    const std::function<void(const TCurrentMachine&, TStatement& row)>& action) {
+    const std::string columns =
+        "SELECT type, resource, since, version, identity, scope FROM presence"
+        " WHERE machine = ? AND scope = ?";
+    TStatement all = connection_.Prepare(columns + " AND until IS NULL");
+    TStatement ofType = connection_.Prepare(columns + " AND type = ? AND until IS NULL");
+    for (const TCurrentMachine& machine : ListCurrent(model)) {
+        for (const EScope scope : scopes) {
+            if (!IsCurrentScope(machine.usesSnapshot, scope)) {
+                continue;
+            }
+            const auto number = static_cast<std::int64_t>(scope);
+            for (const std::int64_t type : types) {
+                for (ofType.Begin(machine.id, number, type); ofType.Step();) {
+                    action(machine, ofType);
+                }
+            }
+            if (types.empty()) {
+                for (all.Begin(machine.id, number); all.Step();) {
+                    action(machine, all);
+                }
+            }
+        }
+    }
+}
+
+std::vector<TVersionCount> TSqliteEngine::CountVersions(const TCountQuery& query) {
+    TTables& tables = GetTables();
+    std::vector<std::int64_t> types;
+    for (const std::string& type : query.types) {
+        types.push_back(tables.words.Find(type).value_or(-1));
+    }
+    struct TCount {
+        std::int64_t type = 0;
+        std::int64_t lastMachine = -1;
+        std::uint64_t machines = 0;
+        std::uint64_t resources = 0;
+    };
+    std::map<std::string, std::unordered_map<std::int64_t, TCount>> models;
+    ForEachCurrent(query.model, types, [&](const TCurrentMachine& machine, TStatement& row) {
+        TCount& count = models[machine.model][row.GetInteger(3)];
+        count.type = row.GetInteger(0);
+        ++count.resources;
+        count.machines += count.lastMachine == machine.id ? 0 : 1;
+        count.lastMachine = machine.id;
+    });
+    TStatement digest = connection_.Prepare("SELECT digest FROM version WHERE id = ?");
+    std::vector<TVersionCount> counts;
+    for (const auto& [model, versions] : models) {
+        for (const auto& [version, count] : versions) {
+            digest.Begin(version).Step();
+            counts.push_back({model, tables.words.GetText(count.type), digest.GetDigest(0), count.machines,
+                              count.resources});
+        }
+    }
+    std::ranges::sort(counts, [](const TVersionCount& left, const TVersionCount& right) {
+        return std::tie(left.model, left.type, left.version) <
+               std::tie(right.model, right.type, right.version);
+    });
+    return counts;
+}
+
+std::vector<TPresence> TSqliteEngine::FindPresences(std::span<const TDigest> versions,
+                                                    const std::optional<std::string>& model) {
+    TTables& tables = GetTables();
+    std::unordered_map<std::int64_t, TDigest> wanted;
+    std::vector<std::int64_t> types;
+    for (const TDigest& version : versions) {
+        if (const auto id = tables.versions.Find(version)) {
+            wanted.emplace(*id, version);
+            tables.readVersion.Begin(*id).Step();
+            types.push_back(tables.readVersion.GetInteger(0));
+            tables.readVersion.Close();
+        }
+    }
+    std::ranges::sort(types);
+    types.erase(std::unique(types.begin(), types.end()), types.end());
+    std::vector<TPresence> rows;
+    if (wanted.empty()) {
+        return rows;
+    }
+    TStatement resource = connection_.Prepare("SELECT digest FROM resource WHERE id = ?");
+    ForEachCurrent(model, types, [&](const TCurrentMachine& machine, TStatement& row) {
+        const auto version = wanted.find(row.GetInteger(3));
+        if (version != wanted.end()) {
+            resource.Begin(row.GetInteger(1)).Step();
+            rows.push_back({{machine.digest, static_cast<EScope>(row.GetInteger(5))},
+                            tables.words.GetText(row.GetInteger(0)),
+                            resource.GetDigest(0),
+                            row.GetInteger(2),
+                            open,
+                            version->second,
+                            ParseIdentity(row.GetText(4))});
+        }
+    });
+    SortByKey(rows);
+    return rows;
+}
+
+std::vector<TVersion> TSqliteEngine::ReadVersions(std::span<const TDigest> versions) {
+    TTables& tables = GetTables();
+    std::vector<TVersion> read;
+    for (const TDigest& digest : versions) {
+        if (const auto id = tables.versions.Find(digest)) {
+            read.push_back(ReadVersion(*id, digest));
+        }
+    }
+    std::ranges::sort(read, {}, &TVersion::digest);
+    return read;
+}
+
+TVersion TSqliteEngine::ReadVersion(std::int64_t id, const TDigest& digest) {
+    TTables& tables = GetTables();
+    TVersion version;
+    version.digest = digest;
+    if (tables.readVersion.Begin(id).Step()) {
+        version.type = tables.words.GetText(tables.readVersion.GetInteger(0));
+        version.list = tables.words.GetText(tables.readVersion.GetInteger(1));
+        version.id =
+            tables.readVersion.IsNull(2) ? std::nullopt : std::optional(tables.readVersion.GetString(2));
+        tables.readVersion.Close();
+    }
+    std::int64_t last = -1;
+    TStatement& row = tables.readProperties.Begin(id);
+    while (row.Step()) {
+        if (row.GetInteger(0) != last) {
+            last = row.GetInteger(0);
+            const std::int64_t shape = row.GetInteger(4);
+            version.properties.push_back({{tables.words.GetText(row.GetInteger(2)),
+                                           tables.words.GetText(row.GetInteger(3)),
+                                           static_cast<NINVENTORY::EShape>(shape & shapeBits),
+                                           {}},
+                                          (shape & identifyingBit) != 0});
+        }
+        if (!row.IsNull(5)) {
+            version.properties.back().property.values.push_back(row.GetString(5));
+        }
+    }
+    return version;
+}
+
+}  // namespace NFLEET

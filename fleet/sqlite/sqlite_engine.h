@@ -1,0 +1,91 @@
+// The engine: the contract of a store on one connection.
+#pragma once
+
+#include "fleet/sqlite/connection.h"
+#include "fleet/sqlite/tables.h"
+#include "fleet/store/fleet_store.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace NFLEET {
+
+class TSqliteEngine final : public IFleetStore {
+  public:
+    explicit TSqliteEngine(const std::string& path);
+
+    std::string GetName() const override { return connection_.GetPath(); }
+    int GetSchemaVersion() override;
+    void Migrate() override;
+
+    bool IsAtomic() const override { return true; }
+    void BeginBatch() override;
+    void Write(const TBatch& batch) override;
+    void AbandonBatch() noexcept override;
+    std::vector<TAlias> ReadAliases() override;
+    std::vector<TMachine> FindMachines(std::span<const TMachineId> ids) override;
+    std::vector<THead> ReadHeads(std::span<const TMachineId> machines) override;
+    std::vector<TInventory> FindInventories(std::span<const TInventoryKey> keys) override;
+    std::vector<TScopeState> ReadStates(std::span<const TMachineScope> places) override;
+    std::vector<TDigest> FindKnownVersions(std::span<const TDigest> versions) override;
+    std::optional<std::uint64_t> RemoveUnusedVersions() override;
+
+    std::vector<TMachine> ReadMachines() override;
+    std::vector<TInventory> ReadInventories(const TInventoryQuery& query) override;
+    std::vector<TPresence> ReadPresences(const TMachineScope& place, TSeconds at) override;
+    std::vector<TPresence> ReadChanges(const TChangeQuery& query) override;
+    std::vector<TPresence> FindIdentity(std::string_view value) override;
+    std::vector<TVersionCount> CountVersions(const TCountQuery& query) override;
+    std::vector<TPresence> FindPresences(std::span<const TDigest> versions,
+                                         const std::optional<std::string>& model) override;
+    std::vector<TVersion> ReadVersions(std::span<const TDigest> versions) override;
+    void RunSql(std::string_view text, ISqlRows& rows) override;
+
+  private:
+    /// A machine as questions about the present state need it.
+    struct TCurrentMachine {
+        std::int64_t id;
+        TMachineId digest;
+        std::string model;
+        bool usesSnapshot;
+    };
+
+    /// The statements; prepared when first used. Errors: throws TStoreError for tables of another version.
+    TTables& GetTables();
+
+    std::int64_t InsertResource(const TDigest& digest);
+    std::int64_t InsertLayout(const std::string& body);
+    std::int64_t RequireMachine(const TMachineId& machine);
+    std::int64_t RequireVersion(const TDigest& version);
+    void WriteVersion(const TVersion& version);
+    void WriteProperty(std::int64_t version, std::int64_t position, const TVersionProperty& stored);
+    void WritePresence(const TPresence& presence);
+    void WriteParts(const TPresence& presence, std::int64_t machine, std::int64_t type,
+                    std::int64_t resource);
+    void WriteMachine(const TMachine& machine);
+    void WriteHead(const THead& head);
+    void WriteInventory(const TInventory& inventory);
+    void RemovePresence(const TPresenceKey& key);
+    void RemoveMachine(const TMachineId& machine);
+    void Apply(const TBatch& batch);
+
+    TScopeState ReadState(const TMachineScope& place);
+    std::vector<TPresence> ReadRows(const TMachineScope& place, TSeconds from, TSeconds to);
+    std::vector<TPresence> ReadSelected(TStatement& statement);
+    TIdentity ParseIdentity(std::string_view text) const;
+    TVersion ReadVersion(std::int64_t id, const TDigest& digest);
+    std::vector<TCurrentMachine> ListCurrent(const std::optional<std::string>& model);
+    void ForEachCurrent(const std::optional<std::string>& model, const std::vector<std::int64_t>& types,
+                        const std::function<void(const TCurrentMachine&, TStatement& row)>& action);
+
+    TConnection connection_;
+    std::unique_ptr<TTables> tables_;
+    std::int64_t dataVersion_ = 0;
+};
+
+}  // namespace NFLEET

@@ -1,0 +1,333 @@
+// What a load reads and writes.
+#include "fleet/sqlite/search_number.h"
+#include "fleet/sqlite/sqlite_engine.h"
+#include "fleet/sqlite/stored_values.h"
+
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <cstring>
+#include <iterator>
+
+namespace NFLEET {
+namespace {
+
+// Distinguishes identifying properties among the numbers of EShape.
+constexpr std::int64_t identifyingBit = 4;
+
+std::optional<TSeconds> ToColumn(TSeconds until) {
+    return until == open ? std::nullopt : std::optional(until);
+}
+
+}  // namespace
+
+std::int64_t MakeSearchNumber(std::string_view value) {
+    std::uint32_t number = 0;
+    std::memcpy(&number, MakeDigest(value).bytes.data(), sizeof(number));
+    return number;
+}
+
+void TSqliteEngine::BeginBatch() {
+    TTables& tables = GetTables();
+    connection_.Execute("BEGIN IMMEDIATE");
+    const std::int64_t dataVersion = connection_.GetInteger("PRAGMA data_version");
+    if (dataVersion != dataVersion_) {
+        tables.Forget();
+        dataVersion_ = dataVersion;
+    }
+}
+
+void TSqliteEngine::Write(const TBatch& batch) {
+    try {
+        Apply(batch);
+        connection_.Execute("COMMIT");
+    } catch (...) {
+        AbandonBatch();
+        throw;
+    }
+}
+
+void TSqliteEngine::AbandonBatch() noexcept {
+    if (tables_ != nullptr) {
+        tables_->Forget();
+    }
+    if (connection_.IsInTransaction()) {
+        // A failure leaves the transaction to the next one that opens the database, which undoes it.
+        (void)sqlite3_exec(connection_.Get(), "ROLLBACK", nullptr, nullptr, nullptr);
+    }
+}
+
+// Machines come first, because the other rows hold their numbers.
+void TSqliteEngine::Apply(const TBatch& batch) {
+    TTables& tables = GetTables();
+    std::ranges::for_each(batch.machines, [&](const TMachine& machine) { WriteMachine(machine); });
+    std::ranges::for_each(batch.versions, [&](const TVersion& version) { WriteVersion(version); });
+    std::ranges::for_each(batch.presences, [&](const TPresence& presence) { WritePresence(presence); });
+    std::ranges::for_each(batch.removedPresences, [&](const TPresenceKey& key) { RemovePresence(key); });
+    for (const TInventoryKey& key : batch.removedInventories) {
+        if (const auto machine = tables.machines.Find(key.place.machine)) {
+            tables.removeInventory.Run(*machine, static_cast<std::int64_t>(key.place.scope), key.time);
+        }
+    }
+    for (const TMachineScope& place : batch.removedHeads) {
+        if (const auto machine = tables.machines.Find(place.machine)) {
+            tables.removeHead.Run(*machine, static_cast<std::int64_t>(place.scope));
+        }
+    }
+    std::ranges::for_each(batch.heads, [&](const THead& head) { WriteHead(head); });
+    std::ranges::for_each(batch.inventories, [&](const TInventory& inventory) { WriteInventory(inventory); });
+    std::ranges::for_each(batch.removedMachines, [&](const TMachineId& machine) { RemoveMachine(machine); });
+    for (const TAlias& alias : batch.aliases) {
+        tables.writeAlias.Run(alias.from, alias.fromKey, alias.to);
+    }
+}
+
+std::int64_t TSqliteEngine::InsertResource(const TDigest& digest) {
+    TTables& tables = GetTables();
+    if (const auto id = tables.resources.Find(digest)) {
+        return *id;
+    }
+    tables.insertResource.Run(digest);
+    const std::int64_t id = sqlite3_last_insert_rowid(connection_.Get());
+    tables.resources.Remember(digest, id);
+    return id;
+}
+
+std::int64_t TSqliteEngine::InsertLayout(const std::string& body) {
+    TTables& tables = GetTables();
+    const TDigest digest = MakeDigest(body);
+    if (const auto id = tables.layouts.Find(digest)) {
+        return *id;
+    }
+    tables.insertLayout.Run(digest, body);
+    const std::int64_t id = sqlite3_last_insert_rowid(connection_.Get());
+    tables.layouts.Remember(digest, id);
+    return id;
+}
+
+std::int64_t TSqliteEngine::RequireMachine(const TMachineId& machine) {
+    const auto id = GetTables().machines.Find(machine);
+    if (!id) {
+        FailStore(GetName(), "a row belongs to a machine that is missing");
+    }
+    return *id;
+}
+
+std::int64_t TSqliteEngine::RequireVersion(const TDigest& version) {
+    const auto id = GetTables().versions.Find(version);
+    if (!id) {
+        FailStore(GetName(), "a row has a version that is missing");
+    }
+    return *id;
+}
+
+void TSqliteEngine::WriteVersion(const TVersion& version) {
+    TTables& tables = GetTables();
+    if (tables.versions.Find(version.digest)) {
+        return;
+    }
+    tables.insertVersion.Run(version.digest, tables.words.Get(version.type), tables.words.Get(version.list),
+                             version.id);
+    const std::int64_t id = sqlite3_last_insert_rowid(connection_.Get());
+    for (std::size_t position = 0; position < version.properties.size(); ++position) {
+        WriteProperty(id, static_cast<std::int64_t>(position), version.properties[position]);
+    }
+    tables.versions.Remember(version.digest, id);
+}
+
+// A scalar is element 0, the elements of an array count from 1, and a property without a value has a row
+// without one.
+void TSqliteEngine::WriteProperty(std::int64_t version, std::int64_t position,
+                                  const TVersionProperty& stored) {
+    TTables& tables = GetTables();
+    const NINVENTORY::TProperty& property = stored.property;
+    const std::int64_t name = tables.words.Get(property.name);
+    const std::int64_t type = tables.words.Get(property.type);
+    const auto shape =
+        static_cast<std::int64_t>(property.shape) | (stored.isIdentifying ? identifyingBit : 0);
+    if (property.values.empty()) {
+        tables.insertProperty.Run(version, position, std::int64_t{0}, name, type, shape, nullptr);
+    }
+    std::int64_t element = property.shape == NINVENTORY::EShape::array ? 1 : 0;
+    for (const std::string& value : property.values) {
+        if (const auto integer = FindInteger(property.type, value)) {
+            tables.insertProperty.Run(version, position, element++, name, type, shape, *integer);
+        } else {
+            tables.insertProperty.Run(version, position, element++, name, type, shape, value);
+        }
+    }
+}
+
+void TSqliteEngine::WritePresence(const TPresence& presence) {
+    TTables& tables = GetTables();
+    const std::int64_t machine = RequireMachine(presence.place.machine);
+    const std::int64_t type = tables.words.Get(presence.type);
+    const std::int64_t resource = InsertResource(presence.resource);
+    const auto identity =
+        presence.identity.empty() ? std::nullopt : std::optional(FormatValues(presence.identity));
+    tables.writePresence.Run(machine, static_cast<std::int64_t>(presence.place.scope), type, resource,
+                             presence.since, ToColumn(presence.until), RequireVersion(presence.version),
+                             identity);
+    WriteParts(presence, machine, type, resource);
+}
+
+void TSqliteEngine::WriteParts(const TPresence& presence, std::int64_t machine, std::int64_t type,
+                               std::int64_t resource) {
+    TTables& tables = GetTables();
+    for (const auto& values : presence.identity) {
+        for (const std::string& value : values) {
+            tables.insertPart.Run(MakeSearchNumber(value), machine,
+                                  static_cast<std::int64_t>(presence.place.scope), type, resource);
+        }
+    }
+}
+
+void TSqliteEngine::WriteMachine(const TMachine& machine) {
+    const TMachineFacts& facts = machine.facts;
+    GetTables().writeMachine.Run(machine.id, machine.key, static_cast<std::int64_t>(machine.rule), facts.name,
+                                 facts.vendor, facts.model, facts.serial, facts.uuid, machine.first,
+                                 machine.last, std::int64_t{machine.usesSnapshot});
+}
+
+void TSqliteEngine::WriteHead(const THead& head) {
+    const TMachineFacts& facts = head.facts;
+    GetTables().writeHead.Run(RequireMachine(head.place.machine), static_cast<std::int64_t>(head.place.scope),
+                              head.time, head.digest, head.content, facts.name, facts.vendor, facts.model,
+                              facts.serial, facts.uuid);
+}
+
+void TSqliteEngine::WriteInventory(const TInventory& inventory) {
+    const std::int64_t layout = InsertLayout(FormatLayout(inventory.volatileValues));
+    GetTables().writeInventory.Run(
+        RequireMachine(inventory.place.machine), static_cast<std::int64_t>(inventory.place.scope),
+        inventory.time, inventory.digest, inventory.source, layout, FormatVolatile(inventory.volatileValues));
+}
+
+void TSqliteEngine::RemovePresence(const TPresenceKey& key) {
+    TTables& tables = GetTables();
+    const auto machine = tables.machines.Find(key.place.machine);
+    const auto type = tables.words.Find(key.type);
+    const auto resource = tables.resources.Find(key.resource);
+    if (machine && type && resource) {
+        tables.removePresence.Run(*machine, static_cast<std::int64_t>(key.place.scope), *type, *resource,
+                                  key.since);
+    }
+}
+
+void TSqliteEngine::RemoveMachine(const TMachineId& machine) {
+    TTables& tables = GetTables();
+    if (const auto id = tables.machines.Find(machine)) {
+        const std::string ofMachine = " WHERE machine = " + std::to_string(*id);
+        for (const std::string_view table : {"presence", "inventory", "head", "part"}) {
+            connection_.Execute("DELETE FROM " + std::string(table) + ofMachine);
+        }
+        connection_.Execute("DELETE FROM machine WHERE id = " + std::to_string(*id));
+        tables.machines.Forget();
+    }
+}
+
+std::vector<TAlias> TSqliteEngine::ReadAliases() {
+    (void)GetTables();
+    std::vector<TAlias> aliases;
+    TStatement statement = connection_.Prepare("SELECT digest, key, target FROM alias ORDER BY digest");
+    while (statement.Step()) {
+        aliases.push_back({statement.GetDigest(0), statement.GetString(1), statement.GetDigest(2)});
+    }
+    return aliases;
+}
+
+std::vector<THead> TSqliteEngine::ReadHeads(std::span<const TMachineId> machines) {
+    TTables& tables = GetTables();
+    std::vector<THead> heads;
+    for (const TMachineId& machine : machines) {
+        const auto id = tables.machines.Find(machine);
+        if (!id) {
+            continue;
+        }
+        TStatement& row = tables.readHeads.Begin(*id);
+        while (row.Step()) {
+            heads.push_back(
+                {{machine, static_cast<EScope>(row.GetInteger(0))},
+                 row.GetInteger(1),
+                 row.GetDigest(2),
+                 row.GetDigest(3),
+                 {row.GetString(4), row.GetString(5), row.GetString(6), row.GetString(7), row.GetString(8)}});
+        }
+    }
+    std::ranges::sort(heads, {}, &THead::place);
+    return heads;
+}
+
+std::vector<TInventory> TSqliteEngine::FindInventories(std::span<const TInventoryKey> keys) {
+    TTables& tables = GetTables();
+    std::vector<TInventory> found;
+    for (const TInventoryKey& key : keys) {
+        const auto machine = tables.machines.Find(key.place.machine);
+        if (machine &&
+            tables.findInventory.Begin(*machine, static_cast<std::int64_t>(key.place.scope), key.time)
+                .Step()) {
+            found.push_back({key.place,
+                             key.time,
+                             tables.findInventory.GetDigest(0),
+                             tables.findInventory.GetString(1),
+                             {}});
+            tables.findInventory.Close();
+        }
+    }
+    return found;
+}
+
+std::vector<TScopeState> TSqliteEngine::ReadStates(std::span<const TMachineScope> places) {
+    std::vector<TScopeState> states;
+    std::ranges::transform(places, std::back_inserter(states),
+                           [&](const TMachineScope& place) { return ReadState(place); });
+    return states;
+}
+
+TScopeState TSqliteEngine::ReadState(const TMachineScope& place) {
+    TTables& tables = GetTables();
+    TScopeState state{place, {}, ReadRows(place, open, always)};
+    if (const auto machine = tables.machines.Find(place.machine)) {
+        TStatement& row = tables.readInventories.Begin(*machine, static_cast<std::int64_t>(place.scope));
+        while (row.Step()) {
+            state.inventories.push_back({place, row.GetInteger(0), row.GetDigest(1), row.GetString(2), {}});
+        }
+    }
+    return state;
+}
+
+std::vector<TDigest> TSqliteEngine::FindKnownVersions(std::span<const TDigest> versions) {
+    TTables& tables = GetTables();
+    std::vector<TDigest> known;
+    std::ranges::copy_if(versions, std::back_inserter(known),
+                         [&](const TDigest& version) { return tables.versions.Find(version).has_value(); });
+    std::ranges::sort(known);
+    return known;
+}
+
+std::optional<std::uint64_t> TSqliteEngine::RemoveUnusedVersions() {
+    (void)GetTables();
+    BeginBatch();
+    try {
+        connection_.Execute(
+            "CREATE TEMP TABLE used(version INTEGER PRIMARY KEY);"
+            "INSERT INTO used SELECT DISTINCT version FROM presence");
+        const std::int64_t unused =
+            connection_.GetInteger("SELECT count(*) FROM version WHERE id NOT IN (SELECT version FROM used)");
+        connection_.Execute(
+            "DELETE FROM property WHERE version NOT IN (SELECT version FROM used);"
+            "DELETE FROM version WHERE id NOT IN (SELECT version FROM used);"
+            "DELETE FROM resource WHERE id NOT IN (SELECT resource FROM presence);"
+            "DELETE FROM part WHERE NOT EXISTS (SELECT 1 FROM presence AS p WHERE p.machine = part.machine"
+            " AND p.scope = part.scope AND p.type = part.type AND p.resource = part.resource);"
+            "DROP TABLE used");
+        connection_.Execute("COMMIT");
+        tables_->Forget();
+        return static_cast<std::uint64_t>(unused);
+    } catch (...) {
+        AbandonBatch();
+        throw;
+    }
+}
+
+}  // namespace NFLEET

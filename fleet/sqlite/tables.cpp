@@ -1,0 +1,70 @@
+#include "fleet/sqlite/tables.h"
+
+namespace NFLEET {
+
+TTables::TTables(TConnection& connection)
+    : words(connection),
+      machines(connection, "machine"),
+      resources(connection, "resource"),
+      versions(connection, "version"),
+      layouts(connection, "layout"),
+      insertResource(connection.Prepare("INSERT INTO resource(digest) VALUES(?)")),
+      insertVersion(
+          connection.Prepare("INSERT INTO version(digest, type, list, identifier) VALUES(?, ?, ?, ?)")),
+      insertProperty(
+          connection.Prepare("INSERT INTO property(version, position, element, name, type, shape, value)"
+                             " VALUES(?, ?, ?, ?, ?, ?, ?)")),
+      insertLayout(connection.Prepare("INSERT INTO layout(digest, body) VALUES(?, ?)")),
+      writePresence(connection.Prepare(
+          "INSERT OR REPLACE INTO presence(machine, scope, type, resource, since, until, version, identity)"
+          " VALUES(?, ?, ?, ?, ?, ?, ?, ?)")),
+      removePresence(connection.Prepare("DELETE FROM presence WHERE machine = ? AND scope = ? AND type = ?"
+                                        " AND resource = ? AND since = ?")),
+      insertPart(connection.Prepare(
+          "INSERT OR IGNORE INTO part(search, machine, scope, type, resource) VALUES(?, ?, ?, ?, ?)")),
+      writeMachine(connection.Prepare(
+          "INSERT INTO machine(digest, key, rule, name, vendor, model, serial, uuid, first, last, "
+          "uses_snapshot)"
+          " VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?) ON CONFLICT(digest) DO UPDATE SET rule = excluded.rule,"
+          " name = excluded.name, vendor = excluded.vendor, model = excluded.model, serial = excluded.serial,"
+          " uuid = excluded.uuid, first = excluded.first, last = excluded.last,"
+          " uses_snapshot = excluded.uses_snapshot")),
+      writeHead(connection.Prepare(
+          "INSERT OR REPLACE INTO head(machine, scope, time, digest, content, name, vendor,"
+          " model, serial, uuid) VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?)")),
+      writeInventory(connection.Prepare("INSERT INTO inventory(machine, scope, time, digest, source, layout, "
+                                        "volatile) VALUES(?, ?, ?, ?, ?, ?, ?)"
+                                        " ON CONFLICT(machine, scope, time) DO UPDATE SET digest = "
+                                        "excluded.digest, source = excluded.source,"
+                                        " layout = excluded.layout, volatile = excluded.volatile")),
+      writeAlias(connection.Prepare("INSERT OR REPLACE INTO alias(digest, key, target) VALUES(?, ?, ?)")),
+      removeInventory(
+          connection.Prepare("DELETE FROM inventory WHERE machine = ? AND scope = ? AND time = ?")),
+      removeHead(connection.Prepare("DELETE FROM head WHERE machine = ? AND scope = ?")),
+      readMachine(
+          connection.Prepare("SELECT digest, key, rule, name, vendor, model, serial, uuid, first, last,"
+                             " uses_snapshot FROM machine WHERE id = ?")),
+      readHeads(connection.Prepare(
+          "SELECT scope, time, digest, content, name, vendor, model, serial, uuid FROM head"
+          " WHERE machine = ?")),
+      readInventories(connection.Prepare(
+          "SELECT time, digest, source FROM inventory WHERE machine = ? AND scope = ? ORDER BY time")),
+      findInventory(connection.Prepare(
+          "SELECT digest, source FROM inventory WHERE machine = ? AND scope = ? AND time = ?")),
+      readPresences(connection.Prepare(
+          "SELECT p.type, r.digest, p.since, p.until, v.digest, p.identity FROM presence AS p"
+          " CROSS JOIN resource AS r ON r.id = p.resource CROSS JOIN version AS v ON v.id = p.version"
+          " WHERE p.machine = ? AND p.scope = ? AND p.since <= ? AND (p.until IS NULL OR p.until > ?)")),
+      readProperties(connection.Prepare("SELECT position, element, name, type, shape, value FROM property"
+                                        " WHERE version = ? ORDER BY position, element")),
+      readVersion(connection.Prepare("SELECT type, list, identifier FROM version WHERE id = ?")) {}
+
+void TTables::Forget() {
+    words.Forget();
+    machines.Forget();
+    resources.Forget();
+    versions.Forget();
+    layouts.Forget();
+}
+
+}  // namespace NFLEET

@@ -1,0 +1,45 @@
+// The statements of a store on its tables.
+#pragma once
+
+#include "fleet/sqlite/connection.h"
+#include "fleet/sqlite/dictionary.h"
+
+namespace NFLEET {
+
+/// Everything that is prepared once for a connection whose tables exist.
+struct TTables {
+    explicit TTables(TConnection& connection);
+
+    TWordTable words;
+    TDigestTable machines;
+    TDigestTable resources;
+    TDigestTable versions;
+    TDigestTable layouts;
+
+    TStatement insertResource;
+    TStatement insertVersion;
+    TStatement insertProperty;
+    TStatement insertLayout;
+    TStatement writePresence;
+    TStatement removePresence;
+    TStatement insertPart;
+    TStatement writeMachine;
+    TStatement writeHead;
+    TStatement writeInventory;
+    TStatement writeAlias;
+    TStatement removeInventory;
+    TStatement removeHead;
+
+    TStatement readMachine;
+    TStatement readHeads;
+    TStatement readInventories;
+    TStatement findInventory;
+    TStatement readPresences;
+    TStatement readProperties;
+    TStatement readVersion;
+
+    /// Forgets what another connection may have changed.
+    void Forget();
+};
+
+}  // namespace NFLEET
