@@ -1,4 +1,4 @@
-// The behaviour that questions and loaders expect of every engine.
+// Several batches, loaders and queries on a store, for every engine.
 #include "stores_of_tests.h"
 
 #include <gmock/gmock.h>
@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <set>
 #include <thread>
 
 namespace NFLEET {
@@ -84,16 +85,28 @@ std::string HostileText() {
     return text + "\\N\\0\x1A\x7F";
 }
 
-class TStoreContract : public testing::TestWithParam<const TTestEngine*> {
+class TStoreBatches : public testing::TestWithParam<const TTestEngine*> {
   protected:
-    TStoreContract() : place_(GetParam()->MakePlace()), store_(Open()) { store_->Migrate(); }
+    TStoreBatches() : place_(GetParam()->MakePlace()), store_(Open()) { store_->Migrate(); }
 
     std::unique_ptr<IFleetStore> Open() const { return place_->Open(); }
 
-    void Write(const TBatch& batch) { WriteTo(*store_, batch); }
-    static void WriteTo(IFleetStore& store, const TBatch& batch) {
-        store.BeginBatch();
-        store.Write(batch);
+    // Writes a batch with the machines and versions that its rows refer to.
+    void Write(TBatch batch) {
+        for (const TVersion& version : batch.versions) {
+            versions_.insert(version.digest);
+        }
+        for (const TPresence& presence : batch.presences) {
+            AddMachine(batch, presence.place.machine);
+            if (versions_.insert(presence.version).second) {
+                batch.versions.push_back(VersionOf(presence));
+            }
+        }
+        for (const TInventory& inventory : batch.inventories) {
+            AddMachine(batch, inventory.place.machine);
+        }
+        store_->BeginBatch();
+        store_->Write(batch);
     }
     void WritePresences(const std::vector<TPresence>& presences) {
         TBatch batch;
@@ -106,6 +119,22 @@ class TStoreContract : public testing::TestWithParam<const TTestEngine*> {
 
     std::unique_ptr<ITestPlace> place_;
     std::unique_ptr<IFleetStore> store_;
+
+  private:
+    static TVersion VersionOf(const TPresence& presence) {
+        TVersion version = Version(presence.version.bytes[0]);
+        version.type = presence.type;
+        return version;
+    }
+    void AddMachine(TBatch& batch, const TMachineId& id) {
+        const bool isThere = std::ranges::find(batch.machines, id, &TMachine::id) != batch.machines.end();
+        if (machines_.insert(id).second && !isThere) {
+            batch.machines.push_back(Machine(id.bytes[0]));
+        }
+    }
+
+    std::set<TMachineId> machines_;
+    std::set<TDigest> versions_;
 };
 
 std::string FailureOf(const std::function<void()>& action) {
@@ -117,15 +146,7 @@ std::string FailureOf(const std::function<void()>& action) {
     return "none";
 }
 
-TEST_P(TStoreContract, HasNoVersionBeforeTheFirstMigration) {
-    const auto place = GetParam()->MakePlace();
-    const auto store = place->Open();
-    EXPECT_EQ(store->GetSchemaVersion(), 0);
-    store->Migrate();
-    EXPECT_GT(store->GetSchemaVersion(), 0);
-}
-
-TEST_P(TStoreContract, KeepsRowsInAMigrationToTheSameVersion) {
+TEST_P(TStoreBatches, KeepsRowsInAMigrationToTheSameVersion) {
     TBatch batch;
     batch.machines = {Machine(1)};
     Write(batch);
@@ -134,20 +155,7 @@ TEST_P(TStoreContract, KeepsRowsInAMigrationToTheSameVersion) {
     EXPECT_THAT(again->ReadMachines(), ElementsAre(Machine(1)));
 }
 
-TEST_P(TStoreContract, IsEmptyAtFirst) {
-    EXPECT_THAT(store_->ReadMachines(), IsEmpty());
-    EXPECT_THAT(store_->ReadAliases(), IsEmpty());
-    EXPECT_THAT(store_->ReadInventories({}), IsEmpty());
-    EXPECT_THAT(store_->ReadChanges({}), IsEmpty());
-    EXPECT_THAT(store_->CountVersions({}), IsEmpty());
-    EXPECT_THAT(store_->FindIdentity("a"), IsEmpty());
-    const auto states = store_->ReadStates(std::vector{Place(1)});
-    ASSERT_EQ(states.size(), 1U);
-    EXPECT_EQ(states[0].place, Place(1));
-    EXPECT_TRUE(states[0].inventories.empty() && states[0].presences.empty());
-}
-
-TEST_P(TStoreContract, FindsNothingForNoKeys) {
+TEST_P(TStoreBatches, FindsNothingForNoKeys) {
     TBatch batch;
     batch.machines = {Machine(1)};
     batch.versions = {Version(1)};
@@ -162,88 +170,18 @@ TEST_P(TStoreContract, FindsNothingForNoKeys) {
     EXPECT_THAT(store_->FindPresences({}, std::nullopt), IsEmpty());
 }
 
-TEST_P(TStoreContract, ReadsMachinesInOrderOfTheirIds) {
-    TBatch batch;
-    batch.machines = {Machine(200), Machine(1, "", true), Machine(100)};
-    Write(batch);
-    EXPECT_THAT(store_->ReadMachines(), ElementsAre(Machine(1, "", true), Machine(100), Machine(200)));
-}
-
-TEST_P(TStoreContract, ReplacesAMachine) {
-    TBatch batch;
-    batch.machines = {Machine(1), Machine(2)};
-    Write(batch);
-    TMachine changed = Machine(1, "other", true);
-    changed.key = "changed";
-    changed.rule = EMachineRule::path;
-    changed.first = 5;
-    changed.last = 4'102'444'800;
-    batch.machines = {changed};
-    Write(batch);
-    EXPECT_THAT(store_->ReadMachines(), ElementsAre(changed, Machine(2)));
-}
-
-TEST_P(TStoreContract, FindsTheMachinesThatExist) {
-    TBatch batch;
-    batch.machines = {Machine(1), Machine(2), Machine(3)};
-    Write(batch);
-    EXPECT_THAT(store_->FindMachines(std::vector{Id(3), Id(9), Id(1)}), ElementsAre(Machine(1), Machine(3)));
-}
-
-TEST_P(TStoreContract, FindsMachinesAmongManyIds) {
+TEST_P(TStoreBatches, FindsMachinesAmongManyIds) {
     TBatch batch;
     batch.machines = {Machine(1), Machine(255)};
     Write(batch);
-    std::vector<TDigest> ids(20'000, Id(255));
-    ids.push_back(Id(1));
+    std::vector<TDigest> ids{Id(255), Id(1)};
+    for (int i = 0; i < 20'000; ++i) {
+        ids.push_back(MakeDigest(std::to_string(i)));
+    }
     EXPECT_THAT(store_->FindMachines(ids), ElementsAre(Machine(1), Machine(255)));
 }
 
-TEST_P(TStoreContract, ReplacesAliases) {
-    TBatch batch;
-    batch.aliases = {{Id(2), "b", Id(9)}, {Id(1), "a", Id(9)}};
-    Write(batch);
-    batch.aliases = {{Id(1), "a", Id(8)}};
-    Write(batch);
-    EXPECT_THAT(store_->ReadAliases(), ElementsAre(TAlias{Id(1), "a", Id(8)}, TAlias{Id(2), "b", Id(9)}));
-}
-
-TEST_P(TStoreContract, ReadsTheHeadsOfMachines) {
-    const TMachineFacts facts{"n", "v", "m", "s", "u"};
-    const THead first{Place(1), 100, Id(5), Id(6), facts};
-    const THead second{Place(1, snapshot), 200, Id(7), Id(8), {}};
-    const THead other{Place(2), 300, Id(9), Id(10), {}};
-    TBatch batch;
-    batch.heads = {other, second, {Place(1), 50, Id(1), Id(1), {}}};
-    Write(batch);
-    batch.heads = {first};
-    Write(batch);
-    EXPECT_THAT(store_->ReadHeads(std::vector{Id(1), Id(3)}), ElementsAre(first, second));
-    EXPECT_THAT(store_->ReadHeads(std::vector{Id(2)}), ElementsAre(other));
-    TBatch removal;
-    removal.removedHeads = {Place(1)};
-    Write(removal);
-    EXPECT_THAT(store_->ReadHeads(std::vector{Id(1)}), ElementsAre(second));
-}
-
-TEST_P(TStoreContract, ReadsInventoriesWithAndWithoutVolatileValues) {
-    TInventory full = Inventory(Place(1), 100);
-    full.volatileValues = {
-        {Id(1), 3, {"Free", "unsignedLong", EShape::scalar, {"12"}}},
-        {Id(1), 0, {"Nothing", "string", EShape::null, {}}},
-        {Id(2), 1, {"Many", "string", EShape::array, {"", HostileText()}}},
-        {Id(2), 2, {"None", "string", EShape::array, {}}},
-    };
-    TBatch batch;
-    batch.inventories = {full};
-    Write(batch);
-    TInventoryQuery query;
-    EXPECT_THAT(store_->ReadInventories(query), ElementsAre(Inventory(Place(1), 100)));
-    query.withVolatileValues = true;
-    EXPECT_THAT(store_->ReadInventories(query), ElementsAre(full));
-}
-
-TEST_P(TStoreContract, ReadsInventoriesOfASpanAndAScope) {
+TEST_P(TStoreBatches, ReadsInventoriesOfASpanAndAScope) {
     TBatch batch;
     batch.inventories = {Inventory(Place(2), 100), Inventory(Place(1), 30), Inventory(Place(1), 10),
                          Inventory(Place(1), 20), Inventory(Place(1, snapshot), 20)};
@@ -266,16 +204,7 @@ TEST_P(TStoreContract, ReadsInventoriesOfASpanAndAScope) {
                 ElementsAre(Inventory(Place(1), 30), Inventory(Place(1, snapshot), 20)));
 }
 
-TEST_P(TStoreContract, FindsInventoriesByKey) {
-    TBatch batch;
-    batch.inventories = {Inventory(Place(1), 10), Inventory(Place(1), 20), Inventory(Place(2), 10)};
-    Write(batch);
-    const std::vector<TInventoryKey> keys{
-        {Place(2), 10}, {Place(1), 20}, {Place(1, snapshot), 10}, {Place(2), 20}};
-    EXPECT_THAT(store_->FindInventories(keys), ElementsAre(Inventory(Place(1), 20), Inventory(Place(2), 10)));
-}
-
-TEST_P(TStoreContract, ReplacesAndRemovesInventories) {
+TEST_P(TStoreBatches, ReplacesAndRemovesInventories) {
     TBatch batch;
     batch.inventories = {Inventory(Place(1), 10), Inventory(Place(1), 20)};
     Write(batch);
@@ -291,7 +220,7 @@ TEST_P(TStoreContract, ReplacesAndRemovesInventories) {
     EXPECT_THAT(store_->ReadInventories({}), ElementsAre(Inventory(Place(1), 10), Inventory(Place(1), 20)));
 }
 
-TEST_P(TStoreContract, ReadsStatesInTheOrderOfThePlaces) {
+TEST_P(TStoreBatches, ReadsStatesInTheOrderOfThePlaces) {
     TBatch batch;
     batch.presences = {Presence(Place(1), 2), Presence(Place(1), 1, 50), Presence(Place(1), 1, always, 50),
                        Presence(Place(2), 1), Presence(Place(1, snapshot), 1)};
@@ -311,7 +240,7 @@ TEST_P(TStoreContract, ReadsStatesInTheOrderOfThePlaces) {
     EXPECT_THAT(states[2].inventories, ElementsAre(Inventory(Place(1), 10), Inventory(Place(1), 20)));
 }
 
-TEST_P(TStoreContract, ReplacesAndRemovesPresences) {
+TEST_P(TStoreBatches, ReplacesAndRemovesPresences) {
     WritePresences({Presence(Place(1), 1), Presence(Place(1), 2)});
     TBatch batch;
     batch.presences = {Presence(Place(1), 1, always, 50, 1), Presence(Place(1), 1, 50, open, 2)};
@@ -323,15 +252,15 @@ TEST_P(TStoreContract, ReplacesAndRemovesPresences) {
     EXPECT_EQ(ReadState(Place(1)).back(), Presence(Place(1), 2, always, 70));
 }
 
-TEST_P(TStoreContract, DistinguishesResourcesByTypeAndScope) {
-    TPresence other = Presence(Place(1), 1);
+TEST_P(TStoreBatches, DistinguishesResourcesByTypeAndScope) {
+    TPresence other = Presence(Place(1), 1, always, open, 5);
     other.type = "Adapter";
     WritePresences({Presence(Place(1), 1), other, Presence(Place(1, snapshot), 1)});
     EXPECT_THAT(ReadState(Place(1)), ElementsAre(other, Presence(Place(1), 1)));
     EXPECT_THAT(ReadState(Place(1, snapshot)), ElementsAre(Presence(Place(1, snapshot), 1)));
 }
 
-TEST_P(TStoreContract, ChangesNothingWhenABatchIsWrittenAgain) {
+TEST_P(TStoreBatches, ChangesNothingWhenABatchIsWrittenAgain) {
     TBatch batch;
     batch.versions = {Version(1)};
     batch.presences = {WithIdentity(Presence(Place(1), 1), {{"S1"}})};
@@ -352,7 +281,7 @@ TEST_P(TStoreContract, ChangesNothingWhenABatchIsWrittenAgain) {
     }
 }
 
-TEST_P(TStoreContract, RemovesAMachineWithAllItsRows) {
+TEST_P(TStoreBatches, RemovesAMachineWithAllItsRows) {
     TBatch batch;
     for (const std::uint8_t id : {std::uint8_t{1}, std::uint8_t{2}}) {
         batch.machines.push_back(Machine(id));
@@ -375,32 +304,7 @@ TEST_P(TStoreContract, RemovesAMachineWithAllItsRows) {
     EXPECT_THAT(ReadState(Place(1)), ElementsAre(batch.presences[0]));
 }
 
-TEST_P(TStoreContract, ReadsEveryShapeOfAProperty) {
-    TVersion version = Version(1);
-    version.id = "as written";
-    version.properties = {
-        {{"Null", "string", EShape::null, {}}, false},
-        {{"Empty", "string", EShape::scalar, {""}}, false},
-        {{"Number", "unsignedLong", EShape::scalar, {"18446744073709551615"}}, false},
-        {{"Padded", "int", EShape::scalar, {"007"}}, false},
-        {{"None", "string", EShape::array, {}}, false},
-        {{"Many", "string", EShape::array, {"a", "", HostileText()}}, false},
-        {{"SerialNumber", "string", EShape::scalar, {}}, true},
-        {{"Null", "string", EShape::scalar, {"a second one of the name"}}, false},
-    };
-    TVersion bare;
-    bare.digest = Id(2);
-    TVersion emptyId = Version(3);
-    emptyId.id = "";
-    TBatch batch;
-    batch.versions = {version, bare, emptyId};
-    Write(batch);
-    EXPECT_THAT(store_->ReadVersions(std::vector{Id(2), Id(1), Id(3), Id(9)}),
-                ElementsAre(version, bare, emptyId));
-    EXPECT_THAT(store_->FindKnownVersions(std::vector{Id(9), Id(2), Id(1)}), ElementsAre(Id(1), Id(2)));
-}
-
-TEST_P(TStoreContract, RemovesVersionsThatNothingRefersTo) {
+TEST_P(TStoreBatches, RemovesVersionsThatNothingRefersTo) {
     TBatch batch;
     batch.versions = {Version(1), Version(2), Version(3)};
     batch.presences = {Presence(Place(1), 1, always, 50, 2), Presence(Place(1), 1, 50, open, 3)};
@@ -418,17 +322,7 @@ TEST_P(TStoreContract, RemovesVersionsThatNothingRefersTo) {
     EXPECT_THAT(store_->ReadVersions(std::vector{Id(1)}), ElementsAre(Version(1)));
 }
 
-TEST_P(TStoreContract, ReadsWhatIsPresentAtATime) {
-    WritePresences({Presence(Place(1), 1, always, 50, 1), Presence(Place(1), 1, 50, 80, 2),
-                    Presence(Place(1), 2, 50), Presence(Place(2), 1)});
-    EXPECT_THAT(store_->ReadPresences(Place(1), 1), ElementsAre(Presence(Place(1), 1, always, 50, 1)));
-    EXPECT_THAT(store_->ReadPresences(Place(1), 49), ElementsAre(Presence(Place(1), 1, always, 50, 1)));
-    EXPECT_THAT(store_->ReadPresences(Place(1), 50),
-                ElementsAre(Presence(Place(1), 1, 50, 80, 2), Presence(Place(1), 2, 50)));
-    EXPECT_THAT(store_->ReadPresences(Place(1), open - 1), ElementsAre(Presence(Place(1), 2, 50)));
-}
-
-TEST_P(TStoreContract, ReadsRowsThatBeginOrEndInASpan) {
+TEST_P(TStoreBatches, ReadsRowsThatBeginOrEndInASpan) {
     const TPresence first = Presence(Place(1), 1, always, 50, 1);
     const TPresence second = Presence(Place(1), 1, 50, 80, 2);
     const TPresence third = Presence(Place(1), 1, 80, open, 3);
@@ -447,7 +341,7 @@ TEST_P(TStoreContract, ReadsRowsThatBeginOrEndInASpan) {
     EXPECT_THAT(store_->ReadChanges({{}, 60, open}), IsEmpty());
 }
 
-TEST_P(TStoreContract, FindsEveryRowWithAnIdentifyingValue) {
+TEST_P(TStoreBatches, FindsEveryRowWithAnIdentifyingValue) {
     const TPresence moved = WithIdentity(Presence(Place(1), 1, always, 50), {{}, {"a", "S1"}});
     const TPresence here = WithIdentity(Presence(Place(2), 2, 60), {{"S1"}, {}});
     WritePresences({here, moved, WithIdentity(Presence(Place(1), 3), {{"S10"}, {"s1"}, {""}})});
@@ -462,52 +356,7 @@ TEST_P(TStoreContract, FindsEveryRowWithAnIdentifyingValue) {
     EXPECT_THAT(store_->FindIdentity("S2"), ElementsAre(removal.presences[0]));
 }
 
-TEST_P(TStoreContract, CountsVersionsOfThePresentState) {
-    TBatch batch;
-    batch.machines = {Machine(1, "a"), Machine(2, "a"), Machine(3, "b"),
-                      Machine(4, "a", /*usesSnapshot=*/true)};
-    TPresence adapter = Presence(Place(1), 9, always, open, 5);
-    adapter.type = "Adapter";
-    batch.presences = {
-        Presence(Place(1), 1),
-        Presence(Place(1), 2),
-        Presence(Place(2), 1),
-        Presence(Place(2), 2, always, open, 2),
-        Presence(Place(2), 3, always, 50, 7),
-        Presence(Place(3), 1),
-        Presence(Place(1, snapshot), 1, always, open, 8),
-        Presence(Place(4), 1),
-        Presence(Place(4, snapshot), 1, always, open, 3),
-        Presence(Place(99), 1, always, open, 4),
-        adapter,
-        Presence(Place(2, EScope::systemInformation), 1),
-    };
-    Write(batch);
-    EXPECT_THAT(
-        store_->CountVersions({}),
-        ElementsAre(TVersionCount{"a", "Adapter", Id(5), 1, 1}, TVersionCount{"a", "Disk", Id(1), 2, 4},
-                    TVersionCount{"a", "Disk", Id(2), 1, 1}, TVersionCount{"a", "Disk", Id(3), 1, 1},
-                    TVersionCount{"b", "Disk", Id(1), 1, 1}));
-    EXPECT_THAT(store_->CountVersions({"b", {}}), ElementsAre(TVersionCount{"b", "Disk", Id(1), 1, 1}));
-    EXPECT_THAT(store_->CountVersions({"a", {"Adapter", "'"}}),
-                ElementsAre(TVersionCount{"a", "Adapter", Id(5), 1, 1}));
-    EXPECT_THAT(store_->CountVersions({"", {}}), IsEmpty());
-}
-
-TEST_P(TStoreContract, FindsPresencesOfVersions) {
-    TBatch batch;
-    batch.machines = {Machine(1, "a"), Machine(2, "b"), Machine(4, "a", /*usesSnapshot=*/true)};
-    const TPresence first = WithIdentity(Presence(Place(1), 1, 50), {{"S1"}});
-    const TPresence second = Presence(Place(2), 1, always, open, 2);
-    batch.presences = {Presence(Place(1), 1, always, 50), first, second, Presence(Place(4), 1),
-                       Presence(Place(2), 2, always, open, 3)};
-    Write(batch);
-    EXPECT_THAT(store_->FindPresences(std::vector{Id(2), Id(1)}, std::nullopt), ElementsAre(first, second));
-    EXPECT_THAT(store_->FindPresences(std::vector{Id(2), Id(1)}, "b"), ElementsAre(second));
-    EXPECT_THAT(store_->FindPresences(std::vector{Id(9)}, std::nullopt), IsEmpty());
-}
-
-TEST_P(TStoreContract, KeepsHostileTexts) {
+TEST_P(TStoreBatches, KeepsHostileTexts) {
     const std::string text = HostileText();
     TMachine machine = Machine(1, text);
     machine.key = text;
@@ -538,7 +387,7 @@ TEST_P(TStoreContract, KeepsHostileTexts) {
     EXPECT_EQ(store_->FindPresences(std::vector{Id(1)}, text), batch.presences);
 }
 
-TEST_P(TStoreContract, KeepsTimesOfEveryCentury) {
+TEST_P(TStoreBatches, KeepsTimesOfEveryCentury) {
     constexpr TSeconds past = -10'000'000'000;
     constexpr TSeconds future = 253'402'300'799;  // the year 9999
     TBatch batch;
@@ -550,7 +399,7 @@ TEST_P(TStoreContract, KeepsTimesOfEveryCentury) {
     EXPECT_THAT(store_->ReadChanges({{}, future - 1, open}), ElementsAreArray(batch.presences));
 }
 
-TEST_P(TStoreContract, ForgetsAnAbandonedBatch) {
+TEST_P(TStoreBatches, ForgetsAnAbandonedBatch) {
     store_->BeginBatch();
     store_->AbandonBatch();
     store_->AbandonBatch();
@@ -560,12 +409,12 @@ TEST_P(TStoreContract, ForgetsAnAbandonedBatch) {
     EXPECT_THAT(store_->ReadMachines(), ElementsAre(Machine(1)));
 }
 
-TEST_P(TStoreContract, AcceptsAnEmptyBatch) {
+TEST_P(TStoreBatches, AcceptsAnEmptyBatch) {
     Write({});
     EXPECT_THAT(store_->ReadMachines(), IsEmpty());
 }
 
-TEST_P(TStoreContract, KeepsLoadersApart) {
+TEST_P(TStoreBatches, KeepsLoadersApart) {
     constexpr int loaders = 2;
     constexpr int rounds = 10;
     TBatch batch;
@@ -609,7 +458,7 @@ class TCollectedRows : public ISqlRows {
     std::size_t most_;
 };
 
-TEST_P(TStoreContract, PassesTheRowsOfAQuery) {
+TEST_P(TStoreBatches, PassesTheRowsOfAQuery) {
     TCollectedRows answer;
     store_->RunSql(
         "SELECT 1 AS a, -2.5 AS b, NULL AS c, 'x\ty' AS \"d e\" UNION ALL SELECT 1, -2.5, NULL, 'x\ty'",
@@ -619,20 +468,20 @@ TEST_P(TStoreContract, PassesTheRowsOfAQuery) {
     EXPECT_THAT(answer.rows, ElementsAre(row, row));
 }
 
-TEST_P(TStoreContract, EndsAQueryWhenNoMoreRowsAreWanted) {
+TEST_P(TStoreBatches, EndsAQueryWhenNoMoreRowsAreWanted) {
     TCollectedRows answer(1);
     store_->RunSql("SELECT 1 AS a UNION ALL SELECT 1 UNION ALL SELECT 1", answer);
     EXPECT_EQ(answer.rows.size(), 1U);
 }
 
-TEST_P(TStoreContract, PassesColumnsWithoutRows) {
+TEST_P(TStoreBatches, PassesColumnsWithoutRows) {
     TCollectedRows answer;
     store_->RunSql("SELECT 1 AS a WHERE 1 = 0", answer);
     EXPECT_THAT(answer.columns, ElementsAre("a"));
     EXPECT_THAT(answer.rows, IsEmpty());
 }
 
-TEST_P(TStoreContract, RejectsStatementsThatWouldWrite) {
+TEST_P(TStoreBatches, RejectsStatementsThatWouldWrite) {
     TBatch batch;
     batch.machines = {Machine(1)};
     Write(batch);
@@ -646,7 +495,7 @@ TEST_P(TStoreContract, RejectsStatementsThatWouldWrite) {
     EXPECT_THAT(store_->ReadMachines(), ElementsAre(Machine(1)));
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, TStoreContract, testing::ValuesIn(GetTestEngines()),
+INSTANTIATE_TEST_SUITE_P(Engines, TStoreBatches, testing::ValuesIn(GetTestEngines()),
                          [](const auto& test) { return test.param->GetName(); });
 
 }  // namespace
