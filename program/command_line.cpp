@@ -602,6 +602,23 @@ void AddCaptureCommand(CLI::App& program, TCaptureOptions& options) {
         ->required();
 }
 
+void AddRedactCommand(CLI::App& program, TRedactOptions& options) {
+    CLI::App& command = *program.add_subcommand(
+        "redact", "Replace what identifies machines and people in inventories by pseudonyms");
+    command.add_option("--output", options.directory, "Directory for the redacted files")
+        ->type_name("DIR")
+        ->required();
+    command
+        .add_option("--key-file", options.keyFile,
+                    "Key of the pseudonyms, made if it does not exist (default: a key that is not kept)")
+        ->type_name("FILE");
+    command
+        .add_option("SOURCE", options.sources,
+                    "Document, saved namespace, result or capture, or a directory that holds some")
+        ->type_name("FILE")
+        ->required();
+}
+
 // The commands and options, and the variables that receive their values.
 struct TModel {
     TModel() {
@@ -618,6 +635,7 @@ struct TModel {
         AddSendCommand(program, send);
         AddSnapshotCommand(program, snapshot);
         AddCaptureCommand(program, capture);
+        AddRedactCommand(program, redact);
         AddWordCommands();
     }
 
@@ -632,6 +650,7 @@ struct TModel {
     TSendOptions send;
     TSnapshotOptions snapshot;
     TCaptureOptions capture;
+    TRedactOptions redact;
     TCompletionOptions completion;
     std::string helpTopic;
 
@@ -738,6 +757,9 @@ TCommand ParseCommandLine(int argc, const char* const* argv) {
     }
     if (command == "capture") {
         return model.capture;
+    }
+    if (command == "redact") {
+        return model.redact;
     }
     if (command == "collectors") {
         return TCollectorsOptions{};

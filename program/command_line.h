@@ -98,6 +98,12 @@ struct TLintOptions {
     bool isJson = false;
 };
 
+struct TRedactOptions {
+    std::vector<std::string> sources;    ///< files and directories
+    std::string directory;               ///< output directory
+    std::optional<std::string> keyFile;  ///< absent: a key that is not kept
+};
+
 struct TReportOptions {
     TSourceOptions machine;            ///< without namespaceFile; used if there are no sources
     std::vector<std::string> sources;  ///< at most two, the older one first; "-" is standard input
@@ -126,7 +132,7 @@ struct TEarlyExit {
 };
 
 using TCommand = std::variant<TShowOptions, TDiffOptions, TValidateOptions, TExplainOptions, TLintOptions,
-                              TReportOptions, TCollectOptions, TSendOptions, TSnapshotOptions,
+                              TRedactOptions, TReportOptions, TCollectOptions, TSendOptions, TSnapshotOptions,
                               TCaptureOptions, TCollectorsOptions, TCompletionOptions, TEarlyExit>;
 
 /// Parses the command line. Prints help or version to standard output, and usage errors to standard error;

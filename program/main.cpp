@@ -8,6 +8,7 @@
 #include "program/diff_command.h"
 #include "program/explain_command.h"
 #include "program/lint_command.h"
+#include "program/redact_command.h"
 #include "program/report_command.h"
 #include "program/send_command.h"
 #include "program/show_command.h"
@@ -89,6 +90,10 @@ struct TRunCommand {
     int operator()(const TCaptureOptions& options) const {
         RequireProcFileSystem();
         return PrintResult([&](std::ostream& out) { return RunCapture(options, out); });
+    }
+    int operator()(const TRedactOptions& options) const {
+        RequireProcFileSystem();
+        return PrintResult([&](std::ostream& out) { return RunRedact(options, out); });
     }
     int operator()(const TCollectorsOptions&) const { return Print(ListCollectors); }
     int operator()(const TCompletionOptions& options) const {

@@ -169,4 +169,20 @@ void PrintCaptureSummary(const TCaptureSummary& summary, std::ostream& out) {
     PrintRow(out, "File", summary.file + (ignored ? "" : ", " + WithThousands(bytes) + " bytes"));
 }
 
+void PrintRedactSummary(const TRedactSummary& summary, std::ostream& out) {
+    const std::string replaced = DescribeCounts(summary.identities);
+    PrintRow(out, "Redacted", Count(summary.files, "file") + " into " + summary.directory);
+    PrintRow(out, "Replaced", replaced.empty() ? "nothing identifies a machine" : replaced);
+    if (summary.keyFile) {
+        PrintRow(out, "Key", *summary.keyFile + (summary.isKeyNew ? ", made by this run" : ""));
+    } else {
+        PrintRow(out, "Key", "not kept: other runs give other pseudonyms");
+    }
+    std::string_view label = "Skipped";
+    for (const std::string& path : summary.skipped) {
+        PrintRow(out, label, path + " is not an inventory");
+        label = "";
+    }
+}
+
 }  // namespace NVORHOST

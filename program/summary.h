@@ -3,6 +3,7 @@
 
 #include "machine/supervision/collect_outcome.h"
 #include "program/sending_run.h"
+#include "redaction/identities/identities.h"
 #include "vorhost/run/inventory_document.h"
 
 #include <chrono>
@@ -50,5 +51,16 @@ struct TCaptureSummary {
 };
 
 void PrintCaptureSummary(const TCaptureSummary& summary, std::ostream& out);
+
+struct TRedactSummary {
+    std::size_t files = 0;
+    TIdentityCounts identities;
+    std::string directory;
+    std::optional<std::string> keyFile;
+    bool isKeyNew = false;
+    std::vector<std::string> skipped;  ///< paths of files that are not inventories
+};
+
+void PrintRedactSummary(const TRedactSummary& summary, std::ostream& out);
 
 }  // namespace NVORHOST

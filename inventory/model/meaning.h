@@ -46,6 +46,25 @@ struct TCodeWord {
     std::string_view word;
 };
 
+/// How the value of a property identifies one machine or part among all of its kind.
+enum class EIdentity {
+    none,
+    serialNumber,
+    assetTag,
+    uuid,
+    worldWideName,
+    hardwareAddress,
+    internetAddress,
+    hostName,
+    person,
+    credential,  ///< names a customer, or proves something
+    entries,     ///< entries of any kind, which IdentifyingDescriptions names
+    deviceKey,   ///< a key made of an identity of the device or volume, or of its position
+    mountPoint,  ///< a folder, which may be named for a person
+    reference,   ///< the key of another resource
+    name,        ///< a name that people give, or that a device has from its identity
+};
+
 /// Unit, words and traits of a property. Plain data: adding a row explains a property in every output.
 struct TMeaning {
     std::string_view type;  ///< resource type; empty for every type that has no row of its own
@@ -53,7 +72,7 @@ struct TMeaning {
     EUnit unit = EUnit::none;
     std::span<const TCodeWord> words{};
     bool isVolatile = false;  ///< changes by itself: clocks, counters, free memory
-    bool identifies = false;  ///< differs between two machines of one kind
+    EIdentity identity = EIdentity::none;
 };
 
 /// Returns every row.

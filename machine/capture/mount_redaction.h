@@ -15,8 +15,4 @@ void LearnMounts(std::string_view bytes, TIdentityTexts& identities);
 /// systems and in options with paths and accounts replaced by pseudonyms. Its length does not change.
 std::string ReplaceMounts(std::string_view bytes, const TIdentityTexts& identities);
 
-/// Returns a mount point with the names in it replaced, as in the file. Names that every machine has, such as
-/// "home", "var" and "boot", are kept.
-std::string ReplaceMountPoint(std::string_view mountPoint, const TIdentityTexts& identities);
-
 }  // namespace NVORHOST

@@ -13,6 +13,7 @@
 #include "machine/system/path_pattern.h"
 #include "redaction/identities/identity_search.h"
 #include "redaction/identities/identity_texts.h"
+#include "redaction/identities/mount_point.h"
 #include "text/hex.h"
 #include "text/lines.h"
 

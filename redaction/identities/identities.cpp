@@ -28,6 +28,7 @@ constexpr TKindName kindNames[] = {
     {EIdentityKind::ipAddress, "IP address", "IP addresses"},
     {EIdentityKind::hostName, "host name", "host names"},
     {EIdentityKind::userName, "user name", "user names"},
+    {EIdentityKind::credential, "credential", "credentials"},
 };
 
 // Words of device names, and names that many machines and users have.

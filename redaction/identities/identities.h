@@ -19,6 +19,7 @@ enum class EIdentityKind {
     ipAddress,
     hostName,
     userName,
+    credential,
 };
 
 /// Returns the name of a kind, such as "serial number".

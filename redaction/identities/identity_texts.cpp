@@ -200,6 +200,10 @@ std::optional<std::string> TIdentityTexts::ReplaceAddressText(std::string_view t
     return address ? FormatIpAddress(pseudonyms_.ReplaceAddress(*address)) : std::nullopt;
 }
 
+std::string TIdentityTexts::ReplaceIpAddress(std::string_view text) const {
+    return ReplaceAddressText(text).value_or(Replace(text, ETextContext::identities));
+}
+
 std::string TIdentityTexts::PseudonymOf(const TIdentity& identity) const {
     if (identity.kind == EIdentityKind::hostName) {
         return ToCanonical(pseudonyms_.ReplaceHostName(identity.text));

@@ -44,6 +44,9 @@ class TIdentityTexts {
     /// Returns the pseudonym of a text that is an identity as a whole. Blanks around it are kept.
     std::string ReplaceValue(std::string_view value) const { return pseudonyms_.Replace(value); }
 
+    /// Returns the pseudonym of an IP address; replaces the identities in any other text.
+    std::string ReplaceIpAddress(std::string_view text) const;
+
     /// Returns the pseudonym of a host name, which may have a domain. Common names are kept.
     std::string ReplaceHostName(std::string_view name) const;
 

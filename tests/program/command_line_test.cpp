@@ -42,6 +42,7 @@ const std::vector<std::vector<std::string>> helps{
     {"send", "--help"},
     {"snapshot", "--help"},
     {"capture", "--help"},
+    {"redact", "--help"},
     {"collectors", "--help"},
     {"completion", "--help"},
     {"help", "--help"},

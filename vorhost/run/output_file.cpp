@@ -17,9 +17,11 @@ namespace {
     throw TRunFailure("cannot write " + path + ": " + std::generic_category().message(error));
 }
 
-// Writes through a duplicate of the descriptor, so that closing it reports errors while `file` stays open.
-void Write(const TFileDescriptor& file, const std::string& path,
-           const std::function<void(std::ostream&)>& write) {
+}  // namespace
+
+void WriteToDescriptor(const TFileDescriptor& file, const std::string& path,
+                       const std::function<void(std::ostream&)>& write) {
+    // Closing a duplicate reports errors.
     TFileDescriptor duplicate(file.IsOpen() ? ::fcntl(file.Get(), F_DUPFD_CLOEXEC, 0) : -1);
     if (!duplicate.IsOpen()) {
         Fail(path, errno);
@@ -37,8 +39,6 @@ void Write(const TFileDescriptor& file, const std::string& path,
     }
 }
 
-}  // namespace
-
 void WriteStandardOutput(const std::function<void(std::ostream&)>& write) {
     errno = 0;
     write(std::cout);
@@ -55,11 +55,11 @@ TOutputFile::TOutputFile(const TOutputPlace& place, const std::string& path, boo
     if (place.IsStandardOutput()) {
         WriteStandardOutput(write);
     } else if (place.GetKind() != TOutputPlace::EKind::file) {
-        Write(place.OpenDirectly(), path, write);
+        WriteToDescriptor(place.OpenDirectly(), path, write);
     } else {
         workplace_.emplace(*place.FindDirectory(), "cannot write " + path, syncs);
         TFileDescriptor file = workplace_->OpenFile(place.GetName(), O_WRONLY | O_CREAT | O_EXCL);
-        Write(file, path, write);
+        WriteToDescriptor(file, path, write);
         workplace_->Finish(place.GetName(), std::move(file));
     }
 }

@@ -37,6 +37,12 @@ class TOutputFile {
 void WriteOutputFile(const TOutputPlace& place, const std::string& path, bool syncs,
                      const std::function<void(std::ostream&)>& write);
 
+/// Calls `write` with a stream that writes to an open file, which stays open. `path` is the name in messages.
+/// Errors: throws TRunFailure with path and cause, also for a descriptor that is not open, whose cause is
+///         errno.
+void WriteToDescriptor(const TFileDescriptor& file, const std::string& path,
+                       const std::function<void(std::ostream&)>& write);
+
 /// Calls `write` with standard output. Errors: throws TRunFailure if not all of the output could be written.
 void WriteStandardOutput(const std::function<void(std::ostream&)>& write);
 

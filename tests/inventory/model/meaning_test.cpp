@@ -150,8 +150,13 @@ TEST(Meaning, PrefersTheRowOfTheType) {
 TEST(Meaning, SeparatesWhatChangesByItself) {
     EXPECT_TRUE(FindMeaning("OperatingSystem", "FreePhysicalMemory")->isVolatile);
     EXPECT_FALSE(FindMeaning("OperatingSystem", "TotalVisibleMemorySize")->isVolatile);
-    EXPECT_TRUE(FindMeaning("PhysicalMemory", "SerialNumber")->identifies);
-    EXPECT_FALSE(FindMeaning("PhysicalMemory", "PartNumber")->identifies);
+}
+
+TEST(Meaning, SeparatesWhatIdentifiesAMachine) {
+    EXPECT_EQ(FindMeaning("PhysicalMemory", "SerialNumber")->identity, EIdentity::serialNumber);
+    EXPECT_EQ(FindMeaning("PhysicalMemory", "PartNumber")->identity, EIdentity::none);
+    EXPECT_EQ(FindMeaning("Server", "Name")->identity, EIdentity::none) << "the operating system's name";
+    EXPECT_EQ(FindMeaning("ComputerSystem", "Name")->identity, EIdentity::hostName);
 }
 
 // The description of the CIM schema lists value maps as "NAME: 0 Unknown, 1 Other, ...".

@@ -1,0 +1,40 @@
+// Identities in resources, and identifiers that follow from replaced keys.
+#pragma once
+
+#include "inventory/model/resource.h"
+#include "redaction/identities/identity_search.h"
+#include "redaction/identities/identity_texts.h"
+#include "redaction/identities/keyed_digest.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace NVORHOST {
+
+/// Learns the identities in the properties of a resource.
+void LearnResource(const NINVENTORY::TResource& resource, TIdentityTexts& identities);
+
+/// Replaces the identities of resources.
+class TResourceRedaction {
+  public:
+    /// `identities` must outlive this object and must be complete; `key` is that of its pseudonyms.
+    TResourceRedaction(const TIdentityTexts& identities, const TDigestKey& key)
+        : identities_(identities), digest_(MakeKeyedDigest(key)) {}
+
+    /// Replaces identities by pseudonyms in texts of every property. An identifier that is the digest of the
+    /// key becomes that of the replaced key; another one becomes a keyed digest of itself.
+    void Replace(NINVENTORY::TResource& resource) const;
+
+  private:
+    std::string ReplaceId(const NINVENTORY::TResource& original, const NINVENTORY::TResource& replaced) const;
+
+    const TIdentityTexts& identities_;
+    std::shared_ptr<IKeyedDigest> digest_;
+};
+
+/// Returns the kind of an identity that is left in a property; nullopt if there is none.
+std::optional<EIdentityKind> FindInResource(const NINVENTORY::TResource& resource,
+                                            const TIdentitySearch& search);
+
+}  // namespace NVORHOST
