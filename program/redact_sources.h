@@ -30,7 +30,7 @@ struct TRedactSources {
     std::vector<std::string> skipped;  ///< files in directories that are not inventories
 };
 
-/// Lists the files to redact. A directory stands for all inventories in it and below it, which keep their
+/// Lists the files to redact. A directory means all inventories in it and below it, which keep their
 /// paths, beginning with its own name.
 /// Errors: throws TDocumentError for a named file that cannot be read or is not an inventory, and for a
 ///         directory without any.

@@ -1,4 +1,4 @@
-// The file with the key of pseudonyms. Who has it can try out which identity a pseudonym stands for.
+// The file with the key of pseudonyms. Who has it can try out which identity has a pseudonym.
 #pragma once
 
 #include "redaction/identities/keyed_digest.h"
