@@ -1,9 +1,9 @@
 #include "program/collect_command.h"
 
+#include "inventory/saved/result_names.h"
 #include "program/namespace_source.h"
 #include "program/outgoing_files.h"
 #include "program/program_paths.h"
-#include "inventory/saved/result_names.h"
 #include "program/sending_run.h"
 #include "program/snapshot_file.h"
 #include "program/strict_mode.h"

@@ -1,12 +1,12 @@
 #include "program/lint_command.h"
 
+#include "inventory/saved/namespace_resources.h"
 #include "lint/resources/resource_checks.h"
 #include "lint/run/check_list.h"
 #include "lint/run/finding_collector.h"
 #include "lint/write/finding_writer.h"
 #include "machine/supervision/machine_door.h"
 #include "program/inventory_source.h"
-#include "inventory/saved/namespace_resources.h"
 #include "program/namespace_source.h"
 #include "program/summary.h"
 #include "vorhost/run/log_sinks.h"

@@ -1,4 +1,4 @@
-// What a saved namespace holds beside its resources: the result of a plug-in, and the time of the collection.
+// A saved namespace may hold the result of a plug-in, and holds the time of its collection.
 #pragma once
 
 #include "vorhost/model/memory_namespace.h"
