@@ -9,66 +9,33 @@
 namespace NFLEET {
 namespace {
 
-struct TNameRow {
-    std::string_view type;  // empty for every type
-    std::string_view property;
-};
-
-// Names that contain the serial number or address of the part, or of the part that a link leads to.
-constexpr TNameRow identifyingNames[] = {
-    {"", "Antecedent"},
-    {"", "Dependent"},
-    {"DiskDrive", "DeviceID"},
-    {"DiskPartition", "DeviceID"},
-    {"EthernetPort", "DeviceID"},
-    {"IBPort", "DeviceID"},
-    {"IPProtocolEndpoint", "ElementName"},
-    {"LocalFileSystem", "Name"},
-    {"LogicalVolume", "DeviceID"},
-    {"TapeDrive", "DeviceID"},
-    {"WiFiPort", "DeviceID"},
-};
-
 constexpr std::string_view omittedTypes[] = {"CADAT", "Process"};
 
 using TPartsOfTypes = std::map<std::string, TTypeParts, std::less<>>;
 
-template <typename TAction>
-void ForEachRow(TAction action) {
-    for (const NINVENTORY::TMeaning& meaning : NINVENTORY::GetMeanings()) {
-        if (meaning.isVolatile || meaning.identifies) {
-            action(meaning.type, meaning.property,
-                   meaning.isVolatile ? EPropertyPart::isVolatile : EPropertyPart::identifying);
-        }
+EPropertyPart GetPart(const NINVENTORY::TMeaning& meaning) {
+    if (meaning.isVolatile) {
+        return EPropertyPart::isVolatile;
     }
-    for (const TNameRow& row : identifyingNames) {
-        action(row.type, row.property, EPropertyPart::identifying);
-    }
+    return meaning.identity == NINVENTORY::EIdentity::none ? EPropertyPart::stable
+                                                           : EPropertyPart::identifying;
 }
 
-// A type with a row in the table of meanings has rows of its own only, and those of every type that it does
-// not replace.
+// A row of a type replaces that of every type.
 TPartsOfTypes MakeParts() {
     TPartsOfTypes parts;
     TTypeParts& general = parts[""];
-    ForEachRow([&](std::string_view type, std::string_view property, EPropertyPart part) {
-        if (type.empty()) {
-            general.Set(property, part);
-        }
-    });
     for (const NINVENTORY::TMeaning& meaning : NINVENTORY::GetMeanings()) {
-        parts.try_emplace(std::string(meaning.type), general);
+        if (meaning.type.empty()) {
+            general.Set(meaning.property, GetPart(meaning));
+        }
     }
     for (const NINVENTORY::TMeaning& meaning : NINVENTORY::GetMeanings()) {
         if (!meaning.type.empty()) {
-            parts.find(meaning.type)->second.Set(meaning.property, EPropertyPart::stable);
+            TTypeParts& own = parts.try_emplace(std::string(meaning.type), general).first->second;
+            own.Set(meaning.property, GetPart(meaning));
         }
     }
-    ForEachRow([&](std::string_view type, std::string_view property, EPropertyPart part) {
-        if (!type.empty()) {
-            parts.try_emplace(std::string(type), general).first->second.Set(property, part);
-        }
-    });
     return parts;
 }
 

@@ -35,8 +35,7 @@ class TTypeParts {
     std::uint64_t lengths_ = 0;  // bit n is set if a row's name has n characters, modulo 64
 };
 
-/// Returns the properties of a type that are not stable. Beside those that the model's meaning of properties
-/// marks, names that are made from serial numbers or addresses identify, such as the DeviceID of a disk.
+/// Returns the properties of a type that are not stable, as the model's meaning of properties marks them.
 const TTypeParts& GetTypeParts(std::string_view type);
 
 /// True for the types that a fleet stores: all but processes, which are others in every inventory, and the

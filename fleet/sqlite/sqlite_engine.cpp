@@ -5,16 +5,20 @@
 
 namespace NFLEET {
 
-std::unique_ptr<IFleetStore> OpenSqliteStore(const std::string& path) {
-    return std::make_unique<TSqliteEngine>(path);
+std::unique_ptr<IFleetStore> OpenSqliteStore(const std::string& path, std::int64_t maxPages) {
+    return std::make_unique<TSqliteEngine>(path, maxPages);
 }
 
 // With WAL, synchronous NORMAL may lose the last transactions in a power failure, and never damages the
 // database: those inventories are loaded again.
-TSqliteEngine::TSqliteEngine(const std::string& path) : connection_(path, TConnection::EAccess::readWrite) {
+TSqliteEngine::TSqliteEngine(const std::string& path, std::int64_t maxPages)
+    : connection_(path, TConnection::EAccess::readWrite) {
     (void)ReadSchemaVersion(connection_);
     connection_.Execute(
         "PRAGMA synchronous = NORMAL; PRAGMA cache_size = -65536; PRAGMA temp_store = MEMORY");
+    if (maxPages != unlimitedPages) {
+        connection_.Execute("PRAGMA max_page_count = " + std::to_string(maxPages));
+    }
 }
 
 int TSqliteEngine::GetSchemaVersion() {

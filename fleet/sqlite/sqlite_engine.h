@@ -17,7 +17,7 @@ namespace NFLEET {
 
 class TSqliteEngine final : public IFleetStore {
   public:
-    explicit TSqliteEngine(const std::string& path);
+    TSqliteEngine(const std::string& path, std::int64_t maxPages);
 
     std::string GetName() const override { return connection_.GetPath(); }
     int GetSchemaVersion() override;
