@@ -6,18 +6,43 @@
 #include "program/summary.h"
 #include "redaction/identities/key_file.h"
 #include "redaction/inventory/document_redaction.h"
+#include "redaction/inventory/namespace_redaction.h"
 #include "redaction/inventory/text_search.h"
 #include "vorhost/cimxml/gzip_output.h"
+#include "vorhost/cimxml/load.h"
+#include "vorhost/cimxml/save.h"
 #include "vorhost/run/run_failure.h"
 
 #include <functional>
 #include <limits>
 #include <optional>
+#include <sstream>
+#include <string_view>
+#include <utility>
 
 namespace NVORHOST {
 namespace {
 
 using NINVENTORY::TDocumentInput;
+
+constexpr std::uint64_t maxBytes = std::numeric_limits<std::uint64_t>::max();
+constexpr std::string_view gzipMark = "\x1F\x8B";
+
+TMemoryNamespace Load(const std::string& path) {
+    TMemoryNamespace loaded;
+    LoadNamespace(path, loaded);
+    return loaded;
+}
+
+// Saved results have instances without declarations of their classes; saved namespaces have both.
+void Save(const TMemoryNamespace& saved, std::ostream& out) {
+    const auto& classes = saved.GetClasses();
+    if (classes.size() == 1 && classes.front()->GetDeclarations().empty()) {
+        SaveInstances(classes.front()->GetName(), classes.front()->GetInstances(), out);
+    } else {
+        SaveNamespace(saved, out);
+    }
+}
 
 // The work on one group: its identities are learned from all of its files before the first one is written.
 class TGroupRedaction {
@@ -46,26 +71,72 @@ class TGroupRedaction {
 
   private:
     void Learn(const TRedactFile& file) {
+        if (file.kind == ERedactKind::cimXml) {
+            return LearnNamespace(Load(file.path), identities_, [&](const std::string& bytes) {
+                TDocumentInput document(file.path, bytes);
+                Learn(document);
+                return bytes;
+            });
+        }
         TDocumentInput input(file.path);
+        Learn(input);
+    }
+
+    void Learn(TDocumentInput& input) {
         TLearnedDocument events(identities_);
         NINVENTORY::ReadDocument(input, events);
     }
 
     void WriteText(const TRedactFile& file, std::ostream& out) const {
+        if (file.kind == ERedactKind::cimXml) {
+            return Save(RedactNamespace(Load(file.path), identities_,
+                                        [&](const std::string& bytes) { return Redact(file.path, bytes); }),
+                        out);
+        }
         TDocumentInput input(file.path);
+        WriteDocument(input, out);
+    }
+
+    void WriteDocument(TDocumentInput& input, std::ostream& out) const {
         TRedactedDocument events(redaction_, out);
         NINVENTORY::ReadDocument(input, events);
         events.Finish();
     }
 
+    // Returns the document of a result, compressed as it was.
+    std::string Redact(const std::string& name, const std::string& bytes) const {
+        const auto write = [&](std::ostream& out) {
+            TDocumentInput input(name, bytes);
+            WriteDocument(input, out);
+        };
+        std::ostringstream out;
+        bytes.starts_with(gzipMark) ? WriteCompressed(out, write) : write(out);
+        return std::move(out).str();
+    }
+
     // Searches the finished bytes, and then each value as far as its meaning allows.
-    std::optional<EIdentityKind> Find(const TRedactFile& /*file*/, const std::string& path,
+    std::optional<EIdentityKind> Find(const TRedactFile& file, const std::string& path,
                                       const std::string& name) const {
-        TDocumentFile bytes(path, name, std::numeric_limits<std::uint64_t>::max());
+        TDocumentFile bytes(path, name, maxBytes);
         if (const auto kind = FindInFile(bytes, *search_)) {
             return kind;
         }
-        TDocumentInput input(path);
+        return file.kind == ERedactKind::cimXml ? FindInSaved(path, name)
+                                                : FindInDocument(TDocumentInput(path));
+    }
+
+    std::optional<EIdentityKind> FindInSaved(const std::string& path, const std::string& name) const {
+        std::optional<EIdentityKind> found;
+        const auto kind = FindInNamespace(Load(path), *search_, [&](const std::string& bytes) {
+            TDocumentFile document(name, std::string_view(bytes), maxBytes);
+            found = found ? found : FindInFile(document, *search_);
+            found = found ? found : FindInDocument(TDocumentInput(name, bytes));
+            return bytes;
+        });
+        return kind ? kind : found;
+    }
+
+    std::optional<EIdentityKind> FindInDocument(TDocumentInput input) const {
         TSearchedDocument events(*search_);
         NINVENTORY::ReadDocument(input, events);
         return events.GetFound();

@@ -135,6 +135,59 @@ TEST_F(Redact, GivesOtherPseudonymsWithAnotherKeyAndInEachRunWithoutOne) {
     EXPECT_NE(Read("three/server/hardware.xml"), Read("four/server/hardware.xml"));
 }
 
+class RedactSaved : public Redact {
+  protected:
+    RedactSaved() {
+        fs::create_directories(folder_ / "day");
+        fs::copy_file(NOXINFO_TEST_DATA "/small-server.xml", folder_ / "day/snapshot.xml");
+        EXPECT_EQ(RunAny({"collect", "--namespace", "day/snapshot.xml", "--directory", "day", "--result",
+                          "day/result.xml", "--reachability", "no", "--kel-id", "K0001234"})
+                      .status,
+                  0);
+    }
+};
+
+TEST_F(RedactSaved, GivesOnePseudonymInDocumentsNamespaceAndResult) {
+    ASSERT_EQ(Run({"day/snapshot.xml"}, "snapshot").status, 0);
+    ASSERT_EQ(Run({"day/result.xml"}, "result").status, 0);
+    ASSERT_EQ(Run({"day/hardwareinventory.xml.gz"}, "hardware").status, 0);
+    ASSERT_EQ(Run({"day/systeminformation.xml.gz"}, "system").status, 0);
+    EXPECT_THAT(Read("snapshot/snapshot.xml"), HasSubstr("<VALUE>MG8816522</VALUE>"));
+    const auto hardware = ReadCompressedFile(folder_ / "hardware/hardwareinventory.xml.gz");
+    EXPECT_THAT(hardware, HasSubstr("<Value>MG8816522</Value>"));
+    EXPECT_THAT(ReadCompressedFile(folder_ / "system/systeminformation.xml.gz"),
+                HasSubstr("<Value>MG8816522</Value>"));
+    EXPECT_EQ(RunAny({"show", "--format", "xml", "result/result.xml"}).standardOutput, hardware);
+    EXPECT_THAT(Read("result/result.xml"), Not(HasSubstr("K0001234")));
+}
+
+TEST_F(RedactSaved, WritesInventoriesThatCompareAsOne) {
+    ASSERT_EQ(Run({"day"}, "out").status, 0);
+    const auto result = RunAny({"diff", "out/day/result.xml", "out/day/hardwareinventory.xml.gz"});
+    EXPECT_EQ(result.status, 0) << result.standardOutput;
+    EXPECT_EQ(
+        RunAny({"validate", "out/day/hardwareinventory.xml.gz", "out/day/systeminformation.xml.gz"}).status,
+        0);
+}
+
+TEST_F(RedactSaved, WritesANamespaceThatGivesTheRedactedDocuments) {
+    ASSERT_EQ(Run({"day"}, "out").status, 0);
+    ASSERT_EQ(RunAny({"collect", "--namespace", "out/day/snapshot.xml", "--directory", "out",
+                      "--reachability", "no", "--kel-id", "K0001234"})
+                  .status,
+              0);
+    EXPECT_EQ(ReadCompressedFile(folder_ / "out/hardwareinventory.xml.gz"),
+              ReadCompressedFile(folder_ / "out/day/hardwareinventory.xml.gz"));
+}
+
+TEST_F(RedactSaved, RefusesANamespaceThatIsCutOff) {
+    Write("cut.xml", Read("day/snapshot.xml").substr(0, 700));
+    const auto result = Run({"cut.xml"}, "out");
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.standardError, HasSubstr("noxinfo: cut.xml:"));
+    EXPECT_FALSE(fs::exists(folder_ / "out"));
+}
+
 TEST_F(Redact, KeepsTheCompressionOfAFile) {
     AddMachine("server", "server-two-sockets");
     ASSERT_EQ(RunProgram("gzip", {{"-k", "hardware.xml"}, folder_ / "server", {}}).status, 0);
