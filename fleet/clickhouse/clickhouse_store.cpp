@@ -202,7 +202,6 @@ int TClickHouseStore::GetSchemaVersion() {
 }
 
 void TClickHouseStore::Migrate() {
-    client_.CreateDatabase();
     const int version = GetSchemaVersion();
     if (version > clickHouseSchemaVersion) {
         throw TStoreError(GetName() + " has schema version " + std::to_string(version) +
@@ -212,6 +211,7 @@ void TClickHouseStore::Migrate() {
     if (version == clickHouseSchemaVersion) {
         return;
     }
+    client_.CreateDatabase();
     RequireNoOtherTables();
     for (const std::string& statement : MakeSchemaStatements()) {
         client_.Execute(statement);

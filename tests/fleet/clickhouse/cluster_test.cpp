@@ -132,6 +132,15 @@ void ExpectManyMachines(IFleetStore& store) {
     EXPECT_EQ(store.ReadVersions(std::vector{Number(1), Number(2)}).size(), 2U);
 }
 
+// Returns the numbers of rows in the views.
+std::string CountViewRows(const std::string& url) {
+    std::string counts;
+    for (const char* view : {"machine", "inventories", "resources", "properties", "changes"}) {
+        counts += Connect(url).SelectText("SELECT count() FROM " + std::string(view), "TabSeparated", {});
+    }
+    return counts;
+}
+
 TEST(ClickHouseCluster, DividesMachinesAmongItsShards) {
     const std::string database = MakeClusterDatabase();
     Write(*OpenClickHouseStore(GetCluster().GetUrl(0, database)), ManyMachines());
@@ -156,6 +165,7 @@ TEST(ClickHouseCluster, AnswersTheSameThroughEveryServer) {
     const auto second = OpenClickHouseStore(GetCluster().GetUrl(1, database));
     ExpectManyMachines(*second);
     EXPECT_EQ(second->ReadChanges({}), first->ReadChanges({}));
+    EXPECT_EQ(CountViewRows(GetCluster().GetUrl(1, database)), "40\n80\n80\n0\n80\n");
 }
 
 TEST(ClickHouseCluster, KeepsTheTablesInAMigration) {
