@@ -1,6 +1,10 @@
 #include "program/redact_command.h"
 
+#include "documents/document_error.h"
 #include "inventory/read/document_reader.h"
+#include "machine/capture/archive.h"
+#include "machine/capture/captured_folder.h"
+#include "machine/capture/redaction.h"
 #include "program/redact_output.h"
 #include "program/redact_sources.h"
 #include "program/summary.h"
@@ -17,6 +21,7 @@
 #include <limits>
 #include <optional>
 #include <sstream>
+#include <stdexcept>
 #include <string_view>
 #include <utility>
 
@@ -44,13 +49,37 @@ void Save(const TMemoryNamespace& saved, std::ostream& out) {
     }
 }
 
-// The work on one group: its identities are learned from all of its files before the first one is written.
+bool IsCapture(const TRedactFile& file) {
+    return file.kind == ERedactKind::archive || file.kind == ERedactKind::tree;
+}
+
+[[noreturn]] void FailForIdentity(EIdentityKind kind, const std::string& place) {
+    throw TRunFailure("nothing was written: " + std::string(GetKindName(kind)) + " left in " + place +
+                      " after redaction");
+}
+
+TCaptureTree ReadCaptureArchive(const std::string& path) {
+    try {
+        TCaptureTree tree = ReadArchive(path);
+        if (tree.Find(captureAnswersPath) == nullptr && tree.Find("/sys") == nullptr) {
+            throw std::runtime_error("is not a capture");
+        }
+        return tree;
+    } catch (const std::runtime_error& error) {
+        ThrowAt({path, {}, {}, {}}, error.what());
+    }
+}
+
+// The work on the documents and namespaces of one group: its identities are learned from all of its files
+// before the first one is written.
 class TGroupRedaction {
   public:
     TGroupRedaction(const TRedactGroup& group, const TDigestKey& key)
         : identities_(key), redaction_(identities_, key) {
         for (const TRedactFile& file : group.files) {
-            Learn(file);
+            if (!IsCapture(file)) {
+                Learn(file);
+            }
         }
         search_.emplace(identities_);
     }
@@ -62,8 +91,7 @@ class TGroupRedaction {
             file.isCompressed ? WriteCompressed(out, write) : write(out);
         });
         if (const auto kind = Find(file, output.GetPrivatePath(relative), output.GetPath(relative))) {
-            throw TRunFailure("nothing was written: " + std::string(GetKindName(*kind)) + " left in " +
-                              output.GetPath(relative) + " after redaction");
+            FailForIdentity(*kind, output.GetPath(relative));
         }
     }
 
@@ -147,8 +175,28 @@ class TGroupRedaction {
     std::optional<TIdentitySearch> search_;
 };
 
+// Writes a packed copy of a capture and returns its identities. A capture has identities of its own: it is
+// redacted alone.
+TIdentityCounts WriteCapture(const TRedactFile& file, const TDigestKey& key, TRedactOutput& output) {
+    TCaptureTree tree =
+        file.kind == ERedactKind::tree ? ReadCapturedFolder(file.path) : ReadCaptureArchive(file.path);
+    const TRedactedMachine machine = RedactCapture(key, tree);
+    const std::string relative = machine.identities.Replace(file.relative, ETextContext::identities);
+    output.Write(relative, [&](std::ostream& out) { WriteArchive(tree, out); });
+    if (const auto left = FindIdentityLeft(machine, ReadArchive(output.GetPrivatePath(relative)))) {
+        FailForIdentity(left->kind, left->path + " of " + output.GetPath(relative));
+    }
+    return machine.identities.CountIdentities();
+}
+
 TKeyFile GetKey(const TRedactOptions& options) {
     return options.keyFile ? LoadKeyFile(*options.keyFile) : TKeyFile{TPseudonyms::MakeKey(), false};
+}
+
+void Add(const TIdentityCounts& counts, TIdentityCounts& sums) {
+    for (const auto& [kind, count] : counts) {
+        sums[kind] += count;
+    }
 }
 
 }  // namespace
@@ -161,12 +209,14 @@ EExitStatus RunRedact(const TRedactOptions& options, std::ostream& out) {
     for (const TRedactGroup& group : sources.groups) {
         TGroupRedaction redaction(group, key.key);
         for (const TRedactFile& file : group.files) {
-            redaction.Write(file, output);
+            if (IsCapture(file)) {
+                Add(WriteCapture(file, key.key, output), summary.identities);
+            } else {
+                redaction.Write(file, output);
+            }
         }
         summary.files += group.files.size();
-        for (const auto& [kind, count] : redaction.GetIdentities().CountIdentities()) {
-            summary.identities[kind] += count;
-        }
+        Add(redaction.GetIdentities().CountIdentities(), summary.identities);
     }
     output.MoveIntoPlace();
     summary.directory = options.directory;

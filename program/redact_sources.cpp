@@ -2,12 +2,14 @@
 
 #include "documents/document_error.h"
 #include "inventory/read/document_input.h"
+#include "machine/replay/capture_answers.h"
 
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <map>
 #include <optional>
+#include <string_view>
 #include <system_error>
 
 namespace NVORHOST {
@@ -27,8 +29,37 @@ bool StartsWithGzipMark(const std::string& path) {
     return file.get() == 0x1F && file.get() == 0x8B;
 }
 
+constexpr std::string_view archiveEnding = ".tar.xz";
+
+bool IsArchiveName(std::string_view name) {
+    constexpr std::string_view endings[] = {".tar", ".tar.gz", ".tgz", ".tar.bz2", ".tar.xz", ".tar.zst"};
+    return std::ranges::any_of(endings, [&](std::string_view ending) { return name.ends_with(ending); });
+}
+
+// A capture has the answers of system calls; a tree that another program copied has at least both folders.
+bool IsCaptureTree(const fs::path& folder) {
+    std::error_code error;
+    return fs::is_regular_file(folder / captureAnswersPath.substr(1), error) ||
+           (fs::is_directory(folder / "proc", error) && fs::is_directory(folder / "sys", error));
+}
+
+// Returns the name of the packed copy.
+fs::path PackedName(const fs::path& relative) {
+    std::string name = relative.string();
+    if (const auto place = name.rfind(".t"); place != std::string::npos && IsArchiveName(name)) {
+        name.erase(place);
+    }
+    if (name.ends_with(".tar")) {
+        name.erase(name.size() - 4);
+    }
+    return name.append(archiveEnding);
+}
+
 // Returns nullopt for a file that is not an inventory. Errors: throws TDocumentError.
 std::optional<ERedactKind> FindKind(const std::string& path) {
+    if (IsArchiveName(path) && fs::exists(path)) {
+        return ERedactKind::archive;
+    }
     const EContent content = TDocumentInput(path).GetContent();
     if (content == EContent::unknown) {
         return std::nullopt;
@@ -41,6 +72,9 @@ class TLister {
     void AddNamed(const std::string& source) {
         std::error_code error;
         const fs::path path = fs::path(source).lexically_normal();
+        if (fs::equivalent(path, "/", error)) {
+            Fail(source, "is this machine; capture --redact packs it");
+        }
         if (fs::is_directory(path, error)) {
             const std::size_t before = CountFiles();
             AddFolder(path, NameOf(path));
@@ -75,6 +109,9 @@ class TLister {
 
     void AddFolder(const fs::path& folder, const fs::path& relative) {
         std::error_code error;
+        if (IsCaptureTree(folder)) {
+            return Add(folder, relative, ERedactKind::tree);
+        }
         std::vector<fs::path> entries;
         for (const auto& entry : fs::directory_iterator(folder, error)) {
             entries.push_back(entry.path());
@@ -112,8 +149,10 @@ class TLister {
     }
 
     void Add(const fs::path& path, const fs::path& relative, ERedactKind kind) {
+        const bool isCapture = kind == ERedactKind::archive || kind == ERedactKind::tree;
         groups_[path.parent_path().string()].files.push_back(
-            {path.string(), relative.string(), kind, StartsWithGzipMark(path.string())});
+            {path.string(), (isCapture ? PackedName(relative) : relative).string(), kind,
+             !isCapture && StartsWithGzipMark(path.string())});
     }
 
     std::size_t CountFiles() const {

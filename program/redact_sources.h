@@ -10,6 +10,8 @@ namespace NVORHOST {
 enum class ERedactKind {
     document,  ///< hardware inventory or system information
     cimXml,    ///< saved namespace or result
+    archive,   ///< packed capture
+    tree,      ///< unpacked capture; `path` is its folder
 };
 
 struct TRedactFile {
@@ -30,8 +32,8 @@ struct TRedactSources {
     std::vector<std::string> skipped;  ///< files in directories that are not inventories
 };
 
-/// Lists the files to redact. A directory means all inventories in it and below it, which keep their
-/// paths, beginning with its own name.
+/// Lists the files to redact. The copy of a capture is packed, under its name with the ending ".tar.xz". A
+/// directory means all inventories in it and below it, which keep their paths, beginning with its own name.
 /// Errors: throws TDocumentError for a named file that cannot be read or is not an inventory, and for a
 ///         directory without any.
 TRedactSources ListRedactSources(const std::vector<std::string>& sources);

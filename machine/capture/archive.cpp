@@ -9,19 +9,26 @@
 namespace NVORHOST {
 namespace {
 
-TArchiveEntry LoadEntry() {
+template <typename TEntry>
+TEntry LoadEntry(const char* name, const std::string& part) {
     try {
-        return LoadFunction<TArchiveEntry>(
-            FindBesideProgram(NOXINFO_LIB_FROM_BIN "/noxinfo/" NOXINFO_ARCHIVE_MODULE), archiveEntryName);
+        return LoadFunction<TEntry>(
+            FindBesideProgram(NOXINFO_LIB_FROM_BIN "/noxinfo/" NOXINFO_ARCHIVE_MODULE), name);
     } catch (const std::runtime_error& error) {
-        throw std::runtime_error(std::string("the archive writer cannot be loaded: ") + error.what());
+        throw std::runtime_error("the archive " + part + " cannot be loaded: " + error.what());
     }
 }
 
 }  // namespace
 
 void WriteArchive(const TCaptureTree& tree, std::ostream& out) {
-    LoadEntry()(tree, out);
+    LoadEntry<TArchiveEntry>(archiveEntryName, "writer")(tree, out);
+}
+
+TCaptureTree ReadArchive(const std::string& path) {
+    TCaptureTree tree;
+    LoadEntry<TUnpackEntry>(unpackEntryName, "reader")(path, tree);
+    return tree;
 }
 
 }  // namespace NVORHOST

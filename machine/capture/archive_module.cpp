@@ -1,14 +1,17 @@
-// The archive writer as a module, which brings the archive library into the process.
+// The archive writer and reader as a module, which brings the archive library into the process.
 #include "host/export.h"
 #include "machine/capture/archive_module_entry.h"
 
 #include <archive.h>
 #include <archive_entry.h>
 
+#include <algorithm>
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <type_traits>
+#include <utility>
 
 namespace NVORHOST {
 namespace {
@@ -100,6 +103,122 @@ void WriteTarXz(const TCaptureTree& tree, std::ostream& out) {
     Check(writer.get(), archive_write_close(writer.get()));
 }
 
+struct TFreeReader {
+    void operator()(archive* reader) const { (void)archive_read_free(reader); }
+};
+using TReader = std::unique_ptr<archive, TFreeReader>;
+
+constexpr std::size_t maxFileBytes = std::size_t{64} << 20;
+constexpr std::size_t maxTreeBytes = std::size_t{1} << 30;
+constexpr std::size_t maxEntries = 1'000'000;
+
+[[noreturn]] void Refuse(const std::string& cause) {
+    throw std::runtime_error("cannot read the archive: " + cause);
+}
+
+[[noreturn]] void RefuseFor(archive* reader) {
+    const char* const cause = archive_error_string(reader);
+    Refuse(cause != nullptr ? cause : "unknown cause");
+}
+
+// Returns the absolute path of an entry in the tree; empty for the root.
+std::string PathOf(archive_entry* entry) {
+    const char* const name = archive_entry_pathname(entry);
+    if (name == nullptr) {
+        Refuse("an entry has no name");
+    }
+    std::string path;
+    std::string_view rest = name;
+    while (!rest.empty()) {
+        const std::size_t end = std::min(rest.find('/'), rest.size());
+        const std::string_view part = rest.substr(0, end);
+        if (part == "..") {
+            Refuse("the path of an entry leads out of the tree");
+        }
+        if (!part.empty() && part != ".") {
+            path.append("/").append(part);
+        }
+        rest.remove_prefix(std::min(end + 1, rest.size()));
+    }
+    return path;
+}
+
+std::string ReadContent(archive* reader) {
+    constexpr std::size_t blockBytes = 65536;
+    std::string content;
+    while (true) {
+        const std::size_t before = content.size();
+        content.resize(before + blockBytes);
+        const la_ssize_t size = archive_read_data(reader, content.data() + before, blockBytes);
+        if (size < 0) {
+            RefuseFor(reader);
+        }
+        content.resize(before + static_cast<std::size_t>(size));
+        if (size == 0) {
+            return content;
+        }
+        if (content.size() > maxFileBytes) {
+            Refuse("a file is larger than 64 MiB");
+        }
+    }
+}
+
+// Returns the number of bytes that were added.
+std::size_t AddEntry(archive* reader, archive_entry* entry, TCaptureTree& tree) {
+    const std::string path = PathOf(entry);
+    switch (archive_entry_filetype(entry)) {
+        case AE_IFDIR:
+            tree.AddFolder(path);
+            return 0;
+        case AE_IFLNK: {
+            const char* const target = archive_entry_symlink(entry);
+            tree.AddLink(path, target != nullptr ? target : "");
+            return 0;
+        }
+        case AE_IFREG: {
+            std::string content = ReadContent(reader);
+            const std::size_t size = content.size();
+            if (size == 0) {
+                tree.AddName(path);
+            } else {
+                tree.AddFile(path, std::move(content));
+            }
+            return size;
+        }
+        default:
+            return 0;
+    }
+}
+
+void ReadTar(const std::string& path, TCaptureTree& tree) {
+    const TReader reader(archive_read_new());
+    if (!reader) {
+        throw std::bad_alloc();
+    }
+    (void)archive_read_support_filter_gzip(reader.get());
+    (void)archive_read_support_filter_bzip2(reader.get());
+    (void)archive_read_support_filter_xz(reader.get());
+    (void)archive_read_support_filter_zstd(reader.get());
+    (void)archive_read_support_format_tar(reader.get());
+    constexpr std::size_t blockBytes = 65536;
+    if (archive_read_open_filename(reader.get(), path.c_str(), blockBytes) != ARCHIVE_OK) {
+        RefuseFor(reader.get());
+    }
+    std::size_t bytes = 0;
+    archive_entry* entry = nullptr;
+    int result = ARCHIVE_OK;
+    for (std::size_t count = 0; (result = archive_read_next_header(reader.get(), &entry)) == ARCHIVE_OK;
+         ++count) {
+        bytes += AddEntry(reader.get(), entry, tree);
+        if (bytes > maxTreeBytes || count >= maxEntries) {
+            Refuse("it is larger than any capture");
+        }
+    }
+    if (result != ARCHIVE_EOF) {
+        RefuseFor(reader.get());
+    }
+}
+
 }  // namespace
 }  // namespace NVORHOST
 
@@ -107,4 +226,9 @@ extern "C" NKELVOR20_API void NVORHOST_WriteTarXz(const NVORHOST::TCaptureTree& 
     NVORHOST::WriteTarXz(tree, out);
 }
 
+extern "C" NKELVOR20_API void NVORHOST_ReadTar(const std::string& path, NVORHOST::TCaptureTree& tree) {
+    NVORHOST::ReadTar(path, tree);
+}
+
+static_assert(std::is_same_v<decltype(&NVORHOST_ReadTar), NVORHOST::TUnpackEntry>);
 static_assert(std::is_same_v<decltype(&NVORHOST_WriteTarXz), NVORHOST::TArchiveEntry>);

@@ -424,6 +424,23 @@ TRedactedMachine Redact(TPseudonyms::TKey key, TCaptureTree& tree, TCaptureAnswe
     return redaction;
 }
 
+TRedactedMachine RedactCapture(TPseudonyms::TKey key, TCaptureTree& tree) {
+    TCaptureTree files;
+    for (const auto& [path, node] : tree.GetNodes()) {
+        if (path != captureAnswersPath) {
+            files.AddNode(path, node);
+        }
+    }
+    const auto* const text = tree.Find(captureAnswersPath);
+    TCaptureAnswers answers = text == nullptr ? TCaptureAnswers() : ParseCaptureAnswers(text->bytes);
+    TRedactedMachine machine = Redact(key, files, answers);
+    if (text != nullptr) {
+        files.AddFile(captureAnswersPath, FormatCaptureAnswers(answers));
+    }
+    tree = std::move(files);
+    return machine;
+}
+
 std::optional<TIdentityLeft> FindIdentityLeft(const TRedactedMachine& machine, const TCaptureTree& tree) {
     const TIdentitySearch search(machine.identities);
     for (const auto& [path, node] : tree.GetNodes()) {

@@ -22,6 +22,10 @@ struct TRedactedMachine {
 /// differs from the original in identities only.
 TRedactedMachine Redact(TPseudonyms::TKey key, TCaptureTree& tree, TCaptureAnswers& answers);
 
+/// Redacts an unpacked capture with the answers in it, if it has any. Errors: throws std::runtime_error for
+/// two identities with one pseudonym.
+TRedactedMachine RedactCapture(TPseudonyms::TKey key, TCaptureTree& tree);
+
 /// An identity that the redaction missed.
 struct TIdentityLeft {
     EIdentityKind kind = EIdentityKind::serialNumber;

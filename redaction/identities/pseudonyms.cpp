@@ -144,11 +144,25 @@ TPseudonyms::TKey TPseudonyms::MakeKey() {
 
 TPseudonyms::TPseudonyms(TKey key) : digest_(MakeKeyedDigest(key)) {}
 
+// An InfiniBand address ends in the identifier of the port, which is also used alone.
+std::string TPseudonyms::ReplaceInfiniBandAddress(const std::string& canonical) {
+    const std::size_t start = canonical.size() - 16;
+    return ReplaceCanonical(canonical.substr(0, start)) + ReplaceCanonical(canonical.substr(start));
+}
+
+std::string TPseudonyms::Compute(const std::string& canonical) {
+    constexpr std::size_t infiniBandDigits = 40;
+    if (canonical.size() == infiniBandDigits && IsHex(canonical)) {
+        return ReplaceInfiniBandAddress(canonical);
+    }
+    const std::string ascii = ToAscii(*digest_, canonical);
+    return TShapedText(ascii, CountKept(ascii)).Permute(*digest_);
+}
+
 const std::string& TPseudonyms::ReplaceCanonical(const std::string& canonical) {
     const auto [place, isNew] = pseudonyms_.try_emplace(canonical);
     if (isNew) {
-        const std::string ascii = ToAscii(*digest_, canonical);
-        place->second = TShapedText(ascii, CountKept(ascii)).Permute(*digest_);
+        place->second = Compute(canonical);
         const auto [original, isFree] = originals_.try_emplace(place->second, canonical);
         if (!isFree) {
             throw std::runtime_error("two identities have the same pseudonym; another key is needed");

@@ -29,8 +29,9 @@ class TPseudonyms {
     /// identifiers have different pseudonyms, and none is its own. Bytes outside ASCII become letters;
     /// hexadecimal texts remain hexadecimal. From 12 hexadecimal digits on, a letter may replace a digit and
     /// a digit a letter. The first of 16 or 32 hexadecimal digits is kept, because it is the format of a
-    /// world-wide name. Placeholders (placeholders.h) are kept, and no pseudonym is one.
-    /// Errors: throws std::runtime_error if two identifiers would have the same pseudonym, which only those
+    /// world-wide name. The last 16 of 40 have the pseudonym that they have alone. Placeholders
+    /// (placeholders.h) are kept, and no pseudonym is one. Errors: throws std::runtime_error if two
+    /// identifiers would have the same pseudonym, which only those
     ///         with bytes outside ASCII can.
     std::string Replace(std::string_view text);
 
@@ -47,6 +48,8 @@ class TPseudonyms {
     std::string ReplaceAddress(std::string_view bytes);
 
   private:
+    std::string ReplaceInfiniBandAddress(const std::string& canonical);
+    std::string Compute(const std::string& canonical);
     const std::string& ReplaceCanonical(const std::string& canonical);
     // Maps a number to one of [first, last], one-to-one within each context.
     std::uint16_t ReplaceNumber(const std::string& context, std::uint16_t number, std::uint16_t first,

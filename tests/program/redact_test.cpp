@@ -278,6 +278,64 @@ TEST_F(Redact, ReportsSourcesThatCannotBeRedacted) {
     EXPECT_THAT(refusal("cut.xml"), HasSubstr("noxinfo: cut.xml:"));
 }
 
+class RedactCapture : public Redact {
+  protected:
+    RedactCapture() {
+        fs::create_directories(folder_ / "machine/sys/class/dmi/id");
+        fs::create_directories(folder_ / "machine/proc/sys/kernel");
+        Write("machine/sys/class/dmi/id/product_serial", "SRV0012345\n");
+        Write("machine/proc/sys/kernel/hostname", "db-1.example.net\n");
+        Write("machine/proc/cmdline", "quiet srv=srv0012345\n");
+        Write("machine/noxinfo-system.txt", "node-name db-1.example.net\n");
+        EXPECT_EQ(Tar({"-czf", "../db-1.tar.gz", "."}, "machine").status, 0);
+    }
+    TProgramResult Tar(const std::vector<std::string>& arguments, const std::string& folder) const {
+        return RunProgram("tar", {arguments, folder_ / folder, {}});
+    }
+    // Returns the files of an archive with their contents, names first.
+    std::string Unpack(const std::string& archive) const {
+        return RunProgram("tar", {{"-tJf", archive}, folder_.GetPath(), {}}).standardOutput +
+               RunProgram("tar", {{"-xJOf", archive}, folder_.GetPath(), {}}).standardOutput;
+    }
+};
+
+TEST_F(RedactCapture, ReplacesIdentitiesOfAnUnpackedCapture) {
+    const auto result = Run({"machine"}, "out");
+    EXPECT_EQ(result.standardError, "");
+    EXPECT_EQ(result.standardOutput,
+              "Redacted    1 file into out\n"
+              "Replaced    1 serial number, 1 host name\n"
+              "Key         key\n");
+    const std::string text = Unpack("out/machine.tar.xz");
+    EXPECT_THAT(text, HasSubstr("sys/class/dmi/id/product_serial\n"));
+    EXPECT_THAT(text, HasSubstr("DAT9017488\n"));
+    EXPECT_THAT(text, HasSubstr("quiet srv=dat9017488\n"));
+    EXPECT_THAT(text, HasSubstr("db-4.vwimmsy.xno\n"));
+    EXPECT_THAT(text, Not(HasSubstr("db-1")));
+}
+
+TEST_F(RedactCapture, ReplacesIdentitiesOfAPackedCaptureAndInItsName) {
+    ASSERT_EQ(Run({"machine"}, "unpacked").status, 0);
+    ASSERT_EQ(Run({"db-1.tar.gz"}, "packed").status, 0);
+    EXPECT_EQ(Read("packed/db-4.tar.xz"), Read("unpacked/machine.tar.xz"));
+}
+
+TEST_F(RedactCapture, RefusesArchivesThatAreNotCaptures) {
+    Write("empty.tar.xz", "");
+    Write("cut.tar.gz", Read("db-1.tar.gz").substr(0, 200));
+    ASSERT_EQ(Tar({"-cf", "../other.tar", "proc"}, "machine").status, 0);
+    const auto refusal = [&](const std::string& source) {
+        const auto result = Run({source}, "out");
+        EXPECT_EQ(result.status, 1);
+        EXPECT_FALSE(fs::exists(folder_ / "out"));
+        return result.standardError;
+    };
+    EXPECT_THAT(refusal("cut.tar.gz"), HasSubstr("noxinfo: cut.tar.gz: cannot read the archive: "));
+    EXPECT_EQ(refusal("other.tar"), "noxinfo: other.tar: is not a capture\n");
+    EXPECT_THAT(refusal("empty.tar.xz"), HasSubstr("noxinfo: empty.tar.xz: "));
+    EXPECT_EQ(refusal("/"), "noxinfo: /: is this machine; capture --redact packs it\n");
+}
+
 TEST_F(Redact, MakesTheKeyFileOnce) {
     AddMachine("server", "server-two-sockets");
     EXPECT_THAT(Run({"server"}, "one", "new").standardOutput,

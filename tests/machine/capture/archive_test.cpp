@@ -4,9 +4,14 @@
 #include <archive_entry.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <memory>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -118,6 +123,40 @@ TEST(WriteArchive, LeavesAFailureOfTheStreamToTheCaller) {
     out.setstate(std::ios::badbit);
     EXPECT_NO_THROW(WriteArchive(MakeTree(), out));
     EXPECT_EQ(out.str(), "");
+}
+
+class ReadArchiveTest : public testing::Test {
+  protected:
+    ReadArchiveTest() : path_((std::filesystem::temp_directory_path() / "noxinfo-archive-XXXXXX").string()) {
+        const int file = ::mkstemp(path_.data());
+        EXPECT_GE(file, 0);
+        (void)::close(file);
+    }
+    ~ReadArchiveTest() override { std::filesystem::remove(path_); }
+
+    void Write(const std::string& bytes) const { std::ofstream(path_, std::ios::binary) << bytes; }
+
+    std::string path_;
+};
+
+TEST_F(ReadArchiveTest, ReadsWhatWasPacked) {
+    const TCaptureTree tree = MakeTree();
+    Write(Pack(tree));
+    const TCaptureTree read = ReadArchive(path_);
+    ASSERT_EQ(read.GetNodes().size(), tree.GetNodes().size());
+    for (const auto& [path, node] : tree.GetNodes()) {
+        const auto* const found = read.Find(path);
+        ASSERT_NE(found, nullptr) << path;
+        EXPECT_EQ(found->bytes, node.bytes) << path;
+    }
+}
+
+TEST_F(ReadArchiveTest, RejectsEveryTruncatedArchive) {
+    const std::string whole = Pack(MakeTree());
+    for (std::size_t size = 1; size < whole.size(); size += 7) {
+        Write(whole.substr(0, size));
+        EXPECT_THROW((void)ReadArchive(path_), std::runtime_error) << size;
+    }
 }
 
 }  // namespace

@@ -71,6 +71,12 @@ TEST(Pseudonyms, KeepTheFormatDigitOfWorldWideNames) {
     EXPECT_EQ(pseudonyms.ReplaceBytes(ParseByteLine("5000c500a1b2c3d4")), ParseByteLine(name));
 }
 
+TEST(Pseudonyms, AreTheSameForAPortOfInfiniBandWithAndWithoutItsNetwork) {
+    TPseudonyms pseudonyms(key);
+    const std::string port = pseudonyms.Replace("02025E03000A0B0C");
+    EXPECT_THAT(pseudonyms.Replace("80000208FE8000000000000002025E03000A0B0C"), testing::EndsWith(port));
+}
+
 TEST(Pseudonyms, DifferForDifferentOriginals) {
     TPseudonyms pseudonyms(key);
     std::set<std::string> found;
