@@ -1,0 +1,163 @@
+// The same documents in SQLite and in ClickHouse: every answer is the same.
+#include "clickhouse_server.h"
+#include "fleet/clickhouse/clickhouse_store.h"
+#include "fleet/load/load.h"
+#include "fleet/sqlite/sqlite_store.h"
+#include "tests/fleet/load/made_documents.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <set>
+
+namespace NFLEET {
+namespace {
+
+constexpr int days = 8;
+
+// The disks of a machine on a day: some of ten, with a model that changes now and then.
+std::string MakeDisks(std::mt19937& random) {
+    std::string disks;
+    for (int i = 0; i < 10; ++i) {
+        if (random() % 4 != 0) {
+            disks += MakeDisk("S" + std::to_string(i) + "&amp;'\"", random() % 8 == 0 ? "OTHER\\n" : "SM600");
+        }
+    }
+    return disks;
+}
+
+// Documents of two machines, between which disks move.
+void MakeDocuments(const TLoadFolder& folder) {
+    std::mt19937 random(1);
+    for (int day = 1; day <= days; ++day) {
+        const std::string name = "/" + std::to_string(day) + "/hardwareinventory.xml";
+        folder.Write("web" + name, MakeWeb(day, MakeDisks(random)));
+        folder.Write("db" + name, MakeDb(day, MakeDisks(random)));
+        folder.Write("web/" + std::to_string(day) + "/systeminformation.xml",
+                     MakeSystemInformation(day, "WEB1", "host" + std::to_string(day / 4)));
+    }
+}
+
+class TSameAnswers : public testing::Test {
+  protected:
+    TSameAnswers()
+        : sqlite_(OpenSqliteStore(database_.GetPath("fleet.db"))),
+          clickHouse_(OpenClickHouseStore(MakeDatabaseUrl())) {
+        MakeDocuments(folder_);
+        sqlite_->Migrate();
+        clickHouse_->Migrate();
+    }
+
+    void Load(IFleetStore& store, const std::vector<std::string>& names) {
+        std::vector<std::string> paths;
+        for (const std::string& name : names) {
+            paths.push_back(folder_.GetPath(name));
+        }
+        TLoadOptions options;
+        options.threads = 2;
+        options.batchInventories = 5;
+        options.now = firstOfMarch + 100 * 86'400;
+        (void)LoadInventories(paths, options, store, events_);
+    }
+
+    void ExpectSameAnswers() {
+        EXPECT_EQ(clickHouse_->ReadMachines(), sqlite_->ReadMachines());
+        EXPECT_EQ(clickHouse_->ReadAliases(), sqlite_->ReadAliases());
+        ExpectSameInventories();
+        ExpectSameChanges();
+        ExpectSameStates();
+        ExpectSameVersions();
+    }
+
+    TLoadFolder folder_;
+    TLoadFolder database_;
+    std::unique_ptr<IFleetStore> sqlite_;
+    std::unique_ptr<IFleetStore> clickHouse_;
+    TRecordedLoad events_;
+
+  private:
+    void ExpectSameInventories() {
+        TInventoryQuery query;
+        query.withVolatileValues = true;
+        EXPECT_FALSE(sqlite_->ReadInventories(query).empty());
+        EXPECT_EQ(clickHouse_->ReadInventories(query), sqlite_->ReadInventories(query));
+        query.newestOnly = true;
+        query.until = firstOfMarch + 3 * 86'400;
+        EXPECT_EQ(clickHouse_->ReadInventories(query), sqlite_->ReadInventories(query));
+    }
+
+    void ExpectSameChanges() {
+        EXPECT_FALSE(sqlite_->ReadChanges({}).empty());
+        for (int day = 0; day <= days; ++day) {
+            const TChangeQuery query{{}, firstOfMarch + day * 86'400, open};
+            EXPECT_EQ(clickHouse_->ReadChanges(query), sqlite_->ReadChanges(query)) << day;
+        }
+    }
+
+    void ExpectSameStates() {
+        std::set<std::string> values{"S1&'\"", "WEB1", "no such value"};
+        for (const TMachine& machine : sqlite_->ReadMachines()) {
+            const std::vector ids{machine.id};
+            EXPECT_EQ(clickHouse_->ReadHeads(ids), sqlite_->ReadHeads(ids));
+            for (const EScope scope : scopes) {
+                const std::vector places{TMachineScope{machine.id, scope}};
+                const auto state = sqlite_->ReadStates(places).at(0);
+                EXPECT_EQ(clickHouse_->ReadStates(places).at(0).presences, state.presences);
+                EXPECT_EQ(clickHouse_->ReadStates(places).at(0).inventories, state.inventories);
+                EXPECT_EQ(clickHouse_->ReadPresences(places[0], open - 1),
+                          sqlite_->ReadPresences(places[0], open - 1));
+            }
+        }
+        EXPECT_FALSE(sqlite_->FindIdentity("S1&'\"").empty());
+        for (const std::string& value : values) {
+            EXPECT_EQ(clickHouse_->FindIdentity(value), sqlite_->FindIdentity(value)) << value;
+        }
+    }
+
+    void ExpectSameVersions() {
+        const auto counts = sqlite_->CountVersions({});
+        EXPECT_FALSE(counts.empty());
+        EXPECT_EQ(clickHouse_->CountVersions({}), counts);
+        EXPECT_EQ(clickHouse_->CountVersions({"X3G", {"DiskDrive"}}),
+                  sqlite_->CountVersions({"X3G", {"DiskDrive"}}));
+        std::vector<TDigest> versions;
+        for (const TVersionCount& count : counts) {
+            versions.push_back(count.version);
+        }
+        std::ranges::sort(versions);
+        EXPECT_EQ(clickHouse_->ReadVersions(versions), sqlite_->ReadVersions(versions));
+        EXPECT_EQ(clickHouse_->FindPresences(versions, std::nullopt),
+                  sqlite_->FindPresences(versions, std::nullopt));
+    }
+};
+
+TEST_F(TSameAnswers, AfterALoad) {
+    Load(*sqlite_, {""});
+    Load(*clickHouse_, {""});
+    ExpectSameAnswers();
+}
+
+TEST_F(TSameAnswers, AfterLoadsInAnotherOrder) {
+    Load(*sqlite_, {""});
+    for (const char* name : {"web/5", "db/8", "web/2", "db/1", "web/8", "db/4", "web", "db", ""}) {
+        Load(*clickHouse_, {name});
+    }
+    EXPECT_EQ(clickHouse_->ReadMachines(), sqlite_->ReadMachines());
+    EXPECT_EQ(clickHouse_->ReadChanges({}), sqlite_->ReadChanges({}));
+    EXPECT_EQ(clickHouse_->CountVersions({}), sqlite_->CountVersions({}));
+}
+
+TEST_F(TSameAnswers, AfterPruningAndMerging) {
+    for (IFleetStore* const store : {sqlite_.get(), clickHouse_.get()}) {
+        Load(*store, {""});
+        TKeepOptions keep;
+        keep.newest = 3;
+        EXPECT_GT(PruneInventories(keep, *store), 0U);
+        MergeMachines(dbKey, webKey, *store);
+    }
+    ExpectSameAnswers();
+}
+
+}  // namespace
+}  // namespace NFLEET
