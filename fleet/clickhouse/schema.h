@@ -1,8 +1,9 @@
 // The tables of a fleet in ClickHouse, on one server or on the servers of a cluster.
 //
-// Rows are in tables named NAME_rows, which keep every change of a row until the server merges it with the newer one:
-// they are read with FINAL and `removed = 0`. Views for people do so. On a cluster, NAME_rows is a Distributed table over
-// the tables NAME_local of all servers, sharded by machine; versions are sharded by digest.
+// Rows are in tables named NAME_rows, which keep every change of a row until the server merges it with the
+// newer one: they are read with FINAL and `removed = 0`. Views for people do so. On a cluster, NAME_rows is a
+// Distributed table over the tables NAME_local of all servers, sharded by machine; versions are sharded by
+// digest.
 #pragma once
 
 #include <string>

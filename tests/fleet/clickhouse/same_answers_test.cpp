@@ -1,4 +1,4 @@
-// The same documents in SQLite and in ClickHouse: every answer is the same.
+// SQLite and ClickHouse give the same answers about the same documents.
 #include "clickhouse_server.h"
 #include "fleet/clickhouse/clickhouse_store.h"
 #include "fleet/load/load.h"
