@@ -44,6 +44,7 @@ class TInventoryBuilder {
 
   private:
     static void AddTraitsTo(const NINVENTORY::TResource& resource, TMachineTraits& traits);
+    void SortResources();
     void AddPresence(const TDigest& resource, const std::shared_ptr<TCachedVersion>& version,
                      TIdentity identity, std::vector<TPlacedProperty> volatileProperties);
 

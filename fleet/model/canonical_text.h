@@ -3,6 +3,7 @@
 
 #include "fleet/model/digest.h"
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -18,9 +19,11 @@ class TCanonicalText {
     }
     void Add(std::uint64_t number) {
         constexpr unsigned bitsOfByte = 8;
+        std::array<char, sizeof(number)> bytes{};
         for (unsigned byte = 0; byte < sizeof(number); ++byte) {
-            bytes_.push_back(static_cast<char>(number >> (byte * bitsOfByte) & 0xFFU));
+            bytes[byte] = static_cast<char>(number >> (byte * bitsOfByte) & 0xFFU);
         }
+        bytes_.append(bytes.data(), bytes.size());
     }
     /// Appends the bytes of a digest, whose number is always the same.
     void Add(const TDigest& digest) { bytes_.append(digest.GetView()); }

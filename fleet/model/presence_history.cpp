@@ -50,8 +50,7 @@ bool IsInventoryBefore(const TInventory& inventory, TSeconds time) {
 TPresenceHistory::TPresenceHistory(TScopeState state)
     : place_(state.place),
       inventories_(std::move(state.inventories)),
-      stored_(std::move(state.presences)),
-      rows_(stored_) {
+      stored_(std::move(state.presences)) {
     Normalize();
 }
 

@@ -44,7 +44,7 @@ std::int64_t TWordTable::Get(std::string_view text) {
 }
 
 std::optional<std::int64_t> TWordTable::Find(std::string_view text) {
-    if (const auto known = ids_.find(std::string(text)); known != ids_.end()) {
+    if (const auto known = ids_.find(text); known != ids_.end()) {
         return known->second;
     }
     if (!find_.Begin(text).Step()) {

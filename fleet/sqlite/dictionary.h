@@ -4,6 +4,7 @@
 #include "fleet/sqlite/connection.h"
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -55,7 +56,13 @@ class TWordTable {
     TStatement find_;
     TStatement read_;
     TStatement insert_;
-    std::unordered_map<std::string, std::int64_t> ids_;
+    /// Hashes texts without making strings of them.
+    struct TTextHash {
+        using is_transparent = void;
+        std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
+    };
+
+    std::unordered_map<std::string, std::int64_t, TTextHash, std::equal_to<>> ids_;
     std::unordered_map<std::int64_t, std::string> texts_;
 };
 

@@ -1,0 +1,260 @@
+// Compares loading the inventories of a fleet with decompressing and parsing the same documents with libxml2,
+// whose events go to functions that do nothing, on as many threads: the first inventory of each machine, then
+// two more. NOXINFO_BENCH_MACHINES is the number of machines.
+#include "bench/inventory_workload.h"
+#include "bench/made_fleet.h"
+#include "fleet/load/load.h"
+#include "fleet/load/source_files.h"
+#include "fleet/sqlite/sqlite_store.h"
+#include "writer/nox_xml_writer.h"
+
+#include <benchmark/benchmark.h>
+#include <libxml/parser.h>
+#include <zlib.h>
+
+#include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace NFLEET {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t documentBytes = 247'000;
+constexpr unsigned days = 3;
+constexpr unsigned threads = 2;
+
+unsigned GetMachines() {
+    const char* const text = std::getenv("NOXINFO_BENCH_MACHINES");
+    return text == nullptr ? 1000 : static_cast<unsigned>(std::stoul(text));
+}
+
+void WriteCompressed(const fs::path& path, const std::string& text) {
+    fs::create_directories(path.parent_path());
+    gzFile file = gzopen(path.c_str(), "wb");
+    if (file == nullptr || gzwrite(file, text.data(), static_cast<unsigned>(text.size())) == 0 ||
+        gzclose(file) != Z_OK) {
+        std::abort();
+    }
+}
+
+// The documents of all days on disk, removed at the end.
+class TFleetOnDisk {
+  public:
+    TFleetOnDisk() {
+        std::string path = (fs::temp_directory_path() / "noxinfo-bench-XXXXXX").string();
+        if (::mkdtemp(path.data()) == nullptr) {
+            std::abort();
+        }
+        root_ = path;
+        std::ostringstream out;
+        TNOXXMLWriterImpl(out).WriteNamespace(MakeInventory(UnitsForDocument(documentBytes)));
+        const TMadeFleet fleet(std::move(out).str());
+        for (unsigned day = 0; day < days; ++day) {
+            for (unsigned machine = 0; machine < GetMachines(); ++machine) {
+                const std::string text = fleet.MakeDocument(machine, day);
+                const fs::path file =
+                    root_ / std::to_string(day) / std::to_string(machine) / "hardwareinventory.xml.gz";
+                WriteCompressed(file, text);
+                files_[day].push_back(file.string());
+                bytes_ += text.size();
+                compressedBytes_ += fs::file_size(file);
+            }
+        }
+    }
+    ~TFleetOnDisk() {
+        std::error_code error;
+        fs::remove_all(root_, error);
+    }
+    TFleetOnDisk(const TFleetOnDisk&) = delete;
+    TFleetOnDisk& operator=(const TFleetOnDisk&) = delete;
+
+    std::string GetFolder(unsigned day) const { return (root_ / std::to_string(day)).string(); }
+    std::string GetDatabase() const { return (root_ / "fleet.db").string(); }
+    const std::vector<std::string>& GetFiles(unsigned day) const { return files_[day]; }
+    double GetCompressedBytes() const { return static_cast<double>(compressedBytes_); }
+    double GetBytes() const { return static_cast<double>(bytes_); }
+
+  private:
+    fs::path root_;
+    std::vector<std::string> files_[days];
+    std::uintmax_t bytes_ = 0;
+    std::uintmax_t compressedBytes_ = 0;
+};
+
+struct TTime {
+    double wall = 0;
+    double processor = 0;
+
+    TTime& operator+=(const TTime& other) {
+        wall += other.wall;
+        processor += other.processor;
+        return *this;
+    }
+};
+
+template <typename TWork>
+TTime Measure(TWork work) {
+    const auto processor = [] {
+        timespec time{};
+        clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+        return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
+    };
+    const auto start = std::chrono::steady_clock::now();
+    const double startProcessor = processor();
+    work();
+    return {std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count(),
+            processor() - startProcessor};
+}
+
+// One thread's decompression and parse; keeps its memory between documents.
+class TBareParser {
+  public:
+    TBareParser() {
+        constexpr int gzip = MAX_WBITS + 16;
+        if (inflateInit2(&stream_, gzip) != Z_OK) {
+            std::abort();
+        }
+        handlers_.initialized = XML_SAX2_MAGIC;
+        handlers_.startElementNs = [](void*, const xmlChar*, const xmlChar*, const xmlChar*, int,
+                                      const xmlChar**, int, int, const xmlChar**) {};
+        handlers_.endElementNs = [](void*, const xmlChar*, const xmlChar*, const xmlChar*) {};
+        handlers_.characters = [](void*, const xmlChar*, int) {};
+        handlers_.ignorableWhitespace = handlers_.characters;
+    }
+    ~TBareParser() { inflateEnd(&stream_); }
+    TBareParser(const TBareParser&) = delete;
+    TBareParser& operator=(const TBareParser&) = delete;
+
+    void Parse(const std::string& path) {
+        TSourceFile file = ReadSourceFile(path);
+        inflateReset(&stream_);
+        text_.resize(4 * documentBytes);
+        stream_.next_in = reinterpret_cast<Bytef*>(file.bytes.data());
+        stream_.avail_in = static_cast<uInt>(file.bytes.size());
+        stream_.next_out = reinterpret_cast<Bytef*>(text_.data());
+        stream_.avail_out = static_cast<uInt>(text_.size());
+        if (inflate(&stream_, Z_FINISH) != Z_STREAM_END ||
+            xmlSAXUserParseMemory(&handlers_, nullptr, text_.data(), static_cast<int>(stream_.total_out)) !=
+                0) {
+            std::abort();
+        }
+    }
+
+  private:
+    z_stream stream_{};
+    xmlSAXHandler handlers_{};
+    std::string text_;
+};
+
+void ParseAll(const std::vector<std::string>& files) {
+    std::atomic<std::size_t> next = 0;
+    const auto run = [&] {
+        TBareParser parser;
+        for (std::size_t i = next++; i < files.size(); i = next++) {
+            parser.Parse(files[i]);
+        }
+    };
+    std::vector<std::thread> running;
+    for (unsigned i = 0; i < threads; ++i) {
+        running.emplace_back(run);
+    }
+    for (std::thread& thread : running) {
+        thread.join();
+    }
+}
+
+struct TSilentLoad final : ILoadEvents {
+    void Progress(const TLoadCount& /*count*/) override {}
+    void SetAside(std::string_view /*path*/, std::string_view reason) override {
+        std::cerr << reason << std::endl;
+        std::abort();
+    }
+    void Warn(std::string_view /*message*/) override {}
+};
+
+void Load(const std::string& folder, IFleetStore& store) {
+    TLoadOptions options;
+    options.threads = threads;
+    options.now = open - 1000000;
+    TSilentLoad events;
+    if (LoadInventories({folder}, options, store, events).inventories != GetMachines()) {
+        std::abort();
+    }
+}
+
+// The greatest resident memory of the process in MiB, and how to begin anew.
+double GetPeakMemory() {
+    std::ifstream status("/proc/self/status");
+    for (std::string word; status >> word;) {
+        if (word == "VmHWM:") {
+            double kibibytes = 0;
+            status >> kibibytes;
+            return kibibytes / 1024;
+        }
+    }
+    return 0;
+}
+
+void ResetPeakMemory() {
+    std::ofstream("/proc/self/clear_refs") << "5";
+}
+
+double GetSize(const std::string& path) {
+    return static_cast<double>(fs::file_size(path));
+}
+
+void LoadAgainstBareParse(benchmark::State& state) {
+    const TFleetOnDisk fleet;
+    xmlInitParser();
+    ResetPeakMemory();
+    for (auto iteration : state) {
+        auto store = OpenSqliteStore(fleet.GetDatabase());
+        store->Migrate();
+        TTime bare;
+        TTime first;
+        TTime bareFollowing;
+        TTime following;
+        bare += Measure([&] { ParseAll(fleet.GetFiles(0)); });
+        first += Measure([&] { Load(fleet.GetFolder(0), *store); });
+        store.reset();  // moves everything into the database file
+        store = OpenSqliteStore(fleet.GetDatabase());
+        const double firstBytes = GetSize(fleet.GetDatabase());
+        for (unsigned day = 1; day < days; ++day) {
+            bareFollowing += Measure([&] { ParseAll(fleet.GetFiles(day)); });
+            following += Measure([&] { Load(fleet.GetFolder(day), *store); });
+        }
+        store.reset();
+        const double machines = GetMachines();
+        state.SetIterationTime(first.wall + following.wall);
+        state.counters["document_KB"] = fleet.GetBytes() / machines / days / 1e3;
+        state.counters["gzip_KB"] = fleet.GetCompressedBytes() / machines / days / 1e3;
+        state.counters["parse_per_s"] = machines / bare.wall;
+        state.counters["first_per_s"] = machines / first.wall;
+        state.counters["following_per_s"] = machines * (days - 1) / following.wall;
+        state.counters["first/parse"] = first.wall / bare.wall;
+        state.counters["first/parse_cpu"] = first.processor / bare.processor;
+        state.counters["following/parse"] = following.wall / bareFollowing.wall;
+        state.counters["following/parse_cpu"] = following.processor / bareFollowing.processor;
+        state.counters["bytes/gzip"] = GetSize(fleet.GetDatabase()) / fleet.GetCompressedBytes();
+        state.counters["following_bytes"] =
+            (GetSize(fleet.GetDatabase()) - firstBytes) / machines / (days - 1);
+        state.counters["peak_MiB"] = GetPeakMemory();
+    }
+}
+
+BENCHMARK(LoadAgainstBareParse)->UseManualTime()->Iterations(1)->Unit(benchmark::kSecond);
+
+}  // namespace
+}  // namespace NFLEET
