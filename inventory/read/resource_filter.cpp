@@ -14,12 +14,15 @@ bool IsListed(const std::vector<std::string>& list, const std::string& text) {
 bool Holds(const TCondition& condition, const TResource& resource) {
     const TProperty* const property = resource.Find(condition.property);
     return property != nullptr && std::ranges::any_of(property->values, [&](const std::string& value) {
-               return condition.expression ? std::regex_search(value, *condition.expression)
-                                           : value == condition.value;
+               return Meets(value, condition);
            });
 }
 
 }  // namespace
+
+bool Meets(const std::string& value, const TCondition& condition) {
+    return condition.expression ? std::regex_search(value, *condition.expression) : value == condition.value;
+}
 
 TCondition ParseCondition(const std::string& text) {
     const std::size_t sign = text.find_first_of("=~");

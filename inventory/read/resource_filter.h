@@ -28,6 +28,9 @@ struct TFilterSettings {
 /// Errors: throws std::invalid_argument with a message.
 TCondition ParseCondition(const std::string& text);
 
+/// True if a value meets a condition.
+bool Meets(const std::string& value, const TCondition& condition);
+
 class TResourceFilter final : public IDocumentEvents {
   public:
     /// Both must outlive this object.

@@ -1,9 +1,7 @@
 #include "inventory/write/csv_writer.h"
 
 #include "inventory/model/meaning.h"
-#include "inventory/write/well_formed_text.h"
-
-#include <csv.h>
+#include "inventory/write/csv_field.h"
 
 #include <optional>
 #include <string>
@@ -13,13 +11,6 @@ namespace NINVENTORY {
 namespace {
 
 using TField = std::optional<std::string_view>;
-
-std::string Quote(std::string_view text) {
-    // Quotes around the field, and each of its own doubled.
-    std::string quoted(2 * text.size() + 2, '\0');
-    quoted.resize(csv_write(quoted.data(), quoted.size(), text.data(), text.size()));
-    return quoted;
-}
 
 TField NonEmpty(std::string_view text) {
     return text.empty() ? std::nullopt : TField(text);
@@ -73,7 +64,7 @@ class TCsvWriter final : public IInventoryFormat {
 
     void WriteField(TField field) {
         if (field) {
-            out_ << Quote(ReplaceNul(MakeWellFormed(*field)));
+            out_ << QuoteCsv(*field);
         }
     }
     void Write(TField field) {

@@ -1,0 +1,173 @@
+#include "fleet/ask/machine_list.h"
+
+#include "fleet/ask/version_index.h"
+#include "fleet/model/assembly.h"
+#include "text/ascii.h"
+#include "text/lines.h"
+#include "text/shown_text.h"
+
+#include <algorithm>
+#include <iterator>
+#include <optional>
+#include <set>
+#include <string>
+#include <tuple>
+#include <utility>
+
+namespace NFLEET {
+namespace {
+
+using NINVENTORY::TCondition;
+
+constexpr std::size_t minDigits = 6;  // of an identifier that is not whole
+constexpr std::size_t maxNamed = 5;   // machines in a message
+
+struct TFactRow {
+    std::string_view name;
+    std::string (*get)(const TMachine& machine);
+};
+
+constexpr TFactRow factRows[] = {
+    {"name", [](const TMachine& machine) { return machine.facts.name; }},
+    {"vendor", [](const TMachine& machine) { return machine.facts.vendor; }},
+    {"model", [](const TMachine& machine) { return machine.facts.model; }},
+    {"serial", [](const TMachine& machine) { return machine.facts.serial; }},
+    {"uuid", [](const TMachine& machine) { return machine.facts.uuid; }},
+    {"key", [](const TMachine& machine) { return machine.key; }},
+};
+
+bool IsMachine(const TMachine& machine, std::string_view text) {
+    return machine.key == text || machine.facts.name == text || machine.facts.serial == text ||
+           (!machine.facts.uuid.empty() &&
+            NVORHOST::ToLowerCase(machine.facts.uuid) == NVORHOST::ToLowerCase(text)) ||
+           (text.size() >= minDigits && ToText(machine.id).starts_with(NVORHOST::ToUpperCase(text)));
+}
+
+std::string NameMachines(const std::vector<TMachine>& machines) {
+    std::string text;
+    for (std::size_t i = 0; i < std::min(machines.size(), maxNamed); ++i) {
+        text += (i == 0 ? "" : ", ") + NVORHOST::ToShownText(machines[i].key);
+    }
+    return text + (machines.size() > maxNamed ? ", ..." : "");
+}
+
+using TMachineIds = std::set<TMachineId>;
+
+bool MeetsResource(const NINVENTORY::TResource& resource, std::string_view property,
+                   const TCondition& condition) {
+    const NINVENTORY::TProperty* const found = resource.Find(property);
+    return found != nullptr &&
+           std::ranges::any_of(found->values, [&](const auto& value) { return Meets(value, condition); });
+}
+
+// True if the property is one of those whose values differ from presence to presence.
+bool IsIdentifying(const TVersion& version, std::string_view property) {
+    return std::ranges::any_of(version.properties, [&](const TVersionProperty& stored) {
+        return stored.isIdentifying && stored.property.name == property;
+    });
+}
+
+// Finds the machines of which a present resource meets a condition on TYPE.PROPERTY.
+TMachineIds FindByResource(IFleetStore& store, const TCondition& condition) {
+    const auto [type, property] = NVORHOST::SplitAt(condition.property, '.');
+    const auto counts = store.CountVersions({.model = std::nullopt, .types = {std::string(type)}});
+    const TVersionIndex versions(store, counts);
+    std::vector<TDigest> wanted;
+    for (const TVersionCount& count : counts) {
+        const TVersion* const version = versions.Find(count.version);
+        if (version != nullptr && (IsIdentifying(*version, property) ||
+                                   MeetsResource(AssembleResource({}, *version), property, condition))) {
+            wanted.push_back(count.version);
+        }
+    }
+    std::ranges::sort(wanted);
+    wanted.erase(std::unique(wanted.begin(), wanted.end()), wanted.end());
+    TMachineIds ids;
+    for (const TPresence& row : store.FindPresences(wanted, std::nullopt)) {
+        if (MeetsResource(versions.Assemble(row), property, condition)) {
+            ids.insert(row.place.machine);
+        }
+    }
+    return ids;
+}
+
+void KeepMachines(IFleetStore& store, const TCondition& condition, std::vector<TMachine>& machines) {
+    if (condition.property.find('.') != std::string::npos) {
+        const TMachineIds ids = FindByResource(store, condition);
+        std::erase_if(machines, [&](const TMachine& machine) { return !ids.contains(machine.id); });
+        return;
+    }
+    const auto* const row = std::ranges::find(factRows, condition.property, &TFactRow::name);
+    if (row == std::end(factRows)) {
+        throw TQuestionError("'" + NVORHOST::ToShownText(condition.property) +
+                             "' is not TYPE.PROPERTY, nor one of name, vendor, model, serial, uuid, key");
+    }
+    std::erase_if(machines, [&](const TMachine& machine) { return !Meets(row->get(machine), condition); });
+}
+
+TAnswer MakeTable(std::string question, const std::vector<TMachine>& machines) {
+    TAnswer answer{.question = std::move(question),
+                   .columns = {{"name", "name"},
+                               {"model", "model"},
+                               {"vendor", "vendor", /*isMinor=*/true},
+                               {"serial", "serial number"},
+                               {"firstSeen", "first seen", /*isMinor=*/true},
+                               {"lastSeen", "last seen"},
+                               {"uuid", "UUID", /*isMinor=*/true},
+                               {"key", ""}}};
+    for (const TMachine& machine : machines) {
+        answer.rows.push_back({MakeTextCell(machine.facts.name), MakeTextCell(machine.facts.model),
+                               MakeTextCell(machine.facts.vendor), MakeTextCell(machine.facts.serial),
+                               TMoment{machine.first}, TMoment{machine.last},
+                               MakeTextCell(machine.facts.uuid), machine.key});
+    }
+    return answer;
+}
+
+}  // namespace
+
+std::string NameMachine(const TMachine& machine) {
+    return !machine.facts.name.empty()     ? machine.facts.name
+           : !machine.facts.serial.empty() ? machine.facts.serial
+                                           : machine.key;
+}
+
+TMachine FindMachine(IFleetStore& store, std::string_view text) {
+    std::vector<TMachine> found = store.ReadMachines();
+    std::erase_if(found, [&](const TMachine& machine) { return !IsMachine(machine, text); });
+    if (found.empty()) {
+        throw TQuestionError("there is no machine '" + NVORHOST::ToShownText(std::string(text)) + "' in " +
+                             store.GetName());
+    }
+    if (found.size() > 1) {
+        std::ranges::sort(found, {}, &TMachine::key);
+        throw TQuestionError("'" + NVORHOST::ToShownText(std::string(text)) + "' could be one of " +
+                             NameMachines(found));
+    }
+    return std::move(found.front());
+}
+
+TAnswer ListMachines(IFleetStore& store, std::span<const TCondition> conditions) {
+    std::vector<TMachine> machines = store.ReadMachines();
+    for (const TCondition& condition : conditions) {
+        KeepMachines(store, condition, machines);
+    }
+    std::ranges::sort(machines, {},
+                      [](const TMachine& machine) { return std::pair(NameMachine(machine), machine.key); });
+    TAnswer answer = MakeTable("machines", machines);
+    answer.emptyText = "no machines";
+    return answer;
+}
+
+TAnswer ListStaleMachines(IFleetStore& store, TSeconds since) {
+    std::vector<TMachine> machines = store.ReadMachines();
+    std::erase_if(machines, [since](const TMachine& machine) { return machine.last >= since; });
+    std::ranges::sort(machines, {}, [](const TMachine& machine) {
+        return std::tuple(machine.last, NameMachine(machine), machine.key);
+    });
+    TAnswer answer = MakeTable("stale", machines);
+    answer.emptyText = "every machine has a newer inventory";
+    return answer;
+}
+
+}  // namespace NFLEET

@@ -1,0 +1,373 @@
+#include "fleet/ask/outliers.h"
+
+#include "fleet/ask/machine_list.h"
+#include "fleet/ask/version_index.h"
+#include "inventory/compare/part.h"
+#include "inventory/model/shown_value.h"
+#include "inventory/write/part_words.h"
+#include "text/shown_text.h"
+
+#include <algorithm>
+#include <iterator>
+#include <map>
+#include <set>
+#include <span>
+#include <tuple>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+namespace NFLEET {
+namespace {
+
+using NINVENTORY::TProperty;
+using NINVENTORY::TResource;
+
+// The parts whose number is compared; people add, remove and steal these.
+constexpr std::string_view countedTypes[] = {"Processor",     "PhysicalMemory", "DiskDrive",
+                                             "LogicalVolume", "EthernetPort",   "PowerSupply"};
+
+struct TCohort {
+    std::string model;
+    std::unordered_map<TMachineId, const TMachine*, TDigestHash> machines;
+
+    std::size_t GetLimit() const { return std::max<std::size_t>(1, machines.size() / 20); }
+    // The largest number of machines that may differ in a property that does not vary.
+    std::size_t GetVariation() const { return std::max<std::size_t>(1, machines.size() / 5); }
+};
+
+using TMachineIds = std::set<TMachineId>;
+
+struct TValueCount {
+    std::uint64_t resources = 0;
+    std::uint64_t machines = 0;  // of the version that most machines have
+    std::vector<TDigest> versions{};
+    TProperty property{};  // null if the versions lack the property
+};
+
+using TValues = std::map<std::string, TValueCount>;                          // by value
+using TProperties = std::map<std::pair<std::string, std::string>, TValues>;  // by type and property
+
+std::string MakeValueKey(const TProperty& property) {
+    std::string key(1, static_cast<char>('0' + static_cast<int>(property.shape)));
+    for (const std::string& value : property.values) {
+        key += value + '\0';
+    }
+    return key;
+}
+
+// Returns the names of the compared properties of the versions of each type.
+std::map<std::string, std::set<std::string>> ListProperties(std::span<const TVersionCount> counts,
+                                                            const TVersionIndex& versions) {
+    std::map<std::string, std::set<std::string>> names;
+    for (const TVersionCount& count : counts) {
+        if (const TVersion* const version = versions.Find(count.version)) {
+            for (const TVersionProperty& stored : version->properties) {
+                if (!stored.isIdentifying) {
+                    names[count.type].insert(stored.property.name);
+                }
+            }
+        }
+    }
+    return names;
+}
+
+const TProperty* FindStable(const TVersion& version, std::string_view name) {
+    const auto found = std::ranges::find_if(version.properties, [name](const TVersionProperty& stored) {
+        return stored.property.name == name && !stored.isIdentifying;
+    });
+    return found == version.properties.end() ? nullptr : &found->property;
+}
+
+TProperties CountValues(std::span<const TVersionCount> counts, const TVersionIndex& versions) {
+    const auto names = ListProperties(counts, versions);
+    TProperties properties;
+    for (const TVersionCount& count : counts) {
+        const TVersion* const version = versions.Find(count.version);
+        const auto type = names.find(count.type);
+        if (version == nullptr || type == names.end()) {
+            continue;
+        }
+        for (const std::string& name : type->second) {
+            const TProperty* const property = FindStable(*version, name);
+            const TProperty absent{.name = name, .type = {}, .shape = NINVENTORY::EShape::null, .values = {}};
+            TValueCount& value =
+                properties[{count.type, name}][MakeValueKey(property == nullptr ? absent : *property)];
+            value.resources += count.resources;
+            value.machines = std::max(value.machines, count.machines);
+            value.versions.push_back(count.version);
+            value.property = property == nullptr ? absent : *property;
+        }
+    }
+    return properties;
+}
+
+const TValueCount& FindCommonest(const TValues& values) {
+    return std::ranges::max_element(
+               values, {},
+               [](const auto& entry) { return std::pair(entry.second.resources, entry.second.machines); })
+        ->second;
+}
+
+// A value that few machines have.
+struct TRareValue {
+    const std::pair<std::string, std::string>* place;  // type and property
+    const TValueCount* value;
+    const TValueCount* usual;
+    std::vector<const TPresence*> rows{};
+    TMachineIds machines{};
+};
+
+std::vector<TRareValue> FindRareValues(const TProperties& properties, const TCohort& cohort) {
+    std::vector<TRareValue> rare;
+    for (const auto& [place, values] : properties) {
+        const TValueCount& usual = FindCommonest(values);
+        for (const auto& [key, value] : values) {
+            if (&value != &usual && value.machines <= cohort.GetLimit()) {
+                rare.push_back({&place, &value, &usual});
+            }
+        }
+    }
+    return rare;
+}
+
+// Finds the machines of the rare values; drops those of more machines and those of properties that vary.
+void AttachRows(const std::vector<TPresence>& rows, const TCohort& cohort, std::vector<TRareValue>& rare) {
+    std::unordered_map<TDigest, std::vector<const TPresence*>, TDigestHash> byVersion;
+    for (const TPresence& row : rows) {
+        byVersion[row.version].push_back(&row);
+    }
+    std::map<const void*, TMachineIds> differing;  // machines by property
+    for (TRareValue& value : rare) {
+        for (const TDigest& version : value.value->versions) {
+            for (const TPresence* const row : byVersion[version]) {
+                if (cohort.machines.contains(row->place.machine)) {
+                    value.rows.push_back(row);
+                    value.machines.insert(row->place.machine);
+                }
+            }
+        }
+        differing[value.place].insert(value.machines.begin(), value.machines.end());
+    }
+    std::erase_if(rare, [&](const TRareValue& value) {
+        return value.rows.empty() || value.machines.size() > cohort.GetLimit() ||
+               differing[value.place].size() > cohort.GetVariation();
+    });
+}
+
+struct TOutlier {
+    const TMachine* machine = nullptr;
+    std::string type;
+    std::string part;
+    std::string property;
+    TCell value;
+    TCell usual;
+    std::size_t machines = 0;  // that have the value
+
+    auto GetOrder() const { return std::tuple(NameMachine(*machine), machine->key, type, part, property); }
+};
+
+TCell MakeCell(const std::string& type, const TProperty& property) {
+    if (property.shape == NINVENTORY::EShape::null) {
+        return {};
+    }
+    std::string raw;
+    for (const std::string& value : property.values) {
+        raw += (&value == &property.values.front() ? "" : ", ") + value;
+    }
+    return TShownValue{ShowValue(type, property), std::move(raw)};
+}
+
+// The resources of a machine without outliers, to compare those of others in the same places with.
+class TTypicalMachine {
+  public:
+    TTypicalMachine(IFleetStore& store, const TCohort& cohort, const std::vector<TRareValue>& rare) {
+        TMachineIds differing;
+        for (const TRareValue& value : rare) {
+            differing.insert(value.machines.begin(), value.machines.end());
+        }
+        std::map<std::string, const TMachine*> typical;
+        for (const auto& [id, machine] : cohort.machines) {
+            if (!differing.contains(id)) {
+                typical.emplace(machine->key, machine);
+            }
+        }
+        if (rare.empty() || typical.empty()) {
+            return;
+        }
+        const TMachine& machine = *typical.begin()->second;
+        for (const EScope scope : scopes) {
+            if (IsCurrentScope(machine.usesSnapshot, scope)) {
+                std::ranges::move(store.ReadPresences({machine.id, scope}, open - 1),
+                                  std::back_inserter(rows_));
+            }
+        }
+        const TVersionIndex versions(store, rows_);
+        for (const TPresence& row : rows_) {
+            if (const TVersion* const version = versions.Find(row.version)) {
+                versions_.emplace(std::pair(row.type, row.resource), *version);
+            }
+        }
+    }
+
+    // Returns the version of the resource in the same place; null if that machine has none.
+    const TVersion* Find(const TPresence& row) const {
+        const auto found = versions_.find({row.type, row.resource});
+        return found == versions_.end() ? nullptr : &found->second;
+    }
+
+  private:
+    std::vector<TPresence> rows_;
+    std::map<std::pair<std::string, TDigest>, TVersion> versions_;
+};
+
+void AppendValues(const TCohort& cohort, const std::vector<TRareValue>& rare, const TVersionIndex& versions,
+                  const TTypicalMachine& typical, std::vector<TOutlier>& outliers) {
+    for (const TRareValue& value : rare) {
+        const auto& [type, name] = *value.place;
+        for (const TPresence* const row : value.rows) {
+            const TVersion* const like = typical.Find(*row);
+            const TProperty* const other = like == nullptr ? nullptr : FindStable(*like, name);
+            if (other != nullptr && MakeValueKey(*other) == MakeValueKey(value.value->property)) {
+                continue;  // it is usual in this place
+            }
+            outliers.push_back(
+                {cohort.machines.at(row->place.machine), type, DescribePart(versions.Assemble(*row)), name,
+                 MakeCell(type, value.value->property),
+                 MakeCell(type, other == nullptr ? value.usual->property : *other), value.machines.size()});
+        }
+    }
+}
+
+bool IsCounted(std::string_view type) {
+    return std::ranges::find(countedTypes, type) != std::end(countedTypes);
+}
+
+// Compares the numbers of parts of one type.
+void AppendNumbers(const TCohort& cohort, const std::string& type,
+                   const std::unordered_map<TMachineId, std::int64_t, TDigestHash>& numbers,
+                   std::vector<TOutlier>& outliers) {
+    std::map<std::int64_t, std::vector<const TMachine*>> byNumber;
+    for (const auto& [id, machine] : cohort.machines) {
+        const auto found = numbers.find(id);
+        byNumber[found == numbers.end() ? 0 : found->second].push_back(machine);
+    }
+    const auto usual =
+        std::ranges::max_element(byNumber, {}, [](const auto& entry) { return entry.second.size(); });
+    if (cohort.machines.size() - usual->second.size() > cohort.GetVariation()) {
+        return;
+    }
+    for (const auto& [number, machines] : byNumber) {
+        if (number == usual->first || machines.size() > cohort.GetLimit()) {
+            continue;
+        }
+        for (const TMachine* const machine : machines) {
+            outliers.push_back({machine, type, NINVENTORY::NameType(type, 2), "number", number, usual->first,
+                                machines.size()});
+        }
+    }
+}
+
+void AppendNumbers(const TCohort& cohort, const std::vector<TPresence>& rows,
+                   std::vector<TOutlier>& outliers) {
+    std::map<std::string, std::unordered_map<TMachineId, std::int64_t, TDigestHash>> numbers;
+    for (const TPresence& row : rows) {
+        if (IsCounted(row.type)) {
+            ++numbers[row.type][row.place.machine];
+        }
+    }
+    for (const auto& [type, counts] : numbers) {
+        AppendNumbers(cohort, type, counts, outliers);
+    }
+}
+
+// Links between resources and data sources describe no part of a machine.
+bool IsCompared(const TVersionCount& count) {
+    return !NINVENTORY::GetPartType(count.type).isAuxiliary;
+}
+
+std::vector<TOutlier> FindOutliers(IFleetStore& store, const TCohort& cohort,
+                                   std::span<const TVersionCount> counts, const TVersionIndex& versions) {
+    const TProperties properties = CountValues(counts, versions);
+    std::vector<TRareValue> rare = FindRareValues(properties, cohort);
+    std::set<TDigest> wanted;
+    for (const TRareValue& value : rare) {
+        wanted.insert(value.value->versions.begin(), value.value->versions.end());
+    }
+    for (const TVersionCount& count : counts) {
+        if (IsCounted(count.type)) {
+            wanted.insert(count.version);
+        }
+    }
+    const std::vector<TPresence> rows =
+        store.FindPresences(std::vector(wanted.begin(), wanted.end()), cohort.model);
+    AttachRows(rows, cohort, rare);
+    std::vector<TOutlier> outliers;
+    AppendValues(cohort, rare, versions, TTypicalMachine(store, cohort, rare), outliers);
+    AppendNumbers(cohort, rows, outliers);
+    std::ranges::stable_sort(outliers, {}, &TOutlier::GetOrder);
+    return outliers;
+}
+
+std::map<std::string, TCohort> MakeCohorts(const std::vector<TMachine>& machines) {
+    std::map<std::string, TCohort> cohorts;
+    for (const TMachine& machine : machines) {
+        TCohort& cohort = cohorts[machine.facts.model];
+        cohort.model = machine.facts.model;
+        cohort.machines.emplace(machine.id, &machine);
+    }
+    return cohorts;
+}
+
+void AppendCohort(IFleetStore& store, const TCohort& cohort, TAnswer& answer) {
+    std::vector<TVersionCount> counts = store.CountVersions({.model = cohort.model, .types = {}});
+    std::erase_if(counts, [](const TVersionCount& count) { return !IsCompared(count); });
+    const TVersionIndex versions(store, counts);
+    for (TOutlier& outlier : FindOutliers(store, cohort, counts, versions)) {
+        answer.rows.push_back({MakeTextCell(cohort.model), NameMachine(*outlier.machine),
+                               outlier.machine->key, outlier.type, std::move(outlier.part),
+                               std::move(outlier.property), std::move(outlier.value),
+                               std::move(outlier.usual), static_cast<std::int64_t>(outlier.machines),
+                               static_cast<std::int64_t>(cohort.machines.size())});
+    }
+}
+
+}  // namespace
+
+TAnswer ListOutliers(IFleetStore& store, const std::optional<std::string>& model) {
+    TAnswer answer{.question = "outliers",
+                   .columns = {{"model", "model", /*isMinor=*/true},
+                               {"machine", "machine"},
+                               {"key", ""},
+                               {"resourceType", ""},
+                               {"part", "part"},
+                               {"property", "property"},
+                               {"value", "value"},
+                               {"usual", "usual value"},
+                               {"machines", "machines"},
+                               {"of", "of", /*isMinor=*/true}},
+                   .emptyText = "no machine differs from the others of its model"};
+    const std::vector<TMachine> machines = store.ReadMachines();
+    const auto cohorts = MakeCohorts(machines);
+    if (model && !cohorts.contains(*model)) {
+        throw TQuestionError("no machine is of the model '" + NVORHOST::ToShownText(*model) + "'");
+    }
+    std::size_t tooSmall = 0;
+    for (const auto& [name, cohort] : cohorts) {
+        if (model && *model != name) {
+            continue;
+        }
+        if (cohort.machines.size() < minCohort) {
+            ++tooSmall;
+        } else {
+            AppendCohort(store, cohort, answer);
+        }
+    }
+    if (tooSmall > 0) {
+        answer.notes.push_back("models with fewer than " + std::to_string(minCohort) +
+                               " machines, which are not compared: " + std::to_string(tooSmall));
+    }
+    return answer;
+}
+
+}  // namespace NFLEET
