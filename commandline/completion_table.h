@@ -57,6 +57,7 @@ struct TCompletedList {
 };
 
 struct TCompletionTable {
+    std::string programName = "noxinfo";
     TCompletedCommand program;
     std::vector<TCompletedCommand> commands;
     std::vector<TCompletedList> lists;

@@ -658,6 +658,8 @@ struct TModel {
 
   private:
     void AddWordCommands() {
+        program.add_subcommand("fleet", "Keep the inventories of many machines, and ask about them")
+            ->prefix_command();
         program.add_subcommand("collectors", "List the collectors with their classes and sources");
         program.add_subcommand("completion", "Print the completion script of a shell")
             ->add_option("SHELL", completion.shell, "Shell that the script is for (default: bash)")
@@ -678,6 +680,17 @@ struct TModel {
 };
 
 using TWords = std::vector<std::string>;
+
+// Returns the words for noxinfo-fleet, if the command line is one for it.
+std::optional<TFleetWords> FindFleetWords(const TWords& words) {
+    constexpr char command[] = "fleet";
+    if (words.size() == 2 && words.front() == "help" && words.back() == command) {
+        return TFleetWords{{"--help"}};
+    }
+    return !words.empty() && words.front() == command
+               ? std::optional(TFleetWords{TWords(words.begin() + 1, words.end())})
+               : std::nullopt;
+}
 
 std::string HelpCommandFor(const CLI::App* command) {
     return command == nullptr || command->get_name() == "help" ? "noxinfo --help"
@@ -717,6 +730,9 @@ void WriteCompletion(const TCompletionOptions& options, std::ostream& out) {
 
 TCommand ParseCommandLine(int argc, const char* const* argv) {
     const TWords words(argv + std::min(argc, 1), argv + argc);
+    if (auto fleet = FindFleetWords(words)) {
+        return *std::move(fleet);
+    }
     TModel model;
     try {
         Parse(model.program, words);

@@ -126,14 +126,20 @@ struct TCompletionOptions {
     std::string shell = "bash";
 };
 
+/// The words after `noxinfo fleet`, which another program takes.
+struct TFleetWords {
+    std::vector<std::string> words;
+};
+
 /// The program must end without running a command.
 struct TEarlyExit {
     int status = eExitDone;
 };
 
-using TCommand = std::variant<TShowOptions, TDiffOptions, TValidateOptions, TExplainOptions, TLintOptions,
-                              TRedactOptions, TReportOptions, TCollectOptions, TSendOptions, TSnapshotOptions,
-                              TCaptureOptions, TCollectorsOptions, TCompletionOptions, TEarlyExit>;
+using TCommand =
+    std::variant<TShowOptions, TDiffOptions, TValidateOptions, TExplainOptions, TLintOptions, TRedactOptions,
+                 TReportOptions, TCollectOptions, TSendOptions, TSnapshotOptions, TCaptureOptions,
+                 TCollectorsOptions, TCompletionOptions, TFleetWords, TEarlyExit>;
 
 /// Parses the command line. Prints help or version to standard output, and usage errors to standard error;
 /// returns TEarlyExit in both cases.

@@ -7,6 +7,7 @@
 #include "program/command_line.h"
 #include "program/diff_command.h"
 #include "program/explain_command.h"
+#include "program/fleet_command.h"
 #include "program/lint_command.h"
 #include "program/redact_command.h"
 #include "program/report_command.h"
@@ -99,6 +100,7 @@ struct TRunCommand {
     int operator()(const TCompletionOptions& options) const {
         return Print([&](std::ostream& out) { WriteCompletion(options, out); });
     }
+    int operator()(const TFleetWords& words) const { ExecuteFleet(words); }
     int operator()(const TEarlyExit& exit) const { return exit.status; }
 
   private:

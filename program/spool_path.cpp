@@ -1,25 +1,11 @@
 #include "program/spool_path.h"
 
-#include "text/lines.h"
-#include "text/non_empty.h"
+#include "commandline/state_directory.h"
 #include "vorhost/run/run_failure.h"
 
 #include <unistd.h>
 
-#include <cstdlib>
-#include <optional>
-
 namespace NVORHOST {
-namespace {
-
-// Relative paths in these variables are invalid, and the first of several is taken.
-std::optional<std::string> FindDirectoryIn(const char* variable) {
-    const char* const value = std::getenv(variable);  // NOLINT(concurrency-mt-unsafe): nothing sets variables
-    const auto path = NonEmpty(SplitAt(value == nullptr ? "" : value, ':').first);
-    return path && path->starts_with('/') ? path : std::nullopt;
-}
-
-}  // namespace
 
 std::string FindSpoolPath() {
     if (const auto state = FindDirectoryIn("STATE_DIRECTORY")) {
@@ -28,11 +14,8 @@ std::string FindSpoolPath() {
     if (::geteuid() == 0) {
         return "/var/lib/noxinfo/spool";
     }
-    if (const auto state = FindDirectoryIn("XDG_STATE_HOME")) {
-        return *state + "/noxinfo/spool";
-    }
-    if (const auto home = FindDirectoryIn("HOME")) {
-        return *home + "/.local/state/noxinfo/spool";
+    if (const auto state = FindUserStateDirectory()) {
+        return *state + "/spool";
     }
     throw TRunFailure("HOME is not set, so the spool needs a path: --spool DIR");
 }
