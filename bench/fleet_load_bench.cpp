@@ -189,7 +189,9 @@ void Load(const std::string& folder, IFleetStore& store) {
     options.threads = threads;
     options.now = open - 1000000;
     TSilentLoad events;
-    if (LoadInventories({folder}, options, store, events).inventories != GetMachines()) {
+    const TLoadCount count = LoadInventories({folder}, options, store, events);
+    if (count.inventories != GetMachines()) {
+        std::cerr << "stored " << count.inventories << " of " << GetMachines() << ", known " << count.known << '\n';
         std::abort();
     }
 }

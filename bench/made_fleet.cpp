@@ -58,6 +58,10 @@ void TMadeFleet::AddLine(const std::string& line) {
         pieces_.push_back({EKind::text, "\">\n"});
         return;
     }
+    if (line == "<ResourceCollectionContext>\n") {
+        pieces_.push_back({EKind::text, line});
+        return AddServer();
+    }
     if (line.starts_with(idStart)) {
         type_ = GetAttribute(line, "resourceType");
         ++resources_;
@@ -71,9 +75,6 @@ void TMadeFleet::AddLine(const std::string& line) {
     if (line.starts_with("<Property")) {
         property_ = GetAttribute(line, "name");
     } else if (line.starts_with("<Value>")) {
-        if (property_ == "SystemBoardUUID") {
-            return AddValue(EKind::uuid, line);
-        }
         if (property_ == "FreePhysicalMemory" || property_ == "FreeVirtualMemory" ||
             property_ == "NumberOfProcesses") {
             return AddValue(EKind::counter, line);
@@ -93,10 +94,19 @@ void TMadeFleet::AddLine(const std::string& line) {
     pieces_.push_back({EKind::text, line});
 }
 
+void TMadeFleet::AddServer() {
+    pieces_.push_back(
+        {EKind::text, "<ResourceInstance resourceId=\"" + Format("%016X%016X", 0, 0) +
+                          "\" resourceType=\"Server\">\n<Property name=\"Model\" type=\"string\">\n"});
+    AddValue(EKind::model, "<Value>Server</Value>\n");
+    AddValue(EKind::uuid,
+             "</Property>\n<Property name=\"SystemBoardUUID\" type=\"string\">\n<Value></Value>\n");
+    pieces_.push_back({EKind::text, "</Property>\n</ResourceInstance>\n"});
+}
+
 void TMadeFleet::AddValue(EKind kind, const std::string& line) {
     const std::size_t end = line.find("</Value>");
-    const bool isReplaced = kind == EKind::uuid || kind == EKind::counter;
-    pieces_.push_back({EKind::text, isReplaced ? "<Value>" : line.substr(0, end)});
+    pieces_.push_back({EKind::text, kind == EKind::counter ? "<Value>" : line.substr(0, end)});
     pieces_.push_back({kind, ""});
     pieces_.push_back({EKind::text, line.substr(end)});
 }

@@ -24,6 +24,7 @@ class TMadeFleet {
     };
 
     void AddLine(const std::string& line);
+    void AddServer();
     void AddValue(EKind kind, const std::string& line);
 
     std::vector<TPiece> pieces_;

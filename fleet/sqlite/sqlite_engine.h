@@ -59,7 +59,8 @@ class TSqliteEngine final : public IFleetStore {
     TTables& GetTables();
 
     std::int64_t InsertResource(const TDigest& digest);
-    std::int64_t InsertLayout(const std::string& body);
+    std::int64_t InsertLayout(const std::vector<TVolatileValue>& values);
+    std::string ReadLayout(std::int64_t id);
     std::int64_t RequireMachine(const TMachineId& machine);
     std::int64_t RequireVersion(const TDigest& version);
     void WriteVersion(const TVersion& version);

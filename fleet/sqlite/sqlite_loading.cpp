@@ -93,16 +93,24 @@ std::int64_t TSqliteEngine::InsertResource(const TDigest& digest) {
     return id;
 }
 
-std::int64_t TSqliteEngine::InsertLayout(const std::string& body) {
+// The first values of a layout count as its usual ones.
+std::int64_t TSqliteEngine::InsertLayout(const std::vector<TVolatileValue>& values) {
     TTables& tables = GetTables();
-    const TDigest digest = MakeDigest(body);
+    const TDigest digest = MakeDigest(FormatLayout(values));
     if (const auto id = tables.layouts.Find(digest)) {
         return *id;
     }
-    tables.insertLayout.Run(digest, body);
+    tables.insertLayout.Run(digest, FormatUsualValues(values));
     const std::int64_t id = sqlite3_last_insert_rowid(connection_.Get());
     tables.layouts.Remember(digest, id);
     return id;
+}
+
+std::string TSqliteEngine::ReadLayout(std::int64_t id) {
+    TStatement& row = GetTables().readLayout.Begin(id);
+    std::string usual = row.Step() ? row.GetString(0) : std::string();
+    row.Close();
+    return usual;
 }
 
 std::int64_t TSqliteEngine::RequireMachine(const TMachineId& machine) {
@@ -197,10 +205,11 @@ void TSqliteEngine::WriteHead(const THead& head) {
 }
 
 void TSqliteEngine::WriteInventory(const TInventory& inventory) {
-    const std::int64_t layout = InsertLayout(FormatLayout(inventory.volatileValues));
-    GetTables().writeInventory.Run(
-        RequireMachine(inventory.place.machine), static_cast<std::int64_t>(inventory.place.scope),
-        inventory.time, inventory.digest, inventory.source, layout, FormatVolatile(inventory.volatileValues));
+    const std::int64_t layout = InsertLayout(inventory.volatileValues);
+    GetTables().writeInventory.Run(RequireMachine(inventory.place.machine),
+                                   static_cast<std::int64_t>(inventory.place.scope), inventory.time,
+                                   inventory.digest, inventory.source, layout,
+                                   FormatVolatile(inventory.volatileValues, ReadLayout(layout)));
 }
 
 void TSqliteEngine::RemovePresence(const TPresenceKey& key) {

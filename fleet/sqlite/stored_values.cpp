@@ -11,7 +11,9 @@ namespace NFLEET {
 namespace {
 
 using NINVENTORY::EShape;
-using TLists = std::vector<std::vector<std::string>>;
+using TValues = std::vector<std::string>;
+using TLists = std::vector<TValues>;
+using TElements = std::vector<std::optional<TValues>>;
 
 constexpr std::size_t layoutColumns = 5;
 
@@ -31,14 +33,38 @@ void AppendString(std::string_view value, std::string& text) {
     text.push_back('"');
 }
 
+void AppendValues(const TValues& values, std::string& text) {
+    text.append(values.size() == 1 ? "" : "[");
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        text.append(i > 0 ? "," : "");
+        AppendString(values[i], text);
+    }
+    text.append(values.size() == 1 ? "" : "]");
+}
+
+TValues DescribeProperty(const TVolatileValue& value) {
+    return {ToText(value.resource), std::to_string(value.position), value.property.name, value.property.type,
+            std::to_string(static_cast<int>(value.property.shape))};
+}
+
+// The usual values follow the description.
+TValues GetUsualValues(const TValues& row) {
+    return {row.begin() + static_cast<std::ptrdiff_t>(std::min(layoutColumns, row.size())), row.end()};
+}
+
 // Reads what AppendString and FormatValues write.
 class TListReader {
   public:
     explicit TListReader(std::string_view text) : text_(text) {}
 
-    std::optional<TLists> Read() {
-        TLists lists;
+    // Reads elements of which a 0 is absent.
+    std::optional<TElements> Read() {
+        TElements lists;
         const bool isRead = ReadArray([&] {
+            if (Take('0')) {
+                lists.emplace_back();
+                return true;
+            }
             std::vector<std::string> values;
             const bool isList = !text_.empty() && text_.front() == '[';
             const bool isElement = isList ? ReadArray([&] { return ReadString(values.emplace_back()); })
@@ -119,20 +145,22 @@ constexpr std::string_view integerTypes[] = {
 
 std::string FormatValues(const TLists& lists) {
     std::string text = "[";
-    for (const auto& values : lists) {
+    for (const TValues& values : lists) {
         text.append(text.size() > 1 ? "," : "");
-        text.append(values.size() == 1 ? "" : "[");
-        for (std::size_t i = 0; i < values.size(); ++i) {
-            text.append(i > 0 ? "," : "");
-            AppendString(values[i], text);
-        }
-        text.append(values.size() == 1 ? "" : "]");
+        AppendValues(values, text);
     }
     return text + "]";
 }
 
 std::optional<TLists> ParseValues(std::string_view text) {
-    return TListReader(text).Read();
+    const auto elements = TListReader(text).Read();
+    if (!elements || !std::ranges::all_of(*elements, &std::optional<TValues>::has_value)) {
+        return std::nullopt;
+    }
+    TLists lists;
+    std::ranges::transform(*elements, std::back_inserter(lists),
+                           [](const auto& element) { return *element; });
+    return lists;
 }
 
 std::optional<std::int64_t> FindInteger(std::string_view type, std::string_view value) {
@@ -144,39 +172,52 @@ std::optional<std::int64_t> FindInteger(std::string_view type, std::string_view 
 }
 
 std::string FormatLayout(const std::vector<TVolatileValue>& values) {
-    TLists lists;
-    for (const TVolatileValue& value : values) {
-        lists.push_back({ToText(value.resource), std::to_string(value.position), value.property.name,
-                         value.property.type, std::to_string(static_cast<int>(value.property.shape))});
-    }
-    return FormatValues(lists);
+    TLists rows;
+    std::ranges::transform(values, std::back_inserter(rows), DescribeProperty);
+    return FormatValues(rows);
 }
 
-std::string FormatVolatile(const std::vector<TVolatileValue>& values) {
-    TLists lists;
+std::string FormatUsualValues(const std::vector<TVolatileValue>& values) {
+    TLists rows;
     for (const TVolatileValue& value : values) {
-        lists.push_back(value.property.values);
+        TValues& row = rows.emplace_back(DescribeProperty(value));
+        row.insert(row.end(), value.property.values.begin(), value.property.values.end());
     }
-    return FormatValues(lists);
+    return FormatValues(rows);
 }
 
-std::optional<std::vector<TVolatileValue>> ParseVolatile(std::string_view layout, std::string_view values) {
-    const auto rows = ParseValues(layout);
-    const auto lists = ParseValues(values);
-    if (!rows || !lists || rows->size() != lists->size()) {
+std::string FormatVolatile(const std::vector<TVolatileValue>& values, std::string_view usual) {
+    const TLists rows = ParseValues(usual).value_or(TLists());
+    std::string text = "[";
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        text.append(i > 0 ? "," : "");
+        if (i < rows.size() && GetUsualValues(rows[i]) == values[i].property.values) {
+            text.append("0");
+        } else {
+            AppendValues(values[i].property.values, text);
+        }
+    }
+    return text + "]";
+}
+
+std::optional<std::vector<TVolatileValue>> ParseVolatile(std::string_view usual, std::string_view values) {
+    const auto rows = ParseValues(usual);
+    const auto elements = TListReader(values).Read();
+    if (!rows || !elements || rows->size() != elements->size()) {
         return std::nullopt;
     }
     std::vector<TVolatileValue> result;
     for (std::size_t i = 0; i < rows->size(); ++i) {
-        const auto& row = (*rows)[i];
-        const auto resource = row.size() == layoutColumns ? ParseDigest(row[0]) : std::nullopt;
+        const TValues& row = (*rows)[i];
+        const auto resource = row.size() >= layoutColumns ? ParseDigest(row[0]) : std::nullopt;
         if (!resource) {
             return std::nullopt;
         }
         const auto shape = static_cast<EShape>(NVORHOST::ParseNumber<int>(row[4]).value_or(0));
+        const auto& element = (*elements)[i];
         result.push_back({*resource,
                           NVORHOST::ParseNumber<std::uint32_t>(row[1]).value_or(0),
-                          {row[2], row[3], shape, (*lists)[i]}});
+                          {row[2], row[3], shape, element ? *element : GetUsualValues(row)}});
     }
     return result;
 }

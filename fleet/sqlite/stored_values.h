@@ -21,11 +21,17 @@ std::optional<std::vector<std::vector<std::string>>> ParseValues(std::string_vie
 /// text.
 std::optional<std::int64_t> FindInteger(std::string_view type, std::string_view value);
 
-/// Describes volatile properties without their values, and the values.
+/// Describes volatile properties without their values.
 std::string FormatLayout(const std::vector<TVolatileValue>& values);
-std::string FormatVolatile(const std::vector<TVolatileValue>& values);
 
-/// Joins layout and values; nullopt if they do not belong together.
-std::optional<std::vector<TVolatileValue>> ParseVolatile(std::string_view layout, std::string_view values);
+/// The row of a layout: volatile properties, each with the value that it usually has.
+std::string FormatUsualValues(const std::vector<TVolatileValue>& values);
+
+/// Returns the values of properties that differ from the usual ones, and 0 for each of the others. `usual` is
+/// a row of the same layout.
+std::string FormatVolatile(const std::vector<TVolatileValue>& values, std::string_view usual);
+
+/// Parses the output of FormatVolatile with the row of its layout; nullopt if they do not belong together.
+std::optional<std::vector<TVolatileValue>> ParseVolatile(std::string_view usual, std::string_view values);
 
 }  // namespace NFLEET

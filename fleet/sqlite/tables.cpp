@@ -57,7 +57,8 @@ TTables::TTables(TConnection& connection)
           " WHERE p.machine = ? AND p.scope = ? AND p.since <= ? AND (p.until IS NULL OR p.until > ?)")),
       readProperties(connection.Prepare("SELECT position, element, name, type, shape, value FROM property"
                                         " WHERE version = ? ORDER BY position, element")),
-      readVersion(connection.Prepare("SELECT type, list, identifier FROM version WHERE id = ?")) {}
+      readVersion(connection.Prepare("SELECT type, list, identifier FROM version WHERE id = ?")),
+      readLayout(connection.Prepare("SELECT body FROM layout WHERE id = ?")) {}
 
 void TTables::Forget() {
     words.Forget();

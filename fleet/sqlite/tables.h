@@ -37,6 +37,7 @@ struct TTables {
     TStatement readPresences;
     TStatement readProperties;
     TStatement readVersion;
+    TStatement readLayout;
 
     /// Forgets what another connection may have changed.
     void Forget();

@@ -9,6 +9,8 @@
 
 #include <chrono>
 #include <csignal>
+#include <fstream>
+#include <iterator>
 #include <memory>
 #include <sstream>
 #include <thread>
@@ -153,6 +155,40 @@ TEST_F(FleetLoaders, KeepWholeBatchesWhenTheDiskIsFull) {
         }
     }
     EXPECT_EQ(message, databases_.GetPath("full.db") + ": database or disk is full");
+}
+
+TEST_F(FleetLoaders, StoreAnUnchangedInventoryInLessThan200Bytes) {
+    constexpr int unchanged = 400;
+    std::ifstream file(NOXINFO_MACHINES "/server-two-sockets/expected.xml", std::ios::binary);
+    const std::string document{std::istreambuf_iterator<char>(file), {}};
+    const std::string time = "2024-03-01T12:00:00";
+    const std::size_t at = document.find(time);
+    ASSERT_NE(at, std::string::npos);
+    TLoadFolder folder;
+    const auto load = [&](int number) {
+        std::string later = document;
+        later.replace(at, time.size(),
+                      "2024-03-" + std::to_string(10 + number / 24 % 20) + "T" +
+                          (number % 24 < 10 ? "0" : "") + std::to_string(number % 24) + ":00:00");
+        folder.Write("db-1/" + std::to_string(number) + "/hardwareinventory.xml", later);
+    };
+    const auto measure = [&] {
+        const auto store = Open("unchanged.db");
+        TRecordedLoad events;
+        LoadInventories({folder.GetPath()}, MakeOptions(), *store, events);
+        return store->ReadInventories({}).size();
+    };
+    load(0);
+    EXPECT_EQ(measure(), 1U);
+    const auto before = std::filesystem::file_size(databases_.GetPath("unchanged.db"));
+    for (int number = 1; number <= unchanged; ++number) {
+        load(number);
+    }
+    const std::size_t stored = measure();
+    const auto after = std::filesystem::file_size(databases_.GetPath("unchanged.db"));
+
+    EXPECT_GT(stored, 100U);
+    EXPECT_LT((after - before) / (stored - 1), 200U);
 }
 
 TEST_F(FleetLoaders, StopOnRequest) {

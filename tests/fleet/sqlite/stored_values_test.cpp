@@ -31,7 +31,7 @@ TEST(ParseValues, ReadsWhatWasWritten) {
 
 TEST(ParseValues, ReturnsNulloptForOtherText) {
     for (const std::string_view text : {"", "[", "]", "[]]", "[\"a]", "[\"a\",]", "[1]", "[\"\\u00g0\"]",
-                                        "[\"\\u01\"]", "[[[]]]", "[\"\\n\"]"}) {
+                                        "[\"\\u01\"]", "[0]", "[[[]]]", "[\"\\n\"]"}) {
         EXPECT_EQ(ParseValues(text), std::nullopt) << text;
     }
 }
@@ -51,8 +51,16 @@ TEST(ParseVolatile, JoinsLayoutAndValues) {
         {MakeDigest("a"), 3, {"MountCount", "unsignedLong", EShape::scalar, {"17"}}},
         {MakeDigest("b"), 0, {"States", "string", EShape::array, {"x", "y"}}}};
 
-    EXPECT_EQ(ParseVolatile(FormatLayout(values), FormatVolatile(values)), values);
-    EXPECT_EQ(ParseVolatile(FormatLayout(values), "[]"), std::nullopt);
+    const std::string usual = FormatUsualValues(values);
+    std::vector<TVolatileValue> later = values;
+    later[0].property.values = {"18"};
+
+    EXPECT_EQ(FormatVolatile(values, usual), "[0,0]");
+    EXPECT_EQ(FormatVolatile(later, usual), "[\"18\",0]");
+    EXPECT_EQ(FormatLayout(values), FormatLayout(later));
+    EXPECT_EQ(ParseVolatile(usual, FormatVolatile(values, usual)), values);
+    EXPECT_EQ(ParseVolatile(usual, FormatVolatile(later, usual)), later);
+    EXPECT_EQ(ParseVolatile(usual, "[]"), std::nullopt);
     EXPECT_EQ(ParseVolatile("[\"x\"]", "[\"y\"]"), std::nullopt);
 }
 
