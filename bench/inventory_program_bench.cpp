@@ -167,6 +167,31 @@ BENCHMARK(DiffDocumentsOfSize)
     ->Iterations(1)
     ->Unit(benchmark::kMillisecond);
 
+void RedactDocumentOfSize(benchmark::State& state) {
+    const auto bytes = static_cast<std::size_t>(state.range(0)) * megabyte;
+    const TFolder folder;
+    const std::string document = folder / "document.xml";
+    const TRepeatedDocument repeated;
+    repeated.Write(document, repeated.CountRepetitions(bytes));
+    TBestTime copyTime;
+    TBestTime redactTime;
+    double peakMiB = 0;
+    for ([[maybe_unused]] auto iteration : state) {
+        copyTime.Add(RunMeasured({NOXINFO_PROGRAM, "show", "--format", "xml", "--output", folder / "copy.xml",
+                                  document})
+                         .cpuSeconds);
+        const TProcessCost cost = RunMeasured(
+            {NOXINFO_PROGRAM, "redact", "--key-file", folder / "key", "--output", folder / "out", document});
+        redactTime.Add(cost.cpuSeconds);
+        peakMiB = std::max(peakMiB, cost.peakMiB);
+        fs::remove_all(folder / "out");
+    }
+    state.counters["document_MB"] = static_cast<double>(fs::file_size(document)) / megabyte;
+    state.counters["peak_MiB"] = peakMiB;
+    state.counters["redact/copy"] = redactTime.GetSeconds() / copyTime.GetSeconds();
+}
+BENCHMARK(RedactDocumentOfSize)->Arg(1)->Arg(50)->Iterations(3)->Unit(benchmark::kMillisecond);
+
 void ShowThisMachineAgainstCollect(benchmark::State& state) {
     const TFolder folder;
     TBestTime showTime;

@@ -115,7 +115,7 @@ class TGroupRedaction {
         NINVENTORY::ReadDocument(input, events);
     }
 
-    void WriteText(const TRedactFile& file, std::ostream& out) const {
+    void WriteText(const TRedactFile& file, std::ostream& out) {
         if (file.kind == ERedactKind::cimXml) {
             return Save(RedactNamespace(Load(file.path), identities_,
                                         [&](const std::string& bytes) { return Redact(file.path, bytes); }),
@@ -125,14 +125,15 @@ class TGroupRedaction {
         WriteDocument(input, out);
     }
 
-    void WriteDocument(TDocumentInput& input, std::ostream& out) const {
-        TRedactedDocument events(redaction_, out);
+    void WriteDocument(TDocumentInput& input, std::ostream& out) {
+        TRedactedDocument events(redaction_, *search_, out);
         NINVENTORY::ReadDocument(input, events);
         events.Finish();
+        found_ = found_ ? found_ : events.GetFound();
     }
 
     // Returns the document of a result, compressed as it was.
-    std::string Redact(const std::string& name, const std::string& bytes) const {
+    std::string Redact(const std::string& name, const std::string& bytes) {
         const auto write = [&](std::ostream& out) {
             TDocumentInput input(name, bytes);
             WriteDocument(input, out);
@@ -142,15 +143,14 @@ class TGroupRedaction {
         return std::move(out).str();
     }
 
-    // Searches the finished bytes, and then each value as far as its meaning allows.
+    // Searches the finished bytes. The values of documents were searched while they were written.
     std::optional<EIdentityKind> Find(const TRedactFile& file, const std::string& path,
                                       const std::string& name) const {
         TDocumentFile bytes(path, name, maxBytes);
-        if (const auto kind = FindInFile(bytes, *search_)) {
+        if (const auto kind = found_ ? found_ : FindInFile(bytes, *search_)) {
             return kind;
         }
-        return file.kind == ERedactKind::cimXml ? FindInSaved(path, name)
-                                                : FindInDocument(TDocumentInput(path));
+        return file.kind == ERedactKind::cimXml ? FindInSaved(path, name) : std::nullopt;
     }
 
     std::optional<EIdentityKind> FindInSaved(const std::string& path, const std::string& name) const {
@@ -158,21 +158,15 @@ class TGroupRedaction {
         const auto kind = FindInNamespace(Load(path), *search_, [&](const std::string& bytes) {
             TDocumentFile document(name, std::string_view(bytes), maxBytes);
             found = found ? found : FindInFile(document, *search_);
-            found = found ? found : FindInDocument(TDocumentInput(name, bytes));
             return bytes;
         });
         return kind ? kind : found;
     }
 
-    std::optional<EIdentityKind> FindInDocument(TDocumentInput input) const {
-        TSearchedDocument events(*search_);
-        NINVENTORY::ReadDocument(input, events);
-        return events.GetFound();
-    }
-
     TIdentityTexts identities_;
     TResourceRedaction redaction_;
     std::optional<TIdentitySearch> search_;
+    std::optional<EIdentityKind> found_;  // an identity in a value that was written
 };
 
 // Writes a packed copy of a capture and returns its identities. A capture has identities of its own: it is

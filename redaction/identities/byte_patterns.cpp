@@ -14,10 +14,10 @@ std::uint64_t ReadWindow(const char* bytes) {
     return window;
 }
 
-// Source: Knuth, The Art of Computer Programming, 6.4, multiplicative hashing; the top 16 bits.
+// Source: Knuth, The Art of Computer Programming, 6.4, multiplicative hashing; the top 19 bits.
 std::size_t BucketOf(std::uint64_t window) {
     constexpr std::uint64_t goldenRatio = 0x9E3779B97F4A7C15U;
-    return static_cast<std::size_t>((window * goldenRatio) >> 48U);
+    return static_cast<std::size_t>((window * goldenRatio) >> 45U);
 }
 
 }  // namespace
@@ -39,6 +39,9 @@ void TBytePatterns::Add(std::string pattern, std::size_t owner) {
 
 std::vector<TBytePatterns::TMatch> TBytePatterns::FindAll(std::string_view text) const {
     std::vector<TMatch> matches;
+    if (patterns_.empty()) {
+        return matches;
+    }
     for (std::size_t start = 0; start + windowBytes <= text.size(); ++start) {
         const std::uint64_t window = ReadWindow(text.data() + start);
         const std::size_t bucket = BucketOf(window);

@@ -31,7 +31,7 @@ class TBytePatterns {
     std::vector<TMatch> FindAll(std::string_view text) const;
 
   private:
-    static constexpr std::size_t bucketCount = 1U << 16U;
+    static constexpr std::size_t bucketCount = 1U << 19U;
 
     struct TPattern {
         std::string bytes;

@@ -67,6 +67,12 @@ bool IsDistinct(std::string_view bytes) {
     return runs.size() >= least;
 }
 
+// True for printable ASCII with blanks and line ends.
+bool IsPlainText(std::string_view bytes) {
+    return std::ranges::all_of(
+        bytes, [](char c) { return (c >= ' ' && c <= '~') || c == '\n' || c == '\r' || c == '\t'; });
+}
+
 std::string Squeeze(std::string_view text) {
     std::string squeezed;
     squeezed.reserve(text.size());
@@ -120,6 +126,9 @@ void TIdentitySearch::AddBytes(const TIdentity& identity, std::size_t index) {
     for (const std::string& order : OrdersOf(*bytes)) {
         if (IsDistinct(order)) {
             raw_.Add(order, index);
+            if (IsPlainText(order)) {
+                printable_.Add(order, index);
+            }
             squeezed_.Add(ToHex(order), index);
         }
     }
@@ -148,7 +157,7 @@ std::optional<EIdentityKind> TIdentitySearch::Find(std::string_view bytes, EText
     if (const auto kind = KindOfFirst(squeezed_, Squeeze(bytes))) {
         return kind;
     }
-    if (const auto kind = KindOfFirst(raw_, bytes)) {
+    if (const auto kind = KindOfFirst(IsPlainText(bytes) ? printable_ : raw_, bytes)) {
         return kind;
     }
     if (const auto kind = KindOfFirst(base64_, WithoutLineEnds(bytes))) {

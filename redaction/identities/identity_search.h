@@ -30,7 +30,8 @@ class TIdentitySearch {
     const TIdentityTexts& identities_;
     TBytePatterns squeezed_;  // letters and digits only, in lower case
     TBytePatterns raw_;
-    TBytePatterns base64_;  // in texts without line ends
+    TBytePatterns printable_;  // those of raw_ that a text can contain
+    TBytePatterns base64_;     // in texts without line ends
 };
 
 }  // namespace NVORHOST

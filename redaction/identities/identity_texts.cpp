@@ -9,7 +9,7 @@
 #include "text/words.h"
 
 #include <algorithm>
-#include <functional>
+#include <span>
 
 namespace NVORHOST {
 namespace {
@@ -33,10 +33,17 @@ std::size_t SeparatorsLength(std::string_view text) {
     return length;
 }
 
-// Returns the identity characters that `text` starts with, in lower case.
-std::string FirstWordOf(std::string_view text) {
-    const auto end = std::ranges::find_if_not(text, IsIdentityCharacter);
-    return ToLowerCase(text.substr(0, static_cast<std::size_t>(end - text.begin())));
+// Returns a hash of the identity characters that `text` starts with, which is the same in any case.
+// Source: FNV-1a, 64 bits.
+std::uint64_t HashFirstWord(std::string_view text) {
+    std::uint64_t hash = 0xCBF29CE484222325U;
+    for (const char c : text) {
+        if (!IsIdentityCharacter(c)) {
+            break;
+        }
+        hash = (hash ^ static_cast<std::uint8_t>(ToLower(c))) * 0x100000001B3U;
+    }
+    return hash;
 }
 
 // Replaces the identity characters of `text` by those of the pseudonym, keeping their case.
@@ -135,7 +142,9 @@ void TIdentityTexts::Add(std::string_view value, EIdentityKind kind) {
         everywhere_.Add(identity.canonical, index);
     }
     identities_.push_back(std::move(identity));
-    byFirstWord_[FirstWordOf(identities_.back().text)].push_back(index);
+    const std::uint64_t hash = HashFirstWord(identities_.back().text);
+    byFirstWord_[hash].push_back(index);
+    isFirstWord_[hash % isFirstWord_.size()] = true;
 }
 
 void TIdentityTexts::LearnAddress(std::string_view text) {
@@ -230,9 +239,14 @@ TIdentityTexts::TWordMatch TIdentityTexts::MatchWord(std::string_view text, ETex
                                  : context == ETextContext::anything ? EIdentityReach::words
                                                                      : EIdentityReach::anywhere;
     TWordMatch longest;
-    for (const std::size_t start : {std::size_t{0}, text.starts_with(numberMark) ? numberMark.size() : 0}) {
+    const std::size_t starts[] = {0, numberMark.size()};
+    for (const std::size_t start : std::span(starts, text.starts_with(numberMark) ? 2 : 1)) {
         const std::string_view rest = text.substr(start);
-        const auto sameStart = byFirstWord_.find(FirstWordOf(rest));
+        const std::uint64_t hash = HashFirstWord(rest);
+        if (!isFirstWord_[hash % isFirstWord_.size()]) {
+            continue;
+        }
+        const auto sameStart = byFirstWord_.find(hash);
         if (sameStart == byFirstWord_.end()) {
             continue;
         }

@@ -8,6 +8,7 @@
 #include "redaction/identities/pseudonyms.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <set>
 #include <string>
@@ -80,8 +81,10 @@ class TIdentityTexts {
 
     mutable TPseudonyms pseudonyms_;  // replacing is const: it adds pseudonyms only
     std::vector<TIdentity> identities_;
-    std::set<std::pair<std::string, EIdentityKind>> known_;  // by text
-    std::unordered_map<std::string, std::vector<std::size_t>> byFirstWord_;
+    std::set<std::pair<std::string, EIdentityKind>> known_;                    // by text
+    std::unordered_map<std::uint64_t, std::vector<std::size_t>> byFirstWord_;  // by the hash of the word
+    // False for hashes that are not in byFirstWord_, modulo its size: most words are not found in one step.
+    std::vector<bool> isFirstWord_ = std::vector<bool>(std::size_t{1} << 17U);
     TBytePatterns everywhere_;  // canonical texts of the identities that reach anywhere
 };
 

@@ -2,10 +2,10 @@
 
 #include "inventory/model/resource_id.h"
 #include "inventory/model/resource_type.h"
-#include "redaction/inventory/property_identity.h"
 #include "text/hex.h"
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 namespace NVORHOST {
@@ -38,6 +38,24 @@ void VisitTexts(TResourceOf& resource, const TVisit& visit) {
     }
 }
 
+// The meaning of a free text is the same in every property.
+bool IsFreeText(const TPropertyTexts& place) {
+    return GetIdentity(place.type, place.property) == EIdentity::none;
+}
+
+bool IsRemembered(const std::string& text) {
+    constexpr std::size_t maxLength = 256;
+    return text.size() <= maxLength;
+}
+
+template <typename TRemembered>
+void Limit(TRemembered& remembered) {
+    constexpr std::size_t maxTexts = 20'000;
+    if (remembered.size() > maxTexts) {
+        remembered.clear();
+    }
+}
+
 std::string MakeSystemName(const TResource& resource) {
     std::string name(resource.GetText("Manufacturer"));
     name.append(",").append(resource.GetText("MachineType")).append("-").append(resource.GetText("Model"));
@@ -60,16 +78,33 @@ std::vector<std::string> ListKeys(const TResource& resource) {
 
 }  // namespace
 
-void LearnResource(const TResource& resource, TIdentityTexts& identities) {
+void TResourceLearning::Learn(const TResource& resource) {
     VisitTexts(resource, [&](const TPropertyTexts& place, std::size_t index, const std::string& text) {
-        LearnText(place, index, text, identities);
+        const bool isKnown = IsFreeText(place) && IsRemembered(text) && !learned_.insert(text).second;
+        if (!isKnown) {
+            LearnText(place, index, text, identities_);
+        }
+        Limit(learned_);
     });
 }
 
-void TResourceRedaction::Replace(TResource& resource) const {
+std::string TResourceRedaction::ReplaceFreeText(const TPropertyTexts& place, std::string text) {
+    if (!IsRemembered(text)) {
+        return ReplaceText(place, 0, text, identities_);
+    }
+    Limit(replaced_);
+    const auto [known, isNew] = replaced_.try_emplace(std::move(text));
+    if (isNew) {
+        known->second = ReplaceText(place, 0, known->first, identities_);
+    }
+    return known->second;
+}
+
+void TResourceRedaction::Replace(TResource& resource) {
     const TResource original = resource;
     VisitTexts(resource, [&](const TPropertyTexts& place, std::size_t index, std::string& text) {
-        text = ReplaceText(place, index, text, identities_);
+        text = IsFreeText(place) ? ReplaceFreeText(place, std::move(text))
+                                 : ReplaceText(place, index, text, identities_);
     });
     resource.id = ReplaceId(original, resource);
     if (!original.id.empty()) {

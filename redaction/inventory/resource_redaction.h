@@ -5,15 +5,28 @@
 #include "redaction/identities/identity_search.h"
 #include "redaction/identities/identity_texts.h"
 #include "redaction/identities/keyed_digest.h"
+#include "redaction/inventory/property_identity.h"
 
 #include <memory>
 #include <optional>
 #include <string>
+#include <unordered_map>
+#include <unordered_set>
 
 namespace NVORHOST {
 
-/// Learns the identities in the properties of a resource.
-void LearnResource(const NINVENTORY::TResource& resource, TIdentityTexts& identities);
+/// Learns the identities in the properties of resources.
+class TResourceLearning {
+  public:
+    /// `identities` must outlive this object.
+    explicit TResourceLearning(TIdentityTexts& identities) : identities_(identities) {}
+
+    void Learn(const NINVENTORY::TResource& resource);
+
+  private:
+    TIdentityTexts& identities_;
+    std::unordered_set<std::string> learned_;  // free texts; most of them occur many times
+};
 
 /// Replaces the identities of resources.
 class TResourceRedaction {
@@ -24,13 +37,15 @@ class TResourceRedaction {
 
     /// Replaces identities by pseudonyms in texts of every property. An identifier that is the digest of the
     /// key becomes that of the replaced key; another one becomes a keyed digest of itself.
-    void Replace(NINVENTORY::TResource& resource) const;
+    void Replace(NINVENTORY::TResource& resource);
 
   private:
+    std::string ReplaceFreeText(const TPropertyTexts& place, std::string text);
     std::string ReplaceId(const NINVENTORY::TResource& original, const NINVENTORY::TResource& replaced) const;
 
     const TIdentityTexts& identities_;
     std::shared_ptr<IKeyedDigest> digest_;
+    std::unordered_map<std::string, std::string> replaced_;  // free texts; most of them occur many times
 };
 
 /// Returns the kind of an identity that is left in a property; nullopt if there is none.

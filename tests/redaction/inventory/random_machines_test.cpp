@@ -129,9 +129,9 @@ TEST_P(TRandomMachines, KeepNoSecretInAnyWriting) {
     const TDigestKey key{GetParam(), 1, 2, 3};
     TIdentityTexts identities(key);
     for (const TResource& resource : machine.GetResources()) {
-        LearnResource(resource, identities);
+        TResourceLearning(identities).Learn(resource);
     }
-    const TResourceRedaction redaction(identities, key);
+    TResourceRedaction redaction(identities, key);
     const TIdentitySearch search(identities);
     std::string all;
     for (TResource& resource : machine.GetResources()) {

@@ -33,7 +33,7 @@ TResource MakeDisk(const std::string& id) {
 
 TResource Redacted(TResource resource) {
     TIdentityTexts identities(key);
-    LearnResource(resource, identities);
+    TResourceLearning(identities).Learn(resource);
     TResourceRedaction(identities, key).Replace(resource);
     return resource;
 }
@@ -87,7 +87,7 @@ TEST(ResourceRedaction, MakesTheNameOfSystemInformationAnew) {
 
 TEST(FindInResource, FindsWhatWasNotReplaced) {
     TIdentityTexts identities(key);
-    LearnResource(MakeDisk(""), identities);
+    TResourceLearning(identities).Learn(MakeDisk(""));
     const TIdentitySearch search(identities);
     EXPECT_EQ(FindInResource(MakeDisk(""), search), EIdentityKind::serialNumber);
     EXPECT_EQ(FindInResource(Redacted(MakeDisk("")), search), std::nullopt);
