@@ -191,7 +191,8 @@ void Load(const std::string& folder, IFleetStore& store) {
     TSilentLoad events;
     const TLoadCount count = LoadInventories({folder}, options, store, events);
     if (count.inventories != GetMachines()) {
-        std::cerr << "stored " << count.inventories << " of " << GetMachines() << ", known " << count.known << '\n';
+        std::cerr << "stored " << count.inventories << " of " << GetMachines() << ", known " << count.known
+                  << '\n';
         std::abort();
     }
 }

@@ -48,9 +48,7 @@ bool IsInventoryBefore(const TInventory& inventory, TSeconds time) {
 }  // namespace
 
 TPresenceHistory::TPresenceHistory(TScopeState state)
-    : place_(state.place),
-      inventories_(std::move(state.inventories)),
-      stored_(std::move(state.presences)) {
+    : place_(state.place), inventories_(std::move(state.inventories)), stored_(std::move(state.presences)) {
     Normalize();
 }
 

@@ -3,6 +3,7 @@
 #include "fleet/clickhouse/clickhouse_store.h"
 #include "fleet/load/load.h"
 #include "fleet/sqlite/sqlite_store.h"
+#include "program_run.h"
 #include "tests/fleet/load/made_documents.h"
 
 #include <gtest/gtest.h>
@@ -36,6 +37,17 @@ void MakeDocuments(const TLoadFolder& folder) {
         folder.Write("db" + name, MakeDb(day, MakeDisks(random)));
         folder.Write("web/" + std::to_string(day) + "/systeminformation.xml",
                      MakeSystemInformation(day, "WEB1", "host" + std::to_string(day / 4)));
+    }
+}
+
+// Documents of ten machines of one model, of which one has another disk.
+void MakeMachinesOfAModel(const TLoadFolder& folder) {
+    for (int i = 0; i < 10; ++i) {
+        const std::string number = std::to_string(i);
+        const std::string uuid = "4C4C4544-0042-3510-8052-B4C04F4A313" + number;
+        folder.Write("more/" + number + "/hardwareinventory.xml",
+                     WrapDocument(MakeTime(days), MakeServer(uuid, "M" + number),
+                                  MakeDisk("more" + number, i == 7 ? "RARE" : "SM600")));
     }
 }
 
@@ -119,8 +131,9 @@ class TSameAnswers : public testing::Test {
         const auto counts = sqlite_->CountVersions({});
         EXPECT_FALSE(counts.empty());
         EXPECT_EQ(clickHouse_->CountVersions({}), counts);
-        EXPECT_EQ(clickHouse_->CountVersions({"X3G", {"DiskDrive"}}),
-                  sqlite_->CountVersions({"X3G", {"DiskDrive"}}));
+        const TCountQuery disks{"7915-X3G", {"DiskDrive"}};
+        EXPECT_FALSE(sqlite_->CountVersions(disks).empty());
+        EXPECT_EQ(clickHouse_->CountVersions(disks), sqlite_->CountVersions(disks));
         std::vector<TDigest> versions;
         for (const TVersionCount& count : counts) {
             versions.push_back(count.version);
@@ -157,6 +170,55 @@ TEST_F(TSameAnswers, AfterPruningAndMerging) {
         MergeMachines(dbKey, webKey, *store);
     }
     ExpectSameAnswers();
+}
+
+// The outputs of a command in every format.
+std::string RunFleet(std::vector<std::string> arguments, const std::string& store) {
+    arguments.insert(arguments.end(), {"--store", store});
+    const auto result = NVORHOST::RunProgram(NOXINFO_FLEET, {arguments, "/", {}});
+    return std::to_string(result.status) + "\n" + result.standardOutput + result.standardError;
+}
+
+TEST(SameOutput, OfEveryCommandInEveryFormat) {
+    const TLoadFolder folder;
+    const TLoadFolder databases;
+    MakeDocuments(folder);
+    MakeMachinesOfAModel(folder);
+    const std::string sqlite = "sqlite:" + databases.GetPath("fleet.db");
+    const std::string clickHouse = MakeDatabaseUrl();
+    const std::string loaded = RunFleet({"load", folder.GetPath()}, sqlite);
+    EXPECT_EQ(loaded.substr(0, 23), "0\nloaded 34 inventories") << loaded;
+    EXPECT_EQ(RunFleet({"load", folder.GetPath()}, clickHouse), loaded);
+    EXPECT_EQ(RunFleet({"load", folder.GetPath()}, clickHouse), RunFleet({"load", folder.GetPath()}, sqlite));
+    const std::vector<std::vector<std::string>> commands{
+        {"machines"},
+        {"machines", "--where", "DiskDrive.Name=SM600"},
+        {"show", webKey},
+        {"show", webKey, "--at", "2024-03-03"},
+        {"history", webKey},
+        {"changes", "--since", "2024-03-02"},
+        {"where", "S1&'\""},
+        {"where", "no such part"},
+        {"outliers"},
+        {"outliers", "--model", "7915-X3G"},
+        {"stale", "--older-than", "7d"},
+        {"summary"},
+        {"sql", "SELECT count(*) AS n FROM inventories"},
+    };
+    for (const auto& command : commands) {
+        for (const char* format : {"text", "json", "csv"}) {
+            auto arguments = command;
+            arguments.insert(arguments.end(), {"--format", format});
+            const std::string answer = RunFleet(arguments, sqlite);
+            EXPECT_EQ(RunFleet(arguments, clickHouse), answer) << command[0] << " " << format;
+            EXPECT_EQ(answer[0], '0') << command[0] << " " << format << "\n" << answer;
+        }
+    }
+    EXPECT_NE(RunFleet({"outliers"}, clickHouse).find("RARE"), std::string::npos);
+    for (const char* format : {"ndjson", "csv"}) {
+        EXPECT_EQ(RunFleet({"export", "--format", format}, clickHouse),
+                  RunFleet({"export", "--format", format}, sqlite));
+    }
 }
 
 }  // namespace
