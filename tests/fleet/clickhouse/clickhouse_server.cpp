@@ -49,6 +49,30 @@ std::string TClickHouseServer::GetUrl(const std::string& database) const {
     return "clickhouse://127.0.0.1:" + std::to_string(ports_.http) + "/" + database;
 }
 
+std::string TClickHouseServer::GetCertificate() const {
+    return NVORHOST::ReadFile(directory_ / "server.pem");
+}
+
+std::string TClickHouseServer::DescribeHttp(const TClickHouseSettings& settings) const {
+    const std::string port = std::to_string(ports_.http);
+    if (!settings.isEncrypted) {
+        return Element("http_port", port);
+    }
+    const auto result = NVORHOST::RunProgram(
+        "openssl", {{"req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256", "-nodes",
+                     "-keyout", "server.key", "-out", "server.pem", "-subj", "/CN=localhost", "-addext",
+                     "subjectAltName=IP:127.0.0.1", "-days", "2"},
+                    directory_.GetPath(),
+                    {}});
+    if (result.status != 0) {
+        throw std::runtime_error("openssl: " + result.standardError);
+    }
+    return Element("https_port", port) +
+           Element("openSSL", Element("server", Element("certificateFile", directory_ / "server.pem") +
+                                                    Element("privateKeyFile", directory_ / "server.key") +
+                                                    Element("verificationMode", "none")));
+}
+
 void TClickHouseServer::WriteConfiguration(const TClickHouseSettings& settings) const {
     WriteFile(
         directory_ / "users.xml",
@@ -59,20 +83,19 @@ void TClickHouseServer::WriteConfiguration(const TClickHouseSettings& settings) 
                                                             Element("networks", Element("ip", "127.0.0.1")) +
                                                             Element("profile", "default") +
                                                             Element("quota", "default")))));
-    WriteFile(
-        directory_ / "config.xml",
-        Element("yandex",
-                Element("logger", Element("level", "warning") + Element("log", directory_ / "log") +
-                                      Element("errorlog", directory_ / "errors")) +
-                    Element("listen_host", "127.0.0.1") + Element("http_port", std::to_string(ports_.http)) +
-                    Element("tcp_port", std::to_string(ports_.native)) +
-                    Element("interserver_http_port", std::to_string(ports_.interserver)) +
-                    Element("path", directory_ / "data/") + Element("tmp_path", directory_ / "tmp/") +
-                    Element("format_schema_path", directory_ / "schemas/") +
-                    Element("users_config", directory_ / "users.xml") +
-                    Element("default_profile", "default") + Element("default_database", "default") +
-                    Element("mark_cache_size", "16777216") + Element("max_concurrent_queries", "20") +
-                    DescribeCluster(settings)));
+    WriteFile(directory_ / "config.xml",
+              Element("yandex",
+                      Element("logger", Element("level", "warning") + Element("log", directory_ / "log") +
+                                            Element("errorlog", directory_ / "errors")) +
+                          Element("listen_host", "127.0.0.1") + DescribeHttp(settings) +
+                          Element("tcp_port", std::to_string(ports_.native)) +
+                          Element("interserver_http_port", std::to_string(ports_.interserver)) +
+                          Element("path", directory_ / "data/") + Element("tmp_path", directory_ / "tmp/") +
+                          Element("format_schema_path", directory_ / "schemas/") +
+                          Element("users_config", directory_ / "users.xml") +
+                          Element("default_profile", "default") + Element("default_database", "default") +
+                          Element("mark_cache_size", "16777216") + Element("max_concurrent_queries", "20") +
+                          DescribeCluster(settings)));
 }
 
 std::string TClickHouseServer::GetErrors() const {

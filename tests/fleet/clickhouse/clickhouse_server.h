@@ -13,7 +13,7 @@ namespace NFLEET {
 
 /// The ports of a server. They are kept for its lifetime.
 struct TClickHousePorts {
-    int http = 0;
+    int http = 0;         ///< or HTTPS
     int native = 0;       ///< between the servers of a cluster
     int interserver = 0;  ///< not used, but always opened
 };
@@ -21,6 +21,7 @@ struct TClickHousePorts {
 struct TClickHouseSettings {
     std::string password = {};                  ///< of the user "default"
     std::vector<TClickHousePorts> shards = {};  ///< of the cluster "fleet", one server each; empty for none
+    bool isEncrypted = false;                   ///< HTTPS, with a certificate that is made for it
 };
 
 /// A server that this test started, and the only one that it ends.
@@ -39,11 +40,14 @@ class TClickHouseServer {
     const TClickHousePorts& GetPorts() const { return ports_; }
     /// "clickhouse://127.0.0.1:PORT/DATABASE"
     std::string GetUrl(const std::string& database = "fleet") const;
+    /// The certificate of an encrypted server, which has signed itself, as PEM.
+    std::string GetCertificate() const;
     /// Directory of the data.
     std::string GetData() const { return directory_ / "data"; }
 
   private:
     void WriteConfiguration(const TClickHouseSettings& settings) const;
+    std::string DescribeHttp(const TClickHouseSettings& settings) const;
     std::string GetErrors() const;
     bool HasEnded() const;
     bool IsReady() const;

@@ -146,11 +146,25 @@ TEST(ClickHouseClient, PassesAnExceptionOfTheReceiverOn) {
 
 TEST(ClickHouseClient, SendsUserAndPassword) {
     TClickHouseServer server;
-    server.Start({"se cret", {}});
+    server.Start({"se cret", {}, false});
     auto refused = Connect(server.GetUrl("default"), {"default", "wrong", {}});
     EXPECT_THAT(FailureOf([&] { refused.Execute("SELECT 1"); }), HasSubstr("(code 193)"));
     auto accepted = Connect(server.GetUrl("default"), {"default", "se cret", {}});
     EXPECT_EQ(FailureOf([&] { accepted.Execute("SELECT 1"); }), "none");
+}
+
+TEST(ClickHouseClient, TrustsOnlyTheGivenCertificates) {
+    TClickHouseServer server;
+    TClickHouseSettings settings;
+    settings.isEncrypted = true;
+    server.Start(settings);
+    const std::string url = "clickhouses" + server.GetUrl("default").substr(std::string("clickhouse").size());
+    auto trusting = Connect(url, {{}, {}, server.GetCertificate()});
+    EXPECT_EQ(FailureOf([&] { trusting.Execute("SELECT 1"); }), "none");
+    auto refusing = Connect(url);
+    EXPECT_THAT(FailureOf([&] { refusing.Execute("SELECT 1"); }), HasSubstr("certificate"));
+    auto plain = Connect(server.GetUrl("default"));
+    EXPECT_NE(FailureOf([&] { plain.Execute("SELECT 1"); }), "none");
 }
 
 TEST(ClickHouseClient, ConnectsAgainToAServerThatWasStartedAgain) {

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <random>
 #include <set>
+#include <thread>
 
 namespace NFLEET {
 namespace {
@@ -159,6 +160,25 @@ TEST_F(TSameAnswers, AfterLoadsInAnotherOrder) {
     EXPECT_EQ(clickHouse_->ReadMachines(), sqlite_->ReadMachines());
     EXPECT_EQ(clickHouse_->ReadChanges({}), sqlite_->ReadChanges({}));
     EXPECT_EQ(clickHouse_->CountVersions({}), sqlite_->CountVersions({}));
+}
+
+TEST_F(TSameAnswers, AfterTwoLoadersAtOnce) {
+    Load(*sqlite_, {""});
+    const std::string url = MakeDatabaseUrl();
+    clickHouse_ = OpenClickHouseStore(url);
+    clickHouse_->Migrate();
+    const auto load = [this, &url] {
+        const auto store = OpenClickHouseStore(url);
+        TRecordedLoad events;
+        TLoadOptions options;
+        options.batchInventories = 5;
+        options.now = firstOfMarch + 100 * 86'400;
+        (void)LoadInventories({folder_.GetPath()}, options, *store, events);
+    };
+    std::thread other(load);
+    load();
+    other.join();
+    ExpectSameAnswers();
 }
 
 TEST_F(TSameAnswers, AfterPruningAndMerging) {
