@@ -9,7 +9,6 @@
 
 #include <cerrno>
 #include <filesystem>
-#include <ranges>
 #include <system_error>
 #include <utility>
 
@@ -26,8 +25,8 @@ std::string FailureOf(const std::string& path) {
 
 TRedactOutput::~TRedactOutput() {
     folders_.clear();
-    for (const std::string& path : made_ | std::views::reverse) {
-        (void)::rmdir(path.c_str());  // fails for a directory that has received files
+    for (; !made_.empty(); made_.pop_back()) {
+        (void)::rmdir(made_.back().c_str());  // fails for a directory that has received files
     }
 }
 
