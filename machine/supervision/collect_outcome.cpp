@@ -1,6 +1,7 @@
 #include "machine/supervision/collect_outcome.h"
 
 #include <algorithm>
+#include <functional>
 
 namespace NVORHOST {
 namespace {
@@ -30,9 +31,10 @@ bool TCollectOutcome::HasGaps() const {
 TCollectOutcome CombineReports(std::span<const TCollectReport> reports) {
     TCollectOutcome outcome;
     for (const TCollectReport& report : reports) {
-        AddOutcome({report.failure ? 1U : 0U, report.deniedSources, report.failedSources,
-                    report.timedOutSources, report.asleepSources, report.warnings, report.replacedBytes},
-                   outcome);
+        AddOutcome(
+            {report.failure ? 1U : 0U, report.deniedSources, report.failedSources, report.timedOutSources,
+             report.asleepSources, report.warnings, report.replacedBytes, report.values},
+            outcome);
     }
     return outcome;
 }
@@ -40,6 +42,7 @@ TCollectOutcome CombineReports(std::span<const TCollectReport> reports) {
 void AddOutcome(const TCollectOutcome& more, TCollectOutcome& outcome) {
     outcome.failedCollectors += more.failedCollectors;
     outcome.replacedBytes += more.replacedBytes;
+    std::ranges::transform(outcome.values, more.values, outcome.values.begin(), std::plus<>());
     AddSorted(outcome.deniedSources, more.deniedSources);
     AddSorted(outcome.failedSources, more.failedSources);
     AddSorted(outcome.timedOutSources, more.timedOutSources);

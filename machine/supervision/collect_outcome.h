@@ -20,6 +20,9 @@ struct TCollectOutcome {
     std::vector<std::string> warnings;  ///< one line for each malformed source, in the order of detection
     std::size_t replacedBytes = 0;      ///< bytes of device text that were not valid UTF-8
 
+    /// Properties by the status of their values; all 0 if they were not counted.
+    TValueCounts values{};
+
     /// True if a collector failed or a source could not be read. Warnings, replaced bytes and devices that
     /// were left asleep are not gaps.
     bool HasGaps() const;

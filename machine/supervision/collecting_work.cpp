@@ -123,8 +123,17 @@ void RunCollectors(const TCollectionTask& task, TDoors& doors,
     const std::span collectors = std::span(task.collectors).subspan(task.first);
     TMemoryNamespace collected;
     const THardwareDatabase names;
-    const TCollectContext context{doors.GetFiles(), doors.GetCalls(), collected,
-                                  localTime,        &names,           task.options.wakes};
+    const TCollectContext context{
+        .files = doors.GetFiles(),
+        .calls = doors.GetCalls(),
+        .target = collected,
+        .localTime = localTime,
+        .deviceNames = &names,
+        .wakes = task.options.wakes,
+        .withSources = task.options.withSources || task.options.countsValues,
+        .keepsSources = task.options.withSources,
+        .unanswered = &task.unanswered,
+    };
     TCollectorRuns runs(context, collectors);
     TInstancesWriter instances(collected);
     std::size_t index = task.first;

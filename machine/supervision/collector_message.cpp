@@ -163,11 +163,44 @@ std::optional<std::string> ReadOptionalText(TMessageReader& message) {
     return message.ReadNumber() == 0 ? std::nullopt : std::optional(std::string(message.ReadText()));
 }
 
+void WriteSource(const TValueSource& source, TMessageWriter& message) {
+    message.WriteNumber(static_cast<std::uint64_t>(source.status));
+    WriteTexts(source.sources, message);
+    message.WriteText(source.passedOver);
+    WriteTexts(source.gaps, message);
+}
+
+TValueSource ReadSource(TMessageReader& message) {
+    TValueSource source;
+    source.status = static_cast<EValueStatus>(message.ReadNumber());
+    source.sources = ReadTexts(message);
+    source.passedOver = message.ReadText();
+    source.gaps = ReadTexts(message);
+    return source;
+}
+
+void WriteSources(const TMemoryInstance& instance, TMessageWriter& message) {
+    const auto sources = instance.GetSources();
+    message.WriteNumber(sources.size());
+    for (const auto& [name, source] : sources) {
+        message.WriteText(name);
+        WriteSource(source, message);
+    }
+}
+
+void ReadSources(TMessageReader& message, TMemoryInstance& instance) {
+    for (std::uint64_t left = message.ReadNumber(); left > 0; --left) {
+        const std::string_view name = message.ReadText();
+        instance.SetSource(name, ReadSource(message));
+    }
+}
+
 }  // namespace
 
 void TInstancesWriter::WriteNew(const TCollector& collector, TMessageWriter& message) {
     for (const IClassDeclaration* declaration : collector.fills) {
-        const auto& instances = source_.FindClass(declaration->GetName())->GetInstances();
+        const auto filled = source_.FindClass(declaration->GetName());
+        const auto& instances = filled->GetInstances();
         std::size_t& written = written_[declaration->GetName()];
         message.WriteNumber(instances.size() - written);
         for (; written < instances.size(); ++written) {
@@ -177,6 +210,11 @@ void TInstancesWriter::WriteNew(const TCollector& collector, TMessageWriter& mes
                 message.WriteText(property.name);
                 WriteValue(property.value, message);
             }
+            WriteSources(*instances[written], message);
+        }
+        message.WriteNumber(filled->GetSource() ? 1 : 0);
+        if (filled->GetSource()) {
+            WriteSource(*filled->GetSource(), message);
         }
     }
 }
@@ -190,7 +228,11 @@ void ReadInstances(const TCollector& collector, TMessageReader& message, TMemory
                 const std::string_view name = message.ReadText();
                 instance->Set(name, ReadValue(message));
             }
+            ReadSources(message, *instance);
             instance->CommitInstance({});
+        }
+        if (message.ReadNumber() != 0) {
+            filled->SetSource(ReadSource(message));
         }
     }
 }
@@ -204,6 +246,9 @@ void WriteReport(const TCollectReport& report, TMessageWriter& message) {
     WriteOptionalText(report.essentialFailure, message);
     WriteTexts(report.notes, message);
     WriteTexts(report.warnings, message);
+    for (const std::size_t count : report.values) {
+        message.WriteNumber(count);
+    }
     message.WriteNumber(report.instances);
     message.WriteNumber(report.replacedBytes);
     message.WriteNumber(static_cast<std::uint64_t>(report.duration.count()));
@@ -220,6 +265,9 @@ TCollectReport ReadReport(const TCollector& collector, TMessageReader& message) 
     report.essentialFailure = ReadOptionalText(message);
     report.notes = ReadTexts(message);
     report.warnings = ReadTexts(message);
+    for (std::size_t& count : report.values) {
+        count = message.ReadNumber();
+    }
     report.instances = message.ReadNumber();
     report.replacedBytes = message.ReadNumber();
     report.duration = std::chrono::nanoseconds(static_cast<std::int64_t>(message.ReadNumber()));

@@ -21,6 +21,10 @@ struct TMachineOptions {
     /// Time limit of the collection; absent: none.
     std::optional<std::chrono::milliseconds> deadline = std::chrono::seconds(10);
     bool wakes = false;  ///< read the files of sleeping devices too, which wakes them
+    /// Keep where each property comes from, or why it has no value.
+    bool withSources = false;
+    /// Count the properties by the status of their values.
+    bool countsValues = false;
 };
 
 }  // namespace NVORHOST

@@ -11,7 +11,11 @@ TReadResult<T> TAccessLog::Record(std::string_view path, TReadResult<T> result) 
 }
 
 TReadResult<std::string> TAccessLog::ReadText(std::string_view path) const {
-    return Record(path, files_.ReadText(path));
+    TReadResult<std::string> result = Record(path, files_.ReadText(path));
+    if (keepsTexts_ && result.value.size() <= maxTextBytes) {
+        accesses_.back().text = result.value;
+    }
+    return result;
 }
 
 TReadResult<std::string> TAccessLog::ReadBytes(std::string_view path, std::size_t maxBytes) const {

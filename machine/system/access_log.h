@@ -14,11 +14,16 @@ class TAccessLog final : public ISystemFiles {
     struct TAccess {
         std::string path;
         EReadStatus status;
-        int cause = 0;  ///< errno, as in TReadResult
+        int cause = 0;       ///< errno, as in TReadResult
+        std::string text{};  ///< what ReadText returned, if short texts are kept
     };
 
+    /// The longest text that is kept, in bytes: an attribute has one line.
+    static constexpr std::size_t maxTextBytes = 256;
+
     /// `files` must outlive this object.
-    explicit TAccessLog(const ISystemFiles& files) : files_(files) {}
+    explicit TAccessLog(const ISystemFiles& files, bool keepsTexts = false)
+        : files_(files), keepsTexts_(keepsTexts) {}
 
     TReadResult<std::string> ReadText(std::string_view path) const override;
     TReadResult<std::string> ReadBytes(std::string_view path, std::size_t maxBytes) const override;
@@ -34,6 +39,7 @@ class TAccessLog final : public ISystemFiles {
     TReadResult<T> Record(std::string_view path, TReadResult<T> result) const;
 
     const ISystemFiles& files_;
+    bool keepsTexts_;
     mutable std::vector<TAccess> accesses_;  // reading is const: it changes the log, not the machine
 };
 

@@ -120,6 +120,38 @@ std::vector<TPropertyView> TMemoryInstance::GetProperties() const {
     return properties;
 }
 
+void TMemoryInstance::SetSource(std::string_view name, TValueSource source) {
+    const std::uint32_t nameId = names_->Intern(name);
+    if (sources_ == nullptr) {
+        sources_ = std::make_unique<std::vector<TSourceEntry>>();
+    }
+    const auto found = std::ranges::find(*sources_, nameId, &TSourceEntry::nameId);
+    if (found != sources_->end()) {
+        found->source = std::move(source);
+    } else {
+        sources_->push_back({nameId, std::move(source)});
+    }
+}
+
+const TValueSource* TMemoryInstance::FindSource(std::string_view name) const {
+    const std::uint32_t nameId = names_->Find(name);
+    if (nameId == TClassNames::notFound || sources_ == nullptr) {
+        return nullptr;
+    }
+    const auto found = std::ranges::find(*sources_, nameId, &TSourceEntry::nameId);
+    return found == sources_->end() ? nullptr : &found->source;
+}
+
+std::vector<TSourceView> TMemoryInstance::GetSources() const {
+    std::vector<TSourceView> views;
+    if (sources_ != nullptr) {
+        for (const TSourceEntry& entry : *sources_) {
+            views.push_back({names_->Get(entry.nameId).spelling, entry.source});
+        }
+    }
+    return views;
+}
+
 const TMemoryInstance::TEntry* TMemoryInstance::FindEntry(std::uint32_t nameId) const {
     if ((setNames_ & NameBit(nameId)) == 0) {
         return nullptr;

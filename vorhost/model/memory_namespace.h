@@ -7,6 +7,7 @@
 #include "host/cim_interfaces.h"
 #include "host/cim_value.h"
 #include "host/export.h"
+#include "text/value_source.h"
 #include "vorhost/model/cim_name.h"
 
 #include <boost/enable_shared_from_this.hpp>
@@ -15,10 +16,12 @@
 #include <boost/weak_ptr.hpp>
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace NVORHOST {
@@ -66,6 +69,13 @@ struct TPropertyView {
     const TCIMValue& value;
 };
 
+/// Where a property of an instance comes from. Both references stay valid until the instance is changed or
+/// destroyed.
+struct TSourceView {
+    const std::string& name;
+    const TValueSource& source;
+};
+
 /// One instance. Created by `TMemoryClass::NewInstance` or `CreateInstance`; part of the class once
 /// committed. A handle from `GetProperty` is a snapshot: `Set` replaces the property object.
 class NKELVOR20_API TMemoryInstance final : public ICIMInstance,
@@ -93,7 +103,19 @@ class NKELVOR20_API TMemoryInstance final : public ICIMInstance,
     /// spelling of their first use in the class.
     std::vector<TPropertyView> GetProperties() const;
 
+    /// Keeps where a property comes from, which need not be set. Instances without sources need no memory for
+    /// them.
+    void SetSource(std::string_view name, TValueSource source);
+    /// Returns the sources of a property; a null pointer if they are not kept.
+    const TValueSource* FindSource(std::string_view name) const;
+    /// Returns the sources that were set, in this order.
+    std::vector<TSourceView> GetSources() const;
+
   private:
+    struct TSourceEntry {
+        std::uint32_t nameId;
+        TValueSource source;
+    };
     struct TEntry {
         std::uint32_t nameId;
         boost::shared_ptr<TMemoryProperty> property;
@@ -106,6 +128,7 @@ class NKELVOR20_API TMemoryInstance final : public ICIMInstance,
     boost::weak_ptr<TMemoryClass> owner_;
     boost::shared_ptr<TClassNames> names_;
     std::vector<TEntry> entries_;
+    std::unique_ptr<std::vector<TSourceEntry>> sources_;  // null without sources
     std::uint64_t setNames_ =
         0;  // Bloom filter: bit i is set if a name with a number equal to i modulo 64 is set
     bool committed_ = false;
@@ -130,6 +153,10 @@ class NKELVOR20_API TMemoryClass final : public ICIMClass,
     /// the default value has another type.
     void Declare(TPropertyDeclaration declaration);
     boost::shared_ptr<TMemoryInstance> NewInstance();
+    /// Keeps why the class may lack instances.
+    void SetSource(TValueSource source) { source_ = std::move(source); }
+    /// Returns why the class may lack instances; nullopt if that is not kept.
+    const std::optional<TValueSource>& GetSource() const { return source_; }
     /// Committed instances in the order of their commit.
     const std::vector<boost::shared_ptr<TMemoryInstance>>& GetInstances() const { return instances_; }
 
@@ -139,6 +166,7 @@ class NKELVOR20_API TMemoryClass final : public ICIMClass,
     std::string name_;
     boost::shared_ptr<TClassNames> names_;
     std::vector<boost::shared_ptr<TMemoryInstance>> instances_;
+    std::optional<TValueSource> source_;
 };
 
 /// A namespace: classes in the order in which they were added.

@@ -26,39 +26,43 @@ struct TController {
     std::optional<std::uint32_t> maxNumberControlled, videoMemoryBytes;
     std::optional<std::uint64_t> videoMemorySize;
     std::optional<std::uint16_t> protocolSupported, interfaceType, usbVersion;
+    TInstancePlace place{};
 };
 
 constexpr TPropertyRow<TController> videoRows[] = {
-    {"ElementName", &TController::elementName},
-    {"Description", &TController::description},
-    {"DeviceID", &TController::deviceId},
-    {"OperationalStatus", TUnavailable{ECimType::eUint16, /*isArray=*/true}},
-    {"MaxNumberControlled", TUnavailable{ECimType::eUint32}},
-    {"ProtocolSupported", TUnavailable{ECimType::eUint16}},
-    {"TimeOfLastReset", TUnavailable{ECimType::eDateTime}},
-    {"MaxMemorySupported", &TController::videoMemoryBytes},
-    {"NumberOfVideoPages", TUnavailable{ECimType::eUint32}},
-    {"VideoMemoryType", TUnavailable{ECimType::eUint16}},
-    {"VideoMemorySize", &TController::videoMemorySize},  // bytes
+    {"ElementName", &TController::elementName, "@/config 00h; @/config 02h; @/vendor; @/device"},
+    {"Description", &TController::description, "@/config 09h; @/class"},
+    {"DeviceID", &TController::deviceId, "@"},
+    {"OperationalStatus", TUnavailable{ECimType::eUint16, /*isArray=*/true},
+     "none: a bound driver does not show that a controller works"},
+    {"MaxNumberControlled", TUnavailable{ECimType::eUint32}, "none: not reported by the adapter"},
+    {"ProtocolSupported", TUnavailable{ECimType::eUint16}, "none: displays have no code"},
+    {"TimeOfLastReset", TUnavailable{ECimType::eDateTime}, "none: the kernel keeps no such time"},
+    {"MaxMemorySupported", &TController::videoMemoryBytes, "number @/mem_info_vram_total"},
+    {"NumberOfVideoPages", TUnavailable{ECimType::eUint32}, "none: not a notion of today's adapters"},
+    {"VideoMemoryType", TUnavailable{ECimType::eUint16}, "none: not shown"},
+    {"VideoMemorySize", &TController::videoMemorySize, "number @/mem_info_vram_total"},  // bytes
 };
 
 constexpr TPropertyRow<TController> usbRows[] = {
-    {"ElementName", &TController::elementName},
-    {"Description", &TController::description},
-    {"DeviceID", &TController::deviceId},
-    {"OperationalStatus", TUnavailable{ECimType::eUint16, /*isArray=*/true}},
-    {"MaxNumberControlled", &TController::maxNumberControlled},
-    {"ProtocolSupported", &TController::protocolSupported},
-    {"TimeOfLastReset", TUnavailable{ECimType::eDateTime}},
-    {"InterfaceType", &TController::interfaceType},
-    {"USBVersion", &TController::usbVersion},
+    {"ElementName", &TController::elementName, "@/config 00h; @/config 02h; @/vendor; @/device"},
+    {"Description", &TController::description, "@/config 09h; @/class"},
+    {"DeviceID", &TController::deviceId, "@"},
+    {"OperationalStatus", TUnavailable{ECimType::eUint16, /*isArray=*/true},
+     "none: a bound driver does not show that a controller works"},
+    {"MaxNumberControlled", &TController::maxNumberControlled, "constant"},
+    {"ProtocolSupported", &TController::protocolSupported, "constant"},
+    {"TimeOfLastReset", TUnavailable{ECimType::eDateTime}, "none: the kernel keeps no such time"},
+    {"InterfaceType", &TController::interfaceType, "@/config 09h; @/class"},
+    {"USBVersion", &TController::usbVersion, "/sys/bus/usb/devices/*/version; @/config 09h; @/class"},
 };
 
 constexpr TPropertyRow<TController> ideRows[] = {
-    {"ElementName", &TController::elementName},
-    {"Description", &TController::description},
-    {"DeviceID", &TController::deviceId},
-    {"OperationalStatus", TUnavailable{ECimType::eUint16, /*isArray=*/true}},
+    {"ElementName", &TController::elementName, "@/config 00h; @/config 02h; @/vendor; @/device"},
+    {"Description", &TController::description, "@/config 09h; @/class"},
+    {"DeviceID", &TController::deviceId, "@"},
+    {"OperationalStatus", TUnavailable{ECimType::eUint16, /*isArray=*/true},
+     "none: a bound driver does not show that a controller works"},
 };
 
 constexpr TCimClass<TController> videoControllerClass{"KELSG_VideoController", videoRows};
@@ -138,6 +142,7 @@ std::string FindPciPath(const ISystemFiles& files, const TPciSource& source) {
 
 TController MakePciController(TCollection& collection, const TPciSource& source) {
     TController controller;
+    controller.place.folder = source.folder;
     controller.elementName = MakePciElementName(source, collection.GetDeviceNames());
     controller.description = GetPciClassName(source.baseClass, source.subclass);
     controller.deviceId = source.address;

@@ -21,44 +21,46 @@ struct TFunction {
     std::optional<std::uint32_t> expansionRom;
     std::optional<bool> selfTestEnabled;
     std::optional<std::vector<std::uint32_t>> baseAddress;
+    TInstancePlace place{};
 };
 
 // Common to devices and bridges.
 constexpr TPropertyRow<TFunction> functionRows[] = {
-    {"ElementName", &TFunction::elementName},
-    {"Description", &TFunction::description},
-    {"DeviceID", &TFunction::deviceId},
-    {"OperationalStatus", TUnavailable{ECimType::eUint16, /*isArray=*/true}},
-    {"MaxNumberControlled", TUnavailable{ECimType::eUint32}},
-    {"ProtocolSupported", &TFunction::protocolSupported},
-    {"TimeOfLastReset", TUnavailable{ECimType::eDateTime}},
-    {"CacheLineSize", &TFunction::cacheLineSize},
-    {"ClassCode", &TFunction::classCode},
-    {"DeviceSelectTiming", &TFunction::deviceSelectTiming},
-    {"ExpansionROMBaseAddress", &TFunction::expansionRom},
-    {"InterruptPin", &TFunction::interruptPin},
-    {"LatencyTimer", &TFunction::latencyTimer},
-    {"SelfTestEnabled", &TFunction::selfTestEnabled},
-    {"BaseAddress", &TFunction::baseAddress},
+    {"ElementName", &TFunction::elementName, "@/config 00h; @/config 02h; @/vendor; @/device"},
+    {"Description", &TFunction::description, "@/config 09h; @/class"},
+    {"DeviceID", &TFunction::deviceId, "@"},
+    {"OperationalStatus", TUnavailable{ECimType::eUint16, /*isArray=*/true},
+     "none: a bound driver does not show that a function works"},
+    {"MaxNumberControlled", TUnavailable{ECimType::eUint32}, "none: not reported by the function"},
+    {"ProtocolSupported", &TFunction::protocolSupported, "@/config 0Ah; @/class"},
+    {"TimeOfLastReset", TUnavailable{ECimType::eDateTime}, "none: the kernel keeps no such time"},
+    {"CacheLineSize", &TFunction::cacheLineSize, "@/config 0Ch"},
+    {"ClassCode", &TFunction::classCode, "@/config 0Bh; @/class"},
+    {"DeviceSelectTiming", &TFunction::deviceSelectTiming, "@/config 06h bits 10:9"},
+    {"ExpansionROMBaseAddress", &TFunction::expansionRom, "@/config 30h"},
+    {"InterruptPin", &TFunction::interruptPin, "@/config 3Dh"},
+    {"LatencyTimer", &TFunction::latencyTimer, "@/config 0Dh"},
+    {"SelfTestEnabled", &TFunction::selfTestEnabled, "@/config 0Fh bit 7"},
+    {"BaseAddress", &TFunction::baseAddress, "@/config 10h"},
 };
 
 constexpr TPropertyRow<TFunction> deviceOwnRows[] = {
-    {"MaxLatency", &TFunction::maxLatency},
-    {"MinGrantTime", &TFunction::minGrantTime},
-    {"SubsystemID", &TFunction::subsystemId},
-    {"SubsystemVendorID", &TFunction::subsystemVendorId},
+    {"MaxLatency", &TFunction::maxLatency, "@/config 3Fh"},
+    {"MinGrantTime", &TFunction::minGrantTime, "@/config 3Eh"},
+    {"SubsystemID", &TFunction::subsystemId, "@/config 2Eh; @/subsystem_device; @/modalias"},
+    {"SubsystemVendorID", &TFunction::subsystemVendorId, "@/config 2Ch; @/subsystem_vendor; @/modalias"},
 };
 constexpr auto deviceRows = JoinRows(functionRows, deviceOwnRows);
 
 constexpr TPropertyRow<TFunction> bridgeOwnRows[] = {
-    {"BridgeType", &TFunction::bridgeType},
-    {"IOBase", &TFunction::ioBase},
-    {"IOLimit", &TFunction::ioLimit},
-    {"MemoryBase", &TFunction::memoryBase},
-    {"MemoryLimit", &TFunction::memoryLimit},
-    {"PrimaryBusNumber", &TFunction::primaryBus},
-    {"SecondaryBusNumber", &TFunction::secondaryBus},
-    {"SubordinateBusNumber", &TFunction::subordinateBus},
+    {"BridgeType", &TFunction::bridgeType, "@/config 0Ah; @/class"},
+    {"IOBase", &TFunction::ioBase, "@/config 1Ch"},
+    {"IOLimit", &TFunction::ioLimit, "@/config 1Dh"},
+    {"MemoryBase", &TFunction::memoryBase, "@/config 20h"},
+    {"MemoryLimit", &TFunction::memoryLimit, "@/config 22h"},
+    {"PrimaryBusNumber", &TFunction::primaryBus, "@/config 18h"},
+    {"SecondaryBusNumber", &TFunction::secondaryBus, "@/config 19h"},
+    {"SubordinateBusNumber", &TFunction::subordinateBus, "@/config 1Ah"},
 };
 constexpr auto bridgeRows = JoinRows(functionRows, bridgeOwnRows);
 
@@ -199,6 +201,7 @@ void SetFromConfig(const TPciSource& source, TFunction& function) {
 TFunction MakeFunction(TCollection& collection, const TPciSource& source) {
     const ISystemFiles& files = collection.GetFiles();
     TFunction function;
+    function.place.folder = source.folder;
     function.elementName = MakePciElementName(source, collection.GetDeviceNames());
     function.description = GetPciClassName(source.baseClass, source.subclass);
     function.deviceId = source.address;

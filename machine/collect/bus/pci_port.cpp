@@ -16,20 +16,24 @@ struct TPort {
     std::optional<std::vector<std::string>> identities, identityDescriptions;
     std::optional<std::uint64_t> bitsPerSecond, maxBitsPerSecond;
     std::optional<std::uint16_t> lanes, maxLanes, node;
+    TInstancePlace place{};
 };
 
 constexpr TPropertyRow<TPort> portRows[] = {
-    {"ElementName", &TPort::elementName},
-    {"Description", &TPort::description},
-    {"DeviceID", &TPort::deviceId},
-    {"OtherIdentifyingInfo", &TPort::identities},
-    {"IdentifyingDescriptions", &TPort::identityDescriptions},
-    {"Speed", &TPort::bitsPerSecond},
-    {"MaxSpeed", &TPort::maxBitsPerSecond},
-    {"LinkWidth", &TPort::lanes},
-    {"MaxLinkWidth", &TPort::maxLanes},
-    {"NUMANode", &TPort::node},
-    {"PowerState", &TPort::powerState},
+    {"ElementName", &TPort::elementName, "@/config 00h; @/config 02h; @/vendor; @/device"},
+    {"Description", &TPort::description,
+     "@/max_link_speed if awake; @/current_link_width; @/current_link_speed; @/max_link_width"},
+    {"DeviceID", &TPort::deviceId, "@"},
+    {"OtherIdentifyingInfo", &TPort::identities,
+     "[Driver] @/driver; [Slot] /sys/bus/pci/slots; [IOMMU group] @/iommu_group; [Serial number] "
+     "@/serial_number"},
+    {"IdentifyingDescriptions", &TPort::identityDescriptions, "property OtherIdentifyingInfo"},
+    {"Speed", &TPort::bitsPerSecond, "@/current_link_speed; @/current_link_width; @/max_link_speed if awake"},
+    {"MaxSpeed", &TPort::maxBitsPerSecond, "@/max_link_width; @/max_link_speed if awake"},
+    {"LinkWidth", &TPort::lanes, "@/current_link_width; @/current_link_speed; @/max_link_speed if awake"},
+    {"MaxLinkWidth", &TPort::maxLanes, "@/max_link_width; @/max_link_speed if awake"},
+    {"NUMANode", &TPort::node, "number @/numa_node"},
+    {"PowerState", &TPort::powerState, "@/power_state"},
 };
 
 constexpr TCimClass<TPort> portClass{"CIM_PCIPort", portRows};
@@ -104,6 +108,7 @@ std::optional<std::string> FindSlotName(const TSlots& slots, const std::string& 
 TPort MakePort(TCollection& collection, const TSlots& slots, const TPciSource& source) {
     const ISystemFiles& files = collection.GetFiles();
     TPort port;
+    port.place.folder = source.folder;
     port.elementName = MakePciElementName(source, collection.GetDeviceNames());
     const bool isExpress = files.Exists(source.folder + "/max_link_speed");
     port.description = isExpress ? "PCI Express function" : "PCI function";

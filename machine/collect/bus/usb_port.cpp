@@ -12,15 +12,17 @@ namespace {
 struct TPortRecord {
     std::optional<std::string> elementName, description, deviceId;
     std::optional<std::uint64_t> speedBitsPerSecond, maxSpeedBitsPerSecond;
+    TInstancePlace place{};
 };
 
 constexpr TPropertyRow<TPortRecord> portRows[] = {
-    {"ElementName", &TPortRecord::elementName},
-    {"Description", &TPortRecord::description},
-    {"DeviceID", &TPortRecord::deviceId},
-    {"OperationalStatus", TUnavailable{ECimType::eUint16, /*isArray=*/true}},
-    {"MaxSpeed", &TPortRecord::maxSpeedBitsPerSecond},
-    {"Speed", &TPortRecord::speedBitsPerSecond},
+    {"ElementName", &TPortRecord::elementName, "/sys/bus/usb/devices/*"},
+    {"Description", &TPortRecord::description, "@/manufacturer; @/product; @/idVendor; @/idProduct"},
+    {"DeviceID", &TPortRecord::deviceId, "/sys/bus/usb/devices/*"},
+    {"OperationalStatus", TUnavailable{ECimType::eUint16, /*isArray=*/true},
+     "none: not reported by the port"},
+    {"MaxSpeed", &TPortRecord::maxSpeedBitsPerSecond, "/sys/bus/usb/devices/*/speed of the hub"},
+    {"Speed", &TPortRecord::speedBitsPerSecond, "@/speed"},
 };
 
 constexpr TCimClass<TPortRecord> usbPortClass{"KELSG_USBPort", portRows};
@@ -100,6 +102,7 @@ TPortRecord MakePort(TCollection& collection, const TUsbPort& port, THubSpeed& h
     constexpr std::uint64_t nothingAttached = 0;
     const ISystemFiles& files = collection.GetFiles();
     TPortRecord record;
+    record.place.folder = port.attached;
     record.elementName = "USB port " + port.number + " of " + port.hub;
     record.maxSpeedBitsPerSecond = hubSpeed.Read(files, port.hub);
     if (files.Exists(port.attached)) {

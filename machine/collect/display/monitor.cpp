@@ -13,14 +13,17 @@ namespace {
 struct TMonitor {
     std::optional<std::string> elementName, description, deviceId;
     std::optional<std::vector<std::string>> identities, identityDescriptions;
+    TInstancePlace place{};
 };
 
 constexpr TPropertyRow<TMonitor> monitorRows[] = {
-    {"ElementName", &TMonitor::elementName},
-    {"Description", &TMonitor::description},
-    {"DeviceID", &TMonitor::deviceId},
-    {"OtherIdentifyingInfo", &TMonitor::identities},
-    {"IdentifyingDescriptions", &TMonitor::identityDescriptions},
+    {"ElementName", &TMonitor::elementName, "@/edid descriptor FCh; @/edid 08h; @/edid 0Ah"},
+    {"Description", &TMonitor::description, "@/edid 10h; @/edid 15h"},
+    {"DeviceID", &TMonitor::deviceId, "@/edid 08h; @/edid 0Ah; @/edid 0Ch"},
+    {"OtherIdentifyingInfo", &TMonitor::identities,
+     "[Manufacturer] @/edid 08h; [Product code] @/edid 0Ah; [Serial number] @/edid descriptor FFh; [Serial "
+     "number] @/edid 0Ch"},
+    {"IdentifyingDescriptions", &TMonitor::identityDescriptions, "property OtherIdentifyingInfo"},
 };
 
 constexpr TCimClass<TMonitor> monitorClass{"CIM_DesktopMonitor", monitorRows};
@@ -101,6 +104,7 @@ void CollectMonitors(TCollection& collection) {
         const auto bytes = files.ReadText(std::string(parent) + "/" + name + "/edid");
         if (const auto edid = ParseEdid(bytes.value)) {
             monitors.push_back(MakeEntry(*edid, std::move(*connector)));
+            monitors.back().record->place.folder = std::string(parent) + "/" + name;
         }
     }
     CommitKeyed(collection, monitorClass, std::move(monitors), &TMonitor::deviceId, "monitor");

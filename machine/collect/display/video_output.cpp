@@ -12,13 +12,14 @@ namespace {
 struct TOutput {
     std::optional<std::string> elementName, description, deviceId;
     std::optional<std::uint16_t> enabledState;
+    TInstancePlace place{};
 };
 
 constexpr TPropertyRow<TOutput> outputRows[] = {
-    {"ElementName", &TOutput::elementName},
-    {"Description", &TOutput::description},
-    {"DeviceID", &TOutput::deviceId},
-    {"EnabledState", &TOutput::enabledState},
+    {"ElementName", &TOutput::elementName, "@"},
+    {"Description", &TOutput::description, "@/status"},
+    {"DeviceID", &TOutput::deviceId, "@"},
+    {"EnabledState", &TOutput::enabledState, "@/enabled"},
 };
 
 constexpr TCimClass<TOutput> outputClass{"CIM_VideoHead", outputRows};
@@ -83,6 +84,7 @@ void CollectVideoOutputs(TCollection& collection) {
         const std::string folder = std::string(parent) + "/" + name;
         const auto adapter = FindAdapter(files, folder);
         TOutput output;
+        output.place.folder = folder;
         output.elementName = connector;
         output.description = Describe(files, folder);
         output.enabledState = FindEnabledState(ReadAttribute(files, folder + "/enabled"));

@@ -19,23 +19,29 @@ struct TCard {
         userTracking;
     std::optional<std::uint16_t> removalConditions;
     std::optional<bool> hostingBoard, requiresDaughterBoard;
+    TInstancePlace place{};
+};
+
+struct TFoundBoard {
+    TSmbiosBoard fields;
+    const TSmbiosStructure* structure = nullptr;
 };
 
 constexpr TPropertyRow<TCard> cardRows[] = {
-    {"ElementName", &TCard::elementName},
-    {"Description", &TCard::description},
-    {"ManufactureDate", TUnavailable{ECimType::eDateTime}},
-    {"Manufacturer", &TCard::manufacturer},
-    {"Model", &TCard::model},
-    {"PartNumber", TUnavailable{ECimType::eString}},
-    {"SerialNumber", &TCard::serialNumber},
-    {"Tag", &TCard::tag},
-    {"Version", &TCard::version},
-    {"RemovalConditions", &TCard::removalConditions},
-    {"UserTracking", &TCard::userTracking},
-    {"HostingBoard", &TCard::hostingBoard},
-    {"RequiresDaughterBoard", &TCard::requiresDaughterBoard},
-    {"SpecialRequirements", TUnavailable{ECimType::eBoolean}},
+    {"ElementName", &TCard::elementName, "property Manufacturer; property Model"},
+    {"Description", &TCard::description, "type 2, 0Dh"},
+    {"ManufactureDate", TUnavailable{ECimType::eDateTime}, "none: no such field"},
+    {"Manufacturer", &TCard::manufacturer, "text type 2, 04h or /sys/class/dmi/id/board_vendor"},
+    {"Model", &TCard::model, "text type 2, 05h or /sys/class/dmi/id/board_name"},
+    {"PartNumber", TUnavailable{ECimType::eString}, "none: no such field"},
+    {"SerialNumber", &TCard::serialNumber, "text type 2, 07h or /sys/class/dmi/id/board_serial"},
+    {"Tag", &TCard::tag, "text type 2, 0Ah"},
+    {"Version", &TCard::version, "text type 2, 06h or /sys/class/dmi/id/board_version"},
+    {"RemovalConditions", &TCard::removalConditions, "type 2, 09h"},
+    {"UserTracking", &TCard::userTracking, "text type 2, 08h or /sys/class/dmi/id/board_asset_tag"},
+    {"HostingBoard", &TCard::hostingBoard, "type 2, 09h bit 0"},
+    {"RequiresDaughterBoard", &TCard::requiresDaughterBoard, "type 2, 09h bit 1"},
+    {"SpecialRequirements", TUnavailable{ECimType::eBoolean}, "none: no such field"},
 };
 
 constexpr TCimClass<TCard> cardClass{"KELSG_Card", cardRows};
@@ -95,10 +101,12 @@ std::optional<std::string> MakeElementName(const TCard& card) {
     return card.model;
 }
 
-TCard MakeCard(const TSmbiosBoard& board) {
+TCard MakeCard(const TFoundBoard& found) {
+    const TSmbiosBoard& board = found.fields;
     constexpr std::uint8_t isHosting = 0x01;
     constexpr std::uint8_t needsDaughterBoard = 0x02;
     TCard card;
+    card.place.structure = found.structure;
     card.description = Describe(board);
     card.manufacturer = WithoutPlaceholder(board.manufacturer);
     card.model = WithoutPlaceholder(board.product);
@@ -116,21 +124,21 @@ TCard MakeCard(const TSmbiosBoard& board) {
 
 // A board has no unique name. Its key is "Baseboard", plus its location if several boards share it;
 // /sys/class/dmi/id has no location, so a single board gets the same key with and without root.
-std::vector<TKeySource> MakeKeySources(const std::vector<TSmbiosBoard>& boards) {
+std::vector<TKeySource> MakeKeySources(const std::vector<TFoundBoard>& boards) {
     std::vector<TNamedPlace> places;
     places.reserve(boards.size());
-    for (const TSmbiosBoard& board : boards) {
-        places.push_back({std::string(boardWord), WithoutPlaceholder(board.location)});
+    for (const TFoundBoard& board : boards) {
+        places.push_back({std::string(boardWord), WithoutPlaceholder(board.fields.location)});
     }
     return MakePlaceKeySources(places, "board");
 }
 
-std::vector<TSmbiosBoard> ReadTable(TCollection& collection) {
+std::vector<TFoundBoard> ReadTable(TCollection& collection) {
     constexpr std::uint8_t boardType = 2;
-    std::vector<TSmbiosBoard> boards;
+    std::vector<TFoundBoard> boards;
     for (const TSmbiosStructure& structure : GetSmbios(collection).GetStructures()) {
         if (structure.GetType() == boardType) {
-            boards.push_back(ParseSmbiosBoard(structure));
+            boards.push_back({ParseSmbiosBoard(structure), &structure});
         }
     }
     return boards;
@@ -138,7 +146,7 @@ std::vector<TSmbiosBoard> ReadTable(TCollection& collection) {
 
 // Reads the texts of the first board, which the kernel shows to every user. On a machine without a board the
 // files are empty or missing.
-std::vector<TSmbiosBoard> ReadDmiClass(const ISystemFiles& files) {
+std::vector<TFoundBoard> ReadDmiClass(const ISystemFiles& files) {
     const auto folder = FindDmiFolder(files);
     if (!folder) {
         return {};
@@ -155,7 +163,7 @@ std::vector<TSmbiosBoard> ReadDmiClass(const ISystemFiles& files) {
         return {};
     }
     board.serial = read("serial");
-    return {std::move(board)};
+    return {{std::move(board)}};
 }
 
 void CollectCards(TCollection& collection) {

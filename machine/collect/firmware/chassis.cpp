@@ -25,24 +25,30 @@ struct TChassis {
     std::optional<std::uint16_t> powerCords, packageKind;
     std::optional<std::vector<std::uint16_t>> kinds;
     std::optional<float> heightInches;
+    TInstancePlace place{};
+};
+
+struct TFoundChassis {
+    TSmbiosChassis fields;
+    const TSmbiosStructure* structure = nullptr;
 };
 
 constexpr TPropertyRow<TChassis> chassisRows[] = {
-    {"ElementName", &TChassis::elementName},
-    {"Description", &TChassis::description},
-    {"OperationalStatus", &TChassis::operationalStatus},
-    {"Manufacturer", &TChassis::manufacturer},
-    {"SKU", &TChassis::sku},
-    {"SerialNumber", &TChassis::serialNumber},
-    {"Tag", &TChassis::tag},
-    {"Version", &TChassis::version},
-    {"UserTracking", &TChassis::userTracking},
-    {"LockPresent", &TChassis::hasLock},
-    {"NumberOfPowerCords", &TChassis::powerCords},
-    {"ChassisTypes", &TChassis::kinds},
-    {"ChassisPackageType", &TChassis::packageKind},
-    {"ChassisTypeDescription", &TChassis::kindText},
-    {"Height", &TChassis::heightInches},
+    {"ElementName", &TChassis::elementName, "property Manufacturer; property ChassisTypeDescription"},
+    {"Description", &TChassis::description, "type 3, 11h"},
+    {"OperationalStatus", &TChassis::operationalStatus, "type 3, 09h; type 3, 0Ah; type 3, 0Bh"},
+    {"Manufacturer", &TChassis::manufacturer, "text type 3, 04h or /sys/class/dmi/id/chassis_vendor"},
+    {"SKU", &TChassis::sku, "type 3, 15h and later"},
+    {"SerialNumber", &TChassis::serialNumber, "text type 3, 07h or /sys/class/dmi/id/chassis_serial"},
+    {"Tag", &TChassis::tag, "type 3, 05h or /sys/class/dmi/id/chassis_type"},
+    {"Version", &TChassis::version, "text type 3, 06h or /sys/class/dmi/id/chassis_version"},
+    {"UserTracking", &TChassis::userTracking, "text type 3, 08h or /sys/class/dmi/id/chassis_asset_tag"},
+    {"LockPresent", &TChassis::hasLock, "type 3, 05h bit 7"},
+    {"NumberOfPowerCords", &TChassis::powerCords, "type 3, 12h"},
+    {"ChassisTypes", &TChassis::kinds, "type 3, 05h or /sys/class/dmi/id/chassis_type"},
+    {"ChassisPackageType", &TChassis::packageKind, "type 3, 05h or /sys/class/dmi/id/chassis_type"},
+    {"ChassisTypeDescription", &TChassis::kindText, "type 3, 05h or /sys/class/dmi/id/chassis_type"},
+    {"Height", &TChassis::heightInches, "type 3, 11h"},
 };
 
 constexpr TCimClass<TChassis> chassisClass{"CIM_Chassis", chassisRows};
@@ -83,8 +89,10 @@ void SetKind(std::uint8_t kind, TChassis& chassis) {
     chassis.packageKind = FindPackageKind(kind);
 }
 
-TChassis MakeChassis(const TSmbiosChassis& source) {
+TChassis MakeChassis(const TFoundChassis& found) {
+    const TSmbiosChassis& source = found.fields;
     TChassis chassis;
+    chassis.place.structure = found.structure;
     chassis.manufacturer = WithoutPlaceholder(source.manufacturer);
     chassis.version = WithoutPlaceholder(source.version);
     chassis.serialNumber = WithoutPlaceholder(source.serial);
@@ -111,19 +119,19 @@ TChassis MakeChassis(const TSmbiosChassis& source) {
     return chassis;
 }
 
-std::vector<TSmbiosChassis> ReadTable(TCollection& collection) {
+std::vector<TFoundChassis> ReadTable(TCollection& collection) {
     constexpr std::uint8_t chassisType = 3;
-    std::vector<TSmbiosChassis> rows;
+    std::vector<TFoundChassis> rows;
     for (const TSmbiosStructure& structure : GetSmbios(collection).GetStructures()) {
         if (structure.GetType() == chassisType) {
-            rows.push_back(ParseSmbiosChassis(structure));
+            rows.push_back({ParseSmbiosChassis(structure), &structure});
         }
     }
     return rows;
 }
 
 // The kernel keeps the texts of the first chassis.
-std::vector<TSmbiosChassis> ReadExcerpt(const ISystemFiles& files) {
+std::vector<TFoundChassis> ReadExcerpt(const ISystemFiles& files) {
     const auto folder = FindDmiFolder(files);
     if (!folder) {
         return {};
@@ -140,7 +148,7 @@ std::vector<TSmbiosChassis> ReadExcerpt(const ISystemFiles& files) {
     chassis.version = read("version");
     chassis.assetTag = read("asset_tag");
     chassis.serial = read("serial");
-    return {std::move(chassis)};
+    return {{std::move(chassis)}};
 }
 
 // A chassis has no unique name. Its key is "Chassis", plus its 1-based position if there are several;

@@ -13,6 +13,11 @@
 namespace NVORHOST {
 namespace {
 
+constexpr auto memoryRangeRows = MakeMemoryRangeRows({
+    .start = "type 19, 04h; type 19, 0Fh",
+    .end = "type 19, 08h; type 19, 17h",
+    .kind = "type 16, 05h",
+});
 constexpr TCimClass<TMemoryRange> memoryArrayAddressClass{"KELSG_MAS", memoryRangeRows};
 constexpr const IClassDeclaration* classes[] = {&memoryArrayAddressClass};
 
@@ -106,6 +111,7 @@ void CollectMemoryArrayAddresses(TCollection& collection) {
         if (source.range) {
             const TNumberedArray* array = FindArray(arrays, source.arrayHandle);
             addresses.push_back({MakeAddress(*source.range, array), MakeKeySource(*source.range, array)});
+            addresses.back().record->place.structure = &structure;
         }
     }
     CommitKeyed(collection, memoryArrayAddressClass, std::move(addresses), &TMemoryRange::deviceId,

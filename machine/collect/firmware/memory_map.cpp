@@ -15,6 +15,11 @@
 namespace NVORHOST {
 namespace {
 
+constexpr auto memoryRangeRows = MakeMemoryRangeRows({
+    .start = "/sys/firmware/memmap/*/start; /proc/iomem",
+    .end = "/sys/firmware/memmap/*/end; /proc/iomem",
+    .kind = "/sys/firmware/memmap/*/type; /proc/iomem",
+});
 constexpr TCimClass<TMemoryRange> memoryMapClass{"KELSG_ACPI", memoryRangeRows};
 constexpr const IClassDeclaration* classes[] = {&memoryMapClass};
 

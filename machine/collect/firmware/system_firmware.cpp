@@ -18,20 +18,20 @@ struct TFirmware {
 };
 
 constexpr TPropertyRow<TFirmware> biosRows[] = {
-    {"ElementName", &TFirmware::elementName},
-    {"Description", &TFirmware::description},
-    {"Name", &TFirmware::name},
-    {"Manufacturer", &TFirmware::manufacturer},
-    {"Version", &TFirmware::version},
-    {"ReleaseDate", &TFirmware::releaseDate},
-    {"PrimaryBIOS", &TFirmware::isPrimary},
+    {"ElementName", &TFirmware::elementName, "property Manufacturer; property Version"},
+    {"Description", &TFirmware::description, "type 0, 14h or /sys/class/dmi/id/bios_release"},
+    {"Name", &TFirmware::name, "constant"},
+    {"Manufacturer", &TFirmware::manufacturer, "text type 0, 04h or /sys/class/dmi/id/bios_vendor"},
+    {"Version", &TFirmware::version, "text type 0, 05h or /sys/class/dmi/id/bios_version"},
+    {"ReleaseDate", &TFirmware::releaseDate, "date type 0, 08h or /sys/class/dmi/id/bios_date"},
+    {"PrimaryBIOS", &TFirmware::isPrimary, "constant"},
 };
 
 constexpr TPropertyRow<TFirmware> controllerRows[] = {
-    {"ElementName", &TFirmware::elementName},
-    {"Description", &TFirmware::description},
-    {"Name", &TFirmware::name},
-    {"Version", &TFirmware::version},
+    {"ElementName", &TFirmware::elementName, "property Version"},
+    {"Description", &TFirmware::description, "constant"},
+    {"Name", &TFirmware::name, "constant"},
+    {"Version", &TFirmware::version, "type 0, 16h or /sys/class/dmi/id/ec_firmware_release"},
 };
 
 constexpr TCimClass<TFirmware> biosClass{"CIM_BIOSElement", biosRows};

@@ -20,30 +20,32 @@ struct TSystemSlot {
     std::optional<std::string> elementName, description, tag;
     std::optional<std::uint16_t> connectorGender, connectorLayout, maxDataWidthBits, number;
     std::optional<bool> openSwitch, specialPurpose, supportsHotPlug;
+    TInstancePlace place{};
 };
 
 constexpr TPropertyRow<TSystemSlot> systemSlotRows[] = {
-    {"ElementName", &TSystemSlot::elementName},
-    {"Description", &TSystemSlot::description},
-    {"ManufactureDate", TUnavailable{ECimType::eDateTime}},
-    {"Manufacturer", TUnavailable{ECimType::eString}},
-    {"Model", TUnavailable{ECimType::eString}},
-    {"PartNumber", TUnavailable{ECimType::eString}},
-    {"SerialNumber", TUnavailable{ECimType::eString}},
-    {"Tag", &TSystemSlot::tag},
-    {"Version", TUnavailable{ECimType::eString}},
-    {"ConnectorGender", &TSystemSlot::connectorGender},
-    {"ConnectorLayout", &TSystemSlot::connectorLayout},
-    {"ConnectorPinout", TUnavailable{ECimType::eString}},
-    {"NumPhysicalPins", TUnavailable{ECimType::eUint32}},
-    {"HeightAllowed", TUnavailable{ECimType::eReal32}},
-    {"LengthAllowed", TUnavailable{ECimType::eReal32}},
-    {"MaxDataWidth", &TSystemSlot::maxDataWidthBits},
-    {"Number", &TSystemSlot::number},
-    {"OpenSwitch", &TSystemSlot::openSwitch},
-    {"SpecialPurpose", &TSystemSlot::specialPurpose},
-    {"SupportsHotPlug", &TSystemSlot::supportsHotPlug},
-    {"ThermalRating", TUnavailable{ECimType::eUint32}},
+    {"ElementName", &TSystemSlot::elementName, "text type 9, 04h"},
+    {"Description", &TSystemSlot::description,
+     "type 9, 05h; type 9, 07h; /sys/bus/pci/devices/*; /sys/bus/pci/devices/*/class"},
+    {"ManufactureDate", TUnavailable{ECimType::eDateTime}, "none: no such field"},
+    {"Manufacturer", TUnavailable{ECimType::eString}, "none: no such field"},
+    {"Model", TUnavailable{ECimType::eString}, "none: no such field"},
+    {"PartNumber", TUnavailable{ECimType::eString}, "none: no such field"},
+    {"SerialNumber", TUnavailable{ECimType::eString}, "none: no such field"},
+    {"Tag", &TSystemSlot::tag, "text type 9, 04h; type 9, 0Dh"},
+    {"Version", TUnavailable{ECimType::eString}, "none: no such field"},
+    {"ConnectorGender", &TSystemSlot::connectorGender, "type 9, 05h"},
+    {"ConnectorLayout", &TSystemSlot::connectorLayout, "type 9, 05h; type 9, 13h and later"},
+    {"ConnectorPinout", TUnavailable{ECimType::eString}, "none: no such field"},
+    {"NumPhysicalPins", TUnavailable{ECimType::eUint32}, "none: no such field"},
+    {"HeightAllowed", TUnavailable{ECimType::eReal32}, "none: the length field has short and long only"},
+    {"LengthAllowed", TUnavailable{ECimType::eReal32}, "none: the length field has short and long only"},
+    {"MaxDataWidth", &TSystemSlot::maxDataWidthBits, "type 9, 06h"},
+    {"Number", &TSystemSlot::number, "type 9, 09h"},
+    {"OpenSwitch", &TSystemSlot::openSwitch, "@/latch"},
+    {"SpecialPurpose", &TSystemSlot::specialPurpose, "type 9, 05h"},
+    {"SupportsHotPlug", &TSystemSlot::supportsHotPlug, "type 9, 0Ch bit 1"},
+    {"ThermalRating", TUnavailable{ECimType::eUint32}, "none: no such field"},
 };
 
 constexpr TCimClass<TSystemSlot> systemSlotClass{"KELSG_SystemSlot", systemSlotRows};
@@ -99,14 +101,15 @@ std::string WithoutFunction(const std::string& address) {
     return address.substr(0, address.rfind('.'));
 }
 
-std::optional<bool> ReadOpenSwitch(const ISystemFiles& files, const TSlotFolders& folders,
-                                   const TSmbiosSlot& slot) {
-    constexpr std::uint8_t isOpen = 1;
+// Returns the folder of the slot in /sys/bus/pci/slots; an empty text if the kernel does not have the slot.
+std::string FindFolder(const TSlotFolders& folders, const TSmbiosSlot& slot) {
     const auto found = slot.pciAddress ? folders.find(WithoutFunction(*slot.pciAddress)) : folders.end();
-    if (found == folders.end()) {
-        return std::nullopt;
-    }
-    const auto latch = ReadNumber<std::uint8_t>(files, found->second + "/latch");
+    return found == folders.end() ? std::string() : found->second;
+}
+
+std::optional<bool> ReadOpenSwitch(const ISystemFiles& files, const std::string& folder) {
+    constexpr std::uint8_t isOpen = 1;
+    const auto latch = folder.empty() ? std::nullopt : ReadNumber<std::uint8_t>(files, folder + "/latch");
     return latch ? std::optional(*latch == isOpen) : std::nullopt;
 }
 
@@ -150,7 +153,8 @@ TSystemSlot MakeSlot(TCollection& collection, const TSlotFolders& folders, const
     target.elementName = WithoutPlaceholder(slot.designation);
     target.description = Describe(collection, slot);
     target.maxDataWidthBits = slot.dataWidth ? FindMaxDataWidth(*slot.dataWidth) : std::nullopt;
-    target.openSwitch = ReadOpenSwitch(collection.GetFiles(), folders, slot);
+    target.place.folder = FindFolder(folders, slot);
+    target.openSwitch = ReadOpenSwitch(collection.GetFiles(), target.place.folder);
     target.supportsHotPlug = slot.supportsHotPlug;
     SetFromKind(slot, target);
     return target;
@@ -168,6 +172,7 @@ void CollectSystemSlots(TCollection& collection) {
             }
             const TSmbiosSlot source = ParseSmbiosSlot(structure);
             TSystemSlot slot = MakeSlot(collection, *folders, source);
+            slot.place.structure = &structure;
             // A slot without a designation is keyed by its number, as an address alone would be a poor name.
             places.push_back({slot.elementName, slot.elementName ? source.pciAddress : std::nullopt});
             slots.push_back({std::move(slot), {}});

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "host/cim_value.h"
+#include "machine/collect/frame/value_sources.h"
 #include "vorhost/model/memory_namespace.h"
 
 #include <array>
@@ -52,16 +53,28 @@ template <typename TRecord>
 struct TPropertyRow {
     std::string_view name;
     TPropertyMember<TRecord> member;
+    TValueSources sources{};
+};
+
+/// A property and where its values come from.
+struct TSourcedProperty {
+    std::string_view name;
+    TValueSources sources;
 };
 
 /// Concatenates two tables of rows, for classes that share their first properties.
 template <typename TRecord, std::size_t firstSize, std::size_t secondSize>
-constexpr auto JoinRows(const TPropertyRow<TRecord> (&first)[firstSize],
+constexpr auto JoinRows(const std::array<TPropertyRow<TRecord>, firstSize>& first,
                         const TPropertyRow<TRecord> (&second)[secondSize]) {
     return [&]<std::size_t... i, std::size_t... j>(std::index_sequence<i...>, std::index_sequence<j...>) {
         return std::array{first[i]..., second[j]...};
     }
     (std::make_index_sequence<firstSize>(), std::make_index_sequence<secondSize>());
+}
+template <typename TRecord, std::size_t firstSize, std::size_t secondSize>
+constexpr auto JoinRows(const TPropertyRow<TRecord> (&first)[firstSize],
+                        const TPropertyRow<TRecord> (&second)[secondSize]) {
+    return JoinRows(std::to_array(first), second);
 }
 
 /// The CIM type of a member's value.
@@ -116,6 +129,8 @@ class IClassDeclaration {
     virtual std::string_view GetName() const = 0;
     /// The properties in row order.
     virtual std::vector<TPropertyDeclaration> GetProperties() const = 0;
+    /// Returns the sources of each property in row order.
+    virtual std::vector<TSourcedProperty> GetSources() const = 0;
 
   protected:
     constexpr IClassDeclaration() = default;
@@ -141,6 +156,15 @@ class TCimClass final : public IClassDeclaration {
             declarations.push_back(std::visit(TDeclareMember<TRecord>{row.name}, row.member));
         }
         return declarations;
+    }
+
+    std::vector<TSourcedProperty> GetSources() const override {
+        std::vector<TSourcedProperty> properties;
+        properties.reserve(rows_.size());
+        for (const TPropertyRow<TRecord>& row : rows_) {
+            properties.push_back({row.name, row.sources});
+        }
+        return properties;
     }
 
   private:

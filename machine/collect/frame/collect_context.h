@@ -6,6 +6,7 @@
 #include "machine/collect/frame/device_names.h"
 #include "machine/system/system_calls.h"
 #include "machine/system/system_files.h"
+#include "machine/system/watched_files.h"
 #include "vorhost/model/memory_namespace.h"
 
 #include <optional>
@@ -23,6 +24,12 @@ struct TCollectContext {
     const IDeviceNames* deviceNames = nullptr;
     /// True if files may be read that wake a device.
     bool wakes = false;
+    /// True if the search for the value of every property is looked at, so that its status is known.
+    bool withSources = false;
+    /// With sources: true if every instance keeps them, false if only the statuses are counted.
+    bool keepsSources = true;
+    /// Paths whose accesses end as timed out; null if there are none.
+    const TUnansweredPaths* unanswered = nullptr;
 };
 
 }  // namespace NVORHOST

@@ -5,6 +5,7 @@
 #include "machine/collect/frame/cim_class.h"
 #include "machine/collect/frame/collect_context.h"
 #include "machine/collect/frame/device_key.h"
+#include "machine/collect/frame/instance_place.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -20,6 +21,13 @@
 
 namespace NVORHOST {
 
+/// An instance that a collector committed, for the search for its sources.
+struct TCommittedInstance {
+    const IClassDeclaration* declaration;
+    boost::shared_ptr<TMemoryInstance> instance;
+    TInstancePlace place;
+};
+
 class TCollection {
   public:
     /// `files` is used in place of `context.files`, so that a run can record its accesses.
@@ -34,6 +42,7 @@ class TCollection {
     const std::optional<TCIMDateTime>& GetLocalTime() const { return context_.localTime; }
     /// True if files may be read that wake a device.
     bool MayWake() const { return context_.wakes; }
+    bool KeepsSources() const { return context_.keepsSources; }
     /// Null if the run has no database of device names.
     const IDeviceNames* GetDeviceNames() const { return context_.deviceNames; }
 
@@ -48,7 +57,8 @@ class TCollection {
     /// Commits one instance with every property of `record` that has a value. Texts are cleaned by
     /// ToPrintableText; a text that is empty afterwards counts as absent, and in an array as null. Runs of
     /// blanks are squeezed in ElementName and Description, which are for people, but not in keys and numbers.
-    /// The key in a reference is cleaned like the key that it names.
+    /// The key in a reference is cleaned like the key that it names. A member `place` of the record names the
+    /// place of the instance in the sources.
     template <typename TRecord>
     void Commit(const TCimClass<TRecord>& cimClass, const TRecord& record);
 
@@ -60,6 +70,8 @@ class TCollection {
     /// Adds a line to the log and to the summary: a source is malformed and devices may be missing.
     void Warn(std::string line) { warnings_.push_back(std::move(line)); }
 
+    /// Returns the instances since the last call if the run wants sources; otherwise none.
+    std::vector<TCommittedInstance> TakeCommitted() { return std::exchange(committed_, {}); }
     std::vector<std::string> TakeNotes() { return std::exchange(notes_, {}); }
     std::vector<std::string> TakeWarnings() { return std::exchange(warnings_, {}); }
     std::size_t TakeReplacedBytes() { return std::exchange(replacedBytes_, 0); }
@@ -90,6 +102,7 @@ class TCollection {
 
     const TCollectContext& context_;
     const ISystemFiles& files_;
+    std::vector<TCommittedInstance> committed_;
     std::unordered_map<TReader, std::shared_ptr<const void>> sources_;  // results of ReadOnce
     std::vector<std::string> notes_;
     std::vector<std::string> warnings_;
@@ -130,6 +143,14 @@ void TCollection::Commit(const TCimClass<TRecord>& cimClass, const TRecord& reco
             row.member);
     }
     instance->CommitInstance({});
+    if (context_.withSources) {
+        TCommittedInstance& committed = committed_.emplace_back();
+        committed.declaration = &cimClass;
+        committed.instance = instance;
+        if constexpr (requires { record.place; }) {
+            committed.place = record.place;
+        }
+    }
 }
 
 }  // namespace NVORHOST

@@ -31,6 +31,15 @@ const TSmbiosStructure* TSmbiosSource::FindFirst(std::uint8_t type) const {
     return FindRow(structures_, &TSmbiosStructure::GetType, type);
 }
 
+const TSmbiosStructure* TSmbiosSource::FindNumbered(std::uint8_t type, std::size_t number) const {
+    for (const TSmbiosStructure& structure : structures_) {
+        if (structure.GetType() == type && number-- == 0) {
+            return &structure;
+        }
+    }
+    return nullptr;
+}
+
 const TSmbiosSource& GetSmbios(TCollection& collection) {
     return collection.ReadOnce(ReadSmbios);
 }

@@ -3,6 +3,7 @@
 
 #include "machine/parse/smbios_table.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -28,6 +29,8 @@ class TSmbiosSource {
     const std::vector<TSmbiosStructure>& GetStructures() const { return structures_; }
     /// The first structure of a type; null if there is none.
     const TSmbiosStructure* FindFirst(std::uint8_t type) const;
+    /// The structure of a type with a 0-based number among those of the type; null if there is none.
+    const TSmbiosStructure* FindNumbered(std::uint8_t type, std::size_t number) const;
 
   private:
     std::string bytes_;

@@ -17,16 +17,27 @@ struct TComputerSystem {
 };
 
 constexpr TPropertyRow<TComputerSystem> computerSystemRows[] = {
-    {"ElementName", &TComputerSystem::elementName},
-    {"Description", &TComputerSystem::description},
-    {"OperationalStatus", &TComputerSystem::operationalStatus},
-    {"PrimaryOwnerContact", TUnavailable{ECimType::eString}},
-    {"PrimaryOwnerName", TUnavailable{ECimType::eString}},
-    {"Dedicated", &TComputerSystem::dedicated},
-    {"Manufacturer", &TComputerSystem::manufacturer},
-    {"ProductName", &TComputerSystem::productName},
-    {"SerialNumber", &TComputerSystem::serialNumber},
-    {"Name", &TComputerSystem::name},
+    {"ElementName", &TComputerSystem::elementName, "call uname nodename"},
+    {"Description", &TComputerSystem::description,
+     "type 3, 05h or /sys/class/dmi/id/chassis_type; /proc/cpuinfo flags; type 0, 13h bit 4; "
+     "/sys/hypervisor/type"},
+    {"OperationalStatus", &TComputerSystem::operationalStatus, "type 3, 09h; type 3, 0Ah; type 3, 0Bh"},
+    {"PrimaryOwnerContact", TUnavailable{ECimType::eString}, "none: no source"},
+    {"PrimaryOwnerName", TUnavailable{ECimType::eString}, "none: no source"},
+    {"Dedicated", &TComputerSystem::dedicated, "constant"},
+    {"Manufacturer", &TComputerSystem::manufacturer,
+     "text type 1, 04h or /sys/class/dmi/id/sys_vendor; text type 2, 04h or /sys/class/dmi/id/board_vendor; "
+     "/sys/firmware/acpi/tables/FACP OEMID"},
+    {"ProductName", &TComputerSystem::productName,
+     "text type 1, 05h or /sys/class/dmi/id/product_name; text type 2, 05h or /sys/class/dmi/id/board_name; "
+     "/proc/device-tree/model; /proc/device-tree/compatible; /sys/firmware/acpi/tables/FACP OEM Table ID; "
+     "/proc/cpuinfo model name"},
+    {"SerialNumber", &TComputerSystem::serialNumber,
+     "text type 1, 07h or /sys/class/dmi/id/product_serial; text type 3, 07h or "
+     "/sys/class/dmi/id/chassis_serial; /proc/device-tree/serial-number"},
+    {"Name", &TComputerSystem::name,
+     "uuid type 1, 08h or /sys/class/dmi/id/product_uuid; /proc/device-tree/vm,uuid; uuid "
+     "/sys/hypervisor/uuid"},
 };
 
 constexpr TCimClass<TComputerSystem> computerSystemClass{"KELSG_ComputerSystem", computerSystemRows};

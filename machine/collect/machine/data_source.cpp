@@ -10,10 +10,10 @@ struct TDataSource {
 };
 
 constexpr TPropertyRow<TDataSource> dataSourceRows[] = {
-    {"ElementName", &TDataSource::elementName},
-    {"Description", &TDataSource::description},
-    {"Name", &TDataSource::name},
-    {"Version", &TDataSource::version},
+    {"ElementName", &TDataSource::elementName, "constant"},
+    {"Description", &TDataSource::description, "constant"},
+    {"Name", &TDataSource::name, "constant"},
+    {"Version", &TDataSource::version, "constant"},
 };
 
 constexpr TCimClass<TDataSource> dataSourceClass{"KELSG_DataSource", dataSourceRows};

@@ -18,16 +18,17 @@ struct TProcess {
     std::optional<TCIMDateTime> creationDate;
     std::optional<std::uint16_t> executionState;
     std::optional<std::uint32_t> priority;
+    TInstancePlace place{};
 };
 
 constexpr TPropertyRow<TProcess> processRows[] = {
-    {"ElementName", &TProcess::elementName},
-    {"Description", &TProcess::description},
-    {"ProcessID", &TProcess::processId},
-    {"CreationDate", &TProcess::creationDate},
-    {"ExecutionState", &TProcess::executionState},
-    {"Priority", &TProcess::priority},
-    {"TerminationDate", TUnavailable{ECimType::eDateTime}},
+    {"ElementName", &TProcess::elementName, "@/stat comm"},
+    {"Description", &TProcess::description, "@/stat flags"},
+    {"ProcessID", &TProcess::processId, "@"},
+    {"CreationDate", &TProcess::creationDate, "@/stat starttime; /proc/stat btime"},
+    {"ExecutionState", &TProcess::executionState, "@/stat state"},
+    {"Priority", &TProcess::priority, "@/stat priority"},
+    {"TerminationDate", TUnavailable{ECimType::eDateTime}, "none: it lives"},
 };
 
 constexpr TCimClass<TProcess> processClass{"KELSG_Process", processRows};
@@ -110,6 +111,7 @@ void CollectProcesses(TCollection& collection) {
         if (stat) {
             TProcess process = MakeProcess(collection, *stat, bootTime);
             process.processId = name;
+            process.place.folder = "/proc/" + name;
             collection.Commit(processClass, process);
         }
     }

@@ -9,10 +9,10 @@ struct TResult {
 };
 
 constexpr TPropertyRow<TResult> resultRows[] = {
-    {"InventoryRCF", &TResult::inventory},
-    {"KELID", &TResult::kelId},
-    {"MachineType", &TResult::machineType},
-    {"Credential", &TResult::credential},
+    {"InventoryRCF", &TResult::inventory, "none: the plug-in's result"},
+    {"KELID", &TResult::kelId, "none: the plug-in's result"},
+    {"MachineType", &TResult::machineType, "none: the plug-in's result"},
+    {"Credential", &TResult::credential, "none: the plug-in's result"},
 };
 
 constexpr TCimClass<TResult> resultClass{"KELSG_CADAT", resultRows};

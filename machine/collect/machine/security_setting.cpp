@@ -14,13 +14,14 @@ namespace {
 
 struct TSetting {
     std::optional<std::string> elementName, description, instanceId, value;
+    TInstancePlace place{};
 };
 
 constexpr TPropertyRow<TSetting> settingRows[] = {
-    {"ElementName", &TSetting::elementName},
-    {"Description", &TSetting::description},
-    {"InstanceID", &TSetting::instanceId},
-    {"CurrentValue", &TSetting::value},
+    {"ElementName", &TSetting::elementName, "constant"},
+    {"Description", &TSetting::description, "constant; type 43, 04h of a TPM"},
+    {"InstanceID", &TSetting::instanceId, "constant"},
+    {"CurrentValue", &TSetting::value, "@ content"},
 };
 
 constexpr TCimClass<TSetting> settingClass{"KELSG_SecuritySetting", settingRows};
@@ -44,8 +45,11 @@ constexpr auto sourcePatterns = Join(smbiosSources, std::array<TSourcePattern, 8
                                                         "/sys/devices/system/cpu/vulnerabilities/*",
                                                     });
 
-void Commit(TCollection& collection, const std::string& name, std::string description, std::string value) {
-    collection.Commit(settingClass, {name, std::move(description), name, std::move(value)});
+// `source` is the file or folder that has the state.
+void Commit(TCollection& collection, std::string_view source, const std::string& name,
+            std::string description, std::string value) {
+    collection.Commit(settingClass, {name, std::move(description), name, std::move(value),
+                                     TInstancePlace{.folder = std::string(source)}});
 }
 
 std::string ToWord(bool isEnabled) {
@@ -56,14 +60,16 @@ void CommitSecureBoot(TCollection& collection) {
     constexpr std::size_t moreThanItsSize = 16;
     const auto bytes = collection.GetFiles().ReadBytes(secureBootVariable, moreThanItsSize);
     if (const auto isEnabled = ParseSecureBoot(bytes.value)) {
-        Commit(collection, "Secure Boot", "The firmware starts signed programs only", ToWord(*isEnabled));
+        Commit(collection, secureBootVariable, "Secure Boot", "The firmware starts signed programs only",
+               ToWord(*isEnabled));
     }
 }
 
 void CommitLockdown(TCollection& collection) {
     const auto text = ReadAttribute(collection.GetFiles(), lockdownFile);
     if (const auto level = ParseChosenWord(text.value_or(""))) {
-        Commit(collection, "Kernel lockdown", "Access to the kernel that even root is denied", *level);
+        Commit(collection, lockdownFile, "Kernel lockdown", "Access to the kernel that even root is denied",
+               *level);
     }
 }
 
@@ -95,7 +101,9 @@ void CommitTpms(TCollection& collection) {
         ++number;
         const std::string id = number == 1 ? "TPM" : "TPM " + std::to_string(number);
         const std::string description = number == 1 ? DescribeTpm(collection) : "Trusted platform module";
-        collection.Commit(settingClass, {id, description, id, FindTpmVersion(files, name)});
+        collection.Commit(settingClass, {id, description, id, FindTpmVersion(files, name),
+                                         TInstancePlace{.folder = std::string(tpmFolder) + "/" + name +
+                                                                  "/tpm_version_major"}});
     }
 }
 
@@ -103,7 +111,8 @@ void CommitTpms(TCollection& collection) {
 void CommitIommu(TCollection& collection) {
     const auto units = collection.GetFiles().List(iommuFolder);
     if (units.IsOk()) {
-        Commit(collection, "IOMMU", "Protection of memory from devices", ToWord(!units.value.empty()));
+        Commit(collection, iommuFolder, "IOMMU", "Protection of memory from devices",
+               ToWord(!units.value.empty()));
     }
 }
 
@@ -116,7 +125,8 @@ void CommitVirtualization(TCollection& collection) {
     }
     const TLogicalProcessor& first = processors.front();
     if (first.hasVmx || first.hasSvm) {
-        Commit(collection, "Hardware virtualization", first.hasVmx ? "VT-x" : "AMD-V", ToWord(true));
+        Commit(collection, "/proc/cpuinfo", "Hardware virtualization", first.hasVmx ? "VT-x" : "AMD-V",
+               ToWord(true));
     }
 }
 
@@ -125,8 +135,8 @@ void CommitVulnerabilities(TCollection& collection) {
     const std::string folder(vulnerabilitiesFolder);
     for (const std::string& name : files.List(folder).value) {
         if (auto state = ReadAttribute(files, folder + "/" + name)) {
-            Commit(collection, "CPU vulnerability " + name, "State of a processor vulnerability",
-                   std::move(*state));
+            Commit(collection, folder + "/" + name, "CPU vulnerability " + name,
+                   "State of a processor vulnerability", std::move(*state));
         }
     }
 }

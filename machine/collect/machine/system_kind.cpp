@@ -23,12 +23,17 @@ struct TSystem {
 };
 
 constexpr TPropertyRow<TSystem> systemRows[] = {
-    {"ElementName", &TSystem::elementName},
-    {"Description", &TSystem::description},
-    {"Name", &TSystem::name},
-    {"VirtualSystem", &TSystem::kind},
-    {"OtherIdentifyingInfo", &TSystem::identities},
-    {"IdentifyingDescriptions", &TSystem::identityDescriptions},
+    {"ElementName", &TSystem::elementName, "call uname nodename"},
+    {"Description", &TSystem::description, "property VirtualSystem"},
+    {"Name", &TSystem::name, "call uname nodename"},
+    {"VirtualSystem", &TSystem::kind,
+     "/sys/class/dmi/id/product_name; /sys/class/dmi/id/sys_vendor; /sys/class/dmi/id/board_vendor; "
+     "/sys/class/dmi/id/bios_vendor; call cpuid 40000000h; /sys/hypervisor/type; /proc/vz; "
+     "/run/host/container-manager; /run/systemd/container; /run/.containerenv; /.dockerenv"},
+    {"OtherIdentifyingInfo", &TSystem::identities,
+     "/sys/class/dmi/id/sys_vendor; /sys/class/dmi/id/product_name; /sys/class/dmi/id/chassis_asset_tag; "
+     "property VirtualSystem"},
+    {"IdentifyingDescriptions", &TSystem::identityDescriptions, "property OtherIdentifyingInfo"},
 };
 
 constexpr TCimClass<TSystem> systemClass{"CIM_ComputerSystem", systemRows};

@@ -26,32 +26,41 @@ struct TMemoryModule {
     std::optional<std::uint32_t> interleavePosition, positionInRow, speed, configuredSpeed;
     std::optional<std::uint8_t> rank;
     std::optional<std::uint64_t> capacityBytes;
+    TInstancePlace place{};
 };
 
 constexpr TPropertyRow<TMemoryModule> memoryModuleRows[] = {
-    {"ElementName", &TMemoryModule::elementName},
-    {"Description", &TMemoryModule::description},
-    {"ManufactureDate", TUnavailable{ECimType::eDateTime}},  // modules have the week, not the day
-    {"Manufacturer", &TMemoryModule::manufacturer},
-    {"Model", TUnavailable{ECimType::eString}},
-    {"PartNumber", &TMemoryModule::partNumber},
-    {"SerialNumber", &TMemoryModule::serialNumber},
-    {"Tag", &TMemoryModule::tag},
-    {"Version", TUnavailable{ECimType::eString}},
-    {"RemovalConditions", &TMemoryModule::removalConditions},
-    {"FormFactor", &TMemoryModule::formFactor},
-    {"BankLabel", &TMemoryModule::bankLabel},
-    {"Capacity", &TMemoryModule::capacityBytes},
-    {"DataWidth", &TMemoryModule::dataWidthBits},
-    {"InterleavePosition", &TMemoryModule::interleavePosition},
-    {"MemoryType", &TMemoryModule::memoryType},
-    {"PositionInRow", &TMemoryModule::positionInRow},
-    {"Speed", &TMemoryModule::speed},  // MT/s
-    {"TotalWidth", &TMemoryModule::totalWidthBits},
-    {"ConfiguredMemoryClockSpeed", &TMemoryModule::configuredSpeed},  // MT/s
-    {"ConfiguredVoltage", &TMemoryModule::configuredMillivolts},
-    {"Rank", &TMemoryModule::rank},
-    {"ErrorMethodology", &TMemoryModule::errorCorrection},
+    {"ElementName", &TMemoryModule::elementName, "property Manufacturer; property PartNumber"},
+    {"Description", &TMemoryModule::description,
+     "type 17, 12h; type 17, 0Eh; /sys/bus/i2c/drivers/ee1004/*/eeprom; "
+     "/sys/bus/i2c/drivers/spd5118/*/eeprom; /sys/bus/i2c/drivers/at24/*/eeprom"},
+    {"ManufactureDate", TUnavailable{ECimType::eDateTime},
+     "none: the EEPROM has a week only, which Description holds"},
+    {"Manufacturer", &TMemoryModule::manufacturer, "text type 17, 17h"},
+    {"Model", TUnavailable{ECimType::eString}, "none: the part number is the model"},
+    {"PartNumber", &TMemoryModule::partNumber,
+     "text type 17, 1Ah; /sys/bus/i2c/drivers/ee1004/*/eeprom; /sys/bus/i2c/drivers/spd5118/*/eeprom; "
+     "/sys/bus/i2c/drivers/at24/*/eeprom"},
+    {"SerialNumber", &TMemoryModule::serialNumber,
+     "text type 17, 18h; /sys/bus/i2c/drivers/ee1004/*/eeprom; /sys/bus/i2c/drivers/spd5118/*/eeprom; "
+     "/sys/bus/i2c/drivers/at24/*/eeprom"},
+    {"Tag", &TMemoryModule::tag, "text type 17, 10h; text type 17, 11h"},
+    {"Version", TUnavailable{ECimType::eString}, "none: no such field"},
+    {"RemovalConditions", &TMemoryModule::removalConditions, "type 17, 0Eh"},
+    {"FormFactor", &TMemoryModule::formFactor, "type 17, 0Eh"},
+    {"BankLabel", &TMemoryModule::bankLabel, "text type 17, 11h"},
+    {"Capacity", &TMemoryModule::capacityBytes, "type 17, 0Ch; type 17, 1Ch"},
+    {"DataWidth", &TMemoryModule::dataWidthBits, "type 17, 0Ah"},
+    {"InterleavePosition", &TMemoryModule::interleavePosition, "type 20, 11h"},
+    {"MemoryType", &TMemoryModule::memoryType, "type 17, 12h"},
+    {"PositionInRow", &TMemoryModule::positionInRow, "type 20, 10h"},
+    {"Speed", &TMemoryModule::speed, "type 17, 15h; type 17, 54h"},  // MT/s
+    {"TotalWidth", &TMemoryModule::totalWidthBits, "type 17, 08h"},
+    {"ConfiguredMemoryClockSpeed", &TMemoryModule::configuredSpeed, "type 17, 20h; type 17, 58h"},  // MT/s
+    {"ConfiguredVoltage", &TMemoryModule::configuredMillivolts, "type 17, 26h"},
+    {"Rank", &TMemoryModule::rank, "type 17, 1Bh bits 3:0"},
+    {"ErrorMethodology", &TMemoryModule::errorCorrection,
+     "type 16, 06h; property TotalWidth; property DataWidth"},
 };
 
 constexpr TCimClass<TMemoryModule> memoryModuleClass{memoryModuleClassName, memoryModuleRows};
@@ -208,6 +217,7 @@ void CollectMemoryModules(TCollection& collection) {
         entry.keySource = std::move(keySources[i]);
         if (sockets[i].isPopulated) {
             entry.record = MakeModule(sockets[i], matches[i], addresses, arrays);
+            entry.record->place.structure = GetSmbios(collection).FindNumbered(memoryDeviceType, i);
         }
     }
     CommitKeyed(collection, memoryModuleClass, std::move(modules), &TMemoryModule::tag, "memory socket");

@@ -15,26 +15,28 @@ namespace {
 struct TSlot {
     std::optional<std::string> elementName, description, tag, bankLabel;
     std::optional<std::uint16_t> gender, layout;
+    TInstancePlace place{};
 };
 
 constexpr TPropertyRow<TSlot> slotRows[] = {
-    {"ElementName", &TSlot::elementName},
-    {"Description", &TSlot::description},
-    {"Tag", &TSlot::tag},
-    {"ConnectorGender", &TSlot::gender},
-    {"ConnectorLayout", &TSlot::layout},
-    {"BankLabel", &TSlot::bankLabel},
+    {"ElementName", &TSlot::elementName, "text type 17, 10h"},
+    {"Description", &TSlot::description, "type 17, 0Ch; type 17, 0Eh"},
+    {"Tag", &TSlot::tag, "text type 17, 10h; text type 17, 11h"},
+    {"ConnectorGender", &TSlot::gender, "constant"},
+    {"ConnectorLayout", &TSlot::layout, "constant"},
+    {"BankLabel", &TSlot::bankLabel, "text type 17, 11h"},
 };
 
 constexpr TCimClass<TSlot> slotClass{"CIM_PhysicalConnector", slotRows};
 
 struct TSlotContent {
     std::optional<TCimReference> antecedent, dependent;
+    TInstancePlace place{};
 };
 
 constexpr TPropertyRow<TSlotContent> slotContentRows[] = {
-    {"Antecedent", &TSlotContent::antecedent},
-    {"Dependent", &TSlotContent::dependent},
+    {"Antecedent", &TSlotContent::antecedent, "type 17, 10h"},
+    {"Dependent", &TSlotContent::dependent, "type 17, 10h"},
 };
 
 constexpr TCimClass<TSlotContent> slotContentClass{"CIM_ElementInConnector", slotContentRows};
@@ -78,13 +80,15 @@ void CommitSlots(TCollection& collection, const std::vector<TSmbiosMemoryDevice>
         }
         TSlot slot = MakeSlot(sockets[i]);
         slot.tag = keys[i];
+        slot.place.structure = GetSmbios(collection).FindNumbered(memoryDeviceType, i);
         if (!slot.elementName) {
             slot.elementName = keys[i];
         }
         collection.Commit(slotClass, slot);
         if (sockets[i].isPopulated) {
-            collection.Commit(slotContentClass, {TCimReference{slotClass.GetName(), "Tag", keys[i]},
-                                                 TCimReference{memoryModuleClassName, "Tag", keys[i]}});
+            collection.Commit(slotContentClass,
+                              {TCimReference{slotClass.GetName(), "Tag", keys[i]},
+                               TCimReference{memoryModuleClassName, "Tag", keys[i]}, slot.place});
         }
     }
 }
@@ -92,13 +96,14 @@ void CommitSlots(TCollection& collection, const std::vector<TSmbiosMemoryDevice>
 struct TCapacity {
     std::optional<std::string> elementName, description, name;
     std::optional<std::uint64_t> maxKibibytes;
+    TInstancePlace place{};
 };
 
 constexpr TPropertyRow<TCapacity> capacityRows[] = {
-    {"ElementName", &TCapacity::elementName},
-    {"Description", &TCapacity::description},
-    {"Name", &TCapacity::name},
-    {"MaximumMemoryCapacity", &TCapacity::maxKibibytes},
+    {"ElementName", &TCapacity::elementName, "constant"},
+    {"Description", &TCapacity::description, "type 16, 05h; type 16, 0Dh; type 16, 06h"},
+    {"Name", &TCapacity::name, "type 16, 05h"},
+    {"MaximumMemoryCapacity", &TCapacity::maxKibibytes, "type 16, 07h; type 16, 0Fh"},
 };
 
 constexpr TCimClass<TCapacity> capacityClass{"CIM_MemoryCapacity", capacityRows};
@@ -117,6 +122,7 @@ void CommitCapacities(TCollection& collection, const std::vector<TSmbiosMemoryAr
     for (std::size_t i = 0; i < arrays.size(); ++i) {
         TCapacity capacity;
         capacity.name = "memory array " + std::to_string(i + 1);
+        capacity.place.structure = GetSmbios(collection).FindNumbered(memoryArrayType, i);
         capacity.elementName = capacity.name;
         capacity.description = Describe(arrays[i]);
         if (arrays[i].maxCapacityBytes) {

@@ -10,6 +10,9 @@ namespace NVORHOST {
 
 inline constexpr std::string_view memoryModuleClassName = "KELSG_SPDData";
 
+inline constexpr std::uint8_t memoryArrayType = 16;
+inline constexpr std::uint8_t memoryDeviceType = 17;
+
 /// Returns every memory device (type 17) in the order of the table, empty ones too.
 std::vector<TSmbiosMemoryDevice> ReadMemorySockets(const std::vector<TSmbiosStructure>& structures);
 

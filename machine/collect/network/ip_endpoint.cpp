@@ -16,14 +16,17 @@ namespace {
 struct TIpEndpoint {
     std::optional<std::string> elementName, description, ipv4Address, ipv6Address;
     std::optional<TOperationalStatus> operationalStatus;
+    TInstancePlace place{};
 };
 
 constexpr TPropertyRow<TIpEndpoint> ipEndpointRows[] = {
-    {"ElementName", &TIpEndpoint::elementName},
-    {"Description", &TIpEndpoint::description},
-    {"OperationalStatus", &TIpEndpoint::operationalStatus},
-    {"IPv4Address", &TIpEndpoint::ipv4Address},
-    {"IPv6Address", &TIpEndpoint::ipv6Address},
+    {"ElementName", &TIpEndpoint::elementName,
+     "call getifaddrs; /proc/net/fib_trie; /proc/net/if_inet6; /proc/net/route"},
+    {"Description", &TIpEndpoint::description,
+     "call getifaddrs; /proc/net/fib_trie; /proc/net/if_inet6; /proc/net/route"},
+    {"OperationalStatus", &TIpEndpoint::operationalStatus, "@/operstate"},
+    {"IPv4Address", &TIpEndpoint::ipv4Address, "call getifaddrs; /proc/net/fib_trie"},
+    {"IPv6Address", &TIpEndpoint::ipv6Address, "call getifaddrs; /proc/net/if_inet6"},
 };
 
 constexpr TCimClass<TIpEndpoint> ipEndpointClass{ipEndpointClassName, ipEndpointRows};
@@ -40,7 +43,8 @@ TIpEndpoint MakeEndpoint(const ISystemFiles& files, const TAddressPlace& place) 
     (isIpv4 ? endpoint.ipv4Address : endpoint.ipv6Address) = place.text;
     if (place.interface) {
         *endpoint.description += " of " + *place.interface;
-        const auto state = ReadAttribute(files, "/sys/class/net/" + *place.interface + "/operstate");
+        endpoint.place.folder = "/sys/class/net/" + *place.interface;
+        const auto state = ReadAttribute(files, endpoint.place.folder + "/operstate");
         endpoint.operationalStatus = FindInterfaceStatus(state.value_or(""));
     }
     return endpoint;

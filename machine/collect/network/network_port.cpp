@@ -30,28 +30,33 @@ struct TNetworkPort {
     std::optional<std::vector<std::string>> otherIdentifyingInfo, identifyingDescriptions, networkAddresses;
     std::optional<std::uint64_t> speedBitsPerSecond, mtuBytes;
     std::optional<bool> isFullDuplex;
+    TInstancePlace place{};
 };
 
 constexpr TPropertyRow<TNetworkPort> networkPortRows[] = {
-    {"ElementName", &TNetworkPort::elementName},
-    {"Description", &TNetworkPort::description},
-    {"DeviceID", &TNetworkPort::deviceId},
-    {"Name", &TNetworkPort::name},
-    {"OperationalStatus", &TNetworkPort::operationalStatus},
-    {"EnabledState", &TNetworkPort::enabledState},
-    {"OtherIdentifyingInfo", &TNetworkPort::otherIdentifyingInfo},
-    {"IdentifyingDescriptions", &TNetworkPort::identifyingDescriptions},
-    {"PermanentAddress", &TNetworkPort::permanentAddress},
-    {"NetworkAddresses", &TNetworkPort::networkAddresses},
-    {"LinkTechnology", &TNetworkPort::linkTechnology},
-    {"Speed", &TNetworkPort::speedBitsPerSecond},
-    {"FullDuplex", &TNetworkPort::isFullDuplex},
-    {"ActiveMaximumTransmissionUnit", &TNetworkPort::mtuBytes},
+    {"ElementName", &TNetworkPort::elementName, "@"},
+    {"Description", &TNetworkPort::description,
+     "@/uevent DEVTYPE; @/phy80211; @/type; @/bridge; @/bonding; @/tun_flags"},
+    {"DeviceID", &TNetworkPort::deviceId, "property PermanentAddress; @/device; @/dev_port; @"},
+    {"Name", &TNetworkPort::name, "@"},
+    {"OperationalStatus", &TNetworkPort::operationalStatus, "@/operstate"},
+    {"EnabledState", &TNetworkPort::enabledState, "@/flags; @/operstate"},
+    {"OtherIdentifyingInfo", &TNetworkPort::otherIdentifyingInfo,
+     "[PCI function] @; [Driver] @/device/driver; [Bond] @/master; [Bridge] @/master; [Upper port] @/master; "
+     "[Lower port] @ lower_*"},
+    {"IdentifyingDescriptions", &TNetworkPort::identifyingDescriptions, "property OtherIdentifyingInfo"},
+    {"PermanentAddress", &TNetworkPort::permanentAddress,
+     "@/bonding_slave/perm_hwaddr; @/address; @/addr_assign_type"},
+    {"NetworkAddresses", &TNetworkPort::networkAddresses, "@/address"},
+    {"LinkTechnology", &TNetworkPort::linkTechnology, "@/type"},
+    {"Speed", &TNetworkPort::speedBitsPerSecond, "number @/speed"},
+    {"FullDuplex", &TNetworkPort::isFullDuplex, "@/duplex"},
+    {"ActiveMaximumTransmissionUnit", &TNetworkPort::mtuBytes, "number @/mtu"},
 };
 
 // VLANs are among the other ports.
 constexpr TPropertyRow<TNetworkPort> otherPortRows[] = {
-    {"VLANID", &TNetworkPort::vlanId},
+    {"VLANID", &TNetworkPort::vlanId, "/proc/net/vlan/config if DEVTYPE=vlan"},
 };
 
 struct TDeviceAddress {
@@ -59,8 +64,8 @@ struct TDeviceAddress {
 };
 
 constexpr TPropertyRow<TDeviceAddress> deviceAddressRows[] = {
-    {"Antecedent", &TDeviceAddress::antecedent},
-    {"Dependent", &TDeviceAddress::dependent},
+    {"Antecedent", &TDeviceAddress::antecedent, "call getifaddrs; /proc/net/route"},
+    {"Dependent", &TDeviceAddress::dependent, "call getifaddrs; /proc/net/fib_trie; /proc/net/if_inet6"},
 };
 
 constexpr auto allOtherPortRows = JoinRows(networkPortRows, otherPortRows);
@@ -345,6 +350,7 @@ std::string MakePosition(const TPort& port) {
 TNetworkPort MakeRecord(const TPort& port, const TPortKind& kind) {
     const std::string operState = port.Read("operstate").value_or("");
     TNetworkPort record;
+    record.place.folder = port.folder.substr(0, port.folder.size() - 1);
     record.elementName = port.name;
     record.description = kind.description;
     record.name = port.name;

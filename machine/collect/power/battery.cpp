@@ -19,19 +19,24 @@ struct TBattery {
     std::optional<std::uint16_t> chemistry;
     std::optional<std::uint32_t> designMilliwattHours, fullMilliwattHours, cycles;
     std::optional<std::uint64_t> designMillivolts;
+    TInstancePlace place{};
 };
 
 constexpr TPropertyRow<TBattery> batteryRows[] = {
-    {"ElementName", &TBattery::elementName},
-    {"Description", &TBattery::description},
-    {"DeviceID", &TBattery::deviceId},
-    {"OtherIdentifyingInfo", &TBattery::identities},
-    {"IdentifyingDescriptions", &TBattery::identityDescriptions},
-    {"Chemistry", &TBattery::chemistry},
-    {"DesignCapacity", &TBattery::designMilliwattHours},
-    {"FullChargeCapacity", &TBattery::fullMilliwattHours},
-    {"DesignVoltage", &TBattery::designMillivolts},
-    {"RechargeCount", &TBattery::cycles},
+    {"ElementName", &TBattery::elementName, "property OtherIdentifyingInfo"},
+    {"Description", &TBattery::description, "constant"},
+    {"DeviceID", &TBattery::deviceId,
+     "text @/serial_number; @; text @type 22, 07h; @type 22, 10h; text @type 22, 04h"},
+    {"OtherIdentifyingInfo", &TBattery::identities,
+     "[Manufacturer] text @/manufacturer; [Manufacturer] text @type 22, 05h; [Model] text @/model_name; "
+     "[Model] text @type 22, 08h; [Serial number] text @/serial_number; [Serial number] text @type 22, 07h"},
+    {"IdentifyingDescriptions", &TBattery::identityDescriptions, "property OtherIdentifyingInfo"},
+    {"Chemistry", &TBattery::chemistry, "@/technology; @type 22, 09h"},
+    {"DesignCapacity", &TBattery::designMilliwattHours,
+     "number @/energy_full_design; number @/charge_full_design; @type 22, 0Ah; @type 22, 15h"},
+    {"FullChargeCapacity", &TBattery::fullMilliwattHours, "number @/energy_full; number @/charge_full"},
+    {"DesignVoltage", &TBattery::designMillivolts, "number @/voltage_min_design; @type 22, 0Ch"},
+    {"RechargeCount", &TBattery::cycles, "number @/cycle_count"},
 };
 
 constexpr TCimClass<TBattery> batteryClass{"CIM_Battery", batteryRows};
@@ -125,6 +130,7 @@ TKeyedRecord<TBattery> ReadBattery(const ISystemFiles& files, const std::string&
         return WithoutPlaceholder(ReadAttribute(files, folder + "/" + std::string(attribute)));
     };
     TBattery battery;
+    battery.place.folder = folder;
     const auto microvolts = ReadPositive(files, folder + "/voltage_min_design");
     if (microvolts) {
         battery.designMillivolts = *microvolts / microPerMilli;
@@ -173,6 +179,7 @@ TBatteries ReadFirmwareBatteries(TCollection& collection) {
         }
         const TSmbiosBattery source = ParseSmbiosBattery(structure);
         TBattery battery;
+        battery.place.structure = &structure;
         battery.chemistry = FindChemistry(source.chemistry);
         battery.designMilliwattHours = source.designCapacityMilliwattHours;
         battery.designMillivolts = source.designVoltageMillivolts;

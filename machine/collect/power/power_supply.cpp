@@ -15,16 +15,19 @@ struct TSupply {
     std::optional<std::vector<std::string>> identities, identityDescriptions;
     std::optional<bool> isSwitching;
     std::optional<std::uint32_t> outputMilliwatts;
+    TInstancePlace place{};
 };
 
 constexpr TPropertyRow<TSupply> supplyRows[] = {
-    {"ElementName", &TSupply::elementName},
-    {"Description", &TSupply::description},
-    {"DeviceID", &TSupply::deviceId},
-    {"OtherIdentifyingInfo", &TSupply::identities},
-    {"IdentifyingDescriptions", &TSupply::identityDescriptions},
-    {"IsSwitchingSupply", &TSupply::isSwitching},
-    {"TotalOutputPower", &TSupply::outputMilliwatts},
+    {"ElementName", &TSupply::elementName, "text type 39, 06h"},
+    {"Description", &TSupply::description, "type 39, 0Eh bit 0"},
+    {"DeviceID", &TSupply::deviceId, "text type 39, 08h; text type 39, 05h"},
+    {"OtherIdentifyingInfo", &TSupply::identities,
+     "[Manufacturer] text type 39, 07h; [Part number] text type 39, 0Ah; [Revision] text type 39, 0Bh; "
+     "[Serial number] text type 39, 08h; [Asset tag] text type 39, 09h; [Location] text type 39, 05h"},
+    {"IdentifyingDescriptions", &TSupply::identityDescriptions, "property OtherIdentifyingInfo"},
+    {"IsSwitchingSupply", &TSupply::isSwitching, "type 39, 0Eh bits 13:10"},
+    {"TotalOutputPower", &TSupply::outputMilliwatts, "type 39, 0Ch"},
 };
 
 constexpr TCimClass<TSupply> supplyClass{"CIM_PowerSupply", supplyRows};
@@ -75,7 +78,9 @@ void CollectPowerSupplies(TCollection& collection) {
         const TSmbiosPowerSupply source = ParseSmbiosPowerSupply(structure);
         if (source.isPresent == true) {
             const auto location = WithoutPlaceholder(source.location);
-            supplies.push_back({MakeSupply(source),
+            TSupply supply = MakeSupply(source);
+            supply.place.structure = &structure;
+            supplies.push_back({std::move(supply),
                                 {WithoutPlaceholder(source.serial),
                                  location.value_or("power supply " + std::to_string(number))}});
         }

@@ -23,14 +23,20 @@ struct TCache {
     std::optional<std::uint64_t> blockSizeBytes, blocks;
     std::optional<std::uint16_t> associativity, kind, level, writePolicy;
     std::optional<std::uint32_t> lineSizeBytes;
+    TInstancePlace place{};
 };
 
 constexpr TPropertyRow<TCache> cacheRows[] = {
-    {"ElementName", &TCache::elementName}, {"Description", &TCache::description},
-    {"DeviceID", &TCache::deviceId},       {"BlockSize", &TCache::blockSizeBytes},
-    {"NumberOfBlocks", &TCache::blocks},   {"Associativity", &TCache::associativity},
-    {"CacheType", &TCache::kind},          {"Level", &TCache::level},
-    {"LineSize", &TCache::lineSizeBytes},  {"WritePolicy", &TCache::writePolicy},
+    {"ElementName", &TCache::elementName, "@/level; @/type; @/id; text @type 7, 04h"},
+    {"Description", &TCache::description, "@/ways_of_associativity; @/type; @/shared_cpu_list; @type 7, 05h"},
+    {"DeviceID", &TCache::deviceId, "@/level; @/type; @/id; text @type 7, 04h"},
+    {"BlockSize", &TCache::blockSizeBytes, "constant"},
+    {"NumberOfBlocks", &TCache::blocks, "number @/size; @type 7, 09h; @type 7, 17h"},
+    {"Associativity", &TCache::associativity, "number @/ways_of_associativity; @type 7, 12h"},
+    {"CacheType", &TCache::kind, "@/type; @type 7, 11h"},
+    {"Level", &TCache::level, "number @/level; @type 7, 05h bits 2:0"},
+    {"LineSize", &TCache::lineSizeBytes, "number @/coherency_line_size"},
+    {"WritePolicy", &TCache::writePolicy, "@type 7, 05h bits 9:8"},
 };
 
 constexpr TCimClass<TCache> cacheClass{"CIM_CacheMemory", cacheRows};
@@ -114,6 +120,7 @@ std::optional<TKeyedRecord<TCache>> ReadCache(const ISystemFiles& files, const s
         return std::nullopt;
     }
     TCache cache;
+    cache.place.folder = folder;
     const auto ways = ReadNumber<std::uint32_t>(files, folder + "/ways_of_associativity").value_or(0);
     SetWays(ways, cache);
     cache.description = Describe(kind->description, ways, processors);
@@ -203,6 +210,7 @@ TCaches ReadFirmwareCaches(TCollection& collection) {
             continue;
         }
         TCache cache = MakeCache(source);
+        cache.place.structure = &structure;
         places.push_back({cache.elementName, std::nullopt});
         caches.push_back({std::move(cache), {}});
     }

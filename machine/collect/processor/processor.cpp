@@ -26,27 +26,29 @@ struct TProcessor {
         threads;
     std::optional<std::vector<std::uint16_t>> nodes;
     std::optional<std::uint32_t> currentClockMHz, maxClockMHz;
+    TInstancePlace place{};
 };
 
 constexpr TPropertyRow<TProcessor> processorRows[] = {
-    {"ElementName", &TProcessor::elementName},
-    {"Description", &TProcessor::description},
-    {"DeviceID", &TProcessor::deviceId},
-    {"OperationalStatus", &TProcessor::operationalStatus},
-    {"AddressWidth", &TProcessor::addressWidthBits},
-    {"CurrentClockSpeed", &TProcessor::currentClockMHz},
-    {"DataWidth", &TProcessor::dataWidthBits},
-    {"Family", &TProcessor::family},
-    {"MaxClockSpeed", &TProcessor::maxClockMHz},
-    {"UniqueID", &TProcessor::uniqueId},
-    {"NumberOfEnabledCores", &TProcessor::enabledCores},
-    {"Stepping", &TProcessor::stepping},
-    {"UpgradeMethod", &TProcessor::upgrade},
-    {"FirmwareVersion", &TProcessor::microcode},
-    {"NumberOfProcessorCores", &TProcessor::cores},
-    {"NumberOfHardwareThreads", &TProcessor::threads},
-    {"SocketType", &TProcessor::socketKind},
-    {"NUMANodes", &TProcessor::nodes},
+    {"ElementName", &TProcessor::elementName, "/proc/cpuinfo model name; text type 4, 10h"},
+    {"Description", &TProcessor::description, "/proc/cpuinfo vendor_id, cpu family, model, stepping"},
+    {"DeviceID", &TProcessor::deviceId, "text type 4, 04h; @/topology/physical_package_id"},
+    {"OperationalStatus", &TProcessor::operationalStatus, "@/online; type 4, 18h"},
+    {"AddressWidth", &TProcessor::addressWidthBits, "/proc/cpuinfo flags; type 4, 26h bit 2"},
+    {"CurrentClockSpeed", &TProcessor::currentClockMHz,
+     "type 4, 16h; @/cpufreq/scaling_cur_freq; /proc/cpuinfo cpu MHz"},
+    {"DataWidth", &TProcessor::dataWidthBits, "property AddressWidth"},
+    {"Family", &TProcessor::family, "type 4, 06h; type 4, 28h"},
+    {"MaxClockSpeed", &TProcessor::maxClockMHz, "@/cpufreq/cpuinfo_max_freq; type 4, 14h"},
+    {"UniqueID", &TProcessor::uniqueId, "@/topology/ppin; text type 4, 20h"},
+    {"NumberOfEnabledCores", &TProcessor::enabledCores, "type 4, 24h; type 4, 2Ch; /proc/cpuinfo cpu cores"},
+    {"Stepping", &TProcessor::stepping, "/proc/cpuinfo stepping"},
+    {"UpgradeMethod", &TProcessor::upgrade, "type 4, 19h"},
+    {"FirmwareVersion", &TProcessor::microcode, "/proc/cpuinfo microcode"},
+    {"NumberOfProcessorCores", &TProcessor::cores, "type 4, 23h; type 4, 2Ah"},
+    {"NumberOfHardwareThreads", &TProcessor::threads, "type 4, 25h; type 4, 2Eh"},
+    {"SocketType", &TProcessor::socketKind, "text type 4, 32h"},
+    {"NUMANodes", &TProcessor::nodes, "/sys/devices/system/node/node*/cpulist"},
 };
 
 constexpr TCimClass<TProcessor> processorClass{"KELSG_Processor", processorRows};
@@ -62,15 +64,20 @@ constexpr auto sourcePatterns = Join(smbiosSources, std::array<TSourcePattern, 7
                                                         "/sys/devices/system/node/node*/cpulist",
                                                     });
 
-std::vector<TSmbiosProcessor> ReadSockets(TCollection& collection) {
-    std::vector<TSmbiosProcessor> sockets;
+struct TSocket {
+    TSmbiosProcessor fields;
+    const TSmbiosStructure* structure;  // never null
+};
+
+std::vector<TSocket> ReadSockets(TCollection& collection) {
+    std::vector<TSocket> sockets;
     for (const TSmbiosStructure& structure : GetSmbios(collection).GetStructures()) {
         if (structure.GetType() != 4) {
             continue;
         }
         TSmbiosProcessor processor = ParseSmbiosProcessor(structure);
         if (processor.IsCentral() && processor.IsPopulated()) {
-            sockets.push_back(std::move(processor));
+            sockets.push_back({std::move(processor), &structure});
         }
     }
     return sockets;
@@ -86,6 +93,7 @@ std::string DescribeModel(const TLogicalProcessor& info) {
 }
 
 void SetFromPackage(TCollection& collection, const TProcessorPackage& package, TProcessor& processor) {
+    processor.place.folder = GetCpuFolder(package.firstCpu);
     processor.nodes = FindNodes(GetProcessorNodes(collection), package.cpus);
     if (package.info) {
         processor.enabledCores = package.info->coreCount;
@@ -234,15 +242,18 @@ std::vector<std::optional<TProcessorPackage>> MatchPackages(const ISystemFiles& 
     return matches;
 }
 
-TProcessors JoinSockets(TCollection& collection, const std::vector<TSmbiosProcessor>& sockets,
+TProcessors JoinSockets(TCollection& collection, const std::vector<TSocket>& sockets,
                         const std::vector<TProcessorPackage>& packages) {
     TProcessors processors;
     const auto matches = MatchPackages(collection.GetFiles(), sockets.size(), packages);
     for (std::size_t i = 0; i < sockets.size(); ++i) {
         const std::string position = matches[i] ? PackageName(matches[i]->id) : "socket " + std::to_string(i);
-        const auto name = WithoutPlaceholder(sockets[i].socket);
-        processors.push_back({MakeFromSocket(collection, sockets[i], matches[i] ? &*matches[i] : nullptr),
-                              {name ? std::optional(SqueezeBlanks(*name)) : std::nullopt, position}});
+        const auto name = WithoutPlaceholder(sockets[i].fields.socket);
+        TProcessor processor =
+            MakeFromSocket(collection, sockets[i].fields, matches[i] ? &*matches[i] : nullptr);
+        processor.place.structure = sockets[i].structure;
+        processors.push_back(
+            {std::move(processor), {name ? std::optional(SqueezeBlanks(*name)) : std::nullopt, position}});
     }
     return processors;
 }

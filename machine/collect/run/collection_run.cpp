@@ -3,8 +3,11 @@
 #include "host/vor_exception.h"
 #include "machine/collect/frame/collection.h"
 #include "machine/collect/run/essential_sources.h"
+#include "machine/collect/run/source_outcomes.h"
+#include "machine/collect/run/value_search.h"
 #include "machine/system/access_log.h"
 
+#include <algorithm>
 #include <exception>
 #include <new>
 #include <system_error>
@@ -58,6 +61,15 @@ std::optional<std::string> FindEssentialFailure(const std::vector<TAccessLog::TA
     return std::nullopt;
 }
 
+void SetClassSources(const TCollector& collector, const TSourceOutcomes& outcomes, TMemoryNamespace& target) {
+    for (const IClassDeclaration* declaration : collector.fills) {
+        const auto filled = target.FindClass(declaration->GetName());
+        if (filled->GetInstances().empty()) {
+            SetClassSource(*declaration, outcomes, *filled);
+        }
+    }
+}
+
 }  // namespace
 
 void DeclareClasses(TMemoryNamespace& target, std::span<const TCollector> collectors) {
@@ -76,11 +88,17 @@ std::vector<TCollectReport> CollectAll(const TCollectContext& context) {
 
 struct TCollectorRuns::TParts {
     explicit TParts(const TCollectContext& givenContext)
-        : context(givenContext), files(context.files), collection(context, files) {}
+        : context(givenContext), files(context.files, context.withSources), collection(context, files) {
+        if (context.withSources && context.unanswered != nullptr) {
+            std::ranges::for_each(*context.unanswered,
+                                  [this](const std::string& path) { outcomes.AddTimedOut(path); });
+        }
+    }
 
     const TCollectContext& context;
     TAccessLog files;
     TCollection collection;
+    TSourceOutcomes outcomes;  // of all collectors so far, because sources are shared; empty without sources
 };
 
 TCollectorRuns::TCollectorRuns(const TCollectContext& context, std::span<const TCollector> collectors)
@@ -103,6 +121,13 @@ TCollectReport TCollectorRuns::Run(const TCollector& collector) {
     report.timedOutSources = PathsThatEnded(accesses, EReadStatus::timedOut);
     report.asleepSources = PathsThatEnded(accesses, EReadStatus::asleep);
     report.essentialFailure = FindEssentialFailure(accesses);
+    if (parts_->context.withSources) {
+        parts_->outcomes.Add(accesses);
+        report.values = SetValueSources(parts_->collection, parts_->outcomes);
+        if (parts_->context.keepsSources) {
+            SetClassSources(collector, parts_->outcomes, target);
+        }
+    }
     report.notes = parts_->collection.TakeNotes();
     report.warnings = parts_->collection.TakeWarnings();
     report.instances = CountInstances(target, collector) - instancesBefore;

@@ -8,6 +8,7 @@
 
 #include "machine/collect/frame/collect_context.h"
 #include "machine/collect/run/collectors.h"
+#include "text/value_source.h"
 
 #include <chrono>
 #include <cstddef>
@@ -34,6 +35,7 @@ struct TCollectReport {
     std::optional<std::string> essentialFailure;
     std::vector<std::string> notes;     ///< lines for the log: duplicate keys
     std::vector<std::string> warnings;  ///< lines for the log and the summary: malformed tables
+    TValueCounts values{};              ///< properties by status, if the run wants sources
     std::size_t instances = 0;          ///< number of instances committed to its classes
     std::size_t replacedBytes = 0;      ///< bytes of device texts that were not valid UTF-8
     std::chrono::nanoseconds duration{};

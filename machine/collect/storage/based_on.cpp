@@ -19,12 +19,15 @@ struct TBasedOn {
     std::optional<TCimReference> antecedent, dependent;
     std::optional<std::uint16_t> orderIndex;
     std::optional<std::string> role, state;
+    TInstancePlace place{};
 };
 
 constexpr TPropertyRow<TBasedOn> basedOnRows[] = {
-    {"Antecedent", &TBasedOn::antecedent}, {"Dependent", &TBasedOn::dependent},
-    {"OrderIndex", &TBasedOn::orderIndex}, {"Role", &TBasedOn::role},
-    {"State", &TBasedOn::state},
+    {"Antecedent", &TBasedOn::antecedent, "/sys/block/*/slaves; /sys/block/*/*/partition"},
+    {"Dependent", &TBasedOn::dependent, "/sys/block/*/slaves; /sys/block/*/*/partition"},
+    {"OrderIndex", &TBasedOn::orderIndex, "@/slot"},
+    {"Role", &TBasedOn::role, "@/slot; @/state"},
+    {"State", &TBasedOn::state, "@/state; /sys/block/*/device/access_state"},
 };
 
 constexpr TCimClass<TBasedOn> basedOnClass{"CIM_BasedOn", basedOnRows};
@@ -60,6 +63,7 @@ std::optional<std::string> FindRoleInArray(std::string_view state, bool hasSlot)
 // Reads the place of a member in its md array, from 1, its role and its state. The kernel writes "none" for
 // the slot of a spare.
 void SetFromArray(const ISystemFiles& files, const std::string& folder, TBasedOn& pair) {
+    pair.place.folder = folder.substr(0, folder.size() - 1);
     const auto slot = ReadNumber<std::uint16_t>(files, folder + "slot");
     const bool hasSlot = slot && *slot < std::numeric_limits<std::uint16_t>::max();
     if (hasSlot) {
@@ -72,6 +76,7 @@ void SetFromArray(const ISystemFiles& files, const std::string& folder, TBasedOn
 // Reads the state of the path, and of its target port where a device handler has it.
 void SetFromPath(const ISystemFiles& files, const std::string& path, TBasedOn& pair) {
     const std::string folder = "/sys/block/" + path + "/device/";
+    pair.place.folder = folder.substr(0, folder.size() - 1);
     pair.role = "path";
     pair.state = ReadAttribute(files, folder + "state");
     const auto access = ReadAttribute(files, folder + "access_state");

@@ -16,18 +16,48 @@ namespace {
 
 // Properties of disks only. The documents do not have them.
 constexpr TPropertyRow<TMediaDrive> virtualRows[] = {
-    {"OtherIdentifyingInfo", &TMediaDrive::identities},
-    {"IdentifyingDescriptions", &TMediaDrive::identityDescriptions},
-    {"PhysicalBlockSize", &TMediaDrive::physicalBlockSizeBytes},
+    {"OtherIdentifyingInfo", &TMediaDrive::identities,
+     "[Serial number] @/device/vpd_pg80; [Serial number] text @/device/serial; [Serial number] text "
+     "@/serial; [Serial number] /sys/devices/**/serial; [Firmware revision] text @/device/rev; [Firmware "
+     "revision] text @/device/firmware_rev; [Firmware revision] text @/device/fwrev; [Firmware revision] "
+     "@udev ID_REVISION; [World-wide name] @/device/wwid; [World-wide name] @/wwid; [PCI function] @; [NVMe "
+     "namespace] @/nsid; [ATA port] /sys/devices/**/ata_port/*/port_no; [SAS address] "
+     "/sys/devices/**/sas_device/*/sas_address; [SAS phy] /sys/devices/**/sas_device/*/phy_identifier; [SAS "
+     "enclosure] /sys/devices/**/sas_device/*/enclosure_identifier; [SAS bay] "
+     "/sys/devices/**/sas_device/*/bay_identifier; [Enclosure] /sys/devices/**/enclosure/*/id; [Enclosure "
+     "slot] @/device enclosure_device:*; [Enclosure slot number] /sys/devices/**/enclosure/*/*/slot; [USB "
+     "port path] @"},
+    {"IdentifyingDescriptions", &TMediaDrive::identityDescriptions, "property OtherIdentifyingInfo"},
+    {"PhysicalBlockSize", &TMediaDrive::physicalBlockSizeBytes, "number @/queue/physical_block_size"},
 };
 constexpr TPropertyRow<TMediaDrive> physicalRows[] = {
-    {"OtherIdentifyingInfo", &TMediaDrive::identities},
-    {"IdentifyingDescriptions", &TMediaDrive::identityDescriptions},
-    {"PhysicalBlockSize", &TMediaDrive::physicalBlockSizeBytes},
-    {"Media", &TMediaDrive::media},
-    {"RotationRate", &TMediaDrive::rotationsPerMinute},
+    {"OtherIdentifyingInfo", &TMediaDrive::identities,
+     "[Serial number] @/device/vpd_pg80; [Serial number] text @/device/serial; [Serial number] text "
+     "@/serial; [Serial number] /sys/devices/**/serial; [Firmware revision] text @/device/rev; [Firmware "
+     "revision] text @/device/firmware_rev; [Firmware revision] text @/device/fwrev; [Firmware revision] "
+     "@udev ID_REVISION; [World-wide name] @/device/wwid; [World-wide name] @/wwid; [PCI function] @; [NVMe "
+     "namespace] @/nsid; [ATA port] /sys/devices/**/ata_port/*/port_no; [SAS address] "
+     "/sys/devices/**/sas_device/*/sas_address; [SAS phy] /sys/devices/**/sas_device/*/phy_identifier; [SAS "
+     "enclosure] /sys/devices/**/sas_device/*/enclosure_identifier; [SAS bay] "
+     "/sys/devices/**/sas_device/*/bay_identifier; [Enclosure] /sys/devices/**/enclosure/*/id; [Enclosure "
+     "slot] @/device enclosure_device:*; [Enclosure slot number] /sys/devices/**/enclosure/*/*/slot; [USB "
+     "port path] @"},
+    {"IdentifyingDescriptions", &TMediaDrive::identityDescriptions, "property OtherIdentifyingInfo"},
+    {"PhysicalBlockSize", &TMediaDrive::physicalBlockSizeBytes, "number @/queue/physical_block_size"},
+    {"Media", &TMediaDrive::media, "@/device/vpd_pgb1; @/queue/rotational"},
+    {"RotationRate", &TMediaDrive::rotationsPerMinute, "@/device/vpd_pgb1"},
 };
 
+constexpr auto mediaDriveRows = MakeMediaDriveRows({
+    .name = "@/device/vendor; @/device/model; @/device/vpd_pg83; @/device/name",
+    .description = "@/queue/rotational; @/removable; @/device/transport",
+    .key = "@/wwid; @/device/wwid; @/device/vpd_pg80; @/device/serial; @/serial; @/device/cid; @",
+    .status = "@/device/state",
+    .blockSize = "number @/queue/logical_block_size",
+    .otherBlockSizes = "property DefaultBlockSize",
+    .mediaSize = "number @/size",
+    .mediaState = "number @/removable",
+});
 constexpr auto virtualDiskRows = JoinRows(mediaDriveRows, virtualRows);
 constexpr auto physicalDiskRows = JoinRows(mediaDriveRows, physicalRows);
 constexpr TCimClass<TMediaDrive> physicalDiskClass{physicalDiskClassName, physicalDiskRows};
@@ -87,6 +117,7 @@ void SetDetails(TDiskDetails details, TMediaDrive& drive) {
 
 TMediaDrive MakeDrive(const TDisk& disk, std::string_view words) {
     TMediaDrive drive;
+    drive.place.folder = "/sys/block/" + disk.kernelName;
     drive.description = disk.transport + " " + std::string(words);
     drive.elementName = disk.model ? disk.model : drive.description;
     drive.deviceId = disk.key;

@@ -30,25 +30,27 @@ struct TPartition {
     std::optional<std::uint64_t> consumableBlocks, numberOfBlocks, sizeBytes;
     std::optional<std::uint16_t> dataOrganization, dataRedundancy, packageRedundancy, subtype, type;
     std::optional<bool> sequentialAccess, bootable, isPrimary;
+    TInstancePlace place{};
 };
 
 constexpr TPropertyRow<TPartition> partitionRows[] = {
-    {"ElementName", &TPartition::elementName},
-    {"Description", &TPartition::description},
-    {"DeviceID", &TPartition::deviceId},
-    {"OperationalStatus", &TPartition::operationalStatus},
-    {"ConsumableBlocks", &TPartition::consumableBlocks},
-    {"DataOrganization", &TPartition::dataOrganization},
-    {"DataRedundancy", &TPartition::dataRedundancy},
-    {"DeltaReservation", TUnavailable{ECimType::eUint8}},
-    {"NumberOfBlocks", &TPartition::numberOfBlocks},
-    {"PackageRedundancy", &TPartition::packageRedundancy},
-    {"SequentialAccess", &TPartition::sequentialAccess},
-    {"Bootable", &TPartition::bootable},
-    {"Size", &TPartition::sizeBytes},
-    {"PartitionSubtype", &TPartition::subtype},
-    {"PartitionType", &TPartition::type},
-    {"PrimaryPartition", &TPartition::isPrimary},
+    {"ElementName", &TPartition::elementName, "@; @/uevent PARTNAME; @udev ID_PART_ENTRY_NAME"},
+    {"Description", &TPartition::description, "@/partition; @udev ID_PART_ENTRY_SCHEME"},
+    {"DeviceID", &TPartition::deviceId, "@/uevent PARTUUID; @udev ID_PART_ENTRY_UUID"},
+    {"OperationalStatus", &TPartition::operationalStatus,
+     "/sys/block/*/device/state; /sys/block/*/md/array_state"},
+    {"ConsumableBlocks", &TPartition::consumableBlocks, "property NumberOfBlocks"},
+    {"DataOrganization", &TPartition::dataOrganization, "constant"},
+    {"DataRedundancy", &TPartition::dataRedundancy, "/sys/block/*/md/level; /sys/block/*/md/raid_disks"},
+    {"DeltaReservation", TUnavailable{ECimType::eUint8}, "none: partitions reserve nothing"},
+    {"NumberOfBlocks", &TPartition::numberOfBlocks, "property Size; /sys/block/*/queue/logical_block_size"},
+    {"PackageRedundancy", &TPartition::packageRedundancy, "/sys/block/*/md/level; /sys/block/*/md/degraded"},
+    {"SequentialAccess", &TPartition::sequentialAccess, "constant"},
+    {"Bootable", &TPartition::bootable, "@udev ID_PART_ENTRY_FLAGS; @udev ID_PART_ENTRY_TYPE"},
+    {"Size", &TPartition::sizeBytes, "number @/size; @udev ID_PART_ENTRY_SIZE"},
+    {"PartitionSubtype", &TPartition::subtype, "@udev ID_PART_ENTRY_TYPE"},
+    {"PartitionType", &TPartition::type, "@udev ID_PART_ENTRY_TYPE; @/partition"},
+    {"PrimaryPartition", &TPartition::isPrimary, "@udev ID_PART_ENTRY_TYPE; @/partition"},
 };
 
 constexpr TCimClass<TPartition> diskPartitionClass{diskPartitionClassName, partitionRows};
@@ -207,6 +209,7 @@ TPartition MakePartition(const ISystemFiles& files, const TPartitionSource& sour
     constexpr std::uint16_t fixedBlock = 2;
     const TScheme* scheme = FindScheme(source);
     TPartition partition;
+    partition.place.folder = source.folder;
     partition.elementName = MakeElementName(source);
     partition.description = Describe(source, scheme);
     partition.operationalStatus = source.whole->operationalStatus;

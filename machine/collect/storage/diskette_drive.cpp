@@ -14,6 +14,16 @@
 namespace NVORHOST {
 namespace {
 
+constexpr auto mediaDriveRows = MakeMediaDriveRows({
+    .name = "@/device/cmos",
+    .description = "constant",
+    .key = "@",
+    .status = "none: no state is exported",
+    .blockSize = "number @/queue/logical_block_size",
+    .otherBlockSizes = "property DefaultBlockSize",
+    .mediaSize = "number @/size",
+    .mediaState = "none: not exported for removable media",
+});
 constexpr TCimClass<TMediaDrive> disketteDriveClass{"KELSG_DisketteDrive", mediaDriveRows};
 constexpr const IClassDeclaration* classes[] = {&disketteDriveClass};
 
@@ -51,6 +61,7 @@ void SetSizes(const ISystemFiles& files, const std::string& folder, TMediaDrive&
 
 TMediaDrive ReadDrive(const ISystemFiles& files, const std::string& folder) {
     TMediaDrive drive;
+    drive.place.folder = folder;
     const std::string type = ReadAttribute(files, folder + "/device/cmos").value_or("");
     drive.elementName =
         FindCell(driveTypes, &TDriveType::code, type, &TDriveType::name).value_or(anyDriveName);

@@ -25,20 +25,21 @@ struct TFileSystem {
     std::optional<std::uint64_t> sizeBytes, availableBytes, blockSizeBytes;
     std::optional<bool> isReadOnly;
     std::vector<std::string> extents;  // kernel names of the devices that hold it
+    TInstancePlace place{};
 };
 
 constexpr TPropertyRow<TFileSystem> fileSystemRows[] = {
-    {"ElementName", &TFileSystem::elementName},
-    {"Description", &TFileSystem::description},
-    {"Name", &TFileSystem::name},
-    {"Root", &TFileSystem::root},
-    {"FileSystemType", &TFileSystem::type},
-    {"Label", &TFileSystem::label},
-    {"UUID", &TFileSystem::uuid},
-    {"BlockSize", &TFileSystem::blockSizeBytes},
-    {"FileSystemSize", &TFileSystem::sizeBytes},
-    {"AvailableSpace", &TFileSystem::availableBytes},
-    {"ReadOnly", &TFileSystem::isReadOnly},
+    {"ElementName", &TFileSystem::elementName, "property Label; property Root"},
+    {"Description", &TFileSystem::description, "/proc/self/mountinfo type"},
+    {"Name", &TFileSystem::name, "property UUID; /sys/dev/block/*; property Root"},
+    {"Root", &TFileSystem::root, "/proc/self/mountinfo mount point"},
+    {"FileSystemType", &TFileSystem::type, "/proc/self/mountinfo type"},
+    {"Label", &TFileSystem::label, "@udev ID_FS_LABEL_ENC"},
+    {"UUID", &TFileSystem::uuid, "@udev ID_FS_UUID_ENC"},
+    {"BlockSize", &TFileSystem::blockSizeBytes, "call statvfs @"},
+    {"FileSystemSize", &TFileSystem::sizeBytes, "call statvfs @"},
+    {"AvailableSpace", &TFileSystem::availableBytes, "call statvfs @"},
+    {"ReadOnly", &TFileSystem::isReadOnly, "/proc/self/mountinfo options"},
 };
 
 struct TResidesOnExtent {
@@ -46,8 +47,9 @@ struct TResidesOnExtent {
 };
 
 constexpr TPropertyRow<TResidesOnExtent> residesOnExtentRows[] = {
-    {"Antecedent", &TResidesOnExtent::antecedent},
-    {"Dependent", &TResidesOnExtent::dependent},
+    {"Antecedent", &TResidesOnExtent::antecedent,
+     "/sys/dev/block/*; /proc/self/mountinfo source; /sys/fs/btrfs/*/devices"},
+    {"Dependent", &TResidesOnExtent::dependent, "/proc/self/mountinfo mount point"},
 };
 
 constexpr TCimClass<TFileSystem> fileSystemClass{"CIM_LocalFileSystem", fileSystemRows};
@@ -145,11 +147,13 @@ std::string FindDevice(TCollection& collection, const TMount& mount) {
     return mount.source.starts_with("/dev/") ? FindKernelName(collection, mount.source) : std::string();
 }
 
+std::string MakeRecordPath(const TMount& mount) {
+    return "/run/udev/data/b" + std::to_string(mount.major) + ":" + std::to_string(mount.minor);
+}
+
 std::string ReadRecord(const ISystemFiles& files, const TMount& mount, const std::string& device) {
     if (mount.major != 0) {
-        return files
-            .ReadText("/run/udev/data/b" + std::to_string(mount.major) + ":" + std::to_string(mount.minor))
-            .value;
+        return files.ReadText(MakeRecordPath(mount)).value;
     }
     return device.empty() ? std::string() : ReadUdevRecord(files, "/sys/class/block/" + device);
 }
@@ -188,6 +192,8 @@ TKeyedRecord<TFileSystem> MakeFileSystem(TCollection& collection, const TMounts&
     const std::string device = FindDevice(collection, mount);
     const std::string record = ReadRecord(files, mount, device);
     TFileSystem fileSystem;
+    fileSystem.place.folder = mount.mountPoint;
+    fileSystem.place.udevRecord = mount.major != 0 ? MakeRecordPath(mount) : std::string();
     fileSystem.description = mount.type + " file system";
     fileSystem.root = mount.mountPoint;
     fileSystem.type = mount.type;

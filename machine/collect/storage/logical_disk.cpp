@@ -17,32 +17,37 @@ struct TLogicalDisk {
     std::optional<std::uint64_t> blockSizeBytes, consumableBlocks, numberOfBlocks;
     std::optional<std::uint16_t> dataOrganization, dataRedundancy, packageRedundancy;
     std::optional<bool> sequentialAccess;
+    TInstancePlace place{};
 };
 
 constexpr TPropertyRow<TLogicalDisk> logicalDiskRows[] = {
-    {"ElementName", &TLogicalDisk::elementName},
-    {"Description", &TLogicalDisk::description},
-    {"DeviceID", &TLogicalDisk::deviceId},
-    {"OperationalStatus", &TLogicalDisk::operationalStatus},
-    {"BlockSize", &TLogicalDisk::blockSizeBytes},
-    {"ConsumableBlocks", &TLogicalDisk::consumableBlocks},
-    {"DataOrganization", &TLogicalDisk::dataOrganization},
-    {"DataRedundancy", &TLogicalDisk::dataRedundancy},
-    {"DeltaReservation", TUnavailable{ECimType::eUint8}},
-    {"NumberOfBlocks", &TLogicalDisk::numberOfBlocks},
-    {"PackageRedundancy", &TLogicalDisk::packageRedundancy},
-    {"SequentialAccess", &TLogicalDisk::sequentialAccess},
+    {"ElementName", &TLogicalDisk::elementName, "@/dm/name; @; @/device/vendor; @/device/model"},
+    {"Description", &TLogicalDisk::description, "@/md/level; @/dm/uuid; @/device/raid_level"},
+    {"DeviceID", &TLogicalDisk::deviceId, "@/md/uuid; @/dm/uuid; @udev MD_UUID; @/device/wwid"},
+    {"OperationalStatus", &TLogicalDisk::operationalStatus,
+     "@/md/array_state; @/md/degraded; @/md/sync_action; /sys/class/raid_devices/**; @/device/state"},
+    {"BlockSize", &TLogicalDisk::blockSizeBytes, "number @/queue/logical_block_size"},
+    {"ConsumableBlocks", &TLogicalDisk::consumableBlocks, "property NumberOfBlocks"},
+    {"DataOrganization", &TLogicalDisk::dataOrganization, "constant"},
+    {"DataRedundancy", &TLogicalDisk::dataRedundancy,
+     "@/md/level; @/md/raid_disks; @/md/layout; /sys/class/raid_devices/**"},
+    {"DeltaReservation", TUnavailable{ECimType::eUint8}, "none: not kept by Linux"},
+    {"NumberOfBlocks", &TLogicalDisk::numberOfBlocks, "number @/size; property BlockSize"},
+    {"PackageRedundancy", &TLogicalDisk::packageRedundancy,
+     "@/md/level; @/md/raid_disks; @/md/degraded; /sys/class/raid_devices/**"},
+    {"SequentialAccess", &TLogicalDisk::sequentialAccess, "constant"},
 };
 
 struct TDiskGroup {
     std::optional<std::string> elementName, description, collectionId, tag;
+    TInstancePlace place{};
 };
 
 constexpr TPropertyRow<TDiskGroup> diskGroupRows[] = {
-    {"ElementName", &TDiskGroup::elementName},
-    {"Description", &TDiskGroup::description},
-    {"CollectionID", &TDiskGroup::collectionId},
-    {"Tag", &TDiskGroup::tag},
+    {"ElementName", &TDiskGroup::elementName, "@/device/vendor; @/device/model"},
+    {"Description", &TDiskGroup::description, "constant"},
+    {"CollectionID", &TDiskGroup::collectionId, "@/device/wwid"},
+    {"Tag", &TDiskGroup::tag, "@/device/wwid"},
 };
 
 constexpr TCimClass<TLogicalDisk> lsiDiskClass{lsiDiskClassName, logicalDiskRows};
@@ -58,6 +63,7 @@ constexpr auto sourcePatterns = Join(diskSources, softwareVolumeSources);
 // The adapter hides the member disks, so a group is described by its volume only.
 void CommitDiskGroup(TCollection& collection, const TDisk& disk) {
     TDiskGroup group;
+    group.place.folder = "/sys/block/" + disk.kernelName;
     group.elementName = "Disks of " + disk.model.value_or("RAID volume");
     group.description = "Disks that a RAID adapter makes one volume of";
     group.collectionId = disk.key;
@@ -82,6 +88,7 @@ template <typename TVolume>
 TLogicalDisk MakeLogicalDisk(const TVolume& volume) {
     constexpr std::uint16_t fixedBlock = 2;
     TLogicalDisk logical;
+    logical.place.folder = "/sys/block/" + volume.kernelName;
     logical.deviceId = volume.key;
     logical.operationalStatus = volume.operationalStatus;
     logical.blockSizeBytes = volume.blockSizeBytes;

@@ -25,6 +25,16 @@
 namespace NVORHOST {
 namespace {
 
+constexpr auto mediaDriveRows = MakeMediaDriveRows({
+    .name = "@udev ID_MODEL_ENC; @/device/vendor; @/device/model",
+    .description = "/proc/sys/dev/cdrom/info; @udev ID_CDROM_DVD",
+    .key = "@/device/wwid; @/device/vpd_pg80; @udev ID_SERIAL_SHORT; /sys/devices/**/serial; @",
+    .status = "@/device/state",
+    .blockSize = "number @/queue/logical_block_size",
+    .otherBlockSizes = "property DefaultBlockSize",
+    .mediaSize = "number @/size; @udev ID_CDROM_MEDIA",
+    .mediaState = "none: not exported for removable media",
+});
 constexpr TCimClass<TMediaDrive> cdromDriveClass{"KELSG_CDROMDrive", mediaDriveRows};
 constexpr TCimClass<TMediaDrive> dvdDriveClass{"KELSG_DVDDrive", mediaDriveRows};
 constexpr const IClassDeclaration* classes[] = {&cdromDriveClass, &dvdDriveClass};
@@ -121,6 +131,7 @@ TFoundDrive MakeDrive(const TOpticalDrive& drive, const std::vector<TCdromAbilit
     const bool readsDvd = ReadsDvd(drive, abilities, model);
     TFoundDrive found{readsDvd ? &dvdDriveClass : &cdromDriveClass, {}};
     TMediaDrive& record = found.record;
+    record.place.folder = drive.folder;
     record.description = FindScsiTransport(drive.device) +
                          (IsEmulatedMedium(drive.device, model) ? " virtual" : "") +
                          (readsDvd ? " DVD drive" : " CD-ROM drive");

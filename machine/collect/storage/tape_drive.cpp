@@ -14,6 +14,16 @@
 namespace NVORHOST {
 namespace {
 
+constexpr auto mediaDriveRows = MakeMediaDriveRows({
+    .name = "@/device/vendor; @/device/model; @/device/vpd_pg83",
+    .description = "@/device",
+    .key = "@/device/wwid; @/device/vpd_pg80; /sys/devices/**/serial; @",
+    .status = "@/device/state",
+    .blockSize = "number @/default_blksize",
+    .otherBlockSizes = "none: not exported for tapes",
+    .mediaSize = "none: not exported for tapes",
+    .mediaState = "none: not exported for removable media",
+});
 constexpr TCimClass<TMediaDrive> tapeDriveClass{"KELSG_TapeDrive", mediaDriveRows};
 constexpr const IClassDeclaration* classes[] = {&tapeDriveClass};
 
@@ -27,6 +37,7 @@ constexpr auto sourcePatterns = Join(scsiSources, std::array<TSourcePattern, 5>{
 
 TMediaDrive ReadDrive(const ISystemFiles& files, const std::string& folder, const TScsiDevice& device) {
     TMediaDrive drive;
+    drive.place.folder = folder;
     drive.description = FindScsiTransport(device) + " tape drive";
     const auto model = ReadScsiModel(device);
     drive.elementName = model ? model : drive.description;

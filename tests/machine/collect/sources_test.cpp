@@ -78,5 +78,115 @@ TEST(Sources, AreNotEmptyForCollectorsThatRead) {
     }
 }
 
+constexpr std::string_view smbiosTable = "/sys/firmware/dmi/tables/DMI";
+
+bool IsRead(const TCollector& collector, std::string_view path) {
+    return std::ranges::any_of(collector.reads,
+                               [&](TSourcePattern pattern) { return MatchesPathPattern(pattern, path); });
+}
+
+// A folder whose name is a source has files that are read.
+bool IsReadOrHasReadFiles(const TCollector& collector, std::string_view path) {
+    return std::ranges::any_of(collector.reads, [&](TSourcePattern pattern) {
+        return MatchesPathPattern(pattern, path) ||
+               MatchesPathPattern(pattern.substr(0, pattern.rfind('/')), path);
+    });
+}
+
+bool IsReadIfItIsAPath(const TCollector& collector, const TSource& source) {
+    if (source.kind == ESourceKind::smbios) {
+        return IsRead(collector, smbiosTable);
+    }
+    return source.kind != ESourceKind::file || source.isOwn || IsRead(collector, source.name);
+}
+
+TEST(SourcesOfRows, AreNamedForEveryProperty) {
+    for (const TCollector& collector : GetCollectors()) {
+        for (const IClassDeclaration* declaration : collector.fills) {
+            for (const TSourcedProperty& property : declaration->GetSources()) {
+                EXPECT_FALSE(property.sources.List().empty()) << declaration->GetName() << property.name;
+            }
+        }
+    }
+}
+
+TEST(SourcesOfRows, AreAmongThoseOfTheCollector) {
+    for (const TCollector& collector : GetCollectors()) {
+        for (const IClassDeclaration* declaration : collector.fills) {
+            for (const TSourcedProperty& property : declaration->GetSources()) {
+                for (const TSource& source : property.sources.List()) {
+                    EXPECT_TRUE(IsReadIfItIsAPath(collector, source))
+                        << declaration->GetName() << "." << property.name << ": " << source.text;
+                }
+            }
+        }
+    }
+}
+
+TEST(SourcesOfRows, NamePropertiesOfTheClass) {
+    for (const TCollector& collector : GetCollectors()) {
+        for (const IClassDeclaration* declaration : collector.fills) {
+            const auto properties = declaration->GetSources();
+            for (const TSourcedProperty& property : properties) {
+                for (const TSource& source : property.sources.List()) {
+                    EXPECT_TRUE(source.kind != ESourceKind::property ||
+                                std::ranges::find(properties, source.name, &TSourcedProperty::name) !=
+                                    properties.end())
+                        << declaration->GetName() << "." << property.name << ": " << source.text;
+                }
+            }
+        }
+    }
+}
+
+// Sources of an instance that are paths are below its folder, which differs from machine to machine.
+TEST(SourcesOfInstances, AreAmongThoseOfTheCollectorOnEveryMachine) {
+    std::set<std::string> unstated;
+    std::size_t paths = 0;
+    for (const TMachine& machine : ReadMachines()) {
+        TMemoryNamespace target;
+        (void)CollectAll({.files = machine.files,
+                          .calls = machine.calls,
+                          .target = target,
+                          .localTime = CollectionTime(),
+                          .withSources = true},
+                         GetCollectors());
+        for (const TCollector& collector : GetCollectors()) {
+            for (const IClassDeclaration* declaration : collector.fills) {
+                for (const auto& instance : target.FindClass(declaration->GetName())->GetInstances()) {
+                    for (const auto& [name, source] : instance->GetSources()) {
+                        for (const std::string& text : source.sources) {
+                            paths += text.starts_with('/') ? 1U : 0U;
+                            if (text.starts_with('/') &&
+                                !IsReadOrHasReadFiles(collector, text.substr(0, text.find(' ')))) {
+                                unstated.insert(std::string(collector.name) + " " + name + ": " + text);
+                            }
+                        }
+                    }
+                }
+            }
+        }
+    }
+    EXPECT_GT(paths, 1000U);
+    EXPECT_THAT(unstated, IsEmpty());
+}
+
+TEST(SourcesOfInstances, AreKeptForEveryPropertyOfEveryInstance) {
+    for (const TMachine& machine : ReadMachines()) {
+        TMemoryNamespace target;
+        (void)CollectAll({.files = machine.files,
+                          .calls = machine.calls,
+                          .target = target,
+                          .localTime = CollectionTime(),
+                          .withSources = true},
+                         GetCollectors());
+        for (const auto& each : target.GetClasses()) {
+            for (const auto& instance : each->GetInstances()) {
+                EXPECT_EQ(instance->GetSources().size(), each->GetDeclarations().size()) << each->GetName();
+            }
+        }
+    }
+}
+
 }  // namespace
 }  // namespace NVORHOST

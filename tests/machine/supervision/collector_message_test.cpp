@@ -18,6 +18,7 @@ TEST(CollectorMessage, TransfersEveryMemberOfAReport) {
     report.essentialFailure = "/proc/cpuinfo: Input/output error";
     report.notes = {"note"};
     report.warnings = {"warning"};
+    report.values = {7, 6, 5, 4, 3, 2, 1, 0};
     report.instances = 300;
     report.replacedBytes = 5;
     report.duration = std::chrono::nanoseconds(123456789);
@@ -35,6 +36,7 @@ TEST(CollectorMessage, TransfersEveryMemberOfAReport) {
     EXPECT_EQ(read.essentialFailure, "/proc/cpuinfo: Input/output error");
     EXPECT_EQ(read.notes, std::vector<std::string>{"note"});
     EXPECT_EQ(read.warnings, std::vector<std::string>{"warning"});
+    EXPECT_EQ(read.values, (TValueCounts{7, 6, 5, 4, 3, 2, 1, 0}));
     EXPECT_EQ(read.instances, 300U);
     EXPECT_EQ(read.replacedBytes, 5U);
     EXPECT_EQ(read.duration.count(), 123456789);
@@ -88,6 +90,32 @@ TEST(CollectorMessage, TransfersNullsAndArrays) {
           TCIMValue::Array(TCIMType::eString, {TCIMValue("a"), null, TCIMValue("")})}) {
         EXPECT_EQ(Transfer(value), value) << value.ToString(10);
     }
+}
+
+TEST(CollectorMessage, TransfersSourcesOfPropertiesAndOfClasses) {
+    const TCollector& collector = GetCollectors().front();
+    TMemoryNamespace source;
+    TMemoryNamespace target;
+    for (const IClassDeclaration* declaration : collector.fills) {
+        source.AddClass(std::string(declaration->GetName()));
+        target.AddClass(std::string(declaration->GetName()));
+    }
+    const TValueSource missing{EValueStatus::placeholder, {"type 1, 07h"}, "None", {}};
+    const TValueSource gaps{EValueStatus::present, {"/a", "/b"}, "", {"Serial number: denied"}};
+    const TValueSource denied{EValueStatus::denied, {"type 1, 08h"}, "", {}};
+    const auto instance = source.GetClasses().front()->NewInstance();
+    instance->SetSource("Missing", missing);
+    instance->SetSource("Gaps", gaps);
+    instance->CommitInstance({});
+    source.GetClasses().front()->SetSource(denied);
+    TMessageWriter message;
+    TInstancesWriter(source).WriteNew(collector, message);
+    TMessageReader reader(message.GetBytes());
+    ReadInstances(collector, reader, target);
+    const auto& read = *target.GetClasses().front();
+    EXPECT_EQ(*read.GetInstances().at(0)->FindSource("Missing"), missing);
+    EXPECT_EQ(*read.GetInstances().at(0)->FindSource("Gaps"), gaps);
+    EXPECT_EQ(read.GetSource(), denied);
 }
 
 TEST(InstancesWriter, WritesEachInstanceOnce) {

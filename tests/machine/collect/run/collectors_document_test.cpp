@@ -7,8 +7,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <fstream>
 #include <set>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -30,6 +32,7 @@ struct TDocument {
     std::vector<std::string> collectors;
     std::vector<std::string> properties;  // "Class.Property type"
     std::vector<std::string> sources;     // of each property
+    std::vector<std::string> rows;        // the sources of each property as its row has them
     std::set<std::string> paths;          // patterns of the table of what reading a source does
 };
 
@@ -90,6 +93,7 @@ TDocument ReadDocument() {
             const auto cells = Cells(line);
             document.properties.push_back(className + "." + Quoted(line) + " " + cells.at(1));
             document.sources.push_back(cells.at(3));
+            document.rows.push_back(cells.at(4));
         }
     }
     return document;
@@ -107,6 +111,42 @@ std::vector<std::string> ListProperties() {
         }
     }
     return properties;
+}
+
+std::vector<std::string> ListSourcesOfRows() {
+    std::vector<std::string> rows;
+    for (const TCollector& collector : GetCollectors()) {
+        for (const IClassDeclaration* declaration : collector.fills) {
+            for (const TSourcedProperty& property : declaration->GetSources()) {
+                rows.push_back("`" + std::string(property.sources.GetText()) + "`");
+            }
+        }
+    }
+    return rows;
+}
+
+// Replaces the last cell of each property, so that the document has the sources of the rows.
+void WriteSourcesOfRows() {
+    const auto rows = ListSourcesOfRows();
+    auto row = rows.begin();
+    std::ostringstream text;
+    std::ifstream file(NOXINFO_SOURCE_DIR "/docs/collectors.md");
+    for (std::string line; std::getline(file, line);) {
+        if (line.starts_with(propertyRow) && !line.starts_with(pathRow) && row != rows.end()) {
+            const auto cells = Cells(line);
+            line = "| " + cells.at(0) + " | " + cells.at(1) + " | " + cells.at(2) + " | " + cells.at(3) +
+                   " | " + *row++ + " |";
+        }
+        text << line << '\n';
+    }
+    std::ofstream(NOXINFO_SOURCE_DIR "/docs/collectors.md") << text.str();
+}
+
+TEST(CollectorsDocument, HasTheSourcesOfTheRows) {
+    if (std::getenv("NOXINFO_BLESS") != nullptr) {
+        WriteSourcesOfRows();
+    }
+    EXPECT_THAT(ReadDocument().rows, ElementsAreArray(ListSourcesOfRows()));
 }
 
 TEST(CollectorsDocument, ListsTheCollectorsInTheirOrder) {
