@@ -66,7 +66,7 @@ constexpr auto elementRows = std::to_array<TElementRow>({
     {classDeclaration, "PROPERTY", property},
     {classDeclaration, "PROPERTY.ARRAY", arrayProperty},
     {classDeclaration, "PROPERTY.REFERENCE", referenceProperty},
-    {classDeclaration, "QUALIFIER", ignored},
+    {classDeclaration, "QUALIFIER", qualifier},
     {classDeclaration, "METHOD", ignored},
 
     {instance, "PROPERTY", property},
@@ -84,7 +84,10 @@ constexpr auto elementRows = std::to_array<TElementRow>({
     {referenceProperty, "QUALIFIER", qualifier},
 
     {qualifier, "VALUE", qualifierValue},
-    {qualifier, "VALUE.ARRAY", ignored},
+    {qualifier, "VALUE.ARRAY", qualifierArray},
+
+    {qualifierArray, "VALUE", qualifierElement},
+    {qualifierArray, "VALUE.NULL", ignored},
 
     {array, "VALUE", elementValue},
     {array, "VALUE.NULL", elementNull},

@@ -28,6 +28,8 @@ enum class EElement {
     referenceProperty,
     qualifier,
     qualifierValue,
+    qualifierArray,
+    qualifierElement,
     scalarValue,
     array,
     elementValue,

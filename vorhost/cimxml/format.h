@@ -11,6 +11,16 @@ namespace NVORHOST {
 constexpr std::string_view encodingQualifierName = "NoxinfoEncoding";
 constexpr std::string_view base64EncodingName = "base64";
 
+/// Where a property comes from, as in the CIM schema: mapping_string.h.
+constexpr std::string_view sourcesQualifierName = "MappingStrings";
+/// How the search for the value of a property ended: the word of an EValueStatus. A property with this
+/// qualifier and without a value is not set.
+constexpr std::string_view statusQualifierName = "NoxinfoStatus";
+/// The placeholder or malformed text that was found in place of the value.
+constexpr std::string_view passedOverQualifierName = "NoxinfoPassedOver";
+/// The elements that an array lacks.
+constexpr std::string_view gapsQualifierName = "NoxinfoGaps";
+
 /// Maximum length of the name of a class or property in bytes, so that it fits into a tag even if every
 /// character is escaped.
 constexpr std::size_t maxNameBytes = 4096;

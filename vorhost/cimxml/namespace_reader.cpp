@@ -3,6 +3,7 @@
 #include "documents/xml_text.h"
 #include "host/vor_exception.h"
 #include "vorhost/cimxml/format.h"
+#include "vorhost/cimxml/mapping_string.h"
 #include "vorhost/cimxml/value_text.h"
 
 #include <algorithm>
@@ -86,6 +87,8 @@ constexpr TNamespaceReader::TElementRow TNamespaceReader::elementRows[] = {
     {EElement::referenceProperty, &TNamespaceReader::StartReferenceProperty, &TNamespaceReader::EndProperty},
     {EElement::qualifier, &TNamespaceReader::StartQualifier, &TNamespaceReader::Pass},
     {EElement::qualifierValue, &TNamespaceReader::Pass, &TNamespaceReader::EndQualifierValue, true},
+    {EElement::qualifierArray, &TNamespaceReader::Pass, &TNamespaceReader::Pass},
+    {EElement::qualifierElement, &TNamespaceReader::Pass, &TNamespaceReader::EndQualifierElement, true},
     {EElement::scalarValue, &TNamespaceReader::Pass, &TNamespaceReader::EndScalarValue, true},
     {EElement::array, &TNamespaceReader::StartArray, &TNamespaceReader::Pass},
     {EElement::elementValue, &TNamespaceReader::Pass, &TNamespaceReader::EndElementValue, true},
@@ -161,6 +164,7 @@ void TNamespaceReader::StartClass(const TXmlAttributes& attributes) {
     declarations_.clear();
     declaredNames_.clear();
     propertyCount_ = 0;
+    classSource_ = {};
 }
 
 void TNamespaceReader::EndClass() {
@@ -168,6 +172,9 @@ void TNamespaceReader::EndClass() {
         AddToKnownClass(*known);
     } else {
         target_.AddClass(*place_.className, std::exchange(declarations_, {}));
+    }
+    if (classSource_.hasStatus) {
+        target_.FindClass(*place_.className)->SetSource(std::move(classSource_.source));
     }
     place_.className.reset();
 }
@@ -228,15 +235,29 @@ void TNamespaceReader::BeginProperty(const TXmlAttributes& attributes, TCIMType 
         throw TDocumentCause("more than " + std::to_string(maxProperties) + " properties");
     }
     property_.Begin(*place_.propertyName, type, isArray);
+    propertySource_ = {};
 }
 
 void TNamespaceReader::EndProperty() {
     if (instance_ != nullptr) {
-        SetProperty(property_.TakeValue());
+        EndInstanceProperty(property_.TakeValue());
     } else {
         AddDeclaration(property_.TakeValue());
     }
     place_.propertyName.reset();
+}
+
+void TNamespaceReader::EndInstanceProperty(TCIMValue value) {
+    if (!propertySource_.hasStatus) {
+        return SetProperty(std::move(value));
+    }
+    if (!value.IsNull()) {
+        SetProperty(std::move(value));
+    }
+    if (instance_->FindSource(property_.GetName()) != nullptr) {
+        throw TDocumentCause("duplicate property");
+    }
+    instance_->SetSource(property_.GetName(), std::move(propertySource_.source));
 }
 
 void TNamespaceReader::AddDeclaration(TCIMValue value) {
@@ -268,12 +289,44 @@ void TNamespaceReader::SetProperty(TCIMValue value) {
 }
 
 void TNamespaceReader::StartQualifier(const TXmlAttributes& attributes) {
-    isEncodingQualifier_ = EqualCimNames(RequireAttribute(attributes, "NAME"), encodingQualifierName);
+    qualifierName_ = RequireAttribute(attributes, "NAME");
 }
 
 void TNamespaceReader::EndQualifierValue() {
-    if (isEncodingQualifier_) {
+    if (EqualCimNames(qualifierName_, encodingQualifierName)) {
+        SetEncoding();
+    } else if (EqualCimNames(qualifierName_, statusQualifierName)) {
+        SetStatus();
+    } else if (EqualCimNames(qualifierName_, passedOverQualifierName)) {
+        GetQualified().source.passedOver = text_;
+    }
+}
+
+void TNamespaceReader::SetStatus() {
+    const auto status = FindValueStatus(text_);
+    if (!status) {
+        throw TDocumentCause("unknown status " + Quote(text_));
+    }
+    GetQualified().source.status = *status;
+    GetQualified().hasStatus = true;
+}
+
+// Classes have no values.
+void TNamespaceReader::SetEncoding() {
+    if (place_.propertyName) {
         property_.SetEncoding(text_);
+    }
+}
+
+TNamespaceReader::TQualifiedSource& TNamespaceReader::GetQualified() {
+    return place_.propertyName ? propertySource_ : classSource_;
+}
+
+void TNamespaceReader::EndQualifierElement() {
+    if (EqualCimNames(qualifierName_, sourcesQualifierName)) {
+        GetQualified().source.sources.push_back(ParseMappingString(text_));
+    } else if (EqualCimNames(qualifierName_, gapsQualifierName)) {
+        GetQualified().source.gaps.push_back(text_);
     }
 }
 

@@ -36,6 +36,10 @@ class TNamespaceReader final : public IXmlEvents {
     using TStart = void (TNamespaceReader::*)(const TXmlAttributes& attributes);
     using TEnd = void (TNamespaceReader::*)();
     struct TElementRow;
+    struct TQualifiedSource {
+        TValueSource source;
+        bool hasStatus = false;  // without it the qualifiers are those of another program
+    };
 
     static const TElementRow elementRows[];
     static const TElementRow& RowOf(EElement element);
@@ -54,6 +58,7 @@ class TNamespaceReader final : public IXmlEvents {
     void EndProperty();
     void StartQualifier(const TXmlAttributes& attributes);
     void EndQualifierValue();
+    void EndQualifierElement();
     void EndScalarValue();
     void StartArray(const TXmlAttributes& attributes);
     void EndElementValue();
@@ -75,6 +80,10 @@ class TNamespaceReader final : public IXmlEvents {
     void BeginTypedProperty(const TXmlAttributes& attributes, bool isArray);
     void AddDeclaration(TCIMValue value);
     void SetProperty(TCIMValue value);
+    void EndInstanceProperty(TCIMValue value);
+    void SetStatus();
+    void SetEncoding();
+    TQualifiedSource& GetQualified();
     void AddToKnownClass(TMemoryClass& known);
 
     TMemoryNamespace& target_;
@@ -89,7 +98,9 @@ class TNamespaceReader final : public IXmlEvents {
     boost::shared_ptr<TMemoryInstance> instance_;
     std::size_t propertyCount_ = 0;
     TPropertyBuilder property_;
-    bool isEncodingQualifier_ = false;
+    std::string qualifierName_;        // of the innermost qualifier
+    TQualifiedSource classSource_;     // of the current class
+    TQualifiedSource propertySource_;  // of the current property
     TReferenceBuilder reference_;
 };
 

@@ -2,11 +2,13 @@
 
 #include "documents/xml_text.h"
 #include "vorhost/cimxml/format.h"
+#include "vorhost/cimxml/mapping_string.h"
 #include "vorhost/cimxml/object_path.h"
 #include "vorhost/cimxml/value_text.h"
 #include "vorhost/cimxml/xml_output.h"
 
 #include <algorithm>
+#include <iterator>
 #include <optional>
 #include <string_view>
 
@@ -26,6 +28,7 @@ struct TPropertyToWrite {
     TCIMType type;
     bool isArray;
     const TCIMValue* value;
+    const TValueSource* source = nullptr;  // null if it is not known
 };
 
 std::string_view ElementOf(const TPropertyToWrite& property) {
@@ -228,6 +231,10 @@ class TDocumentWriter {
 
     void WriteClass(const TMemoryClass& written) {
         WriteObject("CLASS", "NAME", written.GetName(), written.GetDeclarations().size(), [&] {
+            if (written.GetSource()) {
+                WriteSource(*written.GetSource());
+                out_.Markup("\n");
+            }
             for (const TPropertyDeclaration& each : written.GetDeclarations()) {
                 const TCIMValue* const value = each.defaultValue ? &*each.defaultValue : nullptr;
                 WriteProperty({each.name, each.type, each.isArray, value});
@@ -235,12 +242,15 @@ class TDocumentWriter {
         });
     }
 
-    void WriteInstance(const std::string& className, const TMemoryInstance& instance) {
+    void WriteInstance(const std::string& className, const TMemoryInstance& instance,
+                       const std::vector<TPropertyDeclaration>& declarations) {
         const auto properties = instance.GetProperties();
         WriteObject("INSTANCE", "CLASSNAME", className, properties.size(), [&] {
             for (const TPropertyView& each : properties) {
-                WriteProperty({each.name, each.value.GetType(), each.value.IsArray(), &each.value});
+                WriteProperty({each.name, each.value.GetType(), each.value.IsArray(), &each.value,
+                               instance.FindSource(each.name)});
             }
+            WriteMissing(instance, declarations);
         });
     }
 
@@ -270,6 +280,52 @@ class TDocumentWriter {
         }
     }
 
+    // Writes the properties without a value whose sources are known.
+    void WriteMissing(const TMemoryInstance& instance,
+                      const std::vector<TPropertyDeclaration>& declarations) {
+        for (const auto& [name, source] : instance.GetSources()) {
+            const auto declaration = std::ranges::find(declarations, name, &TPropertyDeclaration::name);
+            if (declaration != declarations.end() && instance.Find(name) == nullptr) {
+                WriteProperty({name, declaration->type, declaration->isArray, nullptr, &source});
+            }
+        }
+    }
+
+    void WriteQualifier(std::string_view name, std::string_view text) {
+        out_.Markup("<QUALIFIER");
+        out_.Attribute("NAME", name);
+        out_.Attribute("TYPE", "string");
+        out_.Markup("><VALUE>");
+        out_.Text(text);
+        out_.Markup("</VALUE></QUALIFIER>");
+    }
+
+    void WriteQualifier(std::string_view name, const std::vector<std::string>& texts) {
+        out_.Markup("<QUALIFIER");
+        out_.Attribute("NAME", name);
+        out_.Attribute("TYPE", "string");
+        out_.Markup("><VALUE.ARRAY>");
+        for (const std::string& text : texts) {
+            out_.Markup("<VALUE>");
+            out_.Text(text);
+            out_.Markup("</VALUE>");
+        }
+        out_.Markup("</VALUE.ARRAY></QUALIFIER>");
+    }
+
+    void WriteSource(const TValueSource& source) {
+        std::vector<std::string> mappings;
+        std::ranges::transform(source.sources, std::back_inserter(mappings), MakeMappingString);
+        WriteQualifier(sourcesQualifierName, mappings);
+        WriteQualifier(statusQualifierName, NameValueStatus(source.status));
+        if (!source.passedOver.empty()) {
+            WriteQualifier(passedOverQualifierName, source.passedOver);
+        }
+        if (!source.gaps.empty()) {
+            WriteQualifier(gapsQualifierName, source.gaps);
+        }
+    }
+
     void WriteProperty(const TPropertyToWrite& property) {
         place_.propertyName = property.name;
         CheckName(property.name);
@@ -280,12 +336,18 @@ class TDocumentWriter {
         if (element != "PROPERTY.REFERENCE") {  // its element implies the type
             out_.Attribute("TYPE", property.type.ToString());
         }
-        if (property.value == nullptr || property.value->IsNull()) {
+        const bool isNull = property.value == nullptr || property.value->IsNull();
+        if (isNull && property.source == nullptr) {
             out_.Markup("/>\n");
             return;
         }
         out_.Markup(">");
-        values_.Write(*property.value);
+        if (property.source != nullptr) {
+            WriteSource(*property.source);
+        }
+        if (!isNull) {
+            values_.Write(*property.value);
+        }
         out_.Markup("</");
         out_.Markup(element);
         out_.Markup(">\n");
@@ -305,7 +367,7 @@ void SaveNamespace(const TMemoryNamespace& source, std::ostream& out) {
     }
     for (const auto& each : source.GetClasses()) {
         for (const auto& instance : each->GetInstances()) {
-            writer.WriteInstance(each->GetName(), *instance);
+            writer.WriteInstance(each->GetName(), *instance, each->GetDeclarations());
         }
     }
     writer.Finish();
@@ -315,7 +377,7 @@ void SaveInstances(const std::string& className,
                    const std::vector<boost::shared_ptr<TMemoryInstance>>& instances, std::ostream& out) {
     TDocumentWriter writer(out);
     for (const auto& each : instances) {
-        writer.WriteInstance(className, *each);
+        writer.WriteInstance(className, *each, {});
     }
     writer.Finish();
 }

@@ -38,6 +38,25 @@ void ExpectRoundTrip(const TCIMValue& value) {
     ExpectRoundTrip(source);
 }
 
+TEST(RoundTrip, KeepsSourcesAndTheStatusOfMissingValues) {
+    TMemoryNamespace source;
+    const auto instance =
+        source.AddClass("C", {{"Serial", TCIMType::eString}, {"Size", TCIMType::eUint64}})->NewInstance();
+    instance->Set("Serial", std::string("S1"));
+    instance->SetSource("Serial", {EValueStatus::present, {"type 2, 07h", "/sys/a b"}, "", {"X: denied"}});
+    instance->SetSource("Size", {EValueStatus::malformed, {"/sys/size"}, "<large>", {}});
+    instance->CommitInstance({});
+    ExpectRoundTrip(source);
+    TMemoryNamespace loaded;
+    LoadNamespaceFromText(documentName, Save(source), loaded);
+    const auto& read = *loaded.FindClass("C")->GetInstances().at(0);
+    EXPECT_EQ(*read.FindSource("Serial"),
+              (TValueSource{EValueStatus::present, {"type 2, 07h", "/sys/a b"}, "", {"X: denied"}}));
+    EXPECT_EQ(*read.FindSource("Size"),
+              (TValueSource{EValueStatus::malformed, {"/sys/size"}, "<large>", {}}));
+    EXPECT_EQ(read.Find("Size"), nullptr);
+}
+
 TEST(RoundTrip, KeepsEveryByteAlone) {
     for (int byte = 0; byte < 256; ++byte) {
         ExpectRoundTrip(TCIMValue(std::string(1, static_cast<char>(byte))));
