@@ -317,7 +317,9 @@ class TCollectRun {
         if (options.sending.url) {
             sending_.emplace(options.sending);
         }
-        source_ = ObtainNamespace(options.source);
+        TSourceOptions counted = options.source;
+        counted.machine.countsValues = true;
+        source_ = ObtainNamespace(counted);
         clock_.Finish("collect");
     }
 

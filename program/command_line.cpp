@@ -279,6 +279,8 @@ void AddShowCommand(CLI::App& program, TShowOptions& options) {
         ->allow_extra_args(false)
         ->type_name("PROPERTY=VALUE");
     command.add_flag("--long", options.isLong, "Text: show every property");
+    command.add_flag("--sources", options.hasSources,
+                     "Text, JSON and NDJSON: show where each property comes from, or why it has no value");
     command.add_option("--output", options.outputFile, "Write to this file instead of standard output")
         ->type_name("FILE");
     AddSources(command, options.sources, machine);
@@ -374,8 +376,8 @@ void AddLintCommand(CLI::App& program, TLintOptions& options) {
 }
 
 void AddExplainCommand(CLI::App& program, TExplainOptions& options) {
-    CLI::App& command =
-        *program.add_subcommand("explain", "Explain where the identifier of a resource comes from");
+    CLI::App& command = *program.add_subcommand(
+        "explain", "Explain where the identifier and the values of a resource come from");
     const std::vector<CLI::Option*> machine = AddMachineOptions(command, options.machine);
     AddRunOptions(command, options.machine);
     command
@@ -581,6 +583,8 @@ void AddCollectCommand(CLI::App& program, TCollectOptions& options) {
 void AddSnapshotCommand(CLI::App& program, TSnapshotOptions& options) {
     CLI::App& command = *program.add_subcommand("snapshot", "Save the whole namespace as CIM-XML");
     AddSourceOptions(command, options.source);
+    command.add_flag("--with-sources", options.hasSources,
+                     "Also save where each property comes from, or why it has no value");
     command
         .add_option("FILE", options.file,
                     "File to write, compressed if its name ends in .gz; - is standard output")

@@ -56,7 +56,8 @@ struct TCollectOptions {
 
 struct TSnapshotOptions {
     TSourceOptions source;
-    std::string file;  ///< "-" is standard output
+    std::string file;         ///< "-" is standard output
+    bool hasSources = false;  ///< keep where each value comes from, or why there is none
 };
 
 struct TCaptureOptions {
@@ -71,6 +72,7 @@ struct TShowOptions {
     std::string format = "text";
     NINVENTORY::TFilterSettings filter;
     bool isLong = false;                    ///< text: every property
+    bool hasSources = false;                ///< where each value comes from, or why there is none
     bool comparesSources = false;           ///< html: show what changed from the first source to the last
     std::optional<std::string> outputFile;  ///< absent: standard output
 };

@@ -40,6 +40,10 @@ class TInventoryRecorder final : public NINVENTORY::IDocumentEvents {
         inventory_.resources.push_back(std::move(resource));
     }
 
+    void NoteUnknownType(std::string_view type, const TValueSource& source) override {
+        inventory_.unknownTypes.push_back({std::string(type), source});
+    }
+
   private:
     TInventory& inventory_;
 };
@@ -88,8 +92,10 @@ EDiffStatus RunDiff(const TDiffOptions& options, std::ostream& out) {
     const TLogSinks sinks(options.machine.log);
     const TRunEnvironment environment({.localTime = options.machine.machine.localTime});
     TCollectOutcome outcome;
-    const TInventory before = ReadInventory(options.before, options.machine, outcome);
-    const TInventory after = ReadInventory(options.after, options.machine, outcome);
+    TSourceOptions machine = options.machine;
+    machine.machine.withSources = true;  // a value that is not known is not a value that is gone
+    const TInventory before = ReadInventory(options.before, machine, outcome);
+    const TInventory after = ReadInventory(options.after, machine, outcome);
     const TComparison comparison = Compare(before, after, options.settings);
     const auto* const row = std::ranges::find(formats, options.format, &TFormatRow::name);
     if (options.outputFile) {

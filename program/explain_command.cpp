@@ -2,6 +2,8 @@
 
 #include "inventory/check/identifier_origin.h"
 #include "inventory/model/resource_type.h"
+#include "inventory/model/shown_value.h"
+#include "inventory/write/source_lines.h"
 #include "program/inventory_source.h"
 #include "text/ascii.h"
 #include "text/shown_text.h"
@@ -35,10 +37,12 @@ class TResources final : public NINVENTORY::IDocumentEvents {
 TResources ReadResources(const TExplainOptions& options) {
     TResources events;
     const TBeginSource begin = [](const std::string&) {};
+    TSourceOptions machine = options.machine;
+    machine.machine.withSources = true;
     if (options.source) {
-        (void)PassSource(*options.source, options.machine, begin, events);
+        (void)PassSource(*options.source, machine, begin, events);
     } else {
-        (void)PassMachine(options.machine, begin, events);
+        (void)PassMachine(machine, begin, events);
     }
     return events;
 }
@@ -180,6 +184,10 @@ void WriteExplanation(std::ostream& out, const TResource& resource, const std::v
     }
 }
 
+std::string ShowProperty(const TResource& resource, const NINVENTORY::TProperty& property) {
+    return NINVENTORY::ShowValue(resource.type, property);
+}
+
 }  // namespace
 
 EExitStatus RunExplain(const TExplainOptions& options, std::ostream& out) {
@@ -189,6 +197,10 @@ EExitStatus RunExplain(const TExplainOptions& options, std::ostream& out) {
     const std::vector<const TResource*> found = FindResources(source.resources, options.resource);
     RequireOneIdentifier(found, options.resource);
     WriteExplanation(out, *found.front(), source.resources, source.kind != NINVENTORY::EDocument::collection);
+    if (!found.front()->sources.empty()) {
+        out << "\nproperties\n";
+        NINVENTORY::WriteSourceLines(*found.front(), {.hasAbsent = true, .show = &ShowProperty}, out);
+    }
     return eExitDone;
 }
 

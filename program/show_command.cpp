@@ -29,9 +29,10 @@ using NINVENTORY::IInventoryFormat;
 
 std::unique_ptr<IInventoryFormat> MakeText(std::ostream& out, const TShowOptions& options) {
     const TTerminal terminal = options.outputFile ? TTerminal{} : FindTerminal();
-    return NINVENTORY::MakeTextWriter(
-        out,
-        {.layout = {.width = terminal.width, .hasColour = terminal.hasColour}, .isLong = options.isLong});
+    return NINVENTORY::MakeTextWriter(out,
+                                      {.layout = {.width = terminal.width, .hasColour = terminal.hasColour},
+                                       .isLong = options.isLong,
+                                       .hasSources = options.hasSources});
 }
 
 std::unique_ptr<IInventoryFormat> MakeReport(std::ostream& out, const TShowOptions& options) {
@@ -63,11 +64,15 @@ constexpr TFormatRow formats[] = {
 TCollectOutcome WriteSources(const TShowOptions& options, std::ostream& out) {
     const auto* const row = std::ranges::find(formats, options.format, &TFormatRow::name);
     const std::unique_ptr<IInventoryFormat> format = row->make(out, options);
-    NINVENTORY::TResourceFilter filter(options.filter, *format);
+    NINVENTORY::TFilterSettings settings = options.filter;
+    settings.keepsSources = options.hasSources;
+    NINVENTORY::TResourceFilter filter(settings, *format);
     const TBeginSource begin = [&](const std::string& name) { format->BeginSource(name); };
+    TSourceOptions machine = options.machine;
+    machine.machine.withSources = options.hasSources;
     TCollectOutcome outcome;
     if (options.sources.empty()) {
-        outcome = PassMachine(options.machine, begin, filter);
+        outcome = PassMachine(machine, begin, filter);
     }
     for (const std::string& source : options.sources) {
         bool hasBegun = false;
@@ -76,7 +81,7 @@ TCollectOutcome WriteSources(const TShowOptions& options, std::ostream& out) {
                 begin(row->joinsFolders && source != "-" ? source : name);
             }
         };
-        AddOutcome(PassSource(source, options.machine, beginOnce, filter), outcome);
+        AddOutcome(PassSource(source, machine, beginOnce, filter), outcome);
     }
     format->Finish();
     return outcome;

@@ -16,7 +16,9 @@ EExitStatus RunSnapshot(const TSnapshotOptions& options, std::ostream& out) {
     const TOutputPlace place = ResolveOutputPlace(options.file, options.source.log.file);
     const TLogSinks sinks(options.source.log);
     const TRunEnvironment environment({.localTime = options.source.machine.localTime});
-    const TNamespaceSource source = ObtainNamespace(options.source);
+    TSourceOptions wanted = options.source;
+    wanted.machine.withSources = options.hasSources;
+    const TNamespaceSource source = ObtainNamespace(wanted);
     sinks.RequireWritten();
     WriteOutputFile(place, options.file, options.source.syncs,
                     [&](std::ostream& file) { WriteSnapshot(*source.collected, options.file, file); });

@@ -56,6 +56,23 @@ std::string DescribeSources(const std::vector<std::string>& sources, const std::
     return text + (sources.size() > maxNamed ? ", ..." : "");
 }
 
+// Counts the values that a source may have, in one row. What no source has is not worth a count.
+std::string DescribeUnknownValues(const TValueCounts& counts) {
+    constexpr EValueStatus statuses[] = {EValueStatus::denied,    EValueStatus::asleep,
+                                         EValueStatus::timedOut,  EValueStatus::unread,
+                                         EValueStatus::malformed, EValueStatus::placeholder};
+    std::size_t total = 0;
+    std::string kinds;
+    for (const EValueStatus status : statuses) {
+        if (const std::size_t count = counts[static_cast<std::size_t>(status)]; count != 0) {
+            total += count;
+            kinds += (kinds.empty() ? "" : ", ") + std::to_string(count) + " " +
+                     std::string(NameValueStatus(status));
+        }
+    }
+    return total == 0 ? "" : Count(total, "value") + " not known: " + kinds + "; see noxinfo show --sources";
+}
+
 // The format of the documents requires some values to be written unescaped, so a document can be malformed.
 void PrintFaults(const std::vector<TInventoryDocument>& documents, std::ostream& out) {
     for (const TInventoryDocument& document : documents) {
@@ -97,6 +114,9 @@ void PrintOutcome(const TCollectOutcome& outcome, std::ostream& out) {
     }
     if (!outcome.asleepSources.empty()) {
         PrintRow(out, "Asleep", DescribeSources(outcome.asleepSources, "would wake a device (see --wake)"));
+    }
+    if (const std::string unknown = DescribeUnknownValues(outcome.values); !unknown.empty()) {
+        PrintRow(out, "Values", unknown);
     }
     for (const std::string& warning : outcome.warnings) {
         PrintRow(out, "Warning", warning);

@@ -90,10 +90,17 @@ void ForEachMatch(const TResource& before, const TResource& after, const TVisit&
 // Compares the resources of one type.
 class TTypeComparison {
   public:
-    TTypeComparison(const TSides& sides, std::string_view type, const TComparisonSettings& settings,
-                    TComparison& result)
+    /// A source is that of the type in an inventory that may lack resources; else null.
+    struct TUnknown {
+        const NVORHOST::TValueSource* before;
+        const NVORHOST::TValueSource* after;
+    };
+
+    TTypeComparison(const TSides& sides, std::string_view type, const TUnknown& unknown,
+                    const TComparisonSettings& settings, TComparison& result)
         : sides_(sides),
           type_(type),
+          unknown_(unknown),
           partType_(GetPartType(type)),
           settings_(settings),
           result_(result),
@@ -136,6 +143,11 @@ class TTypeComparison {
 
     // Returns false if the resource is unchanged.
     bool AddDifference(const TPair& pair) {
+        if (const auto* const source = FindUnknown(pair)) {
+            const bool isInNew = pair.after == nullptr;
+            result_.notKnown.push_back({isInNew ? pair.before : pair.after, nullptr, source, isInNew});
+            return true;
+        }
         if (pair.before == nullptr || pair.after == nullptr) {
             result_.differences.push_back(
                 {.change = pair.before == nullptr ? EChange::added : EChange::removed,
@@ -158,6 +170,14 @@ class TTypeComparison {
         return true;
     }
 
+    // Returns the reason why one side of a pair is missing; null if it is not there.
+    const NVORHOST::TValueSource* FindUnknown(const TPair& pair) const {
+        if (pair.before != nullptr && pair.after != nullptr) {
+            return nullptr;
+        }
+        return pair.after == nullptr ? unknown_.after : unknown_.before;
+    }
+
     // A machine whose board was replaced, and a system with another name, have properties that differ.
     bool HasAnotherId(const TPair& pair) const {
         return pair.before->id != pair.after->id && (settings_.comparesAll || !partType_.isSingleton);
@@ -169,6 +189,9 @@ class TTypeComparison {
         }
         const TProperty& known = before != nullptr ? *before : *after;
         if (IsIgnored(known.name)) {
+            return false;
+        }
+        if (IsNotKnown(pair, before, after)) {
             return false;
         }
         if (settings_.comparesAll) {
@@ -184,6 +207,24 @@ class TTypeComparison {
         if (IsKnownToOneSide(before, after)) {
             return false;
         }
+        return true;
+    }
+
+    // A value that could not be looked at is neither gone nor new.
+    bool IsNotKnown(const TPair& pair, const TProperty* before, const TProperty* after) {
+        using NVORHOST::EValueStatus;
+        if (IsAbsent(before) == IsAbsent(after)) {
+            return false;
+        }
+        const bool isInNew = IsAbsent(after);
+        const TProperty* const known = isInNew ? before : after;
+        const auto* const source = (isInNew ? pair.after : pair.before)->FindSource(known->name);
+        constexpr EValueStatus unanswered[] = {EValueStatus::denied, EValueStatus::asleep,
+                                               EValueStatus::timedOut, EValueStatus::unread};
+        if (source == nullptr || std::ranges::find(unanswered, source->status) == std::end(unanswered)) {
+            return false;
+        }
+        result_.notKnown.push_back({isInNew ? pair.before : pair.after, known, source, isInNew});
         return true;
     }
 
@@ -283,6 +324,7 @@ class TTypeComparison {
 
     const TSides& sides_;
     std::string_view type_;
+    TUnknown unknown_;
     const TPartType& partType_;
     const TComparisonSettings& settings_;
     TComparison& result_;
@@ -335,7 +377,9 @@ TComparison Compare(const TInventory& before, const TInventory& after, const TCo
     std::ranges::stable_sort(order, {}, GetRank);
     for (const std::string_view type : order) {
         if (!LeaveOut(before, after, type, settings, result)) {
-            TTypeComparison(types.at(type), type, settings, result).Compare();
+            TTypeComparison(types.at(type), type, {before.FindUnknown(type), after.FindUnknown(type)},
+                            settings, result)
+                .Compare();
         }
     }
     return result;

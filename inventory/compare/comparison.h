@@ -58,10 +58,20 @@ struct TOneSided {
     bool operator==(const TOneSided&) const = default;
 };
 
+/// A resource or value that one inventory has and that the other could not look at, so that it was not
+/// compared.
+struct TNotKnown {
+    const TResource* resource = nullptr;             ///< the one that is known, or has the value
+    const TProperty* property = nullptr;             ///< of `resource`; null for the whole resource
+    const NVORHOST::TValueSource* source = nullptr;  ///< of the other side; never null
+    bool isInNew = false;                            ///< true if the new inventory does not know it
+};
+
 struct TComparison {
     std::vector<TDifference> differences;
     std::vector<TUnchanged> unchanged;
     std::vector<TOneSided> oneSided;
+    std::vector<TNotKnown> notKnown;
     std::size_t volatileDifferences = 0;  ///< properties that differ, but change by themselves
     bool hasAuxiliary = false;            ///< links, processes and the like were left out
 

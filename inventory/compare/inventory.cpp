@@ -33,6 +33,11 @@ bool TInventory::Covers(std::string_view type) const {
     return std::ranges::any_of(documents, covers) || std::ranges::find(types, type) != types.end();
 }
 
+const NVORHOST::TValueSource* TInventory::FindUnknown(std::string_view type) const {
+    const auto found = std::ranges::find(unknownTypes, type, &TPropertySource::property);
+    return found == unknownTypes.end() ? nullptr : &found->source;
+}
+
 std::string_view TInventory::GetTimestamp() const {
     const auto document =
         std::ranges::find_if(documents, [](const TDocumentHead& head) { return !head.timestamp.empty(); });

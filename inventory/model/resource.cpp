@@ -15,4 +15,9 @@ std::string_view TResource::GetText(std::string_view propertyName) const {
                                                                     : property->values.front();
 }
 
+const NVORHOST::TValueSource* TResource::FindSource(std::string_view propertyName) const {
+    const auto found = std::ranges::find(sources, propertyName, &TPropertySource::property);
+    return found == sources.end() ? nullptr : &found->source;
+}
+
 }  // namespace NINVENTORY

@@ -2,6 +2,8 @@
 // describe it.
 #pragma once
 
+#include "text/value_source.h"
+
 #include <string>
 #include <string_view>
 #include <vector>
@@ -25,6 +27,12 @@ struct TProperty {
     bool operator==(const TProperty&) const = default;
 };
 
+/// Where the value of a property comes from, or why there is none.
+struct TPropertySource {
+    std::string property;
+    NVORHOST::TValueSource source;
+};
+
 /// One resource with its properties in the order of its source.
 struct TResource {
     std::string id;    ///< 32 upper-case hexadecimal digits; empty in a document without one
@@ -33,11 +41,15 @@ struct TResource {
     std::string name;  ///< the resource name, which only system information has
     std::vector<TProperty> properties;
     int line = 0;  ///< 1-based line in its document; 0 if it does not come from one
+    /// One entry for each property, with or without a value; empty if the inventory was made without sources.
+    std::vector<TPropertySource> sources{};
 
     /// Returns the first property of a name; null if there is none.
     const TProperty* Find(std::string_view propertyName) const;
     /// Returns the text of a scalar property; empty if it is missing, null or an array.
     std::string_view GetText(std::string_view propertyName) const;
+    /// Returns the sources of a property; null if they are not known.
+    const NVORHOST::TValueSource* FindSource(std::string_view propertyName) const;
 };
 
 /// The kinds of documents.

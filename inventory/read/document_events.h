@@ -16,6 +16,8 @@ class IDocumentEvents {
     /// The resources that follow belong to a list of this type; empty for the context.
     virtual void BeginList(std::string_view listType, int line) = 0;
     virtual void AddResource(TResource&& resource) = 0;
+    /// The inventory may lack resources of a type, because their sources could not be looked at.
+    virtual void NoteUnknownType(std::string_view /*type*/, const NVORHOST::TValueSource& /*source*/) {}
 };
 
 }  // namespace NINVENTORY

@@ -48,8 +48,21 @@ void TResourceFilter::AddResource(TResource&& resource) {
         std::erase_if(resource.properties, [&](const TProperty& property) {
             return !IsListed(settings_.properties, property.name);
         });
+        std::erase_if(resource.sources, [&](const TPropertySource& source) {
+            return !IsListed(settings_.properties, source.property);
+        });
+    }
+    if (!settings_.keepsSources) {
+        resource.sources.clear();
     }
     events_.AddResource(std::move(resource));
+}
+
+void TResourceFilter::NoteUnknownType(std::string_view type, const NVORHOST::TValueSource& source) {
+    if (settings_.keepsSources && settings_.conditions.empty() &&
+        IsListed(settings_.types, std::string(type))) {
+        events_.NoteUnknownType(type, source);
+    }
 }
 
 bool TResourceFilter::IsWanted(const TResource& resource) const {

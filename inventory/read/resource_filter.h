@@ -22,6 +22,7 @@ struct TFilterSettings {
     std::vector<std::string> types{};
     std::vector<std::string> properties{};
     std::vector<TCondition> conditions{};  ///< all must hold
+    bool keepsSources = false;             ///< pass on where the values come from
 };
 
 /// Parses "PROPERTY=VALUE" or "PROPERTY~EXPRESSION" (ECMAScript's regular expressions).
@@ -40,6 +41,7 @@ class TResourceFilter final : public IDocumentEvents {
     void BeginDocument(const TDocumentHead& head) override { events_.BeginDocument(head); }
     void BeginList(std::string_view listType, int line) override { events_.BeginList(listType, line); }
     void AddResource(TResource&& resource) override;
+    void NoteUnknownType(std::string_view type, const NVORHOST::TValueSource& source) override;
 
   private:
     bool IsWanted(const TResource& resource) const;

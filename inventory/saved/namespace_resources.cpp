@@ -66,6 +66,7 @@ class TInstanceResource {
             resource_.properties.push_back(MakeText(row.outputName, operatingSystem_));
         } else {
             AddProperty(row);
+            AddSource(row);
         }
     }
 
@@ -75,9 +76,21 @@ class TInstanceResource {
                 resource_.properties.push_back(MakeProperty(name, value));
             }
         }
+        for (const auto& [name, source] : instance_.GetSources()) {
+            if (!sourced_.contains(name)) {
+                resource_.sources.push_back({name, source});
+            }
+        }
     }
 
   private:
+    void AddSource(const ::TPropertyRow& row) {
+        if (const TValueSource* const source = instance_.FindSource(row.sourceName)) {
+            resource_.sources.push_back({std::string(row.outputName), *source});
+            sourced_.emplace(row.sourceName);
+        }
+    }
+
     void AddProperty(const ::TPropertyRow& row) {
         const TCIMValue* const value = instance_.Find(row.sourceName);
         if (value == nullptr || value->IsNull()) {
@@ -103,6 +116,7 @@ class TInstanceResource {
     const std::string& operatingSystem_;
     TResource& resource_;
     std::set<std::string, std::less<>> converted_;
+    std::set<std::string, std::less<>> sourced_;  // names of the properties whose sources were added
 };
 
 constexpr ::TPropertyRow generalHead[] = {
@@ -171,6 +185,9 @@ void PassResources(const TMemoryNamespace& collected, const std::string& timesta
         events.BeginList(NINVENTORY::GetTypeOfClass(source->GetName()), 0);
         for (const auto& instance : source->GetInstances()) {
             events.AddResource(MakeResource(*source, *instance, operatingSystem));
+        }
+        if (source->GetSource()) {
+            events.NoteUnknownType(NINVENTORY::GetTypeOfClass(source->GetName()), *source->GetSource());
         }
     }
 }

@@ -107,6 +107,28 @@ void WriteCounts(TJsonOutput& json, const TComparison& comparison) {
     json.EndObject();
 }
 
+void WriteNotKnown(TJsonOutput& json, const TComparison& comparison) {
+    WriteJsonText(json, "notKnown");
+    json.StartArray();
+    for (const TNotKnown& notKnown : comparison.notKnown) {
+        json.StartObject();
+        WriteJsonText(json, "side");
+        WriteJsonText(json, notKnown.isInNew ? "new" : "old");
+        WriteJsonText(json, "resourceType");
+        WriteJsonText(json, notKnown.resource->type);
+        WriteJsonText(json, "resourceId");
+        WriteJsonText(json, notKnown.resource->id);
+        if (notKnown.property != nullptr) {
+            WriteJsonText(json, "property");
+            WriteJsonText(json, notKnown.property->name);
+        }
+        WriteJsonText(json, "status");
+        WriteJsonText(json, NVORHOST::NameValueStatus(notKnown.source->status));
+        json.EndObject();
+    }
+    json.EndArray();
+}
+
 void WriteLeftOut(TJsonOutput& json, const TComparison& comparison) {
     WriteJsonText(json, "leftOut");
     json.StartObject();
@@ -125,6 +147,9 @@ void WriteLeftOut(TJsonOutput& json, const TComparison& comparison) {
         json.EndObject();
     }
     json.EndArray();
+    if (!comparison.notKnown.empty()) {
+        WriteNotKnown(json, comparison);
+    }
     WriteJsonText(json, "volatile");
     json.Uint64(comparison.volatileDifferences);
     WriteJsonText(json, "links");

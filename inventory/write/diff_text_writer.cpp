@@ -87,6 +87,7 @@ class TDiffTextWriter {
             WriteRule();
         }
         WriteUnchanged();
+        WriteNotKnown();
         WriteLeftOut();
     }
 
@@ -357,6 +358,38 @@ class TDiffTextWriter {
             counts.push_back(CountType(unchanged.type, unchanged.count));
         }
         WriteRow("unchanged", Join(counts));
+    }
+
+    // "not known in NEW (needs root)  serial number of board X".
+    void WriteNotKnown() {
+        std::map<std::string, std::vector<std::string>> values;  // by the reason
+        for (const TNotKnown& notKnown : comparison_.notKnown) {
+            const std::string reason = std::string("not known in ") + (notKnown.isInNew ? "NEW" : "OLD") +
+                                       " (" + DescribeReason(notKnown.source->status) + ")";
+            values[reason].push_back(DescribeNotKnown(notKnown));
+        }
+        for (const auto& [reason, names] : values) {
+            const std::string start = reason + ": ";
+            out_ << start;
+            WriteFolded(start.size(), Join(names), indentation);
+        }
+    }
+
+    static std::string DescribeNotKnown(const TNotKnown& notKnown) {
+        const TResource& resource = *notKnown.resource;
+        const std::string part = DescribePart(resource);
+        if (notKnown.property == nullptr) {
+            return part;
+        }
+        return LabelProperty(resource.type, notKnown.property->name) + " " +
+               Show(resource.type, notKnown.property) + " of " + part;
+    }
+
+    static std::string DescribeReason(NVORHOST::EValueStatus status) {
+        const std::string_view remedy = NVORHOST::GetValueRemedy(status);
+        return std::string(status == NVORHOST::EValueStatus::denied && !remedy.empty()
+                               ? remedy
+                               : NVORHOST::NameValueStatus(status));
     }
 
     void WriteLeftOut() {

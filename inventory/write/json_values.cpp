@@ -94,6 +94,28 @@ void WriteWords(TJsonOutput& json, const TMeaning& meaning, const TProperty& pro
     json.EndArray();
 }
 
+void WriteTexts(TJsonOutput& json, std::string_view name, const std::vector<std::string>& texts) {
+    WriteJsonText(json, name);
+    json.StartArray();
+    for (const std::string& text : texts) {
+        WriteJsonText(json, text);
+    }
+    json.EndArray();
+}
+
+void WriteSource(TJsonOutput& json, const NVORHOST::TValueSource& source) {
+    WriteJsonText(json, "status");
+    WriteJsonText(json, NVORHOST::NameValueStatus(source.status));
+    if (!source.passedOver.empty()) {
+        WriteJsonText(json, "passedOver");
+        WriteJsonText(json, source.passedOver);
+    }
+    WriteTexts(json, "sources", source.sources);
+    if (!source.gaps.empty()) {
+        WriteTexts(json, "gaps", source.gaps);
+    }
+}
+
 }  // namespace
 
 void WriteJsonText(TJsonOutput& json, std::string_view text) {
@@ -130,6 +152,19 @@ void WriteJsonProperties(TJsonOutput& json, const TResource& resource) {
             WriteJsonText(json, property.name);
             json.StartObject();
             WriteJsonValue(json, resource.type, property);
+            if (const auto* const source = resource.FindSource(property.name)) {
+                WriteSource(json, *source);
+            }
+            json.EndObject();
+        }
+    }
+    for (const auto& [name, source] : resource.sources) {
+        if (names.insert(name).second) {
+            WriteJsonText(json, name);
+            json.StartObject();
+            WriteJsonText(json, "value");
+            json.Null();
+            WriteSource(json, source);
             json.EndObject();
         }
     }

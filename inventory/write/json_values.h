@@ -19,7 +19,8 @@ void WriteJsonText(TJsonOutput& json, std::string_view text);
 /// Writes the members "value", "unit" and "word" or "words" of a property.
 void WriteJsonValue(TJsonOutput& json, std::string_view resourceType, const TProperty& property);
 
-/// Writes the member "properties" with the properties of a resource; of those with one name, the first.
+/// Writes the member "properties" with the properties of a resource; of those with one name, the first. If
+/// their sources are known, each has its status and sources, and those without a value follow.
 void WriteJsonProperties(TJsonOutput& json, const TResource& resource);
 
 /// Returns the name of a kind of documents, such as "hardware".

@@ -5,6 +5,7 @@
 #include "inventory/model/shown_value.h"
 #include "inventory/write/part_words.h"
 #include "inventory/write/shown_columns.h"
+#include "inventory/write/source_lines.h"
 #include "inventory/write/text_table.h"
 #include "text/shown_text.h"
 
@@ -73,7 +74,7 @@ class TTextWriter final : public IInventoryFormat {
     }
     void BeginList(std::string_view /*listType*/, int /*line*/) override {}
     void AddResource(TResource&& resource) override {
-        if (settings_.isLong) {
+        if (settings_.isLong || settings_.hasSources) {
             return WriteLong(resource);
         }
         if (resource.type == "Server") {
@@ -89,6 +90,11 @@ class TTextWriter final : public IInventoryFormat {
             return WriteSystemInformation(resource);
         }
         AddToTable(resource);
+    }
+    void NoteUnknownType(std::string_view type, const NVORHOST::TValueSource& source) override {
+        out_ << (isFirstLong_ ? "" : "\n") << MakeVisible(std::string(type)) << ' ' << DescribeMissing(source)
+             << '\n';
+        isFirstLong_ = false;
     }
     void Finish() override { EndTable(); }
 
@@ -153,6 +159,9 @@ class TTextWriter final : public IInventoryFormat {
         out_ << (isFirstLong_ ? "" : "\n") << MakeVisible(resource.type) << ' ' << MakeVisible(resource.id)
              << '\n';
         isFirstLong_ = false;
+        if (settings_.hasSources) {
+            return WriteSourceLines(resource, {.hasAbsent = false, .show = &ShowLong}, out_);
+        }
         std::size_t width = 0;
         for (const TProperty& property : resource.properties) {
             width = std::max(width, CountColumns(MakeVisible(property.name)));

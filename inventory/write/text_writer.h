@@ -11,7 +11,8 @@ namespace NINVENTORY {
 
 struct TTextSettings {
     TTextLayout layout;
-    bool isLong = false;  ///< every property instead of tables
+    bool isLong = false;      ///< every property instead of tables
+    bool hasSources = false;  ///< every property with its sources, and those whose value is not known
 };
 
 /// Returns a writer of tables, one for each type in the order of the source. `out` must outlive it.

@@ -31,7 +31,9 @@ class ExplainOnMachines : public testing::Test {
         const auto result = RunNoxinfo({arguments, directory, {}});
         EXPECT_EQ(result.status, 0) << result.standardError;
         const std::size_t origin = result.standardOutput.find("made from");
-        return origin == std::string::npos ? result.standardOutput : result.standardOutput.substr(origin);
+        const std::string text =
+            origin == std::string::npos ? result.standardOutput : result.standardOutput.substr(origin);
+        return text.substr(0, text.find("\nproperties\n"));
     }
 
     TTemporaryDirectory folder_;

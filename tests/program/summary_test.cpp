@@ -44,6 +44,20 @@ TEST(PrintOutcome, UsesTheSingularForOneByte) {
     EXPECT_EQ(Printed(outcome), "Replaced    1 byte of device text was not valid UTF-8\n");
 }
 
+TEST(PrintOutcome, CountsTheValuesThatAreNotKnown) {
+    TCollectOutcome outcome;
+    outcome.values[static_cast<std::size_t>(EValueStatus::present)] = 100;
+    outcome.values[static_cast<std::size_t>(EValueStatus::absent)] = 50;
+    EXPECT_EQ(Printed(outcome), "");
+    outcome.values[static_cast<std::size_t>(EValueStatus::placeholder)] = 1;
+    EXPECT_EQ(Printed(outcome), "Values      1 value not known: 1 placeholder; see noxinfo show --sources\n");
+    outcome.values[static_cast<std::size_t>(EValueStatus::denied)] = 12;
+    outcome.values[static_cast<std::size_t>(EValueStatus::timedOut)] = 2;
+    EXPECT_EQ(Printed(outcome),
+              "Values      15 values not known: 12 denied, 2 timed out, 1 placeholder; see noxinfo show "
+              "--sources\n");
+}
+
 TEST(PrintSummary, PrintsEveryRowInOrder) {
     TRunSummary summary;
     summary.machine = "Maker Model";

@@ -39,6 +39,55 @@ TEST(Compare, FindsNothingInTheSameInventory) {
     EXPECT_EQ(comparison.unchanged[0].count, 2U);
 }
 
+using NVORHOST::EValueStatus;
+
+// The module without its serial number, which could not be looked at, or has no source.
+TResource MakeModuleWithout(EValueStatus status) {
+    TResource module = MakeModule("A1", "S1");
+    module.properties.pop_back();
+    module.sources.push_back({"SerialNumber", {status, {"type 17, 18h"}, "", {}}});
+    return module;
+}
+
+TEST(Compare, DoesNotCallAValueGoneThatWasDenied) {
+    const TResource other = MakeModule("B1", "S2");  // a value that no resource has is on one side only
+    for (const EValueStatus status : {EValueStatus::denied, EValueStatus::asleep, EValueStatus::timedOut}) {
+        const TInventory before = MakeNamespace({MakeModule("A1", "S1"), other});
+        const TInventory after = MakeNamespace({MakeModuleWithout(status), other});
+        const TComparison comparison = Compare(before, after, {});
+        EXPECT_TRUE(comparison.IsSame());
+        ASSERT_EQ(comparison.notKnown.size(), 1U);
+        EXPECT_EQ(comparison.notKnown[0].property->name, "SerialNumber");
+        EXPECT_EQ(comparison.notKnown[0].source->status, status);
+        EXPECT_TRUE(comparison.notKnown[0].isInNew);
+        const TComparison swapped = Compare(after, before, {});
+        EXPECT_TRUE(swapped.IsSame());
+        ASSERT_EQ(swapped.notKnown.size(), 1U);
+        EXPECT_FALSE(swapped.notKnown[0].isInNew);
+    }
+}
+
+TEST(Compare, CallsAValueGoneThatNoSourceHas) {
+    const TResource other = MakeModule("B1", "S2");
+    const TComparison comparison =
+        Compare(MakeNamespace({MakeModule("A1", "S1"), other}),
+                MakeNamespace({MakeModuleWithout(EValueStatus::absent), other}), {});
+    EXPECT_FALSE(comparison.IsSame());
+    EXPECT_TRUE(comparison.notKnown.empty());
+}
+
+TEST(Compare, DoesNotCallResourcesGoneThatCouldNotBeLookedAt) {
+    const TInventory before = MakeNamespace({MakeModule("A1", "S1")});
+    TInventory after = MakeNamespace({});
+    after.types = before.types;
+    after.unknownTypes.push_back({"PhysicalMemory", {EValueStatus::denied, {"type 17, 10h"}, "", {}}});
+    const TComparison comparison = Compare(before, after, {});
+    EXPECT_TRUE(comparison.IsSame());
+    ASSERT_EQ(comparison.notKnown.size(), 1U);
+    EXPECT_EQ(comparison.notKnown[0].property, nullptr);
+    EXPECT_EQ(comparison.notKnown[0].resource, &before.resources[0]);
+}
+
 TEST(Compare, CallsAnotherSerialNumberAtAPlaceReplaced) {
     EXPECT_EQ(Summarize(MakeDocument({MakeModule("A1", "S1")}), MakeDocument({MakeModule("A1", "S2")})),
               "replaced ID-A1 ID-A1 SerialNumber\n");
