@@ -22,6 +22,7 @@ bool IsNewer(const THead& head, const THead& other) {
 template <typename TKey, typename TValue>
 std::vector<TKey> ListKeys(const std::map<TKey, TValue>& map) {
     std::vector<TKey> keys;
+    keys.reserve(map.size());
     for (const auto& [key, value] : map) {
         keys.push_back(key);
     }
