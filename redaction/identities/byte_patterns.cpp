@@ -14,20 +14,37 @@ std::uint64_t ReadWindow(const char* bytes) {
     return window;
 }
 
-// Source: Knuth, The Art of Computer Programming, 6.4, multiplicative hashing; the top 19 bits.
-std::size_t BucketOf(std::uint64_t window) {
+}  // namespace
+
+// Source: Knuth, The Art of Computer Programming, 6.4, multiplicative hashing; the top bits.
+std::size_t TBytePatterns::BucketOf(std::uint64_t window) const {
     constexpr std::uint64_t goldenRatio = 0x9E3779B97F4A7C15U;
-    return static_cast<std::size_t>((window * goldenRatio) >> 45U);
+    return static_cast<std::size_t>((window * goldenRatio) >> (64U - bucketBits_));
 }
 
-}  // namespace
+void TBytePatterns::Mark(std::uint64_t window) {
+    mayStart_[BucketOf(window) / 8] |= static_cast<std::uint8_t>(1U << (BucketOf(window) % 8));
+}
+
+void TBytePatterns::Grow() {
+    bucketBits_ += 2;
+    mayStart_.assign(std::size_t{1} << (bucketBits_ - 3U), 0);
+    for (const auto& [window, patterns] : patterns_) {
+        Mark(window);
+    }
+}
 
 void TBytePatterns::Add(std::string pattern, std::size_t owner) {
     if (pattern.size() < windowBytes) {
         return;
     }
     const std::uint64_t window = ReadWindow(pattern.data());
-    mayStart_[BucketOf(window) / 8] |= static_cast<std::uint8_t>(1U << (BucketOf(window) % 8));
+    constexpr std::size_t bucketsForWindow = 64;
+    constexpr unsigned int maxBits = 26;
+    if (patterns_.size() * bucketsForWindow > mayStart_.size() * 8 && bucketBits_ < maxBits) {
+        Grow();
+    }
+    Mark(window);
     std::vector<TPattern>& sameStart = patterns_[window];
     if (std::ranges::find(sameStart, pattern, &TPattern::bytes) != sameStart.end()) {
         return;

@@ -22,8 +22,6 @@ class TBytePatterns {
         std::size_t owner = 0;
     };
 
-    TBytePatterns() : mayStart_(bucketCount / 8) {}
-
     /// Adds a pattern, whose matches are reported with `owner`. Patterns shorter than a window are ignored.
     void Add(std::string pattern, std::size_t owner);
 
@@ -31,14 +29,18 @@ class TBytePatterns {
     std::vector<TMatch> FindAll(std::string_view text) const;
 
   private:
-    static constexpr std::size_t bucketCount = 1U << 19U;
-
     struct TPattern {
         std::string bytes;
         std::size_t owner = 0;
     };
 
-    std::vector<std::uint8_t> mayStart_;  // a bit for each hash of a first window
+    std::size_t BucketOf(std::uint64_t window) const;
+    void Mark(std::uint64_t window);
+    void Grow();
+
+    unsigned int bucketBits_ = 16;
+    // A bit for each hash of a first window; few are set, because looking a window up takes long.
+    std::vector<std::uint8_t> mayStart_ = std::vector<std::uint8_t>(std::size_t{1} << (16U - 3U));
     std::unordered_map<std::uint64_t, std::vector<TPattern>> patterns_;  // by their first window
 };
 
