@@ -1,10 +1,10 @@
 // The rows of a fleet: what an engine stores and answers with. Plain data, the same for every engine.
 //
 // A machine has inventories, each in a scope and at a moment. A resource of an inventory is divided into
-// three parts:
-//   version    its properties that are neither volatile nor identifying, stored once for the whole fleet, by
-//   content identity   the values of its identifying properties (serial numbers, addresses) volatile   the
-//   values that change by themselves, which belong to the row of the inventory
+// its version, which has the properties that are neither volatile nor identifying and is stored once for the
+// whole fleet, by content; its identity, which has the values of its identifying properties, such as serial
+// numbers and addresses; and the values that change by themselves, which belong to the row of the inventory.
+//
 // A presence is a resource of a machine with one version and one identity over a span of time.
 #pragma once
 
