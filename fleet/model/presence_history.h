@@ -1,5 +1,5 @@
 // The resources of one machine and scope over time. They are a step function: at the time of each inventory
-// its resources, and between two inventories those of the earlier one.
+// its resources, and between two inventories those of the earlier one. Decision: docs/decisions/0013.
 #pragma once
 
 #include "fleet/model/rows.h"
