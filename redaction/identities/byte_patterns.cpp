@@ -8,6 +8,7 @@
 namespace NVORHOST {
 namespace {
 
+// The first byte is the lowest one.
 std::uint64_t ReadWindow(const char* bytes) {
     std::uint64_t window = 0;
     std::memcpy(&window, bytes, TBytePatterns::windowBytes);
@@ -56,24 +57,36 @@ void TBytePatterns::Add(std::string pattern, std::size_t owner) {
 
 std::vector<TBytePatterns::TMatch> TBytePatterns::FindAll(std::string_view text) const {
     std::vector<TMatch> matches;
-    if (patterns_.empty()) {
+    if (patterns_.empty() || text.size() < windowBytes) {
         return matches;
     }
-    for (std::size_t start = 0; start + windowBytes <= text.size(); ++start) {
-        const std::uint64_t window = ReadWindow(text.data() + start);
+    constexpr unsigned int lastByte = 8 * (windowBytes - 1);
+    const std::uint8_t* const mayStart = mayStart_.data();
+    std::uint64_t window = ReadWindow(text.data());
+    for (std::size_t start = 0;; ++start) {
         const std::size_t bucket = BucketOf(window);
-        if ((mayStart_[bucket / 8] & (1U << (bucket % 8))) == 0) {
-            continue;
+        if ((mayStart[bucket / 8] & (1U << (bucket % 8))) != 0) {
+            AppendMatches(text, start, window, matches);
         }
-        if (const auto sameStart = patterns_.find(window); sameStart != patterns_.end()) {
-            for (const TPattern& pattern : sameStart->second) {
-                if (text.substr(start).starts_with(pattern.bytes)) {
-                    matches.push_back({start, pattern.bytes.size(), pattern.owner});
-                }
-            }
+        if (start + windowBytes == text.size()) {
+            return matches;
+        }
+        const auto next = static_cast<std::uint8_t>(text[start + windowBytes]);
+        window = window >> 8U | std::uint64_t{next} << lastByte;
+    }
+}
+
+void TBytePatterns::AppendMatches(std::string_view text, std::size_t start, std::uint64_t window,
+                                  std::vector<TMatch>& matches) const {
+    const auto sameStart = patterns_.find(window);
+    if (sameStart == patterns_.end()) {
+        return;
+    }
+    for (const TPattern& pattern : sameStart->second) {
+        if (text.substr(start).starts_with(pattern.bytes)) {
+            matches.push_back({start, pattern.bytes.size(), pattern.owner});
         }
     }
-    return matches;
 }
 
 }  // namespace NVORHOST

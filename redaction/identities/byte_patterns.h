@@ -35,6 +35,8 @@ class TBytePatterns {
     };
 
     std::size_t BucketOf(std::uint64_t window) const;
+    void AppendMatches(std::string_view text, std::size_t start, std::uint64_t window,
+                       std::vector<TMatch>& matches) const;
     void Mark(std::uint64_t window);
     void Grow();
 

@@ -73,14 +73,26 @@ bool IsPlainText(std::string_view bytes) {
         bytes, [](char c) { return (c >= ' ' && c <= '~') || c == '\n' || c == '\r' || c == '\t'; });
 }
 
-std::string Squeeze(std::string_view text) {
-    std::string squeezed;
-    squeezed.reserve(text.size());
-    for (const char c : text) {
-        if (IsAlphanumeric(c)) {
-            squeezed += ToLower(c);
-        }
+// The lower case of letters and digits, and NUL for other bytes. A table, because every byte of a document is
+// looked up.
+constexpr auto squeezedBytes = [] {
+    std::array<char, 256> bytes{};
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        const char c = static_cast<char>(i);
+        bytes[i] = IsAlphanumeric(c) ? ToLower(c) : '\0';
     }
+    return bytes;
+}();
+
+std::string Squeeze(std::string_view text) {
+    std::string squeezed(text.size(), '\0');
+    std::size_t length = 0;
+    for (const char c : text) {
+        const char byte = squeezedBytes[static_cast<unsigned char>(c)];
+        squeezed[length] = byte;
+        length += byte != '\0' ? 1U : 0U;
+    }
+    squeezed.resize(length);
     return squeezed;
 }
 
@@ -163,7 +175,11 @@ std::optional<EIdentityKind> TIdentitySearch::Find(std::string_view bytes, EText
     if (const auto kind = KindOfFirst(base64_, WithoutLineEnds(bytes))) {
         return kind;
     }
-    const TIdentity* word = identities_.FindWord(bytes, context);
+    return FindWord(bytes, context);
+}
+
+std::optional<EIdentityKind> TIdentitySearch::FindWord(std::string_view text, ETextContext context) const {
+    const TIdentity* word = identities_.FindWord(text, context);
     return word != nullptr ? std::optional(word->kind) : std::nullopt;
 }
 

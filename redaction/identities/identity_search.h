@@ -21,6 +21,9 @@ class TIdentitySearch {
     /// `context` allows.
     std::optional<EIdentityKind> Find(std::string_view bytes, ETextContext context) const;
 
+    /// Returns the kind of an identity that is a word of `text`, within the reach that `context` allows.
+    std::optional<EIdentityKind> FindWord(std::string_view text, ETextContext context) const;
+
   private:
     void AddText(const TIdentity& identity, std::size_t index);
     void AddBytes(const TIdentity& identity, std::size_t index);

@@ -248,6 +248,13 @@ std::optional<EIdentityKind> FindInText(const TPropertyTexts& place, std::size_t
     return search.Find(text, ContextOf(GetIdentityOf(place, index)));
 }
 
+std::optional<EIdentityKind> FindBesidesBytes(const TPropertyTexts& place, std::size_t index,
+                                              std::string_view text, const TIdentitySearch& search) {
+    const bool isEscaped = text.find_first_of("&<>\"\r\n\t") != std::string_view::npos;
+    return isEscaped ? FindInText(place, index, text, search)
+                     : search.FindWord(text, ContextOf(GetIdentityOf(place, index)));
+}
+
 std::string_view GetDocumentName(std::string_view className, std::string_view property) {
     const TResourceClass* const listed = FindResourceClass(className);
     if (listed == nullptr) {

@@ -35,6 +35,10 @@ std::string ReplaceText(const TPropertyTexts& place, std::size_t index, std::str
 /// Returns the kind of an identity that is left in the value; nullopt if there is none.
 std::optional<EIdentityKind> FindInText(const TPropertyTexts& place, std::size_t index, std::string_view text,
                                         const TIdentitySearch& search);
+/// Returns the kind of an identity that is left in a value of a document and that a search of the document's
+/// bytes does not find, because it is a word of this property only, or because characters are escaped.
+std::optional<EIdentityKind> FindBesidesBytes(const TPropertyTexts& place, std::size_t index,
+                                              std::string_view text, const TIdentitySearch& search);
 
 /// Returns the name that a property of a class has in documents.
 std::string_view GetDocumentName(std::string_view className, std::string_view property);

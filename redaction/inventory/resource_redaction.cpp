@@ -137,7 +137,7 @@ std::string TResourceRedaction::ReplaceId(const TResource& original, const TReso
 std::optional<EIdentityKind> FindInResource(const TResource& resource, const TIdentitySearch& search) {
     std::optional<EIdentityKind> found = search.Find(resource.name, ETextContext::anything);
     VisitTexts(resource, [&](const TPropertyTexts& place, std::size_t index, const std::string& text) {
-        found = found ? found : FindInText(place, index, text, search);
+        found = found ? found : FindBesidesBytes(place, index, text, search);
     });
     return found;
 }

@@ -48,7 +48,8 @@ class TResourceRedaction {
     std::unordered_map<std::string, std::string> replaced_;  // free texts; most of them occur many times
 };
 
-/// Returns the kind of an identity that is left in a property; nullopt if there is none.
+/// Returns the kind of an identity that is left in a property and that a search of the document's bytes does
+/// not find; nullopt if there is none.
 std::optional<EIdentityKind> FindInResource(const NINVENTORY::TResource& resource,
                                             const TIdentitySearch& search);
 

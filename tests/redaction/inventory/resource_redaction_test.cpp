@@ -93,5 +93,13 @@ TEST(FindInResource, FindsWhatWasNotReplaced) {
     EXPECT_EQ(FindInResource(Redacted(MakeDisk("")), search), std::nullopt);
 }
 
+TEST(FindInResource, FindsAnIdentityThatAnEscapedCharacterDivides) {
+    TIdentityTexts identities(key);
+    TResourceLearning(identities).Learn(MakeDisk(""));
+    const TIdentitySearch search(identities);
+    TResource note{"", "DiskDrive", "", "", {MakeText("Description", "ZTA0&M00001")}};
+    EXPECT_EQ(FindInResource(note, search), EIdentityKind::serialNumber);
+}
+
 }  // namespace
 }  // namespace NVORHOST
