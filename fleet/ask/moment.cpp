@@ -35,7 +35,7 @@ std::optional<TSeconds> ParseSpan(std::string_view text) {
     return *number * unit->seconds;
 }
 
-// Parses digits in which every "0" of `form` stands for a digit.
+// True if the text has a digit for each "0" of `form`, and the other characters of it.
 bool HasForm(std::string_view text, std::string_view form) {
     return std::ranges::equal(text, form, [](char c, char expected) {
         return expected == '0' ? c >= '0' && c <= '9' : c == expected;

@@ -35,7 +35,7 @@ class TClickHouseError : public TStoreError {
 constexpr int unknownTableCode = 60;
 constexpr int unknownDatabaseCode = 81;
 
-/// What the body of a failed answer holds.
+/// The content of the body of a failed answer.
 struct TServerFailure {
     int code = 0;      ///< 0 if the body is not a ClickHouse server's
     std::string text;  ///< first line of the description
