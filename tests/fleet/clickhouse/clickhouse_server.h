@@ -34,8 +34,6 @@ class TClickHouseServer {
     void Start(const TClickHouseSettings& settings = {});
     /// Ends the server as a power failure would.
     void Kill() { process_.reset(); }
-    /// Suspends or resumes the server, for example with SIGSTOP.
-    void Send(int signal) const { process_->Send(signal); }
 
     const TClickHousePorts& GetPorts() const { return ports_; }
     /// "clickhouse://127.0.0.1:PORT/DATABASE"

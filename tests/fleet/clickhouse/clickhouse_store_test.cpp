@@ -12,7 +12,6 @@
 #include <sys/mount.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <thread>
 
 namespace NFLEET {
