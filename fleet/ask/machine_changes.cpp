@@ -93,7 +93,7 @@ TCell MakeCell(const std::string& type, const TProperty* property) {
     return TShownValue{ShowValue(type, *property), std::move(raw)};
 }
 
-// Returns the serial number or address by which people tell parts of one kind apart; empty if there is none.
+// Returns the serial number or address that distinguishes parts of one kind; empty if there is none.
 std::string FindIdentityOf(const NINVENTORY::TResource& resource) {
     for (const std::string_view serial : NINVENTORY::GetPartType(resource.type).serials) {
         if (std::string value = GetFact(resource, serial); !value.empty()) {

@@ -12,11 +12,11 @@ namespace NFLEET {
 
 /// A property that differs, or a whole resource if `property` is empty.
 struct TChangeRow {
-    TSeconds time = 0;  ///< of the first inventory with the change
+    TSeconds time = 0;  ///< time of the first inventory with the change
     TMachine machine;
     std::string change;      ///< "replaced", "changed", ...
-    std::string type;        ///< of the resource
-    std::string resourceId;  ///< of the newer resource
+    std::string type;        ///< resource type
+    std::string resourceId;  ///< identifier of the newer resource
     std::string part;        ///< what and where the resource is, for people
     std::string identity;    ///< serial number, address or the like of the newer resource
     std::string property{};

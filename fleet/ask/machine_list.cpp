@@ -19,7 +19,7 @@ namespace {
 
 using NINVENTORY::TCondition;
 
-constexpr std::size_t minDigits = 6;  // of an identifier that is not whole
+constexpr std::size_t minDigits = 6;  // the start of an identifier has at least as many
 constexpr std::size_t maxNamed = 5;   // machines in a message
 
 struct TFactRow {

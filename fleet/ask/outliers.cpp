@@ -40,7 +40,7 @@ using TMachineIds = std::set<TMachineId>;
 
 struct TValueCount {
     std::uint64_t resources = 0;
-    std::uint64_t machines = 0;  // of the version that most machines have
+    std::uint64_t machines = 0;  // number that have the usual version
     std::vector<TDigest> versions{};
     TProperty property{};  // null if the versions lack the property
 };

@@ -70,7 +70,7 @@ class TClickHouseClient {
     /// Creates the database unless it exists. The only operation that works without it.
     void CreateDatabase();
     /// Inserts rows in the format RowBinary. `target` is a table, with its columns in parentheses. The rows
-    /// of a failed call may have been stored, in part too.
+    /// of a failed call may have been stored, all of them or some.
     void Insert(std::string_view target, std::string_view rows, const TStatementSettings& settings = {});
     /// Runs a query and passes each of its rows, which `decode` makes from values in RowBinary, to `take`. A
     /// failure of the query is thrown before the first row. With `tables`, the query can read them.

@@ -169,7 +169,8 @@ class TCurlHttp : public IHttp {
     }
 
     CURLcode SetRequestOptions(const THttpRequest& request, const TList& headers, TAnswer& answer) {
-        const auto milliseconds = std::max(1L, static_cast<long>(request.limit.count()));  // 0 is no limit
+        const auto milliseconds =
+            std::max(1L, static_cast<long>(request.limit.count()));  // libcurl takes 0 as no limit
         TOptions options(handle_.get());
         options.Set(CURLOPT_URL, request.url.c_str())
             .Set(CURLOPT_HTTPHEADER, headers.get())

@@ -3,7 +3,7 @@
 namespace NFLEET {
 namespace {
 
-constexpr unsigned groupBits = 7;  // of a number of variable length
+constexpr unsigned groupBits = 7;  // bits in each byte of a number of variable length
 constexpr unsigned groupMask = 0x7F;
 constexpr unsigned more = 0x80;
 constexpr unsigned longestBits = 63;

@@ -8,7 +8,7 @@
 
 namespace NFLEET {
 
-/// The column that tells the newest of several rows with one key.
+/// The column whose greatest value marks the newest of several rows with one key.
 using TChangeNumber = std::uint64_t;
 
 /// How rows of a type are stored. Every table has the columns `change` and `removed` as well, at its end: the

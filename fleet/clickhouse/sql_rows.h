@@ -12,8 +12,8 @@ namespace NFLEET {
 inline constexpr std::string_view sqlRowsFormat = "TabSeparatedWithNamesAndTypes";
 
 /// Passes an answer in `sqlRowsFormat` to `rows`. Integers up to 63 bits and numbers with a fraction are
-/// numbers, NULL is no value, everything else is text; arrays are texts such as "['a','b']". Errors: throws
-/// TStoreError for a text in another format, which a query can choose.
+/// numbers, NULL becomes an absent value, everything else is text; arrays are texts such as "['a','b']".
+/// Errors: throws TStoreError for a text in another format, which a query can choose.
 void PassSqlRows(std::string_view text, ISqlRows& rows);
 
 }  // namespace NFLEET
