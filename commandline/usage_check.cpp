@@ -188,4 +188,15 @@ void CheckWords(const CLI::App& program, std::span<const std::string> words) {
     TWordCheck(program, *command, words.subspan(before + 1)).CheckCommand();
 }
 
+std::vector<std::string> WithoutHelpCommand(const CLI::App& program, std::vector<std::string> words) {
+    const CLI::App* const command = FindCommand(program, words);
+    if (command == nullptr || command->get_name() != "help" || words.back() == "--help" ||
+        words.back() == "-h") {
+        return words;
+    }
+    words.erase(words.begin());
+    words.emplace_back("--help");
+    return words;
+}
+
 }  // namespace NVORHOST

@@ -6,6 +6,7 @@
 
 #include <span>
 #include <string>
+#include <vector>
 
 namespace NVORHOST {
 
@@ -16,5 +17,8 @@ void CheckWords(const CLI::App& program, std::span<const std::string> words);
 
 /// Finds the command that the words name; null if they name none.
 const CLI::App* FindCommand(const CLI::App& program, std::span<const std::string> words);
+
+/// Turns `help load` into `load --help`; other words are returned as they are.
+std::vector<std::string> WithoutHelpCommand(const CLI::App& program, std::vector<std::string> words);
 
 }  // namespace NVORHOST

@@ -701,18 +701,6 @@ std::string HelpCommandFor(const CLI::App* command) {
                                                                : "noxinfo " + command->get_name() + " --help";
 }
 
-// Turns `help collect` into `collect --help`.
-TWords WithoutHelpCommand(const CLI::App& program, TWords words) {
-    const CLI::App* const command = FindCommand(program, words);
-    if (command == nullptr || command->get_name() != "help" || words.back() == "--help" ||
-        words.back() == "-h") {
-        return words;
-    }
-    words.erase(words.begin());
-    words.emplace_back("--help");
-    return words;
-}
-
 void Parse(CLI::App& program, TWords words) {
     if (words.empty()) {
         words = {"show"};

@@ -290,24 +290,12 @@ TWords MoveStore(TWords words) {
     return moved;
 }
 
-// Turns `help load` into `load --help`.
-TWords WithoutHelpCommand(const CLI::App& program, TWords words) {
-    const CLI::App* const command = NVORHOST::FindCommand(program, words);
-    if (command == nullptr || command->get_name() != "help" || words.back() == "--help" ||
-        words.back() == "-h") {
-        return words;
-    }
-    words.erase(words.begin());
-    words.emplace_back("--help");
-    return words;
-}
-
 void Parse(CLI::App& program, TWords words) {
     if (words.empty()) {
         words = {"--help"};
     }
     NVORHOST::CheckWords(program, words);
-    words = WithoutHelpCommand(program, std::move(words));
+    words = NVORHOST::WithoutHelpCommand(program, std::move(words));
     NVORHOST::CheckWords(program, words);
     std::ranges::reverse(words);  // CLI11 expects the words in reverse order
     program.parse(std::move(words));

@@ -14,34 +14,27 @@
 namespace NVORHOST {
 namespace {
 
+// Each source follows the name of the identity that it has.
+constexpr char identitySources[] =
+    "[Serial number] @/device/vpd_pg80; [Serial number] text @/device/serial; [Serial number] text "
+    "@/serial; [Serial number] /sys/devices/**/serial; [Firmware revision] text @/device/rev; [Firmware "
+    "revision] text @/device/firmware_rev; [Firmware revision] text @/device/fwrev; [Firmware revision] "
+    "@udev ID_REVISION; [World-wide name] @/device/wwid; [World-wide name] @/wwid; [PCI function] @; [NVMe "
+    "namespace] @/nsid; [ATA port] /sys/devices/**/ata_port/*/port_no; [SAS address] "
+    "/sys/devices/**/sas_device/*/sas_address; [SAS phy] /sys/devices/**/sas_device/*/phy_identifier; [SAS "
+    "enclosure] /sys/devices/**/sas_device/*/enclosure_identifier; [SAS bay] "
+    "/sys/devices/**/sas_device/*/bay_identifier; [Enclosure] /sys/devices/**/enclosure/*/id; [Enclosure "
+    "slot] @/device enclosure_device:*; [Enclosure slot number] /sys/devices/**/enclosure/*/*/slot; [USB "
+    "port path] @";
+
 // Properties of disks only. The documents do not have them.
 constexpr TPropertyRow<TMediaDrive> virtualRows[] = {
-    {"OtherIdentifyingInfo", &TMediaDrive::identities,
-     "[Serial number] @/device/vpd_pg80; [Serial number] text @/device/serial; [Serial number] text "
-     "@/serial; [Serial number] /sys/devices/**/serial; [Firmware revision] text @/device/rev; [Firmware "
-     "revision] text @/device/firmware_rev; [Firmware revision] text @/device/fwrev; [Firmware revision] "
-     "@udev ID_REVISION; [World-wide name] @/device/wwid; [World-wide name] @/wwid; [PCI function] @; [NVMe "
-     "namespace] @/nsid; [ATA port] /sys/devices/**/ata_port/*/port_no; [SAS address] "
-     "/sys/devices/**/sas_device/*/sas_address; [SAS phy] /sys/devices/**/sas_device/*/phy_identifier; [SAS "
-     "enclosure] /sys/devices/**/sas_device/*/enclosure_identifier; [SAS bay] "
-     "/sys/devices/**/sas_device/*/bay_identifier; [Enclosure] /sys/devices/**/enclosure/*/id; [Enclosure "
-     "slot] @/device enclosure_device:*; [Enclosure slot number] /sys/devices/**/enclosure/*/*/slot; [USB "
-     "port path] @"},
+    {"OtherIdentifyingInfo", &TMediaDrive::identities, identitySources},
     {"IdentifyingDescriptions", &TMediaDrive::identityDescriptions, "property OtherIdentifyingInfo"},
     {"PhysicalBlockSize", &TMediaDrive::physicalBlockSizeBytes, "number @/queue/physical_block_size"},
 };
 constexpr TPropertyRow<TMediaDrive> physicalRows[] = {
-    {"OtherIdentifyingInfo", &TMediaDrive::identities,
-     "[Serial number] @/device/vpd_pg80; [Serial number] text @/device/serial; [Serial number] text "
-     "@/serial; [Serial number] /sys/devices/**/serial; [Firmware revision] text @/device/rev; [Firmware "
-     "revision] text @/device/firmware_rev; [Firmware revision] text @/device/fwrev; [Firmware revision] "
-     "@udev ID_REVISION; [World-wide name] @/device/wwid; [World-wide name] @/wwid; [PCI function] @; [NVMe "
-     "namespace] @/nsid; [ATA port] /sys/devices/**/ata_port/*/port_no; [SAS address] "
-     "/sys/devices/**/sas_device/*/sas_address; [SAS phy] /sys/devices/**/sas_device/*/phy_identifier; [SAS "
-     "enclosure] /sys/devices/**/sas_device/*/enclosure_identifier; [SAS bay] "
-     "/sys/devices/**/sas_device/*/bay_identifier; [Enclosure] /sys/devices/**/enclosure/*/id; [Enclosure "
-     "slot] @/device enclosure_device:*; [Enclosure slot number] /sys/devices/**/enclosure/*/*/slot; [USB "
-     "port path] @"},
+    {"OtherIdentifyingInfo", &TMediaDrive::identities, identitySources},
     {"IdentifyingDescriptions", &TMediaDrive::identityDescriptions, "property OtherIdentifyingInfo"},
     {"PhysicalBlockSize", &TMediaDrive::physicalBlockSizeBytes, "number @/queue/physical_block_size"},
     {"Media", &TMediaDrive::media, "@/device/vpd_pgb1; @/queue/rotational"},
