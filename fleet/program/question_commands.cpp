@@ -69,6 +69,7 @@ constexpr TQuestion questions[] = {
 
 int RunQuestion(const TQuestion& question, const TFleetOptions& options, std::ostream& out) {
     const auto store = OpenStore(options.storeUrl, EStoreUse::asking);
+    const TReading reading(*store);
     WriteAnswer(question.ask(*store, options), options, out);
     return NVORHOST::eExitDone;
 }
@@ -83,6 +84,7 @@ void WriteInventory(IFleetStore& store, const TMachine& machine, const TFleetOpt
 
 int RunShow(const TFleetOptions& options, std::ostream& out) {
     const auto store = OpenStore(options.storeUrl, EStoreUse::asking);
+    const TReading reading(*store);
     const TMachine machine = FindMachine(*store, options.machine);
     if (options.format == "csv") {
         WriteInventory(*store, machine, options, NINVENTORY::MakeCsvWriter(out));
@@ -106,6 +108,7 @@ int RunExport(const TFleetOptions& options, std::ostream& out) {
     const auto store = OpenStore(options.storeUrl, EStoreUse::asking);
     const auto format =
         options.exportFormat == "csv" ? NINVENTORY::MakeCsvWriter(out) : NINVENTORY::MakeNdjsonWriter(out);
+    const TReading reading(*store);
     for (const TMachine& machine : store->ReadMachines()) {
         format->BeginSource(machine.key);
         PassMachine(*store, machine, std::nullopt, *format);

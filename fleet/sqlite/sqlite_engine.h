@@ -35,6 +35,8 @@ class TSqliteEngine final : public IFleetStore {
     std::vector<TDigest> FindKnownVersions(std::span<const TDigest> versions) override;
     std::optional<std::uint64_t> RemoveUnusedVersions() override;
 
+    void BeginReading() override { connection_.Execute("BEGIN"); }
+    void EndReading() noexcept override { AbandonBatch(); }
     std::vector<TMachine> ReadMachines() override;
     std::vector<TInventory> ReadInventories(const TInventoryQuery& query) override;
     std::vector<TPresence> ReadPresences(const TMachineScope& place, TSeconds at) override;

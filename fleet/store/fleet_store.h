@@ -140,6 +140,12 @@ class IFleetStore {
     /// itself.
     virtual std::optional<std::uint64_t> RemoveUnusedVersions() = 0;
 
+    /// Everything that is read until EndReading is from one moment, if the engine can give that. It cannot
+    /// begin within a batch.
+    virtual void BeginReading() {}
+    /// Does nothing if nothing was begun.
+    virtual void EndReading() noexcept {}
+
     // Asking. "The present state" of a machine is that of its newest inventories in the scopes of
     // IsCurrentScope.
 
@@ -163,6 +169,18 @@ class IFleetStore {
     /// Runs one query in the engine's own language. Errors: throws TStoreError for a text that is malformed,
     /// would write, or has more than one statement.
     virtual void RunSql(std::string_view text, ISqlRows& rows) = 0;
+};
+
+/// Reads of one moment, for the lifetime of this object. The store must outlive it.
+class TReading {
+  public:
+    explicit TReading(IFleetStore& store) : store_(store) { store_.BeginReading(); }
+    ~TReading() { store_.EndReading(); }
+    TReading(const TReading&) = delete;
+    TReading& operator=(const TReading&) = delete;
+
+  private:
+    IFleetStore& store_;
 };
 
 }  // namespace NFLEET

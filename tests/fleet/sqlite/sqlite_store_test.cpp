@@ -141,6 +141,22 @@ TEST(SqliteStore, ShowsWhatAnotherConnectionWrote) {
     EXPECT_EQ(second->ReadMachines().size(), 2U);
 }
 
+TEST(SqliteStore, ReadsOfOneMomentWhileOthersWrite) {
+    const std::string path = GetFolder().GetPath("moment.db");
+    const auto writer = OpenSqliteStore(path);
+    writer->Migrate();
+    const auto reader = OpenSqliteStore(path);
+    {
+        const TReading reading(*reader);
+        EXPECT_EQ(reader->ReadMachines().size(), 0U);
+        writer->BeginBatch();
+        writer->Write(MakeBatch("a"));
+
+        EXPECT_EQ(reader->ReadMachines().size(), 0U);
+    }
+    EXPECT_EQ(reader->ReadMachines().size(), 1U);
+}
+
 TEST(SqliteStore, KeepsNothingOfABatchThatFails) {
     const std::string path = GetFolder().GetPath("failing.db");
     const auto store = OpenSqliteStore(path);
