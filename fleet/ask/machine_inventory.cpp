@@ -96,8 +96,8 @@ std::string DescribeRule(EMachineRule rule) {
 
 std::string ListMerged(IFleetStore& store, const TMachine& machine) {
     std::string keys;
-    for (const TAlias& alias : store.ReadAliases()) {
-        if (alias.to == machine.id) {
+    for (const TAlias& alias : store.ReadAliasesOf(machine.id)) {
+        if (!alias.fromKey.empty()) {
             keys += (keys.empty() ? "" : ", ") + alias.fromKey;
         }
     }

@@ -102,7 +102,8 @@ class TClickHouseStore : public IFleetStore {
     void BeginBatch() override { claim_.Acquire(); }
     void Write(const TBatch& batch) override;
     void AbandonBatch() noexcept override;
-    std::vector<TAlias> ReadAliases() override;
+    std::vector<TAlias> FindAliases(std::span<const TDigest> names) override;
+    std::vector<TAlias> ReadAliasesOf(const TMachineId& machine) override;
     std::vector<TMachine> FindMachines(std::span<const TMachineId> ids) override;
     std::vector<THead> ReadHeads(std::span<const TMachineId> machines) override;
     std::vector<TInventory> FindInventories(std::span<const TInventoryKey> keys) override;
@@ -337,8 +338,12 @@ void TClickHouseStore::AbandonBatch() noexcept {
     }
 }
 
-std::vector<TAlias> TClickHouseStore::ReadAliases() {
-    return Read<TAlias>(MakeQuery<TAlias>(""), &TAlias::from);
+std::vector<TAlias> TClickHouseStore::FindAliases(std::span<const TDigest> names) {
+    return Read<TAlias>(MakeQuery<TAlias>(IsAmongIds("machine")), &TAlias::from, MakeIds(names));
+}
+
+std::vector<TAlias> TClickHouseStore::ReadAliasesOf(const TMachineId& machine) {
+    return Read<TAlias>(MakeQuery<TAlias>(" AND target = " + QuoteDigest(machine)), &TAlias::from);
 }
 
 std::vector<TMachine> TClickHouseStore::FindMachines(std::span<const TMachineId> ids) {

@@ -19,16 +19,6 @@ bool IsNewer(const THead& head, const THead& other) {
     return std::tie(head.time, head.digest) > std::tie(other.time, other.digest);
 }
 
-template <typename TKey, typename TValue>
-std::vector<TKey> ListKeys(const std::map<TKey, TValue>& map) {
-    std::vector<TKey> keys;
-    keys.reserve(map.size());
-    for (const auto& [key, value] : map) {
-        keys.push_back(key);
-    }
-    return keys;
-}
-
 }  // namespace
 
 TBatchBuilder::TBatchBuilder(IFleetStore& store) : store_(store) {}
@@ -45,23 +35,14 @@ void TBatchBuilder::Add(std::vector<TReadInventory> inventories) {
 
 // Gives each inventory its machine, and reads the machines that exist.
 void TBatchBuilder::FindMachinesOf(std::vector<TReadInventory>& inventories) {
-    std::unordered_map<TMachineId, TMachineId, TDigestHash> aliases;
-    for (const TAlias& alias : store_.ReadAliases()) {
-        aliases.emplace(alias.from, alias.to);
-    }
+    std::vector<const TMachineTraits*> traits;
+    std::ranges::transform(inventories, std::back_inserter(traits),
+                           [](const TReadInventory& read) { return &read.traits; });
+    machines_.emplace(store_, traits);
     for (TReadInventory& read : inventories) {
-        TMachineKey key = MakeMachineKey(read.traits);
-        const TMachineId own = key.GetId();
-        const auto alias = aliases.find(own);
-        const TMachineId id = alias == aliases.end() ? own : alias->second;
-        read.inventory.place.machine = id;
-        machines_.try_emplace(id,
-                              TMachine{id, std::move(key.key), key.rule, read.traits.facts, open, 0, false});
+        read.inventory.place.machine = machines_->Find(read.traits);
     }
-    const std::vector<TMachineId> ids = ListKeys(machines_);
-    for (TMachine& machine : store_.FindMachines(ids)) {
-        machines_[machine.id] = std::move(machine);
-    }
+    const std::vector<TMachineId> ids = machines_->ListMachines();
     for (THead& head : store_.ReadHeads(ids)) {
         const TMachineScope place = head.place;
         heads_.emplace(place, std::move(head));
@@ -154,7 +135,7 @@ void TBatchBuilder::AddGroup(const TMachineScope& place, TGroup& group) {
         if (found == heads_.end() || IsNewer(head, found->second)) {
             heads_[place] = std::move(head);
         }
-        TMachine& machine = machines_[place.machine];
+        TMachine& machine = machines_->Get(place.machine);
         machine.first = std::min(machine.first, batch_.inventories.back().time);
         machine.last = std::max(machine.last, batch_.inventories.back().time);
     }
@@ -189,8 +170,10 @@ void TBatchBuilder::UpdateMachines() {
         existing.insert(machine.id);
     }
     for (const TMachineId& id : ids) {
-        TMachine& machine = machines_[id];
-        machine.facts = MergeFacts(headsOf[id]);
+        TMachine& machine = machines_->Get(id);
+        TMachineFacts facts = MergeFacts(headsOf[id]);
+        FillFacts(machine.facts, facts);  // what the newest inventories do not contain
+        machine.facts = std::move(facts);
         machine.usesSnapshot = UsesSnapshot(headsOf[id]);
         if (!existing.contains(id) && IsRealUuid(machine.facts.uuid)) {
             newUuids_.insert(machine.facts.uuid);
@@ -200,6 +183,7 @@ void TBatchBuilder::UpdateMachines() {
 }
 
 TBatch TBatchBuilder::Take() {
+    batch_.aliases = machines_->ListNewAliases();
     return std::move(batch_);
 }
 

@@ -1,14 +1,16 @@
 // Inventories as the changes of one batch.
 #pragma once
 
+#include "fleet/load/machine_finder.h"
 #include "fleet/load/read_inventory.h"
 #include "fleet/model/presence_history.h"
 #include "fleet/store/fleet_store.h"
 
 #include <map>
+#include <memory>
+#include <optional>
 #include <set>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 namespace NFLEET {
@@ -44,7 +46,7 @@ class TBatchBuilder {
 
     IFleetStore& store_;
     TBatch batch_;
-    std::map<TMachineId, TMachine> machines_;
+    std::optional<TMachineFinder> machines_;
     std::map<TMachineScope, THead> heads_;
     std::map<TMachineScope, TScopeState> states_;
     std::vector<std::shared_ptr<TCachedVersion>> versions_;

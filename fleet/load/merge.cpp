@@ -16,17 +16,16 @@ namespace {
 
 class TMerge {
   public:
-    explicit TMerge(IFleetStore& store) : store_(store), aliases_(store.ReadAliases()) {}
+    explicit TMerge(IFleetStore& store) : store_(store) {}
 
     TBatch Run(std::string_view from, std::string_view to) {
-        const TMachineId source = MakeDigest(from);
+        const TMachineId source = Resolve(from);
         const auto target = store_.FindMachines(std::vector{Resolve(to)});
         if (target.empty()) {
             throw TStoreError(store_.GetName() + ": there is no machine " + std::string(to));
         }
         const TMachine& kept = target.front();
-        const auto known = std::ranges::find(aliases_, source, &TAlias::from);
-        if (kept.id == source || (known != aliases_.end() && known->to == kept.id)) {
+        if (kept.id == source) {
             return {};
         }
         const auto old = store_.FindMachines(std::vector{source});
@@ -40,8 +39,8 @@ class TMerge {
   private:
     TMachineId Resolve(std::string_view key) const {
         const TMachineId id = MakeDigest(key);
-        const auto alias = std::ranges::find(aliases_, id, &TAlias::from);
-        return alias == aliases_.end() ? id : alias->to;
+        const auto aliases = store_.FindAliases(std::vector{id});
+        return aliases.empty() ? id : aliases.front().to;
     }
 
     void Move(const TMachine& from, TMachine to) {
@@ -53,12 +52,20 @@ class TMerge {
         to.last = std::max(to.last, from.last);
         batch_.machines.push_back(to);
         batch_.removedMachines.push_back(from.id);
-        batch_.aliases.push_back({from.id, from.key, to.id});
-        for (TAlias alias : aliases_) {
-            if (alias.to == from.id) {
-                alias.to = to.id;
-                batch_.aliases.push_back(alias);
-            }
+        MoveNames(from, to);
+    }
+
+    void MoveNames(const TMachine& from, const TMachine& to) {
+        std::map<TDigest, TAlias> aliases;
+        for (TAlias alias : store_.ReadAliasesOf(from.id)) {
+            alias.to = to.id;
+            aliases[alias.from] = std::move(alias);
+        }
+        for (const TDigest& name : {from.id, MakeDigest(from.key)}) {
+            aliases[name] = {name, from.key, to.id};
+        }
+        for (auto& [name, alias] : aliases) {
+            batch_.aliases.push_back(std::move(alias));
         }
     }
 
@@ -98,12 +105,14 @@ class TMerge {
         for (const auto& [scope, head] : newest) {
             batch_.heads.push_back(head);
         }
-        to.facts = MergeFacts(batch_.heads);
+        TMachineFacts facts = MergeFacts(batch_.heads);
+        FillFacts(to.facts, facts);
+        FillFacts(from.facts, facts);
+        to.facts = std::move(facts);
         to.usesSnapshot = UsesSnapshot(batch_.heads);
     }
 
     IFleetStore& store_;
-    std::vector<TAlias> aliases_;
     TBatch batch_;
 };
 

@@ -7,6 +7,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace NFLEET {
 
@@ -40,6 +41,27 @@ std::span<const TMachineRule> GetMachineRules();
 
 /// Returns the key of a machine; that of an empty path if nothing is known.
 TMachineKey MakeMachineKey(const TMachineTraits& traits);
+
+/// A text under which an inventory finds its machine: a key, or what an inventory of the same machine with
+/// fewer properties has instead of one.
+struct TMachineName {
+    EMachineRule rule = EMachineRule::path;
+    std::string text;
+
+    TDigest GetDigest() const { return MakeDigest(text); }
+    bool operator==(const TMachineName&) const = default;
+};
+
+/// Returns the names of an inventory's machine, the most certain one first. The key is among them.
+std::vector<TMachineName> ListMachineNames(const TMachineTraits& traits);
+
+/// True if an inventory that found `machine` under `name` belongs to it: nothing that both contain differs.
+/// A path, an address or a host name connects only an inventory that names its machine and one that does not,
+/// with the same vendor, model and host name.
+bool IsOfMachine(const TMachineTraits& traits, const TMachineName& name, const TMachine& machine);
+
+/// True if the key of an inventory is more certain than that of its machine, which it then replaces.
+bool IsBetterKey(const TMachineKey& key, const TMachine& machine);
 
 /// True for a system UUID that identifies a machine: 32 hexadecimal digits in groups of 8-4-4-4-12 that are
 /// not one that many boards share.

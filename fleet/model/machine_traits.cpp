@@ -99,24 +99,24 @@ void AddTraits(const TResource& resource, TMachineTraits& traits) {
 }
 
 void AddTraits(const TMachineTraits& other, TMachineTraits& traits) {
-    Fill(traits.facts.name, other.facts.name);
-    Fill(traits.facts.vendor, other.facts.vendor);
-    Fill(traits.facts.model, other.facts.model);
-    Fill(traits.facts.serial, other.facts.serial);
-    Fill(traits.facts.uuid, other.facts.uuid);
+    FillFacts(other.facts, traits.facts);
     Fill(traits.address, other.address);
     Fill(traits.system, other.system);
     Fill(traits.pathPart, other.pathPart);
 }
 
+void FillFacts(const TMachineFacts& other, TMachineFacts& facts) {
+    Fill(facts.name, other.name);
+    Fill(facts.vendor, other.vendor);
+    Fill(facts.model, other.model);
+    Fill(facts.serial, other.serial);
+    Fill(facts.uuid, other.uuid);
+}
+
 TMachineFacts MergeFacts(std::span<const THead> heads) {
     TMachineFacts facts;
     for (const THead& head : SortByTime(heads)) {
-        Fill(facts.name, head.facts.name);
-        Fill(facts.vendor, head.facts.vendor);
-        Fill(facts.model, head.facts.model);
-        Fill(facts.serial, head.facts.serial);
-        Fill(facts.uuid, head.facts.uuid);
+        FillFacts(head.facts, facts);
     }
     return facts;
 }

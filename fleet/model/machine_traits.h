@@ -20,6 +20,9 @@ void AddTraits(const NINVENTORY::TResource& resource, TMachineTraits& traits);
 /// Adds traits of another inventory of the same machine and moment. Those that are known already stay.
 void AddTraits(const TMachineTraits& other, TMachineTraits& traits);
 
+/// Adds facts of another inventory of the same machine. Those that are known already stay.
+void FillFacts(const TMachineFacts& other, TMachineFacts& facts);
+
 /// Returns a machine's facts: of each the one from the newest inventory that has it, of several at one time
 /// that of the snapshot. `heads` are those of one machine.
 TMachineFacts MergeFacts(std::span<const THead> heads);

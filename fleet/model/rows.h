@@ -52,7 +52,7 @@ enum class EMachineRule : std::uint8_t {
 /// Returns "uuid", "system information" or "path".
 std::string_view GetWord(EMachineRule rule);
 
-/// The digest of a machine's key.
+/// The digest of the key under which a machine was seen first.
 using TMachineId = TDigest;
 
 /// Facts about a machine that its inventories name; empty if unknown.
@@ -68,7 +68,7 @@ struct TMachineFacts {
 
 /// A machine. Facts are those of its newest inventories.
 struct TMachine {
-    TMachineId id;
+    TMachineId id;    ///< digest of its first key
     std::string key;  ///< such as "uuid:4C4C4544-... serial:ABC"
     EMachineRule rule = EMachineRule::path;
     TMachineFacts facts;
@@ -85,11 +85,12 @@ constexpr bool IsCurrentScope(bool usesSnapshot, EScope scope) {
     return usesSnapshot == (scope == EScope::snapshot);
 }
 
-/// Inventories of machine `from` are stored as inventories of machine `to`, which is not an alias itself.
+/// Inventories of machine `from` are stored as inventories of machine `to`, which is not an alias of another
+/// one.
 struct TAlias {
-    TMachineId from;
-    std::string fromKey;
-    TMachineId to;
+    TMachineId from;      ///< digest of a key or another name
+    std::string fromKey;  ///< of a machine that was merged; empty for a name that inventories contain
+    TMachineId to;        ///< `from` itself for a name of several machines, which finds none of them
 
     bool operator==(const TAlias&) const = default;
 };

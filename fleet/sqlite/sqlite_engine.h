@@ -27,7 +27,8 @@ class TSqliteEngine final : public IFleetStore {
     void BeginBatch() override;
     void Write(const TBatch& batch) override;
     void AbandonBatch() noexcept override;
-    std::vector<TAlias> ReadAliases() override;
+    std::vector<TAlias> FindAliases(std::span<const TDigest> names) override;
+    std::vector<TAlias> ReadAliasesOf(const TMachineId& machine) override;
     std::vector<TMachine> FindMachines(std::span<const TMachineId> ids) override;
     std::vector<THead> ReadHeads(std::span<const TMachineId> machines) override;
     std::vector<TInventory> FindInventories(std::span<const TInventoryKey> keys) override;

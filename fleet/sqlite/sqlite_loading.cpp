@@ -235,12 +235,24 @@ void TSqliteEngine::RemoveMachine(const TMachineId& machine) {
     }
 }
 
-std::vector<TAlias> TSqliteEngine::ReadAliases() {
-    (void)GetTables();
+std::vector<TAlias> TSqliteEngine::FindAliases(std::span<const TDigest> names) {
+    TStatement& row = GetTables().findAlias;
     std::vector<TAlias> aliases;
-    TStatement statement = connection_.Prepare("SELECT digest, key, target FROM alias ORDER BY digest");
-    while (statement.Step()) {
-        aliases.push_back({statement.GetDigest(0), statement.GetString(1), statement.GetDigest(2)});
+    for (const TDigest& name : names) {
+        if (row.Begin(name).Step()) {
+            aliases.push_back({name, row.GetString(0), row.GetDigest(1)});
+        }
+    }
+    row.Close();
+    std::ranges::sort(aliases, {}, &TAlias::from);
+    return aliases;
+}
+
+std::vector<TAlias> TSqliteEngine::ReadAliasesOf(const TMachineId& machine) {
+    TStatement& row = GetTables().readAliasesOf.Begin(machine);
+    std::vector<TAlias> aliases;
+    while (row.Step()) {
+        aliases.push_back({row.GetDigest(0), row.GetString(1), machine});
     }
     return aliases;
 }

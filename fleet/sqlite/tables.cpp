@@ -25,7 +25,8 @@ TTables::TTables(TConnection& connection)
       writeMachine(connection.Prepare(
           "INSERT INTO machine(digest, key, rule, name, vendor, model, serial, uuid, first, last, "
           "uses_snapshot)"
-          " VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?) ON CONFLICT(digest) DO UPDATE SET rule = excluded.rule,"
+          " VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?) ON CONFLICT(digest) DO UPDATE SET key = excluded.key, "
+          "rule = excluded.rule,"
           " name = excluded.name, vendor = excluded.vendor, model = excluded.model, serial = excluded.serial,"
           " uuid = excluded.uuid, first = excluded.first, last = excluded.last,"
           " uses_snapshot = excluded.uses_snapshot")),
@@ -41,6 +42,8 @@ TTables::TTables(TConnection& connection)
       removeInventory(
           connection.Prepare("DELETE FROM inventory WHERE machine = ? AND scope = ? AND time = ?")),
       removeHead(connection.Prepare("DELETE FROM head WHERE machine = ? AND scope = ?")),
+      findAlias(connection.Prepare("SELECT key, target FROM alias WHERE digest = ?")),
+      readAliasesOf(connection.Prepare("SELECT digest, key FROM alias WHERE target = ? ORDER BY digest")),
       readMachine(
           connection.Prepare("SELECT digest, key, rule, name, vendor, model, serial, uuid, first, last,"
                              " uses_snapshot FROM machine WHERE id = ?")),

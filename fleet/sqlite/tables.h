@@ -30,6 +30,8 @@ struct TTables {
     TStatement removeInventory;
     TStatement removeHead;
 
+    TStatement findAlias;
+    TStatement readAliasesOf;
     TStatement readMachine;
     TStatement readHeads;
     TStatement readInventories;

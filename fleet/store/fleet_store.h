@@ -124,8 +124,10 @@ class IFleetStore {
     /// Ends a batch without changes. Does nothing outside a batch.
     virtual void AbandonBatch() noexcept = 0;
 
-    /// Returns every alias.
-    virtual std::vector<TAlias> ReadAliases() = 0;
+    /// Returns those of the aliases that exist.
+    virtual std::vector<TAlias> FindAliases(std::span<const TDigest> names) = 0;
+    /// Returns the aliases of a machine.
+    virtual std::vector<TAlias> ReadAliasesOf(const TMachineId& machine) = 0;
     /// Returns those of the machines that exist.
     virtual std::vector<TMachine> FindMachines(std::span<const TMachineId> ids) = 0;
     /// Returns the heads of these machines in all scopes.

@@ -186,19 +186,13 @@ std::vector<std::string> AskEverything(IFleetStore& store) {
     const std::vector<TMachineScope> places{{ids[1], EScope::hardware}};
     const std::vector<TInventoryKey> keys{{places[0], 10}};
     const std::vector<std::function<void()>> questions{
-        [&] { (void)store.ReadMachines(); },
-        [&] { (void)store.ReadAliases(); },
-        [&] { (void)store.FindMachines(ids); },
-        [&] { (void)store.ReadHeads(ids); },
-        [&] { (void)store.FindInventories(keys); },
-        [&] { (void)store.ReadStates(places); },
-        [&] { (void)store.FindKnownVersions(ids); },
-        [&] { (void)store.ReadInventories({}); },
-        [&] { (void)store.ReadPresences(places[0], 10); },
-        [&] { (void)store.ReadChanges({}); },
-        [&] { (void)store.FindIdentity("S7"); },
-        [&] { (void)store.CountVersions({}); },
-        [&] { (void)store.FindPresences(ids, std::nullopt); },
+        [&] { (void)store.ReadMachines(); },        [&] { (void)store.FindAliases(ids); },
+        [&] { (void)store.ReadAliasesOf(ids[1]); }, [&] { (void)store.FindMachines(ids); },
+        [&] { (void)store.ReadHeads(ids); },        [&] { (void)store.FindInventories(keys); },
+        [&] { (void)store.ReadStates(places); },    [&] { (void)store.FindKnownVersions(ids); },
+        [&] { (void)store.ReadInventories({}); },   [&] { (void)store.ReadPresences(places[0], 10); },
+        [&] { (void)store.ReadChanges({}); },       [&] { (void)store.FindIdentity("S7"); },
+        [&] { (void)store.CountVersions({}); },     [&] { (void)store.FindPresences(ids, std::nullopt); },
         [&] { (void)store.ReadVersions(ids); },
     };
     std::vector<std::string> failures;

@@ -105,7 +105,8 @@ TEST_P(FleetStore, MigratesTwice) {
 
 TEST_P(FleetStore, AnswersEveryQuestionBeforeTheFirstInventory) {
     EXPECT_THAT(store_->ReadMachines(), IsEmpty());
-    EXPECT_THAT(store_->ReadAliases(), IsEmpty());
+    EXPECT_THAT(store_->FindAliases(std::vector{web}), IsEmpty());
+    EXPECT_THAT(store_->ReadAliasesOf(web), IsEmpty());
     EXPECT_THAT(store_->ReadInventories({}), IsEmpty());
     EXPECT_THAT(store_->ReadPresences(webHardware, now), IsEmpty());
     EXPECT_THAT(store_->ReadChanges({}), IsEmpty());
@@ -133,6 +134,7 @@ TEST_P(FleetStore, ReplacesMachinesAndHeads) {
     TBatch change;
     change.machines = {MakeMachine(web, "web", true)};
     change.machines[0].facts.name = "web-2";
+    change.machines[0].key = "uuid:web serial:W2";
     change.heads = {MakeHead(webHardware, tuesday + 1)};
     Write(change);
 
@@ -333,7 +335,11 @@ TEST_P(FleetStore, ReturnsAliases) {
     again.aliases = {{MakeDigest("old"), "uuid:old", db}};
     Write(again);
 
-    EXPECT_THAT(store_->ReadAliases(), ElementsAre(TAlias{MakeDigest("old"), "uuid:old", db}));
+    const TAlias expected{MakeDigest("old"), "uuid:old", db};
+    EXPECT_THAT(store_->FindAliases(std::vector{MakeDigest("other"), MakeDigest("old")}),
+                ElementsAre(expected));
+    EXPECT_THAT(store_->ReadAliasesOf(db), ElementsAre(expected));
+    EXPECT_THAT(store_->ReadAliasesOf(web), IsEmpty());
 }
 
 TEST_P(FleetStore, RemovesAMachineWithItsRows) {

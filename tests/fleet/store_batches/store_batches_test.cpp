@@ -273,7 +273,7 @@ TEST_P(TStoreBatches, ChangesNothingWhenABatchIsWrittenAgain) {
         EXPECT_EQ(ReadState(Place(1)), batch.presences);
         EXPECT_EQ(store_->FindIdentity("S1"), batch.presences);
         EXPECT_EQ(store_->ReadMachines(), batch.machines);
-        EXPECT_EQ(store_->ReadAliases(), batch.aliases);
+        EXPECT_EQ(store_->FindAliases(std::vector{batch.aliases[0].from}), batch.aliases);
         EXPECT_EQ(store_->ReadHeads(std::vector{Id(1)}), batch.heads);
         EXPECT_EQ(store_->ReadInventories({}), batch.inventories);
         EXPECT_EQ(store_->ReadVersions(std::vector{Id(1)}), batch.versions);
@@ -378,7 +378,7 @@ TEST_P(TStoreBatches, KeepsHostileTexts) {
     batch.heads = {{Place(1), 100, Id(5), Id(6), machine.facts}};
     Write(batch);
     EXPECT_EQ(store_->ReadMachines(), batch.machines);
-    EXPECT_EQ(store_->ReadAliases(), batch.aliases);
+    EXPECT_EQ(store_->FindAliases(std::vector{batch.aliases[0].from}), batch.aliases);
     EXPECT_EQ(store_->ReadHeads(std::vector{Id(1)}), batch.heads);
     EXPECT_EQ(store_->ReadInventories({}), batch.inventories);
     EXPECT_EQ(store_->ReadVersions(std::vector{Id(1)}), batch.versions);
