@@ -1,6 +1,7 @@
 // Compares loading the inventories of a fleet with decompressing and parsing the same documents with libxml2,
 // whose events go to functions that do nothing, on as many threads: the first inventory of each machine, then
-// two more. NOXINFO_BENCH_MACHINES is the number of machines.
+// two more. NOXINFO_BENCH_MACHINES is the number of machines. The documents are made in the folder
+// NOXINFO_BENCH_DOCUMENTS, or taken from it if it exists; without it, they are removed at the end.
 #include "bench/inventory_workload.h"
 #include "bench/made_fleet.h"
 #include "fleet/load/load.h"
@@ -49,44 +50,68 @@ void WriteCompressed(const fs::path& path, const std::string& text) {
     }
 }
 
-// The documents of all days on disk, removed at the end.
-class TFleetOnDisk {
+TMadeFleet MakeFleet() {
+    std::ostringstream out;
+    TNOXXMLWriterImpl(out).WriteNamespace(MakeInventory(UnitsForDocument(documentBytes)));
+    return TMadeFleet(std::move(out).str());
+}
+
+// A folder for databases, and for documents that are not kept; removed at the end.
+class TScratchFolder {
   public:
-    TFleetOnDisk() {
+    TScratchFolder() {
         std::string path = (fs::temp_directory_path() / "noxinfo-bench-XXXXXX").string();
         if (::mkdtemp(path.data()) == nullptr) {
             std::abort();
         }
-        root_ = path;
-        std::ostringstream out;
-        TNOXXMLWriterImpl(out).WriteNamespace(MakeInventory(UnitsForDocument(documentBytes)));
-        const TMadeFleet fleet(std::move(out).str());
+        path_ = path;
+    }
+    ~TScratchFolder() {
+        std::error_code error;
+        fs::remove_all(path_, error);
+    }
+    TScratchFolder(const TScratchFolder&) = delete;
+    TScratchFolder& operator=(const TScratchFolder&) = delete;
+
+    const fs::path& GetPath() const { return path_; }
+
+  private:
+    fs::path path_;
+};
+
+// The documents of all days on disk.
+class TFleetOnDisk {
+  public:
+    TFleetOnDisk() {
+        const char* const kept = std::getenv("NOXINFO_BENCH_DOCUMENTS");
+        root_ = kept == nullptr ? scratch_.GetPath() : fs::path(kept);
+        const TMadeFleet fleet = MakeFleet();
         for (unsigned day = 0; day < days; ++day) {
             for (unsigned machine = 0; machine < GetMachines(); ++machine) {
                 const std::string text = fleet.MakeDocument(machine, day);
                 const fs::path file =
                     root_ / std::to_string(day) / std::to_string(machine) / "hardwareinventory.xml.gz";
-                WriteCompressed(file, text);
+                if (!fs::exists(file)) {
+                    WriteCompressed(file, text);
+                }
                 files_[day].push_back(file.string());
                 bytes_ += text.size();
                 compressedBytes_ += fs::file_size(file);
             }
         }
     }
-    ~TFleetOnDisk() {
-        std::error_code error;
-        fs::remove_all(root_, error);
-    }
+    ~TFleetOnDisk() = default;
     TFleetOnDisk(const TFleetOnDisk&) = delete;
     TFleetOnDisk& operator=(const TFleetOnDisk&) = delete;
 
     std::string GetFolder(unsigned day) const { return (root_ / std::to_string(day)).string(); }
-    std::string GetDatabase() const { return (root_ / "fleet.db").string(); }
+    std::string GetDatabase() const { return (scratch_.GetPath() / "fleet.db").string(); }
     const std::vector<std::string>& GetFiles(unsigned day) const { return files_[day]; }
     double GetCompressedBytes() const { return static_cast<double>(compressedBytes_); }
     double GetBytes() const { return static_cast<double>(bytes_); }
 
   private:
+    const TScratchFolder scratch_;
     fs::path root_;
     std::vector<std::string> files_[days];
     std::uintmax_t bytes_ = 0;

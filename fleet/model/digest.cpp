@@ -5,8 +5,33 @@
 #include <openssl/sha.h>
 
 #include <algorithm>
+#include <cstring>
+#include <random>
 
 namespace NFLEET {
+namespace {
+
+std::uint64_t MakeKey() {
+    std::random_device device;
+    return (std::uint64_t{device()} << 32) | device();
+}
+
+// Spreads every bit over all others: the finalizer of MurmurHash3.
+std::uint64_t Mix(std::uint64_t bits) {
+    bits = (bits ^ (bits >> 33)) * 0xFF51AFD7ED558CCDU;
+    bits = (bits ^ (bits >> 33)) * 0xC4CEB9FE1A85EC53U;
+    return bits ^ (bits >> 33);
+}
+
+}  // namespace
+
+std::size_t TDigestHash::operator()(const TDigest& digest) const {
+    static const std::array<std::uint64_t, 2> keys = {MakeKey(), MakeKey()};
+    std::array<std::uint64_t, 2> halves{};
+    static_assert(sizeof(halves) == TDigest::size);
+    std::memcpy(halves.data(), digest.bytes.data(), TDigest::size);
+    return Mix(Mix(halves[0] ^ keys[0]) ^ halves[1] ^ keys[1]);
+}
 
 TDigest MakeDigest(std::string_view bytes) {
     std::array<unsigned char, SHA256_DIGEST_LENGTH> whole{};
