@@ -9,7 +9,8 @@ namespace {
 
 // Words, resources, versions, layouts and machines have small numbers, which stand for them in the large
 // tables. `presence` is ordered by machine and type, so that the present state of one type is a few pages for
-// each machine.
+// each machine. The rows of `part` have no order in time, so a batch would change every page of a large
+// table: they wait in `recent_part`, whose pages are few.
 constexpr std::string_view migrations[] = {
     R"sql(
 CREATE TABLE word(
@@ -100,6 +101,13 @@ CREATE INDEX presence_since ON presence(since) WHERE since > 0;
 CREATE INDEX presence_until ON presence(until) WHERE until IS NOT NULL;
 
 CREATE TABLE part(
+  search INTEGER NOT NULL,
+  machine INTEGER NOT NULL,
+  scope INTEGER NOT NULL,
+  type INTEGER NOT NULL,
+  resource INTEGER NOT NULL,
+  PRIMARY KEY(search, machine, scope, type, resource)) WITHOUT ROWID;
+CREATE TABLE recent_part(
   search INTEGER NOT NULL,
   machine INTEGER NOT NULL,
   scope INTEGER NOT NULL,

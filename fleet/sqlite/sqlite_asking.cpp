@@ -195,11 +195,13 @@ std::vector<TPresence> TSqliteEngine::ReadChanges(const TChangeQuery& query) {
 std::vector<TPresence> TSqliteEngine::FindIdentity(std::string_view value) {
     (void)GetTables();
     TStatement row = connection_.Prepare(
-        "SELECT p.type, r.digest, p.since, p.until, v.digest, p.identity, m.digest, p.scope FROM part AS s"
+        "SELECT p.type, r.digest, p.since, p.until, v.digest, p.identity, m.digest, p.scope FROM"
+        " (SELECT machine, scope, type, resource FROM part WHERE search = ?1"
+        " UNION SELECT machine, scope, type, resource FROM recent_part WHERE search = ?1) AS s"
         " CROSS JOIN presence AS p ON p.machine = s.machine AND p.scope = s.scope AND p.type = s.type"
         " AND p.resource = s.resource"
         " CROSS JOIN machine AS m ON m.id = p.machine CROSS JOIN resource AS r ON r.id = p.resource"
-        " CROSS JOIN version AS v ON v.id = p.version WHERE s.search = ?");
+        " CROSS JOIN version AS v ON v.id = p.version");
     row.Begin(MakeSearchNumber(value));
     std::vector<TPresence> rows = ReadSelected(row);
     std::erase_if(rows, [&](const TPresence& presence) { return !Contains(presence.identity, value); });

@@ -15,7 +15,8 @@ TSqliteEngine::TSqliteEngine(const std::string& path, std::int64_t maxPages)
     : connection_(path, TConnection::EAccess::readWrite) {
     (void)ReadSchemaVersion(connection_);
     connection_.Execute(
-        "PRAGMA synchronous = NORMAL; PRAGMA cache_size = -65536; PRAGMA temp_store = MEMORY");
+        "PRAGMA synchronous = NORMAL; PRAGMA cache_size = -65536; PRAGMA temp_store = MEMORY;"
+        " PRAGMA wal_autocheckpoint = 8192");
     if (maxPages != unlimitedPages) {
         connection_.Execute("PRAGMA max_page_count = " + std::to_string(maxPages));
     }

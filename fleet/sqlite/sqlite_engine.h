@@ -58,6 +58,17 @@ class TSqliteEngine final : public IFleetStore {
         bool usesSnapshot;
     };
 
+    /// A row of the table in which identities are found.
+    struct TPartRow {
+        std::int64_t search = 0;
+        std::int64_t machine = 0;
+        std::int64_t scope = 0;
+        std::int64_t type = 0;
+        std::int64_t resource = 0;
+
+        auto operator<=>(const TPartRow&) const = default;
+    };
+
     /// The statements; prepared when first used. Errors: throws TStoreError for tables of another version.
     TTables& GetTables();
 
@@ -68,9 +79,11 @@ class TSqliteEngine final : public IFleetStore {
     std::int64_t RequireVersion(const TDigest& version);
     void WriteVersion(const TVersion& version);
     void WriteProperty(std::int64_t version, std::int64_t position, const TVersionProperty& stored);
-    void WritePresence(const TPresence& presence);
-    void WriteParts(const TPresence& presence, std::int64_t machine, std::int64_t type,
-                    std::int64_t resource);
+    TPartRow WritePresence(const TPresence& presence);
+    void WritePresences(const std::vector<TPresence>& presences);
+    void InsertResources(const std::vector<TPresence>& presences);
+    void WriteParts(std::vector<TPartRow> parts);
+    void MoveRecentParts();
     void WriteMachine(const TMachine& machine);
     void WriteHead(const THead& head);
     void WriteInventory(const TInventory& inventory);
@@ -90,6 +103,7 @@ class TSqliteEngine final : public IFleetStore {
     TConnection connection_;
     std::unique_ptr<TTables> tables_;
     std::int64_t dataVersion_ = 0;
+    std::int64_t recentParts_ = -1;  ///< largest possible number of rows; negative if it must be counted
 };
 
 }  // namespace NFLEET

@@ -15,6 +15,9 @@ namespace {
 // Distinguishes identifying properties among the numbers of EShape.
 constexpr std::int64_t identifyingBit = 4;
 
+// Some ten megabytes of rows, which one batch may change all over.
+constexpr std::int64_t maxRecentParts = 400000;
+
 std::optional<TSeconds> ToColumn(TSeconds until) {
     return until == open ? std::nullopt : std::optional(until);
 }
@@ -33,6 +36,7 @@ void TSqliteEngine::BeginBatch() {
     const std::int64_t dataVersion = connection_.GetInteger("PRAGMA data_version");
     if (dataVersion != dataVersion_) {
         tables.Forget();
+        recentParts_ = -1;
         dataVersion_ = dataVersion;
     }
 }
@@ -51,6 +55,7 @@ void TSqliteEngine::AbandonBatch() noexcept {
     if (tables_ != nullptr) {
         tables_->Forget();
     }
+    recentParts_ = -1;
     if (connection_.IsInTransaction()) {
         // A failure leaves the transaction to the next one that opens the database, which undoes it.
         (void)sqlite3_exec(connection_.Get(), "ROLLBACK", nullptr, nullptr, nullptr);
@@ -62,7 +67,7 @@ void TSqliteEngine::Apply(const TBatch& batch) {
     TTables& tables = GetTables();
     std::ranges::for_each(batch.machines, [&](const TMachine& machine) { WriteMachine(machine); });
     std::ranges::for_each(batch.versions, [&](const TVersion& version) { WriteVersion(version); });
-    std::ranges::for_each(batch.presences, [&](const TPresence& presence) { WritePresence(presence); });
+    WritePresences(batch.presences);
     std::ranges::for_each(batch.removedPresences, [&](const TPresenceKey& key) { RemovePresence(key); });
     for (const TInventoryKey& key : batch.removedInventories) {
         if (const auto machine = tables.machines.Find(key.place.machine)) {
@@ -166,28 +171,65 @@ void TSqliteEngine::WriteProperty(std::int64_t version, std::int64_t position,
     }
 }
 
-void TSqliteEngine::WritePresence(const TPresence& presence) {
-    TTables& tables = GetTables();
-    const std::int64_t machine = RequireMachine(presence.place.machine);
-    const std::int64_t type = tables.words.Get(presence.type);
-    const std::int64_t resource = InsertResource(presence.resource);
-    const auto identity =
-        presence.identity.empty() ? std::nullopt : std::optional(FormatValues(presence.identity));
-    tables.writePresence.Run(machine, static_cast<std::int64_t>(presence.place.scope), type, resource,
-                             presence.since, ToColumn(presence.until), RequireVersion(presence.version),
-                             identity);
-    WriteParts(presence, machine, type, resource);
-}
-
-void TSqliteEngine::WriteParts(const TPresence& presence, std::int64_t machine, std::int64_t type,
-                               std::int64_t resource) {
-    TTables& tables = GetTables();
-    for (const auto& values : presence.identity) {
-        for (const std::string& value : values) {
-            tables.insertPart.Run(MakeSearchNumber(value), machine,
-                                  static_cast<std::int64_t>(presence.place.scope), type, resource);
+// Rows go into tables and indexes in the order of their keys: each page is then changed once for a batch,
+// however large the table is.
+void TSqliteEngine::WritePresences(const std::vector<TPresence>& presences) {
+    InsertResources(presences);
+    std::vector<TPartRow> parts;
+    for (const TPresence& presence : presences) {
+        TPartRow part = WritePresence(presence);
+        for (const auto& values : presence.identity) {
+            for (const std::string& value : values) {
+                part.search = MakeSearchNumber(value);
+                parts.push_back(part);
+            }
         }
     }
+    WriteParts(std::move(parts));
+}
+
+void TSqliteEngine::InsertResources(const std::vector<TPresence>& presences) {
+    std::vector<TDigest> digests;
+    std::ranges::transform(presences, std::back_inserter(digests), &TPresence::resource);
+    std::ranges::sort(digests);
+    digests.erase(std::unique(digests.begin(), digests.end()), digests.end());
+    std::ranges::for_each(digests, [&](const TDigest& digest) { InsertResource(digest); });
+}
+
+// Returns the row by which an identifying value is found; its search number is still to be set.
+TSqliteEngine::TPartRow TSqliteEngine::WritePresence(const TPresence& presence) {
+    TTables& tables = GetTables();
+    const TPartRow row{.search = 0,
+                       .machine = RequireMachine(presence.place.machine),
+                       .scope = static_cast<std::int64_t>(presence.place.scope),
+                       .type = tables.words.Get(presence.type),
+                       .resource = InsertResource(presence.resource)};
+    const auto identity =
+        presence.identity.empty() ? std::nullopt : std::optional(FormatValues(presence.identity));
+    tables.writePresence.Run(row.machine, row.scope, row.type, row.resource, presence.since,
+                             ToColumn(presence.until), RequireVersion(presence.version), identity);
+    return row;
+}
+
+void TSqliteEngine::WriteParts(std::vector<TPartRow> parts) {
+    std::ranges::sort(parts);
+    parts.erase(std::unique(parts.begin(), parts.end()), parts.end());
+    for (const TPartRow& part : parts) {
+        GetTables().insertPart.Run(part.search, part.machine, part.scope, part.type, part.resource);
+    }
+    if (recentParts_ < 0) {
+        recentParts_ = connection_.GetInteger("SELECT count(*) FROM recent_part");
+    } else {
+        recentParts_ += static_cast<std::int64_t>(parts.size());
+    }
+    if (recentParts_ > maxRecentParts) {
+        MoveRecentParts();
+    }
+}
+
+void TSqliteEngine::MoveRecentParts() {
+    connection_.Execute("INSERT OR IGNORE INTO part SELECT * FROM recent_part; DELETE FROM recent_part");
+    recentParts_ = 0;
 }
 
 void TSqliteEngine::WriteMachine(const TMachine& machine) {
@@ -227,7 +269,7 @@ void TSqliteEngine::RemoveMachine(const TMachineId& machine) {
     TTables& tables = GetTables();
     if (const auto id = tables.machines.Find(machine)) {
         const std::string ofMachine = " WHERE machine = " + std::to_string(*id);
-        for (const std::string_view table : {"presence", "inventory", "head", "part"}) {
+        for (const std::string_view table : {"presence", "inventory", "head", "part", "recent_part"}) {
             connection_.Execute("DELETE FROM " + std::string(table) + ofMachine);
         }
         connection_.Execute("DELETE FROM machine WHERE id = " + std::to_string(*id));
@@ -330,6 +372,7 @@ std::optional<std::uint64_t> TSqliteEngine::RemoveUnusedVersions() {
     (void)GetTables();
     BeginBatch();
     try {
+        MoveRecentParts();
         connection_.Execute(
             "CREATE TEMP TABLE used(version INTEGER PRIMARY KEY);"
             "INSERT INTO used SELECT DISTINCT version FROM presence");

@@ -21,7 +21,7 @@ TTables::TTables(TConnection& connection)
       removePresence(connection.Prepare("DELETE FROM presence WHERE machine = ? AND scope = ? AND type = ?"
                                         " AND resource = ? AND since = ?")),
       insertPart(connection.Prepare(
-          "INSERT OR IGNORE INTO part(search, machine, scope, type, resource) VALUES(?, ?, ?, ?, ?)")),
+          "INSERT OR IGNORE INTO recent_part(search, machine, scope, type, resource) VALUES(?, ?, ?, ?, ?)")),
       writeMachine(connection.Prepare(
           "INSERT INTO machine(digest, key, rule, name, vendor, model, serial, uuid, first, last, "
           "uses_snapshot)"

@@ -200,6 +200,33 @@ TEST(SqliteStore, RemovesVersionsWithoutPresence) {
     EXPECT_EQ(store->FindKnownVersions(std::vector{MakeDigest("unused")}).size(), 1U);
 }
 
+TEST(SqliteStore, FindsIdentitiesWhenThereAreMany) {
+    const auto store = OpenSqliteStore(GetFolder().GetPath("identities.db"));
+    store->Migrate();
+    for (const std::string name : {"a", "b"}) {
+        TBatch batch = MakeBatch(name);
+        batch.versions = {{MakeDigest("version"), "DiskDrive", "", std::nullopt, {}}};
+        std::vector<std::string> values;
+        for (int value = 0; value < 250000; ++value) {
+            values.push_back(name + std::to_string(value));
+        }
+        batch.presences = {{{MakeDigest(name), EScope::hardware},
+                            "DiskDrive",
+                            MakeDigest("disk"),
+                            always,
+                            open,
+                            MakeDigest("version"),
+                            {values, {"both"}}}};
+        store->BeginBatch();
+        store->Write(batch);
+
+        EXPECT_EQ(store->FindIdentity(name + "249999").size(), 1U);
+    }
+    EXPECT_EQ(store->FindIdentity("a0").size(), 1U);
+    EXPECT_EQ(store->FindIdentity("both").size(), 2U);
+    EXPECT_EQ(store->FindIdentity("c0").size(), 0U);
+}
+
 class TNoRows final : public ISqlRows {
   public:
     void BeginRows(const std::vector<std::string>& /*columns*/) override {}
