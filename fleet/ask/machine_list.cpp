@@ -60,6 +60,11 @@ bool MeetsResource(const NINVENTORY::TResource& resource, std::string_view prope
            std::ranges::any_of(found->values, [&](const auto& value) { return Meets(value, condition); });
 }
 
+bool HasProperty(const TVersion& version, std::string_view property) {
+    return std::ranges::any_of(
+        version.properties, [&](const TVersionProperty& stored) { return stored.property.name == property; });
+}
+
 // True if the property is one of those whose values differ from presence to presence.
 bool IsIdentifying(const TVersion& version, std::string_view property) {
     return std::ranges::any_of(version.properties, [&](const TVersionProperty& stored) {
@@ -67,14 +72,21 @@ bool IsIdentifying(const TVersion& version, std::string_view property) {
     });
 }
 
+struct TFoundMachines {
+    TMachineIds ids;
+    bool hasProperty = false;  // of any resource of any machine
+};
+
 // Finds the machines of which a present resource meets a condition on TYPE.PROPERTY.
-TMachineIds FindByResource(IFleetStore& store, const TCondition& condition) {
+TFoundMachines FindByResource(IFleetStore& store, const TCondition& condition) {
+    TFoundMachines found;
     const auto [type, property] = NVORHOST::SplitAt(condition.property, '.');
     const auto counts = store.CountVersions({.model = std::nullopt, .types = {std::string(type)}});
     const TVersionIndex versions(store, counts);
     std::vector<TDigest> wanted;
     for (const TVersionCount& count : counts) {
         const TVersion* const version = versions.Find(count.version);
+        found.hasProperty = found.hasProperty || (version != nullptr && HasProperty(*version, property));
         if (version != nullptr && (IsIdentifying(*version, property) ||
                                    MeetsResource(AssembleResource({}, *version), property, condition))) {
             wanted.push_back(count.version);
@@ -82,19 +94,27 @@ TMachineIds FindByResource(IFleetStore& store, const TCondition& condition) {
     }
     std::ranges::sort(wanted);
     wanted.erase(std::unique(wanted.begin(), wanted.end()), wanted.end());
-    TMachineIds ids;
     for (const TPresence& row : store.FindPresences(wanted, std::nullopt)) {
         if (MeetsResource(versions.Assemble(row), property, condition)) {
-            ids.insert(row.place.machine);
+            found.ids.insert(row.place.machine);
         }
     }
-    return ids;
+    return found;
 }
 
-void KeepMachines(IFleetStore& store, const TCondition& condition, std::vector<TMachine>& machines) {
+// Without this reason, a misspelt property looks like one whose value is wrong.
+std::string DescribeUnknownProperty(const std::string& property) {
+    return "no machines: no part has the property " + NVORHOST::ToShownText(property);
+}
+
+void KeepMachines(IFleetStore& store, const TCondition& condition, std::vector<TMachine>& machines,
+                  std::string& emptyText) {
     if (condition.property.find('.') != std::string::npos) {
-        const TMachineIds ids = FindByResource(store, condition);
-        std::erase_if(machines, [&](const TMachine& machine) { return !ids.contains(machine.id); });
+        const TFoundMachines found = FindByResource(store, condition);
+        if (!machines.empty() && !found.hasProperty) {
+            emptyText = DescribeUnknownProperty(condition.property);
+        }
+        std::erase_if(machines, [&](const TMachine& machine) { return !found.ids.contains(machine.id); });
         return;
     }
     const auto* const row = std::ranges::find(factRows, condition.property, &TFactRow::name);
@@ -149,13 +169,14 @@ TMachine FindMachine(IFleetStore& store, std::string_view text) {
 
 TAnswer ListMachines(IFleetStore& store, std::span<const TCondition> conditions) {
     std::vector<TMachine> machines = store.ReadMachines();
+    std::string emptyText = "no machines";
     for (const TCondition& condition : conditions) {
-        KeepMachines(store, condition, machines);
+        KeepMachines(store, condition, machines, emptyText);
     }
     std::ranges::sort(machines, {},
                       [](const TMachine& machine) { return std::pair(NameMachine(machine), machine.key); });
     TAnswer answer = MakeTable("machines", machines);
-    answer.emptyText = "no machines";
+    answer.emptyText = std::move(emptyText);
     return answer;
 }
 

@@ -79,6 +79,20 @@ TEST(ListMachines, SortsByNameAndKeepsThoseThatMeetEveryCondition) {
               "'color' is not TYPE.PROPERTY, nor one of name, vendor, model, serial, uuid, key");
 }
 
+TEST(ListMachines, NamesAPropertyThatNoPartHas) {
+    TMadeFleet fleet;
+    const auto getEmptyText = [&](const std::string& text) {
+        const NINVENTORY::TCondition conditions[] = {NINVENTORY::ParseCondition(text)};
+        return ListMachines(fleet.GetStore(), conditions).emptyText;
+    };
+    EXPECT_EQ(getEmptyText("DiskDrive.Model=SM600"), "no machines");
+    fleet.Add("db-1", "BladeStar", monday, {MakeDisk("Z1")});
+    EXPECT_EQ(getEmptyText("DiskDrive.Model=SM600"), "no machines: no part has the property DiskDrive.Model");
+    EXPECT_EQ(getEmptyText("Disk.DeviceID=Z1"), "no machines: no part has the property Disk.DeviceID");
+    EXPECT_EQ(getEmptyText("DiskDrive.DeviceID=Z2"), "no machines");
+    EXPECT_EQ(getEmptyText("name=Z2"), "no machines");
+}
+
 TEST(FindMachine, AcceptsNameSerialNumberKeyAndDigits) {
     TMadeFleet fleet;
     fleet.Add("web-1", "RackStar", monday, {});
