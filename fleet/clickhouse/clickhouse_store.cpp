@@ -1,15 +1,19 @@
 #include "fleet/clickhouse/clickhouse_store.h"
 
 #include "fleet/clickhouse/client.h"
+#include "fleet/clickhouse/presence_row.h"
 #include "fleet/clickhouse/row_formats.h"
 #include "fleet/clickhouse/schema.h"
 #include "fleet/clickhouse/sql_rows.h"
 #include "text/shown_text.h"
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <set>
 #include <tuple>
+#include <unordered_map>
+#include <unordered_set>
 #include <utility>
 
 namespace NFLEET {
@@ -20,7 +24,6 @@ const std::string openText = std::to_string(open);
 // The steps of a batch in their order. A later step counts if both write one row.
 enum class EStep : TChangeNumber {
     presences,
-    removedPresences,
     removedInventories,
     removedHeads,
     removedMachines,
@@ -29,8 +32,12 @@ enum class EStep : TChangeNumber {
     heads,
     inventories,
     versions,
+    layouts,
+    compositions,
 };
 constexpr TChangeNumber stepsOfAClaim = 16;
+
+constexpr std::size_t compositionsAtOnce = 10'000;  // in memory
 
 // Inserts return when all servers of a cluster have the rows.
 const TStatementSettings insertSettings{{"insert_distributed_sync", "1"}};
@@ -68,21 +75,86 @@ std::string IsMachine(const TMachineId& machine) {
     return " AND machine = " + QuoteDigest(machine);
 }
 
-// The rows of the present state: of each machine that "machine_rows" has, those in the scopes that count.
-std::string JoinPresentState(std::string_view columns, const std::string& condition,
-                             const std::optional<std::string>& model) {
-    const std::string ofModel = model ? " AND model = " + QuoteText(*model) : "";
-    return "SELECT " + std::string(columns) +
-           " FROM presence_rows FINAL GLOBAL ALL INNER JOIN (SELECT id AS machine, model, uses_snapshot FROM "
-           "machine_rows FINAL WHERE removed = 0" +
-           ofModel + ") USING machine WHERE removed = 0 AND until = " + openText +
-           " AND uses_snapshot = (scope = " + std::to_string(static_cast<int>(EScope::snapshot)) + ")" +
-           condition;
+std::string IsPlace(const TMachineScope& place) {
+    return IsMachine(place.machine) + " AND scope = " + std::to_string(static_cast<int>(place.scope));
 }
 
-std::uint64_t HashOfValue(std::string_view value) {
-    return TDigestHash()(MakeDigest(value));
+// The machines of a model, or all, with the scopes that count.
+std::string SelectMachines(std::string_view columns, const std::optional<std::string>& model) {
+    return "SELECT " + std::string(columns) + " FROM machine_rows FINAL WHERE removed = 0" +
+           (model ? " AND model = " + QuoteText(*model) : "");
 }
+
+// The rows of presences in the scopes that count for the present state of a machine.
+std::string SelectPresentRows(const std::string& columns, const std::optional<std::string>& model) {
+    return "SELECT " + columns + " FROM presence_rows FINAL WHERE removed = 0 AND (machine, scope = " +
+           std::to_string(static_cast<int>(EScope::snapshot)) + ") GLOBAL IN (" +
+           SelectMachines("id, uses_snapshot", model) + ")";
+}
+
+bool Contains(const TIdentity& identity, std::string_view value) {
+    return std::ranges::any_of(identity, [value](const std::vector<std::string>& values) {
+        return std::ranges::find(values, value) != values.end();
+    });
+}
+
+// Machines whose scopes that count have the same compositions.
+struct TAlikeMachines {
+    std::string model;
+    std::vector<TDigest> compositions;
+    std::uint64_t number = 0;
+};
+
+TAlikeMachines DecodeAlikeMachines(TRowBinaryReader& reader) {
+    TAlikeMachines row{std::string(reader.Text()), std::vector<TDigest>(reader.Count()), 0};
+    std::ranges::generate(row.compositions, [&reader] { return DecodeDigest(reader); });
+    row.number = reader.Number<std::uint64_t>();
+    return row;
+}
+
+// Adds up versions by model.
+class TVersionCounts {
+  public:
+    explicit TVersionCounts(const std::vector<std::string>& types) : types_(types.begin(), types.end()) {}
+
+    // The compositions that follow are those of so many machines.
+    void BeginMachines(const std::string& model, std::uint64_t number) {
+        versions_ = &models_[model];
+        number_ = number;
+        counted_.clear();
+    }
+    void Add(const TComposition& composition) {
+        for (const TComposition::TElement& element : composition.elements) {
+            if (types_.empty() || types_.contains(element.type)) {
+                TVersionCount& count = (*versions_)[element.version];
+                count.type = element.type;
+                count.resources += number_;
+                count.machines += counted_.insert(element.version).second ? number_ : 0;
+            }
+        }
+    }
+    std::vector<TVersionCount> Take() {
+        std::vector<TVersionCount> counts;
+        for (auto& [model, versions] : models_) {
+            for (auto& [version, count] : versions) {
+                counts.push_back({model, std::move(count.type), version, count.machines, count.resources});
+            }
+        }
+        std::ranges::sort(counts, {}, [](const TVersionCount& count) {
+            return std::tie(count.model, count.type, count.version);
+        });
+        return counts;
+    }
+
+  private:
+    using TVersions = std::unordered_map<TDigest, TVersionCount, TDigestHash>;
+
+    std::set<std::string> types_;
+    std::map<std::string, TVersions> models_;
+    TVersions* versions_ = nullptr;
+    std::uint64_t number_ = 0;
+    std::unordered_set<TDigest, TDigestHash> counted_;  // of these machines
+};
 
 class TClickHouseStore : public IFleetStore {
   public:
@@ -98,14 +170,14 @@ class TClickHouseStore : public IFleetStore {
 
     int GetSchemaVersion() override;
     void Migrate() override;
-    bool IsAtomic() const override { return false; }
-    void BeginBatch() override { claim_.Acquire(); }
+    void BeginBatch() override;
     void Write(const TBatch& batch) override;
     void AbandonBatch() noexcept override;
     std::vector<TAlias> FindAliases(std::span<const TDigest> names) override;
     std::vector<TAlias> ReadAliasesOf(const TMachineId& machine) override;
     std::vector<TMachine> FindMachines(std::span<const TMachineId> ids) override;
     std::vector<THead> ReadHeads(std::span<const TMachineId> machines) override;
+    std::vector<TMachineScope> FindUnfinished(std::span<const TMachineScope> places) override;
     std::vector<TInventory> FindInventories(std::span<const TInventoryKey> keys) override;
     std::vector<TScopeState> ReadStates(std::span<const TMachineScope> places) override;
     std::vector<TDigest> FindKnownVersions(std::span<const TDigest> versions) override;
@@ -124,7 +196,15 @@ class TClickHouseStore : public IFleetStore {
   private:
     void RequireNoOtherTables();
     void InsertBatch(const TBatch& batch);
-    void InsertIdentities(const std::vector<TPresence>& presences);
+    void ReadMarks(const std::vector<TMachineId>& machines);
+    TChangeNumber GetMark(const TMachineScope& place) const;
+    std::vector<THeadRow> ReadHeadRows(std::span<const TMachineId> machines);
+    std::vector<TPresence>& GetPresences(const TMachineScope& place);
+    void InsertPresences(const TBatch& batch);
+    void InsertHeads(const std::vector<THead>& heads);
+    void InsertInventories(const std::vector<TInventory>& inventories);
+    void RemoveUnused(const std::string& table, const std::string& used, EStep step);
+    std::vector<TInventory> ReadWithValues(const std::string& condition);
     void RemoveMachines(const std::vector<TMachineId>& machines);
     void Insert(const std::string& target, const TRowBinaryWriter& writer);
     TChangeNumber GetChange(EStep step) const {
@@ -133,6 +213,8 @@ class TClickHouseStore : public IFleetStore {
 
     template <typename TRow>
     void InsertRows(const std::vector<TRow>& rows, EStep step);
+    template <typename TRow>
+    void InsertMissing(std::vector<TRow> rows, EStep step);
     template <typename TRow, typename TKey>
     void InsertRemovals(const std::vector<TKey>& keys, EStep step);
     template <typename TRow>
@@ -153,17 +235,36 @@ class TClickHouseStore : public IFleetStore {
     template <typename TRow, typename TOrder>
     std::vector<TRow> Read(const std::string& query, TOrder order,
                            const std::optional<TTemporaryTable>& table = std::nullopt);
-    std::vector<TPresence> ReadPresenceRows(const std::string& query,
-                                            const std::optional<TTemporaryTable>& table = std::nullopt) {
-        return Read<TPresence>(query, &TPresence::GetKey, table);
-    }
+    // Returns the presences of rows that meet a condition, in the order of their keys.
+    std::vector<TPresence> ReadPresenceRows(const std::string& condition,
+                                            const std::optional<TTemporaryTable>& table = std::nullopt);
+    void ReadCompositions(std::vector<TDigest> digests);
+    const TComposition& GetComposition(const TDigest& digest) const;
+    [[noreturn]] void FailAtComposition() const;
+    void ForEachAlike(const std::optional<std::string>& model,
+                      const std::function<void(const TAlikeMachines&)>& action);
+    void ForgetBatch();
 
     TClickHouseClient client_;
     TLoaderClaim claim_;
+    std::map<TDigest, TComposition> compositions_;  // some of those that are stored
+    // What is stored, while this loader holds its claim.
+    std::map<TMachineScope, TChangeNumber> marks_;               // of the rows of presences; 0 without one
+    std::set<TMachineId> markedMachines_;                        // of which all marks are known
+    std::map<TMachineScope, std::vector<TPresence>> presences_;  // as read, or as this batch changes them
 };
 
 TInventoryKey KeyOf(const TInventory& inventory) {
     return {inventory.place, inventory.time};
+}
+
+// Adds what a layout has to values that were stored without it.
+void Describe(const std::vector<TVolatileValue>& layout, std::vector<TVolatileValue>& values) {
+    for (std::size_t i = 0; i < std::min(layout.size(), values.size()); ++i) {
+        auto texts = std::move(values[i].property.values);
+        values[i] = layout[i];
+        values[i].property.values = std::move(texts);
+    }
 }
 
 template <typename TRow, typename TOrder>
@@ -174,6 +275,55 @@ std::vector<TRow> TClickHouseStore::Read(const std::string& query, TOrder order,
         query, &TRowFormat<TRow>::Decode, [&rows](TRow row) { rows.push_back(std::move(row)); }, table);
     std::ranges::sort(rows, {}, order);
     return rows;
+}
+
+std::vector<TPresence> TClickHouseStore::ReadPresenceRows(const std::string& condition,
+                                                          const std::optional<TTemporaryTable>& table) {
+    std::vector<TPresenceRow> rows;
+    Select(
+        MakeQuery<TPresenceRow>(condition), &TRowFormat<TPresenceRow>::Decode,
+        [&rows](TPresenceRow row) { rows.push_back(std::move(row)); }, table);
+    std::vector<TDigest> digests;
+    std::ranges::transform(rows, std::back_inserter(digests), &TPresenceRow::composition);
+    ReadCompositions(std::move(digests));
+    std::vector<TPresence> presences;
+    for (TPresenceRow& row : rows) {
+        if (!Complete(GetComposition(row.composition), row.presences)) {
+            FailAtComposition();
+        }
+        std::ranges::move(row.presences, std::back_inserter(presences));
+    }
+    std::ranges::sort(presences, {}, &TPresence::GetKey);
+    return presences;
+}
+
+// Makes `compositions_` contain these. What they contain follows from their digests, so they never change.
+void TClickHouseStore::ReadCompositions(std::vector<TDigest> digests) {
+    if (compositions_.size() > compositionsAtOnce) {
+        compositions_.clear();
+    }
+    std::ranges::sort(digests);
+    digests.erase(std::unique(digests.begin(), digests.end()), digests.end());
+    std::erase_if(digests, [this](const TDigest& digest) {
+        return digest == TDigest() || compositions_.contains(digest);
+    });
+    Select(
+        MakeQuery<TComposition>(IsAmongIds("digest")), &TRowFormat<TComposition>::Decode,
+        [this](TComposition row) { compositions_.insert_or_assign(row.digest, std::move(row)); },
+        MakeIds(digests));
+}
+
+const TComposition& TClickHouseStore::GetComposition(const TDigest& digest) const {
+    static const TComposition empty;
+    const auto found = compositions_.find(digest);
+    if (digest != TDigest() && found == compositions_.end()) {
+        FailAtComposition();
+    }
+    return digest == TDigest() ? empty : found->second;
+}
+
+void TClickHouseStore::FailAtComposition() const {
+    throw TStoreError(GetName() + ": the rows of composition_rows do not belong to those of presence_rows");
 }
 
 std::vector<TDigest> TClickHouseStore::ReadDigests(const std::string& query,
@@ -263,20 +413,99 @@ void TClickHouseStore::InsertRemovals(const std::vector<TKey>& keys, EStep step)
     Insert(MakeTarget<TRow>(TRowFormat<TRow>::key), writer);
 }
 
-void TClickHouseStore::InsertIdentities(const std::vector<TPresence>& presences) {
-    std::set<std::pair<std::uint64_t, TMachineId>> rows;
-    for (const TPresence& presence : presences) {
-        for (const auto& values : presence.identity) {
-            for (const std::string& value : values) {
-                rows.emplace(HashOfValue(value), presence.place.machine);
-            }
-        }
+// Reads the changes of the rows of presences. A removed row does not count, and has no presences.
+void TClickHouseStore::ReadMarks(const std::vector<TMachineId>& machines) {
+    std::vector<TMachineId> unknown;
+    std::ranges::copy_if(machines, std::back_inserter(unknown), [this](const TMachineId& machine) {
+        return markedMachines_.insert(machine).second;
+    });
+    Select(
+        "SELECT machine, scope, change FROM presence_rows FINAL WHERE removed = 0 " + IsAmongIds("machine"),
+        [](TRowBinaryReader& reader) {
+            const TDigest machine = DecodeDigest(reader);
+            const auto scope = static_cast<EScope>(reader.Number<std::uint8_t>());
+            return std::pair(TMachineScope{machine, scope}, reader.Number<TChangeNumber>());
+        },
+        [this](const auto& mark) { marks_.insert(mark); }, MakeIds(unknown));
+}
+
+// Returns what a batch changes. ReadMarks was called for the machine.
+std::vector<TPresence>& TClickHouseStore::GetPresences(const TMachineScope& place) {
+    const auto [entry, isNew] = presences_.try_emplace(place);
+    if (isNew && marks_.contains(place)) {
+        entry->second = ReadPresenceRows(IsPlace(place));
     }
-    TRowBinaryWriter writer;
-    for (const auto& [value, machine] : rows) {
-        writer.Number(value).Fixed(machine.GetView());
+    return entry->second;
+}
+
+void TClickHouseStore::InsertPresences(const TBatch& batch) {
+    struct TChanges {
+        std::vector<TPresence> written{};
+        std::vector<TPresenceKey> removed{};
+    };
+    std::map<TMachineScope, TChanges> changes;
+    std::vector<TMachineId> machines;
+    for (const TPresence& presence : batch.presences) {
+        changes[presence.place].written.push_back(presence);
     }
-    Insert("identity_rows (value, machine)", writer);
+    for (const TPresenceKey& key : batch.removedPresences) {
+        changes[key.place].removed.push_back(key);
+    }
+    for (const auto& [place, change] : changes) {
+        machines.push_back(place.machine);
+    }
+    ReadMarks(machines);
+    std::vector<TComposition> compositions;
+    std::vector<TPresenceRow> rows;
+    for (const auto& [place, change] : changes) {
+        std::vector<TPresence> presences = std::move(GetPresences(place));
+        ApplyChanges(change.written, change.removed, presences);
+        SortForRow(presences);
+        compositions.push_back(MakeComposition(presences));
+        rows.push_back({place, std::move(presences), compositions.back().digest});
+        marks_[place] = GetChange(EStep::presences);
+    }
+    InsertMissing(std::move(compositions), EStep::compositions);
+    InsertRows(rows, EStep::presences);
+}
+
+void TClickHouseStore::InsertHeads(const std::vector<THead>& heads) {
+    std::vector<TMachineId> machines;
+    std::ranges::transform(heads, std::back_inserter(machines),
+                           [](const THead& head) { return head.place.machine; });
+    ReadMarks(machines);
+    std::vector<THeadRow> rows;
+    for (const THead& head : heads) {
+        rows.push_back({head, GetMark(head.place)});
+    }
+    InsertRows(rows, EStep::heads);
+}
+
+// Layouts come before the inventories that have them.
+void TClickHouseStore::InsertInventories(const std::vector<TInventory>& inventories) {
+    std::vector<TInventoryRow> rows;
+    std::vector<TVolatileLayout> layouts;
+    for (const TInventory& inventory : inventories) {
+        TVolatileLayout layout = MakeLayout(inventory.volatileValues);
+        rows.push_back({inventory, layout.digest});
+        layouts.push_back(std::move(layout));
+    }
+    InsertMissing(std::move(layouts), EStep::layouts);
+    InsertRows(rows, EStep::inventories);
+}
+
+// Inserts rows that are known by the digest of their content, unless they are stored.
+template <typename TRow>
+void TClickHouseStore::InsertMissing(std::vector<TRow> rows, EStep step) {
+    std::vector<TDigest> digests;
+    std::ranges::transform(rows, std::back_inserter(digests), &TRow::digest);
+    std::ranges::sort(digests);
+    digests.erase(std::unique(digests.begin(), digests.end()), digests.end());
+    const auto stored = ReadDigests(MakeQuery<TRow>(IsAmongIds("digest"), "digest"), MakeIds(digests));
+    std::set<TDigest> known(stored.begin(), stored.end());
+    known.insert(TDigest());  // an empty row, which is not stored
+    std::erase_if(rows, [&known](const TRow& row) { return !known.insert(row.digest).second; });
+    InsertRows(rows, step);
 }
 
 template <typename TRow>
@@ -295,26 +524,34 @@ void TClickHouseStore::RemoveMachines(const std::vector<TMachineId>& machines) {
         list.append(list.empty() ? "" : ", ").append(QuoteDigest(machine));
     }
     if (!list.empty()) {
-        RemoveRowsOf<TPresence>(list);
-        RemoveRowsOf<TInventory>(list);
-        RemoveRowsOf<THead>(list);
+        RemoveRowsOf<TPresenceRow>(list);
+        RemoveRowsOf<TInventoryRow>(list);
+        RemoveRowsOf<THeadRow>(list);
         InsertRemovals<TMachine>(machines, EStep::removedMachines);
     }
 }
 
-// Values that are searched for come before the rows that have them.
 void TClickHouseStore::InsertBatch(const TBatch& batch) {
     InsertRows(batch.versions, EStep::versions);
-    InsertIdentities(batch.presences);
-    InsertRows(batch.presences, EStep::presences);
-    InsertRemovals<TPresence>(batch.removedPresences, EStep::removedPresences);
-    InsertRemovals<TInventory>(batch.removedInventories, EStep::removedInventories);
-    InsertRemovals<THead>(batch.removedHeads, EStep::removedHeads);
+    InsertPresences(batch);
+    InsertRemovals<TInventoryRow>(batch.removedInventories, EStep::removedInventories);
+    InsertRemovals<THeadRow>(batch.removedHeads, EStep::removedHeads);
     RemoveMachines(batch.removedMachines);
     InsertRows(batch.aliases, EStep::aliases);
     InsertRows(batch.machines, EStep::machines);
-    InsertRows(batch.heads, EStep::heads);
-    InsertRows(batch.inventories, EStep::inventories);
+    InsertHeads(batch.heads);
+    InsertInventories(batch.inventories);
+}
+
+void TClickHouseStore::BeginBatch() {
+    claim_.Acquire();
+    ForgetBatch();
+}
+
+void TClickHouseStore::ForgetBatch() {
+    marks_.clear();
+    markedMachines_.clear();
+    presences_.clear();
 }
 
 void TClickHouseStore::Write(const TBatch& batch) {
@@ -323,6 +560,7 @@ void TClickHouseStore::Write(const TBatch& batch) {
     }
     try {
         InsertBatch(batch);
+        ForgetBatch();
         claim_.Release();
     } catch (...) {
         AbandonBatch();
@@ -351,26 +589,67 @@ std::vector<TMachine> TClickHouseStore::FindMachines(std::span<const TMachineId>
 }
 
 std::vector<THead> TClickHouseStore::ReadHeads(std::span<const TMachineId> machines) {
-    return Read<THead>(MakeQuery<THead>(IsAmongIds("machine")), &THead::place, MakeIds(machines));
+    std::vector<THead> heads;
+    for (THeadRow& row : ReadHeadRows(machines)) {
+        heads.push_back(std::move(row.head));
+    }
+    return heads;
+}
+
+std::vector<THeadRow> TClickHouseStore::ReadHeadRows(std::span<const TMachineId> machines) {
+    return Read<THeadRow>(
+        MakeQuery<THeadRow>(IsAmongIds("machine")), [](const THeadRow& row) { return row.head.place; },
+        MakeIds(machines));
+}
+
+TChangeNumber TClickHouseStore::GetMark(const TMachineScope& place) const {
+    const auto mark = marks_.find(place);
+    return mark == marks_.end() ? 0 : mark->second;
+}
+
+// A batch writes presences, heads and inventories in this order. A place is finished if the head was written
+// after its presences, and the inventory of the head is there.
+std::vector<TMachineScope> TClickHouseStore::FindUnfinished(std::span<const TMachineScope> places) {
+    std::vector<TMachineId> machines;
+    std::ranges::transform(places, std::back_inserter(machines), &TMachineScope::machine);
+    ReadMarks(machines);
+    std::set<TMachineScope> started;
+    std::vector<TInventoryKey> keys;
+    for (const THeadRow& row : ReadHeadRows(machines)) {
+        started.insert(row.head.place);
+        if (row.state == GetMark(row.head.place)) {
+            keys.push_back({row.head.place, row.head.time});
+        }
+    }
+    std::set<TMachineScope> finished;
+    for (const TInventory& inventory : FindInventories(keys)) {
+        finished.insert(inventory.place);
+    }
+    std::vector<TMachineScope> unfinished;
+    std::ranges::copy_if(places, std::back_inserter(unfinished), [&](const TMachineScope& place) {
+        return !finished.contains(place) && (started.contains(place) || GetMark(place) != 0);
+    });
+    return unfinished;
 }
 
 std::vector<TInventory> TClickHouseStore::FindInventories(std::span<const TInventoryKey> keys) {
     TRowBinaryWriter writer;
     for (const TInventoryKey& key : keys) {
-        TRowFormat<TInventory>::EncodeKey(writer, key);
+        TRowFormat<TInventoryRow>::EncodeKey(writer, key);
     }
     std::vector<TInventory> found;
     Select(
-        MakeQuery<TInventory>(
+        MakeQuery<TInventoryRow>(
             "AND machine IN (SELECT machine FROM ids) AND (machine, scope, time) IN (SELECT "
             "machine, scope, time FROM ids)",
-            TRowFormat<TInventory>::shortColumns),
-        &TRowFormat<TInventory>::DecodeShort, [&](TInventory row) { found.push_back(std::move(row)); },
+            TRowFormat<TInventoryRow>::shortColumns),
+        &TRowFormat<TInventoryRow>::DecodeShort, [&](TInventory row) { found.push_back(std::move(row)); },
         TTemporaryTable{"ids", "machine FixedString(16), scope UInt8, time Int64", writer.GetBytes()});
     std::ranges::sort(found, {}, &KeyOf);
     return found;
 }
 
+// The presences are kept for Write, which changes them.
 std::vector<TScopeState> TClickHouseStore::ReadStates(std::span<const TMachineScope> places) {
     std::map<TMachineScope, TScopeState> states;
     std::vector<TMachineId> machines;
@@ -379,14 +658,14 @@ std::vector<TScopeState> TClickHouseStore::ReadStates(std::span<const TMachineSc
         machines.push_back(place.machine);
     }
     const std::string isWanted = IsAmongIds("machine");
-    for (TPresence& presence : ReadPresenceRows(MakeQuery<TPresence>(isWanted), MakeIds(machines))) {
+    for (TPresence& presence : ReadPresenceRows(isWanted, MakeIds(machines))) {
         if (const auto state = states.find(presence.place); state != states.end()) {
             state->second.presences.push_back(std::move(presence));
         }
     }
     Select(
-        MakeQuery<TInventory>(isWanted, TRowFormat<TInventory>::shortColumns),
-        &TRowFormat<TInventory>::DecodeShort,
+        MakeQuery<TInventoryRow>(isWanted, TRowFormat<TInventoryRow>::shortColumns),
+        &TRowFormat<TInventoryRow>::DecodeShort,
         [&states](TInventory row) {
             if (const auto state = states.find(row.place); state != states.end()) {
                 state->second.inventories.push_back(std::move(row));
@@ -395,8 +674,12 @@ std::vector<TScopeState> TClickHouseStore::ReadStates(std::span<const TMachineSc
         MakeIds(machines));
     std::vector<TScopeState> ordered;
     for (const TMachineScope& place : places) {
-        std::ranges::sort(states[place].inventories, {}, &TInventory::time);
-        ordered.push_back(states[place]);
+        TScopeState& state = states[place];
+        std::ranges::sort(state.inventories, {}, &TInventory::time);
+        if (claim_.IsHeld()) {
+            presences_[place] = state.presences;
+        }
+        ordered.push_back(state);
     }
     return ordered;
 }
@@ -405,13 +688,27 @@ std::vector<TDigest> TClickHouseStore::FindKnownVersions(std::span<const TDigest
     return ReadDigests(MakeQuery<TVersion>(IsAmongIds("digest"), "digest"), MakeIds(versions));
 }
 
-// Removed versions keep their digests, so that a cluster's servers need not be asked one by one.
+// Removed rows keep their digests, so that a cluster's servers need not be asked one by one. `used` selects
+// the digests that stay.
+void TClickHouseStore::RemoveUnused(const std::string& table, const std::string& used, EStep step) {
+    client_.Execute("INSERT INTO " + table + " (digest, change, removed) SELECT digest, toUInt64(" +
+                        std::to_string(GetChange(step)) + "), toUInt8(1) FROM " + table +
+                        " FINAL WHERE removed = 0 AND digest GLOBAL NOT IN (" + used + ")",
+                    insertSettings);
+}
+
 std::optional<std::uint64_t> TClickHouseStore::RemoveUnusedVersions() {
+    const auto select = [](const std::string& digests, const std::string& table) {
+        return "SELECT " + digests + " FROM " + table + " FINAL WHERE removed = 0";
+    };
     BeginBatch();
     try {
-        const auto unused = ReadDigests(MakeQuery<TVersion>(
-            "AND digest GLOBAL NOT IN (SELECT version FROM presence_rows FINAL WHERE removed = 0)",
-            "digest"));
+        RemoveUnused("layout_rows", select("layout", "inventory_rows"), EStep::layouts);
+        RemoveUnused("composition_rows", select("composition", "presence_rows"), EStep::compositions);
+        const auto unused = ReadDigests(
+            MakeQuery<TVersion>("AND digest GLOBAL NOT IN (" + select("arrayJoin(version)", "presence_rows") +
+                                    " UNION ALL " + select("arrayJoin(version)", "composition_rows") + ")",
+                                "digest"));
         InsertRemovals<TVersion>(unused, EStep::versions);
         claim_.Release();
         return unused.size();
@@ -439,78 +736,125 @@ std::vector<TInventory> TClickHouseStore::ReadInventories(const TInventoryQuery&
     if (query.newestOnly) {
         condition += " ORDER BY machine, scope, time DESC LIMIT 1 BY machine, scope";
     }
-    using TFormat = TRowFormat<TInventory>;
+    if (query.withVolatileValues) {
+        return ReadWithValues(condition);
+    }
     std::vector<TInventory> inventories;
-    client_.Select(
-        MakeQuery<TInventory>(condition, query.withVolatileValues ? TFormat::columns : TFormat::shortColumns),
-        query.withVolatileValues ? &TFormat::Decode : &TFormat::DecodeShort,
-        [&inventories](TInventory row) { inventories.push_back(std::move(row)); });
+    client_.Select(MakeQuery<TInventoryRow>(condition, TRowFormat<TInventoryRow>::shortColumns),
+                   &TRowFormat<TInventoryRow>::DecodeShort,
+                   [&inventories](TInventory row) { inventories.push_back(std::move(row)); });
     std::ranges::sort(inventories, {}, &KeyOf);
     return inventories;
 }
 
+std::vector<TInventory> TClickHouseStore::ReadWithValues(const std::string& condition) {
+    auto rows = Read<TInventoryRow>(MakeQuery<TInventoryRow>(condition),
+                                    [](const TInventoryRow& row) { return KeyOf(row.inventory); });
+    std::set<TDigest> digests;
+    std::ranges::transform(rows, std::inserter(digests, digests.end()), &TInventoryRow::layout);
+    std::map<TDigest, std::vector<TVolatileValue>> layouts;
+    Select(
+        MakeQuery<TVolatileLayout>(IsAmongIds("digest")), &TRowFormat<TVolatileLayout>::Decode,
+        [&layouts](TVolatileLayout row) { layouts.emplace(row.digest, std::move(row.values)); },
+        MakeIds(std::vector(digests.begin(), digests.end())));
+    std::vector<TInventory> inventories;
+    for (TInventoryRow& row : rows) {
+        const auto layout = layouts.find(row.layout);
+        if (layout != layouts.end()) {
+            Describe(layout->second, row.inventory.volatileValues);
+        }
+        inventories.push_back(std::move(row.inventory));
+    }
+    return inventories;
+}
+
 std::vector<TPresence> TClickHouseStore::ReadPresences(const TMachineScope& place, TSeconds at) {
-    const std::string time = std::to_string(at);
-    return ReadPresenceRows(MakeQuery<TPresence>(
-        IsMachine(place.machine) + " AND scope = " + std::to_string(static_cast<int>(place.scope)) +
-        " AND since <= " + time + " AND until > " + time));
+    auto presences = ReadPresenceRows(IsPlace(place));
+    std::erase_if(presences,
+                  [at](const TPresence& presence) { return presence.since > at || presence.until <= at; });
+    return presences;
 }
 
 // Machines are found among all rows, those that were replaced too: that takes a fraction of the time of
 // FINAL.
 std::vector<TPresence> TClickHouseStore::ReadChanges(const TChangeQuery& query) {
-    const auto isInSpan = [&query](const std::string& column, TSeconds unchanged) {
-        return column + " > " + std::to_string(query.since) + " AND " + column +
-               " <= " + std::to_string(query.until) + " AND " + column + " != " + std::to_string(unchanged);
-    };
-    const std::string isChange = "((" + isInSpan("since", always) + ") OR (" + isInSpan("until", open) + "))";
-    if (query.machine) {
-        return ReadPresenceRows(MakeQuery<TPresence>("AND " + isChange + IsMachine(*query.machine)));
-    }
-    const auto machines = ReadDigests("SELECT DISTINCT machine FROM presence_rows WHERE " + isChange);
-    return ReadPresenceRows(MakeQuery<TPresence>("AND " + isChange + " " + IsAmongIds("machine")),
-                            MakeIds(machines));
+    const std::string hasChanged = "changed > " + std::to_string(query.since);
+    auto presences =
+        query.machine
+            ? ReadPresenceRows("AND " + hasChanged + IsMachine(*query.machine))
+            : ReadPresenceRows(
+                  "AND " + hasChanged + " " + IsAmongIds("machine"),
+                  MakeIds(ReadDigests("SELECT DISTINCT machine FROM presence_rows WHERE " + hasChanged)));
+    const auto isIn = [&query](TSeconds time) { return time > query.since && time <= query.until; };
+    std::erase_if(presences, [&isIn](const TPresence& presence) {
+        const bool begins = presence.since != always && isIn(presence.since);
+        return !begins && (presence.until == open || !isIn(presence.until));
+    });
+    return presences;
 }
 
 std::vector<TPresence> TClickHouseStore::FindIdentity(std::string_view value) {
-    const auto machines = ReadDigests("SELECT DISTINCT machine FROM identity_rows WHERE value = " +
-                                      std::to_string(HashOfValue(value)));
-    return ReadPresenceRows(MakeQuery<TPresence>(IsAmongIds("machine") + " AND arrayExists(v -> has(v, " +
-                                                 QuoteText(value) + "), identity)"),
-                            MakeIds(machines));
+    std::string isThere =
+        "arrayExists(text -> position(text, " + QuoteText(FormatSearchedValue(value)) + ") > 0, identity)";
+    if (const auto resource = ParseDigest(value)) {
+        isThere += " OR has(resource, " + QuoteDigest(*resource) + ")";
+    }
+    const auto machines = ReadDigests("SELECT DISTINCT machine FROM presence_rows WHERE " + isThere);
+    auto presences = ReadPresenceRows(IsAmongIds("machine"), MakeIds(machines));
+    std::erase_if(presences,
+                  [value](const TPresence& presence) { return !Contains(presence.identity, value); });
+    return presences;
 }
 
 std::vector<TVersionCount> TClickHouseStore::CountVersions(const TCountQuery& query) {
-    std::string condition;
-    for (const std::string& type : query.types) {
-        condition.append(condition.empty() ? " AND type IN (" : ", ").append(QuoteText(type));
-    }
-    condition += query.types.empty() ? "" : ")";
-    std::vector<TVersionCount> counts;
-    client_.Select(
-        JoinPresentState("model, type, version, uniqExact(machine), count()", condition, query.model) +
-            " GROUP BY model, type, version",
-        [](TRowBinaryReader& reader) {
-            TVersionCount count;
-            count.model = reader.Text();
-            count.type = reader.Text();
-            count.version = DecodeDigest(reader);
-            count.machines = reader.Number<std::uint64_t>();
-            count.resources = reader.Number<std::uint64_t>();
-            return count;
-        },
-        [&counts](TVersionCount count) { counts.push_back(std::move(count)); });
-    std::ranges::sort(counts, {}, [](const TVersionCount& count) {
-        return std::tie(count.model, count.type, count.version);
+    TVersionCounts counts(query.types);
+    ForEachAlike(query.model, [&](const TAlikeMachines& machines) {
+        counts.BeginMachines(machines.model, machines.number);
+        for (const TDigest& composition : machines.compositions) {
+            counts.Add(GetComposition(composition));
+        }
     });
-    return counts;
+    return counts.Take();
+}
+
+// Machines that are made of the same parts are counted by the server.
+void TClickHouseStore::ForEachAlike(const std::optional<std::string>& model,
+                                    const std::function<void(const TAlikeMachines&)>& action) {
+    std::vector<TAlikeMachines> all;
+    client_.Select("SELECT model, lists, count() FROM (SELECT machine, model, lists FROM (" +
+                       SelectPresentRows("machine, arraySort(groupArray(composition)) AS lists", model) +
+                       " GROUP BY machine) ALL INNER JOIN (" + SelectMachines("id AS machine, model", model) +
+                       ") USING machine) GROUP BY model, lists",
+                   &DecodeAlikeMachines, [&all](TAlikeMachines row) { all.push_back(std::move(row)); });
+    for (std::size_t begin = 0; begin < all.size(); begin += compositionsAtOnce) {
+        const auto some = std::span(all).subspan(begin, std::min(compositionsAtOnce, all.size() - begin));
+        std::vector<TDigest> digests;
+        for (const TAlikeMachines& machines : some) {
+            digests.insert(digests.end(), machines.compositions.begin(), machines.compositions.end());
+        }
+        ReadCompositions(std::move(digests));
+        std::ranges::for_each(some, action);
+    }
 }
 
 std::vector<TPresence> TClickHouseStore::FindPresences(std::span<const TDigest> versions,
                                                        const std::optional<std::string>& model) {
-    return ReadPresenceRows(
-        JoinPresentState(TRowFormat<TPresence>::columns, " " + IsAmongIds("version"), model),
+    std::vector<TPresence> presences;
+    Select(
+        "SELECT machine, scope, kind, part, begin, content, value FROM (SELECT machine, scope, resource, "
+        "since, "
+        "identity, kinds, contents FROM (" +
+            SelectPresentRows("machine, scope, composition, resource, since, identity", model) +
+            ") ALL INNER JOIN (SELECT digest AS composition, type AS kinds, version AS contents FROM "
+            "composition_rows FINAL WHERE removed = 0) USING composition) ARRAY JOIN kinds AS kind, contents "
+            "AS "
+            "content, arraySlice(resource, 1, length(contents)) AS part, arraySlice(since, 1, "
+            "length(contents)) AS "
+            "begin, arraySlice(identity, 1, length(contents)) AS value WHERE content IN (SELECT id FROM ids)",
+        &DecodeOpenPresence, [&presences](TPresence row) { presences.push_back(std::move(row)); },
         MakeIds(versions));
+    std::ranges::sort(presences, {}, &TPresence::GetKey);
+    return presences;
 }
 
 std::vector<TVersion> TClickHouseStore::ReadVersions(std::span<const TDigest> versions) {

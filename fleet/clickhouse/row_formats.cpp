@@ -1,9 +1,13 @@
 #include "fleet/clickhouse/row_formats.h"
 
+#include "fleet/store/fleet_store.h"
+
 #include <algorithm>
 #include <cstring>
 #include <optional>
+#include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace NFLEET {
@@ -75,20 +79,28 @@ EShape DecodeShape(TRowBinaryReader& reader) {
         std::min<std::uint8_t>(reader.Number<std::uint8_t>(), EncodeShape(EShape::array)));
 }
 
-// Writes name, type, shape and values as columns.
+// Writes name, type and shape as columns.
 template <typename TItems>
-void EncodeProperties(TRowBinaryWriter& writer, const TItems& items) {
+void EncodeDescriptions(TRowBinaryWriter& writer, const TItems& items) {
     EncodeColumn(writer, items, [&](const auto& item) { writer.Text(item.property.name); });
     EncodeColumn(writer, items, [&](const auto& item) { writer.Text(item.property.type); });
     EncodeColumn(writer, items, [&](const auto& item) { writer.Number(EncodeShape(item.property.shape)); });
+}
+
+template <typename TItems>
+void DecodeDescriptions(TRowBinaryReader& reader, TItems& items) {
+    DecodeColumn(reader, items, [&](auto& item) { item.property.name = reader.Text(); });
+    DecodeColumn(reader, items, [&](auto& item) { item.property.type = reader.Text(); });
+    DecodeColumn(reader, items, [&](auto& item) { item.property.shape = DecodeShape(reader); });
+}
+
+template <typename TItems>
+void EncodeValues(TRowBinaryWriter& writer, const TItems& items) {
     EncodeColumn(writer, items, [&](const auto& item) { EncodeTexts(writer, item.property.values); });
 }
 
 template <typename TItems>
-void DecodeProperties(TRowBinaryReader& reader, TItems& items) {
-    DecodeColumn(reader, items, [&](auto& item) { item.property.name = reader.Text(); });
-    DecodeColumn(reader, items, [&](auto& item) { item.property.type = reader.Text(); });
-    DecodeColumn(reader, items, [&](auto& item) { item.property.shape = DecodeShape(reader); });
+void DecodeValues(TRowBinaryReader& reader, TItems& items) {
     DecodeColumn(reader, items, [&](auto& item) { item.property.values = DecodeTexts(reader); });
 }
 
@@ -111,6 +123,14 @@ TMachineFacts DecodeFacts(TRowBinaryReader& reader) {
         *fact = reader.Text();
     }
     return facts;
+}
+
+TIdentity DecodeIdentity(TRowBinaryReader& reader, const TDigest& resource) {
+    auto identity = ParseIdentity(reader.Text(), resource);
+    if (!identity) {
+        throw TStoreError("the identifying values of a resource are malformed");
+    }
+    return std::move(*identity);
 }
 
 }  // namespace
@@ -157,41 +177,42 @@ TAlias TRowFormat<TAlias>::Decode(TRowBinaryReader& reader) {
     return row;
 }
 
-void TRowFormat<THead>::EncodeKey(TRowBinaryWriter& writer, const TMachineScope& place) {
+void TRowFormat<THeadRow>::EncodeKey(TRowBinaryWriter& writer, const TMachineScope& place) {
     EncodePlace(writer, place);
 }
 
-void TRowFormat<THead>::Encode(TRowBinaryWriter& writer, const THead& row) {
-    EncodeKey(writer, row.place);
-    writer.Number(row.time).Fixed(row.digest.GetView()).Fixed(row.content.GetView());
-    EncodeFacts(writer, row.facts);
+void TRowFormat<THeadRow>::Encode(TRowBinaryWriter& writer, const THeadRow& row) {
+    const THead& head = row.head;
+    EncodeKey(writer, head.place);
+    writer.Number(head.time).Fixed(head.digest.GetView()).Fixed(head.content.GetView());
+    EncodeFacts(writer, head.facts);
+    writer.Number(row.state);
 }
 
-THead TRowFormat<THead>::Decode(TRowBinaryReader& reader) {
-    THead row;
-    row.place = DecodePlace(reader);
-    row.time = reader.Number<TSeconds>();
-    row.digest = DecodeDigest(reader);
-    row.content = DecodeDigest(reader);
-    row.facts = DecodeFacts(reader);
+THeadRow TRowFormat<THeadRow>::Decode(TRowBinaryReader& reader) {
+    THeadRow row;
+    row.head.place = DecodePlace(reader);
+    row.head.time = reader.Number<TSeconds>();
+    row.head.digest = DecodeDigest(reader);
+    row.head.content = DecodeDigest(reader);
+    row.head.facts = DecodeFacts(reader);
+    row.state = reader.Number<TChangeNumber>();
     return row;
 }
 
-void TRowFormat<TInventory>::EncodeKey(TRowBinaryWriter& writer, const TInventoryKey& inventory) {
+void TRowFormat<TInventoryRow>::EncodeKey(TRowBinaryWriter& writer, const TInventoryKey& inventory) {
     EncodePlace(writer, inventory.place);
     writer.Number(inventory.time);
 }
 
-void TRowFormat<TInventory>::Encode(TRowBinaryWriter& writer, const TInventory& row) {
-    EncodeKey(writer, {row.place, row.time});
-    writer.Fixed(row.digest.GetView()).Text(row.source);
-    const auto& values = row.volatileValues;
-    EncodeColumn(writer, values, [&](const auto& value) { writer.Fixed(value.resource.GetView()); });
-    EncodeColumn(writer, values, [&](const auto& value) { writer.Number(value.position); });
-    EncodeProperties(writer, values);
+void TRowFormat<TInventoryRow>::Encode(TRowBinaryWriter& writer, const TInventoryRow& row) {
+    const TInventory& inventory = row.inventory;
+    EncodeKey(writer, {inventory.place, inventory.time});
+    writer.Fixed(inventory.digest.GetView()).Text(inventory.source).Fixed(row.layout.GetView());
+    EncodeValues(writer, inventory.volatileValues);
 }
 
-TInventory TRowFormat<TInventory>::DecodeShort(TRowBinaryReader& reader) {
+TInventory TRowFormat<TInventoryRow>::DecodeShort(TRowBinaryReader& reader) {
     TInventory row;
     row.place = DecodePlace(reader);
     row.time = reader.Number<TSeconds>();
@@ -200,12 +221,41 @@ TInventory TRowFormat<TInventory>::DecodeShort(TRowBinaryReader& reader) {
     return row;
 }
 
-TInventory TRowFormat<TInventory>::Decode(TRowBinaryReader& reader) {
-    TInventory row = DecodeShort(reader);
-    auto& values = row.volatileValues;
-    DecodeColumn(reader, values, [&](auto& value) { value.resource = DecodeDigest(reader); });
-    DecodeColumn(reader, values, [&](auto& value) { value.position = reader.Number<std::uint32_t>(); });
-    DecodeProperties(reader, values);
+TInventoryRow TRowFormat<TInventoryRow>::Decode(TRowBinaryReader& reader) {
+    TInventoryRow row{DecodeShort(reader), DecodeDigest(reader)};
+    DecodeValues(reader, row.inventory.volatileValues);
+    return row;
+}
+
+// Values of one resource follow each other, so that its identifier is written once.
+void TRowFormat<TVolatileLayout>::Encode(TRowBinaryWriter& writer, const TVolatileLayout& row) {
+    std::vector<std::pair<TDigest, std::uint32_t>> runs;
+    for (const TVolatileValue& value : row.values) {
+        if (runs.empty() || runs.back().first != value.resource) {
+            runs.emplace_back(value.resource, 0);
+        }
+        ++runs.back().second;
+    }
+    writer.Fixed(row.digest.GetView());
+    EncodeColumn(writer, runs, [&](const auto& run) { writer.Fixed(run.first.GetView()); });
+    EncodeColumn(writer, runs, [&](const auto& run) { writer.Number(run.second); });
+    EncodeColumn(writer, row.values, [&](const auto& value) { writer.Number(value.position); });
+    EncodeDescriptions(writer, row.values);
+}
+
+TVolatileLayout TRowFormat<TVolatileLayout>::Decode(TRowBinaryReader& reader) {
+    TVolatileLayout row{DecodeDigest(reader), {}};
+    std::vector<std::pair<TDigest, std::uint32_t>> runs;
+    DecodeColumn(reader, runs, [&](auto& run) { run.first = DecodeDigest(reader); });
+    DecodeColumn(reader, runs, [&](auto& run) { run.second = reader.Number<std::uint32_t>(); });
+    DecodeColumn(reader, row.values, [&](auto& value) { value.position = reader.Number<std::uint32_t>(); });
+    DecodeDescriptions(reader, row.values);
+    auto value = row.values.begin();
+    for (const auto& [resource, number] : runs) {
+        for (std::uint32_t i = 0; i < number && value != row.values.end(); ++i, ++value) {
+            value->resource = resource;
+        }
+    }
     return row;
 }
 
@@ -217,7 +267,8 @@ void TRowFormat<TVersion>::Encode(TRowBinaryWriter& writer, const TVersion& row)
     EncodeKey(writer, row.digest);
     writer.Text(row.type).Text(row.list);
     EncodeNullable(writer, row.id);
-    EncodeProperties(writer, row.properties);
+    EncodeDescriptions(writer, row.properties);
+    EncodeValues(writer, row.properties);
     EncodeColumn(writer, row.properties, [&](const TVersionProperty& property) {
         writer.Number(static_cast<std::uint8_t>(property.isIdentifying));
     });
@@ -229,37 +280,76 @@ TVersion TRowFormat<TVersion>::Decode(TRowBinaryReader& reader) {
     row.type = DecodeText(reader);
     row.list = DecodeText(reader);
     row.id = DecodeNullable(reader);
-    DecodeProperties(reader, row.properties);
+    DecodeDescriptions(reader, row.properties);
+    DecodeValues(reader, row.properties);
     DecodeColumn(reader, row.properties, [&](TVersionProperty& property) {
         property.isIdentifying = reader.Number<std::uint8_t>() != 0;
     });
     return row;
 }
 
-void TRowFormat<TPresence>::EncodeKey(TRowBinaryWriter& writer, const TPresenceKey& presence) {
-    EncodePlace(writer, presence.place);
-    writer.Text(presence.type).Fixed(presence.resource.GetView()).Number(presence.since);
+void TRowFormat<TPresenceRow>::Encode(TRowBinaryWriter& writer, const TPresenceRow& row) {
+    const std::span all(row.presences);
+    const auto closed = all.subspan(CountOpen(all));
+    EncodePlace(writer, row.place);
+    writer.Fixed(row.composition.GetView()).Number(GetNewestChange(all));
+    EncodeColumn(writer, all, [&](const TPresence& presence) { writer.Fixed(presence.resource.GetView()); });
+    EncodeColumn(writer, all, [&](const TPresence& presence) { writer.Number(presence.since); });
+    EncodeColumn(writer, all, [&](const TPresence& presence) {
+        writer.Text(FormatIdentity(presence.identity, presence.resource));
+    });
+    EncodeColumn(writer, closed, [&](const TPresence& presence) { writer.Number(presence.until); });
+    EncodeColumn(writer, closed, [&](const TPresence& presence) { writer.Text(presence.type); });
+    EncodeColumn(writer, closed,
+                 [&](const TPresence& presence) { writer.Fixed(presence.version.GetView()); });
 }
 
-void TRowFormat<TPresence>::Encode(TRowBinaryWriter& writer, const TPresence& row) {
-    EncodeKey(writer, row.GetKey());
-    writer.Number(row.until).Fixed(row.version.GetView());
-    EncodeColumn(writer, row.identity, [&](const auto& values) { EncodeTexts(writer, values); });
-}
-
-TPresence TRowFormat<TPresence>::Decode(TRowBinaryReader& reader) {
-    TPresence row;
-    row.place = DecodePlace(reader);
-    row.type = DecodeText(reader);
-    row.resource = DecodeDigest(reader);
-    row.since = reader.Number<TSeconds>();
-    row.until = reader.Number<TSeconds>();
-    row.version = DecodeDigest(reader);
-    row.identity.resize(reader.Count());
-    for (auto& values : row.identity) {
-        values = DecodeTexts(reader);
+TPresenceRow TRowFormat<TPresenceRow>::Decode(TRowBinaryReader& reader) {
+    TPresenceRow row{DecodePlace(reader), {}, DecodeDigest(reader)};
+    (void)reader.Number<TSeconds>();  // the newest change
+    auto& all = row.presences;
+    DecodeColumn(reader, all, [&](TPresence& presence) { presence.resource = DecodeDigest(reader); });
+    DecodeColumn(reader, all, [&](TPresence& presence) { presence.since = reader.Number<TSeconds>(); });
+    DecodeColumn(reader, all,
+                 [&](TPresence& presence) { presence.identity = DecodeIdentity(reader, presence.resource); });
+    std::vector<TPresence> closed;
+    DecodeColumn(reader, closed, [&](TPresence& presence) { presence.until = reader.Number<TSeconds>(); });
+    DecodeColumn(reader, closed, [&](TPresence& presence) { presence.type = reader.Text(); });
+    DecodeColumn(reader, closed, [&](TPresence& presence) { presence.version = DecodeDigest(reader); });
+    const std::size_t first = all.size() - std::min(all.size(), closed.size());
+    for (std::size_t i = first; i < all.size(); ++i) {
+        all[i].until = closed[i - first].until;
+        all[i].type = std::move(closed[i - first].type);
+        all[i].version = closed[i - first].version;
+    }
+    for (TPresence& presence : all) {
+        presence.place = row.place;
     }
     return row;
+}
+
+void TRowFormat<TComposition>::Encode(TRowBinaryWriter& writer, const TComposition& row) {
+    writer.Fixed(row.digest.GetView());
+    EncodeColumn(writer, row.elements, [&](const auto& element) { writer.Text(element.type); });
+    EncodeColumn(writer, row.elements, [&](const auto& element) { writer.Fixed(element.version.GetView()); });
+}
+
+TComposition TRowFormat<TComposition>::Decode(TRowBinaryReader& reader) {
+    TComposition row{DecodeDigest(reader), {}};
+    DecodeColumn(reader, row.elements, [&](auto& element) { element.type = reader.Text(); });
+    DecodeColumn(reader, row.elements, [&](auto& element) { element.version = DecodeDigest(reader); });
+    return row;
+}
+
+TPresence DecodeOpenPresence(TRowBinaryReader& reader) {
+    TPresence presence;
+    presence.place = DecodePlace(reader);
+    presence.type = reader.Text();
+    presence.resource = DecodeDigest(reader);
+    presence.since = reader.Number<TSeconds>();
+    presence.version = DecodeDigest(reader);
+    presence.identity = DecodeIdentity(reader, presence.resource);
+    return presence;
 }
 
 }  // namespace NFLEET

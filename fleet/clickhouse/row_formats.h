@@ -1,6 +1,7 @@
 // The tables' columns, and rows in them as RowBinary.
 #pragma once
 
+#include "fleet/clickhouse/presence_row.h"
 #include "fleet/clickhouse/row_binary.h"
 #include "fleet/model/rows.h"
 
@@ -38,30 +39,50 @@ struct TRowFormat<TAlias> {
     static TAlias Decode(TRowBinaryReader& reader);
 };
 
-template <>
-struct TRowFormat<THead> {
-    static constexpr std::string_view table = "head_rows";
-    static constexpr std::string_view key = "machine, scope";
-    static constexpr std::string_view columns =
-        "machine, scope, time, digest, content, name, vendor, model, serial, uuid";
-    static void EncodeKey(TRowBinaryWriter& writer, const TMachineScope& place);
-    static void Encode(TRowBinaryWriter& writer, const THead& row);
-    static THead Decode(TRowBinaryReader& reader);
+/// A head, and the row of presences that was there when it was written.
+struct THeadRow {
+    THead head;
+    TChangeNumber state = 0;  ///< `change` of the row; 0 without one
 };
 
 template <>
-struct TRowFormat<TInventory> {
+struct TRowFormat<THeadRow> {
+    static constexpr std::string_view table = "head_rows";
+    static constexpr std::string_view key = "machine, scope";
+    static constexpr std::string_view columns =
+        "machine, scope, time, digest, content, name, vendor, model, serial, uuid, state";
+    static void EncodeKey(TRowBinaryWriter& writer, const TMachineScope& place);
+    static void Encode(TRowBinaryWriter& writer, const THeadRow& row);
+    static THeadRow Decode(TRowBinaryReader& reader);
+};
+
+/// An inventory as it is stored: its volatile values have values only, and the layout has the rest.
+struct TInventoryRow {
+    TInventory inventory;
+    TDigest layout;
+};
+
+template <>
+struct TRowFormat<TInventoryRow> {
     static constexpr std::string_view table = "inventory_rows";
     static constexpr std::string_view key = "machine, scope, time";
     /// The columns without volatile values, which DecodeShort expects.
     static constexpr std::string_view shortColumns = "machine, scope, time, digest, source";
     static constexpr std::string_view columns =
-        "machine, scope, time, digest, source, volatile_resource, volatile_position, volatile_name, "
-        "volatile_type, volatile_shape, volatile_values";
+        "machine, scope, time, digest, source, layout, volatile_values";
     static void EncodeKey(TRowBinaryWriter& writer, const TInventoryKey& inventory);
-    static void Encode(TRowBinaryWriter& writer, const TInventory& row);
-    static TInventory Decode(TRowBinaryReader& reader);
+    static void Encode(TRowBinaryWriter& writer, const TInventoryRow& row);
+    static TInventoryRow Decode(TRowBinaryReader& reader);
     static TInventory DecodeShort(TRowBinaryReader& reader);
+};
+
+template <>
+struct TRowFormat<TVolatileLayout> {
+    static constexpr std::string_view table = "layout_rows";
+    static constexpr std::string_view key = "digest";
+    static constexpr std::string_view columns = "digest, resource, number, position, name, type, shape";
+    static void Encode(TRowBinaryWriter& writer, const TVolatileLayout& row);
+    static TVolatileLayout Decode(TRowBinaryReader& reader);
 };
 
 template <>
@@ -76,15 +97,27 @@ struct TRowFormat<TVersion> {
 };
 
 template <>
-struct TRowFormat<TPresence> {
+struct TRowFormat<TPresenceRow> {
     static constexpr std::string_view table = "presence_rows";
-    static constexpr std::string_view key = "machine, scope, type, resource, since";
+    static constexpr std::string_view key = "machine, scope";
     static constexpr std::string_view columns =
-        "machine, scope, type, resource, since, until, version, identity";
-    static void EncodeKey(TRowBinaryWriter& writer, const TPresenceKey& presence);
-    static void Encode(TRowBinaryWriter& writer, const TPresence& row);
-    static TPresence Decode(TRowBinaryReader& reader);
+        "machine, scope, composition, changed, resource, since, identity, until, type, version";
+    static void Encode(TRowBinaryWriter& writer, const TPresenceRow& row);
+    /// Reads a row whose open presences have neither type nor version yet.
+    static TPresenceRow Decode(TRowBinaryReader& reader);
 };
+
+template <>
+struct TRowFormat<TComposition> {
+    static constexpr std::string_view table = "composition_rows";
+    static constexpr std::string_view key = "digest";
+    static constexpr std::string_view columns = "digest, type, version";
+    static void Encode(TRowBinaryWriter& writer, const TComposition& row);
+    static TComposition Decode(TRowBinaryReader& reader);
+};
+
+/// Reads one presence of the present: machine, scope, type, resource, since, version, identity.
+TPresence DecodeOpenPresence(TRowBinaryReader& reader);
 
 /// Reads a digest: FixedString(16).
 TDigest DecodeDigest(TRowBinaryReader& reader);

@@ -4,6 +4,7 @@
 #include "text/ascii.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace NFLEET {
 namespace {
@@ -13,6 +14,7 @@ struct TTable {
     std::string_view columns;  ///< apart from `change` and `removed`
     std::string_view key;      ///< columns that identify a row, in the order of the table
     std::string_view shard;    ///< number that chooses the server of a cluster
+    int granularity;           ///< number of rows that are read for one of them
 };
 
 struct TView {
@@ -27,36 +29,43 @@ constexpr TTable tables[] = {
     {"machine",
      "id FixedString(16), key String, rule UInt8, name String, vendor String, model String, serial String, uuid String, "
      "first Int64, last Int64, uses_snapshot UInt8",
-     "id", "cityHash64(id)"},
+     "id", "cityHash64(id)", 8192},
     {"alias",
      "machine FixedString(16), key String, target FixedString(16)",
-     "machine", byMachine},
+     "machine", byMachine, 8192},
     {"head",
      "machine FixedString(16), scope UInt8, time Int64, digest FixedString(16), content FixedString(16), "
-     "name String, vendor String, model String, serial String, uuid String",
-     "machine, scope", byMachine},
+     "name String, vendor String, model String, serial String, uuid String, state UInt64",
+     "machine, scope", byMachine, 8192},
     {"inventory",
-     "machine FixedString(16), scope UInt8, time Int64, digest FixedString(16), source String, "
-     "volatile_resource Array(FixedString(16)), volatile_position Array(UInt32), volatile_name Array(String), "
-     "volatile_type Array(String), volatile_shape Array(UInt8), volatile_values Array(Array(String))",
-     "machine, scope, time", byMachine},
+     "machine FixedString(16), scope UInt8, time Int64, digest FixedString(16), source String, layout FixedString(16), "
+     "volatile_values Array(Array(String))",
+     "machine, scope, time", byMachine, 1024},
+    // Everything about volatile values that is the same in most inventories of a machine.
+    {"layout",
+     "digest FixedString(16), resource Array(FixedString(16)), number Array(UInt32), position Array(UInt32), "
+     "name Array(String), type Array(String), shape Array(UInt8)",
+     "digest", "cityHash64(digest)", 256},
     {"version",
      "digest FixedString(16), type String, list String, id Nullable(String), property_name Array(String), "
      "property_type Array(String), property_shape Array(UInt8), property_values Array(Array(String)), "
      "identifying Array(UInt8)",
-     "digest", "cityHash64(digest)"},
+     "digest", "cityHash64(digest)", 8192},
+    // All presences of a machine and scope: those of the present, then the others. The columns `until`, `type` and
+    // `version` have elements for the latter only; the composition has the types and versions of the former.
     {"presence",
-     "machine FixedString(16), scope UInt8, type String, resource FixedString(16), since Int64, until Int64, "
-     "version FixedString(16), identity Array(Array(String))",
-     "machine, scope, type, resource, since", byMachine},
-    // Finds machines by the start of a digest of a value; rows of values that a machine had once stay.
-    {"identity",
-     "value UInt64, machine FixedString(16)",
-     "value, machine", byMachine},
+     "machine FixedString(16), scope UInt8, composition FixedString(16), changed Int64, "
+     "resource Array(FixedString(16)), since Array(Int64), identity Array(String), until Array(Int64), "
+     "type Array(String), version Array(FixedString(16))",
+     "machine, scope", byMachine, 256},
+    // The parts of a machine, once for all machines that are made of the same ones.
+    {"composition",
+     "digest FixedString(16), type Array(String), version Array(FixedString(16))",
+     "digest", "cityHash64(digest)", 256},
     // The claims of loaders; one server of a cluster has them all.
     {"loader",
      "loader FixedString(16), number UInt64, time UInt32",
-     "loader", "0"},
+     "loader", "0", 8192},
 };
 
 // Names, words and times instead of digests and numbers, for people. Rows that were replaced or removed are left out.
@@ -74,8 +83,7 @@ constexpr TView views[] = {
      "SELECT hex(id) AS machine, machine_name, model, type, hex(part) AS resource, SCOPE AS scope, "
      "if(begin > 0, TIME(begin), NULL) AS since, if(end < 9223372036854775807, TIME(end), NULL) AS until, "
      "hex(content) AS version, identity "
-     "FROM (SELECT machine AS id, scope AS kind, type, resource AS part, since AS begin, until AS end, "
-     "version AS content, identity FROM @presence_rows FINAL WHERE removed = 0) "
+     "FROM (SELECT id, kind, word AS type, part, begin, end, content, IDENTITY AS identity FROM (PRESENCES)) "
      "ALL INNER JOIN (SELECT id, name AS machine_name, model FROM @machine_rows FINAL WHERE removed = 0) USING id"},
     {"properties",
      "SELECT version, name, type, element, value "
@@ -85,8 +93,8 @@ constexpr TView views[] = {
     {"changes",
      "SELECT TIME(at) AS time, if(is_begin, 'begins', 'ends') AS change, hex(id) AS machine, SCOPE AS scope, type, "
      "hex(part) AS resource, hex(content) AS version, identity "
-     "FROM (SELECT machine AS id, scope AS kind, type, resource AS part, if(is_begin, since, until) AS at, "
-     "version AS content, identity, arrayJoin([1, 0]) AS is_begin FROM @presence_rows FINAL WHERE removed = 0) "
+     "FROM (SELECT id, kind, word AS type, part, if(is_begin, begin, end) AS at, content, IDENTITY AS identity, "
+     "arrayJoin([1, 0]) AS is_begin FROM (PRESENCES)) "
      "WHERE at > 0 AND at < 9223372036854775807"},
 };
 // clang-format on
@@ -110,21 +118,45 @@ std::string ReplaceTimes(std::string query) {
     return query;
 }
 
+// Words of a view's query in capitals, and the expressions that replace them.
+constexpr std::pair<std::string_view, std::string_view> expressions[] = {
+    {"SCOPE", "if(kind = 1, 'hardware', if(kind = 2, 'system-information', 'snapshot'))"},
+    // Presences one by one; those of the present have no time of their end.
+    {"PRESENCES",
+     "SELECT id, kind, word, part, begin, end, content, text FROM (SELECT id, kind, parts, begins, texts, "
+     "arrayConcat(types, old_types) AS words, arrayConcat(versions, old_versions) AS contents, "
+     "arrayConcat(arrayMap(v -> toInt64(9223372036854775807), versions), old_ends) AS ends FROM "
+     "(SELECT machine AS id, scope AS kind, composition AS list, resource AS parts, since AS begins, "
+     "identity AS texts, until AS old_ends, type AS old_types, version AS old_versions FROM @presence_rows "
+     "FINAL WHERE removed = 0) ANY LEFT JOIN (SELECT digest AS list, type AS types, version AS versions FROM "
+     "@composition_rows FINAL WHERE removed = 0) USING list) ARRAY JOIN words AS word, parts AS part, begins "
+     "AS "
+     "begin, ends AS end, contents AS content, texts AS text"},
+    // The byte 1 is the identifier of the resource.
+    {"IDENTITY",
+     "if(position(text, '\\x01') = 0, text, concat(substring(text, 1, position(text, '\\x01') - 1), '\"', "
+     "hex(part), '\"', substring(text, position(text, '\\x01') + 1)))"},
+};
+
 std::string GetQuery(const TView& view, const std::string& database) {
-    const std::string scope = "if(kind = 1, 'hardware', if(kind = 2, 'system-information', 'snapshot'))";
-    return ReplaceTimes(ReplaceAll(ReplaceAll(std::string(view.query), "@", database), "SCOPE", scope));
+    std::string query(view.query);
+    for (const auto& [word, expression] : expressions) {
+        query = ReplaceAll(query, word, expression);
+    }
+    return ReplaceTimes(ReplaceAll(query, "@", database));
 }
 
 // Returns the engine of a table. The newest row of a loader has the highest number; other tables count
 // changes.
 std::string GetEngine(const TTable& table) {
-    const std::string newest = table.name == "loader" ? "number" : table.name == "identity" ? "" : "change";
-    return "ENGINE = ReplacingMergeTree(" + newest + ") ORDER BY (" + std::string(table.key) + ")";
+    const std::string newest = table.name == "loader" ? "number" : "change";
+    return "ENGINE = ReplacingMergeTree(" + newest + ") ORDER BY (" + std::string(table.key) +
+           ") SETTINGS index_granularity = " + std::to_string(table.granularity);
 }
 
 std::string GetColumns(const TTable& table) {
     const std::string columns(table.columns);
-    const bool hasChanges = table.name != "loader" && table.name != "identity";
+    const bool hasChanges = table.name != "loader";
     return hasChanges ? columns + ", change UInt64, removed UInt8" : columns;
 }
 

@@ -49,6 +49,17 @@ void TBatchBuilder::FindMachinesOf(std::vector<TReadInventory>& inventories) {
     }
 }
 
+void TBatchBuilder::FindUnfinished(const std::map<TInventoryKey, TReadInventory>& kept) {
+    std::vector<TMachineScope> places;
+    for (const auto& [key, read] : kept) {
+        if (places.empty() || places.back() != key.place) {
+            places.push_back(key.place);
+        }
+    }
+    const auto unfinished = store_.FindUnfinished(places);
+    unfinished_.insert(unfinished.begin(), unfinished.end());
+}
+
 // Of several inventories at one time the one with the greatest digest stays.
 TBatchBuilder::TGroups TBatchBuilder::RemoveKnown(std::vector<TReadInventory> inventories) {
     std::map<TInventoryKey, TReadInventory> kept;
@@ -60,10 +71,11 @@ TBatchBuilder::TGroups TBatchBuilder::RemoveKnown(std::vector<TReadInventory> in
             entry->second = std::move(read);
         }
     }
+    FindUnfinished(kept);
     std::vector<TInventoryKey> keys;
     for (const auto& [key, read] : kept) {
         const auto head = heads_.find(key.place);
-        if (!store_.IsAtomic() || (head != heads_.end() && key.time <= head->second.time)) {
+        if (unfinished_.contains(key.place) || (head != heads_.end() && key.time <= head->second.time)) {
             keys.push_back(key);
         }
     }
@@ -83,7 +95,7 @@ TBatchBuilder::TGroups TBatchBuilder::RemoveKnown(std::vector<TReadInventory> in
 
 // An inventory in which nothing changed since the newest one needs no state.
 bool TBatchBuilder::IsUnchanged(const THead* head, const TReadInventory& read) const {
-    return store_.IsAtomic() && head != nullptr && head->time < read.inventory.time &&
+    return head != nullptr && !unfinished_.contains(head->place) && head->time < read.inventory.time &&
            head->content == read.content;
 }
 
@@ -91,7 +103,7 @@ void TBatchBuilder::ReadStatesOf(const TGroups& groups) {
     std::vector<TMachineScope> places;
     for (const auto& [place, group] : groups) {
         const auto head = heads_.find(place);
-        const bool isNew = head == heads_.end() && store_.IsAtomic();
+        const bool isNew = head == heads_.end() && !unfinished_.contains(place);
         const auto isUnchanged = [&](const TReadInventory& read) {
             return head != heads_.end() && IsUnchanged(&head->second, read);
         };

@@ -37,6 +37,7 @@ class TBatchBuilder {
     using TGroups = std::map<TMachineScope, TGroup>;
 
     void FindMachinesOf(std::vector<TReadInventory>& inventories);
+    void FindUnfinished(const std::map<TInventoryKey, TReadInventory>& kept);
     TGroups RemoveKnown(std::vector<TReadInventory> inventories);
     void ReadStatesOf(const TGroups& groups);
     bool IsUnchanged(const THead* head, const TReadInventory& read) const;
@@ -48,6 +49,7 @@ class TBatchBuilder {
     TBatch batch_;
     std::optional<TMachineFinder> machines_;
     std::map<TMachineScope, THead> heads_;
+    std::set<TMachineScope> unfinished_;  // places to which a batch may have been written in part
     std::map<TMachineScope, TScopeState> states_;
     std::vector<std::shared_ptr<TCachedVersion>> versions_;
     std::set<TDigest> versionDigests_;

@@ -1,7 +1,7 @@
 // What questions read.
+#include "fleet/model/stored_values.h"
 #include "fleet/sqlite/search_number.h"
 #include "fleet/sqlite/sqlite_engine.h"
-#include "fleet/sqlite/stored_values.h"
 
 #include <algorithm>
 #include <iterator>

@@ -23,7 +23,6 @@ class TSqliteEngine final : public IFleetStore {
     int GetSchemaVersion() override;
     void Migrate() override;
 
-    bool IsAtomic() const override { return true; }
     void BeginBatch() override;
     void Write(const TBatch& batch) override;
     void AbandonBatch() noexcept override;
@@ -31,6 +30,10 @@ class TSqliteEngine final : public IFleetStore {
     std::vector<TAlias> ReadAliasesOf(const TMachineId& machine) override;
     std::vector<TMachine> FindMachines(std::span<const TMachineId> ids) override;
     std::vector<THead> ReadHeads(std::span<const TMachineId> machines) override;
+    // Batches are transactions.
+    std::vector<TMachineScope> FindUnfinished(std::span<const TMachineScope> /*places*/) override {
+        return {};
+    }
     std::vector<TInventory> FindInventories(std::span<const TInventoryKey> keys) override;
     std::vector<TScopeState> ReadStates(std::span<const TMachineScope> places) override;
     std::vector<TDigest> FindKnownVersions(std::span<const TDigest> versions) override;

@@ -1,7 +1,7 @@
 // What a load reads and writes.
+#include "fleet/model/stored_values.h"
 #include "fleet/sqlite/search_number.h"
 #include "fleet/sqlite/sqlite_engine.h"
-#include "fleet/sqlite/stored_values.h"
 
 #include <sqlite3.h>
 

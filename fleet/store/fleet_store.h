@@ -112,10 +112,6 @@ class IFleetStore {
 
     // Loading.
 
-    /// True if a batch is written as a whole or not at all. If it is not, the loader reads the states of all
-    /// places that it writes to, because they may be those of a batch that was written in part.
-    virtual bool IsAtomic() const = 0;
-
     /// Begins a batch. Everything that is read until Write or AbandonBatch is up to date when the batch is
     /// written: the engine keeps other loaders out, or finds out in Write that they came first.
     virtual void BeginBatch() = 0;
@@ -132,6 +128,9 @@ class IFleetStore {
     virtual std::vector<TMachine> FindMachines(std::span<const TMachineId> ids) = 0;
     /// Returns the heads of these machines in all scopes.
     virtual std::vector<THead> ReadHeads(std::span<const TMachineId> machines) = 0;
+    /// Returns those of the places to which a batch may have been written in part, in the order of `places`.
+    /// Their heads need not belong to their presences, and inventories may be missing or not the newest ones.
+    virtual std::vector<TMachineScope> FindUnfinished(std::span<const TMachineScope> places) = 0;
     /// Returns those of the inventories that are stored, without volatile values.
     virtual std::vector<TInventory> FindInventories(std::span<const TInventoryKey> keys) = 0;
     /// Returns one state for each place, in the order of `places`; an empty one if nothing is stored.

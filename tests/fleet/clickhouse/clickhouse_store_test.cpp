@@ -139,7 +139,7 @@ TEST(ClickHouseStore, ShowsRowsThatCountInItsViews) {
                        std::nullopt,
                        {{{"Caps", "string", NINVENTORY::EShape::array, {"a", "b"}}, false},
                         {{"Size", "string", NINVENTORY::EShape::null, {}}, false}}}};
-    batch.presences = {{place, "Disk", Id(4), always, 1'700'000'000, Id(3), {{"S1"}}},
+    batch.presences = {{place, "Disk", Id(4), always, 1'700'000'000, Id(3), {{"S1"}, {ToText(Id(4))}}},
                        {place, "Disk", Id(5), 9'999'999'999, open, Id(3), {}}};
     batch.inventories = {{place, 1'700'000'000, Id(6), "a.xml.gz", {}}};
     Write(*store, batch);
@@ -153,8 +153,9 @@ TEST(ClickHouseStore, ShowsRowsThatCountInItsViews) {
               machine + "\thost1\tsnapshot\t2023-11-14 22:13:20\t" + ToText(Id(6)) + "\ta.xml.gz\n");
     EXPECT_EQ(ReadView(url, "SELECT * FROM resources ORDER BY resource"),
               machine + "\thost1\tmodel1\tDisk\t" + ToText(Id(4)) + "\tsnapshot\t\\N\t2023-11-14 22:13:20\t" +
-                  ToText(Id(3)) + "\t[['S1']]\n" + machine + "\thost1\tmodel1\tDisk\t" + ToText(Id(5)) +
-                  "\tsnapshot\t9999999999\t\\N\t" + ToText(Id(3)) + "\t[]\n");
+                  ToText(Id(3)) + "\t[\"S1\",\"" + ToText(Id(4)) + "\"]\n" + machine +
+                  "\thost1\tmodel1\tDisk\t" + ToText(Id(5)) + "\tsnapshot\t9999999999\t\\N\t" +
+                  ToText(Id(3)) + "\t\n");
     EXPECT_EQ(ReadView(url, "SELECT * FROM properties ORDER BY name, element"),
               ToText(Id(3)) + "\tCaps\tstring\t1\ta\n" + ToText(Id(3)) + "\tCaps\tstring\t2\tb\n");
     EXPECT_EQ(
@@ -208,6 +209,78 @@ TEST(ClickHouseStore, KeepsItsClaimDuringALongBatch) {
     std::this_thread::sleep_for(std::chrono::seconds(2));
     store->Write(OneMachine(1));
     EXPECT_THAT(store->ReadMachines(), ElementsAre(Machine(1)));
+}
+
+// One inventory of a machine with one disk.
+TBatch OneInventory(TSeconds time) {
+    const TMachineScope place{Id(1), EScope::hardware};
+    TBatch batch = OneMachine(1);
+    batch.versions = {{Id(2), "Disk", "Disks", std::nullopt, {}}};
+    batch.presences = {{place, "Disk", Id(3), always, open, Id(2), {}}};
+    batch.heads = {{place, time, Id(4), Id(5), {}}};
+    batch.inventories = {{place, time, Id(4), "path", {}}};
+    return batch;
+}
+
+std::vector<TMachineScope> FindUnfinished(IFleetStore& store) {
+    store.BeginBatch();
+    auto places = store.FindUnfinished(std::vector{TMachineScope{Id(1), EScope::hardware}});
+    store.AbandonBatch();
+    return places;
+}
+
+TEST(ClickHouseStore, FindsPlacesThatABatchWasWrittenToInPart) {
+    const auto store = MakeStore();
+    store->Migrate();
+    EXPECT_THAT(FindUnfinished(*store), IsEmpty());
+    TBatch batch = OneInventory(100);
+    batch.heads.clear();
+    batch.inventories.clear();
+    Write(*store, batch);
+    EXPECT_EQ(FindUnfinished(*store).size(), 1U);  // neither head nor inventory
+    batch.heads = OneInventory(100).heads;
+    Write(*store, batch);
+    EXPECT_EQ(FindUnfinished(*store).size(), 1U);  // no inventory
+    Write(*store, OneInventory(100));
+    EXPECT_THAT(FindUnfinished(*store), IsEmpty());
+    batch.heads.clear();
+    batch.presences[0].since = 200;
+    Write(*store, batch);
+    EXPECT_EQ(FindUnfinished(*store).size(), 1U);  // presences of a later inventory
+}
+
+TEST(ClickHouseStore, FindsNoPlacesAfterInventoriesWithoutChanges) {
+    const auto store = MakeStore();
+    store->Migrate();
+    Write(*store, OneInventory(100));
+    TBatch batch = OneInventory(200);
+    batch.presences.clear();
+    Write(*store, batch);
+    EXPECT_THAT(FindUnfinished(*store), IsEmpty());
+}
+
+TEST(ClickHouseStore, StoresCompositionsAndLayoutsOnceAndRemovesUnusedOnes) {
+    const std::string url = MakeDatabaseUrl();
+    const auto store = OpenClickHouseStore(url);
+    store->Migrate();
+    const auto count = [&url](const std::string& table) {
+        return ReadView(url, "SELECT count() FROM " + table + " WHERE removed = 0");
+    };
+    TBatch batch = OneInventory(100);
+    batch.inventories[0].volatileValues = {
+        {Id(3), 0, {"MountCount", "unsignedLong", NINVENTORY::EShape::scalar, {"1"}}}};
+    Write(*store, batch);
+    batch.inventories[0].time = 200;
+    batch.inventories[0].volatileValues[0].property.values = {"2"};
+    Write(*store, batch);
+    EXPECT_EQ(count("composition_rows"), "1\n");
+    EXPECT_EQ(count("layout_rows"), "1\n");
+    TBatch removal;
+    removal.removedMachines = {Id(1)};
+    Write(*store, removal);
+    EXPECT_EQ(store->RemoveUnusedVersions(), 1U);
+    EXPECT_EQ(ReadView(url, "SELECT count() FROM composition_rows FINAL WHERE removed = 0"), "0\n");
+    EXPECT_EQ(ReadView(url, "SELECT count() FROM layout_rows FINAL WHERE removed = 0"), "0\n");
 }
 
 // A batch of many rows, in which each machine has the same.

@@ -1,5 +1,5 @@
 // Lists of values as JSON text and back.
-#include "fleet/sqlite/stored_values.h"
+#include "fleet/model/stored_values.h"
 
 #include <gtest/gtest.h>
 

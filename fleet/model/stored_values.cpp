@@ -1,4 +1,4 @@
-#include "fleet/sqlite/stored_values.h"
+#include "fleet/model/stored_values.h"
 
 #include "text/hex.h"
 #include "text/numbers.h"
