@@ -2,8 +2,14 @@
 // whose events go to functions that do nothing, on as many threads: the first inventory of each machine, then
 // two more. NOXINFO_BENCH_MACHINES is the number of machines. The documents are made in the folder
 // NOXINFO_BENCH_DOCUMENTS, or taken from it if it exists; without it, they are removed at the end.
+//
+// With NOXINFO_BENCH_CLICKHOUSE, such as clickhouse://127.0.0.1:8123/bench, the documents are loaded into
+// that database as well, which is made and removed. The processor time is that of this process; a server on
+// the same processors adds to the wall time.
 #include "bench/inventory_workload.h"
 #include "bench/made_fleet.h"
+#include "fleet/clickhouse/clickhouse_store.h"
+#include "fleet/clickhouse/client.h"
 #include "fleet/load/load.h"
 #include "fleet/load/source_files.h"
 #include "fleet/sqlite/sqlite_store.h"
@@ -22,6 +28,7 @@
 #include <iostream>
 #include <memory>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <utility>
@@ -106,6 +113,11 @@ class TFleetOnDisk {
 
     std::string GetFolder(unsigned day) const { return (root_ / std::to_string(day)).string(); }
     std::string GetDatabase() const { return (scratch_.GetPath() / "fleet.db").string(); }
+    // The fleet of all benchmarks.
+    static const TFleetOnDisk& Get() {
+        static const TFleetOnDisk fleet;
+        return fleet;
+    }
     const std::vector<std::string>& GetFiles(unsigned day) const { return files_[day]; }
     double GetCompressedBytes() const { return static_cast<double>(compressedBytes_); }
     double GetBytes() const { return static_cast<double>(bytes_); }
@@ -239,16 +251,63 @@ void ResetPeakMemory() {
     std::ofstream("/proc/self/clear_refs") << "5";
 }
 
-double GetSize(const std::string& path) {
-    return static_cast<double>(fs::file_size(path));
-}
+// A store that is measured.
+class IMeasuredStore {
+  public:
+    virtual ~IMeasuredStore() = default;
 
-void LoadAgainstBareParse(benchmark::State& state) {
-    const TFleetOnDisk fleet;
+    virtual std::unique_ptr<IFleetStore> Open() = 0;
+    // Returns the bytes on disk of the store, which is not open.
+    virtual double GetBytes() = 0;
+};
+
+class TMeasuredSqlite : public IMeasuredStore {
+  public:
+    std::unique_ptr<IFleetStore> Open() override { return OpenSqliteStore(path_); }
+    double GetBytes() override { return static_cast<double>(fs::file_size(path_)); }
+
+  private:
+    std::string path_ = TFleetOnDisk::Get().GetDatabase();
+};
+
+class TMeasuredClickHouse : public IMeasuredStore {
+  public:
+    explicit TMeasuredClickHouse(std::string url)
+        : url_(std::move(url)), client_(ParseClickHouseAddress(url_), OpenHttp(ReadClickHouseCredentials())) {
+        if (Open()->GetSchemaVersion() != 0) {
+            throw std::runtime_error(url_ + " has tables already");
+        }
+    }
+    ~TMeasuredClickHouse() override {
+        client_.Execute("DROP DATABASE " + QuoteName(client_.GetAddress().database));
+    }
+    TMeasuredClickHouse(const TMeasuredClickHouse&) = delete;
+    TMeasuredClickHouse& operator=(const TMeasuredClickHouse&) = delete;
+
+    std::unique_ptr<IFleetStore> Open() override { return OpenClickHouseStore(url_); }
+    double GetBytes() override {
+        const std::string ofDatabase = " WHERE database = " + QuoteText(client_.GetAddress().database);
+        std::istringstream tables(
+            Ask("SELECT name FROM system.tables" + ofDatabase + " AND name LIKE '%_rows'"));
+        for (std::string table; tables >> table;) {
+            client_.Execute("OPTIMIZE TABLE " + table + " FINAL");
+        }
+        return std::stod(Ask("SELECT sum(bytes_on_disk) FROM system.parts" + ofDatabase + " AND active"));
+    }
+
+  private:
+    std::string Ask(const std::string& query) { return client_.SelectText(query, "TabSeparated", {}); }
+
+    std::string url_;
+    TClickHouseClient client_;
+};
+
+void LoadAgainstBareParse(benchmark::State& state, IMeasuredStore& measured) {
+    const TFleetOnDisk& fleet = TFleetOnDisk::Get();
     xmlInitParser();
     ResetPeakMemory();
     for (auto iteration : state) {
-        auto store = OpenSqliteStore(fleet.GetDatabase());
+        auto store = measured.Open();
         store->Migrate();
         TTime bare;
         TTime first;
@@ -257,13 +316,14 @@ void LoadAgainstBareParse(benchmark::State& state) {
         bare += Measure([&] { ParseAll(fleet.GetFiles(0)); });
         first += Measure([&] { Load(fleet.GetFolder(0), *store); });
         store.reset();  // moves everything into the database file
-        store = OpenSqliteStore(fleet.GetDatabase());
-        const double firstBytes = GetSize(fleet.GetDatabase());
+        const double firstBytes = measured.GetBytes();
+        store = measured.Open();
         for (unsigned day = 1; day < days; ++day) {
             bareFollowing += Measure([&] { ParseAll(fleet.GetFiles(day)); });
             following += Measure([&] { Load(fleet.GetFolder(day), *store); });
         }
         store.reset();
+        const double bytes = measured.GetBytes();
         const double machines = GetMachines();
         state.SetIterationTime(first.wall + following.wall);
         state.counters["document_KB"] = fleet.GetBytes() / machines / days / 1e3;
@@ -275,14 +335,30 @@ void LoadAgainstBareParse(benchmark::State& state) {
         state.counters["first/parse_cpu"] = first.processor / bare.processor;
         state.counters["following/parse"] = following.wall / bareFollowing.wall;
         state.counters["following/parse_cpu"] = following.processor / bareFollowing.processor;
-        state.counters["bytes/gzip"] = GetSize(fleet.GetDatabase()) / fleet.GetCompressedBytes();
-        state.counters["following_bytes"] =
-            (GetSize(fleet.GetDatabase()) - firstBytes) / machines / (days - 1);
+        state.counters["all/parse"] = (first.wall + following.wall) / (bare.wall + bareFollowing.wall);
+        state.counters["bytes/gzip"] = bytes / fleet.GetCompressedBytes();
+        state.counters["following_bytes"] = (bytes - firstBytes) / machines / (days - 1);
         state.counters["peak_MiB"] = GetPeakMemory();
     }
 }
 
-BENCHMARK(LoadAgainstBareParse)->UseManualTime()->Iterations(1)->Unit(benchmark::kSecond);
+void LoadIntoSqlite(benchmark::State& state) {
+    TMeasuredSqlite store;
+    LoadAgainstBareParse(state, store);
+}
+
+void LoadIntoClickHouse(benchmark::State& state) {
+    const char* const url = std::getenv("NOXINFO_BENCH_CLICKHOUSE");
+    if (url == nullptr) {
+        state.SkipWithError("NOXINFO_BENCH_CLICKHOUSE is not set");
+        return;
+    }
+    TMeasuredClickHouse store(url);
+    LoadAgainstBareParse(state, store);
+}
+
+BENCHMARK(LoadIntoSqlite)->UseManualTime()->Iterations(1)->Unit(benchmark::kSecond);
+BENCHMARK(LoadIntoClickHouse)->UseManualTime()->Iterations(1)->Unit(benchmark::kSecond);
 
 }  // namespace
 }  // namespace NFLEET
