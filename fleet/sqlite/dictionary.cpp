@@ -4,9 +4,6 @@
 
 namespace NFLEET {
 
-TDigestTable::TDigestTable(TConnection& connection, const std::string& table)
-    : find_(connection.Prepare("SELECT id FROM " + table + " WHERE digest = ?")) {}
-
 std::optional<std::int64_t> TDigestTable::Find(const TDigest& digest) {
     if (const auto known = known_.find(digest); known != known_.end()) {
         return known->second;

@@ -12,12 +12,11 @@
 
 namespace NFLEET {
 
-/// A table (id, digest, ...) whose rows are found by digest. Remembers the numbers that it found, up to a
-/// limit.
+/// Rows with a number that are found by digest. Remembers the numbers that it found, up to a limit.
 class TDigestTable {
   public:
-    /// Both must outlive this object. `table` is a name of the schema.
-    TDigestTable(TConnection& connection, const std::string& table);
+    /// `connection` must outlive this object. `find` selects the number for a digest, its parameter.
+    TDigestTable(TConnection& connection, std::string_view find) : find_(connection.Prepare(find)) {}
 
     std::optional<std::int64_t> Find(const TDigest& digest);
     /// Remembers the number of a row that was inserted.

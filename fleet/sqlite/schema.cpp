@@ -68,7 +68,13 @@ CREATE UNIQUE INDEX inventory_key ON inventory(machine, scope, time);
 
 CREATE TABLE resource(
   id INTEGER PRIMARY KEY,
-  digest BLOB NOT NULL UNIQUE);
+  digest BLOB NOT NULL);
+CREATE TABLE resource_key(
+  digest BLOB PRIMARY KEY,
+  resource INTEGER NOT NULL) WITHOUT ROWID;
+CREATE TABLE recent_resource_key(
+  digest BLOB PRIMARY KEY,
+  resource INTEGER NOT NULL) WITHOUT ROWID;
 
 CREATE TABLE version(
   id INTEGER PRIMARY KEY,

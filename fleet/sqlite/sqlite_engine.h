@@ -86,7 +86,7 @@ class TSqliteEngine final : public IFleetStore {
     void WritePresences(const std::vector<TPresence>& presences);
     void InsertResources(const std::vector<TPresence>& presences);
     void WriteParts(std::vector<TPartRow> parts);
-    void MoveRecentParts();
+    void MoveRecentRows(std::int64_t limit);
     void WriteMachine(const TMachine& machine);
     void WriteHead(const THead& head);
     void WriteInventory(const TInventory& inventory);
@@ -106,7 +106,7 @@ class TSqliteEngine final : public IFleetStore {
     TConnection connection_;
     std::unique_ptr<TTables> tables_;
     std::int64_t dataVersion_ = 0;
-    std::int64_t recentParts_ = -1;  ///< largest possible number of rows; negative if it must be counted
+    std::int64_t recentRows_ = -1;  ///< largest possible number; negative if they must be counted
 };
 
 }  // namespace NFLEET

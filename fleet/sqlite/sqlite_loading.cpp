@@ -16,7 +16,7 @@ namespace {
 constexpr std::int64_t identifyingBit = 4;
 
 // Some ten megabytes of rows, which one batch may change all over.
-constexpr std::int64_t maxRecentParts = 400000;
+constexpr std::int64_t maxRecentRows = 400000;
 
 std::optional<TSeconds> ToColumn(TSeconds until) {
     return until == open ? std::nullopt : std::optional(until);
@@ -36,7 +36,7 @@ void TSqliteEngine::BeginBatch() {
     const std::int64_t dataVersion = connection_.GetInteger("PRAGMA data_version");
     if (dataVersion != dataVersion_) {
         tables.Forget();
-        recentParts_ = -1;
+        recentRows_ = -1;
         dataVersion_ = dataVersion;
     }
 }
@@ -55,7 +55,7 @@ void TSqliteEngine::AbandonBatch() noexcept {
     if (tables_ != nullptr) {
         tables_->Forget();
     }
-    recentParts_ = -1;
+    recentRows_ = -1;
     if (connection_.IsInTransaction()) {
         // A failure leaves the transaction to the next one that opens the database, which undoes it.
         (void)sqlite3_exec(connection_.Get(), "ROLLBACK", nullptr, nullptr, nullptr);
@@ -94,6 +94,8 @@ std::int64_t TSqliteEngine::InsertResource(const TDigest& digest) {
     }
     tables.insertResource.Run(digest);
     const std::int64_t id = sqlite3_last_insert_rowid(connection_.Get());
+    tables.insertResourceKey.Run(digest, id);
+    recentRows_ += recentRows_ < 0 ? 0 : 1;
     tables.resources.Remember(digest, id);
     return id;
 }
@@ -186,6 +188,7 @@ void TSqliteEngine::WritePresences(const std::vector<TPresence>& presences) {
         }
     }
     WriteParts(std::move(parts));
+    MoveRecentRows(maxRecentRows);
 }
 
 void TSqliteEngine::InsertResources(const std::vector<TPresence>& presences) {
@@ -217,19 +220,21 @@ void TSqliteEngine::WriteParts(std::vector<TPartRow> parts) {
     for (const TPartRow& part : parts) {
         GetTables().insertPart.Run(part.search, part.machine, part.scope, part.type, part.resource);
     }
-    if (recentParts_ < 0) {
-        recentParts_ = connection_.GetInteger("SELECT count(*) FROM recent_part");
-    } else {
-        recentParts_ += static_cast<std::int64_t>(parts.size());
-    }
-    if (recentParts_ > maxRecentParts) {
-        MoveRecentParts();
-    }
+    recentRows_ += recentRows_ < 0 ? 0 : static_cast<std::int64_t>(parts.size());
 }
 
-void TSqliteEngine::MoveRecentParts() {
-    connection_.Execute("INSERT OR IGNORE INTO part SELECT * FROM recent_part; DELETE FROM recent_part");
-    recentParts_ = 0;
+// Moves the rows that wait into the large tables when there are many.
+void TSqliteEngine::MoveRecentRows(std::int64_t limit) {
+    if (recentRows_ < 0) {
+        recentRows_ = connection_.GetInteger(
+            "SELECT (SELECT count(*) FROM recent_part) + (SELECT count(*) FROM recent_resource_key)");
+    }
+    if (recentRows_ > limit) {
+        connection_.Execute(
+            "INSERT OR IGNORE INTO part SELECT * FROM recent_part; DELETE FROM recent_part;"
+            "INSERT INTO resource_key SELECT * FROM recent_resource_key; DELETE FROM recent_resource_key");
+        recentRows_ = 0;
+    }
 }
 
 void TSqliteEngine::WriteMachine(const TMachine& machine) {
@@ -372,7 +377,7 @@ std::optional<std::uint64_t> TSqliteEngine::RemoveUnusedVersions() {
     (void)GetTables();
     BeginBatch();
     try {
-        MoveRecentParts();
+        MoveRecentRows(0);
         connection_.Execute(
             "CREATE TEMP TABLE used(version INTEGER PRIMARY KEY);"
             "INSERT INTO used SELECT DISTINCT version FROM presence");
@@ -382,6 +387,7 @@ std::optional<std::uint64_t> TSqliteEngine::RemoveUnusedVersions() {
             "DELETE FROM property WHERE version NOT IN (SELECT version FROM used);"
             "DELETE FROM version WHERE id NOT IN (SELECT version FROM used);"
             "DELETE FROM resource WHERE id NOT IN (SELECT resource FROM presence);"
+            "DELETE FROM resource_key WHERE resource NOT IN (SELECT id FROM resource);"
             "DELETE FROM part WHERE NOT EXISTS (SELECT 1 FROM presence AS p WHERE p.machine = part.machine"
             " AND p.scope = part.scope AND p.type = part.type AND p.resource = part.resource);"
             "DROP TABLE used");

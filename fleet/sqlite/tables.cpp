@@ -4,11 +4,14 @@ namespace NFLEET {
 
 TTables::TTables(TConnection& connection)
     : words(connection),
-      machines(connection, "machine"),
-      resources(connection, "resource"),
-      versions(connection, "version"),
-      layouts(connection, "layout"),
+      machines(connection, "SELECT id FROM machine WHERE digest = ?"),
+      resources(connection,
+                "SELECT resource FROM recent_resource_key WHERE digest = ?1"
+                " UNION ALL SELECT resource FROM resource_key WHERE digest = ?1"),
+      versions(connection, "SELECT id FROM version WHERE digest = ?"),
+      layouts(connection, "SELECT id FROM layout WHERE digest = ?"),
       insertResource(connection.Prepare("INSERT INTO resource(digest) VALUES(?)")),
+      insertResourceKey(connection.Prepare("INSERT INTO recent_resource_key(digest, resource) VALUES(?, ?)")),
       insertVersion(
           connection.Prepare("INSERT INTO version(digest, type, list, identifier) VALUES(?, ?, ?, ?)")),
       insertProperty(

@@ -17,6 +17,7 @@ struct TTables {
     TDigestTable layouts;
 
     TStatement insertResource;
+    TStatement insertResourceKey;
     TStatement insertVersion;
     TStatement insertProperty;
     TStatement insertLayout;
