@@ -239,10 +239,6 @@ void AppendValues(const TCohort& cohort, const std::vector<TRareValue>& rare, co
     }
 }
 
-bool IsCounted(std::string_view type) {
-    return std::ranges::find(countedTypes, type) != std::end(countedTypes);
-}
-
 // Compares the numbers of parts of one type.
 void AppendNumbers(const TCohort& cohort, const std::string& type,
                    const std::unordered_map<TMachineId, std::int64_t, TDigestHash>& numbers,
@@ -268,13 +264,11 @@ void AppendNumbers(const TCohort& cohort, const std::string& type,
     }
 }
 
-void AppendNumbers(const TCohort& cohort, const std::vector<TPresence>& rows,
-                   std::vector<TOutlier>& outliers) {
+void AppendNumbers(IFleetStore& store, const TCohort& cohort, std::vector<TOutlier>& outliers) {
+    const std::vector<std::string> types(std::begin(countedTypes), std::end(countedTypes));
     std::map<std::string, std::unordered_map<TMachineId, std::int64_t, TDigestHash>> numbers;
-    for (const TPresence& row : rows) {
-        if (IsCounted(row.type)) {
-            ++numbers[row.type][row.place.machine];
-        }
+    for (const TPartCount& count : store.CountParts({.model = cohort.model, .types = types})) {
+        numbers[count.type][count.machine] = static_cast<std::int64_t>(count.resources);
     }
     for (const auto& [type, counts] : numbers) {
         AppendNumbers(cohort, type, counts, outliers);
@@ -294,17 +288,12 @@ std::vector<TOutlier> FindOutliers(IFleetStore& store, const TCohort& cohort,
     for (const TRareValue& value : rare) {
         wanted.insert(value.value->versions.begin(), value.value->versions.end());
     }
-    for (const TVersionCount& count : counts) {
-        if (IsCounted(count.type)) {
-            wanted.insert(count.version);
-        }
-    }
     const std::vector<TPresence> rows =
         store.FindPresences(std::vector(wanted.begin(), wanted.end()), cohort.model);
     AttachRows(rows, cohort, rare);
     std::vector<TOutlier> outliers;
     AppendValues(cohort, rare, versions, TTypicalMachine(store, cohort, rare), outliers);
-    AppendNumbers(cohort, rows, outliers);
+    AppendNumbers(store, cohort, outliers);
     std::ranges::stable_sort(outliers, {}, &TOutlier::GetOrder);
     return outliers;
 }

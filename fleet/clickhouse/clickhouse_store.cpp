@@ -98,6 +98,14 @@ bool Contains(const TIdentity& identity, std::string_view value) {
     });
 }
 
+// Passes the elements in order to an action, so many at once.
+template <typename T, typename TAction>
+void ForEachPart(std::span<const T> all, std::size_t size, TAction&& action) {
+    for (std::size_t begin = 0; begin < all.size(); begin += size) {
+        action(all.subspan(begin, std::min(size, all.size() - begin)));
+    }
+}
+
 // Machines whose scopes that count have the same compositions.
 struct TAlikeMachines {
     std::string model;
@@ -188,6 +196,7 @@ class TClickHouseStore : public IFleetStore {
     std::vector<TPresence> ReadChanges(const TChangeQuery& query) override;
     std::vector<TPresence> FindIdentity(std::string_view value) override;
     std::vector<TVersionCount> CountVersions(const TCountQuery& query) override;
+    std::vector<TPartCount> CountParts(const TCountQuery& query) override;
     std::vector<TPresence> FindPresences(std::span<const TDigest> versions,
                                          const std::optional<std::string>& model) override;
     std::vector<TVersion> ReadVersions(std::span<const TDigest> versions) override;
@@ -256,15 +265,6 @@ class TClickHouseStore : public IFleetStore {
 
 TInventoryKey KeyOf(const TInventory& inventory) {
     return {inventory.place, inventory.time};
-}
-
-// Adds what a layout has to values that were stored without it.
-void Describe(const std::vector<TVolatileValue>& layout, std::vector<TVolatileValue>& values) {
-    for (std::size_t i = 0; i < std::min(layout.size(), values.size()); ++i) {
-        auto texts = std::move(values[i].property.values);
-        values[i] = layout[i];
-        values[i].property.values = std::move(texts);
-    }
 }
 
 template <typename TRow, typename TOrder>
@@ -487,7 +487,7 @@ void TClickHouseStore::InsertInventories(const std::vector<TInventory>& inventor
     std::vector<TVolatileLayout> layouts;
     for (const TInventory& inventory : inventories) {
         TVolatileLayout layout = MakeLayout(inventory.volatileValues);
-        rows.push_back({inventory, layout.digest});
+        rows.push_back({inventory, layout.digest, ListResources(inventory.volatileValues)});
         layouts.push_back(std::move(layout));
     }
     InsertMissing(std::move(layouts), EStep::layouts);
@@ -752,16 +752,16 @@ std::vector<TInventory> TClickHouseStore::ReadWithValues(const std::string& cond
                                     [](const TInventoryRow& row) { return KeyOf(row.inventory); });
     std::set<TDigest> digests;
     std::ranges::transform(rows, std::inserter(digests, digests.end()), &TInventoryRow::layout);
-    std::map<TDigest, std::vector<TVolatileValue>> layouts;
+    std::map<TDigest, TVolatileLayout> layouts{{TDigest(), {}}};
     Select(
         MakeQuery<TVolatileLayout>(IsAmongIds("digest")), &TRowFormat<TVolatileLayout>::Decode,
-        [&layouts](TVolatileLayout row) { layouts.emplace(row.digest, std::move(row.values)); },
+        [&layouts](TVolatileLayout row) { layouts.emplace(row.digest, std::move(row)); },
         MakeIds(std::vector(digests.begin(), digests.end())));
     std::vector<TInventory> inventories;
     for (TInventoryRow& row : rows) {
-        const auto layout = layouts.find(row.layout);
-        if (layout != layouts.end()) {
-            Describe(layout->second, row.inventory.volatileValues);
+        if (!Complete(layouts[row.layout], row.resources, row.inventory.volatileValues)) {
+            throw TStoreError(GetName() +
+                              ": the rows of layout_rows do not belong to those of inventory_rows");
         }
         inventories.push_back(std::move(row.inventory));
     }
@@ -826,33 +826,78 @@ void TClickHouseStore::ForEachAlike(const std::optional<std::string>& model,
                        " GROUP BY machine) ALL INNER JOIN (" + SelectMachines("id AS machine, model", model) +
                        ") USING machine) GROUP BY model, lists",
                    &DecodeAlikeMachines, [&all](TAlikeMachines row) { all.push_back(std::move(row)); });
-    for (std::size_t begin = 0; begin < all.size(); begin += compositionsAtOnce) {
-        const auto some = std::span(all).subspan(begin, std::min(compositionsAtOnce, all.size() - begin));
+    ForEachPart(std::span<const TAlikeMachines>(all), compositionsAtOnce, [&](const auto& some) {
         std::vector<TDigest> digests;
         for (const TAlikeMachines& machines : some) {
             digests.insert(digests.end(), machines.compositions.begin(), machines.compositions.end());
         }
         ReadCompositions(std::move(digests));
         std::ranges::for_each(some, action);
-    }
+    });
 }
 
+std::vector<TPartCount> TClickHouseStore::CountParts(const TCountQuery& query) {
+    struct TMachinePart {
+        TMachineId machine;
+        TDigest composition;
+    };
+    std::vector<TMachinePart> all;
+    client_.Select(
+        SelectPresentRows("machine, composition", query.model),
+        [](TRowBinaryReader& reader) {
+            const TDigest machine = DecodeDigest(reader);
+            return TMachinePart{machine, DecodeDigest(reader)};
+        },
+        [&all](const TMachinePart& row) { all.push_back(row); });
+    std::map<std::pair<TMachineId, std::string>, std::uint64_t> counts;
+    ForEachPart(std::span<const TMachinePart>(all), compositionsAtOnce, [&](const auto& some) {
+        std::vector<TDigest> digests;
+        std::ranges::transform(some, std::back_inserter(digests), &TMachinePart::composition);
+        ReadCompositions(std::move(digests));
+        for (const TMachinePart& row : some) {
+            for (const TComposition::TElement& element : GetComposition(row.composition).elements) {
+                if (std::ranges::find(query.types, element.type) != query.types.end()) {
+                    ++counts[{row.machine, element.type}];
+                }
+            }
+        }
+    });
+    std::vector<TPartCount> ordered;
+    for (const auto& [key, number] : counts) {
+        ordered.push_back({key.first, key.second, number});
+    }
+    return ordered;
+}
+
+// The machines are found first, by the compositions of their rows, which are small. The digests of machines
+// and versions are passed as one table.
 std::vector<TPresence> TClickHouseStore::FindPresences(std::span<const TDigest> versions,
                                                        const std::optional<std::string>& model) {
+    auto digests = ReadDigests(SelectPresentRows("DISTINCT machine", model) +
+                                   " AND composition GLOBAL IN (SELECT digest FROM composition_rows FINAL "
+                                   "ARRAY JOIN version AS content "
+                                   "WHERE removed = 0 AND content IN (SELECT id FROM ids))",
+                               MakeIds(versions));
+    if (digests.empty()) {
+        return {};
+    }
+    digests.insert(digests.end(), versions.begin(), versions.end());
     std::vector<TPresence> presences;
     Select(
         "SELECT machine, scope, kind, part, begin, content, value FROM (SELECT machine, scope, resource, "
         "since, "
         "identity, kinds, contents FROM (" +
-            SelectPresentRows("machine, scope, composition, resource, since, identity", model) +
+            SelectPresentRows("machine, scope, composition, resource, since, identity", model) + " " +
+            IsAmongIds("machine") +
             ") ALL INNER JOIN (SELECT digest AS composition, type AS kinds, version AS contents FROM "
             "composition_rows FINAL WHERE removed = 0) USING composition) ARRAY JOIN kinds AS kind, contents "
             "AS "
             "content, arraySlice(resource, 1, length(contents)) AS part, arraySlice(since, 1, "
-            "length(contents)) AS "
-            "begin, arraySlice(identity, 1, length(contents)) AS value WHERE content IN (SELECT id FROM ids)",
+            "length(contents)) "
+            "AS begin, arraySlice(identity, 1, length(contents)) AS value WHERE content IN (SELECT id FROM "
+            "ids)",
         &DecodeOpenPresence, [&presences](TPresence row) { presences.push_back(std::move(row)); },
-        MakeIds(versions));
+        MakeIds(digests));
     std::ranges::sort(presences, {}, &TPresence::GetKey);
     return presences;
 }

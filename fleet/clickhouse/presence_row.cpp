@@ -3,6 +3,7 @@
 #include "fleet/model/stored_values.h"
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <tuple>
 #include <utility>
@@ -114,7 +115,44 @@ std::string FormatSearchedValue(std::string_view value) {
 }
 
 TVolatileLayout MakeLayout(const std::vector<TVolatileValue>& values) {
-    return {values.empty() ? TDigest() : MakeDigest(FormatLayout(values)), values};
+    TVolatileLayout layout{{}, {}, values};
+    std::string text;
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        const bool isNext = i > 0 && values[i].resource == values[i - 1].resource;
+        if (!isNext) {
+            layout.numbers.push_back(0);
+        }
+        ++layout.numbers.back();
+        const auto& property = values[i].property;
+        text += FormatValues({{isNext ? "next" : "", std::to_string(values[i].position), property.name,
+                               property.type, std::to_string(static_cast<int>(property.shape))}});
+    }
+    layout.digest = values.empty() ? TDigest() : MakeDigest(text);
+    return layout;
+}
+
+std::vector<TDigest> ListResources(const std::vector<TVolatileValue>& values) {
+    std::vector<TDigest> resources;
+    std::ranges::transform(values, std::back_inserter(resources), &TVolatileValue::resource);
+    resources.erase(std::unique(resources.begin(), resources.end()), resources.end());
+    return resources;
+}
+
+bool Complete(const TVolatileLayout& layout, const std::vector<TDigest>& resources,
+              std::vector<TVolatileValue>& values) {
+    if (values.size() != layout.values.size() || resources.size() != layout.numbers.size()) {
+        return false;
+    }
+    std::size_t i = 0;
+    for (std::size_t resource = 0; resource < resources.size(); ++resource) {
+        for (std::uint32_t n = 0; n < layout.numbers[resource] && i < values.size(); ++n, ++i) {
+            auto texts = std::move(values[i].property.values);
+            values[i] = layout.values[i];
+            values[i].resource = resources[resource];
+            values[i].property.values = std::move(texts);
+        }
+    }
+    return true;
 }
 
 }  // namespace NFLEET

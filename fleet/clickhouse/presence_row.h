@@ -7,6 +7,7 @@
 
 #include "fleet/model/rows.h"
 
+#include <cstdint>
 #include <optional>
 #include <span>
 #include <string>
@@ -65,13 +66,22 @@ std::optional<TIdentity> ParseIdentity(std::string_view text, const TDigest& res
 /// identifier of the resource.
 std::string FormatSearchedValue(std::string_view value);
 
-/// What volatile values have in common with those of the machine's other inventories: all but the values.
+/// What the volatile values of an inventory have in common with those of others, also of other machines.
 struct TVolatileLayout {
-    TDigest digest;                      ///< of everything but the values; zero without any
-    std::vector<TVolatileValue> values;  ///< their values do not count
+    TDigest digest;                      ///< of everything that counts; zero without any values
+    std::vector<std::uint32_t> numbers;  ///< of consecutive values of one resource
+    std::vector<TVolatileValue> values;  ///< their resources and values do not count
 };
 
 /// Makes the layout of the volatile values of an inventory.
 TVolatileLayout MakeLayout(const std::vector<TVolatileValue>& values);
+
+/// Returns the resources of volatile values, once for consecutive values of one resource.
+std::vector<TDigest> ListResources(const std::vector<TVolatileValue>& values);
+
+/// Adds the layout and the resources to values that have nothing but values. Returns false for a layout of
+/// other values.
+bool Complete(const TVolatileLayout& layout, const std::vector<TDigest>& resources,
+              std::vector<TVolatileValue>& values);
 
 }  // namespace NFLEET

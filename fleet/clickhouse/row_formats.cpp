@@ -209,6 +209,7 @@ void TRowFormat<TInventoryRow>::Encode(TRowBinaryWriter& writer, const TInventor
     const TInventory& inventory = row.inventory;
     EncodeKey(writer, {inventory.place, inventory.time});
     writer.Fixed(inventory.digest.GetView()).Text(inventory.source).Fixed(row.layout.GetView());
+    EncodeColumn(writer, row.resources, [&](const TDigest& resource) { writer.Fixed(resource.GetView()); });
     EncodeValues(writer, inventory.volatileValues);
 }
 
@@ -222,40 +223,24 @@ TInventory TRowFormat<TInventoryRow>::DecodeShort(TRowBinaryReader& reader) {
 }
 
 TInventoryRow TRowFormat<TInventoryRow>::Decode(TRowBinaryReader& reader) {
-    TInventoryRow row{DecodeShort(reader), DecodeDigest(reader)};
+    TInventoryRow row{DecodeShort(reader), DecodeDigest(reader), {}};
+    DecodeColumn(reader, row.resources, [&](TDigest& resource) { resource = DecodeDigest(reader); });
     DecodeValues(reader, row.inventory.volatileValues);
     return row;
 }
 
-// Values of one resource follow each other, so that its identifier is written once.
 void TRowFormat<TVolatileLayout>::Encode(TRowBinaryWriter& writer, const TVolatileLayout& row) {
-    std::vector<std::pair<TDigest, std::uint32_t>> runs;
-    for (const TVolatileValue& value : row.values) {
-        if (runs.empty() || runs.back().first != value.resource) {
-            runs.emplace_back(value.resource, 0);
-        }
-        ++runs.back().second;
-    }
     writer.Fixed(row.digest.GetView());
-    EncodeColumn(writer, runs, [&](const auto& run) { writer.Fixed(run.first.GetView()); });
-    EncodeColumn(writer, runs, [&](const auto& run) { writer.Number(run.second); });
+    EncodeColumn(writer, row.numbers, [&](std::uint32_t number) { writer.Number(number); });
     EncodeColumn(writer, row.values, [&](const auto& value) { writer.Number(value.position); });
     EncodeDescriptions(writer, row.values);
 }
 
 TVolatileLayout TRowFormat<TVolatileLayout>::Decode(TRowBinaryReader& reader) {
-    TVolatileLayout row{DecodeDigest(reader), {}};
-    std::vector<std::pair<TDigest, std::uint32_t>> runs;
-    DecodeColumn(reader, runs, [&](auto& run) { run.first = DecodeDigest(reader); });
-    DecodeColumn(reader, runs, [&](auto& run) { run.second = reader.Number<std::uint32_t>(); });
+    TVolatileLayout row{DecodeDigest(reader), {}, {}};
+    DecodeColumn(reader, row.numbers, [&](auto& number) { number = reader.Number<std::uint32_t>(); });
     DecodeColumn(reader, row.values, [&](auto& value) { value.position = reader.Number<std::uint32_t>(); });
     DecodeDescriptions(reader, row.values);
-    auto value = row.values.begin();
-    for (const auto& [resource, number] : runs) {
-        for (std::uint32_t i = 0; i < number && value != row.values.end(); ++i, ++value) {
-            value->resource = resource;
-        }
-    }
     return row;
 }
 

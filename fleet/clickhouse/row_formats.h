@@ -56,10 +56,11 @@ struct TRowFormat<THeadRow> {
     static THeadRow Decode(TRowBinaryReader& reader);
 };
 
-/// An inventory as it is stored: its volatile values have values only, and the layout has the rest.
+/// An inventory as it is stored: its volatile values have values only; a layout has the rest.
 struct TInventoryRow {
     TInventory inventory;
     TDigest layout;
+    std::vector<TDigest> resources;
 };
 
 template <>
@@ -69,7 +70,7 @@ struct TRowFormat<TInventoryRow> {
     /// The columns without volatile values, which DecodeShort expects.
     static constexpr std::string_view shortColumns = "machine, scope, time, digest, source";
     static constexpr std::string_view columns =
-        "machine, scope, time, digest, source, layout, volatile_values";
+        "machine, scope, time, digest, source, layout, resource, volatile_values";
     static void EncodeKey(TRowBinaryWriter& writer, const TInventoryKey& inventory);
     static void Encode(TRowBinaryWriter& writer, const TInventoryRow& row);
     static TInventoryRow Decode(TRowBinaryReader& reader);
@@ -80,7 +81,7 @@ template <>
 struct TRowFormat<TVolatileLayout> {
     static constexpr std::string_view table = "layout_rows";
     static constexpr std::string_view key = "digest";
-    static constexpr std::string_view columns = "digest, resource, number, position, name, type, shape";
+    static constexpr std::string_view columns = "digest, number, position, name, type, shape";
     static void Encode(TRowBinaryWriter& writer, const TVolatileLayout& row);
     static TVolatileLayout Decode(TRowBinaryReader& reader);
 };

@@ -39,12 +39,12 @@ constexpr TTable tables[] = {
      "machine, scope", byMachine, 8192},
     {"inventory",
      "machine FixedString(16), scope UInt8, time Int64, digest FixedString(16), source String, layout FixedString(16), "
-     "volatile_values Array(Array(String))",
+     "resource Array(FixedString(16)), volatile_values Array(Array(String))",
      "machine, scope, time", byMachine, 1024},
-    // Everything about volatile values that is the same in most inventories of a machine.
+    // Everything about volatile values that is the same in most inventories.
     {"layout",
-     "digest FixedString(16), resource Array(FixedString(16)), number Array(UInt32), position Array(UInt32), "
-     "name Array(String), type Array(String), shape Array(UInt8)",
+     "digest FixedString(16), number Array(UInt32), position Array(UInt32), name Array(String), type Array(String), "
+     "shape Array(UInt8)",
      "digest", "cityHash64(digest)", 256},
     {"version",
      "digest FixedString(16), type String, list String, id Nullable(String), property_name Array(String), "

@@ -289,6 +289,25 @@ std::vector<TVersionCount> TSqliteEngine::CountVersions(const TCountQuery& query
     return counts;
 }
 
+std::vector<TPartCount> TSqliteEngine::CountParts(const TCountQuery& query) {
+    TTables& tables = GetTables();
+    std::vector<std::int64_t> types;
+    for (const std::string& type : query.types) {
+        types.push_back(tables.words.Find(type).value_or(-1));
+    }
+    std::map<std::pair<TMachineId, std::int64_t>, std::uint64_t> numbers;
+    ForEachCurrent(query.model, types, [&](const TCurrentMachine& machine, TStatement& row) {
+        ++numbers[{machine.digest, row.GetInteger(0)}];
+    });
+    std::vector<TPartCount> counts;
+    for (const auto& [key, number] : numbers) {
+        counts.push_back({key.first, tables.words.GetText(key.second), number});
+    }
+    std::ranges::sort(counts, {},
+                      [](const TPartCount& count) { return std::tie(count.machine, count.type); });
+    return counts;
+}
+
 std::vector<TPresence> TSqliteEngine::FindPresences(std::span<const TDigest> versions,
                                                     const std::optional<std::string>& model) {
     TTables& tables = GetTables();

@@ -47,6 +47,7 @@ class TSqliteEngine final : public IFleetStore {
     std::vector<TPresence> ReadChanges(const TChangeQuery& query) override;
     std::vector<TPresence> FindIdentity(std::string_view value) override;
     std::vector<TVersionCount> CountVersions(const TCountQuery& query) override;
+    std::vector<TPartCount> CountParts(const TCountQuery& query) override;
     std::vector<TPresence> FindPresences(std::span<const TDigest> versions,
                                          const std::optional<std::string>& model) override;
     std::vector<TVersion> ReadVersions(std::span<const TDigest> versions) override;

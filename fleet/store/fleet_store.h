@@ -84,6 +84,15 @@ struct TVersionCount {
     bool operator==(const TVersionCount&) const = default;
 };
 
+/// The number of resources of a type in the present state of a machine.
+struct TPartCount {
+    TMachineId machine;
+    std::string type;
+    std::uint64_t resources = 0;
+
+    bool operator==(const TPartCount&) const = default;
+};
+
 /// A value of a query's result.
 using TSqlValue = std::variant<std::monostate, std::int64_t, double, std::string>;
 
@@ -162,6 +171,9 @@ class IFleetStore {
     virtual std::vector<TPresence> FindIdentity(std::string_view value) = 0;
     /// Counts versions in the present state of the machines; ordered by model, type and version.
     virtual std::vector<TVersionCount> CountVersions(const TCountQuery& query) = 0;
+    /// Counts the resources of the types of a query, which are not empty, in the present state of each machine;
+    /// ordered by machine and type. A machine without resources of a type has no count.
+    virtual std::vector<TPartCount> CountParts(const TCountQuery& query) = 0;
     /// Returns the rows of the present state that have one of the versions, of machines of a model or of all.
     virtual std::vector<TPresence> FindPresences(std::span<const TDigest> versions,
                                                  const std::optional<std::string>& model) = 0;

@@ -192,7 +192,9 @@ std::vector<std::string> AskEverything(IFleetStore& store) {
         [&] { (void)store.ReadStates(places); },    [&] { (void)store.FindKnownVersions(ids); },
         [&] { (void)store.ReadInventories({}); },   [&] { (void)store.ReadPresences(places[0], 10); },
         [&] { (void)store.ReadChanges({}); },       [&] { (void)store.FindIdentity("S7"); },
-        [&] { (void)store.CountVersions({}); },     [&] { (void)store.FindPresences(ids, std::nullopt); },
+        [&] { (void)store.CountVersions({}); },
+        [&] { (void)store.CountParts({.model = std::nullopt, .types = {"Disk"}}); },
+        [&] { (void)store.FindPresences(ids, std::nullopt); },
         [&] { (void)store.ReadVersions(ids); },
     };
     std::vector<std::string> failures;

@@ -100,16 +100,34 @@ TEST(FormatSearchedValue, IsPartOfEveryIdentityWithTheValue) {
     }
 }
 
-TEST(MakeLayout, DoesNotDependOnValues) {
+TEST(MakeLayout, DoesNotDependOnResourcesAndValues) {
     const NINVENTORY::TProperty property{"MountCount", "unsignedLong", NINVENTORY::EShape::scalar, {"1"}};
-    std::vector<TVolatileValue> values{{MakeDigest("disk"), 3, property}};
+    std::vector<TVolatileValue> values{{MakeDigest("disk"), 3, property}, {MakeDigest("disk"), 4, property}};
     const TDigest layout = MakeLayout(values).digest;
     values[0].property.values = {"2"};
+    values[0].resource = values[1].resource = MakeDigest("other");
 
     EXPECT_EQ(MakeLayout(values).digest, layout);
-    values[0].position = 4;
+    values[1].resource = MakeDigest("disk");
     EXPECT_NE(MakeLayout(values).digest, layout);
     EXPECT_EQ(MakeLayout({}).digest, TDigest());
+}
+
+TEST(Complete, JoinsLayoutResourcesAndValues) {
+    const NINVENTORY::TProperty property{"MountCount", "unsignedLong", NINVENTORY::EShape::scalar, {"1"}};
+    const std::vector<TVolatileValue> complete{{MakeDigest("a"), 3, property},
+                                               {MakeDigest("a"), 4, property},
+                                               {MakeDigest("b"), 3, property},
+                                               {MakeDigest("a"), 5, property}};
+    std::vector<TVolatileValue> values(complete.size());
+    for (TVolatileValue& value : values) {
+        value.property.values = {"1"};
+    }
+
+    EXPECT_TRUE(Complete(MakeLayout(complete), ListResources(complete), values));
+
+    EXPECT_EQ(values, complete);
+    EXPECT_FALSE(Complete(MakeLayout(complete), {}, values));
 }
 
 }  // namespace

@@ -317,6 +317,20 @@ TEST_P(FleetStore, CountsTheSnapshotOfMachinesThatUseIt) {
                                      TVersionCount{"7915-X3G", "DiskDrive", MakeDigest("SM900"), 1, 1}));
 }
 
+TEST_P(FleetStore, CountsPartsOfMachines) {
+    TBatch batch = MakeTwoMachines();
+    batch.presences.push_back(MakePresence(webSnapshot, "D9", "SM900"));
+    Write(batch);
+    const TPartCount ofWeb{web, "DiskDrive", 2};
+    const TPartCount ofDb{db, "DiskDrive", 1};
+
+    EXPECT_THAT(store_->CountParts({.types = {"TapeDrive", "DiskDrive"}}), UnorderedElementsAre(ofWeb, ofDb));
+    EXPECT_THAT(store_->CountParts({.model = "7915-X3G", .types = {"DiskDrive"}}),
+                UnorderedElementsAre(ofWeb, ofDb));
+    EXPECT_THAT(store_->CountParts({.model = "Box 1", .types = {"DiskDrive"}}), IsEmpty());
+    EXPECT_THAT(store_->CountParts({.types = {"TapeDrive"}}), IsEmpty());
+}
+
 TEST_P(FleetStore, FindsPresencesOfVersions) {
     Write(MakeTwoMachines());
     const std::vector versions = {MakeDigest("SM600")};
