@@ -204,6 +204,7 @@ class TClickHouseStore : public IFleetStore {
 
   private:
     void RequireNoOtherTables();
+    void RequireNoCluster();
     void InsertBatch(const TBatch& batch);
     void ReadMarks(const std::vector<TMachineId>& machines);
     TChangeNumber GetMark(const TMachineScope& place) const;
@@ -352,6 +353,21 @@ void TClickHouseStore::RequireNoOtherTables() {
         });
 }
 
+// The tables of a cluster are made on each of its servers, of which this client knows one.
+void TClickHouseStore::RequireNoCluster() {
+    client_.Select(
+        "SELECT count() FROM system.tables WHERE engine = 'Distributed' AND database = " +
+            QuoteText(client_.GetAddress().database),
+        [](TRowBinaryReader& reader) { return reader.Number<std::uint64_t>(); },
+        [this](std::uint64_t tables) {
+            if (tables > 0) {
+                throw TStoreError(GetName() +
+                                  " is a cluster with tables of an older version; run what 'noxinfo fleet "
+                                  "schema --cluster NAME' prints on each of its servers");
+            }
+        });
+}
+
 int TClickHouseStore::GetSchemaVersion() {
     std::uint32_t version = 0;
     try {
@@ -379,6 +395,7 @@ void TClickHouseStore::Migrate() {
     }
     client_.CreateDatabase();
     RequireNoOtherTables();
+    RequireNoCluster();
     for (const std::string& statement : MakeSchemaStatements()) {
         client_.Execute(statement);
     }

@@ -164,9 +164,13 @@ std::string MakeTable(const TTable& table, const std::string& name) {
     return "CREATE TABLE IF NOT EXISTS " + name + " (" + GetColumns(table) + ") " + GetEngine(table);
 }
 
+// Views hold no rows, so an older one is replaced.
+std::string DropView(const TView& view, const std::string& database) {
+    return "DROP TABLE IF EXISTS " + database + std::string(view.name);
+}
+
 std::string MakeView(const TView& view, const std::string& database) {
-    return "CREATE VIEW IF NOT EXISTS " + database + std::string(view.name) + " AS " +
-           GetQuery(view, database);
+    return "CREATE VIEW " + database + std::string(view.name) + " AS " + GetQuery(view, database);
 }
 
 std::string MakeSchemaTable(const std::string& database) {
@@ -208,6 +212,7 @@ std::vector<std::string> MakeSchemaStatements() {
         statements.push_back(MakeTable(table, std::string(table.name) + "_rows"));
     }
     for (const TView& view : views) {
+        statements.push_back(DropView(view, ""));
         statements.push_back(MakeView(view, ""));
     }
     statements.push_back(MakeSchemaTable(""));
@@ -228,7 +233,7 @@ std::string SchemaText(std::string_view cluster, std::string_view database) {
                 name + "_local, " + std::string(table.shard) + ");\n";
     }
     for (const TView& view : views) {
-        text += MakeView(view, start) + ";\n";
+        text += DropView(view, start) + ";\n" + MakeView(view, start) + ";\n";
     }
     return text + MakeSchemaTable(start) + ";\n" + MakeSchemaRow(start) + ";\n";
 }

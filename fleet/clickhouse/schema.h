@@ -21,13 +21,14 @@ inline constexpr std::string_view schemaTable = "fleet_schema";
 /// Returns the names of all tables and views, on one server or on a cluster.
 std::vector<std::string> GetTableNames();
 
-/// Returns the statements that make the tables on one server, in a database that exists. Idempotent.
+/// Returns the statements that make the tables on one server, in a database that exists, or bring those of an
+/// older version up to date. Idempotent.
 std::vector<std::string> MakeSchemaStatements();
 
 /// Returns the statements that make the database and its tables on one server of a cluster, as a text in
-/// which each ends with ";" at the end of a line. They are run once on every server. `cluster` is a name in
-/// the servers' configuration. Errors: throws TStoreError for names that are not letters, digits and
-/// underscores.
+/// which each ends with ";" at the end of a line. They are run on every server, again for each new version of
+/// the schema. `cluster` is a name in the servers' configuration. Idempotent. Errors: throws TStoreError for
+/// names that are not letters, digits and underscores.
 std::string SchemaText(std::string_view cluster, std::string_view database);
 
 }  // namespace NFLEET

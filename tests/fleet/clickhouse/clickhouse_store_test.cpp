@@ -6,6 +6,7 @@
 #include "fleet/clickhouse/loader_claim.h"
 #include "loopback_port.h"
 #include "tests/fleet/store/store_contract.h"
+#include "waiting.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -281,6 +282,28 @@ TEST(ClickHouseStore, StoresCompositionsAndLayoutsOnceAndRemovesUnusedOnes) {
     EXPECT_EQ(store->RemoveUnusedVersions(), 1U);
     EXPECT_EQ(ReadView(url, "SELECT count() FROM composition_rows FINAL WHERE removed = 0"), "0\n");
     EXPECT_EQ(ReadView(url, "SELECT count() FROM layout_rows FINAL WHERE removed = 0"), "0\n");
+}
+
+TEST(ClickHouseStore, CanDeleteRemovedRowsOfMergedTables) {
+    const std::string url = MakeDatabaseUrl();
+    const auto store = OpenClickHouseStore(url);
+    store->Migrate();
+    Write(*store, OneInventory(100));
+    Write(*store, OneInventory(200));
+    TBatch removal;
+    removal.removedInventories = {{{Id(1), EScope::hardware}, 100}};
+    Write(*store, removal);
+    const auto count = [&url] { return ReadView(url, "SELECT count() FROM inventory_rows"); };
+    auto client = Connect(url);
+
+    client.Execute("OPTIMIZE TABLE inventory_rows FINAL");
+    EXPECT_EQ(count(), "2\n");
+    client.Execute("ALTER TABLE inventory_rows DELETE WHERE removed = 1");
+
+    EXPECT_TRUE(NVORHOST::WaitUntil([&count] { return count() == "1\n"; }));
+    EXPECT_THAT(store->ReadInventories({}), ElementsAre(OneInventory(200).inventories[0]));
+    Write(*store, OneInventory(100));
+    EXPECT_EQ(store->ReadInventories({}).size(), 2U);
 }
 
 // A batch of many rows, in which each machine has the same.

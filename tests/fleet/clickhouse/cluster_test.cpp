@@ -180,18 +180,52 @@ TEST(ClickHouseCluster, KeepsTheTablesInAMigration) {
               "Distributed\n");
 }
 
+TEST(ClickHouseCluster, IsBroughtUpToDateByThePrintedStatements) {
+    const std::string database = MakeClusterDatabase();
+    for (const std::size_t server : {0U, 1U}) {
+        auto client = Connect(GetCluster().GetUrl(server, database));
+        for (const char* table : {"layout_rows", "layout_local", "changes", "fleet_schema"}) {
+            client.Execute("DROP TABLE " + std::string(table));
+        }
+        client.Execute("CREATE TABLE fleet_schema (version UInt32) ENGINE = MergeTree ORDER BY version");
+        client.Execute("INSERT INTO fleet_schema VALUES (" + std::to_string(clickHouseSchemaVersion - 1) +
+                       ")");
+    }
+    const std::string url = GetCluster().GetUrl(0, database);
+    const auto store = OpenClickHouseStore(url);
+    EXPECT_EQ(FailureOf([&] { store->Migrate(); }),
+              url +
+                  " is a cluster with tables of an older version; run what 'noxinfo fleet schema --cluster "
+                  "NAME' prints on each of its servers");
+    EXPECT_EQ(Connect(url).SelectText("EXISTS TABLE layout_rows", "TabSeparated", {}), "0\n");
+
+    GetCluster().MakeTables(database);
+
+    store->Migrate();
+    EXPECT_EQ(store->GetSchemaVersion(), clickHouseSchemaVersion);
+    Write(*store, ManyMachines());
+    ExpectManyMachines(*store);
+    EXPECT_EQ(CountViewRows(url), "40\n80\n80\n0\n80\n");
+}
+
 // Returns the failures of all questions.
 std::vector<std::string> AskEverything(IFleetStore& store) {
     const std::vector ids{Number(1), MakeDigest("machine1")};
     const std::vector<TMachineScope> places{{ids[1], EScope::hardware}};
     const std::vector<TInventoryKey> keys{{places[0], 10}};
     const std::vector<std::function<void()>> questions{
-        [&] { (void)store.ReadMachines(); },        [&] { (void)store.FindAliases(ids); },
-        [&] { (void)store.ReadAliasesOf(ids[1]); }, [&] { (void)store.FindMachines(ids); },
-        [&] { (void)store.ReadHeads(ids); },        [&] { (void)store.FindInventories(keys); },
-        [&] { (void)store.ReadStates(places); },    [&] { (void)store.FindKnownVersions(ids); },
-        [&] { (void)store.ReadInventories({}); },   [&] { (void)store.ReadPresences(places[0], 10); },
-        [&] { (void)store.ReadChanges({}); },       [&] { (void)store.FindIdentity("S7"); },
+        [&] { (void)store.ReadMachines(); },
+        [&] { (void)store.FindAliases(ids); },
+        [&] { (void)store.ReadAliasesOf(ids[1]); },
+        [&] { (void)store.FindMachines(ids); },
+        [&] { (void)store.ReadHeads(ids); },
+        [&] { (void)store.FindInventories(keys); },
+        [&] { (void)store.ReadStates(places); },
+        [&] { (void)store.FindKnownVersions(ids); },
+        [&] { (void)store.ReadInventories({}); },
+        [&] { (void)store.ReadPresences(places[0], 10); },
+        [&] { (void)store.ReadChanges({}); },
+        [&] { (void)store.FindIdentity("S7"); },
         [&] { (void)store.CountVersions({}); },
         [&] { (void)store.CountParts({.model = std::nullopt, .types = {"Disk"}}); },
         [&] { (void)store.FindPresences(ids, std::nullopt); },
