@@ -211,7 +211,7 @@ class TClickHouseStore : public IFleetStore {
     std::vector<THeadRow> ReadHeadRows(std::span<const TMachineId> machines);
     std::vector<TPresence>& GetPresences(const TMachineScope& place);
     void InsertPresences(const TBatch& batch);
-    void InsertHeads(const std::vector<THead>& heads);
+    void InsertHeads(const TBatch& batch);
     void InsertInventories(const std::vector<TInventory>& inventories);
     void RemoveUnused(const std::string& table, const std::string& used, EStep step);
     std::vector<TInventory> ReadWithValues(const std::string& condition);
@@ -486,14 +486,23 @@ void TClickHouseStore::InsertPresences(const TBatch& batch) {
     InsertRows(rows, EStep::presences);
 }
 
-void TClickHouseStore::InsertHeads(const std::vector<THead>& heads) {
+// A digest that the inventory of the head has is not stored twice.
+void TClickHouseStore::InsertHeads(const TBatch& batch) {
     std::vector<TMachineId> machines;
-    std::ranges::transform(heads, std::back_inserter(machines),
+    std::ranges::transform(batch.heads, std::back_inserter(machines),
                            [](const THead& head) { return head.place.machine; });
     ReadMarks(machines);
+    std::map<TInventoryKey, TDigest> digests;
+    for (const TInventory& inventory : batch.inventories) {
+        digests.emplace(KeyOf(inventory), inventory.digest);
+    }
     std::vector<THeadRow> rows;
-    for (const THead& head : heads) {
-        rows.push_back({head, GetMark(head.place)});
+    for (const THead& head : batch.heads) {
+        THeadRow& row = rows.emplace_back(THeadRow{head, GetMark(head.place)});
+        const auto digest = digests.find({head.place, head.time});
+        if (digest != digests.end() && digest->second == head.digest) {
+            row.head.digest = {};
+        }
     }
     InsertRows(rows, EStep::heads);
 }
@@ -556,7 +565,7 @@ void TClickHouseStore::InsertBatch(const TBatch& batch) {
     RemoveMachines(batch.removedMachines);
     InsertRows(batch.aliases, EStep::aliases);
     InsertRows(batch.machines, EStep::machines);
-    InsertHeads(batch.heads);
+    InsertHeads(batch);
     InsertInventories(batch.inventories);
 }
 
@@ -614,9 +623,24 @@ std::vector<THead> TClickHouseStore::ReadHeads(std::span<const TMachineId> machi
 }
 
 std::vector<THeadRow> TClickHouseStore::ReadHeadRows(std::span<const TMachineId> machines) {
-    return Read<THeadRow>(
+    auto rows = Read<THeadRow>(
         MakeQuery<THeadRow>(IsAmongIds("machine")), [](const THeadRow& row) { return row.head.place; },
         MakeIds(machines));
+    std::vector<TInventoryKey> keys;
+    for (const THeadRow& row : rows) {
+        if (row.head.digest == TDigest()) {
+            keys.push_back({row.head.place, row.head.time});
+        }
+    }
+    std::map<TInventoryKey, TDigest> digests;
+    for (const TInventory& inventory : FindInventories(keys)) {
+        digests.emplace(KeyOf(inventory), inventory.digest);
+    }
+    for (THeadRow& row : rows) {
+        const auto digest = digests.find({row.head.place, row.head.time});
+        row.head.digest = digest == digests.end() ? row.head.digest : digest->second;
+    }
+    return rows;
 }
 
 TChangeNumber TClickHouseStore::GetMark(const TMachineScope& place) const {

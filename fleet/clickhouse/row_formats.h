@@ -41,7 +41,7 @@ struct TRowFormat<TAlias> {
 
 /// A head, and the row of presences that was there when it was written.
 struct THeadRow {
-    THead head;
+    THead head;               ///< a digest of zeros is that of the inventory at the time of the head
     TChangeNumber state = 0;  ///< `change` of the row; 0 without one
 };
 

@@ -250,6 +250,17 @@ TEST(ClickHouseStore, FindsPlacesThatABatchWasWrittenToInPart) {
     EXPECT_EQ(FindUnfinished(*store).size(), 1U);  // presences of a later inventory
 }
 
+TEST(ClickHouseStore, ReadsTheDigestOfAHeadFromItsInventory) {
+    const auto store = MakeStore();
+    store->Migrate();
+    TBatch batch = OneInventory(100);
+    Write(*store, batch);
+    EXPECT_EQ(store->ReadHeads(std::vector{Id(1)}), batch.heads);
+    batch.heads[0].digest = Id(9);
+    Write(*store, batch);
+    EXPECT_EQ(store->ReadHeads(std::vector{Id(1)}), batch.heads);
+}
+
 TEST(ClickHouseStore, FindsNoPlacesAfterInventoriesWithoutChanges) {
     const auto store = MakeStore();
     store->Migrate();
