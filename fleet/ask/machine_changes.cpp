@@ -1,7 +1,6 @@
 #include "fleet/ask/machine_changes.h"
 
 #include "fleet/ask/machine_list.h"
-#include "fleet/ask/version_index.h"
 #include "fleet/model/property_part.h"
 #include "inventory/compare/comparison.h"
 #include "inventory/compare/part.h"
@@ -134,10 +133,8 @@ TMachines ReadMachinesById(IFleetStore& store) {
     return machines;
 }
 
-std::vector<TChangeRow> FindChanges(IFleetStore& store, const TMachines& machines,
-                                    const TChangeQuery& query) {
-    const std::vector<TPresence> stored = store.ReadChanges(query);
-    const TVersionIndex versions(store, stored);
+std::vector<TChangeRow> CompareRows(const std::vector<TPresence>& stored, const TMachines& machines,
+                                    const TChangeQuery& query, const TVersionIndex& versions) {
     std::vector<TChangeRow> rows;
     for (const auto& [key, sides] : GroupByInventory(stored, machines, query)) {
         auto before = MakeInventory(sides.before, key.place.scope, versions);
@@ -151,6 +148,12 @@ std::vector<TChangeRow> FindChanges(IFleetStore& store, const TMachines& machine
         }
     }
     return rows;
+}
+
+std::vector<TChangeRow> FindChanges(IFleetStore& store, const TMachines& machines,
+                                    const TChangeQuery& query) {
+    const std::vector<TPresence> stored = store.ReadChanges(query);
+    return CompareRows(stored, machines, query, TVersionIndex(store, stored));
 }
 
 std::vector<TCell> MakeCells(const TChangeRow& row) {
@@ -192,6 +195,11 @@ TAnswer MakeAnswer(std::string question, const std::vector<TChangeRow>& rows) {
 
 std::vector<TChangeRow> FindChanges(IFleetStore& store, const TChangeQuery& query) {
     return FindChanges(store, ReadMachinesById(store), query);
+}
+
+std::vector<TChangeRow> FindChangesOf(const TMachine& machine, const std::vector<TPresence>& rows,
+                                      const TVersionIndex& versions) {
+    return CompareRows(rows, {{machine.id, machine}}, {.machine = machine.id}, versions);
 }
 
 TAnswer ListHistory(IFleetStore& store, const TMachine& machine) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "fleet/ask/answer.h"
+#include "fleet/ask/version_index.h"
 #include "fleet/store/fleet_store.h"
 #include "inventory/model/resource.h"
 
@@ -27,6 +28,10 @@ struct TChangeRow {
 /// Returns the changes of one machine, or of all, after `query.since` up to `query.until`, by time, machine
 /// and in the order of comparisons.
 std::vector<TChangeRow> FindChanges(IFleetStore& store, const TChangeQuery& query);
+
+/// Returns the changes among all rows of one machine, as FindChanges does. `versions` has their versions.
+std::vector<TChangeRow> FindChangesOf(const TMachine& machine, const std::vector<TPresence>& rows,
+                                      const TVersionIndex& versions);
 
 /// Returns every change of a machine since its first inventory.
 TAnswer ListHistory(IFleetStore& store, const TMachine& machine);

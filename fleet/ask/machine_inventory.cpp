@@ -29,18 +29,6 @@ EDocument GetDocument(EScope scope) {
                                                 : EDocument::collection;
 }
 
-// Rows are in the order of digests. People get the order of types in which they look for them, and of keys.
-void SortForPeople(std::vector<NINVENTORY::TResource>& resources) {
-    const auto types = NINVENTORY::GetResourceTypes();
-    const auto getOrder = [types](const NINVENTORY::TResource& resource) {
-        const auto type = std::ranges::find(types, resource.type, &NINVENTORY::TResourceType::type);
-        const std::string_view keyProperty = type == types.end() ? "Name" : type->keyProperty;
-        return std::tuple(!resource.list.empty(), std::string_view(resource.list), type - types.begin(),
-                          resource.GetText(keyProperty), std::string_view(resource.id));
-    };
-    std::ranges::stable_sort(resources, {}, getOrder);
-}
-
 void PassScope(IFleetStore& store, const TInventory& inventory, TSeconds at,
                NINVENTORY::IDocumentEvents& events) {
     const std::vector<TPresence> rows = store.ReadPresences(inventory.place, at);
@@ -88,12 +76,6 @@ bool IsSnapshotNewest(std::span<const TInventory> inventories) {
     return newest != inventories.end() && newest->place.scope == EScope::snapshot;
 }
 
-std::string DescribeRule(EMachineRule rule) {
-    const auto rules = GetMachineRules();
-    const auto row = std::ranges::find(rules, rule, &TMachineRule::rule);
-    return row == rules.end() ? std::string() : std::string(row->description);
-}
-
 std::string ListMerged(IFleetStore& store, const TMachine& machine) {
     std::string keys;
     for (const TAlias& alias : store.ReadAliasesOf(machine.id)) {
@@ -105,6 +87,24 @@ std::string ListMerged(IFleetStore& store, const TMachine& machine) {
 }
 
 }  // namespace
+
+// Rows are in the order of digests. People get the order of types in which they look for them, and of keys.
+void SortForPeople(std::vector<NINVENTORY::TResource>& resources) {
+    const auto types = NINVENTORY::GetResourceTypes();
+    const auto getOrder = [types](const NINVENTORY::TResource& resource) {
+        const auto type = std::ranges::find(types, resource.type, &NINVENTORY::TResourceType::type);
+        const std::string_view keyProperty = type == types.end() ? "Name" : type->keyProperty;
+        return std::tuple(!resource.list.empty(), std::string_view(resource.list), type - types.begin(),
+                          resource.GetText(keyProperty), std::string_view(resource.id));
+    };
+    std::ranges::stable_sort(resources, {}, getOrder);
+}
+
+std::string DescribeRule(EMachineRule rule) {
+    const auto rules = GetMachineRules();
+    const auto row = std::ranges::find(rules, rule, &TMachineRule::rule);
+    return row == rules.end() ? std::string() : std::string(row->description);
+}
 
 TAnswer DescribeMachine(IFleetStore& store, const TMachine& machine) {
     const auto inventories = store.ReadInventories({.machine = machine.id});

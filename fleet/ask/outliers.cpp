@@ -155,17 +155,10 @@ void AttachRows(const std::vector<TPresence>& rows, const TCohort& cohort, std::
     });
 }
 
-struct TOutlier {
-    const TMachine* machine = nullptr;
-    std::string type;
-    std::string part;
-    std::string property;
-    TCell value;
-    TCell usual;
-    std::size_t machines = 0;  // that have the value
-
-    auto GetOrder() const { return std::tuple(NameMachine(*machine), machine->key, type, part, property); }
-};
+auto GetOrder(const TOutlier& outlier) {
+    return std::tuple(NameMachine(outlier.machine), outlier.machine.key, outlier.type, outlier.part,
+                      outlier.property);
+}
 
 TCell MakeCell(const std::string& type, const TProperty& property) {
     if (property.shape == NINVENTORY::EShape::null) {
@@ -231,10 +224,11 @@ void AppendValues(const TCohort& cohort, const std::vector<TRareValue>& rare, co
             if (other != nullptr && MakeValueKey(*other) == MakeValueKey(value.value->property)) {
                 continue;  // it is usual in this place
             }
-            outliers.push_back(
-                {cohort.machines.at(row->place.machine), type, DescribePart(versions.Assemble(*row)), name,
-                 MakeCell(type, value.value->property),
-                 MakeCell(type, other == nullptr ? value.usual->property : *other), value.machines.size()});
+            outliers.push_back({*cohort.machines.at(row->place.machine), type,
+                                DescribePart(versions.Assemble(*row)), name,
+                                MakeCell(type, value.value->property),
+                                MakeCell(type, other == nullptr ? value.usual->property : *other),
+                                value.machines.size(), cohort.machines.size()});
         }
     }
 }
@@ -258,8 +252,8 @@ void AppendNumbers(const TCohort& cohort, const std::string& type,
             continue;
         }
         for (const TMachine* const machine : machines) {
-            outliers.push_back({machine, type, NINVENTORY::NameType(type, 2), "number", number, usual->first,
-                                machines.size()});
+            outliers.push_back({*machine, type, NINVENTORY::NameType(type, 2), "number", number, usual->first,
+                                machines.size(), cohort.machines.size()});
         }
     }
 }
@@ -280,8 +274,8 @@ bool IsCompared(const TVersionCount& count) {
     return !NINVENTORY::GetPartType(count.type).isAuxiliary;
 }
 
-std::vector<TOutlier> FindOutliers(IFleetStore& store, const TCohort& cohort,
-                                   std::span<const TVersionCount> counts, const TVersionIndex& versions) {
+std::vector<TOutlier> CompareCohort(IFleetStore& store, const TCohort& cohort,
+                                    std::span<const TVersionCount> counts, const TVersionIndex& versions) {
     const TProperties properties = CountValues(counts, versions);
     std::vector<TRareValue> rare = FindRareValues(properties, cohort);
     std::set<TDigest> wanted;
@@ -294,7 +288,7 @@ std::vector<TOutlier> FindOutliers(IFleetStore& store, const TCohort& cohort,
     std::vector<TOutlier> outliers;
     AppendValues(cohort, rare, versions, TTypicalMachine(store, cohort, rare), outliers);
     AppendNumbers(store, cohort, outliers);
-    std::ranges::stable_sort(outliers, {}, &TOutlier::GetOrder);
+    std::ranges::stable_sort(outliers, {}, GetOrder);
     return outliers;
 }
 
@@ -308,20 +302,42 @@ std::map<std::string, TCohort> MakeCohorts(const std::vector<TMachine>& machines
     return cohorts;
 }
 
-void AppendCohort(IFleetStore& store, const TCohort& cohort, TAnswer& answer) {
+bool IsCompared(const TCohort& cohort) {
+    return cohort.machines.size() >= minCohort;
+}
+
+void AppendCohort(IFleetStore& store, const TCohort& cohort, std::vector<TOutlier>& outliers) {
     std::vector<TVersionCount> counts = store.CountVersions({.model = cohort.model, .types = {}});
     std::erase_if(counts, [](const TVersionCount& count) { return !IsCompared(count); });
     const TVersionIndex versions(store, counts);
-    for (TOutlier& outlier : FindOutliers(store, cohort, counts, versions)) {
-        answer.rows.push_back({MakeTextCell(cohort.model), NameMachine(*outlier.machine),
-                               outlier.machine->key, outlier.type, std::move(outlier.part),
-                               std::move(outlier.property), std::move(outlier.value),
-                               std::move(outlier.usual), static_cast<std::int64_t>(outlier.machines),
-                               static_cast<std::int64_t>(cohort.machines.size())});
-    }
+    std::ranges::move(CompareCohort(store, cohort, counts, versions), std::back_inserter(outliers));
+}
+
+std::vector<TCell> MakeCells(TOutlier outlier) {
+    return {MakeTextCell(outlier.machine.facts.model),
+            NameMachine(outlier.machine),
+            outlier.machine.key,
+            std::move(outlier.type),
+            std::move(outlier.part),
+            std::move(outlier.property),
+            std::move(outlier.value),
+            std::move(outlier.usual),
+            static_cast<std::int64_t>(outlier.machines),
+            static_cast<std::int64_t>(outlier.cohort)};
 }
 
 }  // namespace
+
+std::vector<TOutlier> FindOutliers(IFleetStore& store, const std::vector<TMachine>& machines,
+                                   const std::optional<std::string>& model) {
+    std::vector<TOutlier> outliers;
+    for (const auto& [name, cohort] : MakeCohorts(machines)) {
+        if ((!model || *model == name) && IsCompared(cohort)) {
+            AppendCohort(store, cohort, outliers);
+        }
+    }
+    return outliers;
+}
 
 TAnswer ListOutliers(IFleetStore& store, const std::optional<std::string>& model) {
     TAnswer answer{.question = "outliers",
@@ -341,17 +357,12 @@ TAnswer ListOutliers(IFleetStore& store, const std::optional<std::string>& model
     if (model && !cohorts.contains(*model)) {
         throw TQuestionError("no machine is of the model '" + NVORHOST::ToShownText(*model) + "'");
     }
-    std::size_t tooSmall = 0;
-    for (const auto& [name, cohort] : cohorts) {
-        if (model && *model != name) {
-            continue;
-        }
-        if (cohort.machines.size() < minCohort) {
-            ++tooSmall;
-        } else {
-            AppendCohort(store, cohort, answer);
-        }
+    for (TOutlier& outlier : FindOutliers(store, machines, model)) {
+        answer.rows.push_back(MakeCells(std::move(outlier)));
     }
+    const auto tooSmall = std::ranges::count_if(cohorts, [&](const auto& entry) {
+        return (!model || *model == entry.first) && !IsCompared(entry.second);
+    });
     if (tooSmall > 0) {
         answer.notes.push_back("models with fewer than " + std::to_string(minCohort) +
                                " machines, which are not compared: " + std::to_string(tooSmall));

@@ -183,6 +183,7 @@ class TClickHouseStore : public IFleetStore {
     void AbandonBatch() noexcept override;
     std::vector<TAlias> FindAliases(std::span<const TDigest> names) override;
     std::vector<TAlias> ReadAliasesOf(const TMachineId& machine) override;
+    std::vector<TAlias> ReadMergedAliases() override;
     std::vector<TMachine> FindMachines(std::span<const TMachineId> ids) override;
     std::vector<THead> ReadHeads(std::span<const TMachineId> machines) override;
     std::vector<TMachineScope> FindUnfinished(std::span<const TMachineScope> places) override;
@@ -608,6 +609,10 @@ std::vector<TAlias> TClickHouseStore::FindAliases(std::span<const TDigest> names
 
 std::vector<TAlias> TClickHouseStore::ReadAliasesOf(const TMachineId& machine) {
     return Read<TAlias>(MakeQuery<TAlias>(" AND target = " + QuoteDigest(machine)), &TAlias::from);
+}
+
+std::vector<TAlias> TClickHouseStore::ReadMergedAliases() {
+    return Read<TAlias>(MakeQuery<TAlias>("AND key != ''"), &TAlias::from);
 }
 
 std::vector<TMachine> TClickHouseStore::FindMachines(std::span<const TMachineId> ids) {

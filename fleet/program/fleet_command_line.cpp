@@ -90,6 +90,7 @@ struct TModel {
         AddLoading();
         AddQuestions();
         AddTimeQuestions();
+        AddReport();
         AddUpkeep();
         AddWords();
         for (CLI::App* command : program.get_subcommands({})) {
@@ -147,12 +148,15 @@ struct TModel {
             ->type_name(typeName);
     }
 
-    void AddLoading() {
-        CLI::App& load = AddCommand("load", "Load inventories from files, directories and archives");
-        load.add_option("--threads", options.threads,
-                        "Read with this many threads (default: one per processor)")
+    void AddThreads(CLI::App& command, const char* description) {
+        command.add_option("--threads", options.threads, description)
             ->check(CLI::Range(1U, 256U).description(noDescription))
             ->type_name("NUMBER");
+    }
+
+    void AddLoading() {
+        CLI::App& load = AddCommand("load", "Load inventories from files, directories and archives");
+        AddThreads(load, "Read with this many threads (default: one per processor)");
         load.add_flag("--watch", options.watches,
                       "Go on with what arrives in the directories, until a signal");
         load.add_option("PATH", options.paths,
@@ -205,6 +209,18 @@ struct TModel {
         AddMoment(stale, "--older-than", "Machines without an inventory since then; 7d is seven days ago",
                   timeName, setSince)
             ->required();
+    }
+
+    void AddReport() {
+        CLI::App& report = AddCommand("report", "Write the fleet as a site of static pages");
+        report
+            .add_option("--output", options.siteDirectory,
+                        "Directory of the site, which is replaced as a whole if this command made it")
+            ->type_name("DIR")
+            ->required();
+        AddMoment(report, "--now", "Count ages from this time (default: that of the newest inventory)",
+                  "TIME", [this](TSeconds time) { options.reportNow = time; });
+        AddThreads(report, "Write with this many threads (default: one per processor)");
     }
 
     void AddMachine(CLI::App& command) {

@@ -21,7 +21,7 @@ struct TFleetOptions {
     TSeconds now = 0;
 
     std::vector<std::string> paths;  ///< load
-    unsigned threads = 0;            ///< load: 0 for one per processor
+    unsigned threads = 0;            ///< load, report: 0 for one per processor
     bool watches = false;            ///< load: follow the directories
 
     std::string machine;                             ///< show, history; merge: the old one
@@ -32,6 +32,8 @@ struct TFleetOptions {
     std::string identity;                            ///< where
     std::optional<std::string> model;                ///< outliers
     std::string query;                               ///< sql
+    std::string siteDirectory;                       ///< report
+    std::optional<TSeconds> reportNow;               ///< report: absent for the newest inventory
     TKeepOptions keep;                               ///< prune
     std::optional<std::string> cluster;              ///< schema
     std::string shell = "bash";                      ///< completion

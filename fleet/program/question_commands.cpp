@@ -10,6 +10,7 @@
 #include "fleet/ask/sql_answer.h"
 #include "fleet/program/fleet_command_line.h"
 #include "fleet/program/load_command.h"
+#include "fleet/program/report_command.h"
 #include "fleet/program/store_schema.h"
 #include "fleet/program/store_url.h"
 #include "fleet/write/answer_writer.h"
@@ -154,8 +155,9 @@ struct TOtherCommand {
 };
 
 constexpr TOtherCommand otherCommands[] = {
-    {"load", RunLoadCommand}, {"show", RunShow},     {"export", RunExport},         {"merge", RunMerge},
-    {"prune", RunPrune},      {"schema", RunSchema}, {"completion", RunCompletion},
+    {"load", RunLoadCommand}, {"report", RunFleetReport},    {"show", RunShow},
+    {"export", RunExport},    {"merge", RunMerge},           {"prune", RunPrune},
+    {"schema", RunSchema},    {"completion", RunCompletion},
 };
 
 }  // namespace

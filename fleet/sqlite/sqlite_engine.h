@@ -28,6 +28,7 @@ class TSqliteEngine final : public IFleetStore {
     void AbandonBatch() noexcept override;
     std::vector<TAlias> FindAliases(std::span<const TDigest> names) override;
     std::vector<TAlias> ReadAliasesOf(const TMachineId& machine) override;
+    std::vector<TAlias> ReadMergedAliases() override;
     std::vector<TMachine> FindMachines(std::span<const TMachineId> ids) override;
     std::vector<THead> ReadHeads(std::span<const TMachineId> machines) override;
     // Batches are transactions.

@@ -304,6 +304,17 @@ std::vector<TAlias> TSqliteEngine::ReadAliasesOf(const TMachineId& machine) {
     return aliases;
 }
 
+std::vector<TAlias> TSqliteEngine::ReadMergedAliases() {
+    (void)GetTables();
+    TStatement row =
+        connection_.Prepare("SELECT digest, key, target FROM alias WHERE key <> '' ORDER BY digest");
+    std::vector<TAlias> aliases;
+    while (row.Step()) {
+        aliases.push_back({row.GetDigest(0), row.GetString(1), row.GetDigest(2)});
+    }
+    return aliases;
+}
+
 std::vector<THead> TSqliteEngine::ReadHeads(std::span<const TMachineId> machines) {
     TTables& tables = GetTables();
     std::vector<THead> heads;

@@ -133,6 +133,8 @@ class IFleetStore {
     virtual std::vector<TAlias> FindAliases(std::span<const TDigest> names) = 0;
     /// Returns the aliases of a machine.
     virtual std::vector<TAlias> ReadAliasesOf(const TMachineId& machine) = 0;
+    /// Returns the aliases of all machines that were merged into others; none of names in inventories.
+    virtual std::vector<TAlias> ReadMergedAliases() = 0;
     /// Returns those of the machines that exist.
     virtual std::vector<TMachine> FindMachines(std::span<const TMachineId> ids) = 0;
     /// Returns the heads of these machines in all scopes.

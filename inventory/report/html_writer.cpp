@@ -13,7 +13,7 @@ namespace {
 constexpr std::string_view blocks[] = {
     "article", "body", "caption", "dd", "desc", "details", "div", "dl", "dt", "figcaption", "figure", "footer", "g",
     "h1", "h2", "h3", "head", "header", "html", "li", "line", "main", "meta", "nav", "ol", "p", "rect", "section",
-    "style", "summary", "svg", "table", "tbody", "td", "text", "th", "thead", "title", "tr", "ul",
+    "script", "style", "summary", "svg", "table", "tbody", "td", "text", "th", "thead", "title", "tr", "ul",
 };
 // clang-format on
 
@@ -58,8 +58,17 @@ THtmlWriter::TElement THtmlWriter::Element(TMarkupName name, TAttributes attribu
 }
 
 THtmlWriter::TElement THtmlWriter::Link(std::string_view id, TAttributes attributes) {
-    out_ << "<a href=\"#";
-    WriteEscaped(id);
+    return BeginLink("#", id, attributes);
+}
+
+THtmlWriter::TElement THtmlWriter::Link(const TPageLink& page, TAttributes attributes) {
+    return BeginLink("", page.Get(), attributes);
+}
+
+THtmlWriter::TElement THtmlWriter::BeginLink(std::string_view start, std::string_view target,
+                                             TAttributes attributes) {
+    out_ << "<a href=\"" << start;
+    WriteEscaped(target);
     out_ << '"';
     WriteAttributes(attributes);
     out_ << '>';
@@ -89,6 +98,11 @@ void THtmlWriter::StyleSheet(std::string_view sheet) {
     out_ << sheet;
 }
 
+void THtmlWriter::Script(std::string_view script) {
+    const TElement element = Element("script");
+    out_ << script;
+}
+
 void THtmlWriter::Open(std::string_view name, TAttributes attributes, std::string_view end) {
     out_ << '<' << name;
     WriteAttributes(attributes);
@@ -109,6 +123,13 @@ void THtmlWriter::Close(std::string_view name) {
 
 void THtmlWriter::WriteEscaped(std::string_view text) {
     while (!text.empty()) {
+        // U+FFFE and U+FFFF begin with the byte EFh.
+        const std::size_t plain = std::min(text.find_first_of("&<>\"'\xEF"), text.size());
+        out_ << text.substr(0, plain);
+        text.remove_prefix(plain);
+        if (text.empty()) {
+            return;
+        }
         const std::string_view noncharacter = FindNoncharacter(text);
         const std::string_view escape = FindEscape(text.front());
         if (!noncharacter.empty()) {

@@ -2,6 +2,8 @@
 // when they are compiled, and every other text is escaped as it is written.
 #pragma once
 
+#include "inventory/report/page_link.h"
+
 #include <cstdint>
 #include <initializer_list>
 #include <ostream>
@@ -60,6 +62,19 @@ struct TAttribute {
 
 using TAttributes = std::initializer_list<TAttribute>;
 
+/// Whole elements that a writer made before, such as for a page that is written later.
+class TMarkup {
+  public:
+    /// Takes what a THtmlWriter has written, and nothing else: it is not escaped again.
+    static TMarkup FromWriter(std::string bytes) { return TMarkup(std::move(bytes)); }
+    const std::string& GetBytes() const { return bytes_; }
+
+  private:
+    explicit TMarkup(std::string bytes) : bytes_(std::move(bytes)) {}
+
+    std::string bytes_;
+};
+
 /// Writes one page. The stream carries the errors.
 class THtmlWriter {
   public:
@@ -84,6 +99,8 @@ class THtmlWriter {
     [[nodiscard]] TElement Element(TMarkupName name, TAttributes attributes = {});
     /// Begins a link to the element of this page with that id.
     [[nodiscard]] TElement Link(std::string_view id, TAttributes attributes = {});
+    /// Begins a link to another page.
+    [[nodiscard]] TElement Link(const TPageLink& page, TAttributes attributes = {});
     /// Writes an element without content, such as a rectangle.
     void Void(TMarkupName name, TAttributes attributes = {});
     /// Writes an element with nothing but text of the report itself.
@@ -94,13 +111,18 @@ class THtmlWriter {
     void Text(std::string_view text);
     /// Writes text from the inventory. Its direction does not affect the text around it.
     void Value(std::string_view text);
+    /// Writes elements that another writer made.
+    void Markup(const TMarkup& markup) { out_ << markup.GetBytes(); }
     /// Writes a constant style sheet as the only content of a style element. It must contain none of "<&".
     void StyleSheet(std::string_view sheet);
+    /// Writes a constant script as the only content of a script element. It must contain none of "<&".
+    void Script(std::string_view script);
 
   private:
     void Open(std::string_view name, TAttributes attributes, std::string_view end);
     void Close(std::string_view name);
     void WriteAttributes(TAttributes attributes);
+    TElement BeginLink(std::string_view start, std::string_view target, TAttributes attributes);
     void WriteEscaped(std::string_view text);
 
     std::ostream& out_;

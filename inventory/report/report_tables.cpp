@@ -151,26 +151,30 @@ std::string GetTypeTitle(std::string_view type, std::size_t count) {
     return title;
 }
 
-void WriteTypeTable(THtmlWriter& html, const TReportInventory& inventory, const std::string& type) {
-    const TResources all = inventory.GetAll(type);
+void WriteShortTypeTable(THtmlWriter& html, const TReportInventory& inventory, const std::string& type) {
     const TShownColumns& shown = GetShownColumns(type);
     TResources filled;
     std::size_t empty = 0;
-    for (const TResource* const resource : all) {
+    for (const TResource* const resource : inventory.GetAll(type)) {
         if (IsEmptyPlace(shown, *resource)) {
             ++empty;
         } else if (IsShownInTables(shown, *resource)) {
             filled.push_back(resource);
         }
     }
-    const std::string title = GetTypeTitle(type, all.size());
-    html.Leaf("h3", title);
     if (!filled.empty() && !IsInHead(type)) {
         WriteTable(html, CountType(type, filled.size()), filled, shown);
     }
     if (empty > 0) {
         html.Leaf("p", {{"class", "quiet"}}, std::to_string(empty) + " empty");
     }
+}
+
+void WriteTypeTable(THtmlWriter& html, const TReportInventory& inventory, const std::string& type) {
+    const TResources all = inventory.GetAll(type);
+    const std::string title = GetTypeTitle(type, all.size());
+    html.Leaf("h3", title);
+    WriteShortTypeTable(html, inventory, type);
     const auto details = html.Element("details");
     html.Leaf("summary", "Identifiers and every property: " + title);
     for (const TResource* const resource : all) {

@@ -19,6 +19,10 @@ std::string GetTypeTitle(std::string_view type, std::size_t count);
 /// Writes the table of one type, with a heading of level 3.
 void WriteTypeTable(THtmlWriter& html, const TReportInventory& inventory, const std::string& type);
 
+/// Writes the table of one type without a heading and without what is known besides: how many places of the
+/// type are empty follows it.
+void WriteShortTypeTable(THtmlWriter& html, const TReportInventory& inventory, const std::string& type);
+
 /// Writes the content of a cell: the value, or that it is unknown.
 void WriteKnown(THtmlWriter& html, std::string_view value);
 

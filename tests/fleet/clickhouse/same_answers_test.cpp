@@ -77,6 +77,7 @@ class TSameAnswers : public testing::Test {
     void ExpectSameAnswers() {
         EXPECT_EQ(clickHouse_->ReadMachines(), sqlite_->ReadMachines());
         for (const TMachine& machine : sqlite_->ReadMachines()) {
+            EXPECT_EQ(clickHouse_->ReadMergedAliases(), sqlite_->ReadMergedAliases());
             EXPECT_EQ(clickHouse_->ReadAliasesOf(machine.id), sqlite_->ReadAliasesOf(machine.id));
         }
         ExpectSameInventories();

@@ -41,9 +41,9 @@ std::set<std::string> Options(const std::string& text, const char* pattern) {
     return found;
 }
 
-const std::vector<std::string> commands{"load",    "machines", "show",       "history", "where",  "outliers",
-                                        "summary", "sql",      "changes",    "stale",   "export", "prune",
-                                        "merge",   "schema",   "completion", "help",    "version"};
+const std::vector<std::string> commands{"load",    "machines", "show",    "history",    "where",  "outliers",
+                                        "summary", "sql",      "changes", "stale",      "export", "prune",
+                                        "report",  "merge",    "schema",  "completion", "help",   "version"};
 
 TEST(FleetCommandLine, HelpListsEveryCommand) {
     const auto result = RunFleet({"--help"});

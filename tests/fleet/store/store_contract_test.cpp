@@ -107,6 +107,7 @@ TEST_P(FleetStore, AnswersEveryQuestionBeforeTheFirstInventory) {
     EXPECT_THAT(store_->ReadMachines(), IsEmpty());
     EXPECT_THAT(store_->FindAliases(std::vector{web}), IsEmpty());
     EXPECT_THAT(store_->ReadAliasesOf(web), IsEmpty());
+    EXPECT_THAT(store_->ReadMergedAliases(), IsEmpty());
     EXPECT_THAT(store_->ReadInventories({}), IsEmpty());
     EXPECT_THAT(store_->ReadPresences(webHardware, now), IsEmpty());
     EXPECT_THAT(store_->ReadChanges({}), IsEmpty());
@@ -354,6 +355,15 @@ TEST_P(FleetStore, ReturnsAliases) {
                 ElementsAre(expected));
     EXPECT_THAT(store_->ReadAliasesOf(db), ElementsAre(expected));
     EXPECT_THAT(store_->ReadAliasesOf(web), IsEmpty());
+}
+
+TEST_P(FleetStore, ReturnsTheAliasesOfMergedMachines) {
+    TBatch batch = MakeTwoMachines();
+    const TAlias merged{MakeDigest("old"), "uuid:old", web};
+    batch.aliases = {merged, {MakeDigest("a name"), "", web}};
+    Write(batch);
+
+    EXPECT_THAT(store_->ReadMergedAliases(), ElementsAre(merged));
 }
 
 TEST_P(FleetStore, RemovesAMachineWithItsRows) {
