@@ -107,8 +107,12 @@ void WriteStrip(THtmlWriter& html, const TSiteMachine& machine) {
                 CountOf(machine.recentChanges, "change", "changes") + " in 7 days");
 }
 
+bool DiffersFromOthers(const TMachineContent& content) {
+    return !content.outliers.empty() || !content.duplicates.empty();
+}
+
 void WriteDiffers(TSitePage& page, const TSite& site, const TMachineContent& content) {
-    if (content.outliers.empty() && content.duplicates.empty()) {
+    if (!DiffersFromOthers(content)) {
         return;
     }
     const TSiteSection section(page.GetHtml(), "differs", "Worth a look");
@@ -199,9 +203,27 @@ void WriteInventories(TSitePage& page, const TMachineContent& content) {
     }
 }
 
+// Links to the sections of the page.
+void WriteContents(THtmlWriter& html, const TMachineContent& content) {
+    const auto navigation = html.Element("nav", {{"class", "contents"}, {"aria-label", "Contents"}});
+    const auto list = html.Element("ul");
+    const auto write = [&](std::string_view id, const std::string& title) {
+        const auto item = html.Element("li");
+        const auto link = html.Link(id);
+        html.Text(title);
+    };
+    if (DiffersFromOthers(content)) {
+        write("differs", "Worth a look");
+    }
+    write("parts", "Parts");
+    write("inventories", "Inventories");
+    write("history", "History: " + CountOf(content.differences.size(), "change", "changes"));
+}
+
 void WriteFirstHead(TSitePage& page, const TSite& site, const TMachineContent& content) {
     WriteIdentity(page, site, content);
     WriteStrip(page.GetHtml(), *content.machine);
+    WriteContents(page.GetHtml(), content);
     WriteDiffers(page, site, content);
     WriteParts(page, content);
     WriteInventories(page, content);
