@@ -128,8 +128,13 @@ TSiteDirectory::TSiteDirectory(const std::string& path) {
     RequireReplaceable();
     RemoveAbandoned();
     const NVORHOST::TSignalGuard guard;
-    Create();
-    cleanup_.emplace(guard, [this] { Discard(); });
+    try {
+        Create();
+        cleanup_.emplace(guard, [this] { Discard(); });
+    } catch (...) {
+        Discard();
+        throw;
+    }
 }
 
 TSiteDirectory::~TSiteDirectory() {

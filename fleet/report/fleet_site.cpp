@@ -200,7 +200,7 @@ class TMachineWriter {
         machine.inventories = batch.inventories[position].size();
         machine.changes = differences.size();
         machine.recentChanges = static_cast<std::size_t>(std::ranges::count_if(
-            differences, [&](TDifferenceRows rows) { return rows.front().time > site_.now - recentSpan; }));
+            differences, [&](TDifferenceRows rows) { return IsRecent(rows.front().time); }));
         WritePages(machine, index, std::move(present), batch.inventories[position], differences);
         contribution.dayRows = MakeDayRows(machine, differences);
         for (const TInventory& inventory : batch.inventories[position]) {
@@ -229,6 +229,8 @@ class TMachineWriter {
         }
         WriteMachinePages(files_, site_, content);
     }
+
+    bool IsRecent(TSeconds time) const { return time > site_.now - recentSpan && time <= site_.now; }
 
     // The rows that begin or end with a change.
     static std::vector<TPresence> ListChanged(const std::vector<TPresence>& rows) {

@@ -25,12 +25,6 @@ struct TListColumn {
     TListCell (*make)(const TSite& site, const TSiteMachine& machine);
 };
 
-std::string ShowFirmware(const TMachineFigures& figures) {
-    return figures.firmware.empty() || figures.firmwareDate.empty()
-               ? figures.firmware
-               : figures.firmware + " of " + figures.firmwareDate;
-}
-
 constexpr TListColumn columns[] = {
     {"Model", [](const TSite&, const TSiteMachine& each) { return TListCell{each.machine.facts.model}; }},
     {"Serial number",
@@ -45,8 +39,7 @@ constexpr TListColumn columns[] = {
          return TListCell{ShowDisks(each.figures),
                           static_cast<std::int64_t>(each.figures.diskBytes.value_or(0))};
      }},
-    {"Firmware",
-     [](const TSite&, const TSiteMachine& each) { return TListCell{ShowFirmware(each.figures)}; }},
+    {"Firmware", [](const TSite&, const TSiteMachine& each) { return TListCell{each.figures.firmware}; }},
     {"Inventory",
      [](const TSite& site, const TSiteMachine& each) {
          return TListCell{DescribeAge(each.machine.last, site.now), site.now - each.machine.last,

@@ -58,7 +58,8 @@ void WriteOutlier(TSitePage& page, const TSite& site, const TOutlier& outlier, b
         const auto usual = html.Element("td", {{"class", "value"}, {"data-title", "Usual value"}});
         WriteKnown(html, ShowCell(outlier.usual));
     }
-    const auto cell = html.Element("td", {{"data-title", "Like it"}});
+    const auto cell = html.Element("td", {{"data-title", "Machines with it"}});
+    const auto group = html.Element("div");
     {
         const auto count = html.Element("span");
         html.Text(std::to_string(outlier.machines) + " of " + std::to_string(outlier.cohort));
@@ -156,9 +157,10 @@ void WriteOutlierTable(TSitePage& page, const TSite& site, std::span<const TOutl
                              "; one mark for each machine of the model: tall ones have the usual value, "
                              "short ones do not, the last is this machine");
     if (hasMachine) {
-        WriteColumns(html, {"Machine", "Model", "Part", "Property", "Value", "Usual value", "Like it"});
+        WriteColumns(html,
+                     {"Machine", "Model", "Part", "Property", "Value", "Usual value", "Machines with it"});
     } else {
-        WriteColumns(html, {"Part", "Property", "Value", "Usual value", "Like it"});
+        WriteColumns(html, {"Part", "Property", "Value", "Usual value", "Machines with it"});
     }
     const auto body = html.Element("tbody");
     for (const TOutlier& outlier : outliers) {

@@ -4,7 +4,7 @@ namespace NFLEET {
 namespace {
 
 // Update styleDigest with the sheet: SiteTexts.DigestsAreThoseOfTheTexts prints the new one.
-constexpr std::string_view styleDigest = "gRw3u8rES5B3Rbo5zwqn7hT77OKZMKBOkML6DaNJX/o=";
+constexpr std::string_view styleDigest = "xwDeuv0Bw3VAbEIhZZtI+nJ50qRPtEe/ATMi3f9Qj/Q=";
 
 constexpr std::string_view siteStyle = R"css(
 article { padding-top: 0.5rem; padding-bottom: 1.5rem; }
@@ -17,8 +17,9 @@ footer { font-size: 0.875rem; padding-top: 0; }
 .strip { gap: 0.75rem; }
 .strip .other { color: var(--other); }
 .wide { width: 100%; }
-@media (min-width: 48.01rem) { .wide tbody th, .list tbody th { min-width: 12rem; } .wide td.value { min-width: 6rem; } }
+@media (min-width: 48.01rem) { .wide tbody th { min-width: 14rem; } .list tbody th { min-width: 12.5rem; } .list td { min-width: 5.5rem; } .wide td.value { min-width: 6rem; } }
 article > h2 { margin-top: 2.25rem; padding-top: 0.75rem; border-top: 2px solid var(--rule); }
+.list { width: 100%; font-size: 0.875rem; }
 .number { text-align: right; white-space: nowrap; }
 .plain { list-style: none; color: inherit; }
 tr[hidden], [hidden] { display: none; }
