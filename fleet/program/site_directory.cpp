@@ -115,7 +115,7 @@ int Exchange(const fs::path& work, const fs::path& target) {
 
 TSiteDirectory::TSiteDirectory(const std::string& path) {
     std::error_code error;
-    target_ = fs::weakly_canonical(path, error);
+    target_ = fs::weakly_canonical(fs::absolute(path), error);
     if (error) {
         Fail(path, error.message());
     }
