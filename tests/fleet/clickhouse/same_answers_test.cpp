@@ -4,11 +4,14 @@
 #include "fleet/load/load.h"
 #include "fleet/sqlite/sqlite_store.h"
 #include "program_run.h"
+#include "temporary_directory.h"
 #include "tests/fleet/load/made_documents.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <map>
 #include <random>
 #include <set>
 #include <thread>
@@ -202,6 +205,18 @@ std::string RunFleet(std::vector<std::string> arguments, const std::string& stor
     return std::to_string(result.status) + "\n" + result.standardOutput + result.standardError;
 }
 
+// The files below a directory, by their paths in it.
+std::map<std::string, std::string> ReadTree(const std::string& directory) {
+    std::map<std::string, std::string> files;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(directory)) {
+        if (entry.is_regular_file()) {
+            files[std::filesystem::relative(entry.path(), directory).string()] =
+                NVORHOST::ReadFile(entry.path().string());
+        }
+    }
+    return files;
+}
+
 TEST(SameOutput, OfEveryCommandInEveryFormat) {
     const TLoadFolder folder;
     const TLoadFolder databases;
@@ -242,6 +257,12 @@ TEST(SameOutput, OfEveryCommandInEveryFormat) {
         EXPECT_EQ(RunFleet({"export", "--format", format}, clickHouse),
                   RunFleet({"export", "--format", format}, sqlite));
     }
+    const std::string left = databases.GetPath("left");
+    const std::string right = databases.GetPath("right");
+    EXPECT_EQ(RunFleet({"report", "--output", left}, sqlite), "0\nwrote " + left + "/index.html\n");
+    EXPECT_EQ(RunFleet({"report", "--output", right}, clickHouse), "0\nwrote " + right + "/index.html\n");
+    EXPECT_GT(ReadTree(left).size(), 20U);
+    EXPECT_EQ(ReadTree(right), ReadTree(left));
 }
 
 }  // namespace
