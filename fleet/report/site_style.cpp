@@ -4,7 +4,7 @@ namespace NFLEET {
 namespace {
 
 // Update styleDigest with the sheet: SiteTexts.DigestsAreThoseOfTheTexts prints the new one.
-constexpr std::string_view styleDigest = "xwDeuv0Bw3VAbEIhZZtI+nJ50qRPtEe/ATMi3f9Qj/Q=";
+constexpr std::string_view styleDigest = "BLlvXeSFUl+HW3KJLUWJfWxVtZx7BmAtjk+mRtCTT/I=";
 
 constexpr std::string_view siteStyle = R"css(
 article { padding-top: 0.5rem; padding-bottom: 1.5rem; }
@@ -16,8 +16,9 @@ article, .frame { max-width: 96rem; }
 footer { font-size: 0.875rem; padding-top: 0; }
 .strip { gap: 0.75rem; }
 .strip .other { color: var(--other); }
-.wide { width: 100%; }
-@media (min-width: 48.01rem) { .wide tbody th { min-width: 14rem; } .list tbody th { min-width: 12.5rem; } .list td { min-width: 5.5rem; } .wide td.value { min-width: 6rem; } }
+.wide { width: 100%; font-size: 0.875rem; }
+@media (min-width: 48.01rem) { .wide tbody th { min-width: 10rem; } .list tbody th { min-width: 10rem; } .wide td[data-title="Change"], .wide td.value { min-width: 5.5rem; } }
+@media (min-width: 64rem) { .wide tbody th { min-width: 15rem; } .list tbody th { min-width: 12.5rem; } .list td, .wide td[data-title="Model"] { min-width: 5.5rem; } .wide td.value { min-width: 6rem; } }
 article > h2 { margin-top: 2.25rem; padding-top: 0.75rem; border-top: 2px solid var(--rule); }
 .list { width: 100%; font-size: 0.875rem; }
 .number { text-align: right; white-space: nowrap; }
@@ -55,6 +56,7 @@ table.chart { display: table; width: 100%; min-width: 0; margin: 0; table-layout
 .legend li { display: flex; gap: 0.375rem; align-items: center; }
 
 .marks { margin: 0.3125rem 0 0; max-width: none; }
+@media (max-width: 48rem) { .marks { max-width: 100%; } }
 .agree, .differ, .self { stroke-width: 3; fill: none; }
 .agree { stroke: var(--full); } .differ { stroke: var(--edge); } .self { stroke: var(--other); }
 
