@@ -106,6 +106,14 @@ void ForEachPart(std::span<const T> all, std::size_t size, TAction&& action) {
     }
 }
 
+// GetKey would copy the type for each comparison.
+void SortByKey(std::vector<TPresence>& presences) {
+    std::ranges::sort(presences, [](const TPresence& left, const TPresence& right) {
+        return std::tie(left.place, left.type, left.resource, left.since) <
+               std::tie(right.place, right.type, right.resource, right.since);
+    });
+}
+
 // Machines whose scopes that count have the same compositions.
 struct TAlikeMachines {
     std::string model;
@@ -295,7 +303,7 @@ std::vector<TPresence> TClickHouseStore::ReadPresenceRows(const std::string& con
         }
         std::ranges::move(row.presences, std::back_inserter(presences));
     }
-    std::ranges::sort(presences, {}, &TPresence::GetKey);
+    SortByKey(presences);
     return presences;
 }
 
@@ -944,7 +952,7 @@ std::vector<TPresence> TClickHouseStore::FindPresences(std::span<const TDigest> 
             "ids)",
         &DecodeOpenPresence, [&presences](TPresence row) { presences.push_back(std::move(row)); },
         MakeIds(digests));
-    std::ranges::sort(presences, {}, &TPresence::GetKey);
+    SortByKey(presences);
     return presences;
 }
 
