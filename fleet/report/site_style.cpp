@@ -4,7 +4,7 @@ namespace NFLEET {
 namespace {
 
 // Update styleDigest with the sheet: SiteTexts.DigestsAreThoseOfTheTexts prints the new one.
-constexpr std::string_view styleDigest = "BLlvXeSFUl+HW3KJLUWJfWxVtZx7BmAtjk+mRtCTT/I=";
+constexpr std::string_view styleDigest = "HA0C0gh/uT8FMjTHxiasnFI9H4UUuFho/ImeGL6GGgY=";
 
 constexpr std::string_view siteStyle = R"css(
 article { padding-top: 0.5rem; padding-bottom: 1.5rem; }
@@ -23,7 +23,7 @@ article > h2 { margin-top: 2.25rem; padding-top: 0.75rem; border-top: 2px solid 
 .list { width: 100%; font-size: 0.875rem; }
 .number { text-align: right; white-space: nowrap; }
 .plain { list-style: none; color: inherit; }
-tr[hidden], [hidden] { display: none; }
+[hidden] { display: none !important; }
 .hit > * { background: var(--other-fill); }
 .directory { columns: 20rem; column-gap: 2rem; list-style: none; font-size: 0.9375rem; }
 .directory li { padding: 0.125rem 0; break-inside: avoid; }
