@@ -1,9 +1,9 @@
 #include "fleet/load/inventory_reader.h"
 
 #include "documents/document_error.h"
+#include "fleet/load/divided_resources.h"
 #include "fleet/load/document_scanner.h"
 #include "fleet/model/machine_traits.h"
-#include "fleet/model/property_part.h"
 #include "inventory/read/document_reader.h"
 #include "inventory/saved/namespace_resources.h"
 #include "inventory/saved/saved_result.h"
@@ -20,48 +20,10 @@ namespace NFLEET {
 namespace {
 
 using NINVENTORY::EContent;
-using NINVENTORY::EDocument;
 using NINVENTORY::TDocumentInput;
-using NINVENTORY::TResource;
 
 // Larger documents are read piece by piece.
 constexpr std::size_t maxScannedDocumentBytes = std::size_t{32} << 20;
-
-EScope GetScope(EDocument kind) {
-    switch (kind) {
-        case EDocument::hardware:
-            return EScope::hardware;
-        case EDocument::systemInformation:
-            return EScope::systemInformation;
-        case EDocument::collection:
-            return EScope::snapshot;
-    }
-    return EScope::snapshot;
-}
-
-// Divides the resources of any source.
-class TDividedResources final : public NINVENTORY::IDocumentEvents {
-  public:
-    explicit TDividedResources(TVersionCache& cache) : builder_(cache) {}
-
-    void BeginDocument(const NINVENTORY::TDocumentHead& head) override { head_ = head; }
-    void BeginList(std::string_view /*listType*/, int /*line*/) override {}
-    void AddResource(TResource&& resource) override {
-        if (!IsStoredType(resource.type)) {
-            return;
-        }
-        if (HasTraits(resource.type)) {
-            builder_.AddTraitsOf(resource);
-        }
-        builder_.Add(resource.id, DivideResource(resource));
-    }
-
-    TReadInventory Take() { return builder_.Take(GetScope(head_.kind), head_.timestamp); }
-
-  private:
-    TInventoryBuilder builder_;
-    NINVENTORY::TDocumentHead head_;
-};
 
 TReadInventory ReadSlowly(TDocumentInput& input, TVersionCache& cache) {
     TDividedResources resources(cache);
