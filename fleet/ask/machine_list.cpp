@@ -36,6 +36,15 @@ constexpr TFactRow factRows[] = {
     {"key", [](const TMachine& machine) { return machine.key; }},
 };
 
+const TFactRow& RequireFact(std::string_view property) {
+    const auto* const row = std::ranges::find(factRows, property, &TFactRow::name);
+    if (row == std::end(factRows)) {
+        throw TQuestionError("'" + NVORHOST::ToShownText(std::string(property)) +
+                             "' is not TYPE.PROPERTY, nor one of name, vendor, model, serial, uuid, key");
+    }
+    return *row;
+}
+
 bool IsMachine(const TMachine& machine, std::string_view text) {
     return machine.key == text || machine.facts.name == text || machine.facts.serial == text ||
            (!machine.facts.uuid.empty() &&
@@ -117,12 +126,8 @@ void KeepMachines(IFleetStore& store, const TCondition& condition, std::vector<T
         std::erase_if(machines, [&](const TMachine& machine) { return !found.ids.contains(machine.id); });
         return;
     }
-    const auto* const row = std::ranges::find(factRows, condition.property, &TFactRow::name);
-    if (row == std::end(factRows)) {
-        throw TQuestionError("'" + NVORHOST::ToShownText(condition.property) +
-                             "' is not TYPE.PROPERTY, nor one of name, vendor, model, serial, uuid, key");
-    }
-    std::erase_if(machines, [&](const TMachine& machine) { return !Meets(row->get(machine), condition); });
+    const TFactRow& row = RequireFact(condition.property);
+    std::erase_if(machines, [&](const TMachine& machine) { return !Meets(row.get(machine), condition); });
 }
 
 TAnswer MakeTable(std::string question, const std::vector<TMachine>& machines) {
@@ -150,6 +155,10 @@ std::string NameMachine(const TMachine& machine) {
     return !machine.facts.name.empty()     ? machine.facts.name
            : !machine.facts.serial.empty() ? machine.facts.serial
                                            : machine.key;
+}
+
+std::string GetFact(const TMachine& machine, std::string_view property) {
+    return RequireFact(property).get(machine);
 }
 
 TMachine FindMachine(IFleetStore& store, std::string_view text) {

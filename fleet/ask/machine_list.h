@@ -6,6 +6,7 @@
 #include "inventory/read/resource_filter.h"
 
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -17,6 +18,10 @@ TMachine FindMachine(IFleetStore& store, std::string_view text);
 
 /// Returns the name for people: the name of the machine, else its serial number, else its key.
 std::string NameMachine(const TMachine& machine);
+
+/// Returns the name, vendor, model, serial, uuid or key of a machine. Errors: throws TQuestionError for
+/// another name of a property.
+std::string GetFact(const TMachine& machine, std::string_view property);
 
 /// Returns the machines for which all conditions hold, by name. A condition is on name, vendor, model,
 /// serial, uuid or key of the machine, or on TYPE.PROPERTY of its present resources.

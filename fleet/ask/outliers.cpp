@@ -1,5 +1,6 @@
 #include "fleet/ask/outliers.h"
 
+#include "fleet/ask/machine_groups.h"
 #include "fleet/ask/machine_list.h"
 #include "fleet/ask/version_index.h"
 #include "inventory/compare/part.h"
@@ -28,7 +29,8 @@ constexpr std::string_view countedTypes[] = {"Processor",     "PhysicalMemory", 
                                              "LogicalVolume", "EthernetPort",   "PowerSupply"};
 
 struct TCohort {
-    std::string model;
+    std::string group;
+    std::set<std::string> models;
     std::unordered_map<TMachineId, const TMachine*, TDigestHash> machines;
 
     std::size_t GetLimit() const { return std::max<std::size_t>(1, machines.size() / 20); }
@@ -228,7 +230,7 @@ void AppendValues(const TCohort& cohort, const std::vector<TRareValue>& rare, co
                                 DescribePart(versions.Assemble(*row)), name,
                                 MakeCell(type, value.value->property),
                                 MakeCell(type, other == nullptr ? value.usual->property : *other),
-                                value.machines.size(), cohort.machines.size()});
+                                value.machines.size(), cohort.machines.size(), cohort.group});
         }
     }
 }
@@ -253,7 +255,7 @@ void AppendNumbers(const TCohort& cohort, const std::string& type,
         }
         for (const TMachine* const machine : machines) {
             outliers.push_back({*machine, type, NINVENTORY::NameType(type, 2), "number", number, usual->first,
-                                machines.size(), cohort.machines.size()});
+                                machines.size(), cohort.machines.size(), cohort.group});
         }
     }
 }
@@ -261,12 +263,25 @@ void AppendNumbers(const TCohort& cohort, const std::string& type,
 void AppendNumbers(IFleetStore& store, const TCohort& cohort, std::vector<TOutlier>& outliers) {
     const std::vector<std::string> types(std::begin(countedTypes), std::end(countedTypes));
     std::map<std::string, std::unordered_map<TMachineId, std::int64_t, TDigestHash>> numbers;
-    for (const TPartCount& count : store.CountParts({.model = cohort.model, .types = types})) {
-        numbers[count.type][count.machine] = static_cast<std::int64_t>(count.resources);
+    for (const std::string& model : cohort.models) {
+        for (const TPartCount& count : store.CountParts({.model = model, .types = types})) {
+            numbers[count.type][count.machine] = static_cast<std::int64_t>(count.resources);
+        }
     }
     for (const auto& [type, counts] : numbers) {
         AppendNumbers(cohort, type, counts, outliers);
     }
+}
+
+// Returns the rows of the machines, and perhaps those of others of their models.
+std::vector<TPresence> ReadRows(IFleetStore& store, const TCohort& cohort,
+                                const std::vector<TDigest>& versions) {
+    std::vector<TPresence> rows;
+    for (const std::string& model : cohort.models) {
+        std::ranges::move(store.FindPresences(versions, model), std::back_inserter(rows));
+    }
+    std::ranges::sort(rows, {}, &TPresence::GetKey);
+    return rows;
 }
 
 // Links between resources and data sources describe no part of a machine.
@@ -282,8 +297,7 @@ std::vector<TOutlier> CompareCohort(IFleetStore& store, const TCohort& cohort,
     for (const TRareValue& value : rare) {
         wanted.insert(value.value->versions.begin(), value.value->versions.end());
     }
-    const std::vector<TPresence> rows =
-        store.FindPresences(std::vector(wanted.begin(), wanted.end()), cohort.model);
+    const std::vector<TPresence> rows = ReadRows(store, cohort, std::vector(wanted.begin(), wanted.end()));
     AttachRows(rows, cohort, rare);
     std::vector<TOutlier> outliers;
     AppendValues(cohort, rare, versions, TTypicalMachine(store, cohort, rare), outliers);
@@ -292,11 +306,15 @@ std::vector<TOutlier> CompareCohort(IFleetStore& store, const TCohort& cohort,
     return outliers;
 }
 
-std::map<std::string, TCohort> MakeCohorts(const std::vector<TMachine>& machines) {
-    std::map<std::string, TCohort> cohorts;
+using TCohorts = std::map<std::string, TCohort>;  // by group
+
+TCohorts MakeCohorts(const std::vector<TMachine>& machines, const TMachineGroups& groups) {
+    TCohorts cohorts;
     for (const TMachine& machine : machines) {
-        TCohort& cohort = cohorts[machine.facts.model];
-        cohort.model = machine.facts.model;
+        const std::string& group = groups.Get(machine.id);
+        TCohort& cohort = cohorts[group];
+        cohort.group = group;
+        cohort.models.insert(machine.facts.model);
         cohort.machines.emplace(machine.id, &machine);
     }
     return cohorts;
@@ -306,11 +324,22 @@ bool IsCompared(const TCohort& cohort) {
     return cohort.machines.size() >= minCohort;
 }
 
-void AppendCohort(IFleetStore& store, const TCohort& cohort, std::vector<TOutlier>& outliers) {
-    std::vector<TVersionCount> counts = store.CountVersions({.model = cohort.model, .types = {}});
+void AppendCohort(IFleetStore& store, const TCohort& cohort, std::vector<TVersionCount> counts,
+                  std::vector<TOutlier>& outliers) {
     std::erase_if(counts, [](const TVersionCount& count) { return !IsCompared(count); });
     const TVersionIndex versions(store, counts);
     std::ranges::move(CompareCohort(store, cohort, counts, versions), std::back_inserter(outliers));
+}
+
+std::vector<TOutlier> CompareCohorts(IFleetStore& store, const TCohorts& cohorts,
+                                     std::map<std::string, std::vector<TVersionCount>> counts) {
+    std::vector<TOutlier> outliers;
+    for (const auto& [group, cohort] : cohorts) {
+        if (IsCompared(cohort)) {
+            AppendCohort(store, cohort, std::move(counts[group]), outliers);
+        }
+    }
+    return outliers;
 }
 
 std::vector<TCell> MakeCells(TOutlier outlier) {
@@ -323,23 +352,23 @@ std::vector<TCell> MakeCells(TOutlier outlier) {
             std::move(outlier.value),
             std::move(outlier.usual),
             static_cast<std::int64_t>(outlier.machines),
-            static_cast<std::int64_t>(outlier.cohort)};
+            static_cast<std::int64_t>(outlier.cohort),
+            MakeTextCell(std::move(outlier.group))};
 }
 
 }  // namespace
 
 std::vector<TOutlier> FindOutliers(IFleetStore& store, const std::vector<TMachine>& machines,
-                                   const std::optional<std::string>& model) {
-    std::vector<TOutlier> outliers;
-    for (const auto& [name, cohort] : MakeCohorts(machines)) {
-        if ((!model || *model == name) && IsCompared(cohort)) {
-            AppendCohort(store, cohort, outliers);
-        }
-    }
-    return outliers;
+                                   const std::string& groupBy) {
+    const TMachineGroups groups(store, machines, groupBy);
+    return CompareCohorts(store, MakeCohorts(machines, groups),
+                          groups.CountVersions(store, machines, minCohort));
 }
 
-TAnswer ListOutliers(IFleetStore& store, const std::optional<std::string>& model) {
+TAnswer ListOutliers(IFleetStore& store, const std::optional<std::string>& model,
+                     const std::string& groupBy) {
+    const bool isByModel = groupBy == modelProperty;
+    const std::string shown = NVORHOST::ToShownText(groupBy);
     TAnswer answer{.question = "outliers",
                    .columns = {{"model", "model", /*isMinor=*/true},
                                {"machine", "machine"},
@@ -350,21 +379,28 @@ TAnswer ListOutliers(IFleetStore& store, const std::optional<std::string>& model
                                {"value", "value"},
                                {"usual", "usual value"},
                                {"machines", "machines"},
-                               {"of", "of", /*isMinor=*/true}},
-                   .emptyText = "no machine differs from the others of its model"};
-    const std::vector<TMachine> machines = store.ReadMachines();
-    const auto cohorts = MakeCohorts(machines);
-    if (model && !cohorts.contains(*model)) {
-        throw TQuestionError("no machine is of the model '" + NVORHOST::ToShownText(*model) + "'");
+                               {"of", "of", /*isMinor=*/true},
+                               {"group", isByModel ? "" : shown}},
+                   .emptyText = isByModel ? "no machine differs from the others of its model"
+                                          : "no machine differs from the others with its " + shown};
+    std::vector<TMachine> machines = store.ReadMachines();
+    if (model) {
+        std::erase_if(machines, [&](const TMachine& machine) { return machine.facts.model != *model; });
+        if (machines.empty()) {
+            throw TQuestionError("no machine is of the model '" + NVORHOST::ToShownText(*model) + "'");
+        }
     }
-    for (TOutlier& outlier : FindOutliers(store, machines, model)) {
+    const TMachineGroups groups(store, machines, groupBy);
+    const TCohorts cohorts = MakeCohorts(machines, groups);
+    for (TOutlier& outlier :
+         CompareCohorts(store, cohorts, groups.CountVersions(store, machines, minCohort))) {
         answer.rows.push_back(MakeCells(std::move(outlier)));
     }
-    const auto tooSmall = std::ranges::count_if(cohorts, [&](const auto& entry) {
-        return (!model || *model == entry.first) && !IsCompared(entry.second);
-    });
+    const auto tooSmall =
+        std::ranges::count_if(cohorts, [](const auto& entry) { return !IsCompared(entry.second); });
     if (tooSmall > 0) {
-        answer.notes.push_back("models with fewer than " + std::to_string(minCohort) +
+        answer.notes.push_back((isByModel ? "models" : "values of " + shown) + " with fewer than " +
+                               std::to_string(minCohort) +
                                " machines, which are not compared: " + std::to_string(tooSmall));
     }
     return answer;

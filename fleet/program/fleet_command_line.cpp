@@ -188,9 +188,12 @@ struct TModel {
                     options.identity, "Serial number, address or other identifying value of the part");
         CLI::App& outliers =
             AddQuestion("outliers", "List in what machines differ from the others of their model");
-        outliers.add_option("--group-by", groupBy_, "What compared machines have in common (default: model)")
-            ->check(CLI::IsMember(TWords{"model"}).description(noDescription))
-            ->type_name("model");
+        outliers
+            .add_option(
+                "--group-by", options.groupBy,
+                "What compared machines have in common: model (default), vendor, or TYPE.PROPERTY of a "
+                "part, such as BIOSElement.Version")
+            ->type_name("PROPERTY");
         outliers.add_option("--model", options.model, "Compare only machines of this model")
             ->type_name("MODEL");
         AddQuestion("summary", "Count models, memory, disks, processors and firmware");
@@ -281,8 +284,6 @@ struct TModel {
             ->type_name("COMMAND");
         program.add_subcommand("version", "Print the version");
     }
-
-    std::string groupBy_;
 };
 
 std::string HelpCommandFor(const CLI::App* command) {

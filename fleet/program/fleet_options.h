@@ -31,6 +31,7 @@ struct TFleetOptions {
     TSeconds since = 0;                              ///< changes, stale
     std::string identity;                            ///< where
     std::optional<std::string> model;                ///< outliers
+    std::string groupBy = "model";                   ///< outliers
     std::string query;                               ///< sql
     std::string siteDirectory;                       ///< report
     std::optional<TSeconds> reportNow;               ///< report: absent for the newest inventory

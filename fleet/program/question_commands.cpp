@@ -61,7 +61,9 @@ constexpr TQuestion questions[] = {
     {"where",
      [](IFleetStore& store, const TFleetOptions& options) { return FindPart(store, options.identity); }},
     {"outliers",
-     [](IFleetStore& store, const TFleetOptions& options) { return ListOutliers(store, options.model); }},
+     [](IFleetStore& store, const TFleetOptions& options) {
+         return ListOutliers(store, options.model, options.groupBy);
+     }},
     {"stale", [](IFleetStore& store,
                  const TFleetOptions& options) { return ListStaleMachines(store, options.since); }},
     {"summary", [](IFleetStore& store, const TFleetOptions&) { return SummarizeFleet(store); }},

@@ -335,7 +335,7 @@ void WriteFleetSite(IFleetStore& store, const TSiteOptions& options, ISiteFiles&
     for (const TMachine& machine : machines) {
         newest = std::max(newest, machine.last);
     }
-    std::vector<TOutlier> outliers = FindOutliers(store, machines, std::nullopt);
+    std::vector<TOutlier> outliers = FindOutliers(store, machines);
     TSite site = MakeSite(std::move(machines), std::move(outliers), options.now.value_or(newest));
     site.duplicates = FindDuplicates(site);
     TDaySpool spool;

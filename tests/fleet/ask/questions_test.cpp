@@ -263,6 +263,50 @@ TEST_F(ListOutliersTest, LooksAtOneModelOnly) {
         "BladeStar | odd blade | disk SAMPLE SM600 600 GB | OperationalStatus | Degraded | OK | 1 | 9\n");
 }
 
+TEST_F(ListOutliersTest, ComparesMachinesOfSeveralModelsOfOneVendor) {
+    AddMachines(5, "RackStar");
+    AddMachines(5, "BladeStar");
+    fleet_.Add("odd", "TowerStar", monday,
+               {MakeModule("A1", "M1"), MakeModule("A2", "M2"), MakeDisk("Z1", "3")});
+    IFleetStore& store = fleet_.GetStore();
+
+    EXPECT_EQ(ShowRows(ListOutliers(store, std::nullopt)), "");
+    EXPECT_EQ(ShowRows(ListOutliers(store, std::nullopt, "vendor")),
+              "TowerStar | odd | disk SAMPLE SM600 600 GB | OperationalStatus | Degraded | OK | 1 | 11 | "
+              "Example Servers\n");
+}
+
+TEST_F(ListOutliersTest, ComparesMachinesWithOneValueOfAPropertyOfAPart) {
+    const auto add = [&](const std::string& name, const std::string& firmware, const std::string& speed) {
+        fleet_.Add(name, "RackStar", monday,
+                   {MakeModule("A1", "M1" + name, speed), MakeModule("A2", "M2" + name, speed),
+                    MakeResource("BIOSElement", "firmware", {{"Version", firmware}})});
+    };
+    for (int i = 0; i < 9; ++i) {
+        add("old-" + std::to_string(i), "1.7a", "2400");
+        add("new-" + std::to_string(i), "1.9b", "3200");
+    }
+    add("odd", "1.9b", "2400");
+    IFleetStore& store = fleet_.GetStore();
+
+    EXPECT_EQ(ShowRows(ListOutliers(store, std::nullopt)), "");
+    const TAnswer answer = ListOutliers(store, "RackStar", "BIOSElement.Version");
+    EXPECT_EQ(
+        ShowRows(answer),
+        "RackStar | odd | memory module 16 GiB in A1 | Speed | 2400 MT/s | 3200 MT/s | 1 | 10 | 1.9b\n"
+        "RackStar | odd | memory module 16 GiB in A2 | Speed | 2400 MT/s | 3200 MT/s | 1 | 10 | 1.9b\n");
+    EXPECT_THAT(answer.notes, ElementsAre());
+}
+
+TEST_F(ListOutliersTest, RejectsAPropertyThatNoMachineHas) {
+    AddMachines(1);
+    IFleetStore& store = fleet_.GetStore();
+    EXPECT_EQ(FailureOf([&] { (void)ListOutliers(store, std::nullopt, "DiskDrive.Colour"); }),
+              "no part of a machine has the property 'DiskDrive.Colour'");
+    EXPECT_EQ(FailureOf([&] { (void)ListOutliers(store, std::nullopt, "colour"); }),
+              "'colour' is not TYPE.PROPERTY, nor one of name, vendor, model, serial, uuid, key");
+}
+
 TEST_F(ListOutliersTest, RejectsAModelWithoutMachines) {
     AddMachines(1);
     IFleetStore& store = fleet_.GetStore();

@@ -239,6 +239,8 @@ TEST(SameOutput, OfEveryCommandInEveryFormat) {
         {"where", "no such part"},
         {"outliers"},
         {"outliers", "--model", "7915-X3G"},
+        {"outliers", "--group-by", "vendor"},
+        {"outliers", "--group-by", "Server.MachineType"},
         {"stale", "--older-than", "7d"},
         {"summary"},
         {"sql", "SELECT count(*) AS n FROM inventories"},
