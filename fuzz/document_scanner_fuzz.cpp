@@ -1,5 +1,5 @@
-// What the line scanner accepts is a document, and the inventory that it gives is that of the XML parser, for
-// documents that follow one another, separated by null characters, with one cache.
+// Documents that the line scanner accepts are well-formed, and it gives the inventory that the XML parser
+// gives, for documents that follow one another, separated by null characters, with one cache.
 #include "documents/document_error.h"
 #include "fleet/load/divided_resources.h"
 #include "fleet/load/document_scanner.h"

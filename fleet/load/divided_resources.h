@@ -19,8 +19,8 @@ class TDividedResources final : public NINVENTORY::IDocumentEvents {
     void BeginList(std::string_view /*listType*/, int /*line*/) override {}
     void AddResource(NINVENTORY::TResource&& resource) override;
 
-    /// Returns the inventory. Call once, after the document was read. Errors: throws TDocumentCause for a time
-    /// that is malformed or missing.
+    /// Returns the inventory. Call once, after the document was read. Errors: throws TDocumentCause for a
+    /// time that is malformed or missing.
     TReadInventory Take();
 
   private:

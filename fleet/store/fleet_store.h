@@ -173,8 +173,8 @@ class IFleetStore {
     virtual std::vector<TPresence> FindIdentity(std::string_view value) = 0;
     /// Counts versions in the present state of the machines; ordered by model, type and version.
     virtual std::vector<TVersionCount> CountVersions(const TCountQuery& query) = 0;
-    /// Counts the resources of the types of a query, which are not empty, in the present state of each machine;
-    /// ordered by machine and type. A machine without resources of a type has no count.
+    /// Counts the resources of the types of a query, which are not empty, in the present state of each
+    /// machine; ordered by machine and type. A machine without resources of a type has no count.
     virtual std::vector<TPartCount> CountParts(const TCountQuery& query) = 0;
     /// Returns the rows of the present state that have one of the versions, of machines of a model or of all.
     virtual std::vector<TPresence> FindPresences(std::span<const TDigest> versions,
