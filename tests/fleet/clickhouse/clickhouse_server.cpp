@@ -6,7 +6,9 @@
 #include <sys/wait.h>
 
 #include <filesystem>
+#include <memory>
 #include <stdexcept>
+#include <string_view>
 
 namespace NFLEET {
 namespace {
@@ -35,6 +37,24 @@ std::string DescribeCluster(const TClickHouseSettings& settings) {
                                                           Element("password", settings.password)));
     }
     return Element("remote_servers", Element("fleet", shards));
+}
+
+// A connection of another process may take a port between its choice and the start of the server.
+std::unique_ptr<TClickHouseServer> StartOnFreePorts() {
+    constexpr int attempts = 5;
+    for (int attempt = 1;; ++attempt) {
+        auto server = std::make_unique<TClickHouseServer>();
+        try {
+            server->Start();
+            return server;
+        } catch (const std::runtime_error& error) {
+            const bool isTaken =
+                std::string_view(error.what()).find("Address already in use") != std::string_view::npos;
+            if (!isTaken || attempt == attempts) {
+                throw;
+            }
+        }
+    }
 }
 
 }  // namespace
@@ -125,13 +145,8 @@ void TClickHouseServer::Start(const TClickHouseSettings& settings) {
 }
 
 TClickHouseServer& GetClickHouseServer() {
-    static TClickHouseServer server;
-    static const bool isStarted = [] {
-        server.Start();
-        return true;
-    }();
-    (void)isStarted;
-    return server;
+    static const std::unique_ptr<TClickHouseServer> server = StartOnFreePorts();
+    return *server;
 }
 
 std::string MakeDatabaseUrl() {

@@ -123,17 +123,18 @@ TEST_F(FleetProgram, ListsTheChangesOfAllMachinesSinceATime) {
 }
 
 TEST_F(FleetProgram, FindsTheMachineWithoutTheStolenModule) {
-    EXPECT_EQ(Ask({"outliers", "--model", "RackStar 2200", "--format", "csv"}),
-              "\"model\",\"machine\",\"key\",\"resourceType\",\"part\",\"property\",\"value\",\"usual\","
-              "\"machines\",\"of\"\r\n"
-              "\"RackStar 2200\",\"m0000004.example.net\",\"uuid:00C0FFEE-0000-4000-8000-000000000004 "
-              "serial:EX0000004\",\"OperatingSystem\",\"operating system Debian GNU/Linux 12 (bookworm)\","
-              "\"TotalVirtualMemorySize\",\"24772604\",\"41156604\",1,10\r\n"
-              "\"RackStar 2200\",\"m0000004.example.net\",\"uuid:00C0FFEE-0000-4000-8000-000000000004 "
-              "serial:EX0000004\",\"OperatingSystem\",\"operating system Debian GNU/Linux 12 (bookworm)\","
-              "\"TotalVisibleMemorySize\",\"16384000\",\"32768000\",1,10\r\n"
-              "\"RackStar 2200\",\"m0000004.example.net\",\"uuid:00C0FFEE-0000-4000-8000-000000000004 "
-              "serial:EX0000004\",\"PhysicalMemory\",\"memory modules\",\"number\",1,2,1,10\r\n");
+    EXPECT_EQ(
+        Ask({"outliers", "--model", "RackStar 2200", "--format", "csv"}),
+        "\"model\",\"machine\",\"key\",\"resourceType\",\"part\",\"property\",\"value\",\"usual\","
+        "\"machines\",\"of\",\"group\"\r\n"
+        "\"RackStar 2200\",\"m0000004.example.net\",\"uuid:00C0FFEE-0000-4000-8000-000000000004 "
+        "serial:EX0000004\",\"OperatingSystem\",\"operating system Debian GNU/Linux 12 (bookworm)\","
+        "\"TotalVirtualMemorySize\",\"24772604\",\"41156604\",1,10,\"RackStar 2200\"\r\n"
+        "\"RackStar 2200\",\"m0000004.example.net\",\"uuid:00C0FFEE-0000-4000-8000-000000000004 "
+        "serial:EX0000004\",\"OperatingSystem\",\"operating system Debian GNU/Linux 12 (bookworm)\","
+        "\"TotalVisibleMemorySize\",\"16384000\",\"32768000\",1,10,\"RackStar 2200\"\r\n"
+        "\"RackStar 2200\",\"m0000004.example.net\",\"uuid:00C0FFEE-0000-4000-8000-000000000004 "
+        "serial:EX0000004\",\"PhysicalMemory\",\"memory modules\",\"number\",1,2,1,10,\"RackStar 2200\"\r\n");
 }
 
 TEST_F(FleetProgram, ShowsAMachineAtATime) {
