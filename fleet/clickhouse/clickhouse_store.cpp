@@ -267,9 +267,9 @@ class TClickHouseStore : public IFleetStore {
     TClickHouseClient client_;
     TLoaderClaim claim_;
     std::map<TDigest, TComposition> compositions_;  // some of those that are stored
-    // What is stored, while this loader holds its claim.
-    std::map<TMachineScope, TChangeNumber> marks_;               // of the rows of presences; 0 without one
-    std::set<TMachineId> markedMachines_;                        // of which all marks are known
+    // These are copies of stored rows, valid while this loader holds its claim.
+    std::map<TMachineScope, TChangeNumber> marks_;  // change of each row of presences; 0 if there is no row
+    std::set<TMachineId> markedMachines_;           // machines whose marks are all in `marks_`
     std::map<TMachineScope, std::vector<TPresence>> presences_;  // as read, or as this batch changes them
 };
 

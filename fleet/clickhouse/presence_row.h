@@ -23,7 +23,7 @@ struct TComposition {
         TDigest version;
     };
 
-    TDigest digest;  ///< of the elements; zero without any
+    TDigest digest;  ///< digest of the elements; zero if there are none
     std::vector<TElement> elements;
 };
 
@@ -66,10 +66,10 @@ std::optional<TIdentity> ParseIdentity(std::string_view text, const TDigest& res
 /// identifier of the resource.
 std::string FormatSearchedValue(std::string_view value);
 
-/// What the volatile values of an inventory have in common with those of others, also of other machines.
+/// The part of the volatile values of an inventory that many inventories share, also those of other machines.
 struct TVolatileLayout {
-    TDigest digest;                      ///< of everything that counts; zero without any values
-    std::vector<std::uint32_t> numbers;  ///< of consecutive values of one resource
+    TDigest digest;                      ///< digest of everything that counts; zero if there are no values
+    std::vector<std::uint32_t> numbers;  ///< lengths of the runs of values of one resource
     std::vector<TVolatileValue> values;  ///< their resources and values do not count
 };
 

@@ -184,7 +184,7 @@ void TBatchBuilder::UpdateMachines() {
     for (const TMachineId& id : ids) {
         TMachine& machine = machines_->Get(id);
         TMachineFacts facts = MergeFacts(headsOf[id]);
-        FillFacts(machine.facts, facts);  // what the newest inventories do not contain
+        FillFacts(machine.facts, facts);  // keeps facts that the newest inventories lack
         machine.facts = std::move(facts);
         machine.usesSnapshot = UsesSnapshot(headsOf[id]);
         if (!existing.contains(id) && IsRealUuid(machine.facts.uuid)) {

@@ -89,7 +89,7 @@ constexpr bool IsCurrentScope(bool usesSnapshot, EScope scope) {
 /// one.
 struct TAlias {
     TMachineId from;      ///< digest of a key or another name
-    std::string fromKey;  ///< of a machine that was merged; empty for a name that inventories contain
+    std::string fromKey;  ///< key of a machine that was merged; empty if `from` is a name in inventories
     TMachineId to;        ///< `from` itself for a name of several machines, which finds none of them
 
     bool operator==(const TAlias&) const = default;

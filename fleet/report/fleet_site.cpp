@@ -33,7 +33,7 @@ namespace {
 constexpr std::size_t machinesPerBatch = 64;
 constexpr std::size_t maxKeptVersions = 200'000;
 
-// What the store has about some machines that follow each other in the site.
+// The rows of some machines that follow each other in the site.
 struct TStoredBatch {
     std::size_t first = 0;  // index of the first machine
     std::vector<std::vector<TPresence>> presences{};

@@ -10,8 +10,8 @@
 namespace NFLEET {
 
 struct TListPages {
-    std::string path;   ///< of the first page; the others have numbers
-    std::string title;  ///< of the window
+    std::string path;   ///< path of the first page; those of the others have numbers
+    std::string title;  ///< title of the window
     std::size_t rows = 0;
     std::size_t rowsPerPage = 0;
     bool hasScript = false;
