@@ -1,5 +1,6 @@
 #include "fleet/ask/fleet_summary.h"
 
+#include "fleet/ask/part_ages.h"
 #include "fleet/ask/version_index.h"
 #include "fleet/model/assembly.h"
 #include "inventory/model/shown_value.h"
@@ -64,6 +65,8 @@ constexpr TGroup groups[] = {
      }},
 };
 
+constexpr std::string_view agedType = "DiskDrive";
+
 struct TCounts {
     std::uint64_t machines = 0;
     std::uint64_t parts = 0;
@@ -106,6 +109,13 @@ std::map<std::string, TCounts> CountValues(const TGroup& group, const std::vecto
     return values;
 }
 
+// Appends the ages in their order.
+void AppendAges(const std::string& group, const std::vector<TAgeCount>& ages, TAnswer& answer) {
+    for (const TAgeCount& age : ages) {
+        answer.rows.push_back({group, std::string(age.span), TCell(), static_cast<std::int64_t>(age.parts)});
+    }
+}
+
 }  // namespace
 
 TAnswer SummarizeFleet(IFleetStore& store) {
@@ -113,7 +123,8 @@ TAnswer SummarizeFleet(IFleetStore& store) {
         .question = "summary",
         .columns = {{"group", "group"}, {"value", "value"}, {"machines", "machines"}, {"parts", "parts"}},
         .emptyText = "no machines"};
-    AppendModels(store.ReadMachines(), answer);
+    const std::vector<TMachine> machines = store.ReadMachines();
+    AppendModels(machines, answer);
     std::vector<std::string> types;
     for (const TGroup& group : groups) {
         types.emplace_back(group.type);
@@ -124,6 +135,9 @@ TAnswer SummarizeFleet(IFleetStore& store) {
     const TVersionIndex versions(store, counts);
     for (const TGroup& group : groups) {
         AppendGroup(group.name, group.isSingle, CountValues(group, counts, versions), answer);
+        if (group.type == agedType) {
+            AppendAges("disks by age", CountAges(store, machines, std::string(agedType)), answer);
+        }
     }
     return answer;
 }

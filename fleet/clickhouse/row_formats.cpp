@@ -326,6 +326,18 @@ TComposition TRowFormat<TComposition>::Decode(TRowBinaryReader& reader) {
     return row;
 }
 
+TPresence DecodePresence(TRowBinaryReader& reader) {
+    TPresence presence;
+    presence.place = DecodePlace(reader);
+    presence.type = reader.Text();
+    presence.resource = DecodeDigest(reader);
+    presence.since = reader.Number<TSeconds>();
+    presence.until = reader.Number<TSeconds>();
+    presence.version = DecodeDigest(reader);
+    presence.identity = DecodeIdentity(reader, presence.resource);
+    return presence;
+}
+
 TPresence DecodeOpenPresence(TRowBinaryReader& reader) {
     TPresence presence;
     presence.place = DecodePlace(reader);

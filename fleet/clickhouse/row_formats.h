@@ -117,6 +117,9 @@ struct TRowFormat<TComposition> {
     static TComposition Decode(TRowBinaryReader& reader);
 };
 
+/// Reads one presence: machine, scope, type, resource, since, until, version, identity.
+TPresence DecodePresence(TRowBinaryReader& reader);
+
 /// Reads one presence of the present: machine, scope, type, resource, since, version, identity.
 TPresence DecodeOpenPresence(TRowBinaryReader& reader);
 

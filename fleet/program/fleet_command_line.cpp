@@ -196,7 +196,7 @@ struct TModel {
             ->type_name("PROPERTY");
         outliers.add_option("--model", options.model, "Compare only machines of this model")
             ->type_name("MODEL");
-        AddQuestion("summary", "Count models, memory, disks, processors and firmware");
+        AddQuestion("summary", "Count models, memory, disks by size and age, processors and firmware");
         AddArgument(AddQuestion("sql", "Run a query in the language of the database, which must not write"),
                     "QUERY", options.query, "Query, such as \"SELECT * FROM machine\"");
     }

@@ -162,15 +162,31 @@ TIdentity TSqliteEngine::ParseIdentity(std::string_view text) const {
     return std::move(*identity);
 }
 
+// Returns the words' numbers; -1 for a word that no row has.
+std::vector<std::int64_t> TSqliteEngine::FindTypes(const std::vector<std::string>& types) {
+    std::vector<std::int64_t> numbers;
+    for (const std::string& type : types) {
+        numbers.push_back(GetTables().words.Find(type).value_or(-1));
+    }
+    return numbers;
+}
+
 std::vector<TPresence> TSqliteEngine::ReadChanges(const TChangeQuery& query) {
     TTables& tables = GetTables();
-    std::string machine;
+    std::string condition;
     std::string sinceIndex = " INDEXED BY presence_since";
     std::string untilIndex = " INDEXED BY presence_until";
     if (query.machine) {
-        machine = " AND p.machine = " + std::to_string(tables.machines.Find(*query.machine).value_or(-1));
+        condition = " AND p.machine = " + std::to_string(tables.machines.Find(*query.machine).value_or(-1));
         sinceIndex.clear();
         untilIndex.clear();
+    }
+    if (!query.types.empty()) {
+        condition += " AND p.type IN (";
+        for (const std::int64_t type : FindTypes(query.types)) {
+            condition += (condition.ends_with('(') ? "" : ", ") + std::to_string(type);
+        }
+        condition += ")";
     }
     std::string sql = presenceColumns;
     const auto withIndex = [&](const std::string& index) {
@@ -178,14 +194,14 @@ std::vector<TPresence> TSqliteEngine::ReadChanges(const TChangeQuery& query) {
         return text.replace(text.find(" AS p"), 5, " AS p" + index);
     };
     TStatement begins = connection_.Prepare(
-        withIndex(sinceIndex) + " WHERE p.since > 0 AND p.since > ?1 AND p.since <= ?2" + machine);
+        withIndex(sinceIndex) + " WHERE p.since > 0 AND p.since > ?1 AND p.since <= ?2" + condition);
     begins.Begin(query.since, query.until);
     std::vector<TPresence> rows = ReadSelected(begins);
     // Rows that also begin in the span were read already.
     TStatement ends = connection_.Prepare(withIndex(untilIndex) +
                                           " WHERE p.until IS NOT NULL AND p.until > ?1 AND p.until <= ?2 AND "
                                           "NOT (p.since > ?1 AND p.since > 0)" +
-                                          machine);
+                                          condition);
     ends.Begin(query.since, query.until);
     std::ranges::move(ReadSelected(ends), std::back_inserter(rows));
     SortByKey(rows);
@@ -255,10 +271,7 @@ void TSqliteEngine::ForEachCurrent(
 
 std::vector<TVersionCount> TSqliteEngine::CountVersions(const TCountQuery& query) {
     TTables& tables = GetTables();
-    std::vector<std::int64_t> types;
-    for (const std::string& type : query.types) {
-        types.push_back(tables.words.Find(type).value_or(-1));
-    }
+    const std::vector<std::int64_t> types = FindTypes(query.types);
     struct TCount {
         std::int64_t type = 0;
         std::int64_t lastMachine = -1;
@@ -291,10 +304,7 @@ std::vector<TVersionCount> TSqliteEngine::CountVersions(const TCountQuery& query
 
 std::vector<TPartCount> TSqliteEngine::CountParts(const TCountQuery& query) {
     TTables& tables = GetTables();
-    std::vector<std::int64_t> types;
-    for (const std::string& type : query.types) {
-        types.push_back(tables.words.Find(type).value_or(-1));
-    }
+    const std::vector<std::int64_t> types = FindTypes(query.types);
     std::map<std::pair<TMachineId, std::int64_t>, std::uint64_t> numbers;
     ForEachCurrent(query.model, types, [&](const TCurrentMachine& machine, TStatement& row) {
         ++numbers[{machine.digest, row.GetInteger(0)}];

@@ -97,6 +97,7 @@ class TSqliteEngine final : public IFleetStore {
     void Apply(const TBatch& batch);
 
     TScopeState ReadState(const TMachineScope& place);
+    std::vector<std::int64_t> FindTypes(const std::vector<std::string>& types);
     std::vector<TPresence> ReadRows(const TMachineScope& place, TSeconds from, TSeconds to);
     std::vector<TPresence> ReadSelected(TStatement& statement);
     TIdentity ParseIdentity(std::string_view text) const;

@@ -65,6 +65,7 @@ struct TChangeQuery {
     std::optional<TMachineId> machine{};  ///< absent for all machines
     TSeconds since = 0;                   ///< exclusive
     TSeconds until = open;                ///< inclusive; `open` includes every change
+    std::vector<std::string> types{};     ///< of resources; empty for all types
 };
 
 /// Which versions to count.

@@ -4,6 +4,7 @@
 #include "fleet/ask/machine_inventory.h"
 #include "fleet/ask/machine_list.h"
 #include "fleet/ask/outliers.h"
+#include "fleet/ask/part_ages.h"
 #include "fleet/ask/part_places.h"
 #include "fleet/ask/sql_answer.h"
 #include "tests/fleet/ask/made_fleet.h"
@@ -36,6 +37,14 @@ TResource MakeDisk(const std::string& serial, const std::string& status = "2") {
                          {"DeviceID", serial},
                          {"MaxMediaSize", "600127266"},
                          {"OperationalStatus", status}});
+}
+
+// A disk that is known by its serial number.
+TResource MakeNumberedDisk(const std::string& serial) {
+    TResource disk = MakeDisk("port 1");
+    disk.properties.push_back({"SerialNumber", "string", NINVENTORY::EShape::scalar, {serial}});
+    disk.id = ToText(MakeDigest(serial));
+    return disk;
 }
 
 std::string FailureOf(const std::function<void()>& ask) {
@@ -325,7 +334,78 @@ TEST(SummarizeFleet, CountsModelsAndParts) {
               "models | Example Servers RackStar | 2 | 2\n"
               "models | Example Servers BladeStar | 1 | 1\n"
               "memory modules | 16 GiB 2400 MT/s | - | 4\n"
-              "disks | SAMPLE SM600 600 GB | - | 3\n");
+              "disks | SAMPLE SM600 600 GB | - | 3\n"
+              "disks by age | less than 7 days | - | 3\n");
+}
+
+std::string ShowAges(IFleetStore& store) {
+    std::string text;
+    for (const TAgeCount& age : CountAges(store, store.ReadMachines(), "DiskDrive")) {
+        text += std::string(age.span) + ": " + std::to_string(age.parts) + "\n";
+    }
+    return text;
+}
+
+TEST(CountAges, CountsFromTheFirstInventoryThatHasADisk) {
+    TMadeFleet fleet;
+    fleet.Add("web-1", "RackStar", monday, {MakeDisk("Z1"), MakeDisk("Z2")});
+    fleet.Add("web-1", "RackStar", monday + 80 * day, {MakeDisk("Z1"), MakeDisk("Z3")});
+    fleet.Add("web-1", "RackStar", monday + 100 * day, {MakeDisk("Z1"), MakeDisk("Z3")});
+    fleet.Add("web-2", "RackStar", monday, {MakeDisk("Z4")});
+    EXPECT_EQ(ShowAges(fleet.GetStore()),
+              "less than 7 days: 1\n"
+              "7 to 30 days: 1\n"
+              "90 days to 1 year: 1\n");
+}
+
+TEST(CountAges, GoesOnWithAnUpdateAReturnAndAMove) {
+    TMadeFleet fleet;
+    fleet.Add("updated", "RackStar", monday, {MakeDisk("Z1", "2")});
+    fleet.Add("updated", "RackStar", monday + 40 * day, {MakeDisk("Z1", "5")});
+    fleet.Add("returned", "RackStar", monday, {MakeDisk("Z2")});
+    fleet.Add("returned", "RackStar", monday + 10 * day, {});
+    fleet.Add("returned", "RackStar", monday + 40 * day, {MakeDisk("Z2")});
+    fleet.Add("from", "RackStar", monday, {MakeNumberedDisk("Z3")});
+    fleet.Add("from", "RackStar", monday + 39 * day, {});
+    fleet.Add("to", "RackStar", monday + day, {});
+    fleet.Add("to", "RackStar", monday + 40 * day, {MakeNumberedDisk("Z3")});
+    fleet.Add("from", "RackStar", monday, {MakeDisk("naa.5000c50000000001")}, EScope::systemInformation);
+    fleet.Add("from", "RackStar", monday + 39 * day, {}, EScope::systemInformation);
+    fleet.Add("to", "RackStar", monday + day, {}, EScope::systemInformation);
+    fleet.Add("to", "RackStar", monday + 40 * day, {MakeDisk("naa.5000c50000000001")},
+              EScope::systemInformation);
+    EXPECT_EQ(ShowAges(fleet.GetStore()), "30 to 90 days: 4\n");
+}
+
+TEST(CountAges, DistinguishesDisksInOnePlace) {
+    const auto at = [](const std::string& serial) {
+        TResource disk = MakeNumberedDisk(serial);
+        disk.id = ToText(MakeDigest("port 1"));
+        return disk;
+    };
+    TMadeFleet fleet;
+    fleet.Add("web-1", "RackStar", monday, {at("Z1")});
+    fleet.Add("web-1", "RackStar", monday + 400 * day, {at("Z2")});
+    EXPECT_EQ(ShowAges(fleet.GetStore()), "less than 7 days: 1\n");
+}
+
+TEST(CountAges, ExpectsDisksKnownByTheirPositionToStay) {
+    TMadeFleet fleet;
+    for (const char* identifier : {"0000:00:1f.2/1:0", "SAME01@0000:00:1f.2/host-1"}) {
+        const std::string machine = identifier;
+        fleet.Add(machine + " from", "RackStar", monday, {MakeDisk(identifier)});
+        fleet.Add(machine + " from", "RackStar", monday + 39 * day, {});
+        fleet.Add(machine + " to", "RackStar", monday + day, {});
+        fleet.Add(machine + " to", "RackStar", monday + 40 * day, {MakeDisk(identifier)});
+    }
+    EXPECT_EQ(ShowAges(fleet.GetStore()), "less than 7 days: 2\n");
+}
+
+TEST(CountAges, LooksAtTheScopeOfThePresent) {
+    TMadeFleet fleet;
+    fleet.Add("web-1", "RackStar", monday, {MakeDisk("Z1")});
+    fleet.Add("web-1", "RackStar", monday + 3 * 365 * day, {MakeDisk("Z1")}, EScope::snapshot);
+    EXPECT_EQ(ShowAges(fleet.GetStore()), "3 to 5 years: 1\n");
 }
 
 struct TSeen final : NINVENTORY::IDocumentEvents {

@@ -111,6 +111,8 @@ class TSameAnswers : public testing::Test {
         for (int day = 0; day <= days; ++day) {
             const TChangeQuery query{{}, firstOfMarch + day * 86'400, open};
             EXPECT_EQ(clickHouse_->ReadChanges(query), sqlite_->ReadChanges(query)) << day;
+            const TChangeQuery ofDisks{{}, firstOfMarch + day * 86'400, open, {"DiskDrive"}};
+            EXPECT_EQ(clickHouse_->ReadChanges(ofDisks), sqlite_->ReadChanges(ofDisks)) << day;
         }
     }
 

@@ -159,6 +159,7 @@ TEST_F(FleetProgram, SummarizesTheFleet) {
         "{\"group\":\"memory modules\",\"value\":\"16 GiB DDR4 2400 MT/s EX16G2400\",\"machines\":null,"
         "\"parts\":19},\n"
         "{\"group\":\"disks\",\"value\":\"SAMPLE SM600MP0005 600 GB\",\"machines\":null,\"parts\":20},\n"
+        "{\"group\":\"disks by age\",\"value\":\"less than 7 days\",\"machines\":null,\"parts\":20},\n"
         "{\"group\":\"processors\",\"value\":\"Example CPU 4310 @ "
         "2.10GHz\",\"machines\":null,\"parts\":20},\n"
         "{\"group\":\"systems\",\"value\":\"Debian GNU/Linux 12 (bookworm)\",\"machines\":10,\"parts\":10}\n"

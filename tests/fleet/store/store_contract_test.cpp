@@ -272,6 +272,26 @@ TEST_P(FleetStore, ReturnsRowsThatBeginOrEndInASpan) {
     EXPECT_THAT(store_->ReadChanges({.machine = MakeDigest("none")}), IsEmpty());
 }
 
+TEST_P(FleetStore, ReturnsTheChangesOfTypes) {
+    TBatch batch = MakeTwoMachines();
+    batch.versions.push_back(MakeVersion("LTO"));
+    batch.versions.back().type = "TapeDrive";
+    batch.presences.push_back(MakePresence(dbHardware, "T1", "LTO", tuesday));
+    batch.presences.back().type = "TapeDrive";
+    const TPresence tape = batch.presences.back();
+    Write(batch);
+
+    EXPECT_THAT(store_->ReadChanges({.types = {"TapeDrive"}}), ElementsAre(tape));
+    EXPECT_THAT(ListSerials(store_->ReadChanges({.types = {"DiskDrive"}})),
+                UnorderedElementsAre("D2", "D2", "D3"));
+    EXPECT_EQ(store_->ReadChanges({.types = {"DiskDrive", "TapeDrive"}}), store_->ReadChanges({}));
+    EXPECT_THAT(ListSerials(store_->ReadChanges({.machine = web, .types = {"DiskDrive"}})),
+                ElementsAre("D2", "D2"));
+    EXPECT_THAT(store_->ReadChanges({.since = tuesday, .types = {"DiskDrive"}}), IsEmpty());
+    EXPECT_THAT(store_->ReadChanges({.until = tuesday - 1, .types = {"DiskDrive"}}), IsEmpty());
+    EXPECT_THAT(store_->ReadChanges({.types = {"it's"}}), IsEmpty());
+}
+
 TEST_P(FleetStore, FindsIdentifyingValuesOfAllTimes) {
     Write(MakeTwoMachines());
 
