@@ -5,6 +5,7 @@
 #include "fleet/clickhouse/row_formats.h"
 #include "fleet/clickhouse/schema.h"
 #include "fleet/clickhouse/sql_rows.h"
+#include "fleet/model/stored_values.h"
 #include "text/shown_text.h"
 
 #include <algorithm>

@@ -131,13 +131,6 @@ TVolatileLayout MakeLayout(const std::vector<TVolatileValue>& values) {
     return layout;
 }
 
-std::vector<TDigest> ListResources(const std::vector<TVolatileValue>& values) {
-    std::vector<TDigest> resources;
-    std::ranges::transform(values, std::back_inserter(resources), &TVolatileValue::resource);
-    resources.erase(std::unique(resources.begin(), resources.end()), resources.end());
-    return resources;
-}
-
 bool Complete(const TVolatileLayout& layout, const std::vector<TDigest>& resources,
               std::vector<TVolatileValue>& values) {
     if (values.size() != layout.values.size() || resources.size() != layout.numbers.size()) {

@@ -76,9 +76,6 @@ struct TVolatileLayout {
 /// Makes the layout of the volatile values of an inventory.
 TVolatileLayout MakeLayout(const std::vector<TVolatileValue>& values);
 
-/// Returns the resources of volatile values, once for consecutive values of one resource.
-std::vector<TDigest> ListResources(const std::vector<TVolatileValue>& values);
-
 /// Adds the layout and the resources to values that have nothing but values. Returns false for a layout of
 /// other values.
 bool Complete(const TVolatileLayout& layout, const std::vector<TDigest>& resources,

@@ -42,9 +42,34 @@ void AppendValues(const TValues& values, std::string& text) {
     text.append(values.size() == 1 ? "" : "]");
 }
 
-TValues DescribeProperty(const TVolatileValue& value) {
-    return {ToText(value.resource), std::to_string(value.position), value.property.name, value.property.type,
+TValues DescribeProperty(std::string resource, const TVolatileValue& value) {
+    return {std::move(resource), std::to_string(value.position), value.property.name, value.property.type,
             std::to_string(static_cast<int>(value.property.shape))};
+}
+
+// Describes each value with the number of its resource.
+TLists DescribeForm(const std::vector<TVolatileValue>& values) {
+    TLists rows;
+    std::size_t number = 0;
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        number += i > 0 && values[i].resource != values[i - 1].resource ? 1 : 0;
+        rows.push_back(DescribeProperty(std::to_string(number), values[i]));
+    }
+    return rows;
+}
+
+// Returns values, and 0 for those that are usual.
+std::string FormatDifferences(const std::vector<TVolatileValue>& values, const TLists& usual) {
+    std::string text = "[";
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        text.append(i > 0 ? "," : "");
+        if (i < usual.size() && usual[i] == values[i].property.values) {
+            text.append("0");
+        } else {
+            AppendValues(values[i].property.values, text);
+        }
+    }
+    return text + "]";
 }
 
 // The usual values follow the description.
@@ -137,6 +162,43 @@ class TListReader {
     std::string_view text_;
 };
 
+TLists GetUsualValues(const TLists& rows) {
+    TLists usual;
+    std::ranges::transform(rows, std::back_inserter(usual),
+                           [](const TValues& row) { return GetUsualValues(row); });
+    return usual;
+}
+
+// Returns the rows of the form with the usual values of the layout.
+std::optional<TLists> ParseRows(const TStoredLayout& layout) {
+    auto rows = ParseValues(layout.form);
+    const auto usual = TListReader(layout.usual).Read();
+    if (!rows || !usual || rows->size() != usual->size()) {
+        return std::nullopt;
+    }
+    for (std::size_t i = 0; i < rows->size(); ++i) {
+        TValues& row = (*rows)[i];
+        if (const auto& values = (*usual)[i]; values && row.size() >= layoutColumns) {
+            row.resize(layoutColumns);
+            row.insert(row.end(), values->begin(), values->end());
+        }
+    }
+    return rows;
+}
+
+// Returns the resource of a row of the form; nullopt for a row of another layout.
+std::optional<TDigest> FindResource(const TStoredLayout& layout, const TValues& row) {
+    const auto number =
+        row.size() >= layoutColumns ? NVORHOST::ParseNumber<std::size_t>(row[0]) : std::nullopt;
+    if (!number || *number >= layout.resources.size() / TDigest::size) {
+        return std::nullopt;
+    }
+    TDigest resource;
+    std::copy_n(layout.resources.begin() + static_cast<std::ptrdiff_t>(*number * TDigest::size),
+                TDigest::size, resource.bytes.begin());
+    return resource;
+}
+
 constexpr std::string_view integerTypes[] = {
     "byte", "int", "long", "short", "unsignedByte", "unsignedInt", "unsignedLong", "unsignedShort",
 };
@@ -171,37 +233,51 @@ std::optional<std::int64_t> FindInteger(std::string_view type, std::string_view 
     return number && std::to_string(*number) == value ? number : std::nullopt;
 }
 
+std::vector<TDigest> ListResources(const std::vector<TVolatileValue>& values) {
+    std::vector<TDigest> resources;
+    std::ranges::transform(values, std::back_inserter(resources), &TVolatileValue::resource);
+    resources.erase(std::unique(resources.begin(), resources.end()), resources.end());
+    return resources;
+}
+
 std::string FormatLayout(const std::vector<TVolatileValue>& values) {
     TLists rows;
-    std::ranges::transform(values, std::back_inserter(rows), DescribeProperty);
+    std::ranges::transform(values, std::back_inserter(rows), [](const TVolatileValue& value) {
+        return DescribeProperty(ToText(value.resource), value);
+    });
     return FormatValues(rows);
 }
 
-std::string FormatUsualValues(const std::vector<TVolatileValue>& values) {
-    TLists rows;
-    for (const TVolatileValue& value : values) {
-        TValues& row = rows.emplace_back(DescribeProperty(value));
-        row.insert(row.end(), value.property.values.begin(), value.property.values.end());
-    }
-    return FormatValues(rows);
+std::string FormatForm(const std::vector<TVolatileValue>& values) {
+    return FormatValues(DescribeForm(values));
 }
 
-std::string FormatVolatile(const std::vector<TVolatileValue>& values, std::string_view usual) {
-    const TLists rows = ParseValues(usual).value_or(TLists());
-    std::string text = "[";
+std::string FormatUsualForm(const std::vector<TVolatileValue>& values) {
+    TLists rows = DescribeForm(values);
     for (std::size_t i = 0; i < values.size(); ++i) {
-        text.append(i > 0 ? "," : "");
-        if (i < rows.size() && GetUsualValues(rows[i]) == values[i].property.values) {
-            text.append("0");
-        } else {
-            AppendValues(values[i].property.values, text);
-        }
+        const TValues& usual = values[i].property.values;
+        rows[i].insert(rows[i].end(), usual.begin(), usual.end());
     }
-    return text + "]";
+    return FormatValues(rows);
 }
 
-std::optional<std::vector<TVolatileValue>> ParseVolatile(std::string_view usual, std::string_view values) {
-    const auto rows = ParseValues(usual);
+TStoredLayout MakeStoredLayout(std::string form, const std::vector<TVolatileValue>& values) {
+    TStoredLayout layout{std::move(form), {}, {}};
+    for (const TDigest& resource : ListResources(values)) {
+        layout.resources.append(resource.GetView());
+    }
+    layout.usual = FormatDifferences(values, GetUsualValues(ParseValues(layout.form).value_or(TLists())));
+    return layout;
+}
+
+std::string FormatVolatile(const std::vector<TVolatileValue>& values, const TStoredLayout& layout) {
+    const auto rows = ParseRows(layout);
+    return FormatDifferences(values, rows ? GetUsualValues(*rows) : TLists());
+}
+
+std::optional<std::vector<TVolatileValue>> ParseVolatile(const TStoredLayout& layout,
+                                                         std::string_view values) {
+    const auto rows = ParseRows(layout);
     const auto elements = TListReader(values).Read();
     if (!rows || !elements || rows->size() != elements->size()) {
         return std::nullopt;
@@ -209,7 +285,7 @@ std::optional<std::vector<TVolatileValue>> ParseVolatile(std::string_view usual,
     std::vector<TVolatileValue> result;
     for (std::size_t i = 0; i < rows->size(); ++i) {
         const TValues& row = (*rows)[i];
-        const auto resource = row.size() >= layoutColumns ? ParseDigest(row[0]) : std::nullopt;
+        const auto resource = FindResource(layout, row);
         if (!resource) {
             return std::nullopt;
         }

@@ -21,17 +21,36 @@ std::optional<std::vector<std::vector<std::string>>> ParseValues(std::string_vie
 /// text.
 std::optional<std::int64_t> FindInteger(std::string_view type, std::string_view value);
 
-/// Describes volatile properties without their values.
+/// Returns the resources of volatile values, once for consecutive values of one resource.
+std::vector<TDigest> ListResources(const std::vector<TVolatileValue>& values);
+
+/// Describes the volatile properties of an inventory and their resources, without values: inventories with
+/// equal texts have the same layout.
 std::string FormatLayout(const std::vector<TVolatileValue>& values);
 
-/// The row of a layout: volatile properties, each with the value that it usually has.
-std::string FormatUsualValues(const std::vector<TVolatileValue>& values);
+/// Describes volatile properties with the number of the resource in ListResources, without values: machines
+/// that are made alike have the same form.
+std::string FormatForm(const std::vector<TVolatileValue>& values);
 
-/// Returns the values of properties that differ from the usual ones, and 0 for each of the others. `usual` is
-/// a row of the same layout.
-std::string FormatVolatile(const std::vector<TVolatileValue>& values, std::string_view usual);
+/// The row of a form: what FormatForm returns, each property with the values that it usually has.
+std::string FormatUsualForm(const std::vector<TVolatileValue>& values);
 
-/// Parses the output of FormatVolatile with the row of its layout; nullopt if they do not belong together.
-std::optional<std::vector<TVolatileValue>> ParseVolatile(std::string_view usual, std::string_view values);
+/// The row of a layout.
+struct TStoredLayout {
+    std::string form;       ///< what FormatUsualForm returned for any inventory with this form
+    std::string resources;  ///< the bytes of the digests that ListResources returns
+    std::string usual;      ///< the values that this machine usually has, as FormatVolatile writes values
+};
+
+/// Makes the row of a layout; the values count as the usual ones.
+TStoredLayout MakeStoredLayout(std::string form, const std::vector<TVolatileValue>& values);
+
+/// Returns the values of properties that differ from the usual ones, and 0 for each of the others. `layout`
+/// is that of the values.
+std::string FormatVolatile(const std::vector<TVolatileValue>& values, const TStoredLayout& layout);
+
+/// Parses the output of FormatVolatile with its layout; nullopt if they do not belong together.
+std::optional<std::vector<TVolatileValue>> ParseVolatile(const TStoredLayout& layout,
+                                                         std::string_view values);
 
 }  // namespace NFLEET

@@ -88,6 +88,11 @@ void TStatement::Bind(int parameter, const TDigest& digest) {
     Check(sqlite3_bind_blob64(statement_, parameter, digest.bytes.data(), TDigest::size, SQLITE_STATIC));
 }
 
+void TStatement::Bind(int parameter, const TBytes& bytes) {
+    const char* const begin = bytes.view.empty() ? "" : bytes.view.data();
+    Check(sqlite3_bind_blob64(statement_, parameter, begin, bytes.view.size(), SQLITE_STATIC));
+}
+
 void TStatement::Bind(int parameter, std::nullptr_t /*absent*/) {
     Check(sqlite3_bind_null(statement_, parameter));
 }

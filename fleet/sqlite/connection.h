@@ -18,6 +18,11 @@ struct sqlite3_stmt;
 
 namespace NFLEET {
 
+/// A parameter that is stored as a BLOB.
+struct TBytes {
+    std::string_view view;
+};
+
 /// A prepared statement. Must not outlive its connection.
 class TStatement {
   public:
@@ -64,6 +69,7 @@ class TStatement {
     void Bind(int parameter, std::string_view text);
     void Bind(int parameter, const std::string& text) { Bind(parameter, std::string_view(text)); }
     void Bind(int parameter, const TDigest& digest);
+    void Bind(int parameter, const TBytes& bytes);
     void Bind(int parameter, std::nullptr_t);
     template <typename TValue>
     void Bind(int parameter, const std::optional<TValue>& value) {

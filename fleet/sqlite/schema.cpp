@@ -7,10 +7,10 @@
 namespace NFLEET {
 namespace {
 
-// Words, resources, versions, layouts and machines have small numbers, which stand for them in the large
-// tables. `presence` is ordered by machine and type, so that the present state of one type is a few pages for
-// each machine. The rows of `part` have no order in time, so a batch would change every page of a large
-// table: they wait in `recent_part`, whose pages are few.
+// Words, resources, versions, forms, layouts and machines have small numbers, which stand for them in the
+// large tables. `presence` is ordered by machine and type, so that the present state of one type is a few
+// pages for each machine. The rows of `part` have no order in time, so a batch would change every page of a
+// large table: they wait in `recent_part`, whose pages are few.
 constexpr std::string_view migrations[] = {
     R"sql(
 CREATE TABLE word(
@@ -50,10 +50,17 @@ CREATE TABLE head(
   uuid TEXT NOT NULL,
   PRIMARY KEY(machine, scope)) WITHOUT ROWID;
 
-CREATE TABLE layout(
+CREATE TABLE form(
   id INTEGER PRIMARY KEY,
   digest BLOB NOT NULL UNIQUE,
   body TEXT NOT NULL);
+
+CREATE TABLE layout(
+  id INTEGER PRIMARY KEY,
+  digest BLOB NOT NULL UNIQUE,
+  form INTEGER NOT NULL,
+  resources BLOB NOT NULL,
+  usual TEXT NOT NULL);
 
 CREATE TABLE inventory(
   id INTEGER PRIMARY KEY,

@@ -88,8 +88,8 @@ std::vector<TInventory> TSqliteEngine::ReadInventories(const TInventoryQuery& qu
             " AND n.scope = i.scope AND n.time >= ?1 AND n.time < ?2)";
     }
     TStatement row = connection_.Prepare(
-        "SELECT m.digest, i.scope, i.time, i.digest, i.source, l.body, i.volatile FROM inventory AS i"
-        " CROSS JOIN machine AS m ON m.id = i.machine CROSS JOIN layout AS l ON l.id = i.layout" +
+        "SELECT m.digest, i.scope, i.time, i.digest, i.source, i.layout, i.volatile FROM inventory AS i"
+        " CROSS JOIN machine AS m ON m.id = i.machine" +
         condition);
     row.Begin(query.since, query.until);
     std::vector<TInventory> inventories;
@@ -100,7 +100,7 @@ std::vector<TInventory> TSqliteEngine::ReadInventories(const TInventoryQuery& qu
                              row.GetString(4),
                              {}};
         if (query.withVolatileValues) {
-            auto values = ParseVolatile(row.GetText(5), row.GetText(6));
+            auto values = ParseVolatile(ReadLayout(row.GetInteger(5)), row.GetText(6));
             if (!values) {
                 FailStore(GetName(), "volatile values are malformed");
             }

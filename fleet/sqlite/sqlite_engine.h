@@ -1,6 +1,7 @@
 // The engine: the contract of a store on one connection.
 #pragma once
 
+#include "fleet/model/stored_values.h"
 #include "fleet/sqlite/connection.h"
 #include "fleet/sqlite/tables.h"
 #include "fleet/store/fleet_store.h"
@@ -79,7 +80,8 @@ class TSqliteEngine final : public IFleetStore {
 
     std::int64_t InsertResource(const TDigest& digest);
     std::int64_t InsertLayout(const std::vector<TVolatileValue>& values);
-    std::string ReadLayout(std::int64_t id);
+    std::int64_t InsertForm(const std::vector<TVolatileValue>& values);
+    TStoredLayout ReadLayout(std::int64_t id);
     std::int64_t RequireMachine(const TMachineId& machine);
     std::int64_t RequireVersion(const TDigest& version);
     void WriteVersion(const TVersion& version);

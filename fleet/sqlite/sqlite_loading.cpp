@@ -100,24 +100,45 @@ std::int64_t TSqliteEngine::InsertResource(const TDigest& digest) {
     return id;
 }
 
-// The first values of a layout count as its usual ones.
+// The first values of a form count as its usual ones.
+std::int64_t TSqliteEngine::InsertForm(const std::vector<TVolatileValue>& values) {
+    TTables& tables = GetTables();
+    const TDigest digest = MakeDigest(FormatForm(values));
+    if (const auto id = tables.forms.Find(digest)) {
+        return *id;
+    }
+    tables.insertForm.Run(digest, FormatUsualForm(values));
+    const std::int64_t id = sqlite3_last_insert_rowid(connection_.Get());
+    tables.forms.Remember(digest, id);
+    return id;
+}
+
+// The first values of a layout count as its usual ones, so that those of a machine that differ from the
+// form's are stored once.
 std::int64_t TSqliteEngine::InsertLayout(const std::vector<TVolatileValue>& values) {
     TTables& tables = GetTables();
     const TDigest digest = MakeDigest(FormatLayout(values));
     if (const auto id = tables.layouts.Find(digest)) {
         return *id;
     }
-    tables.insertLayout.Run(digest, FormatUsualValues(values));
+    const std::int64_t form = InsertForm(values);
+    std::string body = tables.readForm.Begin(form).Step() ? tables.readForm.GetString(0) : std::string();
+    tables.readForm.Close();
+    const TStoredLayout layout = MakeStoredLayout(std::move(body), values);
+    tables.insertLayout.Run(digest, form, TBytes{layout.resources}, layout.usual);
     const std::int64_t id = sqlite3_last_insert_rowid(connection_.Get());
     tables.layouts.Remember(digest, id);
     return id;
 }
 
-std::string TSqliteEngine::ReadLayout(std::int64_t id) {
+TStoredLayout TSqliteEngine::ReadLayout(std::int64_t id) {
     TStatement& row = GetTables().readLayout.Begin(id);
-    std::string usual = row.Step() ? row.GetString(0) : std::string();
+    TStoredLayout layout;
+    if (row.Step()) {
+        layout = {row.GetString(0), row.GetString(1), row.GetString(2)};
+    }
     row.Close();
-    return usual;
+    return layout;
 }
 
 std::int64_t TSqliteEngine::RequireMachine(const TMachineId& machine) {
@@ -397,6 +418,8 @@ std::optional<std::uint64_t> TSqliteEngine::RemoveUnusedVersions() {
         connection_.Execute(
             "DELETE FROM property WHERE version NOT IN (SELECT version FROM used);"
             "DELETE FROM version WHERE id NOT IN (SELECT version FROM used);"
+            "DELETE FROM layout WHERE id NOT IN (SELECT layout FROM inventory);"
+            "DELETE FROM form WHERE id NOT IN (SELECT form FROM layout);"
             "DELETE FROM resource WHERE id NOT IN (SELECT resource FROM presence);"
             "DELETE FROM resource_key WHERE resource NOT IN (SELECT id FROM resource);"
             "DELETE FROM part WHERE NOT EXISTS (SELECT 1 FROM presence AS p WHERE p.machine = part.machine"

@@ -9,6 +9,7 @@ TTables::TTables(TConnection& connection)
                 "SELECT resource FROM recent_resource_key WHERE digest = ?1"
                 " UNION ALL SELECT resource FROM resource_key WHERE digest = ?1"),
       versions(connection, "SELECT id FROM version WHERE digest = ?"),
+      forms(connection, "SELECT id FROM form WHERE digest = ?"),
       layouts(connection, "SELECT id FROM layout WHERE digest = ?"),
       insertResource(connection.Prepare("INSERT INTO resource(digest) VALUES(?)")),
       insertResourceKey(connection.Prepare("INSERT INTO recent_resource_key(digest, resource) VALUES(?, ?)")),
@@ -17,7 +18,9 @@ TTables::TTables(TConnection& connection)
       insertProperty(
           connection.Prepare("INSERT INTO property(version, position, element, name, type, shape, value)"
                              " VALUES(?, ?, ?, ?, ?, ?, ?)")),
-      insertLayout(connection.Prepare("INSERT INTO layout(digest, body) VALUES(?, ?)")),
+      insertForm(connection.Prepare("INSERT INTO form(digest, body) VALUES(?, ?)")),
+      insertLayout(
+          connection.Prepare("INSERT INTO layout(digest, form, resources, usual) VALUES(?, ?, ?, ?)")),
       writePresence(connection.Prepare(
           "INSERT OR REPLACE INTO presence(machine, scope, type, resource, since, until, version, identity)"
           " VALUES(?, ?, ?, ?, ?, ?, ?, ?)")),
@@ -64,13 +67,16 @@ TTables::TTables(TConnection& connection)
       readProperties(connection.Prepare("SELECT position, element, name, type, shape, value FROM property"
                                         " WHERE version = ? ORDER BY position, element")),
       readVersion(connection.Prepare("SELECT type, list, identifier FROM version WHERE id = ?")),
-      readLayout(connection.Prepare("SELECT body FROM layout WHERE id = ?")) {}
+      readForm(connection.Prepare("SELECT body FROM form WHERE id = ?")),
+      readLayout(connection.Prepare("SELECT f.body, l.resources, l.usual FROM layout AS l"
+                                    " CROSS JOIN form AS f ON f.id = l.form WHERE l.id = ?")) {}
 
 void TTables::Forget() {
     words.Forget();
     machines.Forget();
     resources.Forget();
     versions.Forget();
+    forms.Forget();
     layouts.Forget();
 }
 

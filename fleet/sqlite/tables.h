@@ -14,12 +14,14 @@ struct TTables {
     TDigestTable machines;
     TDigestTable resources;
     TDigestTable versions;
+    TDigestTable forms;
     TDigestTable layouts;
 
     TStatement insertResource;
     TStatement insertResourceKey;
     TStatement insertVersion;
     TStatement insertProperty;
+    TStatement insertForm;
     TStatement insertLayout;
     TStatement writePresence;
     TStatement removePresence;
@@ -40,6 +42,7 @@ struct TTables {
     TStatement readPresences;
     TStatement readProperties;
     TStatement readVersion;
+    TStatement readForm;
     TStatement readLayout;
 
     /// Forgets what another connection may have changed.

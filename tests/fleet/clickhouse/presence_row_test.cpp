@@ -1,5 +1,7 @@
 #include "fleet/clickhouse/presence_row.h"
 
+#include "fleet/model/stored_values.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>

@@ -51,17 +51,53 @@ TEST(ParseVolatile, JoinsLayoutAndValues) {
         {MakeDigest("a"), 3, {"MountCount", "unsignedLong", EShape::scalar, {"17"}}},
         {MakeDigest("b"), 0, {"States", "string", EShape::array, {"x", "y"}}}};
 
-    const std::string usual = FormatUsualValues(values);
     std::vector<TVolatileValue> later = values;
     later[0].property.values = {"18"};
+    const TStoredLayout layout = MakeStoredLayout(FormatUsualForm(values), values);
 
-    EXPECT_EQ(FormatVolatile(values, usual), "[0,0]");
-    EXPECT_EQ(FormatVolatile(later, usual), "[\"18\",0]");
+    EXPECT_EQ(FormatVolatile(values, layout), "[0,0]");
+    EXPECT_EQ(FormatVolatile(later, layout), "[\"18\",0]");
     EXPECT_EQ(FormatLayout(values), FormatLayout(later));
-    EXPECT_EQ(ParseVolatile(usual, FormatVolatile(values, usual)), values);
-    EXPECT_EQ(ParseVolatile(usual, FormatVolatile(later, usual)), later);
-    EXPECT_EQ(ParseVolatile(usual, "[]"), std::nullopt);
-    EXPECT_EQ(ParseVolatile("[\"x\"]", "[\"y\"]"), std::nullopt);
+    EXPECT_EQ(ParseVolatile(layout, FormatVolatile(values, layout)), values);
+    EXPECT_EQ(ParseVolatile(layout, FormatVolatile(later, layout)), later);
+}
+
+TEST(ParseVolatile, SharesTheFormOfMachinesThatAreMadeAlike) {
+    const auto make = [](const std::string& name, const std::string& mounts) {
+        return std::vector<TVolatileValue>{
+            {MakeDigest("os " + name), 3, {"NumberOfUsers", "unsignedInt", EShape::scalar, {"0"}}},
+            {MakeDigest("disk " + name), 1, {"MountCount", "unsignedLong", EShape::scalar, {mounts}}},
+            {MakeDigest("disk " + name), 2, {"States", "string", EShape::array, {}}}};
+    };
+    const auto first = make("a", "17");
+    const auto second = make("b", "18");
+    const TStoredLayout layout = MakeStoredLayout(FormatUsualForm(first), second);
+
+    EXPECT_EQ(
+        layout.form,
+        R"([["0","3","NumberOfUsers","unsignedInt","1","0"],["1","1","MountCount","unsignedLong","1","17"],)"
+        R"(["1","2","States","string","2"]])");
+    EXPECT_EQ(layout.resources,
+              std::string(MakeDigest("os b").GetView()) + std::string(MakeDigest("disk b").GetView()));
+    EXPECT_EQ(layout.usual, R"([0,"18",0])");
+    EXPECT_EQ(FormatForm(first), FormatForm(second));
+    EXPECT_NE(FormatLayout(first), FormatLayout(second));
+    EXPECT_EQ(FormatVolatile(second, layout), "[0,0,0]");
+    EXPECT_EQ(ParseVolatile(layout, "[0,0,0]"), second);
+}
+
+TEST(ParseVolatile, ReturnsNulloptForRowsOfDifferentLayouts) {
+    const std::string form = R"([["0","3","NumberOfUsers","unsignedInt","1","0"]])";
+    const std::string resource(TDigest::size, 'x');
+
+    EXPECT_NE(ParseVolatile({form, resource, "[0]"}, "[0]"), std::nullopt);
+    EXPECT_EQ(ParseVolatile({form, resource, "[0]"}, "[]"), std::nullopt);
+    EXPECT_EQ(ParseVolatile({form, resource, "[0,0]"}, "[0]"), std::nullopt);
+    EXPECT_EQ(ParseVolatile({form, "", "[0]"}, "[0]"), std::nullopt);
+    EXPECT_EQ(ParseVolatile({R"([["1","3","NumberOfUsers","unsignedInt","1"]])", resource, "[0]"}, "[0]"),
+              std::nullopt);
+    EXPECT_EQ(ParseVolatile({R"(["0"])", resource, "[0]"}, "[0]"), std::nullopt);
+    EXPECT_EQ(ParseVolatile({"", "", ""}, "[0]"), std::nullopt);
 }
 
 }  // namespace

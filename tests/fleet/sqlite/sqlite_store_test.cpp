@@ -1,6 +1,7 @@
 // The engine SQLite: the contract, and what only a file has.
 #include "fleet/sqlite/sqlite_store.h"
 
+#include "fleet/sqlite/connection.h"
 #include "tests/fleet/store/store_contract.h"
 
 #include <gmock/gmock.h>
@@ -198,6 +199,35 @@ TEST(SqliteStore, RemovesVersionsWithoutPresence) {
     store->BeginBatch();
     store->Write(batch);
     EXPECT_EQ(store->FindKnownVersions(std::vector{MakeDigest("unused")}).size(), 1U);
+}
+
+TEST(SqliteStore, RemovesLayoutsOfRemovedInventories) {
+    const std::string path = GetFolder().GetPath("layouts.db");
+    const auto store = OpenSqliteStore(path);
+    store->Migrate();
+    TBatch batch = MakeBatch("a");
+    batch.inventories = {
+        {{MakeDigest("a"), EScope::hardware},
+         1000,
+         MakeDigest("file"),
+         "/srv/a",
+         {{MakeDigest("os"), 3, {"NumberOfUsers", "unsignedInt", NINVENTORY::EShape::scalar, {"0"}}}}}};
+    store->BeginBatch();
+    store->Write(batch);
+    const TInventory& inventory = batch.inventories[0];
+    TBatch removal;
+    removal.removedInventories = {{inventory.place, inventory.time}};
+    store->BeginBatch();
+    store->Write(removal);
+
+    EXPECT_EQ(store->RemoveUnusedVersions(), 0U);
+
+    TConnection connection(path, TConnection::EAccess::readOnly);
+    EXPECT_EQ(connection.GetInteger("SELECT count(*) FROM layout"), 0);
+    EXPECT_EQ(connection.GetInteger("SELECT count(*) FROM form"), 0);
+    store->BeginBatch();
+    store->Write(batch);
+    EXPECT_EQ(store->ReadInventories({.withVolatileValues = true}), batch.inventories);
 }
 
 TEST(SqliteStore, FindsIdentitiesWhenThereAreMany) {
