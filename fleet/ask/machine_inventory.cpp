@@ -78,10 +78,8 @@ bool IsSnapshotNewest(std::span<const TInventory> inventories) {
 
 std::string ListMerged(IFleetStore& store, const TMachine& machine) {
     std::string keys;
-    for (const TAlias& alias : store.ReadAliasesOf(machine.id)) {
-        if (!alias.fromKey.empty()) {
-            keys += (keys.empty() ? "" : ", ") + alias.fromKey;
-        }
+    for (const TAlias& alias : store.ReadMergedAliases(machine.id)) {
+        keys += (keys.empty() ? "" : ", ") + alias.fromKey;
     }
     return keys;
 }

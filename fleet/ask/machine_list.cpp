@@ -2,7 +2,6 @@
 
 #include "fleet/ask/version_index.h"
 #include "fleet/model/assembly.h"
-#include "text/ascii.h"
 #include "text/lines.h"
 #include "text/shown_text.h"
 
@@ -19,8 +18,7 @@ namespace {
 
 using NINVENTORY::TCondition;
 
-constexpr std::size_t minDigits = 6;  // the start of an identifier has at least as many
-constexpr std::size_t maxNamed = 5;   // machines in a message
+constexpr std::size_t maxNamed = 5;  // machines in a message
 
 struct TFactRow {
     std::string_view name;
@@ -43,13 +41,6 @@ const TFactRow& RequireFact(std::string_view property) {
                              "' is not TYPE.PROPERTY, nor one of name, vendor, model, serial, uuid, key");
     }
     return *row;
-}
-
-bool IsMachine(const TMachine& machine, std::string_view text) {
-    return machine.key == text || machine.facts.name == text || machine.facts.serial == text ||
-           (!machine.facts.uuid.empty() &&
-            NVORHOST::ToLowerCase(machine.facts.uuid) == NVORHOST::ToLowerCase(text)) ||
-           (text.size() >= minDigits && ToText(machine.id).starts_with(NVORHOST::ToUpperCase(text)));
 }
 
 std::string NameMachines(const std::vector<TMachine>& machines) {
@@ -162,8 +153,7 @@ std::string GetFact(const TMachine& machine, std::string_view property) {
 }
 
 TMachine FindMachine(IFleetStore& store, std::string_view text) {
-    std::vector<TMachine> found = store.ReadMachines();
-    std::erase_if(found, [&](const TMachine& machine) { return !IsMachine(machine, text); });
+    std::vector<TMachine> found = store.FindNamedMachines(text);
     if (found.empty()) {
         throw TQuestionError("there is no machine '" + NVORHOST::ToShownText(std::string(text)) + "' in " +
                              store.GetName());

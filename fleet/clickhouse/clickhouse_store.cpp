@@ -5,7 +5,9 @@
 #include "fleet/clickhouse/row_formats.h"
 #include "fleet/clickhouse/schema.h"
 #include "fleet/clickhouse/sql_rows.h"
+#include "fleet/model/named_machine.h"
 #include "fleet/model/stored_values.h"
+||||||| parent of b92fd7c (fleet: find one machine by its names without reading all machines)
 #include "text/shown_text.h"
 
 #include <algorithm>
@@ -192,7 +194,7 @@ class TClickHouseStore : public IFleetStore {
     void AbandonBatch() noexcept override;
     std::vector<TAlias> FindAliases(std::span<const TDigest> names) override;
     std::vector<TAlias> ReadAliasesOf(const TMachineId& machine) override;
-    std::vector<TAlias> ReadMergedAliases() override;
+    std::vector<TAlias> ReadMergedAliases(const std::optional<TMachineId>& into) override;
     std::vector<TMachine> FindMachines(std::span<const TMachineId> ids) override;
     std::vector<THead> ReadHeads(std::span<const TMachineId> machines) override;
     std::vector<TMachineScope> FindUnfinished(std::span<const TMachineScope> places) override;
@@ -201,6 +203,7 @@ class TClickHouseStore : public IFleetStore {
     std::vector<TDigest> FindKnownVersions(std::span<const TDigest> versions) override;
     std::optional<std::uint64_t> RemoveUnusedVersions() override;
     std::vector<TMachine> ReadMachines() override;
+    std::vector<TMachine> FindNamedMachines(std::string_view text) override;
     std::vector<TInventory> ReadInventories(const TInventoryQuery& query) override;
     std::vector<TPresence> ReadPresences(const TMachineScope& place, TSeconds at) override;
     std::vector<TPresence> ReadChanges(const TChangeQuery& query) override;
@@ -621,8 +624,10 @@ std::vector<TAlias> TClickHouseStore::ReadAliasesOf(const TMachineId& machine) {
     return Read<TAlias>(MakeQuery<TAlias>(" AND target = " + QuoteDigest(machine)), &TAlias::from);
 }
 
-std::vector<TAlias> TClickHouseStore::ReadMergedAliases() {
-    return Read<TAlias>(MakeQuery<TAlias>("AND key != ''"), &TAlias::from);
+std::vector<TAlias> TClickHouseStore::ReadMergedAliases(const std::optional<TMachineId>& into) {
+    return Read<TAlias>(
+        MakeQuery<TAlias>("AND key != ''" + (into ? " AND target = " + QuoteDigest(*into) : "")),
+        &TAlias::from);
 }
 
 std::vector<TMachine> TClickHouseStore::FindMachines(std::span<const TMachineId> ids) {
@@ -778,6 +783,23 @@ std::optional<std::uint64_t> TClickHouseStore::RemoveUnusedVersions() {
 
 std::vector<TMachine> TClickHouseStore::ReadMachines() {
     return Read<TMachine>(MakeQuery<TMachine>(""), &TMachine::id);
+}
+
+// Machines are found among all rows, those that were replaced too, by the columns of names only. A text may
+// be longer than a statement.
+std::vector<TMachine> TClickHouseStore::FindNamedMachines(std::string_view text) {
+    std::string isNamed =
+        "key IN (SELECT text FROM texts) OR name IN (SELECT text FROM texts) OR serial IN (SELECT text FROM "
+        "texts) OR lower(uuid) IN (SELECT lower(text) FROM texts)";
+    if (const auto span = FindNamedIdentifiers(text)) {
+        isNamed += " OR (id >= " + QuoteDigest(span->first) + " AND id <= " + QuoteDigest(span->last) + ")";
+    }
+    TRowBinaryWriter writer;
+    writer.Text(text);
+    auto machines = FindMachines(ReadDigests("SELECT DISTINCT id FROM machine_rows WHERE " + isNamed,
+                                             TTemporaryTable{"texts", "text String", writer.GetBytes()}));
+    std::erase_if(machines, [text](const TMachine& machine) { return !IsNamed(machine, text); });
+    return machines;
 }
 
 std::vector<TInventory> TClickHouseStore::ReadInventories(const TInventoryQuery& query) {

@@ -53,6 +53,17 @@ std::optional<TDigest> ParseDigest(std::string_view text) {
     return bytes ? FromBytes(*bytes) : std::nullopt;
 }
 
+std::optional<TDigestSpan> ParseDigestStart(std::string_view digits) {
+    constexpr std::size_t length = 2 * TDigest::size;
+    if (digits.empty() || digits.size() > length) {
+        return std::nullopt;
+    }
+    const std::string rest(length - digits.size(), '0');
+    const auto first = ParseDigest(std::string(digits) + rest);
+    const auto last = ParseDigest(std::string(digits) + std::string(rest.size(), 'F'));
+    return first && last ? std::optional(TDigestSpan{*first, *last}) : std::nullopt;
+}
+
 std::optional<TDigest> FromBytes(std::string_view bytes) {
     if (bytes.size() != TDigest::size) {
         return std::nullopt;

@@ -38,6 +38,18 @@ std::string ToText(const TDigest& digest);
 /// Parses 32 hexadecimal digits of either case; nullopt for any other text.
 std::optional<TDigest> ParseDigest(std::string_view text);
 
+/// The digests from `first` up to and including `last`.
+struct TDigestSpan {
+    TDigest first;
+    TDigest last;
+
+    bool operator==(const TDigestSpan&) const = default;
+};
+
+/// Returns the digests whose text begins with these hexadecimal digits of either case; nullopt for a text
+/// that is empty, too long or has other characters.
+std::optional<TDigestSpan> ParseDigestStart(std::string_view digits);
+
 /// Takes 16 bytes, as GetView returns them; nullopt for another number of bytes.
 std::optional<TDigest> FromBytes(std::string_view bytes);
 

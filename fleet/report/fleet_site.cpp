@@ -301,7 +301,7 @@ void SortParts(TSite& site) {
 // Returns the keys of the machines that were merged into others.
 TMergedKeys ReadMerged(IFleetStore& store) {
     std::map<TMachineId, std::set<std::string>> sorted;
-    for (const TAlias& alias : store.ReadMergedAliases()) {
+    for (const TAlias& alias : store.ReadMergedAliases(std::nullopt)) {
         sorted[alias.to].insert(alias.fromKey);
     }
     TMergedKeys merged;

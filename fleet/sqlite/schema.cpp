@@ -32,10 +32,16 @@ CREATE TABLE machine(
   uses_snapshot INTEGER NOT NULL);
 CREATE INDEX machine_model ON machine(model);
 
+CREATE TABLE machine_search(
+  search INTEGER NOT NULL,
+  machine INTEGER NOT NULL,
+  PRIMARY KEY(search, machine)) WITHOUT ROWID;
+
 CREATE TABLE alias(
   digest BLOB PRIMARY KEY,
   key TEXT NOT NULL,
   target BLOB NOT NULL) WITHOUT ROWID;
+CREATE INDEX alias_merged ON alias(target) WHERE key <> '';
 
 CREATE TABLE head(
   machine INTEGER NOT NULL,

@@ -1,7 +1,9 @@
 // What questions read.
+#include "fleet/model/named_machine.h"
 #include "fleet/model/stored_values.h"
 #include "fleet/sqlite/search_number.h"
 #include "fleet/sqlite/sqlite_engine.h"
+#include "text/ascii.h"
 
 #include <algorithm>
 #include <iterator>
@@ -68,6 +70,24 @@ std::vector<TMachine> TSqliteEngine::ReadMachines() {
     while (row.Step()) {
         machines.push_back(GetMachine(row));
     }
+    std::ranges::sort(machines, {}, &TMachine::id);
+    return machines;
+}
+
+std::vector<TMachine> TSqliteEngine::FindNamedMachines(std::string_view text) {
+    std::optional<TDigest> first;
+    std::optional<TDigest> last;
+    if (const auto span = FindNamedIdentifiers(text)) {
+        first = span->first;
+        last = span->last;
+    }
+    TStatement& row =
+        GetTables().findNamedMachines.Begin(MakeSearchNumber(NVORHOST::ToLowerCase(text)), first, last);
+    std::vector<TMachine> machines;
+    while (row.Step()) {
+        machines.push_back(GetMachine(row));
+    }
+    std::erase_if(machines, [text](const TMachine& machine) { return !IsNamed(machine, text); });
     std::ranges::sort(machines, {}, &TMachine::id);
     return machines;
 }

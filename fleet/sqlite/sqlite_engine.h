@@ -29,7 +29,7 @@ class TSqliteEngine final : public IFleetStore {
     void AbandonBatch() noexcept override;
     std::vector<TAlias> FindAliases(std::span<const TDigest> names) override;
     std::vector<TAlias> ReadAliasesOf(const TMachineId& machine) override;
-    std::vector<TAlias> ReadMergedAliases() override;
+    std::vector<TAlias> ReadMergedAliases(const std::optional<TMachineId>& into) override;
     std::vector<TMachine> FindMachines(std::span<const TMachineId> ids) override;
     std::vector<THead> ReadHeads(std::span<const TMachineId> machines) override;
     // Batches are transactions.
@@ -44,6 +44,7 @@ class TSqliteEngine final : public IFleetStore {
     void BeginReading() override { connection_.Execute("BEGIN"); }
     void EndReading() noexcept override { AbandonBatch(); }
     std::vector<TMachine> ReadMachines() override;
+    std::vector<TMachine> FindNamedMachines(std::string_view text) override;
     std::vector<TInventory> ReadInventories(const TInventoryQuery& query) override;
     std::vector<TPresence> ReadPresences(const TMachineScope& place, TSeconds at) override;
     std::vector<TPresence> ReadChanges(const TChangeQuery& query) override;

@@ -1,4 +1,5 @@
 // What a load reads and writes.
+#include "fleet/model/named_machine.h"
 #include "fleet/model/stored_values.h"
 #include "fleet/sqlite/search_number.h"
 #include "fleet/sqlite/sqlite_engine.h"
@@ -258,11 +259,16 @@ void TSqliteEngine::MoveRecentRows(std::int64_t limit) {
     }
 }
 
+// Names that a machine had earlier stay, because what they find is compared.
 void TSqliteEngine::WriteMachine(const TMachine& machine) {
     const TMachineFacts& facts = machine.facts;
     GetTables().writeMachine.Run(machine.id, machine.key, static_cast<std::int64_t>(machine.rule), facts.name,
                                  facts.vendor, facts.model, facts.serial, facts.uuid, machine.first,
                                  machine.last, std::int64_t{machine.usesSnapshot});
+    const std::int64_t id = RequireMachine(machine.id);
+    for (const std::string& name : ListNamesInLowerCase(machine)) {
+        GetTables().insertMachineSearch.Run(MakeSearchNumber(name), id);
+    }
 }
 
 void TSqliteEngine::WriteHead(const THead& head) {
@@ -295,7 +301,8 @@ void TSqliteEngine::RemoveMachine(const TMachineId& machine) {
     TTables& tables = GetTables();
     if (const auto id = tables.machines.Find(machine)) {
         const std::string ofMachine = " WHERE machine = " + std::to_string(*id);
-        for (const std::string_view table : {"presence", "inventory", "head", "part", "recent_part"}) {
+        for (const std::string_view table :
+             {"presence", "inventory", "head", "part", "recent_part", "machine_search"}) {
             connection_.Execute("DELETE FROM " + std::string(table) + ofMachine);
         }
         connection_.Execute("DELETE FROM machine WHERE id = " + std::to_string(*id));
@@ -325,10 +332,14 @@ std::vector<TAlias> TSqliteEngine::ReadAliasesOf(const TMachineId& machine) {
     return aliases;
 }
 
-std::vector<TAlias> TSqliteEngine::ReadMergedAliases() {
+std::vector<TAlias> TSqliteEngine::ReadMergedAliases(const std::optional<TMachineId>& into) {
     (void)GetTables();
-    TStatement row =
-        connection_.Prepare("SELECT digest, key, target FROM alias WHERE key <> '' ORDER BY digest");
+    TStatement row = connection_.Prepare(
+        std::string("SELECT digest, key, target FROM alias INDEXED BY alias_merged WHERE key <> ''") +
+        (into ? " AND target = ?" : "") + " ORDER BY digest");
+    if (into) {
+        row.Begin(*into);
+    }
     std::vector<TAlias> aliases;
     while (row.Step()) {
         aliases.push_back({row.GetDigest(0), row.GetString(1), row.GetDigest(2)});

@@ -36,6 +36,8 @@ TTables::TTables(TConnection& connection)
           " name = excluded.name, vendor = excluded.vendor, model = excluded.model, serial = excluded.serial,"
           " uuid = excluded.uuid, first = excluded.first, last = excluded.last,"
           " uses_snapshot = excluded.uses_snapshot")),
+      insertMachineSearch(
+          connection.Prepare("INSERT OR IGNORE INTO machine_search(search, machine) VALUES(?, ?)")),
       writeHead(connection.Prepare(
           "INSERT OR REPLACE INTO head(machine, scope, time, digest, content, name, vendor,"
           " model, serial, uuid) VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?)")),
@@ -53,6 +55,11 @@ TTables::TTables(TConnection& connection)
       readMachine(
           connection.Prepare("SELECT digest, key, rule, name, vendor, model, serial, uuid, first, last,"
                              " uses_snapshot FROM machine WHERE id = ?")),
+      findNamedMachines(
+          connection.Prepare("SELECT digest, key, rule, name, vendor, model, serial, uuid, "
+                             "first, last, uses_snapshot FROM machine"
+                             " WHERE id IN (SELECT machine FROM machine_search WHERE search = ?1"
+                             " UNION SELECT id FROM machine WHERE digest BETWEEN ?2 AND ?3)")),
       readHeads(connection.Prepare(
           "SELECT scope, time, digest, content, name, vendor, model, serial, uuid FROM head"
           " WHERE machine = ?")),

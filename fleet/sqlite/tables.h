@@ -27,6 +27,7 @@ struct TTables {
     TStatement removePresence;
     TStatement insertPart;
     TStatement writeMachine;
+    TStatement insertMachineSearch;
     TStatement writeHead;
     TStatement writeInventory;
     TStatement writeAlias;
@@ -36,6 +37,7 @@ struct TTables {
     TStatement findAlias;
     TStatement readAliasesOf;
     TStatement readMachine;
+    TStatement findNamedMachines;
     TStatement readHeads;
     TStatement readInventories;
     TStatement findInventory;

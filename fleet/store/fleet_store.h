@@ -134,8 +134,9 @@ class IFleetStore {
     virtual std::vector<TAlias> FindAliases(std::span<const TDigest> names) = 0;
     /// Returns the aliases of a machine.
     virtual std::vector<TAlias> ReadAliasesOf(const TMachineId& machine) = 0;
-    /// Returns the aliases of all machines that were merged into others; none of names in inventories.
-    virtual std::vector<TAlias> ReadMergedAliases() = 0;
+    /// Returns the aliases of the machines that were merged, into one machine or into any; none of names in
+    /// inventories.
+    virtual std::vector<TAlias> ReadMergedAliases(const std::optional<TMachineId>& into) = 0;
     /// Returns those of the machines that exist.
     virtual std::vector<TMachine> FindMachines(std::span<const TMachineId> ids) = 0;
     /// Returns the heads of these machines in all scopes.
@@ -164,6 +165,9 @@ class IFleetStore {
 
     /// Returns every machine.
     virtual std::vector<TMachine> ReadMachines() = 0;
+    /// Returns the machines that a text names; IsNamed (fleet/model/named_machine.h) is the rule. The time
+    /// does not depend on the number of other machines, if the engine can give that.
+    virtual std::vector<TMachine> FindNamedMachines(std::string_view text) = 0;
     virtual std::vector<TInventory> ReadInventories(const TInventoryQuery& query) = 0;
     /// Returns the resources of a machine and scope that hold at a time; `open - 1` is the present.
     virtual std::vector<TPresence> ReadPresences(const TMachineScope& place, TSeconds at) = 0;

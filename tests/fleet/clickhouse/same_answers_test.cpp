@@ -79,8 +79,11 @@ class TSameAnswers : public testing::Test {
 
     void ExpectSameAnswers() {
         EXPECT_EQ(clickHouse_->ReadMachines(), sqlite_->ReadMachines());
+        EXPECT_EQ(clickHouse_->ReadMergedAliases(std::nullopt), sqlite_->ReadMergedAliases(std::nullopt));
         for (const TMachine& machine : sqlite_->ReadMachines()) {
-            EXPECT_EQ(clickHouse_->ReadMergedAliases(), sqlite_->ReadMergedAliases());
+            EXPECT_EQ(clickHouse_->ReadMergedAliases(machine.id), sqlite_->ReadMergedAliases(machine.id));
+            EXPECT_EQ(clickHouse_->FindNamedMachines(machine.key), std::vector{machine});
+            EXPECT_EQ(sqlite_->FindNamedMachines(machine.key), std::vector{machine});
             EXPECT_EQ(clickHouse_->ReadAliasesOf(machine.id), sqlite_->ReadAliasesOf(machine.id));
         }
         ExpectSameInventories();

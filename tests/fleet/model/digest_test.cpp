@@ -30,5 +30,20 @@ TEST(DigestHash, SpreadsDigestsThatShareTheirSecondHalf) {
     EXPECT_GT(CountHashes(6, 7), 900U);
 }
 
+TEST(ParseDigestStart, CoversEveryDigestThatBeginsWithTheDigits) {
+    const auto span = ParseDigestStart("0d5");
+    ASSERT_TRUE(span.has_value());
+    EXPECT_EQ(ToText(span->first), "0D500000000000000000000000000000");
+    EXPECT_EQ(ToText(span->last), "0D5FFFFFFFFFFFFFFFFFFFFFFFFFFFFF");
+    const TDigest digest = MakeDigest("x");
+    EXPECT_EQ(ParseDigestStart(ToText(digest)), (TDigestSpan{digest, digest}));
+}
+
+TEST(ParseDigestStart, RejectsOtherTexts) {
+    EXPECT_EQ(ParseDigestStart(""), std::nullopt);
+    EXPECT_EQ(ParseDigestStart("0G"), std::nullopt);
+    EXPECT_EQ(ParseDigestStart(ToText(MakeDigest("x")) + "0"), std::nullopt);
+}
+
 }  // namespace
 }  // namespace NFLEET

@@ -86,6 +86,34 @@ TEST_F(FleetProgram, ListsMachinesThatMeetAConditionOnAPart) {
               "\"uuid:00C0FFEE-0000-4000-8000-000000000004 serial:EX0000004\"\r\n");
 }
 
+TEST_F(FleetProgram, FindsAMachineByEachOfItsNames) {
+    const std::string history = Ask({"history", "m0000001.example.net"});
+    EXPECT_THAT(history, HasSubstr("naa.5000c50000000003"));
+    for (const std::string name : {"EX0000001", "00c0ffee-0000-4000-8000-000000000001",
+                                   "uuid:00C0FFEE-0000-4000-8000-000000000001 serial:EX0000001"}) {
+        EXPECT_EQ(Ask({"history", name}), history) << name;
+    }
+}
+
+TEST_F(FleetProgram, RefusesATextThatNamesNoMachine) {
+    const std::pair<std::string, std::string> texts[] = {
+        {"%", "%"},
+        {"m000000%", "m000000%"},
+        {"' OR 1=1 --", "' OR 1=1 --"},
+        {"00C0FFEE", "00C0FFEE"},
+        {"\xFF\n", "\\xff\\n"},
+        {std::string(100'000, 'x'), std::string(100'000, 'x')}};
+    for (const auto& [text, shown] : texts) {
+        for (const std::string command : {"show", "history"}) {
+            const auto result = Run({command, text});
+            EXPECT_EQ(result.status, 1);
+            EXPECT_EQ(result.standardOutput, "");
+            EXPECT_EQ(result.standardError,
+                      "noxinfo fleet: there is no machine '" + shown + "' in fleet.sqlite\n");
+        }
+    }
+}
+
 TEST_F(FleetProgram, FollowsTheDiskThatWasMoved) {
     EXPECT_EQ(Ask({"where", "naa.5000c50000000001"}),
               "machine               part                            since                 until\n"

@@ -107,7 +107,8 @@ TEST_P(FleetStore, AnswersEveryQuestionBeforeTheFirstInventory) {
     EXPECT_THAT(store_->ReadMachines(), IsEmpty());
     EXPECT_THAT(store_->FindAliases(std::vector{web}), IsEmpty());
     EXPECT_THAT(store_->ReadAliasesOf(web), IsEmpty());
-    EXPECT_THAT(store_->ReadMergedAliases(), IsEmpty());
+    EXPECT_THAT(store_->ReadMergedAliases(std::nullopt), IsEmpty());
+    EXPECT_THAT(store_->FindNamedMachines("web"), IsEmpty());
     EXPECT_THAT(store_->ReadInventories({}), IsEmpty());
     EXPECT_THAT(store_->ReadPresences(webHardware, now), IsEmpty());
     EXPECT_THAT(store_->ReadChanges({}), IsEmpty());
@@ -128,6 +129,68 @@ TEST_P(FleetStore, ReturnsMachinesAndHeads) {
     EXPECT_EQ(store_->ReadMachines(), Sorted(batch.machines));
     EXPECT_THAT(store_->FindMachines(std::vector{web, MakeDigest("none")}), ElementsAre(batch.machines[0]));
     EXPECT_THAT(store_->ReadHeads(std::vector{web}), ElementsAre(batch.heads[0]));
+}
+
+TEST_P(FleetStore, FindsMachinesByKeyNameSerialNumberUuidAndFirstDigits) {
+    TBatch batch = MakeTwoMachines();
+    batch.machines[0].facts.uuid = "4C4C4544-0042-3510-8052-B4C04F4A3132";
+    Write(batch);
+
+    for (const std::string& text :
+         {std::string("uuid:web"), std::string("web"), std::string("S-web"),
+          std::string("4C4C4544-0042-3510-8052-B4C04F4A3132"),
+          std::string("4c4c4544-0042-3510-8052-b4c04f4a3132"), ToText(web).substr(0, 6), ToText(web)}) {
+        EXPECT_THAT(store_->FindNamedMachines(text), ElementsAre(batch.machines[0])) << text;
+    }
+    for (const std::string& text :
+         {std::string("WEB"), std::string("s-web"), std::string("uuid:"), std::string("we"),
+          std::string("Example Servers"), ToText(web).substr(0, 5), ToText(web) + "0"}) {
+        EXPECT_THAT(store_->FindNamedMachines(text), IsEmpty()) << text;
+    }
+}
+
+TEST_P(FleetStore, FindsEveryMachineThatATextNames) {
+    TBatch batch = MakeTwoMachines();
+    batch.machines[0].facts = {"db", "", "", "same", ""};
+    batch.machines[1].facts = {"same", "", "", "", ""};
+    Write(batch);
+
+    EXPECT_EQ(store_->FindNamedMachines("same"), Sorted(batch.machines));
+    EXPECT_THAT(store_->FindNamedMachines(""), IsEmpty());
+}
+
+TEST_P(FleetStore, FindsMachinesByTheirNewestNamesOnly) {
+    TBatch batch = MakeTwoMachines();
+    Write(batch);
+    batch.machines[0].facts.name = "web-2";
+    TBatch change;
+    change.machines = {batch.machines[0]};
+    Write(change);
+
+    EXPECT_THAT(store_->FindNamedMachines("web"), IsEmpty());
+    EXPECT_THAT(store_->FindNamedMachines("web-2"), ElementsAre(batch.machines[0]));
+    EXPECT_THAT(store_->FindNamedMachines("S-web"), ElementsAre(batch.machines[0]));
+}
+
+TEST_P(FleetStore, FindsMachinesByHostileNames) {
+    const std::vector<std::string> names = {"%",
+                                            "' OR 1=1 --",
+                                            "\\' OR 1=1 --",
+                                            "quote \" backslash \\ tab \t line \n \\N \x01",
+                                            "\xFF\xC3(",
+                                            "\xC3\x84",
+                                            std::string("before\0after", 12),
+                                            std::string(300'000, '\'')};
+    for (const std::string& name : names) {
+        EXPECT_THAT(store_->FindNamedMachines(name), IsEmpty());
+        TBatch batch;
+        batch.machines = {MakeMachine(web, "web"), MakeMachine(db, "db")};
+        batch.machines[0].facts.name = name;
+        Write(batch);
+        EXPECT_THAT(store_->FindNamedMachines(name), ElementsAre(batch.machines[0])) << name.substr(0, 30);
+    }
+    EXPECT_THAT(store_->FindNamedMachines("\xC3\xA4"), IsEmpty());
+    EXPECT_THAT(store_->FindNamedMachines("_"), IsEmpty());
 }
 
 TEST_P(FleetStore, ReplacesMachinesAndHeads) {
@@ -383,7 +446,9 @@ TEST_P(FleetStore, ReturnsTheAliasesOfMergedMachines) {
     batch.aliases = {merged, {MakeDigest("a name"), "", web}};
     Write(batch);
 
-    EXPECT_THAT(store_->ReadMergedAliases(), ElementsAre(merged));
+    EXPECT_THAT(store_->ReadMergedAliases(std::nullopt), ElementsAre(merged));
+    EXPECT_THAT(store_->ReadMergedAliases(web), ElementsAre(merged));
+    EXPECT_THAT(store_->ReadMergedAliases(db), IsEmpty());
 }
 
 TEST_P(FleetStore, RemovesAMachineWithItsRows) {
@@ -398,6 +463,8 @@ TEST_P(FleetStore, RemovesAMachineWithItsRows) {
     EXPECT_THAT(store_->ReadHeads(std::vector{web}), IsEmpty());
     EXPECT_THAT(store_->FindIdentity("D1"), IsEmpty());
     EXPECT_EQ(store_->FindIdentity("D3").size(), 1U);
+    EXPECT_THAT(store_->FindNamedMachines("web"), IsEmpty());
+    EXPECT_EQ(store_->FindNamedMachines("db").size(), 1U);
 }
 
 TEST_P(FleetStore, KeepsHostileTexts) {
