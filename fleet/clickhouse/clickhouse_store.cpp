@@ -7,7 +7,6 @@
 #include "fleet/clickhouse/sql_rows.h"
 #include "fleet/model/named_machine.h"
 #include "fleet/model/stored_values.h"
-||||||| parent of b92fd7c (fleet: find one machine by its names without reading all machines)
 #include "text/shown_text.h"
 
 #include <algorithm>
