@@ -14,8 +14,9 @@ namespace NFLEET {
 namespace {
 
 using TValues = std::unordered_map<TMachineId, std::set<std::string>, TDigestHash>;
-using TSizes = std::map<std::string, std::uint64_t>;  // machines by group
-using TCounts = std::map<TDigest, TVersionCount>;     // by version
+using TSizes = std::map<std::string, std::uint64_t>;               // machines by group
+using TCounts = std::map<TDigest, TVersionCount>;                  // of one model, by version
+using TLists = std::map<std::string, std::vector<TVersionCount>>;  // by group
 
 TValues ReadValues(IFleetStore& store, std::string_view type, std::string_view property) {
     const auto counts = store.CountVersions({.model = std::nullopt, .types = {std::string(type)}});
@@ -45,6 +46,7 @@ std::string Join(const std::set<std::string>& values) {
 
 void AddCount(const TVersionCount& count, std::uint64_t machines, std::uint64_t resources, TCounts& counts) {
     TVersionCount& sum = counts[count.version];
+    sum.model = count.model;
     sum.type = count.type;
     sum.version = count.version;
     sum.machines += machines;
@@ -52,21 +54,22 @@ void AddCount(const TVersionCount& count, std::uint64_t machines, std::uint64_t 
 }
 
 // Counts the rows of each group. Rows of one machine follow one another.
-void CountRows(const std::vector<TPresence>& rows, const TMachineGroups& groups,
+void CountRows(const std::string& model, const std::vector<TPresence>& rows, const TMachineGroups& groups,
                std::map<std::string, TCounts>& counts) {
     std::map<TDigest, TMachineId> last;  // machine by version
     for (const TPresence& row : rows) {
         const auto [machine, isFirst] = last.try_emplace(row.version, row.place.machine);
         const bool isNew = isFirst || machine->second != row.place.machine;
         machine->second = row.place.machine;
-        AddCount({.model = {}, .type = row.type, .version = row.version}, isNew ? 1 : 0, 1,
+        AddCount({.model = model, .type = row.type, .version = row.version}, isNew ? 1 : 0, 1,
                  counts[groups.Get(row.place.machine)]);
     }
 }
 
 // Counts the versions of one model, whose machines are in several groups.
 void CountParts(IFleetStore& store, const std::string& model, const TSizes& parts,
-                const TMachineGroups& groups, std::map<std::string, TCounts>& counts) {
+                const TMachineGroups& groups, TLists& lists) {
+    std::map<std::string, TCounts> counts;
     std::uint64_t all = 0;
     for (const auto& [group, size] : parts) {
         all += size;
@@ -81,7 +84,12 @@ void CountParts(IFleetStore& store, const std::string& model, const TSizes& part
             AddCount(count, std::min(count.machines, size), count.resources * size / all, counts[group]);
         }
     }
-    CountRows(store.FindPresences(differing, model), groups, counts);
+    CountRows(model, store.FindPresences(differing, model), groups, counts);
+    for (auto& [group, versions] : counts) {
+        for (auto& [version, count] : versions) {
+            lists[group].push_back(std::move(count));
+        }
+    }
 }
 
 }  // namespace
@@ -114,16 +122,10 @@ std::map<std::string, std::vector<TVersionCount>> TMachineGroups::CountVersions(
         ++sizes[Get(machine.id)];
         ++partsOf[machine.facts.model][Get(machine.id)];
     }
-    std::map<std::string, TCounts> counts;
+    TLists lists;
     for (const auto& [model, parts] : partsOf) {
         if (std::ranges::any_of(parts, [&](const auto& part) { return sizes[part.first] >= minMachines; })) {
-            CountParts(store, model, parts, *this, counts);
-        }
-    }
-    std::map<std::string, std::vector<TVersionCount>> lists;
-    for (const auto& [group, versions] : counts) {
-        for (const auto& [version, count] : versions) {
-            lists[group].push_back(count);
+            CountParts(store, model, parts, *this, lists);
         }
     }
     return lists;

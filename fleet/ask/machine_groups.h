@@ -24,9 +24,9 @@ class TMachineGroups {
     /// Returns the group of a machine; empty for one without a value.
     const std::string& Get(const TMachineId& machine) const { return groups_.at(machine); }
 
-    /// Counts versions in the present state of each group that has at least `minMachines`, of all models
-    /// together. A version that all machines of a model have is counted as if its groups had the same number
-    /// of resources.
+    /// Counts versions in the present state of each group that has at least `minMachines`; ordered by model
+    /// and version. A version that all machines of a model have is counted as if its groups had the same
+    /// number of resources.
     std::map<std::string, std::vector<TVersionCount>> CountVersions(IFleetStore& store,
                                                                     std::span<const TMachine> machines,
                                                                     std::size_t minMachines) const;

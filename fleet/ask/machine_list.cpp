@@ -142,7 +142,7 @@ TAnswer MakeTable(std::string question, const std::vector<TMachine>& machines) {
 
 }  // namespace
 
-std::string NameMachine(const TMachine& machine) {
+const std::string& NameMachine(const TMachine& machine) {
     return !machine.facts.name.empty()     ? machine.facts.name
            : !machine.facts.serial.empty() ? machine.facts.serial
                                            : machine.key;

@@ -16,8 +16,9 @@ namespace NFLEET {
 /// least six. Errors: throws TQuestionError if there is none or several.
 TMachine FindMachine(IFleetStore& store, std::string_view text);
 
-/// Returns the name for people: the name of the machine, else its serial number, else its key.
-std::string NameMachine(const TMachine& machine);
+/// Returns the name for people: the name of the machine, else its serial number, else its key. It is valid as
+/// long as the machine.
+const std::string& NameMachine(const TMachine& machine);
 
 /// Returns the name, vendor, model, serial, uuid or key of a machine. Errors: throws TQuestionError for
 /// another name of a property.

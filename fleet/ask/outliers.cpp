@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <iterator>
 #include <map>
+#include <numeric>
 #include <set>
 #include <span>
 #include <tuple>
@@ -40,10 +41,11 @@ struct TCohort {
 
 using TMachineIds = std::set<TMachineId>;
 
+using TNumbers = std::map<std::string, std::uint64_t>;  // of machines, by model
+
 struct TValueCount {
     std::uint64_t resources = 0;
-    std::uint64_t machines = 0;  // number that have the usual version
-    std::vector<TDigest> versions{};
+    std::map<TDigest, TNumbers> versions{};
     TProperty property{};  // null if the versions lack the property
 };
 
@@ -96,18 +98,50 @@ TProperties CountValues(std::span<const TVersionCount> counts, const TVersionInd
             TValueCount& value =
                 properties[{count.type, name}][MakeValueKey(property == nullptr ? absent : *property)];
             value.resources += count.resources;
-            value.machines = std::max(value.machines, count.machines);
-            value.versions.push_back(count.version);
+            value.versions[count.version][count.model] += count.machines;
             value.property = property == nullptr ? absent : *property;
         }
     }
     return properties;
 }
 
+// Returns the number of machines that have the value in its commonest version; others may have it in another
+// one.
+std::uint64_t CountMachines(const TValueCount& value) {
+    std::uint64_t most = 0;
+    for (const auto& [version, numbers] : value.versions) {
+        std::uint64_t machines = 0;
+        for (const auto& [model, number] : numbers) {
+            machines += number;
+        }
+        most = std::max(most, machines);
+    }
+    return most;
+}
+
+// Returns a number of machines, of which at least so many have one of the values: those of different models
+// are different ones.
+std::uint64_t CountMachines(const std::vector<const TValueCount*>& values) {
+    TNumbers most;
+    for (const TValueCount* const value : values) {
+        for (const auto& [version, numbers] : value->versions) {
+            for (const auto& [model, number] : numbers) {
+                most[model] = std::max(most[model], number);
+            }
+        }
+    }
+    std::uint64_t machines = 0;
+    for (const auto& [model, number] : most) {
+        machines += number;
+    }
+    return machines;
+}
+
 const TValueCount& FindCommonest(const TValues& values) {
-    return std::ranges::max_element(
-               values, {},
-               [](const auto& entry) { return std::pair(entry.second.resources, entry.second.machines); })
+    return std::ranges::max_element(values, {},
+                                    [](const auto& entry) {
+                                        return std::pair(entry.second.resources, CountMachines(entry.second));
+                                    })
         ->second;
 }
 
@@ -120,13 +154,20 @@ struct TRareValue {
     TMachineIds machines{};
 };
 
+// Leaves out properties that vary so much that the counts alone show it, before their rows are read.
 std::vector<TRareValue> FindRareValues(const TProperties& properties, const TCohort& cohort) {
     std::vector<TRareValue> rare;
     for (const auto& [place, values] : properties) {
         const TValueCount& usual = FindCommonest(values);
+        std::vector<const TValueCount*> found;
         for (const auto& [key, value] : values) {
-            if (&value != &usual && value.machines <= cohort.GetLimit()) {
-                rare.push_back({&place, &value, &usual});
+            if (&value != &usual && CountMachines(value) <= cohort.GetLimit()) {
+                found.push_back(&value);
+            }
+        }
+        if (CountMachines(found) <= cohort.GetVariation()) {
+            for (const TValueCount* const value : found) {
+                rare.push_back({&place, value, &usual});
             }
         }
     }
@@ -141,7 +182,7 @@ void AttachRows(const std::vector<TPresence>& rows, const TCohort& cohort, std::
     }
     std::map<const void*, TMachineIds> differing;  // machines by property
     for (TRareValue& value : rare) {
-        for (const TDigest& version : value.value->versions) {
+        for (const auto& [version, numbers] : value.value->versions) {
             for (const TPresence* const row : byVersion[version]) {
                 if (cohort.machines.contains(row->place.machine)) {
                     value.rows.push_back(row);
@@ -158,8 +199,21 @@ void AttachRows(const std::vector<TPresence>& rows, const TCohort& cohort, std::
 }
 
 auto GetOrder(const TOutlier& outlier) {
-    return std::tuple(NameMachine(outlier.machine), outlier.machine.key, outlier.type, outlier.part,
-                      outlier.property);
+    return std::tie(NameMachine(outlier.machine), outlier.machine.key, outlier.type, outlier.part,
+                    outlier.property);
+}
+
+// There may be a hundred thousand outliers, so each is moved once.
+std::vector<TOutlier> Sort(std::vector<TOutlier> outliers) {
+    std::vector<std::size_t> order(outliers.size());
+    std::iota(order.begin(), order.end(), 0);
+    std::ranges::stable_sort(order, {}, [&](std::size_t i) { return GetOrder(outliers[i]); });
+    std::vector<TOutlier> sorted;
+    sorted.reserve(outliers.size());
+    for (const std::size_t i : order) {
+        sorted.push_back(std::move(outliers[i]));
+    }
+    return sorted;
 }
 
 TCell MakeCell(const std::string& type, const TProperty& property) {
@@ -218,6 +272,7 @@ class TTypicalMachine {
 
 void AppendValues(const TCohort& cohort, const std::vector<TRareValue>& rare, const TVersionIndex& versions,
                   const TTypicalMachine& typical, std::vector<TOutlier>& outliers) {
+    std::unordered_map<const TPresence*, std::string> parts;
     for (const TRareValue& value : rare) {
         const auto& [type, name] = *value.place;
         for (const TPresence* const row : value.rows) {
@@ -226,8 +281,11 @@ void AppendValues(const TCohort& cohort, const std::vector<TRareValue>& rare, co
             if (other != nullptr && MakeValueKey(*other) == MakeValueKey(value.value->property)) {
                 continue;  // it is usual in this place
             }
-            outliers.push_back({*cohort.machines.at(row->place.machine), type,
-                                DescribePart(versions.Assemble(*row)), name,
+            const auto [part, isNew] = parts.try_emplace(row);
+            if (isNew) {
+                part->second = DescribePart(versions.Assemble(*row));
+            }
+            outliers.push_back({*cohort.machines.at(row->place.machine), type, part->second, name,
                                 MakeCell(type, value.value->property),
                                 MakeCell(type, other == nullptr ? value.usual->property : *other),
                                 value.machines.size(), cohort.machines.size(), cohort.group});
@@ -280,7 +338,9 @@ std::vector<TPresence> ReadRows(IFleetStore& store, const TCohort& cohort,
     for (const std::string& model : cohort.models) {
         std::ranges::move(store.FindPresences(versions, model), std::back_inserter(rows));
     }
-    std::ranges::sort(rows, {}, &TPresence::GetKey);
+    if (cohort.models.size() > 1) {
+        SortByKey(rows);
+    }
     return rows;
 }
 
@@ -295,15 +355,16 @@ std::vector<TOutlier> CompareCohort(IFleetStore& store, const TCohort& cohort,
     std::vector<TRareValue> rare = FindRareValues(properties, cohort);
     std::set<TDigest> wanted;
     for (const TRareValue& value : rare) {
-        wanted.insert(value.value->versions.begin(), value.value->versions.end());
+        for (const auto& [version, numbers] : value.value->versions) {
+            wanted.insert(version);
+        }
     }
     const std::vector<TPresence> rows = ReadRows(store, cohort, std::vector(wanted.begin(), wanted.end()));
     AttachRows(rows, cohort, rare);
     std::vector<TOutlier> outliers;
     AppendValues(cohort, rare, versions, TTypicalMachine(store, cohort, rare), outliers);
     AppendNumbers(store, cohort, outliers);
-    std::ranges::stable_sort(outliers, {}, GetOrder);
-    return outliers;
+    return Sort(std::move(outliers));
 }
 
 using TCohorts = std::map<std::string, TCohort>;  // by group

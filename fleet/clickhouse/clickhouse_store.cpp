@@ -108,14 +108,6 @@ void ForEachPart(std::span<const T> all, std::size_t size, TAction&& action) {
     }
 }
 
-// GetKey would copy the type for each comparison.
-void SortByKey(std::vector<TPresence>& presences) {
-    std::ranges::sort(presences, [](const TPresence& left, const TPresence& right) {
-        return std::tie(left.place, left.type, left.resource, left.since) <
-               std::tie(right.place, right.type, right.resource, right.since);
-    });
-}
-
 // Machines whose scopes that count have the same compositions.
 struct TAlikeMachines {
     std::string model;

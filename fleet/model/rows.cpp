@@ -1,5 +1,8 @@
 #include "fleet/model/rows.h"
 
+#include <algorithm>
+#include <tuple>
+
 namespace NFLEET {
 
 std::string_view GetWord(EScope scope) {
@@ -24,6 +27,13 @@ std::string_view GetWord(EMachineRule rule) {
             return "path";
     }
     return "";
+}
+
+void SortByKey(std::vector<TPresence>& presences) {
+    std::ranges::sort(presences, [](const TPresence& left, const TPresence& right) {
+        return std::tie(left.place, left.type, left.resource, left.since) <
+               std::tie(right.place, right.type, right.resource, right.since);
+    });
 }
 
 }  // namespace NFLEET

@@ -190,6 +190,9 @@ struct TPresence {
     bool operator==(const TPresence&) const = default;
 };
 
+/// Orders presences by their keys, without copies of these.
+void SortByKey(std::vector<TPresence>& presences);
+
 /// The inventory rows and presence rows of one machine and scope, in ascending order of time and of key.
 struct TScopeState {
     TMachineScope place;

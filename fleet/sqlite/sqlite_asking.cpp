@@ -23,13 +23,6 @@ constexpr char presenceColumns[] =
     " CROSS JOIN machine AS m ON m.id = p.machine CROSS JOIN resource AS r ON r.id = p.resource"
     " CROSS JOIN version AS v ON v.id = p.version";
 
-void SortByKey(std::vector<TPresence>& rows) {
-    std::ranges::sort(rows, [](const TPresence& left, const TPresence& right) {
-        return std::tie(left.place, left.type, left.resource, left.since) <
-               std::tie(right.place, right.type, right.resource, right.since);
-    });
-}
-
 bool Contains(const TIdentity& identity, std::string_view value) {
     return std::ranges::any_of(
         identity, [&](const auto& values) { return std::ranges::find(values, value) != values.end(); });

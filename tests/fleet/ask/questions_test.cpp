@@ -285,6 +285,30 @@ TEST_F(ListOutliersTest, ComparesMachinesOfSeveralModelsOfOneVendor) {
               "Example Servers\n");
 }
 
+TEST_F(ListOutliersTest, LeavesOutPropertiesThatVaryAmongTheModelsOfAGroup) {
+    for (int i = 0; i < 40; ++i) {
+        const std::string model = "Star " + std::to_string(i / 2);
+        fleet_.Add("m" + std::to_string(i), model, monday,
+                   {MakeResource("DiskDrive", "d" + std::to_string(i), {{"Caption", model}})});
+    }
+    EXPECT_EQ(ShowRows(ListOutliers(fleet_.GetStore(), std::nullopt, "vendor")), "");
+}
+
+TEST_F(ListOutliersTest, FindsValuesOfSeveralVersionsAndModelsOfAGroup) {
+    for (int i = 0; i < 40; ++i) {
+        const bool isOdd = i % 20 == 7;
+        fleet_.Add("m" + std::to_string(i), i < 38 ? "RackStar" : "BladeStar", monday,
+                   {MakeResource("DiskDrive", "d" + std::to_string(i),
+                                 {{"Name", "SM600"}, {"Revision", isOdd ? "A" : "B"}}),
+                    MakeResource("Card", "c" + std::to_string(i), {{"Model", i < 38 ? "X1" : "X2"}})});
+    }
+    EXPECT_EQ(ShowRows(ListOutliers(fleet_.GetStore(), std::nullopt, "vendor")),
+              "RackStar | m27 | disk SM600 | Revision | A | B | 2 | 40 | Example Servers\n"
+              "BladeStar | m38 | board | Model | X2 | X1 | 2 | 40 | Example Servers\n"
+              "BladeStar | m39 | board | Model | X2 | X1 | 2 | 40 | Example Servers\n"
+              "RackStar | m7 | disk SM600 | Revision | A | B | 2 | 40 | Example Servers\n");
+}
+
 TEST_F(ListOutliersTest, ComparesMachinesWithOneValueOfAPropertyOfAPart) {
     const auto add = [&](const std::string& name, const std::string& firmware, const std::string& speed) {
         fleet_.Add(name, "RackStar", monday,
