@@ -12,7 +12,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <mutex>
 #include <system_error>
 #include <vector>
@@ -36,7 +35,7 @@ constexpr std::string_view workSuffix = "XXXXXX";
 }
 
 [[noreturn]] void FailWithError(const fs::path& path, int error) {
-    Fail(path, std::strerror(error));
+    Fail(path, std::generic_category().message(error));
 }
 
 // True for what a site consists of. Its folders have no other names than those of its pages.

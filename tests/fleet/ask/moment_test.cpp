@@ -8,7 +8,7 @@ namespace {
 constexpr TSeconds now = 1772420400;  // 2026-03-02T03:00:00Z
 
 TEST(ParseMoment, ReadsDatesAsMidnightInUtc) {
-    EXPECT_EQ(ParseMoment("2026-03-02", now), now - 3 * 3600);
+    EXPECT_EQ(ParseMoment("2026-03-02", now), now - TSeconds{3} * 3600);
     EXPECT_EQ(ParseMoment("1970-01-01", now), 0);
 }
 

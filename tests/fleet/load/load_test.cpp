@@ -29,7 +29,7 @@ class FleetLoad : public testing::Test {
         TLoadOptions options;
         options.threads = 2;
         options.batchInventories = 3;
-        options.now = firstOfMarch + 100 * 86400;
+        options.now = firstOfMarch + TSeconds{100} * 86400;
         return LoadInventories(paths, options, *store_, events_);
     }
     TLoadCount Load() { return Load({folder_.GetPath()}); }
@@ -382,7 +382,7 @@ TEST_F(FleetLoad, PrunesInventoriesAndKeepsTheNewest) {
     EXPECT_EQ(PruneInventories({.newest = 2}, *store_), 4U);
 
     EXPECT_THAT(ShowDisks(), ElementsAre(std::string(webKey) + ": B always-open"));
-    EXPECT_EQ(store_->ReadMachines()[0].first, firstOfMarch + 4 * 86400);
+    EXPECT_EQ(store_->ReadMachines()[0].first, firstOfMarch + TSeconds{4} * 86400);
     EXPECT_THAT(store_->FindIdentity("A"), IsEmpty());
     EXPECT_EQ(PruneInventories({}, *store_), 1U);
     EXPECT_EQ(store_->ReadInventories({}).size(), 1U);

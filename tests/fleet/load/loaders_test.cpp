@@ -122,7 +122,7 @@ TEST_F(FleetLoaders, GoOnWhereAKilledOneWas) {
     const TLoadCount count = LoadInventories({folder_.GetPath()}, MakeOptions(), *store, events);
 
     EXPECT_EQ(count.known, before);
-    EXPECT_EQ(count.known + count.inventories, std::uint64_t{machines * days});
+    EXPECT_EQ(count.known + count.inventories, std::uint64_t{machines} * days);
     EXPECT_EQ(Dump(*store), expected);
 }
 
@@ -199,7 +199,7 @@ TEST_F(FleetLoaders, StopOnRequest) {
 
     const TLoadCount count = LoadInventories({folder_.GetPath()}, options, *store, events);
 
-    EXPECT_LT(count.files, std::uint64_t{machines * days});
+    EXPECT_LT(count.files, std::uint64_t{machines} * days);
 }
 
 TEST_F(FleetLoaders, StoreThousandsOfHostileNames) {

@@ -257,6 +257,7 @@ std::vector<TPresence> ApplyPart(const std::vector<TPresence>& stored, const std
         rows.erase(removed[i - written.size()]);
     }
     std::vector<TPresence> applied;
+    applied.reserve(rows.size());
     for (const auto& [key, row] : rows) {
         applied.push_back(row);
     }

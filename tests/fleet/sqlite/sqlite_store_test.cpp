@@ -237,6 +237,7 @@ TEST(SqliteStore, FindsIdentitiesWhenThereAreMany) {
         TBatch batch = MakeBatch(name);
         batch.versions = {{MakeDigest("version"), "DiskDrive", "", std::nullopt, {}}};
         std::vector<std::string> values;
+        values.reserve(250000);
         for (int value = 0; value < 250000; ++value) {
             values.push_back(name + std::to_string(value));
         }

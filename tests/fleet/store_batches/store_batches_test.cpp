@@ -432,6 +432,7 @@ TEST_P(TStoreBatches, KeepsLoadersApart) {
         }
     };
     std::vector<std::thread> threads;
+    threads.reserve(loaders);
     for (int i = 0; i < loaders; ++i) {
         threads.emplace_back(count);
     }
