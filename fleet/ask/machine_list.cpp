@@ -83,18 +83,21 @@ TFoundMachines FindByResource(IFleetStore& store, const TCondition& condition) {
     const auto [type, property] = NVORHOST::SplitAt(condition.property, '.');
     const auto counts = store.CountVersions({.model = std::nullopt, .types = {std::string(type)}});
     const TVersionIndex versions(store, counts);
-    std::vector<TDigest> wanted;
+    std::set<TDigest> meeting;
+    std::set<TDigest> identifying;
     for (const TVersionCount& count : counts) {
         const TVersion* const version = versions.Find(count.version);
         found.hasProperty = found.hasProperty || (version != nullptr && HasProperty(*version, property));
-        if (version != nullptr && (IsIdentifying(*version, property) ||
-                                   MeetsResource(AssembleResource({}, *version), property, condition))) {
-            wanted.push_back(count.version);
+        if (version != nullptr && IsIdentifying(*version, property)) {
+            identifying.insert(count.version);
+        } else if (version != nullptr && MeetsResource(AssembleResource({}, *version), property, condition)) {
+            meeting.insert(count.version);
         }
     }
-    std::ranges::sort(wanted);
-    wanted.erase(std::unique(wanted.begin(), wanted.end()), wanted.end());
-    for (const TPresence& row : store.FindPresences(wanted, std::nullopt)) {
+    const auto machines = store.FindMachinesWith(std::vector(meeting.begin(), meeting.end()));
+    found.ids.insert(machines.begin(), machines.end());
+    for (const TPresence& row :
+         store.FindPresences(std::vector(identifying.begin(), identifying.end()), std::nullopt)) {
         if (MeetsResource(versions.Assemble(row), property, condition)) {
             found.ids.insert(row.place.machine);
         }

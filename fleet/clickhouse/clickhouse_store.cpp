@@ -201,6 +201,7 @@ class TClickHouseStore : public IFleetStore {
     std::vector<TPresence> FindIdentity(std::string_view value) override;
     std::vector<TVersionCount> CountVersions(const TCountQuery& query) override;
     std::vector<TPartCount> CountParts(const TCountQuery& query) override;
+    std::vector<TMachineId> FindMachinesWith(std::span<const TDigest> versions) override;
     std::vector<TPresence> FindPresences(std::span<const TDigest> versions,
                                          const std::optional<std::string>& model) override;
     std::vector<TVersion> ReadVersions(std::span<const TDigest> versions) override;
@@ -219,6 +220,8 @@ class TClickHouseStore : public IFleetStore {
     void InsertInventories(const std::vector<TInventory>& inventories);
     void RemoveUnused(const std::string& table, const std::string& used, EStep step);
     std::vector<TInventory> ReadWithValues(const std::string& condition);
+    std::vector<TMachineId> FindMachinesWith(std::span<const TDigest> versions,
+                                             const std::optional<std::string>& model);
     void RemoveMachines(const std::vector<TMachineId>& machines);
     void Insert(const std::string& target, const TRowBinaryWriter& writer);
     TChangeNumber GetChange(EStep step) const {
@@ -980,15 +983,24 @@ std::vector<TPartCount> TClickHouseStore::CountParts(const TCountQuery& query) {
     return ordered;
 }
 
-// The machines are found first, by the compositions of their rows, which are small. The digests of machines
-// and versions are passed as one table.
+std::vector<TMachineId> TClickHouseStore::FindMachinesWith(std::span<const TDigest> versions) {
+    return FindMachinesWith(versions, std::nullopt);
+}
+
+// Finds machines by the compositions of their rows, which are small.
+std::vector<TMachineId> TClickHouseStore::FindMachinesWith(std::span<const TDigest> versions,
+                                                           const std::optional<std::string>& model) {
+    return ReadDigests(SelectPresentRows("DISTINCT machine", model) +
+                           " AND composition GLOBAL IN (SELECT digest FROM composition_rows FINAL "
+                           "ARRAY JOIN version AS content "
+                           "WHERE removed = 0 AND content IN (SELECT id FROM ids))",
+                       MakeIds(versions));
+}
+
+// The digests of machines and versions are passed as one table.
 std::vector<TPresence> TClickHouseStore::FindPresences(std::span<const TDigest> versions,
                                                        const std::optional<std::string>& model) {
-    auto digests = ReadDigests(SelectPresentRows("DISTINCT machine", model) +
-                                   " AND composition GLOBAL IN (SELECT digest FROM composition_rows FINAL "
-                                   "ARRAY JOIN version AS content "
-                                   "WHERE removed = 0 AND content IN (SELECT id FROM ids))",
-                               MakeIds(versions));
+    auto digests = FindMachinesWith(versions, model);
     if (digests.empty()) {
         return {};
     }

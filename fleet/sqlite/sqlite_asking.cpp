@@ -331,29 +331,50 @@ std::vector<TPartCount> TSqliteEngine::CountParts(const TCountQuery& query) {
     return counts;
 }
 
-std::vector<TPresence> TSqliteEngine::FindPresences(std::span<const TDigest> versions,
-                                                    const std::optional<std::string>& model) {
+TSqliteEngine::TWantedVersions TSqliteEngine::FindWanted(std::span<const TDigest> versions) {
     TTables& tables = GetTables();
-    std::unordered_map<std::int64_t, TDigest> wanted;
-    std::vector<std::int64_t> types;
+    TWantedVersions wanted;
     for (const TDigest& version : versions) {
         if (const auto id = tables.versions.Find(version)) {
-            wanted.emplace(*id, version);
+            wanted.versions.emplace(*id, version);
             tables.readVersion.Begin(*id).Step();
-            types.push_back(tables.readVersion.GetInteger(0));
+            wanted.types.push_back(tables.readVersion.GetInteger(0));
             tables.readVersion.Close();
         }
     }
-    std::ranges::sort(types);
-    types.erase(std::unique(types.begin(), types.end()), types.end());
+    std::ranges::sort(wanted.types);
+    wanted.types.erase(std::unique(wanted.types.begin(), wanted.types.end()), wanted.types.end());
+    return wanted;
+}
+
+std::vector<TMachineId> TSqliteEngine::FindMachinesWith(std::span<const TDigest> versions) {
+    const TWantedVersions wanted = FindWanted(versions);
+    std::vector<TMachineId> machines;
+    if (wanted.types.empty()) {
+        return machines;
+    }
+    ForEachCurrent(std::nullopt, wanted.types, [&](const TCurrentMachine& machine, TStatement& row) {
+        const bool isNew = machines.empty() || machines.back() != machine.digest;
+        if (isNew && wanted.versions.contains(row.GetInteger(3))) {
+            machines.push_back(machine.digest);
+        }
+    });
+    std::ranges::sort(machines);
+    return machines;
+}
+
+std::vector<TPresence> TSqliteEngine::FindPresences(std::span<const TDigest> versions,
+                                                    const std::optional<std::string>& model) {
+    TTables& tables = GetTables();
+    const TWantedVersions wanted = FindWanted(versions);
     std::vector<TPresence> rows;
-    if (wanted.empty()) {
+    if (wanted.types.empty()) {
         return rows;
     }
     TStatement resource = connection_.Prepare("SELECT digest FROM resource WHERE id = ?");
-    ForEachCurrent(model, types, [&](const TCurrentMachine& machine, TStatement& row) {
-        const auto version = wanted.find(row.GetInteger(3));
-        if (version != wanted.end()) {
+    ForEachCurrent(model, wanted.types, [&](const TCurrentMachine& machine, TStatement& row) {
+        const auto version = wanted.versions.find(row.GetInteger(3));
+        if (version != wanted.versions.end()) {
             resource.Begin(row.GetInteger(1)).Step();
             rows.push_back({{machine.digest, static_cast<EScope>(row.GetInteger(5))},
                             tables.words.GetText(row.GetInteger(0)),

@@ -12,6 +12,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace NFLEET {
@@ -51,6 +52,7 @@ class TSqliteEngine final : public IFleetStore {
     std::vector<TPresence> FindIdentity(std::string_view value) override;
     std::vector<TVersionCount> CountVersions(const TCountQuery& query) override;
     std::vector<TPartCount> CountParts(const TCountQuery& query) override;
+    std::vector<TMachineId> FindMachinesWith(std::span<const TDigest> versions) override;
     std::vector<TPresence> FindPresences(std::span<const TDigest> versions,
                                          const std::optional<std::string>& model) override;
     std::vector<TVersion> ReadVersions(std::span<const TDigest> versions) override;
@@ -63,6 +65,12 @@ class TSqliteEngine final : public IFleetStore {
         TMachineId digest;
         std::string model;
         bool usesSnapshot;
+    };
+
+    /// Versions by number, and the numbers of their types, of which each is there once.
+    struct TWantedVersions {
+        std::unordered_map<std::int64_t, TDigest> versions{};
+        std::vector<std::int64_t> types{};
     };
 
     /// A row of the table in which identities are found.
@@ -105,6 +113,7 @@ class TSqliteEngine final : public IFleetStore {
     std::vector<TPresence> ReadSelected(TStatement& statement);
     TIdentity ParseIdentity(std::string_view text) const;
     TVersion ReadVersion(std::int64_t id, const TDigest& digest);
+    TWantedVersions FindWanted(std::span<const TDigest> versions);
     std::vector<TCurrentMachine> ListCurrent(const std::optional<std::string>& model);
     void ForEachCurrent(const std::optional<std::string>& model, const std::vector<std::int64_t>& types,
                         const std::function<void(const TCurrentMachine&, TStatement& row)>& action);

@@ -181,6 +181,8 @@ class IFleetStore {
     /// Counts the resources of the types of a query, which are not empty, in the present state of each
     /// machine; ordered by machine and type. A machine without resources of a type has no count.
     virtual std::vector<TPartCount> CountParts(const TCountQuery& query) = 0;
+    /// Returns the machines whose present state has a resource in one of the versions.
+    virtual std::vector<TMachineId> FindMachinesWith(std::span<const TDigest> versions) = 0;
     /// Returns the rows of the present state that have one of the versions, of machines of a model or of all.
     virtual std::vector<TPresence> FindPresences(std::span<const TDigest> versions,
                                                  const std::optional<std::string>& model) = 0;

@@ -152,6 +152,11 @@ class TSameAnswers : public testing::Test {
         }
         std::ranges::sort(versions);
         EXPECT_EQ(clickHouse_->ReadVersions(versions), sqlite_->ReadVersions(versions));
+        for (const TDigest& version : versions) {
+            const std::vector one{version};
+            EXPECT_FALSE(sqlite_->FindMachinesWith(one).empty());
+            EXPECT_EQ(clickHouse_->FindMachinesWith(one), sqlite_->FindMachinesWith(one));
+        }
         EXPECT_EQ(clickHouse_->FindPresences(versions, std::nullopt),
                   sqlite_->FindPresences(versions, std::nullopt));
     }
@@ -236,6 +241,9 @@ TEST(SameOutput, OfEveryCommandInEveryFormat) {
     const std::vector<std::vector<std::string>> commands{
         {"machines"},
         {"machines", "--where", "DiskDrive.Name=SM600"},
+        {"machines", "--where", "DiskDrive.Name~^(SM600|RARE)$", "--where", "DiskDrive.DeviceID~^S"},
+        {"machines", "--where", "DiskDrive.DeviceID=S1&'\""},
+        {"machines", "--where", "DiskDrive.Colour=blue"},
         {"show", webKey},
         {"show", webKey, "--at", "2024-03-03"},
         {"history", webKey},

@@ -115,6 +115,7 @@ TEST_P(FleetStore, AnswersEveryQuestionBeforeTheFirstInventory) {
     EXPECT_THAT(store_->FindIdentity("D1"), IsEmpty());
     EXPECT_THAT(store_->CountVersions({}), IsEmpty());
     EXPECT_THAT(store_->FindPresences(std::vector{MakeDigest("SM600")}, std::nullopt), IsEmpty());
+    EXPECT_THAT(store_->FindMachinesWith(std::vector{MakeDigest("SM600")}), IsEmpty());
     EXPECT_THAT(store_->ReadVersions(std::vector{MakeDigest("SM600")}), IsEmpty());
     EXPECT_THAT(store_->FindKnownVersions(std::vector{MakeDigest("SM600")}), IsEmpty());
     EXPECT_THAT(store_->ReadHeads(std::vector{web}), IsEmpty());
@@ -423,6 +424,26 @@ TEST_P(FleetStore, FindsPresencesOfVersions) {
                 UnorderedElementsAre("D1", "D2", "D4"));
     EXPECT_THAT(store_->FindPresences(versions, "Box 1"), IsEmpty());
     EXPECT_THAT(store_->FindPresences(std::vector{MakeDigest("SM900")}, std::nullopt), IsEmpty());
+}
+
+TEST_P(FleetStore, FindsMachinesWithVersions) {
+    TBatch batch = MakeTwoMachines();
+    batch.presences.push_back(MakePresence(webSnapshot, "D9", "SM900"));
+    Write(batch);
+    std::vector both{web, db};
+    std::ranges::sort(both);
+
+    EXPECT_EQ(store_->FindMachinesWith(std::vector{MakeDigest("SM600")}), both);
+    EXPECT_EQ(store_->FindMachinesWith(std::vector{MakeDigest("SM600"), MakeDigest("none")}), both);
+    EXPECT_THAT(store_->FindMachinesWith(std::vector{MakeDigest("SM900")}), IsEmpty());
+    EXPECT_THAT(store_->FindMachinesWith(std::vector{MakeDigest("none")}), IsEmpty());
+    EXPECT_THAT(store_->FindMachinesWith({}), IsEmpty());
+
+    TBatch change;
+    change.machines = {MakeMachine(web, "web", /*usesSnapshot=*/true)};
+    Write(change);
+    EXPECT_THAT(store_->FindMachinesWith(std::vector{MakeDigest("SM600")}), ElementsAre(db));
+    EXPECT_THAT(store_->FindMachinesWith(std::vector{MakeDigest("SM900")}), ElementsAre(web));
 }
 
 TEST_P(FleetStore, ReturnsAliases) {
