@@ -66,6 +66,7 @@ TEST(ListMachines, SortsByNameAndKeepsThoseThatMeetEveryCondition) {
     IFleetStore& store = fleet.GetStore();
     const auto list = [&](const std::vector<std::string>& texts) {
         std::vector<NINVENTORY::TCondition> conditions;
+        conditions.reserve(texts.size());
         for (const std::string& text : texts) {
             conditions.push_back(NINVENTORY::ParseCondition(text));
         }
@@ -428,7 +429,7 @@ TEST(CountAges, ExpectsDisksKnownByTheirPositionToStay) {
 TEST(CountAges, LooksAtTheScopeOfThePresent) {
     TMadeFleet fleet;
     fleet.Add("web-1", "RackStar", monday, {MakeDisk("Z1")});
-    fleet.Add("web-1", "RackStar", monday + 3 * 365 * day, {MakeDisk("Z1")}, EScope::snapshot);
+    fleet.Add("web-1", "RackStar", monday + 1095 * day, {MakeDisk("Z1")}, EScope::snapshot);
     EXPECT_EQ(ShowAges(fleet.GetStore()), "3 to 5 years: 1\n");
 }
 

@@ -232,6 +232,7 @@ std::vector<std::string> AskEverything(IFleetStore& store) {
         [&] { (void)store.ReadVersions(ids); },
     };
     std::vector<std::string> failures;
+    failures.reserve(questions.size());
     for (const auto& question : questions) {
         failures.push_back(FailureOf(question));
     }

@@ -20,6 +20,7 @@ namespace NFLEET {
 namespace {
 
 constexpr int days = 8;
+constexpr TSeconds secondsOfDay = 86'400;
 
 // The disks of a machine on a day: some of ten, with a model that changes now and then.
 std::string MakeDisks(std::mt19937& random) {
@@ -67,13 +68,14 @@ class TSameAnswers : public testing::Test {
 
     void Load(IFleetStore& store, const std::vector<std::string>& names) {
         std::vector<std::string> paths;
+        paths.reserve(names.size());
         for (const std::string& name : names) {
             paths.push_back(folder_.GetPath(name));
         }
         TLoadOptions options;
         options.threads = 2;
         options.batchInventories = 5;
-        options.now = firstOfMarch + 100 * 86'400;
+        options.now = firstOfMarch + 100 * secondsOfDay;
         (void)LoadInventories(paths, options, store, events_);
     }
 
@@ -105,16 +107,16 @@ class TSameAnswers : public testing::Test {
         EXPECT_FALSE(sqlite_->ReadInventories(query).empty());
         EXPECT_EQ(clickHouse_->ReadInventories(query), sqlite_->ReadInventories(query));
         query.newestOnly = true;
-        query.until = firstOfMarch + 3 * 86'400;
+        query.until = firstOfMarch + 3 * secondsOfDay;
         EXPECT_EQ(clickHouse_->ReadInventories(query), sqlite_->ReadInventories(query));
     }
 
     void ExpectSameChanges() {
         EXPECT_FALSE(sqlite_->ReadChanges({}).empty());
         for (int day = 0; day <= days; ++day) {
-            const TChangeQuery query{{}, firstOfMarch + day * 86'400, open};
+            const TChangeQuery query{{}, firstOfMarch + day * secondsOfDay, open};
             EXPECT_EQ(clickHouse_->ReadChanges(query), sqlite_->ReadChanges(query)) << day;
-            const TChangeQuery ofDisks{{}, firstOfMarch + day * 86'400, open, {"DiskDrive"}};
+            const TChangeQuery ofDisks{{}, firstOfMarch + day * secondsOfDay, open, {"DiskDrive"}};
             EXPECT_EQ(clickHouse_->ReadChanges(ofDisks), sqlite_->ReadChanges(ofDisks)) << day;
         }
     }
@@ -147,6 +149,7 @@ class TSameAnswers : public testing::Test {
         EXPECT_FALSE(sqlite_->CountVersions(disks).empty());
         EXPECT_EQ(clickHouse_->CountVersions(disks), sqlite_->CountVersions(disks));
         std::vector<TDigest> versions;
+        versions.reserve(counts.size());
         for (const TVersionCount& count : counts) {
             versions.push_back(count.version);
         }
@@ -188,7 +191,7 @@ TEST_F(TSameAnswers, AfterTwoLoadersAtOnce) {
         TRecordedLoad events;
         TLoadOptions options;
         options.batchInventories = 5;
-        options.now = firstOfMarch + 100 * 86'400;
+        options.now = firstOfMarch + 100 * secondsOfDay;
         (void)LoadInventories({folder_.GetPath()}, options, *store, events);
     };
     std::thread other(load);

@@ -83,6 +83,7 @@ TBatch MakeTwoMachines() {
 
 std::vector<std::string> ListSerials(const std::vector<TPresence>& rows) {
     std::vector<std::string> serials;
+    serials.reserve(rows.size());
     for (const TPresence& row : rows) {
         serials.push_back(row.identity.empty() ? "" : row.identity[0][0]);
     }
