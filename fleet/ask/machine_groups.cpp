@@ -67,15 +67,15 @@ void CountRows(const std::string& model, const std::vector<TPresence>& rows, con
 }
 
 // Counts the versions of one model, whose machines are in several groups.
-void CountParts(IFleetStore& store, const std::string& model, const TSizes& parts,
-                const TMachineGroups& groups, TLists& lists) {
+void CountParts(IFleetStore& store, const std::string& model, std::span<const TVersionCount> versionCounts,
+                const TSizes& parts, const TMachineGroups& groups, TLists& lists) {
     std::map<std::string, TCounts> counts;
     std::uint64_t all = 0;
     for (const auto& [group, size] : parts) {
         all += size;
     }
     std::vector<TDigest> differing;
-    for (const TVersionCount& count : store.CountVersions({.model = model, .types = {}})) {
+    for (const TVersionCount& count : versionCounts) {
         if (count.machines < all && parts.size() > 1) {
             differing.push_back(count.version);
             continue;
@@ -122,10 +122,16 @@ std::map<std::string, std::vector<TVersionCount>> TMachineGroups::CountVersions(
         ++sizes[Get(machine.id)];
         ++partsOf[machine.facts.model][Get(machine.id)];
     }
+    std::map<std::string, std::vector<TVersionCount>> counts;  // by model
+    const auto model = partsOf.size() == 1 ? std::optional(partsOf.begin()->first) : std::nullopt;
+    for (TVersionCount& count : store.CountVersions({.model = model, .types = {}})) {
+        std::vector<TVersionCount>& ofModel = counts[count.model];
+        ofModel.push_back(std::move(count));
+    }
     TLists lists;
-    for (const auto& [model, parts] : partsOf) {
+    for (const auto& [name, parts] : partsOf) {
         if (std::ranges::any_of(parts, [&](const auto& part) { return sizes[part.first] >= minMachines; })) {
-            CountParts(store, model, parts, *this, lists);
+            CountParts(store, name, counts[name], parts, *this, lists);
         }
     }
     return lists;

@@ -174,16 +174,24 @@ std::vector<TRareValue> FindRareValues(const TProperties& properties, const TCoh
     return rare;
 }
 
-// Finds the machines of the rare values; drops those of more machines and those of properties that vary.
-void AttachRows(const std::vector<TPresence>& rows, const TCohort& cohort, std::vector<TRareValue>& rare) {
-    std::unordered_map<TDigest, std::vector<const TPresence*>, TDigestHash> byVersion;
+using TRowsByVersion = std::unordered_map<TDigest, std::vector<const TPresence*>, TDigestHash>;
+
+TRowsByVersion IndexRows(const std::vector<TPresence>& rows) {
+    TRowsByVersion index;
     for (const TPresence& row : rows) {
-        byVersion[row.version].push_back(&row);
+        index[row.version].push_back(&row);
     }
+    return index;
+}
+
+// Finds the machines of the rare values; drops those of more machines and those of properties that vary.
+void AttachRows(const TRowsByVersion& rows, const TCohort& cohort, std::vector<TRareValue>& rare) {
+    static const std::vector<const TPresence*> none;
     std::map<const void*, TMachineIds> differing;  // machines by property
     for (TRareValue& value : rare) {
         for (const auto& [version, numbers] : value.value->versions) {
-            for (const TPresence* const row : byVersion[version]) {
+            const auto found = rows.find(version);
+            for (const TPresence* const row : found == rows.end() ? none : found->second) {
                 if (cohort.machines.contains(row->place.machine)) {
                     value.rows.push_back(row);
                     value.machines.insert(row->place.machine);
@@ -227,56 +235,70 @@ TCell MakeCell(const std::string& type, const TProperty& property) {
     return TShownValue{ShowValue(type, property), std::move(raw)};
 }
 
-// The resources of a machine without outliers, to compare those of others in the same places with.
-class TTypicalMachine {
+// Returns a machine without outliers, to compare the others with; null if there is none.
+const TMachine* FindTypical(const TCohort& cohort, const std::vector<TRareValue>& rare) {
+    TMachineIds differing;
+    for (const TRareValue& value : rare) {
+        differing.insert(value.machines.begin(), value.machines.end());
+    }
+    const TMachine* typical = nullptr;
+    for (const auto& [id, machine] : cohort.machines) {
+        if (!differing.contains(id) && (typical == nullptr || machine->key < typical->key)) {
+            typical = machine;
+        }
+    }
+    return typical;
+}
+
+// The resources of machines without outliers, to compare those of others in the same places with.
+class TTypicalMachines {
   public:
-    TTypicalMachine(IFleetStore& store, const TCohort& cohort, const std::vector<TRareValue>& rare) {
-        TMachineIds differing;
-        for (const TRareValue& value : rare) {
-            differing.insert(value.machines.begin(), value.machines.end());
-        }
-        std::map<std::string, const TMachine*> typical;
-        for (const auto& [id, machine] : cohort.machines) {
-            if (!differing.contains(id)) {
-                typical.emplace(machine->key, machine);
+    TTypicalMachines(IFleetStore& store, const std::vector<const TMachine*>& machines,
+                     const TVersionIndex& versions) {
+        std::vector<TMachineScope> places;
+        for (const TMachine* const machine : machines) {
+            for (const EScope scope : scopes) {
+                if (machine != nullptr && IsCurrentScope(machine->usesSnapshot, scope)) {
+                    places.push_back({machine->id, scope});
+                }
             }
         }
-        if (rare.empty() || typical.empty()) {
-            return;
+        std::vector<TPresence> rows;
+        for (TScopeState& state : store.ReadStates(places)) {
+            std::erase_if(state.presences, [](const TPresence& row) { return row.until != open; });
+            std::ranges::move(state.presences, std::back_inserter(rows));
         }
-        const TMachine& machine = *typical.begin()->second;
-        for (const EScope scope : scopes) {
-            if (IsCurrentScope(machine.usesSnapshot, scope)) {
-                std::ranges::move(store.ReadPresences({machine.id, scope}, open - 1),
-                                  std::back_inserter(rows_));
-            }
-        }
-        const TVersionIndex versions(store, rows_);
-        for (const TPresence& row : rows_) {
-            if (const TVersion* const version = versions.Find(row.version)) {
-                versions_.emplace(std::pair(row.type, row.resource), *version);
-            }
+        versions_ = TVersionIndex(store, rows, versions);
+        for (const TPresence& row : rows) {
+            digests_[row.place.machine].emplace(std::pair(row.type, row.resource), row.version);
         }
     }
 
-    // Returns the version of the resource in the same place; null if that machine has none.
-    const TVersion* Find(const TPresence& row) const {
-        const auto found = versions_.find({row.type, row.resource});
-        return found == versions_.end() ? nullptr : &found->second;
+    // Returns the version of the resource of a machine in the same place; null if that machine has none.
+    const TVersion* Find(const TMachine* machine, const TPresence& row) const {
+        const auto resources = machine == nullptr ? digests_.end() : digests_.find(machine->id);
+        if (resources == digests_.end()) {
+            return nullptr;
+        }
+        const auto found = resources->second.find({row.type, row.resource});
+        return found == resources->second.end() ? nullptr : versions_.Find(found->second);
     }
 
   private:
-    std::vector<TPresence> rows_;
-    std::map<std::pair<std::string, TDigest>, TVersion> versions_;
+    using TResources = std::map<std::pair<std::string, TDigest>, TDigest>;  // versions by type and resource
+
+    TVersionIndex versions_;
+    std::map<TMachineId, TResources> digests_;
 };
 
 void AppendValues(const TCohort& cohort, const std::vector<TRareValue>& rare, const TVersionIndex& versions,
-                  const TTypicalMachine& typical, std::vector<TOutlier>& outliers) {
+                  const TMachine* typical, const TTypicalMachines& resources,
+                  std::vector<TOutlier>& outliers) {
     std::unordered_map<const TPresence*, std::string> parts;
     for (const TRareValue& value : rare) {
         const auto& [type, name] = *value.place;
         for (const TPresence* const row : value.rows) {
-            const TVersion* const like = typical.Find(*row);
+            const TVersion* const like = resources.Find(typical, *row);
             const TProperty* const other = like == nullptr ? nullptr : FindStable(*like, name);
             if (other != nullptr && MakeValueKey(*other) == MakeValueKey(value.value->property)) {
                 continue;  // it is usual in this place
@@ -318,30 +340,16 @@ void AppendNumbers(const TCohort& cohort, const std::string& type,
     }
 }
 
-void AppendNumbers(IFleetStore& store, const TCohort& cohort, std::vector<TOutlier>& outliers) {
-    const std::vector<std::string> types(std::begin(countedTypes), std::end(countedTypes));
-    std::map<std::string, std::unordered_map<TMachineId, std::int64_t, TDigestHash>> numbers;
-    for (const std::string& model : cohort.models) {
-        for (const TPartCount& count : store.CountParts({.model = model, .types = types})) {
-            numbers[count.type][count.machine] = static_cast<std::int64_t>(count.resources);
-        }
-    }
-    for (const auto& [type, counts] : numbers) {
-        AppendNumbers(cohort, type, counts, outliers);
-    }
-}
+// The numbers of parts of machines, by type.
+using TPartNumbers = std::map<std::string, std::unordered_map<TMachineId, std::int64_t, TDigestHash>>;
 
-// Returns the rows of the machines, and perhaps those of others of their models.
-std::vector<TPresence> ReadRows(IFleetStore& store, const TCohort& cohort,
-                                const std::vector<TDigest>& versions) {
-    std::vector<TPresence> rows;
-    for (const std::string& model : cohort.models) {
-        std::ranges::move(store.FindPresences(versions, model), std::back_inserter(rows));
+TPartNumbers CountParts(IFleetStore& store, const std::optional<std::string>& model) {
+    const std::vector<std::string> types(std::begin(countedTypes), std::end(countedTypes));
+    TPartNumbers numbers;
+    for (const TPartCount& count : store.CountParts({.model = model, .types = types})) {
+        numbers[count.type][count.machine] = static_cast<std::int64_t>(count.resources);
     }
-    if (cohort.models.size() > 1) {
-        SortByKey(rows);
-    }
-    return rows;
+    return numbers;
 }
 
 // Links between resources and data sources describe no part of a machine.
@@ -349,23 +357,69 @@ bool IsCompared(const TVersionCount& count) {
     return !NINVENTORY::GetPartType(count.type).isAuxiliary;
 }
 
-std::vector<TOutlier> CompareCohort(IFleetStore& store, const TCohort& cohort,
-                                    std::span<const TVersionCount> counts, const TVersionIndex& versions) {
-    const TProperties properties = CountValues(counts, versions);
-    std::vector<TRareValue> rare = FindRareValues(properties, cohort);
-    std::set<TDigest> wanted;
-    for (const TRareValue& value : rare) {
-        for (const auto& [version, numbers] : value.value->versions) {
-            wanted.insert(version);
+// A group with what is counted of its machines.
+struct TComparison {
+    const TCohort* cohort;
+    std::vector<TVersionCount> counts;
+    TProperties properties{};
+    std::vector<TRareValue> rare{};
+    const TMachine* typical = nullptr;
+};
+
+// The rows of versions in models, and perhaps those of other models.
+class TRareRows {
+  public:
+    explicit TRareRows(const std::vector<TComparison>& comparisons) {
+        for (const TComparison& comparison : comparisons) {
+            for (const TRareValue& value : comparison.rare) {
+                for (const auto& [version, numbers] : value.value->versions) {
+                    for (const auto& [model, number] : numbers) {
+                        models_[version].insert(model);
+                    }
+                }
+            }
+        }
+        for (const TComparison& comparison : comparisons) {
+            for (const TVersionCount& count : comparison.counts) {
+                const auto models = models_.find(count.version);
+                if (models != models_.end() && !models->second.contains(count.model)) {
+                    others_[count.version] += count.resources;
+                }
+            }
         }
     }
-    const std::vector<TPresence> rows = ReadRows(store, cohort, std::vector(wanted.begin(), wanted.end()));
-    AttachRows(rows, cohort, rare);
-    std::vector<TOutlier> outliers;
-    AppendValues(cohort, rare, versions, TTypicalMachine(store, cohort, rare), outliers);
-    AppendNumbers(store, cohort, outliers);
-    return Sort(std::move(outliers));
-}
+
+    // One question is faster than one for each model, unless versions are common elsewhere.
+    std::vector<TPresence> Read(IFleetStore& store, const std::optional<std::string>& model) const {
+        std::uint64_t left = maxOthers;
+        std::vector<TDigest> ofAll;
+        std::map<std::string, std::vector<TDigest>> ofModels;
+        for (const auto& [version, models] : models_) {
+            const auto others = others_.find(version);
+            const std::uint64_t number = others == others_.end() ? 0 : others->second;
+            if (number <= left) {
+                left -= number;
+                ofAll.push_back(version);
+                continue;
+            }
+            for (const std::string& name : models) {
+                ofModels[name].push_back(version);
+            }
+        }
+        std::vector<TPresence> rows = store.FindPresences(ofAll, model);
+        for (const auto& [name, versions] : ofModels) {
+            std::ranges::move(store.FindPresences(versions, name), std::back_inserter(rows));
+        }
+        SortByKey(rows);
+        return rows;
+    }
+
+  private:
+    static constexpr std::uint64_t maxOthers = 20'000;
+
+    std::map<TDigest, std::set<std::string>> models_;  // by version
+    std::map<TDigest, std::uint64_t> others_;          // resources of other models, by version
+};
 
 using TCohorts = std::map<std::string, TCohort>;  // by group
 
@@ -385,20 +439,67 @@ bool IsCompared(const TCohort& cohort) {
     return cohort.machines.size() >= minCohort;
 }
 
-void AppendCohort(IFleetStore& store, const TCohort& cohort, std::vector<TVersionCount> counts,
-                  std::vector<TOutlier>& outliers) {
-    std::erase_if(counts, [](const TVersionCount& count) { return !IsCompared(count); });
-    const TVersionIndex versions(store, counts);
-    std::ranges::move(CompareCohort(store, cohort, counts, versions), std::back_inserter(outliers));
+// Returns the model if all machines are of one.
+std::optional<std::string> FindOnlyModel(const std::vector<TComparison>& comparisons) {
+    std::set<std::string> models;
+    for (const TComparison& comparison : comparisons) {
+        models.insert(comparison.cohort->models.begin(), comparison.cohort->models.end());
+    }
+    return models.size() == 1 ? std::optional(*models.begin()) : std::nullopt;
 }
 
-std::vector<TOutlier> CompareCohorts(IFleetStore& store, const TCohorts& cohorts,
-                                     std::map<std::string, std::vector<TVersionCount>> counts) {
-    std::vector<TOutlier> outliers;
+std::vector<TComparison> MakeComparisons(const TCohorts& cohorts,
+                                         std::map<std::string, std::vector<TVersionCount>> counts) {
+    std::vector<TComparison> comparisons;
     for (const auto& [group, cohort] : cohorts) {
         if (IsCompared(cohort)) {
-            AppendCohort(store, cohort, std::move(counts[group]), outliers);
+            std::erase_if(counts[group], [](const TVersionCount& count) { return !IsCompared(count); });
+            comparisons.push_back({&cohort, std::move(counts[group])});
         }
+    }
+    return comparisons;
+}
+
+TVersionIndex ReadVersions(IFleetStore& store, const std::vector<TComparison>& comparisons) {
+    std::vector<TVersionCount> counts;
+    for (const TComparison& comparison : comparisons) {
+        counts.insert(counts.end(), comparison.counts.begin(), comparison.counts.end());
+    }
+    return TVersionIndex(store, counts);
+}
+
+// The store is asked once for all groups: the answers to many small questions take longer.
+std::vector<TOutlier> CompareCohorts(IFleetStore& store, const TCohorts& cohorts,
+                                     std::map<std::string, std::vector<TVersionCount>> counts) {
+    std::vector<TComparison> comparisons = MakeComparisons(cohorts, std::move(counts));
+    if (comparisons.empty()) {
+        return {};
+    }
+    const auto model = FindOnlyModel(comparisons);
+    const TVersionIndex versions = ReadVersions(store, comparisons);
+    for (TComparison& comparison : comparisons) {
+        comparison.properties = CountValues(comparison.counts, versions);
+        comparison.rare = FindRareValues(comparison.properties, *comparison.cohort);
+    }
+    const std::vector<TPresence> rows = TRareRows(comparisons).Read(store, model);
+    const TRowsByVersion byVersion = IndexRows(rows);
+    std::vector<const TMachine*> typical;
+    for (TComparison& comparison : comparisons) {
+        AttachRows(byVersion, *comparison.cohort, comparison.rare);
+        comparison.typical =
+            comparison.rare.empty() ? nullptr : FindTypical(*comparison.cohort, comparison.rare);
+        typical.push_back(comparison.typical);
+    }
+    const TTypicalMachines resources(store, typical, versions);
+    const TPartNumbers numbers = CountParts(store, model);
+    std::vector<TOutlier> outliers;
+    for (const TComparison& comparison : comparisons) {
+        std::vector<TOutlier> found;
+        AppendValues(*comparison.cohort, comparison.rare, versions, comparison.typical, resources, found);
+        for (const auto& [type, partNumbers] : numbers) {
+            AppendNumbers(*comparison.cohort, type, partNumbers, found);
+        }
+        std::ranges::move(Sort(std::move(found)), std::back_inserter(outliers));
     }
     return outliers;
 }

@@ -257,6 +257,7 @@ TEST(SameOutput, OfEveryCommandInEveryFormat) {
         {"outliers", "--model", "7915-X3G"},
         {"outliers", "--group-by", "vendor"},
         {"outliers", "--group-by", "Server.MachineType"},
+        {"outliers", "--group-by", "DiskDrive.Name"},
         {"stale", "--older-than", "7d"},
         {"summary"},
         {"sql", "SELECT count(*) AS n FROM inventories"},
