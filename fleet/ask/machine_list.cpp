@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <map>
 #include <optional>
 #include <set>
 #include <string>
@@ -77,8 +78,33 @@ struct TFoundMachines {
     bool hasProperty = false;  // of any resource of any machine
 };
 
-// Finds the machines of which a present resource meets a condition on TYPE.PROPERTY.
-TFoundMachines FindByResource(IFleetStore& store, const TCondition& condition) {
+// Returns present rows of the machines, among them all that have one of the versions and meet a condition on
+// an identifying property. A value is found without reading all rows, an expression is not.
+std::vector<TPresence> ReadIdentified(IFleetStore& store, const std::set<TDigest>& versions,
+                                      const TCondition& condition, const std::vector<TMachine>& machines) {
+    if (versions.empty()) {
+        return {};
+    }
+    if (condition.expression) {
+        return store.FindPresences(std::vector(versions.begin(), versions.end()), std::nullopt);
+    }
+    std::map<TMachineId, bool> usesSnapshot;
+    for (const TMachine& machine : machines) {
+        usesSnapshot.emplace(machine.id, machine.usesSnapshot);
+    }
+    std::vector<TPresence> rows = store.FindIdentity(condition.value);
+    std::erase_if(rows, [&](const TPresence& row) {
+        const auto machine = usesSnapshot.find(row.place.machine);
+        return row.until != open || !versions.contains(row.version) || machine == usesSnapshot.end() ||
+               !IsCurrentScope(machine->second, row.place.scope);
+    });
+    return rows;
+}
+
+// Finds those of the machines of which a present resource meets a condition on TYPE.PROPERTY; perhaps others
+// as well.
+TFoundMachines FindByResource(IFleetStore& store, const TCondition& condition,
+                              const std::vector<TMachine>& machines) {
     TFoundMachines found;
     const auto [type, property] = NVORHOST::SplitAt(condition.property, '.');
     const auto counts = store.CountVersions({.model = std::nullopt, .types = {std::string(type)}});
@@ -94,10 +120,9 @@ TFoundMachines FindByResource(IFleetStore& store, const TCondition& condition) {
             meeting.insert(count.version);
         }
     }
-    const auto machines = store.FindMachinesWith(std::vector(meeting.begin(), meeting.end()));
-    found.ids.insert(machines.begin(), machines.end());
-    for (const TPresence& row :
-         store.FindPresences(std::vector(identifying.begin(), identifying.end()), std::nullopt)) {
+    const auto ids = store.FindMachinesWith(std::vector(meeting.begin(), meeting.end()));
+    found.ids.insert(ids.begin(), ids.end());
+    for (const TPresence& row : ReadIdentified(store, identifying, condition, machines)) {
         if (MeetsResource(versions.Assemble(row), property, condition)) {
             found.ids.insert(row.place.machine);
         }
@@ -113,7 +138,7 @@ std::string DescribeUnknownProperty(const std::string& property) {
 void KeepMachines(IFleetStore& store, const TCondition& condition, std::vector<TMachine>& machines,
                   std::string& emptyText) {
     if (condition.property.find('.') != std::string::npos) {
-        const TFoundMachines found = FindByResource(store, condition);
+        const TFoundMachines found = FindByResource(store, condition, machines);
         if (!machines.empty() && !found.hasProperty) {
             emptyText = DescribeUnknownProperty(condition.property);
         }

@@ -89,6 +89,29 @@ TEST(ListMachines, SortsByNameAndKeepsThoseThatMeetEveryCondition) {
               "'color' is not TYPE.PROPERTY, nor one of name, vendor, model, serial, uuid, key");
 }
 
+TEST(ListMachines, LooksForIdentifyingValuesInPresentResourcesOnly) {
+    TMadeFleet fleet;
+    fleet.Add("web-1", "RackStar", monday, {MakeDisk("Z1")});
+    fleet.Add("web-2", "RackStar", monday, {MakeModule("A1", "Z1"), MakeDisk("Z2")});
+    fleet.Add("web-1", "RackStar", monday + day, {MakeDisk("Z3")});
+    fleet.Add("web-2", "RackStar", monday + day, {MakeDisk("Z1")}, EScope::snapshot);
+    IFleetStore& store = fleet.GetStore();
+    const auto list = [&](const std::string& text) {
+        std::string names;
+        const NINVENTORY::TCondition conditions[] = {NINVENTORY::ParseCondition(text)};
+        for (const auto& row : ListMachines(store, conditions).rows) {
+            names += std::get<std::string>(row[0]) + " ";
+        }
+        return names;
+    };
+    for (const std::string sign : {"=", "~"}) {
+        EXPECT_EQ(list("DiskDrive.DeviceID" + sign + "Z1"), "web-2 ") << sign;
+        EXPECT_EQ(list("DiskDrive.DeviceID" + sign + "Z2"), "") << sign;
+        EXPECT_EQ(list("DiskDrive.DeviceID" + sign + "Z3"), "web-1 ") << sign;
+        EXPECT_EQ(list("PhysicalMemory.SerialNumber" + sign + "Z1"), "") << sign;
+    }
+}
+
 TEST(ListMachines, NamesAPropertyThatNoPartHas) {
     TMadeFleet fleet;
     const auto getEmptyText = [&](const std::string& text) {
