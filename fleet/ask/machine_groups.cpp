@@ -18,6 +18,30 @@ using TSizes = std::map<std::string, std::uint64_t>;               // machines b
 using TCounts = std::map<TDigest, TVersionCount>;                  // of one model, by version
 using TLists = std::map<std::string, std::vector<TVersionCount>>;  // by group
 
+const TVersionProperty* FindProperty(const TVersion& version, std::string_view name) {
+    const auto found = std::ranges::find_if(
+        version.properties, [name](const TVersionProperty& stored) { return stored.property.name == name; });
+    return found == version.properties.end() ? nullptr : &*found;
+}
+
+// A question for each of so few values is faster than one for all resources.
+constexpr std::size_t maxQuestions = 16;
+
+// Versions by the values of the property; those whose values are not in the version are left out.
+std::map<std::vector<std::string>, std::vector<TDigest>> GroupVersions(const TVersionIndex& versions,
+                                                                       const std::set<TDigest>& wanted,
+                                                                       std::string_view property) {
+    std::map<std::vector<std::string>, std::vector<TDigest>> groups;
+    for (const TDigest& digest : wanted) {
+        const TVersion* const version = versions.Find(digest);
+        const TVersionProperty* const found = version == nullptr ? nullptr : FindProperty(*version, property);
+        if (found != nullptr && !found->isIdentifying) {
+            groups[found->property.values].push_back(digest);
+        }
+    }
+    return groups;
+}
+
 TValues ReadValues(IFleetStore& store, std::string_view type, std::string_view property) {
     const auto counts = store.CountVersions({.model = std::nullopt, .types = {std::string(type)}});
     const TVersionIndex versions(store, counts);
@@ -26,6 +50,21 @@ TValues ReadValues(IFleetStore& store, std::string_view type, std::string_view p
         wanted.insert(count.version);
     }
     TValues values;
+    const auto groups = GroupVersions(versions, wanted, property);
+    if (groups.size() <= maxQuestions) {
+        for (const auto& [texts, ofTexts] : groups) {
+            for (const TMachineId& machine : store.FindMachinesWith(ofTexts)) {
+                values[machine].insert(texts.begin(), texts.end());
+            }
+            for (const TDigest& version : ofTexts) {
+                wanted.erase(version);
+            }
+        }
+        std::erase_if(wanted, [&](const TDigest& digest) {
+            const TVersion* const version = versions.Find(digest);
+            return version == nullptr || FindProperty(*version, property) == nullptr;
+        });
+    }
     for (const TPresence& row :
          store.FindPresences(std::vector(wanted.begin(), wanted.end()), std::nullopt)) {
         const NINVENTORY::TResource resource = versions.Assemble(row);
