@@ -39,6 +39,9 @@ enum class EStep : TChangeNumber {
 };
 constexpr TChangeNumber stepsOfAClaim = 16;
 
+// A statement of more than 256 KiB is refused. What the start of a value finds is compared with all of it.
+constexpr std::size_t maxSearched = 16384;
+
 constexpr std::size_t compositionsAtOnce = 10'000;  // in memory
 
 // Inserts return when all servers of a cluster have the rows.
@@ -908,8 +911,8 @@ std::vector<TPresence> TClickHouseStore::ReadChanges(const TChangeQuery& query) 
 }
 
 std::vector<TPresence> TClickHouseStore::FindIdentity(std::string_view value) {
-    std::string isThere =
-        "arrayExists(text -> position(text, " + QuoteText(FormatSearchedValue(value)) + ") > 0, identity)";
+    const std::string searched = FormatSearchedValue(value).substr(0, maxSearched);
+    std::string isThere = "arrayExists(text -> position(text, " + QuoteText(searched) + ") > 0, identity)";
     if (const auto resource = ParseDigest(value)) {
         isThere += " OR has(resource, " + QuoteDigest(*resource) + ")";
     }

@@ -378,6 +378,18 @@ TEST_P(FleetStore, FindsEachValueOfAnIdentity) {
     EXPECT_THAT(store_->FindIdentity("\xC3\xA4"), ElementsAre(batch.presences[0]));
 }
 
+TEST_P(FleetStore, FindsIdentifyingValuesOfAnyLength) {
+    const std::string start(100'000, '\x01');
+    TBatch batch = MakeTwoMachines();
+    batch.presences = {MakePresence(webHardware, "D1", "SM600")};
+    batch.presences[0].identity = {{start + "a"}};
+    Write(batch);
+
+    EXPECT_THAT(store_->FindIdentity(start + "a"), ElementsAre(batch.presences[0]));
+    EXPECT_THAT(store_->FindIdentity(start + "b"), IsEmpty());
+    EXPECT_THAT(store_->FindIdentity(start), IsEmpty());
+}
+
 TEST_P(FleetStore, CountsVersionsOfThePresent) {
     TBatch batch = MakeTwoMachines();
     batch.machines[1].facts.model = "Box 1";
