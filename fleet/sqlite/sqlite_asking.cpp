@@ -28,6 +28,22 @@ bool Contains(const TIdentity& identity, std::string_view value) {
         identity, [&](const auto& values) { return std::ranges::find(values, value) != values.end(); });
 }
 
+// Adds up what different scopes of a machine have.
+void JoinCounts(std::vector<TPartCount>& counts) {
+    std::ranges::sort(counts, [](const TPartCount& left, const TPartCount& right) {
+        return std::tie(left.machine, left.type) < std::tie(right.machine, right.type);
+    });
+    std::vector<TPartCount> joined;
+    for (TPartCount& count : counts) {
+        if (!joined.empty() && joined.back().machine == count.machine && joined.back().type == count.type) {
+            joined.back().resources += count.resources;
+        } else {
+            joined.push_back(std::move(count));
+        }
+    }
+    counts = std::move(joined);
+}
+
 TMachine GetMachine(const TStatement& row) {
     return {row.GetDigest(0),
             row.GetString(1),
@@ -253,15 +269,15 @@ std::vector<TSqliteEngine::TCurrentMachine> TSqliteEngine::ListCurrent(
     return machines;
 }
 
-// Visits the rows of the present state, of some types or of all: type, resource, since, version, identity.
+// Visits the rows of the present state, of some types or of all, by machine, scope and type. Each column that
+// is not needed saves time.
 void TSqliteEngine::ForEachCurrent(
-    const std::optional<std::string>& model, const std::vector<std::int64_t>& types,
+    const std::optional<std::string>& model, const std::vector<std::int64_t>& types, std::string_view columns,
     const std::function<void(const TCurrentMachine&, TStatement& row)>& action) {
-    const std::string columns =
-        "SELECT type, resource, since, version, identity, scope FROM presence"
-        " WHERE machine = ? AND scope = ?";
-    TStatement all = connection_.Prepare(columns + " AND until IS NULL");
-    TStatement ofType = connection_.Prepare(columns + " AND type = ? AND until IS NULL");
+    const std::string rows =
+        "SELECT " + std::string(columns) + " FROM presence WHERE machine = ? AND scope = ?";
+    TStatement all = connection_.Prepare(rows + " AND until IS NULL");
+    TStatement ofType = connection_.Prepare(rows + " AND type = ? AND until IS NULL");
     for (const TCurrentMachine& machine : ListCurrent(model)) {
         for (const EScope scope : scopes) {
             if (!IsCurrentScope(machine.usesSnapshot, scope)) {
@@ -292,8 +308,14 @@ std::vector<TVersionCount> TSqliteEngine::CountVersions(const TCountQuery& query
         std::uint64_t resources = 0;
     };
     std::map<std::string, std::unordered_map<std::int64_t, TCount>> models;
-    ForEachCurrent(query.model, types, [&](const TCurrentMachine& machine, TStatement& row) {
-        TCount& count = models[machine.model][row.GetInteger(3)];
+    const TCurrentMachine* last = nullptr;
+    std::unordered_map<std::int64_t, TCount>* ofModel = nullptr;
+    ForEachCurrent(query.model, types, "type, version", [&](const TCurrentMachine& machine, TStatement& row) {
+        if (&machine != last) {
+            last = &machine;
+            ofModel = &models[machine.model];
+        }
+        TCount& count = (*ofModel)[row.GetInteger(1)];
         count.type = row.GetInteger(0);
         ++count.resources;
         count.machines += count.lastMachine == machine.id ? 0 : 1;
@@ -318,16 +340,17 @@ std::vector<TVersionCount> TSqliteEngine::CountVersions(const TCountQuery& query
 std::vector<TPartCount> TSqliteEngine::CountParts(const TCountQuery& query) {
     TTables& tables = GetTables();
     const std::vector<std::int64_t> types = FindTypes(query.types);
-    std::map<std::pair<TMachineId, std::int64_t>, std::uint64_t> numbers;
-    ForEachCurrent(query.model, types, [&](const TCurrentMachine& machine, TStatement& row) {
-        ++numbers[{machine.digest, row.GetInteger(0)}];
-    });
     std::vector<TPartCount> counts;
-    for (const auto& [key, number] : numbers) {
-        counts.push_back({key.first, tables.words.GetText(key.second), number});
-    }
-    std::ranges::sort(counts, {},
-                      [](const TPartCount& count) { return std::tie(count.machine, count.type); });
+    std::int64_t lastType = -1;
+    ForEachCurrent(query.model, types, "type", [&](const TCurrentMachine& machine, TStatement& row) {
+        const std::int64_t type = row.GetInteger(0);
+        if (counts.empty() || counts.back().machine != machine.digest || lastType != type) {
+            counts.push_back({machine.digest, tables.words.GetText(type), 0});
+            lastType = type;
+        }
+        ++counts.back().resources;
+    });
+    JoinCounts(counts);
     return counts;
 }
 
@@ -353,12 +376,13 @@ std::vector<TMachineId> TSqliteEngine::FindMachinesWith(std::span<const TDigest>
     if (wanted.types.empty()) {
         return machines;
     }
-    ForEachCurrent(std::nullopt, wanted.types, [&](const TCurrentMachine& machine, TStatement& row) {
-        const bool isNew = machines.empty() || machines.back() != machine.digest;
-        if (isNew && wanted.versions.contains(row.GetInteger(3))) {
-            machines.push_back(machine.digest);
-        }
-    });
+    ForEachCurrent(std::nullopt, wanted.types, "version",
+                   [&](const TCurrentMachine& machine, TStatement& row) {
+                       const bool isNew = machines.empty() || machines.back() != machine.digest;
+                       if (isNew && wanted.versions.contains(row.GetInteger(0))) {
+                           machines.push_back(machine.digest);
+                       }
+                   });
     std::ranges::sort(machines);
     return machines;
 }
@@ -372,7 +396,8 @@ std::vector<TPresence> TSqliteEngine::FindPresences(std::span<const TDigest> ver
         return rows;
     }
     TStatement resource = connection_.Prepare("SELECT digest FROM resource WHERE id = ?");
-    ForEachCurrent(model, wanted.types, [&](const TCurrentMachine& machine, TStatement& row) {
+    constexpr std::string_view columns = "type, resource, since, version, identity, scope";
+    ForEachCurrent(model, wanted.types, columns, [&](const TCurrentMachine& machine, TStatement& row) {
         const auto version = wanted.versions.find(row.GetInteger(3));
         if (version != wanted.versions.end()) {
             resource.Begin(row.GetInteger(1)).Step();

@@ -116,6 +116,7 @@ class TSqliteEngine final : public IFleetStore {
     TWantedVersions FindWanted(std::span<const TDigest> versions);
     std::vector<TCurrentMachine> ListCurrent(const std::optional<std::string>& model);
     void ForEachCurrent(const std::optional<std::string>& model, const std::vector<std::int64_t>& types,
+                        std::string_view columns,
                         const std::function<void(const TCurrentMachine&, TStatement& row)>& action);
 
     TConnection connection_;

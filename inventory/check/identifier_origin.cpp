@@ -58,8 +58,9 @@ constexpr struct {
 };
 // clang-format on
 
-bool Matches(const std::string& text, const char* pattern) {
-    return std::regex_match(text, std::regex(pattern, std::regex::icase));
+// The forms of keys. To compile one takes longer than to match it.
+std::regex MakeForm(const char* pattern) {
+    return std::regex(pattern, std::regex::icase);
 }
 
 // An identity that resources of some types have. The first one that a resource has is its key.
@@ -117,16 +118,16 @@ const TIdentityRow* FindIdentity(const TResource& resource, std::string_view ide
 
 // Recognises an origin by the form of the key.
 EKeyOrigin FindForm(const std::string& identity) {
-    constexpr struct {
-        const char* pattern;
+    static const struct {
+        std::regex form;
         EKeyOrigin origin;
     } forms[] = {
-        {"[0-9a-f]{8}(-[0-9a-f]{4}){3}-[0-9a-f]{12}", EKeyOrigin::uuid},
-        {"(naa|eui|uuid|nguid)\\..+", EKeyOrigin::worldWideName},
-        {"[0-9a-f]{4,}:[0-9a-f]{2}:[0-9a-f]{2}\\.[0-7].*", EKeyOrigin::position},
+        {MakeForm("[0-9a-f]{8}(-[0-9a-f]{4}){3}-[0-9a-f]{12}"), EKeyOrigin::uuid},
+        {MakeForm("(naa|eui|uuid|nguid)\\..+"), EKeyOrigin::worldWideName},
+        {MakeForm("[0-9a-f]{4,}:[0-9a-f]{2}:[0-9a-f]{2}\\.[0-7].*"), EKeyOrigin::position},
     };
     const auto* const form =
-        std::ranges::find_if(forms, [&](const auto& row) { return Matches(identity, row.pattern); });
+        std::ranges::find_if(forms, [&](const auto& row) { return std::regex_match(identity, row.form); });
     return form == std::end(forms) ? EKeyOrigin::identity : form->origin;
 }
 
@@ -138,13 +139,15 @@ const EKeyOrigin* FindTypeOrigin(std::string_view type) {
 
 // A partition's key is its own, or that of its partition table or disk with its number.
 void ExplainPartition(const std::string& identity, TIdentifierOrigin& origin) {
+    static const std::regex entryOfTable = MakeForm("[0-9a-f]{8}-[0-9a-f]{2,}");
     const std::size_t part = identity.rfind("-part");
     origin.borrowed = part == std::string::npos ? "" : "the key of its disk and its number";
-    origin.origin = Matches(identity, "[0-9a-f]{8}-[0-9a-f]{2,}") ? EKeyOrigin::table
-                                                                  : FindForm(identity.substr(0, part));
+    origin.origin =
+        std::regex_match(identity, entryOfTable) ? EKeyOrigin::table : FindForm(identity.substr(0, part));
 }
 
 void FindOrigin(const TResource& resource, TIdentifierOrigin& origin) {
+    static const std::regex numbered = MakeForm("package [0-9]+|L[0-9] .*[0-9]+");
     const std::string identity = origin.keyValue.substr(0, origin.keyValue.find('@'));
     if (identity.empty()) {
         return;
@@ -156,7 +159,7 @@ void FindOrigin(const TResource& resource, TIdentifierOrigin& origin) {
         origin.hasUnit = identity.size() > GetFact(resource, row->fact).size();
     } else if (identity == resource.GetText("Root")) {
         origin.origin = EKeyOrigin::mountPoint;
-    } else if (Matches(identity, "package [0-9]+|L[0-9] .*[0-9]+")) {
+    } else if (std::regex_match(identity, numbered)) {
         origin.origin = EKeyOrigin::number;
     } else if (const EKeyOrigin* const ofType = FindTypeOrigin(resource.type)) {
         origin.origin = *ofType;
@@ -188,6 +191,7 @@ TIdentifierOrigin ExplainSystemInformation(const TResource& resource) {
 
 TIdentifierOrigin ExplainKey(const TResource& resource) {
     constexpr std::size_t maxKeyLength = 64;
+    static const std::regex withNumber = MakeForm(".+#[0-9]+");
     TIdentifierOrigin origin;
     const TResourceType* const type = FindResourceType(resource.type);
     if (type == nullptr) {
@@ -204,7 +208,7 @@ TIdentifierOrigin ExplainKey(const TResource& resource) {
     }
     FindOrigin(resource, origin);
     origin.isCollisionResolved = origin.keyValue.find('@') != std::string::npos;
-    origin.isNumbered = Matches(origin.keyValue, ".+#[0-9]+");
+    origin.isNumbered = std::regex_match(origin.keyValue, withNumber);
     origin.isCut = origin.keyValue.size() == maxKeyLength && type->keyProperty == "DeviceID";
     return origin;
 }

@@ -429,6 +429,17 @@ TEST_P(FleetStore, CountsPartsOfMachines) {
     EXPECT_THAT(store_->CountParts({.types = {"TapeDrive"}}), IsEmpty());
 }
 
+TEST_P(FleetStore, AddsUpThePartsOfBothDocuments) {
+    TBatch batch = MakeTwoMachines();
+    const TMachineScope webSystem{web, EScope::systemInformation};
+    batch.presences.push_back(MakePresence(webSystem, "D5", "SM600"));
+    Write(batch);
+    const TPartCount ofWeb{web, "DiskDrive", 3};
+    const TPartCount ofDb{db, "DiskDrive", 1};
+
+    EXPECT_THAT(store_->CountParts({.types = {"DiskDrive"}}), UnorderedElementsAre(ofWeb, ofDb));
+}
+
 TEST_P(FleetStore, FindsPresencesOfVersions) {
     Write(MakeTwoMachines());
     const std::vector versions = {MakeDigest("SM600")};
