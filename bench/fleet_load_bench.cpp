@@ -1,6 +1,7 @@
 // Compares loading the inventories of a fleet with decompressing and parsing the same documents with libxml2,
 // whose events go to functions that do nothing, on as many threads: the first inventory of each machine, then
-// two more. NOXINFO_BENCH_MACHINES is the number of machines. The documents are made in the folder
+// two more. At the end, all are loaded a second time: as any files, which are not opened, and as with
+// --again. NOXINFO_BENCH_MACHINES is the number of machines. The documents are made in the folder
 // NOXINFO_BENCH_DOCUMENTS, or taken from it if it exists; without it, they are removed at the end.
 //
 // With NOXINFO_BENCH_CLICKHOUSE, such as clickhouse://127.0.0.1:8123/bench, the documents are loaded into
@@ -112,6 +113,13 @@ class TFleetOnDisk {
     TFleetOnDisk& operator=(const TFleetOnDisk&) = delete;
 
     std::string GetFolder(unsigned day) const { return (root_ / std::to_string(day)).string(); }
+    std::vector<std::string> GetFolders() const {
+        std::vector<std::string> folders;
+        for (unsigned day = 0; day < days; ++day) {
+            folders.push_back(GetFolder(day));
+        }
+        return folders;
+    }
     std::string GetDatabase() const { return (scratch_.GetPath() / "fleet.db").string(); }
     // The fleet of all benchmarks.
     static const TFleetOnDisk& Get() {
@@ -221,15 +229,31 @@ struct TSilentLoad final : ILoadEvents {
     void Warn(std::string_view /*message*/) override {}
 };
 
-void Load(const std::string& folder, IFleetStore& store) {
+TLoadCount LoadFolders(const std::vector<std::string>& folders, bool readsAgain, IFleetStore& store) {
     TLoadOptions options;
     options.threads = threads;
     options.now = open - 1000000;
+    options.readsAgain = readsAgain;
+    options.timeResolution = std::chrono::nanoseconds(0);  // the files may have been made just now
     TSilentLoad events;
-    const TLoadCount count = LoadInventories({folder}, options, store, events);
+    return LoadInventories(folders, options, store, events);
+}
+
+void Load(const std::string& folder, IFleetStore& store) {
+    const TLoadCount count = LoadFolders({folder}, /*readsAgain=*/false, store);
     if (count.inventories != GetMachines()) {
         std::cerr << "stored " << count.inventories << " of " << GetMachines() << ", known " << count.known
                   << '\n';
+        std::abort();
+    }
+}
+
+// Loads what is loaded already.
+void LoadKnown(const std::vector<std::string>& folders, bool readsAgain, IFleetStore& store) {
+    const TLoadCount count = LoadFolders(folders, readsAgain, store);
+    const std::uint64_t all = std::uint64_t{GetMachines()} * days;
+    if (count.known != all || count.unchanged != (readsAgain ? 0 : all)) {
+        std::cerr << count.known << " known, " << count.unchanged << " unchanged of " << all << '\n';
         std::abort();
     }
 }
@@ -324,6 +348,10 @@ void LoadAgainstBareParse(benchmark::State& state, IMeasuredStore& measured) {
         }
         store.reset();
         const double bytes = measured.GetBytes();
+        store = measured.Open();
+        const TTime unchanged = Measure([&] { LoadKnown(fleet.GetFolders(), /*readsAgain=*/false, *store); });
+        const TTime again = Measure([&] { LoadKnown(fleet.GetFolders(), /*readsAgain=*/true, *store); });
+        store.reset();
         const double machines = GetMachines();
         state.SetIterationTime(first.wall + following.wall);
         state.counters["document_KB"] = fleet.GetBytes() / machines / days / 1e3;
@@ -336,6 +364,8 @@ void LoadAgainstBareParse(benchmark::State& state, IMeasuredStore& measured) {
         state.counters["following/parse"] = following.wall / bareFollowing.wall;
         state.counters["following/parse_cpu"] = following.processor / bareFollowing.processor;
         state.counters["all/parse"] = (first.wall + following.wall) / (bare.wall + bareFollowing.wall);
+        state.counters["unchanged/load"] = unchanged.wall / (first.wall + following.wall);
+        state.counters["again/load"] = again.wall / (first.wall + following.wall);
         state.counters["bytes/gzip"] = bytes / fleet.GetCompressedBytes();
         state.counters["following_bytes"] = (bytes - firstBytes) / machines / (days - 1);
         state.counters["peak_MiB"] = GetPeakMemory();

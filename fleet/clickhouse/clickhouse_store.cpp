@@ -36,6 +36,7 @@ enum class EStep : TChangeNumber {
     versions,
     layouts,
     compositions,
+    sources,
 };
 constexpr TChangeNumber stepsOfAClaim = 16;
 
@@ -194,6 +195,7 @@ class TClickHouseStore : public IFleetStore {
     std::vector<TMachineScope> FindUnfinished(std::span<const TMachineScope> places) override;
     std::vector<TInventory> FindInventories(std::span<const TInventoryKey> keys) override;
     std::vector<TScopeState> ReadStates(std::span<const TMachineScope> places) override;
+    std::vector<TSource> FindSources(std::span<const std::uint64_t> places) override;
     std::vector<TDigest> FindKnownVersions(std::span<const TDigest> versions) override;
     std::optional<std::uint64_t> RemoveUnusedVersions() override;
     std::vector<TMachine> ReadMachines() override;
@@ -221,6 +223,7 @@ class TClickHouseStore : public IFleetStore {
     void InsertPresences(const TBatch& batch);
     void InsertHeads(const TBatch& batch);
     void InsertInventories(const std::vector<TInventory>& inventories);
+    void InsertSources(const std::vector<TSource>& sources);
     void RemoveUnused(const std::string& table, const std::string& used, EStep step);
     std::vector<TInventory> ReadWithValues(const std::string& condition);
     std::vector<TMachineId> FindMachinesWith(std::span<const TDigest> versions,
@@ -268,6 +271,7 @@ class TClickHouseStore : public IFleetStore {
 
     TClickHouseClient client_;
     TLoaderClaim claim_;
+    TChangeNumber sourceChange_ = 0;  // of all sources that this loader writes; 0 before the first
     std::map<TDigest, TComposition> compositions_;  // some of those that are stored
     // These are copies of stored rows, valid while this loader holds its claim.
     std::map<TMachineScope, TChangeNumber> marks_;  // change of each row of presences; 0 if there is no row
@@ -531,6 +535,18 @@ void TClickHouseStore::InsertInventories(const std::vector<TInventory>& inventor
     InsertRows(rows, EStep::inventories);
 }
 
+// Sources are in no order of time, so a change of each batch would cost as many bytes as their digests. Of
+// two rows with the same change, the one that was inserted later counts.
+void TClickHouseStore::InsertSources(const std::vector<TSource>& sources) {
+    sourceChange_ = sourceChange_ == 0 ? GetChange(EStep::sources) : sourceChange_;
+    TRowBinaryWriter writer;
+    for (const TSource& source : sources) {
+        TRowFormat<TSource>::Encode(writer, source);
+        writer.Number(sourceChange_).Number(std::uint8_t{0});
+    }
+    Insert(MakeTarget<TSource>(TRowFormat<TSource>::columns), writer);
+}
+
 // Inserts rows that are known by the digest of their content, unless they are stored.
 template <typename TRow>
 void TClickHouseStore::InsertMissing(std::vector<TRow> rows, EStep step) {
@@ -578,6 +594,7 @@ void TClickHouseStore::InsertBatch(const TBatch& batch) {
     InsertRows(batch.machines, EStep::machines);
     InsertHeads(batch);
     InsertInventories(batch.inventories);
+    InsertSources(batch.sources);
 }
 
 void TClickHouseStore::BeginBatch() {
@@ -740,6 +757,15 @@ std::vector<TScopeState> TClickHouseStore::ReadStates(std::span<const TMachineSc
         ordered.push_back(state);
     }
     return ordered;
+}
+
+std::vector<TSource> TClickHouseStore::FindSources(std::span<const std::uint64_t> places) {
+    TRowBinaryWriter writer;
+    for (const std::uint64_t place : places) {
+        writer.Number(place);
+    }
+    return Read<TSource>(MakeQuery<TSource>(IsAmongIds("place")), &TSource::place,
+                         TTemporaryTable{"ids", "id UInt64", writer.GetBytes()});
 }
 
 std::vector<TDigest> TClickHouseStore::FindKnownVersions(std::span<const TDigest> versions) {

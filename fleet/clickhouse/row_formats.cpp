@@ -177,6 +177,18 @@ TAlias TRowFormat<TAlias>::Decode(TRowBinaryReader& reader) {
     return row;
 }
 
+void TRowFormat<TSource>::Encode(TRowBinaryWriter& writer, const TSource& row) {
+    writer.Number(row.place).Number(row.state).Number(static_cast<std::uint32_t>(row.inventories));
+}
+
+TSource TRowFormat<TSource>::Decode(TRowBinaryReader& reader) {
+    TSource row;
+    row.place = reader.Number<std::uint64_t>();
+    row.state = reader.Number<std::uint64_t>();
+    row.inventories = reader.Number<std::uint32_t>();
+    return row;
+}
+
 void TRowFormat<THeadRow>::EncodeKey(TRowBinaryWriter& writer, const TMachineScope& place) {
     EncodePlace(writer, place);
 }

@@ -39,6 +39,14 @@ struct TRowFormat<TAlias> {
     static TAlias Decode(TRowBinaryReader& reader);
 };
 
+template <>
+struct TRowFormat<TSource> {
+    static constexpr std::string_view table = "source_rows";
+    static constexpr std::string_view columns = "place, state, inventories";
+    static void Encode(TRowBinaryWriter& writer, const TSource& row);
+    static TSource Decode(TRowBinaryReader& reader);
+};
+
 /// A head, and the row of presences that was there when it was written.
 struct THeadRow {
     THead head;               ///< a digest of zeros is that of the inventory at the time of the head

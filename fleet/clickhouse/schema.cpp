@@ -62,6 +62,8 @@ constexpr TTable tables[] = {
     {"composition",
      "digest FixedString(16), type Array(String), version Array(FixedString(16))",
      "digest", "cityHash64(digest)", 256},
+    // Files of which everything is stored.
+    {"source", "place UInt64, state UInt64, inventories UInt32", "place", "cityHash64(place)", 256},
     // The claims of loaders; one server of a cluster has them all.
     {"loader",
      "loader FixedString(16), number UInt64, time UInt32",

@@ -22,8 +22,7 @@ void ReadInto(TReadGroup& group, const TSourceFile& file, TInventoryReader& read
 
 }  // namespace
 
-TGroupReaders::TGroupReaders(unsigned threads, TFileSearch& search, TVersionCache& cache)
-    : search_(search), cache_(cache), queue_(queuedGroups), running_(threads) {
+TGroupReaders::TGroupReaders(unsigned threads, TVersionCache& cache) : cache_(cache), queue_(queuedGroups) {
     for (unsigned i = 0; i < threads; ++i) {
         threads_.emplace_back([this] { Run(); });
     }
@@ -38,6 +37,7 @@ TGroupReaders::~TGroupReaders() {
 
 void TGroupReaders::Stop() {
     isStopped_ = true;
+    offered_.Close();
     queue_.Close();
 }
 
@@ -50,7 +50,6 @@ std::optional<TReadGroup> TGroupReaders::Next() {
     return group;
 }
 
-// The last thread that ends closes the queue.
 void TGroupReaders::Run() {
     try {
         ReadAll();
@@ -61,23 +60,43 @@ void TGroupReaders::Run() {
         }
         Stop();
     }
-    if (--running_ == 0) {
-        queue_.Close();
-    }
 }
 
 void TGroupReaders::ReadAll() {
     TInventoryReader reader(cache_);
-    for (TFileGroup paths = search_.Next(); !paths.empty() && !isStopped_; paths = search_.Next()) {
-        ReadGroup(paths, reader);
+    for (auto files = offered_.Pop(); files && !isStopped_; files = offered_.Pop()) {
+        ReadGroup(*files, reader);
     }
 }
 
-void TGroupReaders::ReadGroup(const TFileGroup& paths, TInventoryReader& reader) {
+// The files of a group and what they gave so far.
+struct TGroupReaders::TSum {
+    std::size_t root;
+    std::optional<TSource> source;  // none if something was set aside
+};
+
+void TGroupReaders::Pass(TReadGroup group, TSum& sum) {
+    group.root = sum.root;
+    group.inventories = SelectMoments(std::move(group.inventories));
+    if (!group.setAside.empty()) {
+        sum.source.reset();
+    }
+    if (sum.source) {
+        sum.source->inventories += group.inventories.size();
+    }
+    if (group.isEnd) {
+        group.source = sum.source;
+    }
+    (void)queue_.Push(std::move(group));  // refused once the readers are stopped
+}
+
+void TGroupReaders::ReadGroup(const TFileGroup& files, TInventoryReader& reader) {
+    TSum sum{files.root, files.source};
     TReadGroup group;
-    for (const std::string& path : paths) {
+    group.isEnd = true;
+    for (const std::string& path : files.paths) {
         if (IsArchive(path)) {
-            ReadArchiveAt(path, reader);
+            ReadArchiveAt(path, reader, sum);
             continue;
         }
         try {
@@ -87,11 +106,10 @@ void TGroupReaders::ReadGroup(const TFileGroup& paths, TInventoryReader& reader)
             group.setAside.push_back({path, error.what()});
         }
     }
-    group.inventories = SelectMoments(std::move(group.inventories));
-    (void)queue_.Push(std::move(group));  // refused once the readers are stopped
+    Pass(std::move(group), sum);
 }
 
-void TGroupReaders::ReadArchiveAt(const std::string& path, TInventoryReader& reader) {
+void TGroupReaders::ReadArchiveAt(const std::string& path, TInventoryReader& reader, TSum& sum) {
     TReadGroup end;
     end.files = 1;
     try {
@@ -101,13 +119,12 @@ void TGroupReaders::ReadArchiveAt(const std::string& path, TInventoryReader& rea
                 ReadInto(group, file, reader);
             }
             group.files = 0;  // the archive counts once
-            group.inventories = SelectMoments(std::move(group.inventories));
-            (void)queue_.Push(std::move(group));  // refused once the readers are stopped
+            Pass(std::move(group), sum);
         });
     } catch (const NVORHOST::TDocumentError& error) {
         end.setAside.push_back({path, error.what()});
     }
-    (void)queue_.Push(std::move(end));  // as above
+    Pass(std::move(end), sum);
 }
 
 }  // namespace NFLEET

@@ -9,36 +9,47 @@
 #include <atomic>
 #include <cstdint>
 #include <exception>
+#include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace NFLEET {
 
-/// What the files of a folder, or some members of an archive, gave.
+/// What the files of a group, or some members of an archive in it, gave.
 struct TReadGroup {
     struct TSetAside {
         std::string path;
         std::string reason;
     };
 
-    std::vector<TReadInventory> inventories;
-    std::vector<TSetAside> setAside;
+    std::size_t root = 0;  ///< index of the path of the load
+    std::vector<TReadInventory> inventories{};
+    std::vector<TSetAside> setAside{};
     std::uint64_t files = 0;
     std::uint64_t bytes = 0;
+    bool isEnd = false;               ///< nothing more of the files follows
+    std::optional<TSource> source{};  ///< at the end, the files, unless something was set aside
 };
 
-/// Threads that search, read and divide. They end with the search, when Stop is called, or in the destructor.
+/// Threads that read and divide. They end when Stop is called, or in the destructor.
 class TGroupReaders {
   public:
-    /// All must outlive this object.
-    TGroupReaders(unsigned threads, TFileSearch& search, TVersionCache& cache);
+    /// The greatest number of groups that may have been offered and not ended.
+    static constexpr std::size_t maxOffered = 2048;
+
+    /// `cache` must outlive this object.
+    TGroupReaders(unsigned threads, TVersionCache& cache);
     ~TGroupReaders();
     TGroupReaders(const TGroupReaders&) = delete;
     TGroupReaders& operator=(const TGroupReaders&) = delete;
 
-    /// Waits for the next group; nullopt at the end. Errors: throws what ended a thread, such as
-    /// std::bad_alloc.
+    /// Adds files to read.
+    void Offer(TFileGroup files) { (void)offered_.Push(std::move(files)); }
+    /// Waits for the next group; nullopt once the threads were stopped. Errors: throws what ended a thread,
+    /// such as std::bad_alloc.
     std::optional<TReadGroup> Next();
     /// Ends the threads after the file that each is reading.
     void Stop();
@@ -46,13 +57,14 @@ class TGroupReaders {
   private:
     void Run();
     void ReadAll();
-    void ReadGroup(const TFileGroup& paths, TInventoryReader& reader);
-    void ReadArchiveAt(const std::string& path, TInventoryReader& reader);
+    struct TSum;
+    void ReadGroup(const TFileGroup& files, TInventoryReader& reader);
+    void ReadArchiveAt(const std::string& path, TInventoryReader& reader, TSum& sum);
+    void Pass(TReadGroup group, TSum& sum);
 
-    TFileSearch& search_;
     TVersionCache& cache_;
+    TLoadQueue<TFileGroup> offered_{maxOffered};
     TLoadQueue<TReadGroup> queue_;
-    std::atomic<unsigned> running_;
     std::atomic<bool> isStopped_ = false;
     std::mutex failureMutex_;
     std::exception_ptr failure_;

@@ -2,6 +2,7 @@
 
 #include "documents/document_error.h"
 #include "fleet/load/file_search.h"
+#include "fleet/load/file_state.h"
 #include "fleet/load/group_reader.h"
 #include "fleet/load/store_writer.h"
 #include "fleet/load/version_cache.h"
@@ -13,6 +14,7 @@
 #include <iterator>
 #include <system_error>
 #include <thread>
+#include <unordered_map>
 #include <utility>
 
 namespace NFLEET {
@@ -21,7 +23,10 @@ namespace {
 // A batch ends early when it has as many resources, so that large inventories take no more memory than
 // others.
 constexpr std::size_t maxBatchResources = 200000;
-constexpr std::chrono::milliseconds watchInterval(2000);
+// The store is asked for the sources of so many groups at a time.
+constexpr std::size_t groupsAtOnce = TGroupReaders::maxOffered / 2;
+// Longer than timeResolution, so that a file is old enough when it is seen for the second time.
+constexpr std::chrono::milliseconds watchInterval(2100);
 constexpr std::chrono::milliseconds pollInterval(50);
 
 void RequirePaths(const std::vector<std::string>& paths) {
@@ -65,10 +70,18 @@ class TLoad {
   public:
     TLoad(const std::vector<std::string>& paths, const TLoadOptions& options, IFleetStore& store,
           ILoadEvents& events)
-        : paths_(paths), options_(options), events_(events), writer_(store, events, options.now) {}
+        : paths_(paths),
+          options_(options),
+          events_(events),
+          writer_(store, events, options.now),
+          seen_(options.timeResolution),
+          hasContent_(paths.size()) {}
 
     TLoadCount Run() {
         Pass();
+        if (!options_.watches && !IsStopped()) {
+            ReportEmptyPaths();
+        }
         while (options_.watches && Wait()) {
             Pass();
         }
@@ -97,22 +110,12 @@ class TLoad {
     void Pass() {
         const TLoadCount before = count_;
         const TFileCounter counter(options_.watches && isRepeated_ ? std::vector<std::string>() : paths_);
-        TFileSearch search(paths_, maxMomentFiles,
+        TFileSearch search(paths_, maxMomentFiles, options_.timeResolution,
                            [&](const std::string& path) { return !options_.watches || seen_.See(path); });
-        {
-            TGroupReaders readers(GetThreads(), search, cache_);
-            while (auto group = readers.Next()) {
-                Add(std::move(*group));
-                if (batch_.size() >= options_.batchInventories || batchResources_ >= maxBatchResources) {
-                    Flush(counter);
-                }
-                if (IsStopped()) {
-                    readers.Stop();
-                }
-            }
-        }
-        for (const std::string& failure : search.TakeFailures()) {
-            SetAside(failure.substr(0, failure.find(": ")), failure);
+        ReadAll(search, counter);
+        for (const TWalkFailure& failure : search.TakeFailures()) {
+            hasContent_[failure.root] = true;
+            SetAside(failure.path, failure.reason);
         }
         Flush(counter);
         if (!isRepeated_ || before.files != count_.files) {
@@ -121,7 +124,78 @@ class TLoad {
         isRepeated_ = true;
     }
 
+    void ReadAll(TFileSearch& search, const TFileCounter& counter) {
+        TGroupReaders readers(GetThreads(), cache_);
+        std::size_t reading = 0;  // groups that were offered and have not ended
+        bool isSearching = true;
+        while (!IsStopped()) {
+            if (isSearching && reading + groupsAtOnce <= TGroupReaders::maxOffered) {
+                isSearching = Offer(search, readers, reading);
+                Report(counter);
+            } else if (reading == 0) {
+                return;
+            } else if (auto group = readers.Next()) {
+                reading -= group->isEnd ? 1 : 0;
+                Add(std::move(*group));
+            }
+            if (batch_.size() >= options_.batchInventories || batchResources_ >= maxBatchResources) {
+                Flush(counter);
+            }
+        }
+    }
+
+    // Offers the next groups to the readers, apart from those that are stored. Returns false at the end.
+    bool Offer(TFileSearch& search, TGroupReaders& readers, std::size_t& reading) {
+        std::vector<TFileGroup> groups;
+        bool isEnd = false;
+        while (!isEnd && groups.size() < groupsAtOnce) {
+            auto group = search.Next();
+            isEnd = !group;
+            if (group) {
+                groups.push_back(std::move(*group));
+            }
+        }
+        if (!options_.readsAgain) {
+            LeaveOutUnchanged(groups);
+        }
+        for (TFileGroup& group : groups) {
+            readers.Offer(std::move(group));
+            ++reading;
+        }
+        return !isEnd;
+    }
+
+    void LeaveOutUnchanged(std::vector<TFileGroup>& groups) {
+        std::vector<std::uint64_t> places;
+        for (const TFileGroup& group : groups) {
+            if (group.source) {
+                places.push_back(group.source->place);
+            }
+        }
+        std::unordered_map<std::uint64_t, TSource> stored;  // by place
+        for (const TSource& source : writer_.FindSources(places)) {
+            stored.emplace(source.place, source);
+        }
+        std::erase_if(groups, [&](const TFileGroup& group) {
+            const auto found = group.source ? stored.find(group.source->place) : stored.end();
+            const bool isUnchanged = found != stored.end() && found->second.state == group.source->state;
+            if (isUnchanged) {
+                CountUnchanged(group, found->second.inventories);
+            }
+            return isUnchanged;
+        });
+    }
+
+    void CountUnchanged(const TFileGroup& group, std::uint64_t inventories) {
+        count_.files += group.paths.size();
+        count_.unchanged += group.paths.size();
+        count_.known += inventories;
+        hasContent_[group.root] = hasContent_[group.root] || inventories > 0;
+    }
+
     void Add(TReadGroup group) {
+        hasContent_[group.root] =
+            hasContent_[group.root] || !group.inventories.empty() || !group.setAside.empty();
         count_.files += group.files;
         count_.bytes += group.bytes;
         for (const auto& [path, reason] : group.setAside) {
@@ -131,6 +205,9 @@ class TLoad {
             batchResources_ += read.resources.size();
         }
         std::ranges::move(group.inventories, std::back_inserter(batch_));
+        if (group.source) {
+            batchSources_.push_back(*group.source);
+        }
     }
 
     void SetAside(const std::string& path, const std::string& reason) {
@@ -139,15 +216,28 @@ class TLoad {
     }
 
     void Flush(const TFileCounter& counter) {
-        if (!batch_.empty()) {
-            const auto written = writer_.Write(std::exchange(batch_, {}));
+        if (!batch_.empty() || !batchSources_.empty()) {
+            const auto written = writer_.Write(std::exchange(batch_, {}), std::exchange(batchSources_, {}));
             count_.inventories += written.inventories;
             count_.known += written.known;
         }
         batchResources_ = 0;
+        Report(counter);
+    }
+
+    void Report(const TFileCounter& counter) {
         count_.isComplete = counter.IsComplete();
         count_.allFiles = std::max(counter.GetCount(), count_.files);
         events_.Progress(count_);
+    }
+
+    void ReportEmptyPaths() {
+        for (std::size_t root = 0; root < paths_.size(); ++root) {
+            if (!hasContent_[root]) {
+                ++count_.emptyPaths;
+                events_.Warn(paths_[root] + ": contains no inventories");
+            }
+        }
     }
 
     const std::vector<std::string>& paths_;
@@ -158,8 +248,10 @@ class TLoad {
     TSeenFiles seen_;
     TLoadCount count_;
     std::vector<TReadInventory> batch_;
+    std::vector<TSource> batchSources_;  // complete with the batch
     std::size_t batchResources_ = 0;
     bool isRepeated_ = false;
+    std::vector<bool> hasContent_;  // by path of the load
 };
 
 }  // namespace

@@ -1,9 +1,11 @@
 // Loads inventories from files, directories and archives into a store.
 #pragma once
 
+#include "fleet/load/file_state.h"
 #include "fleet/model/rows.h"
 #include "fleet/store/fleet_store.h"
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -18,19 +20,25 @@ struct TLoadOptions {
     unsigned threads = 0;  ///< that read documents, beside the one that writes; 0 for one per processor
     std::size_t batchInventories = 500;  ///< number of inventories in a batch
     TSeconds now = 0;                    ///< inventories later than a day after this are reported
+    bool readsAgain = false;             ///< also reads files that did not change since they were loaded
     bool watches = false;                ///< goes on with what arrives in the directories until `isStopped`
     std::function<bool()> isStopped{};   ///< polled between inventories; empty for never
+    /// Files that changed less than this ago may change again without another time, so the next load reads
+    /// them again.
+    std::chrono::nanoseconds timeResolution = NFLEET::timeResolution;
 };
 
 /// How far a load is.
 struct TLoadCount {
-    std::uint64_t files = 0;     ///< read so far
-    std::uint64_t allFiles = 0;  ///< found so far
+    std::uint64_t files = 0;      ///< read so far, or left out because they are unchanged
+    std::uint64_t unchanged = 0;  ///< files that did not change since they were loaded
+    std::uint64_t allFiles = 0;   ///< found so far
     bool isComplete = false;  ///< true when all directories have been searched, so that `allFiles` is final
     std::uint64_t bytes = 0;  ///< of the files read so far
     std::uint64_t inventories = 0;  ///< stored
-    std::uint64_t known = 0;        ///< that the store had already
-    std::uint64_t setAside = 0;     ///< that could not be read
+    std::uint64_t known = 0;        ///< that the store had already, those of unchanged files included
+    std::uint64_t setAside = 0;     ///< files and members of archives that could not be read
+    std::uint64_t emptyPaths = 0;   ///< paths of the load with nothing to load or to set aside
 };
 
 /// Receives what happens during a load, in the thread that called LoadInventories.
@@ -49,10 +57,11 @@ class ILoadEvents {
 
 /// Loads everything at `paths`: documents, snapshots and results, plain or compressed with gzip, archives of
 /// these, and directories with any depth. The files of one directory and one time are one moment: its
-/// snapshot is loaded if there is one, else its documents. Loading anything twice changes nothing. A file
-/// that cannot be read is set aside. Errors: throws TStoreError when the store fails; what was written before
-/// stays. Throws NVORHOST::TDocumentError for
-///         a path of `paths` that does not exist.
+/// snapshot is loaded if there is one, else its documents. Loading anything twice changes nothing, and files
+/// that did not change since they were loaded are not opened; inventories that were removed since then do not
+/// come back. A file that cannot be read is set aside, and read again by the next load. Errors: throws
+/// TStoreError when the store fails; what was written before stays. Throws NVORHOST::TDocumentError for a
+/// path of `paths` that does not exist.
 TLoadCount LoadInventories(const std::vector<std::string>& paths, const TLoadOptions& options,
                            IFleetStore& store, ILoadEvents& events);
 

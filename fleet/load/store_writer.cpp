@@ -12,14 +12,17 @@ constexpr TSeconds secondsOfDay = 86400;
 
 }  // namespace
 
-TStoreWriter::TWritten TStoreWriter::Write(std::vector<TReadInventory> inventories) {
+TStoreWriter::TWritten TStoreWriter::Write(std::vector<TReadInventory> inventories,
+                                           std::vector<TSource> sources) {
     ReportFuture(inventories);
     const std::uint64_t count = inventories.size();
     store_.BeginBatch();
     TBatchBuilder builder(store_);
     try {
         builder.Add(std::move(inventories));
-        store_.Write(builder.Take());
+        TBatch batch = builder.Take();
+        batch.sources = std::move(sources);
+        store_.Write(batch);
     } catch (...) {
         store_.AbandonBatch();
         throw;

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <set>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -23,8 +24,14 @@ class TStoreWriter {
         std::uint64_t known = 0;
     };
 
-    /// Writes one batch, in which inventories may be in any order. Errors: throws TStoreError.
-    TWritten Write(std::vector<TReadInventory> inventories);
+    /// Writes one batch, in which inventories may be in any order. With it, and with those before, everything
+    /// of the sources is stored. Errors: throws TStoreError.
+    TWritten Write(std::vector<TReadInventory> inventories, std::vector<TSource> sources);
+
+    /// Returns the sources that are stored at these places. Errors: throws TStoreError.
+    std::vector<TSource> FindSources(std::span<const std::uint64_t> places) {
+        return store_.FindSources(places);
+    }
 
     /// Reports machines that share a UUID, if one of them was new. Errors: throws TStoreError.
     void ReportSharedUuids();

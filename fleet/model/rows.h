@@ -193,6 +193,15 @@ struct TPresence {
 /// Orders presences by their keys, without copies of these.
 void SortByKey(std::vector<TPresence>& presences);
 
+/// Files that are read together, such as those of a folder, of which everything is stored.
+struct TSource {
+    std::uint64_t place = 0;        ///< digest of the path of the folder, or of a single file
+    std::uint64_t state = 0;        ///< digest of names, sizes, times and numbers of the files
+    std::uint64_t inventories = 0;  ///< number of inventories in the files
+
+    bool operator==(const TSource&) const = default;
+};
+
 /// The inventory rows and presence rows of one machine and scope, in ascending order of time and of key.
 struct TScopeState {
     TMachineScope place;

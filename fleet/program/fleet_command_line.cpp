@@ -157,6 +157,9 @@ struct TModel {
     void AddLoading() {
         CLI::App& load = AddCommand("load", "Load inventories from files, directories and archives");
         AddThreads(load, "Read with this many threads (default: one per processor)");
+        load.add_flag("--again", options.readsAgain,
+                      "Also read files that did not change since they were loaded, such as to load "
+                      "inventories that were pruned");
         load.add_flag("--watch", options.watches,
                       "Go on with what arrives in the directories, until a signal");
         load.add_option("PATH", options.paths,

@@ -22,6 +22,7 @@ struct TFleetOptions {
 
     std::vector<std::string> paths;  ///< load
     unsigned threads = 0;            ///< load, report: 0 for one per processor
+    bool readsAgain = false;         ///< load: read unchanged files as well
     bool watches = false;            ///< load: follow the directories
 
     std::string machine;                             ///< show, history; merge: the old one

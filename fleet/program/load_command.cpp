@@ -91,13 +91,17 @@ int RunLoad(const TFleetOptions& options, IFleetStore& store, std::ostream& out)
     TLoadOptions load;
     load.threads = options.threads;
     load.now = options.now;
+    load.readsAgain = options.readsAgain;
     load.watches = options.watches;
     const TLoadCount count = LoadInventories(options.paths, load, store, progress);
     progress.EndLine();
     out << "loaded " << Count(count.inventories, "inventory", "inventories") << " from "
-        << Count(count.files, "file", "files") << "; " << count.known << " known already, " << count.setAside
-        << " set aside\n";
-    return count.setAside == 0 ? NVORHOST::eExitDone : NVORHOST::eExitGaps;
+        << Count(count.files, "file", "files");
+    if (count.unchanged > 0) {
+        out << ", " << count.unchanged << " of them unchanged";
+    }
+    out << "; " << count.known << " known already, " << count.setAside << " set aside\n";
+    return count.setAside + count.emptyPaths == 0 ? NVORHOST::eExitDone : NVORHOST::eExitGaps;
 }
 
 }  // namespace NFLEET

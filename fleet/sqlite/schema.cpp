@@ -79,6 +79,11 @@ CREATE TABLE inventory(
   volatile TEXT NOT NULL);
 CREATE UNIQUE INDEX inventory_key ON inventory(machine, scope, time);
 
+CREATE TABLE source(
+  place INTEGER PRIMARY KEY,
+  state INTEGER NOT NULL,
+  inventories INTEGER NOT NULL);
+
 CREATE TABLE resource(
   id INTEGER PRIMARY KEY,
   digest BLOB NOT NULL);

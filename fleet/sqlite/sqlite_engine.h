@@ -39,6 +39,7 @@ class TSqliteEngine final : public IFleetStore {
     }
     std::vector<TInventory> FindInventories(std::span<const TInventoryKey> keys) override;
     std::vector<TScopeState> ReadStates(std::span<const TMachineScope> places) override;
+    std::vector<TSource> FindSources(std::span<const std::uint64_t> places) override;
     std::vector<TDigest> FindKnownVersions(std::span<const TDigest> versions) override;
     std::optional<std::uint64_t> RemoveUnusedVersions() override;
 

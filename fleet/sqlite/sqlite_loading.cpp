@@ -86,6 +86,11 @@ void TSqliteEngine::Apply(const TBatch& batch) {
     for (const TAlias& alias : batch.aliases) {
         tables.writeAlias.Run(alias.from, alias.fromKey, alias.to);
     }
+    for (const TSource& source : batch.sources) {
+        tables.writeSource.Run(static_cast<std::int64_t>(source.place),
+                               static_cast<std::int64_t>(source.state),
+                               static_cast<std::int64_t>(source.inventories));
+    }
 }
 
 std::int64_t TSqliteEngine::InsertResource(const TDigest& digest) {
@@ -405,6 +410,20 @@ TScopeState TSqliteEngine::ReadState(const TMachineScope& place) {
         }
     }
     return state;
+}
+
+std::vector<TSource> TSqliteEngine::FindSources(std::span<const std::uint64_t> places) {
+    TStatement& row = GetTables().findSource;
+    std::vector<TSource> sources;
+    for (const std::uint64_t place : places) {
+        if (row.Begin(static_cast<std::int64_t>(place)).Step()) {
+            sources.push_back({place, static_cast<std::uint64_t>(row.GetInteger(0)),
+                               static_cast<std::uint64_t>(row.GetInteger(1))});
+        }
+    }
+    row.Close();
+    std::ranges::sort(sources, {}, &TSource::place);
+    return sources;
 }
 
 std::vector<TDigest> TSqliteEngine::FindKnownVersions(std::span<const TDigest> versions) {

@@ -47,9 +47,12 @@ TTables::TTables(TConnection& connection)
                                         "excluded.digest, source = excluded.source,"
                                         " layout = excluded.layout, volatile = excluded.volatile")),
       writeAlias(connection.Prepare("INSERT OR REPLACE INTO alias(digest, key, target) VALUES(?, ?, ?)")),
+      writeSource(
+          connection.Prepare("INSERT OR REPLACE INTO source(place, state, inventories) VALUES(?, ?, ?)")),
       removeInventory(
           connection.Prepare("DELETE FROM inventory WHERE machine = ? AND scope = ? AND time = ?")),
       removeHead(connection.Prepare("DELETE FROM head WHERE machine = ? AND scope = ?")),
+      findSource(connection.Prepare("SELECT state, inventories FROM source WHERE place = ?")),
       findAlias(connection.Prepare("SELECT key, target FROM alias WHERE digest = ?")),
       readAliasesOf(connection.Prepare("SELECT digest, key FROM alias WHERE target = ? ORDER BY digest")),
       readMachine(

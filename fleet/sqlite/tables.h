@@ -31,9 +31,11 @@ struct TTables {
     TStatement writeHead;
     TStatement writeInventory;
     TStatement writeAlias;
+    TStatement writeSource;
     TStatement removeInventory;
     TStatement removeHead;
 
+    TStatement findSource;
     TStatement findAlias;
     TStatement readAliasesOf;
     TStatement readMachine;

@@ -42,11 +42,12 @@ struct TBatch {
     std::vector<TMachine> machines{};           ///< inserted or replaced
     std::vector<THead> heads{};                 ///< inserted or replaced
     std::vector<TInventory> inventories{};      ///< inserted or replaced
+    std::vector<TSource> sources{};             ///< inserted or replaced, by place
 
     bool IsEmpty() const {
         return versions.empty() && presences.empty() && removedPresences.empty() &&
                removedInventories.empty() && removedHeads.empty() && removedMachines.empty() &&
-               aliases.empty() && machines.empty() && heads.empty() && inventories.empty();
+               aliases.empty() && machines.empty() && heads.empty() && inventories.empty() && sources.empty();
     }
 };
 
@@ -148,6 +149,8 @@ class IFleetStore {
     virtual std::vector<TInventory> FindInventories(std::span<const TInventoryKey> keys) = 0;
     /// Returns one state for each place, in the order of `places`; an empty one if nothing is stored.
     virtual std::vector<TScopeState> ReadStates(std::span<const TMachineScope> places) = 0;
+    /// Returns the sources that are stored at these places.
+    virtual std::vector<TSource> FindSources(std::span<const std::uint64_t> places) = 0;
     /// Returns those of the versions that are stored.
     virtual std::vector<TDigest> FindKnownVersions(std::span<const TDigest> versions) = 0;
     /// Removes versions that no presence refers to. Returns their number; nullopt if the engine does that by

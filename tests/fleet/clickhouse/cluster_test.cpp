@@ -216,6 +216,9 @@ std::vector<std::string> AskEverything(IFleetStore& store) {
     const std::vector<std::function<void()>> questions{
         [&] { (void)store.ReadMachines(); },
         [&] { (void)store.FindAliases(ids); },
+        [&] {
+            (void)store.FindSources(std::vector<std::uint64_t>{1, 2, 3});
+        },
         [&] { (void)store.ReadAliasesOf(ids[1]); },
         [&] { (void)store.FindMachines(ids); },
         [&] { (void)store.ReadHeads(ids); },

@@ -56,6 +56,9 @@ void MakeMachinesOfAModel(const TLoadFolder& folder) {
     }
 }
 
+// Files that are older are not read again.
+constexpr std::chrono::milliseconds resolution(20);
+
 class TSameAnswers : public testing::Test {
   protected:
     TSameAnswers()
@@ -66,7 +69,7 @@ class TSameAnswers : public testing::Test {
         clickHouse_->Migrate();
     }
 
-    void Load(IFleetStore& store, const std::vector<std::string>& names) {
+    TLoadCount Load(IFleetStore& store, const std::vector<std::string>& names) {
         std::vector<std::string> paths;
         paths.reserve(names.size());
         for (const std::string& name : names) {
@@ -76,7 +79,8 @@ class TSameAnswers : public testing::Test {
         options.threads = 2;
         options.batchInventories = 5;
         options.now = firstOfMarch + 100 * secondsOfDay;
-        (void)LoadInventories(paths, options, store, events_);
+        options.timeResolution = resolution;
+        return LoadInventories(paths, options, store, events_);
     }
 
     void ExpectSameAnswers() {
@@ -168,6 +172,21 @@ class TSameAnswers : public testing::Test {
 TEST_F(TSameAnswers, AfterALoad) {
     Load(*sqlite_, {""});
     Load(*clickHouse_, {""});
+    ExpectSameAnswers();
+}
+
+TEST_F(TSameAnswers, AfterALoadOfFilesThatDidNotChange) {
+    std::this_thread::sleep_for(2 * resolution);
+    for (IFleetStore* const store : {sqlite_.get(), clickHouse_.get()}) {
+        const std::uint64_t inventories = Load(*store, {"web", "db/1"}).inventories;
+
+        const TLoadCount count = Load(*store, {""});
+
+        EXPECT_EQ(count.unchanged, inventories);
+        EXPECT_EQ(count.known, inventories);
+        EXPECT_EQ(count.files, std::uint64_t{3} * days);
+        EXPECT_EQ(count.inventories, std::uint64_t{3} * days - inventories);
+    }
     ExpectSameAnswers();
 }
 

@@ -3,6 +3,7 @@
 
 #include "fleet/sqlite/sqlite_store.h"
 #include "tests/fleet/load/made_documents.h"
+#include "tests/fleet/load/opened_files.h"
 
 #include <archive.h>
 #include <archive_entry.h>
@@ -10,8 +11,11 @@
 #include <zlib.h>
 
 #include <algorithm>
+#include <chrono>
+#include <filesystem>
 #include <memory>
 #include <sstream>
+#include <thread>
 
 namespace NFLEET {
 namespace {
@@ -178,6 +182,205 @@ TEST_F(FleetLoad, ChangesNothingWhenItIsRepeated) {
     EXPECT_EQ(count.inventories, 0U);
     EXPECT_EQ(count.known, 2U);
     EXPECT_EQ(Dump(), before);
+}
+
+// Loads files that are older than the resolution of their times.
+class FleetLoadOfOldFiles : public FleetLoad {
+  protected:
+    TLoadCount LoadLater(bool readsAgain = false) {
+        constexpr std::chrono::milliseconds resolution(20);  // two ticks of any kernel
+        std::this_thread::sleep_for(2 * resolution);
+        TLoadOptions options;
+        options.threads = 2;
+        options.batchInventories = 3;
+        options.now = firstOfMarch * 2;
+        options.readsAgain = readsAgain;
+        options.timeResolution = resolution;
+        return LoadInventories({folder_.GetPath()}, options, *store_, events_);
+    }
+};
+
+TEST_F(FleetLoadOfOldFiles, LeavesOutFilesThatDidNotChange) {
+    folder_.Write("web/1/h.xml", MakeWeb(1, MakeDisk("A")));
+    folder_.Write("web/1/s.xml", MakeSystemInformation(1, "WEB1", "web-1"));
+    WriteTar(folder_.GetPath("fleet.tar.gz"), false,
+             {{"db/1/h.xml", MakeDb(1, MakeDisk("D"))}, {"db/2/h.xml", MakeDb(2, MakeDisk("D"))}});
+    EXPECT_EQ(LoadLater().inventories, 4U);
+    const std::string before = Dump();
+    const TOpenedFiles opened(folder_.GetPath());
+
+    const TLoadCount count = LoadLater();
+
+    EXPECT_EQ(count.files, 3U);
+    EXPECT_EQ(count.unchanged, 3U);
+    EXPECT_EQ(count.bytes, 0U);
+    EXPECT_EQ(count.inventories, 0U);
+    EXPECT_EQ(count.known, 4U);
+    EXPECT_EQ(events_.last.files, 3U);
+    EXPECT_THAT(opened.Take(), IsEmpty());
+    EXPECT_EQ(Dump(), before);
+}
+
+TEST_F(FleetLoadOfOldFiles, ReadsUnchangedFilesOnRequest) {
+    folder_.Write("web/1/h.xml", MakeWeb(1, MakeDisk("A")));
+    LoadLater();
+
+    const TLoadCount count = LoadLater(/*readsAgain=*/true);
+
+    EXPECT_EQ(count.unchanged, 0U);
+    EXPECT_EQ(count.known, 1U);
+    EXPECT_GT(count.bytes, 0U);
+    EXPECT_EQ(LoadLater().unchanged, 1U);
+}
+
+TEST_F(FleetLoadOfOldFiles, ReadsAFileAgainWhoseTimeChanged) {
+    const std::string path = folder_.Write("h.xml", MakeWeb(1, MakeDisk("A")));
+    LoadLater();
+    std::filesystem::last_write_time(path, std::filesystem::last_write_time(path) - std::chrono::hours(1));
+
+    const TLoadCount count = LoadLater();
+
+    EXPECT_EQ(count.unchanged, 0U);
+    EXPECT_EQ(count.known, 1U);
+    EXPECT_EQ(LoadLater().unchanged, 1U);
+}
+
+TEST_F(FleetLoadOfOldFiles, ReadsOtherContentOfTheSameSizeAndTime) {
+    const std::string path = folder_.Write("h.xml", MakeWeb(1, MakeDisk("A")));
+    const auto time = std::filesystem::last_write_time(path);
+    LoadLater();
+    folder_.Write("h.xml", MakeWeb(2, MakeDisk("B")));
+    std::filesystem::last_write_time(path, time);
+
+    const TLoadCount count = LoadLater();
+
+    EXPECT_EQ(count.unchanged, 0U);
+    EXPECT_EQ(count.inventories, 1U);
+}
+
+TEST_F(FleetLoadOfOldFiles, ReadsTheWholeFolderOfAFileThatWasAdded) {
+    folder_.Write("web/1/h.xml", MakeWeb(1, MakeDisk("A")));
+    folder_.Write("db/1/h.xml", MakeDb(1, MakeDisk("D")));
+    LoadLater();
+    folder_.Write("web/1/s.xml", MakeSystemInformation(1, "WEB1", "web-1"));
+
+    const TLoadCount count = LoadLater();
+
+    EXPECT_EQ(count.files, 3U);
+    EXPECT_EQ(count.unchanged, 1U);
+    EXPECT_EQ(count.inventories, 1U);
+    EXPECT_EQ(count.known, 2U);
+}
+
+TEST_F(FleetLoadOfOldFiles, ReadsAFolderThatWasRenamed) {
+    folder_.Write("web/1/h.xml", MakeWeb(1, MakeDisk("A")));
+    LoadLater();
+    std::filesystem::rename(folder_.GetPath("web"), folder_.GetPath("www"));
+
+    EXPECT_EQ(LoadLater().unchanged, 0U);
+}
+
+TEST_F(FleetLoadOfOldFiles, ReadsFoldersAndArchivesAgainInWhichSomethingWasSetAside) {
+    folder_.Write("a/h.xml", "<");
+    folder_.Write("a/other.xml", MakeDb(1, MakeDisk("D")));
+    folder_.Write("b/h.xml", MakeWeb(1, MakeDisk("A")));
+    WriteTar(folder_.GetPath("fleet.tar.gz"), false,
+             {{"web/2/h.xml", MakeWeb(2, MakeDisk("A"))}, {"web/3/h.xml", "<"}});
+    LoadLater();
+    events_.setAside.clear();
+
+    const TLoadCount count = LoadLater();
+
+    EXPECT_EQ(count.unchanged, 1U);
+    EXPECT_EQ(count.known, 3U);
+    EXPECT_THAT(events_.setAside, UnorderedElementsAre(HasSubstr(folder_.GetPath("a/h.xml:")),
+                                                       HasSubstr("fleet.tar.gz/web/3/h.xml:")));
+}
+
+TEST_F(FleetLoadOfOldFiles, DoesNotBringBackInventoriesThatWerePruned) {
+    folder_.Write("1/h.xml", MakeWeb(1, MakeDisk("A")));
+    folder_.Write("2/h.xml", MakeWeb(2, MakeDisk("A")));
+    LoadLater();
+    EXPECT_EQ(PruneInventories({}, *store_), 1U);
+    folder_.Write("3/h.xml", MakeWeb(3, MakeDisk("A")));
+
+    EXPECT_EQ(LoadLater().inventories, 1U);
+    EXPECT_EQ(store_->ReadInventories({}).size(), 2U);
+    EXPECT_EQ(LoadLater(/*readsAgain=*/true).inventories, 1U);
+    EXPECT_EQ(store_->ReadInventories({}).size(), 3U);
+}
+
+TEST_F(FleetLoadOfOldFiles, LeavesOutTheFilesOfMergedMachines) {
+    folder_.Write("web/1/h.xml", MakeWeb(1, MakeDisk("A")));
+    folder_.Write("db/2/h.xml", MakeDb(2, MakeDisk("D")));
+    LoadLater();
+    MergeMachines(webKey, dbKey, *store_);
+    const std::string before = Dump();
+
+    EXPECT_EQ(LoadLater().unchanged, 2U);
+    EXPECT_EQ(LoadLater(/*readsAgain=*/true).known, 2U);
+    EXPECT_EQ(Dump(), before);
+}
+
+TEST_F(FleetLoadOfOldFiles, LeavesOutWhatItFollowed) {
+    folder_.Write("1/h.xml", MakeWeb(1, MakeDisk("A")));
+    int polls = 0;
+    TLoadOptions options;
+    options.watches = true;
+    options.now = firstOfMarch * 2;
+    options.timeResolution = std::chrono::milliseconds(20);
+    options.isStopped = [&] {
+        if (++polls == 3) {
+            folder_.Write("2/h.xml", MakeWeb(2, MakeDisk("B")));
+        }
+        return events_.last.inventories >= 2 || polls > 1000;
+    };
+    LoadInventories({folder_.GetPath()}, options, *store_, events_);
+
+    EXPECT_EQ(LoadLater().unchanged, 2U);
+}
+
+TEST_F(FleetLoad, ReadsFilesAgainThatChangedWithinTheResolutionOfTheirTimes) {
+    folder_.Write("h.xml", MakeWeb(1, MakeDisk("A")));
+    TLoadOptions options;
+    options.now = firstOfMarch * 2;
+    options.timeResolution = std::chrono::hours(1);
+    LoadInventories({folder_.GetPath()}, options, *store_, events_);
+
+    const TLoadCount count = LoadInventories({folder_.GetPath()}, options, *store_, events_);
+
+    EXPECT_EQ(count.unchanged, 0U);
+    EXPECT_EQ(count.known, 1U);
+}
+
+TEST_F(FleetLoad, FollowsLinks) {
+    TLoadFolder elsewhere;
+    const std::string disks = elsewhere.Write("db-1/h.xml", MakeDb(1, MakeDisk("D")));
+    const std::string file = elsewhere.Write("one.xml", MakeWeb(1, MakeDisk("A")));
+    std::filesystem::create_directory_symlink(elsewhere.GetPath("db-1"), folder_.GetPath("db-1"));
+    std::filesystem::create_directory(folder_.GetPath("web"));
+    std::filesystem::create_symlink(file, folder_.GetPath("web/h.xml"));
+    std::filesystem::create_symlink("nowhere", folder_.GetPath("web/latest.xml"));
+
+    EXPECT_EQ(Load().inventories, 2U);
+    EXPECT_THAT(events_.setAside, ElementsAre(folder_.GetPath("web/latest.xml") +
+                                              ": is a symbolic link that cannot be followed: No such file "
+                                              "or directory"));
+}
+
+TEST_F(FleetLoad, ReportsAPathWithoutInventories) {
+    std::filesystem::create_directory(folder_.GetPath("empty"));
+    const std::string document = folder_.Write("full/h.xml", MakeWeb(1, MakeDisk("A")));
+    const std::string broken = folder_.Write("broken/h.xml", "<");
+    WriteTar(folder_.GetPath("empty.tar.gz"), false, {});
+    const std::string empty = folder_.GetPath("empty");
+    const std::string archive = folder_.GetPath("empty.tar.gz");
+
+    const TLoadCount count = Load({empty, document, broken, archive});
+
+    EXPECT_EQ(count.emptyPaths, 2U);
+    EXPECT_THAT(events_.warnings,
+                ElementsAre(empty + ": contains no inventories", archive + ": contains no inventories"));
 }
 
 TEST_F(FleetLoad, GivesTheSameRowsForAnyOrder) {
@@ -405,6 +608,7 @@ TEST_F(FleetLoad, FollowsADirectory) {
     TLoadOptions options;
     options.watches = true;
     options.now = firstOfMarch * 2;
+    options.timeResolution = std::chrono::nanoseconds(0);
     options.isStopped = [&] {
         if (++polls == 3) {
             folder_.Write("2/h.xml", MakeWeb(2, MakeDisk("B")));

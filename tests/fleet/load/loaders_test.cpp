@@ -2,6 +2,7 @@
 #include "fleet/load/load.h"
 #include "fleet/sqlite/sqlite_store.h"
 #include "tests/fleet/load/made_documents.h"
+#include "tests/fleet/load/opened_files.h"
 
 #include <gmock/gmock.h>
 #include <sys/wait.h>
@@ -18,7 +19,9 @@
 namespace NFLEET {
 namespace {
 
+using ::testing::Contains;
 using ::testing::HasSubstr;
+using ::testing::Not;
 
 constexpr int machines = 12;
 constexpr int days = 6;
@@ -40,6 +43,7 @@ TLoadOptions MakeOptions() {
     options.threads = 2;
     options.batchInventories = 4;
     options.now = firstOfMarch * 2;
+    options.timeResolution = std::chrono::milliseconds(20);
     return options;
 }
 
@@ -94,6 +98,7 @@ TEST_F(FleetLoaders, GiveTheSameRowsWhenTwoLoadAtOnce) {
 
 TEST_F(FleetLoaders, GoOnWhereAKilledOneWas) {
     const std::string expected = GetExpected();
+    std::this_thread::sleep_for(2 * MakeOptions().timeResolution);
     Open("fleet.db");
     const pid_t loader = ::fork();
     if (loader == 0) {
@@ -115,13 +120,23 @@ TEST_F(FleetLoaders, GoOnWhereAKilledOneWas) {
     }
     ASSERT_EQ(::kill(loader, SIGKILL), 0);
     ASSERT_EQ(::waitpid(loader, nullptr, 0), loader);
-    const std::size_t before = store->ReadInventories({}).size();
-    EXPECT_GE(before, 10U);
+    std::vector<std::string> stored;
+    for (const TInventory& inventory : store->ReadInventories({})) {
+        stored.push_back(inventory.source);
+    }
+    EXPECT_GE(stored.size(), 10U);
+    const TOpenedFiles opened(folder_.GetPath());
 
     TRecordedLoad events;
     const TLoadCount count = LoadInventories({folder_.GetPath()}, MakeOptions(), *store, events);
 
-    EXPECT_EQ(count.known, before);
+    EXPECT_EQ(count.unchanged, stored.size());
+    EXPECT_EQ(count.known, stored.size());
+    const auto files = opened.Take();
+    EXPECT_EQ(files.size(), std::size_t{machines} * days - stored.size());
+    for (const std::string& file : stored) {
+        EXPECT_THAT(files, Not(Contains(file)));
+    }
     EXPECT_EQ(count.known + count.inventories, std::uint64_t{machines} * days);
     EXPECT_EQ(Dump(*store), expected);
 }

@@ -2,6 +2,7 @@
 #include "fleet/load/source_files.h"
 
 #include "fleet/load/file_search.h"
+#include "fleet/load/file_state.h"
 #include "tests/fleet/load/made_documents.h"
 
 #include <gmock/gmock.h>
@@ -26,10 +27,12 @@ TEST(IsArchive, FollowsTheName) {
     EXPECT_FALSE(IsArchive("/srv/h.xml.gz"));
 }
 
-std::vector<TFileGroup> Search(TFileSearch& search) {
-    std::vector<TFileGroup> groups;
-    for (TFileGroup group = search.Next(); !group.empty(); group = search.Next()) {
-        groups.push_back(group);
+constexpr std::chrono::nanoseconds noTime(0);
+
+std::vector<std::vector<std::string>> Search(TFileSearch& search) {
+    std::vector<std::vector<std::string>> groups;
+    while (const auto group = search.Next()) {
+        groups.push_back(group->paths);
     }
     return groups;
 }
@@ -39,10 +42,20 @@ TEST(FileSearch, ReturnsTheFilesOfSmallFoldersTogether) {
     const std::string a = folder.Write("b/a.xml", "");
     const std::string b = folder.Write("b/b.xml", "");
     const std::string c = folder.Write("a/c.xml", "");
-    std::filesystem::create_directory_symlink(folder.GetPath(), folder.GetPath("loop"));
-    TFileSearch search({folder.GetPath(), a}, 2, [](const std::string&) { return true; });
+    TFileSearch search({folder.GetPath(), a}, 2, noTime, [](const std::string&) { return true; });
 
     EXPECT_THAT(Search(search), ElementsAre(ElementsAre(c), ElementsAre(a, b), ElementsAre(a)));
+}
+
+TEST(FileSearch, ReturnsArchivesOneByOne) {
+    const TLoadFolder folder;
+    const std::string a = folder.Write("a.tar.gz", "");
+    const std::string b = folder.Write("b.xml", "");
+    const std::string c = folder.Write("c.xml", "");
+    const std::string d = folder.Write("d.tar", "");
+    TFileSearch search({folder.GetPath()}, 2, noTime, [](const std::string&) { return true; });
+
+    EXPECT_THAT(Search(search), ElementsAre(ElementsAre(b, c), ElementsAre(a), ElementsAre(d)));
 }
 
 TEST(FileSearch, ReturnsTheFilesOfLargeFoldersOneByOne) {
@@ -50,7 +63,7 @@ TEST(FileSearch, ReturnsTheFilesOfLargeFoldersOneByOne) {
     const std::string a = folder.Write("a.xml", "");
     const std::string b = folder.Write("b.xml", "");
     const std::string c = folder.Write("c.xml", "");
-    TFileSearch search({folder.GetPath()}, 2, [&](const std::string& path) { return path != b; });
+    TFileSearch search({folder.GetPath()}, 2, noTime, [&](const std::string& path) { return path != b; });
 
     EXPECT_THAT(Search(search), ElementsAre(ElementsAre(a), ElementsAre(c)));
 }
@@ -59,17 +72,51 @@ TEST(FileSearch, ReadsASmallFolderAgainIfOneFileIsWanted) {
     const TLoadFolder folder;
     const std::string a = folder.Write("a.xml", "");
     const std::string b = folder.Write("b.xml", "");
-    TFileSearch search({folder.GetPath()}, 2, [&](const std::string& path) { return path == b; });
-    TFileSearch none({folder.GetPath()}, 2, [](const std::string&) { return false; });
+    TFileSearch search({folder.GetPath()}, 2, noTime, [&](const std::string& path) { return path == b; });
+    TFileSearch none({folder.GetPath()}, 2, noTime, [](const std::string&) { return false; });
 
     EXPECT_THAT(Search(search), ElementsAre(ElementsAre(a, b)));
     EXPECT_THAT(Search(none), IsEmpty());
 }
 
+TEST(FileSearch, GivesFilesAState) {
+    const TLoadFolder folder;
+    folder.Write("a.xml", "");
+    const auto find = [&](std::chrono::nanoseconds resolution) {
+        TFileSearch search({folder.GetPath()}, 2, resolution, [](const std::string&) { return true; });
+        return search.Next().value().source;
+    };
+
+    const auto source = find(noTime);
+    ASSERT_TRUE(source.has_value());
+    EXPECT_EQ(find(noTime), source);
+    EXPECT_EQ(find(std::chrono::hours(1)), std::nullopt) << "the file is too new";
+    folder.Write("b.xml", "");
+    EXPECT_EQ(find(noTime)->place, source->place);
+    EXPECT_NE(find(noTime)->state, source->state);
+}
+
+TEST(MakePlace, IsTheSameForAllSpellingsOfAPath) {
+    EXPECT_EQ(MakePlace("inbox/./db-1"), MakePlace(std::filesystem::current_path() / "inbox/db-1"));
+    EXPECT_NE(MakePlace("inbox/db-1"), MakePlace("inbox/db-2"));
+}
+
+TEST(SeenFiles, WaitsUntilAFileIsNotWrittenAnyMore) {
+    const TLoadFolder folder;
+    const std::string a = folder.Write("a.xml", "1");
+    TSeenFiles seen(std::chrono::hours(1));
+
+    EXPECT_FALSE(seen.See(a));
+    folder.Write("a.xml", "22");
+    EXPECT_FALSE(seen.See(a));
+    EXPECT_TRUE(seen.See(a));
+    EXPECT_FALSE(seen.See(a));
+}
+
 TEST(SeenFiles, SeesAFileOnceUntilItChanges) {
     const TLoadFolder folder;
     const std::string a = folder.Write("a.xml", "1");
-    TSeenFiles seen;
+    TSeenFiles seen(noTime);
 
     EXPECT_TRUE(seen.See(a));
     EXPECT_FALSE(seen.See(a));

@@ -6,8 +6,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace NVORHOST {
@@ -28,6 +30,8 @@ class FleetProgram : public ::testing::Test {
         WriteFile(*directory_ / "fleet.txt", description);
         EXPECT_EQ(RunProgram(NOXINFO_SYNTHESIZE, {{"fleet.txt", "inbox"}, directory_->GetPath(), {}}).status,
                   0);
+        // Files that are newer would be read again.
+        std::this_thread::sleep_for(std::chrono::milliseconds(2100));
         EXPECT_EQ(Run({"load", "inbox"}).standardOutput,
                   "loaded 60 inventories from 60 files; 0 known already, 0 set aside\n");
     }
@@ -51,7 +55,17 @@ TTemporaryDirectory* FleetProgram::directory_ = nullptr;
 
 TEST_F(FleetProgram, LoadsTheSameAgainWithoutAChange) {
     EXPECT_EQ(Run({"load", "inbox"}).standardOutput,
+              "loaded 0 inventories from 60 files, 60 of them unchanged; 60 known already, 0 set aside\n");
+    EXPECT_EQ(Run({"load", "--again", "inbox"}).standardOutput,
               "loaded 0 inventories from 60 files; 60 known already, 0 set aside\n");
+}
+
+TEST_F(FleetProgram, ReportsAPathWithoutInventories) {
+    std::filesystem::create_directories(*directory_ / "empty");
+    const auto result = Run({"load", "empty"}, "empty.sqlite");
+    EXPECT_EQ(result.status, 3);
+    EXPECT_EQ(result.standardOutput, "loaded 0 inventories from 0 files; 0 known already, 0 set aside\n");
+    EXPECT_EQ(result.standardError, "noxinfo fleet: empty: contains no inventories\n");
 }
 
 TEST_F(FleetProgram, SetsBrokenFilesAsideAndExitsWithStatusThree) {

@@ -110,6 +110,7 @@ TEST_P(FleetStore, AnswersEveryQuestionBeforeTheFirstInventory) {
     EXPECT_THAT(store_->ReadAliasesOf(web), IsEmpty());
     EXPECT_THAT(store_->ReadMergedAliases(std::nullopt), IsEmpty());
     EXPECT_THAT(store_->FindNamedMachines("web"), IsEmpty());
+    EXPECT_THAT(store_->FindSources(std::vector<std::uint64_t>{1}), IsEmpty());
     EXPECT_THAT(store_->ReadInventories({}), IsEmpty());
     EXPECT_THAT(store_->ReadPresences(webHardware, now), IsEmpty());
     EXPECT_THAT(store_->ReadChanges({}), IsEmpty());
@@ -494,6 +495,31 @@ TEST_P(FleetStore, ReturnsTheAliasesOfMergedMachines) {
     EXPECT_THAT(store_->ReadMergedAliases(std::nullopt), ElementsAre(merged));
     EXPECT_THAT(store_->ReadMergedAliases(web), ElementsAre(merged));
     EXPECT_THAT(store_->ReadMergedAliases(db), IsEmpty());
+}
+
+TEST_P(FleetStore, ReturnsSources) {
+    constexpr std::uint64_t largest = std::numeric_limits<std::uint64_t>::max();
+    TBatch batch;
+    batch.sources = {{largest, largest, 70000}, {1, 2, 3}, {4, 5, 0}};
+    Write(batch);
+    Write(batch);
+
+    EXPECT_THAT(store_->FindSources(std::vector<std::uint64_t>{2, largest, 1}),
+                ElementsAre(TSource{1, 2, 3}, TSource{largest, largest, 70000}));
+    EXPECT_THAT(store_->FindSources({}), IsEmpty());
+}
+
+TEST_P(FleetStore, ReplacesTheSourceOfAPlace) {
+    TBatch batch;
+    batch.sources = {{1, 20, 3}, {2, 20, 1}};
+    Write(batch);
+    for (const std::uint64_t state : {std::uint64_t{10}, std::uint64_t{30}, std::uint64_t{20}}) {
+        batch.sources = {{1, state, state}};
+        Write(batch);
+
+        EXPECT_THAT(store_->FindSources(std::vector<std::uint64_t>{1, 2}),
+                    ElementsAre(TSource{1, state, state}, TSource{2, 20, 1}));
+    }
 }
 
 TEST_P(FleetStore, RemovesAMachineWithItsRows) {

@@ -268,6 +268,7 @@ TEST_P(TStoreBatches, ChangesNothingWhenABatchIsWrittenAgain) {
     batch.machines = {Machine(1)};
     batch.heads = {{Place(1), 100, Id(5), Id(6), {}}};
     batch.inventories = {Inventory(Place(1), 100)};
+    batch.sources = {{7, 8, 9}};
     for (int i = 0; i < 3; ++i) {
         Write(batch);
         EXPECT_EQ(ReadState(Place(1)), batch.presences);
@@ -276,6 +277,7 @@ TEST_P(TStoreBatches, ChangesNothingWhenABatchIsWrittenAgain) {
         EXPECT_EQ(store_->FindAliases(std::vector{batch.aliases[0].from}), batch.aliases);
         EXPECT_EQ(store_->ReadHeads(std::vector{Id(1)}), batch.heads);
         EXPECT_EQ(store_->ReadInventories({}), batch.inventories);
+        EXPECT_EQ(store_->FindSources(std::vector<std::uint64_t>{7}), batch.sources);
         EXPECT_EQ(store_->ReadVersions(std::vector{Id(1)}), batch.versions);
         EXPECT_THAT(store_->CountVersions({}), ElementsAre(TVersionCount{"m", "Disk", Id(1), 1, 1}));
     }
