@@ -51,7 +51,9 @@ class TRowBinaryReader {
     T Number() {
         T value = 0;
         const std::string_view bytes = Fixed(sizeof value);
-        std::memcpy(&value, bytes.data(), bytes.size());
+        if (!bytes.empty()) {  // memcpy takes no null pointer, even for no bytes
+            std::memcpy(&value, bytes.data(), bytes.size());
+        }
         return value;
     }
     /// FixedString(size); the result refers to the rows.

@@ -138,7 +138,9 @@ TIdentity DecodeIdentity(TRowBinaryReader& reader, const TDigest& resource) {
 TDigest DecodeDigest(TRowBinaryReader& reader) {
     TDigest digest;
     const std::string_view bytes = reader.Fixed(TDigest::size);
-    std::memcpy(digest.bytes.data(), bytes.data(), bytes.size());
+    if (!bytes.empty()) {
+        std::memcpy(digest.bytes.data(), bytes.data(), bytes.size());
+    }
     return digest;
 }
 
